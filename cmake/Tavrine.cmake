@@ -1,0 +1,26 @@
+# What every target of the project shares: warnings, sanitizers and the precompiled Qt headers.
+
+add_library(tavrine_options INTERFACE)
+target_include_directories(tavrine_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_compile_definitions(tavrine_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_URL_CAST_FROM_STRING
+  TAVRINE_VERSION="${PROJECT_VERSION}")
+target_compile_options(tavrine_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wimplicit-fallthrough
+  -fno-plt -fvisibility=hidden)
+if(TAVRINE_WARNINGS_AS_ERRORS)
+  target_compile_options(tavrine_options INTERFACE -Werror)
+endif()
+if(TAVRINE_SANITIZE)
+  target_compile_options(tavrine_options INTERFACE -fsanitize=${TAVRINE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(tavrine_options INTERFACE -fsanitize=${TAVRINE_SANITIZE})
+endif()
+target_link_options(tavrine_options INTERFACE -Wl,--as-needed -Wl,-O1 -Wl,-z,now)
+
+# tavrine_library(NAME [SOURCES …] [PUBLIC libs…] [PRIVATE libs…]): one static library for one folder.
+function(tavrine_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC tavrine_options Qt6::Core ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+  target_precompile_headers(${name} PRIVATE <QObject> <QString> <QHash> <functional> <memory> <optional> <vector>)
+endfunction()

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QList>
+#include <QMetaType>
+#include <QString>
+#include <QUrl>
+
+#include <optional>
+
+namespace tavrine {
+
+class NotificationCenter;
+
+/// A program that has a window, as the desktop sees it.
+struct RunningApplication {
+    /// Names the program, stable over time: its application identifier, else its window class. Programs whose
+    /// identifier on another platform is listed in the system carry that one.
+    QString bundleIdentifier;
+    QString localizedName;
+    qint64 processIdentifier = 0; ///< 0 when unknown
+    quint32 window = 0;           ///< the window by which it was found
+    bool operator==(const RunningApplication &) const = default;
+};
+
+/// The desktop and the other programs on it. Lives on the main thread, as long as the process.
+///
+///  1. `frontmostApplication` costs no round trip to another program: it is kept up to date by notices.
+///  2. `didDeactivateApplicationNotification` is posted on `notificationCenter()` when an application stops being
+///     active; its user info holds the `RunningApplication` under `applicationKey`.
+class Workspace {
+  public:
+    static constexpr auto didDeactivateApplicationNotification = "NSWorkspaceDidDeactivateApplicationNotification";
+    static constexpr auto applicationKey = "NSWorkspaceApplicationKey";
+
+    virtual ~Workspace() = default;
+
+    [[nodiscard]] virtual NotificationCenter &notificationCenter() = 0;
+
+    /// The program that has the active window. None when no window is active, or when it names no program.
+    [[nodiscard]] virtual std::optional<RunningApplication> frontmostApplication() const = 0;
+
+    /// Shows the files in the file manager, selected. Quiet when there is no file manager.
+    virtual void activateFileViewerSelecting(const QList<QUrl> &urls) = 0;
+};
+
+} // namespace tavrine
+
+Q_DECLARE_METATYPE(tavrine::RunningApplication)
