@@ -1,0 +1,228 @@
+#include "desktop/Program.h"
+#include "support/Wait.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QImage>
+#include <QUrl>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+using namespace tavrine::testing;
+using namespace std::chrono_literals;
+
+namespace {
+
+QByteArray png(int width, int height, Qt::GlobalColor color) {
+    QImage image(width, height, QImage::Format_RGB32);
+    image.fill(color);
+    QByteArray data;
+    QBuffer buffer(&data);
+    image.save(&buffer, "PNG");
+    return data;
+}
+
+void writeFile(const QString &path, const QByteArray &content) {
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(content);
+}
+
+} // namespace
+
+class ProgramOnADesktop : public testing::Test {
+  protected:
+    bool comesToHold(const QString &content) {
+        return waitUntil([&] { return program.rowsWith(content) == 1; });
+    }
+    QStringList imageNames() const {
+        return program.rows("SELECT image_file_name FROM items WHERE image_file_name IS NOT NULL");
+    }
+
+    Program program;
+};
+
+TEST_F(ProgramOnADesktop, aTextCopiedInAForeignProgramIsInTheDatabase) {
+    ASSERT_TRUE(program.start());
+    copy("Grüße aus der Ferne ✓");
+    EXPECT_TRUE(comesToHold(QStringLiteral("Grüße aus der Ferne ✓")));
+}
+
+TEST_F(ProgramOnADesktop, aTextCopiedWithTheKeyboardInAGtkWindowIsInTheDatabase) {
+    ASSERT_TRUE(program.start());
+    const Client window(QStringLiteral(TAVRINE_CLIENTS "/gtk-text"), {QStringLiteral("typed in a GTK window")});
+    QProcess keys;
+    keys.start(QStringLiteral("xdotool"),
+               {QStringLiteral("search"), QStringLiteral("--sync"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"),
+                QStringLiteral("A foreign window"), QStringLiteral("windowactivate"), QStringLiteral("--sync"),
+                QStringLiteral("key"), QStringLiteral("ctrl+a"), QStringLiteral("key"), QStringLiteral("ctrl+c")});
+    ASSERT_TRUE(keys.waitForFinished(10000));
+    EXPECT_TRUE(comesToHold(QStringLiteral("typed in a GTK window")));
+}
+
+TEST_F(ProgramOnADesktop, aPictureCopiedIsKeptAsAJpegFileOfItsOwn) {
+    ASSERT_TRUE(program.start());
+    copy(png(320, 200, Qt::red), "image/png");
+    ASSERT_TRUE(waitUntil([&] { return imageNames().size() == 1; }));
+    EXPECT_EQ(program.rows("SELECT content FROM items WHERE image_file_name IS NOT NULL"),
+              QStringList{QStringLiteral("Copied Image")});
+    const QString path = program.dataFolder() + QStringLiteral("/Images/") + imageNames().constFirst();
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.peek(3) == QByteArray("\xff\xd8\xff"));
+    const QImage stored(path);
+    EXPECT_EQ(stored.size(), QSize(320, 200));
+    EXPECT_GT(qRed(stored.pixel(10, 10)), 240);
+}
+
+TEST_F(ProgramOnADesktop, aPictureFileCopiedInAFileManagerIsKeptAsAPicture) {
+    ASSERT_TRUE(program.start());
+    const QString path = program.home() + QStringLiteral("/Documents/a picture.png");
+    writeFile(path, png(40, 30, Qt::blue));
+    copy(QUrl::fromLocalFile(path).toEncoded() + "\r\n", "text/uri-list");
+    EXPECT_TRUE(waitUntil([&] { return imageNames().size() == 1; }));
+}
+
+TEST_F(ProgramOnADesktop, whatIsMarkedAsAPasswordIsNotRecorded) {
+    ASSERT_TRUE(program.start());
+    copy("secret", "x-kde-passwordManagerHint");
+    copy("no secret");
+    ASSERT_TRUE(comesToHold(QStringLiteral("no secret")));
+    EXPECT_EQ(program.rowsWith(QStringLiteral("secret")), 0);
+}
+
+TEST_F(ProgramOnADesktop, aCopyWhileAPasswordManagerIsInFrontIsNeverRecorded) {
+    ASSERT_TRUE(program.start());
+    {
+        const Client manager(QStringLiteral("xterm"), {QStringLiteral("-class"), QStringLiteral("KeePassXC"),
+                                                       QStringLiteral("-name"), QStringLiteral("keepassxc")});
+        QProcess activate;
+        activate.start(QStringLiteral("xdotool"),
+                       QStringLiteral("search --sync --onlyvisible --class KeePassXC windowactivate --sync").split(QLatin1Char(' ')));
+        ASSERT_TRUE(activate.waitForFinished(10000));
+        copy("hunter2");
+        // Two periods of the poll, in which the copy is seen and dropped.
+        (void)waitUntil([] { return false; }, 1200ms);
+    }
+    copy("an ordinary text");
+    ASSERT_TRUE(comesToHold(QStringLiteral("an ordinary text")));
+    EXPECT_EQ(program.rowsWith(QStringLiteral("hunter2")), 0);
+}
+
+TEST_F(ProgramOnADesktop, aCopyOutlivesTheProgramThatItCameFrom) {
+    ASSERT_TRUE(program.start());
+    {
+        const Client owner(QStringLiteral("xclip"),
+                           {QStringLiteral("-quiet"), QStringLiteral("-selection"), QStringLiteral("clipboard"), QStringLiteral("-i")},
+                           "left behind");
+        ASSERT_TRUE(comesToHold(QStringLiteral("left behind")));
+    }
+    EXPECT_TRUE(waitUntil([] { return paste() == "left behind"; }, 3s));
+    EXPECT_EQ(program.rowsWith(QStringLiteral("left behind")), 1);
+}
+
+TEST_F(ProgramOnADesktop, aRecordedCopySurvivesBeingKilled) {
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_TRUE(program.start());
+        const QString text = QStringLiteral("before the crash %1").arg(round);
+        copy(text.toUtf8());
+        ASSERT_TRUE(comesToHold(text));
+        program.kill9();
+        EXPECT_EQ(program.rows("PRAGMA integrity_check"), QStringList{QStringLiteral("ok")});
+        EXPECT_EQ(program.rowsWith(text), 1);
+    }
+}
+
+TEST_F(ProgramOnADesktop, whatWasCopiedBeforeTheStartIsNotRecorded) {
+    copy("older than the program");
+    ASSERT_TRUE(program.start());
+    copy("newer than the program");
+    ASSERT_TRUE(comesToHold(QStringLiteral("newer than the program")));
+    EXPECT_EQ(program.rowsWith(QStringLiteral("older than the program")), 0);
+}
+
+TEST_F(ProgramOnADesktop, aSecondStartEndsAtOnceAndTheFirstGoesOn) {
+    ASSERT_TRUE(program.start());
+    const auto second = program.startAgain();
+    ASSERT_TRUE(second->waitForFinished(5000));
+    EXPECT_EQ(second->exitCode(), 0);
+    EXPECT_EQ(second->exitStatus(), QProcess::NormalExit);
+    EXPECT_TRUE(program.isRunning());
+    copy("still recording");
+    EXPECT_TRUE(comesToHold(QStringLiteral("still recording")));
+}
+
+TEST_F(ProgramOnADesktop, whatItWritesBelongsToThePersonAlone) {
+    ASSERT_TRUE(program.start());
+    copy(png(20, 20, Qt::green), "image/png");
+    ASSERT_TRUE(waitUntil([&] { return imageNames().size() == 1 && QFile::exists(program.preferencesPath()); }));
+    const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther |
+                        QFile::ExeOther;
+    const QString images = program.dataFolder() + QStringLiteral("/Images");
+    for (const QString &path : {program.dataFolder(), images, images + QLatin1Char('/') + imageNames().constFirst(),
+                                program.databasePath(), program.preferencesPath()})
+        EXPECT_EQ(QFile::permissions(path) & others, QFile::Permissions()) << qPrintable(path);
+}
+
+TEST_F(ProgramOnADesktop, brokenPreferencesAreSetAsideAndToldOnStandardOutput) {
+    writeFile(program.preferencesPath(), "<plist><dict><key>feat");
+    ASSERT_TRUE(program.start());
+    const QStringList aside = QDir(program.home() + QStringLiteral("/.config"))
+                                  .entryList({QStringLiteral("com.veltrane.Tavrine.plist.unreadable*")}, QDir::Files);
+    ASSERT_EQ(aside.size(), 1);
+    EXPECT_TRUE(program.output().contains(aside.constFirst())) << qPrintable(program.output());
+    copy("recorded on defaults");
+    EXPECT_TRUE(comesToHold(QStringLiteral("recorded on defaults")));
+}
+
+TEST_F(ProgramOnADesktop, aDataFolderThatCannotBeMadeDoesNotStopIt) {
+    writeFile(program.dataFolder(), "a file in the folder's place");
+    ASSERT_TRUE(program.start());
+    copy("goes nowhere");
+    copy(png(10, 10, Qt::red), "image/png");
+    (void)waitUntil([] { return false; }, 1200ms);
+    EXPECT_TRUE(program.isRunning());
+}
+
+TEST_F(ProgramOnADesktop, aForeignFileInTheDatabasesPlaceDoesNotStopIt) {
+    const QByteArray foreign = QByteArray(5000, 'x');
+    writeFile(program.databasePath(), foreign);
+    ASSERT_TRUE(program.start());
+    copy("goes nowhere");
+    (void)waitUntil([] { return false; }, 1200ms);
+    EXPECT_TRUE(program.isRunning());
+    QFile file(program.databasePath());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), foreign);
+}
+
+TEST_F(ProgramOnADesktop, withoutASessionBusItRunsAllTheSame) {
+    program.environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    program.environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), program.home());
+    ASSERT_TRUE(program.start());
+    copy("without a bus");
+    EXPECT_TRUE(comesToHold(QStringLiteral("without a bus")));
+}
+
+TEST_F(ProgramOnADesktop, aHangingOwnerDoesNotKeepTheNextCopyFromBeingRecorded) {
+    ASSERT_TRUE(program.start());
+    {
+        Client owner(QStringLiteral("xclip"),
+                     {QStringLiteral("-quiet"), QStringLiteral("-selection"), QStringLiteral("clipboard"), QStringLiteral("-i")}, "hangs");
+        ASSERT_TRUE(waitUntil([] { return paste() == "hangs"; }));
+        ::kill(static_cast<pid_t>(owner.processId()), SIGSTOP);
+        copy("after the one that hangs");
+        EXPECT_TRUE(comesToHold(QStringLiteral("after the one that hangs")));
+    }
+}
+
+TEST_F(ProgramOnADesktop, theFirstLaunchPrintsItsLinesAndAsksForNoPermission) {
+    ASSERT_TRUE(program.start());
+    EXPECT_TRUE(program.output().contains(QLatin1String("DEBUG: Registering Hotkeys...\n")));
+    EXPECT_FALSE(program.output().contains(QLatin1String("Accessibility Trusted on Launch")));
+}
