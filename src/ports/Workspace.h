@@ -22,13 +22,21 @@ struct RunningApplication {
     bool operator==(const RunningApplication &) const = default;
 };
 
+/// True when both are the same running program, whatever windows they were found by: the same process, or, where a
+/// process is unknown, the same identifier.
+[[nodiscard]] inline bool isSameApplication(const RunningApplication &a, const RunningApplication &b) {
+    if (a.processIdentifier != 0 && b.processIdentifier != 0)
+        return a.processIdentifier == b.processIdentifier;
+    return a.bundleIdentifier == b.bundleIdentifier;
+}
+
 /// The desktop and the other programs on it. Lives on the main thread, as long as the process.
 ///
 ///  1. `frontmostApplication` costs no round trip to another program: it is kept up to date by notices.
 ///  2. `didDeactivateApplicationNotification` is posted on `notificationCenter()` when an application stops being
 ///     active; its user info holds the `RunningApplication` under `applicationKey`.
 class Workspace {
-  public:
+public:
     static constexpr auto didDeactivateApplicationNotification = "NSWorkspaceDidDeactivateApplicationNotification";
     static constexpr auto applicationKey = "NSWorkspaceApplicationKey";
 
