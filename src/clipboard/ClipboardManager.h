@@ -146,7 +146,7 @@ private:
     std::vector<ClipboardItem> protectedItems();
     void poll();
     [[nodiscard]] bool isExcludedApplicationFrontmost() const;
-    void recordText(const QString &text);
+    bool recordText(const QString &text); ///< false when a protected row of that text stands
     void stripFormatting(const QString &text);
 
     Ports m_ports;
