@@ -164,10 +164,10 @@ INSTANTIATE_TEST_SUITE_P(ClipboardPoll, SensitiveApplication,
 
 TEST_F(ClipboardPoll, theSensitiveApplicationsStandInTheirOrder) {
     const QStringList all(ClipboardManager::sensitiveBundleIDs.begin(), ClipboardManager::sensitiveBundleIDs.end());
-    EXPECT_EQ(all, (QStringList{str("com.agilebits.onepassword"), str("com.agilebits.onepassword7"),
-                                str("com.bitwarden.desktop"), str("com.apple.keychainaccess"),
-                                str("org.keepassxc.keepassxc"), str("co.dashlane.dashlane"),
-                                str("com.lastpass.LastPass")}));
+    EXPECT_EQ(all,
+              (QStringList{str("com.agilebits.onepassword"), str("com.agilebits.onepassword7"),
+                           str("com.bitwarden.desktop"), str("com.apple.keychainaccess"),
+                           str("org.keepassxc.keepassxc"), str("co.dashlane.dashlane"), str("com.lastpass.LastPass")}));
 }
 
 TEST_F(ClipboardPoll, anEntryCoversEveryIdentifierThatContinuesIt) {

@@ -73,8 +73,9 @@ TEST_F(ClipboardRetention, tenThousandOldTextsStay) {
     sqlite3 *db = nullptr;
     const QByteArray path = (folders.applicationSupport + str("/Tavrine/clipboard.db")).toUtf8();
     ASSERT_EQ(sqlite3_open(path.constData(), &db), SQLITE_OK);
-    const char *insert = "INSERT INTO items(id,content,date) WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n "
-                         "WHERE i<10000) SELECT printf('00000000-0000-4000-8000-%012d',i), 'text '||i, i FROM n;";
+    const char *insert =
+        "INSERT INTO items(id,content,date) WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n "
+        "WHERE i<10000) SELECT printf('00000000-0000-4000-8000-%012d',i), 'text '||i, i FROM n;";
     ASSERT_EQ(sqlite3_exec(db, insert, nullptr, nullptr, nullptr), SQLITE_OK);
     sqlite3_close(db);
     EXPECT_FALSE(manager->runCleanup());

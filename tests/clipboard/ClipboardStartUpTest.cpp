@@ -1,7 +1,5 @@
 #include "ManagerTest.h"
 
-
-
 namespace tavrine {
 namespace {
 

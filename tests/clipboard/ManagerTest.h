@@ -15,8 +15,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <gtest/gtest.h>
 #include <limits>
+
+#include <gtest/gtest.h>
 
 namespace tavrine {
 
