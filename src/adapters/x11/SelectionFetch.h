@@ -1,0 +1,93 @@
+#pragma once
+
+#include "adapters/x11/PasteboardContents.h"
+#include "adapters/x11/SelectionLimits.h"
+#include "adapters/x11/SelectionTransfer.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace tavrine {
+
+/// Everything that one owner of the clipboard has, brought here. Lives on the selection thread; one for each change.
+///
+///  1. First what can be read: the list of targets, the text, and the best picture. Then `onReadable` is called, once.
+///  2. Then, until `isRunning` is false, all that is left, to be kept for when the owner ends.
+///  3. An owner that misses a deadline is asked for nothing more. What was complete by then stands.
+///  4. Of concealed contents nothing but the list is asked for: a secret must not outlive the program that guards it,
+///     and what was never fetched can never leak.
+///
+/// An owner that hangs, lies or sends without end costs at most the limits. Destroying a fetch abandons it.
+class SelectionFetch {
+public:
+    using TimePoint = SelectionTransfer::TimePoint;
+
+    struct Hooks {
+        std::function<void(ForeignContents)> onReadable;
+        /// Reads the first picture among the files elsewhere, and leads to `onImageFile` if this fetch still stands.
+        std::function<void(QList<QByteArray>)> readImageFile;
+    };
+
+    /// `time` is the server's time of the notice that told of the change.
+    SelectionFetch(XConnection &connection, const SelectionLimits &limits, xcb_timestamp_t time, Hooks hooks);
+    ~SelectionFetch();
+    SelectionFetch(const SelectionFetch &) = delete;
+    SelectionFetch &operator=(const SelectionFetch &) = delete;
+
+    void onSelectionNotify(const xcb_selection_notify_event_t &event);
+    void onPropertyNotify(const xcb_property_notify_event_t &event);
+    void onImageFile(std::optional<QByteArray> bytes);
+
+    /// The owner has ended. What is complete stands, and nothing else exists any more.
+    void ownerEnded();
+
+    /// When `expire` has to be called at the latest; none when nothing is awaited.
+    [[nodiscard]] std::optional<TimePoint> deadline() const;
+    void expire(TimePoint now);
+
+    [[nodiscard]] bool isRunning() const { return m_stage != Stage::finished; }
+    [[nodiscard]] bool isConcealed() const { return m_isConcealed; }
+    /// What was fetched whole.
+    [[nodiscard]] const std::vector<Received> &received() const { return m_received; }
+
+private:
+    enum class Stage { targets, text, image, files, imageFile, rest, finished };
+
+    void afterTransfer();
+    void takeTargets(const PropertyValue &value);
+    void takeContents(PropertyValue value);
+    void advance();
+    void advanceText();
+    void advanceImage();
+    void advanceFiles();
+    void advanceRest();
+    void ask(const QByteArray &target);
+    void publish();
+    void giveUp();
+    [[nodiscard]] std::optional<QByteArray> nextWanted(const QList<QByteArray> &candidates) const;
+    [[nodiscard]] const Received *find(const QByteArray &target) const;
+
+    XConnection &m_connection;
+    const SelectionLimits &m_limits;
+    xcb_timestamp_t m_time;
+    Hooks m_hooks;
+    xcb_window_t m_window;
+    Stage m_stage = Stage::targets;
+    TimePoint m_phaseStart;
+    bool m_isPublished = false;
+    bool m_isConcealed = false;
+    bool m_hasOpenTransfer = false; ///< some owner may still write to our window
+
+    QList<QByteArray> m_targets;
+    QHash<QByteArray, xcb_atom_t> m_atoms;
+    QList<QByteArray> m_asked;
+    QByteArray m_current;
+    std::unique_ptr<SelectionTransfer> m_transfer;
+    std::vector<Received> m_received;
+    qsizetype m_receivedBytes = 0;
+    ForeignContents m_contents;
+};
+
+} // namespace tavrine

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <chrono>
+
+namespace tavrine {
+
+/// What a program that copies may cost us. The defaults are the product's; tests bring shorter ones.
+struct SelectionLimits {
+    /// From asking to the first answer. A program answers from its main loop, and may have to encode a picture first;
+    /// whoever is silent for longer is taken as hung.
+    std::chrono::milliseconds answer{4000};
+    /// From one piece of a transfer to the next. The data lies ready by then, so a pause is no work but trouble.
+    std::chrono::milliseconds stall{1500};
+    /// All that has to be here before the change count moves; and once more, all that is kept for later.
+    std::chrono::milliseconds total{10000};
+    /// One transfer: above any text that a person copies, and room for a losslessly packed 8K screen.
+    qsizetype transferBytes = qsizetype{64} * 1024 * 1024;
+    /// All targets of one change, equal ones counted once.
+    qsizetype changeBytes = qsizetype{128} * 1024 * 1024;
+    /// Pixels of a picture that is decoded: 512 MB at four bytes each.
+    qint64 imagePixels = qint64{128} * 1024 * 1024;
+    /// Names that a program may list. Office programs list about fifty.
+    int targets = 256;
+    /// Files that are looked at to find a picture among those copied.
+    int files = 32;
+    /// How long the end of this program may wait for a clipboard manager to take the contents over.
+    std::chrono::milliseconds handOver{1000};
+    /// A program that pastes from us and takes no further piece for so long has gone or is hung.
+    std::chrono::milliseconds outgoingStall{10000};
+    /// Pasting programs served piecemeal at the same time; more are refused.
+    int outgoingTransfers = 32;
+    /// The largest answer given in one piece. Larger ones go piecemeal, as every toolkit does above this size: servers
+    /// without big requests end here, and a server busy with one long request serves nobody else.
+    qsizetype pieceBytes = qsizetype{256} * 1024 - 1024;
+};
+
+} // namespace tavrine

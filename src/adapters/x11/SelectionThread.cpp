@@ -1,0 +1,306 @@
+#include "adapters/x11/SelectionThread.h"
+
+#include "adapters/x11/PasteboardImage.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+
+#include <poll.h>
+#include <pthread.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+#include <xcb/xfixes.h>
+
+namespace tavrine {
+namespace {
+
+constexpr int eventsPerTurn = 64; // a flood of events must not keep the main thread's messages waiting
+
+/// Sequence numbers wrap.
+bool isBefore(unsigned a, unsigned b) {
+    return static_cast<int>(a - b) < 0;
+}
+
+} // namespace
+
+struct SelectionThread::Mailbox {
+    Mailbox() : wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+    ~Mailbox() { ::close(wakeUp); }
+    Mailbox(const Mailbox &) = delete;
+    Mailbox &operator=(const Mailbox &) = delete;
+
+    void post(Message message) {
+        const std::lock_guard lock(mutex);
+        if (!isRead)
+            return;
+        messages.push_back(std::move(message));
+        ::eventfd_write(wakeUp, 1);
+    }
+    std::vector<Message> takeAll() {
+        const std::lock_guard lock(mutex);
+        eventfd_t count = 0;
+        ::eventfd_read(wakeUp, &count);
+        return std::exchange(messages, {});
+    }
+    void setRead(bool is) {
+        const std::lock_guard lock(mutex);
+        isRead = is;
+        messages.clear();
+    }
+
+    const int wakeUp;
+    std::mutex mutex;
+    std::vector<Message> messages;
+    bool isRead = false; ///< else nobody is there, and messages would only pile up
+};
+
+SelectionThread::SelectionThread(const SelectionLimits &limits, std::function<void(Publication)> publish)
+    : m_limits(limits), m_publish(std::move(publish)), m_mailbox(std::make_shared<Mailbox>()),
+      m_owner(m_connection, m_limits, [this](const QImage &image) {
+          m_encoder.start([image, mailbox = m_mailbox] {
+              mailbox->post(Encoded{image.cacheKey(), pasteboardImage::encodePng(image)});
+          });
+      }) {
+    m_encoder.setMaxThreadCount(1);
+    if (!m_connection.isUsable() || m_mailbox->wakeUp < 0)
+        return;
+    // Still on the caller's thread: what is copied after this constructor is a change, what stood before is none.
+    if (m_connection.owner(m_connection.atoms().clipboard) != 0)
+        startFetch(m_connection.serverTime());
+    m_mailbox->setRead(true);
+    m_thread = std::thread([this] { run(); });
+}
+
+SelectionThread::~SelectionThread() {
+    m_mailbox->post(Stop{});
+    if (m_thread.joinable())
+        m_thread.join();
+    m_encoder.waitForDone();
+}
+
+void SelectionThread::claim(OwnContents contents, int serial) {
+    m_mailbox->post(Claim{std::move(contents), serial});
+}
+
+void SelectionThread::run() {
+    ::pthread_setname_np(::pthread_self(), "pasteboard");
+    // Signals are the main thread's; and a write to a server that has gone must fail, not end the process.
+    sigset_t all;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
+    while (!m_isStopping || m_handOverEnd) {
+        if (!work())
+            wait();
+        if (xcb_connection_has_error(m_connection.get()))
+            break;
+    }
+    m_mailbox->setRead(false);
+    m_fetch.reset();
+    m_connection.flush();
+}
+
+bool SelectionThread::work() {
+    bool isBusy = false;
+    for (int i = 0; i < eventsPerTurn; ++i) {
+        const XEvent event = m_connection.nextEvent();
+        if (!event)
+            break;
+        handle(*event);
+        isBusy = true;
+    }
+    for (Message &message : m_mailbox->takeAll()) {
+        receive(std::move(message));
+        isBusy = true;
+    }
+    expire();
+    if (!isBusy && m_reclaimTime)
+        reclaim();
+    m_connection.flush();
+    return isBusy || m_connection.readAhead();
+}
+
+void SelectionThread::wait() {
+    std::optional<TimePoint> due = m_owner.deadline();
+    const auto consider = [&due](std::optional<TimePoint> other) {
+        if (other)
+            due = std::min(due.value_or(*other), *other);
+    };
+    if (m_fetch)
+        consider(m_fetch->deadline());
+    if (m_reclaimTime)
+        consider(m_brake.releaseTime());
+    consider(m_handOverEnd);
+    int timeout = -1;
+    if (due) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*due - std::chrono::steady_clock::now());
+        timeout = static_cast<int>(std::max<std::int64_t>(left.count(), 0));
+    }
+    pollfd descriptors[] = {{m_connection.descriptor(), POLLIN, 0}, {m_mailbox->wakeUp, POLLIN, 0}};
+    ::poll(descriptors, std::size(descriptors), timeout);
+}
+
+void SelectionThread::expire() {
+    const TimePoint now = std::chrono::steady_clock::now();
+    m_owner.expire(now);
+    if (m_fetch)
+        m_fetch->expire(now);
+    if (m_handOverEnd && (*m_handOverEnd <= now || !m_owner.isOwner()))
+        m_handOverEnd.reset();
+}
+
+void SelectionThread::handle(const xcb_generic_event_t &event) {
+    switch (eventType(event)) {
+    case XCB_SELECTION_REQUEST:
+        m_owner.onRequest(eventAs<xcb_selection_request_event_t>(event));
+        break;
+    case XCB_PROPERTY_NOTIFY:
+        m_owner.onPropertyNotify(eventAs<xcb_property_notify_event_t>(event));
+        if (m_fetch)
+            m_fetch->onPropertyNotify(eventAs<xcb_property_notify_event_t>(event));
+        break;
+    case XCB_SELECTION_NOTIFY: {
+        const auto &notice = eventAs<xcb_selection_notify_event_t>(event);
+        if (notice.selection == m_connection.atoms().clipboardManager)
+            m_handOverEnd.reset(); // the manager has everything, or does not want it
+        else if (m_fetch && notice.selection == m_connection.atoms().clipboard)
+            m_fetch->onSelectionNotify(notice);
+        break;
+    }
+    case XCB_DESTROY_NOTIFY:
+        m_owner.onWindowDestroyed(eventAs<xcb_destroy_notify_event_t>(event).window);
+        break;
+    default: // errors among them
+        if (eventType(event) == m_connection.selectionNoticeEvent())
+            onSelectionNotice(event);
+    }
+}
+
+void SelectionThread::receive(Message message) {
+    if (const auto *claim = std::get_if<Claim>(&message)) {
+        claimNow(*claim);
+    } else if (const auto *encoded = std::get_if<Encoded>(&message)) {
+        m_owner.onEncoded(encoded->key, encoded->png);
+    } else if (auto *file = std::get_if<ImageFile>(&message)) {
+        if (m_fetch && file->fetch == m_fetchNumber)
+            m_fetch->onImageFile(std::move(file->bytes));
+    } else {
+        m_isStopping = true;
+        startHandOver();
+    }
+}
+
+void SelectionThread::onSelectionNotice(const xcb_generic_event_t &event) {
+    const auto &notice = eventAs<xcb_xfixes_selection_notify_event_t>(event);
+    if (notice.selection != m_connection.atoms().clipboard)
+        return;
+    const TimePoint now = std::chrono::steady_clock::now();
+    const bool isClaim = notice.subtype == XCB_XFIXES_SELECTION_EVENT_SET_SELECTION_OWNER;
+    if (isClaim && notice.owner != 0)
+        m_brake.ownershipChanged(now);
+    if (m_claimSequence && isBefore(event.full_sequence, *m_claimSequence))
+        return;
+    m_claimSequence.reset();
+    if (notice.owner == m_connection.window())
+        return;
+    if (isClaim) {
+        dropForeign();
+        m_owner.release();
+        ++m_untoldChanges;
+        if (notice.owner != 0)
+            startFetch(notice.timestamp);
+        else
+            publish({}); // cleared on purpose
+    } else {
+        ownerEnded(notice.selection_timestamp, notice.timestamp);
+    }
+}
+
+void SelectionThread::dropForeign() {
+    m_fetch.reset();
+    m_reclaimTime.reset();
+}
+
+void SelectionThread::startFetch(xcb_timestamp_t time) {
+    const int number = ++m_fetchNumber;
+    m_fetch = std::make_unique<SelectionFetch>(
+        m_connection, m_limits, time,
+        SelectionFetch::Hooks{[this](ForeignContents contents) { publish(std::move(contents)); },
+                              [this, number](const QList<QByteArray> &paths) {
+                                  // Detached: on a network file system that has gone a read never returns.
+                                  std::thread([paths, number, limit = m_limits.transferBytes, mailbox = m_mailbox] {
+                                      mailbox->post(ImageFile{number, pasteboardImage::firstImageFile(paths, limit)});
+                                  }).detach();
+                              }});
+}
+
+void SelectionThread::ownerEnded(xcb_timestamp_t ownerTime, xcb_timestamp_t now) {
+    if (!m_fetch)
+        return;
+    m_fetch->ownerEnded();
+    if (!m_fetch->received().empty()) {
+        m_reclaimTime = ownerTime != XCB_CURRENT_TIME ? ownerTime : now;
+        return;
+    }
+    // Nothing outlives this owner. Contents that were told of before have gone with it, and that is a change.
+    const bool hadTypes = m_isForeignPublished;
+    m_fetch.reset();
+    if (hadTypes) {
+        ++m_untoldChanges;
+        publish({});
+    }
+}
+
+void SelectionThread::reclaim() {
+    if (!m_brake.isReleased(std::chrono::steady_clock::now()))
+        return;
+    // Under the grab nobody can claim between the look and our own claim.
+    xcb_grab_server(m_connection.get());
+    const bool isFree = m_connection.owner(m_connection.atoms().clipboard) == 0;
+    // A notice that came with the answer tells of someone who was here since; it is heard first.
+    if (isFree && !m_connection.readAhead()) {
+        const xcb_void_cookie_t cookie = xcb_set_selection_owner(m_connection.get(), m_connection.window(),
+                                                                 m_connection.atoms().clipboard, *m_reclaimTime);
+        m_claimSequence = cookie.sequence;
+        if (m_connection.owner(m_connection.atoms().clipboard) == m_connection.window())
+            m_owner.own(m_fetch->received(), *m_reclaimTime);
+        dropForeign();
+    } else if (!isFree) {
+        m_reclaimTime.reset();
+    }
+    xcb_ungrab_server(m_connection.get());
+}
+
+void SelectionThread::publish(ForeignContents contents) {
+    m_isForeignPublished = !contents.types.isEmpty();
+    m_publish(
+        {m_ownSerial, std::exchange(m_untoldChanges, 0), std::make_shared<const ForeignContents>(std::move(contents))});
+}
+
+void SelectionThread::claimNow(const Claim &claim) {
+    const xcb_timestamp_t time = m_connection.serverTime();
+    const xcb_void_cookie_t cookie =
+        xcb_set_selection_owner(m_connection.get(), m_connection.window(), m_connection.atoms().clipboard, time);
+    // Everything up to here has been replaced by this write, also when another program was faster than the claim:
+    // then its notice is still to come, and counts.
+    dropForeign();
+    m_untoldChanges = 0;
+    m_claimSequence = cookie.sequence;
+    m_ownSerial = claim.serial;
+    if (m_connection.owner(m_connection.atoms().clipboard) == m_connection.window())
+        m_owner.own(claim.contents, time);
+    else
+        m_owner.release();
+}
+
+void SelectionThread::startHandOver() {
+    const SelectionAtoms &atoms = m_connection.atoms();
+    if (!m_owner.isOwner() || !m_owner.hasContents() || m_connection.owner(atoms.clipboardManager) == 0)
+        return;
+    // With no property named the manager takes all that TARGETS lists.
+    xcb_convert_selection(m_connection.get(), m_connection.window(), atoms.clipboardManager, atoms.saveTargets,
+                          XCB_ATOM_NONE, m_owner.time());
+    m_handOverEnd = std::chrono::steady_clock::now() + m_limits.handOver;
+}
+
+} // namespace tavrine

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "adapters/x11/PasteboardContents.h"
+#include "adapters/x11/ReclaimBrake.h"
+#include "adapters/x11/SelectionFetch.h"
+#include "adapters/x11/SelectionLimits.h"
+#include "adapters/x11/SelectionOwner.h"
+#include "adapters/x11/XConnection.h"
+
+#include <QThreadPool>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <variant>
+#include <vector>
+
+namespace tavrine {
+
+/// The reader: follows the clipboard on a connection and a thread of its own, so that no other program can make the
+/// main thread wait. It sleeps until the server, the main thread or a deadline has something for it.
+///
+///  1. Notices that are older than an own claim tell nothing: the claim has replaced what they tell of.
+///  2. When an owner ends and nobody follows, what it had is claimed for it, as of its own time, so that a claim by a
+///     person's later action is never refused. A living owner is never replaced: the look and the claim are one step
+///     for the server. Contents that were cleared on purpose stay cleared.
+///  3. A `ReclaimBrake` ends quarrels over 2.
+///  4. A lost connection ends the thread quietly.
+class SelectionThread {
+public:
+    /// `publish` is called on the reader's thread. With no usable server nothing is ever published.
+    SelectionThread(const SelectionLimits &limits, std::function<void(Publication)> publish);
+    /// Offers what is ours to a clipboard manager, if there is one, and serves it meanwhile; the limits say how long.
+    ~SelectionThread();
+    SelectionThread(const SelectionThread &) = delete;
+    SelectionThread &operator=(const SelectionThread &) = delete;
+
+    /// Makes the clipboard ours. `serial` grows with each call. Returns at once; called on the main thread.
+    void claim(OwnContents contents, int serial);
+
+private:
+    struct Claim {
+        OwnContents contents;
+        int serial;
+    };
+    struct Encoded {
+        qint64 key;
+        QByteArray png;
+    };
+    struct ImageFile {
+        int fetch;
+        std::optional<QByteArray> bytes;
+    };
+    struct Stop {};
+    using Message = std::variant<Claim, Encoded, ImageFile, Stop>;
+    struct Mailbox;
+    using TimePoint = std::chrono::steady_clock::time_point;
+
+    void run();
+    bool work();
+    void wait();
+    void handle(const xcb_generic_event_t &event);
+    void receive(Message message);
+    void expire();
+
+    void onSelectionNotice(const xcb_generic_event_t &event);
+    void startFetch(xcb_timestamp_t time);
+    void dropForeign();
+    void ownerEnded(xcb_timestamp_t ownerTime, xcb_timestamp_t now);
+    void reclaim();
+    void publish(ForeignContents contents);
+    void claimNow(const Claim &claim);
+    void startHandOver();
+
+    const SelectionLimits m_limits;
+    const std::function<void(Publication)> m_publish;
+    XConnection m_connection;
+    std::shared_ptr<Mailbox> m_mailbox; ///< shared with readers of files, which may be stuck when we end
+    QThreadPool m_encoder;
+
+    // The reader's own from here.
+    SelectionOwner m_owner;
+    std::unique_ptr<SelectionFetch> m_fetch;
+    int m_fetchNumber = 0;
+    int m_ownSerial = 0;
+    int m_untoldChanges = 0;
+    std::optional<unsigned> m_claimSequence; ///< until the first notice that is newer than our claim
+    bool m_isForeignPublished = false;
+    std::optional<xcb_timestamp_t> m_reclaimTime; ///< set while nobody owns what we hold
+    ReclaimBrake m_brake;
+    bool m_isStopping = false;
+    std::optional<TimePoint> m_handOverEnd;
+
+    std::thread m_thread;
+};
+
+} // namespace tavrine

@@ -1,0 +1,112 @@
+#include "adapters/x11/X11Pasteboard.h"
+
+#include "adapters/x11/PasteboardImage.h"
+#include "adapters/x11/SelectionThread.h"
+
+namespace tavrine {
+
+X11Pasteboard::X11Pasteboard(const SelectionLimits &limits) : m_limits(limits) {
+    pasteboardImage::allowPixels(m_limits.imagePixels);
+    m_thread = std::make_unique<SelectionThread>(m_limits, [this](const Publication &publication) {
+        QMetaObject::invokeMethod(
+            &m_mainThread, [this, publication] { receive(publication); }, Qt::QueuedConnection);
+    });
+}
+
+X11Pasteboard::~X11Pasteboard() {
+    if (m_isClaimScheduled) // the last turn does not come to its end
+        claim();
+    m_thread.reset();
+}
+
+std::optional<QStringList> X11Pasteboard::types() const {
+    const auto *foreign = std::get_if<Foreign>(&m_contents);
+    const QStringList types = !foreign   ? std::get<OwnContents>(m_contents).types()
+                              : *foreign ? (*foreign)->types
+                                         : QStringList();
+    return types.isEmpty() ? std::nullopt : std::optional(types);
+}
+
+std::optional<QImage> X11Pasteboard::image() const {
+    QList<QByteArray> images;
+    if (const auto *own = std::get_if<OwnContents>(&m_contents)) {
+        if (!own->image.isNull())
+            return own->image;
+        QList<QByteArray> paths;
+        for (const QUrl &url : own->urls.first(std::min<qsizetype>(own->urls.size(), m_limits.files))) {
+            if (url.isLocalFile())
+                paths.append(url.toLocalFile().toLocal8Bit());
+        }
+        if (const auto bytes = pasteboardImage::firstImageFile(paths, m_limits.transferBytes))
+            images.append(*bytes);
+    } else if (const Foreign &foreign = std::get<Foreign>(m_contents)) {
+        images = foreign->images;
+    }
+    for (const QByteArray &bytes : images) {
+        if (std::optional<QImage> image = pasteboardImage::decode(bytes, m_limits.imagePixels))
+            return image;
+    }
+    return std::nullopt;
+}
+
+std::optional<QString> X11Pasteboard::string() const {
+    if (const auto *own = std::get_if<OwnContents>(&m_contents)) {
+        const QString text = own->textOrPaths();
+        return text.isEmpty() ? std::nullopt : std::optional(text);
+    }
+    const Foreign &foreign = std::get<Foreign>(m_contents);
+    return foreign ? selection::decodeText(foreign->text, foreign->encoding) : std::nullopt;
+}
+
+int X11Pasteboard::clearContents() {
+    m_contents = OwnContents{};
+    scheduleClaim();
+    return ++m_changeCount;
+}
+
+void X11Pasteboard::setString(const QString &text) {
+    if (OwnContents *own = ownContents())
+        own->text = text;
+}
+
+void X11Pasteboard::writeImage(const QImage &image) {
+    if (OwnContents *own = ownContents())
+        own->image = image;
+}
+
+void X11Pasteboard::writeFileUrls(const QList<QUrl> &urls) {
+    if (OwnContents *own = ownContents())
+        own->urls = urls;
+}
+
+OwnContents *X11Pasteboard::ownContents() {
+    auto *own = std::get_if<OwnContents>(&m_contents);
+    if (own) // else the clipboard went to another program since it was cleared, and a write would go to its contents
+        scheduleClaim();
+    return own;
+}
+
+void X11Pasteboard::scheduleClaim() {
+    if (m_isClaimScheduled)
+        return;
+    m_isClaimScheduled = true;
+    // From here on, what the reader has under way has been replaced.
+    ++m_ownSerial;
+    QMetaObject::invokeMethod(
+        &m_mainThread, [this] { claim(); }, Qt::QueuedConnection);
+}
+
+void X11Pasteboard::claim() {
+    if (!std::exchange(m_isClaimScheduled, false))
+        return;
+    m_thread->claim(std::get<OwnContents>(m_contents), m_ownSerial);
+}
+
+void X11Pasteboard::receive(const Publication &publication) {
+    if (publication.ownSerial != m_ownSerial)
+        return; // an own write has replaced it meanwhile
+    m_changeCount += publication.changes;
+    m_contents = publication.contents;
+}
+
+} // namespace tavrine

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "adapters/x11/PasteboardContents.h"
+#include "adapters/x11/SelectionLimits.h"
+#include "ports/Pasteboard.h"
+
+#include <QObject>
+
+#include <memory>
+#include <variant>
+
+namespace tavrine {
+
+class SelectionThread;
+
+/// The CLIPBOARD selection of the X server in $DISPLAY. Lives on the main thread, and needs its event loop: what other
+/// programs do is told there, so that the contents never change between two reads of one turn.
+///
+///  1. What stood on the clipboard before this object is there to be read soon after, and is no change.
+///  2. The writes of one turn reach the other programs at its end in one step: none of them ever finds the clipboard
+///     empty in between. They can be read back at once.
+///  3. One transfer brings at most 64 MiB, one change 128 MiB; a picture has at most 128 megapixels. What is larger is
+///     absent. A silent owner is waited for 4 s, a stalled transfer 1.5 s, all together 10 s; a newer owner ends the
+///     waiting at once. See `SelectionLimits`.
+///  4. COMPOUND_TEXT is kept for other programs, but not read: nobody offers it alone any more.
+///  5. Contents marked as concealed are not fetched at all, and end with the program that put them there.
+///  6. Without a server the clipboard works within this program alone.
+///
+/// The destructor waits up to 1 s for a clipboard manager, if there is one, to take over what is ours.
+class X11Pasteboard final : public Pasteboard {
+public:
+    explicit X11Pasteboard(const SelectionLimits &limits = {});
+    ~X11Pasteboard() override;
+    X11Pasteboard(const X11Pasteboard &) = delete;
+    X11Pasteboard &operator=(const X11Pasteboard &) = delete;
+
+    [[nodiscard]] int changeCount() const override { return m_changeCount; }
+    [[nodiscard]] std::optional<QStringList> types() const override;
+    [[nodiscard]] std::optional<QImage> image() const override;
+    [[nodiscard]] std::optional<QString> string() const override;
+    int clearContents() override;
+    void setString(const QString &text) override;
+    void writeImage(const QImage &image) override;
+    void writeFileUrls(const QList<QUrl> &urls) override;
+
+private:
+    using Foreign = std::shared_ptr<const ForeignContents>;
+
+    void receive(const Publication &publication);
+    [[nodiscard]] OwnContents *ownContents();
+    void scheduleClaim();
+    void claim();
+
+    const SelectionLimits m_limits;
+    int m_changeCount = 0;
+    int m_ownSerial = 0;
+    bool m_isClaimScheduled = false;
+    std::variant<Foreign, OwnContents> m_contents;
+    QObject m_mainThread; ///< events posted by the reader reach us there; after our end they reach nobody
+    std::unique_ptr<SelectionThread> m_thread;
+};
+
+} // namespace tavrine

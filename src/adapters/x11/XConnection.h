@@ -1,0 +1,108 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+
+#include <cstdint>
+#include <cstdlib>
+#include <deque>
+#include <memory>
+#include <optional>
+
+#include <xcb/xcb.h>
+
+namespace tavrine {
+
+struct FreeReply {
+    void operator()(void *reply) const { std::free(reply); } // libxcb hands out what malloc gave
+};
+template <class T>
+using Reply = std::unique_ptr<T, FreeReply>;
+using XEvent = Reply<xcb_generic_event_t>;
+
+/// The atoms that the clipboard's protocol itself needs.
+struct SelectionAtoms {
+    xcb_atom_t clipboard, clipboardManager, targets, multiple, timestamp, saveTargets, incr, atomPair, utf8String, null,
+        serverTime;
+};
+
+/// What a property holds. `bytes` are empty and `isTooLarge` is set when it was larger than allowed; then it was not
+/// read. A `type` of 0 means that there is no property.
+struct PropertyValue {
+    xcb_atom_t type = 0;
+    int format = 0;
+    bool isTooLarge = false;
+    QByteArray bytes;
+};
+
+/// A connection to the X server of the clipboard's own, with an unmapped window that stands for us.
+///
+/// Made on one thread and handed to another before its first event. Errors that requests cause arrive as events and
+/// are dropped: windows of other programs vanish at any moment. After the connection is lost every call is harmless.
+class XConnection {
+public:
+    /// Connects to $DISPLAY. `isUsable` is false when that fails or when the server lacks selection notices.
+    XConnection();
+    ~XConnection();
+    XConnection(const XConnection &) = delete;
+    XConnection &operator=(const XConnection &) = delete;
+
+    [[nodiscard]] bool isUsable() const;
+    [[nodiscard]] xcb_connection_t *get() const { return m_connection; }
+    [[nodiscard]] int descriptor() const { return xcb_get_file_descriptor(m_connection); }
+    [[nodiscard]] xcb_window_t window() const { return m_window; }
+    [[nodiscard]] const SelectionAtoms &atoms() const { return m_atoms; }
+    [[nodiscard]] int selectionNoticeEvent() const { return m_selectionNotice; }
+    /// The largest part of a property that one request may carry.
+    [[nodiscard]] qsizetype maxRequestBytes() const { return m_maxRequestBytes; }
+
+    [[nodiscard]] xcb_atom_t atom(const QByteArray &name);
+    /// The names of `atoms`; empty for numbers that are no atom.
+    [[nodiscard]] QList<QByteArray> atomNames(const QList<std::uint32_t> &atoms);
+
+    [[nodiscard]] xcb_window_t owner(xcb_atom_t selection) const;
+    /// The server's present time.
+    [[nodiscard]] xcb_timestamp_t serverTime();
+
+    /// Reads and deletes the property in pieces, or deletes it unread when it has more than `maxBytes`.
+    [[nodiscard]] PropertyValue takeProperty(xcb_window_t window, xcb_atom_t property, qsizetype maxBytes);
+
+    /// A window to receive one change of the clipboard in.
+    [[nodiscard]] xcb_window_t createWindow() const;
+    void destroyWindow(xcb_window_t window) const;
+    /// Destroys the window, but late: an owner that still writes to it would meet an error, and some end by that. The
+    /// last few stay.
+    void retireWindow(xcb_window_t window);
+
+    /// The next event; none when none has arrived. Never waits.
+    [[nodiscard]] XEvent nextEvent();
+    /// True when an event that was read on the way to an answer waits in `nextEvent`.
+    [[nodiscard]] bool readAhead();
+    void flush() const { xcb_flush(m_connection); }
+
+private:
+    [[nodiscard]] bool internAll();
+
+    xcb_connection_t *m_connection;
+    xcb_window_t m_window = 0;
+    SelectionAtoms m_atoms{};
+    int m_selectionNotice = -1;
+    qsizetype m_maxRequestBytes = 0;
+    QHash<xcb_atom_t, QByteArray> m_names;
+    std::deque<XEvent> m_deferred;
+    std::deque<xcb_window_t> m_retired;
+};
+
+/// The kind of an event, whoever sent it.
+[[nodiscard]] inline int eventType(const xcb_generic_event_t &event) {
+    return event.response_type & 0x7F;
+}
+
+/// An event as what its kind says it is.
+template <class T>
+[[nodiscard]] const T &eventAs(const xcb_generic_event_t &event) {
+    return reinterpret_cast<const T &>(event);
+}
+
+} // namespace tavrine
