@@ -90,6 +90,18 @@ void commitAlone(benchmark::State &state) {
     }
 }
 
+/// A later start of the program: the database opened and the manager made over it.
+void startUp(benchmark::State &state) {
+    Bench bench(state.range(0));
+    bench.manager.reset();
+    for (auto _ : state) {
+        ClipboardDatabase database(bench.folders.applicationSupport + QStringLiteral("/Tavrine/clipboard.db"));
+        const ClipboardManager manager({bench.time, bench.defaults, bench.pasteboard, bench.workspace, bench.coder,
+                                        bench.movies, bench.loginItem, bench.folders, database});
+        benchmark::DoNotOptimize(manager.history().size());
+    }
+}
+
 /// A tick that finds nothing new.
 void idleTick(benchmark::State &state) {
     Bench bench(state.range(0));
@@ -179,6 +191,7 @@ void makeThumbnail(benchmark::State &state) {
 
 BENCHMARK(copyThroughThePoll)->Arg(1'000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(commitAlone)->Arg(1'000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(startUp)->Arg(0)->Arg(1'000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(idleTick)->Arg(100'000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(decodePng)->Unit(benchmark::kMillisecond);
 BENCHMARK(saveImage)->Unit(benchmark::kMillisecond);
