@@ -1,0 +1,96 @@
+#pragma once
+
+#include "adapters/x11/TestOwner.h"
+#include "adapters/x11/TestRequestor.h"
+#include "adapters/x11/X11Pasteboard.h"
+
+#include <QBuffer>
+#include <QTest>
+
+#include <functional>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+namespace tavrine {
+
+/// Limits with which what must time out does so within a test's patience, and what is too large is small.
+inline SelectionLimits shortLimits() {
+    using namespace std::chrono_literals;
+    SelectionLimits limits;
+    limits.answer = 400ms;
+    limits.stall = 300ms;
+    limits.total = 1500ms;
+    limits.transferBytes = 1024 * 1024;
+    limits.changeBytes = 1536 * 1024;
+    limits.imagePixels = 10000;
+    limits.handOver = 1000ms;
+    limits.outgoingStall = 500ms;
+    return limits;
+}
+
+/// Lets the main queue run until the condition holds; false when it does not in time.
+inline bool waitUntil(const std::function<bool()> &condition, int milliseconds = 8000) {
+    return QTest::qWaitFor(condition, milliseconds);
+}
+
+inline QByteArray pngOf(const QImage &image) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "png");
+    return bytes;
+}
+
+inline QImage coloured(int width, int height, QColor color = QColor(10, 120, 230)) {
+    QImage image(width, height, QImage::Format_RGB32);
+    image.fill(color);
+    return image;
+}
+
+/// A pasteboard on the private desktop, whose clipboard is nobody's at the start.
+class X11PasteboardFixture : public testing::Test {
+protected:
+    X11PasteboardFixture() { clearClipboard(); }
+
+    static void clearClipboard() {
+        TestOwner owner;
+        owner.own({});
+        owner.clear();
+    }
+
+    void start(const SelectionLimits &limits = shortLimits()) {
+        m_pasteboard = std::make_unique<X11Pasteboard>(limits);
+        m_count = m_pasteboard->changeCount();
+    }
+    void stop() { m_pasteboard.reset(); }
+    X11Pasteboard &pasteboard() { return *m_pasteboard; }
+
+    /// True when the count has moved since the last call; bounded.
+    [[nodiscard]] bool changed(int milliseconds = 8000) {
+        const bool hasMoved = waitUntil([this] { return m_pasteboard->changeCount() != m_count; }, milliseconds);
+        m_steps = m_pasteboard->changeCount() - m_count;
+        m_count = m_pasteboard->changeCount();
+        return hasMoved;
+    }
+    /// By how much the last `changed` saw it move.
+    [[nodiscard]] int steps() const { return m_steps; }
+
+    /// A copy by a program that behaves arrives. The trial after every misdeed.
+    [[nodiscard]] testing::AssertionResult nextCopyIsSeen() {
+        TestOwner next;
+        next.ownText("the next copy");
+        // A newer owner ends every waiting, so the limits of the older do not count here.
+        const bool isSeen =
+            waitUntil([this] { return pasteboard().string() == QStringLiteral("the next copy"); }, 2000);
+        if (isSeen)
+            return testing::AssertionSuccess();
+        return testing::AssertionFailure() << "the next copy was not seen";
+    }
+
+    std::unique_ptr<X11Pasteboard> m_pasteboard;
+    int m_count = 0;
+    int m_steps = 0;
+};
+
+} // namespace tavrine
