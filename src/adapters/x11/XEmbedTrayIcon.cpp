@@ -54,6 +54,7 @@ private:
     void onButton(const xcb_button_press_event_t &press);
     void hover(bool isInside, QPoint place = {});
     void findTray();
+    void setTray(xcb_window_t owner);
     void readColors();
     void makeWindow();
     [[nodiscard]] QImage background();
@@ -109,8 +110,11 @@ void XEmbedTrayIcon::Private::findTray() {
         xcb_change_window_attributes(client.connection(), owner, XCB_CW_EVENT_MASK, &events);
     }
     m_isTrayStale = client.takeIsLate();
-    if (owner == tray)
-        return;
+    if (owner != tray)
+        setTray(owner);
+}
+
+void XEmbedTrayIcon::Private::setTray(xcb_window_t owner) {
     undock();
     tray = owner;
     if (tray != XCB_WINDOW_NONE)
@@ -239,9 +243,11 @@ void XEmbedTrayIcon::Private::onEvent(const xcb_generic_event_t &event) {
     }
     case XCB_DESTROY_NOTIFY: {
         const xcb_window_t gone = reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window;
-        m_isTrayStale = m_isTrayStale || gone == tray || gone == m_window;
         if (gone == m_window)
             undock(); // the tray took it along
+        if (gone == tray)
+            setTray(XCB_WINDOW_NONE); // at once: the next tray may have a window of the same number
+        m_isTrayStale = true;
         break;
     }
     case XCB_REPARENT_NOTIFY: {
