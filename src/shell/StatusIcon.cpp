@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <QTransform>
 
+#include <algorithm>
 #include <cmath>
 
 namespace tavrine {
@@ -46,29 +47,27 @@ QImage drawPill(double scale, const QColor &color) {
 } // namespace
 
 QPainterPath menuBarSymbol() {
-    // A solid board stays a board at 16 pixels where an outline would blur; the face is what is left out of it.
-    QPainterPath board;
-    board.addRoundedRect(QRectF(2.5, 2.5, 13, 15), 3, 3);
+    // Paths are cut on a fine grid: at 18 units the curves of the result would be visibly angular.
+    constexpr double grid = 100;
+    const auto rounded = [](double x, double y, double width, double height, double radius) {
+        QPainterPath path;
+        path.addRoundedRect(QRectF(x * grid, y * grid, width * grid, height * grid), radius * grid, radius * grid);
+        return path;
+    };
+    // A solid board stays a board at 16 pixels, where an outline would blur. The clip stands clear of it.
+    const QPainterPath board = rounded(2, 2, 14, 15, 3).subtracted(rounded(5, -1, 8, 6, 2.5));
+    const QPainterPath clip = rounded(6, 1, 6, 3, 1.5);
 
-    // The clip stands clear of the board by a gap of one point.
-    QPainterPath clip;
-    clip.addRoundedRect(QRectF(5.5, 0.5, 7, 3.5), 1.5, 1.5);
-    QPainterPath clearance;
-    clearance.addRoundedRect(QRectF(4.5, -0.5, 9, 5.5), 2.5, 2.5);
-
-    QPainterPath face;
-    face.addRoundedRect(QRectF(5.6, 7.4, 1.9, 2.8), 0.95, 0.95);
-    face.addRoundedRect(QRectF(10.5, 7.4, 1.9, 2.8), 0.95, 0.95);
-    QPainterPath smile;
-    smile.moveTo(5.9, 12.3);
-    smile.cubicTo(7.2, 15.0, 10.8, 15.0, 12.1, 12.3);
+    // Cut out of the board: a T whose arms turn up.
+    QPainterPath arms;
+    arms.moveTo(5.4 * grid, 7.6 * grid);
+    arms.cubicTo(5.9 * grid, 10.1 * grid, 12.1 * grid, 10.1 * grid, 12.6 * grid, 7.6 * grid);
     QPainterPathStroker pen;
-    pen.setWidth(1.5);
+    pen.setWidth(1.9 * grid);
     pen.setCapStyle(Qt::RoundCap);
-    face.addPath(pen.createStroke(smile));
-    face.setFillRule(Qt::WindingFill);
+    const QPainterPath letter = pen.createStroke(arms).united(rounded(8.05, 8.6, 1.9, 6.4, 0.95));
 
-    return board.subtracted(clearance).subtracted(face).united(clip);
+    return QTransform::fromScale(1 / grid, 1 / grid).map(board.subtracted(letter).united(clip));
 }
 
 QColor indicatorColor(const QString &text) {

@@ -46,7 +46,6 @@ class StatusNotifierAdaptor : public QDBusAbstractAdaptor {
     Q_PROPERTY(QString Status READ status)
     Q_PROPERTY(int WindowId READ windowId)
     Q_PROPERTY(QString IconThemePath READ empty)
-    Q_PROPERTY(QDBusObjectPath Menu READ menu)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
     Q_PROPERTY(QString IconName READ empty)
     Q_PROPERTY(tavrine::StatusNotifierPixmaps IconPixmap READ iconPixmap)
@@ -71,8 +70,6 @@ public:
     [[nodiscard]] QString status() const { return isActive ? QStringLiteral("Active") : QStringLiteral("Passive"); }
     [[nodiscard]] int windowId() const { return 0; }
     [[nodiscard]] QString empty() const { return {}; }
-    /// The agreed path for an item whose menu is its own: hosts then call ContextMenu.
-    [[nodiscard]] QDBusObjectPath menu() const { return QDBusObjectPath(QStringLiteral("/NO_DBUSMENU")); }
     [[nodiscard]] bool itemIsMenu() const { return false; }
     [[nodiscard]] StatusNotifierPixmaps iconPixmap() const { return pixmaps; }
     [[nodiscard]] StatusNotifierPixmaps noPixmap() const { return {}; }

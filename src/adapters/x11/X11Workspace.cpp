@@ -6,6 +6,7 @@
 #include "base/NotificationCenter.h"
 
 #include <QSysInfo>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -16,6 +17,10 @@ namespace tavrine {
 namespace {
 
 constexpr xcb_window_t noWindow = XCB_WINDOW_NONE;
+
+// Window managers name no window at all for a moment while they move the activity from one window to the next; that is
+// no departure. Openbox needs under 5 ms for it.
+constexpr auto longestPause = std::chrono::milliseconds(100);
 
 // Dialogues of dialogues and frames of frames end somewhere, unless a program made a ring of them.
 constexpr int deepestChain = 16;
@@ -55,29 +60,40 @@ private:
     void lookForWindowManager();
     [[nodiscard]] std::optional<xcb_window_t> activeWindow();
     [[nodiscard]] xcb_window_t namedWindowAbove(xcb_window_t window);
-    void watchFocus(xcb_window_t window);
+    void watch(xcb_window_t window);
     [[nodiscard]] WindowFacts factsOf(xcb_window_t window);
     [[nodiscard]] std::optional<RunningApplication> programOf(xcb_window_t window);
     [[nodiscard]] quint32 pidMask() const { return XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID; }
 
     XcbClient m_client;
     QList<RunningApplication> m_left; // of whom the notice is still to be posted
+    QTimer m_pause;
     const QByteArray m_host = QSysInfo::machineHostName().toLocal8Bit();
     xcb_window_t m_active = noWindow;
     xcb_window_t m_windowManager = noWindow;
-    xcb_window_t m_watchedFocus = noWindow;
+    xcb_window_t m_focus = noWindow; // whose end or loss of the keyboard is to be seen
+    xcb_window_t m_watched = noWindow;
     bool m_hasClientIds = false;
     bool m_isManagerKnown = false;
     bool m_isStale = true;
+    bool m_isPauseOver = false;
+    bool m_hasNews = false;
 };
 
 X11Workspace::Private::Private()
     : m_client([this](const xcb_generic_event_t &event) { onEvent(event); },
                [this] {
-                   if (m_isStale)
+                   if (std::exchange(m_hasNews, false))
                        refresh();
                    postNotices();
                }) {
+    m_pause.setSingleShot(true);
+    m_pause.setInterval(longestPause);
+    m_pause.callOnTimeout([this] {
+        m_isPauseOver = true;
+        refresh();
+        postNotices();
+    });
     if (!m_client.isConnected())
         return;
     const auto *extension = xcb_get_extension_data(m_client.connection(), &xcb_res_id);
@@ -90,26 +106,29 @@ X11Workspace::Private::Private()
 }
 
 void X11Workspace::Private::onEvent(const xcb_generic_event_t &event) {
+    bool isNews = false;
     switch (event.response_type & 0x7f) {
     case XCB_PROPERTY_NOTIFY: {
         const auto &notice = reinterpret_cast<const xcb_property_notify_event_t &>(event);
-        if (notice.atom == m_client.atom("_NET_SUPPORTING_WM_CHECK"))
-            m_isManagerKnown = false;
-        m_isStale = m_isStale || !m_isManagerKnown || notice.atom == m_client.atom("_NET_ACTIVE_WINDOW");
+        const bool isOfManager = notice.atom == m_client.atom("_NET_SUPPORTING_WM_CHECK");
+        m_isManagerKnown = m_isManagerKnown && !isOfManager;
+        isNews = isOfManager || notice.atom == m_client.atom("_NET_ACTIVE_WINDOW");
         break;
     }
     case XCB_DESTROY_NOTIFY:
         if (reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window == m_windowManager)
             m_isManagerKnown = false;
-        m_isStale = true;
+        isNews = true;
         break;
     case XCB_FOCUS_IN:
     case XCB_FOCUS_OUT:
-        m_isStale = m_isStale || m_windowManager == noWindow;
+        isNews = m_windowManager == noWindow;
         break;
     default:
         break;
     }
+    m_isStale = m_isStale || isNews;
+    m_hasNews = m_hasNews || isNews;
 }
 
 /// A window manager is running when the window that the root names for it is there and names itself.
@@ -127,8 +146,7 @@ void X11Workspace::Private::lookForWindowManager() {
     const quint32 focusEvents = XCB_EVENT_MASK_FOCUS_CHANGE;
     const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE | (hasManager ? 0U : focusEvents);
     xcb_change_window_attributes(m_client.connection(), m_client.root(), XCB_CW_EVENT_MASK, &events);
-    if (hasManager)
-        watchFocus(noWindow);
+    watch(noWindow);
     m_isManagerKnown = !m_client.takeIsLate();
     m_isStale = true;
 }
@@ -137,19 +155,21 @@ void X11Workspace::Private::lookForWindowManager() {
 std::optional<xcb_window_t> X11Workspace::Private::activeWindow() {
     static_cast<void>(m_client.takeIsLate());
     xcb_window_t window = noWindow;
+    m_focus = noWindow;
     if (m_windowManager != noWindow) {
         const auto named = m_client.words(m_client.root(), "_NET_ACTIVE_WINDOW");
-        window = named.empty() ? noWindow : named[0];
+        window = named.empty() || named[0] == m_client.root() ? noWindow : named[0];
+        m_focus = window;
     } else if (const auto focus =
                    m_client.reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(m_client.connection()))) {
         if (focus->focus > XCB_INPUT_FOCUS_POINTER_ROOT && focus->focus != m_client.root()) {
-            watchFocus(focus->focus);
+            m_focus = focus->focus;
             window = namedWindowAbove(focus->focus);
         }
     }
     if (m_client.takeIsLate())
         return std::nullopt;
-    return window == m_client.root() ? noWindow : window;
+    return window;
 }
 
 xcb_window_t X11Workspace::Private::namedWindowAbove(xcb_window_t window) {
@@ -163,17 +183,20 @@ xcb_window_t X11Workspace::Private::namedWindowAbove(xcb_window_t window) {
     return window;
 }
 
-/// Without a window manager nobody tells of another focus but the window that loses it.
-void X11Workspace::Private::watchFocus(xcb_window_t window) {
-    if (window == m_watchedFocus)
+/// The end of the active window is seen here, since a window manager may go on naming a window that is gone. Without
+/// one, nobody but the window that loses the focus tells of another focus.
+void X11Workspace::Private::watch(xcb_window_t window) {
+    if (window == m_watched && !m_isStale)
         return;
     const quint32 none = XCB_EVENT_MASK_NO_EVENT;
     const quint32 events = XCB_EVENT_MASK_FOCUS_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    if (m_watchedFocus != noWindow)
-        xcb_change_window_attributes(m_client.connection(), m_watchedFocus, XCB_CW_EVENT_MASK, &none);
+    const quint32 structure = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    if (m_watched != noWindow)
+        xcb_change_window_attributes(m_client.connection(), m_watched, XCB_CW_EVENT_MASK, &none);
     if (window != noWindow)
-        xcb_change_window_attributes(m_client.connection(), window, XCB_CW_EVENT_MASK, &events);
-    m_watchedFocus = window;
+        xcb_change_window_attributes(m_client.connection(), window, XCB_CW_EVENT_MASK,
+                                     m_windowManager == noWindow ? &events : &structure);
+    m_watched = window;
 }
 
 void X11Workspace::Private::refresh() {
@@ -185,11 +208,21 @@ void X11Workspace::Private::refresh() {
     // The events that were sent before the answer are here by now. One may tell that the window of that number is
     // another one than before: numbers are used again.
     m_client.drain();
-    if (!window || (!m_isStale && frontmost && *window == m_active))
+    if (!window)
+        return;
+    watch(m_focus);
+    if (!m_isStale && frontmost && *window == m_active)
         return;
     auto next = *window == noWindow ? std::nullopt : programOf(*window);
     if (m_client.takeIsLate())
         return;
+    if (!next && frontmost && !m_isPauseOver) {
+        if (!m_pause.isActive())
+            m_pause.start();
+        return;
+    }
+    m_pause.stop();
+    m_isPauseOver = false;
     if (frontmost && !(next && isSameApplication(*frontmost, *next)))
         m_left.append(*frontmost);
     frontmost = std::move(next);

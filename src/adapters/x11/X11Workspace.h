@@ -13,6 +13,7 @@ namespace tavrine {
 /// sent before, and never one to another program.
 ///
 ///  1. The active window is what the window manager says in _NET_ACTIVE_WINDOW.
+///     A moment without one, 100 ms at most, counts for the program that was active before.
 ///  2. Without a window manager it is the window that has the keyboard, or the closest one above it that has a class.
 ///  3. A dialogue belongs to the program whose window it was opened for, even where another process draws it.
 ///  4. The identifier is _GTK_APPLICATION_ID, else the class of WM_CLASS, each as `knownProgram` has it. This

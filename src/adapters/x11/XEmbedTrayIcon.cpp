@@ -54,10 +54,12 @@ private:
     void onButton(const xcb_button_press_event_t &press);
     void hover(bool isInside, QPoint place = {});
     void findTray();
+    void setTray(xcb_window_t owner);
     void readColors();
     void makeWindow();
     [[nodiscard]] QImage background();
     [[nodiscard]] QSize shapeFor(int height) const;
+    void askForShape(QSize shape);
     void setWords(const char *property, xcb_atom_t type, std::initializer_list<quint32> words);
 
     ShowToolTip m_showToolTip;
@@ -65,8 +67,8 @@ private:
     QPoint m_hoverPlace;
     std::optional<XcbPicture> m_picture;
     QColor m_symbolColor = lightSymbolColor;
-    QSize m_size;            // of the window, as the tray has it
-    int m_heightAskedAt = 0; // the height for which a width was asked last
+    QSize m_size;       // of the window, as the tray has it
+    QSize m_shapeAsked; // last; a tray that gives another one is not asked again
     xcb_window_t m_window = XCB_WINDOW_NONE;
     xcb_gcontext_t m_context = XCB_NONE;
     xcb_colormap_t m_colormap = XCB_NONE;
@@ -108,8 +110,11 @@ void XEmbedTrayIcon::Private::findTray() {
         xcb_change_window_attributes(client.connection(), owner, XCB_CW_EVENT_MASK, &events);
     }
     m_isTrayStale = client.takeIsLate();
-    if (owner == tray)
-        return;
+    if (owner != tray)
+        setTray(owner);
+}
+
+void XEmbedTrayIcon::Private::setTray(xcb_window_t owner) {
     undock();
     tray = owner;
     if (tray != XCB_WINDOW_NONE)
@@ -159,7 +164,7 @@ void XEmbedTrayIcon::Private::makeWindow() {
     m_context = xcb_generate_id(client.connection());
     m_colormap = xcb_generate_id(client.connection());
     m_size = shapeFor(usualHeight);
-    m_heightAskedAt = 0;
+    m_shapeAsked = m_size;
     xcb_create_colormap(client.connection(), XCB_COLORMAP_ALLOC_NONE, m_colormap, client.root(), visual);
     // A window of another depth than its parent's must name its background, border and colours.
     const quint32 mask =
@@ -180,7 +185,19 @@ void XEmbedTrayIcon::Private::makeWindow() {
     constexpr char wmClass[] = "tavrine\0Tavrine";
     xcb_change_property(client.connection(), XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
                         sizeof wmClass, wmClass);
+    askForShape(m_size);
     setTitle();
+}
+
+/// Some trays go by the size that a window asks for, others by the least size that its hints name.
+void XEmbedTrayIcon::Private::askForShape(QSize shape) {
+    constexpr quint32 hasLeastSize = 1U << 4U;
+    const auto width = static_cast<quint32>(shape.width());
+    const auto height = static_cast<quint32>(shape.height());
+    setWords("WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS,
+             {hasLeastSize, 0, 0, 0, 0, width, height, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    const quint32 size[] = {width, height};
+    xcb_configure_window(client.connection(), m_window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size);
 }
 
 void XEmbedTrayIcon::Private::setWords(const char *property, xcb_atom_t type, std::initializer_list<quint32> words) {
@@ -226,9 +243,11 @@ void XEmbedTrayIcon::Private::onEvent(const xcb_generic_event_t &event) {
     }
     case XCB_DESTROY_NOTIFY: {
         const xcb_window_t gone = reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window;
-        m_isTrayStale = m_isTrayStale || gone == tray || gone == m_window;
         if (gone == m_window)
             undock(); // the tray took it along
+        if (gone == tray)
+            setTray(XCB_WINDOW_NONE); // at once: the next tray may have a window of the same number
+        m_isTrayStale = true;
         break;
     }
     case XCB_REPARENT_NOTIFY: {
@@ -346,11 +365,8 @@ void XEmbedTrayIcon::Private::draw() {
         return;
     // A tray that gives another height than the usual is asked once for the width that goes with it.
     const QSize shape = shapeFor(m_size.height());
-    const int asked = shape.width() * (largestEdge + 1) + shape.height();
-    if (shape != m_size && std::exchange(m_heightAskedAt, asked) != asked) {
-        const quint32 size[] = {static_cast<quint32>(shape.width()), static_cast<quint32>(shape.height())};
-        xcb_configure_window(client.connection(), m_window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size);
-    }
+    if (shape != m_size && std::exchange(m_shapeAsked, shape) != shape)
+        askForShape(shape);
     const double scale = std::min(double(m_size.width()) / image.width, double(m_size.height()) / image.height);
     const QImage pixels = statusPixels(image, scale, m_symbolColor);
     QImage canvas = background();
