@@ -1,5 +1,7 @@
 #include "shell/StatusIcon.h"
 
+#include "base/UserDefaults.h"
+
 #include <QPainter>
 #include <QTransform>
 
@@ -88,6 +90,11 @@ StatusImage statusIcon(bool isAwake, bool showsIndicator, const QString &color) 
                 .height = pillHeight,
                 .isTemplate = false};
     return {.draw = drawSymbol, .width = symbolEdge, .height = symbolEdge, .isTemplate = true};
+}
+
+StatusImage statusIcon(bool isAwake, const UserDefaults &defaults) {
+    return statusIcon(isAwake, defaults.get<bool>(QStringLiteral("keepAwakeShowBgIndicator"), false),
+                      defaults.get<QString>(QStringLiteral("keepAwakeBgColor"), QStringLiteral("#007AFF")));
 }
 
 } // namespace tavrine

@@ -8,6 +8,8 @@
 
 namespace tavrine {
 
+class UserDefaults;
+
 /// The symbol "MenuBarIcon", filled, in a square of 18 points with the origin at the upper left: a clipboard that
 /// smiles.
 [[nodiscard]] QPainterPath menuBarSymbol();
@@ -18,5 +20,8 @@ namespace tavrine {
 /// What the status item shows when no figures of the speed meter take its place: the symbol as a template, or, while
 /// the machine is kept awake and the person wants that to be seen, the symbol in white on a pill of `color`.
 [[nodiscard]] StatusImage statusIcon(bool isAwake, bool showsIndicator, const QString &color);
+
+/// The same by the person's preferences.
+[[nodiscard]] StatusImage statusIcon(bool isAwake, const UserDefaults &defaults);
 
 } // namespace tavrine
