@@ -10,8 +10,6 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <limits>
 
 #include <fcntl.h>
@@ -87,28 +85,9 @@ bool hasEqualDates(const std::vector<RecentRows::Row> &rows, std::size_t count) 
            }) != end;
 }
 
-/// The shortest decimal text that reads back as the same double.
-QByteArray shortestDecimal(double value) {
-    // Dates need no exponent; beyond what a double counts by ones, the digits before the point would be padding.
-    const double size = std::abs(value);
-    const bool isFixed = size == 0 || (size >= 1e-5 && size < 1e16);
-    char text[64];
-    const auto format = isFixed ? std::chars_format::fixed : std::chars_format::scientific;
-    const auto end = std::to_chars(std::begin(text), std::end(text), value, format).ptr;
-    return {text, end - text};
-}
-
 qint64 saturatedSum(qint64 a, qint64 b) {
     qint64 sum = 0;
     return qAddOverflow(a, b, &sum) ? std::numeric_limits<qint64>::max() : sum; // `b` is never negative
-}
-
-/// The LIKE pattern for "contains `query`", with what LIKE would take for a wildcard escaped.
-QString containsPattern(QString query) {
-    query.replace(QLatin1String("\\"), QLatin1String("\\\\"));
-    query.replace(QLatin1String("%"), QLatin1String("\\%"));
-    query.replace(QLatin1String("_"), QLatin1String("\\_"));
-    return QLatin1Char('%') + query + QLatin1Char('%');
 }
 
 } // namespace
@@ -163,11 +142,7 @@ void ClipboardDatabase::remove(const QUuid &id) {
 
 std::vector<ClipboardItem> ClipboardDatabase::loadAll(std::optional<Date> since, qint64 limit) {
     return m_queue.sync([&] {
-        QByteArray sql = sql::items;
-        if (since)
-            sql += " WHERE date > " + shortestDecimal(since->secondsSince1970);
-        sql += " ORDER BY is_pinned DESC, date DESC LIMIT " + QByteArray::number(limit) + ";";
-        Statement statement(m_db, sql);
+        Statement statement(m_db, sql::selectAll(since, limit));
         return items(statement);
     });
 }
@@ -244,7 +219,7 @@ std::vector<ClipboardItem> ClipboardDatabase::search(const QString &query, qint6
         Statement statement(m_db, sql::contentLike);
         if (!statement.isPrepared())
             return std::vector<ClipboardItem>();
-        statement.bindText(1, containsPattern(query).toUtf8());
+        statement.bindText(1, sql::containsPattern(query).toUtf8());
         statement.bindInt(2, limit);
         return items(statement);
     });
@@ -295,15 +270,7 @@ ClipboardDatabase::Pruned ClipboardDatabase::prune(bool imagesOnly, std::optiona
 
 bool ClipboardDatabase::selectForPruning(bool imagesOnly, std::optional<Date> before, std::optional<qint64> keepNewest,
                                          QByteArrayList &ids, QStringList &imageFileNames) {
-    QByteArray conditions = "is_pinned=0 AND is_saved=0";
-    if (imagesOnly)
-        conditions += " AND image_file_name IS NOT NULL";
-    if (before)
-        conditions += " AND date < ?";
-    QByteArray text = "SELECT id,image_file_name FROM items WHERE " + conditions + " ORDER BY date ASC";
-    if (keepNewest)
-        text += " LIMIT MAX(0, (\n    SELECT COUNT(*) FROM items WHERE " + conditions + "\n ) - ?)";
-    Statement selection(m_db, text);
+    Statement selection(m_db, sql::pruneSelection(imagesOnly, before.has_value(), keepNewest.has_value()));
     if (!selection.isPrepared())
         return false;
     int index = 0;

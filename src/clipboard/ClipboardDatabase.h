@@ -27,7 +27,8 @@ namespace tavrine {
 ///  3. Failures are quiet: a file that cannot be opened, read or written gives empty results and loses the write.
 ///  4. A protected row disappears only by `remove` of that very row.
 ///  5. What memory answers in place of a statement (see `RecentRows`) is what the statement would have answered: only
-///     while the file's change stamp says that no write but ours came in between.
+///     while the file's change stamp says that no write but ours came in between. This takes the table to be the one
+///     made here: a program that gave it triggers or further unique columns would be believed wrongly.
 class ClipboardDatabase {
 public:
     struct Pruned {

@@ -1,5 +1,12 @@
 #pragma once
 
+#include "base/Date.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
 namespace tavrine::sql {
 
 // The statements of `ClipboardDatabase`. Their text is exact, line breaks included: SQLite keeps the schema's word for
@@ -44,5 +51,15 @@ inline constexpr auto countMedia = "SELECT COUNT(*) FROM items WHERE image_file_
 inline constexpr auto items = ITEMS;
 
 #undef ITEMS
+
+/// Everything after `since`, pinned first. No parameters: a limit of 64 bits stands in the text.
+[[nodiscard]] QByteArray selectAll(std::optional<Date> since, qint64 limit);
+
+/// The unprotected rows to delete, oldest first. Parameters: the date when `hasBefore`, once more when `hasKeepNewest`
+/// as well, then the count when `hasKeepNewest`.
+[[nodiscard]] QByteArray pruneSelection(bool imagesOnly, bool hasBefore, bool hasKeepNewest);
+
+/// The LIKE pattern for "contains `query`", with what LIKE would take for a wildcard escaped.
+[[nodiscard]] QString containsPattern(QString query);
 
 } // namespace tavrine::sql
