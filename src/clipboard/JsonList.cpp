@@ -12,7 +12,7 @@ bool forEachJsonObject(const QByteArray &json, const std::function<bool(const QJ
     if (!document.isArray())
         return false;
     const QJsonArray array = document.array();
-    for (const QJsonValue &value : array) {
+    for (const auto &value : array) {
         if (!value.isObject() || !take(value.toObject()))
             return false;
     }

@@ -137,7 +137,7 @@ std::optional<QImage> read(QImageReader &reader) {
 } // namespace
 
 TurboImageCoder::TurboImageCoder() {
-    constexpr int neededMiB = static_cast<int>(maxPixels * 4 / (1024 * 1024)) + 1;
+    constexpr int neededMiB = static_cast<int>(maxPixels * 4 / 1'048'576) + 1;
     QImageReader::setAllocationLimit(std::max(QImageReader::allocationLimit(), neededMiB));
 }
 
