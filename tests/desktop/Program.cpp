@@ -89,7 +89,7 @@ int Program::rowsWith(const QString &content) const {
 }
 
 Client::Client(const QString &command, const QStringList &arguments, const QByteArray &input) {
-    m_process.setProcessChannelMode(QProcess::ForwardedChannels);
+    m_process.setProcessChannelMode(QProcess::SeparateChannels);
     m_process.start(command, arguments);
     m_process.waitForStarted(5000);
     if (!input.isEmpty()) {
