@@ -61,7 +61,7 @@ QByteArray xmlOf(plist_t node) {
     char *text = nullptr;
     uint32_t length = 0;
     plist_to_xml(node, &text, &length);
-    const QByteArray result(text, text ? static_cast<qsizetype>(length) : 0);
+    QByteArray result(text, text ? static_cast<qsizetype>(length) : 0);
     if (text)
         plist_to_xml_free(text);
     return result;

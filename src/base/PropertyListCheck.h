@@ -6,7 +6,7 @@ namespace tavrine {
 
 /// How large and how deep a property list may be, wherever it comes from. The size leaves room for a whole clipboard
 /// history of the oldest format, which was kept as one value; nothing of ours nests deeper than three.
-inline constexpr qsizetype largestPropertyList = 64 * 1024 * 1024;
+inline constexpr qsizetype largestPropertyList = qsizetype{64} * 1024 * 1024;
 inline constexpr int deepestPropertyList = 100;
 
 /// True when the property list library can be given `content`: it parses and frees by recursion and expands shared

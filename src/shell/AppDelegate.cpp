@@ -41,8 +41,8 @@ AppDelegate::AppDelegate(Ports ports, QObject *parent) : QObject(parent), m_port
 
 AppDelegate::~AppDelegate() {
     m_ports.statusItem.setOnPress({});
-    for (const auto &window : {m_editorWindow, m_mainWindow, m_onboardingWindow})
-        delete window.data();
+    for (QWidget *window : {editorWindow(), mainWindow(), onboardingWindow()})
+        delete window;
 }
 
 void AppDelegate::applicationDidFinishLaunching() {

@@ -53,15 +53,15 @@ public:
     [[nodiscard]] virtual bool isWaitingForCapture() const { return false; }
     virtual void clearWaitingForCapture() {}
     virtual void showPreviewCard(const ClipboardItem &) {}
-    virtual void setOnSnipComplete(std::function<void(const QImage &)>) {}
+    virtual void setOnSnipComplete(const std::function<void(const QImage &)> &) {}
     virtual void presentSnip(const QImage &) {} ///< pasteboard, image file and card of a fresh capture
     virtual void startSnip() {}                 ///< the permission path included
     virtual void unloadScreenRecorder() {}
 
     // Keep Awake.
     [[nodiscard]] virtual KeepAwakeState keepAwakeState() const { return {}; }
-    virtual void setOnKeepAwakeChange(std::function<void()>) {} ///< its state or its mode
-    virtual void setOnShowAdvancedPanelChange(std::function<void()>) {}
+    virtual void setOnKeepAwakeChange(const std::function<void()> &) {} ///< its state or its mode
+    virtual void setOnShowAdvancedPanelChange(const std::function<void()> &) {}
     virtual void hideAdvancedPanel() {}
     virtual void turnOffKeepAwakeIfAwake() {} ///< clears `autoDisabledForBattery` as well
 

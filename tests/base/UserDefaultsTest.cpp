@@ -331,18 +331,23 @@ TEST_F(UserDefaultsTest, anObserverMaySetAValueItself) {
 }
 
 // What stands in the file's place, and what of it must be found unharmed.
-class UnreadableDefaults : public UserDefaultsTest,
-                           public testing::WithParamInterface<std::pair<const char *, QByteArray>> {};
+struct Damage {
+    const char *name;
+    QByteArray content;
+    friend void PrintTo(const Damage &damage, std::ostream *out) { *out << damage.name; }
+};
+
+class UnreadableDefaults : public UserDefaultsTest, public testing::WithParamInterface<Damage> {};
 
 TEST_P(UnreadableDefaults, areSetAsideWithALineAndReplacedByTheDefaults) {
-    writeFile(path, GetParam().second);
+    writeFile(path, GetParam().content);
     testing::internal::CaptureStdout();
     open();
     const std::string output = testing::internal::GetCapturedStdout();
     EXPECT_FALSE(defaults->contains(key));
     const QString name = QStringLiteral("com.veltrane.Tavrine.plist.unreadable-20260131-120000");
     EXPECT_EQ(setAside(), QStringList{name});
-    EXPECT_EQ(contentOf(QFileInfo(path).dir().filePath(name)), GetParam().second);
+    EXPECT_EQ(contentOf(QFileInfo(path).dir().filePath(name)), GetParam().content);
     EXPECT_THAT(output, HasSubstr(name.toStdString()));
     EXPECT_EQ(output.find('\n'), output.size() - 1);
 
@@ -354,15 +359,15 @@ TEST_P(UnreadableDefaults, areSetAsideWithALineAndReplacedByTheDefaults) {
 
 INSTANTIATE_TEST_SUITE_P(
     Each, UnreadableDefaults,
-    testing::Values(std::pair{"empty", QByteArray("")}, std::pair{"text", QByteArray("hello")},
-                    std::pair{"truncated", QByteArray("<plist version=\"1.0\"><dict><key>key</key><tr")},
-                    std::pair{"emptyOfPlist", QByteArray("<plist version=\"1.0\"></plist>")},
-                    std::pair{"aRootThatIsAnArray", QByteArray("<plist version=\"1.0\"><array/></plist>")},
-                    std::pair{"aRootThatIsAString", QByteArray("<plist version=\"1.0\"><string>x</string></plist>")},
-                    std::pair{"aKeyWithoutAValue", QByteArray("<plist><dict><key>key</key></dict></plist>")},
-                    std::pair{"binaryOfZeros", QByteArray("bplist00") + QByteArray(40, '\0')},
-                    std::pair{"binaryCutShort", QByteArray("bplist00\xd1")}),
-    [](const auto &each) { return std::string(each.param.first); });
+    testing::Values(Damage{"empty", QByteArray("")}, Damage{"text", QByteArray("hello")},
+                    Damage{"truncated", QByteArray("<plist version=\"1.0\"><dict><key>key</key><tr")},
+                    Damage{"emptyOfPlist", QByteArray("<plist version=\"1.0\"></plist>")},
+                    Damage{"aRootThatIsAnArray", QByteArray("<plist version=\"1.0\"><array/></plist>")},
+                    Damage{"aRootThatIsAString", QByteArray("<plist version=\"1.0\"><string>x</string></plist>")},
+                    Damage{"aKeyWithoutAValue", QByteArray("<plist><dict><key>key</key></dict></plist>")},
+                    Damage{"binaryOfZeros", QByteArray("bplist00") + QByteArray(40, '\0')},
+                    Damage{"binaryCutShort", QByteArray("bplist00\xd1")}),
+    testing::PrintToStringParamName());
 
 TEST_F(UserDefaultsTest, aFolderInTheFilesPlaceIsSetAside) {
     QDir().mkpath(path + QStringLiteral("/inside"));

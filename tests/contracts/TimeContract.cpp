@@ -40,8 +40,10 @@ std::unique_ptr<TimeUnderTest> make() {
     return std::make_unique<T>();
 }
 
-INSTANTIATE_TEST_SUITE_P(Virtual, TimeContract, testing::Values(&make<VirtualTimeUnderTest>));
-INSTANTIATE_TEST_SUITE_P(Qt, TimeContract, testing::Values(&make<QtTimeUnderTest>));
+INSTANTIATE_TEST_SUITE_P(Each, TimeContract,
+                         testing::Values(TimeMaker{"VirtualTime", &make<VirtualTimeUnderTest>},
+                                         TimeMaker{"QtTime", &make<QtTimeUnderTest>}),
+                         testing::PrintToStringParamName());
 
 TEST_P(TimeContract, asyncRunsLaterAndInOrder) {
     std::vector<int> calls;

@@ -3,6 +3,7 @@
 #include "base/Time.h"
 
 #include <memory>
+#include <ostream>
 
 #include <gtest/gtest.h>
 
@@ -17,10 +18,17 @@ public:
     virtual void pass(Seconds length) = 0;
 };
 
-/// What every `Time` promises. The parameter makes a fresh one.
-class TimeContract : public testing::TestWithParam<std::unique_ptr<TimeUnderTest> (*)()> {
+/// How a fresh one is made, and what it is called in the names of the tests.
+struct TimeMaker {
+    const char *name;
+    std::unique_ptr<TimeUnderTest> (*make)();
+    friend void PrintTo(const TimeMaker &maker, std::ostream *out) { *out << maker.name; }
+};
+
+/// What every `Time` promises.
+class TimeContract : public testing::TestWithParam<TimeMaker> {
 protected:
-    std::unique_ptr<TimeUnderTest> subject = GetParam()();
+    std::unique_ptr<TimeUnderTest> subject = GetParam().make();
     Time &time = subject->time();
 };
 

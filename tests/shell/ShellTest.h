@@ -61,20 +61,20 @@ public:
     bool isWaitingForCapture() const override { return isWaiting; }
     void clearWaitingForCapture() override { isWaiting = false; }
     void showPreviewCard(const ClipboardItem &item) override { previews.push_back(item); }
-    void setOnSnipComplete(std::function<void(const QImage &)> handler) override {
-        onSnipComplete = std::move(handler);
+    void setOnSnipComplete(const std::function<void(const QImage &)> &handler) override {
+        onSnipComplete = handler;
         note("setOnSnipComplete");
     }
     void presentSnip(const QImage &) override { note("presentSnip"); }
     void startSnip() override { note("startSnip"); }
     void unloadScreenRecorder() override { note("unloadScreenRecorder"); }
     KeepAwakeState keepAwakeState() const override { return keepAwake; }
-    void setOnKeepAwakeChange(std::function<void()> handler) override {
-        onKeepAwakeChange = std::move(handler);
+    void setOnKeepAwakeChange(const std::function<void()> &handler) override {
+        onKeepAwakeChange = handler;
         note("setOnKeepAwakeChange");
     }
-    void setOnShowAdvancedPanelChange(std::function<void()> handler) override {
-        onShowAdvancedPanelChange = std::move(handler);
+    void setOnShowAdvancedPanelChange(const std::function<void()> &handler) override {
+        onShowAdvancedPanelChange = handler;
         note("setOnShowAdvancedPanelChange");
     }
     void hideAdvancedPanel() override { note("hideAdvancedPanel"); }

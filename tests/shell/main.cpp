@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 
 int main(int argc, char **argv) {
+    testing::InitGoogleMock(&argc, argv);
+    if (GTEST_FLAG_GET(list_tests))
+        return RUN_ALL_TESTS(); // ctest asks for the names outside the environment that it gives the tests
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    testing::InitGoogleMock(&argc, argv);
     return RUN_ALL_TESTS();
 }
