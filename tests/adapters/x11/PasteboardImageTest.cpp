@@ -1,10 +1,11 @@
 #include "adapters/x11/PasteboardImage.h"
 
+#include "adapters/x11/TestPictures.h"
+
 #include <QBuffer>
 #include <QFile>
 #include <QImageWriter>
 #include <QTemporaryDir>
-#include <QtEndian>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -26,24 +27,6 @@ QByteArray encoded(const char *format, const QImage &image = picture()) {
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, format);
-    return bytes;
-}
-
-/// A PNG whose header says so much, and no more than that is in it.
-QByteArray pngThatSays(quint32 width, quint32 height) {
-    QByteArray bytes = encoded("png");
-    qToBigEndian(width, bytes.data() + 16);
-    qToBigEndian(height, bytes.data() + 20);
-    const quint32 crc = [&] {
-        quint32 sum = 0xFFFFFFFF;
-        for (qsizetype i = 12; i < 29; ++i) {
-            sum ^= static_cast<quint8>(bytes[i]);
-            for (int bit = 0; bit < 8; ++bit)
-                sum = (sum >> 1) ^ ((sum & 1) ? 0xEDB88320u : 0u);
-        }
-        return ~sum;
-    }();
-    qToBigEndian(crc, bytes.data() + 29);
     return bytes;
 }
 
@@ -80,7 +63,7 @@ TEST(PasteboardImage, aHeaderThatAnnouncesAllMemoryIsRefused) {
 
 TEST(PasteboardImage, aPictureWithoutSizeIsNone) {
     EXPECT_FALSE(decode(pngThatSays(0, 0), 1000));
-    EXPECT_FALSE(decode(pngThatSays(20, 0), 1000));
+    EXPECT_FALSE(decode(pngThatSays(10, 0), 1000));
     EXPECT_FALSE(hasUsableHeader(pngThatSays(0, 0), 1000));
 }
 

@@ -167,6 +167,8 @@ void TestOwner::onRequest(const xcb_selection_request_event_t &request) {
         const std::lock_guard lock(m_mutex);
         ++m_requests[target];
     }
+    if (answer.before)
+        answer.before();
     if (answer.manner == Answer::Manner::silent)
         return;
     if (answer.manner == Answer::Manner::end) {
@@ -184,7 +186,7 @@ void TestOwner::onRequest(const xcb_selection_request_event_t &request) {
     const xcb_atom_t type = atom(answer.type.isEmpty() ? target : answer.type);
     if (answer.manner == Answer::Manner::whole) {
         // In several requests, so that a property can be larger than the largest request.
-        constexpr qsizetype step = qsizetype{8} * 1024 * 1024;
+        constexpr qsizetype step = qsizetype{15} * 1024 * 1024;
         qsizetype offset = 0;
         do {
             const qsizetype size = std::min(step, answer.bytes.size() - offset);
@@ -219,8 +221,9 @@ void TestOwner::onPropertyDeleted(const xcb_property_notify_event_t &event) {
     }
     if (found->pieces == answer.silentAfterPieces)
         return;
+    const QByteArray &type = found->pieces > 0 && !answer.laterType.isEmpty() ? answer.laterType : answer.type;
     const qsizetype size = std::min(answer.pieceBytes, answer.bytes.size() - found->offset);
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, found->requestor, found->property, atom(answer.type),
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, found->requestor, found->property, atom(type),
                         static_cast<uint8_t>(answer.format), static_cast<uint32_t>(size / (answer.format / 8)),
                         answer.bytes.constData() + found->offset);
     ++found->pieces;

@@ -27,7 +27,10 @@ struct Answer {
     qint64 announced = -1;            ///< piecemeal: the size it promises; the true one when negative
     int silentAfterPieces = -1;       ///< piecemeal: then it hangs
     int endAfterPieces = -1;          ///< piecemeal: then its connection is gone
+    QByteArray laterType = {};        ///< piecemeal: type of all pieces but the first
     bool isEndless = false;           ///< piecemeal: the same piece again and again
+
+    std::function<void()> before = {}; ///< run on the owner's thread before it answers
 
     static Answer refused() { return {.manner = Manner::refuse}; }
     static Answer silent() { return {.manner = Manner::silent}; }
