@@ -25,6 +25,25 @@ TestOwner::~TestOwner() {
 }
 
 void TestOwner::own(Contents contents) {
+    Answer targets = listOf(contents);
+    own(std::move(contents), std::move(targets));
+}
+
+void TestOwner::own(Contents contents, Answer targets) {
+    rememberTime();
+    ownAt(m_remembered, std::move(contents), std::move(targets));
+}
+
+void TestOwner::rememberTime() {
+    runOnThread([&] { m_remembered = serverTime(); });
+}
+
+void TestOwner::ownAsOfRememberedTime(Contents contents) {
+    Answer targets = listOf(contents);
+    ownAt(m_remembered, std::move(contents), std::move(targets));
+}
+
+Answer TestOwner::listOf(const Contents &contents) {
     QByteArray list;
     runOnThread([&] {
         for (const auto &[target, answer] : contents) {
@@ -32,10 +51,10 @@ void TestOwner::own(Contents contents) {
             list.append(reinterpret_cast<const char *>(&value), sizeof value);
         }
     });
-    own(std::move(contents), {.bytes = list, .type = "ATOM", .format = 32});
+    return {.bytes = list, .type = "ATOM", .format = 32};
 }
 
-void TestOwner::own(Contents contents, Answer targets) {
+void TestOwner::ownAt(xcb_timestamp_t time, Contents contents, Answer targets) {
     runOnThread([&] {
         m_contents = std::move(contents);
         m_targets = std::move(targets);
@@ -43,7 +62,7 @@ void TestOwner::own(Contents contents, Answer targets) {
             const std::lock_guard lock(m_mutex);
             m_requests.clear();
         }
-        xcb_set_selection_owner(m_connection, m_window, atom(m_selectionName), serverTime());
+        xcb_set_selection_owner(m_connection, m_window, atom(m_selectionName), time);
         m_isOwner = true;
         std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
     });
