@@ -173,7 +173,12 @@ bool SelectionOwner::put(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t
     if (m_outgoing.size() >= static_cast<size_t>(m_limits.outgoingTransfers))
         return false;
     const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    xcb_change_window_attributes(m_connection.get(), requestor, XCB_CW_EVENT_MASK, &mask);
+    // Checked: a window that is gone already would never tell that it goes, and hold its place until the deadline.
+    const Reply<xcb_generic_error_t> error(
+        xcb_request_check(m_connection.get(), xcb_change_window_attributes_checked(m_connection.get(), requestor,
+                                                                                   XCB_CW_EVENT_MASK, &mask)));
+    if (error)
+        return false;
     const auto size = static_cast<uint32_t>(bytes.size());
     xcb_change_property(m_connection.get(), XCB_PROP_MODE_REPLACE, requestor, property, m_connection.atoms().incr, 32,
                         1, &size);

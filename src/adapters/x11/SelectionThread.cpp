@@ -89,11 +89,12 @@ void SelectionThread::run() {
     sigset_t all;
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
-    while (!m_isStopping || m_handOverEnd) {
-        if (!work())
-            wait();
-        if (xcb_connection_has_error(m_connection.get()))
+    while (!xcb_connection_has_error(m_connection.get())) {
+        const bool isBusy = work();
+        if (m_isStopping && !m_handOverEnd)
             break;
+        if (!isBusy)
+            wait();
     }
     m_mailbox->setRead(false);
     m_fetch.reset();

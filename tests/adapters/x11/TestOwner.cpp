@@ -25,6 +25,25 @@ TestOwner::~TestOwner() {
 }
 
 void TestOwner::own(Contents contents) {
+    Answer targets = listOf(contents);
+    own(std::move(contents), std::move(targets));
+}
+
+void TestOwner::own(Contents contents, Answer targets) {
+    rememberTime();
+    ownAt(m_remembered, std::move(contents), std::move(targets));
+}
+
+void TestOwner::rememberTime() {
+    runOnThread([&] { m_remembered = serverTime(); });
+}
+
+void TestOwner::ownAsOfRememberedTime(Contents contents) {
+    Answer targets = listOf(contents);
+    ownAt(m_remembered, std::move(contents), std::move(targets));
+}
+
+Answer TestOwner::listOf(const Contents &contents) {
     QByteArray list;
     runOnThread([&] {
         for (const auto &[target, answer] : contents) {
@@ -32,10 +51,10 @@ void TestOwner::own(Contents contents) {
             list.append(reinterpret_cast<const char *>(&value), sizeof value);
         }
     });
-    own(std::move(contents), {.bytes = list, .type = "ATOM", .format = 32});
+    return {.bytes = list, .type = "ATOM", .format = 32};
 }
 
-void TestOwner::own(Contents contents, Answer targets) {
+void TestOwner::ownAt(xcb_timestamp_t time, Contents contents, Answer targets) {
     runOnThread([&] {
         m_contents = std::move(contents);
         m_targets = std::move(targets);
@@ -43,7 +62,7 @@ void TestOwner::own(Contents contents, Answer targets) {
             const std::lock_guard lock(m_mutex);
             m_requests.clear();
         }
-        xcb_set_selection_owner(m_connection, m_window, atom(m_selectionName), serverTime());
+        xcb_set_selection_owner(m_connection, m_window, atom(m_selectionName), time);
         m_isOwner = true;
         std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
     });
@@ -167,6 +186,8 @@ void TestOwner::onRequest(const xcb_selection_request_event_t &request) {
         const std::lock_guard lock(m_mutex);
         ++m_requests[target];
     }
+    if (answer.before)
+        answer.before();
     if (answer.manner == Answer::Manner::silent)
         return;
     if (answer.manner == Answer::Manner::end) {
@@ -184,7 +205,7 @@ void TestOwner::onRequest(const xcb_selection_request_event_t &request) {
     const xcb_atom_t type = atom(answer.type.isEmpty() ? target : answer.type);
     if (answer.manner == Answer::Manner::whole) {
         // In several requests, so that a property can be larger than the largest request.
-        constexpr qsizetype step = qsizetype{8} * 1024 * 1024;
+        constexpr qsizetype step = qsizetype{15} * 1024 * 1024;
         qsizetype offset = 0;
         do {
             const qsizetype size = std::min(step, answer.bytes.size() - offset);
@@ -219,8 +240,9 @@ void TestOwner::onPropertyDeleted(const xcb_property_notify_event_t &event) {
     }
     if (found->pieces == answer.silentAfterPieces)
         return;
+    const QByteArray &type = found->pieces > 0 && !answer.laterType.isEmpty() ? answer.laterType : answer.type;
     const qsizetype size = std::min(answer.pieceBytes, answer.bytes.size() - found->offset);
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, found->requestor, found->property, atom(answer.type),
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, found->requestor, found->property, atom(type),
                         static_cast<uint8_t>(answer.format), static_cast<uint32_t>(size / (answer.format / 8)),
                         answer.bytes.constData() + found->offset);
     ++found->pieces;

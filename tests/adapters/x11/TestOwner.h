@@ -27,7 +27,10 @@ struct Answer {
     qint64 announced = -1;            ///< piecemeal: the size it promises; the true one when negative
     int silentAfterPieces = -1;       ///< piecemeal: then it hangs
     int endAfterPieces = -1;          ///< piecemeal: then its connection is gone
+    QByteArray laterType = {};        ///< piecemeal: type of all pieces but the first
     bool isEndless = false;           ///< piecemeal: the same piece again and again
+
+    std::function<void()> before = {}; ///< run on the owner's thread before it answers
 
     static Answer refused() { return {.manner = Manner::refuse}; }
     static Answer silent() { return {.manner = Manner::silent}; }
@@ -47,6 +50,9 @@ public:
     void own(Contents contents);
     void own(Contents contents, Answer targets);
     void ownText(const QByteArray &text) { own({{"UTF8_STRING", {.bytes = text}}}); }
+    /// Two steps of a slow program: a person acts, and the claim follows later, as of that moment.
+    void rememberTime();
+    void ownAsOfRememberedTime(Contents contents);
     /// Claims and gives up `count` times in a row; nobody owns the selection afterwards.
     void ownAndEndRepeatedly(int count);
     /// Gives the selection up on purpose.
@@ -70,6 +76,8 @@ private:
         int pieces = 0;
     };
 
+    [[nodiscard]] Answer listOf(const Contents &contents);
+    void ownAt(xcb_timestamp_t time, Contents contents, Answer targets);
     void runOnThread(std::function<void()> work);
     void loop();
     void handle(xcb_generic_event_t *event);
@@ -82,6 +90,7 @@ private:
     [[nodiscard]] QByteArray name(xcb_atom_t atom);
 
     QByteArray m_selectionName;
+    xcb_timestamp_t m_remembered = 0;
     xcb_connection_t *m_connection = nullptr;
     xcb_window_t m_window = 0;
     std::map<QByteArray, xcb_atom_t> m_atoms;

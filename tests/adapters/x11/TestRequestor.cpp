@@ -83,6 +83,10 @@ void TestRequestor::askAndHang(const QByteArray &target) {
     std::free(waitFor(XCB_SELECTION_NOTIFY, 0));
 }
 
+std::optional<TestRequestor::Value> TestRequestor::finish() {
+    return take(atom("TEST_HANG"));
+}
+
 xcb_window_t TestRequestor::owner() {
     xcb_get_selection_owner_reply_t *reply =
         xcb_get_selection_owner_reply(m_connection, xcb_get_selection_owner(m_connection, atom("CLIPBOARD")), nullptr);

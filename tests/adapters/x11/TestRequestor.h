@@ -34,6 +34,8 @@ public:
     void askAndLeave(const QByteArray &target);
     /// Begins a piecemeal transfer and never takes a piece.
     void askAndHang(const QByteArray &target);
+    /// Goes on with what `askAndHang` left.
+    [[nodiscard]] std::optional<Value> finish();
 
     [[nodiscard]] xcb_window_t owner();
     [[nodiscard]] xcb_atom_t atom(const QByteArray &name);

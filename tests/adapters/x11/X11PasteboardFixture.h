@@ -1,10 +1,10 @@
 #pragma once
 
 #include "adapters/x11/TestOwner.h"
+#include "adapters/x11/TestPictures.h"
 #include "adapters/x11/TestRequestor.h"
 #include "adapters/x11/X11Pasteboard.h"
 
-#include <QBuffer>
 #include <QTest>
 
 #include <functional>
@@ -32,20 +32,6 @@ inline SelectionLimits shortLimits() {
 /// Lets the main queue run until the condition holds; false when it does not in time.
 inline bool waitUntil(const std::function<bool()> &condition, int milliseconds = 8000) {
     return QTest::qWaitFor(condition, milliseconds);
-}
-
-inline QByteArray pngOf(const QImage &image) {
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "png");
-    return bytes;
-}
-
-inline QImage coloured(int width, int height, QColor color = QColor(10, 120, 230)) {
-    QImage image(width, height, QImage::Format_RGB32);
-    image.fill(color);
-    return image;
 }
 
 /// A pasteboard on the private desktop, whose clipboard is nobody's at the start.

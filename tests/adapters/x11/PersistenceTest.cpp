@@ -1,0 +1,435 @@
+#include "adapters/x11/X11PasteboardFixture.h"
+#include "ports/Pasteboard.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+namespace tavrine {
+namespace {
+
+using testing::Contains;
+using testing::Not;
+
+/// Reading what others copied, and keeping it when they end.
+class Persistence : public X11PasteboardFixture {
+protected:
+    [[nodiscard]] bool hasType(const char *type) {
+        const auto types = pasteboard().types();
+        return types && types->contains(QLatin1String(type));
+    }
+    [[nodiscard]] bool waitForOwnerOtherThan(xcb_window_t window) {
+        return waitUntil([&] { return requestor.owner() != 0 && requestor.owner() != window; });
+    }
+    [[nodiscard]] QByteArray pasted(const QByteArray &target) {
+        const auto value = requestor.paste(target);
+        return value ? value->bytes : QByteArray("refused");
+    }
+    /// Waits until the owner was asked for the last of its targets and the answer has had time to arrive: then all
+    /// that there is has been fetched.
+    void waitUntilFetched(const TestOwner &owner, const QByteArray &last) {
+        ASSERT_TRUE(waitUntil([&] { return owner.requestCount(last) == 1; }));
+        ASSERT_FALSE(changed(100));
+    }
+
+    TestRequestor requestor;
+};
+
+TEST_F(Persistence, whatStoodBeforeTheStartIsReadAndIsNoChange) {
+    TestOwner owner;
+    owner.own({{"UTF8_STRING", {.bytes = "from before"}}, {"text/html", {.bytes = "<b>from before</b>"}}});
+    start();
+    ASSERT_TRUE(waitUntil([this] { return pasteboard().string().has_value(); }));
+    EXPECT_EQ(pasteboard().string(), QStringLiteral("from before"));
+    EXPECT_TRUE(hasType(pasteboardType::html));
+    EXPECT_EQ(pasteboard().changeCount(), m_count);
+    const xcb_window_t before = requestor.owner();
+    waitUntilFetched(owner, "text/html");
+    owner.end();
+    ASSERT_TRUE(waitForOwnerOtherThan(before));
+    EXPECT_EQ(pasted("text/html"), "<b>from before</b>");
+}
+
+TEST_F(Persistence, aCopyRightAfterTheStartIsAChangeEvenIfAnotherOwnerStoodBefore) {
+    TestOwner old;
+    old.own({{"UTF8_STRING", Answer::silent()}});
+    start();
+    TestOwner owner;
+    owner.ownText("new");
+    ASSERT_TRUE(changed());
+    EXPECT_EQ(steps(), 1) << "what stood before does not count, read or unread";
+    EXPECT_EQ(pasteboard().string(), QStringLiteral("new"));
+}
+
+TEST_F(Persistence, everyTargetIsGivenAsItCameWhenTheOwnerIsGone) {
+    start();
+    TestOwner owner;
+    const QByteArray numbers = QByteArray::fromHex("0100000002000000ffffffff");
+    const TestOwner::Contents contents{
+        {"UTF8_STRING", {.bytes = "text"}},
+        {"STRING", {.bytes = "te\0xt\xFF"}},
+        {"text/html", {.bytes = "<b>text</b>"}},
+        {"application/rtf", {.bytes = "{\\rtf1 text}"}},
+        {"image/png", {.bytes = pngOf(coloured(40, 30))}},
+        {"image/bmp", {.bytes = "not asked for before the image was read"}},
+        {"x/numbers", {.bytes = numbers, .type = "INTEGER", .format = 32}},
+        {"x/halves", {.bytes = numbers, .type = "x/other-type", .format = 16}},
+        {"x/large", {.manner = Answer::Manner::piecemeal, .bytes = QByteArray(700'001, 'L')}},
+        {"x/refused", Answer::refused()},
+        {"x/last", {.bytes = "last"}},
+    };
+    owner.own(contents);
+    ASSERT_TRUE(changed());
+    waitUntilFetched(owner, "x/last");
+    const xcb_window_t before = requestor.owner();
+    owner.end();
+    ASSERT_TRUE(waitForOwnerOtherThan(before));
+    EXPECT_FALSE(changed(200)) << "keeping alive is no change";
+    for (const auto &[target, answer] : contents) {
+        const auto value = requestor.paste(target);
+        if (target == "x/refused") {
+            EXPECT_FALSE(value);
+            continue;
+        }
+        ASSERT_TRUE(value) << target.constData();
+        EXPECT_TRUE(value->bytes == answer.bytes) << target.constData();
+        EXPECT_EQ(value->type, answer.type.isEmpty() ? target : answer.type) << target.constData();
+        EXPECT_EQ(value->format, answer.format) << target.constData();
+    }
+    EXPECT_THAT(requestor.targets(), Not(Contains(QByteArray("x/refused"))));
+}
+
+TEST_F(Persistence, aDestroyedWindowIsAnEndOfTheOwnerToo) {
+    start();
+    TestOwner owner;
+    owner.ownText("kept");
+    ASSERT_TRUE(changed());
+    const xcb_window_t before = requestor.owner();
+    owner.destroyWindow();
+    ASSERT_TRUE(waitForOwnerOtherThan(before));
+    EXPECT_EQ(pasted("UTF8_STRING"), "kept");
+    EXPECT_FALSE(changed(200));
+}
+
+TEST_F(Persistence, keptContentsAreReplacedByTheNextCopyAndKeptAgain) {
+    start();
+    for (const QByteArray text : {"one", "two", "three"}) {
+        TestOwner owner;
+        owner.ownText(text);
+        ASSERT_TRUE(changed());
+        EXPECT_EQ(steps(), 1);
+        const xcb_window_t before = requestor.owner();
+        owner.end();
+        ASSERT_TRUE(waitForOwnerOtherThan(before));
+        EXPECT_EQ(pasted("UTF8_STRING"), text);
+    }
+}
+
+TEST_F(Persistence, aPersonsActionFromBeforeTheKeepingStillWins) {
+    start();
+    TestOwner owner;
+    owner.ownText("kept");
+    ASSERT_TRUE(changed());
+    const auto time = requestor.paste("TIMESTAMP"); // the owner does not know; ours will
+    EXPECT_FALSE(time);
+    TestOwner next; // gets the server's time now, claims later
+    const xcb_window_t before = requestor.owner();
+    next.rememberTime();
+    owner.end();
+    ASSERT_TRUE(waitForOwnerOtherThan(before));
+    next.ownAsOfRememberedTime({{"UTF8_STRING", {.bytes = "copied by a slow program"}}});
+    ASSERT_TRUE(changed());
+    EXPECT_EQ(pasteboard().string(), QStringLiteral("copied by a slow program"));
+    EXPECT_EQ(pasted("UTF8_STRING"), "copied by a slow program");
+}
+
+TEST_F(Persistence, contentsClearedOnPurposeStayCleared) {
+    start();
+    TestOwner owner;
+    owner.ownText("text");
+    ASSERT_TRUE(changed());
+    owner.clear();
+    ASSERT_TRUE(changed());
+    EXPECT_FALSE(pasteboard().types());
+    EXPECT_FALSE(waitUntil([&] { return requestor.owner() != 0; }, 300));
+    owner.end();
+    EXPECT_FALSE(waitUntil([&] { return requestor.owner() != 0; }, 300));
+}
+
+TEST_F(Persistence, ourOwnContentsClearedByAnotherProgramAreGone) {
+    start();
+    pasteboard().clearContents();
+    pasteboard().setString(QStringLiteral("mine"));
+    ASSERT_TRUE(waitUntil([&] { return requestor.owner() != 0; }));
+    m_count = pasteboard().changeCount();
+    TestOwner other;
+    other.clear();
+    ASSERT_TRUE(changed());
+    EXPECT_FALSE(pasteboard().string());
+    EXPECT_EQ(requestor.owner(), 0u);
+}
+
+TEST_F(Persistence, aLivingOwnerIsNeverReplaced) {
+    start();
+    for (int i = 0; i < 40; ++i) {
+        TestOwner first;
+        TestOwner second;
+        first.ownText("first");
+        ASSERT_TRUE(waitUntil([&] { return pasteboard().string() == QStringLiteral("first"); }));
+        // One ends and the other claims: in the same moment as far as anyone can tell.
+        std::thread ender([&] { first.end(); });
+        second.ownText("second");
+        ender.join();
+        ASSERT_TRUE(waitUntil([&] { return pasteboard().string() == QStringLiteral("second"); }));
+        EXPECT_EQ(pasted("UTF8_STRING"), "second");
+        EXPECT_TRUE(second.isOwner());
+    }
+}
+
+TEST_F(Persistence, concealedContentsAreNotFetchedAndNotKept) {
+    start();
+    TestOwner owner;
+    owner.own({{"UTF8_STRING", {.bytes = "secret"}},
+               {"x-kde-passwordManagerHint", {.bytes = "secret"}},
+               {"image/png", {.bytes = pngOf(coloured(5, 5))}}});
+    ASSERT_TRUE(changed());
+    EXPECT_TRUE(hasType(pasteboardType::concealed));
+    EXPECT_TRUE(hasType(pasteboardType::string));
+    EXPECT_FALSE(pasteboard().string());
+    EXPECT_FALSE(pasteboard().image());
+    EXPECT_FALSE(changed(200));
+    EXPECT_EQ(owner.requestCount(), 1) << "TARGETS alone";
+    owner.end();
+    ASSERT_TRUE(changed());
+    EXPECT_FALSE(pasteboard().types()) << "they have gone with their owner";
+    EXPECT_FALSE(waitUntil([&] { return requestor.owner() != 0; }, 300));
+}
+
+TEST_F(Persistence, contentsNamedConcealedAreTreatedTheSame) {
+    start();
+    TestOwner owner;
+    owner.own({{"UTF8_STRING", {.bytes = "secret"}}, {"org.nspasteboard.ConcealedType", {.bytes = ""}}});
+    ASSERT_TRUE(changed());
+    EXPECT_TRUE(hasType(pasteboardType::concealed));
+    EXPECT_FALSE(pasteboard().string());
+    EXPECT_EQ(owner.requestCount("UTF8_STRING"), 0);
+}
+
+TEST_F(Persistence, autoGeneratedContentsAreNamedAndKept) {
+    start();
+    TestOwner owner;
+    owner.own({{"UTF8_STRING", {.bytes = "generated"}}, {"org.nspasteboard.AutoGeneratedType", {.bytes = "1"}}});
+    ASSERT_TRUE(changed());
+    EXPECT_TRUE(hasType(pasteboardType::autoGenerated));
+    waitUntilFetched(owner, "org.nspasteboard.AutoGeneratedType");
+    const xcb_window_t before = requestor.owner();
+    owner.end();
+    ASSERT_TRUE(waitForOwnerOtherThan(before));
+    EXPECT_EQ(pasted("UTF8_STRING"), "generated");
+}
+
+TEST_F(Persistence, aProgramThatEndsWhileItsOtherTargetsAreFetchedLeavesThoseThatWereWhole) {
+    start();
+    Answer broken{.manner = Answer::Manner::piecemeal, .bytes = QByteArray(5000, 'b'), .pieceBytes = 1000};
+    broken.endAfterPieces = 2;
+    TestOwner owner;
+    owner.own({{"UTF8_STRING", {.bytes = "text"}}, {"x/one", {.bytes = "one"}}, {"x/broken", broken}, {"x/two", {}}});
+    const xcb_window_t before = requestor.owner();
+    ASSERT_TRUE(changed());
+    ASSERT_TRUE(waitForOwnerOtherThan(before));
+    EXPECT_EQ(pasted("UTF8_STRING"), "text");
+    EXPECT_EQ(pasted("x/one"), "one");
+    EXPECT_EQ(requestor.paste("x/broken"), std::nullopt);
+    EXPECT_FALSE(changed(200));
+}
+
+TEST_F(Persistence, whatHangsInTheBackgroundIsGivenUpAndTheRestIsKept) {
+    start();
+    TestOwner owner;
+    owner.own({{"UTF8_STRING", {.bytes = "text"}}, {"x/hung", Answer::silent()}});
+    ASSERT_TRUE(changed());
+    EXPECT_EQ(pasteboard().string(), QStringLiteral("text"));
+    EXPECT_FALSE(changed(600));
+    const xcb_window_t before = requestor.owner();
+    owner.end();
+    ASSERT_TRUE(waitForOwnerOtherThan(before));
+    EXPECT_EQ(pasted("UTF8_STRING"), "text");
+}
+
+TEST_F(Persistence, programsThatFightOverTheClipboardAreLeftAloneUntilASecondOfCalm) {
+    start();
+    TestOwner owner;
+    owner.ownText("peace");
+    ASSERT_TRUE(changed());
+    TestOwner wild;
+    wild.ownAndEndRepeatedly(12);
+    owner.ownText("kept after the war");
+    ASSERT_TRUE(waitUntil([this] { return pasteboard().string() == QStringLiteral("kept after the war"); }));
+    QElapsedTimer calm;
+    calm.start();
+    owner.end();
+    EXPECT_FALSE(waitUntil([&] { return requestor.owner() != 0; }, 700)) << "the brake holds";
+    ASSERT_TRUE(waitUntil([&] { return requestor.owner() != 0; }));
+    EXPECT_GE(calm.elapsed(), 900);
+    EXPECT_LT(calm.elapsed(), 1600);
+    EXPECT_EQ(pasted("UTF8_STRING"), "kept after the war");
+}
+
+TEST_F(Persistence, whoeverClaimsDuringTheCalmKeepsTheClipboard) {
+    start();
+    TestOwner wild;
+    wild.ownAndEndRepeatedly(12);
+    TestOwner owner;
+    owner.ownText("gone");
+    ASSERT_TRUE(waitUntil([this] { return pasteboard().string() == QStringLiteral("gone"); }));
+    owner.end();
+    TestOwner next;
+    next.ownText("next");
+    ASSERT_TRUE(waitUntil([this] { return pasteboard().string() == QStringLiteral("next"); }));
+    EXPECT_FALSE(waitUntil([&] { return !next.isOwner(); }, 1300));
+}
+
+TEST_F(Persistence, twoKeepersDoNotFightForEver) {
+    start();
+    X11Pasteboard other(shortLimits());
+    {
+        TestOwner owner;
+        owner.ownText("text");
+        ASSERT_TRUE(changed());
+        ASSERT_TRUE(waitUntil([&] { return other.string() == QStringLiteral("text"); }));
+        owner.end();
+    }
+    ASSERT_TRUE(waitUntil([&] { return requestor.owner() != 0; }));
+    EXPECT_EQ(pasted("UTF8_STRING"), "text");
+    const xcb_window_t keeper = requestor.owner();
+    EXPECT_FALSE(waitUntil([&] { return requestor.owner() != keeper; }, 400));
+}
+
+TEST_F(Persistence, imagesWithoutLossComeBeforeJpeg) {
+    start();
+    QByteArray jpeg;
+    QBuffer buffer(&jpeg);
+    buffer.open(QIODevice::WriteOnly);
+    coloured(30, 30).save(&buffer, "jpeg");
+    TestOwner owner;
+    owner.own({{"image/jpeg", {.bytes = jpeg}}, {"image/png", {.bytes = pngOf(coloured(20, 20))}}});
+    ASSERT_TRUE(changed());
+    EXPECT_EQ(pasteboard().image()->size(), QSize(20, 20));
+    owner.own({{"image/jpeg", {.bytes = jpeg}}});
+    ASSERT_TRUE(changed());
+    EXPECT_EQ(pasteboard().image()->size(), QSize(30, 30));
+}
+
+TEST_F(Persistence, everyImageFormatIsRead) {
+    start();
+    for (const auto &[target, format] :
+         std::initializer_list<std::pair<const char *, const char *>>{{"image/png", "png"},
+                                                                      {"image/tiff", "tiff"},
+                                                                      {"image/bmp", "bmp"},
+                                                                      {"image/x-bmp", "bmp"},
+                                                                      {"image/x-MS-bmp", "bmp"},
+                                                                      {"image/webp", "webp"},
+                                                                      {"image/jpeg", "jpeg"}}) {
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::WriteOnly);
+        ASSERT_TRUE(coloured(9, 8).save(&buffer, format)) << format;
+        TestOwner owner;
+        owner.own({{target, {.bytes = bytes}}});
+        ASSERT_TRUE(changed()) << target;
+        ASSERT_TRUE(pasteboard().image()) << target;
+        EXPECT_EQ(pasteboard().image()->size(), QSize(9, 8)) << target;
+    }
+}
+
+TEST_F(Persistence, aPictureInACopiedFileIsTheImageAndItsPathTheText) {
+    start();
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("ein Bild.png"));
+    ASSERT_TRUE(coloured(12, 11).save(path));
+    const QByteArray uri = QUrl::fromLocalFile(path).toEncoded();
+    for (const TestOwner::Contents &contents :
+         {TestOwner::Contents{{"text/uri-list", {.bytes = "file:///nowhere.png\r\n" + uri + "\r\n"}}},
+          TestOwner::Contents{{"x-special/gnome-copied-files", {.bytes = "copy\n" + uri}}}}) {
+        TestOwner owner;
+        owner.own(contents);
+        ASSERT_TRUE(changed());
+        EXPECT_EQ(pasteboard().types(), QStringList(QLatin1String(pasteboardType::fileUrl)));
+        ASSERT_TRUE(pasteboard().image());
+        EXPECT_EQ(pasteboard().image()->size(), QSize(12, 11));
+    }
+}
+
+TEST_F(Persistence, copiedPipesFoldersAndTextsAreNoImages) {
+    start();
+    const QTemporaryDir folder;
+    const QString pipe = folder.filePath(QStringLiteral("pipe"));
+    ASSERT_EQ(::mkfifo(pipe.toLocal8Bit().constData(), 0600), 0);
+    TestOwner owner;
+    owner.own(
+        {{"text/uri-list",
+          {.bytes = QUrl::fromLocalFile(pipe).toEncoded() + "\r\n" + QUrl::fromLocalFile(folder.path()).toEncoded() +
+                    "\r\nfile:///dev/zero\r\nfile:///etc/passwd"}},
+         {"UTF8_STRING", {.bytes = "paths"}}});
+    ASSERT_TRUE(changed(2000));
+    EXPECT_FALSE(pasteboard().image());
+    EXPECT_EQ(pasteboard().string(), QStringLiteral("paths"));
+}
+
+TEST_F(Persistence, legacyTextIsReadByItsEncoding) {
+    start();
+    TestOwner owner;
+    owner.own({{"STRING",
+                {.bytes = "Gr\xFC\xDF"
+                          "e"}}});
+    ASSERT_TRUE(changed());
+    EXPECT_EQ(pasteboard().string(), QStringLiteral("Grüße"));
+    owner.own({{"TEXT",
+                {.bytes = "Gr\xC3\xBC\xC3\x9F"
+                          "e",
+                 .type = "UTF8_STRING"}}});
+    ASSERT_TRUE(changed());
+    EXPECT_EQ(pasteboard().string(), QStringLiteral("Grüße"));
+    owner.own({{"STRING", {.bytes = "l"}}, {"text/plain;charset=UTF-8", {.bytes = "u"}}});
+    ASSERT_TRUE(changed());
+    EXPECT_EQ(pasteboard().string(), QStringLiteral("u"));
+    owner.own({{"COMPOUND_TEXT", {.bytes = "c"}}});
+    ASSERT_TRUE(changed());
+    EXPECT_EQ(pasteboard().string(), std::nullopt);
+}
+
+TEST_F(Persistence, atRestNothingWakesUp) {
+    start();
+    TestOwner owner;
+    owner.ownText("text");
+    ASSERT_TRUE(changed());
+    ASSERT_FALSE(changed(300));
+    // The reader is the one thread of this name.
+    const auto switches = [] {
+        long sum = -1;
+        const QStringList tasks = QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        for (const QString &task : tasks) {
+            QFile name(QStringLiteral("/proc/self/task/%1/comm").arg(task));
+            QFile status(QStringLiteral("/proc/self/task/%1/status").arg(task));
+            if (!name.open(QIODevice::ReadOnly) || name.readAll().trimmed() != "pasteboard" ||
+                !status.open(QIODevice::ReadOnly))
+                continue;
+            for (const QByteArray &line : status.readAll().split('\n')) {
+                if (line.startsWith("voluntary_ctxt_switches:"))
+                    sum = line.split('\t').last().trimmed().toLong();
+            }
+        }
+        return sum;
+    };
+    const long before = switches();
+    ASSERT_GE(before, 0);
+    ASSERT_FALSE(changed(2000));
+    EXPECT_LE(switches() - before, 1);
+}
+
+} // namespace
+} // namespace tavrine
