@@ -13,7 +13,7 @@ struct PlainTray final : TrayIcon {
     [[nodiscard]] Offer offer() const override { return m_offer; }
     [[nodiscard]] bool keepsShape() const override { return m_keepsShape; }
     void setWanted(bool isWanted) override { m_isWanted = isWanted; }
-    void setImage(const StatusImage &) override {}
+    void setImage(const StatusImage &) override { m_gotImageWhileWanted = m_isWanted; }
     void setToolTip(const QString &) override {}
 
     void offers(Offer offer) {
@@ -24,6 +24,7 @@ struct PlainTray final : TrayIcon {
     Offer m_offer = Offer::unknown;
     bool m_keepsShape;
     bool m_isWanted = false;
+    bool m_gotImageWhileWanted = false; // at the last image
 };
 
 class TrayStatusItemTest : public testing::Test {
@@ -105,6 +106,15 @@ TEST_F(TrayStatusItemTest, aWideImageStaysWhereNoOtherTrayIsOffered) {
     older->offers(Offer::no);
     item.setImage(imageOf(70, 22));
     EXPECT_TRUE(newer->m_isWanted);
+}
+
+TEST_F(TrayStatusItemTest, aTrayThatIsLeftForAnImageIsLeftBeforeItHearsOfTheImage) {
+    newer->offers(Offer::yes);
+    older->offers(Offer::yes);
+    item.setImage(imageOf(18, 18));
+    EXPECT_TRUE(newer->m_gotImageWhileWanted);
+    item.setImage(imageOf(70, 22));
+    EXPECT_FALSE(newer->m_gotImageWhileWanted);
 }
 
 TEST_F(TrayStatusItemTest, aHiddenItemIsInNoTray) {

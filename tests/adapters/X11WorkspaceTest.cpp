@@ -12,8 +12,11 @@
 #include <QRasterWindow>
 #include <QTemporaryDir>
 
+#include <cstdlib>
+
 #include <gtest/gtest.h>
 #include <unistd.h>
+#include <xcb/xcb.h>
 
 namespace tavrine::test {
 namespace {
@@ -93,6 +96,21 @@ TEST_F(X11WorkspaceTest, aReadRightAfterAChangeIsCorrectWithoutATurnOfTheLoop) {
                       QStringLiteral("windowactivate"), QStringLiteral("--sync")}));
         EXPECT_EQ(frontmost().bundleIdentifier, next);
     }
+}
+
+TEST_F(X11WorkspaceTest, aServerThatAnotherProgramHoldsDelaysAReadByAFractionOfASecond) {
+    const Program program(command, xterm(QStringLiteral("Anything")));
+    ASSERT_TRUE(comesToFront(QStringLiteral("Anything")));
+    xcb_connection_t *const holder = xcb_connect(nullptr, nullptr);
+    xcb_grab_server(holder);
+    std::free(xcb_get_input_focus_reply(holder, xcb_get_input_focus(holder), nullptr)); // it holds by now
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_EQ(frontmost().bundleIdentifier, QStringLiteral("Anything")); // what was known last
+    EXPECT_LT(timer.elapsed(), 1000);
+    xcb_ungrab_server(holder);
+    xcb_disconnect(holder);
+    EXPECT_TRUE(comesToFront(QStringLiteral("Anything")));
 }
 
 TEST_F(X11WorkspaceTest, readingCostsLessThanAMillisecond) {
