@@ -138,6 +138,29 @@ TEST_F(TrayOnTheDesktop, thePanelOfADesktopEnvironmentShowsTheIcon) {
     letPass(500ms);
 }
 
+TEST_F(TrayOnTheDesktop, thePanelShowsAWideImageAtFullHeightAndASquareOneAgainAfterIt) {
+    startPanel();
+    item->setVisible(true);
+    ASSERT_TRUE(eventually([&] { return !placeOf(pillColor).isNull(); }));
+    constexpr QColor meterColor{0, 170, 255};
+    item->setImage({.draw =
+                        [meterColor](double scale) {
+                            QImage image(qRound(70 * scale), qRound(22 * scale), QImage::Format_ARGB32_Premultiplied);
+                            image.fill(meterColor);
+                            return image;
+                        },
+                    .width = 70,
+                    .height = 22,
+                    .isTemplate = false});
+    EXPECT_TRUE(eventually([&] {
+        const QRect place = placeOf(meterColor);
+        return place.height() >= 20 && std::abs(double(place.width()) / place.height() - 70.0 / 22.0) < 0.2;
+    }));
+    EXPECT_TRUE(placeOf(pillColor).isNull());
+    item->setImage(statusIcon(true, true, pillColor.name()));
+    EXPECT_TRUE(eventually([&] { return placeOf(meterColor).isNull() && !placeOf(pillColor).isNull(); }));
+}
+
 TEST_F(TrayOnTheDesktop, theIconIsInAPanelThatRestarts) {
     item->setVisible(true);
     startPanel();

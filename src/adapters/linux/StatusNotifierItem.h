@@ -28,6 +28,8 @@ public:
 
     void setHandlers(Handlers handlers) override { m_handlers = std::move(handlers); }
     [[nodiscard]] Offer offer() const override { return m_offer; }
+    /// Hosts take a picture of any size and fit it into a square: 70 x 22 points become 22 x 7 in Xfce's panel.
+    [[nodiscard]] bool keepsShape() const override { return false; }
     void setWanted(bool isWanted) override;
     void setImage(const StatusImage &image) override;
     void setToolTip(const QString &toolTip) override;

@@ -20,6 +20,9 @@ public:
     virtual void setHandlers(Handlers handlers) = 0;
     [[nodiscard]] virtual Offer offer() const = 0;
 
+    /// Whether trays of this kind show a wide image at full height; others fit it into a square.
+    [[nodiscard]] virtual bool keepsShape() const = 0;
+
     /// Enters or leaves the tray. A tray that is not there is not waited for; `TrayStatusItem` asks again when the
     /// offer changes.
     virtual void setWanted(bool isWanted) = 0;

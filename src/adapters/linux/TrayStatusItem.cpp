@@ -18,6 +18,10 @@ TrayStatusItem::TrayStatusItem(std::vector<std::unique_ptr<TrayIcon>> trays) : m
 }
 
 TrayIcon *TrayStatusItem::best() const {
+    if (m_isWide)
+        for (const auto &tray : m_trays)
+            if (tray->keepsShape() && tray->offer() == TrayIcon::Offer::yes)
+                return tray.get();
     for (const auto &tray : m_trays) {
         if (tray->offer() == TrayIcon::Offer::yes)
             return tray.get();
@@ -46,8 +50,16 @@ void TrayStatusItem::setVisible(bool visible) {
 }
 
 void TrayStatusItem::setImage(const StatusImage &image) {
+    m_isWide = 2 * image.width > 3 * image.height;
+    // A tray that is left by this need not hear of the image any more: Xfce's ends when an item changes and goes at
+    // once.
+    TrayIcon *const before = m_chosen;
     for (const auto &tray : m_trays)
-        tray->setImage(image);
+        if (tray.get() != before)
+            tray->setImage(image);
+    choose();
+    if (before)
+        before->setImage(image);
 }
 
 void TrayStatusItem::setToolTip(const QString &toolTip) {

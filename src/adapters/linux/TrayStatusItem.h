@@ -10,7 +10,8 @@ namespace tavrine {
 /// the first is gone. Lives on the main thread.
 ///
 /// A tray that is still unknown is waited for before a lesser one is entered, so that the icon does not jump at the
-/// start of the session.
+/// start of the session. An image that is too wide to be read in a square goes to a tray that keeps its shape, where
+/// the desktop has one: many panels offer both kinds.
 class TrayStatusItem final : public StatusItem {
 public:
     /// `trays` in the order of preference.
@@ -31,6 +32,7 @@ private:
     std::function<void(QPoint)> m_onPress;
     std::function<void()> m_onShown;
     TrayIcon *m_chosen = nullptr;
+    bool m_isWide = false;
     bool m_isVisible = false;
     bool m_isShown = false;
 };

@@ -25,6 +25,7 @@ public:
 
     void setHandlers(Handlers handlers) override;
     [[nodiscard]] Offer offer() const override;
+    [[nodiscard]] bool keepsShape() const override { return true; }
     void setWanted(bool isWanted) override;
     void setImage(const StatusImage &image) override;
     void setToolTip(const QString &toolTip) override;

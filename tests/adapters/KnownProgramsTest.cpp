@@ -1,0 +1,32 @@
+#include "adapters/x11/KnownPrograms.h"
+
+#include <gtest/gtest.h>
+
+namespace tavrine {
+namespace {
+
+QString idOf(const char *name) {
+    return knownProgram(QLatin1String(name)).bundleIdentifier;
+}
+
+TEST(KnownPrograms, everyPasswordManagerOfTheListIsKnownByItsNamesOnThisDesktop) {
+    for (const char *name : {"1Password", "1password"})
+        EXPECT_TRUE(idOf(name).startsWith(QStringLiteral("com.agilebits.onepassword"))) << name;
+    for (const char *name : {"Bitwarden", "bitwarden", "com.bitwarden.desktop"})
+        EXPECT_EQ(idOf(name), QStringLiteral("com.bitwarden.desktop")) << name;
+    for (const char *name : {"keepassxc", "KeePassXC", "org.keepassxc.KeePassXC"})
+        EXPECT_EQ(idOf(name), QStringLiteral("org.keepassxc.keepassxc")) << name;
+    for (const char *name : {"org.gnome.seahorse.Application", "seahorse", "Seahorse", "kwalletmanager5"})
+        EXPECT_EQ(idOf(name), QStringLiteral("com.apple.keychainaccess")) << name;
+    EXPECT_EQ(idOf("Dashlane"), QStringLiteral("co.dashlane.dashlane"));
+    EXPECT_EQ(idOf("LastPass"), QStringLiteral("com.lastpass.LastPass"));
+}
+
+TEST(KnownPrograms, anyOtherProgramKeepsItsName) {
+    EXPECT_EQ(idOf("XTerm"), QStringLiteral("XTerm"));
+    EXPECT_EQ(idOf("keepass"), QStringLiteral("keepass"));
+    EXPECT_EQ(idOf(""), QString());
+}
+
+} // namespace
+} // namespace tavrine

@@ -1,0 +1,28 @@
+// A program that runs once: prints what it became and each time it is opened again.
+
+#include "adapters/linux/DBusSingleInstance.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+int main(int argc, char **argv) {
+    using tavrine::DBusSingleInstance;
+    const QCoreApplication application(argc, argv);
+    const auto say = [](const char *text) {
+        std::puts(text);
+        std::fflush(stdout);
+    };
+    DBusSingleInstance instance([&] { say("reopened"); });
+    switch (instance.start()) {
+    case DBusSingleInstance::Start::handedOver:
+        say("handed over");
+        return 0;
+    case DBusSingleInstance::Start::otherIsSilent:
+        return 1;
+    case DBusSingleInstance::Start::first:
+        break;
+    }
+    say("first");
+    return QCoreApplication::exec();
+}

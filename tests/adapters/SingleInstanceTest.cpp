@@ -1,0 +1,103 @@
+#include "support/Eventually.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+
+#include <csignal>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+namespace tavrine::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class Start {
+public:
+    explicit Start(const QString &bus = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS")) {
+        auto environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus);
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(SINGLE_INSTANCE_PROGRAM), QStringList());
+        process.waitForStarted();
+    }
+    ~Start() {
+        ::kill(static_cast<pid_t>(process.processId()), SIGCONT);
+        process.kill();
+        process.waitForFinished();
+    }
+    QString said() {
+        text += QString::fromUtf8(process.readAllStandardOutput());
+        return text;
+    }
+    bool says(const QString &line) {
+        return eventually([&] { return said().contains(line); });
+    }
+    int exitCode() {
+        if (!eventually([&] { return process.state() == QProcess::NotRunning; }))
+            return -1;
+        return process.exitCode();
+    }
+    QProcess process;
+    QString text;
+};
+
+TEST(SingleInstance, aLaterStartOpensTheFirstAgainAndEndsWell) {
+    Start first;
+    ASSERT_TRUE(first.says(QStringLiteral("first\n")));
+    Start second;
+    EXPECT_EQ(second.exitCode(), 0);
+    EXPECT_EQ(second.said(), QStringLiteral("handed over\n"));
+    EXPECT_TRUE(first.says(QStringLiteral("reopened\n")));
+    EXPECT_EQ(first.process.state(), QProcess::Running);
+}
+
+TEST(SingleInstance, ofManyStartsAtOnceOneRuns) {
+    constexpr int count = 6;
+    std::vector<std::unique_ptr<Start>> starts;
+    for (int i = 0; i < count; ++i)
+        starts.push_back(std::make_unique<Start>());
+    int running = 0;
+    EXPECT_TRUE(eventually([&] {
+        running = 0;
+        int ended = 0;
+        for (const auto &start : starts) {
+            running += start->said().contains(QStringLiteral("first"));
+            ended += start->process.state() == QProcess::NotRunning;
+        }
+        return running == 1 && ended == count - 1;
+    })) << running;
+}
+
+TEST(SingleInstance, withoutABusEveryStartRuns) {
+    Start first(QStringLiteral("unix:path=/nonexistent"));
+    Start second(QStringLiteral("unix:path=/nonexistent"));
+    EXPECT_TRUE(first.says(QStringLiteral("first")));
+    EXPECT_TRUE(second.says(QStringLiteral("first")));
+}
+
+TEST(SingleInstance, aFirstOneThatHangsIsReportedAfterTwoSeconds) {
+    Start first;
+    ASSERT_TRUE(first.says(QStringLiteral("first")));
+    ::kill(static_cast<pid_t>(first.process.processId()), SIGSTOP);
+    QElapsedTimer timer;
+    timer.start();
+    Start second;
+    EXPECT_EQ(second.exitCode(), 1);
+    EXPECT_GE(timer.elapsed(), 1900);
+    EXPECT_LT(timer.elapsed(), 4000);
+    EXPECT_EQ(second.process.readAllStandardError(), "Tavrine is running already and does not answer.\n");
+}
+
+TEST(SingleInstance, aStartAfterTheFirstEndedRuns) {
+    {
+        Start first;
+        ASSERT_TRUE(first.says(QStringLiteral("first")));
+    }
+    Start second;
+    EXPECT_TRUE(second.says(QStringLiteral("first")));
+}
+
+} // namespace
+} // namespace tavrine::test

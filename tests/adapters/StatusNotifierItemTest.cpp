@@ -1,0 +1,166 @@
+// What hosts see of the item on the bus.
+
+#include "adapters/linux/StatusNotifierItem.h"
+
+#include "adapters/linux/StatusPixels.h"
+#include "adapters/linux/TrayStatusItem.h"
+#include "shell/StatusIcon.h"
+#include "support/Eventually.h"
+#include "support/StatusNotifierTray.h"
+
+#include <QCursor>
+#include <QDBusMessage>
+#include <QDBusVariant>
+
+#include <gtest/gtest.h>
+
+namespace tavrine::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// A portal that knows one setting.
+class Portal : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Settings")
+
+public:
+    explicit Portal(uint scheme) : m_scheme(scheme) {
+        m_bus.registerObject(QStringLiteral("/org/freedesktop/portal/desktop"), this,
+                             QDBusConnection::ExportScriptableContents);
+        m_bus.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
+    }
+    ~Portal() override { QDBusConnection::disconnectFromBus(QStringLiteral("test-portal")); }
+    void change(uint scheme) {
+        m_scheme = scheme;
+        Q_EMIT SettingChanged(QStringLiteral("org.freedesktop.appearance"), QStringLiteral("color-scheme"),
+                              QDBusVariant(scheme));
+    }
+
+public Q_SLOTS:
+    Q_SCRIPTABLE QDBusVariant Read(const QString &, const QString &) {
+        return QDBusVariant(QVariant::fromValue(QDBusVariant(m_scheme)));
+    }
+
+Q_SIGNALS:
+    Q_SCRIPTABLE void SettingChanged(const QString &group, const QString &key, const QDBusVariant &value);
+
+private:
+    QDBusConnection m_bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("test-portal"));
+    uint m_scheme;
+};
+
+class StatusNotifierItemTest : public testing::Test {
+public:
+    StatusNotifierItemTest() {
+        std::vector<std::unique_ptr<TrayIcon>> trays;
+        trays.push_back(std::make_unique<StatusNotifierItem>());
+        item = std::make_unique<TrayStatusItem>(std::move(trays));
+        item->setImage(statusIcon(false, false, {}));
+        item->setToolTip(QStringLiteral("Tavrine"));
+        item->setOnPress([this](QPoint place) { presses.append(place); });
+        tray.start();
+        item->setVisible(true);
+    }
+    bool isShown() {
+        return eventually([&] { return !tray.properties().isEmpty(); });
+    }
+    QString property(const char *name) { return tray.properties().value(QLatin1String(name)).toString(); }
+    QColor symbolColor() {
+        const QImage image = tray.pixmaps().value(1).toImage();
+        return image.isNull() ? QColor() : image.pixelColor(8, 24); // on the board, left of the letter
+    }
+    StatusNotifierTray tray;
+    std::unique_ptr<TrayStatusItem> item;
+    QList<QPoint> presses;
+};
+
+TEST_F(StatusNotifierItemTest, tellsWhatItIs) {
+    ASSERT_TRUE(isShown());
+    EXPECT_EQ(property("Id"), QStringLiteral("com.veltrane.Tavrine"));
+    EXPECT_EQ(property("Title"), QStringLiteral("Tavrine"));
+    EXPECT_EQ(property("Category"), QStringLiteral("ApplicationStatus"));
+    EXPECT_EQ(property("Status"), QStringLiteral("Active"));
+    EXPECT_EQ(tray.properties().value(QStringLiteral("ItemIsMenu")), QVariant(false));
+    EXPECT_EQ(property("IconName"), QString());
+    EXPECT_EQ(tray.toolTip().title, QStringLiteral("Tavrine"));
+    EXPECT_FALSE(tray.properties().contains(QStringLiteral("Menu")));
+    EXPECT_TRUE(tray.items().constFirst().startsWith(QStringLiteral("org.kde.StatusNotifierItem-")));
+}
+
+TEST_F(StatusNotifierItemTest, sendsThePictureInSingleAndDoubleSize) {
+    ASSERT_TRUE(isShown());
+    ASSERT_EQ(tray.pixmaps().size(), 2);
+    EXPECT_EQ(tray.pixmaps()[0].toImage().size(), QSize(18, 18));
+    EXPECT_EQ(tray.pixmaps()[1].toImage().size(), QSize(36, 36));
+}
+
+TEST_F(StatusNotifierItemTest, colorsSurviveTheWay) {
+    item->setImage(statusIcon(true, true, QStringLiteral("#12AB56")));
+    ASSERT_TRUE(isShown());
+    ASSERT_TRUE(eventually([&] { return tray.pixmaps().value(0).toImage().size() == QSize(28, 22); }));
+    EXPECT_EQ(tray.pixmaps()[1].toImage().pixelColor(4, 22), QColor(0x12, 0xAB, 0x56));
+    EXPECT_EQ(tray.pixmaps()[1].toImage().pixelColor(0, 0).alpha(), 0);
+}
+
+TEST_F(StatusNotifierItemTest, aChangeIsToldOnceAndOnlyWhenThereIsOne) {
+    ASSERT_TRUE(isShown());
+    item->setImage(statusIcon(false, false, {}));
+    item->setToolTip(QStringLiteral("Tavrine"));
+    letPass(200ms);
+    EXPECT_TRUE(tray.signalsSeen().isEmpty()) << qPrintable(tray.signalsSeen().join(u','));
+    item->setImage(statusIcon(true, true, {}));
+    item->setToolTip(QStringLiteral("Tavrine — Keep Awake: Lid Closed"));
+    ASSERT_TRUE(eventually([&] { return tray.signalsSeen().size() >= 2; }));
+    letPass(100ms);
+    EXPECT_EQ(tray.signalsSeen(), QStringList({QStringLiteral("NewIcon"), QStringLiteral("NewToolTip")}));
+}
+
+TEST_F(StatusNotifierItemTest, everyWayOfPressingAsksForTheMenu) {
+    ASSERT_TRUE(isShown());
+    const QStringList methods{QStringLiteral("Activate"), QStringLiteral("ContextMenu"),
+                              QStringLiteral("SecondaryActivate")};
+    for (const QString &method : methods)
+        tray.call(method, {30, 4});
+    ASSERT_TRUE(eventually([&] { return presses.size() == 3; }));
+    EXPECT_EQ(presses, QList<QPoint>(3, QPoint(30, 4)));
+}
+
+TEST_F(StatusNotifierItemTest, aHostThatKnowsNoPlaceMeansThePointer) {
+    ASSERT_TRUE(isShown());
+    QCursor::setPos(123, 45);
+    tray.call(QStringLiteral("Activate"), {0, 0});
+    ASSERT_TRUE(eventually([&] { return !presses.isEmpty(); }));
+    EXPECT_EQ(presses.constFirst(), QPoint(123, 45));
+}
+
+TEST_F(StatusNotifierItemTest, hidingAndShowingInOneTurnEndsShown) {
+    ASSERT_TRUE(isShown());
+    for (int i = 0; i < 5; ++i) {
+        item->setVisible(false);
+        item->setVisible(true);
+    }
+    letPass(200ms);
+    EXPECT_EQ(tray.items().size(), 1);
+    item->setVisible(true);
+    item->setVisible(false);
+    EXPECT_TRUE(eventually([&] { return tray.items().isEmpty(); }));
+}
+
+TEST_F(StatusNotifierItemTest, theSymbolIsLightWhereNobodySaysAnything) {
+    ASSERT_TRUE(isShown());
+    EXPECT_EQ(symbolColor(), lightSymbolColor);
+}
+
+TEST_F(StatusNotifierItemTest, theSymbolFollowsTheAppearanceOfTheDesktop) {
+    ASSERT_TRUE(isShown());
+    Portal portal(2); // one that starts later
+    EXPECT_TRUE(eventually([&] { return symbolColor() == darkSymbolColor; }));
+    portal.change(1);
+    EXPECT_TRUE(eventually([&] { return symbolColor() == lightSymbolColor; }));
+}
+
+} // namespace
+} // namespace tavrine::test
+
+#include "StatusNotifierItemTest.moc"
