@@ -21,7 +21,7 @@ struct Notification {
 /// the workspace port owns. An observer that goes away while a notification is under way is not called any more; one
 /// that arrives during it is first called for the next.
 class NotificationCenter {
-  public:
+public:
     using Handler = std::function<void(const Notification &)>;
 
     /// Keeps an observer registered; releasing it removes the observer. It may outlive the centre.
@@ -37,7 +37,7 @@ class NotificationCenter {
     [[nodiscard]] Token addObserver(const QString &name, Handler handler);
     void post(const QString &name, const QVariantMap &userInfo = {});
 
-  private:
+private:
     struct Observer;
     std::vector<std::weak_ptr<Observer>> m_observers;
 };

@@ -16,7 +16,9 @@ SerialQueue::SerialQueue(QString label) : m_label(std::move(label)) {
     m_pool.setExpiryTimeout(-1);
 }
 
-SerialQueue::~SerialQueue() { m_pool.waitForDone(); }
+SerialQueue::~SerialQueue() {
+    m_pool.waitForDone();
+}
 
 void SerialQueue::async(std::function<void()> work) {
     m_pool.start([this, work = std::move(work)] {
@@ -39,6 +41,8 @@ void SerialQueue::runAndWait(const std::function<void()> &work) {
     done.acquire();
 }
 
-bool SerialQueue::isCurrent() const { return currentQueue == this; }
+bool SerialQueue::isCurrent() const {
+    return currentQueue == this;
+}
 
 } // namespace tavrine

@@ -15,7 +15,7 @@ namespace tavrine {
 /// The thread carries the queue's label, as far as the kernel's 15 characters reach, and stays while the queue lives.
 /// The destructor waits for the work that was handed in.
 class SerialQueue {
-  public:
+public:
     explicit SerialQueue(QString label);
     ~SerialQueue();
     SerialQueue(const SerialQueue &) = delete;
@@ -43,7 +43,7 @@ class SerialQueue {
     /// True on the queue's own thread.
     [[nodiscard]] bool isCurrent() const;
 
-  private:
+private:
     void runAndWait(const std::function<void()> &work);
 
     QString m_label;

@@ -17,7 +17,9 @@ Time::Work whileAlive(QObject *owner, Time::Work work) {
 
 Time::~Time() = default;
 
-void Time::async(QObject *owner, Work work) { async(whileAlive(owner, std::move(work))); }
+void Time::async(QObject *owner, Work work) {
+    async(whileAlive(owner, std::move(work)));
+}
 
 void Time::asyncAfter(Seconds delay, QObject *owner, Work work) {
     asyncAfter(delay, whileAlive(owner, std::move(work)));

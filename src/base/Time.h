@@ -11,7 +11,7 @@ namespace tavrine {
 
 /// A running timer. Destroying it is invalidating it: its work is not called again.
 class Timer {
-  public:
+public:
     virtual ~Timer() = default;
 };
 
@@ -21,7 +21,7 @@ class Timer {
 /// is due, and work due at the same moment in the order in which it was handed in. `async` may be called on any
 /// thread; everything else belongs to the main thread.
 class Time {
-  public:
+public:
     using Work = std::function<void()>;
 
     virtual ~Time();

@@ -38,7 +38,7 @@ class Time;
 class UserDefaults : public QObject {
     Q_OBJECT
 
-  public:
+public:
     static constexpr auto didChangeNotification = "NSUserDefaultsDidChangeNotification";
 
     struct Value;
@@ -83,7 +83,7 @@ class UserDefaults : public QObject {
     /// Takes in what changed outside, and writes now what is still unwritten. False when the file could not be written.
     bool synchronize();
 
-  private:
+private:
     struct Private;
 
     [[nodiscard]] const Value *find(const QString &key) const;

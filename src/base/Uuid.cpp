@@ -2,9 +2,13 @@
 
 namespace tavrine {
 
-QString uuidString(const QUuid &id) { return id.toString(QUuid::WithoutBraces).toUpper(); }
+QString uuidString(const QUuid &id) {
+    return id.toString(QUuid::WithoutBraces).toUpper();
+}
 
-QString freshUuidString() { return uuidString(QUuid::createUuid()); }
+QString freshUuidString() {
+    return uuidString(QUuid::createUuid());
+}
 
 std::optional<QUuid> uuidFromString(const QString &text) {
     constexpr qsizetype textLength = 36;

@@ -8,7 +8,7 @@ enum class ActivationPolicy { regular = 0, accessory = 1 };
 
 /// This program itself, towards the desktop. Lives on the main thread.
 class Application {
-  public:
+public:
     virtual ~Application() = default;
     virtual void setActivationPolicy(ActivationPolicy policy) = 0;
     [[nodiscard]] virtual ActivationPolicy activationPolicy() const = 0;

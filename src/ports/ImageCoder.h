@@ -11,7 +11,7 @@ namespace tavrine {
 
 /// One picture made ready for JPEG encoding, so that trying several factors costs the preparation once.
 class JpegSource {
-  public:
+public:
     virtual ~JpegSource() = default;
 
     /// The picture as JPEG data. `compressionFactor` runs from 0.0 (smallest) to 1.0 (best). None when it cannot be
@@ -29,7 +29,7 @@ class JpegSource {
 
 /// Reading and writing of image files. May be called on any thread.
 class ImageCoder {
-  public:
+public:
     virtual ~ImageCoder() = default;
 
     /// The bitmap representation of `image`, as it stands. None when the image has no size or no pixels.

@@ -5,7 +5,7 @@ namespace tavrine {
 /// Starting with the person's session. Lives on the main thread. Both actions answer false when the desktop refused,
 /// and then nothing has changed.
 class LoginItem {
-  public:
+public:
     virtual ~LoginItem() = default;
     [[nodiscard]] virtual bool isEnabled() const = 0;
     [[nodiscard]] virtual bool registerItem() = 0;

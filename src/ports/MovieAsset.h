@@ -9,7 +9,7 @@ namespace tavrine {
 
 /// Looks into movie files. Lives on the main thread.
 class MovieAsset {
-  public:
+public:
     virtual ~MovieAsset() = default;
 
     /// The frame at time 0 of the movie at `path`, upright, at full size. None when there is none, or when no decoder

@@ -23,7 +23,7 @@ struct StatusImage {
 ///  2. The item appears in a tray that starts later, and again in one that was restarted.
 ///  3. A desktop without a tray costs nothing and breaks nothing.
 class StatusItem {
-  public:
+public:
     virtual ~StatusItem() = default;
     virtual void setVisible(bool visible) = 0;
     [[nodiscard]] virtual bool isVisible() const = 0;

@@ -4,7 +4,7 @@ namespace tavrine {
 
 /// The software updater. Lives on the main thread.
 class Updater {
-  public:
+public:
     virtual ~Updater() = default;
     /// Begins to look for updates on its own terms. Called once, early in the launch.
     virtual void start() = 0;

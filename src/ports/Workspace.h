@@ -36,7 +36,7 @@ struct RunningApplication {
 ///  2. `didDeactivateApplicationNotification` is posted on `notificationCenter()` when an application stops being
 ///     active; its user info holds the `RunningApplication` under `applicationKey`.
 class Workspace {
-  public:
+public:
     static constexpr auto didDeactivateApplicationNotification = "NSWorkspaceDidDeactivateApplicationNotification";
     static constexpr auto applicationKey = "NSWorkspaceApplicationKey";
 

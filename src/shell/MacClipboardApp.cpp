@@ -34,8 +34,8 @@ namespace {
 std::vector<std::unique_ptr<TrayIcon>> trayIcons() {
     std::vector<std::unique_ptr<TrayIcon>> icons;
     icons.push_back(std::make_unique<StatusNotifierItem>());
-    icons.push_back(std::make_unique<XEmbedTrayIcon>(
-        [](QPoint place, const QString &text) { QToolTip::showText(place, text); }));
+    icons.push_back(
+        std::make_unique<XEmbedTrayIcon>([](QPoint place, const QString &text) { QToolTip::showText(place, text); }));
     return icons;
 }
 

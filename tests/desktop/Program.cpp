@@ -13,9 +13,9 @@ namespace {
 bool hasBusName() {
     QProcess ask;
     ask.start(QStringLiteral("dbus-send"),
-              {QStringLiteral("--session"), QStringLiteral("--print-reply"), QStringLiteral("--dest=org.freedesktop.DBus"),
-               QStringLiteral("/"), QStringLiteral("org.freedesktop.DBus.NameHasOwner"),
-               QStringLiteral("string:com.veltrane.Tavrine")});
+              {QStringLiteral("--session"), QStringLiteral("--print-reply"),
+               QStringLiteral("--dest=org.freedesktop.DBus"), QStringLiteral("/"),
+               QStringLiteral("org.freedesktop.DBus.NameHasOwner"), QStringLiteral("string:com.veltrane.Tavrine")});
     return ask.waitForFinished(3000) && ask.readAllStandardOutput().contains("true");
 }
 
@@ -30,7 +30,9 @@ Program::Program() : environment(QProcessEnvironment::systemEnvironment()) {
     environment.insert(QStringLiteral("XDG_CACHE_HOME"), home() + QStringLiteral("/.cache"));
 }
 
-Program::~Program() { kill9(); }
+Program::~Program() {
+    kill9();
+}
 
 bool Program::start() {
     m_output.clear();
@@ -42,8 +44,7 @@ bool Program::start() {
         return false;
     // The launch's last printed line: everything before it is done, the poll included.
     return waitUntil([this] { return output().contains(QLatin1String("Registering Hotkeys...")) || !isRunning(); }) &&
-           isRunning() &&
-           (!environment.contains(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")) || waitUntil(hasBusName));
+           isRunning() && (!environment.contains(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")) || waitUntil(hasBusName));
 }
 
 std::unique_ptr<QProcess> Program::startAgain() const {
@@ -60,7 +61,9 @@ void Program::kill9() {
     m_process->waitForFinished(5000);
 }
 
-bool Program::isRunning() const { return m_process && m_process->state() == QProcess::Running; }
+bool Program::isRunning() const {
+    return m_process && m_process->state() == QProcess::Running;
+}
 
 QString Program::output() {
     if (m_process)
@@ -72,7 +75,8 @@ QStringList Program::rows(const char *sql) const {
     QStringList result;
     sqlite3 *db = nullptr;
     sqlite3_stmt *statement = nullptr;
-    if (sqlite3_open_v2(QFile::encodeName(databasePath()).constData(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
+    if (sqlite3_open_v2(QFile::encodeName(databasePath()).constData(), &db, SQLITE_OPEN_READONLY, nullptr) ==
+        SQLITE_OK) {
         sqlite3_busy_timeout(db, 2000);
         if (sqlite3_prepare_v2(db, sql, -1, &statement, nullptr) == SQLITE_OK)
             while (sqlite3_step(statement) == SQLITE_ROW)
@@ -98,7 +102,9 @@ Client::Client(const QString &command, const QStringList &arguments, const QByte
     }
 }
 
-Client::~Client() { kill9(); }
+Client::~Client() {
+    kill9();
+}
 
 void Client::kill9() {
     if (m_process.state() == QProcess::NotRunning)
@@ -121,8 +127,8 @@ void copy(const QByteArray &text, const char *target) {
 
 QByteArray paste(const char *target) {
     QProcess xclip;
-    xclip.start(QStringLiteral("xclip"), {QStringLiteral("-selection"), QStringLiteral("clipboard"), QStringLiteral("-t"),
-                                          QLatin1String(target), QStringLiteral("-o")});
+    xclip.start(QStringLiteral("xclip"), {QStringLiteral("-selection"), QStringLiteral("clipboard"),
+                                          QStringLiteral("-t"), QLatin1String(target), QStringLiteral("-o")});
     if (!xclip.waitForFinished(3000))
         return {};
     return xclip.readAllStandardOutput();

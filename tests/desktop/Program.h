@@ -13,7 +13,7 @@ namespace tavrine::testing {
 /// The built program, run as a person would run it: in a home of its own, on the display and the bus of the test.
 /// What it starts ends with it.
 class Program {
-  public:
+public:
     Program();
     ~Program();
 
@@ -42,7 +42,7 @@ class Program {
     /// Variables to leave out of, or to set in, the program's environment.
     QProcessEnvironment environment;
 
-  private:
+private:
     QTemporaryDir m_home;
     std::unique_ptr<QProcess> m_process;
     QByteArray m_output;
@@ -50,13 +50,13 @@ class Program {
 
 /// Starts a command and keeps it for the scope; it is killed at the end.
 class Client {
-  public:
+public:
     Client(const QString &command, const QStringList &arguments, const QByteArray &input = {});
     ~Client();
     void kill9();
     [[nodiscard]] qint64 processId() const { return m_process.processId(); }
 
-  private:
+private:
     QProcess m_process;
 };
 

@@ -1,4 +1,5 @@
 #include "desktop/Program.h"
+
 #include "support/Wait.h"
 
 #include <QBuffer>
@@ -8,9 +9,9 @@
 #include <QImage>
 #include <QUrl>
 
-#include <gtest/gtest.h>
-
 #include <csignal>
+
+#include <gtest/gtest.h>
 
 using namespace tavrine::testing;
 using namespace std::chrono_literals;
@@ -26,6 +27,13 @@ QByteArray png(int width, int height, Qt::GlobalColor color) {
     return data;
 }
 
+/// Runs xdotool with these words; true when it succeeded.
+bool xdotool(const char *words) {
+    QProcess process;
+    process.start(QStringLiteral("xdotool"), QString::fromUtf8(words).split(QLatin1Char(' ')));
+    return process.waitForFinished(10000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+}
+
 void writeFile(const QString &path, const QByteArray &content) {
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile file(path);
@@ -36,7 +44,7 @@ void writeFile(const QString &path, const QByteArray &content) {
 } // namespace
 
 class ProgramOnADesktop : public testing::Test {
-  protected:
+protected:
     bool comesToHold(const QString &content) {
         return waitUntil([&] { return program.rowsWith(content) == 1; });
     }
@@ -56,17 +64,12 @@ TEST_F(ProgramOnADesktop, aTextCopiedInAForeignProgramIsInTheDatabase) {
 TEST_F(ProgramOnADesktop, aTextCopiedWithTheKeyboardInAGtkWindowIsInTheDatabase) {
     ASSERT_TRUE(program.start());
     const Client window(QStringLiteral(TAVRINE_CLIENTS "/gtk-text"), {QStringLiteral("typed in a GTK window")});
-    // A window that has just appeared may take its first keys before its text has the focus, so they are sent until they
-    // arrive.
+    ASSERT_TRUE(xdotool("search --sync --onlyvisible --class gtk-text windowactivate --sync"));
+    // A window that has just appeared may take its first keys before its text has the focus, so they are sent until
+    // they arrive.
     EXPECT_TRUE(waitUntil([&] {
-        QProcess keys;
-        keys.start(QStringLiteral("xdotool"),
-                   {QStringLiteral("search"), QStringLiteral("--sync"), QStringLiteral("--onlyvisible"),
-                    QStringLiteral("--name"), QStringLiteral("A foreign window"), QStringLiteral("windowactivate"),
-                    QStringLiteral("--sync"), QStringLiteral("key"), QStringLiteral("ctrl+a"), QStringLiteral("key"),
-                    QStringLiteral("ctrl+c")});
-        keys.waitForFinished(5000);
-        return waitUntil([&] { return program.rowsWith(QStringLiteral("typed in a GTK window")) == 1; }, 1s);
+        return xdotool("key ctrl+a key ctrl+c") &&
+               waitUntil([&] { return program.rowsWith(QStringLiteral("typed in a GTK window")) == 1; }, 1s);
     }));
 }
 
@@ -106,14 +109,12 @@ TEST_F(ProgramOnADesktop, aCopyWhileAPasswordManagerIsInFrontIsNeverRecorded) {
     {
         const Client manager(QStringLiteral("xterm"), {QStringLiteral("-class"), QStringLiteral("KeePassXC"),
                                                        QStringLiteral("-name"), QStringLiteral("keepassxc")});
-        QProcess activate;
-        activate.start(QStringLiteral("xdotool"),
-                       QStringLiteral("search --sync --onlyvisible --class KeePassXC windowactivate --sync").split(QLatin1Char(' ')));
-        ASSERT_TRUE(activate.waitForFinished(10000));
+        ASSERT_TRUE(xdotool("search --sync --onlyvisible --class KeePassXC windowactivate --sync"));
         copy("hunter2");
         // Two periods of the poll, in which the copy is seen and dropped.
         (void)waitUntil([] { return false; }, 1200ms);
     }
+    ASSERT_TRUE(waitUntil([] { return !xdotool("search --onlyvisible --class KeePassXC"); }));
     copy("an ordinary text");
     ASSERT_TRUE(comesToHold(QStringLiteral("an ordinary text")));
     EXPECT_EQ(program.rowsWith(QStringLiteral("hunter2")), 0);
@@ -122,9 +123,10 @@ TEST_F(ProgramOnADesktop, aCopyWhileAPasswordManagerIsInFrontIsNeverRecorded) {
 TEST_F(ProgramOnADesktop, aCopyOutlivesTheProgramThatItCameFrom) {
     ASSERT_TRUE(program.start());
     {
-        const Client owner(QStringLiteral("xclip"),
-                           {QStringLiteral("-quiet"), QStringLiteral("-selection"), QStringLiteral("clipboard"), QStringLiteral("-i")},
-                           "left behind");
+        const Client owner(
+            QStringLiteral("xclip"),
+            {QStringLiteral("-quiet"), QStringLiteral("-selection"), QStringLiteral("clipboard"), QStringLiteral("-i")},
+            "left behind");
         ASSERT_TRUE(comesToHold(QStringLiteral("left behind")));
     }
     EXPECT_TRUE(waitUntil([] { return paste() == "left behind"; }, 3s));
@@ -166,8 +168,8 @@ TEST_F(ProgramOnADesktop, whatItWritesBelongsToThePersonAlone) {
     ASSERT_TRUE(program.start());
     copy(png(20, 20, Qt::green), "image/png");
     ASSERT_TRUE(waitUntil([&] { return imageNames().size() == 1 && QFile::exists(program.preferencesPath()); }));
-    const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther |
-                        QFile::ExeOther;
+    const auto others =
+        QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
     const QString images = program.dataFolder() + QStringLiteral("/Images");
     for (const QString &path : {program.dataFolder(), images, images + QLatin1Char('/') + imageNames().constFirst(),
                                 program.databasePath(), program.preferencesPath()})
@@ -217,8 +219,10 @@ TEST_F(ProgramOnADesktop, withoutASessionBusItRunsAllTheSame) {
 TEST_F(ProgramOnADesktop, aHangingOwnerDoesNotKeepTheNextCopyFromBeingRecorded) {
     ASSERT_TRUE(program.start());
     {
-        Client owner(QStringLiteral("xclip"),
-                     {QStringLiteral("-quiet"), QStringLiteral("-selection"), QStringLiteral("clipboard"), QStringLiteral("-i")}, "hangs");
+        Client owner(
+            QStringLiteral("xclip"),
+            {QStringLiteral("-quiet"), QStringLiteral("-selection"), QStringLiteral("clipboard"), QStringLiteral("-i")},
+            "hangs");
         ASSERT_TRUE(waitUntil([] { return paste() == "hangs"; }));
         ::kill(static_cast<pid_t>(owner.processId()), SIGSTOP);
         copy("after the one that hangs");

@@ -20,3 +20,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     }
     return 0;
 }
+
+extern "C" const char *const fuzzSeeds[] = {
+    R"([{"id":"0FBD2C0E-1B0A-4C50-9AB5-1C1F2B0A9C01","content":"one","date":700000000.25,"isPinned":true}])",
+    R"([{"id":"0FBD2C0E-1B0A-4C50-9AB5-1C1F2B0A9C02","content":"","date":1,"isSaved":false,"imageFileName":"a.jpg"},
+        {"id":"0FBD2C0E-1B0A-4C50-9AB5-1C1F2B0A9C03","content":"\ud83d\ude0e \ud800","date":-1e300}])",
+    "[]",
+    "[[[[{}]]]]",
+    nullptr,
+};

@@ -27,3 +27,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     }
     return 0;
 }
+
+extern "C" const char *const fuzzSeeds[] = {
+    R"(<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0"><dict>
+<key>featureLoFi</key><true/><key>HotkeyCharacter</key><string>v &amp; w</string><key>count</key><integer>-7</integer>
+<key>ratio</key><real>0.25</real><key>LastLaunchDate</key><date>2026-01-31T12:00:00Z</date>
+<key>ExcludedAppsV2</key><data>W10=</data><key>list</key><array><string>a</string><array/></array>
+<key>inner</key><dict><key>TavrineSecondsSince1970</key><real>1.5</real></dict>
+</dict></plist>)",
+    "<plist><dict><key>a</key><string>b</string></dict></plist>",
+    "<plist><array/></plist>",
+    "bplist00",
+    nullptr,
+};

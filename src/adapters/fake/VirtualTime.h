@@ -11,7 +11,7 @@ namespace tavrine {
 ///
 /// `async` may be called on any thread; work from other threads is run by the next `advance` or `runPending`.
 class VirtualTime final : public Time {
-  public:
+public:
     /// 2026-01-31 12:00:00 UTC, unless a test wants another start.
     explicit VirtualTime(Date start = {1769860800.0});
     ~VirtualTime() override;
@@ -38,7 +38,7 @@ class VirtualTime final : public Time {
     /// Timers that are running.
     [[nodiscard]] int timerCount() const;
 
-  private:
+private:
     struct Shared;
     class RepeatingTimer;
     std::shared_ptr<Shared> m_shared;

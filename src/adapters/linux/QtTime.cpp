@@ -9,7 +9,7 @@ namespace tavrine {
 namespace {
 
 class QtTimer final : public Timer {
-  public:
+public:
     QtTimer(std::chrono::milliseconds interval, Time::Work work) {
         // Idle timers may share their wake-ups; below a fifth of a second lateness would be seen or felt.
         m_timer.setTimerType(interval < std::chrono::milliseconds(200) ? Qt::PreciseTimer : Qt::CoarseTimer);
@@ -17,7 +17,7 @@ class QtTimer final : public Timer {
         m_timer.start(interval);
     }
 
-  private:
+private:
     QTimer m_timer;
 };
 
@@ -37,7 +37,9 @@ Seconds QtTime::systemUptime() const {
     return std::chrono::seconds(uptime.tv_sec) + std::chrono::nanoseconds(uptime.tv_nsec);
 }
 
-void QtTime::async(Work work) { QMetaObject::invokeMethod(&m_mainThread, std::move(work), Qt::QueuedConnection); }
+void QtTime::async(Work work) {
+    QMetaObject::invokeMethod(&m_mainThread, std::move(work), Qt::QueuedConnection);
+}
 
 void QtTime::asyncAfter(Seconds delay, Work work) {
     QTimer::singleShot(milliseconds(delay), Qt::PreciseTimer, &m_mainThread, std::move(work));

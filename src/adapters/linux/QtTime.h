@@ -8,7 +8,7 @@ namespace tavrine {
 
 /// The real clock and the real main queue, on Qt's event loop. Made on the main thread.
 class QtTime final : public Time {
-  public:
+public:
     [[nodiscard]] Date now() const override;
     [[nodiscard]] Seconds systemUptime() const override;
     void async(Work work) override;
@@ -17,7 +17,7 @@ class QtTime final : public Time {
     using Time::async;
     using Time::asyncAfter;
 
-  private:
+private:
     QObject m_mainThread; // posted events reach it there, whichever thread posts
 };
 
