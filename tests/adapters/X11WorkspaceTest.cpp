@@ -82,28 +82,6 @@ TEST_F(X11WorkspaceTest, leavingForOurOwnWindowTellsWhoWasLeft) {
     EXPECT_EQ(left.processIdentifier, program.processIdentifier());
 }
 
-TEST_F(X11WorkspaceTest, aReadRightAfterAChangeIsCorrectWithoutATurnOfTheLoop) {
-    const Program first(command, xterm(QStringLiteral("First")));
-    ASSERT_TRUE(comesToFront(QStringLiteral("First")));
-    const Program second(command, xterm(QStringLiteral("Second")));
-    ASSERT_TRUE(comesToFront(QStringLiteral("Second")));
-    for (int i = 0; i < 20; ++i) {
-        const QString next = i % 2 ? QStringLiteral("Second") : QStringLiteral("First");
-        const QString window =
-            outputOf(QStringLiteral("xdotool"),
-                     {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--class"), next});
-        // Until the window manager has written it, which it sometimes has to be told twice. Nothing is dispatched here
-        // meanwhile.
-        const QDeadlineTimer deadline(std::chrono::seconds(10));
-        while (outputOf(QStringLiteral("xdotool"), {QStringLiteral("getactivewindow")}) != window) {
-            ASSERT_FALSE(deadline.hasExpired());
-            static_cast<void>(outputOf(QStringLiteral("xdotool"),
-                                       {QStringLiteral("windowactivate"), QStringLiteral("--sync"), window}));
-        }
-        EXPECT_EQ(frontmost().bundleIdentifier, next);
-    }
-}
-
 TEST_F(X11WorkspaceTest, aServerThatAnotherProgramHoldsDelaysAReadByAFractionOfASecond) {
     const Program program(command, xterm(QStringLiteral("Anything")));
     ASSERT_TRUE(comesToFront(QStringLiteral("Anything")));
