@@ -31,7 +31,7 @@ INSTANTIATE_TEST_SUITE_P(fake, PasteboardContract,
                          testing::Values(PasteboardWorldMaker{
                              "fake",
                              []() -> std::unique_ptr<PasteboardWorld> { return std::make_unique<FakeWorld>(); }}),
-                         [](const auto &info) { return std::string(info.param.name); });
+                         [](const auto &made) { return std::string(made.param.name); });
 
 TEST(FakePasteboard, readsAreCounted) {
     FakePasteboard pasteboard;

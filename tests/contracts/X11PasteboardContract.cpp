@@ -68,7 +68,7 @@ private:
 INSTANTIATE_TEST_SUITE_P(x11, PasteboardContract,
                          testing::Values(PasteboardWorldMaker{
                              "x11", []() -> std::unique_ptr<PasteboardWorld> { return std::make_unique<X11World>(); }}),
-                         [](const auto &info) { return std::string(info.param.name); });
+                         [](const auto &made) { return std::string(made.param.name); });
 
 } // namespace
 } // namespace tavrine
