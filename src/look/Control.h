@@ -1,0 +1,45 @@
+#pragma once
+
+#include "look/MotionClock.h"
+#include "look/Theme.h"
+
+#include <QAbstractButton>
+
+class QPainter;
+
+namespace tavrine::look {
+
+/// What all things share that are pressed: hover that fades, a focus ring that only the keyboard shows, tool tips and
+/// an accessible name. Takes the focus by the keyboard only, so that a click leaves it in a search field.
+class Control : public QAbstractButton {
+    Q_OBJECT
+public:
+    explicit Control(QWidget *parent = nullptr);
+
+protected:
+    /// Paints within `rect()`; the painter is prepared.
+    virtual void paint(QPainter &painter) = 0;
+    [[nodiscard]] const Theme &theme() const { return themeOfThis(); }
+    /// 0 at rest, 1 under the pointer.
+    [[nodiscard]] double hoverPart() const { return isEnabled() ? m_hoverPart : 0; }
+    [[nodiscard]] bool showsFocus() const { return m_showsFocus && hasFocus(); }
+    /// The ground of a control over `rest` in its present state.
+    [[nodiscard]] QColor ground(const QColor &rest) const;
+
+    void paintEvent(QPaintEvent *event) override;
+    void enterEvent(QEnterEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    bool event(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    [[nodiscard]] const Theme &themeOfThis() const;
+    void hoverTo(double part);
+
+    Motion m_hover;
+    double m_hoverPart = 0;
+    bool m_showsFocus = false;
+};
+
+} // namespace tavrine::look
