@@ -12,7 +12,6 @@ namespace tavrine::look {
 namespace {
 
 constexpr qreal symbolGap = 6;
-constexpr int ring = 3; // room for the focus ring round the button
 
 } // namespace
 
@@ -60,19 +59,23 @@ int Button::controlHeight() const {
 QSize Button::sizeHint() const {
     const int tall = controlHeight();
     if (m_style == ButtonStyle::icon)
-        return {tall + 2 * ring, tall + 2 * ring};
+        return {tall, tall};
     const int padding = m_style == ButtonStyle::link ? 4 : m_size == ButtonSize::large ? 24 : 14;
     const auto role = m_size == ButtonSize::small ? TextRole::callout : TextRole::bodyStrong;
     qreal width = lineWidth(text(), role) + 2 * padding;
     if (!m_symbol.isEmpty())
         width += symbolsize::medium + symbolGap;
-    return {int(std::ceil(width)) + 2 * ring, tall + 2 * ring};
+    return {int(std::ceil(width)), tall};
+}
+
+qreal Button::cornerRadius() const {
+    return m_size == ButtonSize::large ? radius::row : radius::control;
 }
 
 void Button::paint(QPainter &painter) {
     const Theme &colours = theme();
-    const QRectF body = QRectF(rect()).adjusted(ring, ring, -ring, -ring);
-    const qreal corner = m_size == ButtonSize::large ? radius::row : radius::control;
+    const QRectF body = rect();
+    const qreal corner = cornerRadius();
     QColor ink = colours.text;
     switch (m_style) {
     case ButtonStyle::plain:
@@ -96,8 +99,6 @@ void Button::paint(QPainter &painter) {
         ink = colours.accentText;
         break;
     }
-    if (showsFocus())
-        paintFocusRing(painter, body, corner, colours);
 
     const qreal size =
         m_size == ButtonSize::large && m_style == ButtonStyle::icon ? symbolsize::large : symbolsize::medium;

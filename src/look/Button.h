@@ -27,6 +27,7 @@ public:
 
 protected:
     void paint(QPainter &painter) override;
+    [[nodiscard]] qreal cornerRadius() const override;
 
 private:
     [[nodiscard]] int controlHeight() const;

@@ -12,9 +12,8 @@
 namespace tavrine::look {
 namespace {
 
-constexpr int ring = 3;
 constexpr int padding = 12;
-constexpr int gap = space::tiny - ring; // the rings' room of two neighbours already parts them
+constexpr int gap = space::tiny;
 
 } // namespace
 
@@ -31,21 +30,17 @@ void Chip::setSymbol(const QString &symbol) {
 }
 
 QSize Chip::sizeHint() const {
-    // As wide as the chosen state needs, whose letters are heavier: choosing moves no neighbour.
-    qreal width =
-        std::max(lineWidth(text(), TextRole::callout), lineWidth(text(), TextRole::callout) * 1.0) + 2 * padding;
+    qreal width = lineWidth(text(), TextRole::callout) + 2 * padding;
     if (!m_symbol.isEmpty())
         width += symbolsize::medium + space::tiny;
-    return {int(std::ceil(width)) + 2 * ring, height::chip + 2 * ring};
+    return {int(std::ceil(width)), height::chip};
 }
 
 void Chip::paint(QPainter &painter) {
     const Theme &colours = theme();
-    const QRectF body = QRectF(rect()).adjusted(ring, ring, -ring, -ring);
+    const QRectF body = rect();
     const qreal corner = body.height() / 2;
     fillRounded(painter, body, corner, isChecked() ? ground(colours.accent) : ground(Qt::transparent));
-    if (showsFocus())
-        paintFocusRing(painter, body, corner, colours);
     const QColor ink = isChecked() ? colours.onAccent : mixed(colours.secondaryText, colours.text, hoverPart());
     QRectF words = body.adjusted(padding, 0, -padding + 1, 0);
     if (!m_symbol.isEmpty()) {
@@ -84,7 +79,7 @@ QSize ChipStrip::sizeHint() const {
     int width = 0;
     for (const Chip *chip : m_chips)
         width += chip->sizeHint().width() + gap;
-    return {std::max(0, width - gap), height::chip + 2 * ring};
+    return {std::max(0, width - gap), height::chip};
 }
 
 void ChipStrip::resizeEvent(QResizeEvent *event) {

@@ -20,6 +20,7 @@ public:
 
 protected:
     void paint(QPainter &painter) override;
+    [[nodiscard]] qreal cornerRadius() const override { return height() / 2.0; }
 
 private:
     QString m_symbol;

@@ -1,5 +1,6 @@
 #include "look/Control.h"
 
+#include "look/FocusRing.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -14,6 +15,14 @@ namespace tavrine::look {
 Control::Control(QWidget *parent) : QAbstractButton(parent) {
     setFocusPolicy(Qt::TabFocus);
     setAttribute(Qt::WA_Hover, false);
+}
+
+Control::~Control() {
+    delete m_ring;
+}
+
+qreal Control::cornerRadius() const {
+    return radius::control;
 }
 
 const Theme &Control::themeOfThis() const {
@@ -60,9 +69,24 @@ void Control::leaveEvent(QEvent *event) {
 }
 
 void Control::focusInEvent(QFocusEvent *event) {
-    m_showsFocus = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason ||
-                   event->reason() == Qt::ShortcutFocusReason;
+    // A window that comes back brings the focus as it was.
+    if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason)
+        m_isByKeyboard = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason ||
+                         event->reason() == Qt::ShortcutFocusReason;
+    if (m_isByKeyboard && !m_ring)
+        m_ring = new FocusRing(this, body(), cornerRadius());
     QAbstractButton::focusInEvent(event);
+}
+
+void Control::focusOutEvent(QFocusEvent *event) {
+    delete m_ring;
+    QAbstractButton::focusOutEvent(event);
+}
+
+void Control::hideEvent(QHideEvent *event) {
+    delete m_ring;
+    ToolTip::hide();
+    QAbstractButton::hideEvent(event);
 }
 
 void Control::keyPressEvent(QKeyEvent *event) {
@@ -78,9 +102,12 @@ bool Control::event(QEvent *event) {
         ToolTip::show(this, toolTip(), rect());
         return true;
     }
-    // The tool tip is what a control without words is called.
-    if (event->type() == QEvent::ToolTipChange && accessibleName().isEmpty() && text().isEmpty())
-        setAccessibleName(toolTip());
+    // The tool tip is what a control without words is called, unless it was given a name.
+    if (event->type() == QEvent::ToolTipChange && text().isEmpty() &&
+        (accessibleName().isEmpty() || accessibleName() == m_nameByToolTip)) {
+        m_nameByToolTip = toolTip();
+        setAccessibleName(m_nameByToolTip);
+    }
     return QAbstractButton::event(event);
 }
 

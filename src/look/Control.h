@@ -4,6 +4,7 @@
 #include "look/Theme.h"
 
 #include <QAbstractButton>
+#include <QPointer>
 
 class QPainter;
 
@@ -15,6 +16,9 @@ class Control : public QAbstractButton {
     Q_OBJECT
 public:
     explicit Control(QWidget *parent = nullptr);
+    ~Control() override;
+
+    [[nodiscard]] bool showsFocus() const { return m_ring != nullptr; }
 
 protected:
     /// Paints within `rect()`; the painter is prepared.
@@ -22,7 +26,9 @@ protected:
     [[nodiscard]] const Theme &theme() const { return themeOfThis(); }
     /// 0 at rest, 1 under the pointer.
     [[nodiscard]] double hoverPart() const { return isEnabled() ? m_hoverPart : 0; }
-    [[nodiscard]] bool showsFocus() const { return m_showsFocus && hasFocus(); }
+    /// What the focus ring goes round.
+    [[nodiscard]] virtual QRectF body() const { return rect(); }
+    [[nodiscard]] virtual qreal cornerRadius() const;
     /// The ground of a control over `rest` in its present state.
     [[nodiscard]] QColor ground(const QColor &rest) const;
 
@@ -30,6 +36,8 @@ protected:
     void enterEvent(QEnterEvent *event) override;
     void leaveEvent(QEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
     bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
@@ -39,7 +47,9 @@ private:
 
     Motion m_hover;
     double m_hoverPart = 0;
-    bool m_showsFocus = false;
+    QPointer<QWidget> m_ring;
+    QString m_nameByToolTip;
+    bool m_isByKeyboard = false; // how the focus came
 };
 
 } // namespace tavrine::look

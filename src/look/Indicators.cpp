@@ -79,14 +79,21 @@ void HintBar::paintEvent(QPaintEvent *) {
     const Theme &theme = themeOf(this);
     // A hairline on top parts the bar from the list.
     paintSeparator(painter, QRectF(0, 0, width(), 1.0 / devicePixelRatioF()), theme);
-    qreal x = space::large;
-    for (const KeyHint &hint : m_leading)
-        x += paintKeyHint(painter, QRectF(x, 0, width() - x, height()), hint, theme) + space::large;
     qreal right = width() - space::large;
     for (auto hint = m_trailing.rbegin(); hint != m_trailing.rend(); ++hint) {
         const qreal wide = keyHintWidth(*hint);
+        if (right - wide < space::large)
+            break; // what has no room is left out whole
         paintKeyHint(painter, QRectF(right - wide, 0, wide + 1, height()), *hint, theme);
         right -= wide + space::large;
+    }
+    qreal x = space::large;
+    for (const KeyHint &hint : m_leading) {
+        const qreal wide = keyHintWidth(hint);
+        if (x + wide > right)
+            break;
+        paintKeyHint(painter, QRectF(x, 0, wide + 1, height()), hint, theme);
+        x += wide + space::large;
     }
 }
 

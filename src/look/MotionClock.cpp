@@ -30,9 +30,13 @@ void MotionClock::tick() {
     // A step may start, stop or destroy any motion, this one included.
     const std::vector<Motion *> motions = m_motions;
     for (Motion *motion : motions) {
-        if (std::find(m_motions.begin(), m_motions.end(), motion) != m_motions.end())
+        if (holds(motion))
             motion->advance(moment);
     }
+}
+
+bool MotionClock::holds(const Motion *motion) const {
+    return std::find(m_motions.begin(), m_motions.end(), motion) != m_motions.end();
 }
 
 Motion::~Motion() {
@@ -46,7 +50,8 @@ void Motion::stop() {
 
 void Motion::start(Seconds length, const Timing &timing, Step step, Done done) {
     start(
-        length, [length, timing](Seconds time) { return timing.at(time / length); }, std::move(step), std::move(done));
+        length, [length, timing](Seconds time) { return length.count() > 0 ? timing.at(time / length) : 1.0; },
+        std::move(step), std::move(done));
 }
 
 void Motion::start(const Spring &spring, Step step, Done done) {
@@ -76,7 +81,7 @@ void Motion::run(std::function<bool(Seconds)> step) {
     stop();
     if (!Look::moves())
         return;
-    m_run = std::move(step);
+    m_run = std::make_shared<std::function<bool(Seconds)>>(std::move(step));
     begin();
 }
 
@@ -89,8 +94,10 @@ void Motion::begin() {
 void Motion::advance(Seconds now) {
     if (m_run) {
         const auto step = m_run;
+        const MotionClock *clock = m_clock;
         const Seconds passed = now - std::exchange(m_last, now);
-        if (!step(passed) && m_run)
+        // After the step this may be gone, or at something else.
+        if (!(*step)(passed) && clock->holds(this) && m_run == step)
             stop();
         return;
     }

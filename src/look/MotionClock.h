@@ -31,6 +31,7 @@ private:
     void add(Motion *motion);
     void remove(Motion *motion);
     void tick();
+    [[nodiscard]] bool holds(const Motion *motion) const;
 
     Time &m_time;
     std::unique_ptr<Timer> m_timer;
@@ -78,7 +79,7 @@ private:
     Curve m_curve;
     Step m_step;
     Done m_done;
-    std::function<bool(Seconds)> m_run;
+    std::shared_ptr<std::function<bool(Seconds)>> m_run; // kept alive through its own call
 };
 
 } // namespace tavrine::look

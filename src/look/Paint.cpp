@@ -76,7 +76,7 @@ void paintSeparator(QPainter &painter, const QRectF &rect, const Theme &theme) {
 void paintFocusRing(QPainter &painter, const QRectF &rect, qreal radius, const Theme &theme) {
     painter.setPen(QPen(theme.focusRing, 2));
     painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(rect.adjusted(-1, -1, 1, 1), radius + 1, radius + 1);
+    painter.drawRoundedRect(rect.adjusted(-2, -2, 2, 2), radius + 2, radius + 2);
     painter.setPen(Qt::NoPen);
 }
 
@@ -137,7 +137,10 @@ void paintSymbolPlate(QPainter &painter, const QRectF &rect, const QString &symb
                       const QColor &colour) {
     fillRounded(painter, rect, rect.height() * 0.25, ground);
     // Whole steps of the icons' grid stay sharp: 16 points in all plates but the very large.
-    const qreal size = rect.height() >= 60 ? std::round(rect.height() * 0.5) : rect.height() >= 44 ? 24 : 16;
+    const qreal size = rect.height() >= 60   ? std::round(rect.height() * 0.5)
+                       : rect.height() >= 44 ? 24
+                       : rect.height() >= 36 ? 20
+                                             : 16;
     paintSymbol(painter, rect, symbol, size, colour);
 }
 
@@ -177,10 +180,12 @@ std::vector<QRectF> rowActionRects(const QRectF &rect, size_t count) {
 
 void paintRow(QPainter &painter, const QRectF &rect, const RowContent &content, const RowState &state,
               const Theme &theme) {
+    // A point of ground between the plates of two neighbours.
+    const QRectF body = rect.adjusted(0, 1, 0, -1);
     if (state.isSelected)
-        fillRounded(painter, rect, radius::row, theme.selection);
+        fillRounded(painter, body, radius::row, theme.selection);
     else if (state.isPressed || state.isHovered)
-        fillRounded(painter, rect, radius::row, state.isPressed ? theme.pressed : theme.hover);
+        fillRounded(painter, body, radius::row, state.isPressed ? theme.pressed : theme.hover);
 
     const qreal side = std::min(plateSide, rect.height() - space::small);
     const qreal inset = std::min<qreal>(space::medium, (rect.height() - side) / 2);

@@ -26,7 +26,7 @@ void fillRounded(QPainter &painter, const QRectF &rect, qreal radius, const QCol
 void strokeHairline(QPainter &painter, const QRectF &rect, qreal radius, const QColor &colour);
 /// One device pixel high, at the rectangle's bottom.
 void paintSeparator(QPainter &painter, const QRectF &rect, const Theme &theme);
-/// Two points wide, just outside the rectangle.
+/// Two points wide, a point away from the rectangle, so that it shows round fills of its own colour.
 void paintFocusRing(QPainter &painter, const QRectF &rect, qreal radius, const Theme &theme);
 void paintCard(QPainter &painter, const QRectF &rect, const Theme &theme);
 

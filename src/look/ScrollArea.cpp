@@ -213,7 +213,7 @@ ScrollPane::ScrollPane(QWidget *content, QWidget *parent) : ScrollArea(parent), 
 qreal ScrollPane::contentHeight() const {
     const int wanted =
         m_content->hasHeightForWidth() ? m_content->heightForWidth(width()) : m_content->sizeHint().height();
-    return wanted;
+    return std::max(wanted, m_content->minimumHeight());
 }
 
 void ScrollPane::moved() {

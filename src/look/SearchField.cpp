@@ -64,7 +64,7 @@ void SearchField::addTrailing(QWidget *widget) {
 }
 
 QSize SearchField::sizeHint() const {
-    return {320, m_style == Style::hero ? height::searchField : framedHeight + 6};
+    return {320, m_style == Style::hero ? height::searchField : framedHeight};
 }
 
 void SearchField::recolour() {
@@ -83,8 +83,8 @@ void SearchField::recolour() {
 
 void SearchField::place() {
     const bool isHero = m_style == Style::hero;
-    const int left = isHero ? space::large + 20 + space::medium : 3 + 8 + 16 + 6;
-    int right = width() - (isHero ? space::medium : 6);
+    const int left = isHero ? space::large + 20 + space::medium : 10 + 16 + 6;
+    int right = width() - (isHero ? space::medium : 4);
     if (m_trailing && !m_trailing->isHidden()) {
         const QSize size = m_trailing->sizeHint();
         m_trailing->setGeometry(QRect(QPoint(right - size.width(), (height() - size.height()) / 2), size));
@@ -130,12 +130,12 @@ void SearchField::paintEvent(QPaintEvent *) {
                     symbolsize::large, theme.secondaryText);
         return;
     }
-    const QRectF body = QRectF(rect()).adjusted(3, 3, -3, -3);
+    const QRectF body = rect();
     fillRounded(painter, body, radius::control, theme.field);
     strokeHairline(painter, body, radius::control, theme.outline);
-    if (m_edit->hasFocus())
-        paintFocusRing(painter, body, radius::control, theme);
-    paintSymbol(painter, QRectF(body.left() + 8, 0, 16, height()), QStringLiteral("magnifyingglass"),
+    if (m_edit->hasFocus()) // inside: a field has its frame to paint it on
+        paintFocusRing(painter, body.adjusted(3, 3, -3, -3), radius::control - 3, theme);
+    paintSymbol(painter, QRectF(body.left() + 10, 0, 16, height()), QStringLiteral("magnifyingglass"),
                 symbolsize::medium, theme.secondaryText);
 }
 

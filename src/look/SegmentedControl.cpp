@@ -13,7 +13,6 @@
 namespace tavrine::look {
 namespace {
 
-constexpr int ring = 3;
 constexpr int inset = 2;
 constexpr int padding = 14;
 
@@ -28,8 +27,6 @@ public:
 protected:
     void paint(QPainter &painter) override {
         const Theme &colours = theme();
-        if (showsFocus())
-            paintFocusRing(painter, QRectF(rect()).adjusted(2, 2, -2, -2), radius::control - inset, colours);
         const QColor ink = isChecked() ? colours.text : mixed(colours.secondaryText, colours.text, hoverPart());
         paintLine(painter, rect(), text(), TextRole::callout, ink, Qt::AlignHCenter);
     }
@@ -70,11 +67,11 @@ QSize SegmentedControl::sizeHint() const {
     for (const Control *one : m_segments)
         widest = std::max(widest, lineWidth(one->text(), TextRole::callout));
     const int each = int(std::ceil(widest)) + 2 * padding;
-    return {each * int(m_segments.size()) + 2 * inset + 2 * ring, height::control + 2 * ring};
+    return {each * int(m_segments.size()) + 2 * inset, height::control};
 }
 
 QRectF SegmentedControl::segment(double index) const {
-    const QRectF track = QRectF(rect()).adjusted(ring + inset, ring + inset, -ring - inset, -ring - inset);
+    const QRectF track = QRectF(rect()).adjusted(inset, inset, -inset, -inset);
     const qreal each = track.width() / qreal(std::max<size_t>(1, m_segments.size()));
     return {track.left() + index * each, track.top(), each, track.height()};
 }
@@ -89,7 +86,7 @@ void SegmentedControl::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     preparePainter(painter);
     const Theme &theme = themeOf(this);
-    const QRectF track = QRectF(rect()).adjusted(ring, ring, -ring, -ring);
+    const QRectF track = rect();
     fillRounded(painter, track, radius::control, theme.control);
     const QRectF plate = segment(m_plate);
     const qreal corner = radius::control - inset;

@@ -41,7 +41,12 @@ void addAccent(Theme &theme, const QColor &accent) {
     theme.accentText = readable(accent, ground, textRatio);
     theme.dangerText = readable(theme.danger, ground, textRatio);
     theme.successText = readable(theme.success, ground, textRatio);
-    theme.selection = withAlpha(theme.accent, theme.isDark ? 0.30 : 0.13);
+    // As strong as the words on it can bear.
+    double strength = theme.isDark ? 0.30 : 0.13;
+    do {
+        theme.selection = withAlpha(theme.accent, strength);
+        strength -= 0.01;
+    } while (strength > 0.05 && contrast(theme.secondaryText, over(theme.surface, theme.selection)) < textRatio);
     theme.focusRing = withAlpha(readable(accent, theme.surface, 3.0), 0.9);
 }
 

@@ -14,8 +14,7 @@
 namespace tavrine::look {
 namespace {
 
-constexpr int ring = 2;
-constexpr qreal disc = 32;
+constexpr qreal disc = 36;
 constexpr int plate = 28;
 
 } // namespace
@@ -47,17 +46,19 @@ void Tile::setTitle(const QString &title) {
     update();
 }
 
+qreal Tile::cornerRadius() const {
+    return radius::card;
+}
+
 void Tile::paint(QPainter &painter) {
     const Theme &colours = theme();
-    const QRectF body = QRectF(rect()).adjusted(ring, ring, -ring, -ring);
+    const QRectF body = rect();
     fillRounded(painter, body, radius::card, ground(colours.elevated));
     strokeHairline(painter, body, radius::card, colours.isDark ? colours.separator : colours.outline);
-    if (showsFocus())
-        paintFocusRing(painter, body.adjusted(1, 1, -1, -1), radius::card - 1, colours);
 
     const QRectF circle(body.left() + 10, std::round(body.center().y() - disc / 2), disc, disc);
     fillRounded(painter, circle, disc / 2, mixed(colours.control, colours.accent, m_onPart));
-    paintSymbol(painter, circle, m_symbol, symbolsize::medium, m_onPart > 0.5 ? colours.onAccent : colours.text);
+    paintSymbol(painter, circle, m_symbol, symbolsize::large, m_onPart > 0.5 ? colours.onAccent : colours.text);
 
     const qreal left = circle.right() + 10;
     const qreal width = body.right() - 8 - left;
@@ -105,7 +106,7 @@ void SettingsRow::resizeEvent(QResizeEvent *event) {
     if (m_trailing) {
         const QSize size = m_trailing->sizeHint();
         m_trailing->setGeometry(
-            QRect(QPoint(width() - space::medium - size.width() + 3, (height() - size.height()) / 2), size));
+            QRect(QPoint(width() - space::medium - size.width(), (height() - size.height()) / 2), size));
     }
     QWidget::resizeEvent(event);
 }

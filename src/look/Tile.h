@@ -26,6 +26,7 @@ public:
 
 protected:
     void paint(QPainter &painter) override;
+    [[nodiscard]] qreal cornerRadius() const override;
 
 private:
     QString m_symbol;

@@ -10,7 +10,6 @@ namespace {
 
 constexpr int wide = 38;
 constexpr int tall = 22;
-constexpr int ring = 3;
 constexpr qreal gap = 2; // between the knob and the track's edge
 
 } // namespace
@@ -34,18 +33,24 @@ Toggle::Toggle(QWidget *parent) : Control(parent) {
 }
 
 QSize Toggle::sizeHint() const {
-    return {wide + 2 * ring, tall + 2 * ring};
+    return {wide, tall};
+}
+
+QRectF Toggle::body() const {
+    return {0.0, (height() - tall) / 2.0, wide, tall};
+}
+
+qreal Toggle::cornerRadius() const {
+    return tall / 2.0;
 }
 
 void Toggle::paint(QPainter &painter) {
     const Theme &colours = theme();
-    const QRectF track(ring, (height() - tall) / 2, wide, tall);
+    const QRectF track = body();
     const QColor off = over(colours.elevated, colours.isDark ? QColor(255, 255, 255, 56) : QColor(0, 0, 0, 52));
     fillRounded(painter, track, tall / 2.0, mixed(off, colours.accent, m_place));
     if (hoverPart() > 0)
         fillRounded(painter, track, tall / 2.0, mixed(Qt::transparent, colours.hover, hoverPart()));
-    if (showsFocus())
-        paintFocusRing(painter, track, tall / 2.0, colours);
     const qreal knob = tall - 2 * gap;
     const qreal stretch = isDown() ? 3 : 0; // under the finger the knob widens towards where it will go
     const qreal left = track.left() + gap + m_place * (wide - 2 * gap - knob - stretch);

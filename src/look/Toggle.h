@@ -14,6 +14,8 @@ public:
 
 protected:
     void paint(QPainter &painter) override;
+    [[nodiscard]] QRectF body() const override;
+    [[nodiscard]] qreal cornerRadius() const override;
 
 private:
     Motion m_motion;

@@ -13,7 +13,7 @@ enum class ColorScheme { noPreference = 0, dark = 1, light = 2 };
 struct DesktopAppearance {
     ColorScheme colorScheme = ColorScheme::noPreference;
     /// Opaque; empty when the desktop names none, or one that is no colour.
-    std::optional<QColor> accent;
+    std::optional<QColor> accent = std::nullopt;
     bool reducesMotion = false;
 
     bool operator==(const DesktopAppearance &) const = default;

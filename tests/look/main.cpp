@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 
 int main(int argc, char **argv) {
-    QApplication application(argc, argv);
     testing::InitGoogleMock(&argc, argv);
+    if (GTEST_FLAG_GET(list_tests)) // asked while there is no display
+        return RUN_ALL_TESTS();
+    QApplication application(argc, argv);
     return RUN_ALL_TESTS();
 }

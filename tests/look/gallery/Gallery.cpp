@@ -91,7 +91,7 @@ Gallery::Gallery(QWidget *parent) : QWidget(parent) {
     layout->addWidget(filled);
 
     auto *tiles = new QGridLayout;
-    tiles->setSpacing(space::small - 2 * 2);
+    tiles->setSpacing(space::small);
     tiles->addWidget(
         new Tile(QStringLiteral("camera.viewfinder"), QStringLiteral("Screenshot"), QStringLiteral("Capture & edit")),
         0, 0);

@@ -50,10 +50,12 @@ SamplePanel::SamplePanel(int rows, QWidget *parent) : QWidget(parent) {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     auto *search = new SearchField(QStringLiteral("Search clipboard & snippets..."));
-    search->addTrailing(new Button(QStringLiteral("plus.circle.fill"), QStringLiteral("Add item to My Saved")));
+    auto *add = new Button(QStringLiteral("plus.circle.fill"), QStringLiteral("Add item to My Saved"));
+    add->setButtonSize(ButtonSize::large);
+    search->addTrailing(add);
     layout->addWidget(search);
     auto *strip = new QHBoxLayout;
-    strip->setContentsMargins(9, 5, 9, 3);
+    strip->setContentsMargins(12, 8, 12, 4);
     auto *chips = new ChipStrip({QStringLiteral("All"), QStringLiteral("My Saved"), QStringLiteral("Text"),
                                  QStringLiteral("Images"), QStringLiteral("Links"), QStringLiteral("Snippets")});
     strip->addWidget(chips);
