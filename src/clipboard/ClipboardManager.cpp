@@ -1,6 +1,6 @@
 #include "clipboard/ClipboardManager.h"
 
-#include "base/PrintLine.h"
+#include "base/Print.h"
 #include "base/Time.h"
 #include "base/UserDefaults.h"
 #include "clipboard/ClipboardDatabase.h"

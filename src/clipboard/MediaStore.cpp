@@ -1,6 +1,6 @@
 #include "clipboard/MediaStore.h"
 
-#include "base/PrintLine.h"
+#include "base/Print.h"
 #include "base/PrivateFiles.h"
 #include "base/UserDefaults.h"
 #include "base/Uuid.h"

@@ -1,6 +1,6 @@
 #include "clipboard/SavedRecording.h"
 
-#include "base/PrintLine.h"
+#include "base/Print.h"
 #include "base/Uuid.h"
 
 #include <QFile>
