@@ -2,6 +2,7 @@
 
 #include "base/PrivateFiles.h"
 #include "base/Uuid.h"
+#include "clipboard/FastLike.h"
 #include "clipboard/Statement.h"
 
 #include <QByteArrayList>
@@ -130,6 +131,7 @@ ClipboardDatabase::ClipboardDatabase(const QString &path) : m_queue(QStringLiter
         sqlite3_exec(m_db, schema, nullptr, nullptr, nullptr);
         sqlite3_exec(m_db, addSavedColumn, nullptr, nullptr, nullptr);
         sqlite3_exec(m_db, addSavedIndex, nullptr, nullptr, nullptr);
+        installFastLike(m_db);
     });
 }
 

@@ -3,6 +3,8 @@
 #include "base/Time.h"
 #include "base/VirtualKeys.h"
 
+#include <algorithm>
+
 namespace tavrine {
 
 EmojiPickerModel::EmojiPickerModel(Ports ports, QObject *parent)
@@ -89,6 +91,10 @@ void EmojiPickerModel::rebuildSections() {
         m_sections.push_back({longName(m_selectedCategory), search.categoryList(m_selectedCategory)});
     }
     Q_EMIT sectionsChanged();
+}
+
+bool EmojiPickerModel::isEmpty() const {
+    return std::ranges::all_of(m_sections, [](const EmojiSection &section) { return section.items.empty(); });
 }
 
 void EmojiPickerModel::move(EmojiMove move) {

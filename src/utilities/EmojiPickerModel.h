@@ -57,6 +57,7 @@ public:
     [[nodiscard]] const std::optional<QString> &selectedID() const { return m_selectedID; }
     void setSelectedID(const std::optional<QString> &emoji);
     [[nodiscard]] const std::vector<EmojiSection> &sections() const { return m_sections; }
+    [[nodiscard]] bool isEmpty() const; ///< no section holds an item
 
     void move(EmojiMove move);
     void moveCategory(int delta);
