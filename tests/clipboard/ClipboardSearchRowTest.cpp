@@ -66,7 +66,7 @@ TEST(ClipboardSearchRowDate, cutsTheSecondsOff) {
 TEST(ClipboardSearchRowDate, survivesEveryStoredNumber) {
     EXPECT_EQ(date({std::numeric_limits<double>::infinity()}, "en_US"), str("Jan 1, 4001, 12:00 AM"));
     EXPECT_EQ(date({1e300}, "en_US"), str("Jan 1, 4001, 12:00 AM"));
-    EXPECT_EQ(date({-1e300}, "en_US"), str("Jan 1, 1, 12:00 AM"));
+    EXPECT_EQ(date({-1e300}, "en_US"), str("Jan 1, 0001, 12:00 AM"));
     EXPECT_EQ(date({std::numeric_limits<double>::quiet_NaN()}, "en_US"), str("Jan 1, 1970, 12:00 AM"));
 }
 
