@@ -3,6 +3,7 @@
 #include "base/PropertyListCheck.h"
 
 #include <QDateTime>
+#include <QSet>
 #include <QStringDecoder>
 #include <QTimeZone>
 #include <QtEndian>
@@ -236,6 +237,11 @@ std::optional<plist_t> replacementFor(plist_t node) {
             return std::nullopt;
         return isWritable(*text) ? nullptr : nodeFor(*text);
     }
+    if (plist_get_node_type(node) == PLIST_UID) {
+        uint64_t number = 0;
+        plist_get_uid_val(node, &number);
+        return markedNode("CF$UID", plist_new_uint(number)); // as XML has it anyway
+    }
     if (plist_get_node_type(node) == PLIST_DATE) {
         int32_t seconds = 0;
         int32_t microseconds = 0;
@@ -250,8 +256,8 @@ bool makeWritable(plist_t node) {
     if (plist_get_node_type(node) == PLIST_ARRAY) {
         uint32_t index = 0;
         for (plist_t item : itemsOf(node)) {
-            const auto replacement = replacementFor(item);
-            if (!replacement || !makeWritable(item))
+            const auto replacement = makeWritable(item) ? replacementFor(item) : std::nullopt;
+            if (!replacement)
                 return false;
             if (*replacement)
                 plist_array_set_item(node, *replacement, index);
@@ -260,10 +266,16 @@ bool makeWritable(plist_t node) {
     } else if (plist_get_node_type(node) == PLIST_DICT) {
         std::vector<std::pair<QByteArray, plist_t>> entries;
         forEachEntry(node, [&](const QByteArray &key, plist_t child) { entries.emplace_back(key, child); });
+        QSet<QByteArray> seen;
         for (const auto &[key, child] : entries) {
+            if (seen.contains(key))
+                return false; // only the binary form gets this far with one key twice
+            seen.insert(key);
             const auto text = stringFromUtf8(key.constData(), static_cast<quint64>(key.size()));
+            if (!text || !isWritable(*text) || !makeWritable(child))
+                return false;
             const auto replacement = replacementFor(child);
-            if (!text || !isWritable(*text) || !replacement || !makeWritable(child))
+            if (!replacement)
                 return false;
             if (*replacement)
                 plist_dict_set_item(node, key.constData(), *replacement);

@@ -121,7 +121,8 @@ private:
         quint64 body = *offset + 1;
         if (kind == 0x3)
             return isDate(body, count) ? std::optional(Object{}) : std::nullopt;
-        if (kind != 0xa && kind != 0xd)
+        const bool isString = kind == 0x5 || kind == 0x6;
+        if (!isString && kind != 0xa && kind != 0xd)
             return Object{}; // a leaf: the library checks its length against the file
         if (count == 0xf) {
             const auto lengthMarker = number(body, 1);
@@ -134,9 +135,23 @@ private:
             count = *length;
             body += 1 + width;
         }
-        if (body > m_table || count > (m_table - body) / m_referenceWidth / (kind == 0xd ? 2 : 1))
+        if (isString)
+            return isPlainString(body, count, kind == 0x6 ? 2 : 1) ? std::optional(Object{}) : std::nullopt;
+        const quint64 references = kind == 0xd ? 2 : 1; // for each entry
+        if (body > m_table || count > (m_table - body) / m_referenceWidth / references)
             return std::nullopt;
-        return Object{body, kind == 0xd ? count * 2 : count};
+        return Object{body, count * references};
+    }
+
+    /// True when the string lies in the file and has no null in it, at which the library ends the process.
+    bool isPlainString(quint64 at, quint64 count, quint64 unit) const {
+        if (at > m_table || count > (m_table - at) / unit)
+            return false;
+        for (quint64 i = 0; i < count; ++i) {
+            if (*number(at + i * unit, unit) == 0)
+                return false;
+        }
+        return true;
     }
 
     bool isDate(quint64 at, quint64 sizeExponent) const {

@@ -2,15 +2,14 @@
 
 #include "base/PrivateFiles.h"
 #include "base/Uuid.h"
+#include "clipboard/ClipboardDatabaseSql.h"
 #include "clipboard/FastLike.h"
 #include "clipboard/Statement.h"
 
-#include <QByteArrayList>
 #include <QFile>
 #include <QFileInfo>
 
-#include <charconv>
-#include <cmath>
+#include <algorithm>
 #include <limits>
 
 #include <fcntl.h>
@@ -21,47 +20,11 @@
 namespace tavrine {
 namespace {
 
-// The layout of these texts is part of the file: SQLite keeps the schema's statements word for word.
-constexpr auto schema = "CREATE TABLE IF NOT EXISTS items (\n"
-                        "    id              TEXT    PRIMARY KEY NOT NULL,\n"
-                        "    content         TEXT    NOT NULL DEFAULT '',\n"
-                        "    date            REAL    NOT NULL,\n"
-                        "    is_pinned       INTEGER NOT NULL DEFAULT 0,\n"
-                        "    is_saved        INTEGER NOT NULL DEFAULT 0,\n"
-                        "    image_file_name TEXT\n"
-                        ");\n"
-                        "CREATE INDEX IF NOT EXISTS idx_date   ON items(date DESC);\n"
-                        "CREATE INDEX IF NOT EXISTS idx_pinned ON items(is_pinned);\n"
-                        "CREATE INDEX IF NOT EXISTS idx_saved  ON items(is_saved);\n"
-                        "CREATE INDEX IF NOT EXISTS idx_images ON items(image_file_name);\n"
-                        "CREATE INDEX IF NOT EXISTS idx_content ON items(content);";
-constexpr auto addSavedColumn = "ALTER TABLE items ADD COLUMN is_saved INTEGER NOT NULL DEFAULT 0;";
-constexpr auto addSavedIndex = "CREATE INDEX IF NOT EXISTS idx_saved ON items(is_saved);";
-
-// NOLINTNEXTLINE(bugprone-macro-parentheses): pieces of text that the compiler joins
-#define ITEMS "SELECT id,content,date,is_pinned,is_saved,image_file_name FROM items"
-
-constexpr auto insertOrReplace = "INSERT OR REPLACE INTO items (id, content, date, is_pinned, is_saved, "
-                                 "image_file_name)\nVALUES (?,?,?,?,?,?);";
-constexpr auto deleteById = "DELETE FROM items WHERE id=?;";
-constexpr auto countProtected = "SELECT COUNT(*) FROM items WHERE is_pinned=1 OR is_saved=1;";
-constexpr auto protectedAndUnprotected =
-    ITEMS "\nWHERE is_pinned=1 OR is_saved=1\nUNION ALL\n" ITEMS "\nWHERE is_pinned=0 AND is_saved=0";
-constexpr auto bySavedPinnedAndDate = " ORDER BY is_saved DESC, is_pinned DESC, date DESC LIMIT ?;";
-constexpr auto contentLike = ITEMS "\nWHERE content LIKE ? ESCAPE '\\'\n"
-                                   "ORDER BY is_saved DESC, is_pinned DESC, date DESC LIMIT ?;";
-constexpr auto sameContentAndFile = ITEMS " WHERE content=? AND image_file_name=? LIMIT 1;";
-constexpr auto sameContentWithoutFile = ITEMS " WHERE content=? AND image_file_name IS NULL LIMIT 1;";
-constexpr auto unprotectedFiles =
-    "SELECT image_file_name FROM items WHERE is_pinned=0 AND is_saved=0 AND image_file_name IS NOT NULL;";
-constexpr auto deleteUnprotected = "DELETE FROM items WHERE is_pinned=0 AND is_saved=0;";
-constexpr auto countAll = "SELECT COUNT(*) FROM items;";
-constexpr auto countPinned = "SELECT COUNT(*) FROM items WHERE is_pinned=1;";
-constexpr auto countMedia = "SELECT COUNT(*) FROM items WHERE image_file_name IS NOT NULL;";
-
 constexpr int busyTimeoutMs = 1000;
 // Keeps a DELETE under the 999 parameters that an SQLite may be limited to.
 constexpr qsizetype idsPerDelete = 500;
+constexpr Seconds shortestLookAhead{60};
+constexpr Seconds longestLookAhead{3600};
 
 /// Makes the file, if there is none, before SQLite would with a mode that others can read. SQLite takes an empty file
 /// for a new database and gives its journal the file's mode. A file or a link that stands is not touched: opening and
@@ -74,21 +37,25 @@ void makePrivateFile(const QByteArray &path) {
 
 /// The row that `statement` stands on. A row whose id is no UUID gets a fresh one, so that no update or delete of the
 /// item reaches it.
-ClipboardItem item(const Statement &statement) {
-    ClipboardItem item;
-    item.id = uuidFromString(statement.requiredText(0)).value_or(QUuid::createUuid());
-    item.imageFileName = statement.text(5);
-    item.content = contentOrImage(statement.requiredText(1), item.imageFileName);
-    item.date = Date{statement.real(2)};
-    item.isPinned = statement.flag(3);
-    item.isSaved = statement.flag(4);
-    return item;
+RecentRows::Row row(const Statement &statement) {
+    const QString id = statement.requiredText(0);
+    const std::optional<QUuid> uuid = uuidFromString(id);
+    RecentRows::Row row;
+    row.item.id = uuid.value_or(QUuid::createUuid());
+    row.item.imageFileName = statement.text(5);
+    row.item.content = contentOrImage(statement.requiredText(1), row.item.imageFileName);
+    row.item.date = Date{statement.real(2)};
+    row.item.isPinned = statement.flag(3);
+    row.item.isSaved = statement.flag(4);
+    row.isOrdinary =
+        uuid && uuidString(*uuid) == id && statement.isReal(2) && statement.isPlainFlag(3) && statement.isPlainFlag(4);
+    return row;
 }
 
 std::vector<ClipboardItem> items(Statement &statement) {
     std::vector<ClipboardItem> result;
     while (statement.step() == Statement::Step::row)
-        result.push_back(item(statement));
+        result.push_back(row(statement).item);
     return result;
 }
 
@@ -98,23 +65,29 @@ int count(sqlite3 *db, const char *sql) {
     return statement.step() == Statement::Step::row ? statement.integer(0) : 0;
 }
 
-/// The shortest decimal text that reads back as the same double.
-QByteArray shortestDecimal(double value) {
-    // Dates need no exponent; beyond what a double counts by ones, the digits before the point would be padding.
-    const double size = std::abs(value);
-    const bool isFixed = size == 0 || (size >= 1e-5 && size < 1e16);
-    char text[64];
-    const auto format = isFixed ? std::chars_format::fixed : std::chars_format::scientific;
-    const auto end = std::to_chars(std::begin(text), std::end(text), value, format).ptr;
-    return {text, end - text};
+/// What reading the row gives after `item` was saved: bound text ends at its first NUL.
+ClipboardItem asItReadsBack(ClipboardItem item) {
+    const auto stored = [](const QString &text) {
+        const bool isStoredWhole = text.isValidUtf16() && !text.contains(QChar::Null);
+        return isStoredWhole ? text : QString::fromUtf8(text.toUtf8().constData());
+    };
+    if (item.imageFileName)
+        item.imageFileName = stored(*item.imageFileName);
+    item.content = contentOrImage(stored(item.content), item.imageFileName);
+    return item;
 }
 
-/// The LIKE pattern for "contains `query`", with what LIKE would take for a wildcard escaped.
-QString containsPattern(QString query) {
-    query.replace(QLatin1String("\\"), QLatin1String("\\\\"));
-    query.replace(QLatin1String("%"), QLatin1String("\\%"));
-    query.replace(QLatin1String("_"), QLatin1String("\\_"));
-    return QLatin1Char('%') + query + QLatin1Char('%');
+/// True when the first `count` of `rows`, or the next one after them, have an order that was SQLite's to choose.
+bool hasEqualDates(const std::vector<RecentRows::Row> &rows, std::size_t count) {
+    const auto end = rows.begin() + static_cast<std::ptrdiff_t>(std::min(rows.size(), count + 1));
+    return std::adjacent_find(rows.begin(), end, [](const RecentRows::Row &a, const RecentRows::Row &b) {
+               return a.item.date == b.item.date;
+           }) != end;
+}
+
+qint64 saturatedSum(qint64 a, qint64 b) {
+    qint64 sum = 0;
+    return qAddOverflow(a, b, &sum) ? std::numeric_limits<qint64>::max() : sum; // `b` is never negative
 }
 
 } // namespace
@@ -126,11 +99,11 @@ ClipboardDatabase::ClipboardDatabase(const QString &path) : m_queue(QStringLiter
         makePrivateFile(QFile::encodeName(path));
         sqlite3_open(path.toUtf8().constData(), &m_db);
         sqlite3_busy_timeout(m_db, busyTimeoutMs);
-        // The schema stops at `idx_saved` on a file from before the column; the next two statements give it both, and
-        // its remaining indexes appear at the next start. On every other file the second statement fails.
-        sqlite3_exec(m_db, schema, nullptr, nullptr, nullptr);
-        sqlite3_exec(m_db, addSavedColumn, nullptr, nullptr, nullptr);
-        sqlite3_exec(m_db, addSavedIndex, nullptr, nullptr, nullptr);
+        // The schema stops at `idx_saved` on a file from before the column; the next two statements give it both,
+        // and its remaining indexes appear at the next start. On every other file the second statement fails.
+        sqlite3_exec(m_db, sql::schema, nullptr, nullptr, nullptr);
+        sqlite3_exec(m_db, sql::addSavedColumn, nullptr, nullptr, nullptr);
+        sqlite3_exec(m_db, sql::addSavedIndex, nullptr, nullptr, nullptr);
         installFastLike(m_db);
     });
 }
@@ -141,7 +114,7 @@ ClipboardDatabase::~ClipboardDatabase() {
 
 void ClipboardDatabase::save(const ClipboardItem &item) {
     m_queue.sync([&] {
-        Statement statement(m_db, insertOrReplace);
+        Statement statement(m_db, sql::insertOrReplace);
         if (!statement.isPrepared())
             return;
         statement.bindText(1, uuidString(item.id).toLatin1());
@@ -153,53 +126,100 @@ void ClipboardDatabase::save(const ClipboardItem &item) {
             statement.bindText(6, item.imageFileName->toUtf8());
         else
             statement.bindNull(6);
-        statement.step();
+        if (noteWrite(statement.step() == Statement::Step::done, 1))
+            m_recent.saved(asItReadsBack(item));
     });
 }
 
 void ClipboardDatabase::remove(const QUuid &id) {
     m_queue.sync([&] {
-        Statement statement(m_db, deleteById);
+        Statement statement(m_db, sql::deleteById);
         statement.bindText(1, uuidString(id).toLatin1());
-        statement.step();
+        if (noteDeletion(statement.step() == Statement::Step::done))
+            m_recent.removed(id);
     });
 }
 
 std::vector<ClipboardItem> ClipboardDatabase::loadAll(std::optional<Date> since, qint64 limit) {
     return m_queue.sync([&] {
-        QByteArray sql = ITEMS;
-        if (since)
-            sql += " WHERE date > " + shortestDecimal(since->secondsSince1970);
-        sql += " ORDER BY is_pinned DESC, date DESC LIMIT " + QByteArray::number(limit) + ";";
-        Statement statement(m_db, sql);
+        Statement statement(m_db, sql::selectAll(since, limit));
         return items(statement);
+    });
+}
+
+void ClipboardDatabase::warmUp() {
+    m_queue.async([this] {
+        if (!isRecentCurrent())
+            (void)loadByStatement({}, 0);
     });
 }
 
 std::vector<ClipboardItem> ClipboardDatabase::loadProtectedAndRecent(std::optional<Date> since, qint64 limit) {
     return m_queue.sync([&] {
-        // The limit bounds the unprotected rows alone, so the protected ones are counted on top of it.
-        const int protectedCount = count(m_db, countProtected);
-        Statement statement(m_db, QByteArray(protectedAndUnprotected) + (since ? " AND date > ?" : "") +
-                                      bySavedPinnedAndDate);
+        if (isRecentCurrent()) {
+            // A limit that would end the process in the statement does so here.
+            (void)Statement::checkedInt(saturatedSum(limit, static_cast<qint64>(m_recent.protectedCount())));
+            if (auto answer = m_recent.answer(since, limit))
+                return *std::move(answer);
+        }
+        return loadByStatement(since, limit);
+    });
+}
+
+std::vector<ClipboardItem> ClipboardDatabase::loadByStatement(std::optional<Date> since, qint64 limit) {
+    // The limit bounds the unprotected rows alone, so the protected ones are counted on top of it.
+    const qint64 protectedCount = count(m_db, sql::countProtected);
+    const qint64 wanted = saturatedSum(limit, protectedCount);
+    std::vector<RecentRows::Row> rows;
+    std::optional<ChangeStamp> stamp;
+    const auto run = [&](qint64 rowLimit) {
+        rows.clear();
+        Statement statement(m_db, QByteArray(sql::protectedAndUnprotected) + (since ? " AND date > ?" : "") +
+                                      sql::bySavedPinnedAndDate);
         if (!statement.isPrepared())
-            return std::vector<ClipboardItem>();
+            return false;
         if (since)
             statement.bindDouble(1, since->secondsSince1970);
-        qint64 sum = 0;
-        if (qAddOverflow(limit, qint64{protectedCount}, &sum))
-            sum = std::numeric_limits<qint64>::max();
-        statement.bindInt(since ? 2 : 1, sum);
-        return items(statement);
-    });
+        (void)Statement::checkedInt(wanted);
+        statement.bindInt(since ? 2 : 1, rowLimit);
+        Statement::Step step = statement.step();
+        // While the statement stands on a row it holds its lock, and nobody can write between the rows and the stamp.
+        stamp = step == Statement::Step::row ? ChangeStamp::read(m_db) : std::nullopt;
+        for (; step == Statement::Step::row; step = statement.step())
+            rows.push_back(row(statement));
+        return step == Statement::Step::done;
+    };
+
+    m_recent.forget();
+    if (limit < 0) {
+        run(wanted);
+    } else {
+        // The statement costs the same however many rows it gives: it is run for as many as can be kept.
+        const qint64 enough = saturatedSum(qint64{RecentRows::maximumRows}, protectedCount);
+        const qint64 rowLimit = std::min<qint64>(std::max(wanted, enough), std::numeric_limits<int>::max());
+        if (run(rowLimit) && stamp) {
+            m_recent.fill(rows, since, static_cast<qint64>(rows.size()) == rowLimit, limit);
+            m_stamp = stamp;
+        }
+        // Equal dates need not fall in the same order under another limit.
+        if (rowLimit != wanted && hasEqualDates(rows, static_cast<std::size_t>(wanted)))
+            run(wanted);
+        if (static_cast<qint64>(rows.size()) > wanted)
+            rows.resize(static_cast<std::size_t>(wanted));
+    }
+    std::vector<ClipboardItem> items;
+    items.reserve(rows.size());
+    for (RecentRows::Row &row : rows)
+        items.push_back(std::move(row.item));
+    return items;
 }
 
 std::vector<ClipboardItem> ClipboardDatabase::search(const QString &query, qint64 limit) {
     return m_queue.sync([&] {
-        Statement statement(m_db, contentLike);
+        Statement statement(m_db, sql::contentLike);
         if (!statement.isPrepared())
             return std::vector<ClipboardItem>();
-        statement.bindText(1, containsPattern(query).toUtf8());
+        statement.bindText(1, sql::containsPattern(query).toUtf8());
         statement.bindInt(2, limit);
         return items(statement);
     });
@@ -208,48 +228,25 @@ std::vector<ClipboardItem> ClipboardDatabase::search(const QString &query, qint6
 std::optional<ClipboardItem> ClipboardDatabase::findDuplicate(const std::optional<QString> &imageFileName,
                                                               const QString &content) {
     return m_queue.sync([&]() -> std::optional<ClipboardItem> {
-        Statement statement(m_db, imageFileName ? sameContentAndFile : sameContentWithoutFile);
+        Statement statement(m_db, imageFileName ? sql::sameContentAndFile : sql::sameContentWithoutFile);
         statement.bindText(1, content.toUtf8());
         if (imageFileName)
             statement.bindText(2, imageFileName->toUtf8());
         if (statement.step() != Statement::Step::row)
             return std::nullopt;
-        return item(statement);
+        return row(statement).item;
     });
 }
 
 ClipboardDatabase::Pruned ClipboardDatabase::prune(bool imagesOnly, std::optional<Date> before,
                                                    std::optional<qint64> keepNewest) {
     return m_queue.sync([&]() -> Pruned {
-        QByteArray conditions = "is_pinned=0 AND is_saved=0";
-        if (imagesOnly)
-            conditions += " AND image_file_name IS NOT NULL";
-        if (before)
-            conditions += " AND date < ?";
-        QByteArray sql = "SELECT id,image_file_name FROM items WHERE " + conditions + " ORDER BY date ASC";
-        if (keepNewest)
-            sql += " LIMIT MAX(0, (\n    SELECT COUNT(*) FROM items WHERE " + conditions + "\n ) - ?)";
-
+        if (imagesOnly && isNothingToPrune(before, keepNewest))
+            return {};
         Pruned pruned;
         QByteArrayList ids;
-        {
-            Statement selection(m_db, sql);
-            if (!selection.isPrepared())
-                return {};
-            int index = 0;
-            if (before)
-                selection.bindDouble(++index, before->secondsSince1970);
-            if (before && keepNewest)
-                selection.bindDouble(++index, before->secondsSince1970);
-            if (keepNewest)
-                selection.bindInt(++index, *keepNewest);
-            while (selection.step() == Statement::Step::row) {
-                ids.append(selection.requiredUtf8(0));
-                if (auto fileName = selection.text(1))
-                    pruned.imageFileNames.append(*std::move(fileName));
-            }
-        }
-
+        const bool isWhole = selectForPruning(imagesOnly, before, keepNewest, ids, pruned.imageFileNames);
+        bool isEveryChunkDone = isWhole;
         for (qsizetype first = 0; first < ids.size(); first += idsPerDelete) {
             const QByteArrayList chunk = ids.mid(first, idsPerDelete);
             const QByteArrayList marks(chunk.size(), "?");
@@ -259,22 +256,73 @@ ClipboardDatabase::Pruned ClipboardDatabase::prune(bool imagesOnly, std::optiona
                 return {};
             for (qsizetype i = 0; i < chunk.size(); ++i)
                 deletion.bindText(static_cast<int>(i + 1), chunk.at(i));
-            deletion.step();
+            const bool isDone = deletion.step() == Statement::Step::done;
+            isEveryChunkDone = isEveryChunkDone && isDone;
+            if (noteDeletion(isDone))
+                forgetRows(chunk);
         }
+        if (imagesOnly && before && !keepNewest && isEveryChunkDone && isRecentCurrent())
+            m_recent.foundNoMediaBefore(*before);
         pruned.deletedCount = static_cast<int>(ids.size());
         return pruned;
     });
+}
+
+bool ClipboardDatabase::selectForPruning(bool imagesOnly, std::optional<Date> before, std::optional<qint64> keepNewest,
+                                         QByteArrayList &ids, QStringList &imageFileNames) {
+    Statement selection(m_db, sql::pruneSelection(imagesOnly, before.has_value(), keepNewest.has_value()));
+    if (!selection.isPrepared())
+        return false;
+    int index = 0;
+    if (before)
+        selection.bindDouble(++index, before->secondsSince1970);
+    if (before && keepNewest)
+        selection.bindDouble(++index, before->secondsSince1970);
+    if (keepNewest)
+        selection.bindInt(++index, *keepNewest);
+    Statement::Step step = selection.step();
+    for (; step == Statement::Step::row; step = selection.step()) {
+        ids.append(selection.requiredUtf8(0));
+        if (auto fileName = selection.text(1))
+            imageFileNames.append(*std::move(fileName));
+    }
+    return step == Statement::Step::done;
+}
+
+bool ClipboardDatabase::isNothingToPrune(std::optional<Date> before, std::optional<qint64> keepNewest) {
+    if (!m_recent.isWarm())
+        return false;
+    if (keepNewest)
+        (void)Statement::checkedInt(*keepNewest);
+    // The number first: a file that is still unchanged afterwards had that number all along.
+    const int mediaCount = count(m_db, sql::countMedia);
+    if (!isRecentCurrent())
+        return false;
+    if (m_recent.isNothingToPrune(mediaCount, before, keepNewest))
+        return true;
+    if (!before || keepNewest)
+        return false;
+    // The cut-off moves on with every copy. One look ahead, which reads and deletes nothing, spares the next ones.
+    const Date later = *before + m_lookAhead;
+    QByteArrayList ids;
+    QStringList files;
+    const bool isNothing = selectForPruning(true, later, {}, ids, files) && ids.isEmpty() && isRecentCurrent();
+    m_lookAhead = std::clamp(isNothing ? m_lookAhead * 2 : m_lookAhead / 2, shortestLookAhead, longestLookAhead);
+    if (isNothing)
+        m_recent.foundNoMediaBefore(later);
+    return isNothing;
 }
 
 QStringList ClipboardDatabase::clearUnprotected() {
     return m_queue.sync([&] {
         QStringList fileNames;
         {
-            Statement selection(m_db, unprotectedFiles);
+            Statement selection(m_db, sql::unprotectedFiles);
             while (selection.step() == Statement::Step::row)
                 fileNames.append(selection.text(0).value_or(QString()));
         }
-        sqlite3_exec(m_db, deleteUnprotected, nullptr, nullptr, nullptr);
+        if (noteDeletion(sqlite3_exec(m_db, sql::deleteUnprotected, nullptr, nullptr, nullptr) == SQLITE_OK))
+            m_recent.clearedUnprotected();
         return fileNames;
     });
 }
@@ -282,11 +330,42 @@ QStringList ClipboardDatabase::clearUnprotected() {
 ClipboardDatabase::Counts ClipboardDatabase::counts() {
     return m_queue.sync([&] {
         Counts counts;
-        counts.total = count(m_db, countAll);
-        counts.pinned = count(m_db, countPinned);
-        counts.images = count(m_db, countMedia);
+        counts.total = count(m_db, sql::countAll);
+        counts.pinned = count(m_db, sql::countPinned);
+        counts.images = count(m_db, sql::countMedia);
         return counts;
     });
+}
+
+bool ClipboardDatabase::isRecentCurrent() {
+    if (m_recent.isWarm() && ChangeStamp::read(m_db) != m_stamp)
+        m_recent.forget();
+    return m_recent.isWarm();
+}
+
+bool ClipboardDatabase::noteWrite(bool isDone, quint32 writes) {
+    if (!m_recent.isWarm())
+        return false;
+    const std::optional<ChangeStamp> now = ChangeStamp::read(m_db);
+    if (isDone && now && m_stamp && now->follows(*m_stamp, writes))
+        m_stamp = now;
+    else
+        m_recent.forget();
+    return m_recent.isWarm();
+}
+
+bool ClipboardDatabase::noteDeletion(bool isDone) {
+    // A deletion that met no row leaves the file as it was.
+    return noteWrite(isDone, sqlite3_changes(m_db) > 0 ? 1 : 0);
+}
+
+void ClipboardDatabase::forgetRows(const QByteArrayList &ids) {
+    for (const QByteArray &text : ids) {
+        // Another spelling of a UUID is another row.
+        const auto id = uuidFromString(QString::fromUtf8(text));
+        if (id && uuidString(*id).toLatin1() == text)
+            m_recent.removed(*id);
+    }
 }
 
 } // namespace tavrine

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "base/SerialQueue.h"
+#include "clipboard/ChangeStamp.h"
 #include "clipboard/ClipboardItem.h"
+#include "clipboard/RecentRows.h"
 
+#include <QByteArrayList>
 #include <QString>
 #include <QStringList>
 
@@ -23,6 +26,9 @@ namespace tavrine {
 ///  2. Each write is on disk when the operation returns. There are no transactions over several statements.
 ///  3. Failures are quiet: a file that cannot be opened, read or written gives empty results and loses the write.
 ///  4. A protected row disappears only by `remove` of that very row.
+///  5. What memory answers in place of a statement (see `RecentRows`) is what the statement would have answered: only
+///     while the file's change stamp says that no write but ours came in between. This takes the table to be the one
+///     made here: a program that gave it triggers or further unique columns would be believed wrongly.
 class ClipboardDatabase {
 public:
     struct Pruned {
@@ -43,6 +49,10 @@ public:
     ClipboardDatabase(const ClipboardDatabase &) = delete;
     ClipboardDatabase &operator=(const ClipboardDatabase &) = delete;
 
+    /// Reads on the queue, while the caller goes on, what `loadProtectedAndRecent` will be asked for. The next
+    /// operation waits for it.
+    void warmUp();
+
     void save(const ClipboardItem &item);
     void remove(const QUuid &id);
     [[nodiscard]] std::vector<ClipboardItem> loadAll(std::optional<Date> since, qint64 limit);
@@ -55,8 +65,25 @@ public:
     [[nodiscard]] Counts counts();
 
 private:
+    // All of these run on the queue.
+    std::vector<ClipboardItem> loadByStatement(std::optional<Date> since, qint64 limit);
+    /// Appends what the selection gives; false when it did not run to its end.
+    bool selectForPruning(bool imagesOnly, std::optional<Date> before, std::optional<qint64> keepNewest,
+                          QByteArrayList &ids, QStringList &imageFileNames);
+    /// True when memory proves that no row with a file would be pruned.
+    bool isNothingToPrune(std::optional<Date> before, std::optional<qint64> keepNewest);
+    /// True when `m_recent` is warm and still describes the file; it forgets otherwise.
+    bool isRecentCurrent();
+    /// After a statement that wrote: the same, when the file's stamp shows that transaction of ours and no other.
+    bool noteWrite(bool isDone, quint32 writes);
+    bool noteDeletion(bool isDone);
+    void forgetRows(const QByteArrayList &ids);
+
     sqlite3 *m_db = nullptr;
-    SerialQueue m_queue;
+    RecentRows m_recent;
+    std::optional<ChangeStamp> m_stamp; ///< of the file that `m_recent` describes
+    Seconds m_lookAhead{3600};          ///< how far beyond its cut-off a pruning looks for rows with a file
+    SerialQueue m_queue;                ///< last: its work uses the rest
 };
 
 } // namespace tavrine

@@ -42,8 +42,8 @@ ClipboardExperienceSettings::ClipboardExperienceSettings(UserDefaults &defaults,
 
 void ClipboardExperienceSettings::setSelectedExperience(ClipboardExperience experience) {
     m_selectedExperience = experience;
+    Q_EMIT selectedExperiencePublished(experience);
     m_defaults.set(QLatin1String(experienceKey), rawValue(experience));
-    Q_EMIT selectedExperienceChanged();
 }
 
 } // namespace tavrine

@@ -34,7 +34,7 @@ public:
     void setSelectedExperience(ClipboardExperience experience);
 
 Q_SIGNALS:
-    void selectedExperienceChanged();
+    void selectedExperiencePublished(tavrine::ClipboardExperience experience);
 
 private:
     UserDefaults &m_defaults;

@@ -15,8 +15,8 @@ namespace tavrine {
 /// counts.
 [[nodiscard]] bool forEachJsonObject(const QByteArray &json, const std::function<bool(const QJsonObject &)> &take);
 
-/// The value under `key` when it has that type. Half a surrogate pair in a text reads as U+FFFD, for no file and no
-/// column could hold it.
+/// The value under `key` when it has that type. Half a surrogate pair in a text reads as "?", as it would be
+/// stored: no file name and no column can hold it.
 [[nodiscard]] std::optional<QString> jsonText(const QJsonObject &object, const QString &key);
 [[nodiscard]] std::optional<QUuid> jsonUuid(const QJsonObject &object, const QString &key);
 

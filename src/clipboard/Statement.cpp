@@ -27,9 +27,13 @@ void Statement::bindNull(int index) {
 }
 
 void Statement::bindInt(int index, qint64 value) {
+    sqlite3_bind_int(m_statement, index, checkedInt(value));
+}
+
+int Statement::checkedInt(qint64 value) {
     if (value < std::numeric_limits<int>::min() || value > std::numeric_limits<int>::max())
         qFatal("a number does not fit in a 32-bit parameter: %lld", static_cast<long long>(value));
-    sqlite3_bind_int(m_statement, index, static_cast<int>(value));
+    return static_cast<int>(value);
 }
 
 Statement::Step Statement::step() {

@@ -29,8 +29,9 @@ public:
     void bindText(int index, const QByteArray &utf8);
     void bindDouble(int index, double value);
     void bindNull(int index);
-    /// Ends the process when `value` does not fit in 32 bits: what asked for it is broken.
     void bindInt(int index, qint64 value);
+    /// `value` as a 32-bit parameter. Ends the process when it does not fit: what asked for it is broken.
+    static int checkedInt(qint64 value);
 
     Step step();
 

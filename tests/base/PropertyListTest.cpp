@@ -91,6 +91,29 @@ TEST(PropertyList, aKeyThatXmlCannotCarryMakesTheListUnreadable) {
     EXPECT_FALSE(PropertyList::read(binary(objects)));
 }
 
+TEST(PropertyList, aNullInABinaryStringMakesTheListUnreadable) {
+    auto objects = dictionaryOf(bytes({0x09}));
+    objects[1] = bytes({0x52, 'k', 0});
+    EXPECT_FALSE(PropertyList::read(binary(objects)));
+    objects[1] = bytes({0x61, 0, 0});
+    EXPECT_FALSE(PropertyList::read(binary(objects)));
+    EXPECT_FALSE(PropertyList::read(binary(dictionaryOf(bytes({0x52, 'a', 0})))));
+    EXPECT_TRUE(PropertyList::read(binary(dictionaryOf(bytes({0x61, 1, 0})))));
+}
+
+TEST(PropertyList, aKeyThatIsThereTwiceMakesTheBinaryListUnreadable) {
+    EXPECT_FALSE(PropertyList::read(binary({bytes({0xd2, 1, 1, 2, 2}), bytes({0x51, 'k'}), bytes({0x09})})));
+}
+
+TEST(PropertyList, aBinaryUidBecomesWhatXmlHasForIt) {
+    const auto list = PropertyList::read(binary(dictionaryOf(bytes({0x80, 7}))));
+    ASSERT_TRUE(list);
+    const auto again = PropertyList::read(*list->xml());
+    ASSERT_TRUE(again);
+    EXPECT_TRUE(list->isSame(k, *again));
+    EXPECT_THAT(list->xml()->toStdString(), HasSubstr("<key>CF$UID</key>"));
+}
+
 TEST(PropertyList, aBinaryDateBeyondAnyCalendarIsRefused) {
     EXPECT_TRUE(PropertyList::read(binary(dictionaryOf(realBytes(0x33, 9.9e10)))));
     EXPECT_FALSE(PropertyList::read(binary(dictionaryOf(realBytes(0x33, 1e11)))));

@@ -61,7 +61,7 @@ TEST_F(ClipboardExperienceSettingsTest, everyTextButClassicIsTheSearchPanel) {
 TEST_F(ClipboardExperienceSettingsTest, everyChangeIsWrittenAndPublished) {
     ClipboardExperienceSettings settings(defaults);
     int changes = 0;
-    QObject::connect(&settings, &ClipboardExperienceSettings::selectedExperienceChanged, [&] { ++changes; });
+    QObject::connect(&settings, &ClipboardExperienceSettings::selectedExperiencePublished, [&] { ++changes; });
     settings.setSelectedExperience(ClipboardExperience::classic);
     EXPECT_EQ(settings.selectedExperience(), ClipboardExperience::classic);
     EXPECT_EQ(defaults.get<QString>(experienceKey), str("classic"));

@@ -163,7 +163,9 @@ INSTANTIATE_TEST_SUITE_P(ClipboardPoll, SensitiveApplication,
                                          "co.dashlane.dashlane", "com.lastpass.LastPass"));
 
 TEST_F(ClipboardPoll, theSensitiveApplicationsStandInTheirOrder) {
-    const QStringList all(ClipboardManager::sensitiveBundleIDs.begin(), ClipboardManager::sensitiveBundleIDs.end());
+    QStringList all;
+    for (const char *entry : ClipboardManager::sensitiveBundleIDs)
+        all.append(str(entry));
     EXPECT_EQ(all,
               (QStringList{str("com.agilebits.onepassword"), str("com.agilebits.onepassword7"),
                            str("com.bitwarden.desktop"), str("com.apple.keychainaccess"),

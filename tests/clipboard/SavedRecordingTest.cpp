@@ -78,7 +78,7 @@ TEST_F(SavedRecording, isMovedRecordedCopiedShownAndTold) {
     EXPECT_EQ(manager->history().front().imageFileName, str("Demo.mp4"));
     EXPECT_TRUE(manager->thumbnailCache().object(str("Demo.mp4")));
     EXPECT_EQ(pasteboard.writtenFileUrls(), QList{QUrl::fromLocalFile(target)});
-    EXPECT_EQ(workspace.shownFiles(), QList{QList{QUrl::fromLocalFile(target)}});
+    EXPECT_EQ(workspace.shownFiles(), QList<QList<QUrl>>({{QUrl::fromLocalFile(target)}}));
 }
 
 TEST_F(SavedRecording, theCaptionHoldsTheNameAsItWasPassed) {
@@ -118,6 +118,7 @@ TEST_F(SavedRecording, withoutAnExtensionItBecomesMp4) {
 TEST_F(SavedRecording, aSecondOneOfTheSameNameGetsSixCharactersMore) {
     saveRecording(str("Demo"));
     write(source, "the second");
+    time.advance(1s);
     saveRecording(str("Demo"));
     ASSERT_EQ(recordings().size(), 2);
     EXPECT_EQ(content(quickShotsFolder + str("/Demo.mp4")), "the movie");

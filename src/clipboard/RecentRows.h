@@ -1,0 +1,84 @@
+#pragma once
+
+#include "clipboard/ClipboardItem.h"
+
+#include <cstddef>
+#include <deque>
+#include <optional>
+#include <vector>
+
+namespace tavrine {
+
+/// The rows that the history in memory is made of, kept beside the file: all protected ones and the newest others.
+///
+/// Why: the statement that loads them sorts every unprotected row (SQLite's planner takes the index on `is_saved` for
+/// it): 85 ms at 100,000 rows, after each copy. Owned by `ClipboardDatabase`, which tells it of every change that
+/// reached the file, and used on the database's queue only. It knows nothing of SQL or of the file.
+///
+/// It is cold, and then knows nothing, or warm, and then:
+///
+///  1. It holds every protected row of the table, and of the others exactly those with a date after the floor; without
+///     a floor, all of them.
+///  2. An item in it is what reading its row gives: content up to the first NUL, "Image" for an empty caption.
+///  3. No two unprotected rows in it have the same date, nor any two protected rows of the same flags: the order of
+///     equal dates is SQLite's to choose. An unprotected pair raises the floor to its date, a protected pair makes it
+///     cold.
+///  4. Every row in it reads the same each time, and is reached by its item's id: the id is a UUID in the form that is
+///     written here, both flags are 0 or 1, the date is a number. Rows that other programs wrote otherwise are left
+///     below the floor, or keep it cold when they are protected.
+///  5. No unprotected row with a file is older than the media floor, if there is one.
+///  6. An answer that it gives is the one that the statement would give. What it cannot prove it declines.
+///  7. Unprotected rows that nobody asked for are dropped, the oldest first, beyond `maximumRows` rows or beyond
+///     `maximumTextLength` characters.
+class RecentRows {
+public:
+    static constexpr std::size_t maximumRows = 400;
+    /// Beyond it only the rows that were asked for last stay, which share their text with the history in memory.
+    static constexpr qsizetype maximumTextLength = 1'000'000;
+
+    struct Row {
+        ClipboardItem item;
+        bool isOrdinary = true; ///< as rule 4 wants it
+    };
+
+    void forget() { *this = RecentRows(); }
+    [[nodiscard]] bool isWarm() const { return m_isWarm; }
+
+    /// Takes over what the statement gave, in its order: every protected row, then unprotected ones, newest first.
+    /// `isCut`: there may be further rows, older than the last. `since`: rows up to this date were not asked for.
+    /// `limit`: how many unprotected rows the caller wanted.
+    void fill(const std::vector<Row> &rows, std::optional<Date> since, bool isCut, qint64 limit);
+
+    /// Every protected row, then at most `limit` of the unprotected rows after `since`.
+    [[nodiscard]] std::optional<std::vector<ClipboardItem>> answer(std::optional<Date> since, qint64 limit);
+    [[nodiscard]] std::size_t protectedCount() const { return m_protected.size(); }
+
+    /// True when it is certain that no unprotected row with a file is older than `before`, or that there are no more
+    /// than `keepNewest` of them (either may be absent), where `mediaCount` rows of the table have a file.
+    [[nodiscard]] bool isNothingToPrune(qint64 mediaCount, std::optional<Date> before,
+                                        std::optional<qint64> keepNewest) const;
+
+    // What has happened to the table.
+    void saved(const ClipboardItem &asItReadsBack);
+    void removed(const QUuid &id);
+    void clearedUnprotected();
+    /// It was found that no unprotected row with a file is older than `date`.
+    void foundNoMediaBefore(Date date);
+
+private:
+    [[nodiscard]] bool isAboveFloor(Date date) const { return !m_floor || date > *m_floor; }
+    void raiseFloor(Date date);
+    void insertProtected(const ClipboardItem &item);
+    void insertUnprotected(const ClipboardItem &item);
+    void trim();
+
+    bool m_isWarm = false;
+    std::vector<ClipboardItem> m_protected;  ///< in the statement's order
+    std::deque<ClipboardItem> m_unprotected; ///< newest first
+    std::optional<Date> m_floor;
+    std::optional<Date> m_mediaFloor;
+    qsizetype m_textLength = 0; ///< of the unprotected rows
+    std::size_t m_askedFor = 0; ///< unprotected rows of the last answer
+};
+
+} // namespace tavrine

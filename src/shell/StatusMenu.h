@@ -1,0 +1,83 @@
+#pragma once
+
+#include <QObject>
+#include <QPoint>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QMenu;
+
+namespace tavrine {
+
+class ClipboardExperienceSettings;
+class FeatureFlags;
+class UserDefaults;
+
+enum class StatusMenuItem { separator, clipboard, emojiPicker, checkForUpdates, quit };
+
+/// A key that triggers an entry while the menu is open, and that its label tells. No key when `character` is null.
+struct KeyEquivalent {
+    QChar character;
+    bool hasShift = false; ///< Command is always part of it
+    bool operator==(const KeyEquivalent &) const = default;
+};
+
+/// One entry of the menu. Invisible entries belong to tools that cannot be reached from here yet.
+struct StatusMenuEntry {
+    StatusMenuItem item = StatusMenuItem::separator;
+    QString title;
+    KeyEquivalent keyEquivalent;
+    bool isEnabled = true;
+    bool isVisible = true;
+    std::function<void()> action;
+};
+
+/// The text of a key equivalent: "⌘Q", "⌘⇧V", empty for none.
+[[nodiscard]] QString label(KeyEquivalent keyEquivalent);
+
+/// The menu of the tray item. Lives on the main thread; AppDelegate owns it. The entries are data, built once and
+/// refreshed in place; the menu on the screen is made of them at the first press.
+class StatusMenu : public QObject {
+    Q_OBJECT
+
+public:
+    struct Actions {
+        std::function<void()> onHotKeyPressed;
+        std::function<void()> onEmojiPickerHotKeyPressed;
+        std::function<void()> checkForUpdates;
+        std::function<void()> quitApp;
+    };
+
+    StatusMenu(const UserDefaults &defaults, const FeatureFlags &flags,
+               const ClipboardExperienceSettings &experienceSettings, Actions actions, QObject *parent = nullptr);
+    ~StatusMenu() override;
+
+    [[nodiscard]] const std::vector<StatusMenuEntry> &entries() const { return m_entries; }
+    [[nodiscard]] StatusMenuEntry &entry(StatusMenuItem item);
+
+    /// Title, enabled state and key equivalent by the preferences.
+    void refreshClipboardMenuItem();
+    void refreshEmojiMenuItem();
+
+    void popUp(QPoint place);
+    void cancelTracking();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void build();
+    void show();
+    [[nodiscard]] KeyEquivalent commandShiftKey(const char *modeKey, const char *characterKey, QChar fallback) const;
+
+    const UserDefaults &m_defaults;
+    const FeatureFlags &m_flags;
+    const ClipboardExperienceSettings &m_experienceSettings;
+    std::vector<StatusMenuEntry> m_entries;
+    std::unique_ptr<QMenu> m_menu;
+};
+
+} // namespace tavrine

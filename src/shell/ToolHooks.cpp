@@ -1,0 +1,7 @@
+#include "shell/ToolHooks.h"
+
+namespace tavrine {
+
+ToolHooks::~ToolHooks() = default;
+
+} // namespace tavrine

@@ -1,0 +1,22 @@
+// The old history is JSON that another version, or anyone, wrote into the preferences.
+
+#include "clipboard/OldHistory.h"
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    const QByteArray json(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    const auto items = tavrine::decodeOldHistory(json);
+    if (!items)
+        return 0;
+    for (const tavrine::ClipboardItem &item : *items) {
+        const bool isSound = std::isfinite(item.date.secondsSince1970) && item.content.isValidUtf16() &&
+                             !(item.content.isEmpty() && item.imageFileName);
+        if (!isSound)
+            std::abort();
+    }
+    return 0;
+}
