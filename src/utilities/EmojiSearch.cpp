@@ -41,15 +41,9 @@ struct Ranked {
 EmojiSearch::EmojiSearch(const std::vector<EmojiItem> &table)
     : m_table(table), m_categoryLists(emojiCategories.size()) {
     m_rows.reserve(table.size());
+    m_firstByEmoji.reserve(static_cast<qsizetype>(table.size()));
     for (const EmojiItem &item : table) {
-        Row row;
-        row.name = item.name.toLower();
-        for (const QString &keyword : item.keywords)
-            row.keywords.append(keyword.toLower());
-        row.searchText = (QStringList{item.name, item.category} + item.keywords).join(QLatin1Char(' ')).toLower();
-        row.boostWord = boostWord(item.emoji);
-        m_rows.push_back(std::move(row));
-
+        addRow(item);
         m_categoryLists[static_cast<size_t>(EmojiCategory::all)].push_back(&item);
         if (const auto category = emojiCategoryFromLongName(item.category))
             m_categoryLists[static_cast<size_t>(*category)].push_back(&item);
@@ -57,6 +51,32 @@ EmojiSearch::EmojiSearch(const std::vector<EmojiItem> &table)
             m_firstByEmoji.insert(item.emoji, &item);
     }
     rankNames();
+}
+
+// This is done for some thousand rows at the first opening of the picker, so each row has one text of its own and its
+// keywords are parts of that.
+void EmojiSearch::addRow(const EmojiItem &item) {
+    Row row;
+    const QString name = item.name.toLower();
+    const QString category = item.category.toLower();
+    qsizetype length = name.size() + 1 + category.size();
+    for (const QString &keyword : item.keywords)
+        length += 1 + keyword.size();
+    row.searchText.reserve(length);
+    row.searchText += name;
+    row.searchText += u' ';
+    row.searchText += category;
+    row.nameLength = name.size();
+    row.firstKeyword = m_keywords.size();
+    row.keywordCount = static_cast<size_t>(item.keywords.size());
+    for (const QString &keyword : item.keywords) {
+        const QString lower = keyword.toLower();
+        row.searchText += u' ';
+        m_keywords.push_back({row.searchText.size(), lower.size()});
+        row.searchText += lower;
+    }
+    row.boostWord = boostWord(item.emoji);
+    m_rows.push_back(std::move(row));
 }
 
 void EmojiSearch::rankNames() {
@@ -99,24 +119,26 @@ std::vector<EmojiSearch::Token> EmojiSearch::tokens(const QString &query) {
     return tokens;
 }
 
-int EmojiSearch::tokenPoints(const Row &row, const QString &token) {
+int EmojiSearch::tokenPoints(const Row &row, const QString &token) const {
     // The search text holds the name and the keywords, so nothing else can match where it does not.
     if (!row.searchText.contains(token))
         return 0;
-    if (row.name.startsWith(token))
-        return row.name.size() == token.size() ? nameEquals : nameBegins;
+    const QStringView all = row.searchText;
+    if (all.first(row.nameLength).startsWith(token))
+        return row.nameLength == token.size() ? nameEquals : nameBegins;
     int points = textContains;
-    for (const QString &keyword : row.keywords) {
-        if (!keyword.startsWith(token))
+    for (size_t i = row.firstKeyword; i < row.firstKeyword + row.keywordCount; ++i) {
+        const Slice &keyword = m_keywords[i];
+        if (!all.sliced(keyword.begin, keyword.length).startsWith(token))
             continue;
-        if (keyword.size() == token.size())
+        if (keyword.length == token.size())
             return keywordEquals;
         points = keywordBegins;
     }
     return points;
 }
 
-qint64 EmojiSearch::rowScore(const Row &row, const std::vector<Token> &tokens) {
+qint64 EmojiSearch::rowScore(const Row &row, const std::vector<Token> &tokens) const {
     qint64 score = 0;
     for (const Token &token : tokens) {
         const int points = tokenPoints(row, token.text);

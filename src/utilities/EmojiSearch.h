@@ -46,22 +46,31 @@ private:
         QString text;
         int count = 0; ///< how often it was typed
     };
+    /// A part of a row's search text.
+    struct Slice {
+        qsizetype begin = 0;
+        qsizetype length = 0;
+    };
+    /// All lower-case. The search text begins with the name; the keywords stand in it as well.
     struct Row {
-        QString name;
-        QStringList keywords;
         QString searchText;
+        qsizetype nameLength = 0;
+        size_t firstKeyword = 0; ///< in `m_keywords`
+        size_t keywordCount = 0;
         QString boostWord;
         int nameRank = 0; ///< equal for equal names
         bool isRecent = false;
     };
 
+    void addRow(const EmojiItem &item);
     [[nodiscard]] static std::vector<Token> tokens(const QString &query);
-    [[nodiscard]] static int tokenPoints(const Row &row, const QString &token);
-    [[nodiscard]] static qint64 rowScore(const Row &row, const std::vector<Token> &tokens);
+    [[nodiscard]] int tokenPoints(const Row &row, const QString &token) const;
+    [[nodiscard]] qint64 rowScore(const Row &row, const std::vector<Token> &tokens) const;
     void rankNames();
 
     const std::vector<EmojiItem> &m_table;
     std::vector<Row> m_rows;
+    std::vector<Slice> m_keywords; ///< of all rows, one behind the other
     std::vector<std::vector<const EmojiItem *>> m_categoryLists;
     QHash<QString, const EmojiItem *> m_firstByEmoji;
 };

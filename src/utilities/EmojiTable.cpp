@@ -5,8 +5,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <algorithm>
-
 namespace tavrine {
 namespace {
 
@@ -15,9 +13,32 @@ constexpr QLatin1String nameKey("name");
 constexpr QLatin1String categoryKey("category");
 constexpr QLatin1String keywordsKey("keywords");
 
-bool holdsOnlyTexts(const QJsonObject &object) {
-    return std::all_of(object.begin(), object.end(), [](const QJsonValue &value) { return value.isString(); });
-}
+/// One object of the table; false when a value in it is no text.
+struct Fields {
+    QString emoji, name, category, keywords;
+    bool hasEmoji = false, hasName = false, hasCategory = false;
+
+    bool read(const QJsonObject &object) {
+        for (auto field = object.begin(); field != object.end(); ++field) {
+            if (!field->isString())
+                return false;
+            const QString key = field.key();
+            if (key == emojiKey) {
+                emoji = field->toString();
+                hasEmoji = true;
+            } else if (key == nameKey) {
+                name = field->toString();
+                hasName = true;
+            } else if (key == categoryKey) {
+                category = field->toString();
+                hasCategory = true;
+            } else if (key == keywordsKey) {
+                keywords = field->toString();
+            }
+        }
+        return true;
+    }
+};
 
 } // namespace
 
@@ -29,14 +50,15 @@ std::vector<EmojiItem> emojiTableFromJson(const QByteArray &json) {
     std::vector<EmojiItem> items;
     items.reserve(static_cast<size_t>(rows.size()));
     for (const QJsonValue &value : rows) {
-        const QJsonObject object = value.toObject();
-        if (!value.isObject() || !holdsOnlyTexts(object))
+        Fields fields;
+        if (!value.isObject() || !fields.read(value.toObject()))
             return {};
-        if (!object.contains(emojiKey) || !object.contains(nameKey) || !object.contains(categoryKey))
+        if (!fields.hasEmoji || !fields.hasName || !fields.hasCategory)
             continue;
-        items.push_back({object.value(emojiKey).toString(), object.value(nameKey).toString(),
-                         object.value(keywordsKey).toString().split(QLatin1Char(','), Qt::SkipEmptyParts),
-                         object.value(categoryKey).toString()});
+        // Rows of one category share its text.
+        if (!items.empty() && items.back().category == fields.category)
+            fields.category = items.back().category;
+        items.push_back({fields.emoji, fields.name, fields.keywords.split(u',', Qt::SkipEmptyParts), fields.category});
     }
     return items;
 }
