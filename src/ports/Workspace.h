@@ -22,6 +22,14 @@ struct RunningApplication {
     bool operator==(const RunningApplication &) const = default;
 };
 
+/// True when both are the same running program, whatever windows they were found by: the same process, or, where a
+/// process is unknown, the same identifier.
+[[nodiscard]] inline bool isSameApplication(const RunningApplication &a, const RunningApplication &b) {
+    if (a.processIdentifier != 0 && b.processIdentifier != 0)
+        return a.processIdentifier == b.processIdentifier;
+    return a.bundleIdentifier == b.bundleIdentifier;
+}
+
 /// The desktop and the other programs on it. Lives on the main thread, as long as the process.
 ///
 ///  1. `frontmostApplication` costs no round trip to another program: it is kept up to date by notices.

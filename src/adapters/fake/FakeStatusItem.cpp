@@ -1,0 +1,32 @@
+#include "adapters/fake/FakeStatusItem.h"
+
+namespace tavrine {
+
+void FakeStatusItem::setVisible(bool visible) {
+    const bool wasShown = isShown();
+    m_isVisible = visible;
+    tellIfShown(wasShown);
+}
+
+void FakeStatusItem::setImage(const StatusImage &image) {
+    m_image = image;
+    ++m_imageCount;
+}
+
+void FakeStatusItem::setTrayRunning(bool isRunning) {
+    const bool wasShown = isShown();
+    m_isTrayRunning = isRunning;
+    tellIfShown(wasShown);
+}
+
+void FakeStatusItem::press(QPoint place) {
+    if (isShown() && m_onPress)
+        m_onPress(place);
+}
+
+void FakeStatusItem::tellIfShown(bool wasShown) {
+    if (isShown() && !wasShown && m_onShown)
+        m_onShown();
+}
+
+} // namespace tavrine

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "ports/StatusItem.h"
+
+namespace tavrine {
+
+/// An item in a tray that a test starts, ends and clicks. The tray runs from the beginning.
+class FakeStatusItem final : public StatusItem {
+public:
+    void setVisible(bool visible) override;
+    [[nodiscard]] bool isVisible() const override { return m_isVisible; }
+    void setImage(const StatusImage &image) override;
+    void setToolTip(const QString &toolTip) override { m_toolTip = toolTip; }
+    void setOnPress(std::function<void(QPoint)> onPress) override { m_onPress = std::move(onPress); }
+    void setOnShown(std::function<void()> onShown) override { m_onShown = std::move(onShown); }
+
+    /// Starts or ends the desktop's tray.
+    void setTrayRunning(bool isRunning);
+
+    /// The person clicks at `place`. Nothing happens while the item is in no tray.
+    void press(QPoint place);
+
+    [[nodiscard]] bool isShown() const { return m_isVisible && m_isTrayRunning; }
+    [[nodiscard]] const QString &toolTip() const { return m_toolTip; }
+    [[nodiscard]] const StatusImage &image() const { return m_image; }
+    [[nodiscard]] QImage render(double scale) const { return m_image.draw ? m_image.draw(scale) : QImage(); }
+    [[nodiscard]] int imageCount() const { return m_imageCount; } ///< how often an image was set
+
+private:
+    void tellIfShown(bool wasShown);
+
+    std::function<void(QPoint)> m_onPress;
+    std::function<void()> m_onShown;
+    StatusImage m_image;
+    QString m_toolTip;
+    int m_imageCount = 0;
+    bool m_isVisible = false;
+    bool m_isTrayRunning = true;
+};
+
+} // namespace tavrine

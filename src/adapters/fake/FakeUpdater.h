@@ -1,0 +1,28 @@
+#pragma once
+
+#include "ports/Updater.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace tavrine {
+
+/// An updater without a feed. What it tells the person is kept for a test to read.
+class FakeUpdater final : public Updater {
+public:
+    void start() override { ++m_starts; }
+    void checkForUpdates() override { m_messages.append(m_result); }
+
+    /// What the next looks will find.
+    void setResult(const QString &message) { m_result = message; }
+
+    [[nodiscard]] int starts() const { return m_starts; }
+    [[nodiscard]] const QStringList &messages() const { return m_messages; }
+
+private:
+    QString m_result = QStringLiteral("No update feed is configured.");
+    QStringList m_messages;
+    int m_starts = 0;
+};
+
+} // namespace tavrine

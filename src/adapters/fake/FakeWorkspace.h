@@ -1,0 +1,34 @@
+#pragma once
+
+#include "base/NotificationCenter.h"
+#include "ports/Workspace.h"
+
+namespace tavrine {
+
+/// A desktop on which a test decides what is in front.
+class FakeWorkspace final : public Workspace {
+public:
+    [[nodiscard]] NotificationCenter &notificationCenter() override { return m_center; }
+    [[nodiscard]] std::optional<RunningApplication> frontmostApplication() const override;
+    void activateFileViewerSelecting(const QList<QUrl> &urls) override;
+
+    /// Brings another program's window to the front, or none, and tells of the program that is left by it.
+    void setFrontmost(std::optional<RunningApplication> application);
+
+    /// The same, for a program that is known by nothing but its identifier and its process.
+    void setFrontmost(const QString &bundleIdentifier, qint64 processIdentifier = 4711);
+
+    /// What was shown in the file manager, call by call.
+    [[nodiscard]] const QList<QList<QUrl>> &shownFiles() const { return m_shownFiles; }
+
+    /// How often the frontmost application was asked for.
+    [[nodiscard]] int frontmostReads() const { return m_frontmostReads; }
+
+private:
+    NotificationCenter m_center;
+    std::optional<RunningApplication> m_frontmost;
+    QList<QList<QUrl>> m_shownFiles;
+    mutable int m_frontmostReads = 0;
+};
+
+} // namespace tavrine
