@@ -21,14 +21,20 @@ class Time;
 /// Lives on the main thread, as long as the process. The file is an XML property list, so a Bool is not a String is
 /// not an Int, and every reader says which type it means and what it falls back to.
 ///
-///  1. A value is visible to every reader as soon as `set` returns, and is written to disk in the same turn of the
-///     main queue; many changes in one turn are written once.
+///  1. A value is visible to every reader as soon as `set` returns. It is written to disk before the main queue comes
+///     to rest again; many changes in one turn are written once. What cannot be written stays in memory and is tried
+///     again with the next change.
 ///  2. The file is replaced whole and durably: after a crash it holds either the old values or the new ones.
-///  3. Keys that the program does not know, and values of types that it does not use, are kept as they are.
-///  4. A change from outside the program is noticed and read. Where both sides changed one key, ours stands.
+///  3. Keys that the program does not know, and values of types that it does not use, are kept as they are. How values
+///     are kept that the file format has no room for, like the fraction of a Date, stands in `PropertyList.h`.
+///  4. A change from outside the program is noticed and read. Where both sides changed one key, ours stands. A file
+///     that has gone is no change: the values stay, and the next write brings them all back.
 ///  5. A file that cannot be read as a property list is set aside under a name that says so, a line on standard
-///     output tells it, and the program starts on its defaults. Nothing is overwritten.
-///  6. Every change of a value, from inside or outside, posts `didChangeNotification` on the default centre.
+///     output tells it, and the program starts on its defaults. Nothing is overwritten. A file that becomes
+///     unreadable while the program runs may be in the middle of being written: the values stay in memory, and it is
+///     set aside when we next write if it is unreadable still.
+///  6. Every change of a value posts `didChangeNotification` on the centre: at once for one from inside, once for all
+///     that came together from outside. Setting a value to what it is already is no change.
 class UserDefaults : public QObject {
     Q_OBJECT
 
@@ -74,8 +80,7 @@ class UserDefaults : public QObject {
     void set(const QString &key, const char *value) = delete; // would silently be a Bool
     void remove(const QString &key);
 
-    /// Writes now what is still unwritten. False when the file could not be written; the values stay in memory and
-    /// are tried again with the next change.
+    /// Takes in what changed outside, and writes now what is still unwritten. False when the file could not be written.
     bool synchronize();
 
   private:

@@ -24,7 +24,7 @@ namespace tavrine {
 ///  3. Failures are quiet: a file that cannot be opened, read or written gives empty results and loses the write.
 ///  4. A protected row disappears only by `remove` of that very row.
 class ClipboardDatabase {
-  public:
+public:
     struct Pruned {
         QStringList imageFileNames; ///< files that lost their row
         int deletedCount = 0;
@@ -54,7 +54,7 @@ class ClipboardDatabase {
     [[nodiscard]] QStringList clearUnprotected();
     [[nodiscard]] Counts counts();
 
-  private:
+private:
     sqlite3 *m_db = nullptr;
     SerialQueue m_queue;
 };

@@ -17,6 +17,14 @@ class JpegSource {
     /// The picture as JPEG data. `compressionFactor` runs from 0.0 (smallest) to 1.0 (best). None when it cannot be
     /// encoded.
     [[nodiscard]] virtual std::optional<QByteArray> encode(double compressionFactor) = 0;
+
+    /// True when a part of the picture already proves that `encode` would give more than `size` bytes for this factor,
+    /// which costs far less than to encode it whole. False proves nothing.
+    [[nodiscard]] virtual bool isCertainlyLargerThan(qsizetype size, double compressionFactor) {
+        static_cast<void>(size);
+        static_cast<void>(compressionFactor);
+        return false;
+    }
 };
 
 /// Reading and writing of image files. May be called on any thread.

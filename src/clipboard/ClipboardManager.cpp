@@ -1,0 +1,201 @@
+#include "clipboard/ClipboardManager.h"
+
+#include "base/Print.h"
+#include "base/Time.h"
+#include "base/UserDefaults.h"
+#include "clipboard/ClipboardDatabase.h"
+#include "clipboard/SavedRecording.h"
+#include "ports/LoginItem.h"
+#include "ports/Pasteboard.h"
+#include "ports/Workspace.h"
+
+#include <QFileInfo>
+#include <QTextBoundaryFinder>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace tavrine {
+namespace {
+
+constexpr QLatin1String featureKey("featureClipboardHistory");
+constexpr QLatin1String hotkeyCharacterKey("HotkeyCharacter");
+constexpr QLatin1String retentionPeriodKey("RetentionPeriod");
+constexpr QLatin1String autoClearOnRestartKey("AutoClearOnRestart");
+constexpr QLatin1String stripRichTextKey("StripRichTextFormatting");
+constexpr QLatin1String excludedAppsKey("ExcludedAppsV2");
+
+/// True when a reader sees one character, however many code points it is made of.
+bool isOneCharacter(const QString &text) {
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    return finder.toNextBoundary() == text.size();
+}
+
+} // namespace
+
+ClipboardManager::ClipboardManager(Ports ports, QObject *parent)
+    : QObject(parent), m_ports(std::move(ports)),
+      m_media(m_ports.folders, m_ports.defaults, m_ports.imageCoder, m_ports.movieAsset),
+      m_isPaused(!m_ports.defaults.get<bool>(featureKey, true)) {
+    // The order counts: old items are in the database before a clear can apply to them.
+    loadSettings();
+    migrateHistory();
+    applyClearOnRestart();
+    runCleanup();
+    reloadHistory();
+    setLaunchAtLogin(m_ports.loginItem.isEnabled());
+    startMonitoring();
+}
+
+ClipboardManager::~ClipboardManager() = default;
+
+void ClipboardManager::loadSettings() {
+    const UserDefaults &defaults = m_ports.defaults;
+    m_hotkeyCharacter = defaults.get<QString>(hotkeyCharacterKey, m_hotkeyCharacter);
+    if (const auto stored = defaults.get<QString>(retentionPeriodKey))
+        m_retentionPeriod = retentionPeriodFromRawValue(*stored).value_or(m_retentionPeriod);
+    m_autoClearOnRestart = defaults.get<bool>(autoClearOnRestartKey, false);
+    m_stripRichText = defaults.get<bool>(stripRichTextKey, false);
+    if (const auto stored = defaults.get<QByteArray>(excludedAppsKey))
+        m_excludedApps = decodeExcludedApps(*stored).value_or(m_excludedApps);
+}
+
+void ClipboardManager::saveSettings() {
+    UserDefaults &defaults = m_ports.defaults;
+    defaults.set(retentionPeriodKey, rawValue(m_retentionPeriod));
+    defaults.set(autoClearOnRestartKey, m_autoClearOnRestart);
+    defaults.set(stripRichTextKey, m_stripRichText);
+    defaults.set(excludedAppsKey, encodeExcludedApps(m_excludedApps));
+}
+
+void ClipboardManager::setRetentionPeriod(RetentionPeriod period) {
+    m_retentionPeriod = period;
+    Q_EMIT retentionPeriodChanged();
+}
+
+void ClipboardManager::setLaunchAtLogin(bool isEnabled) {
+    m_launchAtLogin = isEnabled;
+    Q_EMIT launchAtLoginChanged();
+}
+
+void ClipboardManager::setExcludedApps(std::vector<ExcludedApp> apps) {
+    m_excludedApps = std::move(apps);
+    Q_EMIT excludedAppsChanged();
+}
+
+void ClipboardManager::setAutoClearOnRestart(bool isOn) {
+    m_autoClearOnRestart = isOn;
+    Q_EMIT autoClearOnRestartChanged();
+}
+
+void ClipboardManager::setStripRichText(bool isOn) {
+    m_stripRichText = isOn;
+    Q_EMIT stripRichTextChanged();
+}
+
+void ClipboardManager::setHotkeyCharacter(const QString &character) {
+    if (!isOneCharacter(character))
+        return;
+    m_hotkeyCharacter = character.toLower();
+    m_ports.defaults.set(hotkeyCharacterKey, m_hotkeyCharacter);
+    Q_EMIT hotkeyCharacterChanged();
+}
+
+void ClipboardManager::addExcludedApp(const ExcludedApp &app) {
+    if (std::ranges::find(m_excludedApps, app.bundleID, &ExcludedApp::bundleID) != m_excludedApps.end())
+        return;
+    std::vector<ExcludedApp> apps = m_excludedApps;
+    apps.push_back(app);
+    setExcludedApps(std::move(apps));
+    saveSettings();
+}
+
+void ClipboardManager::setHistory(std::vector<ClipboardItem> items) {
+    m_history = std::move(items);
+    Q_EMIT historyChanged();
+}
+
+std::vector<ClipboardItem> ClipboardManager::protectedItems() {
+    return m_ports.database.loadProtectedAndRecent(Date::distantFuture(), 0);
+}
+
+void ClipboardManager::reloadHistory() {
+    setHistory(m_isPaused ? protectedItems() : m_ports.database.loadProtectedAndRecent(std::nullopt, inMemoryItems));
+}
+
+void ClipboardManager::addItem(const QString &content, const std::optional<QString> &imageFileName) {
+    if (const auto duplicate = m_ports.database.findDuplicate(imageFileName, content)) {
+        if (duplicate->isProtected())
+            return;
+        removeImageFile(duplicate->imageFileName);
+        m_ports.database.remove(duplicate->id);
+    }
+    if (imageFileName) {
+        if (const auto thumbnail = makeThumbnail(*imageFileName))
+            cacheThumbnail(*thumbnail, *imageFileName);
+    }
+    ClipboardItem item;
+    item.id = QUuid::createUuid();
+    item.content = contentOrImage(content, imageFileName);
+    item.date = m_ports.time.now();
+    item.imageFileName = imageFileName;
+    m_ports.database.save(item);
+    runCleanup();
+    reloadHistory();
+}
+
+void ClipboardManager::addToMySaved(const QString &text) {
+    const QString trimmed = text.trimmed();
+    if (trimmed.isEmpty())
+        return;
+    ClipboardItem item;
+    if (auto existing = m_ports.database.findDuplicate(std::nullopt, trimmed)) {
+        item = std::move(*existing);
+    } else {
+        item.id = QUuid::createUuid();
+        item.content = trimmed;
+        item.date = m_ports.time.now();
+    }
+    item.isSaved = true;
+    m_ports.database.save(item);
+    reloadHistory();
+}
+
+void ClipboardManager::copyToPasteboard(const ClipboardItem &item) {
+    Pasteboard &pasteboard = m_ports.pasteboard;
+    pasteboard.clearContents();
+    if (!item.imageFileName) {
+        pasteboard.setString(item.content);
+    } else if (isRecordingFileName(*item.imageFileName)) {
+        if (const auto path = m_media.filePath(*item.imageFileName))
+            pasteboard.writeFileUrls({QUrl::fromLocalFile(*path)});
+    } else if (const auto image = loadImage(*item.imageFileName)) {
+        pasteboard.writeImage(*image);
+    }
+}
+
+std::vector<ClipboardItem> ClipboardManager::searchItems(const QString &query) {
+    return query.isEmpty() ? m_history : m_ports.database.search(query, searchLimit);
+}
+
+void ClipboardManager::saveRecording(const QString &source, const std::optional<QString> &name) {
+    const std::optional<QString> folder = quickShotsDirectory();
+    const std::optional<QString> target = folder ? moveRecording(source, *folder, name) : std::nullopt;
+    if (!target)
+        return;
+    const QString fileName = QFileInfo(*target).fileName();
+    const QString caption = recordingCaption(name);
+    // The row of an older recording whose file the person has removed may have both in common with this one. It goes
+    // here, alone: as a duplicate it would take the new file with it.
+    if (const auto stale = m_ports.database.findDuplicate(fileName, caption); stale && !stale->isProtected())
+        m_ports.database.remove(stale->id);
+    addItem(caption, fileName);
+
+    const QList<QUrl> urls{QUrl::fromLocalFile(*target)};
+    m_ports.pasteboard.clearContents();
+    m_ports.pasteboard.writeFileUrls(urls);
+    m_ports.workspace.activateFileViewerSelecting(urls);
+    printLine(QStringLiteral("Successfully saved screen recording to QuickShots: ") + *target);
+}
+
+} // namespace tavrine

@@ -1,0 +1,167 @@
+#pragma once
+
+#include "base/Date.h"
+#include "clipboard/ClipboardItem.h"
+#include "clipboard/ExcludedApp.h"
+#include "clipboard/MediaStore.h"
+#include "clipboard/RetentionPeriod.h"
+#include "ports/Folders.h"
+
+#include <QObject>
+#include <QStringList>
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace tavrine {
+
+class ClipboardDatabase;
+class LoginItem;
+class Pasteboard;
+class Time;
+class Timer;
+class Workspace;
+
+/// The owner of the clipboard history at run time: polls the pasteboard, filters what it sees, stores text and images,
+/// keeps a bounded list in memory for the panels, and puts items back on the pasteboard.
+///
+/// Lives on the main thread, as long as the process; AppDelegate holds the one instance. Nothing here shows an error
+/// to the person.
+///
+///  1. `history` holds all protected rows and at most `inMemoryItems` others; while paused, the protected ones alone.
+///     `historyChanged` follows every time it is set, also to an equal list.
+///  2. What is copied while monitoring is off is never recorded.
+///  3. Text never expires and has no count limit. Only media rows go by age or count, and never a protected one.
+///  4. What `copyToPasteboard` writes is recorded again like any other copy: this is how a pasted item rises.
+class ClipboardManager : public QObject {
+    Q_OBJECT
+
+public:
+    struct Ports {
+        Time &time;
+        UserDefaults &defaults;
+        Pasteboard &pasteboard;
+        Workspace &workspace;
+        ImageCoder &imageCoder;
+        MovieAsset &movieAsset;
+        LoginItem &loginItem;
+        Folders folders;
+        ClipboardDatabase &database;
+    };
+
+    static constexpr Seconds pollInterval{0.5};
+    static constexpr Seconds cleanupInterval{14400.0};         ///< between two cleanups while the pasteboard is idle
+    static constexpr Seconds imageRetentionInterval{604800.0}; ///< 7 days, the age from which unprotected media go
+    static constexpr qint64 maxImages = 50;                    ///< unprotected media rows that may remain
+    static constexpr qint64 inMemoryItems = 200;               ///< bound of `history` in unprotected items
+    static constexpr qint64 searchLimit = 500;
+    static constexpr auto defaultMySaveText = "You can save your custom things here...";
+
+    /// Never recorded, whatever the person excludes besides. Compared as prefixes, like the person's own list.
+    static constexpr std::array sensitiveBundleIDs{
+        "com.agilebits.onepassword", "com.agilebits.onepassword7", "com.bitwarden.desktop", "com.apple.keychainaccess",
+        "org.keepassxc.keepassxc",   "co.dashlane.dashlane",       "com.lastpass.LastPass"};
+
+    /// Loads the settings, migrates, seeds, clears after a reboot when that is wished, cleans, loads and starts to
+    /// poll.
+    explicit ClipboardManager(Ports ports, QObject *parent = nullptr);
+    ~ClipboardManager() override;
+
+    // Published state.
+    [[nodiscard]] const std::vector<ClipboardItem> &history() const { return m_history; }
+    [[nodiscard]] QString hotkeyCharacter() const { return m_hotkeyCharacter; }
+    [[nodiscard]] RetentionPeriod retentionPeriod() const { return m_retentionPeriod; }
+    [[nodiscard]] bool launchAtLogin() const { return m_launchAtLogin; }
+    [[nodiscard]] const std::vector<ExcludedApp> &excludedApps() const { return m_excludedApps; }
+    [[nodiscard]] bool autoClearOnRestart() const { return m_autoClearOnRestart; }
+    [[nodiscard]] bool stripRichText() const { return m_stripRichText; }
+
+    // The setters change and publish the value; the settings page calls saveSettings after them.
+    void setRetentionPeriod(RetentionPeriod period);
+    void setLaunchAtLogin(bool isEnabled);
+    void setExcludedApps(std::vector<ExcludedApp> apps);
+    void setAutoClearOnRestart(bool isOn);
+    void setStripRichText(bool isOn);
+    void saveSettings();
+
+    /// Ignored unless `character` is exactly one character. Stores its lower-case form at once.
+    void setHotkeyCharacter(const QString &character);
+    /// Ignored when an entry with the same identifier stands already. Saves the settings.
+    void addExcludedApp(const ExcludedApp &app);
+
+    // Monitoring. To resume: setPaused(false), reloadHistory, startMonitoring.
+    [[nodiscard]] bool isPaused() const { return m_isPaused; }
+    void setPaused(bool isPaused) { m_isPaused = isPaused; }
+    [[nodiscard]] bool isMonitoring() const { return m_timer != nullptr; }
+    void startMonitoring(); ///< nothing while paused
+    void pauseMonitoring();
+    void reloadHistory();
+
+    // Items.
+    void addItem(const QString &content, const std::optional<QString> &imageFileName = std::nullopt);
+    void addToMySaved(const QString &text);
+    void copyToPasteboard(const ClipboardItem &item);
+    /// An empty query gives `history`; any other searches the whole database, at most 500 rows.
+    [[nodiscard]] std::vector<ClipboardItem> searchItems(const QString &query);
+
+    // Media: by bare file name, as in MediaStore.
+    [[nodiscard]] MediaStore &media() { return m_media; }
+    [[nodiscard]] std::optional<QImage> makeThumbnail(const QString &name) { return m_media.makeThumbnail(name); }
+    void cacheThumbnail(const QImage &image, const QString &name) { m_media.cacheThumbnail(image, name); }
+    [[nodiscard]] ThumbnailCache &thumbnailCache() { return m_media.thumbnailCache(); }
+    [[nodiscard]] std::optional<QImage> loadImage(const QString &name) { return m_media.loadImage(name); }
+    [[nodiscard]] std::optional<QString> saveImage(const QImage &image) { return m_media.saveImage(image); }
+    void removeImageFile(const std::optional<QString> &name) { m_media.removeImageFile(name); }
+    void removeImageFiles(const QStringList &names) { m_media.removeImageFiles(names); }
+    [[nodiscard]] std::optional<QString> imagesDirectory() const { return m_media.imagesDirectory(); }
+    [[nodiscard]] std::optional<QString> quickShotsDirectory() const { return m_media.quickShotsDirectory(); }
+    /// Moves the movie at the path `source` to the recordings, records it, copies it and shows it.
+    void saveRecording(const QString &source, const std::optional<QString> &name);
+
+    // Retention and export.
+    bool runCleanup(); ///< true when it removed anything; the caller then reloads
+    void clearHistory();
+    [[nodiscard]] ClipboardDatabase &database() { return m_ports.database; } ///< panels save and remove rows in it
+    /// Writes the whole history as plain text and answers the file's path, whether or not it could be written. None
+    /// when there is no temporary folder.
+    std::optional<QString> exportHistory();
+
+Q_SIGNALS:
+    void historyChanged();
+    void hotkeyCharacterChanged();
+    void retentionPeriodChanged();
+    void launchAtLoginChanged();
+    void excludedAppsChanged();
+    void autoClearOnRestartChanged();
+    void stripRichTextChanged();
+
+private:
+    void loadSettings();
+    void migrateHistory();
+    void seedMySaved();
+    void applyClearOnRestart();
+    void setHistory(std::vector<ClipboardItem> items);
+    std::vector<ClipboardItem> protectedItems();
+    void poll();
+    [[nodiscard]] bool isExcludedApplicationFrontmost() const;
+    bool recordText(const QString &text); ///< false when a protected row of that text stands
+    void stripFormatting(const QString &text);
+
+    Ports m_ports;
+    MediaStore m_media;
+    std::vector<ClipboardItem> m_history;
+    QString m_hotkeyCharacter = QStringLiteral("v");
+    RetentionPeriod m_retentionPeriod = RetentionPeriod::thirtyDays;
+    bool m_launchAtLogin = false;
+    std::vector<ExcludedApp> m_excludedApps;
+    bool m_autoClearOnRestart = false;
+    bool m_stripRichText = false;
+    bool m_isPaused = false;
+    int m_lastChangeCount = 0;
+    Date m_lastCleanupAt = Date::distantPast();
+    std::unique_ptr<Timer> m_timer;
+};
+
+} // namespace tavrine

@@ -1,0 +1,114 @@
+#include "clipboard/MediaStore.h"
+
+#include "base/Print.h"
+#include "base/PrivateFiles.h"
+#include "base/UserDefaults.h"
+#include "base/Uuid.h"
+#include "clipboard/ClipboardItem.h"
+#include "clipboard/JpegLadder.h"
+#include "ports/ImageCoder.h"
+#include "ports/MovieAsset.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <cstring>
+
+namespace tavrine {
+namespace {
+
+constexpr auto quickShotsName = "Tavrine QuickShots";
+
+bool isBareName(const QString &fileName) {
+    return !fileName.isEmpty() && !fileName.contains(u'/') && !fileName.contains(QChar::Null) &&
+           fileName != QLatin1String(".") && fileName != QLatin1String("..");
+}
+
+} // namespace
+
+MediaStore::MediaStore(Folders folders, UserDefaults &defaults, ImageCoder &coder, MovieAsset &movieAsset)
+    : m_folders(std::move(folders)), m_defaults(defaults), m_coder(coder), m_movieAsset(movieAsset) {}
+
+std::optional<QString> MediaStore::imagesDirectory() const {
+    if (m_folders.applicationSupport.isEmpty())
+        return std::nullopt;
+    const QString folder = m_folders.applicationSupport + QStringLiteral("/Tavrine/Images");
+    makePrivateFolder(folder); // when it fails, so does what is done in it
+    return folder;
+}
+
+std::optional<QString> MediaStore::quickShotsDirectory() const {
+    const QString chosen = m_defaults.get<QString>(QLatin1String(customSaveDirectoryKey), QString());
+    if (!chosen.isEmpty() && makePrivateFolder(chosen))
+        return chosen;
+
+    const QString name = u'/' + QLatin1String(quickShotsName);
+    const QString standard = m_folders.home + QStringLiteral("/Documents") + name;
+    errno = ENOTDIR; // what it is when a file is in the way, which is seen without a call that fails
+    if (!m_folders.home.isEmpty() && makePrivateFolder(standard))
+        return standard;
+    const QString error = QString::fromLocal8Bit(std::strerror(errno));
+    printLine(QStringLiteral("CRITICAL: Failed to create Tavrine QuickShots folder: ") + error);
+
+    if (m_folders.documents.isEmpty())
+        return std::nullopt;
+    const QString fallback = m_folders.documents + name;
+    makePrivateFolder(fallback);
+    return fallback;
+}
+
+std::optional<QString> MediaStore::filePath(const QString &fileName) const {
+    if (!isBareName(fileName))
+        return std::nullopt;
+    const std::optional<QString> folder = isRecordingFileName(fileName) ? quickShotsDirectory() : imagesDirectory();
+    return folder ? std::optional(*folder + u'/' + fileName) : std::nullopt;
+}
+
+std::optional<QString> MediaStore::saveImage(const QImage &image) {
+    if (image.width() <= 0 || image.height() <= 0)
+        return std::nullopt;
+    std::optional<QByteArray> jpeg;
+    if (const auto source = m_coder.bitmapRepresentation(image))
+        jpeg = encodeForStorage(*source);
+    if (!jpeg) {
+        if (const auto source = m_coder.tiffRepresentation(image))
+            jpeg = encodeForStorage(*source);
+    }
+    const std::optional<QString> folder = imagesDirectory();
+    if (!jpeg || !folder)
+        return std::nullopt;
+    const QString fileName = freshUuidString() + QStringLiteral(".jpg");
+    return writePrivateFile(*folder + u'/' + fileName, *jpeg) ? std::optional(fileName) : std::nullopt;
+}
+
+std::optional<QImage> MediaStore::loadImage(const QString &fileName) const {
+    const std::optional<QString> path = filePath(fileName);
+    return path ? m_coder.load(*path) : std::nullopt;
+}
+
+std::optional<QImage> MediaStore::makeThumbnail(const QString &fileName) const {
+    const std::optional<QString> path = filePath(fileName);
+    if (!path)
+        return std::nullopt;
+    return isRecordingFileName(fileName) ? m_movieAsset.firstFrame(*path)
+                                         : m_coder.thumbnail(*path, thumbnailMaxPixelSize);
+}
+
+void MediaStore::cacheThumbnail(const QImage &thumbnail, const QString &fileName) {
+    const qint64 cost = qint64{thumbnail.width()} * thumbnail.height() * 4;
+    m_thumbnailCache.setObject(thumbnail, fileName, cost);
+}
+
+void MediaStore::removeImageFile(const std::optional<QString> &fileName) {
+    if (const std::optional<QString> path = fileName ? filePath(*fileName) : std::nullopt)
+        QFile::remove(*path);
+}
+
+void MediaStore::removeImageFiles(const QStringList &fileNames) {
+    for (const QString &fileName : fileNames) {
+        m_thumbnailCache.removeObject(fileName);
+        removeImageFile(fileName);
+    }
+}
+
+} // namespace tavrine

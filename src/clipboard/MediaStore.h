@@ -1,0 +1,62 @@
+#pragma once
+
+#include "clipboard/ThumbnailCache.h"
+#include "ports/Folders.h"
+
+#include <QImage>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace tavrine {
+
+class ImageCoder;
+class MovieAsset;
+class UserDefaults;
+
+/// The files of the history: the images in a folder of the program's own, the recordings in one of the person's.
+///
+/// Lives on the main thread, owned by ClipboardManager. Every operation takes the bare file name that a row holds; a
+/// path is never stored. A name that is not bare (it has a slash, or is "." or "..") names no file, so that a row from
+/// elsewhere cannot reach outside the two folders.
+class MediaStore {
+public:
+    static constexpr int thumbnailMaxPixelSize = 480; ///< longest edge of a thumbnail
+    static constexpr auto customSaveDirectoryKey = "customSaveDirectoryPath";
+
+    MediaStore(Folders folders, UserDefaults &defaults, ImageCoder &coder, MovieAsset &movieAsset);
+
+    /// The folder of the images; it is made when it does not stand. None when the person has no folder for data.
+    [[nodiscard]] std::optional<QString> imagesDirectory() const;
+
+    /// The one rule for where recordings go: the person's own choice under "customSaveDirectoryPath" when it can be
+    /// made, else "Tavrine QuickShots" in the home's Documents, else the same in the desktop's documents folder.
+    [[nodiscard]] std::optional<QString> quickShotsDirectory() const;
+
+    /// Where the file of this name lies, whether it exists or not. None when there is no such folder.
+    [[nodiscard]] std::optional<QString> filePath(const QString &fileName) const;
+
+    /// Stores `image` as a JPEG under a fresh name and answers the name. None when it could not be encoded or written.
+    [[nodiscard]] std::optional<QString> saveImage(const QImage &image);
+    [[nodiscard]] std::optional<QImage> loadImage(const QString &fileName) const;
+
+    /// Decodes the file now, on this thread. A recording gives its first frame at full size.
+    [[nodiscard]] std::optional<QImage> makeThumbnail(const QString &fileName) const;
+    void cacheThumbnail(const QImage &thumbnail, const QString &fileName);
+    [[nodiscard]] ThumbnailCache &thumbnailCache() { return m_thumbnailCache; }
+
+    /// Deletes the file; failures are quiet. The thumbnail stays in the cache.
+    void removeImageFile(const std::optional<QString> &fileName);
+    /// Deletes the files and drops their thumbnails.
+    void removeImageFiles(const QStringList &fileNames);
+
+private:
+    Folders m_folders;
+    UserDefaults &m_defaults;
+    ImageCoder &m_coder;
+    MovieAsset &m_movieAsset;
+    ThumbnailCache m_thumbnailCache;
+};
+
+} // namespace tavrine

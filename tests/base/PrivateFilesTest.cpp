@@ -1,0 +1,89 @@
+#include "base/PrivateFiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace tavrine {
+namespace {
+
+class PrivateFiles : public testing::Test {
+protected:
+    [[nodiscard]] QString at(const char *name) const { return folder.filePath(QString::fromUtf8(name)); }
+
+    static unsigned modeOf(const QString &path) {
+        struct stat status {};
+        return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0;
+    }
+    static QByteArray contentOf(const QString &path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
+    }
+
+    QTemporaryDir folder;
+};
+
+TEST_F(PrivateFiles, aFolderIsMadeWithItsParentsForThePersonAlone) {
+    EXPECT_TRUE(makePrivateFolder(at("one/two")));
+    EXPECT_EQ(modeOf(at("one")), 0700U);
+    EXPECT_EQ(modeOf(at("one/two")), 0700U);
+}
+
+TEST_F(PrivateFiles, aFolderThatStandsKeepsItsMode) {
+    ASSERT_EQ(::mkdir(QFile::encodeName(at("open")).constData(), 0755), 0);
+    ASSERT_EQ(::chmod(QFile::encodeName(at("open")).constData(), 0755), 0);
+    EXPECT_TRUE(makePrivateFolder(at("open")));
+    EXPECT_EQ(modeOf(at("open")), 0755U);
+}
+
+TEST_F(PrivateFiles, aFolderCannotBeMadeWhereAFileStands) {
+    ASSERT_TRUE(writePrivateFile(at("file"), "x"));
+    EXPECT_FALSE(makePrivateFolder(at("file")));
+    EXPECT_FALSE(makePrivateFolder(at("file/below")));
+    EXPECT_FALSE(makePrivateFolder(QString()));
+}
+
+TEST_F(PrivateFiles, aFileIsReplacedWholeForThePersonAlone) {
+    QFile open(at("file"));
+    ASSERT_TRUE(open.open(QIODevice::WriteOnly));
+    open.write("something longer than what follows");
+    open.close();
+    EXPECT_TRUE(writePrivateFile(at("file"), "short"));
+    EXPECT_EQ(contentOf(at("file")), "short");
+    EXPECT_EQ(modeOf(at("file")), 0600U);
+}
+
+TEST_F(PrivateFiles, whoeverReadsTheOldFileReadsItToTheEnd) {
+    ASSERT_TRUE(writePrivateFile(at("file"), "old content"));
+    QFile reader(at("file"));
+    ASSERT_TRUE(reader.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+    ASSERT_TRUE(writePrivateFile(at("file"), "new"));
+    EXPECT_EQ(reader.readAll(), "old content");
+}
+
+TEST_F(PrivateFiles, aFailedWriteLeavesTheOldAndNothingElse) {
+    ASSERT_TRUE(QDir(folder.path()).mkpath(at("folder/inside")));
+    EXPECT_FALSE(writePrivateFile(at("folder"), "x")); // a folder cannot be replaced by a file
+    EXPECT_FALSE(writePrivateFile(at("missing/file"), "x"));
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
+              QStringList{QStringLiteral("folder")});
+}
+
+TEST_F(PrivateFiles, aLinkKeepsItsPlace) {
+    ASSERT_TRUE(writePrivateFile(at("target"), "old"));
+    ASSERT_TRUE(QFile::link(at("target"), at("link")));
+    EXPECT_TRUE(writePrivateFile(at("link"), "new"));
+    EXPECT_EQ(contentOf(at("target")), "new");
+    EXPECT_TRUE(QFileInfo(at("link")).isSymLink());
+}
+
+TEST_F(PrivateFiles, anEmptyFileCanBeWritten) {
+    EXPECT_TRUE(writePrivateFile(at("file"), QByteArray()));
+    EXPECT_EQ(contentOf(at("file")), "");
+}
+
+} // namespace
+} // namespace tavrine

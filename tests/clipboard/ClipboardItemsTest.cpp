@@ -1,0 +1,293 @@
+#include "ManagerTest.h"
+
+#include <QSignalSpy>
+
+namespace tavrine {
+namespace {
+
+class ClipboardItems : public ManagerTest {
+protected:
+    void SetUp() override {
+        ManagerTest::SetUp();
+        start();
+    }
+};
+
+// The list in memory.
+
+TEST_F(ClipboardItems, theHistoryHoldsTwoHundredUnprotectedItems) {
+    for (int i = 0; i < 201; ++i)
+        save(QString::number(i), Seconds{1000.0 - i});
+    savePinned(str("pinned"), 5000s);
+    saveInMySaved(str("saved"), 6000s);
+    manager->reloadHistory();
+    ASSERT_EQ(manager->history().size(), 202U);
+    EXPECT_EQ(manager->history()[0].content, str("saved"));
+    EXPECT_EQ(manager->history()[1].content, str("pinned"));
+    EXPECT_EQ(manager->history()[2].content, str("200"));
+    EXPECT_EQ(manager->history().back().content, str("1")) << "the oldest is in the file alone";
+}
+
+TEST_F(ClipboardItems, theHistoryHoldsAllOfExactlyTwoHundred) {
+    for (int i = 0; i < 200; ++i)
+        save(QString::number(i), Seconds{1000.0 - i});
+    manager->reloadHistory();
+    EXPECT_EQ(manager->history().size(), 200U);
+}
+
+TEST_F(ClipboardItems, pausingLeavesTheProtectedItemsAndNothingInTheCache) {
+    save(str("plain"));
+    const ClipboardItem pinned = savePinned(str("pinned"));
+    manager->cacheThumbnail(picture(2, 2), str("A.jpg"));
+    QSignalSpy published(manager.get(), &ClipboardManager::historyChanged);
+    manager->pauseMonitoring();
+    EXPECT_TRUE(manager->isPaused());
+    EXPECT_FALSE(manager->isMonitoring());
+    EXPECT_EQ(time.timerCount(), 0);
+    EXPECT_EQ(manager->history(), std::vector{pinned});
+    EXPECT_EQ(manager->thumbnailCache().count(), 0);
+    EXPECT_EQ(published.count(), 1);
+    manager->reloadHistory();
+    EXPECT_EQ(manager->history(), std::vector{pinned});
+}
+
+TEST_F(ClipboardItems, monitoringDoesNotStartWhilePaused) {
+    manager->pauseMonitoring();
+    manager->startMonitoring();
+    EXPECT_FALSE(manager->isMonitoring());
+}
+
+TEST_F(ClipboardItems, startingAgainLeavesOneTimer) {
+    manager->startMonitoring();
+    manager->startMonitoring();
+    EXPECT_EQ(time.timerCount(), 1);
+}
+
+TEST_F(ClipboardItems, theTimerGoesWithTheManager) {
+    quit();
+    EXPECT_EQ(time.timerCount(), 0);
+    pasteboard.copyFromOutside(str("late"));
+    time.advance(5s);
+    EXPECT_TRUE(rows().empty());
+}
+
+// Adding.
+
+TEST_F(ClipboardItems, anItemWithoutCaptionButWithAFileIsCalledImage) {
+    manager->addItem(QString(), str("A.jpg"));
+    EXPECT_EQ(historyContents(), QStringList{str("Image")});
+}
+
+TEST_F(ClipboardItems, anUnprotectedDuplicateGoesWithItsFile) {
+    write(imagesFolder + str("/A.jpg"));
+    const ClipboardItem first = save(str("caption"), 10s, str("A.jpg"));
+    manager->addItem(str("caption"), str("A.jpg"));
+    ASSERT_EQ(rows().size(), 1U);
+    EXPECT_NE(rows().front().id, first.id);
+    EXPECT_TRUE(storedImages().isEmpty());
+}
+
+TEST_F(ClipboardItems, aProtectedDuplicateStandsWithItsFile) {
+    write(imagesFolder + str("/A.jpg"));
+    const ClipboardItem first = savePinned(str("caption"), 10s, str("A.jpg"));
+    QSignalSpy published(manager.get(), &ClipboardManager::historyChanged);
+    manager->addItem(str("caption"), str("A.jpg"));
+    EXPECT_EQ(rows(), std::vector{first});
+    EXPECT_EQ(storedImages(), QStringList{str("A.jpg")});
+    EXPECT_EQ(published.count(), 0);
+}
+
+TEST_F(ClipboardItems, addingAnItemWithoutItsFileStillAddsTheRow) {
+    manager->addItem(str("caption"), str("missing.jpg"));
+    EXPECT_EQ(rows().size(), 1U);
+    EXPECT_EQ(manager->thumbnailCache().count(), 0);
+}
+
+TEST_F(ClipboardItems, addingRunsTheCleanup) {
+    save(str("old"), ClipboardManager::imageRetentionInterval + 1s, str("OLD.jpg"));
+    manager->addItem(str("new"));
+    EXPECT_EQ(contents(rows()), QStringList{str("new")});
+}
+
+// My Saved.
+
+TEST_F(ClipboardItems, aNewTextInMySavedIsTrimmed) {
+    manager->addToMySaved(str(" \n\t my text \u2003\r\n"));
+    ASSERT_EQ(historyContents(), QStringList{str("my text")});
+    const ClipboardItem &item = manager->history().front();
+    EXPECT_TRUE(item.isSaved);
+    EXPECT_FALSE(item.isPinned);
+    EXPECT_EQ(item.date, time.now());
+    EXPECT_EQ(item.imageFileName, std::nullopt);
+}
+
+TEST_F(ClipboardItems, aTextOfWhiteSpaceIsNotSaved) {
+    manager->addToMySaved(str(" \n\t"));
+    manager->addToMySaved(QString());
+    EXPECT_TRUE(rows().empty());
+}
+
+TEST_F(ClipboardItems, anExistingTextIsSavedAsItStands) {
+    ClipboardItem pinned = savePinned(str("my text"), 100s);
+    manager->addToMySaved(str("my text "));
+    pinned.isSaved = true;
+    EXPECT_EQ(rows(), std::vector{pinned});
+    EXPECT_EQ(manager->history(), std::vector{pinned});
+}
+
+// Putting back.
+
+TEST_F(ClipboardItems, aTextGoesToThePasteboardAsPlainString) {
+    manager->copyToPasteboard(save(str("hello")));
+    EXPECT_EQ(pasteboard.string(), str("hello"));
+    EXPECT_EQ(pasteboard.clearCount(), 1);
+}
+
+TEST_F(ClipboardItems, aPastedTextRisesWithANewIdAndDate) {
+    const ClipboardItem old = save(str("hello"), 100s);
+    save(str("newer"), 50s);
+    manager->copyToPasteboard(old);
+    tick();
+    ASSERT_EQ(historyContents(), (QStringList{str("hello"), str("newer")}));
+    EXPECT_NE(manager->history().front().id, old.id);
+    EXPECT_EQ(manager->history().front().date, time.now());
+}
+
+TEST_F(ClipboardItems, aPastedPinnedTextStaysWhereItIs) {
+    const ClipboardItem pinned = savePinned(str("hello"), 100s);
+    manager->copyToPasteboard(pinned);
+    tick();
+    EXPECT_EQ(rows(), std::vector{pinned});
+}
+
+TEST_F(ClipboardItems, aPastedImageComesAsANewRowAndFileWhileTheOldOnesStay) {
+    copy(picture(30, 20));
+    const ClipboardItem first = manager->history().front();
+    time.advance(1s);
+    manager->copyToPasteboard(first);
+    ASSERT_TRUE(pasteboard.image());
+    EXPECT_EQ(pasteboard.image()->size(), QSize(30, 20));
+    tick();
+    ASSERT_EQ(historyContents(), (QStringList{str("Copied Image"), str("Copied Image")}));
+    EXPECT_EQ(manager->history()[1], first);
+    EXPECT_NE(manager->history()[0].imageFileName, first.imageFileName);
+    EXPECT_EQ(storedImages().size(), 2);
+}
+
+TEST_F(ClipboardItems, aRecordingGoesToThePasteboardAsAFile) {
+    manager->copyToPasteboard(save(str("[Screen Recording] Demo"), 1s, str("Demo.mp4")));
+    manager->copyToPasteboard(save(str("[Screen Recording] Demo"), 1s, str("Demo.mov")));
+    EXPECT_EQ(pasteboard.writtenFileUrls(), QList{QUrl::fromLocalFile(quickShotsFolder + str("/Demo.mov"))});
+}
+
+TEST_F(ClipboardItems, anImageWhoseFileIsGoneLeavesThePasteboardEmpty) {
+    pasteboard.copyFromOutside(str("before"));
+    manager->copyToPasteboard(save(str("Copied Image"), 1s, str("missing.jpg")));
+    EXPECT_EQ(pasteboard.string(), std::nullopt);
+    EXPECT_EQ(pasteboard.image(), std::nullopt);
+    EXPECT_EQ(pasteboard.clearCount(), 1);
+}
+
+TEST_F(ClipboardItems, aFileNameThatLeavesTheFolderIsNeverRead) {
+    write(folders.applicationSupport + str("/Tavrine/outside.jpg"), "fake picture 3 3\n");
+    write(home.path() + str("/outside.mp4"));
+    manager->copyToPasteboard(save(str("Copied Image"), 1s, str("../outside.jpg")));
+    EXPECT_EQ(pasteboard.image(), std::nullopt);
+    manager->copyToPasteboard(save(str("movie"), 1s, str("../../outside.mp4")));
+    EXPECT_TRUE(pasteboard.writtenFileUrls().isEmpty());
+}
+
+// Searching.
+
+TEST_F(ClipboardItems, anEmptyQueryGivesTheHistory) {
+    save(str("not loaded yet"));
+    EXPECT_TRUE(manager->searchItems(QString()).empty());
+    manager->reloadHistory();
+    EXPECT_EQ(manager->searchItems(QString()), manager->history());
+}
+
+TEST_F(ClipboardItems, aQueryReachesWhatIsNotInMemory) {
+    for (int i = 0; i < 201; ++i)
+        save(str("text %1").arg(i), Seconds{1000.0 - i});
+    manager->reloadHistory();
+    EXPECT_EQ(contents(manager->searchItems(str("TEXT 0"))), QStringList{str("text 0")});
+}
+
+TEST_F(ClipboardItems, aQueryIsTakenAsItStands) {
+    save(str("two words"));
+    EXPECT_EQ(manager->searchItems(str(" ")).size(), 1U);
+    EXPECT_TRUE(manager->searchItems(str("two  words")).empty());
+}
+
+TEST_F(ClipboardItems, aQueryGivesFiveHundredRowsAtMost) {
+    for (int i = 0; i < 501; ++i)
+        save(str("text"), Seconds{1000.0 - i});
+    EXPECT_EQ(manager->searchItems(str("text")).size(), 500U);
+}
+
+// Settings.
+
+TEST_F(ClipboardItems, settingsAreWrittenTogether) {
+    const ExcludedApp app{QUuid::createUuid(), str("org.example.bank"), str("Bank")};
+    manager->setRetentionPeriod(RetentionPeriod::threeDays);
+    manager->setAutoClearOnRestart(true);
+    manager->setStripRichText(true);
+    manager->setExcludedApps({app});
+    EXPECT_FALSE(defaults.contains(str("RetentionPeriod")));
+    manager->saveSettings();
+    EXPECT_EQ(defaults.get<QString>(str("RetentionPeriod")), str("3 Days"));
+    EXPECT_EQ(defaults.get<bool>(str("AutoClearOnRestart")), true);
+    EXPECT_EQ(defaults.get<bool>(str("StripRichTextFormatting")), true);
+    EXPECT_EQ(decodeExcludedApps(defaults.get<QByteArray>(str("ExcludedAppsV2")).value()), std::vector{app});
+}
+
+TEST_F(ClipboardItems, everySetterPublishes) {
+    QSignalSpy period(manager.get(), &ClipboardManager::retentionPeriodChanged);
+    QSignalSpy login(manager.get(), &ClipboardManager::launchAtLoginChanged);
+    QSignalSpy apps(manager.get(), &ClipboardManager::excludedAppsChanged);
+    QSignalSpy clear(manager.get(), &ClipboardManager::autoClearOnRestartChanged);
+    QSignalSpy strip(manager.get(), &ClipboardManager::stripRichTextChanged);
+    QSignalSpy hotkey(manager.get(), &ClipboardManager::hotkeyCharacterChanged);
+    manager->setRetentionPeriod(RetentionPeriod::threeDays);
+    manager->setLaunchAtLogin(true);
+    manager->setExcludedApps({});
+    manager->setAutoClearOnRestart(true);
+    manager->setStripRichText(true);
+    manager->setHotkeyCharacter(str("b"));
+    for (const QSignalSpy *spy : {&period, &login, &apps, &clear, &strip, &hotkey})
+        EXPECT_EQ(spy->count(), 1);
+}
+
+TEST_F(ClipboardItems, anApplicationIsExcludedOnce) {
+    const ExcludedApp app{QUuid::createUuid(), str("org.example.bank"), str("Bank")};
+    const ExcludedApp sameAgain{QUuid::createUuid(), str("org.example.bank"), str("The Bank")};
+    const ExcludedApp other{QUuid::createUuid(), str("org.example.Bank"), str("Bank")};
+    manager->addExcludedApp(app);
+    manager->addExcludedApp(sameAgain);
+    manager->addExcludedApp(other);
+    EXPECT_EQ(manager->excludedApps(), (std::vector{app, other}));
+    EXPECT_EQ(decodeExcludedApps(defaults.get<QByteArray>(str("ExcludedAppsV2")).value()), (std::vector{app, other}));
+}
+
+TEST_F(ClipboardItems, theHotkeyCharacterIsStoredInLowerCase) {
+    manager->setHotkeyCharacter(str("B"));
+    EXPECT_EQ(manager->hotkeyCharacter(), str("b"));
+    EXPECT_EQ(defaults.get<QString>(str("HotkeyCharacter")), str("b"));
+}
+
+TEST_F(ClipboardItems, anythingButOneCharacterIsNoHotkey) {
+    manager->setHotkeyCharacter(QString());
+    manager->setHotkeyCharacter(str("bc"));
+    EXPECT_EQ(manager->hotkeyCharacter(), str("v"));
+    EXPECT_FALSE(defaults.contains(str("HotkeyCharacter")));
+}
+
+TEST_F(ClipboardItems, aCharacterOfSeveralCodePointsIsOne) {
+    manager->setHotkeyCharacter(str("E\u0301"));
+    EXPECT_EQ(manager->hotkeyCharacter(), str("e\u0301"));
+    manager->setHotkeyCharacter(str("\U0001F600"));
+    EXPECT_EQ(manager->hotkeyCharacter(), str("\U0001F600"));
+}
+
+} // namespace
+} // namespace tavrine
