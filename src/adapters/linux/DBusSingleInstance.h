@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace tavrine {
+
+/// Sees to it that the program runs once in a session: the one that owns the bus name com.veltrane.Tavrine.
+///
+/// Lives on the main thread, as long as the process. Whoever gets the name is the first, so two starts at the same
+/// moment make one program. The first is told of later starts through org.freedesktop.Application; without a session
+/// bus every start is a first one.
+class DBusSingleInstance {
+public:
+    enum class Start {
+        first,         ///< go on
+        handedOver,    ///< another one runs and has been told; end with status 0
+        otherIsSilent, ///< another one runs and did not answer within 2 s; end with status 1
+    };
+
+    /// `onReopen` is called on the main thread when the program is started again while it runs.
+    explicit DBusSingleInstance(std::function<void()> onReopen);
+    ~DBusSingleInstance();
+
+    /// Waits for the bus and for the other program, 2 s each at most. `otherIsSilent` has put a line on standard error.
+    [[nodiscard]] Start start();
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace tavrine

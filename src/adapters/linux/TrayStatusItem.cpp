@@ -1,0 +1,58 @@
+#include "adapters/linux/TrayStatusItem.h"
+
+namespace tavrine {
+
+TrayStatusItem::TrayStatusItem(std::vector<std::unique_ptr<TrayIcon>> trays) : m_trays(std::move(trays)) {
+    for (const auto &tray : m_trays)
+        tray->setHandlers({.onOfferChanged = [this] { choose(); },
+                           .onShown =
+                               [this, each = tray.get()] {
+                                   if (each == m_chosen && !std::exchange(m_isShown, true) && m_onShown)
+                                       m_onShown();
+                               },
+                           .onPress =
+                               [this](QPoint place) {
+                                   if (m_onPress)
+                                       m_onPress(place);
+                               }});
+}
+
+TrayIcon *TrayStatusItem::best() const {
+    for (const auto &tray : m_trays) {
+        if (tray->offer() == TrayIcon::Offer::yes)
+            return tray.get();
+        if (tray->offer() == TrayIcon::Offer::unknown)
+            return nullptr;
+    }
+    return nullptr;
+}
+
+void TrayStatusItem::choose() {
+    TrayIcon *const next = m_isVisible ? best() : nullptr;
+    if (next == m_chosen)
+        return;
+    TrayIcon *const left = std::exchange(m_chosen, next);
+    if (!next)
+        m_isShown = false;
+    if (left)
+        left->setWanted(false);
+    if (next)
+        next->setWanted(true);
+}
+
+void TrayStatusItem::setVisible(bool visible) {
+    m_isVisible = visible;
+    choose();
+}
+
+void TrayStatusItem::setImage(const StatusImage &image) {
+    for (const auto &tray : m_trays)
+        tray->setImage(image);
+}
+
+void TrayStatusItem::setToolTip(const QString &toolTip) {
+    for (const auto &tray : m_trays)
+        tray->setToolTip(toolTip);
+}
+
+} // namespace tavrine

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "adapters/linux/TrayIcon.h"
+
+#include <vector>
+
+namespace tavrine {
+
+/// The status item: in the first tray of those that the desktop offers, in another one as soon as that is to be had or
+/// the first is gone. Lives on the main thread.
+///
+/// A tray that is still unknown is waited for before a lesser one is entered, so that the icon does not jump at the
+/// start of the session.
+class TrayStatusItem final : public StatusItem {
+public:
+    /// `trays` in the order of preference.
+    explicit TrayStatusItem(std::vector<std::unique_ptr<TrayIcon>> trays);
+
+    void setVisible(bool visible) override;
+    [[nodiscard]] bool isVisible() const override { return m_isVisible; }
+    void setImage(const StatusImage &image) override;
+    void setToolTip(const QString &toolTip) override;
+    void setOnPress(std::function<void(QPoint)> onPress) override { m_onPress = std::move(onPress); }
+    void setOnShown(std::function<void()> onShown) override { m_onShown = std::move(onShown); }
+
+private:
+    [[nodiscard]] TrayIcon *best() const;
+    void choose();
+
+    std::vector<std::unique_ptr<TrayIcon>> m_trays;
+    std::function<void(QPoint)> m_onPress;
+    std::function<void()> m_onShown;
+    TrayIcon *m_chosen = nullptr;
+    bool m_isVisible = false;
+    bool m_isShown = false;
+};
+
+} // namespace tavrine
