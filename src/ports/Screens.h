@@ -23,8 +23,12 @@ struct Screen {
 };
 
 /// Edges of such rectangles: `QRectF` calls the lower edge its top.
-[[nodiscard]] inline double minY(const QRectF &rect) { return rect.y(); }
-[[nodiscard]] inline double maxY(const QRectF &rect) { return rect.y() + rect.height(); }
+[[nodiscard]] inline double minY(const QRectF &rect) {
+    return rect.y();
+}
+[[nodiscard]] inline double maxY(const QRectF &rect) {
+    return rect.y() + rect.height();
+}
 
 /// The screens of the desktop and the pointer on them. Lives on the main thread, as long as the process.
 class Screens {

@@ -26,7 +26,9 @@ double curve(double x1, double y1, double x2, double y2, double t) {
     return bezier(y1, y2, low);
 }
 
-double between(double from, double to, double part) { return from + (to - from) * part; }
+double between(double from, double to, double part) {
+    return from + (to - from) * part;
+}
 
 } // namespace
 
@@ -90,7 +92,9 @@ void PanelAnimator::run(PanelWindow &panel, Seconds duration, TimingFunction fun
         panel.setAlpha(*target.alpha);
 }
 
-void PanelAnimator::stop(PanelWindow &panel) { m_animations.erase(&panel); }
+void PanelAnimator::stop(PanelWindow &panel) {
+    m_animations.erase(&panel);
+}
 
 void PanelAnimator::step(PanelWindow *panel) {
     const auto found = m_animations.find(panel);

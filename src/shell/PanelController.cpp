@@ -133,6 +133,7 @@ void PanelController::dismissClassicPanel() {
                    [this, generation = m_classicGeneration] {
                        if (!m_classic || generation != m_classicGeneration)
                            return;
+                       m_animator.stop(*m_classic); // that of a second dismissal
                        m_classic->orderOut();
                        restoreClassicFrame();
                        m_classic->setAlpha(1.0);
@@ -154,6 +155,7 @@ void PanelController::dismissEmojiPanel() {
                    [this, generation = m_emojiGeneration] {
                        if (!m_emoji || generation != m_emojiGeneration)
                            return;
+                       m_animator.stop(*m_emoji);
                        m_emoji->orderOut();
                        m_emoji->setAlpha(1.0);
                    });

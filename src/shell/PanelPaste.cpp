@@ -13,8 +13,8 @@ namespace {
 
 constexpr int longestWait = 12; ///< rounds
 constexpr Seconds waitRound{0.05};
-constexpr Seconds settling{0.08};      ///< between the target's coming to the front and the keystroke
-constexpr Seconds blindDelay{0.2};     ///< where nothing tells that a target is in front
+constexpr Seconds settling{0.08};  ///< between the target's coming to the front and the keystroke
+constexpr Seconds blindDelay{0.2}; ///< where nothing tells that a target is in front
 constexpr auto toastIcon = "exclamationmark.triangle.fill";
 
 } // namespace

@@ -17,12 +17,12 @@ struct PanelTraits {
     QLatin1String openedNotification;
 };
 
-inline constexpr PanelTraits classicPanelTraits{
-    QLatin1String("Classic Clipboard"), 320, 450, 0, true, Seconds{0.15}, QLatin1String("floatingPanelOpened")};
+inline constexpr PanelTraits classicPanelTraits{QLatin1String("Classic Clipboard"),  320, 450, 0, true, Seconds{0.15},
+                                                QLatin1String("floatingPanelOpened")};
 inline constexpr PanelTraits searchPanelTraits{
     QLatin1String("Clipboard Search"), 680, 500, 60, false, Seconds{0.1}, QLatin1String("clipboardSearchPanelOpened")};
-inline constexpr PanelTraits emojiPanelTraits{
-    QLatin1String("Emoji Picker"), 600, 460, 70, false, Seconds{0.1}, QLatin1String("emojiPickerPanelOpened")};
+inline constexpr PanelTraits emojiPanelTraits{QLatin1String("Emoji Picker"),          600, 460, 70, false, Seconds{0.1},
+                                              QLatin1String("emojiPickerPanelOpened")};
 
 inline constexpr double classicMargin = 20; ///< from the edges of the screen, where no frame was saved
 inline constexpr Seconds classicDismissal{0.18};

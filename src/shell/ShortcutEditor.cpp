@@ -58,7 +58,7 @@ std::optional<ShortcutEditor::Banner> ShortcutEditor::banner() const {
         return std::nullopt;
     if (m_conflict->startsWith(QLatin1String("macOS")))
         return Banner{*m_conflict + QStringLiteral(" — can't be saved"), true};
-    if (m_conflict->contains(QLatin1String("⌥ twice")))
+    if (m_conflict->contains(QStringLiteral("⌥ twice")))
         return Banner{*m_conflict, false};
     return Banner{QStringLiteral("Conflicts with ") + *m_conflict + QStringLiteral(" — pick a different key"), false};
 }
@@ -68,8 +68,7 @@ bool ShortcutEditor::hasChanges() const {
         return false;
     if (m_trigger == Trigger::capture)
         return !m_draftKey.isEmpty() && m_draftKey != m_committedKey;
-    return m_draftMode != m_committedMode ||
-           (m_draftMode == triggerMode::commandShift && m_draftKey != m_committedKey);
+    return m_draftMode != m_committedMode || (m_draftMode == triggerMode::commandShift && m_draftKey != m_committedKey);
 }
 
 void ShortcutEditor::save() {

@@ -15,13 +15,15 @@ constexpr TriggerTraits triggers[] = {
 };
 
 // Positions of A to Z and of 0 to 9.
-constexpr int letters[] = {0,  11, 8, 2,  14, 3,  5,  4, 34, 38, 40, 37, 46,
-                           45, 31, 35, 12, 15, 1, 17, 32, 9, 13, 7,  16, 6};
+constexpr int letters[] = {0,  11, 8,  2,  14, 3, 5,  4,  34, 38, 40, 37, 46,
+                           45, 31, 35, 12, 15, 1, 17, 32, 9,  13, 7,  16, 6};
 constexpr int digits[] = {29, 18, 19, 20, 21, 23, 22, 26, 28, 25};
 
 } // namespace
 
-const TriggerTraits &traits(Trigger trigger) { return triggers[static_cast<int>(trigger)]; }
+const TriggerTraits &traits(Trigger trigger) {
+    return triggers[static_cast<int>(trigger)];
+}
 
 QString storedMode(const UserDefaults &defaults, Trigger trigger) {
     const auto key = traits(trigger).modeKey;

@@ -4,7 +4,11 @@
 #include "ports/HotKeys.h"
 
 #include <algorithm>
+
+// The C header has a member of this name, which C++ keeps for itself.
+#define explicit explicitParts
 #include <xcb/xkb.h>
+#undef explicit
 
 namespace tavrine {
 namespace {
@@ -36,9 +40,8 @@ constexpr bool isLock(xcb_keysym_t symbol) {
 X11Keyboard X11Keyboard::read(XcbClient &client) {
     X11Keyboard keyboard;
     const auto *setup = xcb_get_setup(client.connection());
-    const auto symbolsCookie =
-        xcb_get_keyboard_mapping(client.connection(), setup->min_keycode,
-                                 static_cast<quint8>(setup->max_keycode - setup->min_keycode + 1));
+    const auto symbolsCookie = xcb_get_keyboard_mapping(
+        client.connection(), setup->min_keycode, static_cast<quint8>(setup->max_keycode - setup->min_keycode + 1));
     const auto rowsCookie = xcb_get_modifier_mapping(client.connection());
     keyboard.m_firstKeycode = setup->min_keycode;
     if (const auto symbols = client.reply<xcb_get_keyboard_mapping_reply_t>(symbolsCookie)) {
@@ -63,7 +66,8 @@ xcb_keysym_t X11Keyboard::keysym(int keycode, int group) const {
     if (keycode < m_firstKeycode || m_symbolsPerKey == 0 || row + m_symbolsPerKey > static_cast<int>(m_symbols.size()))
         return 0;
     const int column = group * 2; // the first two groups have the first four places, two each
-    const xcb_keysym_t symbol = column < std::min(m_symbolsPerKey, 4) ? m_symbols[static_cast<size_t>(row + column)] : 0;
+    const xcb_keysym_t symbol =
+        column < std::min(m_symbolsPerKey, 4) ? m_symbols[static_cast<size_t>(row + column)] : 0;
     return symbol ? symbol : m_symbols[static_cast<size_t>(row)];
 }
 
@@ -103,7 +107,9 @@ quint32 X11Keyboard::modifierFlagOf(int keycode, int group) const {
     }
 }
 
-bool X11Keyboard::isLockKey(int keycode) const { return isLock(keysym(keycode)); }
+bool X11Keyboard::isLockKey(int keycode) const {
+    return isLock(keysym(keycode));
+}
 
 quint16 X11Keyboard::maskOf(xcb_keysym_t first, xcb_keysym_t second) const {
     for (size_t bit = 0; bit < m_rows.size(); ++bit)
@@ -158,8 +164,8 @@ quint8 selectKeyboardNotices(XcbClient &client) {
     xcb_xkb_select_events_details_t details{};
     details.affectNewKeyboard = details.newKeyboardDetails = XCB_XKB_NKN_DETAIL_KEYCODES;
     details.affectState = details.stateDetails = stateParts;
-    constexpr quint16 which = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY |
-                              XCB_XKB_EVENT_TYPE_STATE_NOTIFY;
+    constexpr quint16 which =
+        XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY | XCB_XKB_EVENT_TYPE_STATE_NOTIFY;
     constexpr quint16 mapParts = XCB_XKB_MAP_PART_KEY_SYMS | XCB_XKB_MAP_PART_MODIFIER_MAP;
     xcb_xkb_select_events_aux(connection, XCB_XKB_ID_USE_CORE_KBD, which, 0, XCB_XKB_EVENT_TYPE_MAP_NOTIFY, mapParts,
                               mapParts, &details);
@@ -200,8 +206,8 @@ KeyboardNotice keyboardState(XcbClient &client) {
     const auto *extension = xcb_get_extension_data(client.connection(), &xcb_xkb_id);
     if (!extension || !extension->present)
         return notice;
-    const auto state = client.reply<xcb_xkb_get_state_reply_t>(
-        xcb_xkb_get_state(client.connection(), XCB_XKB_ID_USE_CORE_KBD));
+    const auto state =
+        client.reply<xcb_xkb_get_state_reply_t>(xcb_xkb_get_state(client.connection(), XCB_XKB_ID_USE_CORE_KBD));
     if (!state)
         return notice;
     notice.isState = true;
