@@ -54,12 +54,14 @@ X11EventPoster::Chord X11EventPoster::chordFor(int keyCode, quint32 flags) {
     chord.keycode = xKeycode(keyCode).value_or(0);
     const int group = keyboardState(m_client).group;
     if (keyCode == virtualKey::v && (flags & modifierFlag::deviceIndependent) == modifierFlag::command) {
-        const PasteChord paste = pasteChordOfTarget();
+        // Programs know the chord by its letter, which a layout may have elsewhere, or not at all.
+        const int letter = m_keyboard.keycode('v', group);
+        PasteChord paste = pasteChordOfTarget();
+        if (letter == 0 && !paste.isInsert)
+            paste = {.hasControl = false, .hasShift = true, .isInsert = true, .pastesPrimary = paste.hasShift};
         hasControl = paste.hasControl;
         hasShift = paste.hasShift;
-        // Programs know the chord by its letter, which a layout may have elsewhere.
-        chord.keycode =
-            paste.isInsert ? *xKeycode(virtualKey::insert) : orElse(m_keyboard.keycode('v', group), chord.keycode);
+        chord.keycode = paste.isInsert ? *xKeycode(virtualKey::insert) : letter;
         if (paste.pastesPrimary)
             ownPrimary(m_text());
     }

@@ -2,7 +2,7 @@
 
 #include "adapters/x11/X11Screens.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QMouseEvent>
 #include <QPointer>
 #include <QVBoxLayout>
@@ -108,6 +108,10 @@ public:
         orderFrontRegardless();
         flush(); // the window must be known before it can be given the keyboard
         m_activator.activateWindow(own);
+        // Qt notices that a window lost the keyboard a moment after it is hidden. A panel that is shown before that
+        // counts as focused still, and would not be told when it is.
+        if (QGuiApplication::focusWindow() == m_widget.windowHandle() && !m_widget.isActiveWindow())
+            QApplication::setActiveWindow(&m_widget);
     }
 
     void orderFrontRegardless() override {
