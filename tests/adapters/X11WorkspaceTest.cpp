@@ -82,22 +82,6 @@ TEST_F(X11WorkspaceTest, leavingForOurOwnWindowTellsWhoWasLeft) {
     EXPECT_EQ(left.processIdentifier, program.processIdentifier());
 }
 
-TEST_F(X11WorkspaceTest, aReadRightAfterAChangeIsCorrectWithoutATurnOfTheLoop) {
-    const Program first(command, xterm(QStringLiteral("First")));
-    ASSERT_TRUE(comesToFront(QStringLiteral("First")));
-    const Program second(command, xterm(QStringLiteral("Second")));
-    ASSERT_TRUE(comesToFront(QStringLiteral("Second")));
-    for (int i = 0; i < 20; ++i) {
-        const QString next = i % 2 ? QStringLiteral("Second") : QStringLiteral("First");
-        // Returns once the window manager has written the new active window; nothing is dispatched here meanwhile.
-        static_cast<void>(
-            outputOf(QStringLiteral("xdotool"),
-                     {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--class"), next,
-                      QStringLiteral("windowactivate"), QStringLiteral("--sync")}));
-        EXPECT_EQ(frontmost().bundleIdentifier, next);
-    }
-}
-
 TEST_F(X11WorkspaceTest, aServerThatAnotherProgramHoldsDelaysAReadByAFractionOfASecond) {
     const Program program(command, xterm(QStringLiteral("Anything")));
     ASSERT_TRUE(comesToFront(QStringLiteral("Anything")));

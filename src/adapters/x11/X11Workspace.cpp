@@ -202,12 +202,17 @@ void X11Workspace::Private::watch(xcb_window_t window) {
 void X11Workspace::Private::refresh() {
     if (!m_client.isConnected())
         return;
-    if (!m_isManagerKnown)
-        lookForWindowManager();
-    const auto window = activeWindow();
-    // The events that were sent before the answer are here by now. One may tell that the window of that number is
-    // another one than before: numbers are used again.
-    m_client.drain();
+    // The events that were sent before an answer are here after it. One may tell that the window of that number is
+    // another one than before, since numbers are used again, or that a window manager came or went: then its word, or
+    // the focus, has to be asked for.
+    std::optional<xcb_window_t> window;
+    constexpr int mostTries = 3;
+    for (int tries = 0; tries == 0 || (!m_isManagerKnown && tries < mostTries); ++tries) {
+        if (!m_isManagerKnown)
+            lookForWindowManager();
+        window = activeWindow();
+        m_client.drain();
+    }
     if (!window)
         return;
     watch(m_focus);
