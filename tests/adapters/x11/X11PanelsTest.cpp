@@ -68,11 +68,16 @@ protected:
     void settle(std::chrono::milliseconds length = 150ms) {
         (void)waitUntil([] { return false; }, length);
     }
+    /// The window manager tells of it a moment after the keyboard has changed hands.
+    bool isInFront() {
+        const auto front = workspace.frontmostApplication();
+        return front && front->processIdentifier == QCoreApplication::applicationPid();
+    }
     bool showSearchPanel() {
         controller.toggleSearchPanel();
         return waitUntil([this] {
             return content && content->window()->isActiveWindow() && content->hasFocus() &&
-                   keyboard.focusedWindow() == content->window()->winId();
+                   keyboard.focusedWindow() == content->window()->winId() && isInFront();
         });
     }
     /// The window of a foreign program has the keyboard. Without a window manager somebody must give it.
