@@ -3,11 +3,14 @@
 #include "adapters/x11/X11Screens.h"
 
 #include <QApplication>
+#include <QHash>
 #include <QMouseEvent>
 #include <QPointer>
 #include <QVBoxLayout>
 #include <QWidget>
 #include <QWindow>
+
+#include <algorithm>
 
 #include <xcb/shape.h>
 
@@ -23,9 +26,12 @@ xcb_connection_t *qtConnection() {
 }
 
 xcb_atom_t atom(xcb_connection_t *connection, const char *name) {
+    static QHash<QByteArray, xcb_atom_t> known; // Qt has one connection for the life of the process
+    if (const auto found = known.constFind(name); found != known.cend())
+        return *found;
     const XcbReply<xcb_intern_atom_reply_t> answer{xcb_intern_atom_reply(
         connection, xcb_intern_atom(connection, 0, static_cast<quint16>(qstrlen(name)), name), nullptr)};
-    return answer ? answer->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+    return known[name] = answer ? answer->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
 }
 
 void setAtoms(xcb_connection_t *connection, xcb_window_t window, const char *property,
@@ -35,6 +41,39 @@ void setAtoms(xcb_connection_t *connection, xcb_window_t window, const char *pro
         atoms.push_back(atom(connection, name));
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atom(connection, property), XCB_ATOM_ATOM, 32,
                         static_cast<quint32>(atoms.size()), atoms.data());
+}
+
+void sendToRoot(xcb_connection_t *connection, xcb_window_t window, const char *message,
+                std::initializer_list<quint32> data) {
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = window;
+    event.type = atom(connection, message);
+    std::copy(data.begin(), data.end(), event.data.data32);
+    xcb_send_event(connection, 0, xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char *>(&event));
+}
+
+/// Says the states of a shown panel once more. A window manager clears them when a window goes, and may come to that
+/// only after a panel was described for its next showing.
+void repeatToWindowManager(QWindow &window, const PanelDescription &description) {
+    auto *connection = qtConnection();
+    if (!connection || !description.canBecomeKey)
+        return;
+    const auto id = static_cast<xcb_window_t>(window.winId());
+    constexpr quint32 add = 1;
+    constexpr quint32 ordinaryProgram = 1;
+    const auto addStates = [&](const char *first, const char *second) {
+        sendToRoot(connection, id, "_NET_WM_STATE",
+                   {add, atom(connection, first), second ? atom(connection, second) : 0, ordinaryProgram});
+    };
+    addStates("_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER");
+    if (description.level > windowLevel::normal)
+        addStates("_NET_WM_STATE_ABOVE", nullptr);
+    if (description.collectionBehavior & collectionBehavior::canJoinAllSpaces)
+        sendToRoot(connection, id, "_NET_WM_DESKTOP", {allDesktops, ordinaryProgram});
 }
 
 /// The widget of a panel: its content, and the drag by its background.
@@ -115,10 +154,13 @@ public:
     }
 
     void orderFrontRegardless() override {
-        if (!m_widget.isVisible())
+        const bool isNew = !m_widget.isVisible();
+        if (isNew)
             describeToDesktop(*m_widget.windowHandle(), m_description, m_ignoresMouseEvents);
         m_widget.show();
         m_widget.raise();
+        if (isNew)
+            repeatToWindowManager(*m_widget.windowHandle(), m_description);
     }
 
     void orderOut() override {

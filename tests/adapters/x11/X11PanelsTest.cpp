@@ -187,7 +187,7 @@ TEST_F(X11PanelsTest, aPanelStandsWhereItWasPut) {
 TEST_F(X11PanelsTest, aPanelIsInNoTaskBarOnAllDesktopsAndAbove) {
     ASSERT_TRUE(showSearchPanel());
     settle();
-    for (int round = 0; round < 2; ++round) { // the window manager forgets it in between
+    for (int round = 0; round < 5; ++round) { // the window manager forgets it in between
         QProcess xprop;
         xprop.start(QStringLiteral("xprop"), {QStringLiteral("-id"), QString::number(content->window()->winId()),
                                               QStringLiteral("_NET_WM_STATE"), QStringLiteral("_NET_WM_DESKTOP"),
