@@ -6,6 +6,7 @@
 #include <QHash>
 #include <QMouseEvent>
 #include <QPointer>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <QWidget>
 #include <QWindow>
@@ -17,6 +18,8 @@
 namespace tavrine {
 namespace {
 
+constexpr std::chrono::milliseconds activationCheck{150}; // a window manager at work needs 5 to 50
+constexpr int activationChecks = 3;
 constexpr quint32 allDesktops = 0xFFFFFFFF;
 
 // Requests about a window of Qt's go over Qt's connection, so that they keep their order with Qt's own.
@@ -151,6 +154,7 @@ public:
         // counts as focused still, and would not be told when it is.
         if (QGuiApplication::focusWindow() == m_widget.windowHandle() && !m_widget.isActiveWindow())
             QApplication::setActiveWindow(&m_widget);
+        QTimer::singleShot(activationCheck, &m_widget, [this] { insistOnKeyboard(activationChecks); });
     }
 
     void orderFrontRegardless() override {
@@ -190,6 +194,16 @@ public:
     void setOnMoved(std::function<void()> onMoved) override { m_widget.onMoved = std::move(onMoved); }
 
 private:
+    /// A request to be activated is lost when the keyboard changes hands between its time and the moment at which a
+    /// busy window manager comes to it. A panel that is shown and did not get the keyboard asks again.
+    void insistOnKeyboard(int checksLeft) {
+        const auto own = static_cast<xcb_window_t>(m_widget.winId());
+        if (checksLeft == 0 || !m_widget.isVisible() || m_activator.focusedWindow() == own)
+            return;
+        m_activator.activateWindow(own);
+        QTimer::singleShot(activationCheck, &m_widget, [this, checksLeft] { insistOnKeyboard(checksLeft - 1); });
+    }
+
     static void flush() {
         if (auto *connection = qtConnection())
             free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));

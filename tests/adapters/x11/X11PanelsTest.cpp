@@ -73,12 +73,20 @@ protected:
         const auto front = workspace.frontmostApplication();
         return front && front->processIdentifier == QCoreApplication::applicationPid();
     }
-    bool showSearchPanel() {
+    ::testing::AssertionResult showSearchPanel() {
         controller.toggleSearchPanel();
-        return waitUntil([this] {
+        const bool isShown = waitUntil([this] {
             return content && content->window()->isActiveWindow() && content->hasFocus() &&
                    keyboard.focusedWindow() == content->window()->winId() && isInFront();
         });
+        if (isShown)
+            return ::testing::AssertionSuccess();
+        const auto front = workspace.frontmostApplication();
+        return ::testing::AssertionFailure()
+               << "active " << content->window()->isActiveWindow() << ", focused " << content->hasFocus()
+               << ", visible " << content->window()->isVisible() << ", window " << content->window()->winId()
+               << ", keyboard in " << keyboard.focusedWindow() << ", in front "
+               << (front ? front->localizedName.toStdString() : "nothing");
     }
     /// The window of a foreign program has the keyboard. Without a window manager somebody must give it.
     bool giveKeyboardTo(ForeignWindow &window) {
