@@ -2,30 +2,48 @@
 
 #include "base/UserDefaults.h"
 
+#include <algorithm>
+
 namespace tavrine {
 namespace {
 
-constexpr auto classicText = "classic";
-constexpr auto searchText = "search";
+struct StoredText {
+    ClipboardExperience experience;
+    QLatin1String text;
+};
+
+constexpr std::array storedTexts{
+    StoredText{ClipboardExperience::classic, QLatin1String("classic")},
+    StoredText{ClipboardExperience::search, QLatin1String("search")},
+};
 
 } // namespace
 
+QString rawValue(ClipboardExperience experience) {
+    return std::ranges::find(storedTexts, experience, &StoredText::experience)->text;
+}
+
+std::optional<ClipboardExperience> clipboardExperienceFromRawValue(const QString &text) {
+    const auto *const found =
+        std::ranges::find_if(storedTexts, [&](const StoredText &entry) { return entry.text == text; });
+    return found == storedTexts.end() ? std::nullopt : std::optional(found->experience);
+}
+
 ClipboardExperienceSettings::ClipboardExperienceSettings(UserDefaults &defaults, QObject *parent)
     : QObject(parent), m_defaults(defaults) {
-    const QString migrationKey = QLatin1String(searchPrimaryMigrationKey);
-    if (!defaults.get<bool>(migrationKey, false)) {
-        setSelectedExperience(ClipboardExperience::search);
-        defaults.set(migrationKey, true);
-    } else if (defaults.get<QString>(QLatin1String(experienceKey)) == QLatin1String(classicText)) {
-        m_selectedExperience = ClipboardExperience::classic;
+    if (!defaults.get<bool>(QLatin1String(searchPrimaryMigrationKey), false)) {
+        defaults.set(QLatin1String(experienceKey), rawValue(m_selectedExperience));
+        defaults.set(QLatin1String(searchPrimaryMigrationKey), true);
+        return;
     }
+    const QString stored = defaults.get<QString>(QLatin1String(experienceKey), QString());
+    m_selectedExperience = clipboardExperienceFromRawValue(stored).value_or(ClipboardExperience::search);
 }
 
 void ClipboardExperienceSettings::setSelectedExperience(ClipboardExperience experience) {
     m_selectedExperience = experience;
     Q_EMIT selectedExperiencePublished(experience);
-    m_defaults.set(QLatin1String(experienceKey),
-                   QString(QLatin1String(experience == ClipboardExperience::classic ? classicText : searchText)));
+    m_defaults.set(QLatin1String(experienceKey), rawValue(experience));
 }
 
 } // namespace tavrine

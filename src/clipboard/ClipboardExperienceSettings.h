@@ -2,6 +2,9 @@
 
 #include <QObject>
 
+#include <array>
+#include <optional>
+
 namespace tavrine {
 
 class UserDefaults;
@@ -9,10 +12,14 @@ class UserDefaults;
 /// Which clipboard panel the trigger opens.
 enum class ClipboardExperience { classic, search };
 
-/// The choice of the panel. Lives on the main thread, as long as the process.
-///
-/// The search panel became the chosen one once for everybody, whatever was stored before; from then on the stored
-/// choice stands.
+inline constexpr std::array allClipboardExperiences{ClipboardExperience::classic, ClipboardExperience::search};
+
+/// The stored text of the choice, and its way back. None for any other text.
+[[nodiscard]] QString rawValue(ClipboardExperience experience);
+[[nodiscard]] std::optional<ClipboardExperience> clipboardExperienceFromRawValue(const QString &text);
+
+/// The person's choice of clipboard panel. One instance, made at first use, as long as the process; lives on the main
+/// thread. A change counts from the next opening of a panel.
 class ClipboardExperienceSettings : public QObject {
     Q_OBJECT
 
@@ -20,10 +27,10 @@ public:
     static constexpr auto experienceKey = "ClipboardExperience";
     static constexpr auto searchPrimaryMigrationKey = "ClipboardSearchPrimaryMigrationV1";
 
+    /// Once in the life of the preferences everyone is switched to the search panel, whatever was chosen before it.
     explicit ClipboardExperienceSettings(UserDefaults &defaults, QObject *parent = nullptr);
 
     [[nodiscard]] ClipboardExperience selectedExperience() const { return m_selectedExperience; }
-    /// Publishes and stores the choice.
     void setSelectedExperience(ClipboardExperience experience);
 
 Q_SIGNALS:

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "ports/EventPoster.h"
+
+#include <functional>
+#include <vector>
+
+namespace tavrine {
+
+/// Keeps what was posted, in order.
+class FakeEventPoster final : public EventPoster {
+public:
+    struct Posted {
+        int keyCode;
+        bool isKeyDown;
+        quint32 flags;
+        bool operator==(const Posted &) const = default;
+    };
+
+    void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) override {
+        m_posted.push_back({keyCode, isKeyDown, flags});
+        if (m_onPost)
+            m_onPost();
+    }
+
+    [[nodiscard]] const std::vector<Posted> &posted() const { return m_posted; }
+    /// Called at each event, to look at the world in that moment.
+    void setOnPost(std::function<void()> onPost) { m_onPost = std::move(onPost); }
+
+private:
+    std::vector<Posted> m_posted;
+    std::function<void()> m_onPost;
+};
+
+} // namespace tavrine

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "ports/PanelWindow.h"
+
+#include <vector>
+
+namespace tavrine {
+
+/// Panels without a screen. The one that was made key last and is visible has the keyboard.
+class FakePanelWindows final : public PanelWindows {
+public:
+    class Window final : public PanelWindow {
+    public:
+        Window(FakePanelWindows &desktop, PanelDescription description)
+            : m_desktop(desktop), m_description(std::move(description)),
+              m_frame(QPointF(0, 0), m_description.contentSize) {
+            m_desktop.m_windows.push_back(this);
+        }
+        ~Window() override {
+            orderOut();
+            std::erase(m_desktop.m_windows, this);
+        }
+
+        [[nodiscard]] bool isVisible() const override { return m_isVisible; }
+        [[nodiscard]] QRectF frame() const override { return m_frame; }
+        void setFrame(const QRectF &frame) override { m_frame = frame; }
+        [[nodiscard]] double alpha() const override { return m_alpha; }
+        void setAlpha(double alpha) override { m_alpha = alpha; }
+        void makeKeyAndOrderFront() override {
+            orderFrontRegardless();
+            if (m_description.canBecomeKey) {
+                std::erase(m_desktop.m_keys, this);
+                m_desktop.m_keys.push_back(this);
+            }
+        }
+        void orderFrontRegardless() override {
+            ++m_showings;
+            m_isVisible = true;
+        }
+        void orderOut() override {
+            m_isVisible = false;
+            std::erase(m_desktop.m_keys, this);
+        }
+        void setContentView(QWidget *content) override {
+            m_content = content;
+            ++m_contentChanges;
+        }
+        void setIgnoresMouseEvents(bool ignores) override { m_description.ignoresMouseEvents = ignores; }
+        void setOnMoved(std::function<void()> onMoved) override { m_onMoved = std::move(onMoved); }
+
+        /// The person drags the panel.
+        void moveByPerson(QPointF origin) {
+            m_frame.moveTopLeft(origin);
+            if (m_onMoved)
+                m_onMoved();
+        }
+        [[nodiscard]] const PanelDescription &description() const { return m_description; }
+        [[nodiscard]] bool isKey() const { return m_desktop.keyWindow() == this; }
+        [[nodiscard]] int showings() const { return m_showings; }
+        [[nodiscard]] int contentChanges() const { return m_contentChanges; }
+
+    private:
+        FakePanelWindows &m_desktop;
+        PanelDescription m_description;
+        QRectF m_frame;
+        QWidget *m_content = nullptr;
+        std::function<void()> m_onMoved;
+        double m_alpha = 1.0;
+        int m_showings = 0;
+        int m_contentChanges = 0;
+        bool m_isVisible = false;
+    };
+
+    [[nodiscard]] std::unique_ptr<PanelWindow> makePanel(const PanelDescription &description) override {
+        ++m_made;
+        return std::make_unique<Window>(*this, description);
+    }
+    [[nodiscard]] bool isComposited() const override { return m_isComposited; }
+
+    void setComposited(bool isComposited) { m_isComposited = isComposited; }
+    [[nodiscard]] int made() const { return m_made; }
+    [[nodiscard]] Window *keyWindow() const { return m_keys.empty() ? nullptr : m_keys.back(); }
+
+private:
+    std::vector<Window *> m_windows;
+    std::vector<Window *> m_keys;
+    int m_made = 0;
+    bool m_isComposited = true;
+};
+
+} // namespace tavrine

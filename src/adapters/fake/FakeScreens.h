@@ -1,0 +1,55 @@
+#pragma once
+
+#include "ports/Screens.h"
+
+#include <vector>
+
+namespace tavrine {
+
+/// A desk that a test arranges: one screen of 1440 by 900 with a menu bar of 24 on top, and the pointer in its corner.
+class FakeScreens final : public Screens {
+public:
+    [[nodiscard]] QList<Screen> screens() const override { return m_screens; }
+    [[nodiscard]] std::optional<Screen> mainScreen() const override {
+        if (m_screens.isEmpty())
+            return std::nullopt;
+        if (m_keyboardScreen >= 0 && m_keyboardScreen < m_screens.size())
+            return m_screens.at(m_keyboardScreen);
+        for (const Screen &screen : m_screens)
+            if (screen.frame.contains(m_mouse))
+                return screen;
+        return m_screens.first();
+    }
+    [[nodiscard]] QPointF mouseLocation() const override { return m_mouse; }
+    [[nodiscard]] quint32 pressedMouseButtons() const override { return m_buttons; }
+    [[nodiscard]] Token onChange(std::function<void()> handler) override {
+        auto token = std::make_shared<std::function<void()>>(std::move(handler));
+        m_listeners.push_back(token);
+        return token;
+    }
+
+    void setScreens(const QList<Screen> &screens) {
+        m_screens = screens;
+        const auto listeners = m_listeners;
+        for (const auto &listener : listeners)
+            if (const auto handler = listener.lock())
+                (*handler)();
+    }
+    /// The screen of the window that has the keyboard, by its place in the list; -1 for no window.
+    void setKeyboardScreen(int index) { m_keyboardScreen = index; }
+    void setMouseLocation(QPointF location) { m_mouse = location; }
+    void setPressedMouseButtons(quint32 buttons) { m_buttons = buttons; }
+
+private:
+    QList<Screen> m_screens{{.number = 1,
+                             .localizedName = QStringLiteral("Built-in"),
+                             .frame = QRectF(0, 0, 1440, 900),
+                             .visibleFrame = QRectF(0, 0, 1440, 876),
+                             .scale = 1.0}};
+    QPointF m_mouse{0, 0};
+    quint32 m_buttons = 0;
+    int m_keyboardScreen = 0;
+    std::vector<std::weak_ptr<std::function<void()>>> m_listeners;
+};
+
+} // namespace tavrine

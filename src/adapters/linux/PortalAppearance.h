@@ -1,0 +1,38 @@
+#pragma once
+
+#include "ports/Appearance.h"
+
+#include <QDBusConnection>
+#include <QDBusServiceWatcher>
+#include <QObject>
+#include <QVariantMap>
+
+class QDBusVariant;
+
+namespace tavrine {
+
+/// Appearance from the desktop portal's settings. A portal that is not running is not started; one that starts later is
+/// heard.
+class PortalAppearance final : public QObject, public Appearance {
+    Q_OBJECT
+public:
+    explicit PortalAppearance(const QDBusConnection &bus, QObject *parent = nullptr);
+
+    [[nodiscard]] DesktopAppearance settings() const override { return m_settings; }
+    void setOnChange(std::function<void()> onChange) override { m_onChange = std::move(onChange); }
+
+private Q_SLOTS:
+    void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);
+
+private:
+    void read();
+    void take(const DesktopAppearance &settings);
+
+    QDBusConnection m_bus;
+    QDBusServiceWatcher m_watcher;
+    DesktopAppearance m_settings;
+    std::function<void()> m_onChange;
+    quint64 m_reading = 0; // the number of the last question: answers to older ones are dropped
+};
+
+} // namespace tavrine

@@ -1,0 +1,263 @@
+#include "adapters/x11/X11EventMonitors.h"
+
+#include "base/VirtualKeys.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QWheelEvent>
+#include <QWindow>
+
+#include <algorithm>
+
+#include <xcb/xinput.h>
+
+namespace tavrine {
+namespace {
+
+// Held keys are compared with the server's after such a pause: releases get lost while another console is in front.
+constexpr quint32 pauseMs = 2000;
+
+quint32 flagsOf(Qt::KeyboardModifiers modifiers) {
+    quint32 flags = 0;
+    if (modifiers & Qt::ShiftModifier)
+        flags |= modifierFlag::shift;
+    if (modifiers & Qt::AltModifier)
+        flags |= modifierFlag::option;
+    // In the program's own windows the Control key gives the commands that Command gives elsewhere.
+    if (modifiers & (Qt::MetaModifier | Qt::ControlModifier))
+        flags |= modifierFlag::command;
+    return flags;
+}
+
+quint32 buttonType(Qt::MouseButton button) {
+    if (button == Qt::LeftButton)
+        return eventMask::leftMouseDown;
+    return button == Qt::RightButton ? eventMask::rightMouseDown : 0;
+}
+
+} // namespace
+
+class X11EventMonitors::Monitor final : public EventMonitor {
+public:
+    Monitor(X11EventMonitors &owner, std::shared_ptr<Entry> entry)
+        : m_owner(owner), m_alive(owner.m_alive), m_entry(std::move(entry)) {}
+    ~Monitor() override {
+        m_entry->handler = nullptr; // also for an event that is under way
+        if (!m_alive.expired())
+            m_owner.remove(m_entry);
+    }
+
+private:
+    X11EventMonitors &m_owner;
+    std::weak_ptr<int> m_alive;
+    std::shared_ptr<Entry> m_entry;
+};
+
+X11EventMonitors::X11EventMonitors() : m_client([this](const xcb_generic_event_t &event) { handle(event); }) {
+    if (!m_client.isConnected())
+        return;
+    const auto *extension = xcb_get_extension_data(m_client.connection(), &xcb_input_id);
+    // Clients of an earlier version get no raw events while another client holds a grab.
+    const auto version =
+        m_client.reply<xcb_input_xi_query_version_reply_t>(xcb_input_xi_query_version(m_client.connection(), 2, 2));
+    if (extension && extension->present && version)
+        m_inputOpcode = extension->major_opcode;
+    qApp->installEventFilter(this);
+}
+
+X11EventMonitors::~X11EventMonitors() = default;
+
+std::unique_ptr<EventMonitor> X11EventMonitors::addGlobalMonitor(quint32 mask, GlobalHandler handler) {
+    return add(m_global, mask, [handler = std::move(handler)](const InputEvent &event) {
+        handler(event);
+        return false;
+    });
+}
+
+std::unique_ptr<EventMonitor> X11EventMonitors::addLocalMonitor(quint32 mask, LocalHandler handler) {
+    return add(m_local, mask, std::move(handler));
+}
+
+std::unique_ptr<EventMonitor> X11EventMonitors::add(Entries &entries, quint32 mask, LocalHandler handler) {
+    entries.push_back(std::make_shared<Entry>(Entry{mask, std::move(handler)}));
+    auto monitor = std::make_unique<Monitor>(*this, entries.back());
+    select();
+    return monitor;
+}
+
+void X11EventMonitors::remove(const std::shared_ptr<Entry> &entry) {
+    std::erase(m_global, entry);
+    std::erase(m_local, entry);
+    select();
+}
+
+void X11EventMonitors::select() {
+    if (m_inputOpcode == 0)
+        return;
+    quint32 wanted = 0;
+    for (const auto &entry : m_global) {
+        if (entry->mask & (eventMask::keyDown | eventMask::flagsChanged))
+            wanted |= XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
+        if (entry->mask & (eventMask::leftMouseDown | eventMask::rightMouseDown))
+            wanted |= XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS;
+    }
+    for (const auto &entry : m_local)
+        if (entry->mask & eventMask::flagsChanged)
+            wanted |= XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
+    if (wanted == m_selected)
+        return;
+    const bool startsKeys = (wanted & ~m_selected) & XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS;
+    m_selected = wanted;
+    struct {
+        xcb_input_event_mask_t head;
+        quint32 mask;
+    } const selection{{XCB_INPUT_DEVICE_ALL_MASTER, 1}, wanted};
+    xcb_input_xi_select_events(m_client.connection(), m_client.root(), 1, &selection.head);
+    if (startsKeys) {
+        if (m_firstXkbEvent == 0)
+            m_firstXkbEvent = selectKeyboardNotices(m_client);
+        m_keyboard = X11Keyboard::read(m_client);
+        const KeyboardNotice state = keyboardState(m_client);
+        m_group = state.group;
+        m_isCapsLocked = state.isCapsLocked;
+        m_heldModifiers.clear();
+        for (const quint8 key : keysDown(m_client))
+            if (const quint32 flag = m_keyboard.modifierFlagOf(key, m_group))
+                m_heldModifiers[key] = flag;
+    }
+    m_client.flush();
+}
+
+void X11EventMonitors::handle(const xcb_generic_event_t &event) {
+    if ((event.response_type & 0x7f) == XCB_GE_GENERIC) {
+        const auto &generic = reinterpret_cast<const xcb_ge_generic_event_t &>(event);
+        if (generic.extension != m_inputOpcode)
+            return;
+        const auto &raw = reinterpret_cast<const xcb_input_raw_button_press_event_t &>(event);
+        if (generic.event_type == XCB_INPUT_RAW_KEY_PRESS || generic.event_type == XCB_INPUT_RAW_KEY_RELEASE)
+            onRawKey(static_cast<int>(raw.detail), generic.event_type == XCB_INPUT_RAW_KEY_PRESS, raw.time);
+        else if (generic.event_type == XCB_INPUT_RAW_BUTTON_PRESS)
+            onRawButton(raw.detail);
+        return;
+    }
+    const KeyboardNotice notice = keyboardNotice(event, m_firstXkbEvent);
+    if (notice.isMapping)
+        m_keyboard = X11Keyboard::read(m_client);
+    if (notice.isState) {
+        m_group = notice.group;
+        if (m_isCapsLocked != notice.isCapsLocked) {
+            m_isCapsLocked = notice.isCapsLocked;
+            tellFlags();
+        }
+    }
+}
+
+void X11EventMonitors::onRawKey(int keycode, bool isPress, quint32 time) {
+    forgetReleasedKeys(time);
+    if (!isPress) {
+        if (m_heldModifiers.erase(keycode) > 0) // a release that was told before changes nothing
+            tellFlags();
+        return;
+    }
+    if (const quint32 flag = m_keyboard.modifierFlagOf(keycode, m_group)) {
+        if (m_heldModifiers.emplace(keycode, flag).second) // a key that repeats is held already
+            tellFlags();
+        return;
+    }
+    if (m_keyboard.isLockKey(keycode) || QGuiApplication::focusWindow())
+        return; // keys of our own windows come from Qt
+    tell(m_global, {.type = eventMask::keyDown,
+                    .modifierFlags = flags(),
+                    .keyCode = virtualKeyOfXKeycode(keycode).value_or(-1),
+                    .scrollDelta = {}});
+}
+
+void X11EventMonitors::forgetReleasedKeys(quint32 time) {
+    const bool isAfterPause = time - m_lastTime > pauseMs;
+    m_lastTime = time;
+    if (!isAfterPause || m_heldModifiers.empty())
+        return;
+    const auto down = keysDown(m_client);
+    std::erase_if(m_heldModifiers, [&](const auto &held) {
+        return std::find(down.begin(), down.end(), static_cast<quint8>(held.first)) == down.end();
+    });
+}
+
+void X11EventMonitors::onRawButton(quint32 button) {
+    const quint32 type = button == 1 ? eventMask::leftMouseDown : button == 3 ? eventMask::rightMouseDown : 0;
+    if (type && !isPointerOverOurWindow())
+        tell(m_global, {.type = type, .modifierFlags = flags(), .keyCode = -1, .scrollDelta = {}});
+}
+
+bool X11EventMonitors::isPointerOverOurWindow() {
+    std::vector<xcb_window_t> ours;
+    const auto windows = QGuiApplication::topLevelWindows();
+    for (const QWindow *window : windows)
+        if (window->handle() && window->isVisible())
+            ours.push_back(static_cast<xcb_window_t>(window->winId()));
+    xcb_window_t window = m_client.root();
+    // Down from the root, through the window manager's frame; deeper than a few levels no program's window lies.
+    for (int depth = 0; depth < 8 && window != XCB_WINDOW_NONE; ++depth) {
+        const auto answer = m_client.reply<xcb_query_pointer_reply_t>(xcb_query_pointer(m_client.connection(), window));
+        if (!answer)
+            return false;
+        window = answer->child;
+        if (std::find(ours.begin(), ours.end(), window) != ours.end())
+            return true;
+    }
+    return false;
+}
+
+quint32 X11EventMonitors::flags() const {
+    quint32 all = m_isCapsLocked ? modifierFlag::capsLock : 0;
+    for (const auto &[keycode, flag] : m_heldModifiers)
+        all |= flag;
+    return all;
+}
+
+void X11EventMonitors::tellFlags() {
+    const InputEvent event{.type = eventMask::flagsChanged, .modifierFlags = flags(), .keyCode = -1, .scrollDelta = {}};
+    tell(QGuiApplication::focusWindow() ? m_local : m_global, event);
+}
+
+bool X11EventMonitors::tell(const Entries &entries, const InputEvent &event) {
+    const Entries present = entries; // a handler may add or end monitors
+    for (const auto &entry : present)
+        if (entry->mask & event.type)
+            if (const LocalHandler handler = entry->handler; handler && handler(event))
+                return true;
+    return false;
+}
+
+bool X11EventMonitors::eventFilter(QObject *watched, QEvent *event) {
+    // Qt hands an event to the window first and then to each widget: the first time is the one that counts.
+    if (m_local.empty() || !watched->isWindowType())
+        return false;
+    switch (event->type()) {
+    case QEvent::KeyPress: {
+        const auto &key = static_cast<const QKeyEvent &>(*event);
+        return tell(m_local, {.type = eventMask::keyDown,
+                              .modifierFlags = flagsOf(key.modifiers()),
+                              .keyCode = virtualKeyOfXKeycode(static_cast<int>(key.nativeScanCode())).value_or(-1),
+                              .scrollDelta = {}});
+    }
+    case QEvent::Wheel: {
+        const auto &wheel = static_cast<const QWheelEvent &>(*event);
+        return tell(m_local, {.type = eventMask::scrollWheel,
+                              .modifierFlags = flagsOf(wheel.modifiers()),
+                              .keyCode = -1,
+                              .scrollDelta = wheel.angleDelta()});
+    }
+    case QEvent::MouseButtonPress: {
+        const auto &mouse = static_cast<const QMouseEvent &>(*event);
+        const quint32 type = buttonType(mouse.button());
+        return type &&
+               tell(m_local,
+                    {.type = type, .modifierFlags = flagsOf(mouse.modifiers()), .keyCode = -1, .scrollDelta = {}});
+    }
+    default:
+        return false;
+    }
+}
+
+} // namespace tavrine

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "adapters/x11/X11Keyboard.h"
+#include "adapters/x11/XcbClient.h"
+#include "ports/EventMonitors.h"
+
+#include <QObject>
+
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace tavrine {
+
+/// Monitors over the raw events of XInput 2.2, and over Qt's events for what swallows.
+///
+/// Lives on the main thread, on a connection of its own that is told of raw events only while a monitor wants them.
+/// Raw events pass every grab and every drag; they carry no modifiers, so the keys that are down are kept here.
+/// Modifiers are told from the raw events for global and local monitors alike; keys, clicks and wheels of this
+/// program's windows come from Qt, where they can be swallowed.
+class X11EventMonitors final : public QObject, public EventMonitors {
+public:
+    X11EventMonitors();
+    ~X11EventMonitors() override;
+
+    [[nodiscard]] std::unique_ptr<EventMonitor> addGlobalMonitor(quint32 mask, GlobalHandler handler) override;
+    [[nodiscard]] std::unique_ptr<EventMonitor> addLocalMonitor(quint32 mask, LocalHandler handler) override;
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    class Monitor;
+    struct Entry {
+        quint32 mask;
+        LocalHandler handler;
+    };
+    using Entries = std::vector<std::shared_ptr<Entry>>;
+
+    [[nodiscard]] std::unique_ptr<EventMonitor> add(Entries &entries, quint32 mask, LocalHandler handler);
+    void remove(const std::shared_ptr<Entry> &entry);
+    void select();
+    void handle(const xcb_generic_event_t &event);
+    void onRawKey(int keycode, bool isPress, quint32 time);
+    void onRawButton(quint32 button);
+    void forgetReleasedKeys(quint32 time);
+    [[nodiscard]] quint32 flags() const;
+    void tellFlags();
+    bool tell(const Entries &entries, const InputEvent &event);
+    [[nodiscard]] bool isPointerOverOurWindow();
+
+    XcbClient m_client;
+    X11Keyboard m_keyboard;
+    Entries m_global;
+    Entries m_local;
+    std::map<int, quint32> m_heldModifiers; ///< keycode to the flag that it had when it was pressed
+    std::shared_ptr<int> m_alive = std::make_shared<int>();
+    quint32 m_selected = 0;
+    quint32 m_lastTime = 0;
+    int m_group = 0;
+    quint8 m_inputOpcode = 0;
+    quint8 m_firstXkbEvent = 0;
+    bool m_isCapsLocked = false;
+};
+
+} // namespace tavrine

@@ -1,0 +1,140 @@
+#include "adapters/x11/X11EventPoster.h"
+
+#include "base/VirtualKeys.h"
+#include "ports/EventMonitors.h"
+
+#include <algorithm>
+
+#include <xcb/xtest.h>
+
+namespace tavrine {
+namespace {
+
+constexpr xcb_window_t noWindow = XCB_WINDOW_NONE;
+constexpr int deepestWindow = 16;
+constexpr int controlPosition = 29 + xKeycodeOffset; // where a keyboard has these keys that is mapped unusually
+constexpr int shiftPosition = 42 + xKeycodeOffset;
+constexpr int altPosition = 56 + xKeycodeOffset;
+
+int orElse(int keycode, int fallback) {
+    return keycode ? keycode : fallback;
+}
+
+} // namespace
+
+X11EventPoster::X11EventPoster(std::function<QString()> text)
+    : m_client([this](const xcb_generic_event_t &event) { handle(event); }), m_text(std::move(text)) {
+    if (!m_client.isConnected())
+        return;
+    const auto *extension = xcb_get_extension_data(m_client.connection(), &xcb_test_id);
+    m_canPost = extension && extension->present;
+    m_window = xcb_generate_id(m_client.connection());
+    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(m_client.connection(), 0, m_window, m_client.root(), -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                      XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+    m_client.flush();
+}
+
+void X11EventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) {
+    if (!m_canPost || !m_client.isConnected())
+        return;
+    if (!isKeyDown) {
+        release();
+        return;
+    }
+    release(); // of a chord whose key-up never came
+    m_keyboard = X11Keyboard::read(m_client);
+    press(chordFor(keyCode, flags));
+}
+
+X11EventPoster::Chord X11EventPoster::chordFor(int keyCode, quint32 flags) {
+    bool hasControl = flags & (modifierFlag::control | modifierFlag::command);
+    bool hasShift = flags & modifierFlag::shift;
+    Chord chord;
+    chord.keycode = xKeycode(keyCode).value_or(0);
+    const int group = keyboardState(m_client).group;
+    if (keyCode == virtualKey::v && (flags & modifierFlag::deviceIndependent) == modifierFlag::command) {
+        // Programs know the chord by its letter, which a layout may have elsewhere, or not at all.
+        const int letter = m_keyboard.keycode('v', group);
+        PasteChord paste = pasteChordOfTarget();
+        if (letter == 0 && !paste.isInsert)
+            paste = {.hasControl = false, .hasShift = true, .isInsert = true, .pastesPrimary = paste.hasShift};
+        hasControl = paste.hasControl;
+        hasShift = paste.hasShift;
+        chord.keycode = paste.isInsert ? *xKeycode(virtualKey::insert) : letter;
+        if (paste.pastesPrimary)
+            ownPrimary(m_text());
+    }
+    if (hasControl)
+        chord.modifiers.push_back(orElse(m_keyboard.keycode(X11Keyboard::controlL, group), controlPosition));
+    if (hasShift)
+        chord.modifiers.push_back(orElse(m_keyboard.keycode(X11Keyboard::shiftL, group), shiftPosition));
+    if (flags & modifierFlag::option)
+        chord.modifiers.push_back(orElse(m_keyboard.keycode(X11Keyboard::altL, group), altPosition));
+    return chord;
+}
+
+void X11EventPoster::press(const Chord &wanted) {
+    if (wanted.keycode == 0)
+        return;
+    m_pressed = wanted;
+    const auto &modifiers = m_keyboard.modifierKeys();
+    std::vector<int> alreadyHeld;
+    for (const quint8 key : keysDown(m_client)) {
+        const bool isModifier = std::find(modifiers.begin(), modifiers.end(), key) != modifiers.end();
+        if (std::find(wanted.modifiers.begin(), wanted.modifiers.end(), key) != wanted.modifiers.end())
+            alreadyHeld.push_back(key);
+        else if ((isModifier && !m_keyboard.isLockKey(key)) || key == wanted.keycode)
+            m_pressed.released.push_back(key);
+    }
+    std::erase_if(m_pressed.modifiers,
+                  [&](int key) { return std::find(alreadyHeld.begin(), alreadyHeld.end(), key) != alreadyHeld.end(); });
+    // The chord's modifiers go down first: a lone Super or Alt that is let go opens a menu.
+    for (const int key : m_pressed.modifiers)
+        send(true, key);
+    for (const int key : m_pressed.released)
+        send(false, key);
+    send(true, m_pressed.keycode);
+    m_client.flush();
+}
+
+void X11EventPoster::release() {
+    if (m_pressed.keycode == 0)
+        return;
+    send(false, m_pressed.keycode);
+    for (const int key : m_pressed.released)
+        if (key != m_pressed.keycode)
+            send(true, key); // before the chord's own go: the receiver sees no lone modifier
+    for (auto key = m_pressed.modifiers.rbegin(); key != m_pressed.modifiers.rend(); ++key)
+        send(false, *key);
+    m_client.flush();
+    m_pressed = {};
+}
+
+void X11EventPoster::send(bool isPress, int keycode) {
+    xcb_test_fake_input(m_client.connection(), isPress ? XCB_KEY_PRESS : XCB_KEY_RELEASE, static_cast<quint8>(keycode),
+                        XCB_CURRENT_TIME, m_client.root(), 0, 0, 0);
+}
+
+PasteChord X11EventPoster::pasteChordOfTarget() {
+    auto *connection = m_client.connection();
+    const auto focus = m_client.reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection));
+    xcb_window_t window = focus ? focus->focus : noWindow;
+    if (window == XCB_INPUT_FOCUS_POINTER_ROOT) {
+        const auto pointer = m_client.reply<xcb_query_pointer_reply_t>(xcb_query_pointer(connection, m_client.root()));
+        window = pointer ? pointer->child : noWindow;
+    }
+    // The keyboard may be with a window inside the one that carries the class.
+    for (int depth = 0; depth < deepestWindow && window != XCB_WINDOW_NONE && window != m_client.root(); ++depth) {
+        const QByteArray text = m_client.text(m_client.ask(window, "WM_CLASS"));
+        if (!text.isEmpty()) {
+            const auto parts = text.split('\0');
+            return pasteChordFor(parts.at(0), parts.size() > 1 ? parts.at(1) : QByteArray());
+        }
+        const auto tree = m_client.reply<xcb_query_tree_reply_t>(xcb_query_tree(connection, window));
+        window = tree ? tree->parent : noWindow;
+    }
+    return {};
+}
+
+} // namespace tavrine

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "adapters/x11/PasteChord.h"
+#include "adapters/x11/X11Keyboard.h"
+#include "adapters/x11/XcbClient.h"
+#include "ports/EventPoster.h"
+
+#include <QString>
+
+#include <functional>
+#include <vector>
+
+namespace tavrine {
+
+/// Posts keys through the XTEST extension.
+///
+/// Lives on the main thread, on a connection of its own. Modifiers that are held are released before a chord, or the
+/// receiver would see another one, and pressed again after it.
+class X11EventPoster final : public EventPoster {
+public:
+    /// `text` gives the text that is being pasted: a program that pastes the primary selection gets it as that.
+    explicit X11EventPoster(std::function<QString()> text);
+
+    void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) override;
+
+    /// True when this server lets programs post events.
+    [[nodiscard]] bool canPost() const { return m_canPost; }
+
+private:
+    struct Chord {
+        int keycode = 0;
+        std::vector<int> modifiers; ///< keycodes, in the order of pressing
+        std::vector<int> released;  ///< held modifiers that were let go for it
+    };
+
+    void press(const Chord &wanted);
+    void release();
+    void send(bool isPress, int keycode);
+    [[nodiscard]] Chord chordFor(int keyCode, quint32 flags);
+    [[nodiscard]] PasteChord pasteChordOfTarget();
+    void handle(const xcb_generic_event_t &event);
+    void ownPrimary(const QString &text);
+    void answerRequest(const xcb_selection_request_event_t &request);
+
+    XcbClient m_client;
+    X11Keyboard m_keyboard;
+    std::function<QString()> m_text;
+    Chord m_pressed;
+    QByteArray m_primary; ///< what we own as the primary selection
+    xcb_window_t m_window = XCB_WINDOW_NONE;
+    quint32 m_ownedSince = 0;
+    quint32 m_serverTime = 0;
+    bool m_canPost = false;
+};
+
+} // namespace tavrine

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "adapters/x11/XcbClient.h"
+#include "ports/Screens.h"
+
+#include <QObject>
+
+class QScreen;
+
+namespace tavrine {
+
+/// A rectangle of Qt's plane (origin top left, y downwards) on the plane of `Screens`, and the other way round: the
+/// same turn, about the bottom left corner of the first screen.
+[[nodiscard]] QRectF flippedRect(const QRectF &rect);
+[[nodiscard]] QPointF flippedPoint(QPointF point);
+
+/// The screens as RandR tells them, through Qt, whose plane the windows are placed on; what task bars take of them from
+/// the window manager.
+///
+/// Lives on the main thread, on a connection of its own for the window manager's properties and the pointer.
+class X11Screens final : public QObject, public Screens {
+public:
+    X11Screens();
+
+    [[nodiscard]] QList<Screen> screens() const override;
+    [[nodiscard]] std::optional<Screen> mainScreen() const override;
+    [[nodiscard]] QPointF mouseLocation() const override;
+    [[nodiscard]] quint32 pressedMouseButtons() const override;
+    [[nodiscard]] Token onChange(std::function<void()> handler) override;
+
+private:
+    void watch(QScreen *screen);
+    void tellChange();
+    [[nodiscard]] std::vector<QRect> workAreas() const; ///< in device pixels
+    [[nodiscard]] std::optional<QPoint> middleOfFocusedWindow() const;
+
+    mutable XcbClient m_client; // asking reads from it
+    std::vector<std::weak_ptr<std::function<void()>>> m_listeners;
+    bool m_isChangePosted = false;
+};
+
+} // namespace tavrine

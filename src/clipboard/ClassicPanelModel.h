@@ -1,0 +1,107 @@
+#pragma once
+
+#include "base/NotificationCenter.h"
+#include "clipboard/ClipboardItem.h"
+
+#include <QList>
+#include <QObject>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace tavrine {
+
+class ClipboardManager;
+
+enum class ClassicPanelKeyAction { useItem, moveUp, moveDown };
+
+/// What a row of the classic panel reads.
+struct ClassicPanelRow {
+    QString title;          ///< the whole text: the view cuts it
+    QString fallbackSymbol; ///< of a file without a thumbnail; empty on a text item
+    bool showsPlayBadge = false;
+    struct Label {
+        QString text;
+        QString symbol;
+        bool operator==(const Label &) const = default;
+    };
+    QList<Label> labels; ///< "Pinned", "My Saved", both or none
+    QString savedToolTip;
+    bool operator==(const ClassicPanelRow &) const = default;
+};
+
+/// What the classic clipboard panel shows, selects and does: a plain list of the history, filtered in memory alone.
+///
+/// Belongs to the panel's view; lives on the main thread.
+///
+///  1. `shownItems` is made once for each change of the text or the history, never for a paint.
+///  2. Typing moves no selection: one that was filtered out is replaced at the next arrow key.
+///  3. Keys count only between `open` and `close`.
+class ClassicPanelModel : public QObject {
+    Q_OBJECT
+
+public:
+    static constexpr auto openedNotification = "floatingPanelOpened";
+    static constexpr auto settingsNotification = "openClipboardSettingsRequested";
+    static constexpr auto windowTitle = "Classic Clipboard";
+
+    struct EmptyState {
+        QString text;
+        QString symbol;
+    };
+
+    /// `orderOutAllWindows` takes every window of the program off the screen.
+    ClassicPanelModel(ClipboardManager &manager, NotificationCenter &center, std::function<void()> orderOutAllWindows,
+                      QObject *parent = nullptr);
+
+    /// The normal way to use an item. Without it the item is copied, and every window goes.
+    void setOnPaste(std::function<void(const ClipboardItem &)> onPaste) { m_onPaste = std::move(onPaste); }
+
+    [[nodiscard]] const QString &searchText() const { return m_searchText; }
+    void setSearchText(const QString &text);
+    [[nodiscard]] const std::optional<QUuid> &selectedItemID() const { return m_selectedItemID; }
+    [[nodiscard]] bool isPanelOpen() const { return m_isPanelOpen; }
+    [[nodiscard]] const std::vector<ClipboardItem> &shownItems() const { return m_shownItems; }
+    [[nodiscard]] EmptyState emptyState() const; ///< shown when no item is
+    [[nodiscard]] static ClassicPanelRow row(const ClipboardItem &item);
+
+    void close();
+    void moveSelection(int delta);
+    void useSelected();
+    // By mouse, on the shown item with that `id`.
+    void use(const QUuid &id);
+    void togglePin(const QUuid &id);
+    void toggleSaved(const QUuid &id);
+    void orderOutAllWindows() { m_orderOutAllWindows(); } ///< the header's button
+    void requestSettings();                               ///< the gear
+
+    [[nodiscard]] static std::optional<ClassicPanelKeyAction> keyAction(int keyCode);
+    /// True when the event is swallowed.
+    bool handleKeyDown(const QString &keyWindowTitle, int keyCode);
+
+Q_SIGNALS:
+    void searchTextChanged();
+    void shownItemsChanged();
+    void selectedItemIDChanged(); ///< the list scrolls to the row, animated
+    void isPanelOpenChanged();    ///< the view's key monitor stands while it is open
+
+private:
+    void open();
+    void rebuildShownItems();
+    void select(const std::optional<QUuid> &id);
+    void selectFirst();
+    [[nodiscard]] const ClipboardItem *shownItem(const std::optional<QUuid> &id) const;
+
+    ClipboardManager &m_manager;
+    NotificationCenter &m_center;
+    std::function<void()> m_orderOutAllWindows;
+    std::function<void(const ClipboardItem &)> m_onPaste;
+    QString m_searchText;
+    std::optional<QUuid> m_selectedItemID;
+    bool m_isPanelOpen = false;
+    std::vector<ClipboardItem> m_shownItems;
+    NotificationCenter::Token m_openedToken;
+};
+
+} // namespace tavrine

@@ -1,0 +1,215 @@
+#include "clipboard/ClipboardSearchModel.h"
+
+#include "base/CaseInsensitiveText.h"
+#include "base/Time.h"
+#include "clipboard/ClipboardManager.h"
+#include "clipboard/ClipboardRowActions.h"
+#include "clipboard/LinkRule.h"
+#include "ports/Alerts.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tavrine {
+
+ClipboardSearchModel::ClipboardSearchModel(Ports ports, QObject *parent) : QObject(parent), m_ports(ports) {
+    connect(&ports.manager, &ClipboardManager::historyChanged, this, &ClipboardSearchModel::historyChanged);
+    m_openedToken =
+        ports.center.addObserver(QLatin1String(openedNotification), [this](const Notification &) { open(); });
+    reload();
+    resetSelection();
+}
+
+void ClipboardSearchModel::open() {
+    m_query.clear();
+    m_selectedCategory = ClipboardSearchCategory::all;
+    Q_EMIT queryChanged();
+    Q_EMIT selectedCategoryChanged();
+    reload();
+    resetSelection();
+    m_ports.time.async(this, [this] { Q_EMIT searchFieldFocusWanted(); });
+}
+
+bool ClipboardSearchModel::hasQuery() const {
+    return std::ranges::any_of(m_query, [](QChar c) { return !c.isSpace(); });
+}
+
+void ClipboardSearchModel::setQuery(const QString &query) {
+    if (query == m_query)
+        return;
+    m_query = query;
+    Q_EMIT queryChanged();
+    reload();
+    resetSelection();
+}
+
+void ClipboardSearchModel::setSelectedCategory(ClipboardSearchCategory category) {
+    if (category == m_selectedCategory)
+        return;
+    m_selectedCategory = category;
+    Q_EMIT selectedCategoryChanged();
+    rebuildVisibleItems();
+    resetSelection();
+}
+
+void ClipboardSearchModel::historyChanged() {
+    reload();
+    if (!visibleItem(m_selectedID))
+        resetSelection();
+}
+
+void ClipboardSearchModel::reload() {
+    m_diskItems = m_ports.manager.searchItems(m_query);
+    m_links.clear();
+    rebuildVisibleItems();
+}
+
+bool ClipboardSearchModel::isLinkCached(const ClipboardItem &item) const {
+    const auto known = m_links.constFind(item.id);
+    return known != m_links.constEnd() ? *known : *m_links.insert(item.id, isLink(item));
+}
+
+bool ClipboardSearchModel::belongs(const ClipboardItem &item) const {
+    switch (m_selectedCategory) {
+    case ClipboardSearchCategory::all:
+        return !item.isSaved || hasQuery();
+    case ClipboardSearchCategory::mySave:
+        return item.isSaved;
+    case ClipboardSearchCategory::text:
+        return !item.isSaved && !item.imageFileName && !isLinkCached(item);
+    case ClipboardSearchCategory::images:
+        return !item.isSaved && item.imageFileName;
+    case ClipboardSearchCategory::links:
+        return !item.isSaved && isLinkCached(item);
+    case ClipboardSearchCategory::snippets:
+        return !item.isSaved && item.isPinned;
+    }
+    return false;
+}
+
+void ClipboardSearchModel::rebuildVisibleItems() {
+    // The text filter takes the query as it stands, blanks included.
+    const CaseInsensitiveText wanted(m_query);
+    std::array<std::vector<const ClipboardItem *>, 3> parts; // saved, pinned, rest
+    for (const ClipboardItem &item : m_diskItems) {
+        if (belongs(item) && wanted.isIn(item.content))
+            parts.at(item.isSaved ? 0 : item.isPinned ? 1 : 2).push_back(&item);
+    }
+    // Without a query a saved item shows in My Saved alone, so that part is empty elsewhere by itself.
+    static const std::array headers{QStringLiteral("My Saved"), QStringLiteral("Pinned Snippets"),
+                                    QStringLiteral("Recent Clipboard")};
+    m_visibleItems.clear();
+    m_sections.clear();
+    for (size_t part = 0; part < parts.size(); ++part) {
+        if (parts.at(part).empty())
+            continue;
+        m_sections.push_back({headers.at(part), m_visibleItems.size(), parts.at(part).size()});
+        for (const ClipboardItem *item : parts.at(part))
+            m_visibleItems.push_back(*item);
+    }
+    Q_EMIT visibleItemsChanged();
+}
+
+ClipboardSearchModel::EmptyState ClipboardSearchModel::emptyState() const {
+    if (m_query.isEmpty())
+        return {QStringLiteral("Your clipboard is empty"), QStringLiteral("clipboard")};
+    return {QStringLiteral("No clipboard items found"), QStringLiteral("magnifyingglass")};
+}
+
+ClipboardSearchRow ClipboardSearchModel::row(const ClipboardItem &item) const {
+    return clipboardSearchRow(item, isLinkCached(item), QLocale(), QTimeZone::systemTimeZone());
+}
+
+void ClipboardSearchModel::select(const std::optional<QUuid> &id) {
+    if (id == m_selectedID)
+        return;
+    m_selectedID = id;
+    Q_EMIT selectedIDChanged();
+}
+
+void ClipboardSearchModel::resetSelection() {
+    select(m_visibleItems.empty() ? std::nullopt : std::optional(m_visibleItems.front().id));
+}
+
+const ClipboardItem *ClipboardSearchModel::visibleItem(const std::optional<QUuid> &id) const {
+    if (!id)
+        return nullptr;
+    const auto found = std::ranges::find(m_visibleItems, *id, &ClipboardItem::id);
+    return found == m_visibleItems.end() ? nullptr : &*found;
+}
+
+void ClipboardSearchModel::moveSelection(int delta) {
+    if (m_visibleItems.empty())
+        return;
+    const ClipboardItem *selected = visibleItem(m_selectedID);
+    if (!selected)
+        return resetSelection();
+    const qsizetype last = static_cast<qsizetype>(m_visibleItems.size()) - 1;
+    const qsizetype index = std::clamp<qsizetype>(selected - m_visibleItems.data() + delta, 0, last);
+    select(m_visibleItems[static_cast<size_t>(index)].id);
+}
+
+void ClipboardSearchModel::moveCategory(int delta) {
+    setSelectedCategory(movedCategory(m_selectedCategory, delta));
+}
+
+void ClipboardSearchModel::pasteSelected() {
+    if (m_selectedID)
+        paste(QUuid(*m_selectedID));
+}
+
+void ClipboardSearchModel::paste(const QUuid &id) {
+    const ClipboardItem *item = visibleItem(id);
+    if (item && m_onPaste)
+        m_onPaste(ClipboardItem(*item)); // a copy: the list may change while it is pasted
+}
+
+void ClipboardSearchModel::togglePinOfSelected() {
+    if (const ClipboardItem *item = visibleItem(m_selectedID))
+        clipboardRow::togglePin(m_ports.manager, *item);
+}
+
+void ClipboardSearchModel::deleteSelected() {
+    if (const ClipboardItem *item = visibleItem(m_selectedID))
+        clipboardRow::remove(m_ports.manager, *item);
+}
+
+void ClipboardSearchModel::togglePin(const QUuid &id) {
+    if (!visibleItem(id))
+        return;
+    select(id);
+    togglePinOfSelected();
+}
+
+void ClipboardSearchModel::toggleSaved(const QUuid &id) {
+    const ClipboardItem *item = visibleItem(id);
+    if (!item)
+        return;
+    select(id);
+    clipboardRow::toggleSaved(m_ports.manager, *item);
+}
+
+void ClipboardSearchModel::deleteItem(const QUuid &id) {
+    if (!visibleItem(id))
+        return;
+    select(id);
+    deleteSelected();
+}
+
+void ClipboardSearchModel::addToMySaved() {
+    const Alert alert{QStringLiteral("Add to My Saved"),
+                      QStringLiteral("Create a custom clipboard item you use often."),
+                      {QStringLiteral("Save"), QStringLiteral("Cancel")}};
+    const auto text = m_ports.alerts.runModalForText(alert, savedTextWidth, savedTextHeight);
+    if (!text)
+        return;
+    m_ports.manager.addToMySaved(*text);
+    if (m_selectedCategory != ClipboardSearchCategory::mySave) {
+        m_selectedCategory = ClipboardSearchCategory::mySave;
+        Q_EMIT selectedCategoryChanged();
+    }
+    reload();
+    resetSelection();
+}
+
+} // namespace tavrine

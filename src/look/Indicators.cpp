@@ -1,0 +1,133 @@
+#include "look/Indicators.h"
+
+#include "look/Look.h"
+#include "look/Metrics.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tavrine::look {
+
+Spinner::Spinner(QWidget *parent) : QWidget(parent) {
+    setAccessibleName(QStringLiteral("Busy"));
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+void Spinner::showEvent(QShowEvent *) {
+    m_motion.run([this](Seconds passed) {
+        m_turn = std::fmod(m_turn + passed.count() / 0.9, 1.0); // one turn in 0.9 s
+        update();
+        return true;
+    });
+}
+
+void Spinner::hideEvent(QHideEvent *) {
+    m_motion.stop();
+}
+
+void Spinner::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    preparePainter(painter);
+    const Theme &theme = themeOf(this);
+    const qreal side = std::min(width(), height()) - 3;
+    const QRectF circle((width() - side) / 2, (height() - side) / 2, side, side);
+    painter.setPen(QPen(theme.control, 2));
+    painter.drawEllipse(circle);
+    painter.setPen(QPen(theme.secondaryText, 2, Qt::SolidLine, Qt::RoundCap));
+    painter.drawArc(circle, int(-m_turn * 360 * 16) + 90 * 16, -100 * 16);
+}
+
+ProgressBar::ProgressBar(QWidget *parent) : QWidget(parent) {
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+}
+
+void ProgressBar::setValue(double part) {
+    m_value = std::isnan(part) ? 0 : std::clamp(part, 0.0, 1.0);
+    const double from = m_shown;
+    m_motion.start(Seconds(0.2), easeOut, [this, from](double value) {
+        m_shown = from + (m_value - from) * value;
+        update();
+    });
+}
+
+void ProgressBar::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    preparePainter(painter);
+    const Theme &theme = themeOf(this);
+    const qreal corner = height() / 2.0;
+    fillRounded(painter, rect(), corner, theme.pressed);
+    if (m_shown > 0)
+        fillRounded(painter, QRectF(0, 0, std::max<qreal>(height(), width() * m_shown), height()), corner,
+                    theme.accent);
+}
+
+HintBar::HintBar(std::vector<KeyHint> leading, std::vector<KeyHint> trailing, QWidget *parent)
+    : QWidget(parent), m_leading(std::move(leading)), m_trailing(std::move(trailing)) {
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+}
+
+QSize HintBar::sizeHint() const {
+    return {200, height::footer};
+}
+
+void HintBar::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    preparePainter(painter);
+    const Theme &theme = themeOf(this);
+    // A hairline on top parts the bar from the list.
+    paintSeparator(painter, QRectF(0, 0, width(), 1.0 / devicePixelRatioF()), theme);
+    qreal right = width() - space::large;
+    for (auto hint = m_trailing.rbegin(); hint != m_trailing.rend(); ++hint) {
+        const qreal wide = keyHintWidth(*hint);
+        if (right - wide < space::large)
+            break; // what has no room is left out whole
+        paintKeyHint(painter, QRectF(right - wide, 0, wide + 1, height()), *hint, theme);
+        right -= wide + space::large;
+    }
+    qreal x = space::large;
+    for (const KeyHint &hint : m_leading) {
+        const qreal wide = keyHintWidth(hint);
+        if (x + wide > right)
+            break;
+        paintKeyHint(painter, QRectF(x, 0, wide + 1, height()), hint, theme);
+        x += wide + space::large;
+    }
+}
+
+Label::Label(const QString &text, TextRole role, Tone tone, QWidget *parent)
+    : QWidget(parent), m_text(text), m_role(role), m_tone(tone) {
+    setAccessibleName(text);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void Label::setText(const QString &text) {
+    if (text == m_text)
+        return;
+    m_text = text;
+    setAccessibleName(text);
+    updateGeometry();
+    update();
+}
+
+void Label::setAlignment(Qt::Alignment alignment) {
+    m_alignment = alignment;
+    update();
+}
+
+QSize Label::sizeHint() const {
+    return {int(std::ceil(lineWidth(m_text, m_role))) + 1, int(std::ceil(QFontMetricsF(fontFor(m_role)).height()))};
+}
+
+void Label::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    preparePainter(painter);
+    const Theme &theme = themeOf(this);
+    const QColor colours[] = {theme.text,       theme.secondaryText, theme.tertiaryText,
+                              theme.accentText, theme.dangerText,    theme.successText};
+    paintLine(painter, rect(), m_text, m_role, colours[size_t(m_tone)], m_alignment);
+}
+
+} // namespace tavrine::look

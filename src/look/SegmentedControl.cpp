@@ -1,0 +1,99 @@
+#include "look/SegmentedControl.h"
+
+#include "look/Control.h"
+#include "look/Look.h"
+#include "look/Metrics.h"
+#include "look/Paint.h"
+
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tavrine::look {
+namespace {
+
+constexpr int inset = 2;
+constexpr int padding = 14;
+
+class Segment final : public Control {
+public:
+    Segment(const QString &text, QWidget *parent) : Control(parent) {
+        setText(text);
+        setCheckable(true);
+        setAutoExclusive(true);
+    }
+
+protected:
+    void paint(QPainter &painter) override {
+        const Theme &colours = theme();
+        const QColor ink = isChecked() ? colours.text : mixed(colours.secondaryText, colours.text, hoverPart());
+        paintLine(painter, rect(), text(), TextRole::callout, ink, Qt::AlignHCenter);
+    }
+};
+
+} // namespace
+
+SegmentedControl::SegmentedControl(const QStringList &texts, QWidget *parent) : QWidget(parent) {
+    for (const QString &text : texts) {
+        auto *one = new Segment(text, this);
+        const int index = int(m_segments.size());
+        one->setChecked(index == 0);
+        connect(one, &QAbstractButton::clicked, this, [this, index] {
+            if (index == m_current)
+                return;
+            setCurrent(index);
+            Q_EMIT chosen(index);
+        });
+        m_segments.push_back(one);
+    }
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+void SegmentedControl::setCurrent(int index) {
+    if (index < 0 || index >= int(m_segments.size()) || index == m_current)
+        return;
+    m_current = index;
+    m_segments[size_t(index)]->setChecked(true);
+    const double from = m_plate;
+    m_motion.start(Spring::responding(0.3, 0.825), [this, from, index](double value) {
+        m_plate = from + (index - from) * value;
+        update();
+    });
+}
+
+QSize SegmentedControl::sizeHint() const {
+    qreal widest = 0;
+    for (const Control *one : m_segments)
+        widest = std::max(widest, lineWidth(one->text(), TextRole::callout));
+    const int each = int(std::ceil(widest)) + 2 * padding;
+    return {each * int(m_segments.size()) + 2 * inset, height::control};
+}
+
+QRectF SegmentedControl::segment(double index) const {
+    const QRectF track = QRectF(rect()).adjusted(inset, inset, -inset, -inset);
+    const qreal each = track.width() / qreal(std::max<size_t>(1, m_segments.size()));
+    return {track.left() + index * each, track.top(), each, track.height()};
+}
+
+void SegmentedControl::resizeEvent(QResizeEvent *event) {
+    for (size_t i = 0; i < m_segments.size(); ++i)
+        m_segments[i]->setGeometry(segment(double(i)).toAlignedRect());
+    QWidget::resizeEvent(event);
+}
+
+void SegmentedControl::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    preparePainter(painter);
+    const Theme &theme = themeOf(this);
+    const QRectF track = rect();
+    fillRounded(painter, track, radius::control, theme.control);
+    const QRectF plate = segment(m_plate);
+    const qreal corner = radius::control - inset;
+    if (!theme.isDark)
+        fillRounded(painter, plate.translated(0, 1), corner, QColor(0, 0, 0, 22));
+    fillRounded(painter, plate, corner, theme.isDark ? QColor(255, 255, 255, 44) : theme.elevated);
+    strokeHairline(painter, plate, corner, theme.separator);
+}
+
+} // namespace tavrine::look

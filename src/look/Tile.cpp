@@ -1,0 +1,169 @@
+#include "look/Tile.h"
+
+#include "look/Look.h"
+#include "look/Metrics.h"
+#include "look/Paint.h"
+#include "look/Symbols.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace tavrine::look {
+namespace {
+
+constexpr qreal disc = 36;
+constexpr int plate = 28;
+
+} // namespace
+
+Tile::Tile(const QString &symbol, const QString &title, const QString &subtitle, Kind kind, QWidget *parent)
+    : Control(parent), m_symbol(symbol), m_subtitle(subtitle) {
+    setText(title);
+    setAccessibleDescription(subtitle);
+    setCheckable(kind == Kind::toggle);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    connect(this, &QAbstractButton::toggled, this, [this](bool isOn) {
+        const double from = m_onPart;
+        const double to = isOn ? 1 : 0;
+        m_motion.start(duration::toggle, easeInOut, [this, from, to](double value) {
+            m_onPart = from + (to - from) * value;
+            update();
+        });
+    });
+}
+
+void Tile::setSubtitle(const QString &subtitle) {
+    m_subtitle = subtitle;
+    setAccessibleDescription(subtitle);
+    update();
+}
+
+void Tile::setTitle(const QString &title) {
+    setText(title);
+    update();
+}
+
+qreal Tile::cornerRadius() const {
+    return radius::card;
+}
+
+void Tile::paint(QPainter &painter) {
+    const Theme &colours = theme();
+    const QRectF body = rect();
+    fillRounded(painter, body, radius::card, ground(colours.elevated));
+    strokeHairline(painter, body, radius::card, colours.isDark ? colours.separator : colours.outline);
+
+    const QRectF circle(body.left() + 10, std::round(body.center().y() - disc / 2), disc, disc);
+    fillRounded(painter, circle, disc / 2, mixed(colours.control, colours.accent, m_onPart));
+    paintSymbol(painter, circle, m_symbol, symbolsize::large, m_onPart > 0.5 ? colours.onAccent : colours.text);
+
+    const qreal left = circle.right() + 10;
+    const qreal width = body.right() - 8 - left;
+    const qreal middle = body.center().y();
+    if (m_subtitle.isEmpty()) {
+        paintLine(painter, QRectF(left, body.top(), width, body.height()), text(), TextRole::bodyStrong, colours.text);
+        return;
+    }
+    paintLine(painter, QRectF(left, middle - 17, width, 17), text(), TextRole::bodyStrong, colours.text);
+    paintLine(painter, QRectF(left, middle + 1, width, 15), m_subtitle, TextRole::caption, colours.secondaryText);
+}
+
+SettingsRow::SettingsRow(const QString &symbol, const QString &title, const QString &note, QWidget *parent)
+    : QWidget(parent), m_symbol(symbol), m_title(title), m_note(note) {
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+}
+
+void SettingsRow::setTrailing(QWidget *widget) {
+    m_trailing = widget;
+    widget->setParent(this);
+    if (widget->accessibleName().isEmpty()) {
+        const auto *button = qobject_cast<QAbstractButton *>(widget);
+        if (!button || button->text().isEmpty())
+            widget->setAccessibleName(m_title);
+    }
+    updateGeometry();
+}
+
+void SettingsRow::setNote(const QString &note) {
+    m_note = note;
+    updateGeometry();
+    update();
+}
+
+void SettingsRow::setPlate(const QColor &colour) {
+    m_plate = colour;
+    update();
+}
+
+QSize SettingsRow::sizeHint() const {
+    return {420, m_note.isEmpty() ? 48 : 58};
+}
+
+void SettingsRow::resizeEvent(QResizeEvent *event) {
+    if (m_trailing) {
+        const QSize size = m_trailing->sizeHint();
+        m_trailing->setGeometry(
+            QRect(QPoint(width() - space::medium - size.width(), (height() - size.height()) / 2), size));
+    }
+    QWidget::resizeEvent(event);
+}
+
+void SettingsRow::mouseReleaseEvent(QMouseEvent *event) {
+    auto *button = qobject_cast<QAbstractButton *>(m_trailing);
+    if (button && button->isCheckable() && event->button() == Qt::LeftButton && rect().contains(event->pos()))
+        button->click();
+}
+
+void SettingsRow::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    preparePainter(painter);
+    const Theme &theme = themeOf(this);
+    qreal left = space::medium;
+    if (!m_symbol.isEmpty()) {
+        const QRectF place(left, std::round((height() - plate) / 2.0), plate, plate);
+        const bool isColoured = m_plate.isValid();
+        paintSymbolPlate(painter, place, m_symbol, isColoured ? m_plate : theme.control,
+                         isColoured ? QColor(Qt::white) : theme.text);
+        left = place.right() + space::medium;
+    }
+    const qreal right = (m_trailing ? m_trailing->x() : width()) - space::medium;
+    if (m_note.isEmpty()) {
+        paintLine(painter, QRectF(left, 0, right - left, height()), m_title, TextRole::body, theme.text);
+        return;
+    }
+    const qreal middle = height() / 2.0;
+    paintLine(painter, QRectF(left, middle - 19, right - left, 18), m_title, TextRole::body, theme.text);
+    paintLine(painter, QRectF(left, middle + 1, right - left, 16), m_note, TextRole::caption, theme.secondaryText);
+}
+
+Card::Card(QWidget *parent) : QWidget(parent) {
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+}
+
+void Card::add(QWidget *widget) {
+    m_rows.push_back(widget);
+    layout()->addWidget(widget);
+}
+
+void Card::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    preparePainter(painter);
+    const Theme &theme = themeOf(this);
+    paintCard(painter, rect(), theme);
+    const QWidget *previous = nullptr;
+    for (const QWidget *row : m_rows) {
+        if (row->isHidden())
+            continue;
+        if (previous)
+            paintSeparator(painter, QRectF(previous->geometry()).adjusted(space::medium, 0, -space::medium, 0), theme);
+        previous = row;
+    }
+}
+
+} // namespace tavrine::look

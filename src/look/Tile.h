@@ -1,0 +1,81 @@
+#pragma once
+
+#include "look/Control.h"
+
+#include <QWidget>
+
+#include <vector>
+
+namespace tavrine::look {
+
+/// A tile of a grid of controls: a symbol on a disc, a title and a line under it. A checkable tile is a switch whose
+/// disc is filled while it is on.
+class Tile : public Control {
+    Q_OBJECT
+public:
+    enum class Kind { action, toggle };
+    Tile(const QString &symbol, const QString &title, const QString &subtitle, Kind kind = Kind::action,
+         QWidget *parent = nullptr);
+
+    /// An empty subtitle centres the title.
+    void setSubtitle(const QString &subtitle);
+    void setTitle(const QString &title);
+
+    [[nodiscard]] QSize sizeHint() const override { return {133, 56}; }
+    [[nodiscard]] QSize minimumSizeHint() const override { return {100, 48}; }
+
+protected:
+    void paint(QPainter &painter) override;
+    [[nodiscard]] qreal cornerRadius() const override;
+
+private:
+    QString m_symbol;
+    QString m_subtitle;
+    Motion m_motion;
+    double m_onPart = 0;
+};
+
+/// A row of a card: a symbol on a plate, a title, a note under it, and a widget at the right end.
+class SettingsRow : public QWidget {
+    Q_OBJECT
+public:
+    SettingsRow(const QString &symbol, const QString &title, const QString &note = {}, QWidget *parent = nullptr);
+
+    /// Takes the widget over. A widget without words is called by the row's title.
+    void setTrailing(QWidget *widget);
+    void setNote(const QString &note);
+    /// The plate's colour; none: a grey one.
+    void setPlate(const QColor &colour);
+
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override { return {200, sizeHint().height()}; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    /// A click anywhere on the row presses what stands at its end.
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    QString m_symbol;
+    QString m_title;
+    QString m_note;
+    QColor m_plate;
+    QWidget *m_trailing = nullptr;
+};
+
+/// A rounded ground that holds widgets one under the other, with separators between them.
+class Card : public QWidget {
+    Q_OBJECT
+public:
+    explicit Card(QWidget *parent = nullptr);
+    void add(QWidget *widget);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    std::vector<QWidget *> m_rows;
+};
+
+} // namespace tavrine::look

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "ports/Workspace.h"
+
+namespace tavrine {
+
+/// Brings programs to the front. Lives on the main thread. The workspace tells when it happened.
+class ApplicationActivator {
+public:
+    virtual ~ApplicationActivator() = default;
+
+    /// True while the program runs and has a window that can be brought forward.
+    [[nodiscard]] virtual bool isRunning(const RunningApplication &application) const = 0;
+
+    /// Asks the desktop to bring the program to the front and give it the keyboard. False when it is gone. The change
+    /// itself comes later, or not at all where the desktop refuses.
+    virtual bool activate(const RunningApplication &application) = 0;
+
+    /// Makes this program the one that may take the keyboard, ahead of all others.
+    virtual void activateIgnoringOtherApps() = 0;
+
+    /// This program gives way to what is behind it.
+    virtual void hide() = 0;
+};
+
+} // namespace tavrine

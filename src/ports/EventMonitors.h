@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QPoint>
+#include <QtGlobal>
+
+#include <functional>
+#include <memory>
+
+namespace tavrine {
+
+/// Kinds of events, as bits of a mask.
+namespace eventMask {
+inline constexpr quint32 leftMouseDown = 1U << 1;
+inline constexpr quint32 rightMouseDown = 1U << 3;
+inline constexpr quint32 keyDown = 1U << 10;
+inline constexpr quint32 flagsChanged = 1U << 12;
+inline constexpr quint32 scrollWheel = 1U << 22;
+} // namespace eventMask
+
+/// Modifier keys that are down, as bits. The low 16 bits carry nothing that anybody may rely on.
+namespace modifierFlag {
+inline constexpr quint32 capsLock = 0x10000; ///< the lock is on
+inline constexpr quint32 shift = 0x20000;
+inline constexpr quint32 control = 0x40000;
+inline constexpr quint32 option = 0x80000;
+inline constexpr quint32 command = 0x100000;
+inline constexpr quint32 function = 0x800000; ///< any other key that shifts what keys mean
+inline constexpr quint32 deviceIndependent = 0xFFFF0000;
+} // namespace modifierFlag
+
+/// What a monitor is told of one event.
+struct InputEvent {
+    quint32 type = 0; ///< one bit of the mask
+    quint32 modifierFlags = 0;
+    int keyCode = -1;   ///< virtual key code of a key event; -1 for keys that have none
+    QPoint scrollDelta; ///< of a scroll-wheel event, in eighths of a degree
+};
+
+/// A monitor that is at work. Destroying it ends it: its handler is not called again.
+class EventMonitor {
+public:
+    virtual ~EventMonitor() = default;
+};
+
+/// Watches over keyboard and mouse. Lives on the main thread, as long as the process.
+///
+///  1. Every event is told to either the global or the local monitors of its kind: to the global ones when it goes to
+///     another program, to the local ones when it goes to a window of this program.
+///  2. Global monitors see events while another program holds a grab or a drag is under way, and change nothing.
+///  3. A flags-changed event tells the flags after the change. A key that repeats makes none. Option is either Alt
+///     key as the layout has it; the key that reaches a third level of the layout is none.
+///  4. A local monitor may swallow a key or a scroll event; then nothing else in the program sees it.
+class EventMonitors {
+public:
+    using GlobalHandler = std::function<void(const InputEvent &)>;
+    /// Returns true to swallow the event.
+    using LocalHandler = std::function<bool(const InputEvent &)>;
+
+    virtual ~EventMonitors() = default;
+
+    [[nodiscard]] virtual std::unique_ptr<EventMonitor> addGlobalMonitor(quint32 mask, GlobalHandler handler) = 0;
+    [[nodiscard]] virtual std::unique_ptr<EventMonitor> addLocalMonitor(quint32 mask, LocalHandler handler) = 0;
+};
+
+} // namespace tavrine

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <functional>
+#include <optional>
+
+namespace tavrine {
+
+/// Names a hot key among all: whose it is, and which of that owner's.
+struct HotKeyId {
+    quint32 signature = 0;
+    quint32 id = 0;
+    bool operator==(const HotKeyId &) const = default;
+};
+
+/// What a registration gives back; means something to the port that gave it and to nobody else.
+using HotKeyRef = quint32;
+
+/// Modifiers of a hot key.
+namespace hotKeyModifier {
+inline constexpr quint32 command = 256;
+inline constexpr quint32 shift = 512;
+inline constexpr quint32 option = 2048;
+inline constexpr quint32 control = 4096;
+} // namespace hotKeyModifier
+
+/// Key combinations that reach this program whichever program has the keyboard. Lives on the main thread, as long as
+/// the process.
+///
+///  1. A press is told once, however long the key is held, and whatever lock keys are on.
+///  2. A press counts only with exactly the modifiers that were registered.
+///  3. A combination that another program holds cannot be registered; neither can one that is registered here.
+///  4. A registration holds through a change of the keyboard layout: it belongs to the key's position.
+///  5. Presses while no handler is installed are lost.
+class HotKeys {
+public:
+    using Handler = std::function<void(HotKeyId)>;
+
+    virtual ~HotKeys() = default;
+
+    /// Calls `handler` for every press from now on; it takes the place of an earlier one.
+    virtual void installHandler(Handler handler) = 0;
+    virtual void removeHandler() = 0;
+
+    /// `keyCode` is a virtual key code. None when the combination is taken or there is no such key.
+    [[nodiscard]] virtual std::optional<HotKeyRef> registerHotKey(int keyCode, quint32 modifiers, HotKeyId id) = 0;
+    virtual void unregisterHotKey(HotKeyRef ref) = 0;
+};
+
+} // namespace tavrine

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <QRectF>
+#include <QSizeF>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+class QWidget;
+
+namespace tavrine {
+
+/// How high a window floats.
+namespace windowLevel {
+inline constexpr int normal = 0;
+inline constexpr int floating = 3;
+inline constexpr int mainMenu = 24;
+inline constexpr int status = 25;
+inline constexpr int popUpMenu = 101;
+inline constexpr int screenSaver = 1000;
+} // namespace windowLevel
+
+/// Where a window is, among desktops and full-screen windows, as bits.
+namespace collectionBehavior {
+inline constexpr quint32 canJoinAllSpaces = 1;
+inline constexpr quint32 stationary = 16;
+inline constexpr quint32 ignoresCycle = 64;
+inline constexpr quint32 fullScreenAuxiliary = 256;
+} // namespace collectionBehavior
+
+/// Whether other programs may see the window's pixels.
+enum class WindowSharing { none = 0, readOnly = 1 };
+
+/// What a panel is, for the desktop.
+struct PanelDescription {
+    QString title;
+    QSizeF contentSize;
+    int level = windowLevel::floating;
+    quint32 collectionBehavior = collectionBehavior::canJoinAllSpaces | collectionBehavior::fullScreenAuxiliary;
+    bool canBecomeKey = true; ///< takes the keyboard when it is made key
+    bool isClear = true;      ///< shows what is behind wherever its content draws nothing
+    bool hasShadow = true;
+    bool isMovableByBackground = false;
+    bool ignoresMouseEvents = false; ///< clicks go to what is behind
+    WindowSharing sharing = WindowSharing::readOnly;
+};
+
+/// A panel over whatever the person works in. Lives on the main thread; its owner is who made it.
+///
+///  1. It has no frame, appears on every desktop, in no task bar and in no pager, and above full-screen windows.
+///  2. Being made key gives it the keyboard; being ordered out gives the keyboard back to where it was.
+///  3. Frames are in points with the origin at the bottom left, as `Screens` tells them.
+class PanelWindow {
+public:
+    virtual ~PanelWindow() = default;
+
+    [[nodiscard]] virtual bool isVisible() const = 0;
+    [[nodiscard]] virtual QRectF frame() const = 0;
+    virtual void setFrame(const QRectF &frame) = 0;
+    /// 0 is invisible, 1 opaque. Without a compositor only 1 can be seen.
+    [[nodiscard]] virtual double alpha() const = 0;
+    virtual void setAlpha(double alpha) = 0;
+
+    /// Shows it and gives it the keyboard, unless it cannot become key.
+    virtual void makeKeyAndOrderFront() = 0;
+    /// Shows it above the others and leaves the keyboard where it is.
+    virtual void orderFrontRegardless() = 0;
+    virtual void orderOut() = 0;
+
+    /// The panel takes the content over and destroys it with itself or with the next. Null for none.
+    virtual void setContentView(QWidget *content) = 0;
+    virtual void setIgnoresMouseEvents(bool ignores) = 0;
+
+    /// Called after the person, and not the program, moved it.
+    virtual void setOnMoved(std::function<void()> onMoved) = 0;
+};
+
+/// Makes panels.
+class PanelWindows {
+public:
+    virtual ~PanelWindows() = default;
+    /// A panel that is ordered out, without content.
+    [[nodiscard]] virtual std::unique_ptr<PanelWindow> makePanel(const PanelDescription &description) = 0;
+    /// True while the desktop can draw windows that let others show through: without it fades have no meaning.
+    [[nodiscard]] virtual bool isComposited() const = 0;
+};
+
+} // namespace tavrine

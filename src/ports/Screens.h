@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QList>
+#include <QPointF>
+#include <QRectF>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tavrine {
+
+/// One screen. Geometry throughout is in points; the origin of the plane is the bottom left corner of the first
+/// screen, and y grows upwards.
+struct Screen {
+    quint32 number = 0; ///< names the screen while it is connected
+    QString localizedName;
+    QRectF frame;
+    QRectF visibleFrame; ///< the frame without task bars and the like
+    double scale = 1.0;  ///< device pixels per point
+    bool operator==(const Screen &) const = default;
+};
+
+/// Edges of such rectangles: `QRectF` calls the lower edge its top.
+[[nodiscard]] inline double minY(const QRectF &rect) {
+    return rect.y();
+}
+[[nodiscard]] inline double maxY(const QRectF &rect) {
+    return rect.y() + rect.height();
+}
+
+/// The screens of the desktop and the pointer on them. Lives on the main thread, as long as the process.
+class Screens {
+public:
+    /// Keeps a listener; releasing it ends the listening.
+    using Token = std::shared_ptr<void>;
+
+    virtual ~Screens() = default;
+
+    /// All screens, that at the origin first. Empty without any.
+    [[nodiscard]] virtual QList<Screen> screens() const = 0;
+
+    /// The screen of the window that has the keyboard; with none, the one under the pointer, else the first. None
+    /// only when there is no screen.
+    [[nodiscard]] virtual std::optional<Screen> mainScreen() const = 0;
+
+    [[nodiscard]] virtual QPointF mouseLocation() const = 0;
+
+    /// Bit 0 is the left button, bit 1 the right one, bit 2 the middle one.
+    [[nodiscard]] virtual quint32 pressedMouseButtons() const = 0;
+
+    /// Calls `handler` after screens came, went, moved, or changed their visible frame.
+    [[nodiscard]] virtual Token onChange(std::function<void()> handler) = 0;
+};
+
+} // namespace tavrine

@@ -1,0 +1,41 @@
+#include "shell/OnboardingModel.h"
+
+#include "base/UserDefaults.h"
+#include "ports/UrlOpener.h"
+
+namespace tavrine {
+
+OnboardingModel::OnboardingModel(Ports ports, std::function<void()> onClose, QObject *parent)
+    : QObject(parent), m_ports(ports), m_onClose(std::move(onClose)), m_permissionChecker(ports.access, ports.time) {}
+
+bool OnboardingModel::hasCompletedOnboarding() const {
+    return m_ports.defaults.get<bool>(QLatin1String(completedKey), false);
+}
+
+void OnboardingModel::setCurrentPage(Page page) {
+    if (page == m_currentPage)
+        return;
+    m_goingForward = page > m_currentPage;
+    m_currentPage = page;
+    Q_EMIT currentPageChanged();
+}
+
+void OnboardingModel::goForward() {
+    switch (m_currentPage) {
+    case Page::welcome:
+        return setCurrentPage(Page::features);
+    case Page::features:
+        return setCurrentPage(Page::permissions);
+    case Page::permissions:
+        m_ports.defaults.set(QLatin1String(completedKey), true);
+        // The window goes with this call, and this object with the window.
+        const auto onClose = m_onClose;
+        return onClose();
+    }
+}
+
+void OnboardingModel::exploreFeatures() {
+    m_ports.urlOpener.openUrl(QUrl(QLatin1String(featuresAddress)));
+}
+
+} // namespace tavrine

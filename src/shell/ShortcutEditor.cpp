@@ -1,0 +1,101 @@
+#include "shell/ShortcutEditor.h"
+
+#include "base/Time.h"
+#include "base/UserDefaults.h"
+#include "shell/ShortcutConflicts.h"
+
+namespace tavrine {
+namespace {
+
+constexpr Seconds savingLength{0.9};
+constexpr Seconds savedLength{1.4};
+
+} // namespace
+
+ShortcutEditor::ShortcutEditor(Trigger trigger, UserDefaults &defaults, Time &time, Actions actions, QObject *parent)
+    : QObject(parent), m_trigger(trigger), m_defaults(defaults), m_time(time), m_actions(std::move(actions)) {
+    load();
+}
+
+void ShortcutEditor::load() {
+    m_draftMode = m_committedMode = storedMode(m_defaults, m_trigger);
+    m_draftKey = m_committedKey = storedCharacter(m_defaults, m_trigger);
+    check();
+    Q_EMIT changed();
+}
+
+void ShortcutEditor::setDraftKey(const QString &text) {
+    if (text.isEmpty())
+        return;
+    m_draftKey = firstUppercase(text);
+    checkKey();
+    Q_EMIT changed();
+}
+
+void ShortcutEditor::setDraftMode(const QString &mode) {
+    m_draftMode = mode;
+    check();
+    Q_EMIT changed();
+}
+
+void ShortcutEditor::checkKey() {
+    const auto conflicts = keyConflicts(m_defaults, m_trigger);
+    const auto found = conflicts.constFind(m_draftKey);
+    m_conflict = found == conflicts.cend() ? std::nullopt : std::optional(*found);
+}
+
+void ShortcutEditor::check() {
+    if (m_draftMode != triggerMode::commandShift)
+        m_conflict = doubleTapConflict(m_defaults, m_trigger, m_actions.isFeatureOn);
+    else if (!m_draftKey.isEmpty())
+        checkKey();
+    else
+        m_conflict.reset();
+}
+
+std::optional<ShortcutEditor::Banner> ShortcutEditor::banner() const {
+    if (!m_conflict)
+        return std::nullopt;
+    if (m_conflict->startsWith(QLatin1String("macOS")))
+        return Banner{*m_conflict + QStringLiteral(" — can't be saved"), true};
+    if (m_conflict->contains(QStringLiteral("⌥ twice")))
+        return Banner{*m_conflict, false};
+    return Banner{QStringLiteral("Conflicts with ") + *m_conflict + QStringLiteral(" — pick a different key"), false};
+}
+
+bool ShortcutEditor::hasChanges() const {
+    if (m_conflict)
+        return false;
+    if (m_trigger == Trigger::capture)
+        return !m_draftKey.isEmpty() && m_draftKey != m_committedKey;
+    return m_draftMode != m_committedMode || (m_draftMode == triggerMode::commandShift && m_draftKey != m_committedKey);
+}
+
+void ShortcutEditor::save() {
+    if (m_conflict)
+        return;
+    setSaveState(HotkeySaveState::saving);
+    const auto &fixed = traits(m_trigger);
+    if (m_draftKey.isEmpty())
+        m_draftKey = firstUppercase(fixed.defaultCharacter);
+    if (!fixed.modeKey.isEmpty())
+        m_defaults.set(fixed.modeKey, m_draftMode);
+    if (m_trigger == Trigger::clipboard)
+        m_actions.setHotkeyCharacter(m_draftKey);
+    else
+        m_defaults.set(fixed.characterKey, m_draftKey);
+    m_committedMode = m_draftMode;
+    m_committedKey = m_draftKey;
+    m_actions.registerHotkeys();
+    m_time.asyncAfter(savingLength, this, [this] {
+        setSaveState(HotkeySaveState::saved);
+        m_time.asyncAfter(savedLength, this, [this] { setSaveState(HotkeySaveState::idle); });
+    });
+}
+
+void ShortcutEditor::setSaveState(HotkeySaveState state) {
+    m_saveState = state;
+    Q_EMIT changed();
+}
+
+} // namespace tavrine

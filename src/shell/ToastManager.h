@@ -1,0 +1,52 @@
+#pragma once
+
+#include "base/Date.h"
+
+#include <QObject>
+#include <QPointF>
+
+#include <memory>
+
+namespace tavrine {
+
+class Screens;
+class Time;
+class ToastWindow;
+class ToastWindows;
+
+/// Shows a short message near the bottom of the main screen, without taking the keyboard. One instance, as long as the
+/// process.
+///
+///  1. There is one toast at most and no queue: a new one replaces the present one at once.
+///  2. What was begun for a toast is never cancelled. It acts on the toast that is there when it is due, so one that
+///     appears during the wait of the one before gets that one's fade and lives shorter.
+class ToastManager : public QObject {
+    Q_OBJECT
+
+public:
+    static constexpr double heightAboveBottom = 120; ///< of the whole screen: a task bar does not count
+    static constexpr Seconds fadeIn{0.3};
+    static constexpr Seconds stay{2.0};
+    static constexpr Seconds fadeOut{0.5};
+    static constexpr double riseOnFadeIn = 10;
+    static constexpr double riseOnFadeOut = 5;
+
+    ToastManager(Time &time, Screens &screens, ToastWindows &windows, QObject *parent = nullptr);
+    ~ToastManager() override;
+
+    /// May be called on any thread. `icon` is a symbol.
+    void show(const QString &message, const QString &icon);
+
+private:
+    void showNow(const QString &message, const QString &icon);
+    void beginFadeOut();
+    void riseTo(double alpha, double rise, Seconds duration);
+
+    Time &m_time;
+    Screens &m_screens;
+    ToastWindows &m_windows;
+    std::unique_ptr<ToastWindow> m_window;
+    QPointF m_origin; ///< where the window is, or where it is going
+};
+
+} // namespace tavrine

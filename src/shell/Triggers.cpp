@@ -1,0 +1,60 @@
+#include "shell/Triggers.h"
+
+#include "base/UserDefaults.h"
+#include "base/VirtualKeys.h"
+
+namespace tavrine {
+namespace {
+
+constexpr TriggerTraits triggers[] = {
+    {1, QLatin1String("clipboardHotkeyMode"), QLatin1String("HotkeyCharacter"), QLatin1String("v"), QLatin1String("V")},
+    {2, QLatin1String("emojiHotkeyMode"), QLatin1String("emojiHotkeyKey"), QLatin1String("E"), QLatin1String("E")},
+    {6, QLatin1String(), QLatin1String("snipHotkey"), QLatin1String("2"), QLatin1String()},
+    {7, QLatin1String("screenRecordHotkeyMode"), QLatin1String("screenRecordHotkey"), QLatin1String("6"),
+     QLatin1String()},
+};
+
+// Positions of A to Z and of 0 to 9.
+constexpr int letters[] = {0,  11, 8,  2,  14, 3, 5,  4,  34, 38, 40, 37, 46,
+                           45, 31, 35, 12, 15, 1, 17, 32, 9,  13, 7,  16, 6};
+constexpr int digits[] = {29, 18, 19, 20, 21, 23, 22, 26, 28, 25};
+
+} // namespace
+
+const TriggerTraits &traits(Trigger trigger) {
+    return triggers[static_cast<int>(trigger)];
+}
+
+QString storedMode(const UserDefaults &defaults, Trigger trigger) {
+    const auto key = traits(trigger).modeKey;
+    if (key.isEmpty())
+        return triggerMode::commandShift;
+    return defaults.get<QString>(key, triggerMode::commandShift);
+}
+
+QString storedCharacter(const UserDefaults &defaults, Trigger trigger) {
+    const auto &fixed = traits(trigger);
+    const QString found = firstUppercase(defaults.get<QString>(fixed.characterKey, fixed.defaultCharacter));
+    return found.isEmpty() ? QString(fixed.emptyCharacter) : found;
+}
+
+QString firstUppercase(const QString &text) {
+    if (text.isEmpty())
+        return {};
+    const qsizetype length = text.at(0).isHighSurrogate() && text.size() > 1 ? 2 : 1;
+    const QString upper = text.left(length).toUpper(); // "ß" becomes two letters, of which the first counts
+    return length == 2 ? upper : upper.left(1);
+}
+
+int keyCode(const QString &character) {
+    if (character.size() == 1) {
+        const char16_t c = character.at(0).unicode();
+        if (c >= 'A' && c <= 'Z')
+            return letters[c - 'A'];
+        if (c >= '0' && c <= '9')
+            return digits[c - '0'];
+    }
+    return virtualKey::two;
+}
+
+} // namespace tavrine

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QString>
+
+namespace tavrine {
+
+class UserDefaults;
+
+/// The tools that a global trigger opens.
+enum class Trigger { clipboard, emojiPicker, capture, screenRecorder };
+
+inline constexpr Trigger allTriggers[] = {Trigger::clipboard, Trigger::emojiPicker, Trigger::capture,
+                                          Trigger::screenRecorder};
+
+/// How a tool is reached, as the preferences store it. A mode that is neither of the two reaches it in no way.
+namespace triggerMode {
+inline constexpr QLatin1String commandShift("commandShift");
+inline constexpr QLatin1String doubleOption("doubleOption");
+} // namespace triggerMode
+
+/// What is fixed about a trigger.
+struct TriggerTraits {
+    quint32 hotKeyId;
+    QLatin1String modeKey; ///< empty for the capture, which is always a hot key
+    QLatin1String characterKey;
+    QLatin1String defaultCharacter;
+    QLatin1String emptyCharacter; ///< what an empty stored text counts as
+};
+
+[[nodiscard]] const TriggerTraits &traits(Trigger trigger);
+
+/// The mode as it is stored, whatever it is; "commandShift" when nothing is.
+[[nodiscard]] QString storedMode(const UserDefaults &defaults, Trigger trigger);
+
+/// The key of the hot key: the first character of the stored text or the default, in upper case.
+[[nodiscard]] QString storedCharacter(const UserDefaults &defaults, Trigger trigger);
+
+/// The first character of `text` in upper case; empty for an empty text.
+[[nodiscard]] QString firstUppercase(const QString &text);
+
+/// The virtual key code of one upper-case letter or digit. Anything else counts as the key "2".
+[[nodiscard]] int keyCode(const QString &character);
+
+} // namespace tavrine

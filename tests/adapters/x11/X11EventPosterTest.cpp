@@ -1,0 +1,175 @@
+#include "adapters/x11/X11EventPoster.h"
+
+#include "adapters/x11/ForeignWindow.h"
+#include "base/VirtualKeys.h"
+#include "ports/EventMonitors.h"
+#include "support/TestKeyboard.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace tavrine {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::copyByXclip;
+using testing::ForeignWindow;
+using testing::waitUntil;
+namespace key = testing::key;
+
+constexpr int pastes = 100;
+
+QString part(int i) {
+    return QStringLiteral("p%1;").arg(i, 3, 10, QLatin1Char('0'));
+}
+
+class X11EventPosterTest : public ::testing::Test {
+protected:
+    void TearDown() override {
+        for (const int held : {key::leftSuper, key::leftShift, key::leftAlt, key::leftControl, key::v})
+            if (keyboard.isDown(held))
+                keyboard.up(held);
+        if (keyboard.locks() & 0x02)
+            keyboard.tap(key::capsLock);
+        QProcess::execute(QStringLiteral("setxkbmap"), {QStringLiteral("us")});
+    }
+    void postPaste() {
+        poster.postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
+        poster.postKeyboardEvent(virtualKey::v, false, modifierFlag::command);
+    }
+    /// Pastes distinct texts one after the other; each must arrive once, and in its place.
+    void pasteMany(ForeignWindow &window) {
+        ASSERT_TRUE(window.waitForFocus());
+        QString expected;
+        for (int i = 0; i < pastes; ++i) {
+            ASSERT_TRUE(copyByXclip(part(i)));
+            postPaste();
+            expected += part(i);
+            ASSERT_TRUE(window.waitForText(expected)) << "after paste " << i << ": " << window.text().toStdString();
+        }
+        (void)waitUntil([] { return false; }, 200ms); // a second arrival would come now
+        EXPECT_EQ(window.text(), expected);
+    }
+
+    testing::TestKeyboard keyboard;
+    QString text;
+    X11EventPoster poster{[this] { return text; }};
+};
+
+TEST_F(X11EventPosterTest, eventsCanBePostedHere) {
+    EXPECT_TRUE(poster.canPost());
+}
+
+TEST_F(X11EventPosterTest, everyPasteArrivesOnceInAGtkWindow) {
+    ForeignWindow window(QStringLiteral(TAVRINE_GTK_ENTRY));
+    pasteMany(window);
+}
+
+TEST_F(X11EventPosterTest, everyPasteArrivesOnceInAQtWindow) {
+    ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
+    pasteMany(window);
+}
+
+TEST_F(X11EventPosterTest, everyPasteArrivesOnceInXterm) {
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("typed"));
+    QProcess xterm;
+    xterm.start(QStringLiteral("xterm"), {QStringLiteral("-e"), QStringLiteral("sh"), QStringLiteral("-c"),
+                                          QStringLiteral("exec cat > '%1'").arg(path)});
+    const auto typed = [&] {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    };
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(path) && keyboard.focusedWindow() > 1; }));
+    (void)waitUntil([] { return false; }, 300ms); // the keyboard reaches xterm's inner window a little later
+    QString expected;
+    for (int i = 0; i < pastes; ++i) {
+        text = part(i) + QLatin1Char('\n');
+        ASSERT_TRUE(copyByXclip(QStringLiteral("of the clipboard\n"))); // which xterm does not paste
+        postPaste();
+        expected += text;
+        ASSERT_TRUE(waitUntil([&] { return typed() == expected; }, 5s)) << i << ": " << typed().toStdString();
+    }
+    (void)waitUntil([] { return false; }, 200ms);
+    EXPECT_EQ(typed(), expected);
+    xterm.kill();
+    xterm.waitForFinished();
+}
+
+TEST_F(X11EventPosterTest, keysThatThePersonHoldsDoNotSpoilThePasteAndStayHeld) {
+    ForeignWindow window(QStringLiteral(TAVRINE_GTK_ENTRY));
+    ASSERT_TRUE(window.waitForFocus());
+    const std::vector<std::vector<int>> combinations = {{key::leftSuper, key::leftShift},
+                                                        {key::leftAlt},
+                                                        {key::leftShift},
+                                                        {key::leftControl},
+                                                        {key::leftControl, key::leftAlt, key::leftShift}};
+    QString expected;
+    for (size_t i = 0; i < combinations.size(); ++i) {
+        ASSERT_TRUE(copyByXclip(part(static_cast<int>(i))));
+        for (const int held : combinations[i])
+            keyboard.down(held);
+        postPaste();
+        expected += part(static_cast<int>(i));
+        EXPECT_TRUE(window.waitForText(expected)) << i << ": " << window.text().toStdString();
+        for (const int held : combinations[i]) {
+            EXPECT_TRUE(waitUntil([&] { return keyboard.isDown(held); }, 1s)) << held;
+            keyboard.up(held);
+        }
+        EXPECT_FALSE(keyboard.isDown(key::leftControl));
+        EXPECT_FALSE(keyboard.isDown(key::v));
+    }
+}
+
+TEST_F(X11EventPosterTest, capsLockDoesNotSpoilThePaste) {
+    ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
+    ASSERT_TRUE(window.waitForFocus());
+    keyboard.tap(key::capsLock);
+    ASSERT_TRUE(copyByXclip(QStringLiteral("with caps lock")));
+    postPaste();
+    EXPECT_TRUE(window.waitForText(QStringLiteral("with caps lock")));
+    EXPECT_EQ(keyboard.locks() & 0x02, 0x02);
+}
+
+TEST_F(X11EventPosterTest, thePasteFollowsTheLetterOnAnotherLayout) {
+    ForeignWindow window(QStringLiteral(TAVRINE_GTK_ENTRY));
+    ASSERT_TRUE(window.waitForFocus());
+    const std::pair<const char *, const char *> layouts[] = {{"us", "dvorak"}, {"fr", ""}, {"ru", ""}, {"de", "neo"}};
+    QString expected;
+    for (const auto &[layout, variant] : layouts) {
+        ASSERT_EQ(
+            QProcess::execute(QStringLiteral("setxkbmap"), {QStringLiteral("-layout"), QString::fromLatin1(layout),
+                                                            QStringLiteral("-variant"), QString::fromLatin1(variant)}),
+            0);
+        (void)waitUntil([] { return false; }, 150ms);
+        ASSERT_TRUE(copyByXclip(QString::fromLatin1(layout)));
+        postPaste();
+        expected += QString::fromLatin1(layout);
+        EXPECT_TRUE(window.waitForText(expected, 2s))
+            << layout << ' ' << variant << ": " << window.text().toStdString();
+        expected = window.text();
+    }
+}
+
+TEST_F(X11EventPosterTest, aKeyDownWithoutItsKeyUpIsMadeGoodByTheNext) {
+    ForeignWindow window(QStringLiteral(TAVRINE_GTK_ENTRY));
+    ASSERT_TRUE(window.waitForFocus());
+    ASSERT_TRUE(copyByXclip(QStringLiteral("x")));
+    poster.postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
+    postPaste();
+    EXPECT_TRUE(window.waitForText(QStringLiteral("xx")));
+    EXPECT_FALSE(keyboard.isDown(key::leftControl));
+}
+
+TEST_F(X11EventPosterTest, aKeyWithoutAPositionPostsNothing) {
+    ForeignWindow window(QStringLiteral(TAVRINE_GTK_ENTRY));
+    ASSERT_TRUE(window.waitForFocus());
+    poster.postKeyboardEvent(4711, true, 0);
+    poster.postKeyboardEvent(4711, false, 0);
+    poster.postKeyboardEvent(virtualKey::a, true, 0);
+    poster.postKeyboardEvent(virtualKey::a, false, 0);
+    EXPECT_TRUE(window.waitForText(QStringLiteral("a")));
+}
+
+} // namespace
+} // namespace tavrine

@@ -1,0 +1,191 @@
+#include "adapters/x11/X11HotKeys.h"
+
+#include "base/VirtualKeys.h"
+#include "support/TestKeyboard.h"
+#include "support/Wait.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace tavrine {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::waitUntil;
+namespace key = testing::key;
+
+constexpr quint32 commandShift = hotKeyModifier::command | hotKeyModifier::shift;
+constexpr int superShift = 0x41;
+constexpr int numLockMask = 0x10;
+
+bool run(const char *command) {
+    return QProcess::execute(QStringLiteral("sh"), {QStringLiteral("-c"), QString::fromUtf8(command)}) == 0;
+}
+
+class X11HotKeysTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(run("setxkbmap us"));
+        hotKeys = std::make_unique<X11HotKeys>();
+        hotKeys->installHandler([this](HotKeyId) { ++presses; });
+    }
+    void TearDown() override {
+        setLocks(false, false);
+        (void)run("setxkbmap us");
+    }
+    void registerV() { ASSERT_TRUE(hotKeys->registerHotKey(virtualKey::v, commandShift, {1, 1})); }
+    void setLocks(bool caps, bool num) {
+        if (((keyboard.locks() & 0x02) != 0) != caps)
+            keyboard.tap(key::capsLock);
+        if (((keyboard.locks() & numLockMask) != 0) != num)
+            keyboard.tap(key::numLock);
+    }
+    void settle() {
+        // What was typed has arrived; a busy machine gives us few turns in which to read it.
+        for (int turn = 0; turn < 10; ++turn)
+            (void)waitUntil([] { return false; }, 6ms);
+    }
+    int pressesByXdotool() {
+        presses = 0;
+        EXPECT_TRUE(run("xdotool key super+shift+v"));
+        settle();
+        return presses;
+    }
+    int pressesByPosition() {
+        presses = 0;
+        keyboard.chord({key::leftSuper, key::leftShift, key::v});
+        settle();
+        return presses;
+    }
+
+    testing::TestKeyboard keyboard;
+    std::unique_ptr<X11HotKeys> hotKeys;
+    int presses = 0;
+};
+
+TEST_F(X11HotKeysTest, aPressIsToldUnderEveryStateOfTheLocks) {
+    registerV();
+    for (const bool caps : {false, true})
+        for (const bool num : {false, true}) {
+            setLocks(caps, num);
+            ASSERT_EQ(keyboard.locks(), (caps ? 0x02 : 0) | (num ? numLockMask : 0));
+            EXPECT_EQ(pressesByXdotool(), 1) << "Caps Lock " << caps << ", Num Lock " << num;
+        }
+}
+
+TEST_F(X11HotKeysTest, aScrollLockThatIsAModifierIsALockToo) {
+    ASSERT_TRUE(run("xmodmap -e 'add mod3 = Scroll_Lock'"));
+    hotKeys = std::make_unique<X11HotKeys>();
+    hotKeys->installHandler([this](HotKeyId) { ++presses; });
+    registerV();
+    keyboard.tap(78);
+    EXPECT_EQ(pressesByXdotool(), 1);
+    keyboard.tap(78);
+}
+
+TEST_F(X11HotKeysTest, aKeyThatIsHeldIsToldOnce) {
+    ASSERT_TRUE(run("xset r rate 100 50"));
+    registerV();
+    keyboard.down(key::leftSuper);
+    keyboard.down(key::leftShift);
+    keyboard.down(key::v);
+    (void)waitUntil([] { return false; }, 500ms);
+    keyboard.up(key::v);
+    keyboard.up(key::leftShift);
+    keyboard.up(key::leftSuper);
+    settle();
+    EXPECT_EQ(presses, 1);
+    EXPECT_EQ(pressesByPosition(), 1);
+}
+
+TEST_F(X11HotKeysTest, aCombinationHeldByAnotherProgramInOneStateOfTheLocksIsTaken) {
+    ASSERT_TRUE(keyboard.grabKey(key::v, superShift | numLockMask));
+    EXPECT_FALSE(hotKeys->registerHotKey(virtualKey::v, commandShift, {1, 1}));
+}
+
+TEST_F(X11HotKeysTest, aRegistrationThatFailedHoldsNothing) {
+    ASSERT_TRUE(keyboard.grabKey(key::v, superShift | numLockMask));
+    EXPECT_FALSE(hotKeys->registerHotKey(virtualKey::v, commandShift, {1, 1}));
+    testing::TestKeyboard third;
+    for (const int locks : {0x00, 0x02, 0x12 & ~numLockMask})
+        EXPECT_TRUE(third.grabKey(key::v, superShift | locks)) << locks;
+}
+
+TEST_F(X11HotKeysTest, theEndOfTheAdapterFreesItsKeys) {
+    registerV();
+    EXPECT_FALSE(keyboard.grabKey(key::v, superShift));
+    hotKeys.reset();
+    EXPECT_TRUE(waitUntil([&] { return keyboard.grabKey(key::v, superShift); }));
+}
+
+TEST_F(X11HotKeysTest, aHotKeyStaysAtItsPositionWhenTheLayoutChanges) {
+    registerV();
+    ASSERT_TRUE(run("setxkbmap -layout us -variant dvorak"));
+    settle();
+    EXPECT_EQ(pressesByPosition(), 1);
+    ASSERT_TRUE(run("setxkbmap fr"));
+    settle();
+    EXPECT_EQ(pressesByPosition(), 1);
+}
+
+TEST_F(X11HotKeysTest, aHotKeyWorksInTheSecondGroupOfALayout) {
+    registerV();
+    ASSERT_TRUE(run("setxkbmap -layout us,ru -option grp:menu_toggle"));
+    settle();
+    keyboard.tap(135); // the Menu key: the next group
+    EXPECT_EQ(pressesByPosition(), 1);
+    keyboard.tap(135);
+    (void)run("setxkbmap -option");
+}
+
+TEST_F(X11HotKeysTest, aLockThatMovesToAnotherModifierIsFollowed) {
+    registerV();
+    ASSERT_TRUE(run("xmodmap -e 'remove mod2 = Num_Lock' -e 'add mod3 = Num_Lock'"));
+    settle();
+    keyboard.tap(key::numLock);
+    ASSERT_EQ(keyboard.locks(), 0x20);
+    EXPECT_EQ(pressesByPosition(), 1);
+    keyboard.tap(key::numLock);
+}
+
+TEST_F(X11HotKeysTest, commandIsFollowedToAnotherModifier) {
+    registerV();
+    ASSERT_TRUE(run("xmodmap -e 'clear mod4' -e 'add mod3 = Super_L Super_R'"));
+    settle();
+    EXPECT_EQ(pressesByPosition(), 1);
+}
+
+TEST_F(X11HotKeysTest, withoutACommandKeyNothingCanBeRegistered) {
+    ASSERT_TRUE(run("xmodmap -e 'clear mod4'"));
+    hotKeys = std::make_unique<X11HotKeys>();
+    EXPECT_FALSE(hotKeys->registerHotKey(virtualKey::v, commandShift, {1, 1}));
+}
+
+TEST_F(X11HotKeysTest, theTimeFromThePressToTheHandlerIsShort) {
+    QElapsedTimer clock;
+    std::vector<double> times;
+    hotKeys->installHandler([&](HotKeyId) { times.push_back(static_cast<double>(clock.nsecsElapsed()) / 1e6); });
+    registerV();
+    for (size_t i = 0; i < 100; ++i) {
+        keyboard.down(key::leftSuper);
+        keyboard.down(key::leftShift);
+        clock.start();
+        keyboard.down(key::v);
+        while (times.size() == i && clock.elapsed() < 1000)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
+        keyboard.up(key::v);
+        keyboard.up(key::leftShift);
+        keyboard.up(key::leftSuper);
+        (void)waitUntil([] { return false; }, 5ms);
+    }
+    ASSERT_EQ(times.size(), 100U);
+    std::sort(times.begin(), times.end());
+    std::printf("hot key to handler: median %.2f ms, 95th %.2f ms, longest %.2f ms\n", times[50], times[95], times[99]);
+    EXPECT_LT(times[50], 20.0); // a tenth of what a person notices, also on a busy machine
+}
+
+} // namespace
+} // namespace tavrine

@@ -1,0 +1,570 @@
+#include "clipboard/ClipboardSearchModel.h"
+
+#include "ManagerTest.h"
+#include "adapters/fake/FakeAlerts.h"
+#include "base/VirtualKeys.h"
+
+#include <map>
+
+#include <gmock/gmock.h>
+
+namespace tavrine {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Category = ClipboardSearchCategory;
+
+class ClipboardSearchModelTest : public ManagerTest {
+protected:
+    /// A history of each kind, the newest first: text, link, image, pinned, saved, both.
+    void startWithEachKind() {
+        save(str("plain text"), 1s);
+        save(str("https://example.com"), 2s);
+        save(str("Copied Image"), 3s, str("a.png"));
+        savePinned(str("pinned text"), 4s);
+        saveInMySaved(str("saved text"), 5s);
+        ClipboardItem both = saveInMySaved(str("both text"), 6s);
+        both.isPinned = true;
+        database.save(both);
+        startPanel();
+    }
+    void startPanel() {
+        start();
+        model = std::make_unique<ClipboardSearchModel>(ClipboardSearchModel::Ports{*manager, alerts, center, time});
+        model->setOnPaste([this](const ClipboardItem &item) { pasted.append(item.content); });
+        model->setOnDismiss([this] { ++dismissals; });
+        QObject::connect(model.get(), &ClipboardSearchModel::searchFieldFocusWanted, [this] { ++focusWishes; });
+    }
+
+    void openPanel() { center.post(str("clipboardSearchPanelOpened")); }
+    bool press(int keyCode, bool isCommandHeld = false) {
+        return model->handleKeyDown(str("Clipboard Search"), keyCode, isCommandHeld);
+    }
+    void select(const QString &content) {
+        while (selected() != content && press(virtualKey::up) && selected() != visible().first()) {
+        }
+        while (selected() != content && selected() != visible().last())
+            press(virtualKey::down);
+        ASSERT_EQ(selected(), content);
+    }
+
+    [[nodiscard]] QStringList visible() const { return contents(model->visibleItems()); }
+    [[nodiscard]] QString selected() const {
+        for (const ClipboardItem &item : model->visibleItems()) {
+            if (item.id == model->selectedID())
+                return item.content;
+        }
+        return model->selectedID() ? str("(not visible)") : str("(none)");
+    }
+    [[nodiscard]] QUuid idOf(const QString &content) {
+        for (const ClipboardItem &item : rows()) {
+            if (item.content == content)
+                return item.id;
+        }
+        return {};
+    }
+    [[nodiscard]] std::optional<ClipboardItem> stored(const QString &content) {
+        for (const ClipboardItem &item : rows()) {
+            if (item.content == content)
+                return item;
+        }
+        return std::nullopt;
+    }
+    [[nodiscard]] std::vector<std::pair<QString, QStringList>> sections() const {
+        std::vector<std::pair<QString, QStringList>> result;
+        for (const auto &section : model->sections())
+            result.emplace_back(section.header, visible().mid(static_cast<qsizetype>(section.first),
+                                                              static_cast<qsizetype>(section.count)));
+        return result;
+    }
+    static std::pair<QString, QStringList> under(const char *header, const QStringList &items) {
+        return {str(header), items};
+    }
+
+    FakeAlerts alerts;
+    std::unique_ptr<ClipboardSearchModel> model;
+    QStringList pasted;
+    int dismissals = 0;
+    int focusWishes = 0;
+};
+
+// Categories, sections and the visible list.
+
+TEST_F(ClipboardSearchModelTest, allListsNoSavedItemsWithoutAQuery) {
+    startWithEachKind();
+    EXPECT_THAT(sections(), ElementsAre(under("Pinned Snippets", {str("pinned text")}),
+                                        under("Recent Clipboard",
+                                              {str("plain text"), str("https://example.com"), str("Copied Image")})));
+}
+
+TEST_F(ClipboardSearchModelTest, aQueryBringsTheSavedItemsInAsTheFirstSection) {
+    startWithEachKind();
+    model->setQuery(str("text"));
+    EXPECT_THAT(sections(), ElementsAre(under("My Saved", {str("both text"), str("saved text")}),
+                                        under("Pinned Snippets", {str("pinned text")}),
+                                        under("Recent Clipboard", {str("plain text")})));
+}
+
+TEST_F(ClipboardSearchModelTest, mySavedListsTheSavedItemsAloneAlsoThePinnedOnes) {
+    startWithEachKind();
+    model->setSelectedCategory(Category::mySave);
+    EXPECT_THAT(sections(), ElementsAre(under("My Saved", {str("both text"), str("saved text")})));
+}
+
+TEST_F(ClipboardSearchModelTest, textListsWhatHasNoFileAndIsNoLink) {
+    startWithEachKind();
+    model->setSelectedCategory(Category::text);
+    EXPECT_EQ(visible(), (QStringList{str("pinned text"), str("plain text")}));
+}
+
+TEST_F(ClipboardSearchModelTest, imagesListsEveryFileAlsoRecordings) {
+    save(str("Screen Recording"), 9s, str("r.mp4"));
+    startWithEachKind();
+    model->setSelectedCategory(Category::images);
+    EXPECT_EQ(visible(), (QStringList{str("Copied Image"), str("Screen Recording")}));
+}
+
+TEST_F(ClipboardSearchModelTest, linksListsLinks) {
+    startWithEachKind();
+    model->setSelectedCategory(Category::links);
+    EXPECT_EQ(visible(), QStringList{str("https://example.com")});
+}
+
+TEST_F(ClipboardSearchModelTest, snippetsListsPinnedItemsThatAreNotSaved) {
+    startWithEachKind();
+    model->setSelectedCategory(Category::snippets);
+    EXPECT_EQ(visible(), QStringList{str("pinned text")});
+}
+
+TEST_F(ClipboardSearchModelTest, noCategoryButAllAndMySavedListsASavedItemWhateverTheQuery) {
+    startWithEachKind();
+    model->setQuery(str("text"));
+    for (const Category category : {Category::text, Category::images, Category::links, Category::snippets}) {
+        model->setSelectedCategory(category);
+        EXPECT_FALSE(visible().contains(str("saved text")) || visible().contains(str("both text")));
+    }
+}
+
+TEST_F(ClipboardSearchModelTest, anAddressWithABlankInItIsText) {
+    save(str("https://example.com/a b"));
+    startPanel();
+    model->setSelectedCategory(Category::links);
+    EXPECT_THAT(visible(), IsEmpty());
+    model->setSelectedCategory(Category::text);
+    EXPECT_EQ(visible(), QStringList{str("https://example.com/a b")});
+}
+
+TEST_F(ClipboardSearchModelTest, aQueryOfBlanksCountsAsNoneButIsSearchedAsItStands) {
+    startWithEachKind();
+    model->setQuery(str(" "));
+    EXPECT_FALSE(model->hasQuery());
+    EXPECT_EQ(visible(), (QStringList{str("pinned text"), str("plain text"), str("Copied Image")}))
+        << "items with a blank, without the saved ones";
+    model->setQuery(str("  "));
+    EXPECT_THAT(visible(), IsEmpty());
+}
+
+TEST_F(ClipboardSearchModelTest, blanksAroundAQueryCount) {
+    startWithEachKind();
+    model->setQuery(str("plain "));
+    EXPECT_EQ(visible(), QStringList{str("plain text")});
+    model->setQuery(str("text "));
+    EXPECT_THAT(visible(), IsEmpty());
+}
+
+TEST_F(ClipboardSearchModelTest, anImageIsFoundByItsCaption) {
+    startWithEachKind();
+    model->setQuery(str("copied"));
+    EXPECT_EQ(visible(), QStringList{str("Copied Image")});
+}
+
+TEST_F(ClipboardSearchModelTest, aQueryFindsRowsOlderThanTheHistoryInMemory) {
+    save(str("needle"), 1000s);
+    for (int i = 0; i < 200; ++i)
+        save(QString::number(i), Seconds(i));
+    startPanel();
+    EXPECT_FALSE(visible().contains(str("needle")));
+    model->setQuery(str("NEEDLE"));
+    EXPECT_EQ(visible(), QStringList{str("needle")});
+}
+
+TEST_F(ClipboardSearchModelTest, aQueryFindsAtMostFiveHundredRows) {
+    for (int i = 0; i < 501; ++i)
+        save(str("row %1").arg(i), Seconds(i));
+    startPanel();
+    model->setQuery(str("row"));
+    EXPECT_EQ(visible().size(), 500);
+    EXPECT_EQ(visible().first(), str("row 0"));
+    EXPECT_FALSE(visible().contains(str("row 500")));
+}
+
+TEST_F(ClipboardSearchModelTest, anEmptyListTellsWhy) {
+    startPanel();
+    EXPECT_THAT(model->sections(), IsEmpty());
+    EXPECT_EQ(model->emptyState().text, str("Your clipboard is empty"));
+    EXPECT_EQ(model->emptyState().symbol, str("clipboard"));
+    model->setQuery(str(" "));
+    EXPECT_EQ(model->emptyState().text, str("No clipboard items found"));
+    EXPECT_EQ(model->emptyState().symbol, str("magnifyingglass"));
+}
+
+TEST_F(ClipboardSearchModelTest, theVisibleListIsMadeOncePerChange) {
+    startWithEachKind();
+    int made = 0;
+    QObject::connect(model.get(), &ClipboardSearchModel::visibleItemsChanged, [&made] { ++made; });
+    model->setQuery(str("t"));
+    EXPECT_EQ(made, 1);
+    model->setSelectedCategory(Category::text);
+    EXPECT_EQ(made, 2);
+    press(virtualKey::down);
+    EXPECT_EQ(made, 2);
+}
+
+TEST(ClipboardSearchCategoryTable, standsInTheOrderOfTheStrip) {
+    QStringList texts;
+    for (const auto &entry : clipboardSearchCategories)
+        texts.append(rawValue(entry.category));
+    EXPECT_EQ(texts,
+              (QStringList{str("All"), str("My Saved"), str("Text"), str("Images"), str("Links"), str("Snippets")}));
+}
+
+TEST(ClipboardSearchCategoryTable, movesRoundBothEnds) {
+    EXPECT_EQ(movedCategory(Category::all, -1), Category::snippets);
+    EXPECT_EQ(movedCategory(Category::snippets, +1), Category::all);
+    EXPECT_EQ(movedCategory(Category::text, +1), Category::images);
+    EXPECT_EQ(movedCategory(Category::text, -1), Category::mySave);
+}
+
+// Selection.
+
+TEST_F(ClipboardSearchModelTest, theFirstVisibleItemIsSelected) {
+    startWithEachKind();
+    EXPECT_EQ(selected(), str("pinned text"));
+    model->setQuery(str("text"));
+    EXPECT_EQ(selected(), str("both text"));
+    model->setSelectedCategory(Category::links);
+    EXPECT_EQ(selected(), str("(none)"));
+}
+
+TEST_F(ClipboardSearchModelTest, downAndUpStopAtTheEnds) {
+    startWithEachKind();
+    EXPECT_EQ(selected(), str("pinned text"));
+    press(virtualKey::up);
+    EXPECT_EQ(selected(), str("pinned text"));
+    for (const char *next : {"plain text", "https://example.com", "Copied Image", "Copied Image"}) {
+        press(virtualKey::down);
+        EXPECT_EQ(selected(), str(next));
+    }
+    press(virtualKey::up);
+    EXPECT_EQ(selected(), str("https://example.com"));
+}
+
+TEST_F(ClipboardSearchModelTest, movingInAnEmptyListDoesNothing) {
+    startPanel();
+    press(virtualKey::down);
+    EXPECT_EQ(selected(), str("(none)"));
+}
+
+TEST_F(ClipboardSearchModelTest, aNewCopyKeepsTheSelection) {
+    startWithEachKind();
+    select(str("https://example.com"));
+    copy(str("newest"));
+    EXPECT_EQ(selected(), str("https://example.com"));
+    EXPECT_EQ(visible().at(1), str("newest"));
+}
+
+TEST_F(ClipboardSearchModelTest, aSelectionThatIsGoneIsReset) {
+    startWithEachKind();
+    select(str("Copied Image"));
+    database.remove(idOf(str("Copied Image")));
+    manager->reloadHistory();
+    EXPECT_EQ(selected(), str("pinned text"));
+}
+
+TEST_F(ClipboardSearchModelTest, aNewCopyIsSearchedForWithTheQueryThatStands) {
+    startWithEachKind();
+    model->setQuery(str("text"));
+    copy(str("another text"));
+    EXPECT_TRUE(visible().contains(str("another text")));
+    copy(str("other"));
+    EXPECT_FALSE(visible().contains(str("other")));
+}
+
+TEST_F(ClipboardSearchModelTest, aChangeOfTheQueryResetsTheSelection) {
+    startWithEachKind();
+    select(str("plain text"));
+    model->setQuery(str("text"));
+    EXPECT_EQ(selected(), str("both text"));
+    select(str("plain text"));
+    model->setQuery(str("text"));
+    EXPECT_EQ(selected(), str("plain text")) << "the same query is no change";
+}
+
+// Opening.
+
+TEST_F(ClipboardSearchModelTest, openingBeginsAnew) {
+    startWithEachKind();
+    model->setQuery(str("example"));
+    model->setSelectedCategory(Category::links);
+    openPanel();
+    EXPECT_EQ(model->query(), QString());
+    EXPECT_EQ(model->selectedCategory(), Category::all);
+    EXPECT_EQ(selected(), str("pinned text"));
+    EXPECT_EQ(visible().size(), 4);
+}
+
+TEST_F(ClipboardSearchModelTest, openingSelectsTheFirstItemAgain) {
+    startWithEachKind();
+    press(virtualKey::down);
+    openPanel();
+    EXPECT_EQ(selected(), str("pinned text"));
+}
+
+TEST_F(ClipboardSearchModelTest, openingFocusesTheSearchFieldInTheNextTurn) {
+    startPanel();
+    openPanel();
+    EXPECT_EQ(focusWishes, 0);
+    time.runPending();
+    EXPECT_EQ(focusWishes, 1);
+}
+
+TEST_F(ClipboardSearchModelTest, aPanelThatIsGoneHearsOfNothing) {
+    startPanel();
+    openPanel();
+    model.reset();
+    time.runPending();
+    openPanel();
+    copy(str("x"));
+    EXPECT_EQ(focusWishes, 0);
+}
+
+// Keys.
+
+TEST_F(ClipboardSearchModelTest, everyKeyOfTheTableHasItsActionAndNoOtherDoes) {
+    using Action = ClipboardSearchKeyAction;
+    const std::map<std::pair<bool, int>, Action> expected{
+        {{true, 51}, Action::deleteItem},     {{true, 35}, Action::togglePin},
+        {{false, 36}, Action::paste},         {{false, 76}, Action::paste},
+        {{false, 53}, Action::dismiss},       {{false, 123}, Action::previousCategory},
+        {{false, 124}, Action::nextCategory}, {{false, 125}, Action::moveDown},
+        {{false, 126}, Action::moveUp}};
+    for (const bool isCommandHeld : {true, false}) {
+        for (int code = -1; code <= 256; ++code) {
+            const auto found = expected.find({isCommandHeld, code});
+            EXPECT_EQ(ClipboardSearchModel::keyAction(code, isCommandHeld),
+                      found == expected.end() ? std::nullopt : std::optional(found->second))
+                << isCommandHeld << " " << code;
+        }
+    }
+}
+
+TEST_F(ClipboardSearchModelTest, leftAndRightMoveTheCategoryRoundBothEnds) {
+    startWithEachKind();
+    EXPECT_TRUE(press(virtualKey::left));
+    EXPECT_EQ(model->selectedCategory(), Category::snippets);
+    EXPECT_TRUE(press(virtualKey::right));
+    EXPECT_EQ(model->selectedCategory(), Category::all);
+    EXPECT_TRUE(press(virtualKey::right));
+    EXPECT_EQ(model->selectedCategory(), Category::mySave);
+}
+
+TEST_F(ClipboardSearchModelTest, escapeDismisses) {
+    startPanel();
+    EXPECT_TRUE(press(virtualKey::escape));
+    EXPECT_EQ(dismissals, 1);
+}
+
+TEST_F(ClipboardSearchModelTest, keysOfAnotherWindowPassThroughUntouched) {
+    startWithEachKind();
+    for (const char *title : {"", "clipboard search", "Clipboard Search ", "Emoji Picker"}) {
+        for (const int key : {virtualKey::down, virtualKey::right, virtualKey::enter, virtualKey::escape})
+            EXPECT_FALSE(model->handleKeyDown(str(title), key, false)) << title;
+        EXPECT_FALSE(model->handleKeyDown(str(title), virtualKey::backspace, true)) << title;
+    }
+    EXPECT_EQ(selected(), str("pinned text"));
+    EXPECT_EQ(model->selectedCategory(), Category::all);
+    EXPECT_THAT(pasted, IsEmpty());
+    EXPECT_EQ(rows().size(), 6U);
+}
+
+TEST_F(ClipboardSearchModelTest, otherKeysGoToTheSearchField) {
+    startWithEachKind();
+    EXPECT_FALSE(press(virtualKey::a));
+    EXPECT_FALSE(press(virtualKey::backspace));
+    EXPECT_FALSE(press(virtualKey::left, true));
+    EXPECT_FALSE(press(virtualKey::enter, true));
+}
+
+// Actions.
+
+TEST_F(ClipboardSearchModelTest, returnPastesTheSelectedItem) {
+    startWithEachKind();
+    press(virtualKey::down);
+    EXPECT_TRUE(press(virtualKey::enter));
+    EXPECT_EQ(pasted, QStringList{str("plain text")});
+}
+
+TEST_F(ClipboardSearchModelTest, returnInAnEmptyListIsSwallowedAndDoesNothing) {
+    startPanel();
+    EXPECT_TRUE(press(virtualKey::enter));
+    EXPECT_TRUE(press(virtualKey::backspace, true));
+    EXPECT_TRUE(press(virtualKey::p, true));
+    EXPECT_THAT(pasted, IsEmpty());
+}
+
+TEST_F(ClipboardSearchModelTest, aClickPastesItsRow) {
+    startWithEachKind();
+    model->paste(idOf(str("Copied Image")));
+    EXPECT_EQ(pasted, QStringList{str("Copied Image")});
+}
+
+TEST_F(ClipboardSearchModelTest, anItemThatIsNotVisibleIsIgnored) {
+    startWithEachKind();
+    const QUuid saved = idOf(str("saved text"));
+    model->paste(saved);
+    model->togglePin(saved);
+    model->toggleSaved(saved);
+    model->deleteItem(saved);
+    model->deleteItem(QUuid::createUuid());
+    EXPECT_THAT(pasted, IsEmpty());
+    EXPECT_EQ(rows().size(), 6U);
+    EXPECT_TRUE(stored(str("saved text"))->isSaved);
+    EXPECT_EQ(selected(), str("pinned text"));
+}
+
+TEST_F(ClipboardSearchModelTest, commandPPinsTheSelectedItemAndKeepsItsDate) {
+    startWithEachKind();
+    select(str("plain text"));
+    const Date before = stored(str("plain text"))->date;
+    EXPECT_TRUE(press(virtualKey::p, true));
+    EXPECT_TRUE(stored(str("plain text"))->isPinned);
+    EXPECT_EQ(stored(str("plain text"))->date, before);
+    EXPECT_EQ(selected(), str("plain text"));
+    EXPECT_THAT(sections().front(), under("Pinned Snippets", {str("plain text"), str("pinned text")}));
+}
+
+TEST_F(ClipboardSearchModelTest, commandPOnASnippetTakesItOutOfSnippetsAtOnce) {
+    startWithEachKind();
+    model->setSelectedCategory(Category::snippets);
+    press(virtualKey::p, true);
+    EXPECT_THAT(visible(), IsEmpty());
+    EXPECT_FALSE(stored(str("pinned text"))->isPinned);
+    EXPECT_EQ(selected(), str("(none)"));
+}
+
+TEST_F(ClipboardSearchModelTest, commandDeleteRemovesTheSelectedItemAndSelectsTheFirst) {
+    startWithEachKind();
+    select(str("https://example.com"));
+    EXPECT_TRUE(press(virtualKey::backspace, true));
+    EXPECT_FALSE(stored(str("https://example.com")));
+    EXPECT_EQ(selected(), str("pinned text"));
+}
+
+TEST_F(ClipboardSearchModelTest, aProtectedItemCanBeDeleted) {
+    startWithEachKind();
+    press(virtualKey::backspace, true);
+    EXPECT_FALSE(stored(str("pinned text")));
+    EXPECT_EQ(selected(), str("plain text"));
+}
+
+TEST_F(ClipboardSearchModelTest, deletingAnImageRemovesItsFileAndItsThumbnail) {
+    start();
+    const auto name = manager->saveImage(picture(8, 8));
+    ASSERT_TRUE(name);
+    save(str("Copied Image"), 0s, *name);
+    startPanel();
+    manager->cacheThumbnail(picture(8, 8), *name);
+    press(virtualKey::backspace, true);
+    EXPECT_THAT(storedImages(), IsEmpty());
+    EXPECT_EQ(manager->thumbnailCache().object(*name), std::nullopt);
+    EXPECT_THAT(rows(), IsEmpty());
+}
+
+TEST_F(ClipboardSearchModelTest, deletingOneOfSeveralFoundRowsSearchesAnew) {
+    startWithEachKind();
+    model->setQuery(str("text"));
+    press(virtualKey::backspace, true);
+    EXPECT_EQ(visible(), (QStringList{str("saved text"), str("pinned text"), str("plain text")}));
+    EXPECT_EQ(selected(), str("saved text"));
+}
+
+TEST_F(ClipboardSearchModelTest, theButtonsOfARowSelectItFirst) {
+    startWithEachKind();
+    model->togglePin(idOf(str("plain text")));
+    EXPECT_EQ(selected(), str("plain text"));
+    EXPECT_TRUE(stored(str("plain text"))->isPinned);
+    model->togglePin(idOf(str("pinned text")));
+    EXPECT_EQ(selected(), str("pinned text"));
+    EXPECT_FALSE(stored(str("pinned text"))->isPinned);
+}
+
+TEST_F(ClipboardSearchModelTest, theSavedButtonMovesTheItemToMySavedAndBack) {
+    startWithEachKind();
+    model->toggleSaved(idOf(str("plain text")));
+    EXPECT_TRUE(stored(str("plain text"))->isSaved);
+    EXPECT_EQ(selected(), str("pinned text")) << "it is not visible any more";
+    model->setSelectedCategory(Category::mySave);
+    model->toggleSaved(idOf(str("plain text")));
+    EXPECT_FALSE(stored(str("plain text"))->isSaved);
+}
+
+TEST_F(ClipboardSearchModelTest, theDeleteButtonRemovesItsRow) {
+    startWithEachKind();
+    model->deleteItem(idOf(str("Copied Image")));
+    EXPECT_FALSE(stored(str("Copied Image")));
+    EXPECT_EQ(selected(), str("pinned text"));
+}
+
+// Adding to My Saved.
+
+TEST_F(ClipboardSearchModelTest, theAddButtonStandsInMySavedAlone) {
+    startPanel();
+    for (const auto &entry : clipboardSearchCategories) {
+        model->setSelectedCategory(entry.category);
+        EXPECT_EQ(model->showsAddButton(), entry.category == Category::mySave);
+    }
+}
+
+TEST_F(ClipboardSearchModelTest, addingAsksForATextAndKeepsIt) {
+    startWithEachKind();
+    model->setQuery(str("text"));
+    alerts.answerNextWithFirstButton(str("my own text"));
+    model->addToMySaved();
+    EXPECT_EQ(alerts.shown(), (QList<Alert>{{str("Add to My Saved"),
+                                             str("Create a custom clipboard item you use often."),
+                                             {str("Save"), str("Cancel")}}}));
+    EXPECT_EQ(alerts.textAreaSize(), QSize(360, 120));
+    EXPECT_TRUE(stored(str("my own text"))->isSaved);
+    EXPECT_EQ(model->selectedCategory(), Category::mySave);
+    EXPECT_EQ(model->query(), str("text"));
+    EXPECT_EQ(visible(), (QStringList{str("both text"), str("my own text"), str("saved text")}));
+    EXPECT_EQ(selected(), str("both text"));
+}
+
+TEST_F(ClipboardSearchModelTest, aCancelledAddingChangesNothing) {
+    startWithEachKind();
+    model->addToMySaved();
+    EXPECT_EQ(rows().size(), 6U);
+    EXPECT_EQ(model->selectedCategory(), Category::all);
+}
+
+TEST_F(ClipboardSearchModelTest, savingABlankTextKeepsNothing) {
+    startWithEachKind();
+    alerts.answerNextWithFirstButton(str(" \n"));
+    model->addToMySaved();
+    EXPECT_EQ(rows().size(), 6U);
+    EXPECT_EQ(model->selectedCategory(), Category::mySave);
+}
+
+// Rows.
+
+TEST_F(ClipboardSearchModelTest, aRowReadsAsItsItem) {
+    startWithEachKind();
+    EXPECT_EQ(model->row(*stored(str("https://example.com"))).icon, str("link"));
+    EXPECT_EQ(model->row(*stored(str("plain text"))).icon, str("doc.text"));
+    EXPECT_EQ(model->row(*stored(str("pinned text"))).subtitle, str("Pinned snippet"));
+}
+
+} // namespace
+} // namespace tavrine

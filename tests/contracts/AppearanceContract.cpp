@@ -1,0 +1,170 @@
+#include "adapters/fake/FakeAppearance.h"
+#include "adapters/linux/PortalAppearance.h"
+#include "support/Wait.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusVirtualObject>
+
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+namespace tavrine {
+namespace {
+
+const auto service = QStringLiteral("org.freedesktop.portal.Desktop");
+const auto path = QStringLiteral("/org/freedesktop/portal/desktop");
+const auto interface = QStringLiteral("org.freedesktop.portal.Settings");
+const auto appearanceGroup = QStringLiteral("org.freedesktop.appearance");
+
+struct Rgb {
+    double red = 0;
+    double green = 0;
+    double blue = 0;
+};
+
+QDBusArgument &operator<<(QDBusArgument &argument, const Rgb &rgb) {
+    argument.beginStructure();
+    argument << rgb.red << rgb.green << rgb.blue;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, Rgb &rgb) {
+    argument.beginStructure();
+    argument >> rgb.red >> rgb.green >> rgb.blue;
+    argument.endStructure();
+    return argument;
+}
+
+/// A desktop portal on a connection of its own.
+class Portal final : public QDBusVirtualObject {
+public:
+    Portal() : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"))) {}
+    ~Portal() override {
+        leave();
+        QDBusConnection::disconnectFromBus(QStringLiteral("portal"));
+    }
+
+    void appear() {
+        m_bus.registerVirtualObject(path, this);
+        ASSERT_TRUE(m_bus.registerService(service));
+    }
+    void leave() {
+        m_bus.unregisterService(service);
+        m_bus.unregisterObject(path);
+    }
+
+    void set(const QString &group, const QString &key, const QVariant &value, bool isTold = true) {
+        m_values[group][key] = value;
+        auto signal = QDBusMessage::createSignal(path, interface, QStringLiteral("SettingChanged"));
+        signal << group << key << QVariant::fromValue(QDBusVariant(value));
+        if (isTold)
+            m_bus.send(signal);
+    }
+
+    [[nodiscard]] QString introspect(const QString &) const override { return {}; }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &bus) override {
+        if (message.member() != QLatin1String("ReadAll"))
+            return false;
+        ++questions;
+        return bus.send(message.createReply(QVariant::fromValue(m_values)));
+    }
+
+    int questions = 0;
+
+private:
+    QDBusConnection m_bus;
+    QMap<QString, QVariantMap> m_values;
+};
+
+class DesktopAppearanceTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        qDBusRegisterMetaType<QMap<QString, QVariantMap>>();
+        qDBusRegisterMetaType<Rgb>();
+    }
+
+    Portal portal;
+};
+
+TEST_F(DesktopAppearanceTest, leavesEverythingUnsaidWithoutAPortal) {
+    PortalAppearance appearance(QDBusConnection::sessionBus());
+    EXPECT_EQ(appearance.settings(), DesktopAppearance{});
+}
+
+TEST_F(DesktopAppearanceTest, readsAPortalThatRuns) {
+    portal.set(appearanceGroup, QStringLiteral("color-scheme"), 1U);
+    portal.set(appearanceGroup, QStringLiteral("accent-color"), QVariant::fromValue(Rgb{1, 0.5, 0}));
+    portal.appear();
+    PortalAppearance appearance(QDBusConnection::sessionBus());
+    int changes = 0;
+    appearance.setOnChange([&] { ++changes; });
+    ASSERT_TRUE(testing::waitUntil([&] { return changes > 0; }));
+    EXPECT_EQ(appearance.settings().colorScheme, ColorScheme::dark);
+    ASSERT_TRUE(appearance.settings().accent.has_value());
+    EXPECT_EQ(appearance.settings().accent->rgb(), qRgb(255, 128, 0));
+    EXPECT_EQ(changes, 1);
+}
+
+TEST_F(DesktopAppearanceTest, hearsAPortalThatStartsLaterAndOneThatGoes) {
+    portal.set(appearanceGroup, QStringLiteral("color-scheme"), 2U, false);
+    PortalAppearance appearance(QDBusConnection::sessionBus());
+    portal.appear();
+    ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings().colorScheme == ColorScheme::light; }));
+    portal.leave();
+    ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings() == DesktopAppearance{}; }));
+}
+
+TEST_F(DesktopAppearanceTest, followsChangesAndTellsEachOnce) {
+    portal.set(appearanceGroup, QStringLiteral("color-scheme"), 1U);
+    portal.appear();
+    PortalAppearance appearance(QDBusConnection::sessionBus());
+    int changes = 0;
+    appearance.setOnChange([&] { ++changes; });
+    ASSERT_TRUE(testing::waitUntil([&] { return changes == 1; }));
+    portal.set(appearanceGroup, QStringLiteral("color-scheme"), 1U); // the same again
+    portal.set(appearanceGroup, QStringLiteral("color-scheme"), 2U);
+    ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings().colorScheme == ColorScheme::light; }));
+    EXPECT_EQ(changes, 2);
+    portal.set(QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("enable-animations"), false);
+    ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings().reducesMotion; }));
+    EXPECT_EQ(changes, 3);
+}
+
+TEST_F(DesktopAppearanceTest, takesNoColourFromNonsense) {
+    portal.appear();
+    PortalAppearance appearance(QDBusConnection::sessionBus());
+    const auto accent = QStringLiteral("accent-color");
+    portal.set(appearanceGroup, accent, QVariant::fromValue(Rgb{0, 1, 0}));
+    ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings().accent.has_value(); }));
+    for (const QVariant &nonsense :
+         {QVariant::fromValue(Rgb{-1, 0, 0}), QVariant::fromValue(Rgb{0, 1.01, 0}),
+          QVariant::fromValue(Rgb{0, 0, std::nan("")}), QVariant(QStringLiteral("red")), QVariant(7U)}) {
+        portal.set(appearanceGroup, accent, QVariant::fromValue(Rgb{0, 1, 0}));
+        ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings().accent.has_value(); }));
+        portal.set(appearanceGroup, accent, nonsense);
+        EXPECT_TRUE(testing::waitUntil([&] { return !appearance.settings().accent.has_value(); }));
+    }
+    portal.set(appearanceGroup, QStringLiteral("color-scheme"), 2U);
+    ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings().colorScheme == ColorScheme::light; }));
+    portal.set(appearanceGroup, QStringLiteral("color-scheme"), 3U);
+    EXPECT_TRUE(testing::waitUntil([&] { return appearance.settings().colorScheme == ColorScheme::noPreference; }));
+}
+
+TEST(FakeAppearance, tellsAChangeOnceAndAfterIt) {
+    FakeAppearance appearance;
+    std::vector<ColorScheme> seen;
+    appearance.setOnChange([&] { seen.push_back(appearance.settings().colorScheme); });
+    EXPECT_EQ(appearance.settings(), DesktopAppearance{});
+    appearance.set({.colorScheme = ColorScheme::dark});
+    appearance.set({.colorScheme = ColorScheme::dark});
+    EXPECT_EQ(seen, std::vector{ColorScheme::dark});
+}
+
+} // namespace
+} // namespace tavrine
+
+Q_DECLARE_METATYPE(tavrine::Rgb)

@@ -1,0 +1,281 @@
+#include "adapters/fake/FakeAppearance.h"
+#include "adapters/fake/VirtualTime.h"
+#include "look/Button.h"
+#include "look/ChipStrip.h"
+#include "look/FocusRing.h"
+#include "look/Look.h"
+#include "look/Paint.h"
+#include "look/SearchField.h"
+#include "look/SegmentedControl.h"
+#include "look/Tile.h"
+#include "look/Toggle.h"
+#include "look/ToolTip.h"
+
+#include <QAccessible>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace tavrine::look {
+namespace {
+
+using namespace std::chrono_literals;
+
+class ControlsTest : public testing::Test {
+protected:
+    VirtualTime time;
+    FakeAppearance appearance;
+    Look look{time, &appearance};
+    QWidget window;
+    QHBoxLayout layout{&window};
+
+    template <class Widget>
+    Widget *show(Widget *widget) {
+        layout.addWidget(widget);
+        window.resize(500, 200);
+        window.show();
+        window.activateWindow();
+        QApplication::setActiveWindow(&window);
+        return widget;
+    }
+
+    static QAccessible::Role roleOf(QWidget *widget) { return QAccessible::queryAccessibleInterface(widget)->role(); }
+    static QString nameOf(QWidget *widget) {
+        return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
+    }
+};
+
+TEST_F(ControlsTest, aButtonIsCalledByItsWords) {
+    auto *button = show(new Button(QStringLiteral("Save"), ButtonStyle::prominent));
+    EXPECT_EQ(roleOf(button), QAccessible::PushButton);
+    EXPECT_EQ(nameOf(button), QStringLiteral("Save"));
+}
+
+TEST_F(ControlsTest, aSymbolAloneIsCalledByItsToolTip) {
+    auto *button = show(new Button(QStringLiteral("trash"), QStringLiteral("Delete item")));
+    EXPECT_EQ(roleOf(button), QAccessible::PushButton);
+    EXPECT_EQ(nameOf(button), QStringLiteral("Delete item"));
+    button->setToolTip(QStringLiteral("Remove pin"));
+    EXPECT_EQ(nameOf(button), QStringLiteral("Remove pin"));
+}
+
+TEST_F(ControlsTest, aToggleIsACheckBoxCalledByItsRow) {
+    auto *row = show(new SettingsRow(QStringLiteral("link"), QStringLiteral("Keep Awake")));
+    auto *toggle = new Toggle;
+    row->setTrailing(toggle);
+    EXPECT_EQ(roleOf(toggle), QAccessible::CheckBox);
+    EXPECT_EQ(nameOf(toggle), QStringLiteral("Keep Awake"));
+    toggle->setChecked(true);
+    EXPECT_TRUE(QAccessible::queryAccessibleInterface(toggle)->state().checked);
+}
+
+TEST_F(ControlsTest, aClickOnARowPressesItsToggle) {
+    auto *row = show(new SettingsRow(QStringLiteral("link"), QStringLiteral("Keep Awake")));
+    auto *toggle = new Toggle;
+    row->setTrailing(toggle);
+    QTest::mouseClick(row, Qt::LeftButton, {}, QPoint(60, row->height() / 2));
+    EXPECT_TRUE(toggle->isChecked());
+    QTest::mouseClick(toggle, Qt::LeftButton);
+    EXPECT_FALSE(toggle->isChecked());
+}
+
+TEST_F(ControlsTest, aChipIsARadioButton) {
+    auto *strip = show(new ChipStrip({QStringLiteral("All"), QStringLiteral("Text")}));
+    EXPECT_EQ(roleOf(strip->findChildren<Chip *>().first()), QAccessible::RadioButton);
+}
+
+TEST_F(ControlsTest, returnAndBlankPressTheFocusedControl) {
+    auto *button = show(new Button(QStringLiteral("Save")));
+    int clicks = 0;
+    QObject::connect(button, &QAbstractButton::clicked, button, [&] { ++clicks; });
+    QTest::keyClick(button, Qt::Key_Return);
+    EXPECT_EQ(clicks, 1);
+    QTest::keyClick(button, Qt::Key_Enter);
+    EXPECT_EQ(clicks, 2);
+    QTest::keyClick(button, Qt::Key_Space);
+    EXPECT_EQ(clicks, 3);
+}
+
+TEST_F(ControlsTest, aClickTakesTheKeyboardFromNobody) {
+    auto *field = show(new SearchField(QStringLiteral("Search")));
+    auto *button = show(new Button(QStringLiteral("Save")));
+    field->focus();
+    ASSERT_TRUE(field->lineEdit()->hasFocus());
+    QTest::mouseClick(button, Qt::LeftButton);
+    EXPECT_TRUE(field->lineEdit()->hasFocus());
+}
+
+TEST_F(ControlsTest, onlyTheKeyboardShowsTheFocusRing) {
+    auto *button = show(new Button(QStringLiteral("Save")));
+    button->setFocus(Qt::OtherFocusReason);
+    EXPECT_FALSE(button->showsFocus());
+    button->clearFocus();
+    button->setFocus(Qt::TabFocusReason);
+    EXPECT_TRUE(button->showsFocus());
+    const auto rings = window.findChildren<FocusRing *>();
+    ASSERT_EQ(rings.size(), 1);
+    EXPECT_TRUE(rings.first()->geometry().contains(button->geometry()));
+    button->move(button->pos() + QPoint(20, 5));
+    EXPECT_TRUE(rings.first()->geometry().contains(button->geometry()));
+    button->clearFocus();
+    EXPECT_FALSE(button->showsFocus());
+    EXPECT_TRUE(window.findChildren<FocusRing *>().isEmpty());
+}
+
+TEST_F(ControlsTest, theRingComesBackWithTheWindow) {
+    auto *button = show(new Button(QStringLiteral("Save")));
+    button->clearFocus();
+    button->setFocus(Qt::TabFocusReason);
+    const auto send = [&](QEvent::Type type) {
+        QFocusEvent event(type, Qt::ActiveWindowFocusReason);
+        QCoreApplication::sendEvent(button, &event);
+    };
+    send(QEvent::FocusOut);
+    EXPECT_FALSE(button->showsFocus());
+    send(QEvent::FocusIn);
+    EXPECT_TRUE(button->showsFocus());
+}
+
+TEST_F(ControlsTest, theFocusRingIsSeen) {
+    auto *button = show(new Button(QStringLiteral("Save")));
+    button->clearFocus();
+    const QImage before = window.grab().toImage();
+    button->setFocus(Qt::TabFocusReason);
+    const QImage after = window.grab().toImage();
+    const QPoint edge(button->geometry().center().x(), button->geometry().top() - 2);
+    EXPECT_NE(before.pixel(edge), after.pixel(edge));
+}
+
+TEST_F(ControlsTest, aDestroyedControlTakesItsRingAlong) {
+    auto *button = show(new Button(QStringLiteral("Save")));
+    button->setFocus(Qt::TabFocusReason);
+    delete button;
+    EXPECT_TRUE(window.findChildren<FocusRing *>().isEmpty());
+}
+
+TEST_F(ControlsTest, aToggleMovesAndRests) {
+    auto *toggle = show(new Toggle);
+    const QImage off = toggle->grab().toImage();
+    toggle->click();
+    time.advance(90ms);
+    const QImage between = toggle->grab().toImage();
+    time.advance(1s);
+    const QImage on = toggle->grab().toImage();
+    EXPECT_NE(off, between);
+    EXPECT_NE(between, on);
+    EXPECT_EQ(time.timerCount(), 0);
+}
+
+TEST_F(ControlsTest, exactlyOneChipIsChosen) {
+    auto *strip = show(new ChipStrip({QStringLiteral("All"), QStringLiteral("Text"), QStringLiteral("Links")}));
+    std::vector<int> chosen;
+    QObject::connect(strip, &ChipStrip::chosen, strip, [&](int index) { chosen.push_back(index); });
+    const auto chips = strip->findChildren<Chip *>();
+    QTest::mouseClick(chips[2], Qt::LeftButton);
+    EXPECT_EQ(strip->current(), 2);
+    EXPECT_TRUE(chips[2]->isChecked());
+    EXPECT_FALSE(chips[0]->isChecked());
+    QTest::mouseClick(chips[2], Qt::LeftButton);
+    EXPECT_EQ(chosen, (std::vector<int>{2}));
+    EXPECT_TRUE(chips[2]->isChecked());
+    strip->setCurrent(0);
+    EXPECT_EQ(chosen.size(), 1U);
+    strip->setCurrent(3);
+    strip->setCurrent(-1);
+    EXPECT_EQ(strip->current(), 0);
+}
+
+TEST_F(ControlsTest, aStripTooNarrowShowsTheChosenChip) {
+    auto *strip = new ChipStrip({QStringLiteral("Everything"), QStringLiteral("My Saved"), QStringLiteral("Pictures"),
+                                 QStringLiteral("Snippets")},
+                                &window);
+    strip->resize(120, 28);
+    const auto chips = strip->findChildren<Chip *>();
+    for (int i : {3, 1, 0, 2}) {
+        strip->setCurrent(i);
+        EXPECT_GE(chips[i]->geometry().left(), 0) << i;
+        EXPECT_LE(chips[i]->geometry().right(), strip->width()) << i;
+    }
+}
+
+TEST_F(ControlsTest, aSegmentIsChosenByAClick) {
+    auto *segments = show(new SegmentedControl({QStringLiteral("Day"), QStringLiteral("Week")}));
+    int chosen = -1;
+    QObject::connect(segments, &SegmentedControl::chosen, segments, [&](int index) { chosen = index; });
+    QTest::mouseClick(segments->findChildren<QAbstractButton *>()[1], Qt::LeftButton);
+    EXPECT_EQ(chosen, 1);
+    EXPECT_EQ(segments->current(), 1);
+    time.advance(3s);
+    EXPECT_EQ(time.timerCount(), 0);
+}
+
+TEST_F(ControlsTest, theClearButtonIsThereWhileThereIsText) {
+    auto *field = show(new SearchField(QStringLiteral("Search")));
+    auto *clear = field->findChild<Button *>();
+    EXPECT_FALSE(clear->isVisible());
+    QTest::keyClicks(field->lineEdit(), QStringLiteral("abc"));
+    EXPECT_TRUE(clear->isVisible());
+    std::vector<QString> texts;
+    QObject::connect(field, &SearchField::textChanged, field, [&](const QString &text) { texts.push_back(text); });
+    QTest::mouseClick(clear, Qt::LeftButton);
+    EXPECT_EQ(field->text(), QString());
+    EXPECT_EQ(texts, std::vector<QString>{QString()});
+    EXPECT_FALSE(clear->isVisible());
+    EXPECT_TRUE(field->lineEdit()->hasFocus());
+}
+
+TEST_F(ControlsTest, theTextOfAFieldComesFromInputMethodsToo) {
+    auto *field = show(new SearchField(QStringLiteral("Search")));
+    field->focus();
+    QInputMethodEvent event(QStringLiteral("に"), {});
+    event.setCommitString(QStringLiteral("日本"));
+    QCoreApplication::sendEvent(field->lineEdit(), &event);
+    EXPECT_EQ(field->text(), QStringLiteral("日本"));
+    EXPECT_TRUE(field->lineEdit()->testAttribute(Qt::WA_InputMethodEnabled));
+}
+
+TEST_F(ControlsTest, theFieldKeepsItsTextReadableWhenTheThemeChanges) {
+    auto *field = show(new SearchField(QStringLiteral("Search")));
+    appearance.set({.colorScheme = ColorScheme::dark});
+    EXPECT_EQ(field->lineEdit()->palette().color(QPalette::Text), look.theme().text);
+    EXPECT_TRUE(look.theme().isDark);
+    appearance.set({.colorScheme = ColorScheme::light});
+    EXPECT_EQ(field->lineEdit()->palette().color(QPalette::Text), lightTheme().text);
+}
+
+TEST_F(ControlsTest, aToolTipShowsUnderItsControlAndGoesWithThePointer) {
+    auto *button = show(new Button(QStringLiteral("trash"), QStringLiteral("Delete item")));
+    QHelpEvent event(QEvent::ToolTip, QPoint(5, 5), button->mapToGlobal(QPoint(5, 5)));
+    QCoreApplication::sendEvent(button, &event);
+    EXPECT_TRUE(ToolTip::isShown());
+    QEvent leave(QEvent::Leave);
+    QCoreApplication::sendEvent(button, &leave);
+    EXPECT_FALSE(ToolTip::isShown());
+}
+
+TEST_F(ControlsTest, aToolTipGoesWithItsControl) {
+    auto *button = show(new Button(QStringLiteral("trash"), QStringLiteral("Delete item")));
+    ToolTip::show(button, QStringLiteral("Delete item"), button->rect());
+    ASSERT_TRUE(ToolTip::isShown());
+    delete button;
+    EXPECT_FALSE(ToolTip::isShown());
+}
+
+TEST(RowActions, standSideBySideWithinTheRow) {
+    const QRectF row(10, 100, 400, 60);
+    const auto rects = rowActionRects(row, 3);
+    ASSERT_EQ(rects.size(), 3U);
+    for (size_t i = 0; i < rects.size(); ++i) {
+        EXPECT_TRUE(row.contains(rects[i]));
+        EXPECT_NEAR(rects[i].center().y(), row.center().y(), 0.5);
+        if (i > 0) {
+            EXPECT_GT(rects[i].left(), rects[i - 1].right());
+        }
+    }
+    EXPECT_TRUE(rowActionRects(row, 0).empty());
+}
+
+} // namespace
+} // namespace tavrine::look

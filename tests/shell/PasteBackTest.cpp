@@ -1,0 +1,205 @@
+#include "shell/PanelFixture.h"
+
+namespace tavrine {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::PanelFixture;
+
+class PasteBackTest : public PanelFixture {
+protected:
+    static ClipboardItem item(const char *text) {
+        ClipboardItem made;
+        made.content = QString::fromUtf8(text);
+        return made;
+    }
+    [[nodiscard]] bool hasPasted() const { return !poster.posted().empty(); }
+    /// Pastes from the search panel and gives the moment of the keystroke, in whole milliseconds from the call.
+    int pasteAndMeasure() {
+        controller.pasteFromSearch(item("text"));
+        for (int ms = 0; ms <= 2000; ++ms) {
+            if (hasPasted())
+                return ms;
+            time.advance(1ms);
+        }
+        return -1;
+    }
+};
+
+TEST_F(PasteBackTest, theContentIsCopiedAndPastedIntoTheProgramThePersonCameFrom) {
+    controller.toggleSearchPanel();
+    controller.pasteFromSearch(item("hello"));
+    EXPECT_EQ(copied, QStringList(QStringLiteral("hello")));
+    EXPECT_FALSE(search()->isVisible());
+    ASSERT_EQ(activator.activated().size(), 1U);
+    EXPECT_EQ(activator.activated()[0], editor);
+    time.advance(80ms);
+    const std::vector<FakeEventPoster::Posted> commandV{{9, true, 0x100000}, {9, false, 0x100000}};
+    EXPECT_EQ(poster.posted(), commandV);
+}
+
+TEST_F(PasteBackTest, aPasteIsSentOnce) {
+    controller.toggleSearchPanel();
+    controller.pasteFromSearch(item("hello"));
+    time.advance(10s);
+    EXPECT_EQ(poster.posted().size(), 2U);
+}
+
+TEST_F(PasteBackTest, theClassicPanelGoesWithoutItsAnimation) {
+    controller.toggleClassicPanel();
+    controller.pasteFromClassic(item("hello"));
+    EXPECT_FALSE(classic()->isVisible());
+    EXPECT_EQ(monitors.globalCount(), 0);
+    time.advance(80ms);
+    EXPECT_TRUE(hasPasted());
+}
+
+TEST_F(PasteBackTest, theKeystrokeFollowsEightHundredthsAfterTheTargetIsInFront) {
+    controller.toggleSearchPanel();
+    EXPECT_EQ(pasteAndMeasure(), 80);
+}
+
+TEST_F(PasteBackTest, aTargetThatNeedsThreeTenthsGetsTheKeystrokeEightHundredthsLater) {
+    controller.toggleSearchPanel();
+    activator.setImmediate(false);
+    time.asyncAfter(300ms, [this] { workspace.setFrontmost(editor); });
+    EXPECT_EQ(pasteAndMeasure(), 380);
+}
+
+TEST_F(PasteBackTest, aTargetThatComesInTheLastRoundStillCounts) {
+    controller.toggleSearchPanel();
+    activator.setImmediate(false);
+    time.asyncAfter(599ms, [this] { workspace.setFrontmost(editor); });
+    EXPECT_EQ(pasteAndMeasure(), 680);
+}
+
+TEST_F(PasteBackTest, aTargetThatNeverComesGetsTheKeystrokeAllTheSame) {
+    controller.toggleSearchPanel();
+    activator.setImmediate(false);
+    EXPECT_EQ(pasteAndMeasure(), 800);
+}
+
+TEST_F(PasteBackTest, theTargetIsKnownByItsProcessWhateverItsWindow) {
+    controller.toggleSearchPanel();
+    activator.setImmediate(false);
+    RunningApplication otherWindow = editor;
+    otherWindow.window = 77;
+    time.asyncAfter(100ms, [this, otherWindow] { workspace.setFrontmost(otherWindow); });
+    EXPECT_EQ(pasteAndMeasure(), 180);
+}
+
+TEST_F(PasteBackTest, aTargetThatHasQuitMakesThisProgramGiveWay) {
+    controller.toggleSearchPanel();
+    activator.quit(editor);
+    EXPECT_EQ(pasteAndMeasure(), 200);
+    EXPECT_EQ(activator.hides(), 1);
+    EXPECT_TRUE(activator.activated().empty());
+}
+
+TEST_F(PasteBackTest, aPasteWithoutATargetMakesThisProgramGiveWay) {
+    workspace.setFrontmost(std::nullopt);
+    FakeWorkspace emptyDesktop;
+    controller.ensureSearchPanel();
+    activator.quit(editor);
+    EXPECT_EQ(pasteAndMeasure(), 200);
+    EXPECT_EQ(activator.hides(), 1);
+}
+
+TEST_F(PasteBackTest, theTargetIsTheProgramThatWasLeftLast) {
+    workspace.setFrontmost(browser);
+    controller.toggleSearchPanel();
+    controller.pasteFromSearch(item("text"));
+    EXPECT_EQ(activator.activated()[0], browser);
+}
+
+TEST_F(PasteBackTest, thisProgramIsNeverItsOwnTarget) {
+    controller.toggleSearchPanel(); // ours in front, the editor left
+    controller.appDidDeactivate(ours);
+    RunningApplication sameIdentifier = ours;
+    sameIdentifier.processIdentifier = 0;
+    controller.appDidDeactivate(sameIdentifier);
+    controller.pasteFromSearch(item("text"));
+    EXPECT_EQ(activator.activated()[0], editor);
+}
+
+TEST_F(PasteBackTest, theProgramInFrontIsTheTargetEvenWhenNoNoticeComes) {
+    FakeApplicationActivator &silent = activator; // activates itself without the desktop's telling
+    silent.setOwn(editor);
+    controller.toggleSearchPanel();
+    controller.pasteFromSearch(item("text"));
+    ASSERT_EQ(activator.activated().size(), 1U);
+    EXPECT_EQ(activator.activated()[0], editor);
+}
+
+TEST_F(PasteBackTest, withoutAccessibilityTheSearchPanelGoesAndAToastTellsWhy) {
+    isTrusted = false;
+    controller.toggleSearchPanel();
+    EXPECT_EQ(pasteAndMeasure(), -1);
+    EXPECT_EQ(copied, QStringList(QStringLiteral("text")));
+    EXPECT_EQ(trustQuestions, 1);
+    EXPECT_FALSE(search()->isVisible());
+    EXPECT_EQ(monitors.globalCount(), 0);
+    EXPECT_EQ(toasts,
+              QStringList(QStringLiteral("Enable Accessibility to paste automatically|exclamationmark.triangle.fill")));
+    EXPECT_TRUE(activator.activated().empty());
+}
+
+TEST_F(PasteBackTest, withoutAccessibilityTheClassicPanelKeepsItsMonitors) {
+    isTrusted = false;
+    controller.toggleClassicPanel();
+    controller.pasteFromClassic(item("text"));
+    EXPECT_FALSE(classic()->isVisible());
+    EXPECT_EQ(monitors.globalCount(), 2);
+    EXPECT_EQ(toasts.size(), 1);
+}
+
+TEST_F(PasteBackTest, aSecondPasteDuringAWaitStartsAWaitOfItsOwn) {
+    controller.toggleSearchPanel();
+    activator.setImmediate(false);
+    controller.pasteFromSearch(item("one"));
+    time.advance(100ms);
+    controller.pasteFromSearch(item("two"));
+    time.advance(699ms);
+    EXPECT_EQ(poster.posted().size(), 0U);
+    time.advance(1ms);
+    EXPECT_EQ(poster.posted().size(), 2U);
+    time.advance(100ms);
+    EXPECT_EQ(poster.posted().size(), 4U);
+}
+
+TEST_F(PasteBackTest, anEmojiReplacesThePasteboardAndStaysThere) {
+    pasteboard.copyFromOutside(QStringLiteral("before"));
+    controller.showOrDismissEmojiPanel();
+    controller.insertEmoji(QStringLiteral("😀"));
+    time.advance(5s);
+    EXPECT_EQ(pasteboard.string(), QStringLiteral("😀"));
+    EXPECT_EQ(pasteboard.clearCount(), 1);
+    EXPECT_EQ(poster.posted().size(), 2U);
+    EXPECT_TRUE(copied.isEmpty());
+}
+
+TEST_F(PasteBackTest, theEmojiPanelHasLeftTheScreenBeforeTheKeystroke) {
+    controller.showOrDismissEmojiPanel();
+    time.advance(1s);
+    bool isVisible = true;
+    poster.setOnPost([&] { isVisible = emoji()->isVisible(); });
+    controller.insertEmoji(QStringLiteral("😀"));
+    time.advance(80ms);
+    EXPECT_TRUE(hasPasted());
+    EXPECT_FALSE(isVisible);
+}
+
+TEST_F(PasteBackTest, withoutAccessibilityTheEmojiStaysOnThePasteboard) {
+    isTrusted = false;
+    controller.showOrDismissEmojiPanel();
+    controller.insertEmoji(QStringLiteral("😀"));
+    time.advance(5s);
+    EXPECT_FALSE(hasPasted());
+    EXPECT_FALSE(emoji()->isVisible());
+    EXPECT_EQ(pasteboard.string(), QStringLiteral("😀"));
+    EXPECT_EQ(toasts, QStringList(QStringLiteral(
+                          "Enable Accessibility to insert automatically|exclamationmark.triangle.fill")));
+}
+
+} // namespace
+} // namespace tavrine
