@@ -183,6 +183,8 @@ TEST_F(PanelsOnADesktop, returnPastesIntoATerminal) {
     ASSERT_TRUE(waitUntil([&] { return QFile::exists(path + QStringLiteral(".ready")); }));
     ASSERT_TRUE(record("a command"));
     ASSERT_TRUE(open("super+shift+v", clipboardPanel));
+    xdotool({QStringLiteral("type"), QStringLiteral("command")});
+    letPass(500ms);
     key("Return");
     ASSERT_TRUE(waitUntil([] { return !isShown(clipboardPanel); }, openingBound));
     letPass(longEnough); // the longest wait for the target, and the paste
