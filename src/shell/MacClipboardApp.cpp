@@ -135,8 +135,9 @@ QWidget *searchView(ClipboardManager &manager, const ShellTools::Views::Dismiss 
     return line;
 }
 
-QWidget *classicView(ClipboardManager &manager, const ShellTools::Views::Paste &paste) {
-    return searchView(manager, {}, paste);
+QWidget *classicView(ClipboardManager &manager, const ShellTools::Views::Dismiss &orderOutAllWindows,
+                     const ShellTools::Views::Paste &paste) {
+    return searchView(manager, orderOutAllWindows, paste);
 }
 
 QWidget *emojiView(const ShellTools::Views::Dismiss &dismiss, const ShellTools::Views::Insert &insert) {
@@ -244,7 +245,8 @@ int main(int argc, char **argv) {
                                                        .time = time},
                                             .toastWindows = panels->toastWindows};
              }},
-        {.classic = [&](const auto &paste) { return classicView(clipboardManager, paste); },
+        {.classic = [&](const auto &orderOut,
+                        const auto &paste) { return classicView(clipboardManager, orderOut, paste); },
          .search = [&](const auto &dismiss, const auto &paste) { return searchView(clipboardManager, dismiss, paste); },
          .emoji = [&](const auto &dismiss, const auto &insert) { return emojiView(dismiss, insert); },
          .welcome = [&](const auto &onClose) { return welcomeView(onClose); }});

@@ -85,19 +85,21 @@ HotKeyCenter::Actions ShellTools::hotKeyActions() {
 }
 
 PanelController::Contents ShellTools::panelContents() {
-    return {
-        .classic =
-            [this] { return m_views.classic([this](const ClipboardItem &item) { panels().pasteFromClassic(item); }); },
-        .search =
-            [this] {
-                return m_views.search([this] { panels().dismissSearchPanel(); },
-                                      [this](const ClipboardItem &item) { panels().pasteFromSearch(item); });
-            },
-        .emoji =
-            [this] {
-                return m_views.emoji([this] { panels().dismissEmojiPanel(); },
-                                     [this](const QString &text) { panels().insertEmoji(text); });
-            }};
+    return {.classic =
+                [this] {
+                    return m_views.classic([this] { orderOutAllWindows(); },
+                                           [this](const ClipboardItem &item) { panels().pasteFromClassic(item); });
+                },
+            .search =
+                [this] {
+                    return m_views.search([this] { panels().dismissSearchPanel(); },
+                                          [this](const ClipboardItem &item) { panels().pasteFromSearch(item); });
+                },
+            .emoji =
+                [this] {
+                    return m_views.emoji([this] { panels().dismissEmojiPanel(); },
+                                         [this](const QString &text) { panels().insertEmoji(text); });
+                }};
 }
 
 PanelController::Actions ShellTools::panelActions() {
@@ -138,6 +140,13 @@ void ShellTools::showToast(const QString &message, const QString &icon) {
     if (!m_toasts)
         m_toasts = std::make_unique<ToastManager>(m_ports.time, desktop().panels.screens, desktop().toastWindows);
     m_toasts->show(message, icon);
+}
+
+void ShellTools::orderOutAllWindows() {
+    panels().orderOutAllPanels();
+    for (QWidget *window : {m_delegate->editorWindow(), m_delegate->mainWindow(), m_delegate->onboardingWindow()})
+        if (window)
+            window->hide();
 }
 
 void ShellTools::removePanelMonitors() {

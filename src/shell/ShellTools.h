@@ -44,7 +44,8 @@ public:
         using Dismiss = std::function<void()>;
         using Paste = std::function<void(const ClipboardItem &)>;
         using Insert = std::function<void(const QString &)>;
-        std::function<QWidget *(Paste)> classic;
+        /// `Dismiss` takes every window of the program off the screen.
+        std::function<QWidget *(Dismiss, Paste)> classic;
         std::function<QWidget *(Dismiss, Paste)> search;
         std::function<QWidget *(Dismiss, Insert)> emoji;
         /// A window of its own that is not on the screen yet; `onClose` comes when the person has finished.
@@ -81,6 +82,7 @@ private:
     [[nodiscard]] PanelController::Actions panelActions();
     [[nodiscard]] OnboardingFlow::Windows onboardingWindows();
     void makeWelcomeWindow();
+    void orderOutAllWindows();
 
     Ports m_ports;
     Views m_views;

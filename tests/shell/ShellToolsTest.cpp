@@ -130,6 +130,7 @@ protected:
     int desktops = 0;
     std::vector<std::string> views;
     QPointer<QWidget> welcome;
+    ShellTools::Views::Dismiss orderOutAllWindows;
     ShellTools::Views::Paste pasteFromClassic;
     ShellTools::Views::Paste pasteFromSearch;
     ShellTools::Views::Dismiss dismissSearch;
@@ -250,6 +251,19 @@ TEST_F(ShellToolsTest, dismissingFromWithinAViewClosesItsPanel) {
     dismissEmoji();
     time.advance(80ms);
     EXPECT_EQ(visiblePanel(), QString());
+}
+
+TEST_F(ShellToolsTest, theClassicPanelsButtonTakesEveryWindowOffTheScreen) {
+    launchQuietly();
+    experience->setSelectedExperience(ClipboardExperience::classic);
+    time.advance(0ms);
+    QWidget *window = showWindow(&AppDelegate::setMainWindow);
+    press(keyE);
+    press(keyV); // the classic panel leaves the others where they are
+    orderOutAllWindows();
+    EXPECT_EQ(visiblePanel(), QString());
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(delegate->mainWindow(), window); // it is not closed
 }
 
 TEST_F(ShellToolsTest, aPasteWithoutAccessibilityAsksAndShowsAToast) {
