@@ -1,14 +1,24 @@
 #include "adapters/linux/DBusSingleInstance.h"
 #include "adapters/linux/NoFeedUpdater.h"
 #include "adapters/linux/NoMovieAsset.h"
+#include "adapters/linux/PortalAppearance.h"
 #include "adapters/linux/QtApplication.h"
 #include "adapters/linux/QtTime.h"
+#include "adapters/linux/SessionBus.h"
 #include "adapters/linux/StatusNotifierItem.h"
 #include "adapters/linux/TrayStatusItem.h"
 #include "adapters/linux/TurboImageCoder.h"
 #include "adapters/linux/XdgAutostart.h"
 #include "adapters/linux/XdgFolders.h"
+#include "adapters/x11/X11Access.h"
+#include "adapters/x11/X11ApplicationActivator.h"
+#include "adapters/x11/X11Compositor.h"
+#include "adapters/x11/X11EventMonitors.h"
+#include "adapters/x11/X11EventPoster.h"
+#include "adapters/x11/X11HotKeys.h"
+#include "adapters/x11/X11PanelWindow.h"
 #include "adapters/x11/X11Pasteboard.h"
+#include "adapters/x11/X11Screens.h"
 #include "adapters/x11/X11Workspace.h"
 #include "adapters/x11/XEmbedTrayIcon.h"
 #include "base/NotificationCenter.h"
@@ -16,16 +26,24 @@
 #include "clipboard/ClipboardDatabase.h"
 #include "clipboard/ClipboardExperienceSettings.h"
 #include "clipboard/ClipboardManager.h"
+#include "look/Look.h"
+#include "ports/Alerts.h"
+#include "ports/ToastWindow.h"
+#include "ports/UrlOpener.h"
 #include "shell/AppDelegate.h"
 #include "shell/FeatureFlags.h"
-#include "shell/ToolHooks.h"
+#include "shell/ShellTools.h"
 
 #include <QApplication>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QToolTip>
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 using namespace tavrine;
 
@@ -38,6 +56,116 @@ std::vector<std::unique_ptr<TrayIcon>> trayIcons() {
         std::make_unique<XEmbedTrayIcon>([](QPoint place, const QString &text) { QToolTip::showText(place, text); }));
     return icons;
 }
+
+/// The desktop's wishes for looks, unsaid until the session bus is open.
+class LateAppearance final : public QObject, public Appearance {
+public:
+    LateAppearance() {
+        sessionBus::whenOpen(this, [this](const QDBusConnection &bus) {
+            if (!bus.isConnected())
+                return;
+            m_portal.emplace(bus);
+            m_portal->setOnChange(m_onChange);
+        });
+    }
+    [[nodiscard]] DesktopAppearance settings() const override {
+        return m_portal ? m_portal->settings() : DesktopAppearance{};
+    }
+    void setOnChange(std::function<void()> onChange) override {
+        m_onChange = std::move(onChange);
+        if (m_portal)
+            m_portal->setOnChange(m_onChange);
+    }
+
+private:
+    std::optional<PortalAppearance> m_portal;
+    std::function<void()> m_onChange;
+};
+
+class NoAlerts final : public Alerts {
+public:
+    bool runModal(const Alert &) override { return false; }
+    std::optional<QString> runModalForText(const Alert &, int, int) override { return std::nullopt; }
+};
+
+class NoUrlOpener final : public UrlOpener {
+public:
+    void openUrl(const QUrl &) override {}
+};
+
+class NoToastWindows final : public ToastWindows {
+public:
+    [[nodiscard]] std::unique_ptr<ToastWindow> makeToastWindow(const ToastDescription &) override {
+        return std::make_unique<None>();
+    }
+
+private:
+    class None final : public ToastWindow {
+        [[nodiscard]] QPointF frameOrigin() const override { return {}; }
+        void setFrameOrigin(QPointF) override {}
+        void setAlpha(double) override {}
+        void orderFront() override {}
+        void animate(double, QPointF, Seconds) override {}
+    };
+};
+
+/// One line that searches; Return takes the first row, Escape goes.
+class PlainLine : public QLineEdit {
+public:
+    std::function<void()> onEscape;
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override {
+        if (event->key() == Qt::Key_Escape && onEscape)
+            onEscape();
+        else
+            QLineEdit::keyPressEvent(event);
+    }
+};
+
+QWidget *searchView(ClipboardManager &manager, const ShellTools::Views::Dismiss &dismiss,
+                    const ShellTools::Views::Paste &paste) {
+    auto *line = new PlainLine;
+    line->onEscape = dismiss;
+    QObject::connect(line, &QLineEdit::returnPressed, line, [&manager, line, paste] {
+        const auto rows = manager.searchItems(line->text());
+        if (!rows.empty())
+            paste(rows.front());
+    });
+    return line;
+}
+
+QWidget *classicView(ClipboardManager &manager, const ShellTools::Views::Dismiss &orderOutAllWindows,
+                     const ShellTools::Views::Paste &paste) {
+    return searchView(manager, orderOutAllWindows, paste);
+}
+
+QWidget *emojiView(const ShellTools::Views::Dismiss &dismiss, const ShellTools::Views::Insert &insert) {
+    auto *line = new PlainLine;
+    line->onEscape = dismiss;
+    QObject::connect(line, &QLineEdit::returnPressed, line, [insert, line] { insert(line->text()); });
+    return line;
+}
+
+QWidget *welcomeView(const std::function<void()> &onClose) {
+    auto *button = new QPushButton(QStringLiteral("Done, Let's Go"));
+    QObject::connect(button, &QPushButton::clicked, button, onClose);
+    return button;
+}
+
+/// What only panels and toasts need: made with the first of them, which leaves a launch its speed.
+struct PanelAdapters {
+    PanelAdapters(const Pasteboard &pasteboard, look::Look &look)
+        : poster([&pasteboard] { return pasteboard.string().value_or(QString()); }),
+          compositor([&look](bool isRunning) { look.setCompositing(isRunning); }) {}
+
+    X11ApplicationActivator activator;
+    X11PanelWindows windows{activator};
+    X11EventPoster poster;
+    X11Screens screens;
+    X11Compositor compositor;
+    NoToastWindows toastWindows;
+};
 
 } // namespace
 
@@ -70,6 +198,8 @@ int main(int argc, char **argv) {
     }
 
     QtTime time;
+    LateAppearance appearance;
+    look::Look look(time, &appearance);
     NotificationCenter &center = NotificationCenter::defaultCenter();
     UserDefaults defaults(preferencesPath(), time, center);
     X11Pasteboard pasteboard;
@@ -85,9 +215,44 @@ int main(int argc, char **argv) {
         {time, defaults, pasteboard, workspace, imageCoder, movieAsset, loginItem, folders, database});
     FeatureFlags flags(defaults);
     ClipboardExperienceSettings experienceSettings(defaults);
-    ToolHooks hooks;
+    X11HotKeys hotKeys;
+    X11EventMonitors monitors;
+    X11Access access;
+    NoAlerts alerts;
+    NoUrlOpener urlOpener;
+    std::optional<PanelAdapters> panels;
+    ShellTools tools(
+        {.time = time,
+         .defaults = defaults,
+         .application = ourselves,
+         .hotKeys = hotKeys,
+         .monitors = monitors,
+         .access = access,
+         .alerts = alerts,
+         .urlOpener = urlOpener,
+         .desktop =
+             [&] {
+                 panels.emplace(pasteboard, look);
+                 return ShellTools::Desktop{.panels = {.windows = panels->windows,
+                                                       .monitors = monitors,
+                                                       .poster = panels->poster,
+                                                       .screens = panels->screens,
+                                                       .workspace = workspace,
+                                                       .activator = panels->activator,
+                                                       .pasteboard = pasteboard,
+                                                       .defaults = defaults,
+                                                       .center = center,
+                                                       .time = time},
+                                            .toastWindows = panels->toastWindows};
+             }},
+        {.classic = [&](const auto &orderOut,
+                        const auto &paste) { return classicView(clipboardManager, orderOut, paste); },
+         .search = [&](const auto &dismiss, const auto &paste) { return searchView(clipboardManager, dismiss, paste); },
+         .emoji = [&](const auto &dismiss, const auto &insert) { return emojiView(dismiss, insert); },
+         .welcome = [&](const auto &onClose) { return welcomeView(onClose); }});
     AppDelegate appDelegate({time, defaults, center, workspace, statusItem, ourselves, updater, clipboardManager, flags,
-                             experienceSettings, hooks});
+                             experienceSettings, tools});
+    tools.setDelegate(&appDelegate);
     delegate = &appDelegate;
     appDelegate.applicationDidFinishLaunching();
     return QApplication::exec();

@@ -13,7 +13,7 @@ namespace tavrine {
 namespace {
 
 bool canFire(const StatusMenuEntry &entry) {
-    return entry.isVisible && entry.isEnabled && entry.action;
+    return entry.isEnabled && entry.action;
 }
 
 } // namespace
@@ -37,9 +37,6 @@ StatusMenu::StatusMenu(const UserDefaults &defaults, const FeatureFlags &flags,
     refreshClipboardMenuItem();
     add(StatusMenuItem::emojiPicker, QStringLiteral("Emoji Picker"), std::move(actions.onEmojiPickerHotKeyPressed));
     refreshEmojiMenuItem();
-    // Neither panel can be opened yet.
-    entry(StatusMenuItem::clipboard).isVisible = false;
-    entry(StatusMenuItem::emojiPicker).isVisible = false;
     addSeparator();
     add(StatusMenuItem::checkForUpdates, QStringLiteral("Check for Updates…"), std::move(actions.checkForUpdates));
     addSeparator();
@@ -121,7 +118,6 @@ void StatusMenu::show() {
         QAction *action = actions[static_cast<qsizetype>(i)];
         action->setText(keys.isEmpty() ? text : text + QLatin1Char('\t') + keys);
         action->setEnabled(entry.isEnabled);
-        action->setVisible(entry.isVisible);
     }
 }
 

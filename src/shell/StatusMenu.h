@@ -25,13 +25,12 @@ struct KeyEquivalent {
     bool operator==(const KeyEquivalent &) const = default;
 };
 
-/// One entry of the menu. Invisible entries belong to tools that cannot be reached from here yet.
+/// One entry of the menu.
 struct StatusMenuEntry {
     StatusMenuItem item = StatusMenuItem::separator;
     QString title;
     KeyEquivalent keyEquivalent;
     bool isEnabled = true;
-    bool isVisible = true;
     std::function<void()> action;
 };
 

@@ -1,0 +1,39 @@
+#include "adapters/x11/X11Compositor.h"
+
+#include <xcb/xfixes.h>
+
+namespace tavrine {
+
+X11Compositor::X11Compositor(std::function<void(bool isRunning)> onChange)
+    : m_client([this](const xcb_generic_event_t &event) { handle(event); }), m_onChange(std::move(onChange)) {
+    if (m_client.isConnected())
+        watch();
+    else
+        m_onChange(false);
+}
+
+void X11Compositor::watch() {
+    xcb_connection_t *connection = m_client.connection();
+    const xcb_atom_t selection = m_client.atom("_NET_WM_CM_S" + std::to_string(m_client.screenNumber()));
+    const auto *fixes = xcb_get_extension_data(connection, &xcb_xfixes_id);
+    if (fixes && fixes->present) {
+        m_firstFixesEvent = fixes->first_event;
+        xcb_xfixes_query_version(connection, 1, 0); // the extension answers nobody who has not asked for its version
+        xcb_xfixes_select_selection_input(connection, m_client.root(), selection,
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                                              XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                                              XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    }
+    const auto owner = m_client.reply<xcb_get_selection_owner_reply_t>(xcb_get_selection_owner(connection, selection));
+    m_onChange(owner && owner->owner != XCB_WINDOW_NONE);
+    m_client.flush();
+}
+
+void X11Compositor::handle(const xcb_generic_event_t &event) {
+    if (m_firstFixesEvent == 0 || (event.response_type & 0x7f) != m_firstFixesEvent + XCB_XFIXES_SELECTION_NOTIFY)
+        return;
+    const auto &notice = reinterpret_cast<const xcb_xfixes_selection_notify_event_t &>(event);
+    m_onChange(notice.owner != XCB_WINDOW_NONE);
+}
+
+} // namespace tavrine

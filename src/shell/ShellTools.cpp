@@ -1,0 +1,181 @@
+#include "shell/ShellTools.h"
+
+#include "base/Time.h"
+#include "clipboard/ClipboardExperienceSettings.h"
+#include "clipboard/ClipboardManager.h"
+#include "ports/ApplicationActivator.h"
+#include "ports/Screens.h"
+#include "shell/AppDelegate.h"
+#include "shell/FeatureFlags.h"
+#include "shell/PanelTraits.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWidget>
+
+namespace tavrine {
+namespace {
+
+void bringForward(QWidget *window) {
+    if (!window)
+        return;
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
+} // namespace
+
+ShellTools::ShellTools(Ports ports, Views views)
+    : m_ports(std::move(ports)), m_views(std::move(views)),
+      m_windowManager({.access = m_ports.access,
+                       .alerts = m_ports.alerts,
+                       .urlOpener = m_ports.urlOpener,
+                       .time = m_ports.time,
+                       .clearSelectionWindow = [] {}, // there is no recorder yet
+                       .activateApplication = [this] { desktop().panels.activator.activateIgnoringOtherApps(); }}),
+      m_hotKeyCenter(m_ports.hotKeys, m_ports.monitors, m_ports.access, m_ports.defaults, m_ports.time,
+                     hotKeyActions()),
+      m_onboarding(m_ports.application, m_ports.time, onboardingWindows()) {}
+
+ShellTools::~ShellTools() = default;
+
+ShellTools::Desktop &ShellTools::desktop() {
+    if (!m_desktop)
+        m_desktop.emplace(m_ports.desktop());
+    return *m_desktop;
+}
+
+PanelController &ShellTools::panels() {
+    if (!m_panels) {
+        m_panels = std::make_unique<PanelController>(desktop().panels, panelContents(), panelActions());
+        // It hears of the programs that are left from now on; the delegate has from the start.
+        if (const auto &left = m_delegate->previouslyActiveApplication())
+            m_panels->appDidDeactivate(*left);
+    }
+    return *m_panels;
+}
+
+bool ShellTools::isFeatureOn(Trigger trigger) const {
+    switch (trigger) {
+    case Trigger::clipboard:
+        return m_delegate->flags().isOn(Feature::clipboardHistory);
+    case Trigger::emojiPicker:
+        return m_delegate->flags().isOn(Feature::emojiPicker);
+    case Trigger::capture:
+    case Trigger::screenRecorder:
+        break; // a key that would do nothing is not taken from other programs
+    }
+    return false;
+}
+
+HotKeyCenter::Actions ShellTools::hotKeyActions() {
+    return {.isFeatureOn = [this](Trigger trigger) { return isFeatureOn(trigger); },
+            .toggleClipboardPanel = [this] { panels().toggleClipboardPanel(); },
+            .toggleEmojiPanel = [this] { panels().toggleEmojiPanel(); },
+            .startSnip = [this] { startSnip(); },
+            .startScreenRecording = [] {},
+            .explainScreenCapture =
+                [this] {
+                    m_windowManager.probeScreenCapture();
+                    m_ports.time.async(this, [this] { m_windowManager.showScreenRecordingAlert(); });
+                },
+            .refreshEmojiMenuEntry = [this] { m_delegate->refreshEmojiMenuItem(); },
+            .refreshClipboardMenuEntry = [this] { m_delegate->refreshClipboardMenuItem(); }};
+}
+
+PanelController::Contents ShellTools::panelContents() {
+    return {.classic =
+                [this] {
+                    return m_views.classic([this] { orderOutAllWindows(); },
+                                           [this](const ClipboardItem &item) { panels().pasteFromClassic(item); });
+                },
+            .search =
+                [this] {
+                    return m_views.search([this] { panels().dismissSearchPanel(); },
+                                          [this](const ClipboardItem &item) { panels().pasteFromSearch(item); });
+                },
+            .emoji =
+                [this] {
+                    return m_views.emoji([this] { panels().dismissEmojiPanel(); },
+                                         [this](const QString &text) { panels().insertEmoji(text); });
+                }};
+}
+
+PanelController::Actions ShellTools::panelActions() {
+    return {.opensSearchPanel =
+                [this] { return m_delegate->experienceSettings().selectedExperience() == ClipboardExperience::search; },
+            .copyToPasteboard =
+                [this](const ClipboardItem &item) { m_delegate->clipboardManager().copyToPasteboard(item); },
+            .showToast = [this](const QString &message, const QString &icon) { showToast(message, icon); },
+            .isAccessibilityTrusted = [this] { return accessibilityTrusted(true); }};
+}
+
+OnboardingFlow::Windows ShellTools::onboardingWindows() {
+    return {.hasWelcomeWindow = [this] { return m_delegate->onboardingWindow() != nullptr; },
+            .makeWelcomeWindow = [this] { makeWelcomeWindow(); },
+            .showWelcomeWindow = [this] { bringForward(m_delegate->onboardingWindow()); },
+            .closeWelcomeWindow =
+                [this] {
+                    if (QWidget *window = m_delegate->onboardingWindow())
+                        window->close();
+                    m_delegate->setOnboardingWindow(nullptr);
+                },
+            .openSettingsWindow = [this](const QString &page) { m_delegate->openMainWindow(page); },
+            .showSettingsWindow = [this] { bringForward(m_delegate->mainWindow()); },
+            .activateApplication = [this] { desktop().panels.activator.activateIgnoringOtherApps(); }};
+}
+
+void ShellTools::makeWelcomeWindow() {
+    QWidget *window = m_views.welcome([this] { m_onboarding.finish(); });
+    window->setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint); // finishing alone ends it
+    window->setWindowTitle(QLatin1String(OnboardingFlow::windowTitle));
+    window->setFixedSize(OnboardingFlow::windowWidth, OnboardingFlow::windowHeight);
+    if (const QScreen *screen = QGuiApplication::primaryScreen())
+        window->move(screen->availableGeometry().center() - window->rect().center());
+    m_delegate->setOnboardingWindow(window);
+}
+
+void ShellTools::showToast(const QString &message, const QString &icon) {
+    if (!m_toasts)
+        m_toasts = std::make_unique<ToastManager>(m_ports.time, desktop().panels.screens, desktop().toastWindows);
+    m_toasts->show(message, icon);
+}
+
+void ShellTools::orderOutAllWindows() {
+    panels().orderOutAllPanels();
+    for (QWidget *window : {m_delegate->editorWindow(), m_delegate->mainWindow(), m_delegate->onboardingWindow()})
+        if (window)
+            window->hide();
+}
+
+void ShellTools::removePanelMonitors() {
+    if (m_panels)
+        m_panels->removePanelMonitors();
+}
+
+void ShellTools::orderOutClipboardPanels() {
+    if (m_panels)
+        m_panels->orderOutClipboardPanels();
+}
+
+void ShellTools::orderOutFloatingPanels() {
+    if (m_panels)
+        m_panels->orderOutAllPanels();
+}
+
+void ShellTools::unloadClipboardPanels() {
+    if (m_panels)
+        m_panels->unloadClipboardPanels();
+}
+
+void ShellTools::unloadEmojiPanel() {
+    if (m_panels)
+        m_panels->unloadEmojiPanel();
+}
+
+bool ShellTools::accessibilityTrusted(bool promptAllowed) {
+    return m_windowManager.isAccessibilityTrusted(promptAllowed ? Prompt::allowed : Prompt::never);
+}
+
+} // namespace tavrine

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "shell/HotKeyCenter.h"
+#include "shell/OnboardingFlow.h"
+#include "shell/PanelController.h"
+#include "shell/ToastManager.h"
+#include "shell/ToolHooks.h"
+#include "shell/WindowManager.h"
+
+#include <QObject>
+
+#include <functional>
+#include <optional>
+
+namespace tavrine {
+
+class AppDelegate;
+
+/// The tools of the shell as AppDelegate reaches them: global triggers, floating panels, paste-back, toasts,
+/// permissions and the welcome window. Every other tool does nothing yet.
+///
+/// Lives on the main thread, as long as the process. Nothing that a panel needs is made before its first use: until
+/// then there are hot keys and no more.
+class ShellTools final : public QObject, public ToolHooks {
+public:
+    /// What only panels and toasts need of the desktop.
+    struct Desktop {
+        PanelController::Ports panels;
+        ToastWindows &toastWindows;
+    };
+    struct Ports {
+        Time &time;
+        UserDefaults &defaults;
+        Application &application;
+        HotKeys &hotKeys;
+        EventMonitors &monitors;
+        Access &access;
+        Alerts &alerts;
+        UrlOpener &urlOpener;
+        std::function<Desktop()> desktop; ///< called once, at the first use
+    };
+    /// What stands in the windows, each made when its window is. The closures that are handed over outlive the views.
+    struct Views {
+        using Dismiss = std::function<void()>;
+        using Paste = std::function<void(const ClipboardItem &)>;
+        using Insert = std::function<void(const QString &)>;
+        /// `Dismiss` takes every window of the program off the screen.
+        std::function<QWidget *(Dismiss, Paste)> classic;
+        std::function<QWidget *(Dismiss, Paste)> search;
+        std::function<QWidget *(Dismiss, Insert)> emoji;
+        /// A window of its own that is not on the screen yet; `onClose` comes when the person has finished.
+        std::function<QWidget *(std::function<void()> onClose)> welcome;
+    };
+
+    ShellTools(Ports ports, Views views);
+    ~ShellTools() override;
+
+    /// Before the launch. The delegate and its parts outlive every call that is made here afterwards.
+    void setDelegate(AppDelegate *delegate) { m_delegate = delegate; }
+
+    void showToast(const QString &message, const QString &icon);
+    [[nodiscard]] WindowManager &windowManager() { return m_windowManager; }
+
+    // ToolHooks.
+    void registerHotkeys() override { m_hotKeyCenter.registerHotkeys(); }
+    void toggleClipboardPanel() override { m_hotKeyCenter.onHotKeyPressed(); }
+    void toggleEmojiPanel() override { m_hotKeyCenter.onEmojiPickerHotKeyPressed(); }
+    void removePanelMonitors() override;
+    void orderOutClipboardPanels() override;
+    void orderOutFloatingPanels() override;
+    void unloadClipboardPanels() override;
+    void unloadEmojiPanel() override;
+    void showOnboarding() override { m_onboarding.showOnboarding(); }
+    [[nodiscard]] bool accessibilityTrusted(bool promptAllowed) override;
+
+private:
+    Desktop &desktop();
+    PanelController &panels();
+    [[nodiscard]] bool isFeatureOn(Trigger trigger) const;
+    [[nodiscard]] HotKeyCenter::Actions hotKeyActions();
+    [[nodiscard]] PanelController::Contents panelContents();
+    [[nodiscard]] PanelController::Actions panelActions();
+    [[nodiscard]] OnboardingFlow::Windows onboardingWindows();
+    void makeWelcomeWindow();
+    void orderOutAllWindows();
+
+    Ports m_ports;
+    Views m_views;
+    AppDelegate *m_delegate = nullptr;
+    std::optional<Desktop> m_desktop;
+    WindowManager m_windowManager;
+    HotKeyCenter m_hotKeyCenter;
+    OnboardingFlow m_onboarding;
+    std::unique_ptr<ToastManager> m_toasts;
+    std::unique_ptr<PanelController> m_panels;
+};
+
+} // namespace tavrine

@@ -1,0 +1,250 @@
+// Triggers, panels and paste-back of the built program, driven with keys as a person would.
+
+#include "desktop/Program.h"
+#include "support/Eventually.h"
+#include "support/Wait.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+using namespace tavrine::testing;
+using namespace std::chrono_literals;
+using tavrine::test::letPass;
+
+namespace {
+
+/// A trigger that opens nothing is waited for as long as this: many times what an opening takes.
+constexpr auto longEnough = 1200ms;
+/// From the press of a trigger to a window on the screen, on a machine that builds something at the same time. The
+/// first one builds the panel.
+constexpr auto openingBound = 2000ms;
+
+QString outputOf(const QString &command, const QStringList &arguments) {
+    QProcess process;
+    process.start(command, arguments);
+    return process.waitForFinished(10000) ? QString::fromUtf8(process.readAllStandardOutput()) : QString();
+}
+
+void xdotool(const QStringList &words) {
+    (void)outputOf(QStringLiteral("xdotool"), words);
+}
+
+void key(const char *keys) {
+    xdotool({QStringLiteral("key"), QLatin1String(keys)});
+}
+
+/// The windows on the screen with exactly this title.
+QStringList windowsTitled(const char *title) {
+    return outputOf(QStringLiteral("xdotool"),
+                    {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"),
+                     QLatin1Char('^') + QLatin1String(title) + QLatin1Char('$')})
+        .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+bool isShown(const char *title) {
+    return !windowsTitled(title).isEmpty();
+}
+
+QString focusedWindow() {
+    return outputOf(QStringLiteral("xdotool"), {QStringLiteral("getwindowfocus")}).trimmed();
+}
+
+bool hasKeyboard(const char *title) {
+    const QStringList windows = windowsTitled(title);
+    return windows.size() == 1 && windows.constFirst() == focusedWindow();
+}
+
+constexpr auto clipboardPanel = "Clipboard Search";
+constexpr auto classicPanel = "Classic Clipboard";
+constexpr auto emojiPanel = "Emoji Picker";
+constexpr auto welcomeWindow = "Welcome to Tavrine";
+
+/// A foreign line of text that has the keyboard, and what stands in it.
+class ForeignLine {
+public:
+    ForeignLine() {
+        m_process.start(QStringLiteral(TAVRINE_CLIENTS "/gtk-entry"), QStringList());
+        m_hasKeyboard = waitUntil([this] { return read().contains(QLatin1String("focus\n")); });
+    }
+    ~ForeignLine() {
+        m_process.kill();
+        m_process.waitForFinished(5000);
+    }
+    [[nodiscard]] bool hasKeyboard() const { return m_hasKeyboard; }
+    [[nodiscard]] QString text() {
+        const auto lines = read().split(QLatin1Char('\n'));
+        QString last;
+        for (const QString &line : lines)
+            if (line.startsWith(QLatin1String("text ")))
+                last = line.mid(5);
+        return last;
+    }
+
+private:
+    const QString &read() {
+        m_output += QString::fromUtf8(m_process.readAllStandardOutput());
+        return m_output;
+    }
+    QProcess m_process;
+    QString m_output;
+    bool m_hasKeyboard = false;
+};
+
+class PanelsOnADesktop : public testing::Test {
+protected:
+    /// Starts the program of a person who has seen the welcome window, with further preferences.
+    bool start(const QByteArray &preferences = {}) {
+        storePreferences("<key>hasCompletedOnboarding</key><true/>" + preferences);
+        return program.start() && waitUntil([this] {
+                   return program.output().contains(QLatin1String("Accessibility Trusted on Launch: true"));
+               });
+    }
+    void storePreferences(const QByteArray &entries) {
+        QFile file(program.preferencesPath());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                   "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+                   "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+                   "<plist version=\"1.0\"><dict>" +
+                   entries + "</dict></plist>\n");
+    }
+    bool record(const char *text) {
+        copy(text);
+        return waitUntil([&] { return program.rowsWith(QString::fromUtf8(text)) == 1; });
+    }
+    bool open(const char *keys, const char *title) {
+        key(keys);
+        return waitUntil([title] { return hasKeyboard(title); }, openingBound);
+    }
+
+    Program program;
+};
+
+} // namespace
+
+TEST_F(PanelsOnADesktop, theHotKeyShowsTheClipboardPanelWithTheKeyboardAndASecondPressClosesIt) {
+    ASSERT_TRUE(start());
+    QElapsedTimer timer;
+    timer.start();
+    ASSERT_TRUE(open("super+shift+v", clipboardPanel));
+    RecordProperty("openedWithinMilliseconds", static_cast<int>(timer.elapsed()));
+    key("super+shift+v");
+    EXPECT_TRUE(waitUntil([] { return !isShown(clipboardPanel); }, openingBound));
+    EXPECT_TRUE(open("super+shift+v", clipboardPanel));
+}
+
+TEST_F(PanelsOnADesktop, escapeClosesTheClipboardPanelAndGivesTheKeyboardBack) {
+    ASSERT_TRUE(start());
+    ForeignLine line;
+    ASSERT_TRUE(line.hasKeyboard());
+    ASSERT_TRUE(open("super+shift+v", clipboardPanel));
+    key("Escape");
+    EXPECT_TRUE(waitUntil([] { return !isShown(clipboardPanel); }, openingBound));
+    xdotool({QStringLiteral("type"), QStringLiteral("on")});
+    EXPECT_TRUE(waitUntil([&] { return line.text() == QLatin1String("on"); }));
+}
+
+TEST_F(PanelsOnADesktop, aClickElsewhereClosesTheClipboardPanel) {
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(open("super+shift+v", clipboardPanel));
+    xdotool({QStringLiteral("mousemove"), QStringLiteral("5"), QStringLiteral("5"), QStringLiteral("click"),
+             QStringLiteral("1")});
+    EXPECT_TRUE(waitUntil([] { return !isShown(clipboardPanel); }, openingBound));
+}
+
+TEST_F(PanelsOnADesktop, returnPastesWhatWasSearchedForIntoAGtkWindow) {
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(record("the wanted line"));
+    ASSERT_TRUE(record("another line"));
+    ForeignLine line;
+    ASSERT_TRUE(line.hasKeyboard());
+    ASSERT_TRUE(open("super+shift+v", clipboardPanel));
+    xdotool({QStringLiteral("type"), QStringLiteral("wanted")});
+    letPass(500ms); // the search follows the typing
+    QElapsedTimer timer;
+    timer.start();
+    key("Return");
+    EXPECT_TRUE(waitUntil([&] { return line.text() == QLatin1String("the wanted line"); }, 4s))
+        << qPrintable(line.text());
+    RecordProperty("pastedWithinMilliseconds", static_cast<int>(timer.elapsed()));
+    EXPECT_FALSE(isShown(clipboardPanel));
+    letPass(longEnough); // a paste that came twice would be here by now
+    EXPECT_EQ(line.text(), QStringLiteral("the wanted line"));
+}
+
+TEST_F(PanelsOnADesktop, returnPastesIntoATerminal) {
+    ASSERT_TRUE(start());
+    const QString path = program.home() + QStringLiteral("/typed");
+    const Client terminal(QStringLiteral("xterm"),
+                          {QStringLiteral("-e"), QStringLiteral("sh"), QStringLiteral("-c"),
+                           QStringLiteral("touch %1.ready; head -n 1 > %1; sleep 60").arg(path)});
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(path + QStringLiteral(".ready")); }));
+    ASSERT_TRUE(record("a command"));
+    ASSERT_TRUE(open("super+shift+v", clipboardPanel));
+    xdotool({QStringLiteral("type"), QStringLiteral("command")});
+    letPass(500ms);
+    key("Return");
+    ASSERT_TRUE(waitUntil([] { return !isShown(clipboardPanel); }, openingBound));
+    letPass(longEnough); // the longest wait for the target, and the paste
+    key("Return");       // ends the line in the terminal
+    EXPECT_TRUE(waitUntil([&] {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) && file.readAll() == "a command\n";
+    }));
+}
+
+TEST_F(PanelsOnADesktop, theHotKeyOfAToolThatIsOffOpensNothing) {
+    ASSERT_TRUE(start("<key>featureClipboardHistory</key><false/>"));
+    key("super+shift+v");
+    EXPECT_FALSE(waitUntil([] { return isShown(clipboardPanel); }, longEnough));
+    EXPECT_TRUE(open("super+shift+e", emojiPanel)); // keys arrive
+}
+
+TEST_F(PanelsOnADesktop, aDoubleTapOfOptionOpensTheToolThatIsSetToIt) {
+    ASSERT_TRUE(start("<key>clipboardHotkeyMode</key><string>doubleOption</string>"));
+    key("super+shift+v");
+    EXPECT_FALSE(waitUntil([] { return isShown(clipboardPanel); }, longEnough));
+    key("alt");
+    EXPECT_FALSE(waitUntil([] { return isShown(clipboardPanel); }, longEnough)); // one tap is none
+    xdotool({QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("60"), QStringLiteral("alt"),
+             QStringLiteral("alt")});
+    EXPECT_TRUE(waitUntil([] { return hasKeyboard(clipboardPanel); }, openingBound));
+}
+
+TEST_F(PanelsOnADesktop, theClassicPanelOpensWhereItWasChosen) {
+    ASSERT_TRUE(start("<key>ClipboardSearchPrimaryMigrationV1</key><true/>"
+                      "<key>ClipboardExperience</key><string>classic</string>"));
+    ASSERT_TRUE(open("super+shift+v", classicPanel));
+    EXPECT_FALSE(isShown(clipboardPanel));
+    key("super+shift+v");
+    EXPECT_TRUE(waitUntil([] { return !isShown(classicPanel); }, openingBound));
+}
+
+TEST_F(PanelsOnADesktop, theEmojiPanelTakesThePlaceOfTheClipboardPanelAndEscapeClosesIt) {
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(open("super+shift+v", clipboardPanel));
+    ASSERT_TRUE(open("super+shift+e", emojiPanel));
+    EXPECT_TRUE(waitUntil([] { return !isShown(clipboardPanel); }, openingBound));
+    key("Escape");
+    EXPECT_TRUE(waitUntil([] { return !isShown(emojiPanel); }, openingBound));
+}
+
+TEST_F(PanelsOnADesktop, aSecondStartLeavesTheTriggersWithTheFirst) {
+    ASSERT_TRUE(start());
+    const auto second = program.startAgain();
+    EXPECT_TRUE(waitUntil([&] { return second->state() == QProcess::NotRunning; }));
+    EXPECT_TRUE(open("super+shift+v", clipboardPanel));
+    EXPECT_EQ(windowsTitled(clipboardPanel).size(), 1);
+}
+
+TEST_F(PanelsOnADesktop, aFirstLaunchShowsTheWelcomeWindowAndALaterOneDoesNot) {
+    ASSERT_TRUE(program.start());
+    EXPECT_TRUE(waitUntil([] { return hasKeyboard(welcomeWindow); }, openingBound));
+    EXPECT_TRUE(open("super+shift+v", clipboardPanel)); // nothing waits for the person to finish
+    program.kill9();
+    ASSERT_TRUE(waitUntil([] { return !isShown(welcomeWindow); }));
+    ASSERT_TRUE(start());
+    EXPECT_FALSE(waitUntil([] { return isShown(welcomeWindow); }, longEnough));
+}

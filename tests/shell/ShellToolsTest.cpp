@@ -1,0 +1,333 @@
+#include "shell/ShellTools.h"
+
+#include "ShellTest.h"
+#include "adapters/fake/FakeAccess.h"
+#include "adapters/fake/FakeAlerts.h"
+#include "adapters/fake/FakeApplicationActivator.h"
+#include "adapters/fake/FakeEventMonitors.h"
+#include "adapters/fake/FakeEventPoster.h"
+#include "adapters/fake/FakeHotKeys.h"
+#include "adapters/fake/FakePanelWindow.h"
+#include "adapters/fake/FakeScreens.h"
+#include "adapters/fake/FakeToastWindows.h"
+#include "adapters/fake/FakeUrlOpener.h"
+#include "base/VirtualKeys.h"
+
+#include <QApplication>
+#include <QPointer>
+
+namespace tavrine {
+namespace {
+
+constexpr quint32 commandShift = hotKeyModifier::command | hotKeyModifier::shift;
+constexpr int keyV = virtualKey::v;
+const int keyE = keyCode(QStringLiteral("E"));
+
+/// The shell over fakes, its tools connected as in the program.
+class ShellToolsTest : public ShellTest {
+protected:
+    void SetUp() override {
+        flags = std::make_unique<FeatureFlags>(defaults);
+        experience = std::make_unique<ClipboardExperienceSettings>(defaults);
+        manager = std::make_unique<ClipboardManager>(ClipboardManager::Ports{
+            time, defaults, pasteboard, workspace, coder, movies, loginItem, folders, database});
+        tools = std::make_unique<ShellTools>(ShellTools::Ports{.time = time,
+                                                               .defaults = defaults,
+                                                               .application = application,
+                                                               .hotKeys = hotKeys,
+                                                               .monitors = monitors,
+                                                               .access = access,
+                                                               .alerts = alerts,
+                                                               .urlOpener = urlOpener,
+                                                               .desktop =
+                                                                   [this] {
+                                                                       ++desktops;
+                                                                       return ShellTools::Desktop{
+                                                                           .panels = {.windows = windows,
+                                                                                      .monitors = monitors,
+                                                                                      .poster = poster,
+                                                                                      .screens = screens,
+                                                                                      .workspace = workspace,
+                                                                                      .activator = activator,
+                                                                                      .pasteboard = pasteboard,
+                                                                                      .defaults = defaults,
+                                                                                      .center = center,
+                                                                                      .time = time},
+                                                                           .toastWindows = toasts};
+                                                                   }},
+                                             ShellTools::Views{.classic =
+                                                                   [this](const auto &paste) {
+                                                                       pasteFromClassic = paste;
+                                                                       return made("classic");
+                                                                   },
+                                                               .search =
+                                                                   [this](const auto &dismiss, const auto &paste) {
+                                                                       dismissSearch = dismiss;
+                                                                       pasteFromSearch = paste;
+                                                                       return made("search");
+                                                                   },
+                                                               .emoji =
+                                                                   [this](const auto &dismiss, const auto &insert) {
+                                                                       dismissEmoji = dismiss;
+                                                                       insertEmoji = insert;
+                                                                       return made("emoji");
+                                                                   },
+                                                               .welcome =
+                                                                   [this](const auto &onClose) {
+                                                                       finishWelcome = onClose;
+                                                                       welcome = new QWidget;
+                                                                       return welcome.data();
+                                                                   }});
+        delegate =
+            std::make_unique<AppDelegate>(AppDelegate::Ports{time, defaults, center, workspace, statusItem, application,
+                                                             updater, *manager, *flags, *experience, *tools});
+        tools->setDelegate(delegate.get());
+        access.setAccessibilityTrusted(true);
+    }
+    // The tools outlive the delegate, as in the program.
+    void TearDown() override { delegate.reset(); }
+
+    std::string launchWith(bool hasCompletedOnboarding) {
+        defaults.set(text("hasCompletedOnboarding"), hasCompletedOnboarding);
+        return outputOf([this] { delegate->applicationDidFinishLaunching(); });
+    }
+    void launchQuietly() { static_cast<void>(launchWith(true)); }
+
+    QWidget *made(const char *view) {
+        views.push_back(view);
+        return nullptr;
+    }
+    void press(int key) {
+        static_cast<void>(outputOf([&] { hotKeys.press(key, commandShift); }));
+        time.advance(0ms);
+    }
+    [[nodiscard]] QString visiblePanel() const {
+        return windows.keyWindow() ? windows.keyWindow()->description().title : QString();
+    }
+    ClipboardItem recorded(const char *content) {
+        manager->addItem(text(content));
+        return manager->history().back();
+    }
+    void doubleTapOption() {
+        for (int tap = 0; tap < 2; ++tap) {
+            monitors.flags(modifierFlag::option);
+            monitors.flags(0);
+            time.advance(100ms);
+        }
+    }
+
+    const RunningApplication editor{text("org.example.Editor"), text("Editor"), 100, 1};
+    FakeHotKeys hotKeys;
+    FakeEventMonitors monitors;
+    FakeAccess access;
+    FakeAlerts alerts;
+    FakeUrlOpener urlOpener;
+    FakePanelWindows windows;
+    FakeEventPoster poster;
+    FakeScreens screens;
+    FakeApplicationActivator activator{workspace};
+    FakeToastWindows toasts;
+    int desktops = 0;
+    std::vector<std::string> views;
+    QPointer<QWidget> welcome;
+    ShellTools::Views::Dismiss orderOutAllWindows;
+    ShellTools::Views::Paste pasteFromClassic;
+    ShellTools::Views::Paste pasteFromSearch;
+    ShellTools::Views::Dismiss dismissSearch;
+    ShellTools::Views::Dismiss dismissEmoji;
+    ShellTools::Views::Insert insertEmoji;
+    std::function<void()> finishWelcome;
+    std::unique_ptr<ShellTools> tools;
+};
+
+TEST_F(ShellToolsTest, aLaunchRegistersTheKeysOfTheToolsThatAreThereAndMakesNothingElse) {
+    const std::string output = launchWith(true);
+    std::vector<quint32> ids;
+    for (const auto &each : hotKeys.registrations())
+        ids.push_back(each.id.id);
+    EXPECT_THAT(ids, ElementsAre(traits(Trigger::clipboard).hotKeyId, traits(Trigger::emojiPicker).hotKeyId));
+    EXPECT_THAT(output, HasSubstr("DEBUG: Hotkey registered successfully for ID: 1"));
+    time.advance(5s);
+    EXPECT_EQ(desktops, 0);
+    EXPECT_THAT(views, IsEmpty());
+    EXPECT_EQ(windows.made(), 0);
+}
+
+TEST_F(ShellToolsTest, eachHotKeyTogglesItsPanelAndThePanelIsMadeOnce) {
+    launchQuietly();
+    for (int round = 0; round < 2; ++round) {
+        press(keyV);
+        EXPECT_EQ(visiblePanel(), text("Clipboard Search"));
+        press(keyV);
+        EXPECT_EQ(visiblePanel(), QString());
+    }
+    press(keyE);
+    EXPECT_EQ(visiblePanel(), text("Emoji Picker"));
+    EXPECT_THAT(views, ElementsAre("search", "emoji"));
+    EXPECT_EQ(desktops, 1);
+}
+
+TEST_F(ShellToolsTest, theMenuEntriesOpenThePanels) {
+    launchQuietly();
+    delegate->statusMenu().entry(StatusMenuItem::clipboard).action();
+    time.advance(0ms);
+    EXPECT_EQ(visiblePanel(), text("Clipboard Search"));
+    delegate->statusMenu().entry(StatusMenuItem::emojiPicker).action();
+    time.advance(0ms);
+    EXPECT_EQ(visiblePanel(), text("Emoji Picker"));
+}
+
+TEST_F(ShellToolsTest, theChosenExperienceDecidesWhichClipboardPanelOpens) {
+    launchQuietly();
+    experience->setSelectedExperience(ClipboardExperience::classic);
+    time.advance(0ms);
+    press(keyV);
+    EXPECT_EQ(visiblePanel(), text("Classic Clipboard"));
+    experience->setSelectedExperience(ClipboardExperience::search);
+    time.advance(0ms);
+    EXPECT_EQ(visiblePanel(), QString()); // a change takes both off the screen
+    press(keyV);
+    EXPECT_EQ(visiblePanel(), text("Clipboard Search"));
+}
+
+TEST_F(ShellToolsTest, aFlagThatGoesOffTakesKeyAndPanelAndOneThatComesOnBringsTheKeyBack) {
+    launchQuietly();
+    press(keyV);
+    static_cast<void>(outputOf([&] {
+        flags->set(Feature::clipboardHistory, false);
+        time.advance(0ms);
+    }));
+    EXPECT_EQ(visiblePanel(), QString());
+    press(keyV);
+    EXPECT_EQ(visiblePanel(), QString());
+    static_cast<void>(outputOf([&] {
+        flags->set(Feature::clipboardHistory, true);
+        time.advance(0ms);
+    }));
+    press(keyV);
+    EXPECT_EQ(visiblePanel(), text("Clipboard Search"));
+    EXPECT_THAT(views, ElementsAre("search", "search")); // the first was released
+}
+
+TEST_F(ShellToolsTest, aDoubleTapOfOptionOpensTheToolThatIsSetToIt) {
+    defaults.set(text("clipboardHotkeyMode"), text("doubleOption"));
+    launchQuietly();
+    press(keyV);
+    EXPECT_EQ(visiblePanel(), QString());
+    doubleTapOption();
+    EXPECT_EQ(visiblePanel(), text("Clipboard Search"));
+}
+
+TEST_F(ShellToolsTest, aPasteGoesToTheProgramThatWasLeftBeforeTheFirstPanelWasMade) {
+    launchQuietly();
+    workspace.setFrontmost(editor);
+    workspace.setFrontmost(std::nullopt); // the person is on the bare desktop
+    press(keyV);
+    const ClipboardItem item = recorded("a line");
+    static_cast<void>(outputOf([&] { pasteFromSearch(item); }));
+    EXPECT_EQ(visiblePanel(), QString());
+    ASSERT_EQ(activator.activated().size(), 1U);
+    EXPECT_EQ(activator.activated().front(), editor);
+    time.advance(80ms);
+    EXPECT_THAT(poster.posted(), ElementsAre(FakeEventPoster::Posted{keyV, true, modifierFlag::command},
+                                             FakeEventPoster::Posted{keyV, false, modifierFlag::command}));
+    EXPECT_EQ(pasteboard.string(), text("a line"));
+}
+
+TEST_F(ShellToolsTest, thePanelsAreTakenOffBeforeASettingsPageOpens) {
+    launchQuietly();
+    press(keyV);
+    delegate->handleOpenClipboardSettingsRequested();
+    EXPECT_EQ(visiblePanel(), QString());
+    EXPECT_EQ(monitors.globalCount(), 0);
+}
+
+TEST_F(ShellToolsTest, dismissingFromWithinAViewClosesItsPanel) {
+    launchQuietly();
+    press(keyV);
+    dismissSearch();
+    EXPECT_EQ(visiblePanel(), QString());
+    press(keyE);
+    dismissEmoji();
+    time.advance(80ms);
+    EXPECT_EQ(visiblePanel(), QString());
+}
+
+TEST_F(ShellToolsTest, theClassicPanelsButtonTakesEveryWindowOffTheScreen) {
+    launchQuietly();
+    experience->setSelectedExperience(ClipboardExperience::classic);
+    time.advance(0ms);
+    QWidget *window = showWindow(&AppDelegate::setMainWindow);
+    press(keyE);
+    press(keyV); // the classic panel leaves the others where they are
+    orderOutAllWindows();
+    EXPECT_EQ(visiblePanel(), QString());
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(delegate->mainWindow(), window); // it is not closed
+}
+
+TEST_F(ShellToolsTest, aPasteWithoutAccessibilityAsksAndShowsAToast) {
+    launchQuietly();
+    access.setAccessibilityTrusted(false);
+    press(keyV);
+    const ClipboardItem item = recorded("a line");
+    const std::string output = outputOf([&] {
+        pasteFromSearch(item);
+        time.advance(0ms);
+    });
+    EXPECT_THAT(output, HasSubstr("DEBUG: Accessibility prompt shown, trusted: false"));
+    EXPECT_EQ(access.accessibilityPrompts(), 1);
+    EXPECT_EQ(toasts.messages(), QStringList{text("Enable Accessibility to paste automatically")});
+    time.advance(3s);
+    EXPECT_THAT(poster.posted(), IsEmpty());
+    EXPECT_EQ(toasts.messages(), QStringList());
+}
+
+TEST_F(ShellToolsTest, anEmojiIsInsertedIntoTheProgramInFront) {
+    launchQuietly();
+    workspace.setFrontmost(editor);
+    press(keyE);
+    static_cast<void>(outputOf([&] { insertEmoji(text("😀")); }));
+    EXPECT_EQ(pasteboard.string(), text("😀"));
+    time.advance(1s);
+    EXPECT_EQ(poster.posted().size(), 2U);
+}
+
+TEST_F(ShellToolsTest, theLaunchAsksForAccessibilityAndTellsTheAnswer) {
+    access.setAccessibilityTrusted(false);
+    const std::string output = launchWith(true);
+    EXPECT_THAT(output, HasSubstr("DEBUG: Accessibility prompt shown, trusted: false"));
+    EXPECT_THAT(output, HasSubstr("DEBUG: Accessibility Trusted on Launch: false"));
+}
+
+TEST_F(ShellToolsTest, aFirstLaunchShowsTheWelcomeWindowAndAsksForNothing) {
+    access.setAccessibilityTrusted(false);
+    static_cast<void>(launchWith(false));
+    time.advance(199ms);
+    EXPECT_FALSE(welcome);
+    time.advance(1ms);
+    ASSERT_TRUE(welcome);
+    EXPECT_TRUE(welcome->isVisible());
+    EXPECT_EQ(welcome->windowTitle(), text("Welcome to Tavrine"));
+    EXPECT_EQ(welcome->size(), QSize(600, 500));
+    EXPECT_FALSE(welcome->windowFlags() & Qt::WindowCloseButtonHint);
+    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::regular);
+    EXPECT_EQ(access.accessibilityPrompts(), 0);
+}
+
+TEST_F(ShellToolsTest, finishingClosesTheWelcomeWindowAndLeavesTheTaskBar) {
+    static_cast<void>(launchWith(false));
+    time.advance(200ms);
+    ASSERT_TRUE(welcome);
+    finishWelcome();
+    EXPECT_EQ(delegate->onboardingWindow(), nullptr);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_FALSE(welcome);
+    time.advance(1s);
+    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::accessory);
+    tools->showOnboarding();
+    EXPECT_TRUE(welcome); // made anew
+}
+
+} // namespace
+} // namespace tavrine
