@@ -26,6 +26,8 @@
 #include "clipboard/ClipboardDatabase.h"
 #include "clipboard/ClipboardExperienceSettings.h"
 #include "clipboard/ClipboardManager.h"
+#include "clipboard/ClipboardSearchView.h"
+#include "clipboard/ContentView.h"
 #include "look/Look.h"
 #include "ports/Alerts.h"
 #include "ports/ToastWindow.h"
@@ -122,23 +124,6 @@ protected:
             QLineEdit::keyPressEvent(event);
     }
 };
-
-QWidget *searchView(ClipboardManager &manager, const ShellTools::Views::Dismiss &dismiss,
-                    const ShellTools::Views::Paste &paste) {
-    auto *line = new PlainLine;
-    line->onEscape = dismiss;
-    QObject::connect(line, &QLineEdit::returnPressed, line, [&manager, line, paste] {
-        const auto rows = manager.searchItems(line->text());
-        if (!rows.empty())
-            paste(rows.front());
-    });
-    return line;
-}
-
-QWidget *classicView(ClipboardManager &manager, const ShellTools::Views::Dismiss &orderOutAllWindows,
-                     const ShellTools::Views::Paste &paste) {
-    return searchView(manager, orderOutAllWindows, paste);
-}
 
 QWidget *emojiView(const ShellTools::Views::Dismiss &dismiss, const ShellTools::Views::Insert &insert) {
     auto *line = new PlainLine;
@@ -246,8 +231,11 @@ int main(int argc, char **argv) {
                                             .toastWindows = panels->toastWindows};
              }},
         {.classic = [&](const auto &orderOut,
-                        const auto &paste) { return classicView(clipboardManager, orderOut, paste); },
-         .search = [&](const auto &dismiss, const auto &paste) { return searchView(clipboardManager, dismiss, paste); },
+                        const auto &paste) { return new ContentView(clipboardManager, center, orderOut, paste); },
+         .search =
+             [&](const auto &dismiss, const auto &paste) {
+                 return new ClipboardSearchView({clipboardManager, alerts, center, time}, dismiss, paste);
+             },
          .emoji = [&](const auto &dismiss, const auto &insert) { return emojiView(dismiss, insert); },
          .welcome = [&](const auto &onClose) { return welcomeView(onClose); }});
     AppDelegate appDelegate({time, defaults, center, workspace, statusItem, ourselves, updater, clipboardManager, flags,
