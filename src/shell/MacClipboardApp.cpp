@@ -221,35 +221,28 @@ int main(int argc, char **argv) {
     NoAlerts alerts;
     NoUrlOpener urlOpener;
     std::optional<PanelAdapters> panels;
-    ShellTools tools(
-        {.time = time,
-         .defaults = defaults,
-         .application = ourselves,
-         .hotKeys = hotKeys,
-         .monitors = monitors,
-         .access = access,
-         .alerts = alerts,
-         .urlOpener = urlOpener,
-         .desktop =
-             [&] {
-                 panels.emplace(pasteboard, look);
-                 return ShellTools::Desktop{.panels = {.windows = panels->windows,
-                                                       .monitors = monitors,
-                                                       .poster = panels->poster,
-                                                       .screens = panels->screens,
-                                                       .workspace = workspace,
-                                                       .activator = panels->activator,
-                                                       .pasteboard = pasteboard,
-                                                       .defaults = defaults,
-                                                       .center = center,
-                                                       .time = time},
-                                            .toastWindows = panels->toastWindows};
-             }},
-        {.classic = [&](const auto &orderOut,
-                        const auto &paste) { return classicView(clipboardManager, orderOut, paste); },
-         .search = [&](const auto &dismiss, const auto &paste) { return searchView(clipboardManager, dismiss, paste); },
-         .emoji = [&](const auto &dismiss, const auto &insert) { return emojiView(dismiss, insert); },
-         .welcome = [&](const auto &onClose) { return welcomeView(onClose); }});
+    const auto desktop = [&] {
+        panels.emplace(pasteboard, look);
+        return ShellTools::Desktop{.panels = {.windows = panels->windows,
+                                              .monitors = monitors,
+                                              .poster = panels->poster,
+                                              .screens = panels->screens,
+                                              .workspace = workspace,
+                                              .activator = panels->activator,
+                                              .pasteboard = pasteboard,
+                                              .defaults = defaults,
+                                              .center = center,
+                                              .time = time},
+                                   .toastWindows = panels->toastWindows};
+    };
+    ShellTools::Views views;
+    views.classic = [&](const auto &orderOutAllWindows, const auto &paste) {
+        return classicView(clipboardManager, orderOutAllWindows, paste);
+    };
+    views.search = [&](const auto &dismiss, const auto &paste) { return searchView(clipboardManager, dismiss, paste); };
+    views.emoji = [&](const auto &dismiss, const auto &insert) { return emojiView(dismiss, insert); };
+    views.welcome = [&](const auto &onClose) { return welcomeView(onClose); };
+    ShellTools tools({time, defaults, ourselves, hotKeys, monitors, access, alerts, urlOpener, desktop}, views);
     AppDelegate appDelegate({time, defaults, center, workspace, statusItem, ourselves, updater, clipboardManager, flags,
                              experienceSettings, tools});
     tools.setDelegate(&appDelegate);
