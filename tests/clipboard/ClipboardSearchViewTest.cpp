@@ -175,6 +175,19 @@ TEST_F(ClipboardSearchViewTest, aRowsButtonsAreKnownByTheirToolTips) {
     EXPECT_EQ(list().actionNames(rowOf("kept")).at(1), str("Remove from My Saved"));
 }
 
+TEST_F(ClipboardSearchViewTest, aToolTipShowsOverAButtonAndNotOverTheTitle) {
+    startWithThree();
+    const QRectF row = list().rowRect(rowOf("second"));
+    const auto rest = [this](QPointF place) {
+        QHelpEvent event(QEvent::ToolTip, place.toPoint(), list().mapToGlobal(place.toPoint()));
+        QCoreApplication::sendEvent(&list(), &event);
+        return look::ToolTip::isShown();
+    };
+    EXPECT_FALSE(rest(row.center()));
+    EXPECT_TRUE(rest(look::rowActionRects(row, 3)[2].center()));
+    look::ToolTip::hide();
+}
+
 TEST_F(ClipboardSearchViewTest, aScreenReaderActsByTheButtonsNames) {
     startWithThree();
     QAccessibleInterface *reader = QAccessible::queryAccessibleInterface(&list());
