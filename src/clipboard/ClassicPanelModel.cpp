@@ -63,6 +63,7 @@ ClassicPanelRow ClassicPanelModel::row(const ClipboardItem &item) {
         row.labels.append({QStringLiteral("Pinned"), QStringLiteral("pin.fill")});
     if (item.isSaved)
         row.labels.append({QStringLiteral("My Saved"), QStringLiteral("bookmark.fill")});
+    row.pinToolTip = item.isPinned ? QStringLiteral("Remove pin") : QStringLiteral("Pin snippet");
     row.savedToolTip = item.isSaved ? QStringLiteral("Remove from My Saved") : QStringLiteral("Add to My Saved");
     return row;
 }

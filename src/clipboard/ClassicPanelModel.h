@@ -28,6 +28,7 @@ struct ClassicPanelRow {
     };
     QList<Label> labels; ///< "Pinned", "My Saved", both or none
     QString savedToolTip;
+    QString pinToolTip;
     bool operator==(const ClassicPanelRow &) const = default;
 };
 

@@ -33,7 +33,15 @@ inline constexpr auto title = "Classic Clipboard";
 inline constexpr auto placeholder = "Search history\u2026";
 inline constexpr auto clearSymbol = "xmark.circle.fill";
 inline constexpr auto settingsSymbol = "gearshape.fill";
+inline constexpr auto settingsToolTip = "Settings";
+inline constexpr auto closeSymbol = "xmark";
+inline constexpr auto closeToolTip = "Close";
+inline constexpr auto pinSymbol = "pin.fill";
+inline constexpr auto savedSymbol = "bookmark";
+inline constexpr auto unsaveSymbol = "bookmark.fill";
 inline constexpr auto playBadge = "play.fill";
+inline constexpr int width = 320;
+inline constexpr int height = 450;
 inline constexpr int thumbnailSize = 56;
 } // namespace classicPanelTexts
 

@@ -104,6 +104,15 @@ QString VirtualList::accessibleText(int row) const {
     return m_source.accessibleText && row >= 0 && row < m_count ? m_source.accessibleText(row) : QString();
 }
 
+QStringList VirtualList::actionNames(int row) const {
+    return m_source.actionNames && row >= 0 && row < m_count ? m_source.actionNames(row) : QStringList();
+}
+
+void VirtualList::act(int row, int action) {
+    if (m_source.act && action >= 0 && action < actionNames(row).size())
+        m_source.act(row, action);
+}
+
 bool VirtualList::isActive(int row) const {
     return row >= 0 && row < m_count && (!m_source.isActive || m_source.isActive(row));
 }

@@ -32,6 +32,10 @@ public:
         std::function<bool(int row)> isActive;
         /// The tool tip at a place within the row and the area it is about; none: no tool tips.
         std::function<std::pair<QString, QRectF>(int row, const QRectF &rect, QPointF place)> toolTip;
+        /// What the row's buttons are called for those who cannot see them; none: no actions.
+        std::function<QStringList(int row)> actionNames;
+        /// Does the action, by its place among the names.
+        std::function<void(int row, int action)> act;
     };
 
     explicit VirtualList(QWidget *parent = nullptr);
@@ -53,6 +57,8 @@ public:
     /// Where a row stands in this widget at present, in sight or not.
     [[nodiscard]] QRectF rowRect(int row) const;
     [[nodiscard]] QString accessibleText(int row) const;
+    [[nodiscard]] QStringList actionNames(int row) const;
+    void act(int row, int action);
 
 Q_SIGNALS:
     /// A left click, with its place in this widget's coordinates.

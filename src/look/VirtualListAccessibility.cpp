@@ -8,7 +8,7 @@
 namespace tavrine::look {
 namespace {
 
-class RowInterface final : public QAccessibleInterface {
+class RowInterface final : public QAccessibleInterface, public QAccessibleActionInterface {
 public:
     RowInterface(VirtualList *list, int row) : m_list(list), m_row(row) {}
 
@@ -45,6 +45,18 @@ public:
         return state;
     }
     [[nodiscard]] int row() const { return m_row; }
+
+    void *interface_cast(QAccessible::InterfaceType type) override {
+        return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface *>(this) : nullptr;
+    }
+    [[nodiscard]] QStringList actionNames() const override {
+        return isValid() ? m_list->actionNames(m_row) : QStringList();
+    }
+    void doAction(const QString &name) override {
+        if (isValid())
+            m_list->act(m_row, int(actionNames().indexOf(name)));
+    }
+    [[nodiscard]] QStringList keyBindingsForAction(const QString &) const override { return {}; }
 
 private:
     QPointer<VirtualList> m_list;

@@ -254,14 +254,14 @@ TEST(ClassicPanelRowTest, readsAsItsItem) {
     ClipboardItem item;
     item.content = str("hello");
     EXPECT_EQ(ClassicPanelModel::row(item),
-              (ClassicPanelRow{str("hello"), QString(), false, {}, str("Add to My Saved")}));
+              (ClassicPanelRow{str("hello"), QString(), false, {}, str("Add to My Saved"), str("Pin snippet")}));
     item.imageFileName = str("a.png");
     EXPECT_EQ(ClassicPanelModel::row(item),
-              (ClassicPanelRow{str("Image"), str("photo"), false, {}, str("Add to My Saved")}));
+              (ClassicPanelRow{str("Image"), str("photo"), false, {}, str("Add to My Saved"), str("Pin snippet")}));
     for (const char *name : {"a.mp4", "a.mov"}) {
         item.imageFileName = str(name);
         EXPECT_EQ(ClassicPanelModel::row(item),
-                  (ClassicPanelRow{str("Screen Recording"), str("video"), true, {}, str("Add to My Saved")}));
+                  (ClassicPanelRow{str("Screen Recording"), str("video"), true, {}, str("Add to My Saved"), str("Pin snippet")}));
     }
 }
 
@@ -274,6 +274,7 @@ TEST(ClassicPanelRowTest, isLabelledWhenPinnedAndWhenSaved) {
     item.isSaved = true;
     EXPECT_EQ(ClassicPanelModel::row(item).labels, (QList{pinned, saved}));
     EXPECT_EQ(ClassicPanelModel::row(item).savedToolTip, str("Remove from My Saved"));
+    EXPECT_EQ(ClassicPanelModel::row(item).pinToolTip, str("Remove pin"));
 }
 
 } // namespace

@@ -1,0 +1,150 @@
+#include "look/ModalAlerts.h"
+
+#include "look/Button.h"
+#include "look/Indicators.h"
+#include "look/Look.h"
+#include "look/Metrics.h"
+#include "look/Paint.h"
+#include "look/PanelSurface.h"
+#include "look/Text.h"
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPlainTextEdit>
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace tavrine::look {
+namespace {
+
+constexpr int alertMargin = 20;
+constexpr int narrowestButton = 84;
+
+/// The ground of an area for text; the editor stands within, clear.
+class TextField final : public QWidget {
+public:
+    explicit TextField(const QSize &size) { setFixedSize(size); }
+
+protected:
+    void paintEvent(QPaintEvent *) override {
+        QPainter painter(this);
+        preparePainter(painter);
+        const Theme &theme = themeOf(this);
+        fillRounded(painter, rect(), radius::control, theme.field);
+        strokeHairline(painter, rect(), radius::control, theme.outline);
+        if (focusWidget() && focusWidget()->hasFocus())
+            paintFocusRing(painter, QRectF(rect()).adjusted(3, 3, -3, -3), radius::control - 3, theme);
+    }
+};
+
+} // namespace
+
+AlertWindow::AlertWindow(const Alert &alert, const QSize &textArea, QWidget *parent)
+    : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) {
+    setAttribute(Qt::WA_TranslucentBackground, Look::composites());
+    setModal(true);
+    setWindowTitle(alert.message);
+    setAccessibleDescription(alert.information);
+
+    auto *window = new QVBoxLayout(this);
+    window->setContentsMargins(0, 0, 0, 0);
+    window->setSizeConstraint(QLayout::SetFixedSize);
+    auto *surface = new PanelSurface;
+    window->addWidget(surface);
+    auto *column = new QVBoxLayout(surface);
+    column->setContentsMargins(alertMargin, alertMargin, alertMargin, alertMargin);
+    column->setSpacing(0);
+    column->addWidget(new Label(alert.message, TextRole::heading));
+    column->addSpacing(space::tiny);
+    column->addWidget(new Label(alert.information, TextRole::body, Label::Tone::secondary));
+    column->addSpacing(space::large);
+
+    if (!textArea.isEmpty()) {
+        m_field = new TextField(textArea);
+        auto *inner = new QVBoxLayout(m_field);
+        inner->setContentsMargins(space::tiny, space::tiny, space::tiny, space::tiny);
+        m_text = new QPlainTextEdit;
+        m_text->setFrameShape(QFrame::NoFrame);
+        m_text->setTabChangesFocus(true);
+        m_text->setFont(fontFor(TextRole::body));
+        m_text->setAccessibleName(alert.message);
+        m_text->installEventFilter(this);
+        inner->addWidget(m_text);
+        column->addWidget(m_field);
+        column->addSpacing(space::large);
+        recolour();
+        if (Look *look = Look::current())
+            connect(look, &Look::changed, this, &AlertWindow::recolour);
+    }
+
+    auto *row = new QHBoxLayout;
+    row->setSpacing(space::small);
+    row->addStretch();
+    for (qsizetype i = alert.buttons.size() - 1; i >= 0; --i) {
+        const bool isFirst = i == 0;
+        auto *button = new Button(alert.buttons.at(i), isFirst ? ButtonStyle::prominent : ButtonStyle::plain);
+        button->setMinimumWidth(narrowestButton);
+        connect(button, &QAbstractButton::clicked, this, [this, isFirst] { isFirst ? accept() : reject(); });
+        row->addWidget(button);
+    }
+    column->addLayout(row);
+}
+
+void AlertWindow::recolour() {
+    const Theme &theme = themeOf(this);
+    QPalette palette = paletteOf(theme);
+    palette.setColor(QPalette::Base, Qt::transparent);
+    palette.setColor(QPalette::Window, Qt::transparent);
+    m_text->setPalette(palette);
+}
+
+void AlertWindow::keyPressEvent(QKeyEvent *event) {
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && !m_text)
+        accept();
+    else
+        QDialog::keyPressEvent(event); // Escape
+}
+
+bool AlertWindow::eventFilter(QObject *object, QEvent *event) {
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
+        m_field->update();
+    if (event->type() == QEvent::KeyPress) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        const bool isReturn = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
+        if (isReturn && (key->modifiers() & (Qt::ControlModifier | Qt::MetaModifier))) {
+            accept();
+            return true;
+        }
+    }
+    return QDialog::eventFilter(object, event);
+}
+
+void AlertWindow::showEvent(QShowEvent *event) {
+    adjustSize();
+    const QWidget *active = QApplication::activeWindow();
+    const QWidget *near = active && active != this ? active : parentWidget();
+    const QRect around = near ? near->frameGeometry() : screen()->availableGeometry();
+    QRect place(QPoint(), size());
+    place.moveCenter(around.center());
+    move(place.topLeft());
+    QDialog::showEvent(event);
+    if (m_text)
+        m_text->setFocus(Qt::OtherFocusReason);
+}
+
+bool ModalAlerts::runModal(const Alert &alert) {
+    AlertWindow window(alert, {});
+    return window.exec() == QDialog::Accepted;
+}
+
+std::optional<QString> ModalAlerts::runModalForText(const Alert &alert, int width, int height) {
+    AlertWindow window(alert, {width, height});
+    if (window.exec() != QDialog::Accepted)
+        return std::nullopt;
+    return window.textEdit()->toPlainText();
+}
+
+} // namespace tavrine::look

@@ -1,0 +1,329 @@
+#include "clipboard/ClipboardSearchView.h"
+
+#include "PanelViewTest.h"
+#include "adapters/fake/FakeAlerts.h"
+#include "look/ChipStrip.h"
+
+#include <QElapsedTimer>
+#include <QHelpEvent>
+
+#include <gmock/gmock.h>
+
+namespace tavrine {
+namespace {
+
+class ClipboardSearchViewTest : public PanelViewTest {
+protected:
+    void startPanel(const QString &title = str("Clipboard Search")) {
+        start();
+        auto *view = new ClipboardSearchView(
+            {*manager, alerts, center, time}, [this] { ++dismissals; },
+            [this](const ClipboardItem &item) { pasted.append(item.content); });
+        show(view, title, {680, 500});
+        openPanel();
+    }
+    void startWithThree() {
+        save(str("first"), 1s);
+        save(str("second"), 2s);
+        save(str("third"), 3s);
+        startPanel();
+    }
+    void openPanel() {
+        center.post(str("clipboardSearchPanelOpened"));
+        time.runPending();
+    }
+    [[nodiscard]] look::ChipStrip &strip() const { return *window.findChild<look::ChipStrip *>(); }
+
+    FakeAlerts alerts;
+    int dismissals = 0;
+};
+
+TEST_F(ClipboardSearchViewTest, listsSectionsUnderTheirHeadersWithTheFirstItemSelected) {
+    savePinned(str("pinned"), 9s);
+    startWithThree();
+    EXPECT_EQ(shown(), (QStringList{str("Pinned Snippets"), str("pinned"), str("Recent Clipboard"), str("first"),
+                                    str("second"), str("third")}));
+    EXPECT_EQ(selected(), str("pinned"));
+}
+
+TEST_F(ClipboardSearchViewTest, rowsAreSixtyPointsHigh) {
+    startWithThree();
+    EXPECT_EQ(list().rowRect(rowOf("second")).height(), 60);
+}
+
+TEST_F(ClipboardSearchViewTest, typingFiltersAndRepaints) {
+    startWithThree();
+    const QImage before = grabbed();
+    type("sec");
+    EXPECT_EQ(shown(), (QStringList{str("Recent Clipboard"), str("second")}));
+    EXPECT_EQ(selected(), str("second"));
+    EXPECT_NE(grabbed().copy(list().geometry()), before.copy(list().geometry()));
+}
+
+TEST_F(ClipboardSearchViewTest, theClearButtonBringsEverythingBack) {
+    startWithThree();
+    type("sec");
+    ASSERT_NE(button("Clear"), nullptr);
+    QTest::mouseClick(button("Clear"), Qt::LeftButton);
+    EXPECT_EQ(field().text(), QString());
+    EXPECT_EQ(shown().size(), 4);
+}
+
+TEST_F(ClipboardSearchViewTest, arrowsMoveAndNeverReachTheCaret) {
+    startWithThree();
+    type("ir"); // "first" and "third"
+    press(Qt::Key_Down);
+    EXPECT_EQ(selected(), str("third"));
+    press(Qt::Key_Up);
+    EXPECT_EQ(selected(), str("first"));
+    press(Qt::Key_Left);
+    EXPECT_EQ(strip().current(), 5);
+    press(Qt::Key_Right);
+    EXPECT_EQ(strip().current(), 0);
+    press(Qt::Key_Right, Qt::ShiftModifier);
+    EXPECT_EQ(strip().current(), 1);
+    EXPECT_EQ(field().cursorPosition(), 2);
+    EXPECT_FALSE(field().hasSelectedText());
+}
+
+TEST_F(ClipboardSearchViewTest, returnPastesTheSelectedItemAndEscapeDismisses) {
+    startWithThree();
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    press(Qt::Key_Enter, Qt::KeypadModifier);
+    EXPECT_EQ(pasted, (QStringList{str("second"), str("second")}));
+    press(Qt::Key_Escape);
+    EXPECT_EQ(dismissals, 1);
+}
+
+TEST_F(ClipboardSearchViewTest, controlAndSuperAreBothCommand) {
+    startWithThree();
+    press(Qt::Key_P, Qt::ControlModifier);
+    EXPECT_TRUE(stored("first")->isPinned);
+    press(Qt::Key_P, Qt::MetaModifier);
+    EXPECT_FALSE(stored("first")->isPinned);
+    press(Qt::Key_Backspace, Qt::ControlModifier);
+    EXPECT_FALSE(stored("first"));
+    press(Qt::Key_Backspace, Qt::MetaModifier);
+    EXPECT_FALSE(stored("second"));
+    EXPECT_EQ(field().text(), QString());
+}
+
+TEST_F(ClipboardSearchViewTest, backspaceAloneEditsTheQuery) {
+    startWithThree();
+    type("fi");
+    press(Qt::Key_Backspace);
+    EXPECT_EQ(field().text(), str("f"));
+    EXPECT_TRUE(stored("first"));
+}
+
+TEST_F(ClipboardSearchViewTest, keysPassOnInAWindowOfAnotherTitle) {
+    save(str("first"));
+    startPanel(str("Clipboard search"));
+    type("fi");
+    press(Qt::Key_Left);
+    EXPECT_EQ(field().cursorPosition(), 1);
+    press(Qt::Key_Return);
+    EXPECT_EQ(pasted, QStringList());
+}
+
+TEST_F(ClipboardSearchViewTest, keysPassOnInTheWindowsOfOthers) {
+    startWithThree();
+    QLineEdit other(str("abc"));
+    other.setWindowTitle(str("Clipboard Search"));
+    other.show();
+    QTest::keyClick(&other, Qt::Key_Left);
+    EXPECT_EQ(other.cursorPosition(), 2);
+    EXPECT_EQ(strip().current(), 0);
+}
+
+TEST_F(ClipboardSearchViewTest, aClickPastesItsRowOnce) {
+    startWithThree();
+    clickRow("third");
+    EXPECT_EQ(pasted, QStringList{str("third")});
+}
+
+TEST_F(ClipboardSearchViewTest, aClickOnAHeaderDoesNothing) {
+    startWithThree();
+    clickRow("Recent Clipboard");
+    EXPECT_EQ(pasted, QStringList());
+    EXPECT_EQ(selected(), str("first"));
+}
+
+TEST_F(ClipboardSearchViewTest, aRowsButtonsActOnItAndPasteNothing) {
+    startWithThree();
+    clickAction("third", 0, 3);
+    EXPECT_TRUE(stored("third")->isPinned);
+    EXPECT_EQ(selected(), str("third"));
+    clickAction("second", 1, 3);
+    EXPECT_TRUE(stored("second")->isSaved);
+    clickAction("first", 2, 3);
+    EXPECT_FALSE(stored("first"));
+    EXPECT_EQ(pasted, QStringList());
+    EXPECT_EQ(shown(), (QStringList{str("Pinned Snippets"), str("third")}));
+}
+
+TEST_F(ClipboardSearchViewTest, aRowsButtonsAreKnownByTheirToolTips) {
+    saveInMySaved(str("kept"));
+    savePinned(str("pinned"), 1s);
+    startWithThree();
+    EXPECT_EQ(list().actionNames(rowOf("first")),
+              (QStringList{str("Pin snippet"), str("Add to My Saved"), str("Delete item")}));
+    EXPECT_EQ(list().actionNames(rowOf("pinned")).first(), str("Remove pin"));
+    EXPECT_EQ(list().actionNames(rowOf("Recent Clipboard")), QStringList());
+    type("kept");
+    EXPECT_EQ(list().actionNames(rowOf("kept")).at(1), str("Remove from My Saved"));
+}
+
+TEST_F(ClipboardSearchViewTest, aToolTipShowsOverAButtonAndNotOverTheTitle) {
+    startWithThree();
+    const QRectF row = list().rowRect(rowOf("second"));
+    const auto rest = [this](QPointF place) {
+        QHelpEvent event(QEvent::ToolTip, place.toPoint(), list().mapToGlobal(place.toPoint()));
+        QCoreApplication::sendEvent(&list(), &event);
+        return look::ToolTip::isShown();
+    };
+    EXPECT_FALSE(rest(row.center()));
+    EXPECT_TRUE(rest(look::rowActionRects(row, 3)[2].center()));
+    look::ToolTip::hide();
+}
+
+TEST_F(ClipboardSearchViewTest, aScreenReaderActsByTheButtonsNames) {
+    startWithThree();
+    QAccessibleInterface *reader = QAccessible::queryAccessibleInterface(&list());
+    ASSERT_NE(reader, nullptr);
+    QAccessibleInterface *row = reader->child(rowOf("second"));
+    ASSERT_TRUE(row && row->actionInterface());
+    row->actionInterface()->doAction(str("Pin snippet"));
+    EXPECT_TRUE(stored("second")->isPinned);
+}
+
+TEST_F(ClipboardSearchViewTest, controlsAreCalledByTheirTexts) {
+    startPanel();
+    EXPECT_EQ(field().placeholderText(), str("Search clipboard & snippets..."));
+    EXPECT_NE(button("Add item to My Saved"), nullptr);
+}
+
+TEST_F(ClipboardSearchViewTest, openingResetsAndFocusesTheField) {
+    for (int i = 0; i < 60; ++i)
+        save(str("row %1").arg(i), Seconds(i));
+    startPanel();
+    type("row");
+    press(Qt::Key_Right);
+    press(Qt::Key_Left);
+    wheelOver(&list(), 5);
+    ASSERT_GT(list().offset(), 0);
+    field().clearFocus();
+    openPanel();
+    EXPECT_EQ(field().text(), QString());
+    EXPECT_EQ(strip().current(), 0);
+    EXPECT_EQ(list().offset(), 0);
+    EXPECT_EQ(selected(), str("row 0"));
+    EXPECT_TRUE(field().hasFocus());
+}
+
+TEST_F(ClipboardSearchViewTest, emptyListsTellWhy) {
+    startPanel();
+    EXPECT_TRUE(list().isHidden());
+    EXPECT_TRUE(empty().isVisible());
+    EXPECT_EQ(empty().accessibleName(), str("Your clipboard is empty"));
+    type("x");
+    EXPECT_EQ(empty().accessibleName(), str("No clipboard items found"));
+    copy(str("x marks it"));
+    EXPECT_TRUE(empty().isHidden());
+    EXPECT_EQ(shown().last(), str("x marks it"));
+}
+
+TEST_F(ClipboardSearchViewTest, aNewCopyShowsAndTheSelectionGoesWithItsItem) {
+    startWithThree();
+    press(Qt::Key_Down);
+    copy(str("newest"));
+    EXPECT_EQ(shown().at(1), str("newest"));
+    EXPECT_EQ(selected(), str("second"));
+}
+
+TEST_F(ClipboardSearchViewTest, thePlusButtonStandsInMySavedAlone) {
+    startPanel();
+    EXPECT_FALSE(button("Add item to My Saved")->isVisible());
+    press(Qt::Key_Right);
+    ASSERT_EQ(strip().current(), 1);
+    EXPECT_TRUE(button("Add item to My Saved")->isVisible());
+    alerts.answerNextWithFirstButton(str("my own text"));
+    QTest::mouseClick(button("Add item to My Saved"), Qt::LeftButton);
+    EXPECT_EQ(alerts.textAreaSize(), QSize(360, 120));
+    EXPECT_EQ(shown(), (QStringList{str("My Saved"), str("my own text")}));
+    press(Qt::Key_Right);
+    EXPECT_FALSE(button("Add item to My Saved")->isVisible());
+}
+
+TEST_F(ClipboardSearchViewTest, aChipChoosesItsCategory) {
+    save(str("https://example.com"), 5s);
+    startWithThree();
+    QTest::mouseClick(strip().findChildren<look::Chip *>().at(4), Qt::LeftButton);
+    EXPECT_EQ(shown(), (QStringList{str("Recent Clipboard"), str("https://example.com")}));
+}
+
+TEST_F(ClipboardSearchViewTest, fiveHundredRowsScrollWithTheSelectionAtTheCentre) {
+    for (int i = 0; i < 501; ++i)
+        save(str("row %1").arg(i), Seconds(i));
+    startPanel();
+    type("row");
+    ASSERT_EQ(list().count(), 501); // five hundred and a header
+    for (int i = 0; i < 250; ++i)
+        press(Qt::Key_Down);
+    EXPECT_EQ(selected(), str("row 250"));
+    EXPECT_NEAR(list().rowRect(list().selectedRow()).center().y(), list().height() / 2.0, 1.0);
+    for (int i = 0; i < 260; ++i)
+        press(Qt::Key_Down);
+    EXPECT_EQ(selected(), str("row 499"));
+    EXPECT_EQ(list().offset(), list().maximumOffset());
+}
+
+TEST_F(ClipboardSearchViewTest, theWheelScrollsTheListWhereverInThePanelThePointerIs) {
+    for (int i = 0; i < 60; ++i)
+        save(str("row %1").arg(i), Seconds(i));
+    startPanel();
+    wheelOver(&field(), 2);
+    const qreal first = list().offset();
+    EXPECT_GT(first, 0);
+    wheelOver(&list(), 2);
+    EXPECT_GT(list().offset(), first);
+}
+
+TEST_F(ClipboardSearchViewTest, thumbnailsAreMadeForTheRowsInSightAlone) {
+    start();
+    for (int i = 0; i < 40; ++i)
+        copy(QImage(100 + i, 50, QImage::Format_RGB32));
+    quit();
+    startPanel();
+    grabbed();
+    ASSERT_EQ(list().count(), 41);
+    EXPECT_GE(manager->thumbnailCache().count(), 5);
+    EXPECT_LE(manager->thumbnailCache().count(), 8);
+    list().scrollTo(list().maximumOffset(), false);
+    grabbed();
+    EXPECT_LE(manager->thumbnailCache().count(), 16);
+}
+
+TEST_F(ClipboardSearchViewTest, aPictureWhoseFileIsGoneShowsItsSymbol) {
+    save(str("Copied Image"), 1s, str("gone.png"));
+    startPanel();
+    EXPECT_EQ(shown().last(), str("Screenshot"));
+    grabbed();
+    EXPECT_EQ(manager->thumbnailCache().count(), 0);
+}
+
+TEST_F(ClipboardSearchViewTest, aHugeTextPaintsAsFastAsAShortOne) {
+    save(QString(3 * 1024 * 1024, u'w'), 1s);
+    save(str("a wide text of many words ").repeated(120'000), 2s);
+    startPanel();
+    grabbed();
+    QElapsedTimer clock;
+    clock.start();
+    for (int i = 0; i < 10; ++i)
+        grabbed();
+    EXPECT_LT(clock.elapsed(), 10 * 100) << "a tenth of a second for a panel, on a slow machine under a debugger";
+}
+
+} // namespace
+} // namespace tavrine

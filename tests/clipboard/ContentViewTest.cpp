@@ -1,0 +1,127 @@
+#include "clipboard/ContentView.h"
+
+#include "PanelViewTest.h"
+
+#include <gmock/gmock.h>
+
+namespace tavrine {
+namespace {
+
+class ContentViewTest : public PanelViewTest {
+protected:
+    void startPanel(const QString &title = str("Classic Clipboard")) {
+        start();
+        auto *view = new ContentView(
+            *manager, center, [this] { ++orderOuts; },
+            [this](const ClipboardItem &item) { pasted.append(item.content); });
+        show(view, title, {320, 450});
+        center.post(str("floatingPanelOpened"));
+    }
+    void startWithThree() {
+        save(str("first"), 1s);
+        save(str("second"), 2s);
+        save(str("third"), 3s);
+        startPanel();
+    }
+
+    int orderOuts = 0;
+};
+
+TEST_F(ContentViewTest, showsTheHistoryUnderTheTitleWithTheFirstSelected) {
+    startWithThree();
+    EXPECT_EQ(shown(), (QStringList{str("first"), str("second"), str("third")}));
+    EXPECT_EQ(selected(), str("first"));
+    EXPECT_EQ(field().placeholderText(), str("Search history…"));
+    EXPECT_TRUE(field().hasFocus());
+}
+
+TEST_F(ContentViewTest, typingFiltersAndMovesNoSelection) {
+    startWithThree();
+    type("thi");
+    EXPECT_EQ(shown(), QStringList{str("third")});
+    EXPECT_EQ(selected(), str("(none)"));
+    press(Qt::Key_Down);
+    EXPECT_EQ(selected(), str("third"));
+}
+
+TEST_F(ContentViewTest, keysActWhileItIsOpen) {
+    startWithThree();
+    press(Qt::Key_Down, Qt::ControlModifier);
+    press(Qt::Key_Return);
+    EXPECT_EQ(pasted, QStringList{str("second")});
+    window.hide();
+    QTest::keyClick(&field(), Qt::Key_Return);
+    EXPECT_EQ(pasted.size(), 1);
+}
+
+TEST_F(ContentViewTest, leftAndRightGoToTheSearchField) {
+    startWithThree();
+    type("ir");
+    press(Qt::Key_Left);
+    EXPECT_EQ(field().cursorPosition(), 1);
+}
+
+TEST_F(ContentViewTest, keysPassOnInAWindowOfAnotherTitle) {
+    save(str("first"));
+    startPanel(str("Classic"));
+    press(Qt::Key_Return);
+    EXPECT_EQ(pasted, QStringList());
+}
+
+TEST_F(ContentViewTest, aClickUsesItsRowOnce) {
+    startWithThree();
+    clickRow("third");
+    EXPECT_EQ(pasted, QStringList{str("third")});
+}
+
+TEST_F(ContentViewTest, aRowsButtonsActOnItAndUseNothing) {
+    startWithThree();
+    clickAction("third", 0, 2);
+    EXPECT_TRUE(stored("third")->isPinned);
+    clickAction("second", 1, 2);
+    EXPECT_TRUE(stored("second")->isSaved);
+    EXPECT_EQ(pasted, QStringList());
+    EXPECT_EQ(list().accessibleText(rowOf("third")), str("third, Pinned"));
+    EXPECT_EQ(list().actionNames(rowOf("second")), (QStringList{str("Pin snippet"), str("Remove from My Saved")}));
+}
+
+TEST_F(ContentViewTest, theHeadersButtonsCloseEverythingAndAskForTheSettings) {
+    startPanel();
+    int requests = 0;
+    const auto token =
+        center.addObserver(str("openClipboardSettingsRequested"), [&](const Notification &) { ++requests; });
+    ASSERT_TRUE(button("Settings") && button("Close"));
+    QTest::mouseClick(button("Settings"), Qt::LeftButton);
+    EXPECT_EQ(requests, 1);
+    EXPECT_EQ(orderOuts, 0);
+    QTest::mouseClick(button("Close"), Qt::LeftButton);
+    EXPECT_EQ(orderOuts, 1);
+}
+
+TEST_F(ContentViewTest, emptyListsTellWhy) {
+    startPanel();
+    EXPECT_EQ(empty().accessibleName(), str("History is empty"));
+    type("x");
+    EXPECT_EQ(empty().accessibleName(), str("No results found"));
+    EXPECT_TRUE(list().isHidden());
+}
+
+TEST_F(ContentViewTest, openingBeginsAnew) {
+    startWithThree();
+    type("thi");
+    window.hide();
+    window.show();
+    center.post(str("floatingPanelOpened"));
+    EXPECT_EQ(field().text(), QString());
+    EXPECT_EQ(selected(), str("first"));
+}
+
+TEST_F(ContentViewTest, aPictureRowHasRoomForItsThumbnail) {
+    save(str("Copied Image"), 4s, str("gone.png"));
+    startWithThree();
+    EXPECT_EQ(shown().last(), str("Image"));
+    EXPECT_GE(list().rowRect(3).height(), 56);
+}
+
+} // namespace
+} // namespace tavrine

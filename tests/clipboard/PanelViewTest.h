@@ -1,0 +1,90 @@
+#pragma once
+
+#include "ManagerTest.h"
+#include "look/Button.h"
+#include "look/EmptyState.h"
+#include "look/Paint.h"
+#include "look/SearchField.h"
+#include "look/ToolTip.h"
+#include "look/VirtualList.h"
+
+#include <QAccessible>
+#include <QLineEdit>
+#include <QTest>
+#include <QVBoxLayout>
+#include <QWheelEvent>
+
+namespace tavrine {
+
+/// A view of a clipboard panel in a window of its own, over a real manager. Nothing moves, since there is no Look.
+class PanelViewTest : public ManagerTest {
+protected:
+    void show(QWidget *view, const QString &title, const QSize &size) {
+        window.setWindowTitle(title);
+        auto *layout = new QVBoxLayout(&window);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->addWidget(view);
+        window.resize(size);
+        window.show();
+        window.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    }
+
+    [[nodiscard]] look::VirtualList &list() const { return *window.findChild<look::VirtualList *>(); }
+    [[nodiscard]] look::EmptyState &empty() const { return *window.findChild<look::EmptyState *>(); }
+    [[nodiscard]] QLineEdit &field() const { return *window.findChild<look::SearchField *>()->lineEdit(); }
+    [[nodiscard]] look::Button *button(const char *name) const {
+        for (look::Button *one : window.findChildren<look::Button *>()) {
+            if (one->accessibleName() == str(name))
+                return one;
+        }
+        return nullptr;
+    }
+
+    /// What a screen reader hears, row by row, up to the comma before the second line.
+    [[nodiscard]] QStringList shown() const {
+        QStringList titles;
+        if (list().isHidden())
+            return titles;
+        for (int row = 0; row < list().count(); ++row)
+            titles.append(list().accessibleText(row).section(str(", "), 0, 0));
+        return titles;
+    }
+    [[nodiscard]] int rowOf(const char *title) const { return static_cast<int>(shown().indexOf(str(title))); }
+    [[nodiscard]] QString selected() const { return shown().value(list().selectedRow(), str("(none)")); }
+
+    /// To the widget that has the keyboard, as the window system sends it.
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(window.windowHandle(), key, modifiers);
+    }
+    void type(const char *text) { QTest::keyClicks(&field(), str(text)); }
+    void clickRow(const char *title) {
+        const QPoint place = list().rowRect(rowOf(title)).toAlignedRect().center();
+        QTest::mouseClick(&list(), Qt::LeftButton, {}, place);
+    }
+    void clickAction(const char *title, size_t action, size_t count) {
+        const QRectF rect = list().rowRect(rowOf(title));
+        QTest::mouseMove(&list(), rect.center().toPoint());
+        QTest::mouseClick(&list(), Qt::LeftButton, {}, look::rowActionRects(rect, count)[action].center().toPoint());
+    }
+    void wheelOver(QWidget *widget, int notches) {
+        const QPointF place = widget->rect().center();
+        QWheelEvent event(place, widget->mapToGlobal(place), {}, QPoint(0, -120 * notches), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QSpontaneKeyEvent::setSpontaneous(&event); // only what comes from outside goes on to the parents
+        qApp->notify(widget, &event);
+    }
+    [[nodiscard]] std::optional<ClipboardItem> stored(const char *content) {
+        for (const ClipboardItem &item : rows()) {
+            if (item.content == str(content))
+                return item;
+        }
+        return std::nullopt;
+    }
+    QImage grabbed() { return window.grab().toImage(); }
+
+    QWidget window;
+    QStringList pasted;
+};
+
+} // namespace tavrine
