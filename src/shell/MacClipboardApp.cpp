@@ -26,6 +26,8 @@
 #include "clipboard/ClipboardDatabase.h"
 #include "clipboard/ClipboardExperienceSettings.h"
 #include "clipboard/ClipboardManager.h"
+#include "clipboard/ClipboardSearchView.h"
+#include "clipboard/ContentView.h"
 #include "look/Look.h"
 #include "ports/Alerts.h"
 #include "ports/ToastWindow.h"
@@ -109,7 +111,7 @@ private:
     };
 };
 
-/// One line that searches; Return takes the first row, Escape goes.
+/// One line; Escape goes.
 class PlainLine : public QLineEdit {
 public:
     std::function<void()> onEscape;
@@ -122,23 +124,6 @@ protected:
             QLineEdit::keyPressEvent(event);
     }
 };
-
-QWidget *searchView(ClipboardManager &manager, const ShellTools::Views::Dismiss &dismiss,
-                    const ShellTools::Views::Paste &paste) {
-    auto *line = new PlainLine;
-    line->onEscape = dismiss;
-    QObject::connect(line, &QLineEdit::returnPressed, line, [&manager, line, paste] {
-        const auto rows = manager.searchItems(line->text());
-        if (!rows.empty())
-            paste(rows.front());
-    });
-    return line;
-}
-
-QWidget *classicView(ClipboardManager &manager, const ShellTools::Views::Dismiss &orderOutAllWindows,
-                     const ShellTools::Views::Paste &paste) {
-    return searchView(manager, orderOutAllWindows, paste);
-}
 
 QWidget *emojiView(const ShellTools::Views::Dismiss &dismiss, const ShellTools::Views::Insert &insert) {
     auto *line = new PlainLine;
@@ -237,9 +222,11 @@ int main(int argc, char **argv) {
     };
     ShellTools::Views views;
     views.classic = [&](const auto &orderOutAllWindows, const auto &paste) {
-        return classicView(clipboardManager, orderOutAllWindows, paste);
+        return new ContentView(clipboardManager, center, orderOutAllWindows, paste);
     };
-    views.search = [&](const auto &dismiss, const auto &paste) { return searchView(clipboardManager, dismiss, paste); };
+    views.search = [&](const auto &dismiss, const auto &paste) {
+        return new ClipboardSearchView({clipboardManager, alerts, center, time}, dismiss, paste);
+    };
     views.emoji = [&](const auto &dismiss, const auto &insert) { return emojiView(dismiss, insert); };
     views.welcome = [&](const auto &onClose) { return welcomeView(onClose); };
     ShellTools tools({time, defaults, ourselves, hotKeys, monitors, access, alerts, urlOpener, desktop}, views);
