@@ -78,10 +78,13 @@ TEST_F(ClipboardSearchViewTest, arrowsMoveAndNeverReachTheCaret) {
     EXPECT_EQ(selected(), str("first"));
     press(Qt::Key_Left);
     EXPECT_EQ(strip().current(), 5);
+    EXPECT_EQ(field().cursorPosition(), 2);
     press(Qt::Key_Right);
     EXPECT_EQ(strip().current(), 0);
     press(Qt::Key_Right, Qt::ShiftModifier);
     EXPECT_EQ(strip().current(), 1);
+    press(Qt::Key_Left, Qt::ShiftModifier);
+    EXPECT_EQ(strip().current(), 0);
     EXPECT_EQ(field().cursorPosition(), 2);
     EXPECT_FALSE(field().hasSelectedText());
 }
