@@ -36,6 +36,11 @@ QString abbreviatedFormat(const QLocale &locale) {
     return format.replace(QLatin1String("MMMM"), QLatin1String("MMM"));
 }
 
+/// The locale's short format; a locale of no country tells the seconds in it.
+QString shortenedFormat(const QLocale &locale) {
+    return locale.timeFormat(QLocale::ShortFormat).remove(QLatin1String(":ss"));
+}
+
 QDateTime dateTime(Date date, const QTimeZone &zone) {
     constexpr double firstOfYearOne = -62135596800.0; // in the Gregorian calendar, continued backwards
     const double seconds = std::isnan(date.secondsSince1970) ? 0.0
@@ -61,7 +66,7 @@ QString iconOf(const ClipboardItem &item, bool isLink) {
 QString abbreviatedDateWithShortenedTime(Date date, const QLocale &locale, const QTimeZone &zone) {
     const QDateTime moment = dateTime(date, zone);
     return locale.toString(moment.date(), abbreviatedFormat(locale)) + QStringLiteral(", ") +
-           locale.toString(moment.time(), QLocale::ShortFormat);
+           locale.toString(moment.time(), shortenedFormat(locale));
 }
 
 ClipboardSearchRow clipboardSearchRow(const ClipboardItem &item, bool isLink, const QLocale &locale,

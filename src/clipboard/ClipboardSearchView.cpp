@@ -25,6 +25,7 @@ constexpr int dividerPlace = 6;
 constexpr qreal thumbnailSide = 36;      // of the look's rows
 constexpr qsizetype longestSpoken = 200; // a screen reader that reads out a whole book helps nobody
 constexpr size_t actionCount = 3;
+constexpr int edge = 1; // the panel's hairline, which no other line may cross
 
 QString text(const char *utf8) {
     return QString::fromUtf8(utf8);
@@ -94,12 +95,15 @@ void ClipboardSearchView::build() {
     column->setSpacing(0);
     column->addWidget(m_search);
     auto *strip = new QHBoxLayout;
-    strip->setContentsMargins(look::space::medium, look::space::small, look::space::medium, look::space::tiny);
+    strip->setContentsMargins(look::space::medium, look::space::small, look::space::medium, look::space::small);
     strip->addWidget(m_categories);
     column->addLayout(strip);
     column->addWidget(m_list, 1);
     column->addWidget(m_empty, 1);
-    column->addWidget(makeFooter());
+    auto *footer = new QHBoxLayout;
+    footer->setContentsMargins(edge, 0, edge, 0);
+    footer->addWidget(makeFooter());
+    column->addLayout(footer);
     setFocusProxy(m_search);
 
     connect(m_search, &look::SearchField::textChanged, &m_model, &ClipboardSearchModel::setQuery);
@@ -129,6 +133,7 @@ void ClipboardSearchView::setUpList() {
     };
     m_list->setSource(std::move(source));
     connect(m_list, &look::VirtualList::clicked, this, &ClipboardSearchView::clicked);
+    connect(m_list, &look::VirtualList::scrolled, this, [this] { update(0, m_list->y() - 1, width(), 1); });
 }
 
 void ClipboardSearchView::followModel() {
@@ -282,11 +287,15 @@ void ClipboardSearchView::clicked(int row, QPointF place) {
     }
 }
 
-// A hairline parts the search field from the rest.
+// A hairline parts the search field from the rest, and another one the rows that went on under the strip.
 void ClipboardSearchView::paintEvent(QPaintEvent *event) {
     PanelSurface::paintEvent(event);
     QPainter painter(this);
-    look::paintSeparator(painter, QRectF(0, 0, width(), look::height::searchField), look::themeOf(this));
+    const QRectF lines = QRectF(rect()).adjusted(edge, 0, -edge, 0);
+    look::paintSeparator(painter, QRectF(lines.left(), 0, lines.width(), look::height::searchField),
+                         look::themeOf(this));
+    if (m_list->isVisible() && m_list->offset() > 0)
+        look::paintSeparator(painter, QRectF(lines.left(), 0, lines.width(), m_list->y()), look::themeOf(this));
 }
 
 void ClipboardSearchView::showEvent(QShowEvent *event) {

@@ -142,6 +142,7 @@ void ContentView::setUpList() {
     };
     m_list->setSource(std::move(source));
     connect(m_list, &look::VirtualList::clicked, this, &ContentView::clicked);
+    connect(m_list, &look::VirtualList::scrolled, this, [this] { update(0, m_list->y() - 1, width(), 1); });
 }
 
 void ContentView::shownItemsChanged() {
@@ -267,6 +268,15 @@ void ContentView::clicked(int row, QPointF place) {
         const QUuid id = shown->id;
         m_model.use(id);
     }
+}
+
+// A hairline parts the header from rows that went on under it.
+void ContentView::paintEvent(QPaintEvent *event) {
+    PanelSurface::paintEvent(event);
+    if (!m_list->isVisible() || m_list->offset() <= 0)
+        return;
+    QPainter painter(this);
+    look::paintSeparator(painter, QRectF(1, 0, width() - 2, m_list->y()), look::themeOf(this));
 }
 
 void ContentView::hideEvent(QHideEvent *event) {

@@ -35,6 +35,7 @@ public:
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:
+    void paintEvent(QPaintEvent *event) override;
     void hideEvent(QHideEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
 

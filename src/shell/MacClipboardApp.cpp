@@ -111,7 +111,7 @@ private:
     };
 };
 
-/// One line that searches; Return takes the first row, Escape goes.
+/// One line; Escape goes.
 class PlainLine : public QLineEdit {
 public:
     std::function<void()> onEscape;
@@ -206,38 +206,30 @@ int main(int argc, char **argv) {
     NoAlerts alerts;
     NoUrlOpener urlOpener;
     std::optional<PanelAdapters> panels;
-    ShellTools tools(
-        {.time = time,
-         .defaults = defaults,
-         .application = ourselves,
-         .hotKeys = hotKeys,
-         .monitors = monitors,
-         .access = access,
-         .alerts = alerts,
-         .urlOpener = urlOpener,
-         .desktop =
-             [&] {
-                 panels.emplace(pasteboard, look);
-                 return ShellTools::Desktop{.panels = {.windows = panels->windows,
-                                                       .monitors = monitors,
-                                                       .poster = panels->poster,
-                                                       .screens = panels->screens,
-                                                       .workspace = workspace,
-                                                       .activator = panels->activator,
-                                                       .pasteboard = pasteboard,
-                                                       .defaults = defaults,
-                                                       .center = center,
-                                                       .time = time},
-                                            .toastWindows = panels->toastWindows};
-             }},
-        {.classic = [&](const auto &orderOut,
-                        const auto &paste) { return new ContentView(clipboardManager, center, orderOut, paste); },
-         .search =
-             [&](const auto &dismiss, const auto &paste) {
-                 return new ClipboardSearchView({clipboardManager, alerts, center, time}, dismiss, paste);
-             },
-         .emoji = [&](const auto &dismiss, const auto &insert) { return emojiView(dismiss, insert); },
-         .welcome = [&](const auto &onClose) { return welcomeView(onClose); }});
+    const auto desktop = [&] {
+        panels.emplace(pasteboard, look);
+        return ShellTools::Desktop{.panels = {.windows = panels->windows,
+                                              .monitors = monitors,
+                                              .poster = panels->poster,
+                                              .screens = panels->screens,
+                                              .workspace = workspace,
+                                              .activator = panels->activator,
+                                              .pasteboard = pasteboard,
+                                              .defaults = defaults,
+                                              .center = center,
+                                              .time = time},
+                                   .toastWindows = panels->toastWindows};
+    };
+    ShellTools::Views views;
+    views.classic = [&](const auto &orderOutAllWindows, const auto &paste) {
+        return new ContentView(clipboardManager, center, orderOutAllWindows, paste);
+    };
+    views.search = [&](const auto &dismiss, const auto &paste) {
+        return new ClipboardSearchView({clipboardManager, alerts, center, time}, dismiss, paste);
+    };
+    views.emoji = [&](const auto &dismiss, const auto &insert) { return emojiView(dismiss, insert); };
+    views.welcome = [&](const auto &onClose) { return welcomeView(onClose); };
+    ShellTools tools({time, defaults, ourselves, hotKeys, monitors, access, alerts, urlOpener, desktop}, views);
     AppDelegate appDelegate({time, defaults, center, workspace, statusItem, ourselves, updater, clipboardManager, flags,
                              experienceSettings, tools});
     tools.setDelegate(&appDelegate);

@@ -39,6 +39,7 @@ TEST(ClipboardSearchRowDate, isWrittenAsTheLocaleDoes) {
     EXPECT_EQ(date(noonOfJanuary31, "de_DE"), str("31. Jan. 2026, 12:00"));
     EXPECT_EQ(date(noonOfJanuary31, "ja_JP"), str("2026年1月31日, 12:00"));
     EXPECT_EQ(date(noonOfJanuary31, "fr_FR"), str("31 janv. 2026, 12:00"));
+    EXPECT_EQ(date(noonOfJanuary31, "C"), str("31 Jan 2026, 12:00"));
 }
 
 TEST(ClipboardSearchRowDate, standsInNoLocaleWithAWeekday) {

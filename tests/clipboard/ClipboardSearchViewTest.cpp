@@ -78,10 +78,13 @@ TEST_F(ClipboardSearchViewTest, arrowsMoveAndNeverReachTheCaret) {
     EXPECT_EQ(selected(), str("first"));
     press(Qt::Key_Left);
     EXPECT_EQ(strip().current(), 5);
+    EXPECT_EQ(field().cursorPosition(), 2);
     press(Qt::Key_Right);
     EXPECT_EQ(strip().current(), 0);
     press(Qt::Key_Right, Qt::ShiftModifier);
     EXPECT_EQ(strip().current(), 1);
+    press(Qt::Key_Left, Qt::ShiftModifier);
+    EXPECT_EQ(strip().current(), 0);
     EXPECT_EQ(field().cursorPosition(), 2);
     EXPECT_FALSE(field().hasSelectedText());
 }
@@ -173,6 +176,19 @@ TEST_F(ClipboardSearchViewTest, aRowsButtonsAreKnownByTheirToolTips) {
     EXPECT_EQ(list().actionNames(rowOf("Recent Clipboard")), QStringList());
     type("kept");
     EXPECT_EQ(list().actionNames(rowOf("kept")).at(1), str("Remove from My Saved"));
+}
+
+TEST_F(ClipboardSearchViewTest, aToolTipShowsOverAButtonAndNotOverTheTitle) {
+    startWithThree();
+    const QRectF row = list().rowRect(rowOf("second"));
+    const auto rest = [this](QPointF place) {
+        QHelpEvent event(QEvent::ToolTip, place.toPoint(), list().mapToGlobal(place.toPoint()));
+        QCoreApplication::sendEvent(&list(), &event);
+        return look::ToolTip::isShown();
+    };
+    EXPECT_FALSE(rest(row.center()));
+    EXPECT_TRUE(rest(look::rowActionRects(row, 3)[2].center()));
+    look::ToolTip::hide();
 }
 
 TEST_F(ClipboardSearchViewTest, aScreenReaderActsByTheButtonsNames) {

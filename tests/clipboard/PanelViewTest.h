@@ -5,6 +5,7 @@
 #include "look/EmptyState.h"
 #include "look/Paint.h"
 #include "look/SearchField.h"
+#include "look/ToolTip.h"
 #include "look/VirtualList.h"
 
 #include <QAccessible>

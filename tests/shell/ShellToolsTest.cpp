@@ -31,58 +31,53 @@ protected:
         experience = std::make_unique<ClipboardExperienceSettings>(defaults);
         manager = std::make_unique<ClipboardManager>(ClipboardManager::Ports{
             time, defaults, pasteboard, workspace, coder, movies, loginItem, folders, database});
-        tools = std::make_unique<ShellTools>(ShellTools::Ports{.time = time,
-                                                               .defaults = defaults,
-                                                               .application = application,
-                                                               .hotKeys = hotKeys,
-                                                               .monitors = monitors,
-                                                               .access = access,
-                                                               .alerts = alerts,
-                                                               .urlOpener = urlOpener,
-                                                               .desktop =
-                                                                   [this] {
-                                                                       ++desktops;
-                                                                       return ShellTools::Desktop{
-                                                                           .panels = {.windows = windows,
-                                                                                      .monitors = monitors,
-                                                                                      .poster = poster,
-                                                                                      .screens = screens,
-                                                                                      .workspace = workspace,
-                                                                                      .activator = activator,
-                                                                                      .pasteboard = pasteboard,
-                                                                                      .defaults = defaults,
-                                                                                      .center = center,
-                                                                                      .time = time},
-                                                                           .toastWindows = toasts};
-                                                                   }},
-                                             ShellTools::Views{.classic =
-                                                                   [this](const auto &paste) {
-                                                                       pasteFromClassic = paste;
-                                                                       return made("classic");
-                                                                   },
-                                                               .search =
-                                                                   [this](const auto &dismiss, const auto &paste) {
-                                                                       dismissSearch = dismiss;
-                                                                       pasteFromSearch = paste;
-                                                                       return made("search");
-                                                                   },
-                                                               .emoji =
-                                                                   [this](const auto &dismiss, const auto &insert) {
-                                                                       dismissEmoji = dismiss;
-                                                                       insertEmoji = insert;
-                                                                       return made("emoji");
-                                                                   },
-                                                               .welcome =
-                                                                   [this](const auto &onClose) {
-                                                                       finishWelcome = onClose;
-                                                                       welcome = new QWidget;
-                                                                       return welcome.data();
-                                                                   }});
+        tools = std::make_unique<ShellTools>(ports(), madeViews());
         delegate =
             std::make_unique<AppDelegate>(AppDelegate::Ports{time, defaults, center, workspace, statusItem, application,
                                                              updater, *manager, *flags, *experience, *tools});
         tools->setDelegate(delegate.get());
         access.setAccessibilityTrusted(true);
+    }
+    ShellTools::Ports ports() {
+        const auto desktop = [this] {
+            ++desktops;
+            return ShellTools::Desktop{.panels = {.windows = windows,
+                                                  .monitors = monitors,
+                                                  .poster = poster,
+                                                  .screens = screens,
+                                                  .workspace = workspace,
+                                                  .activator = activator,
+                                                  .pasteboard = pasteboard,
+                                                  .defaults = defaults,
+                                                  .center = center,
+                                                  .time = time},
+                                       .toastWindows = toasts};
+        };
+        return {time, defaults, application, hotKeys, monitors, access, alerts, urlOpener, desktop};
+    }
+    ShellTools::Views madeViews() {
+        ShellTools::Views made;
+        made.classic = [this](const auto &orderOut, const auto &paste) {
+            orderOutAllWindows = orderOut;
+            pasteFromClassic = paste;
+            return note("classic");
+        };
+        made.search = [this](const auto &dismiss, const auto &paste) {
+            dismissSearch = dismiss;
+            pasteFromSearch = paste;
+            return note("search");
+        };
+        made.emoji = [this](const auto &dismiss, const auto &insert) {
+            dismissEmoji = dismiss;
+            insertEmoji = insert;
+            return note("emoji");
+        };
+        made.welcome = [this](const auto &onClose) {
+            finishWelcome = onClose;
+            welcome = new QWidget;
+            return welcome.data();
+        };
+        return made;
     }
     // The tools outlive the delegate, as in the program.
     void TearDown() override { delegate.reset(); }
@@ -93,7 +88,7 @@ protected:
     }
     void launchQuietly() { static_cast<void>(launchWith(true)); }
 
-    QWidget *made(const char *view) {
+    QWidget *note(const char *view) {
         views.push_back(view);
         return nullptr;
     }

@@ -128,13 +128,13 @@ struct Panel {
     QWidget *view;
 };
 
-void write(QWidget &window, const QString &path, bool isDark, qreal scale = 2) {
-    const QSize size = window.size() + QSize(40, 40);
-    QImage image(size * scale, QImage::Format_RGB32);
-    image.setDevicePixelRatio(scale);
+void write(QWidget &window, const QString &path, bool isDark) {
+    const QPixmap shown = window.grab();
+    QPixmap image(shown.size() + QSize(80, 80));
+    image.setDevicePixelRatio(shown.devicePixelRatio());
     image.fill(isDark ? QColor(0x12, 0x14, 0x1A) : QColor(0xD8, 0xDE, 0xE8));
     QPainter painter(&image);
-    window.render(&painter, QPoint(20, 20), {}, QWidget::DrawChildren);
+    painter.drawPixmap(QPointF(40, 40) / shown.devicePixelRatio(), shown);
     painter.end();
     image.save(path);
 }
