@@ -1,4 +1,5 @@
 #include "adapters/linux/DBusSingleInstance.h"
+#include "adapters/linux/DesktopUrlOpener.h"
 #include "adapters/linux/NoFeedUpdater.h"
 #include "adapters/linux/NoMovieAsset.h"
 #include "adapters/linux/PortalAppearance.h"
@@ -29,17 +30,16 @@
 #include "clipboard/ClipboardSearchView.h"
 #include "clipboard/ContentView.h"
 #include "look/Look.h"
-#include "ports/Alerts.h"
-#include "ports/ToastWindow.h"
-#include "ports/UrlOpener.h"
+#include "shell/AlertView.h"
 #include "shell/AppDelegate.h"
 #include "shell/FeatureFlags.h"
+#include "shell/OnboardingView.h"
+#include "shell/QtToastWindows.h"
 #include "shell/ShellTools.h"
+#include "utilities/EmojiPickerStore.h"
+#include "utilities/EmojiPickerView.h"
 
 #include <QApplication>
-#include <QKeyEvent>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QToolTip>
 
 #include <csignal>
@@ -50,6 +50,9 @@
 using namespace tavrine;
 
 namespace {
+
+/// From the program's own folder, wherever it is installed.
+constexpr auto emojiTablePath = "/../share/tavrine/emoji_data.json";
 
 std::vector<std::unique_ptr<TrayIcon>> trayIcons() {
     std::vector<std::unique_ptr<TrayIcon>> icons;
@@ -84,60 +87,6 @@ private:
     std::function<void()> m_onChange;
 };
 
-class NoAlerts final : public Alerts {
-public:
-    bool runModal(const Alert &) override { return false; }
-    std::optional<QString> runModalForText(const Alert &, int, int) override { return std::nullopt; }
-};
-
-class NoUrlOpener final : public UrlOpener {
-public:
-    void openUrl(const QUrl &) override {}
-};
-
-class NoToastWindows final : public ToastWindows {
-public:
-    [[nodiscard]] std::unique_ptr<ToastWindow> makeToastWindow(const ToastDescription &) override {
-        return std::make_unique<None>();
-    }
-
-private:
-    class None final : public ToastWindow {
-        [[nodiscard]] QPointF frameOrigin() const override { return {}; }
-        void setFrameOrigin(QPointF) override {}
-        void setAlpha(double) override {}
-        void orderFront() override {}
-        void animate(double, QPointF, Seconds) override {}
-    };
-};
-
-/// One line; Escape goes.
-class PlainLine : public QLineEdit {
-public:
-    std::function<void()> onEscape;
-
-protected:
-    void keyPressEvent(QKeyEvent *event) override {
-        if (event->key() == Qt::Key_Escape && onEscape)
-            onEscape();
-        else
-            QLineEdit::keyPressEvent(event);
-    }
-};
-
-QWidget *emojiView(const ShellTools::Views::Dismiss &dismiss, const ShellTools::Views::Insert &insert) {
-    auto *line = new PlainLine;
-    line->onEscape = dismiss;
-    QObject::connect(line, &QLineEdit::returnPressed, line, [insert, line] { insert(line->text()); });
-    return line;
-}
-
-QWidget *welcomeView(const std::function<void()> &onClose) {
-    auto *button = new QPushButton(QStringLiteral("Done, Let's Go"));
-    QObject::connect(button, &QPushButton::clicked, button, onClose);
-    return button;
-}
-
 /// What only panels and toasts need: made with the first of them, which leaves a launch its speed.
 struct PanelAdapters {
     PanelAdapters(const Pasteboard &pasteboard, look::Look &look)
@@ -149,7 +98,7 @@ struct PanelAdapters {
     X11EventPoster poster;
     X11Screens screens;
     X11Compositor compositor;
-    NoToastWindows toastWindows;
+    QtToastWindows toastWindows{windows};
 };
 
 } // namespace
@@ -203,9 +152,10 @@ int main(int argc, char **argv) {
     X11HotKeys hotKeys;
     X11EventMonitors monitors;
     X11Access access;
-    NoAlerts alerts;
-    NoUrlOpener urlOpener;
+    AlertView alerts;
+    DesktopUrlOpener urlOpener;
     std::optional<PanelAdapters> panels;
+    std::optional<EmojiPickerStore> emojiStore; // with its table, from the first opening on
     const auto desktop = [&] {
         panels.emplace(pasteboard, look);
         return ShellTools::Desktop{.panels = {.windows = panels->windows,
@@ -227,8 +177,15 @@ int main(int argc, char **argv) {
     views.search = [&](const auto &dismiss, const auto &paste) {
         return new ClipboardSearchView({clipboardManager, alerts, center, time}, dismiss, paste);
     };
-    views.emoji = [&](const auto &dismiss, const auto &insert) { return emojiView(dismiss, insert); };
-    views.welcome = [&](const auto &onClose) { return welcomeView(onClose); };
+    views.emoji = [&](const auto &dismiss, const auto &insert) {
+        if (!emojiStore)
+            emojiStore.emplace(defaults, QApplication::applicationDirPath() + QLatin1String(emojiTablePath));
+        return new EmojiPickerView({*emojiStore, center, time}, dismiss,
+                                   [insert](const EmojiItem &item) { insert(item.emoji); });
+    };
+    views.welcome = [&](const auto &onClose) {
+        return OnboardingView::makeWindow({defaults, access, time, urlOpener}, onClose).release();
+    };
     ShellTools tools({time, defaults, ourselves, hotKeys, monitors, access, alerts, urlOpener, desktop}, views);
     AppDelegate appDelegate({time, defaults, center, workspace, statusItem, ourselves, updater, clipboardManager, flags,
                              experienceSettings, tools});
