@@ -30,7 +30,7 @@
 #include "clipboard/ClipboardSearchView.h"
 #include "clipboard/ContentView.h"
 #include "look/Look.h"
-#include "shell/AlertView.h"
+#include "look/ModalAlerts.h"
 #include "shell/AppDelegate.h"
 #include "shell/FeatureFlags.h"
 #include "shell/OnboardingView.h"
@@ -152,7 +152,7 @@ int main(int argc, char **argv) {
     X11HotKeys hotKeys;
     X11EventMonitors monitors;
     X11Access access;
-    AlertView alerts;
+    look::ModalAlerts alerts;
     DesktopUrlOpener urlOpener;
     std::optional<PanelAdapters> panels;
     std::optional<EmojiPickerStore> emojiStore; // with its table, from the first opening on
