@@ -10,6 +10,7 @@
 #include "adapters/linux/TurboImageCoder.h"
 #include "adapters/linux/XdgAutostart.h"
 #include "adapters/linux/XdgFolders.h"
+#include "adapters/linux/XdgUrlOpener.h"
 #include "adapters/x11/X11Access.h"
 #include "adapters/x11/X11ApplicationActivator.h"
 #include "adapters/x11/X11Compositor.h"
@@ -29,17 +30,15 @@
 #include "clipboard/ClipboardSearchView.h"
 #include "clipboard/ContentView.h"
 #include "look/Look.h"
-#include "ports/Alerts.h"
-#include "ports/ToastWindow.h"
-#include "ports/UrlOpener.h"
+#include "look/ModalAlerts.h"
 #include "shell/AppDelegate.h"
 #include "shell/FeatureFlags.h"
+#include "shell/OnboardingView.h"
+#include "shell/QtToastWindows.h"
 #include "shell/ShellTools.h"
+#include "utilities/EmojiPickerView.h"
 
 #include <QApplication>
-#include <QKeyEvent>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QToolTip>
 
 #include <csignal>
@@ -84,58 +83,8 @@ private:
     std::function<void()> m_onChange;
 };
 
-class NoAlerts final : public Alerts {
-public:
-    bool runModal(const Alert &) override { return false; }
-    std::optional<QString> runModalForText(const Alert &, int, int) override { return std::nullopt; }
-};
-
-class NoUrlOpener final : public UrlOpener {
-public:
-    void openUrl(const QUrl &) override {}
-};
-
-class NoToastWindows final : public ToastWindows {
-public:
-    [[nodiscard]] std::unique_ptr<ToastWindow> makeToastWindow(const ToastDescription &) override {
-        return std::make_unique<None>();
-    }
-
-private:
-    class None final : public ToastWindow {
-        [[nodiscard]] QPointF frameOrigin() const override { return {}; }
-        void setFrameOrigin(QPointF) override {}
-        void setAlpha(double) override {}
-        void orderFront() override {}
-        void animate(double, QPointF, Seconds) override {}
-    };
-};
-
-/// One line; Escape goes.
-class PlainLine : public QLineEdit {
-public:
-    std::function<void()> onEscape;
-
-protected:
-    void keyPressEvent(QKeyEvent *event) override {
-        if (event->key() == Qt::Key_Escape && onEscape)
-            onEscape();
-        else
-            QLineEdit::keyPressEvent(event);
-    }
-};
-
-QWidget *emojiView(const ShellTools::Views::Dismiss &dismiss, const ShellTools::Views::Insert &insert) {
-    auto *line = new PlainLine;
-    line->onEscape = dismiss;
-    QObject::connect(line, &QLineEdit::returnPressed, line, [insert, line] { insert(line->text()); });
-    return line;
-}
-
-QWidget *welcomeView(const std::function<void()> &onClose) {
-    auto *button = new QPushButton(QStringLiteral("Done, Let's Go"));
-    QObject::connect(button, &QPushButton::clicked, button, onClose);
-    return button;
+QString emojiTablePath() {
+    return QApplication::applicationDirPath() + QStringLiteral("/../share/tavrine/emoji_data.json");
 }
 
 /// What only panels and toasts need: made with the first of them, which leaves a launch its speed.
@@ -149,7 +98,7 @@ struct PanelAdapters {
     X11EventPoster poster;
     X11Screens screens;
     X11Compositor compositor;
-    NoToastWindows toastWindows;
+    QtToastWindows toastWindows{windows};
 };
 
 } // namespace
@@ -203,8 +152,9 @@ int main(int argc, char **argv) {
     X11HotKeys hotKeys;
     X11EventMonitors monitors;
     X11Access access;
-    NoAlerts alerts;
-    NoUrlOpener urlOpener;
+    look::ModalAlerts alerts;
+    XdgUrlOpener urlOpener;
+    std::optional<EmojiPickerStore> emojis;
     std::optional<PanelAdapters> panels;
     const auto desktop = [&] {
         panels.emplace(pasteboard, look);
@@ -227,8 +177,15 @@ int main(int argc, char **argv) {
     views.search = [&](const auto &dismiss, const auto &paste) {
         return new ClipboardSearchView({clipboardManager, alerts, center, time}, dismiss, paste);
     };
-    views.emoji = [&](const auto &dismiss, const auto &insert) { return emojiView(dismiss, insert); };
-    views.welcome = [&](const auto &onClose) { return welcomeView(onClose); };
+    views.emoji = [&](const auto &dismiss, const auto &insert) {
+        if (!emojis)
+            emojis.emplace(defaults, emojiTablePath());
+        return new EmojiPickerView({*emojis, center, time}, dismiss,
+                                   [insert](const EmojiItem &item) { insert(item.emoji); });
+    };
+    views.welcome = [&](const auto &onClose) {
+        return OnboardingView::makeWindow({defaults, access, time, urlOpener}, onClose).release();
+    };
     ShellTools tools({time, defaults, ourselves, hotKeys, monitors, access, alerts, urlOpener, desktop}, views);
     AppDelegate appDelegate({time, defaults, center, workspace, statusItem, ourselves, updater, clipboardManager, flags,
                              experienceSettings, tools});

@@ -1,0 +1,246 @@
+#include "shell/OnboardingPagesView.h"
+
+#include "look/Button.h"
+#include "look/Indicators.h"
+#include "look/Look.h"
+#include "look/Metrics.h"
+#include "look/Paint.h"
+#include "look/Symbols.h"
+
+#include <QGridLayout>
+#include <QPainter>
+#include <QRadialGradient>
+#include <QVBoxLayout>
+
+namespace tavrine::onboardingPages {
+namespace {
+
+using namespace look;
+
+constexpr int sideMargin = 44;
+
+QString text(const char *utf8) {
+    return QString::fromUtf8(utf8);
+}
+
+QColor faint(QColor colour, int alpha) {
+    colour.setAlpha(alpha);
+    return colour;
+}
+
+/// The first thing that a person sees: a symbol on a plate that glows in the accent.
+class Emblem final : public QWidget {
+public:
+    explicit Emblem(const QString &symbol) : m_symbol(symbol) { setFixedSize(220, 190); }
+
+protected:
+    void paintEvent(QPaintEvent *) override {
+        QPainter painter(this);
+        preparePainter(painter);
+        const QPointF middle = QRectF(rect()).center();
+        QRadialGradient glow(middle, width() / 2.0);
+        glow.setColorAt(0, faint(accent, 110));
+        glow.setColorAt(0.55, faint(accent, 30));
+        glow.setColorAt(1, faint(accent, 0));
+        painter.fillRect(rect(), glow);
+        const QRectF body(middle.x() - 50, middle.y() - 50, 100, 100);
+        QLinearGradient fill(body.topLeft(), body.bottomRight());
+        fill.setColorAt(0, QColor(0xFF, 0xB3, 0x40));
+        fill.setColorAt(1, QColor(0xF0, 0x74, 0x00));
+        painter.setBrush(fill);
+        painter.drawRoundedRect(body, 26, 26);
+        strokeHairline(painter, body, 26, QColor(255, 255, 255, 70));
+        paintSymbol(painter, body, m_symbol, 56, Qt::white);
+    }
+
+private:
+    QString m_symbol;
+};
+
+/// A symbol and the name of a feature.
+class FeatureGridCell final : public QWidget {
+public:
+    FeatureGridCell(const QString &name, const QString &icon) : m_name(name), m_icon(icon) {
+        setAccessibleName(name);
+        setFixedHeight(44);
+        setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override {
+        QPainter painter(this);
+        preparePainter(painter);
+        const Theme &theme = themeOf(this);
+        fillRounded(painter, rect(), radius::row, QColor(255, 255, 255, 13));
+        strokeHairline(painter, rect(), radius::row, QColor(255, 255, 255, 20));
+        const QRectF disc(6, (height() - 32) / 2.0, 32, 32);
+        paintSymbolPlate(painter, disc, m_icon, faint(accent, 40), accent);
+        paintLine(painter, QRectF(disc.right() + 10, 0, width() - disc.right() - 18, height()), m_name,
+                  TextRole::bodyStrong, theme.text);
+    }
+
+private:
+    QString m_name;
+    QString m_icon;
+};
+
+/// "checkmark" and "Granted".
+class GrantedMark final : public QWidget {
+public:
+    explicit GrantedMark(QWidget *parent) : QWidget(parent) {
+        setAccessibleName(text(OnboardingModel::grantedText));
+        setFixedSize(int(lineWidth(text(OnboardingModel::grantedText), TextRole::bodyStrong)) + 26, 28);
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override {
+        QPainter painter(this);
+        preparePainter(painter);
+        const Theme &theme = themeOf(this);
+        paintSymbol(painter, QRectF(0, 0, 16, height()), text(OnboardingModel::grantedSymbol), 16, theme.successText);
+        paintLine(painter, QRectF(22, 0, width() - 22, height()), text(OnboardingModel::grantedText),
+                  TextRole::bodyStrong, theme.successText);
+    }
+};
+
+/// What is asked for and why, with "Allow" or "Granted" at the end.
+class PermissionRow final : public QWidget {
+public:
+    PermissionRow(const OnboardingModel::PermissionRow &row, PermissionChecker &checker)
+        : m_row(row), m_checker(checker),
+          m_allow(new Button(text(OnboardingModel::allowButton), ButtonStyle::prominent, this)),
+          m_granted(new GrantedMark(this)) {
+        setFixedHeight(76);
+        m_allow->setAccessibleName(text(OnboardingModel::allowButton) + QLatin1Char(' ') + text(row.name));
+        m_allow->setAccessibleDescription(text(row.description));
+        connect(m_allow, &QAbstractButton::clicked, this, [this] { (m_checker.*m_row.onGrant)(); });
+        connect(&checker, &PermissionChecker::accessibilityGrantedChanged, this, &PermissionRow::refresh);
+        connect(&checker, &PermissionChecker::screenRecordingGrantedChanged, this, &PermissionRow::refresh);
+        refresh();
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override {
+        QPainter painter(this);
+        preparePainter(painter);
+        const Theme &theme = themeOf(this);
+        fillRounded(painter, rect(), radius::card, QColor(255, 255, 255, 13));
+        strokeHairline(painter, rect(), radius::card, QColor(255, 255, 255, 20));
+        const QRectF symbol(16, (height() - 40) / 2.0, 40, 40);
+        paintSymbolPlate(painter, symbol, text(m_row.icon), faint(accent, 40), accent);
+        const qreal left = symbol.right() + 14;
+        const qreal wide = width() - left - 120;
+        paintLine(painter, QRectF(left, height() / 2.0 - 22, wide, 22), text(m_row.name), TextRole::heading,
+                  theme.text);
+        paintLine(painter, QRectF(left, height() / 2.0 + 1, wide, 18), text(m_row.description), TextRole::callout,
+                  theme.secondaryText);
+    }
+    void resizeEvent(QResizeEvent *event) override {
+        QWidget::resizeEvent(event);
+        for (QWidget *widget : {static_cast<QWidget *>(m_allow), static_cast<QWidget *>(m_granted)}) {
+            const QSize size = widget == m_allow ? m_allow->sizeHint().expandedTo({76, 0}) : m_granted->size();
+            widget->setGeometry(QRect(QPoint(width() - 16 - size.width(), (height() - size.height()) / 2), size));
+        }
+    }
+
+private:
+    void refresh() {
+        const bool isGranted = (m_checker.*m_row.isGranted)();
+        m_allow->setVisible(!isGranted);
+        m_granted->setVisible(isGranted);
+    }
+
+    OnboardingModel::PermissionRow m_row;
+    PermissionChecker &m_checker;
+    Button *m_allow;
+    GrantedMark *m_granted;
+};
+
+Label *centred(const char *words, TextRole role, Label::Tone tone) {
+    auto *label = new Label(text(words), role, tone);
+    label->setAlignment(Qt::AlignHCenter);
+    label->setAccessibleName(text(words));
+    return label;
+}
+
+// The button that leads on stands at the same place on every page, so that a hand may rest on it.
+Button *addForward(QVBoxLayout *column, OnboardingModel::Page page) {
+    auto *forward = new Button(text(OnboardingModel::pages.at(size_t(page)).button), ButtonStyle::prominent);
+    forward->setButtonSize(ButtonSize::large);
+    forward->setMinimumWidth(200);
+    column->addWidget(forward, 0, Qt::AlignHCenter);
+    return forward;
+}
+
+QVBoxLayout *makeColumn(QWidget *page) {
+    auto *column = new QVBoxLayout(page);
+    column->setContentsMargins(sideMargin, 30, sideMargin, 4);
+    column->setSpacing(0);
+    return column;
+}
+
+} // namespace
+
+look::Theme theme() {
+    Theme theme = darkTheme(accent);
+    theme.surface = ground;
+    theme.accent = accent;
+    theme.onAccent = QColor(0x1A, 0x10, 0x00);
+    return theme;
+}
+
+Page makeWelcomeScreen(QWidget *parent) {
+    const auto &texts = OnboardingModel::pages[size_t(OnboardingModel::Page::welcome)];
+    auto *page = new QWidget(parent);
+    QVBoxLayout *column = makeColumn(page);
+    column->addStretch(3);
+    column->addWidget(new Emblem(text(OnboardingModel::welcomeSymbol)), 0, Qt::AlignHCenter);
+    column->addSpacing(space::medium);
+    column->addWidget(centred(texts.title, TextRole::hero, Label::Tone::primary));
+    column->addSpacing(space::small);
+    column->addWidget(centred(texts.subtitle, TextRole::heading, Label::Tone::secondary));
+    column->addStretch(4);
+    return {page, addForward(column, OnboardingModel::Page::welcome)};
+}
+
+Page makeFeaturesScreen(QWidget *parent, std::function<void()> explore) {
+    const auto &texts = OnboardingModel::pages[size_t(OnboardingModel::Page::features)];
+    auto *page = new QWidget(parent);
+    QVBoxLayout *column = makeColumn(page);
+    column->addWidget(centred(texts.title, TextRole::title, Label::Tone::primary));
+    column->addSpacing(space::large);
+    auto *grid = new QGridLayout;
+    grid->setHorizontalSpacing(space::medium);
+    grid->setVerticalSpacing(7);
+    int index = 0;
+    for (const auto &feature : OnboardingModel::features) {
+        grid->addWidget(new FeatureGridCell(text(feature.name), text(feature.symbol)), index / 2, index % 2);
+        ++index;
+    }
+    auto *link = new Button(text(OnboardingModel::featuresLink), ButtonStyle::link);
+    link->setSymbol(QStringLiteral("arrow.up.right"));
+    QObject::connect(link, &QAbstractButton::clicked, page, std::move(explore));
+    grid->addWidget(link, index / 2, index % 2, Qt::AlignCenter);
+    column->addLayout(grid);
+    column->addStretch();
+    return {page, addForward(column, OnboardingModel::Page::features)};
+}
+
+Page makePermissionsScreen(QWidget *parent, PermissionChecker &checker) {
+    const auto &texts = OnboardingModel::pages[size_t(OnboardingModel::Page::permissions)];
+    auto *page = new QWidget(parent);
+    QVBoxLayout *column = makeColumn(page);
+    column->addStretch(2);
+    column->addWidget(centred(texts.title, TextRole::title, Label::Tone::primary));
+    column->addSpacing(space::small);
+    column->addWidget(centred(texts.subtitle, TextRole::body, Label::Tone::secondary));
+    column->addSpacing(space::huge);
+    for (const auto &row : OnboardingModel::permissionRows) {
+        column->addWidget(new PermissionRow(row, checker));
+        column->addSpacing(space::medium);
+    }
+    column->addStretch(3);
+    return {page, addForward(column, OnboardingModel::Page::permissions)};
+}
+
+} // namespace tavrine::onboardingPages
