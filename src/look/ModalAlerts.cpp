@@ -13,6 +13,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QScreen>
 #include <QVBoxLayout>
 
@@ -38,6 +39,15 @@ protected:
             paintFocusRing(painter, QRectF(rect()).adjusted(3, 3, -3, -3), radius::control - 3, theme);
     }
 };
+
+/// Asks, and gives the keyboard back to the window that had it. True for the first button.
+bool ask(AlertWindow &window) {
+    const QPointer<QWidget> before = QApplication::activeWindow();
+    const bool isFirst = window.exec() == QDialog::Accepted;
+    if (before && before->isVisible())
+        before->activateWindow();
+    return isFirst;
+}
 
 } // namespace
 
@@ -131,18 +141,20 @@ void AlertWindow::showEvent(QShowEvent *event) {
     place.moveCenter(around.center());
     move(place.topLeft());
     QDialog::showEvent(event);
+    raise();
+    activateWindow(); // without a window manager nobody else gives it the keyboard
     if (m_text)
         m_text->setFocus(Qt::OtherFocusReason);
 }
 
 bool ModalAlerts::runModal(const Alert &alert) {
     AlertWindow window(alert, {});
-    return window.exec() == QDialog::Accepted;
+    return ask(window);
 }
 
 std::optional<QString> ModalAlerts::runModalForText(const Alert &alert, int width, int height) {
     AlertWindow window(alert, {width, height});
-    if (window.exec() != QDialog::Accepted)
+    if (!ask(window))
         return std::nullopt;
     return window.textEdit()->toPlainText();
 }

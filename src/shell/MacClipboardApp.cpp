@@ -1,4 +1,5 @@
 #include "adapters/linux/DBusSingleInstance.h"
+#include "adapters/linux/DesktopUrlOpener.h"
 #include "adapters/linux/NoFeedUpdater.h"
 #include "adapters/linux/NoMovieAsset.h"
 #include "adapters/linux/PortalAppearance.h"
@@ -36,6 +37,10 @@
 #include "shell/OnboardingView.h"
 #include "shell/QtToastWindows.h"
 #include "shell/ShellTools.h"
+<<<<<<< HEAD
+=======
+#include "utilities/EmojiPickerStore.h"
+>>>>>>> main
 #include "utilities/EmojiPickerView.h"
 
 #include <QApplication>
@@ -49,6 +54,9 @@
 using namespace tavrine;
 
 namespace {
+
+/// From the program's own folder, wherever it is installed.
+constexpr auto emojiTablePath = "/../share/tavrine/emoji_data.json";
 
 std::vector<std::unique_ptr<TrayIcon>> trayIcons() {
     std::vector<std::unique_ptr<TrayIcon>> icons;
@@ -83,10 +91,13 @@ private:
     std::function<void()> m_onChange;
 };
 
+<<<<<<< HEAD
 QString emojiTablePath() {
     return QApplication::applicationDirPath() + QStringLiteral("/../share/tavrine/emoji_data.json");
 }
 
+=======
+>>>>>>> main
 /// What only panels and toasts need: made with the first of them, which leaves a launch its speed.
 struct PanelAdapters {
     PanelAdapters(const Pasteboard &pasteboard, look::Look &look)
@@ -153,9 +164,14 @@ int main(int argc, char **argv) {
     X11EventMonitors monitors;
     X11Access access;
     look::ModalAlerts alerts;
+<<<<<<< HEAD
     XdgUrlOpener urlOpener;
     std::optional<EmojiPickerStore> emojis;
+=======
+    DesktopUrlOpener urlOpener;
+>>>>>>> main
     std::optional<PanelAdapters> panels;
+    std::optional<EmojiPickerStore> emojiStore; // with its table, from the first opening on
     const auto desktop = [&] {
         panels.emplace(pasteboard, look);
         return ShellTools::Desktop{.panels = {.windows = panels->windows,
@@ -178,9 +194,15 @@ int main(int argc, char **argv) {
         return new ClipboardSearchView({clipboardManager, alerts, center, time}, dismiss, paste);
     };
     views.emoji = [&](const auto &dismiss, const auto &insert) {
+<<<<<<< HEAD
         if (!emojis)
             emojis.emplace(defaults, emojiTablePath());
         return new EmojiPickerView({*emojis, center, time}, dismiss,
+=======
+        if (!emojiStore)
+            emojiStore.emplace(defaults, QApplication::applicationDirPath() + QLatin1String(emojiTablePath));
+        return new EmojiPickerView({*emojiStore, center, time}, dismiss,
+>>>>>>> main
                                    [insert](const EmojiItem &item) { insert(item.emoji); });
     };
     views.welcome = [&](const auto &onClose) {

@@ -17,7 +17,7 @@ namespace {
 
 using namespace look;
 
-constexpr int sideMargin = 44;
+constexpr int sideMargin = 36;
 
 QString text(const char *utf8) {
     return QString::fromUtf8(utf8);
@@ -31,7 +31,7 @@ QColor faint(QColor colour, int alpha) {
 /// The first thing that a person sees: a symbol on a plate that glows in the accent.
 class Emblem final : public QWidget {
 public:
-    explicit Emblem(const QString &symbol) : m_symbol(symbol) { setFixedSize(220, 190); }
+    explicit Emblem(const QString &symbol) : m_symbol(symbol) { setFixedSize(220, 220); }
 
 protected:
     void paintEvent(QPaintEvent *) override {
@@ -129,7 +129,7 @@ protected:
         const QRectF symbol(16, (height() - 40) / 2.0, 40, 40);
         paintSymbolPlate(painter, symbol, text(m_row.icon), faint(accent, 40), accent);
         const qreal left = symbol.right() + 14;
-        const qreal wide = width() - left - 120;
+        const qreal wide = width() - left - 104;
         paintLine(painter, QRectF(left, height() / 2.0 - 22, wide, 22), text(m_row.name), TextRole::heading,
                   theme.text);
         paintLine(painter, QRectF(left, height() / 2.0 + 1, wide, 18), text(m_row.description), TextRole::callout,

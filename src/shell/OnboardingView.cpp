@@ -24,6 +24,15 @@ const look::Spring dotSpring = look::Spring::responding(0.35, 0.7);
 constexpr Seconds turnLength{0.35};
 constexpr double turnWay = 0.35; // of the width: the pages part while they fade
 
+// The page alone: the ground stays where it is while pages change places.
+QPixmap pictureOf(QWidget &page) {
+    QPixmap picture(page.size() * page.devicePixelRatioF());
+    picture.setDevicePixelRatio(page.devicePixelRatioF());
+    picture.fill(Qt::transparent);
+    page.render(&picture, {}, {}, QWidget::DrawChildren);
+    return picture;
+}
+
 /// The pictures of the page that leaves and the page that comes.
 class TurningPages final : public QWidget {
 public:
@@ -104,12 +113,14 @@ void OnboardingView::showPage() {
             leaving = page;
     }
     const auto index = size_t(m_model.currentPage());
-    const QPixmap from = leaving && isVisible() ? leaving->grab() : QPixmap();
+    const QPixmap from = leaving && isVisible() ? pictureOf(*leaving) : QPixmap();
     // Who goes by the keyboard goes on by it.
-    const bool hadKeyboard = leaving && leaving->isAncestorOf(focusWidget());
+    const auto *focused = qobject_cast<look::Control *>(focusWidget());
+    const bool hadKeyboard = leaving && focused && leaving->isAncestorOf(focused);
+    const bool showsFocus = hadKeyboard && focused->showsFocus();
     m_pages[index]->show();
     if (hadKeyboard)
-        m_forward[index]->setFocus(Qt::TabFocusReason);
+        m_forward[index]->setFocus(showsFocus ? Qt::TabFocusReason : Qt::OtherFocusReason);
     if (leaving)
         leaving->hide();
     if (!from.isNull())
@@ -120,8 +131,8 @@ void OnboardingView::showPage() {
 void OnboardingView::turnPages(const QPixmap &from) {
     m_turn.stop();
     delete m_turning;
-    auto *turning =
-        new TurningPages(from, m_pages[size_t(m_model.currentPage())]->grab(), m_model.goingForward() ? 1 : -1, this);
+    auto *turning = new TurningPages(from, pictureOf(*m_pages[size_t(m_model.currentPage())]),
+                                     m_model.goingForward() ? 1 : -1, this);
     m_turning = turning;
     turning->setGeometry(pageRect());
     turning->QWidget::show();

@@ -4,6 +4,8 @@
 #include "ports/PanelWindow.h"
 #include "shell/ToastView.h"
 
+#include <algorithm>
+
 namespace tavrine {
 namespace {
 

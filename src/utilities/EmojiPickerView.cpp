@@ -20,7 +20,7 @@
 namespace tavrine {
 namespace {
 
-constexpr int glyphSide = 32;
+constexpr int glyphSide = 38;
 constexpr int cellHeight = 54;
 constexpr int headerHeight = 32;
 constexpr int sidePadding = look::space::large;

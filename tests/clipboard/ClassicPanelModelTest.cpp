@@ -261,7 +261,8 @@ TEST(ClassicPanelRowTest, readsAsItsItem) {
     for (const char *name : {"a.mp4", "a.mov"}) {
         item.imageFileName = str(name);
         EXPECT_EQ(ClassicPanelModel::row(item),
-                  (ClassicPanelRow{str("Screen Recording"), str("video"), true, {}, str("Add to My Saved"), str("Pin snippet")}));
+                  (ClassicPanelRow{
+                      str("Screen Recording"), str("video"), true, {}, str("Add to My Saved"), str("Pin snippet")}));
     }
 }
 

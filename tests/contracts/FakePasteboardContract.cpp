@@ -28,8 +28,10 @@ private:
 };
 
 INSTANTIATE_TEST_SUITE_P(fake, PasteboardContract,
-                         testing::Values(PasteboardWorldMaker([] { return std::make_unique<FakeWorld>(); })),
-                         [](const auto &) { return std::string("fake"); });
+                         testing::Values(PasteboardWorldMaker{
+                             "fake",
+                             []() -> std::unique_ptr<PasteboardWorld> { return std::make_unique<FakeWorld>(); }}),
+                         [](const auto &made) { return std::string(made.param.name); });
 
 TEST(FakePasteboard, readsAreCounted) {
     FakePasteboard pasteboard;

@@ -5,8 +5,8 @@
 #include <QDir>
 #include <QTemporaryDir>
 
-#include <functional>
 #include <memory>
+#include <ostream>
 
 #include <gtest/gtest.h>
 
@@ -38,7 +38,13 @@ public:
     virtual void settle() = 0;
 };
 
-using PasteboardWorldMaker = std::function<std::unique_ptr<PasteboardWorld>()>;
+struct PasteboardWorldMaker {
+    const char *name;
+    std::unique_ptr<PasteboardWorld> (*make)();
+};
+inline void PrintTo(const PasteboardWorldMaker &maker, std::ostream *stream) {
+    *stream << maker.name;
+}
 
 /// The promises of `Pasteboard`, by their numbers.
 class PasteboardContract : public testing::TestWithParam<PasteboardWorldMaker> {
@@ -58,7 +64,7 @@ protected:
     }
 
 private:
-    std::unique_ptr<PasteboardWorld> m_world = GetParam()();
+    std::unique_ptr<PasteboardWorld> m_world = GetParam().make();
 };
 
 TEST_P(PasteboardContract, anEmptyClipboardHasNoTypesNoTextAndNoImage) {

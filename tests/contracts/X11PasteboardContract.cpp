@@ -66,8 +66,9 @@ private:
 };
 
 INSTANTIATE_TEST_SUITE_P(x11, PasteboardContract,
-                         testing::Values(PasteboardWorldMaker([] { return std::make_unique<X11World>(); })),
-                         [](const auto &) { return std::string("x11"); });
+                         testing::Values(PasteboardWorldMaker{
+                             "x11", []() -> std::unique_ptr<PasteboardWorld> { return std::make_unique<X11World>(); }}),
+                         [](const auto &made) { return std::string(made.param.name); });
 
 } // namespace
 } // namespace tavrine

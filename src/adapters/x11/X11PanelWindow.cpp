@@ -3,17 +3,23 @@
 #include "adapters/x11/X11Screens.h"
 
 #include <QApplication>
+#include <QHash>
 #include <QMouseEvent>
 #include <QPointer>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <QWidget>
 #include <QWindow>
+
+#include <algorithm>
 
 #include <xcb/shape.h>
 
 namespace tavrine {
 namespace {
 
+constexpr std::chrono::milliseconds activationCheck{150}; // a window manager at work needs 5 to 50
+constexpr int activationChecks = 3;
 constexpr quint32 allDesktops = 0xFFFFFFFF;
 
 // Requests about a window of Qt's go over Qt's connection, so that they keep their order with Qt's own.
@@ -23,9 +29,12 @@ xcb_connection_t *qtConnection() {
 }
 
 xcb_atom_t atom(xcb_connection_t *connection, const char *name) {
+    static QHash<QByteArray, xcb_atom_t> known; // Qt has one connection for the life of the process
+    if (const auto found = known.constFind(name); found != known.cend())
+        return *found;
     const XcbReply<xcb_intern_atom_reply_t> answer{xcb_intern_atom_reply(
         connection, xcb_intern_atom(connection, 0, static_cast<quint16>(qstrlen(name)), name), nullptr)};
-    return answer ? answer->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+    return known[name] = answer ? answer->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
 }
 
 void setAtoms(xcb_connection_t *connection, xcb_window_t window, const char *property,
@@ -35,6 +44,39 @@ void setAtoms(xcb_connection_t *connection, xcb_window_t window, const char *pro
         atoms.push_back(atom(connection, name));
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atom(connection, property), XCB_ATOM_ATOM, 32,
                         static_cast<quint32>(atoms.size()), atoms.data());
+}
+
+void sendToRoot(xcb_connection_t *connection, xcb_window_t window, const char *message,
+                std::initializer_list<quint32> data) {
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = window;
+    event.type = atom(connection, message);
+    std::copy(data.begin(), data.end(), event.data.data32);
+    xcb_send_event(connection, 0, xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char *>(&event));
+}
+
+/// Says the states of a shown panel once more. A window manager clears them when a window goes, and may come to that
+/// only after a panel was described for its next showing.
+void repeatToWindowManager(QWindow &window, const PanelDescription &description) {
+    auto *connection = qtConnection();
+    if (!connection || !description.canBecomeKey)
+        return;
+    const auto id = static_cast<xcb_window_t>(window.winId());
+    constexpr quint32 add = 1;
+    constexpr quint32 ordinaryProgram = 1;
+    const auto addStates = [&](const char *first, const char *second) {
+        sendToRoot(connection, id, "_NET_WM_STATE",
+                   {add, atom(connection, first), second ? atom(connection, second) : 0, ordinaryProgram});
+    };
+    addStates("_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER");
+    if (description.level > windowLevel::normal)
+        addStates("_NET_WM_STATE_ABOVE", nullptr);
+    if (description.collectionBehavior & collectionBehavior::canJoinAllSpaces)
+        sendToRoot(connection, id, "_NET_WM_DESKTOP", {allDesktops, ordinaryProgram});
 }
 
 /// The widget of a panel: its content, and the drag by its background.
@@ -112,13 +154,17 @@ public:
         // counts as focused still, and would not be told when it is.
         if (QGuiApplication::focusWindow() == m_widget.windowHandle() && !m_widget.isActiveWindow())
             QApplication::setActiveWindow(&m_widget);
+        QTimer::singleShot(activationCheck, &m_widget, [this] { insistOnKeyboard(activationChecks); });
     }
 
     void orderFrontRegardless() override {
-        if (!m_widget.isVisible())
+        const bool isNew = !m_widget.isVisible();
+        if (isNew)
             describeToDesktop(*m_widget.windowHandle(), m_description, m_ignoresMouseEvents);
         m_widget.show();
         m_widget.raise();
+        if (isNew)
+            repeatToWindowManager(*m_widget.windowHandle(), m_description);
     }
 
     void orderOut() override {
@@ -148,6 +194,16 @@ public:
     void setOnMoved(std::function<void()> onMoved) override { m_widget.onMoved = std::move(onMoved); }
 
 private:
+    /// A request to be activated is lost when the keyboard changes hands between its time and the moment at which a
+    /// busy window manager comes to it. A panel that is shown and did not get the keyboard asks again.
+    void insistOnKeyboard(int checksLeft) {
+        const auto own = static_cast<xcb_window_t>(m_widget.winId());
+        if (checksLeft == 0 || !m_widget.isVisible() || m_activator.focusedWindow() == own)
+            return;
+        m_activator.activateWindow(own);
+        QTimer::singleShot(activationCheck, &m_widget, [this, checksLeft] { insistOnKeyboard(checksLeft - 1); });
+    }
+
     static void flush() {
         if (auto *connection = qtConnection())
             free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));

@@ -3,7 +3,22 @@
 #include "adapters/x11/PasteboardImage.h"
 #include "adapters/x11/SelectionThread.h"
 
+#include <malloc.h>
+
 namespace tavrine {
+namespace {
+
+/// After so much was held, memory is given back to the system. Below that the allocator keeps it to good purpose.
+constexpr qsizetype largeBytes = qsizetype{4} * 1024 * 1024;
+
+qsizetype bytesOf(const std::shared_ptr<const ForeignContents> &contents) {
+    qsizetype bytes = contents ? contents->text.size() : 0;
+    for (qsizetype i = 0; contents && i < contents->images.size(); ++i)
+        bytes += contents->images[i].size();
+    return bytes;
+}
+
+} // namespace
 
 X11Pasteboard::X11Pasteboard(const SelectionLimits &limits) : m_limits(limits) {
     pasteboardImage::allowPixels(m_limits.imagePixels);
@@ -106,7 +121,12 @@ void X11Pasteboard::receive(const Publication &publication) {
     if (publication.ownSerial != m_ownSerial)
         return; // an own write has replaced it meanwhile
     m_changeCount += publication.changes;
+    const auto *old = std::get_if<Foreign>(&m_contents);
+    const bool isLarge = old && bytesOf(*old) >= largeBytes;
     m_contents = publication.contents;
+    // What the reader took piece by piece lies scattered over its heap: of 40 MB, 10 MB would stay for good.
+    if (isLarge)
+        ::malloc_trim(0);
 }
 
 } // namespace tavrine

@@ -273,6 +273,30 @@ TEST_F(OwnWrites, ofACopyAndAWriteAtTheSameTimeTheWriteStandsInBothPlaces) {
     }
 }
 
+TEST_F(OwnWrites, whoeverWinsARaceForTheClipboardIsReadHereToo) {
+    TestOwner other;
+    for (int i = 0; i < 300; ++i) {
+        std::atomic<bool> isOver = false;
+        std::thread racer([&] {
+            for (int times = 0; times < 4; ++times)
+                other.ownText("theirs " + QByteArray::number(i));
+            isOver = true;
+        });
+        const QString text = QStringLiteral("mine %1").arg(i);
+        std::this_thread::sleep_for(std::chrono::microseconds(i % 25 * 40)); // so that either wins now and then
+        pasteboard().clearContents();
+        pasteboard().setString(text);
+        ASSERT_TRUE(waitUntil([&] { return isOver.load(); }));
+        racer.join();
+        ASSERT_TRUE(waitUntil([&] {
+            const QByteArray there = pasted("UTF8_STRING");
+            return there.endsWith(" " + QByteArray::number(i)) && pasteboard().string() == QString::fromLatin1(there);
+        })) << i
+            << ": here " << pasteboard().string().value_or(QStringLiteral("nothing")).toStdString() << ", there "
+            << pasted("UTF8_STRING").constData();
+    }
+}
+
 TEST_F(OwnWrites, onDestructionTheContentsAreHandedToAClipboardManager) {
     write(QString(1'000'000, QLatin1Char('m')));
     std::atomic<bool> isSaved = false;

@@ -4,10 +4,8 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QTemporaryDir>
 
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
 namespace tavrine {
 namespace {
@@ -15,7 +13,7 @@ namespace {
 using testing::Contains;
 using testing::Not;
 
-/// Reading what others copied, and keeping it when they end.
+/// Keeping what others copied when they end.
 class Persistence : public X11PasteboardFixture {
 protected:
     [[nodiscard]] bool hasType(const char *type) {
@@ -139,6 +137,7 @@ TEST_F(Persistence, aPersonsActionFromBeforeTheKeepingStillWins) {
     TestOwner next; // gets the server's time now, claims later
     const xcb_window_t before = requestor.owner();
     next.rememberTime();
+    static_cast<void>(changed(20)); // the server counts in milliseconds
     owner.end();
     ASSERT_TRUE(waitForOwnerOtherThan(before));
     next.ownAsOfRememberedTime({{"UTF8_STRING", {.bytes = "copied by a slow program"}}});
@@ -175,18 +174,16 @@ TEST_F(Persistence, ourOwnContentsClearedByAnotherProgramAreGone) {
 
 TEST_F(Persistence, aLivingOwnerIsNeverReplaced) {
     start();
-    for (int i = 0; i < 40; ++i) {
-        TestOwner first;
-        TestOwner second;
-        first.ownText("first");
-        ASSERT_TRUE(waitUntil([&] { return pasteboard().string() == QStringLiteral("first"); }));
-        // One ends and the other claims: in the same moment as far as anyone can tell.
-        std::thread ender([&] { first.end(); });
-        second.ownText("second");
-        ender.join();
-        ASSERT_TRUE(waitUntil([&] { return pasteboard().string() == QStringLiteral("second"); }));
-        EXPECT_EQ(pasted("UTF8_STRING"), "second");
-        EXPECT_TRUE(second.isOwner());
+    TestOwner owner;
+    owner.ownText("first");
+    ASSERT_TRUE(changed());
+    // The hardest case: the new claim is as old as the contents that are to be kept, and comes in the same moment.
+    for (int i = 0; i < 300; ++i) {
+        const QByteArray text = QByteArray::number(i);
+        owner.moveToAnotherWindow(std::chrono::microseconds(i % 100 * 4), {{"UTF8_STRING", {.bytes = text}}});
+        ASSERT_TRUE(waitUntil([&] { return pasteboard().string() == QString::fromLatin1(text); })) << i;
+        ASSERT_TRUE(owner.isOwner()) << i;
+        ASSERT_EQ(pasted("UTF8_STRING"), text) << i;
     }
 }
 
@@ -307,99 +304,6 @@ TEST_F(Persistence, twoKeepersDoNotFightForEver) {
     EXPECT_EQ(pasted("UTF8_STRING"), "text");
     const xcb_window_t keeper = requestor.owner();
     EXPECT_FALSE(waitUntil([&] { return requestor.owner() != keeper; }, 400));
-}
-
-TEST_F(Persistence, imagesWithoutLossComeBeforeJpeg) {
-    start();
-    QByteArray jpeg;
-    QBuffer buffer(&jpeg);
-    buffer.open(QIODevice::WriteOnly);
-    coloured(30, 30).save(&buffer, "jpeg");
-    TestOwner owner;
-    owner.own({{"image/jpeg", {.bytes = jpeg}}, {"image/png", {.bytes = pngOf(coloured(20, 20))}}});
-    ASSERT_TRUE(changed());
-    EXPECT_EQ(pasteboard().image()->size(), QSize(20, 20));
-    owner.own({{"image/jpeg", {.bytes = jpeg}}});
-    ASSERT_TRUE(changed());
-    EXPECT_EQ(pasteboard().image()->size(), QSize(30, 30));
-}
-
-TEST_F(Persistence, everyImageFormatIsRead) {
-    start();
-    for (const auto &[target, format] :
-         std::initializer_list<std::pair<const char *, const char *>>{{"image/png", "png"},
-                                                                      {"image/tiff", "tiff"},
-                                                                      {"image/bmp", "bmp"},
-                                                                      {"image/x-bmp", "bmp"},
-                                                                      {"image/x-MS-bmp", "bmp"},
-                                                                      {"image/webp", "webp"},
-                                                                      {"image/jpeg", "jpeg"}}) {
-        QByteArray bytes;
-        QBuffer buffer(&bytes);
-        buffer.open(QIODevice::WriteOnly);
-        ASSERT_TRUE(coloured(9, 8).save(&buffer, format)) << format;
-        TestOwner owner;
-        owner.own({{target, {.bytes = bytes}}});
-        ASSERT_TRUE(changed()) << target;
-        ASSERT_TRUE(pasteboard().image()) << target;
-        EXPECT_EQ(pasteboard().image()->size(), QSize(9, 8)) << target;
-    }
-}
-
-TEST_F(Persistence, aPictureInACopiedFileIsTheImageAndItsPathTheText) {
-    start();
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("ein Bild.png"));
-    ASSERT_TRUE(coloured(12, 11).save(path));
-    const QByteArray uri = QUrl::fromLocalFile(path).toEncoded();
-    for (const TestOwner::Contents &contents :
-         {TestOwner::Contents{{"text/uri-list", {.bytes = "file:///nowhere.png\r\n" + uri + "\r\n"}}},
-          TestOwner::Contents{{"x-special/gnome-copied-files", {.bytes = "copy\n" + uri}}}}) {
-        TestOwner owner;
-        owner.own(contents);
-        ASSERT_TRUE(changed());
-        EXPECT_EQ(pasteboard().types(), QStringList(QLatin1String(pasteboardType::fileUrl)));
-        ASSERT_TRUE(pasteboard().image());
-        EXPECT_EQ(pasteboard().image()->size(), QSize(12, 11));
-    }
-}
-
-TEST_F(Persistence, copiedPipesFoldersAndTextsAreNoImages) {
-    start();
-    const QTemporaryDir folder;
-    const QString pipe = folder.filePath(QStringLiteral("pipe"));
-    ASSERT_EQ(::mkfifo(pipe.toLocal8Bit().constData(), 0600), 0);
-    TestOwner owner;
-    owner.own(
-        {{"text/uri-list",
-          {.bytes = QUrl::fromLocalFile(pipe).toEncoded() + "\r\n" + QUrl::fromLocalFile(folder.path()).toEncoded() +
-                    "\r\nfile:///dev/zero\r\nfile:///etc/passwd"}},
-         {"UTF8_STRING", {.bytes = "paths"}}});
-    ASSERT_TRUE(changed(2000));
-    EXPECT_FALSE(pasteboard().image());
-    EXPECT_EQ(pasteboard().string(), QStringLiteral("paths"));
-}
-
-TEST_F(Persistence, legacyTextIsReadByItsEncoding) {
-    start();
-    TestOwner owner;
-    owner.own({{"STRING",
-                {.bytes = "Gr\xFC\xDF"
-                          "e"}}});
-    ASSERT_TRUE(changed());
-    EXPECT_EQ(pasteboard().string(), QStringLiteral("Grüße"));
-    owner.own({{"TEXT",
-                {.bytes = "Gr\xC3\xBC\xC3\x9F"
-                          "e",
-                 .type = "UTF8_STRING"}}});
-    ASSERT_TRUE(changed());
-    EXPECT_EQ(pasteboard().string(), QStringLiteral("Grüße"));
-    owner.own({{"STRING", {.bytes = "l"}}, {"text/plain;charset=UTF-8", {.bytes = "u"}}});
-    ASSERT_TRUE(changed());
-    EXPECT_EQ(pasteboard().string(), QStringLiteral("u"));
-    owner.own({{"COMPOUND_TEXT", {.bytes = "c"}}});
-    ASSERT_TRUE(changed());
-    EXPECT_EQ(pasteboard().string(), std::nullopt);
 }
 
 TEST_F(Persistence, atRestNothingWakesUp) {

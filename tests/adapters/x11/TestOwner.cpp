@@ -43,6 +43,17 @@ void TestOwner::ownAsOfRememberedTime(Contents contents) {
     ownAt(m_remembered, std::move(contents), std::move(targets));
 }
 
+void TestOwner::moveToAnotherWindow(std::chrono::microseconds after, Contents contents) {
+    Answer targets = listOf(contents);
+    runOnThread([&] {
+        xcb_destroy_window(m_connection, m_window);
+        createWindow();
+        xcb_flush(m_connection);
+        std::this_thread::sleep_for(after);
+    });
+    ownAt(m_remembered, std::move(contents), std::move(targets));
+}
+
 Answer TestOwner::listOf(const Contents &contents) {
     QByteArray list;
     runOnThread([&] {

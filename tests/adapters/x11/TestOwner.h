@@ -4,6 +4,7 @@
 #include <QList>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <future>
 #include <map>
@@ -53,6 +54,8 @@ public:
     /// Two steps of a slow program: a person acts, and the claim follows later, as of that moment.
     void rememberTime();
     void ownAsOfRememberedTime(Contents contents);
+    /// Destroys the window that owns, and claims for another one after a moment, as of the very same time.
+    void moveToAnotherWindow(std::chrono::microseconds after, Contents contents);
     /// Claims and gives up `count` times in a row; nobody owns the selection afterwards.
     void ownAndEndRepeatedly(int count);
     /// Gives the selection up on purpose.

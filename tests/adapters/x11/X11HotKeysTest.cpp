@@ -44,7 +44,9 @@ protected:
             keyboard.tap(key::numLock);
     }
     void settle() {
-        (void)waitUntil([] { return false; }, 80ms);
+        // What was typed has arrived; a busy machine gives us few turns in which to read it.
+        for (int turn = 0; turn < 10; ++turn)
+            (void)waitUntil([] { return false; }, 6ms);
     }
     int pressesByXdotool() {
         presses = 0;

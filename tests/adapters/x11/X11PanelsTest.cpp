@@ -68,12 +68,25 @@ protected:
     void settle(std::chrono::milliseconds length = 150ms) {
         (void)waitUntil([] { return false; }, length);
     }
-    bool showSearchPanel() {
+    /// The window manager tells of it a moment after the keyboard has changed hands.
+    bool isInFront() {
+        const auto front = workspace.frontmostApplication();
+        return front && front->processIdentifier == QCoreApplication::applicationPid();
+    }
+    ::testing::AssertionResult showSearchPanel() {
         controller.toggleSearchPanel();
-        return waitUntil([this] {
+        const bool isShown = waitUntil([this] {
             return content && content->window()->isActiveWindow() && content->hasFocus() &&
-                   keyboard.focusedWindow() == content->window()->winId();
+                   keyboard.focusedWindow() == content->window()->winId() && isInFront();
         });
+        if (isShown)
+            return ::testing::AssertionSuccess();
+        const auto front = workspace.frontmostApplication();
+        return ::testing::AssertionFailure()
+               << "active " << content->window()->isActiveWindow() << ", focused " << content->hasFocus()
+               << ", visible " << content->window()->isVisible() << ", window " << content->window()->winId()
+               << ", keyboard in " << keyboard.focusedWindow() << ", in front "
+               << (front ? front->localizedName.toStdString() : "nothing");
     }
     /// The window of a foreign program has the keyboard. Without a window manager somebody must give it.
     bool giveKeyboardTo(ForeignWindow &window) {
@@ -180,11 +193,9 @@ TEST_F(X11PanelsTest, aPanelStandsWhereItWasPut) {
 }
 
 TEST_F(X11PanelsTest, aPanelIsInNoTaskBarOnAllDesktopsAndAbove) {
-    if (!isManaged)
-        return; // nobody reads it
     ASSERT_TRUE(showSearchPanel());
     settle();
-    for (int round = 0; round < 2; ++round) { // the window manager forgets it in between
+    for (int round = 0; round < 5; ++round) { // the window manager forgets it in between
         QProcess xprop;
         xprop.start(QStringLiteral("xprop"), {QStringLiteral("-id"), QString::number(content->window()->winId()),
                                               QStringLiteral("_NET_WM_STATE"), QStringLiteral("_NET_WM_DESKTOP"),
@@ -201,8 +212,6 @@ TEST_F(X11PanelsTest, aPanelIsInNoTaskBarOnAllDesktopsAndAbove) {
 }
 
 TEST_F(X11PanelsTest, aPanelIsAboveAFullScreenWindow) {
-    if (!isManaged)
-        return; // there is no full screen
     QProcess xterm;
     xterm.start(QStringLiteral("xterm"), {QStringLiteral("-fullscreen"), QStringLiteral("-e"), QStringLiteral("cat")});
     ASSERT_TRUE(waitUntil([&] {
@@ -287,19 +296,17 @@ TEST_F(X11PanelsTest, thePasteGoesToTheProgramThatWasLeftLast) {
     EXPECT_EQ(first.text(), QString());
 }
 
-TEST_F(X11PanelsTest, aTargetThatEndedIsNotWaitedFor) {
+TEST_F(X11PanelsTest, withoutATargetThePasteGoesToWhateverHasTheKeyboardThen) {
+    ForeignWindow left(QStringLiteral(TAVRINE_GTK_ENTRY));
+    ASSERT_TRUE(giveKeyboardTo(left));
     {
-        ForeignWindow window(QStringLiteral(TAVRINE_GTK_ENTRY));
-        ASSERT_TRUE(giveKeyboardTo(window));
+        ForeignWindow target(QStringLiteral(TAVRINE_GTK_ENTRY));
+        ASSERT_TRUE(giveKeyboardTo(target));
         ASSERT_TRUE(showSearchPanel());
     }
-    const RunningApplication gone{QStringLiteral("gone"), {}, 0x7fffff00, 0};
-    EXPECT_FALSE(activator.isRunning(gone));
-    EXPECT_FALSE(activator.activate(gone));
-    text = QStringLiteral("for nobody");
+    text = QStringLiteral("for the next in line");
     keyboard.tap(key::returnKey);
-    EXPECT_TRUE(waitUntil([&] { return !controller.searchPanel()->isVisible(); }));
-    settle(300ms);
+    EXPECT_TRUE(left.waitForText(text));
 }
 
 TEST_F(X11PanelsTest, theScreenAndThePointerAreToldFromTheBottomLeft) {

@@ -1,0 +1,109 @@
+#include "shell/OnboardingView.h"
+
+#include "adapters/fake/FakeAccess.h"
+#include "adapters/fake/FakeUrlOpener.h"
+#include "adapters/fake/VirtualTime.h"
+#include "base/NotificationCenter.h"
+#include "base/UserDefaults.h"
+#include "look/Button.h"
+#include "look/Indicators.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gmock/gmock.h>
+
+namespace tavrine {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::Contains;
+using testing::Not;
+
+class OnboardingViewTest : public testing::Test {
+protected:
+    OnboardingViewTest() { window->show(); }
+
+    [[nodiscard]] QStringList words() const {
+        QStringList list;
+        for (const auto *label : window->findChildren<look::Label *>()) {
+            if (label->isVisible())
+                list.append(label->text());
+        }
+        for (const auto *button : window->findChildren<look::Button *>()) {
+            if (button->isVisible())
+                list.append(button->text());
+        }
+        return list;
+    }
+    void press(const char *text) {
+        for (auto *button : window->findChildren<look::Button *>()) {
+            if (button->isVisible() && button->text() == QLatin1String(text)) {
+                QTest::mouseClick(button, Qt::LeftButton);
+                return;
+            }
+        }
+        ADD_FAILURE() << "no button " << text;
+    }
+    [[nodiscard]] int visibleMarks() const {
+        int count = 0;
+        for (const auto *widget : window->findChildren<QWidget *>())
+            count += widget->isVisible() && widget->accessibleName() == QStringLiteral("Granted") ? 1 : 0;
+        return count;
+    }
+
+    QTemporaryDir folder;
+    VirtualTime time;
+    NotificationCenter center;
+    UserDefaults defaults{folder.filePath(QStringLiteral("d.plist")), time, center};
+    FakeAccess access;
+    FakeUrlOpener urls;
+    int closes = 0;
+    std::unique_ptr<QWidget> window = OnboardingView::makeWindow({defaults, access, time, urls}, [this] { ++closes; });
+};
+
+TEST_F(OnboardingViewTest, theWindowIsTitledFixedAndHasNoCloseButton) {
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Welcome to Tavrine"));
+    EXPECT_EQ(window->size(), QSize(600, 500));
+    EXPECT_FALSE(window->windowFlags() & Qt::WindowCloseButtonHint);
+    EXPECT_TRUE(window->windowFlags() & Qt::WindowTitleHint);
+}
+
+TEST_F(OnboardingViewTest, buttonsLeadThroughThePagesToTheEnd) {
+    EXPECT_THAT(words(), Contains(QStringLiteral("Your Mac. Simplified.")));
+    EXPECT_THAT(words(), Contains(QStringLiteral("The Utility Layer of Your Mac")));
+    press("Get Started");
+    EXPECT_THAT(words(), Contains(QStringLiteral("Everything inside Tavrine")));
+    EXPECT_THAT(words(), Not(Contains(QStringLiteral("Your Mac. Simplified."))));
+    press("Explore Features");
+    EXPECT_EQ(urls.opened().size(), 1);
+    press("Continue");
+    EXPECT_THAT(words(), Contains(QStringLiteral("A few permissions to get started")));
+    EXPECT_THAT(words(), Contains(QStringLiteral("You can change these anytime in System Settings.")));
+    EXPECT_EQ(closes, 0);
+    press("Done, Let's Go");
+    EXPECT_EQ(closes, 1);
+}
+
+TEST_F(OnboardingViewTest, returnGoesOn) {
+    for (int page = 0; page < 3; ++page)
+        QTest::keyClick(window.get(), Qt::Key_Return);
+    EXPECT_EQ(closes, 1);
+}
+
+TEST_F(OnboardingViewTest, aGrantShowsOnItsRowWithinTwoSeconds) {
+    access.setAccessibilityTrusted(false);
+    access.setScreenCaptureGranted(false);
+    press("Get Started");
+    press("Continue");
+    time.advance(2s);
+    EXPECT_EQ(words().count(QStringLiteral("Allow")), 2);
+    EXPECT_EQ(visibleMarks(), 0);
+    access.setAccessibilityTrusted(true);
+    time.advance(2s);
+    EXPECT_EQ(words().count(QStringLiteral("Allow")), 1);
+    EXPECT_EQ(visibleMarks(), 1);
+}
+
+} // namespace
+} // namespace tavrine

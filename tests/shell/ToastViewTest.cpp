@@ -1,0 +1,67 @@
+#include "shell/ToastView.h"
+
+#include "adapters/fake/FakePanelWindow.h"
+#include "shell/QtToastWindows.h"
+
+#include <gmock/gmock.h>
+
+namespace tavrine {
+namespace {
+
+const QString icon = QStringLiteral("checkmark.circle.fill");
+
+TEST(ToastView, aMessageThatFitsIsShownWhole) {
+    ToastView view(QStringLiteral("Copied"), icon);
+    view.resize(view.sizeHint());
+    EXPECT_EQ(view.shownMessage(), QStringLiteral("Copied"));
+}
+
+TEST(ToastView, aLongMessageIsCutAndTheSizeStays) {
+    ToastView view(QString(300, QLatin1Char('m')), icon);
+    view.resize(view.sizeHint());
+    EXPECT_EQ(view.size(), QSize(250, 60));
+    EXPECT_TRUE(view.shownMessage().endsWith(QChar(0x2026)));
+    EXPECT_LT(view.shownMessage().size(), 40);
+}
+
+/// Keeps the description that a toast's panel is asked for.
+class NotingPanels final : public PanelWindows {
+public:
+    [[nodiscard]] std::unique_ptr<PanelWindow> makePanel(const PanelDescription &wanted) override {
+        description = wanted;
+        auto panel = panels.makePanel(wanted);
+        last = panel.get();
+        return panel;
+    }
+    [[nodiscard]] bool isComposited() const override { return true; }
+
+    PanelDescription description;
+    PanelWindow *last = nullptr;
+    FakePanelWindows panels;
+};
+
+TEST(QtToastWindows, aToastTakesNeitherKeysNorClicks) {
+    NotingPanels panels;
+    QtToastWindows toasts(panels);
+    const auto toast = toasts.makeToastWindow({.message = QStringLiteral("Copied"), .icon = icon});
+    toast->orderFront();
+    EXPECT_FALSE(panels.description.canBecomeKey);
+    EXPECT_TRUE(panels.description.ignoresMouseEvents);
+    EXPECT_EQ(panels.description.collectionBehavior, 257U);
+    EXPECT_EQ(panels.panels.keyWindow(), nullptr);
+    EXPECT_TRUE(panels.last->isVisible());
+}
+
+TEST(QtToastWindows, anAnimationEndsAtItsPlaceWithTheSizeUnchanged) {
+    NotingPanels panels;
+    QtToastWindows toasts(panels);
+    const auto toast = toasts.makeToastWindow({.message = QString(300, QLatin1Char('m')), .icon = icon});
+    toast->setFrameOrigin({100, 120});
+    toast->setAlpha(0);
+    toast->animate(1, {100, 130}, Seconds(0.3)); // without a look nothing moves: it is there at once
+    EXPECT_EQ(panels.last->frame(), QRectF(100, 130, 250, 60));
+    EXPECT_EQ(panels.last->alpha(), 1.0);
+}
+
+} // namespace
+} // namespace tavrine
