@@ -11,7 +11,6 @@
 #include "adapters/linux/TurboImageCoder.h"
 #include "adapters/linux/XdgAutostart.h"
 #include "adapters/linux/XdgFolders.h"
-#include "adapters/linux/XdgUrlOpener.h"
 #include "adapters/x11/X11Access.h"
 #include "adapters/x11/X11ApplicationActivator.h"
 #include "adapters/x11/X11Compositor.h"
@@ -37,10 +36,7 @@
 #include "shell/OnboardingView.h"
 #include "shell/QtToastWindows.h"
 #include "shell/ShellTools.h"
-<<<<<<< HEAD
-=======
 #include "utilities/EmojiPickerStore.h"
->>>>>>> main
 #include "utilities/EmojiPickerView.h"
 
 #include <QApplication>
@@ -91,13 +87,6 @@ private:
     std::function<void()> m_onChange;
 };
 
-<<<<<<< HEAD
-QString emojiTablePath() {
-    return QApplication::applicationDirPath() + QStringLiteral("/../share/tavrine/emoji_data.json");
-}
-
-=======
->>>>>>> main
 /// What only panels and toasts need: made with the first of them, which leaves a launch its speed.
 struct PanelAdapters {
     PanelAdapters(const Pasteboard &pasteboard, look::Look &look)
@@ -164,12 +153,7 @@ int main(int argc, char **argv) {
     X11EventMonitors monitors;
     X11Access access;
     look::ModalAlerts alerts;
-<<<<<<< HEAD
-    XdgUrlOpener urlOpener;
-    std::optional<EmojiPickerStore> emojis;
-=======
     DesktopUrlOpener urlOpener;
->>>>>>> main
     std::optional<PanelAdapters> panels;
     std::optional<EmojiPickerStore> emojiStore; // with its table, from the first opening on
     const auto desktop = [&] {
@@ -194,15 +178,9 @@ int main(int argc, char **argv) {
         return new ClipboardSearchView({clipboardManager, alerts, center, time}, dismiss, paste);
     };
     views.emoji = [&](const auto &dismiss, const auto &insert) {
-<<<<<<< HEAD
-        if (!emojis)
-            emojis.emplace(defaults, emojiTablePath());
-        return new EmojiPickerView({*emojis, center, time}, dismiss,
-=======
         if (!emojiStore)
             emojiStore.emplace(defaults, QApplication::applicationDirPath() + QLatin1String(emojiTablePath));
         return new EmojiPickerView({*emojiStore, center, time}, dismiss,
->>>>>>> main
                                    [insert](const EmojiItem &item) { insert(item.emoji); });
     };
     views.welcome = [&](const auto &onClose) {
