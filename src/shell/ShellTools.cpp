@@ -9,8 +9,6 @@
 #include "shell/FeatureFlags.h"
 #include "shell/PanelTraits.h"
 
-#include <QGuiApplication>
-#include <QScreen>
 #include <QWidget>
 
 namespace tavrine {
@@ -113,7 +111,8 @@ PanelController::Actions ShellTools::panelActions() {
 
 OnboardingFlow::Windows ShellTools::onboardingWindows() {
     return {.hasWelcomeWindow = [this] { return m_delegate->onboardingWindow() != nullptr; },
-            .makeWelcomeWindow = [this] { makeWelcomeWindow(); },
+            .makeWelcomeWindow =
+                [this] { m_delegate->setOnboardingWindow(m_views.welcome([this] { m_onboarding.finish(); })); },
             .showWelcomeWindow = [this] { bringForward(m_delegate->onboardingWindow()); },
             .closeWelcomeWindow =
                 [this] {
@@ -124,16 +123,6 @@ OnboardingFlow::Windows ShellTools::onboardingWindows() {
             .openSettingsWindow = [this](const QString &page) { m_delegate->openMainWindow(page); },
             .showSettingsWindow = [this] { bringForward(m_delegate->mainWindow()); },
             .activateApplication = [this] { desktop().panels.activator.activateIgnoringOtherApps(); }};
-}
-
-void ShellTools::makeWelcomeWindow() {
-    QWidget *window = m_views.welcome([this] { m_onboarding.finish(); });
-    window->setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint); // finishing alone ends it
-    window->setWindowTitle(QLatin1String(OnboardingFlow::windowTitle));
-    window->setFixedSize(OnboardingFlow::windowWidth, OnboardingFlow::windowHeight);
-    if (const QScreen *screen = QGuiApplication::primaryScreen())
-        window->move(screen->availableGeometry().center() - window->rect().center());
-    m_delegate->setOnboardingWindow(window);
 }
 
 void ShellTools::showToast(const QString &message, const QString &icon) {

@@ -81,7 +81,6 @@ private:
     [[nodiscard]] PanelController::Contents panelContents();
     [[nodiscard]] PanelController::Actions panelActions();
     [[nodiscard]] OnboardingFlow::Windows onboardingWindows();
-    void makeWelcomeWindow();
     void orderOutAllWindows();
 
     Ports m_ports;
