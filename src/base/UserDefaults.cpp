@@ -257,22 +257,22 @@ const UserDefaults::Value *UserDefaults::find(const QString &key) const {
 }
 
 void UserDefaults::store(const QString &key, Value value) {
-    if (const Value *present = find(key); present && *present == value)
-        return;
-    d->list.set(key, value);
-    d->values.insert(key, std::move(value));
-    d->unwritten.insert(key);
-    d->writeLater();
+    if (const Value *present = find(key); !present || *present != value) {
+        d->list.set(key, value);
+        d->values.insert(key, std::move(value));
+        d->unwritten.insert(key);
+        d->writeLater();
+    }
     d->post();
 }
 
 void UserDefaults::remove(const QString &key) {
-    if (!contains(key))
-        return;
-    d->list.remove(key);
-    d->values.insert(key, std::nullopt);
-    d->unwritten.insert(key);
-    d->writeLater();
+    if (contains(key)) {
+        d->list.remove(key);
+        d->values.insert(key, std::nullopt);
+        d->unwritten.insert(key);
+        d->writeLater();
+    }
     d->post();
 }
 

@@ -33,8 +33,10 @@ class Time;
 ///     output tells it, and the program starts on its defaults. Nothing is overwritten. A file that becomes
 ///     unreadable while the program runs may be in the middle of being written: the values stay in memory, and it is
 ///     set aside when we next write if it is unreadable still.
-///  6. Every change of a value posts `didChangeNotification` on the centre: at once for one from inside, once for all
-///     that came together from outside. Setting a value to what it is already is no change.
+///  6. Every `set` and `remove` posts `didChangeNotification` on the centre at once, whether or not it changes the
+///  value;
+///     changes from outside that came together post it once. An observer that writes must therefore know when to stop.
+///     Setting a value to what it is already writes no file.
 class UserDefaults : public QObject {
     Q_OBJECT
 

@@ -4,8 +4,13 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <csignal>
+
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace tavrine {
 namespace {
@@ -70,6 +75,27 @@ TEST_F(PrivateFiles, aFailedWriteLeavesTheOldAndNothingElse) {
     EXPECT_FALSE(writePrivateFile(at("missing/file"), "x"));
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
               QStringList{QStringLiteral("folder")});
+}
+
+TEST_F(PrivateFiles, aFullDiskLeavesTheOldContentAndNoTemporaryFile) {
+    ASSERT_TRUE(writePrivateFile(at("file"), "old"));
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        // No file may grow beyond four bytes: the first write is short and the next one fails, as on a full disk.
+        const rlimit full{4, 4};
+        std::signal(SIGXFSZ, SIG_IGN);
+        if (::setrlimit(RLIMIT_FSIZE, &full) != 0)
+            ::_exit(2);
+        ::_exit(writePrivateFile(at("file"), "longer than four bytes") ? 1 : 0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "1: it told of success, 2: no limit could be set";
+    EXPECT_EQ(contentOf(at("file")), "old");
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
+              QStringList{QStringLiteral("file")});
 }
 
 TEST_F(PrivateFiles, aLinkKeepsItsPlace) {

@@ -179,6 +179,15 @@ TEST_F(ClipboardDatabaseTest, pruningKeepsTheNewestAndEveryProtectedRow) {
     EXPECT_EQ(db.counts().total, 53);
 }
 
+TEST_F(ClipboardDatabaseTest, pruningToTheNewestFiftyOfFiftyRowsDeletesNothing) {
+    ClipboardDatabase db(path);
+    for (int i = 0; i < 50; ++i)
+        db.save(text(QString::number(i), i));
+    EXPECT_EQ(db.prune(false, {}, 50), ClipboardDatabase::Pruned());
+    EXPECT_EQ(db.counts().total, 50);
+    EXPECT_EQ(db.prune(false, {}, 49).deletedCount, 1);
+}
+
 TEST_F(ClipboardDatabaseTest, pruningByAgeTakesWhatIsOlderAndNotWhatIsAsOld) {
     ClipboardDatabase db(path);
     db.save(image(QStringLiteral("older.png"), 9.5));
@@ -322,6 +331,34 @@ TEST_F(ClipboardDatabaseTest, aFileThatIsNoDatabaseGivesNoHistoryAndIsLeftAlone)
     }
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll(), foreign);
+}
+
+TEST_F(ClipboardDatabaseTest, aDatabaseOfAnotherProgramKeepsItsTableBesideOurs) {
+    QDir().mkpath(QFileInfo(path).path());
+    ASSERT_TRUE(Outside(path).run("CREATE TABLE songs (title TEXT); INSERT INTO songs VALUES ('theirs');"));
+    const ClipboardItem ours = text(QStringLiteral("ours"), 1);
+    {
+        ClipboardDatabase db(path);
+        db.save(ours);
+        EXPECT_EQ(db.search(QStringLiteral("our"), plenty), std::vector{ours});
+        db.prune(false, {}, 0);
+        (void)db.clearUnprotected();
+    }
+    EXPECT_THAT(Outside(path).values("SELECT title FROM songs"), ElementsAre("theirs"));
+}
+
+TEST_F(ClipboardDatabaseTest, anItemsTableWithOtherColumnsGivesNoHistoryAndKeepsItsRows) {
+    QDir().mkpath(QFileInfo(path).path());
+    ASSERT_TRUE(
+        Outside(path).run("CREATE TABLE items (name TEXT, price REAL); INSERT INTO items VALUES ('pen', 2.5);"));
+    {
+        ClipboardDatabase db(path);
+        db.save(text(QStringLiteral("pen"), 1));
+        EXPECT_TRUE(db.search(QStringLiteral("pen"), plenty).empty());
+        EXPECT_TRUE(db.loadAll({}, plenty).empty());
+        EXPECT_TRUE(db.loadProtectedAndRecent({}, plenty).empty());
+    }
+    EXPECT_THAT(Outside(path).values("SELECT name, price FROM items"), ElementsAre("pen", "2.5"));
 }
 
 TEST_F(ClipboardDatabaseTest, aFolderInPlaceOfTheFileGivesNoHistory) {

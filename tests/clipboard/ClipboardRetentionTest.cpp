@@ -137,19 +137,27 @@ TEST_F(ClipboardExportFile, anEmptyHistoryGivesTheHeaderAndTwoLineFeeds) {
 }
 
 TEST_F(ClipboardExportFile, eachItemIsALineThatBeginsWithTwoBlanks) {
-    save(str("first\nsecond\r\n"), 4s);
+    save(str("plain"), 4s);
     save(str("Copied Image"), 3s, str("A.jpg"));
-    ClipboardItem both = savePinned(str("both"), 2s);
-    both.isSaved = true;
-    database.save(both);
     saveInMySaved(str("saved"), 1s);
     savePinned(str("pinned"), 9s);
     EXPECT_EQ(exported(), "Tavrine Clipboard Export\n2026-01-31 12:00:00 +0000\n\n"
-                          "  [MY SAVED] [PINNED] both\n"
                           "  [PINNED] pinned\n"
                           "  [MY SAVED] saved\n"
                           "  [IMAGE]\n"
-                          "  first second\r ");
+                          "  plain");
+}
+
+TEST_F(ClipboardExportFile, aMultiLineTextExportsAsOneLine) {
+    save(str("first\nsecond\r\n"));
+    EXPECT_EQ(exported(), "Tavrine Clipboard Export\n2026-01-31 12:00:00 +0000\n\n  first second\r ");
+}
+
+TEST_F(ClipboardExportFile, anItemThatIsSavedAndPinnedCarriesBothMarksInThatOrder) {
+    ClipboardItem both = savePinned(str("both"));
+    both.isSaved = true;
+    database.save(both);
+    EXPECT_EQ(exported(), "Tavrine Clipboard Export\n2026-01-31 12:00:00 +0000\n\n  [MY SAVED] [PINNED] both");
 }
 
 TEST_F(ClipboardExportFile, everyRowIsInItAlsoWhatIsNotInMemory) {

@@ -184,6 +184,27 @@ TEST_F(ClipboardStartUp, anOldHistoryOfAnotherTypeIsGoneAfterTheFirstStart) {
     EXPECT_FALSE(defaults.contains(str("ClipboardHistory")));
 }
 
+/// The same, where a folder stands in the database's place.
+class StartWithoutADatabase : public ManagerTest {
+protected:
+    StartWithoutADatabase() { defaults.set(str("ClipboardHistory"), oldText); }
+
+    QString folder = folders.applicationSupport + str("/Blocked/clipboard.db");
+    bool isMade = QDir().mkpath(folder);
+    ClipboardDatabase unusable{folder};
+};
+
+TEST_F(StartWithoutADatabase, theOldHistoryIsLostAndTheProgramRuns) {
+    ASSERT_TRUE(isMade);
+    manager = std::make_unique<ClipboardManager>(
+        ClipboardManager::Ports{time, defaults, pasteboard, workspace, coder, movies, loginItem, folders, unusable});
+    EXPECT_FALSE(defaults.contains(str("ClipboardHistory")));
+    EXPECT_EQ(defaults.get<bool>(str("ClipboardDBMigrated")), true);
+    EXPECT_TRUE(manager->isMonitoring());
+    copy(str("a copy"));
+    EXPECT_TRUE(QFileInfo(folder).isDir());
+}
+
 TEST_F(ClipboardStartUp, withoutAnOldHistoryTheMigrationCountsAsDone) {
     start();
     EXPECT_EQ(defaults.get<bool>(str("ClipboardDBMigrated")), true);

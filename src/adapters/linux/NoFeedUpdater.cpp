@@ -1,17 +1,15 @@
 #include "adapters/linux/NoFeedUpdater.h"
 
 #include "adapters/linux/SessionBus.h"
+#include "base/Print.h"
 
 #include <QCoreApplication>
-
-#include <cstdio>
 
 namespace tavrine {
 namespace {
 
 void print(const QString &title, const QString &text) {
-    std::puts(qUtf8Printable(title + QStringLiteral(": ") + text));
-    std::fflush(stdout);
+    printLine(title + QStringLiteral(": ") + text);
 }
 
 void notify(const QString &title, const QString &text) {
