@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ports/ImageCoder.h"
+
 #include <QtGlobal>
 
 #include <chrono>
@@ -19,8 +21,8 @@ struct SelectionLimits {
     qsizetype transferBytes = qsizetype{64} * 1024 * 1024;
     /// All targets of one change, equal ones counted once.
     qsizetype changeBytes = qsizetype{128} * 1024 * 1024;
-    /// Pixels of a picture that is decoded: 512 MB at four bytes each.
-    qint64 imagePixels = qint64{128} * 1024 * 1024;
+    /// Pixels of a picture that is decoded.
+    qint64 imagePixels = maxImagePixels;
     /// Names that a program may list. Office programs list about fifty.
     int targets = 256;
     /// Files that are looked at to find a picture among those copied.
