@@ -55,8 +55,9 @@ struct SelectionThread::Mailbox {
     bool isRead = false; ///< else nobody is there, and messages would only pile up
 };
 
-SelectionThread::SelectionThread(const SelectionLimits &limits, std::function<void(Publication)> publish)
-    : m_limits(limits), m_publish(std::move(publish)), m_mailbox(std::make_shared<Mailbox>()),
+SelectionThread::SelectionThread(const SelectionLimits &limits, ImageFileReader &files,
+                                 std::function<void(Publication)> publish)
+    : m_limits(limits), m_files(files), m_publish(std::move(publish)), m_mailbox(std::make_shared<Mailbox>()),
       m_owner(m_connection, m_limits, [this](const QImage &image) {
           m_encoder.start([image, mailbox = m_mailbox] {
               mailbox->post(Encoded{image.cacheKey(), pasteboardImage::encodePng(image)});
@@ -146,6 +147,8 @@ void SelectionThread::expire() {
     m_owner.expire(now);
     if (m_fetch)
         m_fetch->expire(now);
+    if (m_fetch && !m_fetch->isRunning() && m_owner.isOwner())
+        m_fetch.reset(); // what it holds has been claimed
     if (m_handOverEnd && (*m_handOverEnd <= now || !m_owner.isOwner()))
         m_handOverEnd.reset();
 }
@@ -228,10 +231,9 @@ void SelectionThread::startFetch(xcb_timestamp_t time) {
         m_connection, m_limits, time,
         SelectionFetch::Hooks{[this](ForeignContents contents) { publish(std::move(contents)); },
                               [this, number](const QList<QByteArray> &paths) {
-                                  // Detached: on a network file system that has gone a read never returns.
-                                  std::thread([paths, number, limit = m_limits.transferBytes, mailbox = m_mailbox] {
-                                      mailbox->post(ImageFile{number, pasteboardImage::firstImageFile(paths, limit)});
-                                  }).detach();
+                                  m_files.read(paths, [number, mailbox = m_mailbox](std::optional<QByteArray> bytes) {
+                                      mailbox->post(ImageFile{number, std::move(bytes)});
+                                  });
                               }});
 }
 
@@ -265,7 +267,10 @@ void SelectionThread::reclaim() {
         m_claimSequence = cookie.sequence;
         if (m_connection.owner(m_connection.atoms().clipboard) == m_connection.window())
             m_owner.own(m_fetch->received(), *m_reclaimTime);
-        dropForeign();
+        m_reclaimTime.reset();
+        // A file manager may end right after the copy; the picture in the copied file is still to be told of.
+        if (!m_fetch->isRunning())
+            m_fetch.reset();
     } else if (!isFree) {
         m_reclaimTime.reset();
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/x11/ImageFileReader.h"
 #include "adapters/x11/PasteboardContents.h"
 #include "adapters/x11/SelectionLimits.h"
 #include "ports/Pasteboard.h"
@@ -25,6 +26,10 @@ class SelectionThread;
 ///  4. COMPOUND_TEXT is kept for other programs, but not read: nobody offers it alone any more.
 ///  5. Contents marked as concealed are not fetched at all, and end with the program that put them there.
 ///  6. Without a server the clipboard works within this program alone.
+///  7. No file is read on the main thread, as a file system that has gone never answers. The picture in a file that
+///  this
+///     program itself wrote here is absent at first, and is there in a later turn, once the file has been read; the
+///     count, which moved with the write, does not move again for it. It comes only while that write still stands.
 ///
 /// The destructor waits up to 1 s for a clipboard manager, if there is one, to take over what is ours.
 class X11Pasteboard final : public Pasteboard {
@@ -46,7 +51,11 @@ public:
 private:
     using Foreign = std::shared_ptr<const ForeignContents>;
 
+    /// Where the readers of files hand over what they read, and whether anybody is there still.
+    struct Counter;
+
     void receive(const Publication &publication);
+    void readOwnFiles(const OwnContents &own);
     [[nodiscard]] OwnContents *ownContents();
     void scheduleClaim();
     void claim();
@@ -56,6 +65,9 @@ private:
     int m_ownSerial = 0;
     bool m_isClaimScheduled = false;
     std::variant<Foreign, OwnContents> m_contents;
+    QByteArray m_ownImageFile; ///< the first picture among the own files, once it was read
+    std::shared_ptr<Counter> m_counter;
+    ImageFileReader m_files;
     QObject m_mainThread; ///< events posted by the reader reach us there; after our end they reach nobody
     std::unique_ptr<SelectionThread> m_thread;
 };
