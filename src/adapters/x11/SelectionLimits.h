@@ -10,6 +10,8 @@ namespace tavrine {
 
 /// What a program that copies may cost us. The defaults are the product's; tests bring shorter ones.
 struct SelectionLimits {
+    /// How long the start may wait for the server, which another program may hold for itself.
+    std::chrono::milliseconds start{500};
     /// From asking to the first answer. A program answers from its main loop, and may have to encode a picture first;
     /// whoever is silent for longer is taken as hung.
     std::chrono::milliseconds answer{4000};

@@ -60,6 +60,7 @@ private:
     struct Mailbox;
     using TimePoint = std::chrono::steady_clock::time_point;
 
+    void open();
     void run();
     bool work();
     void wait();

@@ -17,7 +17,9 @@ class SelectionThread;
 /// The CLIPBOARD selection of the X server in $DISPLAY. Lives on the main thread, and needs its event loop: what other
 /// programs do is told there, so that the contents never change between two reads of one turn.
 ///
-///  1. What stood on the clipboard before this object is there to be read soon after, and is no change.
+///  1. What stood on the clipboard before this object is there to be read soon after, and is no change. The
+///     start waits 0.5 s at most for a server that another program holds; then what stands when it is free is no
+///     change.
 ///  2. The writes of one turn reach the other programs at its end in one step: none of them ever finds the clipboard
 ///     empty in between. They can be read back at once.
 ///  3. One transfer brings at most 64 MiB, one change 128 MiB; a picture has at most 128 megapixels. What is larger is
