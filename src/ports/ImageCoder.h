@@ -9,6 +9,9 @@
 
 namespace tavrine {
 
+/// A picture from outside with more pixels than this is not decoded, wherever it comes from: 512 MB at four bytes each.
+inline constexpr qint64 maxImagePixels = 128'000'000;
+
 /// One picture made ready for JPEG encoding, so that trying several factors costs the preparation once.
 class JpegSource {
 public:

@@ -6,7 +6,9 @@ namespace tavrine {
 namespace {
 
 QString idOf(const char *name) {
-    return knownProgram(QLatin1String(name)).bundleIdentifier;
+    const QString byId = knownProgram(QLatin1String(name), QString()).bundleIdentifier;
+    EXPECT_EQ(knownProgram(QString(), QLatin1String(name)).bundleIdentifier, byId);
+    return byId;
 }
 
 TEST(KnownPrograms, everyPasswordManagerOfTheListIsKnownByItsNamesOnThisDesktop) {
@@ -20,6 +22,21 @@ TEST(KnownPrograms, everyPasswordManagerOfTheListIsKnownByItsNamesOnThisDesktop)
         EXPECT_EQ(idOf(name), QStringLiteral("com.apple.keychainaccess")) << name;
     EXPECT_EQ(idOf("Dashlane"), QStringLiteral("co.dashlane.dashlane"));
     EXPECT_EQ(idOf("LastPass"), QStringLiteral("com.lastpass.LastPass"));
+}
+
+TEST(KnownPrograms, oneListedNameIsEnoughWhateverTheOtherSays) {
+    const QString other = QStringLiteral("org.example.Written");
+    const QString listed = QStringLiteral("KeePassXC");
+    EXPECT_EQ(knownProgram(other, listed).bundleIdentifier, QStringLiteral("org.keepassxc.keepassxc"));
+    EXPECT_EQ(knownProgram(other, listed).name, listed);
+    EXPECT_EQ(knownProgram(listed, other).bundleIdentifier, QStringLiteral("org.keepassxc.keepassxc"));
+    EXPECT_EQ(knownProgram(listed, other).name, listed);
+}
+
+TEST(KnownPrograms, ofTwoUnlistedNamesTheIdentifierIdentifiesAndTheClassIsTheName) {
+    const KnownProgram program = knownProgram(QStringLiteral("org.example.Written"), QStringLiteral("Written"));
+    EXPECT_EQ(program.bundleIdentifier, QStringLiteral("org.example.Written"));
+    EXPECT_EQ(program.name, QStringLiteral("Written"));
 }
 
 TEST(KnownPrograms, anyOtherProgramKeepsItsName) {

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <memory>
 #include <ostream>
@@ -242,7 +243,9 @@ TEST_P(PasteboardContract, anOwnFileReadsAsItsPathAndAPictureInItAsTheImage) {
     pasteboard().writeFileUrls({QUrl::fromLocalFile(file)});
     EXPECT_TRUE(has(pasteboard().types(), pasteboardType::fileUrl));
     EXPECT_EQ(pasteboard().string(), file);
-    ASSERT_TRUE(pasteboard().image());
+    const int count = pasteboard().changeCount();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return pasteboard().image().has_value(); }));
+    EXPECT_EQ(pasteboard().changeCount(), count);
     EXPECT_EQ(pasteboard().image()->size(), QSize(4, 4));
 }
 

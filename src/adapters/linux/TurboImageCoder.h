@@ -10,7 +10,7 @@ namespace tavrine {
 /// opened, and a picture of more than `maxPixels` is not decoded.
 class TurboImageCoder final : public ImageCoder {
 public:
-    static constexpr qint64 maxPixels = 128'000'000;
+    static constexpr qint64 maxPixels = maxImagePixels;
 
     /// Raises the limit that Qt sets to the memory of one decoded picture, for the whole process, to what `maxPixels`
     /// needs.

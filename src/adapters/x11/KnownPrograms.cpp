@@ -34,11 +34,12 @@ constexpr Entry entries[] = {
 
 } // namespace
 
-KnownProgram knownProgram(const QString &name) {
-    for (const Entry &entry : entries)
-        if (name.compare(QLatin1String(entry.desktopName), Qt::CaseInsensitive) == 0)
-            return {QLatin1String(entry.bundleIdentifier), QLatin1String(entry.name)};
-    return {name, name};
+KnownProgram knownProgram(const QString &applicationId, const QString &windowClass) {
+    for (const QString &name : {applicationId, windowClass})
+        for (const Entry &entry : entries)
+            if (name.compare(QLatin1String(entry.desktopName), Qt::CaseInsensitive) == 0)
+                return {QLatin1String(entry.bundleIdentifier), QLatin1String(entry.name)};
+    return {applicationId.isEmpty() ? windowClass : applicationId, windowClass.isEmpty() ? applicationId : windowClass};
 }
 
 } // namespace tavrine

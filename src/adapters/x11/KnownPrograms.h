@@ -10,9 +10,10 @@ struct KnownProgram {
     QString name;
 };
 
-/// The identifiers under which the system lists a program that names itself `name` on this desktop, by its application
-/// identifier or its window class; upper and lower case are the same. A program that is not listed is called by its
-/// own name.
-[[nodiscard]] KnownProgram knownProgram(const QString &name);
+/// The identifiers under which the system lists a program that names itself so on this desktop; upper and lower case
+/// are the same. One listed name is enough, whatever the other says: a password manager must not pass for another
+/// program. A program that is not listed is identified by its application identifier, else its class, and called by its
+/// class.
+[[nodiscard]] KnownProgram knownProgram(const QString &applicationId, const QString &windowClass);
 
 } // namespace tavrine

@@ -170,6 +170,10 @@ void SelectionFetch::onImageFile(std::optional<QByteArray> bytes) {
         return;
     if (bytes && pasteboardImage::hasUsableHeader(*bytes, m_limits.imagePixels))
         m_contents.images.append(std::move(*bytes));
+    if (m_hasOwnerEnded) {
+        giveUp(); // nobody is there to be asked for the rest
+        return;
+    }
     publish();
     advance();
 }
@@ -216,7 +220,9 @@ void SelectionFetch::ownerEnded() {
             targets.append(received.target);
         m_contents.types = pasteboardTypesOf(targets);
     }
-    giveUp();
+    m_hasOwnerEnded = true;
+    if (m_stage != Stage::imageFile)
+        giveUp();
 }
 
 std::optional<SelectionFetch::TimePoint> SelectionFetch::deadline() const {

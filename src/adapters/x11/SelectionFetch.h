@@ -40,7 +40,8 @@ public:
     void onPropertyNotify(const xcb_property_notify_event_t &event);
     void onImageFile(std::optional<QByteArray> bytes);
 
-    /// The owner has ended. What is complete stands, and nothing else exists any more.
+    /// The owner has ended. What is complete stands, and nothing else exists any more but a copied file that is being
+    /// read: for that the fetch goes on running.
     void ownerEnded();
 
     /// When `expire` has to be called at the latest; none when nothing is awaited.
@@ -78,6 +79,7 @@ private:
     TimePoint m_phaseStart;
     bool m_isPublished = false;
     bool m_isConcealed = false;
+    bool m_hasOwnerEnded = false;
     bool m_hasOpenTransfer = false; ///< some owner may still write to our window
 
     QList<QByteArray> m_targets;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ports/ImageCoder.h"
+
 #include <QtGlobal>
 
 #include <chrono>
@@ -8,6 +10,8 @@ namespace tavrine {
 
 /// What a program that copies may cost us. The defaults are the product's; tests bring shorter ones.
 struct SelectionLimits {
+    /// How long the start may wait for the server, which another program may hold for itself.
+    std::chrono::milliseconds start{500};
     /// From asking to the first answer. A program answers from its main loop, and may have to encode a picture first;
     /// whoever is silent for longer is taken as hung.
     std::chrono::milliseconds answer{4000};
@@ -19,8 +23,8 @@ struct SelectionLimits {
     qsizetype transferBytes = qsizetype{64} * 1024 * 1024;
     /// All targets of one change, equal ones counted once.
     qsizetype changeBytes = qsizetype{128} * 1024 * 1024;
-    /// Pixels of a picture that is decoded: 512 MB at four bytes each.
-    qint64 imagePixels = qint64{128} * 1024 * 1024;
+    /// Pixels of a picture that is decoded.
+    qint64 imagePixels = maxImagePixels;
     /// Names that a program may list. Office programs list about fifty.
     int targets = 256;
     /// Files that are looked at to find a picture among those copied.

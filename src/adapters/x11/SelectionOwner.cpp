@@ -23,8 +23,11 @@ QByteArray uriList(const QList<QUrl> &urls, const QByteArray &first, const QByte
 
 SelectionOwner::SelectionOwner(XConnection &connection, const SelectionLimits &limits,
                                std::function<void(QImage)> encode)
-    : m_connection(connection), m_limits(limits), m_encode(std::move(encode)),
-      m_pieceBytes(std::min(limits.pieceBytes, connection.maxRequestBytes()) & ~qsizetype{3}) {}
+    : m_connection(connection), m_limits(limits), m_encode(std::move(encode)) {}
+
+qsizetype SelectionOwner::pieceBytes() const {
+    return std::min(m_limits.pieceBytes, m_connection.maxRequestBytes()) & ~qsizetype{3};
+}
 
 void SelectionOwner::own(const OwnContents &contents, xcb_timestamp_t time) {
     release();
@@ -164,7 +167,7 @@ bool SelectionOwner::convertMultiple(xcb_window_t requestor, xcb_atom_t property
 
 bool SelectionOwner::put(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, int format,
                          const QByteArray &bytes) {
-    if (bytes.size() <= m_pieceBytes) {
+    if (bytes.size() <= pieceBytes()) {
         putWhole(requestor, property, type, format, bytes);
         return true;
     }
@@ -215,7 +218,7 @@ void SelectionOwner::onPropertyNotify(const xcb_property_notify_event_t &event) 
     if (found == m_outgoing.end())
         return;
     const QByteArrayView piece =
-        QByteArrayView(found->bytes).sliced(found->offset, std::min(m_pieceBytes, found->bytes.size() - found->offset));
+        QByteArrayView(found->bytes).sliced(found->offset, std::min(pieceBytes(), found->bytes.size() - found->offset));
     putWhole(found->requestor, found->property, found->type, found->format, piece);
     found->offset += piece.size();
     found->lastProgress = std::chrono::steady_clock::now();

@@ -72,7 +72,7 @@ private:
     XConnection &m_connection;
     const SelectionLimits &m_limits;
     std::function<void(QImage)> m_encode;
-    qsizetype m_pieceBytes;
+    [[nodiscard]] qsizetype pieceBytes() const; ///< known once the connection is open
     bool m_isOwner = false;
     xcb_timestamp_t m_time = 0;
     std::vector<Offer> m_offers;

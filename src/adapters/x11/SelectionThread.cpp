@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <future>
 
 #include <poll.h>
 #include <pthread.h>
@@ -16,11 +17,6 @@ namespace tavrine {
 namespace {
 
 constexpr int eventsPerTurn = 64; // a flood of events must not keep the main thread's messages waiting
-
-/// Sequence numbers wrap.
-bool isBefore(unsigned a, unsigned b) {
-    return static_cast<int>(a - b) < 0;
-}
 
 } // namespace
 
@@ -55,21 +51,27 @@ struct SelectionThread::Mailbox {
     bool isRead = false; ///< else nobody is there, and messages would only pile up
 };
 
-SelectionThread::SelectionThread(const SelectionLimits &limits, std::function<void(Publication)> publish)
-    : m_limits(limits), m_publish(std::move(publish)), m_mailbox(std::make_shared<Mailbox>()),
+SelectionThread::SelectionThread(const SelectionLimits &limits, ImageFileReader &files,
+                                 std::function<void(Publication)> publish)
+    : m_limits(limits), m_files(files), m_publish(std::move(publish)), m_mailbox(std::make_shared<Mailbox>()),
       m_owner(m_connection, m_limits, [this](const QImage &image) {
           m_encoder.start([image, mailbox = m_mailbox] {
               mailbox->post(Encoded{image.cacheKey(), pasteboardImage::encodePng(image)});
           });
       }) {
     m_encoder.setMaxThreadCount(1);
-    if (!m_connection.isUsable() || m_mailbox->wakeUp < 0)
+    if (m_mailbox->wakeUp < 0)
         return;
-    // Still on the caller's thread: what is copied after this constructor is a change, what stood before is none.
-    if (m_connection.owner(m_connection.atoms().clipboard) != 0)
-        startFetch(m_connection.serverTime());
     m_mailbox->setRead(true);
-    m_thread = std::thread([this] { run(); });
+    const auto opened = std::make_shared<std::promise<void>>();
+    m_thread = std::thread([this, opened] {
+        open();
+        opened->set_value();
+        run();
+    });
+    // What is copied after this constructor is a change, what stood before is none. A server that another program holds
+    // is not waited for any longer.
+    opened->get_future().wait_for(m_limits.start);
 }
 
 SelectionThread::~SelectionThread() {
@@ -83,13 +85,19 @@ void SelectionThread::claim(OwnContents contents, int serial) {
     m_mailbox->post(Claim{std::move(contents), serial});
 }
 
-void SelectionThread::run() {
+void SelectionThread::open() {
     ::pthread_setname_np(::pthread_self(), "pasteboard");
     // Signals are the main thread's; and a write to a server that has gone must fail, not end the process.
     sigset_t all;
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
-    while (!xcb_connection_has_error(m_connection.get())) {
+    m_connection.open();
+    if (m_connection.isUsable() && m_connection.owner(m_connection.atoms().clipboard) != 0)
+        startFetch(m_connection.serverTime());
+}
+
+void SelectionThread::run() {
+    while (m_connection.isUsable()) {
         const bool isBusy = work();
         if (m_isStopping && !m_handOverEnd)
             break;
@@ -146,6 +154,8 @@ void SelectionThread::expire() {
     m_owner.expire(now);
     if (m_fetch)
         m_fetch->expire(now);
+    if (m_fetch && !m_fetch->isRunning() && m_owner.isOwner())
+        m_fetch.reset(); // what it holds has been claimed
     if (m_handOverEnd && (*m_handOverEnd <= now || !m_owner.isOwner()))
         m_handOverEnd.reset();
 }
@@ -199,7 +209,7 @@ void SelectionThread::onSelectionNotice(const xcb_generic_event_t &event) {
     const bool isClaim = notice.subtype == XCB_XFIXES_SELECTION_EVENT_SET_SELECTION_OWNER;
     if (isClaim && notice.owner != 0)
         m_brake.ownershipChanged(now);
-    if (m_claimSequence && isBefore(event.full_sequence, *m_claimSequence))
+    if (m_claimSequence && isSequenceBefore(event.full_sequence, *m_claimSequence))
         return;
     m_claimSequence.reset();
     if (notice.owner == m_connection.window())
@@ -228,10 +238,9 @@ void SelectionThread::startFetch(xcb_timestamp_t time) {
         m_connection, m_limits, time,
         SelectionFetch::Hooks{[this](ForeignContents contents) { publish(std::move(contents)); },
                               [this, number](const QList<QByteArray> &paths) {
-                                  // Detached: on a network file system that has gone a read never returns.
-                                  std::thread([paths, number, limit = m_limits.transferBytes, mailbox = m_mailbox] {
-                                      mailbox->post(ImageFile{number, pasteboardImage::firstImageFile(paths, limit)});
-                                  }).detach();
+                                  m_files.read(paths, [number, mailbox = m_mailbox](std::optional<QByteArray> bytes) {
+                                      mailbox->post(ImageFile{number, std::move(bytes)});
+                                  });
                               }});
 }
 
@@ -265,7 +274,10 @@ void SelectionThread::reclaim() {
         m_claimSequence = cookie.sequence;
         if (m_connection.owner(m_connection.atoms().clipboard) == m_connection.window())
             m_owner.own(m_fetch->received(), *m_reclaimTime);
-        dropForeign();
+        m_reclaimTime.reset();
+        // A file manager may end right after the copy; the picture in the copied file is still to be told of.
+        if (!m_fetch->isRunning())
+            m_fetch.reset();
     } else if (!isFree) {
         m_reclaimTime.reset();
     }

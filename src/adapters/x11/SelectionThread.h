@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/x11/ImageFileReader.h"
 #include "adapters/x11/PasteboardContents.h"
 #include "adapters/x11/ReclaimBrake.h"
 #include "adapters/x11/SelectionFetch.h"
@@ -30,8 +31,9 @@ namespace tavrine {
 ///  4. A lost connection ends the thread quietly.
 class SelectionThread {
 public:
-    /// `publish` is called on the reader's thread. With no usable server nothing is ever published.
-    SelectionThread(const SelectionLimits &limits, std::function<void(Publication)> publish);
+    /// `publish` is called on the reader's thread. With no usable server nothing is ever published. `files` reads
+    /// copied files; it must outlive this object.
+    SelectionThread(const SelectionLimits &limits, ImageFileReader &files, std::function<void(Publication)> publish);
     /// Offers what is ours to a clipboard manager, if there is one, and serves it meanwhile; the limits say how long.
     ~SelectionThread();
     SelectionThread(const SelectionThread &) = delete;
@@ -58,6 +60,7 @@ private:
     struct Mailbox;
     using TimePoint = std::chrono::steady_clock::time_point;
 
+    void open();
     void run();
     bool work();
     void wait();
@@ -75,6 +78,7 @@ private:
     void startHandOver();
 
     const SelectionLimits m_limits;
+    ImageFileReader &m_files;
     const std::function<void(Publication)> m_publish;
     XConnection m_connection;
     std::shared_ptr<Mailbox> m_mailbox; ///< shared with readers of files, which may be stuck when we end

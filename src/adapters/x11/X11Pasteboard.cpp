@@ -3,6 +3,8 @@
 #include "adapters/x11/PasteboardImage.h"
 #include "adapters/x11/SelectionThread.h"
 
+#include <mutex>
+
 #include <malloc.h>
 
 namespace tavrine {
@@ -20,9 +22,19 @@ qsizetype bytesOf(const std::shared_ptr<const ForeignContents> &contents) {
 
 } // namespace
 
-X11Pasteboard::X11Pasteboard(const SelectionLimits &limits) : m_limits(limits) {
+struct X11Pasteboard::Counter {
+    std::mutex mutex;
+    X11Pasteboard *pasteboard; ///< null after its end
+};
+
+X11Pasteboard::X11Pasteboard(const SelectionLimits &limits)
+    : m_limits(limits), m_counter(std::make_shared<Counter>()),
+      m_files([maxBytes = limits.transferBytes](const QList<QByteArray> &paths) {
+          return pasteboardImage::firstImageFile(paths, maxBytes);
+      }) {
+    m_counter->pasteboard = this;
     pasteboardImage::allowPixels(m_limits.imagePixels);
-    m_thread = std::make_unique<SelectionThread>(m_limits, [this](const Publication &publication) {
+    m_thread = std::make_unique<SelectionThread>(m_limits, m_files, [this](const Publication &publication) {
         QMetaObject::invokeMethod(
             &m_mainThread, [this, publication] { receive(publication); }, Qt::QueuedConnection);
     });
@@ -32,6 +44,8 @@ X11Pasteboard::~X11Pasteboard() {
     if (m_isClaimScheduled) // the last turn does not come to its end
         claim();
     m_thread.reset();
+    const std::lock_guard lock(m_counter->mutex);
+    m_counter->pasteboard = nullptr;
 }
 
 std::optional<QStringList> X11Pasteboard::types() const {
@@ -47,13 +61,7 @@ std::optional<QImage> X11Pasteboard::image() const {
     if (const auto *own = std::get_if<OwnContents>(&m_contents)) {
         if (!own->image.isNull())
             return own->image;
-        QList<QByteArray> paths;
-        for (const QUrl &url : own->urls.first(std::min<qsizetype>(own->urls.size(), m_limits.files))) {
-            if (url.isLocalFile())
-                paths.append(url.toLocalFile().toLocal8Bit());
-        }
-        if (const auto bytes = pasteboardImage::firstImageFile(paths, m_limits.transferBytes))
-            images.append(*bytes);
+        images.append(m_ownImageFile);
     } else if (const Foreign &foreign = std::get<Foreign>(m_contents)) {
         images = foreign->images;
     }
@@ -107,6 +115,7 @@ void X11Pasteboard::scheduleClaim() {
     m_isClaimScheduled = true;
     // From here on, what the reader has under way has been replaced.
     ++m_ownSerial;
+    m_ownImageFile.clear();
     QMetaObject::invokeMethod(
         &m_mainThread, [this] { claim(); }, Qt::QueuedConnection);
 }
@@ -114,7 +123,32 @@ void X11Pasteboard::scheduleClaim() {
 void X11Pasteboard::claim() {
     if (!std::exchange(m_isClaimScheduled, false))
         return;
-    m_thread->claim(std::get<OwnContents>(m_contents), m_ownSerial);
+    const auto &own = std::get<OwnContents>(m_contents);
+    m_thread->claim(own, m_ownSerial);
+    readOwnFiles(own);
+}
+
+void X11Pasteboard::readOwnFiles(const OwnContents &own) {
+    QList<QByteArray> paths;
+    for (const QUrl &url : own.urls.first(std::min<qsizetype>(own.urls.size(), m_limits.files))) {
+        if (url.isLocalFile())
+            paths.append(url.toLocalFile().toLocal8Bit());
+    }
+    if (paths.isEmpty() || !own.image.isNull())
+        return;
+    m_files.read(paths, [counter = m_counter, serial = m_ownSerial](const std::optional<QByteArray> &bytes) {
+        const std::lock_guard lock(counter->mutex);
+        X11Pasteboard *const pasteboard = counter->pasteboard;
+        if (!pasteboard || !bytes)
+            return;
+        QMetaObject::invokeMethod(
+            &pasteboard->m_mainThread,
+            [pasteboard, serial, bytes = *bytes] {
+                if (serial == pasteboard->m_ownSerial && std::holds_alternative<OwnContents>(pasteboard->m_contents))
+                    pasteboard->m_ownImageFile = bytes;
+            },
+            Qt::QueuedConnection);
+    });
 }
 
 void X11Pasteboard::receive(const Publication &publication) {
@@ -124,6 +158,7 @@ void X11Pasteboard::receive(const Publication &publication) {
     const auto *old = std::get_if<Foreign>(&m_contents);
     const bool isLarge = old && bytesOf(*old) >= largeBytes;
     m_contents = publication.contents;
+    m_ownImageFile.clear();
     // What the reader took piece by piece lies scattered over its heap: of 40 MB, 10 MB would stay for good.
     if (isLarge)
         ::malloc_trim(0);

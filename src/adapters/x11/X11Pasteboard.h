@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/x11/ImageFileReader.h"
 #include "adapters/x11/PasteboardContents.h"
 #include "adapters/x11/SelectionLimits.h"
 #include "ports/Pasteboard.h"
@@ -16,7 +17,9 @@ class SelectionThread;
 /// The CLIPBOARD selection of the X server in $DISPLAY. Lives on the main thread, and needs its event loop: what other
 /// programs do is told there, so that the contents never change between two reads of one turn.
 ///
-///  1. What stood on the clipboard before this object is there to be read soon after, and is no change.
+///  1. What stood on the clipboard before this object is there to be read soon after, and is no change. The
+///     start waits 0.5 s at most for a server that another program holds; then what stands when it is free is no
+///     change.
 ///  2. The writes of one turn reach the other programs at its end in one step: none of them ever finds the clipboard
 ///     empty in between. They can be read back at once.
 ///  3. One transfer brings at most 64 MiB, one change 128 MiB; a picture has at most 128 megapixels. What is larger is
@@ -25,6 +28,10 @@ class SelectionThread;
 ///  4. COMPOUND_TEXT is kept for other programs, but not read: nobody offers it alone any more.
 ///  5. Contents marked as concealed are not fetched at all, and end with the program that put them there.
 ///  6. Without a server the clipboard works within this program alone.
+///  7. No file is read on the main thread, as a file system that has gone never answers. The picture in a file that
+///  this
+///     program itself wrote here is absent at first, and is there in a later turn, once the file has been read; the
+///     count, which moved with the write, does not move again for it. It comes only while that write still stands.
 ///
 /// The destructor waits up to 1 s for a clipboard manager, if there is one, to take over what is ours.
 class X11Pasteboard final : public Pasteboard {
@@ -46,7 +53,11 @@ public:
 private:
     using Foreign = std::shared_ptr<const ForeignContents>;
 
+    /// Where the readers of files hand over what they read, and whether anybody is there still.
+    struct Counter;
+
     void receive(const Publication &publication);
+    void readOwnFiles(const OwnContents &own);
     [[nodiscard]] OwnContents *ownContents();
     void scheduleClaim();
     void claim();
@@ -56,6 +67,9 @@ private:
     int m_ownSerial = 0;
     bool m_isClaimScheduled = false;
     std::variant<Foreign, OwnContents> m_contents;
+    QByteArray m_ownImageFile; ///< the first picture among the own files, once it was read
+    std::shared_ptr<Counter> m_counter;
+    ImageFileReader m_files;
     QObject m_mainThread; ///< events posted by the reader reach us there; after our end they reach nobody
     std::unique_ptr<SelectionThread> m_thread;
 };

@@ -298,11 +298,9 @@ std::optional<RunningApplication> X11Workspace::Private::programOf(xcb_window_t 
     if (owner.processIdentifier == ::getpid())
         return RunningApplication{QStringLiteral("com.veltrane.Tavrine"), QStringLiteral("Tavrine"), ::getpid(),
                                   window};
-    const KnownProgram byId = knownProgram(owner.applicationId);
-    const KnownProgram byClass = knownProgram(owner.windowClass);
-    return RunningApplication{.bundleIdentifier =
-                                  byId.bundleIdentifier.isEmpty() ? byClass.bundleIdentifier : byId.bundleIdentifier,
-                              .localizedName = byClass.name.isEmpty() ? byId.name : byClass.name,
+    const KnownProgram program = knownProgram(owner.applicationId, owner.windowClass);
+    return RunningApplication{.bundleIdentifier = program.bundleIdentifier,
+                              .localizedName = program.name,
                               .processIdentifier = owner.processIdentifier,
                               .window = window};
 }

@@ -15,7 +15,8 @@ constexpr size_t maxRetired = 8;
 
 } // namespace
 
-XConnection::XConnection() : m_connection(xcb_connect(nullptr, nullptr)) {
+void XConnection::open() {
+    m_connection = xcb_connect(nullptr, nullptr);
     if (xcb_connection_has_error(m_connection))
         return;
     m_maxRequestBytes = qsizetype{xcb_get_maximum_request_length(m_connection)} * 4 - 64; // the request's own header
@@ -39,7 +40,8 @@ XConnection::XConnection() : m_connection(xcb_connect(nullptr, nullptr)) {
 
 XConnection::~XConnection() {
     m_deferred.clear();
-    xcb_disconnect(m_connection);
+    if (m_connection)
+        xcb_disconnect(m_connection);
 }
 
 bool XConnection::isUsable() const {
@@ -107,7 +109,7 @@ xcb_timestamp_t XConnection::serverTime() {
                                                          m_atoms.serverTime, XCB_ATOM_INTEGER, 32, 0, nullptr);
     xcb_flush(m_connection);
     while (XEvent event{xcb_wait_for_event(m_connection)}) {
-        if (eventType(*event) == XCB_PROPERTY_NOTIFY && event->full_sequence >= cookie.sequence) {
+        if (eventType(*event) == XCB_PROPERTY_NOTIFY && !isSequenceBefore(event->full_sequence, cookie.sequence)) {
             const auto &notice = eventAs<xcb_property_notify_event_t>(*event);
             if (notice.window == m_window && notice.atom == m_atoms.serverTime)
                 return notice.time;

@@ -38,16 +38,19 @@ struct PropertyValue {
 
 /// A connection to the X server of the clipboard's own, with an unmapped window that stands for us.
 ///
-/// Made on one thread and handed to another before its first event. Errors that requests cause arrive as events and
-/// are dropped: windows of other programs vanish at any moment. After the connection is lost every call is harmless.
+/// Opened and used on one thread; opening waits for the server, which another program may hold for itself. Errors that
+/// requests cause arrive as events and are dropped: windows of other programs vanish at any moment. After the
+/// connection is lost every call is harmless.
 class XConnection {
 public:
-    /// Connects to $DISPLAY. `isUsable` is false when that fails or when the server lacks selection notices.
-    XConnection();
+    XConnection() = default;
     ~XConnection();
     XConnection(const XConnection &) = delete;
     XConnection &operator=(const XConnection &) = delete;
 
+    /// Connects to $DISPLAY; nothing else may be called before. `isUsable` is false when that fails or when the server
+    /// lacks selection notices.
+    void open();
     [[nodiscard]] bool isUsable() const;
     [[nodiscard]] xcb_connection_t *get() const { return m_connection; }
     [[nodiscard]] int descriptor() const { return xcb_get_file_descriptor(m_connection); }
@@ -84,7 +87,7 @@ public:
 private:
     [[nodiscard]] bool internAll();
 
-    xcb_connection_t *m_connection;
+    xcb_connection_t *m_connection = nullptr;
     xcb_window_t m_window = 0;
     SelectionAtoms m_atoms{};
     int m_selectionNotice = -1;
@@ -97,6 +100,11 @@ private:
 /// The kind of an event, whoever sent it.
 [[nodiscard]] inline int eventType(const xcb_generic_event_t &event) {
     return event.response_type & 0x7F;
+}
+
+/// Sequence numbers wrap.
+[[nodiscard]] constexpr bool isSequenceBefore(unsigned a, unsigned b) {
+    return static_cast<int>(a - b) < 0;
 }
 
 /// An event as what its kind says it is.

@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QRandomGenerator>
+#include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 
@@ -101,6 +102,48 @@ TEST_F(OwnWrites, filesAreOfferedAsUrisAsCopiedFilesAndAsPaths) {
     EXPECT_EQ(pasted("text/uri-list"), "file:///tmp/ein%20B%C3%A4r.txt\r\nfile:///tmp/b%23c\r\n");
     EXPECT_EQ(pasted("x-special/gnome-copied-files"), "copy\nfile:///tmp/ein%20B%C3%A4r.txt\nfile:///tmp/b%23c");
     EXPECT_EQ(pasted("UTF8_STRING"), QStringLiteral("/tmp/ein Bär.txt\n/tmp/b#c").toUtf8());
+}
+
+TEST_F(OwnWrites, aPictureInAnOwnFileIsReadOnlyAfterTheTurnAndIsNoChange) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("picture.png"));
+    ASSERT_TRUE(coloured(12, 11).save(path));
+    const int count = pasteboard().clearContents();
+    pasteboard().writeFileUrls({QUrl::fromLocalFile(path)});
+    EXPECT_FALSE(pasteboard().image()) << "that would be a read on the main thread";
+    ASSERT_TRUE(waitUntil([&] { return pasteboard().image().has_value(); }));
+    EXPECT_EQ(pasteboard().image()->size(), QSize(12, 11));
+    EXPECT_EQ(pasteboard().changeCount(), count);
+}
+
+TEST_F(OwnWrites, aPictureInAnOwnFileIsGoneWithTheWrite) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("picture.png"));
+    ASSERT_TRUE(coloured(12, 11).save(path));
+    for (const bool isRead : {true, false}) {
+        pasteboard().clearContents();
+        pasteboard().writeFileUrls({QUrl::fromLocalFile(path)});
+        if (isRead) {
+            ASSERT_TRUE(waitUntil([&] { return pasteboard().image().has_value(); }));
+        }
+        pasteboard().clearContents();
+        pasteboard().setString(QStringLiteral("text"));
+        EXPECT_FALSE(pasteboard().image());
+        EXPECT_FALSE(waitUntil([&] { return pasteboard().image().has_value(); }, 100));
+    }
+}
+
+TEST_F(OwnWrites, aPictureInAnOwnFileIsReadWithoutAServerToo) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("picture.png"));
+    ASSERT_TRUE(coloured(12, 11).save(path));
+    const QByteArray display = qgetenv("DISPLAY");
+    qputenv("DISPLAY", ":4999");
+    X11Pasteboard alone;
+    qputenv("DISPLAY", display);
+    alone.clearContents();
+    alone.writeFileUrls({QUrl::fromLocalFile(path)});
+    EXPECT_TRUE(waitUntil([&] { return alone.image().has_value(); }));
 }
 
 TEST_F(OwnWrites, aClearedClipboardIsOursAndHasNothing) {

@@ -1,5 +1,7 @@
 #include "adapters/x11/PasteboardImage.h"
 
+#include "adapters/linux/TurboImageCoder.h"
+#include "adapters/x11/SelectionLimits.h"
 #include "adapters/x11/TestPictures.h"
 
 #include <QBuffer>
@@ -53,6 +55,13 @@ TEST(PasteboardImage, asManyPixelsAsAllowedAreDecodedAndNotOneMore) {
     EXPECT_FALSE(decode(encoded("png"), 199));
     EXPECT_TRUE(hasUsableHeader(encoded("png"), 200));
     EXPECT_FALSE(hasUsableHeader(encoded("png"), 199));
+}
+
+TEST(PasteboardImage, aCopiedPictureMayHaveAsManyPixelsAsAPictureInAFileAndNotOneMore) {
+    const qint64 allowed = SelectionLimits{}.imagePixels;
+    EXPECT_EQ(allowed, TurboImageCoder::maxPixels);
+    EXPECT_TRUE(hasUsableHeader(pngThatSays(128'000, 1000), allowed));
+    EXPECT_FALSE(hasUsableHeader(pngThatSays(128'001, 1000), allowed));
 }
 
 TEST(PasteboardImage, aHeaderThatAnnouncesAllMemoryIsRefused) {

@@ -52,6 +52,28 @@ TEST_F(Persistence, whatStoodBeforeTheStartIsReadAndIsNoChange) {
     EXPECT_EQ(pasted("text/html"), "<b>from before</b>");
 }
 
+TEST_F(Persistence, aServerThatAnotherProgramHoldsDelaysTheStartByTheLimitOnly) {
+    xcb_connection_t *const holder = xcb_connect(nullptr, nullptr);
+    xcb_grab_server(holder);
+    std::free(xcb_get_input_focus_reply(holder, xcb_get_input_focus(holder), nullptr)); // it holds by now
+    std::promise<void> started;
+    std::thread releaser([&] {
+        started.get_future().wait_for(std::chrono::seconds(3));
+        xcb_disconnect(holder);
+    });
+    QElapsedTimer timer;
+    timer.start();
+    start();
+    EXPECT_LT(timer.elapsed(), 1500);
+    pasteboard().clearContents();
+    pasteboard().setString(QStringLiteral("written meanwhile"));
+    EXPECT_EQ(pasteboard().string(), QStringLiteral("written meanwhile"));
+    started.set_value();
+    releaser.join();
+    ASSERT_TRUE(waitUntil([&] { return pasted("UTF8_STRING") == "written meanwhile"; }));
+    EXPECT_TRUE(nextCopyIsSeen());
+}
+
 TEST_F(Persistence, aCopyRightAfterTheStartIsAChangeEvenIfAnotherOwnerStoodBefore) {
     TestOwner old;
     old.own({{"UTF8_STRING", Answer::silent()}});

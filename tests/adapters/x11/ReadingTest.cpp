@@ -82,6 +82,16 @@ TEST_F(Reading, copiedPipesFoldersAndTextsAreNoImages) {
     EXPECT_EQ(pasteboard().string(), QStringLiteral("paths"));
 }
 
+TEST_F(Reading, aLoneSurrogateInTheTextBecomesReplacementCharacters) {
+    start();
+    TestOwner owner;
+    owner.ownText("a\xED\xA0\x80z");
+    ASSERT_TRUE(changed());
+    const QString text = pasteboard().string().value_or(QString());
+    EXPECT_TRUE(text.startsWith(QStringLiteral("a\uFFFD")) && text.endsWith(QStringLiteral("\uFFFDz")));
+    EXPECT_TRUE(text.isValidUtf16());
+}
+
 TEST_F(Reading, legacyTextIsReadByItsEncoding) {
     start();
     TestOwner owner;
