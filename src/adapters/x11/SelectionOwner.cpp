@@ -1,5 +1,7 @@
 #include "adapters/x11/SelectionOwner.h"
 
+#include <QStringConverter>
+
 #include <algorithm>
 #include <cstring>
 
@@ -39,7 +41,8 @@ void SelectionOwner::own(const OwnContents &contents, xcb_timestamp_t time) {
               uriList(contents.urls, "copy\n", "\n", false));
     }
     if (const QString text = contents.textOrPaths(); !text.isEmpty()) {
-        const QByteArray utf8 = text.toUtf8();
+        // An encoder marks a lone surrogate as U+FFFD, where `toUtf8` writes a question mark.
+        const QByteArray utf8 = QStringEncoder(QStringEncoder::Utf8).encode(text);
         offer("UTF8_STRING", "UTF8_STRING", utf8);
         offer("text/plain;charset=utf-8", "text/plain;charset=utf-8", utf8);
         offer("text/plain", "text/plain", utf8);

@@ -61,6 +61,12 @@ TEST_F(OwnWrites, whatIsNotThereIsRefused) {
     EXPECT_THAT(requestor.targets(), Not(Contains(QByteArray("image/png"))));
 }
 
+TEST_F(OwnWrites, aLoneSurrogateLeavesAsAReplacementCharacter) {
+    write(QStringLiteral("a") + QChar(0xD800) + QStringLiteral("z"));
+    EXPECT_EQ(pasted("UTF8_STRING"), "a\xEF\xBF\xBDz");
+    EXPECT_EQ(pasted("text/plain;charset=utf-8"), "a\xEF\xBF\xBDz");
+}
+
 TEST_F(OwnWrites, aNulInsideTheTextArrives) {
     write(QString(QLatin1String("a\0b", 3)));
     EXPECT_EQ(pasted("UTF8_STRING"), QByteArray("a\0b", 3));
