@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QImage>
+#include <QList>
+#include <QRectF>
+#include <QString>
+#include <QtPlugin>
+
+namespace tavrine {
+
+/// One QR code in a picture.
+struct DetectedCode {
+    QString payload;
+    /// Where it stands: fractions of the picture, the origin at the bottom left and y growing upwards.
+    QRectF boundingBox;
+    bool operator==(const DetectedCode &) const = default;
+};
+
+/// Finds QR codes in pictures. Loaded when first used. May be called on any thread, one call at a time. There are two:
+/// what finds codes on the screen needs only their words, and shares nothing with what the editor finds them by.
+class CodeDetector {
+public:
+    virtual ~CodeDetector() = default;
+
+    /// Every code whose payload could be read, in the detector's order; equal payloads at different places stay apart.
+    [[nodiscard]] virtual QList<DetectedCode> detect(const QImage &image) = 0;
+};
+
+} // namespace tavrine
+
+Q_DECLARE_INTERFACE(tavrine::CodeDetector, "com.veltrane.Tavrine.CodeDetector")

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QImage>
+#include <QStringList>
+#include <QtPlugin>
+
+#include <variant>
+
+namespace tavrine {
+
+/// Reads text in pictures. Loaded when first used. `recognize` may be called on any thread, one call at a time.
+class Recognizer {
+public:
+    struct Failure {
+        QString reason;
+    };
+    using Result = std::variant<Failure, QStringList>;
+
+    virtual ~Recognizer() = default;
+
+    /// The lines of text in reading order, as accurately as can be; empty when there is none. A failure when the
+    /// picture could not be read at all, for want of a language or of memory.
+    [[nodiscard]] virtual Result recognize(const QImage &image) = 0;
+};
+
+} // namespace tavrine
+
+Q_DECLARE_INTERFACE(tavrine::Recognizer, "com.veltrane.Tavrine.Recognizer")

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+#include <QtPlugin>
+
+#include <memory>
+#include <optional>
+
+namespace tavrine {
+
+/// One world of a JavaScript engine. Scripts are only looked at in it, never run.
+class ScriptContext {
+public:
+    virtual ~ScriptContext() = default;
+
+    /// None when `script` can be parsed; otherwise the engine's words, or "Syntax error." where it has none.
+    [[nodiscard]] virtual std::optional<QString> syntaxCheck(const QString &script) = 0;
+};
+
+/// The engine, loaded when first used. Main thread.
+class ScriptSyntax {
+public:
+    virtual ~ScriptSyntax() = default;
+
+    /// Null when the engine could not be made.
+    [[nodiscard]] virtual std::unique_ptr<ScriptContext> makeContext() = 0;
+};
+
+} // namespace tavrine
+
+Q_DECLARE_INTERFACE(tavrine::ScriptSyntax, "com.veltrane.Tavrine.ScriptSyntax")
