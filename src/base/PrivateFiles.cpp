@@ -34,6 +34,17 @@ void syncFolder(const QByteArray &folder) {
     ::close(fd);
 }
 
+/// Takes all rights of group and others from what is the person's own and of this type.
+void takeRightsOfOthers(const QString &path, mode_t type) {
+    const QByteArray name = QFile::encodeName(path);
+    struct stat status {};
+    if (::lstat(name.constData(), &status) != 0 || (status.st_mode & S_IFMT) != type || status.st_uid != ::geteuid())
+        return;
+    const mode_t mode = status.st_mode & 07777U;
+    if ((mode & (S_IRWXG | S_IRWXO)) != 0)
+        ::chmod(name.constData(), mode & ~static_cast<mode_t>(S_IRWXG | S_IRWXO));
+}
+
 } // namespace
 
 bool makePrivateFolder(const QString &path) {
@@ -43,6 +54,17 @@ bool makePrivateFolder(const QString &path) {
     if (path.isEmpty() || info.exists() || !makePrivateFolder(info.absolutePath()))
         return false;
     return ::mkdir(QFile::encodeName(path).constData(), S_IRWXU) == 0 || QFileInfo(path).isDir();
+}
+
+bool claimPrivateFolder(const QString &path) {
+    if (!makePrivateFolder(path))
+        return false;
+    takeRightsOfOthers(path, S_IFDIR);
+    return true;
+}
+
+void claimPrivateFile(const QString &path) {
+    takeRightsOfOthers(path, S_IFREG);
 }
 
 bool writePrivateFile(const QString &path, const QByteArray &content) {

@@ -94,9 +94,10 @@ qint64 saturatedSum(qint64 a, qint64 b) {
 
 ClipboardDatabase::ClipboardDatabase(const QString &path) : m_queue(QStringLiteral("com.tavrine.clipboard.db")) {
     // A folder that cannot be made leaves a file that cannot be opened, and so no history.
-    (void)makePrivateFolder(QFileInfo(path).absolutePath());
+    (void)claimPrivateFolder(QFileInfo(path).absolutePath());
     m_queue.sync([&] {
         makePrivateFile(QFile::encodeName(path));
+        claimPrivateFile(path);
         sqlite3_open(path.toUtf8().constData(), &m_db);
         sqlite3_busy_timeout(m_db, busyTimeoutMs);
         // The schema stops at `idx_saved` on a file from before the column; the next two statements give it both,

@@ -33,7 +33,7 @@ std::optional<QString> MediaStore::imagesDirectory() const {
     if (m_folders.applicationSupport.isEmpty())
         return std::nullopt;
     const QString folder = m_folders.applicationSupport + QStringLiteral("/Tavrine/Images");
-    makePrivateFolder(folder); // when it fails, so does what is done in it
+    claimPrivateFolder(folder); // when it fails, so does what is done in it
     return folder;
 }
 

@@ -37,6 +37,34 @@ TEST_F(PrivateFiles, aFolderIsMadeWithItsParentsForThePersonAlone) {
     EXPECT_EQ(modeOf(at("one/two")), 0700U);
 }
 
+TEST_F(PrivateFiles, aFolderOfTheProgramsOwnLosesTheRightsOfOthers) {
+    ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("open")));
+    ASSERT_EQ(::chmod(QFile::encodeName(at("open")).constData(), 0755), 0);
+    EXPECT_TRUE(claimPrivateFolder(at("open")));
+    EXPECT_EQ(modeOf(at("open")), 0700U);
+}
+
+TEST_F(PrivateFiles, aFolderThatThePersonMayOnlyReadStaysSo) {
+    ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("sealed")));
+    ASSERT_EQ(::chmod(QFile::encodeName(at("sealed")).constData(), 0555), 0);
+    EXPECT_TRUE(claimPrivateFolder(at("sealed")));
+    EXPECT_EQ(modeOf(at("sealed")), 0500U);
+}
+
+TEST_F(PrivateFiles, aFileLosesTheRightsOfOthersAndWhatALinkPointsToDoesNot) {
+    ASSERT_TRUE(writePrivateFile(at("file"), "a"));
+    ASSERT_TRUE(writePrivateFile(at("elsewhere"), "b"));
+    ASSERT_EQ(::chmod(QFile::encodeName(at("file")).constData(), 0644), 0);
+    ASSERT_EQ(::chmod(QFile::encodeName(at("elsewhere")).constData(), 0644), 0);
+    ASSERT_TRUE(QFile::link(at("elsewhere"), at("link")));
+    claimPrivateFile(at("file"));
+    claimPrivateFile(at("link"));
+    claimPrivateFile(at("absent"));
+    EXPECT_EQ(modeOf(at("file")), 0600U);
+    EXPECT_EQ(modeOf(at("elsewhere")), 0644U);
+    EXPECT_FALSE(QFile::exists(at("absent")));
+}
+
 TEST_F(PrivateFiles, aFolderThatStandsKeepsItsMode) {
     ASSERT_EQ(::mkdir(QFile::encodeName(at("open")).constData(), 0755), 0);
     ASSERT_EQ(::chmod(QFile::encodeName(at("open")).constData(), 0755), 0);

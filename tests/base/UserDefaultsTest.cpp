@@ -2,6 +2,7 @@
 
 #include "adapters/fake/VirtualTime.h"
 #include "base/NotificationCenter.h"
+#include "support/ReadOnlyFolder.h"
 
 #include <QDir>
 #include <QFile>
@@ -257,6 +258,22 @@ TEST_F(UserDefaultsTest, whatCannotBeWrittenStaysInMemoryAndIsTriedAgainWithTheN
     reopen();
     EXPECT_EQ(defaults->get<qint64>(key), 3);
     EXPECT_EQ(defaults->get<qint64>(text("other")), 4);
+}
+
+TEST_F(UserDefaultsTest, inAFolderThatMayOnlyBeReadTheFileStaysAndTheValueIsInMemory) {
+    defaults->set(text("a"), 1);
+    time.runPending();
+    const QByteArray written = content();
+    {
+        const ReadOnlyFolder sealed(QFileInfo(path).path());
+        defaults->set(text("a"), 2);
+        EXPECT_FALSE(defaults->synchronize());
+        EXPECT_EQ(defaults->get<qint64>(text("a")), 2);
+    }
+    EXPECT_EQ(content(), written);
+    EXPECT_TRUE(defaults->synchronize());
+    reopen();
+    EXPECT_EQ(defaults->get<qint64>(text("a")), 2);
 }
 
 TEST_F(UserDefaultsTest, moreThanCanBeReadAgainIsNotWritten) {

@@ -413,6 +413,18 @@ TEST_F(ClipboardDatabaseTest, aWriteIsLostWhenAnotherProgramHoldsTheFileForLonge
     EXPECT_EQ(db.counts().total, 2);
 }
 
+TEST_F(ClipboardDatabaseTest, aFileThatWasOpenToOthersIsClosedToThem) {
+    { ClipboardDatabase db(path); }
+    const QString itsFolder = QFileInfo(path).path();
+    const auto all = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther;
+    ASSERT_TRUE(QFile::setPermissions(path, all));
+    ASSERT_TRUE(QFile::setPermissions(itsFolder, all | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther));
+    const ClipboardDatabase db(path);
+    const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+    EXPECT_EQ(QFile::permissions(path) & others, QFile::Permissions());
+    EXPECT_EQ(QFile::permissions(itsFolder) & others, QFile::Permissions());
+}
+
 TEST_F(ClipboardDatabaseTest, aFullDiskLosesTheWriteAndNothingElse) {
     ClipboardDatabase db(path);
     const ClipboardItem kept = text(QStringLiteral("kept"), 1);

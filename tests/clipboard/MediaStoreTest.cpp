@@ -1,6 +1,11 @@
 #include "ManagerTest.h"
 #include "base/Uuid.h"
 #include "clipboard/JpegLadder.h"
+#include "support/ReadOnlyFolder.h"
+
+#include <csignal>
+
+#include <sys/resource.h>
 
 namespace tavrine {
 namespace {
@@ -47,6 +52,37 @@ TEST_F(Media, anImageIsReadableByThePersonAlone) {
     const auto othersBits = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
     EXPECT_EQ(QFile::permissions(path) & othersBits, QFile::Permissions());
     EXPECT_EQ(QFile::permissions(imagesFolder) & othersBits, QFile::Permissions());
+}
+
+TEST_F(Media, aFolderOfPicturesThatWasOpenToOthersIsClosedToThem) {
+    ASSERT_TRUE(store.saveImage(picture(3, 2)));
+    ASSERT_EQ(::chmod(QFile::encodeName(imagesFolder).constData(), 0755), 0);
+    ASSERT_TRUE(store.saveImage(picture(3, 2)));
+    EXPECT_EQ(QFile::permissions(imagesFolder) & (QFile::ReadGroup | QFile::ReadOther | QFile::ExeOther),
+              QFile::Permissions());
+}
+
+TEST_F(Media, aFolderThatMayOnlyBeReadTakesNoPictureAndKeepsTheOthers) {
+    const QString kept = store.saveImage(picture(3, 2)).value();
+    {
+        const ReadOnlyFolder sealed(imagesFolder);
+        EXPECT_EQ(store.saveImage(picture(3, 2)), std::nullopt);
+    }
+    EXPECT_EQ(storedImages(), QStringList{kept});
+}
+
+TEST_F(Media, aFullDiskTakesNoPictureAndLeavesNoHalfOfOne) {
+    const QString kept = store.saveImage(picture(3, 2)).value();
+    coder.setSize([](double) { return 100'000; });
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit full{50'000, before.rlim_max};
+    auto *const handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &full);
+    EXPECT_EQ(store.saveImage(picture(3, 2)), std::nullopt);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(storedImages(), QStringList{kept});
 }
 
 TEST_F(Media, theFirstFactorIsEnoughForTwoHundredThousandBytes) {

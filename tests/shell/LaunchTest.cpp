@@ -58,25 +58,77 @@ TEST_F(Launch, theToolsComeUpInTheirOrder) {
     EXPECT_THAT(hooks.takeCalls(), IsEmpty());
 }
 
-TEST_F(Launch, theTrayItemStandsBeforeTheTools) {
-    struct Looker final : ToolHooks {
-        FakeStatusItem &item;
-        FakeUpdater &updater;
-        int imagesAtNotch = -1;
-        int startsAtNotch = -1;
-        Looker(FakeStatusItem &theItem, FakeUpdater &theUpdater) : item(theItem), updater(theUpdater) {}
-        void showNotch() override {
-            imagesAtNotch = item.imageCount();
-            startsAtNotch = updater.starts();
+// What stands at the moment of each call that the launch makes, in one log.
+TEST_F(Launch, theStepsComeOneAfterTheOther) {
+    std::vector<std::string> log;
+
+    class LoggingUpdater final : public Updater {
+    public:
+        explicit LoggingUpdater(std::function<void()> onStart) : m_onStart(std::move(onStart)) {}
+        void start() override { m_onStart(); }
+        void checkForUpdates() override {}
+
+    private:
+        std::function<void()> m_onStart;
+    };
+
+    class LoggingHooks final : public ToolHooks {
+    public:
+        explicit LoggingHooks(std::function<void(const char *)> note) : m_note(std::move(note)) {}
+        void showNotch() override { m_note("shelf"); }
+        void registerHotkeys() override { m_note("hot keys"); }
+        void startSpeedObservers() override { m_note("speed observers"); }
+        void stopMeter() override { m_note("meter off"); }
+        void setOnSnipComplete(const std::function<void(const QImage &)> &) override { m_note("snips"); }
+        void setOnKeepAwakeChange(const std::function<void()> &) override { m_note("flags"); }
+        bool accessibilityTrusted(bool) override {
+            m_note("onboarding");
+            return true;
         }
-    } looker(statusItem, updater);
+        void updateStatusItem() override { m_note("second draw"); }
+        void openMainWindow(const QString &) override { ++requests; }
+        int requests = 0;
+
+    private:
+        std::function<void(const char *)> m_note;
+    };
+
+    LoggingHooks *tools = nullptr;
+    const auto state = [&] {
+        std::string text;
+        workspace.setFrontmost(QStringLiteral("org.example.one"), 1001);
+        workspace.setFrontmost(QStringLiteral("org.example.two"), 1002);
+        if (!delegate->previouslyActiveApplication())
+            text += ", deaf";
+        if (statusItem.imageCount() > 0)
+            text += ", tray item";
+        if (manager->isPaused())
+            text += ", history paused";
+        const int before = tools->requests;
+        center.post(QLatin1String("openLofiSettingsRequested"));
+        if (tools->requests > before)
+            text += ", observers";
+        return text;
+    };
+    LoggingUpdater logged([&] { log.push_back("updater" + state()); });
+    LoggingHooks loggingHooks([&](const char *call) { log.push_back(call + state()); });
+    tools = &loggingHooks;
+    defaults.set(text("hasCompletedOnboarding"), true);
+    defaults.set(text("featureNetworkSpeed"), false);
+    defaults.set(text("featureClipboardHistory"), false);
     construct();
-    delegate = std::make_unique<AppDelegate>(AppDelegate::Ports{
-        time, defaults, center, workspace, statusItem, application, updater, *manager, *flags, *experience, looker});
-    outputOf([&] { delegate->applicationDidFinishLaunching(); });
-    EXPECT_EQ(looker.imagesAtNotch, 1);
-    EXPECT_EQ(looker.startsAtNotch, 1);
-    EXPECT_EQ(updater.starts(), 1);
+    delegate =
+        std::make_unique<AppDelegate>(AppDelegate::Ports{time, defaults, center, workspace, statusItem, application,
+                                                         logged, *manager, *flags, *experience, loggingHooks});
+    manager->setPaused(false);
+    outputOf([&] {
+        delegate->applicationDidFinishLaunching();
+        time.advance(500ms);
+    });
+    EXPECT_THAT(log, ElementsAre("updater", "shelf, tray item", "hot keys, tray item", "speed observers, tray item",
+                                 "meter off, tray item", "snips, tray item, history paused",
+                                 "flags, tray item, history paused", "onboarding, tray item, history paused",
+                                 "second draw, tray item, history paused, observers"));
 }
 
 TEST_F(Launch, toolsThatAreOffStayDown) {
