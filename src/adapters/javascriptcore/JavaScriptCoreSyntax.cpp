@@ -37,9 +37,11 @@ public:
     [[nodiscard]] std::optional<QString> syntaxCheck(const QString &script) override {
         const EngineString source(JSStringCreateWithUTF8CString(script.toUtf8().constData()));
         JSValueRef exception = nullptr;
+        m_errorLine.reset();
         if (JSCheckScriptSyntax(m_context, source.get(), nullptr, 1, &exception))
             return std::nullopt;
         if (exception) {
+            m_errorLine = lineOf(exception);
             const EngineString words(JSValueToStringCopy(m_context, exception, nullptr));
             if (words.get())
                 return words.toText();
@@ -47,8 +49,22 @@ public:
         return QStringLiteral("Syntax error.");
     }
 
+    [[nodiscard]] std::optional<int> errorLine() const override { return m_errorLine; }
+
 private:
+    /// The engine's errors carry the line as a property of theirs.
+    [[nodiscard]] std::optional<int> lineOf(JSValueRef exception) const {
+        if (!JSValueIsObject(m_context, exception))
+            return std::nullopt;
+        const EngineString name(JSStringCreateWithUTF8CString("line"));
+        JSObjectRef error = JSValueToObject(m_context, exception, nullptr);
+        const double line =
+            JSValueToNumber(m_context, JSObjectGetProperty(m_context, error, name.get(), nullptr), nullptr);
+        return line >= 1 && line <= 1e9 ? std::optional(static_cast<int>(line)) : std::nullopt;
+    }
+
     JSGlobalContextRef m_context;
+    std::optional<int> m_errorLine;
 };
 
 } // namespace
