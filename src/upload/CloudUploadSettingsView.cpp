@@ -1,5 +1,6 @@
 #include "upload/CloudUploadSettingsView.h"
 
+#include "base/Time.h"
 #include "look/Button.h"
 #include "look/EmptyState.h"
 #include "look/Indicators.h"
@@ -59,7 +60,7 @@ QBoxLayout *row(int spacing = space::small) {
 
 CloudUploadSettingsView::CloudUploadSettingsView(CloudUploadSettingsModel::Ports ports,
                                                  CloudUploadSettingsModel::Texts texts, QWidget *parent)
-    : QWidget(parent), m_model(std::move(ports), std::move(texts)) {
+    : QWidget(parent), m_time(ports.time), m_model(std::move(ports), std::move(texts)) {
     auto *page = new QWidget;
     auto *column = new QVBoxLayout(page);
     column->setContentsMargins(space::huge, space::huge, space::huge, space::huge);
@@ -188,9 +189,8 @@ void CloudUploadSettingsView::refresh() {
 }
 
 void CloudUploadSettingsView::refreshResult() {
-    if (m_result->isHidden() && m_model.hasTestResult())
-        QMetaObject::invokeMethod( // once the page has found its height
-            m_pane, [this] { m_pane->scrollTo(m_pane->maximumOffset(), true); }, Qt::QueuedConnection);
+    if (m_result->isHidden() && m_model.hasTestResult()) // in sight, once the page has found its height
+        m_time.asyncAfter(Seconds(0.05), this, [this] { m_pane->scrollTo(m_pane->maximumOffset(), true); });
     m_result->setVisible(m_model.hasTestResult());
     if (!m_model.hasTestResult())
         return;

@@ -39,6 +39,7 @@ private:
     void refresh();
     void refreshResult();
 
+    Time &m_time;
     CloudUploadSettingsModel m_model;
     look::ScrollPane *m_pane = nullptr;
     look::Toggle *m_toggle = nullptr;

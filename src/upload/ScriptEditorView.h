@@ -28,7 +28,7 @@ public:
     /// The text as it was typed; `toPlainText` turns spaces that do not break into others.
     [[nodiscard]] QString script() const;
 
-    [[nodiscard]] QSize sizeHint() const override { return {480, 300}; }
+    [[nodiscard]] QSize sizeHint() const override { return {480, 200}; }
     [[nodiscard]] QSize minimumSizeHint() const override { return {200, 120}; }
     [[nodiscard]] int gutterWidth() const;
 

@@ -4,6 +4,7 @@
 
 #include <QAbstractScrollArea>
 #include <QScrollBar>
+#include <QWidget>
 
 namespace tavrine {
 
@@ -19,6 +20,8 @@ void thinScrollBars(QAbstractScrollArea &area) {
                                          "QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }"
                                          "QScrollBar::add-page, QScrollBar::sub-page { background: none; }")
                               .arg(theme.field.name(), thumb(28), thumb(45));
+    if (!area.cornerWidget())
+        area.setCornerWidget(new QWidget); // in place of the toolkit's grip
     area.verticalScrollBar()->setStyleSheet(sheet);
     area.horizontalScrollBar()->setStyleSheet(sheet);
 }
