@@ -50,9 +50,13 @@ struct CustomUploadManager::Writes {
     int underWay = 0;
 };
 
+bool CustomUploadManager::isEnabledIn(const UserDefaults &defaults) {
+    return defaults.get<bool>(enabledKey, false);
+}
+
 CustomUploadManager::CustomUploadManager(Ports ports, QObject *parent)
-    : QObject(parent), m_ports(ports), m_isEnabled(ports.defaults.get<bool>(enabledKey, false)),
-      m_writes(std::make_shared<Writes>()), m_keychainQueue(QStringLiteral("com.tavrine.cloudUploadKeychain")) {
+    : QObject(parent), m_ports(ports), m_isEnabled(isEnabledIn(ports.defaults)), m_writes(std::make_shared<Writes>()),
+      m_keychainQueue(QStringLiteral("com.tavrine.cloudUploadKeychain")) {
     load();
 }
 

@@ -37,6 +37,9 @@ public:
         Time &time;
     };
 
+    /// The preference, for who wants to know before there is a manager.
+    [[nodiscard]] static bool isEnabledIn(const UserDefaults &defaults);
+
     explicit CustomUploadManager(Ports ports, QObject *parent = nullptr);
     ~CustomUploadManager() override;
 
