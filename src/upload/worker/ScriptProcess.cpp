@@ -47,6 +47,7 @@ void setEngineOptions() {
     // allowed. The plain allocator and no cage: then nearly all memory is asked of the kernel, which has the limit, and
     // not taken from 70 GB that were reserved before.
     setenv("JSC_useJIT", "0", 1);
+    setenv("JSC_useWasm", "0", 1);
     setenv("JSC_useConcurrentGC", "0", 1);
     setenv("JSC_numberOfGCMarkers", "1", 1);
     setenv("JSC_forceRAMSize", std::to_string(limits::scriptMemory).c_str(), 1);
@@ -78,7 +79,7 @@ std::optional<std::string> readStandardInput() {
 class ScriptProcess {
 public:
     explicit ScriptProcess(int socket)
-        : m_socket(socket), m_world({[this](std::string line) { log(std::move(line)); },
+        : m_socket(socket), m_world({[this](std::string line) { return log(std::move(line)); },
                                      [this](const ScriptRequest &request) { send(requestFrame(request)); }}) {}
 
     [[noreturn]] void run() {
@@ -121,11 +122,12 @@ private:
             _exit(1);
     }
 
-    void log(std::string line) {
-        if (m_logs.add(std::move(line)) || !m_toldOfMore) {
-            m_toldOfMore = m_logs.isFull();
-            send(FrameWriter(FrameKind::log).text(m_logs.lines().back()));
-        }
+    bool log(std::string line) {
+        if (m_logs.isFull())
+            return true;
+        m_logs.add(std::move(line));
+        send(FrameWriter(FrameKind::log).text(m_logs.lines().back()));
+        return m_logs.isFull();
     }
 
     [[nodiscard]] bool waitForGo() {
@@ -169,7 +171,6 @@ private:
     int m_socket;
     FrameAssembler m_frames;
     WorkerLogs m_logs;
-    bool m_toldOfMore = false;
     ScriptWorld m_world;
 };
 

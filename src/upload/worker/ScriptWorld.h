@@ -40,7 +40,8 @@ struct ScriptAnswer {
 class ScriptWorld {
 public:
     struct Outside {
-        std::function<void(std::string line)> log;
+        /// True when no further line is wanted.
+        std::function<bool(std::string line)> log;
         std::function<void(ScriptRequest)> request;
     };
 

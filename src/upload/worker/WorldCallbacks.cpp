@@ -85,11 +85,9 @@ JSValueRef WorldCallbacks::btoa(JSContextRef context, JSObjectRef, JSObjectRef, 
 
 JSValueRef WorldCallbacks::log(JSContextRef context, JSObjectRef, JSObjectRef, std::size_t count, Arguments arguments,
                                JSValueRef *) {
-    if (count > 0 && world->m_outside.log) {
-        if (const auto line = stringOf(context, arguments[0]))
-            world->m_outside.log(utf8FromUnits(line->units(), limits::logLineBytes));
-    }
-    return undefined(context);
+    const auto line = count > 0 ? stringOf(context, arguments[0]) : std::nullopt;
+    return JSValueMakeBoolean(context,
+                              line && world->m_outside.log(utf8FromUnits(line->units(), limits::logLineBytes)));
 }
 
 JSValueRef WorldCallbacks::now(JSContextRef context, JSObjectRef, JSObjectRef, std::size_t, Arguments, JSValueRef *) {

@@ -10,7 +10,7 @@
     const { isView } = ArrayBuffer;
     const stringify = JSON.stringify;
     const TextOf = String, NumberOf = Number, TypeErrorOf = TypeError, RangeErrorOf = RangeError;
-    const Bytes = Uint8Array, Buffer = ArrayBuffer;
+    const Bytes = Uint8Array;
     const errorPrototype = Error.prototype;
     const slice = uncurried(String.prototype.slice);
     const unitAt = uncurried(String.prototype.charCodeAt);
@@ -27,6 +27,7 @@
     const mapEach = uncurried(Map.prototype.forEach), setEach = uncurried(Set.prototype.forEach);
     const mapSize = uncurried(getOwnPropertyDescriptor(Map.prototype, 'size').get);
     const setSize = uncurried(getOwnPropertyDescriptor(Set.prototype, 'size').get);
+    const bufferSize = uncurried(getOwnPropertyDescriptor(ArrayBuffer.prototype, 'byteLength').get);
     const isPlainPrototype = (prototype) => prototype === Object.prototype || prototype === null;
 
     // ---- What a console shows ----
@@ -57,6 +58,7 @@
             return true;
         }
     };
+    const isBuffer = (value) => !fails(bufferSize, value);
     const isError = (value) => {
         for (let up = value, steps = 0; up !== null && steps < 100; up = getPrototypeOf(up), ++steps)
             if (up === errorPrototype) return true;
@@ -146,7 +148,7 @@
         if (!fails(regExpSource, object) && object !== RegExp.prototype) return kept(regExpText(object));
         if (!fails(mapSize, object)) return collectionText('Map', mapSize(object), mapEach, object, here);
         if (!fails(setSize, object)) return collectionText('Set', setSize(object), setEach, object, here);
-        if (isView(object) || (object instanceof Buffer)) return bytesText(object);
+        if (isView(object) || isBuffer(object)) return bytesText(object);
         const name = nameOf(object);
         return (name ? name + ' ' : '') + membersText(object, here);
     };
@@ -215,9 +217,12 @@
         return text;
     };
 
-    let indent = '';
+    let indent = '', isFull = false;
     const counts = { __proto__: null }, starts = { __proto__: null };
-    const log = (...args) => host.log(indent + lineText(args, 0));
+    const put = (text) => { isFull = host.log(indent + text); };
+    const log = (...args) => {
+        if (!isFull) put(lineText(args, 0)); // what nobody keeps need not be put together
+    };
     const label = (name) => (name === undefined ? 'default' : typeof name === 'string' ? name : shownAlone(name));
     const shownAlone = (value) => {
         room = mostUnits;
@@ -228,9 +233,9 @@
     const console = {
         log, info: log, debug: log, warn: log, error: log,
         dir: (value) => log(value), dirxml: log, table: (value) => log(value),
-        trace: (...args) => host.log(indent + 'Trace: ' + lineText(args, 0)),
+        trace: (...args) => put('Trace: ' + lineText(args, 0)),
         assert: (holds, ...args) => {
-            if (!holds) host.log(indent + 'Assertion failed' + (args.length ? ': ' + lineText(args, 0) : ''));
+            if (!holds) put('Assertion failed' + (args.length ? ': ' + lineText(args, 0) : ''));
         },
         group: (...args) => {
             if (args.length) log(...args);
@@ -239,13 +244,13 @@
         groupEnd: () => { indent = slice(indent, 2); },
         count: (name) => {
             name = label(name);
-            host.log(indent + name + ': ' + (counts[name] = (counts[name] || 0) + 1));
+            put(name + ': ' + (counts[name] = (counts[name] || 0) + 1));
         },
         countReset: (name) => { counts[label(name)] = 0; },
         time: (name) => { starts[label(name)] = host.now(); },
         timeLog: (name) => {
             name = label(name);
-            if (name in starts) host.log(indent + name + ': ' + TextOf(host.now() - starts[name]) + ' ms');
+            if (name in starts) put(name + ': ' + TextOf(host.now() - starts[name]) + ' ms');
         },
         timeEnd: (name) => {
             console.timeLog(name);
@@ -278,7 +283,7 @@
     const bytesOf = (source) => {
         if (source === undefined) return new Bytes(0);
         if (isView(source)) return new Bytes(source.buffer, source.byteOffset, source.byteLength);
-        if (source instanceof Buffer) return new Bytes(source);
+        if (isBuffer(source)) return new Bytes(source);
         throw new TypeErrorOf('bytes are wanted: an ArrayBuffer or a view of one');
     };
     define(global, 'TextEncoder', class TextEncoder {
