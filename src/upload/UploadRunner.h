@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Date.h"
-#include "upload/UploadScriptResult.h"
+#include "upload/UploadScriptError.h"
 
 #include <functional>
 

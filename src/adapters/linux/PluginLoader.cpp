@@ -16,12 +16,14 @@ constexpr const char *pluginFolders[] = {"../lib/tavrine", TAVRINE_INSTALLED_PLU
 } // namespace
 
 QObject *loadPlugin(const QString &name) {
+    QString last;
     const QDir program(QCoreApplication::applicationDirPath());
     for (const char *folder : pluginFolders) {
         const QString path = QDir::cleanPath(
             program.filePath(QString::fromUtf8(folder) + QLatin1Char('/') + name + QStringLiteral(".so")));
-        if (!QFile::exists(path))
+        if (path == last || !QFile::exists(path))
             continue;
+        last = path;
         QPluginLoader loader(path); // destroying it does not unload the plugin
         if (QObject *root = loader.instance())
             return root;
