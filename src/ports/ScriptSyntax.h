@@ -15,6 +15,9 @@ public:
 
     /// None when `script` can be parsed; otherwise the engine's words, or "Syntax error." where it has none.
     [[nodiscard]] virtual std::optional<QString> syntaxCheck(const QString &script) = 0;
+
+    /// The line of what `syntaxCheck` last complained of, counted from 1; none where the engine does not tell it.
+    [[nodiscard]] virtual std::optional<int> errorLine() const { return std::nullopt; }
 };
 
 /// The engine, loaded when first used. Main thread.

@@ -2,6 +2,8 @@
 #include "adapters/linux/DesktopUrlOpener.h"
 #include "adapters/linux/NoFeedUpdater.h"
 #include "adapters/linux/NoMovieAsset.h"
+#include "adapters/linux/PluginKeychain.h"
+#include "adapters/linux/PluginLoader.h"
 #include "adapters/linux/PortalAppearance.h"
 #include "adapters/linux/QtApplication.h"
 #include "adapters/linux/QtTime.h"
@@ -36,6 +38,7 @@
 #include "shell/OnboardingView.h"
 #include "shell/QtToastWindows.h"
 #include "shell/ShellTools.h"
+#include "upload/CustomUploadManager.h"
 #include "utilities/EmojiPickerStore.h"
 #include "utilities/EmojiPickerView.h"
 
@@ -156,6 +159,15 @@ int main(int argc, char **argv) {
     DesktopUrlOpener urlOpener;
     std::optional<PanelAdapters> panels;
     std::optional<EmojiPickerStore> emojiStore; // with its table, from the first opening on
+    // Made with the first card, editor or settings page that asks; for who uploads, soon after the launch, so that the
+    // first card has its button. Nobody else pays for the key ring.
+    PluginKeychain keychain([] { return qobject_cast<Keychain *>(loadPlugin(QStringLiteral("keychain"))); });
+    std::optional<CustomUploadManager> uploads;
+    const auto uploadManager = [&]() -> CustomUploadManager & {
+        if (!uploads)
+            uploads.emplace(CustomUploadManager::Ports{.defaults = defaults, .keychain = keychain, .time = time});
+        return *uploads;
+    };
     const auto desktop = [&] {
         panels.emplace(pasteboard, look);
         return ShellTools::Desktop{.panels = {.windows = panels->windows,
@@ -192,5 +204,7 @@ int main(int argc, char **argv) {
     tools.setDelegate(&appDelegate);
     delegate = &appDelegate;
     appDelegate.applicationDidFinishLaunching();
+    if (CustomUploadManager::isEnabledIn(defaults))
+        time.asyncAfter(Seconds(1), [&] { uploadManager(); });
     return QApplication::exec();
 }

@@ -7,6 +7,9 @@
 #include <QPointer>
 #include <QStringDecoder>
 
+#include <condition_variable>
+#include <mutex>
+
 namespace tavrine {
 
 namespace {
@@ -17,13 +20,13 @@ KeychainItem scriptItem() {
     return {QStringLiteral("com.veltrane.Tavrine"), QStringLiteral("cloudUploadScript")};
 }
 
-/// Empty for whatever is not a text.
-QString readScript(Keychain &keychain) {
-    const Keychain::Data found = keychain.copyMatching(scriptItem());
+/// Empty for whatever is not a text. A byte order mark is part of one.
+QString textOf(const Keychain::Data &found) {
     const auto *data = std::get_if<QByteArray>(&found);
     if (!data)
         return {};
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QStringDecoder decoder(QStringDecoder::Utf8,
+                           QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
     const QString text = decoder(*data);
     return decoder.hasError() ? QString() : text;
 }
@@ -41,10 +44,28 @@ void writeScript(Keychain &keychain, const QString &script) {
 
 } // namespace
 
+struct CustomUploadManager::Writes {
+    std::mutex mutex;
+    std::condition_variable ended;
+    int underWay = 0;
+};
+
+bool CustomUploadManager::isEnabledIn(const UserDefaults &defaults) {
+    return defaults.get<bool>(enabledKey, false);
+}
+
 CustomUploadManager::CustomUploadManager(Ports ports, QObject *parent)
-    : QObject(parent), m_ports(ports), m_isEnabled(ports.defaults.get<bool>(enabledKey, false)),
+    : QObject(parent), m_ports(ports), m_isEnabled(isEnabledIn(ports.defaults)), m_writes(std::make_shared<Writes>()),
       m_keychainQueue(QStringLiteral("com.tavrine.cloudUploadKeychain")) {
     load();
+}
+
+CustomUploadManager::~CustomUploadManager() {
+    {
+        std::unique_lock lock(m_writes->mutex);
+        m_writes->ended.wait_for(lock, longestGoodbye, [this] { return m_writes->underWay == 0; });
+    }
+    m_ports.keychain.cancel();
 }
 
 bool CustomUploadManager::isConfigured() const {
@@ -58,31 +79,49 @@ void CustomUploadManager::setEnabled(bool isEnabled) {
 }
 
 void CustomUploadManager::setScript(const QString &script) {
+    m_source = Source::person;
     m_savedScript = script;
-    Q_EMIT changed();
     persistScript();
+    Q_EMIT changed();
+}
+
+void CustomUploadManager::loadAgainIfFailed() {
+    if (m_source == Source::failedToLoad)
+        load();
 }
 
 void CustomUploadManager::load() {
+    m_source = Source::loading;
     m_keychainQueue.async([&ports = m_ports, self = QPointer(this)] {
-        const QString script = readScript(ports.keychain);
-        ports.time.async([self, script] {
-            if (self)
-                self->apply(script);
+        const Keychain::Data found = ports.keychain.copyMatching(scriptItem());
+        ports.time.async([self, found] {
+            if (!self || self->m_source != Source::loading)
+                return;
+            self->m_source = found == Keychain::Data(KeychainStatus::failure) ? Source::failedToLoad : Source::keychain;
+            self->applyLoaded(textOf(found));
         });
     });
 }
 
-void CustomUploadManager::apply(const QString &loadedScript) {
+void CustomUploadManager::applyLoaded(const QString &script) {
     m_isApplyingLoadedScript = true;
-    setScript(loadedScript);
-    m_isApplyingLoadedScript = false;
+    m_savedScript = script;
+    persistScript();
+    m_isApplyingLoadedScript = false; // before others hear of it: what they save by it is to be written
+    Q_EMIT changed();
 }
 
 void CustomUploadManager::persistScript() {
     if (m_isApplyingLoadedScript)
         return;
-    m_keychainQueue.async([&keychain = m_ports.keychain, script = m_savedScript] { writeScript(keychain, script); });
+    const std::lock_guard lock(m_writes->mutex);
+    ++m_writes->underWay;
+    m_keychainQueue.async([&keychain = m_ports.keychain, script = m_savedScript, writes = m_writes] {
+        writeScript(keychain, script);
+        const std::lock_guard endLock(writes->mutex);
+        --writes->underWay;
+        writes->ended.notify_all();
+    });
 }
 
 } // namespace tavrine

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <sys/types.h>
+
+namespace tavrine {
+
+/// An owned file descriptor.
+class Descriptor {
+public:
+    Descriptor() = default;
+    explicit Descriptor(int number) : m_number(number) {}
+    Descriptor(Descriptor &&other) noexcept : m_number(other.release()) {}
+    Descriptor &operator=(Descriptor &&other) noexcept {
+        if (this != &other) {
+            close();
+            m_number = other.release();
+        }
+        return *this;
+    }
+    ~Descriptor() { close(); }
+
+    [[nodiscard]] int number() const { return m_number; }
+    [[nodiscard]] bool isOpen() const { return m_number >= 0; }
+    int release();
+    void close();
+
+private:
+    int m_number = -1;
+};
+
+/// A program started with no arguments, this process's environment, pipes on standard input and output, and standard
+/// error on the null device.
+///
+/// Signals go through a pidfd, so they can never hit another process; `isRunning`, `terminate` and `kill` may be called
+/// from any thread while the task lives.
+class WorkerTask {
+public:
+    /// Zero, or why it could not be started (an errno).
+    [[nodiscard]] int launch(const QString &executable);
+
+    /// The pipe to its standard input; non-blocking. Can be taken once.
+    [[nodiscard]] Descriptor takeInput() { return std::move(m_input); }
+    /// The pipe from its standard output; non-blocking.
+    [[nodiscard]] int output() const { return m_output.number(); }
+    /// Readable once the process has ended.
+    [[nodiscard]] int process() const { return m_process.number(); }
+
+    [[nodiscard]] bool isRunning() const;
+    void terminate() const;
+    void kill() const;
+    /// Blocks until the process has ended, and lets the system forget it.
+    void waitUntilExit() const;
+
+private:
+    Descriptor m_input;
+    Descriptor m_output;
+    Descriptor m_process;
+};
+
+} // namespace tavrine

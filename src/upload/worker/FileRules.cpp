@@ -1,0 +1,81 @@
+#include "upload/worker/FileRules.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace tavrine {
+namespace {
+
+// The kernel's own numbers and records (include/uapi/linux/landlock.h); Debian 12's headers lack the later rights.
+constexpr long createRulesetCall = 444;
+constexpr long addRuleCall = 445;
+constexpr long restrictSelfCall = 446;
+constexpr std::uint32_t versionFlag = 1;
+constexpr int pathRule = 1;
+constexpr std::uint64_t readFile = 1u << 2;
+constexpr std::uint64_t readFolder = 1u << 3;
+constexpr std::uint64_t rightsOfVersion1 = (1u << 13) - 1; // execute … make symbolic links
+constexpr std::uint64_t referRight = 1u << 13;             // version 2
+constexpr std::uint64_t truncateRight = 1u << 14;          // version 3
+constexpr std::uint64_t deviceRight = 1u << 15;            // version 5
+
+struct RulesetAttributes {
+    std::uint64_t handledFileRights;
+};
+struct [[gnu::packed]] PathAttributes {
+    std::uint64_t allowedRights;
+    std::int32_t folder;
+};
+
+class Descriptor {
+public:
+    explicit Descriptor(long number) : m_number(static_cast<int>(number)) {}
+    ~Descriptor() {
+        if (m_number >= 0)
+            close(m_number);
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    [[nodiscard]] int number() const { return m_number; }
+
+private:
+    int m_number;
+};
+
+std::optional<std::string> failed() {
+    return std::string("landlock: ") + std::strerror(errno);
+}
+
+} // namespace
+
+std::optional<std::string> allowFilesOnlyIn(const std::vector<std::string> &folders) {
+    const long version = syscall(createRulesetCall, nullptr, 0, versionFlag);
+    if (version < 0)
+        return errno == ENOSYS || errno == EOPNOTSUPP ? std::nullopt : failed();
+    RulesetAttributes rights{rightsOfVersion1};
+    if (version >= 2)
+        rights.handledFileRights |= referRight;
+    if (version >= 3)
+        rights.handledFileRights |= truncateRight;
+    if (version >= 5)
+        rights.handledFileRights |= deviceRight;
+    const Descriptor ruleset(syscall(createRulesetCall, &rights, sizeof rights, 0));
+    if (ruleset.number() < 0)
+        return failed();
+    for (const std::string &path : folders) {
+        const Descriptor folder(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        if (folder.number() < 0)
+            continue;
+        const PathAttributes rule{readFile | readFolder, folder.number()};
+        if (syscall(addRuleCall, ruleset.number(), pathRule, &rule, 0) != 0)
+            return failed();
+    }
+    return syscall(restrictSelfCall, ruleset.number(), 0) == 0 ? std::nullopt : failed();
+}
+
+} // namespace tavrine

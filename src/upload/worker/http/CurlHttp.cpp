@@ -1,0 +1,232 @@
+#include "upload/worker/Http.h"
+#include "upload/worker/HttpRules.h"
+#include "upload/worker/WorkerLimits.h"
+
+#include <algorithm>
+#include <list>
+#include <memory>
+#include <optional>
+
+#include <curl/curl.h>
+
+namespace tavrine {
+namespace {
+
+/// One exchange, over all its redirects.
+class Exchange {
+public:
+    explicit Exchange(HttpRequest request)
+        : m_request(std::move(request)), m_end(Clock::now() + limits::exchangeTimeOut) {}
+    ~Exchange() {
+        curl_easy_cleanup(m_handle);
+        curl_slist_free_all(m_headers);
+    }
+    Exchange(const Exchange &) = delete;
+    Exchange &operator=(const Exchange &) = delete;
+
+    [[nodiscard]] CURL *handle() const { return m_handle; }
+
+    /// A handle for the request as it is now.
+    [[nodiscard]] CURL *prepare() {
+        curl_easy_cleanup(m_handle);
+        curl_slist_free_all(m_headers);
+        m_headers = nullptr;
+        m_body.clear();
+        m_isTooLong = false;
+        m_words[0] = '\0';
+        m_handle = curl_easy_init();
+        if (!m_handle)
+            return nullptr;
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_end - Clock::now());
+        set(CURLOPT_URL, m_request.url.c_str());
+        set(CURLOPT_PROTOCOLS_STR, "http,https");
+        set(CURLOPT_FOLLOWLOCATION, 0L); // redirects are followed by our own rules
+        set(CURLOPT_SSL_VERIFYPEER, 1L);
+        set(CURLOPT_SSL_VERIFYHOST, 2L);
+        set(CURLOPT_CONNECTTIMEOUT, static_cast<long>(limits::connectTimeOut.count()));
+        set(CURLOPT_TIMEOUT_MS, static_cast<long>(std::max<std::int64_t>(left.count(), 1)));
+        set(CURLOPT_NOSIGNAL, 1L);
+        set(CURLOPT_NETRC, static_cast<long>(CURL_NETRC_IGNORED));
+        set(CURLOPT_ACCEPT_ENCODING, ""); // what the library can unpack; the script gets the contents
+        set(CURLOPT_ERRORBUFFER, m_words);
+        set(CURLOPT_PRIVATE, this);
+        set(CURLOPT_WRITEFUNCTION, &Exchange::receive);
+        set(CURLOPT_WRITEDATA, this);
+        setMethodAndBody();
+        setHeaders();
+        return m_handle;
+    }
+
+    /// The answer, or none when the exchange goes on with a redirect.
+    [[nodiscard]] std::optional<HttpAnswer> end(CURLcode code) {
+        HttpAnswer answer{m_request.id, {}, 0, {}};
+        if (code != CURLE_OK) {
+            answer.failure = m_isTooLong  ? "The response is larger than 8 MiB."
+                             : m_words[0] ? m_words
+                                          : curl_easy_strerror(code);
+            return answer;
+        }
+        long status = 0;
+        curl_easy_getinfo(m_handle, CURLINFO_RESPONSE_CODE, &status);
+        const char *location = nullptr;
+        curl_easy_getinfo(m_handle, CURLINFO_REDIRECT_URL, &location);
+        const bool isRedirect = status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+        if (isRedirect && location) {
+            if (++m_redirects > limits::redirects)
+                answer.failure = "There were too many redirects.";
+            else if (const auto refused = followRedirect(m_request, status, location))
+                answer.failure = *refused;
+            else
+                return std::nullopt;
+            return answer;
+        }
+        answer.status = static_cast<std::uint32_t>(status);
+        answer.body = std::move(m_body);
+        return answer;
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    template <class Value>
+    void set(CURLoption option, Value value) {
+        curl_easy_setopt(m_handle, option, value);
+    }
+
+    void setMethodAndBody() {
+        if (m_request.method == "HEAD") {
+            set(CURLOPT_NOBODY, 1L);
+            return;
+        }
+        const bool hasBody = !m_request.body.empty() || m_request.method == "POST";
+        if (hasBody) {
+            set(CURLOPT_POST, 1L);
+            set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(m_request.body.size()));
+            set(CURLOPT_POSTFIELDS, m_request.body.data());
+        }
+        set(CURLOPT_CUSTOMREQUEST, m_request.method.c_str());
+    }
+
+    void setHeaders() {
+        // Only what the script names, beside what every request must have. "Expect" would cost a round trip.
+        bool hasType = false;
+        for (const auto &[name, value] : m_request.headers) {
+            hasType = hasType || curl_strequal(name.c_str(), "content-type");
+            // A header without a value is spelled with a semicolon, for with a colon the library drops it.
+            add(value.find_first_not_of(" \t") == std::string::npos ? name + ";" : name + ": " + value);
+        }
+        add("Expect:");
+        if (!hasType)
+            add(m_request.body.empty() ? "Content-Type:" : "Content-Type: text/plain;charset=UTF-8");
+        set(CURLOPT_HTTPHEADER, m_headers);
+    }
+
+    void add(const std::string &line) {
+        if (curl_slist *longer = curl_slist_append(m_headers, line.c_str()))
+            m_headers = longer;
+    }
+
+    static std::size_t receive(char *data, std::size_t size, std::size_t count, void *self) {
+        auto *exchange = static_cast<Exchange *>(self);
+        const std::size_t bytes = size * count;
+        exchange->m_isTooLong = exchange->m_body.size() + bytes > limits::responseBytes;
+        if (exchange->m_isTooLong)
+            return 0; // ends the exchange
+        exchange->m_body.append(data, bytes);
+        return bytes;
+    }
+
+    HttpRequest m_request;
+    Clock::time_point m_end;
+    CURL *m_handle = nullptr;
+    curl_slist *m_headers = nullptr;
+    std::string m_body;
+    bool m_isTooLong = false;
+    int m_redirects = 0;
+    char m_words[CURL_ERROR_SIZE] = {};
+};
+
+class CurlHttp final : public Http {
+public:
+    CurlHttp() {
+        curl_global_init(CURL_GLOBAL_DEFAULT);
+        m_multi = curl_multi_init();
+    }
+    ~CurlHttp() override {
+        for (const auto &exchange : m_running)
+            curl_multi_remove_handle(m_multi, exchange->handle());
+        m_running.clear();
+        curl_multi_cleanup(m_multi);
+    }
+    CurlHttp(const CurlHttp &) = delete;
+    CurlHttp &operator=(const CurlHttp &) = delete;
+
+    void start(HttpRequest request) override {
+        if (m_running.size() >= limits::requestsAtOnce) {
+            m_ended.push_back({request.id, "There are too many requests at once.", 0, {}});
+            return;
+        }
+        if (const auto refused = refusal(request)) {
+            m_ended.push_back({request.id, *refused, 0, {}});
+            return;
+        }
+        m_running.push_back(std::make_unique<Exchange>(std::move(request)));
+        launch(*m_running.back());
+    }
+
+    void wait(std::vector<pollfd> &others, std::chrono::milliseconds longest) override {
+        std::vector<curl_waitfd> waited;
+        for (const pollfd &other : others)
+            waited.push_back({other.fd,
+                              static_cast<short>((other.events & POLLIN ? CURL_WAIT_POLLIN : 0) |
+                                                 (other.events & POLLOUT ? CURL_WAIT_POLLOUT : 0)),
+                              0});
+        const auto timeOut = m_ended.empty() ? static_cast<int>(longest.count()) : 0;
+        curl_multi_poll(m_multi, waited.data(), static_cast<unsigned>(waited.size()), timeOut, nullptr);
+        // The library passes on neither hang-ups nor errors, so the descriptors are asked once more.
+        poll(others.data(), others.size(), 0);
+        advance();
+    }
+
+    std::vector<HttpAnswer> takeEnded() override { return std::exchange(m_ended, {}); }
+
+private:
+    void launch(Exchange &exchange) {
+        if (CURL *handle = exchange.prepare())
+            curl_multi_add_handle(m_multi, handle);
+    }
+
+    void advance() {
+        int running = 0;
+        curl_multi_perform(m_multi, &running);
+        int left = 0;
+        while (const CURLMsg *message = curl_multi_info_read(m_multi, &left)) {
+            if (message->msg != CURLMSG_DONE)
+                continue;
+            CURL *const handle = message->easy_handle;
+            const CURLcode code = message->data.result; // gone once the handle is taken out
+            curl_multi_remove_handle(m_multi, handle);
+            const auto found = std::find_if(m_running.begin(), m_running.end(),
+                                            [handle](const auto &exchange) { return exchange->handle() == handle; });
+            if (found == m_running.end())
+                continue;
+            if (auto answer = (*found)->end(code)) {
+                m_ended.push_back(std::move(*answer));
+                m_running.erase(found);
+            } else {
+                launch(**found);
+            }
+        }
+    }
+
+    CURLM *m_multi = nullptr;
+    std::list<std::unique_ptr<Exchange>> m_running;
+    std::vector<HttpAnswer> m_ended;
+};
+
+} // namespace
+} // namespace tavrine
+
+extern "C" [[gnu::visibility("default")]] tavrine::Http *tavrineMakeHttp() {
+    return new tavrine::CurlHttp;
+}

@@ -1,0 +1,5 @@
+#include "upload/worker/UploadWorker.h"
+
+int main() {
+    return tavrine::runUploadWorker();
+}
