@@ -1,5 +1,7 @@
 #include "base/CaseInsensitiveText.h"
 
+#include <gtest/gtest.h>
+
 namespace tavrine {
 namespace {
 

@@ -5,6 +5,8 @@
 #include "clipboard/OldHistory.h"
 #include "clipboard/RetentionPeriod.h"
 
+#include <QStringList>
+
 #include <gtest/gtest.h>
 
 namespace tavrine {

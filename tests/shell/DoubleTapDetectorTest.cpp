@@ -2,6 +2,8 @@
 
 #include "ports/EventMonitors.h"
 
+#include <gtest/gtest.h>
+
 namespace tavrine {
 namespace {
 

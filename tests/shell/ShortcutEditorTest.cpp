@@ -10,6 +10,8 @@
 #include <memory>
 #include <set>
 
+#include <gtest/gtest.h>
+
 namespace tavrine {
 namespace {
 
