@@ -1,0 +1,161 @@
+#include "desktop/Desktop.h"
+
+#include <QHash>
+
+#include <cstdlib>
+#include <memory>
+
+#include <xcb/xcb.h>
+
+namespace tavrine::testing {
+namespace {
+
+constexpr quint32 longestProperty = 1 << 16; // in words
+
+template <class T>
+std::unique_ptr<T, void (*)(void *)> owned(T *pointer) {
+    return {pointer, &std::free};
+}
+
+/// Where a letter stands on an American keyboard; 0 for another sign.
+int keycodeOf(char letter) {
+    struct Row {
+        const char *letters;
+        int first;
+    };
+    for (const Row row :
+         {Row{"1234567890-", 10}, Row{"qwertyuiop", 24}, Row{"asdfghjkl;", 38}, Row{"zxcvbnm", 52}, Row{" ", 65}})
+        for (int i = 0; row.letters[i]; ++i)
+            if (row.letters[i] == letter)
+                return row.first + i;
+    return 0;
+}
+
+} // namespace
+
+Desktop::Desktop()
+    : m_connection(xcb_connect(nullptr, nullptr)),
+      m_root(xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root) {}
+
+Desktop::~Desktop() {
+    xcb_disconnect(m_connection);
+}
+
+quint32 Desktop::atom(const char *name) const {
+    static QHash<QByteArray, quint32> known; // all of them belong to one display
+    if (const auto found = known.constFind(name); found != known.cend())
+        return *found;
+    const auto answer = owned(xcb_intern_atom_reply(
+        m_connection, xcb_intern_atom(m_connection, 0, static_cast<quint16>(qstrlen(name)), name), nullptr));
+    return known[name] = answer ? answer->atom : 0U;
+}
+
+QByteArray Desktop::property(quint32 window, const char *name) const {
+    const auto answer = owned(xcb_get_property_reply(
+        m_connection,
+        xcb_get_property(m_connection, 0, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, longestProperty), nullptr));
+    if (!answer)
+        return {};
+    return {static_cast<const char *>(xcb_get_property_value(answer.get())),
+            xcb_get_property_value_length(answer.get())};
+}
+
+bool Desktop::isViewable(quint32 window) const {
+    const auto answer =
+        owned(xcb_get_window_attributes_reply(m_connection, xcb_get_window_attributes(m_connection, window), nullptr));
+    return answer && answer->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+// The windows of the programs stand right under the root, or one step below in the frame of a window manager.
+void Desktop::visit(const std::function<void(quint32)> &each) const {
+    const auto children = [this](quint32 window) {
+        const auto tree = owned(xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, window), nullptr));
+        std::vector<quint32> windows;
+        if (tree)
+            windows.assign(xcb_query_tree_children(tree.get()),
+                           xcb_query_tree_children(tree.get()) + xcb_query_tree_children_length(tree.get()));
+        return windows;
+    };
+    for (const quint32 top : children(m_root)) {
+        if (!isViewable(top))
+            continue;
+        each(top);
+        for (const quint32 framed : children(top))
+            each(framed);
+    }
+}
+
+QString Desktop::title(quint32 window) const {
+    const QByteArray name = property(window, "_NET_WM_NAME");
+    return QString::fromUtf8(name.isEmpty() ? property(window, "WM_NAME") : name);
+}
+
+std::vector<quint32> Desktop::windowsTitled(const QString &wanted) const {
+    return windowsMatching([&wanted](const QString &title) { return title == wanted; });
+}
+
+std::vector<quint32> Desktop::windowsMatching(const std::function<bool(const QString &)> &matches) const {
+    std::vector<quint32> found;
+    visit([&](quint32 window) { // a frame has the title of its window, but no class
+        if (matches(title(window)) && isViewable(window) && !property(window, "WM_CLASS").isEmpty())
+            found.push_back(window);
+    });
+    return found;
+}
+
+bool Desktop::isShown(const char *title) const {
+    return !windowsTitled(QLatin1String(title)).empty();
+}
+
+bool Desktop::hasKeyboard(const char *title) const {
+    const auto windows = windowsTitled(QLatin1String(title));
+    return windows.size() == 1 && windows.front() == keyboard.focusedWindow();
+}
+
+QRect Desktop::geometry(quint32 window) const {
+    const auto size = owned(xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, window), nullptr));
+    const auto place = owned(xcb_translate_coordinates_reply(
+        m_connection, xcb_translate_coordinates(m_connection, window, m_root, 0, 0), nullptr));
+    if (!size || !place)
+        return {};
+    return {place->dst_x, place->dst_y, size->width, size->height};
+}
+
+quint32 Desktop::activeWindow() const {
+    const QByteArray window = property(m_root, "_NET_ACTIVE_WINDOW");
+    return window.size() == 4 ? *reinterpret_cast<const quint32 *>(window.constData()) : 0;
+}
+
+quint32 Desktop::windowOf(qint64 processId) const {
+    quint32 found = 0;
+    visit([&](quint32 window) {
+        const QByteArray pid = property(window, "_NET_WM_PID");
+        if (found == 0 && pid.size() == 4 && isViewable(window) &&
+            *reinterpret_cast<const quint32 *>(pid.constData()) == static_cast<quint32>(processId))
+            found = window;
+    });
+    return found;
+}
+
+void Desktop::type(const char *text) {
+    for (; *text; ++text)
+        keyboard.tap(keycodeOf(*text));
+}
+
+void Desktop::openEmojiPanel() {
+    keyboard.chord({key::leftSuper, key::leftShift, keycodeOf('e')});
+}
+
+void Desktop::activate(quint32 window) {
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = window;
+    event.type = atom("_NET_ACTIVE_WINDOW");
+    event.data.data32[0] = 2; // asked by a pager, which is always obeyed
+    xcb_send_event(m_connection, 0, m_root, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char *>(&event));
+    xcb_flush(m_connection);
+}
+
+} // namespace tavrine::testing
