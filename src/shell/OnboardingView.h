@@ -1,6 +1,7 @@
 #pragma once
 
 #include "look/MotionClock.h"
+#include "look/PanelSurface.h"
 #include "shell/OnboardingModel.h"
 
 #include <QPixmap>
@@ -17,7 +18,7 @@ class Button;
 ///
 /// Belongs to the welcome window; lives on the main thread. Return goes on from anywhere but a button that has the
 /// keyboard itself.
-class OnboardingView : public QWidget {
+class OnboardingView : public look::PanelSurface {
     Q_OBJECT
 
 public:
@@ -27,7 +28,7 @@ public:
     ~OnboardingView() override;
 
     /// The window of a first run, not yet shown: titled, in the middle of the screen, of a fixed size, without a close
-    /// button, and moved by its ground.
+    /// button, and moved by its ground. A window manager that is told to close it is not obeyed.
     [[nodiscard]] static std::unique_ptr<QWidget> makeWindow(const OnboardingModel::Ports &ports,
                                                              std::function<void()> onClose);
 
@@ -37,6 +38,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
 
 private:
     void showPage();

@@ -8,6 +8,7 @@
 #include "look/Button.h"
 #include "look/Indicators.h"
 
+#include <QCloseEvent>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -66,7 +67,16 @@ TEST_F(OnboardingViewTest, theWindowIsTitledFixedAndHasNoCloseButton) {
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Welcome to Tavrine"));
     EXPECT_EQ(window->size(), QSize(600, 500));
     EXPECT_FALSE(window->windowFlags() & Qt::WindowCloseButtonHint);
-    EXPECT_TRUE(window->windowFlags() & Qt::WindowTitleHint);
+    EXPECT_TRUE(window->windowFlags() & Qt::FramelessWindowHint); // some window managers draw one into every frame
+}
+
+TEST_F(OnboardingViewTest, aWindowManagerCannotCloseItAndTheProgramCan) {
+    QCloseEvent event;
+    QSpontaneKeyEvent::setSpontaneous(&event); // from outside
+    qApp->notify(window.get(), &event);
+    EXPECT_FALSE(event.isAccepted());
+    window->close();
+    EXPECT_FALSE(window->isVisible());
 }
 
 TEST_F(OnboardingViewTest, buttonsLeadThroughThePagesToTheEnd) {
