@@ -8,7 +8,6 @@
 #include "shell/OnboardingFlow.h"
 #include "shell/OnboardingPagesView.h"
 
-#include <QCloseEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPainter>
@@ -18,6 +17,7 @@
 namespace tavrine {
 namespace {
 
+constexpr int hairline = 1; // round the window, which nothing may cover
 constexpr int titleHeight = 32;
 constexpr float quietTitle = 0.55F; // white's opacity
 constexpr float quietEdge = 0.12F;
@@ -65,9 +65,10 @@ protected:
         look::preparePainter(painter);
         painter.setClipRect(rect());
         // As much of the window as the pages take: its upper corners are round.
-        look::fillRounded(painter, QRectF(rect()).adjusted(0, 0, 0, look::radius::panel), look::radius::panel,
-                          onboardingPages::ground);
-        paintTitle(painter, width());
+        look::fillRounded(painter, QRectF(rect()).adjusted(0, 0, 0, look::radius::panel),
+                          look::radius::panel - hairline, onboardingPages::ground);
+        painter.translate(-hairline, -hairline); // the pictures are those of the whole page
+        paintTitle(painter, width() + 2 * hairline);
         const double way = m_direction * width() * turnWay;
         painter.setOpacity(1 - m_part);
         painter.drawPixmap(QPointF(-way * m_part, 0), m_from);
@@ -155,7 +156,7 @@ void OnboardingView::turnPages(const QPixmap &from) {
     auto *turning = new TurningPages(from, pictureOf(*m_pages[size_t(m_model.currentPage())]),
                                      m_model.goingForward() ? 1 : -1, this);
     m_turning = turning;
-    turning->setGeometry(pageRect());
+    turning->setGeometry(pageRect().adjusted(hairline, hairline, -hairline, 0));
     turning->QWidget::show();
     m_turn.start(
         turnLength, look::easeInOut, [turning](double part) { turning->show(part); },
@@ -181,9 +182,9 @@ void OnboardingView::paintEvent(QPaintEvent *) {
     if (!look::Look::composites()) // the mask cuts pixels whole, so none may be half covered
         painter.fillRect(rect(), onboardingPages::ground);
     look::fillRounded(painter, rect(), look::radius::panel, onboardingPages::ground);
-    QColor hairline(Qt::white);
-    hairline.setAlphaF(quietEdge);
-    look::strokeHairline(painter, rect(), look::radius::panel, hairline);
+    QColor edge(Qt::white);
+    edge.setAlphaF(quietEdge);
+    look::strokeHairline(painter, rect(), look::radius::panel, edge);
     paintTitle(painter, this->width());
     double width = dotGap * double(m_dots.size() - 1);
     for (const double part : m_dots)
@@ -205,13 +206,6 @@ void OnboardingView::keyPressEvent(QKeyEvent *event) {
         return;
     }
     QWidget::keyPressEvent(event);
-}
-
-void OnboardingView::closeEvent(QCloseEvent *event) {
-    if (event->spontaneous())
-        event->ignore(); // the way out is the last page's button
-    else
-        PanelSurface::closeEvent(event);
 }
 
 void OnboardingView::mousePressEvent(QMouseEvent *event) {

@@ -28,7 +28,7 @@ public:
     ~OnboardingView() override;
 
     /// The window of a first run, not yet shown: titled, in the middle of the screen, of a fixed size, without a close
-    /// button, and moved by its ground. A window manager that is told to close it is not obeyed.
+    /// button, and moved by its ground.
     [[nodiscard]] static std::unique_ptr<QWidget> makeWindow(const OnboardingModel::Ports &ports,
                                                              std::function<void()> onClose);
 
@@ -38,7 +38,6 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
-    void closeEvent(QCloseEvent *event) override;
 
 private:
     void showPage();

@@ -2,14 +2,17 @@
 
 #include <QHash>
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 
+#include <xcb/res.h>
 #include <xcb/xcb.h>
 
 namespace tavrine::testing {
 namespace {
 
+constexpr quint32 pager = 2;                 // whose requests are always obeyed
 constexpr quint32 longestProperty = 1 << 16; // in words
 
 template <class T>
@@ -121,6 +124,32 @@ QRect Desktop::geometry(quint32 window) const {
     return {place->dst_x, place->dst_y, size->width, size->height};
 }
 
+QRect Desktop::frameOf(quint32 window) const {
+    const QByteArray extents = property(window, "_NET_FRAME_EXTENTS"); // left, right, top, bottom
+    QRect frame = geometry(window);
+    if (extents.size() == 16) {
+        const auto *e = reinterpret_cast<const qint32 *>(extents.constData());
+        frame.adjust(-e[0], -e[2], e[1], e[3]);
+    }
+    return frame;
+}
+
+quint32 Desktop::topWindowAt(QPoint place) {
+    const quint32 deepest = keyboard.windowAt(place.x(), place.y());
+    quint32 found = 0;
+    visit([&](quint32 window) { // frames have no class
+        if (property(window, "WM_CLASS").isEmpty() || !isViewable(window))
+            return;
+        for (quint32 inner = deepest; inner != 0 && inner != m_root;) {
+            if (inner == window)
+                found = window;
+            const auto tree = owned(xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, inner), nullptr));
+            inner = tree ? tree->parent : 0;
+        }
+    });
+    return found;
+}
+
 quint32 Desktop::activeWindow() const {
     const QByteArray window = property(m_root, "_NET_ACTIVE_WINDOW");
     return window.size() == 4 ? *reinterpret_cast<const quint32 *>(window.constData()) : 0;
@@ -147,12 +176,49 @@ void Desktop::openEmojiPanel() {
 }
 
 void Desktop::activate(quint32 window) {
+    tellWindowManager(window, "_NET_ACTIVE_WINDOW", {pager});
+}
+
+void Desktop::close(quint32 window) {
+    tellWindowManager(window, "_NET_CLOSE_WINDOW", {0, pager});
+}
+
+void Desktop::setFullScreen(quint32 window, bool isFullScreen) {
+    tellWindowManager(window, "_NET_WM_STATE", {isFullScreen ? 1U : 0U, atom("_NET_WM_STATE_FULLSCREEN"), 0, pager});
+}
+
+void Desktop::move(quint32 window, QPoint place) {
+    const quint32 values[] = {static_cast<quint32>(place.x()), static_cast<quint32>(place.y())};
+    xcb_configure_window(m_connection, window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, values);
+    xcb_flush(m_connection);
+}
+
+void Desktop::doubleClick(QPoint place) {
+    click(place);
+    click(place);
+}
+
+qint64 Desktop::windowManager() const {
+    const QByteArray window = property(m_root, "_NET_SUPPORTING_WM_CHECK");
+    if (window.size() != 4)
+        return 0;
+    const xcb_res_client_id_spec_t spec{*reinterpret_cast<const quint32 *>(window.constData()),
+                                        XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    const auto answer =
+        owned(xcb_res_query_client_ids_reply(m_connection, xcb_res_query_client_ids(m_connection, 1, &spec), nullptr));
+    if (!answer || xcb_res_query_client_ids_ids_length(answer.get()) == 0)
+        return 0;
+    const auto ids = xcb_res_query_client_ids_ids_iterator(answer.get());
+    return *xcb_res_client_id_value_value(ids.data);
+}
+
+void Desktop::tellWindowManager(quint32 window, const char *message, std::initializer_list<quint32> data) {
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
     event.window = window;
-    event.type = atom("_NET_ACTIVE_WINDOW");
-    event.data.data32[0] = 2; // asked by a pager, which is always obeyed
+    event.type = atom(message);
+    std::copy(data.begin(), data.end(), event.data.data32);
     xcb_send_event(m_connection, 0, m_root, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char *>(&event));
     xcb_flush(m_connection);

@@ -32,6 +32,12 @@ public:
     [[nodiscard]] QString title(quint32 window) const;
     /// In pixels of the whole screen, without a window manager's frame; empty for a window that is gone.
     [[nodiscard]] QRect geometry(quint32 window) const;
+    /// With the frame, where a window manager drew one.
+    [[nodiscard]] QRect frameOf(quint32 window) const;
+    /// The window of a program that is uppermost at a place.
+    [[nodiscard]] quint32 topWindowAt(QPoint place);
+    /// The process that runs the window manager; 0 for none.
+    [[nodiscard]] qint64 windowManager() const;
     /// The first window of a process on the screen; 0 for none.
     [[nodiscard]] quint32 windowOf(qint64 processId) const;
 
@@ -41,10 +47,17 @@ public:
     void openEmojiPanel();
     void pressReturn() { keyboard.tap(key::returnKey); }
     void pressEscape() { keyboard.tap(key::escape); }
-    /// As a task bar does it.
+    // As a task bar does it.
     void activate(quint32 window);
+    void close(quint32 window);
+    void setFullScreen(quint32 window, bool isFullScreen);
+    /// As the person drags it, whatever its frame.
+    void move(quint32 window, QPoint place);
+    void click(QPoint place) { keyboard.click(1, place.x(), place.y()); }
+    void doubleClick(QPoint place);
 
 private:
+    void tellWindowManager(quint32 window, const char *message, std::initializer_list<quint32> data);
     void visit(const std::function<void(quint32)> &each) const;
     [[nodiscard]] QByteArray property(quint32 window, const char *name) const;
     [[nodiscard]] quint32 atom(const char *name) const;

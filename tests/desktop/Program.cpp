@@ -49,7 +49,7 @@ bool Program::start() {
            isRunning() && (!environment.contains(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")) || waitUntil(hasBusName));
 }
 
-bool Program::startOnboarded(const QByteArray &preferences) {
+bool Program::writePreferences(const QByteArray &entries) const {
     QFile file(preferencesPath());
     if (!file.open(QIODevice::WriteOnly))
         return false;
@@ -57,9 +57,12 @@ bool Program::startOnboarded(const QByteArray &preferences) {
                "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
                "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
                "<plist version=\"1.0\"><dict><key>hasCompletedOnboarding</key><true/>" +
-               preferences + "</dict></plist>\n");
-    file.close();
-    return start() &&
+               entries + "</dict></plist>\n");
+    return file.flush();
+}
+
+bool Program::startOnboarded(const QByteArray &preferences) {
+    return writePreferences(preferences) && start() &&
            waitUntil([this] { return output().contains(QLatin1String("Accessibility Trusted on Launch: true")); });
 }
 

@@ -22,6 +22,8 @@ public:
     /// The same for a person who has seen the welcome window, with further preferences: entries of a property list.
     /// Waits until pastes are possible.
     [[nodiscard]] bool startOnboarded(const QByteArray &preferences = {});
+    /// Writes them from outside, as another program or a person does; it may run or not.
+    [[nodiscard]] bool writePreferences(const QByteArray &entries) const;
     /// Adds rows to the history from outside, the first of them the oldest. For a program that has run and does not
     /// now.
     [[nodiscard]] bool addRows(const QStringList &contents) const;

@@ -8,7 +8,6 @@
 #include "look/Button.h"
 #include "look/Indicators.h"
 
-#include <QCloseEvent>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -68,15 +67,6 @@ TEST_F(OnboardingViewTest, theWindowIsTitledFixedAndHasNoCloseButton) {
     EXPECT_EQ(window->size(), QSize(600, 500));
     EXPECT_FALSE(window->windowFlags() & Qt::WindowCloseButtonHint);
     EXPECT_TRUE(window->windowFlags() & Qt::FramelessWindowHint); // some window managers draw one into every frame
-}
-
-TEST_F(OnboardingViewTest, aWindowManagerCannotCloseItAndTheProgramCan) {
-    QCloseEvent event;
-    QSpontaneKeyEvent::setSpontaneous(&event); // from outside
-    qApp->notify(window.get(), &event);
-    EXPECT_FALSE(event.isAccepted());
-    window->close();
-    EXPECT_FALSE(window->isVisible());
 }
 
 TEST_F(OnboardingViewTest, buttonsLeadThroughThePagesToTheEnd) {
