@@ -124,6 +124,10 @@ QRect Desktop::geometry(quint32 window) const {
     return {place->dst_x, place->dst_y, size->width, size->height};
 }
 
+QSize Desktop::size() const {
+    return geometry(m_root).size();
+}
+
 QRect Desktop::frameOf(quint32 window) const {
     const QByteArray extents = property(window, "_NET_FRAME_EXTENTS"); // left, right, top, bottom
     QRect frame = geometry(window);

@@ -21,6 +21,8 @@ public:
 
     TestKeyboard keyboard;
 
+    /// Of the whole screen, all monitors together.
+    [[nodiscard]] QSize size() const;
     /// Every window on the screen with exactly this title, whether or not a window manager knows it.
     [[nodiscard]] std::vector<quint32> windowsTitled(const QString &title) const;
     [[nodiscard]] std::vector<quint32> windowsMatching(const std::function<bool(const QString &title)> &matches) const;

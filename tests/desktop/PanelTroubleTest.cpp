@@ -123,7 +123,7 @@ TEST_F(PanelTrouble, aFullScreenTargetHasThePanelAboveItAndGetsThePaste) {
     ASSERT_TRUE(target.isReady());
     const quint32 window = desktop.windowOf(target.processId());
     desktop.setFullScreen(window, true);
-    ASSERT_TRUE(waitUntil([&] { return desktop.geometry(window).size() == QSize(1280, 800); }));
+    ASSERT_TRUE(waitUntil([&] { return desktop.geometry(window).size() == desktop.size(); }));
     ASSERT_TRUE(openClipboard());
     const QPoint middle = panel(clipboardPanel).center();
     EXPECT_TRUE(
@@ -131,7 +131,7 @@ TEST_F(PanelTrouble, aFullScreenTargetHasThePanelAboveItAndGetsThePaste) {
     desktop.type("first");
     desktop.pressReturn();
     EXPECT_TRUE(hasArrived(target, str("first text"))) << qPrintable(target.text());
-    EXPECT_EQ(desktop.geometry(window).size(), QSize(1280, 800));
+    EXPECT_EQ(desktop.geometry(window).size(), desktop.size());
 }
 
 TEST_F(PanelTrouble, aProgramThatGrabsTheKeyboardKeepsItsKeysAndThePanelComesAfterIt) {
@@ -289,4 +289,70 @@ TEST_F(PanelTrouble, theWelcomeWindowHasNoFrameAndIsNotClosedByTheWindowManager)
     for (int page = 0; page < 3; ++page)
         desktop.pressReturn();
     EXPECT_TRUE(isClosed(welcomeWindow));
+}
+
+/// Two monitors side by side, each half of the screen.
+class PanelsOnTwoMonitors : public PanelTrouble {
+protected:
+    void SetUp() override {
+        const QSize all = desktop.size();
+        ASSERT_TRUE(xrandr({str("--setmonitor"), str("left"), half(0), str("screen")}));
+        ASSERT_TRUE(xrandr({str("--setmonitor"), str("right"), half(all.width() / 2), str("none")}));
+    }
+    void TearDown() override {
+        (void)xrandr({str("--delmonitor"), str("right")});
+        (void)xrandr({str("--delmonitor"), str("left")});
+    }
+    static bool xrandr(const QStringList &words) { return QProcess::execute(str("xrandr"), words) == 0; }
+    [[nodiscard]] QString half(int left) const {
+        const QSize all = desktop.size();
+        return str("%1/300x%2/200+%3+0").arg(all.width() / 2).arg(all.height()).arg(left);
+    }
+    [[nodiscard]] QRect monitor(int number) const {
+        const QSize all = desktop.size();
+        return {number * all.width() / 2, 0, all.width() / 2, all.height()};
+    }
+    void putOnMonitor(int number) {
+        const quint32 window = desktop.windowOf(target.processId());
+        desktop.move(window, monitor(number).topLeft() + QPoint(100, 600));
+        ASSERT_TRUE(waitUntil([&] { return monitor(number).contains(desktop.geometry(window)); }));
+    }
+    bool isCentredOn(int number) {
+        return waitUntil(
+            [&] { return std::abs(panel(clipboardPanel).center().x() - monitor(number).center().x()) <= 1; },
+            openingBound);
+    }
+    void close() {
+        desktop.pressEscape();
+        ASSERT_TRUE(isClosed(clipboardPanel));
+    }
+
+    LineTarget target{TAVRINE_CLIENTS "/gtk-entry"};
+};
+
+TEST_F(PanelsOnTwoMonitors, thePanelStandsOnTheMonitorOfTheWindowInFront) {
+    ASSERT_TRUE(target.isReady());
+    ASSERT_TRUE(startWith({str("first text")}));
+    for (const int number : {1, 0, 1}) {
+        ASSERT_NO_FATAL_FAILURE(putOnMonitor(number));
+        ASSERT_TRUE(openClipboard());
+        EXPECT_TRUE(isCentredOn(number)) << number << ": " << panel(clipboardPanel).x();
+        ASSERT_NO_FATAL_FAILURE(close());
+    }
+}
+
+TEST_F(PanelsOnTwoMonitors, aMonitorUnpluggedUnderAnOpenPanelCostsNothing) {
+    ASSERT_TRUE(target.isReady());
+    ASSERT_TRUE(startWith({str("first text")}));
+    ASSERT_NO_FATAL_FAILURE(putOnMonitor(1));
+    ASSERT_TRUE(openClipboard());
+    ASSERT_TRUE(isCentredOn(1));
+    ASSERT_TRUE(xrandr({str("--delmonitor"), str("right")}));
+    pass(500ms);
+    EXPECT_TRUE(program.isRunning());
+    desktop.type("first");
+    desktop.pressReturn();
+    EXPECT_TRUE(hasArrived(target, str("first text"))) << qPrintable(target.text());
+    ASSERT_TRUE(openClipboard());
+    EXPECT_TRUE(isCentredOn(0)) << panel(clipboardPanel).x(); // the one that is left
 }
