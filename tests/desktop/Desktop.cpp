@@ -154,6 +154,28 @@ quint32 Desktop::topWindowAt(QPoint place) {
     return found;
 }
 
+quint32 Desktop::overlayAt(QPoint place) const {
+    quint32 found = 0;
+    visit([&](quint32 window) {
+        const auto facts = owned(
+            xcb_get_window_attributes_reply(m_connection, xcb_get_window_attributes(m_connection, window), nullptr));
+        if (facts && facts->override_redirect && facts->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT &&
+            !property(window, "WM_CLASS").isEmpty() && geometry(window).contains(place))
+            found = window; // they come from the lowest to the uppermost
+    });
+    return found;
+}
+
+bool Desktop::isAbove(quint32 upper, quint32 lower) const {
+    bool isLowerSeen = false;
+    bool isAbove = false;
+    visit([&](quint32 window) {
+        isLowerSeen = isLowerSeen || window == lower;
+        isAbove = isAbove || (window == upper && isLowerSeen);
+    });
+    return isAbove;
+}
+
 quint32 Desktop::activeWindow() const {
     const QByteArray window = property(m_root, "_NET_ACTIVE_WINDOW");
     return window.size() == 4 ? *reinterpret_cast<const quint32 *>(window.constData()) : 0;

@@ -29,6 +29,9 @@ public:
     [[nodiscard]] bool isShown(const char *title) const;
     /// Exactly one window has the title, and it has the keyboard.
     [[nodiscard]] bool hasKeyboard(const char *title) const;
+    /// The uppermost window at a place that no window manager knows, whether or not it takes clicks; 0 for none.
+    [[nodiscard]] quint32 overlayAt(QPoint place) const;
+    [[nodiscard]] bool isAbove(quint32 upper, quint32 lower) const;
     /// As the window manager tells it; the keyboard itself may be with a window inside it.
     [[nodiscard]] quint32 activeWindow() const;
     [[nodiscard]] QString title(quint32 window) const;

@@ -5,6 +5,10 @@
 #include "desktop/PasteTargets.h"
 #include "desktop/Program.h"
 
+#include <QDateTime>
+#include <QDir>
+#include <QUuid>
+
 #include <csignal>
 
 #include <gtest/gtest.h>
@@ -222,6 +226,72 @@ TEST_F(PanelTrouble, rowsThatNobodyWantsAreShownScrolledAndPasted) {
     ASSERT_NO_FATAL_FAILURE(choose("wwwww"));
     EXPECT_TRUE(waitUntil([] { return paste().size() == 3 * 1024 * 1024; }));
     EXPECT_TRUE(program.isRunning());
+}
+
+TEST_F(PanelTrouble, picturesWhoseFilesAreBrokenAreRowsLikeOthers) {
+    ASSERT_TRUE(program.startOnboarded());
+    program.kill9();
+    const QString folder = program.dataFolder() + str("/Images");
+    ASSERT_TRUE(QDir().mkpath(folder));
+    const QByteArray header = QByteArray::fromHex("89504e470d0a1a0a0000000d49484452");
+    const std::pair<const char *, QByteArray> files[] = {
+        {"empty.png", {}},
+        {"text.png", "this is no picture"},
+        {"cut.png", header},
+        {"vast.png", header + QByteArray::fromHex("7fffffff7fffffff0806000000deadbeef")},
+        {"cut.jpg", QByteArray::fromHex("ffd8ffe000104a46494600")},
+        {"no-movie.mp4", QByteArray(1000, 'x')},
+    };
+    int age = 0;
+    const auto addRow = [&](const char *name) {
+        return program.execute(
+            str("INSERT INTO items(id,content,date,image_file_name) VALUES ('%1','Copied Image',%2,'%3')")
+                .arg(QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper())
+                .arg(QDateTime::currentSecsSinceEpoch() - age++)
+                .arg(QLatin1String(name)));
+    };
+    for (const auto &[name, content] : files) {
+        QFile file(folder + QLatin1Char('/') + QLatin1String(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        ASSERT_TRUE(addRow(name));
+    }
+    for (const char *name : {"missing.png", "../../../../etc/passwd", "..", ""})
+        ASSERT_TRUE(addRow(name));
+    ASSERT_TRUE(QDir().mkpath(folder + str("/folder.png")));
+    ASSERT_TRUE(addRow("folder.png"));
+    ASSERT_TRUE(program.startOnboarded());
+    ASSERT_TRUE(openClipboard());
+    for (int i = 0; i < 12; ++i)
+        desktop.keyboard.tap(116); // down
+    desktop.pressEscape();
+    EXPECT_TRUE(isClosed(clipboardPanel));
+    for (int i = 0; i < 4; ++i) { // and each of the first is chosen
+        ASSERT_TRUE(openClipboard()) << i;
+        for (int down = 0; down < i; ++down)
+            desktop.keyboard.tap(116);
+        desktop.pressReturn();
+        EXPECT_TRUE(isClosed(clipboardPanel)) << i;
+    }
+    EXPECT_TRUE(openClipboard());
+}
+
+TEST_F(PanelTrouble, twoHundredProtectedRowsOpenAndScroll) {
+    ASSERT_TRUE(program.startOnboarded());
+    program.kill9();
+    QStringList contents;
+    for (int i = 0; i < 200; ++i)
+        contents.append(str("pinned %1").arg(i));
+    ASSERT_TRUE(program.addRows(contents));
+    ASSERT_TRUE(program.execute(str("UPDATE items SET is_pinned=1")));
+    ASSERT_TRUE(program.addRows({str("ordinary")}));
+    LineTarget target(TAVRINE_CLIENTS "/gtk-entry");
+    ASSERT_TRUE(target.isReady());
+    ASSERT_TRUE(program.startOnboarded());
+    ASSERT_TRUE(openClipboard());
+    for (int i = 0; i < 205; ++i)
+        desktop.keyboard.tap(116); // down, to the last row
+    desktop.pressReturn();
+    EXPECT_TRUE(hasArrived(target, str("ordinary"))) << qPrintable(target.text());
 }
 
 TEST_F(PanelTrouble, escapeInTheQuestionForASavedTextLeavesThePanelOpen) {

@@ -66,6 +66,16 @@ bool Program::startOnboarded(const QByteArray &preferences) {
            waitUntil([this] { return output().contains(QLatin1String("Accessibility Trusted on Launch: true")); });
 }
 
+bool Program::execute(const QString &sql) const {
+    sqlite3 *db = nullptr;
+    const bool isDone = sqlite3_open_v2(QFile::encodeName(databasePath()).constData(), &db, SQLITE_OPEN_READWRITE,
+                                        nullptr) == SQLITE_OK &&
+                        sqlite3_busy_timeout(db, 2000) == SQLITE_OK &&
+                        sqlite3_exec(db, sql.toUtf8().constData(), nullptr, nullptr, nullptr) == SQLITE_OK;
+    sqlite3_close(db);
+    return isDone;
+}
+
 bool Program::addRows(const QStringList &contents) const {
     sqlite3 *db = nullptr;
     sqlite3_stmt *statement = nullptr;

@@ -24,6 +24,8 @@ public:
     [[nodiscard]] bool startOnboarded(const QByteArray &preferences = {});
     /// Writes them from outside, as another program or a person does; it may run or not.
     [[nodiscard]] bool writePreferences(const QByteArray &entries) const;
+    /// Runs a statement in the history from outside.
+    [[nodiscard]] bool execute(const QString &sql) const;
     /// Adds rows to the history from outside, the first of them the oldest. For a program that has run and does not
     /// now.
     [[nodiscard]] bool addRows(const QStringList &contents) const;
