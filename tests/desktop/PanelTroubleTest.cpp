@@ -294,6 +294,26 @@ TEST_F(PanelTrouble, twoHundredProtectedRowsOpenAndScroll) {
     EXPECT_TRUE(hasArrived(target, str("ordinary"))) << qPrintable(target.text());
 }
 
+TEST_F(PanelTrouble, aPasteWithoutAccessibilityShowsAToastAndLeavesTheContentOnThePasteboard) {
+    ASSERT_TRUE(program.startOnboarded());
+    program.kill9();
+    ASSERT_TRUE(program.addRows({str("first text")}));
+    LineTarget target(TAVRINE_CLIENTS "/gtk-entry");
+    ASSERT_TRUE(target.isReady());
+    program.environment.insert(str("LD_PRELOAD"), str(TAVRINE_WITHOUT_TEST_EXTENSION));
+    ASSERT_TRUE(program.start());
+    ASSERT_TRUE(waitUntil([this] { return program.output().contains(str("Accessibility Trusted on Launch: false")); }));
+    ASSERT_TRUE(openClipboard());
+    desktop.pressReturn();
+    const QPoint middle(desktop.size().width() / 2, desktop.size().height() - 150);
+    ASSERT_TRUE(waitUntil([&] { return desktop.overlayAt(middle) != 0; }, openingBound));
+    EXPECT_EQ(desktop.geometry(desktop.overlayAt(middle)).size(), QSize(250, 60));
+    EXPECT_FALSE(desktop.isShown(clipboardPanel));
+    EXPECT_TRUE(waitUntil([] { return paste() == "first text"; }));
+    EXPECT_TRUE(waitUntil([&] { return desktop.overlayAt(middle) == 0; }, 6s)); // 2.8 s
+    EXPECT_EQ(target.text(), QString());
+}
+
 TEST_F(PanelTrouble, escapeInTheQuestionForASavedTextLeavesThePanelOpen) {
     ASSERT_TRUE(startWith({str("first text")}));
     for (int i = 0; i < 10; ++i) {
