@@ -53,6 +53,7 @@ void VirtualList::reload() {
     if (m_selected >= m_count)
         m_selected = -1;
     m_pressed = -1;
+    m_isReloadedSincePress = true;
     contentChanged();
     hoverAt(m_pointer);
     update();
@@ -197,7 +198,13 @@ void VirtualList::mousePressEvent(QMouseEvent *event) {
     hoverAt(event->position());
     if (event->button() == Qt::LeftButton)
         m_pressed = m_hovered;
+    m_isReloadedSincePress = false;
     updateRow(m_pressed);
+}
+
+void VirtualList::mouseDoubleClickEvent(QMouseEvent *event) {
+    if (!m_isReloadedSincePress)
+        mousePressEvent(event);
 }
 
 void VirtualList::mouseReleaseEvent(QMouseEvent *event) {

@@ -61,7 +61,9 @@ public:
     void act(int row, int action);
 
 Q_SIGNALS:
-    /// A left click, with its place in this widget's coordinates.
+    /// A left click, with its place in this widget's coordinates. A click during which the rows changed is none: the
+    /// row under the pointer is no longer the one that the person aimed at. Nor is the second half of a double click
+    /// whose first half changed them.
     void clicked(int row, QPointF place);
     void contextMenuRequested(int row, QPoint globalPlace);
 
@@ -70,6 +72,7 @@ protected:
     void moved() override;
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
@@ -91,6 +94,7 @@ private:
     int m_selected = -1;
     int m_hovered = -1;
     int m_pressed = -1;
+    bool m_isReloadedSincePress = false;
     std::optional<QPointF> m_pointer;
 };
 

@@ -278,6 +278,10 @@ void AppDelegate::keep(QPointer<QWidget> &field, QWidget *window) {
 }
 
 bool AppDelegate::eventFilter(QObject *watched, QEvent *event) {
+    if (event->type() == QEvent::Close && event->spontaneous() && watched == m_onboardingWindow) {
+        event->ignore(); // it has no close button; a window manager may have another way to close it
+        return true;
+    }
     if (event->type() == QEvent::Close)
         windowWillClose(qobject_cast<QWidget *>(watched));
     return QObject::eventFilter(watched, event);

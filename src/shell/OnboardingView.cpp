@@ -2,7 +2,9 @@
 
 #include "look/Button.h"
 #include "look/Look.h"
+#include "look/Metrics.h"
 #include "look/Paint.h"
+#include "look/Text.h"
 #include "shell/OnboardingFlow.h"
 #include "shell/OnboardingPagesView.h"
 
@@ -15,6 +17,10 @@
 namespace tavrine {
 namespace {
 
+constexpr int hairline = 1; // round the window, which nothing may cover
+constexpr int titleHeight = 32;
+constexpr float quietTitle = 0.55F; // white's opacity
+constexpr float quietEdge = 0.12F;
 constexpr int dotsHeight = 44;
 constexpr double dotSide = 7;
 constexpr double capsuleWidth = 20;
@@ -33,6 +39,14 @@ QPixmap pictureOf(QWidget &page) {
     return picture;
 }
 
+/// The window's name, where its title bar would be.
+void paintTitle(QPainter &painter, int width) {
+    QColor quiet(Qt::white);
+    quiet.setAlphaF(quietTitle);
+    look::paintLine(painter, QRectF(0, 0, width, titleHeight), QLatin1String(OnboardingFlow::windowTitle),
+                    look::TextRole::captionStrong, quiet, Qt::AlignHCenter);
+}
+
 /// The pictures of the page that leaves and the page that comes.
 class TurningPages final : public QWidget {
 public:
@@ -48,7 +62,13 @@ public:
 protected:
     void paintEvent(QPaintEvent *) override {
         QPainter painter(this);
-        painter.fillRect(rect(), onboardingPages::ground);
+        look::preparePainter(painter);
+        painter.setClipRect(rect());
+        // As much of the window as the pages take: its upper corners are round.
+        look::fillRounded(painter, QRectF(rect()).adjusted(0, 0, 0, look::radius::panel),
+                          look::radius::panel - hairline, onboardingPages::ground);
+        painter.translate(-hairline, -hairline); // the pictures are those of the whole page
+        paintTitle(painter, width() + 2 * hairline);
         const double way = m_direction * width() * turnWay;
         painter.setOpacity(1 - m_part);
         painter.drawPixmap(QPointF(-way * m_part, 0), m_from);
@@ -66,7 +86,7 @@ private:
 } // namespace
 
 OnboardingView::OnboardingView(const OnboardingModel::Ports &ports, std::function<void()> onClose, QWidget *parent)
-    : QWidget(parent), m_model(ports, std::move(onClose)) {
+    : PanelSurface(look::radius::panel, parent), m_model(ports, std::move(onClose)) {
     if (auto *look = look::Look::current())
         look->setTheme(this, onboardingPages::theme());
     setFixedSize(sizeHint());
@@ -87,9 +107,11 @@ OnboardingView::~OnboardingView() = default;
 std::unique_ptr<QWidget> OnboardingView::makeWindow(const OnboardingModel::Ports &ports,
                                                     std::function<void()> onClose) {
     auto window = std::make_unique<OnboardingView>(ports, std::move(onClose));
-    window->setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint);
+    // Some window managers draw a close button into every frame, so there is no frame.
+    window->setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::CustomizeWindowHint | Qt::WindowTitleHint);
     window->setWindowTitle(QLatin1String(OnboardingFlow::windowTitle));
     window->setAttribute(Qt::WA_QuitOnClose, false);
+    window->setAttribute(Qt::WA_TranslucentBackground);
     if (const QScreen *screen = QGuiApplication::primaryScreen()) {
         QRect place(QPoint(), window->size());
         place.moveCenter(screen->availableGeometry().center());
@@ -134,7 +156,7 @@ void OnboardingView::turnPages(const QPixmap &from) {
     auto *turning = new TurningPages(from, pictureOf(*m_pages[size_t(m_model.currentPage())]),
                                      m_model.goingForward() ? 1 : -1, this);
     m_turning = turning;
-    turning->setGeometry(pageRect());
+    turning->setGeometry(pageRect().adjusted(hairline, hairline, -hairline, 0));
     turning->QWidget::show();
     m_turn.start(
         turnLength, look::easeInOut, [turning](double part) { turning->show(part); },
@@ -157,7 +179,13 @@ void OnboardingView::moveDots() {
 void OnboardingView::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     look::preparePainter(painter);
-    painter.fillRect(rect(), onboardingPages::ground);
+    if (!look::Look::composites()) // the mask cuts pixels whole, so none may be half covered
+        painter.fillRect(rect(), onboardingPages::ground);
+    look::fillRounded(painter, rect(), look::radius::panel, onboardingPages::ground);
+    QColor edge(Qt::white);
+    edge.setAlphaF(quietEdge);
+    look::strokeHairline(painter, rect(), look::radius::panel, edge);
+    paintTitle(painter, this->width());
     double width = dotGap * double(m_dots.size() - 1);
     for (const double part : m_dots)
         width += dotSide + (capsuleWidth - dotSide) * part;

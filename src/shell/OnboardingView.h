@@ -1,6 +1,7 @@
 #pragma once
 
 #include "look/MotionClock.h"
+#include "look/PanelSurface.h"
 #include "shell/OnboardingModel.h"
 
 #include <QPixmap>
@@ -17,7 +18,7 @@ class Button;
 ///
 /// Belongs to the welcome window; lives on the main thread. Return goes on from anywhere but a button that has the
 /// keyboard itself.
-class OnboardingView : public QWidget {
+class OnboardingView : public look::PanelSurface {
     Q_OBJECT
 
 public:

@@ -4,8 +4,8 @@
 
 namespace tavrine {
 
-/// What a toast shows: a symbol and one line of words on a dark ground, cut where the ground ends. Dark on every
-/// desktop, because it lies over whatever is on the screen. Belongs to its window; main thread.
+/// What a toast shows: a symbol and one or two lines of words on a dark ground, cut where the ground ends. Dark on
+/// every desktop, because it lies over whatever is on the screen. Belongs to its window; main thread.
 class ToastView : public QWidget {
     Q_OBJECT
 
@@ -14,8 +14,8 @@ public:
 
     [[nodiscard]] const QString &message() const { return m_message; }
     [[nodiscard]] const QString &icon() const { return m_icon; }
-    /// The words as they fit at present, with an ellipsis where they are cut.
-    [[nodiscard]] QString shownMessage() const;
+    /// The words as they fit at present: one line, or two that part between words, with an ellipsis where they are cut.
+    [[nodiscard]] QStringList shownLines() const;
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:

@@ -199,6 +199,47 @@ TEST_F(ClipboardSearchModelTest, aQueryFindsAtMostFiveHundredRows) {
     EXPECT_FALSE(visible().contains(str("row 500")));
 }
 
+TEST_F(ClipboardSearchModelTest, signsOfPatternsAndQuotesMeanThemselves) {
+    const QStringList texts{str("100% sure"),
+                            str("snake_case"),
+                            str("back\\slash"),
+                            str("it's \"quoted\""),
+                            str("'; DROP TABLE items;--"),
+                            str("a plain text")};
+    for (const QString &text : texts)
+        save(text);
+    startPanel();
+    const std::pair<const char *, int> queries[] = {{"%", 0},  {"_", 1},    {"\\", 2},
+                                                    {"\"", 3}, {"it's", 3}, {"'; DROP", 4}};
+    for (const auto &[query, found] : queries) {
+        model->setQuery(str(query));
+        EXPECT_EQ(visible(), QStringList{texts.at(found)}) << query;
+    }
+    for (const char *query : {"%%", "__", "\\\\", "%_", "100_", "sn%se",
+                              "\""
+                              "'"}) {
+        model->setQuery(str(query));
+        EXPECT_EQ(visible(), QStringList()) << query;
+    }
+    model->setQuery(str("'"));
+    EXPECT_EQ(visible().size(), 2);
+    EXPECT_EQ(rows().size(), 6U);
+}
+
+TEST_F(ClipboardSearchModelTest, twoHundredProtectedRowsAreAllShownAndReached) {
+    for (int i = 0; i < 200; ++i)
+        savePinned(str("pinned %1").arg(i), Seconds(i));
+    save(str("ordinary"));
+    startPanel();
+    ASSERT_EQ(visible().size(), 201);
+    for (int i = 0; i < 250; ++i)
+        press(virtualKey::down);
+    EXPECT_EQ(selected(), str("ordinary"));
+    for (int i = 0; i < 250; ++i)
+        press(virtualKey::up);
+    EXPECT_EQ(selected(), visible().first());
+}
+
 TEST_F(ClipboardSearchModelTest, anEmptyListTellsWhy) {
     startPanel();
     EXPECT_THAT(model->sections(), IsEmpty());

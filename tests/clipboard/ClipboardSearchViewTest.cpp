@@ -166,6 +166,20 @@ TEST_F(ClipboardSearchViewTest, aRowsButtonsActOnItAndPasteNothing) {
     EXPECT_EQ(shown(), (QStringList{str("Pinned Snippets"), str("third")}));
 }
 
+TEST_F(ClipboardSearchViewTest, aDoubleClickOnTheBinDeletesOneItem) {
+    startWithThree();
+    const QPoint bin = look::rowActionRects(list().rowRect(rowOf("first")), 3)[2].center().toPoint();
+    for (const auto type : {QEvent::MouseMove, QEvent::MouseButtonPress, QEvent::MouseButtonRelease,
+                            QEvent::MouseButtonDblClick, QEvent::MouseButtonRelease}) {
+        const bool isDown = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick;
+        QMouseEvent event(type, bin, list().mapToGlobal(bin), Qt::LeftButton, isDown ? Qt::LeftButton : Qt::NoButton,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(&list(), &event);
+    }
+    EXPECT_FALSE(stored("first"));
+    EXPECT_TRUE(stored("second")); // which has moved up under the pointer
+}
+
 TEST_F(ClipboardSearchViewTest, aRowsButtonsAreKnownByTheirToolTips) {
     saveInMySaved(str("kept"));
     savePinned(str("pinned"), 1s);

@@ -2,8 +2,10 @@
 
 #include "support/Wait.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QUuid>
 
 #include <sqlite3.h>
 
@@ -45,6 +47,57 @@ bool Program::start() {
     // The launch's last printed line: everything before it is done, the poll included.
     return waitUntil([this] { return output().contains(QLatin1String("Registering Hotkeys...")) || !isRunning(); }) &&
            isRunning() && (!environment.contains(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")) || waitUntil(hasBusName));
+}
+
+bool Program::writePreferences(const QByteArray &entries) const {
+    QFile file(preferencesPath());
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    file.write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+               "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+               "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+               "<plist version=\"1.0\"><dict><key>hasCompletedOnboarding</key><true/>" +
+               entries + "</dict></plist>\n");
+    return file.flush();
+}
+
+bool Program::startOnboarded(const QByteArray &preferences) {
+    return writePreferences(preferences) && start() &&
+           waitUntil([this] { return output().contains(QLatin1String("Accessibility Trusted on Launch: true")); });
+}
+
+bool Program::execute(const QString &sql) const {
+    sqlite3 *db = nullptr;
+    const bool isDone = sqlite3_open_v2(QFile::encodeName(databasePath()).constData(), &db, SQLITE_OPEN_READWRITE,
+                                        nullptr) == SQLITE_OK &&
+                        sqlite3_busy_timeout(db, 2000) == SQLITE_OK &&
+                        sqlite3_exec(db, sql.toUtf8().constData(), nullptr, nullptr, nullptr) == SQLITE_OK;
+    sqlite3_close(db);
+    return isDone;
+}
+
+bool Program::addRows(const QStringList &contents) const {
+    sqlite3 *db = nullptr;
+    sqlite3_stmt *statement = nullptr;
+    bool isDone = sqlite3_open_v2(QFile::encodeName(databasePath()).constData(), &db, SQLITE_OPEN_READWRITE, nullptr) ==
+                      SQLITE_OK &&
+                  sqlite3_exec(db, "BEGIN", nullptr, nullptr, nullptr) == SQLITE_OK &&
+                  sqlite3_prepare_v2(db, "INSERT INTO items(id,content,date) VALUES (?,?,?)", -1, &statement,
+                                     nullptr) == SQLITE_OK;
+    double date = static_cast<double>(QDateTime::currentSecsSinceEpoch()) - static_cast<double>(contents.size());
+    for (qsizetype i = 0; isDone && i < contents.size(); ++i) {
+        const QByteArray id = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toUtf8();
+        const QByteArray content = contents.at(i).toUtf8();
+        sqlite3_bind_text(statement, 1, id.constData(), static_cast<int>(id.size()), SQLITE_TRANSIENT);
+        sqlite3_bind_text(statement, 2, content.constData(), static_cast<int>(content.size()), SQLITE_TRANSIENT);
+        sqlite3_bind_double(statement, 3, date++);
+        isDone = sqlite3_step(statement) == SQLITE_DONE;
+        sqlite3_reset(statement);
+    }
+    sqlite3_finalize(statement);
+    isDone = isDone && sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK;
+    sqlite3_close(db);
+    return isDone;
 }
 
 std::unique_ptr<QProcess> Program::startAgain() const {

@@ -19,6 +19,16 @@ public:
 
     /// Starts it and waits until it has opened its database and answers on the bus (when there is one).
     [[nodiscard]] bool start();
+    /// The same for a person who has seen the welcome window, with further preferences: entries of a property list.
+    /// Waits until pastes are possible.
+    [[nodiscard]] bool startOnboarded(const QByteArray &preferences = {});
+    /// Writes them from outside, as another program or a person does; it may run or not.
+    [[nodiscard]] bool writePreferences(const QByteArray &entries) const;
+    /// Runs a statement in the history from outside.
+    [[nodiscard]] bool execute(const QString &sql) const;
+    /// Adds rows to the history from outside, the first of them the oldest. For a program that has run and does not
+    /// now.
+    [[nodiscard]] bool addRows(const QStringList &contents) const;
     /// A further start of the same program in the same home; the process is the caller's.
     [[nodiscard]] std::unique_ptr<QProcess> startAgain() const;
     void kill9();

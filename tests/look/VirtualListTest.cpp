@@ -50,6 +50,16 @@ protected:
         return painted;
     }
 
+    /// As the window system sends it: the second press is an event of another kind.
+    void doubleClick(QPoint place) {
+        for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease, QEvent::MouseButtonDblClick,
+                                QEvent::MouseButtonRelease}) {
+            const auto held = type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
+            QMouseEvent event(type, place, list.mapToGlobal(place), Qt::LeftButton, held, Qt::NoModifier);
+            QCoreApplication::sendEvent(&list, &event);
+        }
+    }
+
     void wheel(int angle, int pixels = 0) {
         QWheelEvent event(QPointF(10, 10), list.mapToGlobal(QPointF(10, 10)), QPoint(0, pixels), QPoint(0, angle),
                           Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
@@ -211,6 +221,34 @@ TEST_F(VirtualListTest, aPressThatEndsOnAnotherRowIsNoClick) {
     QTest::mousePress(&list, Qt::LeftButton, {}, QPoint(40, 100));
     QTest::mouseRelease(&list, Qt::LeftButton, {}, QPoint(40, 200));
     EXPECT_EQ(clicks, 0);
+}
+
+TEST_F(VirtualListTest, aPressWhoseRowChangedUnderItIsNoClick) {
+    int clicks = 0;
+    QObject::connect(&list, &VirtualList::clicked, &list, [&] { ++clicks; });
+    QTest::mousePress(&list, Qt::LeftButton, {}, QPoint(40, 100));
+    list.reload();
+    QTest::mouseRelease(&list, Qt::LeftButton, {}, QPoint(40, 100));
+    EXPECT_EQ(clicks, 0);
+}
+
+TEST_F(VirtualListTest, aDoubleClickOnRowsThatStayIsTwoClicks) {
+    int clicks = 0;
+    QObject::connect(&list, &VirtualList::clicked, &list, [&] { ++clicks; });
+    doubleClick(QPoint(40, 100));
+    EXPECT_EQ(clicks, 2);
+}
+
+TEST_F(VirtualListTest, aDoubleClickWhoseFirstHalfChangedTheRowsIsOneClick) {
+    int clicks = 0;
+    QObject::connect(&list, &VirtualList::clicked, &list, [&] {
+        ++clicks;
+        list.reload();
+    });
+    doubleClick(QPoint(40, 100));
+    EXPECT_EQ(clicks, 1);
+    QTest::mouseClick(&list, Qt::LeftButton, {}, QPoint(40, 100)); // a click of its own
+    EXPECT_EQ(clicks, 2);
 }
 
 TEST_F(VirtualListTest, tellsAScreenReaderItsRows) {

@@ -158,6 +158,19 @@ TEST_F(HotKeyCenterTest, aModeThatIsNeitherValueGivesNoHotKeyAndNoMonitors) {
     EXPECT_EQ(monitors.globalCount() + monitors.localCount(), 0);
 }
 
+TEST_F(HotKeyCenterTest, modesAndKeysOfTheWrongTypeCountAsAbsent) {
+    for (const char *key : {"clipboardHotkeyMode", "emojiHotkeyMode", "screenRecordHotkeyMode"})
+        defaults.set(QLatin1String(key), 7);
+    defaults.set(QStringLiteral("HotkeyCharacter"), QByteArray("x"));
+    defaults.set(QStringLiteral("emojiHotkeyKey"), true);
+    defaults.set(QStringLiteral("snipHotkey"), 5.0);
+    center.registerHotkeys();
+    EXPECT_THAT(ids(), ElementsAre(1, 2, 6, 7));
+    EXPECT_EQ(keyCodeOf(1), 9);
+    EXPECT_EQ(keyCodeOf(2), 14);
+    EXPECT_EQ(keyCodeOf(6), 19);
+}
+
 TEST_F(HotKeyCenterTest, theMenuEntriesAreRefreshedEmojiFirst) {
     center.registerHotkeys();
     EXPECT_EQ(calls, QStringList({QStringLiteral("emoji entry"), QStringLiteral("clipboard entry")}));

@@ -66,7 +66,7 @@ TEST_F(OnboardingViewTest, theWindowIsTitledFixedAndHasNoCloseButton) {
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Welcome to Tavrine"));
     EXPECT_EQ(window->size(), QSize(600, 500));
     EXPECT_FALSE(window->windowFlags() & Qt::WindowCloseButtonHint);
-    EXPECT_TRUE(window->windowFlags() & Qt::WindowTitleHint);
+    EXPECT_TRUE(window->windowFlags() & Qt::FramelessWindowHint); // some window managers draw one into every frame
 }
 
 TEST_F(OnboardingViewTest, buttonsLeadThroughThePagesToTheEnd) {

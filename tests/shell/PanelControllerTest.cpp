@@ -87,6 +87,42 @@ TEST_F(PanelControllerTest, aSavedFrameThatIsNoFrameCountsAsNone) {
     }
 }
 
+TEST_F(PanelControllerTest, aSavedFrameOfTheWrongTypeCountsAsNone) {
+    defaults.set(QStringLiteral("TavrineHistoryFrame"), 12);
+    controller.ensureClassicPanel();
+    EXPECT_EQ(classic()->frame().topLeft(), QPointF(1100, 20));
+}
+
+TEST_F(PanelControllerTest, aScreenUnpluggedUnderAPanelLeavesItUntilItsNextShowing) {
+    const Screen first = screens.screens().first();
+    Screen second = first;
+    second.number = 2;
+    second.frame = second.visibleFrame = QRectF(1440, 0, 1000, 800);
+    screens.setScreens({first, second});
+    screens.setKeyboardScreen(1);
+    controller.toggleSearchPanel();
+    const QRectF onSecond(1940 - 340, 400 - 250 + 60, 680, 500);
+    EXPECT_EQ(search()->frame(), onSecond);
+    screens.setKeyboardScreen(-1);
+    screens.setScreens({first});
+    EXPECT_EQ(search()->frame(), onSecond);
+    EXPECT_TRUE(search()->isVisible());
+    clickAt({5, 5});
+    EXPECT_FALSE(search()->isVisible());
+    controller.toggleSearchPanel();
+    EXPECT_EQ(search()->frame(), QRectF(720 - 340, 438 - 250 + 60, 680, 500));
+}
+
+TEST_F(PanelControllerTest, theLastScreenUnpluggedLeavesThePanelWhereItIs) {
+    controller.toggleSearchPanel();
+    const QRectF before = search()->frame();
+    screens.setScreens({});
+    controller.toggleSearchPanel();
+    controller.toggleSearchPanel();
+    EXPECT_EQ(search()->frame(), before);
+    EXPECT_TRUE(search()->isVisible());
+}
+
 TEST_F(PanelControllerTest, aSavedFrameOnAScreenThatIsGoneComesOntoTheMainScreen) {
     defaults.set(QStringLiteral("TavrineHistoryFrame"), QStringLiteral("4000 -900 320 450"));
     controller.ensureClassicPanel();

@@ -14,7 +14,9 @@
 #include "base/VirtualKeys.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QPointer>
+#include <QTest>
 
 namespace tavrine {
 namespace {
@@ -305,6 +307,19 @@ TEST_F(ShellToolsTest, aFirstLaunchShowsTheWelcomeWindowAndAsksForNothing) {
     EXPECT_TRUE(welcome->isVisible());
     EXPECT_EQ(application.activationPolicy(), ActivationPolicy::regular);
     EXPECT_EQ(access.accessibilityPrompts(), 0);
+}
+
+TEST_F(ShellToolsTest, theWelcomeWindowStaysWhenAWindowManagerWantsItClosed) {
+    static_cast<void>(launchWith(false));
+    time.advance(200ms);
+    ASSERT_TRUE(welcome);
+    QCloseEvent event;
+    QSpontaneKeyEvent::setSpontaneous(&event); // from outside
+    qApp->notify(welcome, &event);
+    EXPECT_FALSE(event.isAccepted());
+    time.advance(1s);
+    EXPECT_EQ(delegate->onboardingWindow(), welcome);
+    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::regular);
 }
 
 TEST_F(ShellToolsTest, finishingClosesTheWelcomeWindowAndLeavesTheTaskBar) {

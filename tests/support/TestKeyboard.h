@@ -10,6 +10,7 @@ namespace tavrine::testing {
 /// Keycodes of a keyboard whose positions count as the kernel has them.
 namespace key {
 inline constexpr int escape = 9;
+inline constexpr int backspace = 22;
 inline constexpr int returnKey = 36;
 inline constexpr int leftControl = 37;
 inline constexpr int leftShift = 50;

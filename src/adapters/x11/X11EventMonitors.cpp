@@ -137,7 +137,7 @@ void X11EventMonitors::handle(const xcb_generic_event_t &event) {
         if (generic.event_type == XCB_INPUT_RAW_KEY_PRESS || generic.event_type == XCB_INPUT_RAW_KEY_RELEASE)
             onRawKey(static_cast<int>(raw.detail), generic.event_type == XCB_INPUT_RAW_KEY_PRESS, raw.time);
         else if (generic.event_type == XCB_INPUT_RAW_BUTTON_PRESS)
-            onRawButton(raw.detail);
+            onRawButton(raw.detail, raw.time);
         return;
     }
     const KeyboardNotice notice = keyboardNotice(event, m_firstXkbEvent);
@@ -164,7 +164,7 @@ void X11EventMonitors::onRawKey(int keycode, bool isPress, quint32 time) {
             tellFlags();
         return;
     }
-    if (m_keyboard.isLockKey(keycode) || QGuiApplication::focusWindow())
+    if (m_keyboard.isLockKey(keycode) || QGuiApplication::focusWindow() || time == m_ownKeyTime)
         return; // keys of our own windows come from Qt
     tell(m_global, {.type = eventMask::keyDown,
                     .modifierFlags = flags(),
@@ -183,9 +183,9 @@ void X11EventMonitors::forgetReleasedKeys(quint32 time) {
     });
 }
 
-void X11EventMonitors::onRawButton(quint32 button) {
+void X11EventMonitors::onRawButton(quint32 button, quint32 time) {
     const quint32 type = button == 1 ? eventMask::leftMouseDown : button == 3 ? eventMask::rightMouseDown : 0;
-    if (type && !isPointerOverOurWindow())
+    if (type && time != m_ownPressTime && !isPointerOverOurWindow())
         tell(m_global, {.type = type, .modifierFlags = flags(), .keyCode = -1, .scrollDelta = {}});
 }
 
@@ -231,7 +231,13 @@ bool X11EventMonitors::tell(const Entries &entries, const InputEvent &event) {
 
 bool X11EventMonitors::eventFilter(QObject *watched, QEvent *event) {
     // Qt hands an event to the window first and then to each widget: the first time is the one that counts.
-    if (m_local.empty() || !watched->isWindowType())
+    if (!watched->isWindowType())
+        return false;
+    if (event->type() == QEvent::KeyPress)
+        m_ownKeyTime = static_cast<quint32>(static_cast<const QKeyEvent &>(*event).timestamp());
+    else if (event->type() == QEvent::MouseButtonPress)
+        m_ownPressTime = static_cast<quint32>(static_cast<const QMouseEvent &>(*event).timestamp());
+    if (m_local.empty())
         return false;
     switch (event->type()) {
     case QEvent::KeyPress: {

@@ -17,7 +17,8 @@ namespace tavrine {
 /// Lives on the main thread, on a connection of its own that is told of raw events only while a monitor wants them.
 /// Raw events pass every grab and every drag; they carry no modifiers, so the keys that are down are kept here.
 /// Modifiers are told from the raw events for global and local monitors alike; keys, clicks and wheels of this
-/// program's windows come from Qt, where they can be swallowed.
+/// program's windows come from Qt, where they can be swallowed. Both roads tell of one press, in either order: a window
+/// of ours may be gone before the raw event of the key that closed it arrives, so presses are known by their time.
 class X11EventMonitors final : public QObject, public EventMonitors {
 public:
     X11EventMonitors();
@@ -41,7 +42,7 @@ private:
     void select();
     void handle(const xcb_generic_event_t &event);
     void onRawKey(int keycode, bool isPress, quint32 time);
-    void onRawButton(quint32 button);
+    void onRawButton(quint32 button, quint32 time);
     void forgetReleasedKeys(quint32 time);
     [[nodiscard]] quint32 flags() const;
     void tellFlags();
@@ -54,6 +55,8 @@ private:
     Entries m_local;
     std::map<int, quint32> m_heldModifiers; ///< keycode to the flag that it had when it was pressed
     std::shared_ptr<int> m_alive = std::make_shared<int>();
+    quint32 m_ownKeyTime = 0; ///< when the last key went down that a window of ours has had from Qt
+    quint32 m_ownPressTime = 0;
     quint32 m_selected = 0;
     quint32 m_lastTime = 0;
     int m_group = 0;

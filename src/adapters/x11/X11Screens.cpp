@@ -10,6 +10,8 @@
 namespace tavrine {
 namespace {
 
+constexpr int deepestWindow = 16;
+
 QRect deviceRect(const QScreen &screen) {
     // Qt keeps a screen's corner in device pixels and its size in points.
     const double scale = screen.devicePixelRatio();
@@ -129,15 +131,22 @@ std::optional<QPoint> X11Screens::middleOfFocusedWindow() const {
         return std::nullopt;
     auto *connection = m_client.connection();
     const auto focus = m_client.reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection));
-    if (!focus || focus->focus <= XCB_INPUT_FOCUS_POINTER_ROOT || focus->focus == m_client.root())
-        return std::nullopt;
-    const auto size = m_client.reply<xcb_get_geometry_reply_t>(xcb_get_geometry(connection, focus->focus));
-    if (!size || size->width <= 1 || size->height <= 1)
-        return std::nullopt; // a window manager parks the keyboard in a window that nobody sees
-    const auto place = m_client.reply<xcb_translate_coordinates_reply_t>(
-        xcb_translate_coordinates(connection, focus->focus, m_client.root(), static_cast<qint16>(size->width / 2),
-                                  static_cast<qint16>(size->height / 2)));
-    return place ? std::optional(QPoint(place->dst_x, place->dst_y)) : std::nullopt;
+    xcb_window_t window = focus && focus->focus > XCB_INPUT_FOCUS_POINTER_ROOT ? focus->focus : m_client.root();
+    // Some toolkits give the keyboard to a window without extent inside the one that people see.
+    for (int depth = 0; depth < deepestWindow && window != XCB_WINDOW_NONE && window != m_client.root(); ++depth) {
+        const auto size = m_client.reply<xcb_get_geometry_reply_t>(xcb_get_geometry(connection, window));
+        if (!size)
+            return std::nullopt;
+        if (size->width > 1 && size->height > 1) {
+            const auto place = m_client.reply<xcb_translate_coordinates_reply_t>(
+                xcb_translate_coordinates(connection, window, m_client.root(), static_cast<qint16>(size->width / 2),
+                                          static_cast<qint16>(size->height / 2)));
+            return place ? std::optional(QPoint(place->dst_x, place->dst_y)) : std::nullopt;
+        }
+        const auto tree = m_client.reply<xcb_query_tree_reply_t>(xcb_query_tree(connection, window));
+        window = tree ? tree->parent : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
+    }
+    return std::nullopt; // a window manager parks the keyboard in a window that nobody sees
 }
 
 std::optional<Screen> X11Screens::mainScreen() const {

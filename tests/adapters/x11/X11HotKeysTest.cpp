@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include <gtest/gtest.h>
+
 namespace tavrine {
 namespace {
 
