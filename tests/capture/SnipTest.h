@@ -51,6 +51,7 @@ public:
     KeychainStatus update(const KeychainItem &, const QByteArray &) override { return KeychainStatus::success; }
     KeychainStatus add(const KeychainItem &, const QByteArray &) override { return KeychainStatus::success; }
     KeychainStatus remove(const KeychainItem &) override { return KeychainStatus::success; }
+    void cancel() {} // no call of this one waits
 };
 
 /// The capture tool over fakes and a home of its own, in a time zone that is not UTC: 12:00:00 UTC is 21:00:00 here.

@@ -32,6 +32,7 @@ public:
     KeychainStatus update(const KeychainItem &, const QByteArray &) override { return KeychainStatus::success; }
     KeychainStatus add(const KeychainItem &, const QByteArray &) override { return KeychainStatus::success; }
     KeychainStatus remove(const KeychainItem &) override { return KeychainStatus::success; }
+    void cancel() {} // no call of this one waits
 };
 
 QImage capture(int width, int height, bool isDark) {
