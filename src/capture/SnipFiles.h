@@ -21,7 +21,7 @@ class Time;
 /// The path of `fileName` in `folder`, or of the first name with "-2", "-3" and so on before its ".png" that is free.
 [[nodiscard]] QString freePath(const QString &folder, const QString &fileName);
 
-/// Puts captures into files. A capture of a large screen takes a second to become a PNG, so all of it happens on a
+/// Puts captures into files. A capture of a 4K screen takes a fifth of a second to become a PNG, so that happens on a
 /// queue of its own, one piece of work after the other: two captures never meet at one name, and they are done in the
 /// order in which they were asked for.
 ///
