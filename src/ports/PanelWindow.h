@@ -24,6 +24,7 @@ inline constexpr int screenSaver = 1000;
 /// Where a window is, among desktops and full-screen windows, as bits.
 namespace collectionBehavior {
 inline constexpr quint32 canJoinAllSpaces = 1;
+inline constexpr quint32 transient = 8; ///< floats, and is left out of overviews of the windows
 inline constexpr quint32 stationary = 16;
 inline constexpr quint32 ignoresCycle = 64;
 inline constexpr quint32 fullScreenAuxiliary = 256;

@@ -144,7 +144,7 @@ void AppDelegate::restartSnip() {
     debug("AppDelegate - Scheduling new snip in 0.5s...");
     after(newSnipDelay, [this] {
         debug("AppDelegate - Executing startSnip...");
-        startSnip();
+        hooks().startCapture();
         after(resumeDelay, [this] {
             debug("AppDelegate - Resuming clipboard monitoring...");
             // Whatever the switch says: what was paused here is resumed here.

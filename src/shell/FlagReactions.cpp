@@ -83,7 +83,7 @@ void FlagReactions::react(Feature feature, bool isOn) {
             hooks.showNotch();
         break;
     case Feature::snippingTool:
-        hooks.registerHotkeys(); // a capture keeps nothing that could be released
+        hooks.registerHotkeys(); // between captures there is nothing else to release
         break;
     case Feature::screenRecorder:
         if (!isOn)

@@ -5,7 +5,9 @@
 #include "adapters/linux/PluginKeychain.h"
 #include "adapters/linux/PluginLoader.h"
 #include "adapters/linux/PortalAppearance.h"
+#include "adapters/linux/PosixTaskLauncher.h"
 #include "adapters/linux/QtApplication.h"
+#include "adapters/linux/QtFilePanels.h"
 #include "adapters/linux/QtTime.h"
 #include "adapters/linux/SessionBus.h"
 #include "adapters/linux/StatusNotifierItem.h"
@@ -25,7 +27,11 @@
 #include "adapters/x11/X11Workspace.h"
 #include "adapters/x11/XEmbedTrayIcon.h"
 #include "base/NotificationCenter.h"
+#include "base/SerialQueue.h"
 #include "base/UserDefaults.h"
+#include "capture/ScreenSnipper.h"
+#include "capture/SnipSaveDialogView.h"
+#include "capture/SnippetPreviewCard.h"
 #include "clipboard/ClipboardDatabase.h"
 #include "clipboard/ClipboardExperienceSettings.h"
 #include "clipboard/ClipboardManager.h"
@@ -102,6 +108,12 @@ struct PanelAdapters {
     X11Screens screens;
     X11Compositor compositor;
     QtToastWindows toastWindows{windows};
+};
+
+/// What only captures need, made with the first of them.
+struct CaptureAdapters {
+    SerialQueue fileQueue{QStringLiteral("com.tavrine.snip")};
+    QtFilePanels filePanels;
 };
 
 } // namespace
@@ -198,7 +210,37 @@ int main(int argc, char **argv) {
     views.welcome = [&](const auto &onClose) {
         return OnboardingView::makeWindow({defaults, access, time, urlOpener}, onClose).release();
     };
-    ShellTools tools({time, defaults, ourselves, hotKeys, monitors, access, alerts, urlOpener, desktop}, views);
+    PosixTaskLauncher taskLauncher(QApplication::applicationDirPath());
+    ScreenSnipper snipper({taskLauncher, defaults, time, folders.temporary});
+    std::optional<CaptureAdapters> capture;
+    const auto snipFlow = [&](const ShellTools::Desktop &shown, const SnipFlow::Actions &actions) {
+        capture.emplace();
+        return std::make_unique<SnipFlow>(
+            SnipFlow::Ports{.time = time,
+                            .defaults = defaults,
+                            .pasteboard = pasteboard,
+                            .screens = shown.panels.screens,
+                            .windows = shown.panels.windows,
+                            .filePanels = capture->filePanels,
+                            .snipper = snipper,
+                            .fileQueue = capture->fileQueue,
+                            .folders = folders},
+            actions,
+            SnipFlow::Views{.card = [](const auto &model) { return new SnippetPreviewCard(model); },
+                            .saveDialog = [](const auto &model) { return new SnipSaveDialogView(model); }});
+    };
+    ShellTools tools({.time = time,
+                      .defaults = defaults,
+                      .application = ourselves,
+                      .hotKeys = hotKeys,
+                      .monitors = monitors,
+                      .access = access,
+                      .alerts = alerts,
+                      .urlOpener = urlOpener,
+                      .desktop = desktop,
+                      .snipper = &snipper,
+                      .snipFlow = snipFlow},
+                     views);
     AppDelegate appDelegate({time, defaults, center, workspace, statusItem, ourselves, updater, clipboardManager, flags,
                              experienceSettings, tools});
     tools.setDelegate(&appDelegate);

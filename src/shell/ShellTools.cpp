@@ -1,6 +1,7 @@
 #include "shell/ShellTools.h"
 
 #include "base/Time.h"
+#include "capture/ScreenSnipper.h"
 #include "clipboard/ClipboardExperienceSettings.h"
 #include "clipboard/ClipboardManager.h"
 #include "ports/ApplicationActivator.h"
@@ -54,6 +55,19 @@ PanelController &ShellTools::panels() {
     return *m_panels;
 }
 
+SnipFlow *ShellTools::snip() {
+    if (!m_snip && m_ports.snipFlow)
+        m_snip = m_ports.snipFlow(
+            desktop(),
+            {.mayCaptureScreen = [this] { return m_windowManager.mayCaptureScreen(); },
+             .saveImage = [this](const QImage &image) { return m_delegate->clipboardManager().saveImage(image); },
+             .activateApplication = [this] { desktop().panels.activator.activateIgnoringOtherApps(); },
+             .openEditorDirectly = {},
+             .getTextFromSnip = {},
+             .onUpload = {}});
+    return m_snip.get();
+}
+
 bool ShellTools::isFeatureOn(Trigger trigger) const {
     switch (trigger) {
     case Trigger::clipboard:
@@ -61,6 +75,7 @@ bool ShellTools::isFeatureOn(Trigger trigger) const {
     case Trigger::emojiPicker:
         return m_delegate->flags().isOn(Feature::emojiPicker);
     case Trigger::capture:
+        return m_ports.snipper && m_delegate->flags().isOn(Feature::snippingTool);
     case Trigger::screenRecorder:
         break; // a key that would do nothing is not taken from other programs
     }
@@ -71,7 +86,7 @@ HotKeyCenter::Actions ShellTools::hotKeyActions() {
     return {.isFeatureOn = [this](Trigger trigger) { return isFeatureOn(trigger); },
             .toggleClipboardPanel = [this] { panels().toggleClipboardPanel(); },
             .toggleEmojiPanel = [this] { panels().toggleEmojiPanel(); },
-            .startSnip = [this] { startSnip(); },
+            .startSnip = [this] { startCapture(); }, // the hot key has asked for the permission
             .startScreenRecording = [] {},
             .explainScreenCapture =
                 [this] {
@@ -136,6 +151,39 @@ void ShellTools::orderOutAllWindows() {
     for (QWidget *window : {m_delegate->editorWindow(), m_delegate->mainWindow(), m_delegate->onboardingWindow()})
         if (window)
             window->hide();
+}
+
+void ShellTools::registerHotkeys() {
+    m_hotKeyCenter.registerHotkeys();
+    if (m_snip && !m_delegate->flags().isOn(Feature::snippingTool))
+        m_snip->unload();
+}
+
+void ShellTools::showPreviewCard(const ClipboardItem &item) {
+    const auto image =
+        item.imageFileName ? m_delegate->clipboardManager().loadImage(*item.imageFileName) : std::nullopt;
+    if (image && snip())
+        snip()->showSnipPreview(*image);
+}
+
+void ShellTools::setOnSnipComplete(const std::function<void(const QImage &)> &onSnipComplete) {
+    if (m_ports.snipper)
+        m_ports.snipper->setOnSnipComplete(onSnipComplete);
+}
+
+void ShellTools::presentSnip(const QImage &image) {
+    if (snip())
+        snip()->presentSnip(image);
+}
+
+void ShellTools::startSnip() {
+    if (m_delegate->flags().isOn(Feature::snippingTool) && snip())
+        snip()->startSnip();
+}
+
+void ShellTools::startCapture() {
+    if (m_ports.snipper)
+        m_ports.snipper->startCapture();
 }
 
 void ShellTools::removePanelMonitors() {

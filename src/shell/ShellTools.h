@@ -1,5 +1,6 @@
 #pragma once
 
+#include "capture/SnipFlow.h"
 #include "shell/HotKeyCenter.h"
 #include "shell/OnboardingFlow.h"
 #include "shell/PanelController.h"
@@ -17,7 +18,7 @@ namespace tavrine {
 class AppDelegate;
 
 /// The tools of the shell as AppDelegate reaches them: global triggers, floating panels, paste-back, toasts,
-/// permissions and the welcome window. Every other tool does nothing yet.
+/// permissions, the welcome window and captures of the screen. Every other tool does nothing yet.
 ///
 /// Lives on the main thread, as long as the process. Nothing that a panel needs is made before its first use: until
 /// then there are hot keys and no more.
@@ -38,6 +39,10 @@ public:
         Alerts &alerts;
         UrlOpener &urlOpener;
         std::function<Desktop()> desktop; ///< called once, at the first use
+        ScreenSnipper *snipper = nullptr; ///< null: there are no captures
+        /// Called once, when the first capture is presented, started or asked for. The actions that other tools answer
+        /// are still empty and may be filled.
+        std::function<std::unique_ptr<SnipFlow>(const Desktop &, SnipFlow::Actions)> snipFlow = {};
     };
     /// What stands in the windows, each made when its window is. The closures that are handed over outlive the views.
     struct Views {
@@ -62,7 +67,7 @@ public:
     [[nodiscard]] WindowManager &windowManager() { return m_windowManager; }
 
     // ToolHooks.
-    void registerHotkeys() override { m_hotKeyCenter.registerHotkeys(); }
+    void registerHotkeys() override;
     void toggleClipboardPanel() override { m_hotKeyCenter.onHotKeyPressed(); }
     void toggleEmojiPanel() override { m_hotKeyCenter.onEmojiPickerHotKeyPressed(); }
     void removePanelMonitors() override;
@@ -70,12 +75,18 @@ public:
     void orderOutFloatingPanels() override;
     void unloadClipboardPanels() override;
     void unloadEmojiPanel() override;
+    void showPreviewCard(const ClipboardItem &item) override;
+    void setOnSnipComplete(const std::function<void(const QImage &)> &onSnipComplete) override;
+    void presentSnip(const QImage &image) override;
+    void startSnip() override; ///< nothing while its switch is off
+    void startCapture() override;
     void showOnboarding() override { m_onboarding.showOnboarding(); }
     [[nodiscard]] bool accessibilityTrusted(bool promptAllowed) override;
 
 private:
     Desktop &desktop();
     PanelController &panels();
+    SnipFlow *snip(); ///< null: there are no captures
     [[nodiscard]] bool isFeatureOn(Trigger trigger) const;
     [[nodiscard]] HotKeyCenter::Actions hotKeyActions();
     [[nodiscard]] PanelController::Contents panelContents();
@@ -92,6 +103,7 @@ private:
     OnboardingFlow m_onboarding;
     std::unique_ptr<ToastManager> m_toasts;
     std::unique_ptr<PanelController> m_panels;
+    std::unique_ptr<SnipFlow> m_snip;
 };
 
 } // namespace tavrine

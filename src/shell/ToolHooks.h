@@ -56,6 +56,7 @@ public:
     virtual void setOnSnipComplete(const std::function<void(const QImage &)> &) {}
     virtual void presentSnip(const QImage &) {} ///< pasteboard, image file and card of a fresh capture
     virtual void startSnip() {}                 ///< the permission path included
+    virtual void startCapture() {}              ///< without it, for who was in a capture already
     virtual void unloadScreenRecorder() {}
 
     // Keep Awake.

@@ -40,7 +40,7 @@ TEST_F(AppDelegateTest, aRestartWithoutAnEditorPausesSnipsAndResumes) {
     EXPECT_EQ(outputOf([&] { time.advance(499ms); }), "");
     EXPECT_THAT(hooks.takeCalls(), IsEmpty());
     EXPECT_EQ(outputOf([&] { time.advance(1ms); }), "DEBUG: AppDelegate - Executing startSnip...\n");
-    EXPECT_THAT(hooks.takeCalls(), ElementsAre("startSnip"));
+    EXPECT_THAT(hooks.takeCalls(), ElementsAre("startCapture"));
     EXPECT_EQ(outputOf([&] { time.advance(1999ms); }), "");
     EXPECT_FALSE(manager->isMonitoring());
     EXPECT_EQ(outputOf([&] { time.advance(1ms); }), "DEBUG: AppDelegate - Resuming clipboard monitoring...\n");

@@ -67,6 +67,7 @@ public:
     }
     void presentSnip(const QImage &) override { note("presentSnip"); }
     void startSnip() override { note("startSnip"); }
+    void startCapture() override { note("startCapture"); }
     void unloadScreenRecorder() override { note("unloadScreenRecorder"); }
     KeepAwakeState keepAwakeState() const override { return keepAwake; }
     void setOnKeepAwakeChange(const std::function<void()> &handler) override {

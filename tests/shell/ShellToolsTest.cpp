@@ -6,12 +6,16 @@
 #include "adapters/fake/FakeApplicationActivator.h"
 #include "adapters/fake/FakeEventMonitors.h"
 #include "adapters/fake/FakeEventPoster.h"
+#include "adapters/fake/FakeFilePanels.h"
 #include "adapters/fake/FakeHotKeys.h"
 #include "adapters/fake/FakePanelWindow.h"
 #include "adapters/fake/FakeScreens.h"
+#include "adapters/fake/FakeTaskLauncher.h"
 #include "adapters/fake/FakeToastWindows.h"
 #include "adapters/fake/FakeUrlOpener.h"
+#include "base/SerialQueue.h"
 #include "base/VirtualKeys.h"
+#include "capture/ScreenSnipper.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -24,6 +28,7 @@ namespace {
 constexpr quint32 commandShift = hotKeyModifier::command | hotKeyModifier::shift;
 constexpr int keyV = virtualKey::v;
 const int keyE = keyCode(QStringLiteral("E"));
+const int key2 = keyCode(QStringLiteral("2"));
 
 /// The shell over fakes, its tools connected as in the program.
 class ShellToolsTest : public ShellTest {
@@ -55,7 +60,14 @@ protected:
                                                   .time = time},
                                        .toastWindows = toasts};
         };
-        return {time, defaults, application, hotKeys, monitors, access, alerts, urlOpener, desktop};
+        const auto snipFlow = [this](const ShellTools::Desktop &, const SnipFlow::Actions &actions) {
+            auto made = std::make_unique<SnipFlow>(
+                SnipFlow::Ports{time, defaults, pasteboard, screens, windows, filePanels, snipper, fileQueue, folders},
+                actions, SnipFlow::Views{});
+            flow = made.get();
+            return made;
+        };
+        return {time, defaults, application, hotKeys, monitors, access, alerts, urlOpener, desktop, &snipper, snipFlow};
     }
     ShellTools::Views madeViews() {
         ShellTools::Views made;
@@ -134,6 +146,11 @@ protected:
     ShellTools::Views::Dismiss dismissEmoji;
     ShellTools::Views::Insert insertEmoji;
     std::function<void()> finishWelcome;
+    FakeTaskLauncher launcher;
+    FakeFilePanels filePanels{time};
+    SerialQueue fileQueue{text("com.tavrine.snip")};
+    ScreenSnipper snipper{{launcher, defaults, time, folders.temporary}};
+    SnipFlow *flow = nullptr; ///< once there has been a capture
     std::unique_ptr<ShellTools> tools;
 };
 
@@ -142,7 +159,8 @@ TEST_F(ShellToolsTest, aLaunchRegistersTheKeysOfTheToolsThatAreThereAndMakesNoth
     std::vector<quint32> ids;
     for (const auto &each : hotKeys.registrations())
         ids.push_back(each.id.id);
-    EXPECT_THAT(ids, ElementsAre(traits(Trigger::clipboard).hotKeyId, traits(Trigger::emojiPicker).hotKeyId));
+    EXPECT_THAT(ids, testing::UnorderedElementsAre(traits(Trigger::clipboard).hotKeyId,
+                                                   traits(Trigger::emojiPicker).hotKeyId, 6U));
     EXPECT_THAT(output, HasSubstr("DEBUG: Hotkey registered successfully for ID: 1"));
     time.advance(5s);
     EXPECT_EQ(desktops, 0);
@@ -288,6 +306,97 @@ TEST_F(ShellToolsTest, anEmojiIsInsertedIntoTheProgramInFront) {
     EXPECT_EQ(pasteboard.string(), text("😀"));
     time.advance(1s);
     EXPECT_EQ(poster.posted().size(), 2U);
+}
+
+// Captures.
+
+TEST_F(ShellToolsTest, theHotKeyOfTheCaptureStartsTheToolAndItsPictureComesOnACard) {
+    access.setScreenCaptureGranted(true);
+    launchQuietly();
+    press(key2);
+    ASSERT_EQ(launcher.tasks().size(), 1);
+    ASSERT_TRUE(QImage(8, 6, QImage::Format_RGB32).save(launcher.tasks().first()->arguments().last()));
+    static_cast<void>(outputOf([&] {
+        launcher.tasks().first()->finish(0);
+        time.advance(0ms);
+    }));
+    ASSERT_NE(flow, nullptr);
+    EXPECT_TRUE(flow->isPreviewShown());
+    EXPECT_EQ(pasteboard.image()->size(), QSize(8, 6));
+}
+
+TEST_F(ShellToolsTest, theHistoryLearnsOfACaptureAsOfAnyOtherCopy) {
+    launchQuietly();
+    static_cast<void>(outputOf([&] { delegate->hooks().presentSnip(QImage(8, 6, QImage::Format_RGB32)); }));
+    EXPECT_THAT(manager->history(),
+                testing::Not(testing::Contains(testing::Field(&ClipboardItem::content, text("Copied Image")))));
+    time.advance(500ms);
+    EXPECT_THAT(manager->history(), testing::Contains(testing::Field(&ClipboardItem::content, text("Copied Image"))));
+}
+
+TEST_F(ShellToolsTest, theHotKeyWithoutThePermissionOfTheScreenExplains) {
+    access.setScreenCaptureGranted(false);
+    launchQuietly();
+    press(key2);
+    EXPECT_THAT(launcher.tasks(), IsEmpty());
+    ASSERT_EQ(alerts.shown().size(), 1);
+    EXPECT_EQ(alerts.shown().first().message, text("Screen Recording Permission Required"));
+}
+
+TEST_F(ShellToolsTest, theMenusWayIntoACaptureAsksForThePermissionToo) {
+    access.setScreenCaptureGranted(false);
+    launchQuietly();
+    delegate->startSnip();
+    time.advance(0ms);
+    EXPECT_THAT(launcher.tasks(), IsEmpty());
+    EXPECT_EQ(alerts.shown().size(), 1);
+    access.setScreenCaptureGranted(true);
+    delegate->startSnip();
+    EXPECT_EQ(launcher.tasks().size(), 1);
+}
+
+TEST_F(ShellToolsTest, aCaptureThatIsStartedAnewAsksForNoPermission) {
+    access.setScreenCaptureGranted(false);
+    launchQuietly();
+    static_cast<void>(outputOf([&] {
+        delegate->handleRestartSnip();
+        time.advance(1s);
+    }));
+    EXPECT_EQ(launcher.tasks().size(), 1);
+    EXPECT_THAT(alerts.shown(), IsEmpty());
+}
+
+TEST_F(ShellToolsTest, captureSwitchedOffTakesItsKeyAndItsWindows) {
+    access.setScreenCaptureGranted(true);
+    launchQuietly();
+    static_cast<void>(outputOf([&] { delegate->hooks().presentSnip(QImage(8, 6, QImage::Format_RGB32)); }));
+    ASSERT_TRUE(flow->isPreviewShown());
+    static_cast<void>(outputOf([&] {
+        flags->set(Feature::snippingTool, false);
+        time.advance(0ms);
+    }));
+    EXPECT_FALSE(flow->isPreviewShown());
+    EXPECT_EQ(windows.living(), 0);
+    press(key2);
+    delegate->startSnip();
+    EXPECT_THAT(launcher.tasks(), IsEmpty());
+    static_cast<void>(outputOf([&] {
+        flags->set(Feature::snippingTool, true);
+        time.advance(0ms);
+    }));
+    press(key2);
+    EXPECT_EQ(launcher.tasks().size(), 1);
+}
+
+TEST_F(ShellToolsTest, aCaptureFromTheHistoryIsShownOnTheCard) {
+    launchQuietly();
+    const auto name = manager->saveImage(QImage(30, 20, QImage::Format_RGB32));
+    delegate->hooks().showPreviewCard({QUuid::createUuid(), text("Copied Image"), time.now(), false, false, name});
+    ASSERT_NE(flow, nullptr);
+    EXPECT_EQ(flow->previewModel()->image().size(), QSize(30, 20));
+    flow->dismissSnipPreview(Dismissal::atOnce);
+    delegate->hooks().showPreviewCard({QUuid::createUuid(), text("gone"), time.now(), false, false, text("no.jpg")});
+    EXPECT_FALSE(flow->isPreviewShown());
 }
 
 TEST_F(ShellToolsTest, theLaunchAsksForAccessibilityAndTellsTheAnswer) {

@@ -79,6 +79,8 @@ public:
 
     void setComposited(bool isComposited) { m_isComposited = isComposited; }
     [[nodiscard]] int made() const { return m_made; }
+    /// Panels that have not been destroyed.
+    [[nodiscard]] int living() const { return static_cast<int>(m_windows.size()); }
     [[nodiscard]] Window *keyWindow() const { return m_keys.empty() ? nullptr : m_keys.back(); }
 
 private:

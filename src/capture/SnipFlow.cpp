@@ -1,0 +1,142 @@
+#include "capture/SnipFlow.h"
+
+#include "base/Print.h"
+#include "base/Time.h"
+#include "capture/ScreenSnipper.h"
+#include "capture/SnipDragFile.h"
+#include "ports/Pasteboard.h"
+#include "upload/CustomUploadManager.h"
+
+#include <QFileInfo>
+#include <QPointer>
+
+namespace tavrine {
+namespace {
+
+PanelDescription cardDescription() {
+    return {.title = QStringLiteral("Screenshot"),
+            .contentSize = {SnipFlow::cardWidth, SnipFlow::cardHeight},
+            .level = windowLevel::floating,
+            .collectionBehavior = collectionBehavior::canJoinAllSpaces | collectionBehavior::transient |
+                                  collectionBehavior::fullScreenAuxiliary,
+            .canBecomeKey = false, // the person goes on typing elsewhere
+            .hasShadow = false};
+}
+
+PanelDescription dialogDescription() {
+    PanelDescription description = cardDescription();
+    description.title = QStringLiteral("Save Screenshot");
+    description.contentSize = {SnipFlow::dialogWidth, SnipFlow::dialogHeight};
+    description.level = windowLevel::floating + 1;
+    description.canBecomeKey = true; // it was asked for, and Return and Escape answer it
+    return description;
+}
+
+QPointF cornerOf(const QRectF &usable) {
+    return {usable.x() + SnipFlow::cardMargin, usable.y() + SnipFlow::cardMargin};
+}
+
+QPointF centredOn(const QRectF &usable) {
+    return usable.center() - QPointF(SnipFlow::dialogWidth / 2, SnipFlow::dialogHeight / 2);
+}
+
+template <class Action, class... Arguments>
+void callIfThere(const Action &action, Arguments &&...arguments) {
+    if (action)
+        action(std::forward<Arguments>(arguments)...);
+}
+
+} // namespace
+
+SnipFlow::SnipFlow(Ports ports, Actions actions, Views views)
+    : m_ports(std::move(ports)), m_actions(std::move(actions)), m_views(std::move(views)),
+      m_files(m_ports.fileQueue, m_ports.time),
+      m_card({m_ports.windows, m_ports.screens, m_ports.time}, cardDescription(), cornerOf),
+      m_dialog({m_ports.windows, m_ports.screens, m_ports.time}, dialogDescription(), centredOn) {}
+
+SnipFlow::~SnipFlow() = default;
+
+void SnipFlow::startSnip() {
+    if (!m_actions.mayCaptureScreen || m_actions.mayCaptureScreen())
+        startCapture();
+}
+
+void SnipFlow::startCapture() {
+    m_ports.snipper.startCapture();
+}
+
+void SnipFlow::presentSnip(const QImage &image) {
+    printLine(QStringLiteral("DEBUG: AppDelegate - Received snip image callback! Showing preview..."));
+    writeToPasteboard(image);
+    // The history learns of the capture as of any other copy; without a place for its picture there is no card.
+    if (m_actions.saveImage && m_actions.saveImage(image))
+        showSnipPreview(image);
+}
+
+void SnipFlow::writeToPasteboard(const QImage &image) {
+    m_ports.pasteboard.clearContents();
+    m_ports.pasteboard.writeImage(image);
+}
+
+void SnipFlow::showSnipPreview(const QImage &image) {
+    dismissSnipPreview(Dismissal::atOnce);
+    m_cardModel = std::make_shared<SnippetPreviewModel>(image, cardActions(image), m_ports.time, m_ports.uploads);
+    m_card.show(m_views.card ? m_views.card(m_cardModel) : nullptr);
+    m_cardModel->appear();
+}
+
+SnippetPreviewModel::Actions SnipFlow::cardActions(const QImage &image) {
+    return {.onNewSnip =
+                [this] {
+                    dismissSnipPreview(Dismissal::animated);
+                    m_ports.time.asyncAfter(newSnipDelay, this, [this] { startCapture(); });
+                },
+            .onCopy = [this, image] { writeToPasteboard(image); },
+            .onSave = [this, image](const Completion &completion) { saveSnip(image, completion); },
+            .onEdit =
+                [this, image] {
+                    dismissSnipPreview(Dismissal::animated);
+                    callIfThere(m_actions.openEditorDirectly, image);
+                },
+            .onGetText = [this, image] { callIfThere(m_actions.getTextFromSnip, image); },
+            .onUpload = [this, image] { callIfThere(m_actions.onUpload, image, uploadCard()); },
+            .onDismiss = [this] { dismissSnipPreview(Dismissal::animated); },
+            .beginDragFile = [this, image] { return beginDragFile(image); },
+            .finishDragFile = [this] { m_files.finish(); }};
+}
+
+UploadCard SnipFlow::uploadCard() const {
+    const QPointer<SnippetPreviewModel> card(m_cardModel.get());
+    return {.setState =
+                [card](UploadButtonState state) {
+                    if (card)
+                        card->setUploadState(state);
+                },
+            .dismiss =
+                [card] {
+                    if (card)
+                        card->pressDismiss();
+                }};
+}
+
+QString SnipFlow::beginDragFile(const QImage &image) {
+    const QString path = freshDragFile(m_ports.folders.temporary, snipFileName(), m_ports.time.now());
+    if (!path.isEmpty())
+        m_files.saveAs(path, m_files.prepare(image, QFileInfo(path).absolutePath()), [](bool) {});
+    return path;
+}
+
+void SnipFlow::unload() {
+    dismissSnipPreview(Dismissal::atOnce);
+    dismissSnipSaveDialog(Dismissal::atOnce);
+}
+
+void SnipFlow::dismissSnipPreview(Dismissal dismissal) {
+    m_card.dismiss(dismissal);
+    if (const auto model = std::exchange(m_cardModel, nullptr)) {
+        model->stop();
+        m_ports.time.async(this, [model] {}); // its own button may be what closes it
+    }
+}
+
+} // namespace tavrine

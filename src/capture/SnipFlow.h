@@ -1,0 +1,132 @@
+#pragma once
+
+#include "capture/CapturePanel.h"
+#include "capture/SnipFiles.h"
+#include "capture/SnipSaveDialogModel.h"
+#include "capture/SnippetPreviewModel.h"
+#include "ports/Folders.h"
+
+#include <QImage>
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class QWidget;
+
+namespace tavrine {
+
+class FilePanels;
+class Pasteboard;
+class ScreenSnipper;
+class UserDefaults;
+
+/// The card of one upload, as who uploads tells it how it goes. Nothing once that card is gone, whatever came after it.
+struct UploadCard {
+    std::function<void(UploadButtonState)> setState;
+    std::function<void()> dismiss;
+};
+
+/// What happens with a capture: the way into one, the pasteboard, the card in the corner with its buttons, and the
+/// rules by which a capture becomes a file.
+///
+/// One instance, as long as the process; lives on the main thread. Its views hold no rules: they show the models.
+class SnipFlow : public QObject {
+    Q_OBJECT
+
+public:
+    /// All outlive the flow.
+    struct Ports {
+        Time &time;
+        UserDefaults &defaults;
+        Pasteboard &pasteboard;
+        Screens &screens;
+        PanelWindows &windows;
+        FilePanels &filePanels;
+        ScreenSnipper &snipper;
+        SerialQueue &fileQueue;
+        Folders folders;
+        CustomUploadManager *uploads = nullptr; ///< null: there is no upload
+    };
+    /// What the flow asks of other tools. One that is missing does nothing.
+    struct Actions {
+        std::function<bool()> mayCaptureScreen; ///< asks the person when it may not
+        /// Keeps the picture for the history; the name of its file, or none.
+        std::function<std::optional<QString>(const QImage &)> saveImage;
+        std::function<void()> activateApplication;
+        std::function<void(const QImage &)> openEditorDirectly;
+        std::function<void(const QImage &)> getTextFromSnip;
+        std::function<void(const QImage &, const UploadCard &)> onUpload;
+    };
+    /// The content of the windows, taken over by them. The models live at least as long.
+    struct Views {
+        std::function<QWidget *(std::shared_ptr<SnippetPreviewModel>)> card;
+        std::function<QWidget *(std::shared_ptr<SnipSaveDialogModel>)> saveDialog;
+    };
+    using Completion = std::function<void(bool isSaved)>;
+
+    static constexpr auto useSaveDefaultKey = "snipUseSaveDefault";
+    static constexpr auto saveDirectoryPathKey = "snipSaveDirectoryPath";
+    static constexpr double cardWidth = 340;
+    static constexpr double cardHeight = 248;
+    static constexpr double cardMargin = 18; ///< from the lower left corner of the usable screen
+    static constexpr double dialogWidth = 340;
+    static constexpr double dialogHeight = 264;
+    static constexpr Seconds newSnipDelay{0.2};      ///< the card is off the screen by then
+    static constexpr Seconds choosePanelDelay{0.05}; ///< and so is the dialog
+
+    SnipFlow(Ports ports, Actions actions, Views views);
+    ~SnipFlow() override;
+
+    /// The way of menus and quick actions into a capture, over the permission.
+    void startSnip();
+    /// Straight into a capture, for who was in one already.
+    void startCapture();
+    /// A capture has come: the pasteboard, the history's file, the card.
+    void presentSnip(const QImage &image);
+
+    void showSnipPreview(const QImage &image);
+    void dismissSnipPreview(Dismissal dismissal);
+    void saveSnip(const QImage &image, const Completion &completion);
+    /// Saves without a question, for a capture whose text was read.
+    void autoSaveSnip(const QImage &image);
+    void showSnipSaveDialog(const QString &directory, SnipSaveDialogModel::Actions actions);
+    void dismissSnipSaveDialog(Dismissal dismissal);
+    /// Takes the windows off the screen at once: the tool has been switched off.
+    void unload();
+
+    /// The folder for captures: the person's choice, else "tavrine" in the documents, else in the home.
+    [[nodiscard]] QString snipDefaultDirectory() const;
+    [[nodiscard]] QString snipFileName() const;
+
+    [[nodiscard]] bool isPreviewShown() const { return m_card.isShown(); }
+    /// The windows; null when there are none.
+    [[nodiscard]] PanelWindow *previewWindow() const { return m_card.window(); }
+    [[nodiscard]] PanelWindow *saveDialogWindow() const { return m_dialog.window(); }
+    [[nodiscard]] bool isSaveDialogShown() const { return m_dialog.isShown(); }
+    /// The models of what is shown; null when nothing is.
+    [[nodiscard]] SnippetPreviewModel *previewModel() const { return m_cardModel.get(); }
+    [[nodiscard]] SnipSaveDialogModel *saveDialogModel() const { return m_dialogModel.get(); }
+
+private:
+    [[nodiscard]] SnippetPreviewModel::Actions cardActions(const QImage &image);
+    void writeToPasteboard(const QImage &image);
+    [[nodiscard]] UploadCard uploadCard() const;
+    [[nodiscard]] QString beginDragFile(const QImage &image);
+    void saveHere(const SnipFiles::Prepared &png, const QString &directory, bool useAsDefault,
+                  const Completion &completion);
+    void runSavePanel(const SnipFiles::Prepared &png, const QString &directory, bool useAsDefault,
+                      const Completion &completion);
+
+    Ports m_ports;
+    Actions m_actions;
+    Views m_views;
+    SnipFiles m_files;
+    std::shared_ptr<SnippetPreviewModel> m_cardModel;
+    std::shared_ptr<SnipSaveDialogModel> m_dialogModel;
+    CapturePanel m_card;
+    CapturePanel m_dialog;
+};
+
+} // namespace tavrine

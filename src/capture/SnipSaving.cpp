@@ -1,0 +1,120 @@
+// How a capture becomes a file of the person's.
+#include "base/Print.h"
+#include "base/Time.h"
+#include "base/UserDefaults.h"
+#include "capture/SnipFlow.h"
+#include "ports/FilePanels.h"
+
+#include <QFileInfo>
+#include <QPointer>
+
+namespace tavrine {
+
+QString SnipFlow::snipDefaultDirectory() const {
+    const QString chosen = m_ports.defaults.get<QString>(QLatin1String(saveDirectoryPathKey), QString());
+    if (!chosen.isEmpty())
+        return chosen;
+    const Folders &folders = m_ports.folders;
+    return (folders.documents.isEmpty() ? folders.home : folders.documents) + QStringLiteral("/tavrine");
+}
+
+QString SnipFlow::snipFileName() const {
+    return tavrine::snipFileName(m_ports.time.now());
+}
+
+void SnipFlow::saveSnip(const QImage &image, const Completion &completion) {
+    if (image.isNull()) {
+        completion(false);
+        return;
+    }
+    const QString directory = snipDefaultDirectory();
+    const auto png = m_files.prepare(image, directory);
+    if (m_ports.defaults.get<bool>(QLatin1String(useSaveDefaultKey), false)) {
+        m_files.saveIn(directory, snipFileName(), png,
+                       [completion](const std::optional<QString> &path) { completion(path.has_value()); });
+        return;
+    }
+    showSnipSaveDialog(directory, {.onSaveHere =
+                                       [this, png, directory, completion](bool useAsDefault) {
+                                           dismissSnipSaveDialog(Dismissal::animated);
+                                           saveHere(png, directory, useAsDefault, completion);
+                                       },
+                                   .onChooseFolder =
+                                       [this, png, directory, completion](bool useAsDefault) {
+                                           dismissSnipSaveDialog(Dismissal::atOnce);
+                                           m_ports.time.asyncAfter(choosePanelDelay, this, [=, this] {
+                                               runSavePanel(png, directory, useAsDefault, completion);
+                                           });
+                                       },
+                                   .onCancel =
+                                       [this, completion] {
+                                           dismissSnipSaveDialog(Dismissal::animated);
+                                           completion(false);
+                                       }});
+}
+
+void SnipFlow::saveHere(const SnipFiles::Prepared &png, const QString &directory, bool useAsDefault,
+                        const Completion &completion) {
+    m_files.saveIn(directory, snipFileName(), png,
+                   [self = QPointer(this), useAsDefault, completion](const std::optional<QString> &path) {
+                       if (path && useAsDefault && self)
+                           self->m_ports.defaults.set(QLatin1String(useSaveDefaultKey), true);
+                       completion(path.has_value());
+                   });
+}
+
+void SnipFlow::runSavePanel(const SnipFiles::Prepared &png, const QString &directory, bool useAsDefault,
+                            const Completion &completion) {
+    if (m_actions.activateApplication)
+        m_actions.activateApplication();
+    const auto onWritten = [self = QPointer(this), useAsDefault, completion](const QString &path, bool isWritten) {
+        if (isWritten && self) {
+            self->m_ports.defaults.set(QLatin1String(saveDirectoryPathKey), QFileInfo(path).absolutePath());
+            if (useAsDefault)
+                self->m_ports.defaults.set(QLatin1String(useSaveDefaultKey), true);
+        }
+        completion(isWritten);
+    };
+    m_ports.filePanels.runSavePanel(
+        {.title = QStringLiteral("Save Snip"),
+         .prompt = QStringLiteral("Save"),
+         .fileName = snipFileName(),
+         .directory = directory,
+         .filter = QStringLiteral("PNG (*.png)")},
+        [self = QPointer(this), png, onWritten](const std::optional<QString> &path) {
+            if (path && self)
+                self->m_files.saveAs(*path, png, [path, onWritten](bool isWritten) { onWritten(*path, isWritten); });
+            else
+                onWritten({}, false);
+        });
+}
+
+void SnipFlow::autoSaveSnip(const QImage &image) {
+    if (image.isNull())
+        return;
+    const QString directory = snipDefaultDirectory();
+    m_files.saveIn(directory, snipFileName(), m_files.prepare(image, directory),
+                   [](const std::optional<QString> &path) {
+                       if (path)
+                           printLine(QStringLiteral("Auto-saved snip to: ") + *path);
+                   });
+}
+
+void SnipFlow::showSnipSaveDialog(const QString &directory, SnipSaveDialogModel::Actions actions) {
+    dismissSnipSaveDialog(Dismissal::atOnce);
+    m_dialogModel = std::make_shared<SnipSaveDialogModel>(directory, std::move(actions));
+    m_dialog.show(m_views.saveDialog ? m_views.saveDialog(m_dialogModel) : nullptr);
+}
+
+void SnipFlow::dismissSnipSaveDialog(Dismissal dismissal) {
+    m_dialog.dismiss(dismissal);
+    const auto model = std::exchange(m_dialogModel, nullptr);
+    if (!model)
+        return;
+    // Who asked is told all the same when the next question takes this one's place.
+    if (dismissal == Dismissal::atOnce)
+        model->cancel();
+    m_ports.time.async(this, [model] {}); // its own answer may be what closes it
+}
+
+} // namespace tavrine

@@ -1,0 +1,260 @@
+#include "capture/SnipFlow.h"
+
+#include "SnipTest.h"
+
+#include <QFileInfo>
+
+namespace tavrine {
+namespace {
+
+class SnipFlowTest : public SnipTest {
+protected:
+    FakePanelWindows::Window &cardWindow() { return static_cast<FakePanelWindows::Window &>(*lastWindow); }
+    /// Shows a card and remembers its window.
+    void show(const QImage &image = picture()) {
+        flow->showSnipPreview(image);
+        lastWindow = flow->previewWindow();
+    }
+    PanelWindow *lastWindow = nullptr;
+};
+
+TEST_F(SnipFlowTest, theWayOfMenusAsksForThePermission) {
+    flow->startSnip();
+    EXPECT_EQ(permissionQuestions, 1);
+    EXPECT_EQ(launcher.tasks().size(), 1);
+}
+
+TEST_F(SnipFlowTest, withoutThePermissionThereIsNoCapture) {
+    mayCapture = false;
+    flow->startSnip();
+    EXPECT_EQ(permissionQuestions, 1);
+    EXPECT_THAT(launcher.tasks(), IsEmpty());
+}
+
+TEST_F(SnipFlowTest, aCaptureStandsOnThePasteboardAndOnACard) {
+    EXPECT_EQ(outputOf([this] { flow->presentSnip(picture(50, 20)); }),
+              "DEBUG: AppDelegate - Received snip image callback! Showing preview...\n");
+    EXPECT_EQ(pasteboard.clearCount(), 1);
+    EXPECT_EQ(pasteboard.changeCount(), 1);
+    EXPECT_EQ(pasteboard.image()->size(), QSize(50, 20));
+    ASSERT_EQ(stored.size(), 1);
+    EXPECT_TRUE(flow->isPreviewShown());
+    EXPECT_EQ(card().image().size(), QSize(50, 20));
+    EXPECT_EQ(card().remaining(), 7.0);
+    EXPECT_TRUE(card().isCountingDown());
+}
+
+TEST_F(SnipFlowTest, aCaptureThatCannotBeStoredStaysOnThePasteboardWithoutACard) {
+    storedName.reset();
+    flow->presentSnip(picture());
+    EXPECT_NE(pasteboard.image(), std::nullopt);
+    EXPECT_FALSE(flow->isPreviewShown());
+    EXPECT_EQ(windows.made(), 0);
+}
+
+TEST_F(SnipFlowTest, aCaptureOfOnePixelGetsACard) {
+    flow->presentSnip(picture(1, 1));
+    EXPECT_TRUE(flow->isPreviewShown());
+}
+
+TEST_F(SnipFlowTest, theCardIsAFloatingPanelThatTakesNoKeyboard) {
+    show();
+    const PanelDescription &description = cardWindow().description();
+    EXPECT_EQ(description.contentSize, QSizeF(340, 248));
+    EXPECT_EQ(description.level, 3);
+    EXPECT_EQ(description.collectionBehavior, 265U);
+    EXPECT_TRUE(description.isClear);
+    EXPECT_FALSE(description.hasShadow);
+    EXPECT_FALSE(description.canBecomeKey);
+    EXPECT_FALSE(description.ignoresMouseEvents);
+    EXPECT_EQ(cardWindow().frame(), QRectF(18, 18, 340, 248));
+}
+
+TEST_F(SnipFlowTest, theCardGoesAfterSevenSecondsAndAFade) {
+    show();
+    time.advance(6999ms);
+    EXPECT_TRUE(flow->isPreviewShown());
+    time.advance(1ms);
+    EXPECT_FALSE(flow->isPreviewShown());
+    EXPECT_TRUE(cardWindow().isVisible());
+    time.advance(160ms);
+    EXPECT_EQ(windows.living(), 0);
+    EXPECT_EQ(time.timerCount(), 0);
+}
+
+TEST_F(SnipFlowTest, aNewCaptureReplacesTheCardAtOnceAndStartsItsTimeAnew) {
+    show(picture(10, 10));
+    time.advance(6s);
+    show(picture(20, 20));
+    time.runPending();
+    EXPECT_EQ(windows.living(), 1);
+    EXPECT_EQ(card().image().width(), 20);
+    EXPECT_EQ(card().remaining(), 7.0);
+    time.advance(6950ms);
+    EXPECT_TRUE(flow->isPreviewShown());
+}
+
+TEST_F(SnipFlowTest, newDismissesTheCardFirstAndStartsTheToolATwentiethLater) {
+    show();
+    card().pressNew();
+    EXPECT_FALSE(flow->isPreviewShown());
+    time.advance(199ms);
+    EXPECT_EQ(windows.living(), 0); // the fade is over, so the card is not in the capture
+    EXPECT_THAT(launcher.tasks(), IsEmpty());
+    time.advance(1ms);
+    EXPECT_EQ(launcher.tasks().size(), 1);
+    EXPECT_EQ(permissionQuestions, 0);
+}
+
+TEST_F(SnipFlowTest, newPressedTwiceStartsOneTool) {
+    show();
+    SnippetPreviewModel &model = card();
+    model.pressNew();
+    model.pressNew();
+    time.advance(1s);
+    EXPECT_EQ(launcher.tasks().size(), 1);
+}
+
+TEST_F(SnipFlowTest, copyHasNoEffect) {
+    flow->presentSnip(picture());
+    card().pressCopy();
+    EXPECT_EQ(pasteboard.clearCount(), 1);
+}
+
+TEST_F(SnipFlowTest, editDismissesTheCardAndOpensTheEditor) {
+    show();
+    card().pressEdit();
+    EXPECT_FALSE(flow->isPreviewShown());
+    EXPECT_THAT(events, ElementsAre(text("editor")));
+}
+
+TEST_F(SnipFlowTest, getTextLeavesTheCardAndItsCountdown) {
+    show();
+    card().pressGetText();
+    EXPECT_THAT(events, ElementsAre(text("text")));
+    EXPECT_TRUE(card().isCountingDown());
+}
+
+TEST_F(SnipFlowTest, dismissFadesTheCard) {
+    show();
+    card().pressDismiss();
+    EXPECT_FALSE(flow->isPreviewShown());
+    EXPECT_TRUE(cardWindow().isVisible());
+    time.advance(1s);
+    EXPECT_EQ(windows.living(), 0);
+}
+
+// Uploads.
+
+TEST_F(SnipFlowTest, theCardShowsHowItsUploadGoes) {
+    configureUpload();
+    show();
+    card().pressUpload();
+    EXPECT_THAT(events, ElementsAre(text("upload")));
+    EXPECT_FALSE(card().isCountingDown());
+    uploadCard.setState(UploadButtonState::uploading);
+    EXPECT_EQ(card().uploadState(), UploadButtonState::uploading);
+    uploadCard.setState(UploadButtonState::done);
+    EXPECT_EQ(card().uploadState(), UploadButtonState::done);
+    uploadCard.dismiss();
+    EXPECT_FALSE(flow->isPreviewShown());
+}
+
+TEST_F(SnipFlowTest, aFailedUploadLeavesTheCardUntilItIsDismissedByHand) {
+    configureUpload();
+    show();
+    card().pressUpload();
+    uploadCard.setState(UploadButtonState::uploading);
+    uploadCard.setState(UploadButtonState::idle);
+    time.advance(3600s);
+    EXPECT_TRUE(flow->isPreviewShown());
+    EXPECT_EQ(card().uploadState(), UploadButtonState::idle);
+    card().pressDismiss();
+    EXPECT_FALSE(flow->isPreviewShown());
+}
+
+TEST_F(SnipFlowTest, anUploadThatEndsAfterItsCardDoesNotTouchTheNextOne) {
+    configureUpload();
+    show();
+    card().pressUpload();
+    uploadCard.setState(UploadButtonState::uploading);
+    show();
+    time.runPending();
+    uploadCard.setState(UploadButtonState::done);
+    uploadCard.dismiss();
+    EXPECT_TRUE(flow->isPreviewShown());
+    EXPECT_EQ(card().uploadState(), UploadButtonState::idle);
+}
+
+// Screens.
+
+TEST_F(SnipFlowTest, theCardOpensInTheCornerOfTheScreenUnderThePointer) {
+    screens.setScreens(
+        {{.number = 1, .localizedName = {}, .frame = {0, 0, 1440, 900}, .visibleFrame = {0, 0, 1440, 876}},
+         {.number = 2,
+          .localizedName = {},
+          .frame = {1440, -200, 1920, 1080},
+          .visibleFrame = {1500, -160, 1860, 1000}}});
+    screens.setMouseLocation({2000, 100});
+    show();
+    EXPECT_EQ(cardWindow().frame().topLeft(), QPointF(1518, -142));
+}
+
+TEST_F(SnipFlowTest, aCardOnAMonitorThatIsUnpluggedMovesAndKeepsItsTime) {
+    screens.setScreens(
+        {{.number = 1, .localizedName = {}, .frame = {0, 0, 1440, 900}, .visibleFrame = {0, 0, 1440, 876}},
+         {.number = 2, .localizedName = {}, .frame = {1440, 0, 800, 600}, .visibleFrame = {1440, 0, 800, 600}}});
+    screens.setMouseLocation({1500, 100});
+    show();
+    time.advance(3s);
+    screens.setMouseLocation({700, 400});
+    screens.setScreens(
+        {{.number = 1, .localizedName = {}, .frame = {0, 0, 1440, 900}, .visibleFrame = {0, 0, 1440, 876}}});
+    EXPECT_EQ(cardWindow().frame().topLeft(), QPointF(18, 18));
+    EXPECT_NEAR(card().remaining(), 4.0, 1e-9);
+}
+
+// From the hot key to the card.
+
+TEST_F(SnipFlowTest, aCaptureBecomesACard) {
+    flow->startSnip();
+    ASSERT_TRUE(picture(12, 8).save(tool(0).arguments().last()));
+    tool(0).finish(0);
+    time.runPending();
+    EXPECT_EQ(card().image().size(), QSize(12, 8));
+    EXPECT_THAT(temporaryFiles(), IsEmpty());
+}
+
+TEST_F(SnipFlowTest, aCancelledCaptureLeavesTheCardThatIsThere) {
+    show();
+    flow->startSnip();
+    tool(0).finish(1);
+    time.runPending();
+    EXPECT_TRUE(flow->isPreviewShown());
+    EXPECT_EQ(pasteboard.changeCount(), 0);
+}
+
+TEST_F(SnipFlowTest, aToolThatIsSwitchedOffReleasesItsWindows) {
+    show();
+    flow->saveSnip(picture(), [](bool) {});
+    flow->unload();
+    EXPECT_FALSE(flow->isPreviewShown());
+    EXPECT_FALSE(flow->isSaveDialogShown());
+    time.runPending();
+    EXPECT_EQ(windows.living(), 0);
+    EXPECT_EQ(time.timerCount(), 0);
+}
+
+// The picture taken out of the card.
+
+TEST_F(SnipFlowTest, aDraggedPictureIsAPngFileUnderTheNameOfASave) {
+    show(picture(33, 22));
+    const QString path = card().beginDragFile();
+    EXPECT_EQ(QFileInfo(path).fileName(), text("snip_2026-01-31_21.00.00.png"));
+    card().finishDragFile();
+    EXPECT_EQ(QImage(path).size(), QSize(33, 22));
+    EXPECT_FALSE(QFileInfo::exists(documents()));
+}
+
+} // namespace
+} // namespace tavrine

@@ -1,0 +1,152 @@
+#pragma once
+
+#include "adapters/fake/FakeFilePanels.h"
+#include "adapters/fake/FakePanelWindow.h"
+#include "adapters/fake/FakePasteboard.h"
+#include "adapters/fake/FakeScreens.h"
+#include "adapters/fake/FakeTaskLauncher.h"
+#include "adapters/fake/VirtualTime.h"
+#include "base/NotificationCenter.h"
+#include "base/SerialQueue.h"
+#include "base/UserDefaults.h"
+#include "capture/ScreenSnipper.h"
+#include "capture/SnipFlow.h"
+#include "ports/Keychain.h"
+#include "support/Eventually.h"
+#include "upload/CustomUploadManager.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+namespace tavrine {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+inline QString text(const char *utf8) {
+    return QString::fromUtf8(utf8);
+}
+
+inline QImage picture(int width = 40, int height = 30, QColor colour = Qt::red) {
+    QImage image(width, height, QImage::Format_ARGB32);
+    image.fill(colour);
+    return image;
+}
+
+inline void writeFile(const QString &path, const QByteArray &content) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << qPrintable(path);
+    file.write(content);
+}
+
+/// A key ring that holds an upload script.
+class ScriptKeychain final : public Keychain {
+public:
+    Data copyMatching(const KeychainItem &) override { return QByteArray("function uploadImage() {}"); }
+    KeychainStatus update(const KeychainItem &, const QByteArray &) override { return KeychainStatus::success; }
+    KeychainStatus add(const KeychainItem &, const QByteArray &) override { return KeychainStatus::success; }
+    KeychainStatus remove(const KeychainItem &) override { return KeychainStatus::success; }
+    void cancel() {} // no call of this one waits
+};
+
+/// The capture tool over fakes and a home of its own, in a time zone that is not UTC: 12:00:00 UTC is 21:00:00 here.
+class SnipTest : public testing::Test {
+protected:
+    SnipTest() {
+        qputenv("TZ", "Asia/Tokyo");
+        tzset();
+        QDir(home.path()).mkpath(text("Documents"));
+        snipper.setOnSnipComplete([this](const QImage &image) {
+            captured.append(image);
+            if (flow)
+                flow->presentSnip(image);
+        });
+        makeFlow();
+    }
+
+    void makeFlow() {
+        flow = std::make_unique<SnipFlow>(
+            SnipFlow::Ports{time, defaults, pasteboard, screens, windows, panels, snipper, queue, folders, &uploads},
+            SnipFlow::Actions{.mayCaptureScreen =
+                                  [this] {
+                                      ++permissionQuestions;
+                                      return mayCapture;
+                                  },
+                              .saveImage =
+                                  [this](const QImage &image) {
+                                      stored.append(image);
+                                      return storedName;
+                                  },
+                              .activateApplication = [this] { events << text("activate"); },
+                              .openEditorDirectly = [this](const QImage &) { events << text("editor"); },
+                              .getTextFromSnip = [this](const QImage &) { events << text("text"); },
+                              .onUpload =
+                                  [this](const QImage &, const UploadCard &card) {
+                                      events << text("upload");
+                                      uploadCard = card;
+                                  }},
+            SnipFlow::Views{});
+    }
+    /// Lets the files be written and their answers come.
+    void settle() {
+        queue.sync([] {});
+        time.runPending();
+    }
+    void configureUpload() {
+        uploads.setEnabled(true);
+        // The key ring answers on a thread of its own.
+        ASSERT_TRUE(test::eventually([this] {
+            time.runPending();
+            return uploads.isConfigured();
+        }));
+    }
+    [[nodiscard]] SnippetPreviewModel &card() { return *flow->previewModel(); }
+    [[nodiscard]] SnipSaveDialogModel &dialog() { return *flow->saveDialogModel(); }
+    [[nodiscard]] QString documents(const char *name = "") {
+        return folders.documents + text("/tavrine") + (*name ? text("/") + text(name) : QString());
+    }
+    [[nodiscard]] static QStringList filesIn(const QString &folder) {
+        return QDir(folder).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    }
+    [[nodiscard]] QStringList temporaryFiles() { return filesIn(folders.temporary); }
+    [[nodiscard]] FakeTaskLauncher::FakeTask &tool(qsizetype index) { return *launcher.tasks().at(index); }
+    [[nodiscard]] std::string outputOf(const std::function<void()> &action) {
+        testing::internal::CaptureStdout();
+        action();
+        return testing::internal::GetCapturedStdout();
+    }
+
+    QTemporaryDir home;
+    Folders folders{.applicationSupport = home.filePath(text(".local/share")),
+                    .home = home.path(),
+                    .documents = home.filePath(text("Documents")),
+                    .temporary = home.filePath(text(".cache/Tavrine/tmp"))};
+    VirtualTime time;
+    NotificationCenter center;
+    UserDefaults defaults{home.filePath(text("defaults.plist")), time, center};
+    FakePasteboard pasteboard;
+    FakeScreens screens;
+    FakePanelWindows windows;
+    FakeFilePanels panels{time};
+    FakeTaskLauncher launcher;
+    ScriptKeychain keychain;
+    CustomUploadManager uploads{{defaults, keychain, time}};
+    SerialQueue queue{text("com.tavrine.snip")};
+    ScreenSnipper snipper{{launcher, defaults, time, folders.temporary}};
+
+    bool mayCapture = true;
+    int permissionQuestions = 0;
+    std::optional<QString> storedName = text("stored.jpg");
+    QList<QImage> stored;
+    QList<QImage> captured;
+    QStringList events;
+    UploadCard uploadCard;
+    std::unique_ptr<SnipFlow> flow;
+};
+
+} // namespace tavrine
