@@ -127,6 +127,25 @@ TEST(WorkerContract, theScriptsProcessEndsWithTheOther) {
     EXPECT_TRUE(isGone);
 }
 
+// ---- Locks that cannot be applied ----
+
+TEST(WorkerContract, whereALockCannotBeAppliedItRefusesToRunAndSaysSo) {
+    for (const char *call : {"seccomp", "landlock_create_ruleset", "prlimit64", "prctl"}) {
+        QProcess process;
+        process.start(QStringLiteral(WITHOUT_CALL), {QLatin1String(call), QStringLiteral(UPLOAD_WORKER)});
+        process.write(R"({"script":"function uploadImage() { return 'u' }","imageBase64":"","fileName":""})");
+        process.closeWriteChannel();
+        ASSERT_TRUE(process.waitForFinished(20'000));
+        const QJsonObject record = QJsonDocument::fromJson(process.readAllStandardOutput()).object();
+        EXPECT_FALSE(record.contains(QStringLiteral("url"))) << call;
+        EXPECT_TRUE(record.value(QStringLiteral("logs")).isArray()) << call;
+        const QString message = record.value(QStringLiteral("errorMessage")).toString();
+        EXPECT_TRUE(message.startsWith(QStringLiteral("The upload worker could not lock")))
+            << call << message.toStdString();
+        EXPECT_TRUE(message.endsWith(QStringLiteral("Operation not permitted"))) << call << message.toStdString();
+    }
+}
+
 // ---- The console ----
 
 TEST(WorkerContract, everyConsoleFunctionReachesTheLogs) {
