@@ -127,6 +127,29 @@ TEST(WorkerContract, theScriptsProcessEndsWithTheOther) {
     EXPECT_TRUE(isGone);
 }
 
+// ---- Locks that cannot be applied ----
+
+TEST(WorkerContract, whereALockCannotBeAppliedItRefusesToRunAndSaysSo) {
+    const std::pair<const char *, const char *> steps[] = {{"seccomp", "seccomp: "},
+                                                           {"landlock_create_ruleset", "landlock: "},
+                                                           {"prlimit64", "memory: "},
+                                                           {"prctl", "no_new_privs: "}};
+    for (const auto &[call, step] : steps) {
+        QProcess process;
+        process.start(QStringLiteral(WITHOUT_CALL), {QLatin1String(call), QStringLiteral(UPLOAD_WORKER)});
+        process.write(R"({"script":"function uploadImage() { return 'u' }","imageBase64":"","fileName":""})");
+        process.closeWriteChannel();
+        ASSERT_TRUE(process.waitForFinished(20'000));
+        const QJsonObject record = QJsonDocument::fromJson(process.readAllStandardOutput()).object();
+        EXPECT_FALSE(record.contains(QStringLiteral("url"))) << call;
+        EXPECT_TRUE(record.value(QStringLiteral("logs")).isArray()) << call;
+        const QString message = record.value(QStringLiteral("errorMessage")).toString();
+        EXPECT_TRUE(message.startsWith(QStringLiteral("The upload worker could not lock")))
+            << call << message.toStdString();
+        EXPECT_TRUE(message.contains(QLatin1String(step))) << call << message.toStdString();
+    }
+}
+
 // ---- The console ----
 
 TEST(WorkerContract, everyConsoleFunctionReachesTheLogs) {
@@ -195,12 +218,19 @@ TEST(WorkerContract, timersRunInTheOrderOfTheirMoments) {
         setTimeout((a, b) => order.push(a + b), 10, 'a', '1');
         setTimeout(() => order.push('b'), 10);
         clearTimeout(setTimeout(() => order.push('never'), 5));
-        let ticks = 0;
-        const id = setInterval(() => { if (++ticks === 3) { clearInterval(id); order.push('i') } }, 1);
         setTimeout(() => order.push('0'));
         setTimeout(() => ok(order.join(' ')), 60);
     }) })js");
-    EXPECT_EQ(run.text("url"), QStringLiteral("0 i a1 b c"));
+    EXPECT_EQ(run.text("url"), QStringLiteral("0 a1 b c"));
+}
+
+TEST(WorkerContract, anIntervalRunsUntilItIsCleared) {
+    const WorkerRun run = runWorker(R"js(function uploadImage() { return new Promise((ok) => {
+        let ticks = 0;
+        const id = setInterval((step) => { if ((ticks += step) === 3) clearInterval(id) }, 5, 1);
+        setTimeout(() => ok('ticks ' + ticks), 300);
+    }) })js");
+    EXPECT_EQ(run.text("url"), QStringLiteral("ticks 3"));
 }
 
 TEST(WorkerContract, thereIsALimitOfTimers) {
