@@ -33,6 +33,14 @@ int writeAll(int descriptor, const FilePieces &pieces) {
     return 0;
 }
 
+int openNameless(const std::string &path) {
+    return ::open(folderOf(path).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, ownerOnly);
+}
+
+bool isWithoutNamelessFiles(int error) {
+    return error == EOPNOTSUPP || error == EISDIR || error == EINVAL;
+}
+
 /// A name beside `path` that no file has; the file that holds the place is empty and ours.
 std::string nameBeside(const std::string &path) {
     std::string name = folderOf(path) + "/.screencapture-XXXXXX";
@@ -91,17 +99,22 @@ int whyNotWritable(const std::string &path) {
         return errno;
     if (!S_ISDIR(status.st_mode))
         return ENOTDIR;
-    if (::access(folderOf(path).c_str(), W_OK | X_OK) != 0)
-        return errno;
     if (::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
         return EISDIR;
-    return 0;
+    // The rights alone do not tell: root has them all, and a file system may be read-only.
+    const int descriptor = openNameless(path);
+    if (descriptor >= 0)
+        return ::close(descriptor) == 0 ? 0 : errno;
+    if (!isWithoutNamelessFiles(errno))
+        return errno;
+    const std::string beside = nameBeside(path);
+    return beside.empty() || ::unlink(beside.c_str()) != 0 ? errno : 0;
 }
 
 int writeWholeFile(const std::string &path, const FilePieces &pieces, const std::function<bool()> &isStopped) {
-    const int descriptor = ::open(folderOf(path).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, ownerOnly);
+    const int descriptor = openNameless(path);
     if (descriptor < 0)
-        return errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL ? writeBeside(path, pieces, isStopped) : errno;
+        return isWithoutNamelessFiles(errno) ? writeBeside(path, pieces, isStopped) : errno;
     int error = writeAll(descriptor, pieces);
     if (error == 0)
         error = isStopped() ? ECANCELED : giveName(descriptor, path);
