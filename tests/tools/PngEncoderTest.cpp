@@ -10,7 +10,7 @@
 namespace tavrine {
 namespace {
 
-enum class Kind { drawn, photograph, mixed };
+enum class Kind { drawn, photograph, noise, mixed };
 
 class Picture {
 public:
@@ -18,10 +18,14 @@ public:
         std::mt19937 random(3);
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x) {
+                const auto grain = static_cast<quint32>(random() & 3);
+                const auto shade = static_cast<quint32>(x * 200 / width) + grain;
                 const bool isDrawn = kind == Kind::drawn || (kind == Kind::mixed && y < height / 2);
                 // The highest byte says nothing and must not matter.
                 m_pixels[static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)] =
-                    isDrawn ? static_cast<quint32>(x / 40 * 0x051100 + y / 30 * 0x1f) | 0x5a000000 : random();
+                    isDrawn                    ? static_cast<quint32>(x / 40 * 0x051100 + y / 30 * 0x1f) | 0x5a000000
+                    : kind == Kind::photograph ? shade << 16 | (shade / 2 + grain) << 8 | (grain * 3)
+                                               : random();
             }
         view = {m_pixels.data(), width, height};
     }
@@ -48,7 +52,7 @@ QByteArray joined(const FilePieces &pieces) {
 const auto never = [] { return false; };
 
 TEST(PngEncoder, isReadBackPixelForPixelWhateverThePictureAndTheThreads) {
-    for (const Kind kind : {Kind::drawn, Kind::photograph, Kind::mixed})
+    for (const Kind kind : {Kind::drawn, Kind::photograph, Kind::noise, Kind::mixed})
         for (const int threads : {1, 2, 5}) {
             const Picture picture(1001, 703, kind);
             for (const QRect &area : {QRect(0, 0, 1001, 703), QRect(7, 11, 640, 480), QRect(1000, 702, 1, 1),
@@ -70,6 +74,13 @@ TEST(PngEncoder, theFileIsTheSameHoweverManyThreadsWriteIt) {
 TEST(PngEncoder, whatProgramsDrawBecomesSmall) {
     const Picture picture(1000, 1000, Kind::drawn);
     EXPECT_LT(joined(encodePng(picture.view, picture.view.rect(), 2, never)).size(), 60'000);
+}
+
+TEST(PngEncoder, whatNatureDrewBecomesHardlyLarger) {
+    for (const Kind kind : {Kind::photograph, Kind::noise}) {
+        const Picture picture(1000, 1000, kind);
+        EXPECT_LT(joined(encodePng(picture.view, picture.view.rect(), 2, never)).size(), 3'006'000);
+    }
 }
 
 TEST(PngEncoder, anAreaThatIsEmptyOrOutsideGivesNothing) {

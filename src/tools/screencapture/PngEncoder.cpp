@@ -13,8 +13,8 @@ namespace {
 constexpr int bytesPerPixel = 3;
 // Small enough to share out evenly, large enough that the seams cost nothing (under 0.1 % of the file).
 constexpr qint64 bandBytes = qint64{512} * 1024;
-// A band in which this share of pixels repeats its left neighbour is drawn by programs, not by nature.
-constexpr int drawnPercent = 40;
+// A band in which this share of pixels repeats the one to its left or above is drawn by programs, not by nature.
+constexpr int drawnPercent = 70;
 
 void putWord(std::vector<quint8> &to, quint32 value) {
     for (const int shift : {24, 16, 8, 0})
@@ -60,7 +60,7 @@ public:
 
     [[nodiscard]] std::optional<Band> pack(int firstLine, int lines, bool isFirst, bool isLast) {
         const bool isDrawn = isDrawnByProgram(firstLine, lines);
-        fillRaw(firstLine, lines, isDrawn);
+        fillRaw(firstLine, lines);
         Band band;
         band.length = static_cast<z_off_t>(m_raw.size());
         band.sum = adler32_z(adler32_z(0, nullptr, 0), m_raw.data(), m_raw.size());
@@ -69,10 +69,10 @@ public:
             for (const quint8 byte : {0x78, 0x01}) // deflate, packed fast
                 band.chunk.push_back(byte);
         z_stream stream{};
-        // Measured in docs/decisions/0004: what programs draw repeats itself over long ways, photographs do not repeat
-        // and only their bytes' frequencies pack, which is three times as fast.
-        if (deflateInit2(&stream, 1, Z_DEFLATED, -MAX_WBITS, MAX_MEM_LEVEL, isDrawn ? Z_DEFAULT_STRATEGY : Z_RLE) !=
-            Z_OK)
+        // What nature drew hardly packs and takes ten times as long. The file is read at once and removed, so that its
+        // size costs nothing and packing would only delay both. Measured, see docs/decisions.
+        if (deflateInit2(&stream, isDrawn ? 1 : Z_NO_COMPRESSION, Z_DEFLATED, -MAX_WBITS, MAX_MEM_LEVEL,
+                         Z_DEFAULT_STRATEGY) != Z_OK)
             return std::nullopt;
         const size_t begin = band.chunk.size();
         constexpr size_t roomForSeam = 64;
@@ -97,32 +97,21 @@ private:
     [[nodiscard]] bool isDrawnByProgram(int firstLine, int lines) const {
         qint64 looked = 0;
         qint64 same = 0;
-        for (int y = firstLine; y < firstLine + lines; y += 4, looked += m_area.width())
+        for (int y = firstLine + 1; y < firstLine + lines; y += 4, looked += m_area.width() - 1)
             for (int x = 1; x < m_area.width(); ++x)
-                same += ((line(y)[x] ^ line(y)[x - 1]) & 0xffffff) == 0;
-        return m_area.width() == 1 || same * 100 >= looked * drawnPercent;
+                same +=
+                    ((line(y)[x] ^ line(y)[x - 1]) & 0xffffff) == 0 || ((line(y)[x] ^ line(y - 1)[x]) & 0xffffff) == 0;
+        return same * 100 >= looked * drawnPercent; // so is what is too narrow to tell
     }
 
-    void fillRaw(int firstLine, int lines, bool isDrawn) {
-        constexpr quint8 asItIs = 0;
-        constexpr quint8 differenceToAbove = 2;
+    void fillRaw(int firstLine, int lines) {
+        constexpr quint8 withoutFilter = 0;
         const size_t lineBytes = static_cast<size_t>(m_area.width()) * bytesPerPixel + 1;
         m_raw.resize(lineBytes * static_cast<size_t>(lines));
         for (int i = 0; i < lines; ++i) {
-            const int y = firstLine + i;
             quint8 *to = m_raw.data() + lineBytes * static_cast<size_t>(i);
-            const quint32 *const from = line(y);
-            const bool isDifference = !isDrawn && y > 0;
-            *to++ = isDifference ? differenceToAbove : asItIs;
-            if (isDifference) {
-                const quint32 *const above = line(y - 1);
-                for (int x = 0; x < m_area.width(); ++x, to += bytesPerPixel) {
-                    to[0] = static_cast<quint8>((from[x] >> 16) - (above[x] >> 16));
-                    to[1] = static_cast<quint8>((from[x] >> 8) - (above[x] >> 8));
-                    to[2] = static_cast<quint8>(from[x] - above[x]);
-                }
-                continue;
-            }
+            const quint32 *const from = line(firstLine + i);
+            *to++ = withoutFilter;
             for (int x = 0; x < m_area.width(); ++x, to += bytesPerPixel) {
                 to[0] = static_cast<quint8>(from[x] >> 16);
                 to[1] = static_cast<quint8>(from[x] >> 8);

@@ -82,7 +82,9 @@ void label(PixelPainter &painter, const QRect &area, const GlyphFont &font, std:
     painter.fillRounded(area, radius, labelGround);
     const double half = std::max(1.0, std::floor(scale)) / 2;
     painter.strokeRounded(QRectF(area).adjusted(half, half, -half, -half), radius - half, half * 2, labelEdge);
-    int x = area.x() + rounded(labelPadding * scale);
+    // In the middle: the room may be that of a wider text.
+    const int contentWidth = font.width(text) + (swatch ? rounded((swatchSide + swatchGap) * scale) : 0);
+    int x = area.x() + (area.width() - contentWidth) / 2;
     if (swatch) {
         const int side = rounded(swatchSide * scale);
         const QRectF patch(x, area.y() + (area.height() - side) / 2, side, side);

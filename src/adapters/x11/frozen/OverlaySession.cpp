@@ -38,12 +38,14 @@ bool OverlaySession::freeze() {
         xcb_prefetch_extension_data(connection, extension);
     m_turn.emplace(m_link);
     m_picture = SharedPixels::make(m_link);
-    if (!m_picture || !m_picture->readScreen())
+    m_canvas = SharedPixels::make(m_link);
+    if (!m_picture || !m_canvas)
         return false;
+    m_picture->beginReading();
     const auto keysCookie = OverlayKeys::ask(m_link);
     const auto pointerCookie = xcb_query_pointer(connection, m_link.root());
-    m_canvas = SharedPixels::make(m_link);
-    if (!m_canvas)
+    m_canvas->prepareForPainting(); // while the server copies the screen
+    if (!m_picture->finishReading())
         return false;
     m_keys = OverlayKeys::read(m_link, keysCookie);
     if (const auto pointer = m_link.reply<xcb_query_pointer_reply_t>(pointerCookie))

@@ -65,20 +65,37 @@ bool SharedPixels::shareWithServer() {
     return true;
 }
 
-bool SharedPixels::readScreen() {
-    if (!m_segment)
-        return readInPieces();
-    return m_link.reply<xcb_shm_get_image_reply_t>(xcb_shm_get_image(
-               m_link.connection(), m_link.root(), 0, 0, static_cast<quint16>(m_pixels.width),
-               static_cast<quint16>(m_pixels.height), allPlanes, XCB_IMAGE_FORMAT_Z_PIXMAP, m_segment, 0)) != nullptr;
+void SharedPixels::beginReading() {
+    auto *const connection = m_link.connection();
+    const auto width = static_cast<quint16>(m_pixels.width);
+    const auto height = static_cast<quint16>(m_pixels.height);
+    // One request, so that the picture is of one moment.
+    if (m_segment)
+        m_reading = xcb_shm_get_image(connection, m_link.root(), 0, 0, width, height, allPlanes,
+                                      XCB_IMAGE_FORMAT_Z_PIXMAP, m_segment, 0)
+                        .sequence;
+    else
+        m_reading = xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_link.root(), 0, 0, width, height, allPlanes)
+                        .sequence;
+    xcb_flush(connection);
 }
 
-bool SharedPixels::readInPieces() {
+bool SharedPixels::finishReading() {
+    if (!m_segment)
+        return takeReply();
+    if (!m_link.reply<xcb_shm_get_image_reply_t>(xcb_shm_get_image_cookie_t{m_reading}))
+        return false;
+    ::madvise(m_pixels.data, m_bytes, MADV_POPULATE_READ); // a hint; without it the pages come one by one
+    return true;
+}
+
+void SharedPixels::prepareForPainting() {
+    ::madvise(m_pixels.data, m_bytes, MADV_POPULATE_WRITE);
+}
+
+bool SharedPixels::takeReply() {
     const int lineBytes = m_layout.lineBytes(m_pixels.width);
-    // One request, so that the picture is of one moment.
-    const auto answer = m_link.reply<xcb_get_image_reply_t>(
-        xcb_get_image(m_link.connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, m_link.root(), 0, 0,
-                      static_cast<quint16>(m_pixels.width), static_cast<quint16>(m_pixels.height), allPlanes));
+    const auto answer = m_link.reply<xcb_get_image_reply_t>(xcb_get_image_cookie_t{m_reading});
     if (!answer || qint64{xcb_get_image_data_length(answer.get())} < qint64{lineBytes} * m_pixels.height)
         return false;
     for (int y = 0; y < m_pixels.height; ++y)

@@ -24,8 +24,13 @@ public:
 
     [[nodiscard]] PixelsToPaint pixels() const { return m_pixels; }
 
-    /// Takes the whole screen as it is now. False when the server refused or did not answer in time.
-    [[nodiscard]] bool readScreen();
+    /// Takes the whole screen as it is when the server gets to it; `finishReading` waits until it is here. False when
+    /// the server refused or did not answer in time.
+    void beginReading();
+    [[nodiscard]] bool finishReading();
+
+    /// Has the system find the memory now, all at once, instead of page by page while it is painted: half the time.
+    void prepareForPainting();
 
     /// Puts the area onto a window that lies over the whole screen. The memory is not to be changed before
     /// `XcbLink::finish`.
@@ -34,14 +39,15 @@ public:
 private:
     SharedPixels(XcbLink &link, PixelLayout layout);
     [[nodiscard]] bool shareWithServer();
-    [[nodiscard]] bool readInPieces();
+    [[nodiscard]] bool takeReply();
     void putInPieces(xcb_window_t window, xcb_gcontext_t context, const QRect &area);
 
     XcbLink &m_link;
     PixelLayout m_layout;
     PixelsToPaint m_pixels;
     size_t m_bytes = 0;
-    quint32 m_segment = 0; ///< 0 when the memory is our own
+    quint32 m_segment = 0;      ///< 0 when the memory is our own
+    unsigned int m_reading = 0; ///< the request under way
 };
 
 } // namespace tavrine
