@@ -60,6 +60,14 @@ void TestKeyboard::click(int button, int x, int y) {
     send(XCB_BUTTON_RELEASE, button);
 }
 
+void TestKeyboard::press(int button) {
+    send(XCB_BUTTON_PRESS, button);
+}
+
+void TestKeyboard::release(int button) {
+    send(XCB_BUTTON_RELEASE, button);
+}
+
 bool TestKeyboard::grabKeyboard() {
     const auto answer = owned(xcb_grab_keyboard_reply(
         m_connection,

@@ -17,9 +17,14 @@ inline constexpr int leftShift = 50;
 inline constexpr int v = 55;
 inline constexpr int b = 56;
 inline constexpr int leftAlt = 64;
+inline constexpr int space = 65;
 inline constexpr int capsLock = 66;
 inline constexpr int numLock = 77;
 inline constexpr int rightAlt = 108;
+inline constexpr int up = 111;
+inline constexpr int left = 113;
+inline constexpr int right = 114;
+inline constexpr int down = 116;
 inline constexpr int leftSuper = 133;
 } // namespace key
 
@@ -38,6 +43,8 @@ public:
     void chord(std::initializer_list<int> keycodes);
     void click(int button, int x, int y);
     void movePointer(int x, int y);
+    void press(int button);
+    void release(int button);
 
     /// As another program: all keys, the pointer, or one combination. False when refused.
     [[nodiscard]] bool grabKeyboard();

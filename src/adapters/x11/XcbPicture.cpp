@@ -1,26 +1,11 @@
 #include "adapters/x11/XcbPicture.h"
 
-#include <QtEndian>
+#include "adapters/x11/ChannelMask.h"
 
-#include <bit>
+#include <QtEndian>
 
 namespace tavrine {
 namespace {
-
-/// A channel of 8 bits at the place and in the width of `mask`.
-quint32 toMask(int value, quint32 mask) {
-    if (mask == 0)
-        return 0;
-    const quint32 highest = mask >> std::countr_zero(mask);
-    return ((static_cast<quint32>(value) * highest + 127) / 255) << std::countr_zero(mask);
-}
-
-int fromMask(quint32 pixel, quint32 mask) {
-    if (mask == 0)
-        return 255;
-    const quint32 highest = mask >> std::countr_zero(mask);
-    return static_cast<int>((((pixel & mask) >> std::countr_zero(mask)) * 255 + highest / 2) / highest);
-}
 
 const xcb_visualtype_t *find(const xcb_screen_t &screen, xcb_visualid_t visual, quint8 &depth) {
     for (auto depths = xcb_screen_allowed_depths_iterator(&screen); depths.rem > 0; xcb_depth_next(&depths))

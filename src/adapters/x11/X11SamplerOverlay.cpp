@@ -1,0 +1,148 @@
+#include "adapters/x11/X11SamplerOverlay.h"
+
+#include "adapters/x11/frozen/OverlayPaint.h"
+#include "adapters/x11/frozen/PixelPainter.h"
+
+#include <QSocketNotifier>
+#include <QString>
+
+namespace tavrine {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto betweenTries = 8ms;
+// A pointer that another program holds for longer will not come; the person needs the screen back.
+constexpr auto longestWithoutPointer = 10s;
+
+} // namespace
+
+X11SamplerOverlay::X11SamplerOverlay(Selection onEnd)
+    : m_onEnd(std::move(onEnd)), m_session(OverlaySession::open()), m_pointerDeadline(longestWithoutPointer) {
+    if (!m_session) {
+        end(std::nullopt);
+        return;
+    }
+    m_model.emplace(m_session->rect(), m_session->firstPointer());
+    PixelPainter(m_session->canvas(), m_session->rect()).copy(m_session->picture(), m_session->rect());
+    m_painted = paint({});
+    m_session->show();
+    m_notifier = std::make_unique<QSocketNotifier>(m_session->fileDescriptor(), QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, &X11SamplerOverlay::readEvents);
+    m_retry.setInterval(betweenTries);
+    connect(&m_retry, &QTimer::timeout, this, &X11SamplerOverlay::tryGrabs);
+    m_retry.start();
+    tryGrabs();
+}
+
+X11SamplerOverlay::~X11SamplerOverlay() = default;
+
+void X11SamplerOverlay::tryGrabs() {
+    m_session->tryGrabs();
+    if (m_session->hasBoth())
+        m_retry.stop();
+    else if (!m_session->hasPointer() && m_pointerDeadline.hasExpired())
+        return end(std::nullopt);
+    readEvents(); // what came along with the answers
+}
+
+void X11SamplerOverlay::readEvents() {
+    while (!m_hasEnded) {
+        bool hasRead = false;
+        while (const auto event = m_session->nextEvent()) {
+            hasRead = true;
+            handle(*event);
+            if (m_hasEnded)
+                return;
+        }
+        if (!hasRead)
+            return;
+        if (const auto place = m_model->takePointerMove())
+            m_session->movePointer(*place);
+        repaint();
+    }
+}
+
+void X11SamplerOverlay::handle(const OverlayEvent &event) {
+    switch (event.kind) {
+    case OverlayEvent::Kind::pointerMoved:
+        m_model->pointerMoved(event.place);
+        break;
+    case OverlayEvent::Kind::buttonPressed:
+        m_model->buttonPressed(event.button, event.place);
+        break;
+    case OverlayEvent::Kind::buttonReleased:
+        m_model->buttonReleased(event.button, event.place);
+        break;
+    case OverlayEvent::Kind::keyPressed:
+        m_model->keyPressed(event.key, event.isControl);
+        break;
+    case OverlayEvent::Kind::uncovered:
+        m_session->put({event.area});
+        break;
+    case OverlayEvent::Kind::ended:
+        end(std::nullopt);
+        return;
+    }
+    if (m_model->state() == SamplerModel::State::taken)
+        end(QColor::fromRgb(static_cast<QRgb>(m_session->picture().at(m_model->pixel()))));
+    else if (m_model->state() == SamplerModel::State::cancelled)
+        end(std::nullopt);
+}
+
+void X11SamplerOverlay::repaint() {
+    if (m_model->pixel() == m_paintedPixel)
+        return;
+    const QRect before = m_painted;
+    m_painted = paint(before);
+    m_session->put({before, m_painted});
+}
+
+/// Takes the magnifier from `before` to the pixel; the area where it stands now.
+QRect X11SamplerOverlay::paint(const QRect &before) {
+    const QPoint pixel = m_model->pixel();
+    const OverlayMonitor &monitor = monitorAt(m_session->monitors(), pixel);
+    const double scale = monitor.scale;
+    if (!m_font || m_font->sizePx() != overlayPaint::fontSize(scale))
+        m_font = std::make_unique<GlyphFont>(overlayPaint::fontSize(scale));
+    const quint32 colour = m_session->picture().at(pixel);
+    const std::u32string value = QStringLiteral("#%1").arg(colour, 6, 16, QLatin1Char('0')).toUpper().toStdU32String();
+    // As wide as the widest value, so that it does not tremble on the way.
+    const QSize room = overlayPaint::labelSize(*m_font, U"#DDDDDD", scale, true);
+    const auto geometry = MagnifierGeometry::place(pixel, monitor.area, scale, room);
+    PixelPainter beneath(m_session->canvas(), before);
+    beneath.copy(m_session->picture(), before);
+    PixelPainter painter(m_session->canvas(), geometry.bounds());
+    painter.copy(m_session->picture(), geometry.bounds());
+    overlayPaint::magnifier(painter, geometry, m_session->picture(), scale);
+    overlayPaint::label(painter, geometry.label, *m_font, value, scale, opaque(colour));
+    m_paintedPixel = pixel;
+    return geometry.bounds();
+}
+
+void X11SamplerOverlay::leaveScreen() {
+    if (m_hasEnded)
+        return;
+    end(std::nullopt);
+    m_notifier.reset();
+    m_session.reset();
+}
+
+void X11SamplerOverlay::end(std::optional<QColor> colour) {
+    if (std::exchange(m_hasEnded, true))
+        return;
+    m_retry.stop();
+    if (m_notifier)
+        m_notifier->setEnabled(false);
+    m_font.reset();
+    // The notifier may be the caller, and the session's pictures are large: both go in the next turn, before the
+    // answer.
+    QTimer::singleShot(0, this, [this, colour] {
+        m_notifier.reset();
+        m_session.reset();
+        const Selection onEnd = std::move(m_onEnd);
+        onEnd(colour);
+    });
+}
+
+} // namespace tavrine

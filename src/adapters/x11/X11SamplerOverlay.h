@@ -1,0 +1,51 @@
+#pragma once
+
+#include "adapters/x11/frozen/GlyphFont.h"
+#include "adapters/x11/frozen/OverlaySession.h"
+#include "adapters/x11/frozen/SamplerModel.h"
+
+#include <QColor>
+#include <QDeadlineTimer>
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+
+class QSocketNotifier;
+
+namespace tavrine {
+
+/// One frozen screen with a magnifier at the pointer. Owned by `X11ColorSamplers`, lives on the main thread.
+class X11SamplerOverlay : public QObject {
+public:
+    using Selection = std::function<void(std::optional<QColor>)>;
+
+    /// `onEnd` is called once, in a later turn, when the overlay is off the screen; it may delete the overlay.
+    explicit X11SamplerOverlay(Selection onEnd);
+    ~X11SamplerOverlay() override;
+
+    /// Goes off the screen at once; the answer, no colour, comes as ever. Nothing when it has ended already.
+    void leaveScreen();
+    [[nodiscard]] bool isOnScreen() const { return !m_hasEnded; }
+
+private:
+    void readEvents();
+    void handle(const OverlayEvent &event);
+    void tryGrabs();
+    void repaint();
+    [[nodiscard]] QRect paint(const QRect &before);
+    void end(std::optional<QColor> colour);
+
+    Selection m_onEnd;
+    std::unique_ptr<OverlaySession> m_session;
+    std::optional<SamplerModel> m_model;
+    std::unique_ptr<GlyphFont> m_font;
+    std::unique_ptr<QSocketNotifier> m_notifier;
+    QTimer m_retry; ///< runs until pointer and keyboard are ours
+    QDeadlineTimer m_pointerDeadline;
+    QPoint m_paintedPixel;
+    QRect m_painted;
+    bool m_hasEnded = false;
+};
+
+} // namespace tavrine

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "adapters/x11/frozen/XcbLink.h"
+
+#include <array>
+
+namespace tavrine {
+
+/// The keys that mean something over a frozen screen.
+enum class OverlayKey { other, escape, space, enter, left, right, up, down };
+
+/// Which key of the keyboard is which. A value, read once from the server.
+class OverlayKeys {
+public:
+    /// Asks the server; `read` takes the answer. Without one every key is `other`.
+    [[nodiscard]] static xcb_get_keyboard_mapping_cookie_t ask(XcbLink &link);
+    [[nodiscard]] static OverlayKeys read(XcbLink &link, xcb_get_keyboard_mapping_cookie_t cookie);
+
+    [[nodiscard]] OverlayKey key(quint8 keycode) const { return m_keys[keycode]; }
+
+private:
+    std::array<OverlayKey, 256> m_keys{};
+};
+
+} // namespace tavrine

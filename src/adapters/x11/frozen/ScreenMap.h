@@ -1,0 +1,27 @@
+#pragma once
+
+#include "adapters/x11/frozen/XcbLink.h"
+
+#include <QRect>
+
+#include <vector>
+
+namespace tavrine {
+
+/// A monitor: its part of the screen in device pixels, and how large things are on it.
+struct OverlayMonitor {
+    QRect area;
+    double scale = 1;
+};
+
+/// The monitors as RandR tells them; the whole screen as one where it tells none.
+[[nodiscard]] std::vector<OverlayMonitor> readMonitors(XcbLink &link);
+
+/// The one with the place; of places between monitors the first one's.
+[[nodiscard]] const OverlayMonitor &monitorAt(const std::vector<OverlayMonitor> &monitors, QPoint place);
+
+/// What a person sees of each window on the screen, frames included and invisible shadows not, the topmost first, cut
+/// to the screen. `except` is left out.
+[[nodiscard]] std::vector<QRect> readWindows(XcbLink &link, xcb_window_t except);
+
+} // namespace tavrine

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "base/Time.h"
+
+#include <QColor>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tavrine {
+
+class ColorSampler;
+class ColorSamplers;
+class Pasteboard;
+class UserDefaults;
+
+/// How a colour is written on the pasteboard. The stored text is the label itself.
+enum class ColorFormat { hex, rgb, swiftUI, nsColor };
+
+/// The format under that label; hex for any other text.
+[[nodiscard]] ColorFormat colorFormat(const QString &label);
+
+/// The colour, which is taken as sRGB, as text. Hex rounds each component, rgb cuts its fraction off.
+[[nodiscard]] QString colorText(const QColor &colour, ColorFormat format);
+
+/// Takes one pixel's colour from the screen, and puts it on the pasteboard as text.
+///
+/// One for the process, on the main thread. Either idle or picking; a pick that is not answered within 30 seconds
+/// counts no longer, though its magnifier stays and its late answer is still copied.
+class ColorPickerManager : public QObject {
+    Q_OBJECT
+
+public:
+    static constexpr auto formatKey = "colorPickerFormat";
+    static constexpr auto defaultFormat = "Hex (#RRGGBB)";
+
+    struct Ports {
+        Time &time;
+        UserDefaults &defaults;
+        Pasteboard &pasteboard;
+        ColorSamplers &samplers;
+    };
+    using ShowToast = std::function<void(const QString &message, const QString &icon)>;
+
+    ColorPickerManager(Ports ports, ShowToast showToast, QObject *parent = nullptr);
+    ~ColorPickerManager() override;
+
+    [[nodiscard]] bool isPicking() const { return m_isPicking; }
+
+    /// Starts a pick. Nothing when one is under way.
+    void pickColor();
+
+private:
+    void onSelected(std::optional<QColor> colour);
+    void copy(const QColor &colour);
+
+    Ports m_ports;
+    ShowToast m_showToast;
+    std::shared_ptr<ColorSampler> m_activeSampler;
+    std::shared_ptr<const bool> m_timeoutWorkItem; ///< dropping it cancels the timeout
+    bool m_isPicking = false;
+};
+
+} // namespace tavrine

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tavrine {
+
+/// What the tool is asked for: `screencapture -i [-x] FILE`.
+struct CommandLine {
+    static constexpr std::string_view usage = "usage: screencapture -i [-x] FILE";
+
+    std::string file;
+    bool isSilent = false;
+
+    /// Of the arguments without the program's name. None when they are anything else than the usage says: the options
+    /// in any order, each once, and one file that is not empty behind them.
+    [[nodiscard]] static std::optional<CommandLine> parse(const std::vector<std::string_view> &arguments);
+
+    bool operator==(const CommandLine &) const = default;
+};
+
+} // namespace tavrine
