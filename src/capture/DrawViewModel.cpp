@@ -26,6 +26,13 @@ bool isDraggedOut(DrawingTool tool) {
     return tool == DrawingTool::arrow || tool == DrawingTool::rectangle || tool == DrawingTool::oval;
 }
 
+// Writing a bound value may give the model a new parent, which must not end the closure that is running.
+template <class Value>
+void write(const Binding<Value> &binding, Value value) {
+    const std::function<void(Value)> set = binding.set;
+    set(std::move(value));
+}
+
 // An annotation of the tool in the canvas' colour and width, without points.
 DrawingPath blank(const DrawingCanvas &canvas, DrawingTool tool) {
     DrawingPath path;
@@ -57,7 +64,7 @@ void DrawViewModel::mouseDown(const QPointF &point) {
         return;
     if (m_activeTextField) { // the click ends the typing, wherever it is, and does nothing else
         commitActiveText();
-        m_parent->tool.set(DrawingTool::pen);
+        write(m_parent->tool, DrawingTool::pen);
         return;
     }
     if (!canDraw(point))
@@ -109,7 +116,7 @@ void DrawViewModel::mouseUp() {
     if (m_parent) {
         const DrawingTool tool = m_parent->tool.get();
         if (isFreehand(tool) || (isDraggedOut(tool) && m_currentPoints.size() >= 2))
-            commitCurrentPath(*m_parent);
+            commitCurrentPath(DrawingCanvas(*m_parent));
     }
     m_currentPoints.clear();
     redrawGesture(area);
@@ -124,7 +131,13 @@ void DrawViewModel::commitCurrentPath(const DrawingCanvas &canvas) {
         path.points.push_back(normalised(point));
     std::vector<DrawingPath> drawings = canvas.drawings.get();
     drawings.push_back(std::move(path));
-    canvas.drawings.set(std::move(drawings));
+    write(canvas.drawings, std::move(drawings));
+    if (m_view.drawingsChanged)
+        m_view.drawingsChanged();
+}
+
+void DrawViewModel::writeDrawings(std::vector<DrawingPath> drawings) {
+    write(m_parent->drawings, std::move(drawings));
     if (m_view.drawingsChanged)
         m_view.drawingsChanged();
 }
@@ -132,9 +145,7 @@ void DrawViewModel::commitCurrentPath(const DrawingCanvas &canvas) {
 void DrawViewModel::append(DrawingPath path) {
     std::vector<DrawingPath> drawings = m_parent->drawings.get();
     drawings.push_back(std::move(path));
-    m_parent->drawings.set(std::move(drawings));
-    if (m_view.drawingsChanged)
-        m_view.drawingsChanged();
+    writeDrawings(std::move(drawings));
 }
 
 void DrawViewModel::eraseAt(const QPointF &point) {
@@ -144,9 +155,7 @@ void DrawViewModel::eraseAt(const QPointF &point) {
     std::vector<DrawingPath> left = erased(drawings, normalised(point));
     if (left.size() == drawings.size())
         return;
-    m_parent->drawings.set(std::move(left));
-    if (m_view.drawingsChanged)
-        m_view.drawingsChanged();
+    writeDrawings(std::move(left));
 }
 
 void DrawViewModel::beginText(const QPointF &point) {
@@ -171,7 +180,8 @@ void DrawViewModel::placeStamp(const QPointF &point) {
     path.points = {normalised(point)};
     path.number = number;
     append(std::move(path));
-    m_parent->nextStampNumber.set(number + 1);
+    if (m_parent)
+        write(m_parent->nextStampNumber, number + 1);
 }
 
 void DrawViewModel::updateActiveText(const QString &string) {
@@ -183,9 +193,7 @@ void DrawViewModel::updateActiveText(const QString &string) {
     if (typed == drawings.end() || typed->text == string)
         return;
     typed->text = string;
-    m_parent->drawings.set(std::move(drawings));
-    if (m_view.drawingsChanged)
-        m_view.drawingsChanged();
+    writeDrawings(std::move(drawings));
 }
 
 void DrawViewModel::controlTextDidChange(const QString &string) {
@@ -210,9 +218,7 @@ void DrawViewModel::commitActiveText() {
     if (m_parent && string.trimmed().isEmpty()) {
         std::vector<DrawingPath> drawings = m_parent->drawings.get();
         if (std::erase_if(drawings, [&id](const DrawingPath &path) { return path.id == id; }) > 0) {
-            m_parent->drawings.set(std::move(drawings));
-            if (m_view.drawingsChanged)
-                m_view.drawingsChanged();
+            writeDrawings(std::move(drawings));
         }
     }
     if (m_view.removeTextField)
@@ -227,7 +233,7 @@ bool DrawViewModel::doCommand(Command command) {
         m_view.makeFirstResponder();
     commitActiveText();
     if (m_parent)
-        m_parent->tool.set(DrawingTool::pen);
+        write(m_parent->tool, DrawingTool::pen);
     return true;
 }
 

@@ -75,6 +75,7 @@ private:
     [[nodiscard]] QPointF normalised(const QPointF &point) const;
     [[nodiscard]] QRectF gestureArea() const;
     void redrawGesture(const QRectF &area);
+    void writeDrawings(std::vector<DrawingPath> drawings);
     void append(DrawingPath path);
 
     View m_view;
