@@ -29,6 +29,8 @@ public:
     void updateCanvas(const DrawingCanvas &canvas);
 
     [[nodiscard]] const DrawViewModel &model() const { return m_model; }
+    /// Ends the typing, as a click elsewhere does: what was typed is kept.
+    void commitActiveText() { m_model.commitActiveText(); }
     /// Null while nothing is typed.
     [[nodiscard]] QLineEdit *activeTextField() const { return m_field; }
 
