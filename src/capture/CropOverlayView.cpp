@@ -58,9 +58,9 @@ void CropOverlayView::paintEvent(QPaintEvent *) {
         return;
     }
     const QRectF part = m_model.crop().rect();
-    const QRectF selected = QRectF(part.x() * width(), part.y() * height(), part.width() * width(),
-                                   part.height() * height())
-                                .intersected(rect());
+    const QRectF selected =
+        QRectF(part.x() * width(), part.y() * height(), part.width() * width(), part.height() * height())
+            .intersected(rect());
     QPainterPath outside;
     outside.setFillRule(Qt::OddEvenFill);
     outside.addRect(rect());

@@ -13,10 +13,10 @@
 namespace tavrine {
 namespace {
 
-constexpr int checkSide = 8;       // of the squares under a transparent picture
-constexpr double sharpFrom = 3;    // from this scale on pixels show as squares
-constexpr double notch = 120;      // of a wheel, in eighths of a degree
-constexpr double notchWay = 60;    // points that a notch moves the picture
+constexpr int checkSide = 8;    // of the squares under a transparent picture
+constexpr double sharpFrom = 3; // from this scale on pixels show as squares
+constexpr double notch = 120;   // of a wheel, in eighths of a degree
+constexpr double notchWay = 60; // points that a notch moves the picture
 constexpr int shadowReach = 3;
 
 /// Lets every click through that meets none of its children.
@@ -89,11 +89,17 @@ EditorStageView::EditorStageView(QWidget *parent) : QWidget(parent), m_overlay(n
 EditorStageView::~EditorStageView() = default;
 
 void EditorStageView::setImage(const QImage &image) {
-    // The two formats that are painted without a conversion.
-    m_levels = {image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
-                                                              : QImage::Format_RGB32)};
     m_zoom.setImageSize(image.size());
+    setPicture(image);
     place();
+}
+
+void EditorStageView::setPicture(const QImage &picture) {
+    // The two formats that are painted without a conversion.
+    m_levels = {picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
+                                                                  : QImage::Format_RGB32)};
+    m_backdrop = {};
+    update();
 }
 
 void EditorStageView::setCanvas(QWidget *canvas, Picture picture) {
@@ -215,8 +221,8 @@ void EditorStageView::wheelEvent(QWheelEvent *event) {
         const double turn = event->angleDelta().y() / notch;
         m_zoom.zoomBy(std::pow(ImageZoom::step, turn), event->position());
     } else {
-        QPointF way = event->hasPixelDelta() ? QPointF(event->pixelDelta())
-                                             : QPointF(event->angleDelta()) / notch * notchWay;
+        QPointF way =
+            event->hasPixelDelta() ? QPointF(event->pixelDelta()) : QPointF(event->angleDelta()) / notch * notchWay;
         if (event->modifiers() & Qt::ShiftModifier && way.x() == 0)
             way = {way.y(), 0};
         m_zoom.moveBy(way);

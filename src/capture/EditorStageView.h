@@ -11,8 +11,8 @@
 
 namespace tavrine {
 
-/// The place of the picture in the editor: the picture on its ground, and whatever lies exactly over it. Zooms and moves
-/// by wheel, pinch and middle button; all that lies over the picture goes along.
+/// The place of the picture in the editor: the picture on its ground, and whatever lies exactly over it. Zooms and
+/// moves by wheel, pinch and middle button; all that lies over the picture goes along.
 ///
 /// Belongs to the editor's view; lives on the main thread. What is painted of the picture is kept as it stands, so that
 /// a stroke over it costs a copy of pixels and no scaling.
@@ -23,7 +23,10 @@ public:
     explicit EditorStageView(QWidget *parent = nullptr);
     ~EditorStageView() override;
 
+    /// Another picture, shown whole.
     void setImage(const QImage &image);
+    /// The same picture with other pixels; it stays where it stands.
+    void setPicture(const QImage &picture);
     /// Takes the widget over and lays it over the picture, below the overlay layer; the former one is deleted. A canvas
     /// may paint the picture itself.
     enum class Picture { byStage, byCanvas };

@@ -105,7 +105,8 @@ QWidget *EditorToolsView::makeTools() {
 
 QWidget *EditorToolsView::makeStepper() {
     auto *stepper = new QWidget(m_tools);
-    m_decrease = new look::Button(QStringLiteral("minus.circle.fill"), QStringLiteral("Decrease stamp number"), stepper);
+    m_decrease =
+        new look::Button(QStringLiteral("minus.circle.fill"), QStringLiteral("Decrease stamp number"), stepper);
     m_number = new look::Label(QString(), look::TextRole::bodyStrong, look::Label::Tone::primary, stepper);
     m_number->setAlignment(Qt::AlignHCenter);
     auto *increase =

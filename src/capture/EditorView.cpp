@@ -116,16 +116,14 @@ EditorView::EditorView(const QImage &image, const EditorModel::Ports &ports, Act
     build();
     connect(&m_model, &EditorModel::imageChanged, this, [this] {
         clearOverlayLayer();
-        m_stage->setImage(m_model.shownImage());
-        if (m_canvas)
-            m_canvas->setPicture(m_model.shownImage());
+        m_stage->setImage(m_model.shownImage()); // the crop mode ends next, and with it comes a new canvas
     });
     connect(&m_model, &EditorModel::canvasReplaced, this, &EditorView::replaceCanvas);
     connect(&m_model, &EditorModel::cropChanged, this, &EditorView::showMode);
     connect(&m_model, &EditorModel::hasUnsavedChangesChanged, this, &EditorView::showPills);
-    for (const auto change : {&EditorModel::currentToolChanged, &EditorModel::drawingsChanged,
-                              &EditorModel::selectedColorChanged, &EditorModel::lineThicknessChanged,
-                              &EditorModel::nextStampNumberChanged})
+    for (const auto change :
+         {&EditorModel::currentToolChanged, &EditorModel::drawingsChanged, &EditorModel::selectedColorChanged,
+          &EditorModel::lineThicknessChanged, &EditorModel::nextStampNumberChanged})
         connect(&m_model, change, this, &EditorView::updateCanvas);
     m_stage->setImage(m_model.shownImage());
     replaceCanvas();
@@ -150,8 +148,8 @@ void EditorView::build() {
 
     m_cropPill = new PillView(QStringLiteral("crop"), QStringLiteral("Drag selection box to crop"), this);
     auto *cancel = m_cropPill->addButton(QStringLiteral("Cancel"), look::ButtonStyle::plain);
-    auto *apply = m_cropPill->addButton(QStringLiteral("Apply Crop"), look::ButtonStyle::prominent,
-                                        QStringLiteral("checkmark"));
+    auto *apply =
+        m_cropPill->addButton(QStringLiteral("Apply Crop"), look::ButtonStyle::prominent, QStringLiteral("checkmark"));
     cancel->setToolTip(QStringLiteral("Leave without cropping  (Esc)"));
     apply->setToolTip(QStringLiteral("Crop to the selection  (Return)"));
     connect(cancel, &QAbstractButton::clicked, &m_model, &EditorModel::cancelCrop);
@@ -163,6 +161,7 @@ void EditorView::build() {
 
 void EditorView::replaceCanvas() {
     if (m_model.isCropping()) {
+        m_stage->setPicture(m_model.flattenedImage()); // what is cropped has the annotations in it
         m_stage->setCanvas(new CropOverlayView(m_model), EditorStageView::Picture::byStage);
         return;
     }
@@ -178,7 +177,8 @@ void EditorView::updateCanvas() {
     if (!m_canvas)
         return;
     DrawingCanvas canvas;
-    canvas.tool = {[this] { return m_model.currentTool(); }, [this](DrawingTool tool) { m_model.setCurrentTool(tool); }};
+    canvas.tool = {[this] { return m_model.currentTool(); },
+                   [this](DrawingTool tool) { m_model.setCurrentTool(tool); }};
     canvas.drawings = {[this] { return m_model.drawings(); },
                        [this](std::vector<DrawingPath> drawings) { m_model.setDrawings(std::move(drawings)); }};
     canvas.selectedColor = m_model.selectedColor();
@@ -212,9 +212,8 @@ void EditorView::placeFloating() {
     const QRect stage = m_stage->geometry();
     for (PillView *pill : {m_cropPill, m_unsavedPill}) {
         const QSize size = pill->sizeHint();
-        pill->setGeometry(QRect(QPoint(stage.center().x() - size.width() / 2,
-                                       stage.bottom() - floatingGap - size.height()),
-                                size));
+        pill->setGeometry(
+            QRect(QPoint(stage.center().x() - size.width() / 2, stage.bottom() - floatingGap - size.height()), size));
         pill->raise();
     }
     if (m_scanning) {

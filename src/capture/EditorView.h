@@ -15,7 +15,8 @@ class PillView;
 /// The editor of one picture: its bars, the picture with the canvas over it, and what floats above. It paints its model
 /// and hands it keys and clicks; what they do is the model's.
 ///
-/// Belongs to the editor's window; lives on the main thread. Text recognition, code scanning and uploads are lent to it.
+/// Belongs to the editor's window; lives on the main thread. Text recognition, code scanning and uploads are lent to
+/// it.
 class EditorView : public QWidget {
     Q_OBJECT
 

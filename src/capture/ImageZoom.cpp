@@ -28,7 +28,7 @@ double ImageZoom::fittingScale() const {
     if (m_imageSize.isEmpty() || m_place.isEmpty())
         return 1;
     const double wide = std::max(m_place.width() - 2 * margin, 1.0) / m_imageSize.width();
-    const double tall = std::max(m_place.height() - 2 * margin, 1.0) / m_imageSize.height();
+    const double tall = std::max(m_place.height() - margin - bottomMargin, 1.0) / m_imageSize.height();
     const double ownSize = std::max(1.0, smallestShown / std::max(m_imageSize.width(), m_imageSize.height()));
     return std::min({wide, tall, ownSize});
 }
@@ -46,12 +46,26 @@ double ImageZoom::scale() const {
     return m_isFit ? fittingScale() : m_scale;
 }
 
+// In the middle of the place, and higher only where the pills would lie over it.
+QPointF ImageZoom::fittingCorner(QSizeF shown) const {
+    const double left = (m_place.width() - shown.width()) / 2;
+    const double top = (m_place.height() - shown.height()) / 2;
+    return {left, std::min(top, std::max(m_place.height() - bottomMargin - shown.height(), margin))};
+}
+
+QPointF ImageZoom::presentMiddle() const {
+    if (!m_isFit)
+        return m_middle;
+    const double by = fittingScale();
+    return (QPointF(m_place.width() / 2, m_place.height() / 2) - fittingCorner(m_imageSize * by)) / by;
+}
+
 QRectF ImageZoom::imageRect() const {
     if (m_imageSize.isEmpty() || m_place.isEmpty())
         return {};
     const double by = scale();
     const QSizeF size = m_imageSize * by;
-    const QPointF middle = m_isFit ? QPointF(m_imageSize.width() / 2, m_imageSize.height() / 2) : m_middle;
+    const QPointF middle = presentMiddle();
     const QPointF corner(m_place.width() / 2 - middle.x() * by, m_place.height() / 2 - middle.y() * by);
     // On whole points: a canvas is a widget, and a picture that stands between two pixels is blurred.
     return {std::round(corner.x()), std::round(corner.y()), std::max(std::round(size.width()), 1.0),
@@ -67,7 +81,7 @@ void ImageZoom::zoomTo(double scale, QPointF anchor) {
         return;
     const double before = this->scale();
     const double after = bounded(scale);
-    const QPointF middle = m_isFit ? QPointF(m_imageSize.width() / 2, m_imageSize.height() / 2) : m_middle;
+    const QPointF middle = presentMiddle();
     const QPointF fromMiddle = anchor - QPointF(m_place.width() / 2, m_place.height() / 2);
     m_middle = middle + fromMiddle / before - fromMiddle / after;
     m_scale = after;

@@ -13,7 +13,8 @@ namespace tavrine {
 /// larger than its place can be moved, but not out of sight; a smaller one stands in the middle.
 class ImageZoom {
 public:
-    static constexpr double margin = 24;        ///< points round a picture that fits
+    static constexpr double margin = 24;         ///< points beside and over a picture that fits
+    static constexpr double bottomMargin = 76;   ///< and under it, where the pills float
     static constexpr double smallestShown = 240; ///< a tiny picture's longer edge grows to this
     static constexpr double smallest = 0.02;
     static constexpr double largest = 16;
@@ -41,6 +42,8 @@ public:
 private:
     [[nodiscard]] double fittingScale() const;
     [[nodiscard]] double bounded(double scale) const;
+    [[nodiscard]] QPointF fittingCorner(QSizeF shown) const;
+    [[nodiscard]] QPointF presentMiddle() const;
     void clampMiddle();
 
     QSizeF m_imageSize;

@@ -38,9 +38,13 @@ void PopoverPanel::open() {
     adjustSize();
     const QRect anchor(m_anchor->mapToGlobal(QPoint()), m_anchor->size());
     const QRect screen = m_anchor->screen()->availableGeometry();
-    int y = anchor.bottom() + 1 + gap;
-    if (y + height() > screen.bottom())
-        y = anchor.top() - gap - height();
+    const QWidget *window = m_anchor->window();
+    const bool isLow = m_anchor->mapTo(window, QPoint()).y() > window->height() / 2;
+    const int below = anchor.bottom() + 1 + gap;
+    const int above = anchor.top() - gap - height();
+    const bool fitsBelow = below + height() <= screen.bottom();
+    const bool fitsAbove = above >= screen.top();
+    const int y = (isLow && fitsAbove) || !fitsBelow ? above : below;
     const int furthest = std::max(screen.left() + screenMargin, screen.right() - screenMargin - width());
     move(std::clamp(anchor.center().x() - width() / 2, screen.left() + screenMargin, furthest), y);
     show();

@@ -16,7 +16,7 @@ public:
 
     /// The margin round the content is the panel's.
     void setContent(QWidget *content);
-    /// Under the anchor and centred on it, or above it where the screen ends.
+    /// Centred on the anchor: above it in the lower half of its window and where the screen ends, else under it.
     void open();
 
 Q_SIGNALS:

@@ -59,7 +59,8 @@ void RecentImageTile::paint(QPainter &painter) {
         look::fillRounded(painter, picture, look::radius::control, theme().control);
         look::paintSymbol(painter, picture, QStringLiteral("photo"), look::symbolsize::large, theme().tertiaryText);
     }
-    look::paintLine(painter, QRectF(padding + 2, picture.bottom(), width() - 2 * padding - 4, height() - picture.bottom()),
+    look::paintLine(painter,
+                    QRectF(padding + 2, picture.bottom(), width() - 2 * padding - 4, height() - picture.bottom()),
                     text(), look::TextRole::caption, theme().secondaryText);
 }
 

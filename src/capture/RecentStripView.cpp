@@ -11,7 +11,6 @@ namespace tavrine {
 namespace {
 
 constexpr int gap = look::space::medium;
-constexpr int edge = 6; // room for a focus ring
 constexpr double notch = 120;
 constexpr double notchWay = 120;
 

@@ -12,6 +12,8 @@ class RecentStripView : public QWidget {
     Q_OBJECT
 
 public:
+    static constexpr int edge = 6; ///< room round the tiles for a focus ring
+
     explicit RecentStripView(int height, QWidget *parent = nullptr);
 
     /// Takes the widgets over, all of one size; the former ones go.

@@ -20,9 +20,10 @@ TavrineEditorContainerView::TavrineEditorContainerView(Parts parts, QWidget *par
 void TavrineEditorContainerView::select(const QImage &image) {
     const std::array<QWidget *, 2> former{m_editor, m_landing};
     m_landing = nullptr;
-    m_editor = new EditorView(
-        image, m_parts.ports,
-        {.openNewImage = [this](const QImage &opened) { select(opened); }, .close = m_parts.close}, m_parts.hooks, this);
+    m_editor =
+        new EditorView(image, m_parts.ports,
+                       {.openNewImage = [this](const QImage &opened) { select(opened); }, .close = m_parts.close},
+                       m_parts.hooks, this);
     place(m_editor);
     for (QWidget *view : former) {
         if (!view)

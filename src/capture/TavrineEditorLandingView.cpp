@@ -93,12 +93,16 @@ void TavrineEditorLandingView::build() {
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(makeHeader());
-    auto *body = new QVBoxLayout;
-    body->setContentsMargins(sideMargin, look::space::huge, sideMargin, look::space::huge);
-    body->setSpacing(look::space::huge);
-    body->addWidget(makeDropArea(), 1);
-    body->addWidget(makeRecent());
-    column->addLayout(body, 1);
+    auto *drop = new QVBoxLayout;
+    drop->setContentsMargins(sideMargin, look::space::huge, sideMargin, look::space::huge);
+    drop->addWidget(makeDropArea());
+    column->addLayout(drop, 1);
+    // The strip has room for a focus ring round its tiles, and the symbol of its title as much round itself.
+    auto *recent = new QVBoxLayout;
+    recent->setContentsMargins(sideMargin - RecentStripView::edge, 0, sideMargin - RecentStripView::edge,
+                               look::space::huge);
+    recent->addWidget(makeRecent());
+    column->addLayout(recent);
 }
 
 QWidget *TavrineEditorLandingView::makeHeader() {
@@ -176,7 +180,10 @@ QWidget *TavrineEditorLandingView::makeRecent() {
     column->setSpacing(look::space::small);
     column->addLayout(header);
     column->addWidget(m_strip);
-    column->addWidget(m_noneYet);
+    auto *none = new QHBoxLayout;
+    none->setContentsMargins(RecentStripView::edge, 0, 0, 0);
+    none->addWidget(m_noneYet);
+    column->addLayout(none);
     return m_recent;
 }
 

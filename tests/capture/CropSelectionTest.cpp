@@ -1,8 +1,8 @@
 #include "capture/CropSelection.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
+
+#include <gtest/gtest.h>
 
 namespace tavrine {
 namespace {

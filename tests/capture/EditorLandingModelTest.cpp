@@ -34,23 +34,25 @@ protected:
     void make() {
         model = std::make_unique<EditorLandingModel>(
             EditorLandingModel::Ports{time, pasteboard, panels, coder},
-            EditorLandingModel::History{
-                .images = [this] { return images; },
-                .cachedThumbnail =
-                    [this](const QString &name) {
-                        return cached.contains(name) ? std::optional(cached[name]) : std::nullopt;
-                    },
-                .makeThumbnail = [this](const QString &name) -> std::optional<QImage> {
-                    made.push_back(name.toStdString());
-                    if (name.startsWith(str("broken")))
-                        return std::nullopt;
-                    return cached[name] = picture(4, 4);
-                },
-                .loadImage = [](const QString &name) -> std::optional<QImage> {
-                    return name.startsWith(str("broken")) ? std::nullopt : std::optional(picture(12, 8));
-                }},
-            EditorLandingModel::Actions{.selectImage = [this](const QImage &image) { selected.push_back(image.size()); },
-                                        .close = [this] { ++closes; }});
+            EditorLandingModel::History{.images = [this] { return images; },
+                                        .cachedThumbnail =
+                                            [this](const QString &name) {
+                                                return cached.contains(name) ? std::optional(cached[name])
+                                                                             : std::nullopt;
+                                            },
+                                        .makeThumbnail = [this](const QString &name) -> std::optional<QImage> {
+                                            made.push_back(name.toStdString());
+                                            if (name.startsWith(str("broken")))
+                                                return std::nullopt;
+                                            return cached[name] = picture(4, 4);
+                                        },
+                                        .loadImage = [](const QString &name) -> std::optional<QImage> {
+                                            return name.startsWith(str("broken")) ? std::nullopt
+                                                                                  : std::optional(picture(12, 8));
+                                        }},
+            EditorLandingModel::Actions{
+                .selectImage = [this](const QImage &image) { selected.push_back(image.size()); },
+                .close = [this] { ++closes; }});
         QObject::connect(model.get(), &EditorLandingModel::thumbnailMade,
                          [this](const QString &name) { announced.push_back(name.toStdString()); });
     }

@@ -44,8 +44,7 @@ protected:
 
     void make(const QImage &image) {
         model = std::make_unique<EditorModel>(
-            image,
-            EditorModel::Ports{time, pasteboard, panels, coder, center, documents},
+            image, EditorModel::Ports{time, pasteboard, panels, coder, center, documents},
             EditorModel::Actions{.openNewImage = [this](const QImage &opened) { openedImages.push_back(opened); },
                                  .close = [this] { ++closes; },
                                  .extractText = [this] { ++extracts; },

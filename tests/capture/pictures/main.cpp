@@ -89,19 +89,19 @@ struct Desk {
             {.ports = {time, pasteboard, panels, coder, center, QDir::tempPath()},
              .hooks = {},
              .history = {.images = [this] { return images; },
-                         .cachedThumbnail = [this](const QString &name) { return cached.contains(name)
-                                                                                     ? std::optional(cached[name])
-                                                                                     : std::nullopt; },
-                         .makeThumbnail =
-                             [this](const QString &name) -> std::optional<QImage> {
-                                 if (name == QStringLiteral("3.jpg"))
-                                     return std::nullopt;
-                                 const int n = int(cached.size());
-                                 cached[name] = n % 3 == 1   ? photograph(200, 480)
-                                                : n % 3 == 2 ? photograph(60, 40)
-                                                             : photograph(480, 320);
-                                 return cached[name];
+                         .cachedThumbnail =
+                             [this](const QString &name) {
+                                 return cached.contains(name) ? std::optional(cached[name]) : std::nullopt;
                              },
+                         .makeThumbnail = [this](const QString &name) -> std::optional<QImage> {
+                             if (name == QStringLiteral("3.jpg"))
+                                 return std::nullopt;
+                             const int n = int(cached.size());
+                             cached[name] = n % 3 == 1   ? photograph(200, 480)
+                                            : n % 3 == 2 ? photograph(60, 40)
+                                                         : photograph(480, 320);
+                             return cached[name];
+                         },
                          .loadImage = {}},
              .close = [] {}});
         look.setTheme(window, isDark ? look::darkTheme() : look::lightTheme());
@@ -228,8 +228,9 @@ void measure() {
             drawings.push_back(each);
     window->editor()->model().setDrawings(drawings);
     QTest::qWait(50);
-    for (const auto &[tool, name] :
-         {std::pair(DrawingTool::pen, "pen"), {DrawingTool::highlighter, "highlighter"}, {DrawingTool::oval, "circle"}}) {
+    for (const auto &[tool, name] : {std::pair(DrawingTool::pen, "pen"),
+                                     {DrawingTool::highlighter, "highlighter"},
+                                     {DrawingTool::oval, "circle"}}) {
         window->editor()->model().setCurrentTool(tool);
         QTest::mousePress(canvas, Qt::LeftButton, {}, QPoint(20, 20));
         double longest = 0;
