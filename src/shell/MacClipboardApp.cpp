@@ -4,6 +4,7 @@
 #include "adapters/linux/NoMovieAsset.h"
 #include "adapters/linux/PortalAppearance.h"
 #include "adapters/linux/QtApplication.h"
+#include "adapters/linux/QtFilePanels.h"
 #include "adapters/linux/QtTime.h"
 #include "adapters/linux/SessionBus.h"
 #include "adapters/linux/StatusNotifierItem.h"
@@ -32,6 +33,7 @@
 #include "look/Look.h"
 #include "look/ModalAlerts.h"
 #include "shell/AppDelegate.h"
+#include "shell/EditorWindow.h"
 #include "shell/FeatureFlags.h"
 #include "shell/OnboardingView.h"
 #include "shell/QtToastWindows.h"
@@ -185,6 +187,16 @@ int main(int argc, char **argv) {
     };
     views.welcome = [&](const auto &onClose) {
         return OnboardingView::makeWindow({defaults, access, time, urlOpener}, onClose).release();
+    };
+    QtFilePanels filePanels;
+    views.editor = [&](const EditorFlow::Window &window, const auto &close) {
+        return makeEditorWindow(window,
+                                {.ports = {time, pasteboard, filePanels, imageCoder, center, folders.documents},
+                                 .clipboardManager = clipboardManager,
+                                 .hooks = {},
+                                 .toolkitRect = flippedRect},
+                                close)
+            .release();
     };
     ShellTools tools({time, defaults, ourselves, hotKeys, monitors, access, alerts, urlOpener, desktop}, views);
     AppDelegate appDelegate({time, defaults, center, workspace, statusItem, ourselves, updater, clipboardManager, flags,
