@@ -26,9 +26,9 @@ protected:
 
 look::Button *iconButton(const char *symbol, const char *help, const char *key, QWidget *parent) {
     auto *button = new look::Button(QLatin1String(symbol), QLatin1String(help), parent);
-    button->setAccessibleName(QLatin1String(help));
     if (*key != '\0')
         button->setToolTip(QStringLiteral("%1  (%2)").arg(QLatin1String(help), QLatin1String(key)));
+    button->setAccessibleName(QLatin1String(help)); // the key is for the eye
     return button;
 }
 

@@ -57,8 +57,11 @@ QHBoxLayout *rowIn(QWidget *widget) {
     return row;
 }
 
-look::Button *zoomButton(const char *symbol, const QString &help, QWidget *parent) {
-    return new look::Button(QLatin1String(symbol), help, parent);
+look::Button *zoomButton(const char *symbol, const char *help, const QString &key, QWidget *parent) {
+    auto *button =
+        new look::Button(QLatin1String(symbol), QStringLiteral("%1  (%2)").arg(QLatin1String(help), key), parent);
+    button->setAccessibleName(QLatin1String(help));
+    return button;
 }
 
 } // namespace
@@ -124,12 +127,12 @@ QWidget *EditorToolsView::makeStepper() {
 QWidget *EditorToolsView::makeZoom() {
     auto *zoom = new QWidget(this);
     auto *row = rowIn(zoom);
-    auto *out = zoomButton("minus.magnifyingglass", QStringLiteral("Zoom out  (Ctrl+−)"), zoom);
+    auto *out = zoomButton("minus.magnifyingglass", "Zoom out", QStringLiteral("Ctrl+−"), zoom);
     m_percent = new look::Button(QString(), look::ButtonStyle::plain, zoom);
     m_percent->setButtonSize(look::ButtonSize::small);
     m_percent->setToolTip(QStringLiteral("Actual size  (Ctrl+1)"));
-    auto *in = zoomButton("plus.magnifyingglass", QStringLiteral("Zoom in  (Ctrl++)"), zoom);
-    m_fit = zoomButton("arrow.up.left.and.arrow.down.right", QStringLiteral("Zoom to fit  (Ctrl+0)"), zoom);
+    auto *in = zoomButton("plus.magnifyingglass", "Zoom in", QStringLiteral("Ctrl++"), zoom);
+    m_fit = zoomButton("arrow.up.left.and.arrow.down.right", "Zoom to fit", QStringLiteral("Ctrl+0"), zoom);
     connect(out, &QAbstractButton::clicked, &m_stage, &EditorStageView::zoomOut);
     connect(m_percent, &QAbstractButton::clicked, &m_stage, &EditorStageView::zoomToFullSize);
     connect(in, &QAbstractButton::clicked, &m_stage, &EditorStageView::zoomIn);

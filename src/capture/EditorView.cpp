@@ -161,8 +161,9 @@ void EditorView::build() {
 
 void EditorView::replaceCanvas() {
     if (m_model.isCropping()) {
-        m_stage->setPicture(m_model.flattenedImage()); // what is cropped has the annotations in it
+        setFocus(); // the keyboard would go with the canvas
         m_stage->setCanvas(new CropOverlayView(m_model), EditorStageView::Picture::byStage);
+        updateCanvas();
         return;
     }
     m_canvas = new DrawView;
@@ -173,7 +174,8 @@ void EditorView::replaceCanvas() {
 }
 
 void EditorView::updateCanvas() {
-    // What the canvas writes itself comes back to it from here once it is done.
+    if (m_model.isCropping())
+        m_stage->setPicture(m_model.flattenedImage()); // what is cropped has the annotations in it
     if (!m_canvas)
         return;
     DrawingCanvas canvas;

@@ -18,23 +18,24 @@ TavrineEditorContainerView::TavrineEditorContainerView(Parts parts, QWidget *par
 }
 
 void TavrineEditorContainerView::select(const QImage &image) {
-    const std::array<QWidget *, 2> former{m_editor, m_landing};
+    for (QWidget *former : std::array<QWidget *, 2>{m_editor, m_landing}) {
+        if (!former)
+            continue;
+        layout()->removeWidget(former);
+        former->hide();
+        former->deleteLater(); // what asked for the new picture is one of its children
+    }
     m_landing = nullptr;
     m_editor =
         new EditorView(image, m_parts.ports,
                        {.openNewImage = [this](const QImage &opened) { select(opened); }, .close = m_parts.close},
                        m_parts.hooks, this);
     place(m_editor);
-    for (QWidget *view : former) {
-        if (!view)
-            continue;
-        view->hide();
-        view->deleteLater(); // what asked for the new picture is one of its children
-    }
 }
 
 void TavrineEditorContainerView::place(QWidget *view) {
     layout()->addWidget(view);
+    layout()->activate(); // now, so that nothing is painted at another size first
     setFocusProxy(view);
     view->show();
     view->setFocus();

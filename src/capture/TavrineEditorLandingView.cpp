@@ -73,6 +73,25 @@ private:
     const EditorLandingModel &m_model;
 };
 
+/// A symbol before a heading.
+class HeadingSymbol final : public QWidget {
+public:
+    HeadingSymbol(QString symbol, QWidget *parent) : QWidget(parent), m_symbol(std::move(symbol)) {
+        setFixedSize(RecentStripView::edge + int(look::symbolsize::medium) + look::space::tiny, look::height::control);
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override {
+        QPainter painter(this);
+        look::preparePainter(painter);
+        look::paintSymbol(painter, QRectF(RecentStripView::edge, 0, look::symbolsize::medium, height()), m_symbol,
+                          look::symbolsize::medium, look::themeOf(this).secondaryText);
+    }
+
+private:
+    QString m_symbol;
+};
+
 } // namespace
 
 TavrineEditorLandingView::TavrineEditorLandingView(EditorLandingModel::Ports ports, EditorLandingModel::History history,
@@ -143,11 +162,7 @@ QWidget *TavrineEditorLandingView::makeDropArea() {
 
 QWidget *TavrineEditorLandingView::makeRecent() {
     m_recent = new QWidget(this);
-    auto *symbol = new look::Button(QString(), QString(), m_recent);
-    symbol->setSymbol(words("clock.arrow.circlepath"));
-    symbol->setEnabled(true);
-    symbol->setAttribute(Qt::WA_TransparentForMouseEvents);
-    symbol->setFocusPolicy(Qt::NoFocus);
+    auto *symbol = new HeadingSymbol(words("clock.arrow.circlepath"), m_recent);
     auto *title = new look::Label(words("Recent Screenshots & Images"), look::TextRole::heading,
                                   look::Label::Tone::primary, m_recent);
     m_strip = new RecentStripView(RecentImageTile::tileHeight, m_recent);
