@@ -86,7 +86,7 @@ void PillView::paintEvent(QPaintEvent *) {
     const double corner = body.height() / 2;
     for (int i = shadowReach; i > 0; --i)
         look::fillRounded(painter, body.adjusted(-i, -i + 1, i, i), corner + i,
-                          QColor(0, 0, 0, theme.isDark ? 34 : 12));
+                          QColor(0, 0, 0, theme.isDark ? 34 : 6));
     look::fillRounded(painter, body, corner, theme.elevated);
     look::strokeHairline(painter, body, corner, theme.outline);
     double left = body.left() + look::space::large;
