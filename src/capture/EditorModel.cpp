@@ -138,6 +138,8 @@ void EditorModel::cancelCrop() {
 
 void EditorModel::copyFlattened() {
     const QImage image = flattenedImage();
+    if (image.isNull())
+        return; // there was no memory for it: what stands on the pasteboard stays
     m_ports.pasteboard.clearContents();
     m_ports.pasteboard.writeImage(image);
     setCopied(true);

@@ -270,6 +270,21 @@ TEST_F(EditorModelTest, aPictureOfOnePixelCanBeDrawnOnAndCopiedAndNotCropped) {
     EXPECT_EQ(pasteboard.image()->size(), QSize(1, 1));
 }
 
+TEST_F(EditorModelTest, aPictureWithoutPixelsLeavesThePasteboardAndWritesNoFile) {
+    make(QImage());
+    pasteboard.copyFromOutside(str("words"));
+    model->copyFlattened();
+    EXPECT_EQ(pasteboard.string(), str("words"));
+    EXPECT_FALSE(model->isCopied());
+    select(0, 0, 1, 1);
+    model->applyCrop();
+    EXPECT_FALSE(model->hasUnsavedChanges());
+    model->saveFlattened();
+    panels.choose(home.filePath(str("none.png")));
+    EXPECT_EQ(outputOf([this] { time.advance(0ms); }), "");
+    EXPECT_FALSE(QFile::exists(home.filePath(str("none.png"))));
+}
+
 // Undo and stamps.
 
 TEST_F(EditorModelTest, undoWithoutAnnotationsDoesNothing) {
