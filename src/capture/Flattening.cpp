@@ -22,7 +22,9 @@ QImage flattenedImage(const QImage &base, const std::vector<DrawingPath> &drawin
     if (drawings.empty())
         return flat;
     const QSizeF size = base.deviceIndependentSize();
-    QPainter painter(&flat);
+    QPainter painter;
+    if (!painter.begin(&flat))
+        return {}; // no memory for pixels of its own: nothing rather than a picture without its annotations
     painter.translate(0, size.height()); // the origin at the bottom left
     painter.scale(1, -1);
     for (const DrawingPath &path : drawings)

@@ -7,7 +7,8 @@
 namespace tavrine {
 
 /// The picture with the annotations in its pixels, at its own size: they are drawn in the picture's points, their line
-/// widths and letters as they are. Same pixel size and scale as `base`; null when that is. Main thread.
+/// widths and letters as they are. Same pixel size and scale as `base`; null when that is, and when there is no
+/// memory for it. Main thread.
 [[nodiscard]] QImage flattenedImage(const QImage &base, const std::vector<DrawingPath> &drawings);
 
 /// The part of the picture within `rect`, which is in fractions of it with the origin at the top left. Its size in
