@@ -64,7 +64,6 @@ private:
     void placeFloating();
     void toggleCropping();
 
-    Hooks m_hooks;
     EditorModel m_model;
     EditorStageView *m_stage = nullptr;
     EditorToolbarView *m_toolbar = nullptr;
