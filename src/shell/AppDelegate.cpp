@@ -265,8 +265,11 @@ void AppDelegate::refreshEmojiMenuItem() {
 }
 
 void AppDelegate::openEditor(const std::optional<QImage> &image) {
+    debug("AppDelegate - openTavrineEditor called");
     if (flags().isOn(Feature::tavrineEditor))
         hooks().openEditor(image);
+    else
+        debug("Tavrine Editor is disabled in FeatureFlags.");
 }
 
 void AppDelegate::keep(QPointer<QWidget> &field, QWidget *window) {
@@ -278,13 +281,18 @@ void AppDelegate::keep(QPointer<QWidget> &field, QWidget *window) {
 }
 
 bool AppDelegate::eventFilter(QObject *watched, QEvent *event) {
-    if (event->type() == QEvent::Close && event->spontaneous() && watched == m_onboardingWindow) {
+    if (event->type() != QEvent::Close)
+        return QObject::eventFilter(watched, event);
+    if (event->spontaneous() && watched == m_onboardingWindow) {
         event->ignore(); // it has no close button; a window manager may have another way to close it
         return true;
     }
-    if (event->type() == QEvent::Close)
-        windowWillClose(qobject_cast<QWidget *>(watched));
-    return QObject::eventFilter(watched, event);
+    // The window is asked first: one that stays open is still ours.
+    const QPointer window(qobject_cast<QWidget *>(watched));
+    watched->event(event);
+    if (event->isAccepted())
+        windowWillClose(window);
+    return true;
 }
 
 void AppDelegate::observe(NotificationCenter &center, const char *name, NotificationCenter::Handler handler) {

@@ -40,6 +40,7 @@
 #include "look/Look.h"
 #include "look/ModalAlerts.h"
 #include "shell/AppDelegate.h"
+#include "shell/EditorWindow.h"
 #include "shell/FeatureFlags.h"
 #include "shell/OnboardingView.h"
 #include "shell/QtToastWindows.h"
@@ -113,7 +114,6 @@ struct PanelAdapters {
 /// What only captures need, made with the first of them.
 struct CaptureAdapters {
     SerialQueue fileQueue{QStringLiteral("com.tavrine.snip")};
-    QtFilePanels filePanels;
 };
 
 } // namespace
@@ -210,6 +210,16 @@ int main(int argc, char **argv) {
     views.welcome = [&](const auto &onClose) {
         return OnboardingView::makeWindow({defaults, access, time, urlOpener}, onClose).release();
     };
+    QtFilePanels filePanels;
+    views.editor = [&](const EditorFlow::Window &window, const auto &close) {
+        return makeEditorWindow(window,
+                                {.ports = {time, pasteboard, filePanels, imageCoder, center, folders.documents},
+                                 .clipboardManager = clipboardManager,
+                                 .hooks = {},
+                                 .toolkitRect = flippedRect},
+                                close)
+            .release();
+    };
     PosixTaskLauncher taskLauncher(QApplication::applicationDirPath());
     ScreenSnipper snipper({taskLauncher, defaults, time, folders.temporary});
     std::optional<CaptureAdapters> capture;
@@ -221,7 +231,7 @@ int main(int argc, char **argv) {
                             .pasteboard = pasteboard,
                             .screens = shown.panels.screens,
                             .windows = shown.panels.windows,
-                            .filePanels = capture->filePanels,
+                            .filePanels = filePanels,
                             .snipper = snipper,
                             .fileQueue = capture->fileQueue,
                             .folders = folders},

@@ -35,7 +35,9 @@ ShellTools::ShellTools(Ports ports, Views views)
                        .activateApplication = [this] { desktop().panels.activator.activateIgnoringOtherApps(); }}),
       m_hotKeyCenter(m_ports.hotKeys, m_ports.monitors, m_ports.access, m_ports.defaults, m_ports.time,
                      hotKeyActions()),
-      m_onboarding(m_ports.application, m_ports.time, onboardingWindows()) {}
+      m_onboarding(m_ports.application, m_ports.time, onboardingWindows()),
+      m_editor({m_ports.time, m_ports.application, [this]() -> Screens & { return desktop().panels.screens; }},
+               editorWindows()) {}
 
 ShellTools::~ShellTools() = default;
 
@@ -138,6 +140,29 @@ OnboardingFlow::Windows ShellTools::onboardingWindows() {
             .openSettingsWindow = [this](const QString &page) { m_delegate->openMainWindow(page); },
             .showSettingsWindow = [this] { bringForward(m_delegate->mainWindow()); },
             .activateApplication = [this] { desktop().panels.activator.activateIgnoringOtherApps(); }};
+}
+
+EditorFlow::Windows ShellTools::editorWindows() {
+    const auto closeWindow = [this] {
+        if (QWidget *window = m_delegate->editorWindow())
+            window->close();
+        m_delegate->setEditorWindow(nullptr);
+    };
+    return {
+        .hasWindow = [this] { return m_delegate->editorWindow() != nullptr; },
+        .closeWindow = closeWindow,
+        .makeWindow =
+            [this, closeWindow](const EditorFlow::Window &window) {
+                m_delegate->setEditorWindow(m_views.editor(window, closeWindow));
+            },
+        .bringWindowForward = [this] { bringForward(m_delegate->editorWindow()); },
+        .activateApplication = [this] { desktop().panels.activator.activateIgnoringOtherApps(); },
+        .loadImage = [this](const QString &fileName) { return m_delegate->clipboardManager().loadImage(fileName); }};
+}
+
+void ShellTools::openEditorForItem(const ClipboardItem &item) {
+    if (item.imageFileName)
+        m_editor.openEditorForItem(*item.imageFileName);
 }
 
 void ShellTools::showToast(const QString &message, const QString &icon) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "capture/EditorFlow.h"
 #include "capture/SnipFlow.h"
 #include "shell/HotKeyCenter.h"
 #include "shell/OnboardingFlow.h"
@@ -18,7 +19,7 @@ namespace tavrine {
 class AppDelegate;
 
 /// The tools of the shell as AppDelegate reaches them: global triggers, floating panels, paste-back, toasts,
-/// permissions, the welcome window and captures of the screen. Every other tool does nothing yet.
+/// permissions, the welcome window, captures of the screen and the editor. Every other tool does nothing yet.
 ///
 /// Lives on the main thread, as long as the process. Nothing that a panel needs is made before its first use: until
 /// then there are hot keys and no more.
@@ -55,6 +56,8 @@ public:
         std::function<QWidget *(Dismiss, Insert)> emoji;
         /// A window of its own that is not on the screen yet; `onClose` comes when the person has finished.
         std::function<QWidget *(std::function<void()> onClose)> welcome;
+        /// The same for the editor.
+        std::function<QWidget *(const EditorFlow::Window &, Dismiss close)> editor;
     };
 
     ShellTools(Ports ports, Views views);
@@ -64,6 +67,8 @@ public:
     void setDelegate(AppDelegate *delegate) { m_delegate = delegate; }
 
     void showToast(const QString &message, const QString &icon);
+    void openEditorDirectly(const QImage &image) { m_editor.openEditorDirectly(image); }
+    void openEditorForItem(const ClipboardItem &item);
     [[nodiscard]] WindowManager &windowManager() { return m_windowManager; }
 
     // ToolHooks.
@@ -80,6 +85,7 @@ public:
     void presentSnip(const QImage &image) override;
     void startSnip() override; ///< nothing while its switch is off
     void startCapture() override;
+    void openEditor(const std::optional<QImage> &image) override { m_editor.openTavrineEditor(image); }
     void showOnboarding() override { m_onboarding.showOnboarding(); }
     [[nodiscard]] bool accessibilityTrusted(bool promptAllowed) override;
 
@@ -92,6 +98,7 @@ private:
     [[nodiscard]] PanelController::Contents panelContents();
     [[nodiscard]] PanelController::Actions panelActions();
     [[nodiscard]] OnboardingFlow::Windows onboardingWindows();
+    [[nodiscard]] EditorFlow::Windows editorWindows();
     void orderOutAllWindows();
 
     Ports m_ports;
@@ -101,6 +108,7 @@ private:
     WindowManager m_windowManager;
     HotKeyCenter m_hotKeyCenter;
     OnboardingFlow m_onboarding;
+    EditorFlow m_editor;
     std::unique_ptr<ToastManager> m_toasts;
     std::unique_ptr<PanelController> m_panels;
     std::unique_ptr<SnipFlow> m_snip;

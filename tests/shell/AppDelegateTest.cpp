@@ -1,5 +1,6 @@
 #include "ShellTest.h"
 
+#include <QCloseEvent>
 #include <QCoreApplication>
 #include <QEvent>
 
@@ -111,6 +112,26 @@ TEST_F(AppDelegateTest, aClosedWindowIsForgottenAndDeleted) {
     EXPECT_EQ(delegate->editorWindow(), editor);
 }
 
+TEST_F(AppDelegateTest, aWindowThatRefusesToCloseIsStillHeldUntilItDoes) {
+    struct Stubborn : QWidget {
+        void closeEvent(QCloseEvent *event) override { event->setAccepted(mayClose); }
+        bool mayClose = false;
+    };
+    auto *window = new Stubborn;
+    delegate->setMainWindow(window);
+    application.setActivationPolicy(ActivationPolicy::regular);
+    window->show();
+    EXPECT_FALSE(window->close());
+    EXPECT_EQ(delegate->mainWindow(), window);
+    time.advance(1s);
+    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::regular);
+    window->mayClose = true;
+    EXPECT_TRUE(window->close());
+    EXPECT_FALSE(delegate->mainWindow());
+    time.advance(1s);
+    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::accessory);
+}
+
 TEST_F(AppDelegateTest, aHiddenWindowDoesNotKeepTheRegularPolicy) {
     showWindow(&AppDelegate::setEditorWindow)->hide();
     delegate->restoreAccessoryPolicy();
@@ -164,7 +185,8 @@ TEST_F(AppDelegateTest, theEditorDoesNotOpenWhileItsSwitchIsOff) {
         time.advance(1s);
     });
     hooks.calls.clear();
-    post("openTavrineEditorRequested");
+    EXPECT_EQ(outputOf([&] { post("openTavrineEditorRequested"); }),
+              "DEBUG: AppDelegate - openTavrineEditor called\nDEBUG: Tavrine Editor is disabled in FeatureFlags.\n");
     delegate->openTavrineEditorFromMenu();
     delegate->openEditor(QImage());
     EXPECT_THAT(hooks.takeCalls(), IsEmpty());

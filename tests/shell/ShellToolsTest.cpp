@@ -91,6 +91,11 @@ protected:
             welcome = new QWidget;
             return welcome.data();
         };
+        made.editor = [this](const EditorFlow::Window &window, const auto &close) {
+            closeEditor = close;
+            editors.push_back(window);
+            return new QWidget;
+        };
         return made;
     }
     // The tools outlive the delegate, as in the program.
@@ -112,6 +117,11 @@ protected:
     }
     [[nodiscard]] QString visiblePanel() const {
         return windows.keyWindow() ? windows.keyWindow()->description().title : QString();
+    }
+    static QImage picture() {
+        QImage image(30, 20, QImage::Format_RGB32);
+        image.fill(Qt::darkCyan);
+        return image;
     }
     ClipboardItem recorded(const char *content) {
         manager->addItem(text(content));
@@ -151,6 +161,9 @@ protected:
     SerialQueue fileQueue{text("com.tavrine.snip")};
     ScreenSnipper snipper{{launcher, defaults, time, folders.temporary}};
     SnipFlow *flow = nullptr; ///< once there has been a capture
+
+    ShellTools::Views::Dismiss closeEditor;
+    std::vector<EditorFlow::Window> editors;
     std::unique_ptr<ShellTools> tools;
 };
 
@@ -443,6 +456,64 @@ TEST_F(ShellToolsTest, finishingClosesTheWelcomeWindowAndLeavesTheTaskBar) {
     EXPECT_EQ(application.activationPolicy(), ActivationPolicy::accessory);
     tools->showOnboarding();
     EXPECT_TRUE(welcome); // made anew
+}
+
+// The editor.
+
+TEST_F(ShellToolsTest, theEditorsWindowIsTheDelegatesAndComesToTheFront) {
+    launchQuietly();
+    const std::string output = outputOf([this] { delegate->openTavrineEditorFromMenu(); });
+    EXPECT_EQ(output, "DEBUG: AppDelegate - openTavrineEditor called\nDEBUG: AppDelegate - Editor window opened!\n");
+    ASSERT_TRUE(delegate->editorWindow());
+    EXPECT_FALSE(delegate->editorWindow()->isVisible());
+    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::regular);
+    time.advance(120ms);
+    EXPECT_TRUE(delegate->editorWindow()->isVisible());
+    ASSERT_EQ(editors.size(), 1U);
+    EXPECT_TRUE(editors[0].hasLanding);
+}
+
+TEST_F(ShellToolsTest, closingTheEditorReleasesItAndLeavesTheTaskBar) {
+    launchQuietly();
+    static_cast<void>(outputOf([this] { tools->openEditorDirectly(picture()); }));
+    const QPointer<QWidget> window = delegate->editorWindow();
+    ASSERT_TRUE(window && window->isVisible());
+    closeEditor();
+    EXPECT_FALSE(delegate->editorWindow());
+    time.advance(100ms);
+    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::accessory);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_FALSE(window);
+}
+
+TEST_F(ShellToolsTest, aSecondEditorReplacesTheFirstAndStaysRegular) {
+    launchQuietly();
+    static_cast<void>(outputOf([this] { tools->openEditorDirectly(picture()); }));
+    const QPointer<QWidget> first = delegate->editorWindow();
+    static_cast<void>(outputOf([this] { tools->openEditorDirectly(picture()); }));
+    EXPECT_NE(delegate->editorWindow(), first);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_FALSE(first);
+    time.advance(1s);
+    EXPECT_TRUE(delegate->editorWindow()->isVisible());
+    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::regular);
+}
+
+TEST_F(ShellToolsTest, anItemsImageOpensByItselfAndTextDoesNot) {
+    launchQuietly();
+    const std::optional<QString> name = manager->saveImage(picture());
+    ASSERT_TRUE(name);
+    ClipboardItem item = recorded("words");
+    tools->openEditorForItem(item);
+    EXPECT_FALSE(delegate->editorWindow());
+    item.imageFileName = text("gone.jpg");
+    tools->openEditorForItem(item);
+    EXPECT_FALSE(delegate->editorWindow());
+    item.imageFileName = name;
+    tools->openEditorForItem(item);
+    ASSERT_TRUE(delegate->editorWindow());
+    EXPECT_EQ(editors.back().title, text("Tavrine Snap Editor"));
+    EXPECT_EQ(editors.back().image->size(), picture().size());
 }
 
 } // namespace
