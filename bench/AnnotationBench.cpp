@@ -102,7 +102,11 @@ struct Desk {
                           type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(&view, &event);
     }
-    void paint() { QCoreApplication::processEvents(); }
+    // What was marked is painted and flushed, at once.
+    void paint() {
+        QEvent request(QEvent::UpdateRequest);
+        QCoreApplication::sendEvent(&view, &request);
+    }
 
     DrawingTool tool;
     std::vector<DrawingPath> all;

@@ -119,6 +119,50 @@ QRectF textRect(const QPointF &at, const QSizeF &extent, bool flipText) {
     return {QPointF(at.x(), y), extent};
 }
 
+bool touches(const QPointF &from, const QPointF &to, const QRectF &rect) {
+    if (std::max(from.x(), to.x()) < rect.left() || std::min(from.x(), to.x()) > rect.right() ||
+        std::max(from.y(), to.y()) < rect.top() || std::min(from.y(), to.y()) > rect.bottom())
+        return false;
+    // All corners on one side of the line: it passes the rectangle by.
+    const QPointF along = to - from;
+    const auto side = [&](const QPointF &corner) {
+        return along.x() * (corner.y() - from.y()) - along.y() * (corner.x() - from.x());
+    };
+    const double sides[] = {side(rect.topLeft()), side(rect.topRight()), side(rect.bottomLeft()),
+                            side(rect.bottomRight())};
+    return !(std::all_of(std::begin(sides), std::end(sides), [](double one) { return one > 0; }) ||
+             std::all_of(std::begin(sides), std::end(sides), [](double one) { return one < 0; }));
+}
+
+// The stroke as far as it colours `part`. Where the line is cut its new end is further away than its roundness reaches,
+// so that the part looks as that of the whole. False when there is nothing of it.
+bool renderStrokeNear(QPainter &painter, std::span<const QPointF> points, const QColor &color, double lineWidth,
+                      const QRectF &part) {
+    if (points.size() < 2)
+        return false;
+    const double reach = std::max(0.0, lineWidth) / 2 + edge;
+    const QRectF near = part.adjusted(-reach, -reach, reach, reach);
+    QPainterPath line;
+    bool isNear = false;    // any segment
+    bool isDrawing = false; // the one before
+    bool hasLength = false;
+    for (size_t i = 1; i < points.size(); ++i) {
+        const bool isDrawn = touches(points[i - 1], points[i], near);
+        if (isDrawn && !isDrawing)
+            line.moveTo(points[i - 1]);
+        if (isDrawn)
+            line.lineTo(points[i]);
+        isDrawing = isDrawn;
+        isNear = isNear || isDrawn;
+        hasLength = hasLength || (isDrawn && points[i] != points[i - 1]);
+    }
+    if (hasLength)
+        painter.strokePath(line, roundPen(color, lineWidth));
+    else if (isNear) // a segment without length with no other at its ends: all of it is a dot
+        renderStroke(painter, points, color, lineWidth);
+    return isNear;
+}
+
 void renderArrow(QPainter &painter, const QPointF &from, const QPointF &to, const QColor &color, double lineWidth) {
     const std::array shaft{from, to};
     renderStroke(painter, shaft, color, lineWidth);
@@ -273,8 +317,12 @@ void renderDrawing(QPainter &painter, const DrawingPath &path, std::span<const Q
     painter.save();
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
     if (path.isHighlighter) {
-        paintPlusDarker(painter, drawingBounds(path, points, flipText),
-                        [&](QPainter &layer) { renderKind(layer, path, points, flipText); });
+        paintPlusDarker(painter, drawingBounds(path, points, flipText), [&](QPainter &layer, const QRectF &part) {
+            if (path.kind == DrawingKind::path)
+                return renderStrokeNear(layer, points, path.color, path.lineWidth, part);
+            renderKind(layer, path, points, flipText);
+            return true;
+        });
     } else {
         renderKind(painter, path, points, flipText);
     }

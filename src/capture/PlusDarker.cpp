@@ -11,8 +11,9 @@ namespace tavrine {
 namespace {
 
 // A layer is worked on in tiles that stay in the processor's cache: a long slanting stroke touches few of them.
-constexpr int tileWidth = 512;
-constexpr int tileHeight = 128;
+constexpr int tileWidth = 256;
+constexpr int tileHeight = 64;
+constexpr double softEdge = 2; // device pixels round a tile whose contents may colour its pixels
 
 // The pixels that the painter paints on, in device coordinates. Null where they cannot be read.
 QImage pixelsUnder(const QPainter &painter, const QRect &rect) {
@@ -36,18 +37,6 @@ QRect deviceRect(const QPainter &painter) {
     return QRect(-16384, -16384, 32768, 32768);
 }
 
-bool isEmpty(const QImage &layer) {
-    for (int y = 0; y < layer.height(); ++y) {
-        const auto *row = reinterpret_cast<const std::uint32_t *>(layer.constScanLine(y));
-        std::uint32_t any = 0;
-        for (int x = 0; x < layer.width(); ++x)
-            any |= row[x];
-        if (any)
-            return false;
-    }
-    return true;
-}
-
 } // namespace
 
 void plusDarker(std::uint32_t *destination, const std::uint32_t *source, std::size_t count) {
@@ -69,7 +58,7 @@ void plusDarker(std::uint32_t *destination, const std::uint32_t *source, std::si
     }
 }
 
-void paintPlusDarker(QPainter &painter, const QRectF &bounds, const std::function<void(QPainter &)> &paint) {
+void paintPlusDarker(QPainter &painter, const QRectF &bounds, const PaintPart &paint) {
     const QTransform toDevice = painter.deviceTransform();
     QRect area = toDevice.mapRect(bounds).toAlignedRect().adjusted(-1, -1, 1, 1).intersected(deviceRect(painter));
     if (painter.hasClipping())
@@ -81,20 +70,21 @@ void paintPlusDarker(QPainter &painter, const QRectF &bounds, const std::functio
     const QPainter::RenderHints hints = painter.renderHints();
     painter.resetTransform();
     const QTransform toPoints = painter.deviceTransform().inverted();
+    const QTransform fromDevice = toDevice.inverted();
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     QImage layer(std::min(tileWidth, area.width()), std::min(tileHeight, area.height()),
                  QImage::Format_ARGB32_Premultiplied);
+    layer.fill(Qt::transparent);
     for (int y = area.top(); y <= area.bottom(); y += tileHeight) {
         for (int x = area.left(); x <= area.right(); x += tileWidth) {
             const QRect tile = QRect(x, y, tileWidth, tileHeight).intersected(area);
-            layer.fill(Qt::transparent);
+            const QRectF part = fromDevice.mapRect(QRectF(tile).adjusted(-softEdge, -softEdge, softEdge, softEdge));
             QPainter onLayer(&layer);
             onLayer.setRenderHints(hints);
             onLayer.setTransform(toDevice * QTransform::fromTranslate(-tile.x(), -tile.y()));
-            paint(onLayer);
-            onLayer.end();
-            if (isEmpty(layer))
+            if (!paint(onLayer, part))
                 continue;
+            onLayer.end();
             QImage result = pixelsUnder(painter, tile).convertToFormat(QImage::Format_ARGB32_Premultiplied);
             if (result.isNull()) {
                 painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
@@ -108,6 +98,7 @@ void paintPlusDarker(QPainter &painter, const QRectF &bounds, const std::functio
             }
             painter.setWorldTransform(QTransform::fromTranslate(tile.x(), tile.y()) * toPoints);
             painter.drawImage(0, 0, result);
+            layer.fill(Qt::transparent);
         }
     }
     painter.restore();

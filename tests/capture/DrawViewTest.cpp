@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <QPointingDevice>
+#include <QScreen>
 #include <QTabletEvent>
 #include <QTest>
 
@@ -98,16 +99,38 @@ TEST_F(DrawViewTest, piecesRepaintedDuringAGestureMakeTheWholePicture) {
         press({20, 20});
         for (int i = 1; i <= 30; ++i) {
             move({20 + i * 9, int(120 + 90 * std::sin(i * 0.9))});
-            QCoreApplication::processEvents();
+            QEvent request(QEvent::UpdateRequest); // paints what was marked, and that alone
+            QApplication::sendEvent(&window, &request);
         }
         const QImage kept = window.screen()->grabWindow(window.winId()).toImage().convertToFormat(QImage::Format_RGB32);
-        if (!kept.isNull()) {
-            EXPECT_EQ(kept.copy(20, 20, 320, 240), shown()) << static_cast<int>(tool);
-        }
+        ASSERT_FALSE(kept.isNull());
+        EXPECT_EQ(kept.copy(20, 20, 320, 240), shown()) << static_cast<int>(tool);
         release({290, 60});
         ASSERT_EQ(shown(), plainly(state.drawings)) << static_cast<int>(tool);
     }
     EXPECT_EQ(state.drawings.size(), 5U);
+}
+
+TEST_F(DrawViewTest, aHighlighterReadsWhatLiesBelowOnAWidgetsOwnSurfaceToo) {
+    class Sheet : public QWidget {
+    public:
+        using QWidget::QWidget;
+        void paintEvent(QPaintEvent *) override {
+            QPainter painter(this);
+            painter.fillRect(rect(), QColor(200, 220, 240));
+            const DrawingPath path = highlighter({{0, 30}, {60, 30}}, 20);
+            renderDrawing(painter, path, path.points, false);
+        }
+    };
+    Sheet sheet(&window); // away from the window's corner, so that its surface is moved under it
+    sheet.setGeometry(340, 20, 60, 60);
+    sheet.show();
+    sheet.repaint(); // at once
+    const QImage onScreen = window.screen()->grabWindow(window.winId()).toImage();
+    ASSERT_FALSE(onScreen.isNull());
+    EXPECT_EQ(onScreen.pixel(370, 50), qRgb(200, 220, 138));
+    EXPECT_EQ(onScreen.pixel(370, 30), qRgb(200, 220, 240));
+    EXPECT_EQ(sheet.grab().toImage().pixel(30, 30), qRgb(200, 220, 138));
 }
 
 TEST_F(DrawViewTest, onlyTheLeftButtonDraws) {

@@ -110,6 +110,14 @@ TEST(PlusDarker, isTheSameInOnePieceAndInTilesAndUnderAClip) {
     EXPECT_GT(darkened, 500);
 }
 
+TEST(PlusDarker, aDotIsADotWhereverTheTilesMeet) {
+    QImage image = plain(Qt::white, QImage::Format_RGB32, {600, 200});
+    drawOn(&image, highlighter({{256, 64}, {256, 64}}, 40));
+    EXPECT_EQ(image.pixel(250, 60), qRgb(255, 255, 153));
+    EXPECT_EQ(image.pixel(265, 75), qRgb(255, 255, 153));
+    EXPECT_EQ(image.pixel(280, 64), qRgb(255, 255, 255));
+}
+
 TEST(PlusDarker, keepsThePaintersTransformationClipAndState) {
     QImage image = plain(Qt::white);
     image.setDevicePixelRatio(2); // 50 by 30 points
