@@ -173,10 +173,10 @@ std::vector<ClipboardItem> ClipboardDatabase::loadByStatement(std::optional<Date
     const qint64 wanted = saturatedSum(limit, protectedCount);
     std::vector<RecentRows::Row> rows;
     std::optional<ChangeStamp> stamp;
-    const auto run = [&](qint64 rowLimit) {
+    const auto runOn = [&](sqlite3 *db, qint64 rowLimit) {
         rows.clear();
-        Statement statement(m_db, QByteArray(sql::protectedAndUnprotected) + (since ? " AND date > ?" : "") +
-                                      sql::bySavedPinnedAndDate);
+        Statement statement(db, QByteArray(sql::protectedAndUnprotected) + (since ? " AND date > ?" : "") +
+                                    sql::bySavedPinnedAndDate);
         if (!statement.isPrepared())
             return false;
         if (since)
@@ -189,6 +189,13 @@ std::vector<ClipboardItem> ClipboardDatabase::loadByStatement(std::optional<Date
         for (; step == Statement::Step::row; step = statement.step())
             rows.push_back(row(statement));
         return step == Statement::Step::done;
+    };
+    // The newest rows come first by their date; what SQLite picks for this statement sorts the whole table.
+    const auto reader = PlannedReader::open(m_db, PlannedReader::Order::byDate);
+    const auto run = [&](qint64 rowLimit) {
+        if (reader && runOn(reader->db(), rowLimit))
+            return true;
+        return !(reader && reader->isBusy()) && runOn(m_db, rowLimit);
     };
 
     m_recent.forget();
@@ -215,14 +222,35 @@ std::vector<ClipboardItem> ClipboardDatabase::loadByStatement(std::optional<Date
     return items;
 }
 
+std::optional<std::vector<ClipboardItem>> ClipboardDatabase::searchOn(sqlite3 *db, const QString &query, qint64 limit,
+                                                                      const PlannedReader *reader) {
+    Statement statement(db, sql::contentLike);
+    if (!statement.isPrepared())
+        return std::nullopt;
+    statement.bindText(1, sql::containsPattern(query).toUtf8());
+    statement.bindInt(2, limit);
+    std::vector<ClipboardItem> found;
+    Statement::Step step = statement.step();
+    for (; step == Statement::Step::row; step = statement.step())
+        found.push_back(row(statement).item);
+    if (step == Statement::Step::failed && reader && !reader->isBusy())
+        return std::nullopt;
+    return found;
+}
+
 std::vector<ClipboardItem> ClipboardDatabase::search(const QString &query, qint64 limit) {
     return m_queue.sync([&] {
-        Statement statement(m_db, sql::contentLike);
-        if (!statement.isPrepared())
-            return std::vector<ClipboardItem>();
-        statement.bindText(1, sql::containsPattern(query).toUtf8());
-        statement.bindInt(2, limit);
-        return items(statement);
+        // Every row has to be looked at, for which its place in the table is the best order.
+        if (!m_searcher || !m_searcher->isInPlace())
+            m_searcher = PlannedReader::open(m_db, PlannedReader::Order::ofTheTable);
+        if (m_searcher) {
+            auto found = searchOn(m_searcher->db(), query, limit, m_searcher.get());
+            m_searcher->releasePages();
+            if (found)
+                return *std::move(found);
+            m_searcher.reset();
+        }
+        return searchOn(m_db, query, limit, nullptr).value_or(std::vector<ClipboardItem>());
     });
 }
 

@@ -3,12 +3,14 @@
 #include "base/SerialQueue.h"
 #include "clipboard/ChangeStamp.h"
 #include "clipboard/ClipboardItem.h"
+#include "clipboard/PlannedReader.h"
 #include "clipboard/RecentRows.h"
 
 #include <QByteArrayList>
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -67,6 +69,9 @@ public:
 private:
     // All of these run on the queue.
     std::vector<ClipboardItem> loadByStatement(std::optional<Date> since, qint64 limit);
+    /// None when the search failed for another reason than a file that is held by another program.
+    static std::optional<std::vector<ClipboardItem>> searchOn(sqlite3 *db, const QString &query, qint64 limit,
+                                                              const PlannedReader *reader);
     /// Appends what the selection gives; false when it did not run to its end.
     bool selectForPruning(bool imagesOnly, std::optional<Date> before, std::optional<qint64> keepNewest,
                           QByteArrayList &ids, QStringList &imageFileNames);
@@ -81,9 +86,10 @@ private:
 
     sqlite3 *m_db = nullptr;
     RecentRows m_recent;
-    std::optional<ChangeStamp> m_stamp; ///< of the file that `m_recent` describes
-    Seconds m_lookAhead{3600};          ///< how far beyond its cut-off a pruning looks for rows with a file
-    SerialQueue m_queue;                ///< last: its work uses the rest
+    std::optional<ChangeStamp> m_stamp;        ///< of the file that `m_recent` describes
+    std::unique_ptr<PlannedReader> m_searcher; ///< from the first search on
+    Seconds m_lookAhead{3600};                 ///< how far beyond its cut-off a pruning looks for rows with a file
+    SerialQueue m_queue;                       ///< last: its work uses the rest
 };
 
 } // namespace tavrine

@@ -1,0 +1,156 @@
+#include "clipboard/PlannedReader.h"
+
+#include "DatabaseFixture.h"
+#include "clipboard/ClipboardDatabaseSql.h"
+
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <random>
+
+#include <gmock/gmock.h>
+
+namespace tavrine {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using Order = PlannedReader::Order;
+
+const std::string history = std::string(sql::protectedAndUnprotected) + sql::bySavedPinnedAndDate;
+
+class PlannedReaderTest : public DatabaseFixture {
+protected:
+    /// What SQLite says that it will do for a statement.
+    static std::string plan(sqlite3 *db, const std::string &sql) {
+        std::string plan;
+        sqlite3_stmt *statement = nullptr;
+        EXPECT_EQ(sqlite3_prepare_v2(db, ("EXPLAIN QUERY PLAN " + sql).c_str(), -1, &statement, nullptr), SQLITE_OK);
+        while (sqlite3_step(statement) == SQLITE_ROW)
+            plan += reinterpret_cast<const char *>(sqlite3_column_text(statement, 3)) + std::string("\n");
+        sqlite3_finalize(statement);
+        return plan;
+    }
+    void fill(int rows) {
+        std::mt19937 random(7);
+        ASSERT_TRUE(outside.run("BEGIN"));
+        for (int i = 0; i < rows; ++i) {
+            const std::string number = std::to_string(i);
+            const auto flag = [&] { return random() % 9 == 0 ? "1" : "0"; };
+            const std::string values = "'" + uuidString(QUuid::createUuid()).toStdString() + "','row " + number + ' ' +
+                                       std::to_string(random() % 50) + "'," + std::to_string(random()) + '.' + number +
+                                       ',' + flag() + ',' + flag();
+            ASSERT_TRUE(outside.run("INSERT INTO items(id,content,date,is_pinned,is_saved) VALUES(" + values + ")"));
+        }
+        ASSERT_TRUE(outside.run("COMMIT"));
+    }
+
+    ClipboardDatabase db{path};
+    Outside outside{path};
+};
+
+TEST_F(PlannedReaderTest, aSearchReadsTheTableInItsOwnOrder) {
+    const auto reader = PlannedReader::open(outside.handle(), Order::ofTheTable);
+    ASSERT_TRUE(reader);
+    EXPECT_THAT(plan(reader->db(), sql::contentLike), Not(HasSubstr("INDEX")));
+    EXPECT_THAT(plan(outside.handle(), sql::contentLike), HasSubstr("idx_saved")); // why it is here at all
+}
+
+TEST_F(PlannedReaderTest, theHistoryIsReadByDateWithoutSortingTheTable) {
+    const auto reader = PlannedReader::open(outside.handle(), Order::byDate);
+    ASSERT_TRUE(reader);
+    const std::string ours = plan(reader->db(), history);
+    const std::string unprotected = ours.substr(ours.find("RIGHT"));
+    EXPECT_THAT(unprotected, HasSubstr("idx_date"));
+    EXPECT_THAT(unprotected, Not(HasSubstr("TEMP B-TREE")));
+    const std::string usual = plan(outside.handle(), history);
+    EXPECT_THAT(usual.substr(usual.find("RIGHT")), HasSubstr("TEMP B-TREE"));
+}
+
+TEST_F(PlannedReaderTest, theFileKeepsItsSchemaAndHoldsNoView) {
+    const std::string schema = "SELECT name FROM sqlite_schema ORDER BY name";
+    const auto before = outside.values(schema);
+    fill(3);
+    EXPECT_EQ(db.search(QStringLiteral("row"), 9).size(), 3U);
+    EXPECT_EQ(outside.values(schema), before);
+}
+
+TEST_F(PlannedReaderTest, aReaderCannotWrite) {
+    const auto reader = PlannedReader::open(outside.handle(), Order::ofTheTable);
+    ASSERT_TRUE(reader);
+    EXPECT_NE(sqlite3_exec(reader->db(), "DELETE FROM main.items", nullptr, nullptr, nullptr), SQLITE_OK);
+}
+
+TEST_F(PlannedReaderTest, aSearchGivesWhatTheStatementGivesOnTheMainConnection) {
+    fill(400);
+    for (const char *query : {"row", "1", "7", "row 39", "nothing", "4 4"}) {
+        std::vector<std::string> expected;
+        for (const std::string &value :
+             outside.values("SELECT content FROM items WHERE content LIKE '%" + std::string(query) +
+                            "%' ESCAPE '\\' ORDER BY is_saved DESC, is_pinned DESC, date DESC LIMIT 60"))
+            expected.push_back(value);
+        std::vector<std::string> found;
+        for (const QString &content : contents(db.search(QLatin1String(query), 60)))
+            found.push_back(content.toStdString());
+        EXPECT_EQ(found, expected) << query;
+    }
+}
+
+TEST_F(PlannedReaderTest, aWriteBetweenTwoSearchesIsSeen) {
+    fill(2);
+    EXPECT_EQ(db.search(QStringLiteral("row"), 9).size(), 2U);
+    db.save(text(QStringLiteral("row of ours"), 1));
+    EXPECT_EQ(db.search(QStringLiteral("row"), 9).size(), 3U);
+    ASSERT_TRUE(outside.run("INSERT INTO items(id,content,date) VALUES('x','row of another',2)"));
+    EXPECT_EQ(db.search(QStringLiteral("row"), 9).size(), 4U);
+}
+
+TEST_F(PlannedReaderTest, anotherFileInThePlaceOfOursIsNotRead) {
+    fill(2);
+    EXPECT_EQ(db.search(QStringLiteral("row"), 9).size(), 2U);
+    ASSERT_TRUE(QFile::rename(path, path + QStringLiteral(".old")));
+    { // another file of that name
+        ClipboardDatabase other(path);
+        other.save(text(QStringLiteral("row of the other file"), 1));
+    }
+    EXPECT_EQ(db.search(QStringLiteral("row"), 9).size(), 2U);
+    EXPECT_EQ(db.search(QStringLiteral("other file"), 9).size(), 0U);
+}
+
+TEST_F(PlannedReaderTest, aFileWithoutTheIndexIsReadAllTheSame) {
+    fill(5);
+    ASSERT_TRUE(outside.run("DROP INDEX idx_date"));
+    EXPECT_EQ(db.loadProtectedAndRecent({}, 10).size(), 5U);
+    EXPECT_EQ(db.search(QStringLiteral("row"), 9).size(), 5U);
+}
+
+TEST_F(PlannedReaderTest, aTableThatIsGoneGivesNothing) {
+    fill(5);
+    ASSERT_TRUE(outside.run("DROP TABLE items"));
+    EXPECT_THAT(db.search(QStringLiteral("row"), 9), IsEmpty());
+    EXPECT_THAT(db.loadProtectedAndRecent({}, 10), IsEmpty());
+}
+
+TEST_F(PlannedReaderTest, aFileThatAnotherProgramHoldsIsWaitedForOnce) {
+    fill(5);
+    ASSERT_TRUE(outside.run("BEGIN EXCLUSIVE"));
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_THAT(db.search(QStringLiteral("row"), 9), IsEmpty());
+    EXPECT_GE(timer.elapsed(), 900);
+    EXPECT_LT(timer.elapsed(), 1900);
+    ASSERT_TRUE(outside.run("COMMIT"));
+    EXPECT_EQ(db.search(QStringLiteral("row"), 9).size(), 5U);
+}
+
+TEST_F(PlannedReaderTest, noFileHasNoReader) {
+    EXPECT_FALSE(PlannedReader::open(nullptr, Order::byDate));
+    sqlite3 *memory = nullptr;
+    ASSERT_EQ(sqlite3_open(":memory:", &memory), SQLITE_OK);
+    EXPECT_FALSE(PlannedReader::open(memory, Order::byDate));
+    sqlite3_close(memory);
+}
+
+} // namespace
+} // namespace tavrine
