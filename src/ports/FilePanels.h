@@ -14,7 +14,7 @@ struct SavePanel {
     QString prompt;    ///< the words on the button that takes the answer; empty: the desktop's own
     QString fileName;  ///< offered
     QString directory; ///< where the panel starts
-    QString filter;    ///< "PNG (*.png)"; the first suffix is added to a name without one
+    QString filter;    ///< "PNG (*.png)"; the first suffix is added to a name that ends in none of them
     bool operator==(const SavePanel &) const = default;
 };
 
@@ -28,8 +28,9 @@ struct OpenPanel {
     bool operator==(const OpenPanel &) const = default;
 };
 
-/// The desktop's panels for files. Lives on the main thread. At most one panel is open; the answer comes in a later
-/// turn and once: an absolute path, or none when the person cancelled.
+/// The desktop's panels for files. Lives on the main thread. The answer comes in a later turn and once: an absolute
+/// path, or none when the person cancelled. At most one panel is open: one that is asked for meanwhile is not shown,
+/// and its answer is none.
 class FilePanels {
 public:
     using Answer = std::function<void(std::optional<QString> path)>;

@@ -34,8 +34,9 @@ class TaskLauncher {
 public:
     virtual ~TaskLauncher() = default;
 
-    /// `launchPath` is the program's file, or a bare name for one that stands beside this program's own. The program
-    /// gets exactly these arguments, our environment, and nothing on its standard input.
+    /// `launchPath` is the program's file, or a bare name for one that stands beside this program's own; the system's
+    /// capture tool, "/usr/sbin/screencapture", stands there too. The program gets exactly these arguments, our
+    /// environment, and nothing on its standard input.
     [[nodiscard]] virtual std::shared_ptr<Task> makeTask(const QString &launchPath, const QStringList &arguments) = 0;
 };
 

@@ -1,0 +1,145 @@
+#include "adapters/linux/QtFilePanels.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRegularExpression>
+
+namespace tavrine {
+namespace {
+
+/// "png" and "jpg" of "Images (*.png *.jpg)".
+QStringList suffixesOf(const QString &filter) {
+    static const QRegularExpression pattern(QStringLiteral("\\*\\.([^\\s*;()]+)"));
+    QStringList suffixes;
+    for (auto matches = pattern.globalMatch(filter); matches.hasNext();)
+        suffixes.append(matches.next().captured(1));
+    return suffixes;
+}
+
+/// The folder itself, or the nearest one above it that is there.
+QString nearestFolder(const QString &path) {
+    QString folder = path.isEmpty() ? QDir::homePath() : QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    while (!QFileInfo(folder).isDir() && folder != QDir::rootPath())
+        folder = QFileInfo(folder).absolutePath();
+    return folder;
+}
+
+/// Asks before it replaces a file, in a window of its own instead of an event loop of its own.
+class SaveDialog final : public QFileDialog {
+public:
+    explicit SaveDialog(QStringList suffixes) : m_suffixes(std::move(suffixes)) {}
+
+    [[nodiscard]] const QString &path() const { return m_path; }
+
+    void accept() override {
+        const QStringList files = selectedFiles();
+        QString path = files.value(0);
+        const QFileInfo typed(path);
+        if (path.isEmpty() || typed.isDir()) {
+            QFileDialog::accept(); // goes into the folder, or stays
+            return;
+        }
+        if (!m_suffixes.isEmpty() && !m_suffixes.contains(typed.suffix(), Qt::CaseInsensitive))
+            path += QLatin1Char('.') + m_suffixes.first();
+        const QFileInfo file(path);
+        if (!QFileInfo(file.absolutePath()).isDir()) {
+            tell(tr("There is no folder \"%1\".").arg(file.absolutePath()), QMessageBox::Ok);
+        } else if (file.isDir()) {
+            tell(tr("\"%1\" is a folder.").arg(file.fileName()), QMessageBox::Ok);
+        } else if (file.exists()) {
+            QMessageBox *question =
+                tell(tr("\"%1\" already exists. Do you want to replace it?").arg(file.fileName()), QMessageBox::Cancel);
+            QPushButton *replace = question->addButton(tr("Replace"), QMessageBox::AcceptRole);
+            connect(replace, &QPushButton::clicked, this, [this, path] { end(path); });
+        } else {
+            end(path);
+        }
+    }
+
+private:
+    QMessageBox *tell(const QString &text, QMessageBox::StandardButton button) {
+        auto *box = new QMessageBox(QMessageBox::NoIcon, windowTitle(), text, button, this);
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->open();
+        return box;
+    }
+    void end(const QString &path) {
+        m_path = path;
+        done(Accepted);
+    }
+
+    QStringList m_suffixes;
+    QString m_path;
+};
+
+} // namespace
+
+QtFilePanels::~QtFilePanels() {
+    delete m_dialog;
+}
+
+bool QtFilePanels::isFree(Answer &answer) {
+    if (!m_dialog)
+        return true;
+    m_dialog->raise();
+    m_dialog->activateWindow();
+    QMetaObject::invokeMethod(
+        this, [answer = std::move(answer)] { answer(std::nullopt); }, Qt::QueuedConnection);
+    return false;
+}
+
+void QtFilePanels::runSavePanel(const SavePanel &panel, Answer answer) {
+    if (!isFree(answer))
+        return;
+    auto *dialog = new SaveDialog(suffixesOf(panel.filter));
+    dialog->setWindowTitle(panel.title);
+    dialog->setOption(QFileDialog::DontUseNativeDialog); // before all else: it replaces the dialog's widgets
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    if (!panel.filter.isEmpty())
+        dialog->setNameFilter(panel.filter);
+    run(dialog, panel.prompt, panel.directory, std::move(answer));
+    dialog->selectFile(panel.fileName);
+}
+
+void QtFilePanels::runOpenPanel(const OpenPanel &panel, Answer answer) {
+    if (!isFree(answer))
+        return;
+    auto *dialog = new QFileDialog;
+    dialog->setWindowTitle(panel.title);
+    dialog->setOption(QFileDialog::DontUseNativeDialog);
+    dialog->setAcceptMode(QFileDialog::AcceptOpen);
+    dialog->setFileMode(panel.choosesDirectories ? QFileDialog::Directory : QFileDialog::ExistingFile);
+    dialog->setOption(QFileDialog::ShowDirsOnly, panel.choosesDirectories);
+    if (!panel.choosesDirectories && !panel.filter.isEmpty())
+        dialog->setNameFilter(panel.filter);
+    run(dialog, panel.prompt, panel.directory.isEmpty() ? m_lastDirectory : panel.directory, std::move(answer));
+}
+
+void QtFilePanels::run(QFileDialog *dialog, const QString &prompt, const QString &directory, Answer answer) {
+    m_dialog = dialog;
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setDirectory(nearestFolder(directory));
+    if (!prompt.isEmpty())
+        dialog->setLabelText(QFileDialog::Accept, prompt);
+    connect(dialog, &QDialog::finished, this, [this, dialog, answer = std::move(answer)](int result) {
+        std::optional<QString> path;
+        if (result == QDialog::Accepted) {
+            const auto *save = dynamic_cast<SaveDialog *>(dialog);
+            path = QDir::cleanPath(save ? save->path() : dialog->selectedFiles().value(0));
+            m_lastDirectory = dialog->directory().absolutePath();
+        }
+        m_dialog = nullptr; // the next panel may be asked for within the answer
+        // In a turn of its own: the dialog is still busy with the key or the click that ended it.
+        QMetaObject::invokeMethod(
+            this, [answer, path] { answer(path); }, Qt::QueuedConnection);
+    });
+    dialog->show();
+    dialog->raise();
+    dialog->activateWindow();
+}
+
+} // namespace tavrine
