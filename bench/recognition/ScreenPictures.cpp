@@ -79,12 +79,13 @@ QList<ScreenPicture> screenPictures(const QString &folder) {
             for (const int pixels : {11, 13})
                 for (const Colours &colours : {light, dark})
                     for (const int scale : {1, 2})
-                        pictures.append({QStringLiteral("%1, %2 %3 px, %4, x%5")
-                                             .arg(kind.isCode ? QStringLiteral("code") : QStringLiteral("prose"), family)
-                                             .arg(pixels)
-                                             .arg(colours.name)
-                                             .arg(scale),
-                                         kind.isCode, lines, draw(lines, family, pixels, colours, scale)});
+                        pictures.append(
+                            {QStringLiteral("%1, %2 %3 px, %4, x%5")
+                                 .arg(kind.isCode ? QStringLiteral("code") : QStringLiteral("prose"), family)
+                                 .arg(pixels)
+                                 .arg(colours.name)
+                                 .arg(scale),
+                             kind.isCode, lines, draw(lines, family, pixels, colours, scale)});
         }
     }
     return pictures;

@@ -1,0 +1,133 @@
+#include "adapters/reading/PagePreparation.h"
+
+#include <QPainter>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+namespace tavrine::reading {
+namespace {
+
+constexpr int tileSide = 16; // a line of small text: most of a tile is ground
+constexpr double mostPixelsEnlarged = 4e6;
+constexpr double mostPixels = 64e6; // a byte each, and the recogniser keeps several copies
+constexpr int longestSide = 32000;  // the recogniser counts in 16 bits
+
+/// The grey that half of the tile's pixels do not reach: its ground, as letters cover less than half.
+int middleGrey(const QImage &grey, const QRect &tile) {
+    std::array<int, 256> counts{};
+    for (int y = tile.top(); y <= tile.bottom(); ++y) {
+        const uchar *line = grey.constScanLine(y);
+        for (int x = tile.left(); x <= tile.right(); ++x)
+            ++counts[line[x]];
+    }
+    int left = tile.width() * tile.height() / 2;
+    for (int value = 0; value < 256; ++value) {
+        left -= counts[static_cast<size_t>(value)];
+        if (left < 0)
+            return value;
+    }
+    return 255;
+}
+
+/// Tiles of a kind, row by row.
+class Tiles {
+public:
+    Tiles(int columns, int rows) : m_columns(columns), m_rows(rows), m_isDark(static_cast<size_t>(columns * rows)) {}
+    [[nodiscard]] int columns() const { return m_columns; }
+    [[nodiscard]] int rows() const { return m_rows; }
+    [[nodiscard]] bool isDark(int x, int y) const { return m_isDark[index(x, y)]; }
+    void setDark(int x, int y, bool isDark) { m_isDark[index(x, y)] = isDark; }
+
+    /// Each tile as most of those round it: a fat letter or a small picture makes no region of its own.
+    [[nodiscard]] Tiles smoothed() const {
+        Tiles result(m_columns, m_rows);
+        for (int y = 0; y < m_rows; ++y)
+            for (int x = 0; x < m_columns; ++x)
+                result.setDark(x, y, isMostlyDarkRound(x, y));
+        return result;
+    }
+
+private:
+    [[nodiscard]] size_t index(int x, int y) const { return static_cast<size_t>(y * m_columns + x); }
+    [[nodiscard]] bool isMostlyDarkRound(int x, int y) const {
+        int dark = 0;
+        int all = 0;
+        for (int v = std::max(0, y - 1); v <= std::min(m_rows - 1, y + 1); ++v)
+            for (int u = std::max(0, x - 1); u <= std::min(m_columns - 1, x + 1); ++u) {
+                ++all;
+                dark += isDark(u, v) ? 1 : 0;
+            }
+        return 2 * dark == all ? isDark(x, y) : 2 * dark > all;
+    }
+
+    int m_columns;
+    int m_rows;
+    std::vector<bool> m_isDark;
+};
+
+} // namespace
+
+QImage greyOf(const QImage &image) {
+    if (image.isNull())
+        return {};
+    if (!image.hasAlphaChannel())
+        return image.convertToFormat(QImage::Format_Grayscale8);
+    QImage opaque(image.size(), QImage::Format_RGB32);
+    if (opaque.isNull())
+        return {};
+    opaque.fill(Qt::white);
+    QImage picture = image;
+    picture.setDevicePixelRatio(1);
+    QPainter(&opaque).drawImage(0, 0, picture);
+    return opaque.convertToFormat(QImage::Format_Grayscale8);
+}
+
+QImage withDarkLetters(QImage grey) {
+    if (grey.isNull())
+        return grey;
+    const auto tileRect = [&](int x, int y) {
+        return QRect(x * tileSide, y * tileSide, tileSide, tileSide).intersected(grey.rect());
+    };
+    Tiles tiles((grey.width() + tileSide - 1) / tileSide, (grey.height() + tileSide - 1) / tileSide);
+    for (int y = 0; y < tiles.rows(); ++y)
+        for (int x = 0; x < tiles.columns(); ++x)
+            tiles.setDark(x, y, middleGrey(grey, tileRect(x, y)) < 128);
+    tiles = tiles.smoothed().smoothed();
+    for (int row = 0; row < grey.height(); ++row) {
+        uchar *line = grey.scanLine(row);
+        for (int x = 0; x < tiles.columns(); ++x) {
+            if (!tiles.isDark(x, row / tileSide))
+                continue;
+            const int end = std::min((x + 1) * tileSide, grey.width());
+            for (int i = x * tileSide; i < end; ++i)
+                line[i] = static_cast<uchar>(255 - line[i]);
+        }
+    }
+    return grey;
+}
+
+double readingScale(const QSize &size) {
+    const double pixels = static_cast<double>(size.width()) * size.height();
+    if (pixels <= 0)
+        return 1;
+    const double longest = std::max(size.width(), size.height());
+    const double wanted = pixels <= mostPixelsEnlarged ? 2 : 1;
+    return std::min({wanted, std::sqrt(mostPixels / pixels), longestSide / longest});
+}
+
+QImage preparedPage(const QImage &image) {
+    const QImage page = withDarkLetters(greyOf(image));
+    if (page.isNull())
+        return page;
+    const double scale = readingScale(page.size());
+    if (scale == 1)
+        return page;
+    const QSize size = (QSizeF(page.size()) * scale).toSize().expandedTo({1, 1});
+    return page.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+        .convertToFormat(QImage::Format_Grayscale8);
+}
+
+} // namespace tavrine::reading
