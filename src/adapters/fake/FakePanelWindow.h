@@ -79,6 +79,8 @@ public:
 
     void setComposited(bool isComposited) { m_isComposited = isComposited; }
     [[nodiscard]] int made() const { return m_made; }
+    /// Those that are not destroyed, in the order of their making.
+    [[nodiscard]] const std::vector<Window *> &windows() const { return m_windows; }
     [[nodiscard]] Window *keyWindow() const { return m_keys.empty() ? nullptr : m_keys.back(); }
 
 private:
