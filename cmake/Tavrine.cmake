@@ -25,12 +25,13 @@ function(tavrine_library name)
   target_precompile_headers(${name} PRIVATE <QObject> <QString> <QHash> <functional> <memory> <optional> <vector>)
 endfunction()
 
-# tavrine_plugin(NAME SOURCES … LIBS …): one port's adapter that is loaded when it is first used, so that the libraries
-# it needs stay out of the resident program until then.
+# tavrine_plugin(NAME SOURCES … LIBS … [FOLDER folder]): one port's adapter that is loaded when it is first used, so that
+# the libraries it needs stay out of the resident program until then. FOLDER is one within that of the plugins.
 function(tavrine_plugin name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(ARG "" "FOLDER" "SOURCES;LIBS" ${ARGN})
   add_library(${name} MODULE ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE tavrine_options Qt6::Core Qt6::Gui tavrine_ports ${ARG_LIBS})
-  set_target_properties(${name} PROPERTIES PREFIX "")
-  install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/tavrine)
+  set_target_properties(${name} PROPERTIES PREFIX ""
+    LIBRARY_OUTPUT_DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${ARG_FOLDER})
+  install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/tavrine/${ARG_FOLDER})
 endfunction()

@@ -81,6 +81,8 @@ void Button::paint(QPainter &painter) {
     case ButtonStyle::plain:
         fillRounded(painter, body, corner, ground(colours.control));
         strokeHairline(painter, body, corner, colours.separator);
+        if (m_symbolColour.isValid())
+            ink = m_symbolColour;
         break;
     case ButtonStyle::prominent:
         fillRounded(painter, body, corner, ground(colours.accent));

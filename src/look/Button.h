@@ -19,7 +19,7 @@ public:
     void setSymbol(const QString &symbol);
     [[nodiscard]] const QString &symbol() const { return m_symbol; }
     void setButtonSize(ButtonSize size);
-    /// A colour of its own for an icon; none: the theme's.
+    /// A colour of its own for an icon, and for the symbol and words of a plain button; none: the theme's.
     void setSymbolColour(const QColor &colour);
 
     [[nodiscard]] QSize sizeHint() const override;

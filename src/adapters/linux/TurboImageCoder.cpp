@@ -1,5 +1,7 @@
 #include "adapters/linux/TurboImageCoder.h"
 
+#include "adapters/linux/ImageFormats.h"
+
 #include <QFileInfo>
 #include <QImageReader>
 #include <QPainter>
@@ -122,6 +124,7 @@ qint64 pixelCount(QSize size) {
 std::unique_ptr<QImageReader> readerOf(const QString &path) {
     if (!QFileInfo(path).isFile()) // a pipe would hold the reader up for ever
         return nullptr;
+    prepareImageFormatOf(path);
     auto reader = std::make_unique<QImageReader>(path);
     reader->setDecideFormatFromContent(true);
     reader->setAutoTransform(true);

@@ -1,0 +1,90 @@
+#include "capture/PopoverPanel.h"
+
+#include "look/Look.h"
+#include "look/Metrics.h"
+#include "look/Paint.h"
+
+#include <QBitmap>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace tavrine {
+namespace {
+
+constexpr int gap = 6;
+constexpr int screenMargin = 4;
+
+} // namespace
+
+PopoverPanel::PopoverPanel(QWidget *anchor)
+    : QWidget(anchor, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint), m_anchor(anchor) {
+    setAttribute(Qt::WA_TranslucentBackground, look::Look::composites());
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(look::space::small, look::space::small, look::space::small, look::space::small);
+}
+
+void PopoverPanel::setContent(QWidget *content) {
+    layout()->addWidget(content);
+}
+
+void PopoverPanel::open() {
+    if (!m_anchor)
+        return;
+    adjustSize();
+    const QRect anchor(m_anchor->mapToGlobal(QPoint()), m_anchor->size());
+    const QRect screen = m_anchor->screen()->availableGeometry();
+    int y = anchor.bottom() + 1 + gap;
+    if (y + height() > screen.bottom())
+        y = anchor.top() - gap - height();
+    const int furthest = std::max(screen.left() + screenMargin, screen.right() - screenMargin - width());
+    move(std::clamp(anchor.center().x() - width() / 2, screen.left() + screenMargin, furthest), y);
+    show();
+}
+
+void PopoverPanel::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    look::preparePainter(painter);
+    const look::Theme &theme = look::themeOf(m_anchor ? m_anchor.data() : this);
+    look::fillRounded(painter, rect(), look::radius::card, theme.elevated);
+    look::strokeHairline(painter, rect(), look::radius::card, theme.outline);
+}
+
+void PopoverPanel::resizeEvent(QResizeEvent *event) {
+    QWidget::resizeEvent(event);
+    if (testAttribute(Qt::WA_TranslucentBackground))
+        return;
+    QBitmap shape(size());
+    shape.fill(Qt::color0);
+    QPainter painter(&shape);
+    painter.setBrush(Qt::color1);
+    painter.drawRoundedRect(rect().adjusted(0, 0, -1, -1), look::radius::card, look::radius::card);
+    painter.end();
+    setMask(shape);
+}
+
+void PopoverPanel::hideEvent(QHideEvent *event) {
+    QWidget::hideEvent(event);
+    Q_EMIT closed();
+}
+
+void PopoverPanel::mousePressEvent(QMouseEvent *event) {
+    if (m_anchor && !rect().contains(event->pos())) {
+        const QPoint onAnchor = m_anchor->mapFromGlobal(event->globalPosition().toPoint());
+        setAttribute(Qt::WA_NoMouseReplay, m_anchor->rect().contains(onAnchor));
+    }
+    QWidget::mousePressEvent(event); // closes it when outside
+}
+
+void PopoverPanel::keyPressEvent(QKeyEvent *event) {
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+} // namespace tavrine

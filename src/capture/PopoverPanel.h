@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+namespace tavrine {
+
+/// A small panel that hangs under a control while something is chosen, and goes with a click elsewhere or Escape. Owned
+/// by the control; main thread.
+///
+/// A click on the control itself closes the panel and is not heard by the control again, so that it does not open anew.
+class PopoverPanel : public QWidget {
+    Q_OBJECT
+public:
+    explicit PopoverPanel(QWidget *anchor);
+
+    /// The margin round the content is the panel's.
+    void setContent(QWidget *content);
+    /// Under the anchor and centred on it, or above it where the screen ends.
+    void open();
+
+Q_SIGNALS:
+    void closed();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    QPointer<QWidget> m_anchor;
+};
+
+} // namespace tavrine
