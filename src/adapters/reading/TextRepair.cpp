@@ -6,7 +6,9 @@
 namespace tavrine::reading {
 namespace {
 
-constexpr int inkAtMost = 170; // darker pixels are letters; thin strokes of small fonts are grey
+// How much darker than the ground. Thin strokes of small fonts are hardly grey, and an underscore has nothing else.
+constexpr int inkOfLetters = 80;
+constexpr int inkOfStrokes = 30;
 
 // In heights of a capital. An underscore is some 0.7 wide, a blank at least 0.3; letters stand at most 0.1 apart, but
 // for the fixed widths of programs, where nothing is mended by mistake: there a blank is 0.8.
@@ -15,16 +17,25 @@ constexpr double underscoreWidth = 0.8;
 constexpr double widestBlankWithinWord = 0.15;
 constexpr double lowestStroke = 0.45; // under the baseline
 
-bool hasInk(const QImage &page, int x, int top, int bottom) {
+bool isDarkerThan(int grey, const QImage &page, int x, int top, int bottom) {
     for (int y = top; y <= bottom; ++y)
-        if (page.constScanLine(y)[x] < inkAtMost)
+        if (page.constScanLine(y)[x] < grey)
             return true;
     return false;
 }
 
+int lightest(const QImage &page, int left, int right, int top, int bottom) {
+    int grey = 0;
+    for (int y = top; y <= bottom; ++y)
+        for (int x = left; x <= right; ++x)
+            grey = std::max(grey, int(page.constScanLine(y)[x]));
+    return grey;
+}
+
 struct Gap {
-    int blank = 0; ///< the widest run of columns without ink
-    int low = 0;   ///< the widest run of columns with ink below the baseline alone
+    int blank = 0;             ///< the widest run of columns without ink
+    int low = 0;               ///< the widest run of columns with ink below the baseline alone
+    bool isUnderlined = false; ///< the letters on both sides have ink below the baseline too
 };
 
 /// What lies between two words. Their boxes are a little off, so it looks some way into either.
@@ -35,17 +46,27 @@ Gap gapBetween(const ReadWord &left, const ReadWord &right, int capital, const Q
     const int within = capital / 2;
     const int from = std::max(0, std::min(left.box.right(), right.box.left()) - within);
     const int to = std::min(page.width() - 1, std::max(left.box.right(), right.box.left()) + within);
+    const int ground = lightest(page, from, to, top, bottom);
+    const int underBaseline = std::min(baseline + 1, bottom);
     Gap gap;
     int blank = 0;
     int low = 0;
+    int letters[2] = {};
+    int underlined[2] = {};
+    const int middle = (from + to) / 2;
     for (int x = from; x <= to; ++x) {
-        const bool inLetters = hasInk(page, x, top, std::max(top, baseline - 1));
-        const bool isLow = !inLetters && hasInk(page, x, std::min(baseline + 1, bottom), bottom);
+        const bool inLetters = isDarkerThan(ground - inkOfLetters, page, x, top, std::max(top, baseline - 1));
+        const bool hasLowInk = isDarkerThan(ground - inkOfStrokes, page, x, underBaseline, bottom);
+        const bool isLow = !inLetters && hasLowInk;
+        const size_t side = x < middle ? 0 : 1;
+        letters[side] += inLetters ? 1 : 0;
+        underlined[side] += inLetters && hasLowInk ? 1 : 0;
         blank = inLetters || isLow ? 0 : blank + 1;
         low = isLow ? low + 1 : 0;
         gap.blank = std::max(gap.blank, blank);
         gap.low = std::max(gap.low, low);
     }
+    gap.isUnderlined = letters[0] > 0 && letters[1] > 0 && underlined[0] == letters[0] && underlined[1] == letters[1];
     return gap;
 }
 
@@ -63,6 +84,8 @@ QString between(const ReadWord &left, const ReadWord &right, int capital, const 
     if (capital < 6) // nothing to measure by
         return blank;
     const Gap gap = gapBetween(left, right, capital, page);
+    if (gap.isUnderlined)
+        return blank;
     const bool isUnderscore =
         gap.low >= shortestUnderscore * capital && gap.blank <= 2 * widestBlankWithinWord * capital;
     const QChar underscore(u'_');
