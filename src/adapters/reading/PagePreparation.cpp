@@ -39,6 +39,12 @@ public:
     [[nodiscard]] int columns() const { return m_columns; }
     [[nodiscard]] int rows() const { return m_rows; }
     [[nodiscard]] bool isDark(int x, int y) const { return m_isDark[index(x, y)]; }
+    /// Whether a tile beside it is of the other kind: the edge between them runs through one of the two.
+    [[nodiscard]] bool isAtEdge(int x, int y) const {
+        const bool own = isDark(x, y);
+        return (x > 0 && isDark(x - 1, y) != own) || (x + 1 < m_columns && isDark(x + 1, y) != own) ||
+               (y > 0 && isDark(x, y - 1) != own) || (y + 1 < m_rows && isDark(x, y + 1) != own);
+    }
     void setDark(int x, int y, bool isDark) { m_isDark[index(x, y)] = isDark; }
 
     /// Each tile as most of those round it: a fat letter or a small picture makes no region of its own.
@@ -67,6 +73,22 @@ private:
     int m_rows;
     std::vector<bool> m_isDark;
 };
+
+/// Rows and columns of a tile that are dark from end to end are no letters but the ground of the neighbour.
+void lightenGround(QImage &grey, const QRect &tile) {
+    for (int y = tile.top(); y <= tile.bottom(); ++y) {
+        uchar *line = grey.scanLine(y) + tile.left();
+        if (std::all_of(line, line + tile.width(), [](uchar value) { return value < 128; }))
+            std::for_each(line, line + tile.width(), [](uchar &value) { value = static_cast<uchar>(255 - value); });
+    }
+    for (int x = tile.left(); x <= tile.right(); ++x) {
+        bool isDark = true;
+        for (int y = tile.top(); isDark && y <= tile.bottom(); ++y)
+            isDark = grey.constScanLine(y)[x] < 128;
+        for (int y = tile.top(); isDark && y <= tile.bottom(); ++y)
+            grey.scanLine(y)[x] = static_cast<uchar>(255 - grey.constScanLine(y)[x]);
+    }
+}
 
 } // namespace
 
@@ -106,6 +128,10 @@ QImage withDarkLetters(QImage grey) {
                 line[i] = static_cast<uchar>(255 - line[i]);
         }
     }
+    for (int y = 0; y < tiles.rows(); ++y)
+        for (int x = 0; x < tiles.columns(); ++x)
+            if (tiles.isAtEdge(x, y))
+                lightenGround(grey, tileRect(x, y));
     return grey;
 }
 

@@ -91,7 +91,7 @@ private:
                                  QRect(QPoint(left, top), QPoint(right - 1, bottom - 1)), baseline});
             }
         } while (!at.IsAtFinalElement(tesseract::RIL_TEXTLINE, tesseract::RIL_WORD) && at.Next(tesseract::RIL_WORD));
-        return reading::joinedWords(words, page);
+        return reading::repairedLine(words, page);
     }
 
     tesseract::TessBaseAPI m_api;

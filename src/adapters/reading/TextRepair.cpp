@@ -1,5 +1,7 @@
 #include "adapters/reading/TextRepair.h"
 
+#include "adapters/reading/FixedPitch.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -108,6 +110,22 @@ QString joinedWords(const std::vector<ReadWord> &words, const QImage &page) {
         line += words[i].text;
     }
     return line;
+}
+
+QString repairedLine(const std::vector<ReadWord> &words, const QImage &page) {
+    const QString line = joinedWords(words, page);
+    QRect box;
+    std::vector<int> baselines;
+    for (const ReadWord &word : words) {
+        box |= word.box;
+        baselines.push_back(word.baseline);
+    }
+    if (words.empty())
+        return line;
+    std::sort(baselines.begin(), baselines.end());
+    const int baseline = baselines[baselines.size() / 2];
+    const auto grid = gridOf(page, box, baseline, line.size());
+    return grid ? onGrid(line, *grid, page, box, baseline) : line;
 }
 
 QStringList withPlausibleQuotes(QStringList lines) {

@@ -20,6 +20,9 @@ struct ReadWord {
 /// one. `page` is grey, dark on light.
 [[nodiscard]] QString joinedWords(const std::vector<ReadWord> &words, const QImage &page);
 
+/// The same, with the blanks and underscores of the page where the line stands on a grid.
+[[nodiscard]] QString repairedLine(const std::vector<ReadWord> &words, const QImage &page);
+
 /// Straight quotes that were taken for typographic ones, as the engine likes to do in programs. Where a page has both,
 /// or opens what nothing closes, they are straight.
 [[nodiscard]] QStringList withPlausibleQuotes(QStringList lines);

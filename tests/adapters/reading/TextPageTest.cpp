@@ -1,3 +1,4 @@
+#include "adapters/reading/FixedPitch.h"
 #include "adapters/reading/PagePreparation.h"
 #include "adapters/reading/RecognitionLanguages.h"
 #include "adapters/reading/TextRepair.h"
@@ -174,6 +175,70 @@ TEST_F(JoinedWordsTest, boxesBeyondThePageDoNoHarm) {
         words("a b"));
     EXPECT_EQ(joinedWords({}, page), QString());
     EXPECT_EQ(joinedWords({{words("a"), {}, 0}, {words("b"), {}, 0}}, page), words("a b"));
+}
+
+// Fixed pitch: a page as a terminal shows it.
+
+class GridTest : public testing::Test {
+protected:
+    void draw(const char *text, const char *family = "DejaVu Sans Mono") {
+        page.fill(Qt::white);
+        QPainter painter(&page);
+        QFont font(words(family));
+        font.setPixelSize(26);
+        painter.setFont(font);
+        painter.drawText(QPointF(20, 40), words(text));
+        const QRectF ink = painter.boundingRect(QRectF(20, 10, 900, 60), words(text));
+        line = QRect(20, 18, int(ink.width()), 22);
+    }
+    /// What is made of a line that the engine read as `read`.
+    [[nodiscard]] QString mended(const char *read) {
+        const auto grid = gridOf(page, line, 40, words(read).size());
+        return grid ? onGrid(words(read), *grid, page, line, 40) : words("no grid");
+    }
+    QImage page = filled(960, 70, 255);
+    QRect line;
+};
+
+TEST_F(GridTest, blanksAreWhereThePageHasThem) {
+    draw("int count = size (a, b);");
+    EXPECT_EQ(mended("intcount=size( a,b) ;"), words("int count = size (a, b);"));
+}
+
+TEST_F(GridTest, underscoresAreWhereThePageHasThem) {
+    draw("def folder_of(THE_PATH):");
+    EXPECT_EQ(mended("def folder of(THE _PATH):"), words("def folder_of(THE_PATH):"));
+}
+
+TEST_F(GridTest, aLetterThatWasReadTwiceGoes) {
+    draw("curve(x11, y11) == z1;");
+    EXPECT_EQ(mended("curve(x1l1, y11) == z1;"), words("curve(x11, y11) == z1;"));
+}
+
+TEST_F(GridTest, zerosOfProgramsAreNoSigns) {
+    draw("parts[0] = 1.0 + mail@host");
+    EXPECT_EQ(mended("parts[®] = 1.@ + mail@host"), words("parts[0] = 1.0 + mail@host"));
+}
+
+TEST_F(GridTest, whatCannotBeCountedStays) {
+    draw("return low + high;");
+    EXPECT_EQ(mended("return lo + high;"), words("return lo + high;"));
+}
+
+TEST_F(GridTest, lettersOfTheirOwnWidthsStandOnNoGrid) {
+    draw("The miller will fill it with wild lilies and mimosa", "DejaVu Sans");
+    EXPECT_EQ(mended("The miller will fill it with wild lilies and mimosa"), words("no grid"));
+}
+
+TEST_F(GridTest, aShortLineTellsNothing) {
+    draw("return 7;");
+    EXPECT_EQ(mended("return 7;"), words("no grid"));
+}
+
+TEST_F(GridTest, linesBesideThePageDoNoHarm) {
+    EXPECT_EQ(gridOf(page, QRect(-900, -900, 500, 20), -880, 40), std::nullopt);
+    EXPECT_EQ(gridOf(QImage(), QRect(0, 0, 500, 20), 20, 40), std::nullopt);
+    static_cast<void>(gridOf(page, QRect(-50, -50, 5000, 500), 9000, 40));
 }
 
 // Quotes.
