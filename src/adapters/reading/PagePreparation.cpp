@@ -11,7 +11,10 @@ namespace tavrine::reading {
 namespace {
 
 constexpr int tileSide = 16; // a line of small text: most of a tile is ground
-constexpr double mostPixelsEnlarged = 4e6;
+constexpr int darkerThanGround = 160;
+constexpr int lowestLine = 6;       // less is a rule or a dash
+constexpr int highestLine = 80;     // more is a picture
+constexpr int largeLine = 17;       // letters of 16 pixels and more
 constexpr double mostPixels = 64e6; // a byte each, and the recogniser keeps several copies
 constexpr int longestSide = 32000;  // the recogniser counts in 16 bits
 
@@ -135,12 +138,39 @@ QImage withDarkLetters(QImage grey) {
     return grey;
 }
 
-double readingScale(const QSize &size) {
+std::optional<int> lineHeightOf(const QImage &page) {
+    constexpr int strips = 12; // narrow enough that few pictures and window edges get into each
+    std::vector<int> heights;
+    for (int strip = 0; strip < strips; ++strip) {
+        const int left = page.width() * strip / strips;
+        const int right = page.width() * (strip + 1) / strips;
+        int height = 0;
+        for (int y = 0; y <= page.height(); ++y) {
+            const uchar *line = y < page.height() ? page.constScanLine(y) : nullptr;
+            const bool hasInk =
+                line && std::any_of(line + left, line + right, [](uchar value) { return value < darkerThanGround; });
+            if (hasInk) {
+                ++height;
+            } else {
+                if (height >= lowestLine && height <= highestLine)
+                    heights.push_back(height);
+                height = 0;
+            }
+        }
+    }
+    if (heights.empty())
+        return std::nullopt;
+    const auto middle = heights.begin() + static_cast<qsizetype>(heights.size() / 2);
+    std::nth_element(heights.begin(), middle, heights.end());
+    return *middle;
+}
+
+double readingScale(const QSize &size, std::optional<int> lineHeight) {
     const double pixels = static_cast<double>(size.width()) * size.height();
     if (pixels <= 0)
         return 1;
     const double longest = std::max(size.width(), size.height());
-    const double wanted = pixels <= mostPixelsEnlarged ? 2 : 1;
+    const double wanted = lineHeight && *lineHeight >= largeLine ? 1 : 2;
     return std::min({wanted, std::sqrt(mostPixels / pixels), longestSide / longest});
 }
 
@@ -148,7 +178,7 @@ QImage preparedPage(const QImage &image) {
     const QImage page = withDarkLetters(greyOf(image));
     if (page.isNull())
         return page;
-    const double scale = readingScale(page.size());
+    const double scale = readingScale(page.size(), lineHeightOf(page));
     if (scale == 1)
         return page;
     const QSize size = (QSizeF(page.size()) * scale).toSize().expandedTo({1, 1});

@@ -102,18 +102,42 @@ TEST(PagePreparationTest, transparencyIsWhite) {
     EXPECT_EQ(at(greyOf(image), 5, 5), 255);
 }
 
-TEST(PagePreparationTest, screensAreEnlargedAndDenseOnesAreNot) {
-    EXPECT_EQ(readingScale({600, 400}), 2);
-    EXPECT_EQ(readingScale({2000, 2000}), 2);
-    EXPECT_EQ(readingScale({2001, 2000}), 1);
-    EXPECT_EQ(readingScale({3840, 2160}), 1);
+TEST(PagePreparationTest, smallLettersAreEnlargedAndLargeOnesAreNot) {
+    EXPECT_EQ(readingScale({600, 400}, 16), 2);
+    EXPECT_EQ(readingScale({600, 400}, 17), 1);
+    EXPECT_EQ(readingScale({600, 400}, std::nullopt), 2);
 }
 
 TEST(PagePreparationTest, whatIsTooLargeIsReadSmaller) {
-    EXPECT_EQ(readingScale({8000, 8000}), 1);
-    EXPECT_DOUBLE_EQ(readingScale({16000, 16000}), 0.5);
-    EXPECT_DOUBLE_EQ(readingScale({64000, 10}), 0.5);
-    EXPECT_EQ(readingScale({0, 0}), 1);
+    EXPECT_EQ(readingScale({4000, 4000}, 10), 2);
+    EXPECT_EQ(readingScale({8000, 8000}, 10), 1);
+    EXPECT_DOUBLE_EQ(readingScale({16000, 16000}, 40), 0.5);
+    EXPECT_DOUBLE_EQ(readingScale({64000, 10}, 10), 0.5);
+    EXPECT_EQ(readingScale({0, 0}, 10), 1);
+}
+
+TEST(PagePreparationTest, linesAreMeasuredBetweenTheirGaps) {
+    QImage page = filled(240, 200, 255);
+    QPainter painter(&page);
+    for (int y = 10; y < 180; y += 20)
+        painter.fillRect(0, y, 240, 12, Qt::black);
+    EXPECT_EQ(lineHeightOf(page), 12);
+}
+
+TEST(PagePreparationTest, rulesAndPicturesAreNoLines) {
+    QImage page = filled(240, 400, 255);
+    QPainter painter(&page);
+    painter.fillRect(0, 10, 240, 5, Qt::black);
+    painter.fillRect(0, 100, 240, 200, Qt::black);
+    painter.end();
+    EXPECT_EQ(lineHeightOf(page), std::nullopt);
+    EXPECT_EQ(lineHeightOf(filled(1, 1, 0)), std::nullopt);
+}
+
+TEST(PagePreparationTest, aLineAtTheVeryBottomCounts) {
+    QImage page = filled(240, 40, 255);
+    QPainter(&page).fillRect(0, 20, 240, 20, Qt::black);
+    EXPECT_EQ(lineHeightOf(page), 20);
 }
 
 TEST(PagePreparationTest, nothingGivesNothing) {
