@@ -81,6 +81,9 @@ public:
     [[nodiscard]] int made() const { return m_made; }
     /// Panels that have not been destroyed.
     [[nodiscard]] int living() const { return static_cast<int>(m_windows.size()); }
+
+    /// Those that are not destroyed, in the order of their making.
+    [[nodiscard]] const std::vector<Window *> &windows() const { return m_windows; }
     [[nodiscard]] Window *keyWindow() const { return m_keys.empty() ? nullptr : m_keys.back(); }
 
 private:

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "ports/CodeDetector.h"
+
+namespace tavrine {
+
+/// Finds the codes that a test gives it, in pictures that are large enough to hold one.
+class FakeCodeDetector final : public CodeDetector {
+public:
+    [[nodiscard]] QList<DetectedCode> detect(const QImage &image) override {
+        m_images.append(image);
+        return image.width() >= 21 && image.height() >= 21 ? m_codes : QList<DetectedCode>();
+    }
+
+    void setCodes(const QList<DetectedCode> &codes) { m_codes = codes; }
+    /// Where they stand is all the same.
+    void setPayloads(const QStringList &payloads) {
+        m_codes.clear();
+        for (const QString &payload : payloads)
+            m_codes.append({payload, QRectF(0.25, 0.25, 0.5, 0.5)});
+    }
+    [[nodiscard]] const QList<QImage> &images() const { return m_images; }
+
+private:
+    QList<DetectedCode> m_codes;
+    QList<QImage> m_images;
+};
+
+} // namespace tavrine

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "ports/CodeDetector.h"
+
+#include <QObject>
+
+namespace tavrine {
+
+/// QR codes by ZXing, for the editor, which shows where they are. The root object of its plugin.
+class ZXingDetector final : public QObject, public CodeDetector {
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID "com.veltrane.Tavrine.CodeDetector")
+    Q_INTERFACES(tavrine::CodeDetector)
+
+public:
+    [[nodiscard]] QList<DetectedCode> detect(const QImage &image) override;
+};
+
+} // namespace tavrine

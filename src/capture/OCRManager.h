@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QImage>
+#include <QString>
+
+#include <functional>
+#include <optional>
+
+namespace tavrine {
+
+class OCRNotepadState;
+class Recognizer;
+class SerialQueue;
+class Time;
+
+/// Turns pictures into text. Has no state of its own; lives on the main thread, as long as the process. All it is given
+/// outlives it.
+class OCRManager {
+public:
+    /// None for a picture that cannot be read, and for one without text.
+    using Completion = std::function<void(const std::optional<QString> &text)>;
+
+    OCRManager(Recognizer &recognizer, SerialQueue &recognitionQueue, Time &time)
+        : m_recognizer(recognizer), m_queue(recognitionQueue), m_time(time) {}
+
+    /// Calls `completion` on the recognition queue; within the call when the image has no pixels.
+    void recognizeText(const QImage &image, Completion completion);
+
+    /// The same, told to `state` on the main queue. A state that is gone by then loses the result.
+    void recognizeForNotepad(const QImage &image, OCRNotepadState &state);
+
+private:
+    Recognizer &m_recognizer;
+    SerialQueue &m_queue;
+    Time &m_time;
+};
+
+} // namespace tavrine
