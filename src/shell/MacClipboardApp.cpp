@@ -9,6 +9,7 @@
 #include "adapters/linux/QtApplication.h"
 #include "adapters/linux/QtFilePanels.h"
 #include "adapters/linux/QtTime.h"
+#include "adapters/linux/ReaderProcess.h"
 #include "adapters/linux/SessionBus.h"
 #include "adapters/linux/StatusNotifierItem.h"
 #include "adapters/linux/TrayStatusItem.h"
@@ -17,6 +18,7 @@
 #include "adapters/linux/XdgFolders.h"
 #include "adapters/x11/X11Access.h"
 #include "adapters/x11/X11ApplicationActivator.h"
+#include "adapters/x11/X11ColorSampler.h"
 #include "adapters/x11/X11Compositor.h"
 #include "adapters/x11/X11EventMonitors.h"
 #include "adapters/x11/X11EventPoster.h"
@@ -40,6 +42,7 @@
 #include "look/Look.h"
 #include "look/ModalAlerts.h"
 #include "shell/AppDelegate.h"
+#include "shell/CaptureServices.h"
 #include "shell/EditorWindow.h"
 #include "shell/FeatureFlags.h"
 #include "shell/OnboardingView.h"
@@ -211,16 +214,33 @@ int main(int argc, char **argv) {
         return OnboardingView::makeWindow({defaults, access, time, urlOpener}, onClose).release();
     };
     QtFilePanels filePanels;
+    PosixTaskLauncher taskLauncher(QApplication::applicationDirPath());
+    ProcessRecognizer recognizer(QApplication::applicationDirPath());
+    ProcessCodeDetector screenDetector(QApplication::applicationDirPath(), ProcessCodeDetector::screenPlugin);
+    ProcessCodeDetector pictureDetector(QApplication::applicationDirPath(), ProcessCodeDetector::picturePlugin);
+    X11ColorSamplers samplers;
+    CaptureServices captureServices({.time = time,
+                                     .defaults = defaults,
+                                     .pasteboard = pasteboard,
+                                     .application = ourselves,
+                                     .urlOpener = urlOpener,
+                                     .launcher = taskLauncher,
+                                     .recognizer = recognizer,
+                                     .screenDetector = screenDetector,
+                                     .pictureDetector = pictureDetector,
+                                     .samplers = samplers,
+                                     .temporaryFolder = folders.temporary,
+                                     .uploadWorker = uploadWorkerPath(),
+                                     .uploads = uploadManager});
     views.editor = [&](const EditorFlow::Window &window, const auto &close) {
         return makeEditorWindow(window,
                                 {.ports = {time, pasteboard, filePanels, imageCoder, center, folders.documents},
                                  .clipboardManager = clipboardManager,
-                                 .hooks = {},
+                                 .hooks = captureServices.editorHooks(),
                                  .toolkitRect = flippedRect},
                                 close)
             .release();
     };
-    PosixTaskLauncher taskLauncher(QApplication::applicationDirPath());
     ScreenSnipper snipper({taskLauncher, defaults, time, folders.temporary});
     std::optional<CaptureAdapters> capture;
     const auto snipFlow = [&](const ShellTools::Desktop &shown, const SnipFlow::Actions &actions) {
@@ -234,7 +254,8 @@ int main(int argc, char **argv) {
                             .filePanels = filePanels,
                             .snipper = snipper,
                             .fileQueue = capture->fileQueue,
-                            .folders = folders},
+                            .folders = folders,
+                            .uploads = &uploadManager()},
             actions,
             SnipFlow::Views{.card = [](const auto &model) { return new SnippetPreviewCard(model); },
                             .saveDialog = [](const auto &model) { return new SnipSaveDialogView(model); }});
@@ -249,6 +270,7 @@ int main(int argc, char **argv) {
                       .urlOpener = urlOpener,
                       .desktop = desktop,
                       .snipper = &snipper,
+                      .captureServices = &captureServices,
                       .snipFlow = snipFlow},
                      views);
     AppDelegate appDelegate({time, defaults, center, workspace, statusItem, ourselves, updater, clipboardManager, flags,

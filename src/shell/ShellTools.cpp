@@ -7,6 +7,7 @@
 #include "ports/ApplicationActivator.h"
 #include "ports/Screens.h"
 #include "shell/AppDelegate.h"
+#include "shell/CaptureServices.h"
 #include "shell/FeatureFlags.h"
 #include "shell/PanelTraits.h"
 
@@ -37,7 +38,11 @@ ShellTools::ShellTools(Ports ports, Views views)
                      hotKeyActions()),
       m_onboarding(m_ports.application, m_ports.time, onboardingWindows()),
       m_editor({m_ports.time, m_ports.application, [this]() -> Screens & { return desktop().panels.screens; }},
-               editorWindows()) {}
+               editorWindows()) {
+    if (m_ports.captureServices)
+        m_ports.captureServices->setShowToast(
+            [this](const QString &message, const QString &icon) { showToast(message, icon); });
+}
 
 ShellTools::~ShellTools() = default;
 
@@ -64,9 +69,13 @@ SnipFlow *ShellTools::snip() {
             {.mayCaptureScreen = [this] { return m_windowManager.mayCaptureScreen(); },
              .saveImage = [this](const QImage &image) { return m_delegate->clipboardManager().saveImage(image); },
              .activateApplication = [this] { desktop().panels.activator.activateIgnoringOtherApps(); },
-             .openEditorDirectly = {},
-             .getTextFromSnip = {},
-             .onUpload = {}});
+             .openEditorDirectly = [this](const QImage &image) { openEditorDirectly(image); },
+             .getTextFromSnip = [this](const QImage &image) { getTextFromSnip(image); },
+             .onUpload =
+                 [this](const QImage &image, const UploadCard &card) {
+                     if (m_ports.captureServices)
+                         m_ports.captureServices->uploadFromCard(image, card);
+                 }});
     return m_snip.get();
 }
 
@@ -238,6 +247,19 @@ void ShellTools::unloadEmojiPanel() {
 
 bool ShellTools::accessibilityTrusted(bool promptAllowed) {
     return m_windowManager.isAccessibilityTrusted(promptAllowed ? Prompt::allowed : Prompt::never);
+}
+
+void ShellTools::getTextFromSnip(const QImage &image) {
+    if (m_ports.captureServices)
+        m_ports.captureServices->getTextFromSnip(image, desktop().panels, [this](const QImage &read) {
+            if (snip())
+                snip()->autoSaveSnip(read);
+        });
+}
+
+void ShellTools::pickColor() {
+    if (m_ports.captureServices)
+        m_ports.captureServices->pickColor();
 }
 
 } // namespace tavrine

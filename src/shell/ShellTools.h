@@ -17,6 +17,7 @@
 namespace tavrine {
 
 class AppDelegate;
+class CaptureServices;
 
 /// The tools of the shell as AppDelegate reaches them: global triggers, floating panels, paste-back, toasts,
 /// permissions, the welcome window, captures of the screen and the editor. Every other tool does nothing yet.
@@ -39,8 +40,9 @@ public:
         Access &access;
         Alerts &alerts;
         UrlOpener &urlOpener;
-        std::function<Desktop()> desktop; ///< called once, at the first use
-        ScreenSnipper *snipper = nullptr; ///< null: there are no captures
+        std::function<Desktop()> desktop;           ///< called once, at the first use
+        ScreenSnipper *snipper = nullptr;           ///< null: there are no captures
+        CaptureServices *captureServices = nullptr; ///< null: a capture can be looked at, and no more
         /// Called once, when the first capture is presented, started or asked for. The actions that other tools answer
         /// are still empty and may be filled.
         std::function<std::unique_ptr<SnipFlow>(const Desktop &, SnipFlow::Actions)> snipFlow = {};
@@ -85,6 +87,7 @@ public:
     void presentSnip(const QImage &image) override;
     void startSnip() override; ///< nothing while its switch is off
     void startCapture() override;
+    void pickColor() override;
     void openEditor(const std::optional<QImage> &image) override { m_editor.openTavrineEditor(image); }
     void showOnboarding() override { m_onboarding.showOnboarding(); }
     [[nodiscard]] bool accessibilityTrusted(bool promptAllowed) override;
@@ -93,6 +96,7 @@ private:
     Desktop &desktop();
     PanelController &panels();
     SnipFlow *snip(); ///< null: there are no captures
+    void getTextFromSnip(const QImage &image);
     [[nodiscard]] bool isFeatureOn(Trigger trigger) const;
     [[nodiscard]] HotKeyCenter::Actions hotKeyActions();
     [[nodiscard]] PanelController::Contents panelContents();

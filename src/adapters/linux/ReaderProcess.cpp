@@ -75,7 +75,7 @@ std::vector<char *> environmentOfReader(std::string &limit) {
     for (char **entry = environ; *entry; ++entry)
         if (std::string_view(*entry).substr(0, name.size()) != name)
             result.push_back(*entry);
-    limit = std::string(name) + "1";
+    limit = "OMP_THREAD_LIMIT=1";
     result.push_back(limit.data());
     result.push_back(nullptr);
     return result;

@@ -1,0 +1,176 @@
+#include "shell/CaptureServices.h"
+
+#include "base/Time.h"
+#include "capture/EditorScans.h"
+#include "capture/OCRNotepadView.h"
+#include "capture/PngData.h"
+#include "capture/QRResultView.h"
+#include "ports/PanelWindow.h"
+#include "upload/CustomUploadManager.h"
+#include "upload/UploadFlow.h"
+
+#include <QApplication>
+
+#include <algorithm>
+
+namespace tavrine {
+
+/// What reads pictures: queues of its own, since a recognition takes seconds and a scan must not wait for it.
+struct CaptureServices::Reading {
+    Reading(const Ports &ports)
+        : manager(ports.recognizer, recognitionQueue, ports.time), editor{.scans = {manager, ports.pictureDetector,
+                                                                                    detectionQueue, ports.time},
+                                                                          .pasteboard = ports.pasteboard,
+                                                                          .urlOpener = ports.urlOpener} {}
+
+    SerialQueue recognitionQueue{QStringLiteral("com.tavrine.ocr")};
+    SerialQueue detectionQueue{QStringLiteral("com.tavrine.qr")};
+    OCRManager manager;
+    EditorScans::Ports editor;
+};
+
+struct CaptureServices::Notepad {
+    PanelAnimator animator;
+    std::function<void(const QImage &)> autoSaveSnip;
+    OCRNotepadFlow flow;
+
+    Notepad(const PanelController::Ports &desktop, const Ports &ports, OCRManager &manager)
+        : animator(desktop.windows, desktop.time),
+          flow({desktop.windows, desktop.screens, desktop.monitors, manager},
+               {.makeView =
+                    [&ports](OCRNotepadState &state, const auto &onDismiss) {
+                        return new OCRNotepadView(state, ports.pasteboard, ports.time, onDismiss);
+                    },
+                .fade =
+                    [this](PanelWindow &panel, double alpha, Seconds length, const auto &done) {
+                        animator.run(panel, length, TimingFunction::easeIn, {.alpha = alpha, .frame = {}}, done);
+                    },
+                .autoSaveSnip =
+                    [this](const QImage &image) {
+                        if (autoSaveSnip)
+                            autoSaveSnip(image);
+                    }}) {}
+};
+
+CaptureServices::CaptureServices(Ports ports) : m_ports(std::move(ports)) {}
+CaptureServices::~CaptureServices() = default;
+
+CaptureServices::Reading &CaptureServices::reading() {
+    if (!m_reading)
+        m_reading = std::make_unique<Reading>(m_ports);
+    return *m_reading;
+}
+
+JSUploadEngine &CaptureServices::engine() {
+    if (!m_engine)
+        m_engine = std::make_unique<JSUploadEngine>(m_ports.uploadWorker, m_ports.time);
+    return *m_engine;
+}
+
+UploadRunner CaptureServices::uploadRunner() {
+    return [this](const QString &script, const QString &imageBase64, const QString &fileName, Seconds timeout,
+                  const auto &completion) {
+        engine().queue().async([&engine = engine(), script, imageBase64, fileName, timeout, completion] {
+            engine.run(script, imageBase64, fileName, timeout.count(), completion);
+        });
+    };
+}
+
+UploadFlow::Actions CaptureServices::uploadActions(std::function<QImage()> image) {
+    return {.png = [image = std::move(image)] { return pngData(image()); },
+            .run = uploadRunner(),
+            .uploadFileName = [this] { return engine().uploadFileName(); },
+            .showToast = m_showToast};
+}
+
+void CaptureServices::uploadFromCard(const QImage &image, const UploadCard &card) {
+    // A run outlives its card, so it belongs to nobody but itself.
+    const auto flow = std::make_shared<QPointer<UploadFlow>>();
+    UploadFlow::Actions actions = uploadActions([image] { return image; });
+    actions.onDismiss = [card, flow] {
+        card.dismiss();
+        (*flow)->deleteLater();
+    };
+    *flow = new UploadFlow({m_ports.uploads(), m_ports.pasteboard, m_ports.time}, std::move(actions), qApp);
+    QObject::connect(*flow, &UploadFlow::uploadStateChanged, *flow,
+                     [card, flow] { card.setState((*flow)->uploadState()); });
+    const auto endIfIdle = [flow] {
+        if (*flow && (*flow)->uploadState() == UploadButtonState::idle)
+            (*flow)->deleteLater();
+    };
+    QObject::connect(*flow, &UploadFlow::uploadStateChanged, *flow, endIfIdle);
+    (*flow)->upload();
+    endIfIdle();
+}
+
+EditorView::Hooks CaptureServices::editorHooks() {
+    return {.opened = [this](EditorView &editor) { openedEditor(editor); },
+            .extractText = [this](EditorView &editor) { EditorScans::extractText(reading().editor)(editor); },
+            .scanQr = [this](EditorView &editor) { EditorScans::scanQr(reading().editor)(editor); },
+            .upload = [this](EditorView &editor) { uploadFromEditor(editor); }};
+}
+
+void CaptureServices::openedEditor(EditorView &editor) {
+    const CustomUploadManager &manager = m_ports.uploads();
+    const auto tell = [&editor, &manager] { editor.model().setUploadConfigured(manager.isConfigured()); };
+    QObject::connect(&manager, &CustomUploadManager::changed, &editor, tell);
+    tell();
+}
+
+void CaptureServices::uploadFromEditor(EditorView &editor) {
+    auto *flow = editor.findChild<UploadFlow *>();
+    if (!flow) {
+        flow = new UploadFlow({m_ports.uploads(), m_ports.pasteboard, m_ports.time},
+                              uploadActions([&editor] { return editor.model().flattenedImage(); }), &editor);
+        QObject::connect(flow, &UploadFlow::uploadStateChanged, &editor,
+                         [flow, &editor] { editor.model().setUploadState(flow->uploadState()); });
+    }
+    flow->upload();
+}
+
+void CaptureServices::getTextFromSnip(const QImage &image, const PanelController::Ports &desktop,
+                                      std::function<void(const QImage &)> autoSaveSnip) {
+    if (!m_notepad)
+        m_notepad = std::make_unique<Notepad>(desktop, m_ports, reading().manager);
+    m_notepad->autoSaveSnip = std::move(autoSaveSnip);
+    m_notepad->flow.getTextFromSnip(image);
+}
+
+void CaptureServices::startQrScan(const PanelController::Ports &desktop) {
+    if (!m_scanner)
+        m_scanner = std::make_unique<QRScanner>(
+            QRScanner::Ports{.launcher = m_ports.launcher,
+                             .detector = m_ports.screenDetector,
+                             .detectionQueue = reading().detectionQueue,
+                             .windows = desktop.windows,
+                             .screens = desktop.screens,
+                             .application = m_ports.application,
+                             .activator = desktop.activator,
+                             .time = m_ports.time,
+                             .temporaryFolder = m_ports.temporaryFolder},
+            QRScanner::Actions{.makeView =
+                                   [this](const QStringList &codes, const auto &onDismiss) {
+                                       auto *view = new QRResultView(
+                                           codes, {m_ports.pasteboard, m_ports.urlOpener, m_ports.time}, onDismiss);
+                                       return QRScanner::Content{.view = view, .fittingSize = view->sizeHint()};
+                                   },
+                               .hasOtherVisibleWindow =
+                                   [] {
+                                       const QWidgetList windows = QApplication::topLevelWidgets();
+                                       return std::any_of(windows.begin(), windows.end(), [](const QWidget *window) {
+                                           return window->isVisible() &&
+                                                  (window->windowFlags() & Qt::WindowType_Mask) == Qt::Window;
+                                       });
+                                   }});
+    m_scanner->startScan();
+}
+
+void CaptureServices::pickColor() {
+    if (!m_picker)
+        m_picker = std::make_unique<ColorPickerManager>(
+            ColorPickerManager::Ports{m_ports.time, m_ports.defaults, m_ports.pasteboard, m_ports.samplers},
+            [this](const QString &message, const QString &icon) { m_showToast(message, icon); });
+    m_picker->pickColor();
+}
+
+} // namespace tavrine

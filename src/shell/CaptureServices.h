@@ -1,0 +1,87 @@
+#pragma once
+
+#include "base/SerialQueue.h"
+#include "capture/ColorPickerManager.h"
+#include "capture/EditorView.h"
+#include "capture/OCRManager.h"
+#include "capture/OCRNotepadFlow.h"
+#include "capture/QRScanner.h"
+#include "capture/SnipFlow.h"
+#include "shell/PanelAnimator.h"
+#include "shell/PanelController.h"
+#include "upload/JSUploadEngine.h"
+#include "upload/UploadFlow.h"
+
+#include <memory>
+#include <optional>
+
+namespace tavrine {
+
+class CodeDetector;
+class Recognizer;
+class UrlOpener;
+
+/// What captures lead to: uploads from the card and the editor, the text and the codes in a picture, a colour of the
+/// screen. One instance, as long as the process; lives on the main thread. Each tool is made when it is first asked
+/// for.
+class CaptureServices {
+public:
+    /// All outlive the services.
+    struct Ports {
+        Time &time;
+        UserDefaults &defaults;
+        Pasteboard &pasteboard;
+        Application &application;
+        UrlOpener &urlOpener;
+        TaskLauncher &launcher;
+        Recognizer &recognizer;
+        CodeDetector &screenDetector;
+        CodeDetector &pictureDetector;
+        ColorSamplers &samplers;
+        QString temporaryFolder;
+        QString uploadWorker;                           ///< the worker's file
+        std::function<CustomUploadManager &()> uploads; ///< made with the first call
+    };
+    using ShowToast = std::function<void(const QString &message, const QString &icon)>;
+
+    explicit CaptureServices(Ports ports);
+    ~CaptureServices();
+    CaptureServices(const CaptureServices &) = delete;
+    CaptureServices &operator=(const CaptureServices &) = delete;
+
+    /// Before the first tool is used.
+    void setShowToast(ShowToast showToast) { m_showToast = std::move(showToast); }
+
+    /// What the editor's buttons lead to. The services outlive every editor.
+    [[nodiscard]] EditorView::Hooks editorHooks();
+
+    void uploadFromCard(const QImage &image, const UploadCard &card);
+    /// Opens the notepad over the desktop; `autoSaveSnip` is called with the picture when it closes.
+    void getTextFromSnip(const QImage &image, const PanelController::Ports &desktop,
+                         std::function<void(const QImage &)> autoSaveSnip);
+    void startQrScan(const PanelController::Ports &desktop);
+    void pickColor();
+
+    /// The engine behind every upload, and behind the page on which the script is tried out.
+    [[nodiscard]] UploadRunner uploadRunner();
+
+private:
+    struct Reading;
+    struct Notepad;
+
+    Reading &reading();
+    JSUploadEngine &engine();
+    void openedEditor(EditorView &editor);
+    void uploadFromEditor(EditorView &editor);
+    [[nodiscard]] UploadFlow::Actions uploadActions(std::function<QImage()> image);
+
+    Ports m_ports;
+    ShowToast m_showToast;
+    std::unique_ptr<Reading> m_reading;
+    std::unique_ptr<Notepad> m_notepad;
+    std::unique_ptr<QRScanner> m_scanner;
+    std::unique_ptr<ColorPickerManager> m_picker;
+    std::unique_ptr<JSUploadEngine> m_engine;
+};
+
+} // namespace tavrine
