@@ -412,6 +412,27 @@ TEST_F(ShellToolsTest, aCaptureFromTheHistoryIsShownOnTheCard) {
     EXPECT_FALSE(flow->isPreviewShown());
 }
 
+TEST_F(ShellToolsTest, anInsertedEmojiIsRecordedAsATextUnlessTheProgramInFrontIsExcluded) {
+    launchQuietly();
+    workspace.setFrontmost(editor);
+    press(keyE);
+    static_cast<void>(outputOf([&] {
+        insertEmoji(text("🚀"));
+        time.advance(1s);
+    }));
+    ASSERT_EQ(manager->history().size(), 1U);
+    EXPECT_EQ(manager->history().front().content, text("🚀"));
+    EXPECT_FALSE(manager->history().front().imageFileName);
+    manager->addExcludedApp({QUuid::createUuid(), editor.bundleIdentifier, editor.localizedName});
+    press(keyE);
+    static_cast<void>(outputOf([&] {
+        insertEmoji(text("🎉"));
+        time.advance(1s);
+    }));
+    EXPECT_EQ(manager->history().size(), 1U);
+    EXPECT_EQ(pasteboard.string(), text("🎉"));
+}
+
 TEST_F(ShellToolsTest, theLaunchAsksForAccessibilityAndTellsTheAnswer) {
     access.setAccessibilityTrusted(false);
     const std::string output = launchWith(true);
