@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QWindow>
 
 #include <cmath>
 #include <random>
@@ -94,7 +95,10 @@ struct Desk {
         view.setPicture(picture());
         view.updateCanvas(canvas);
         view.show();
-        QCoreApplication::processEvents();
+        // A window that is not exposed paints nothing.
+        while (!view.windowHandle()->isExposed())
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        paint();
     }
     void mouse(QEvent::Type type, const QPointF &at) {
         const bool isMove = type == QEvent::MouseMove;
