@@ -93,13 +93,12 @@ public:
 
 private:
     void bark() {
-        {
-            const std::lock_guard guard(m_lock);
-            m_isOverdue = true;
-            if (m_isLaunched && m_task.isRunning())
-                end();
-        }
+        // Before the worker is told to end: it may be gone at once, and its empty output is not what the person is told.
         finish(failure(UploadScriptError::timeout(m_timeout)));
+        const std::lock_guard guard(m_lock);
+        m_isOverdue = true;
+        if (m_isLaunched && m_task.isRunning())
+            end();
     }
 
     void end() {
