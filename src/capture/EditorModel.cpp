@@ -2,6 +2,7 @@
 
 #include "base/NotificationCenter.h"
 #include "base/Print.h"
+#include "base/PrivateFiles.h"
 #include "base/Time.h"
 #include "capture/Flattening.h"
 #include "capture/ImageOpening.h"
@@ -10,7 +11,6 @@
 #include "ports/Pasteboard.h"
 
 #include <QDateTime>
-#include <QDir>
 #include <QPointer>
 #include <QSaveFile>
 
@@ -159,7 +159,7 @@ void EditorModel::saveFlattened() {
     panel.fileName = saveFileName(m_ports.time.now(), QLocale(), QTimeZone::systemTimeZone());
     panel.directory = m_ports.documents + QStringLiteral("/tavrine");
     panel.filter = QStringLiteral("PNG (*.png)");
-    QDir().mkpath(panel.directory); // the panel shows what there is, whether or not this worked
+    makePrivateFolder(panel.directory); // the panel shows what there is, whether or not this worked
     // What was flattened now is what is saved, also when the editor is closed before the answer.
     m_ports.filePanels.runSavePanel(panel, [image = flattenedImage()](const std::optional<QString> &path) {
         if (path)

@@ -191,10 +191,10 @@ TEST_F(EditorModelTest, aSecondCropWorksOnWhatTheFirstLeft) {
 }
 
 TEST_F(EditorModelTest, aHundredthOfANarrowPictureIsTooSmallAndEndsTheModeOnly) {
-    make(picture(200, 200)); // two pixels: not more than 2.0
+    make(picture(299, 400)); // two whole pixels
     select(0.5, 0.5, 0.5, 0.5);
     model->applyCrop();
-    EXPECT_EQ(model->shownImage().size(), QSize(200, 200));
+    EXPECT_EQ(model->shownImage().size(), QSize(299, 400));
     EXPECT_FALSE(model->hasUnsavedChanges());
     EXPECT_FALSE(model->isCropping());
     EXPECT_TRUE(model->crop().isEmpty());
@@ -419,6 +419,7 @@ TEST_F(EditorModelTest, theSavePanelStandsInTheFolderThatIsMadeForIt) {
     EXPECT_EQ(panel.title, str("Save Snip"));
     EXPECT_EQ(panel.directory, documents + str("/tavrine"));
     EXPECT_TRUE(QDir(panel.directory).exists());
+    EXPECT_EQ(QFile::permissions(panel.directory) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
     EXPECT_EQ(panel.fileName, EditorModel::saveFileName(time.now(), QLocale(), QTimeZone::systemTimeZone()));
     EXPECT_TRUE(panel.filter.contains(str("*.png")));
 }
