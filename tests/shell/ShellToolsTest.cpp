@@ -67,7 +67,17 @@ protected:
             flow = made.get();
             return made;
         };
-        return {time, defaults, application, hotKeys, monitors, access, alerts, urlOpener, desktop, &snipper, snipFlow};
+        return {.time = time,
+                .defaults = defaults,
+                .application = application,
+                .hotKeys = hotKeys,
+                .monitors = monitors,
+                .access = access,
+                .alerts = alerts,
+                .urlOpener = urlOpener,
+                .desktop = desktop,
+                .snipper = &snipper,
+                .snipFlow = snipFlow};
     }
     ShellTools::Views madeViews() {
         ShellTools::Views made;
