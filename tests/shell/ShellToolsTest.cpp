@@ -67,17 +67,8 @@ protected:
             flow = made.get();
             return made;
         };
-        return {.time = time,
-                .defaults = defaults,
-                .application = application,
-                .hotKeys = hotKeys,
-                .monitors = monitors,
-                .access = access,
-                .alerts = alerts,
-                .urlOpener = urlOpener,
-                .desktop = desktop,
-                .snipper = &snipper,
-                .snipFlow = snipFlow};
+        return {time,   defaults,  application, hotKeys,  monitors, access,
+                alerts, urlOpener, desktop,     &snipper, nullptr,  snipFlow};
     }
     ShellTools::Views madeViews() {
         ShellTools::Views made;
