@@ -6,6 +6,7 @@
 #include "base/Time.h"
 #include "capture/Flattening.h"
 #include "capture/ImageOpening.h"
+#include "capture/Paintable.h"
 #include "capture/PngData.h"
 #include "ports/FilePanels.h"
 #include "ports/Pasteboard.h"
@@ -33,7 +34,8 @@ void writePng(const QImage &image, const QString &path) {
 } // namespace
 
 EditorModel::EditorModel(const QImage &image, Ports ports, Actions actions, QObject *parent)
-    : QObject(parent), m_ports(std::move(ports)), m_actions(std::move(actions)), m_image(image),
+    : QObject(parent), m_ports(std::move(ports)), m_actions(std::move(actions)),
+      m_image(paintable(image)), // once: the views would make a copy of their own each, of gigabytes in the end
       m_selectedColor(colorPresets().front()) {}
 
 QImage EditorModel::flattenedImage() const {

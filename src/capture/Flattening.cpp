@@ -1,6 +1,7 @@
 #include "capture/Flattening.h"
 
 #include "capture/AnnotationRenderer.h"
+#include "capture/Paintable.h"
 
 #include <QPainter>
 
@@ -17,8 +18,7 @@ constexpr double rounding = 1e-6;
 QImage flattenedImage(const QImage &base, const std::vector<DrawingPath> &drawings) {
     if (base.isNull())
         return {};
-    QImage flat =
-        base.convertToFormat(base.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    QImage flat = paintable(base);
     if (drawings.empty())
         return flat;
     const QSizeF size = base.deviceIndependentSize();
@@ -49,6 +49,8 @@ std::optional<QImage> cropImage(const QImage &image, const QRectF &rect) {
     if (part.isEmpty())
         return std::nullopt;
     QImage cropped = image.copy(part);
+    if (cropped.isNull())
+        return std::nullopt; // no memory
     cropped.setDevicePixelRatio(1);
     return cropped;
 }

@@ -13,7 +13,7 @@ namespace tavrine {
 
 /// The part of the picture within `rect`, which is in fractions of it with the origin at the top left. Its size in
 /// points is that in pixels, whatever the scale of `image`. None when the part is not wider and higher than two
-/// whole pixels.
+/// whole pixels, and when there is no memory for it.
 [[nodiscard]] std::optional<QImage> cropImage(const QImage &image, const QRectF &rect);
 
 } // namespace tavrine
