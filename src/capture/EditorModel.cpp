@@ -39,7 +39,11 @@ EditorModel::EditorModel(const QImage &image, Ports ports, Actions actions, QObj
       m_selectedColor(colorPresets().front()) {}
 
 QImage EditorModel::flattenedImage() const {
-    return tavrine::flattenedImage(shownImage(), m_drawings);
+    if (!m_isCropping)
+        return tavrine::flattenedImage(shownImage(), m_drawings);
+    if (m_flattened.isNull())
+        m_flattened = tavrine::flattenedImage(shownImage(), m_drawings);
+    return m_flattened;
 }
 
 const std::array<QColor, 8> &EditorModel::colorPresets() {
@@ -64,6 +68,7 @@ void EditorModel::setCurrentTool(DrawingTool tool) {
 void EditorModel::setDrawings(std::vector<DrawingPath> drawings) {
     const bool isCountAnother = drawings.size() != m_drawings.size();
     m_drawings = std::move(drawings);
+    m_flattened = {};
     Q_EMIT drawingsChanged();
     if (isCountAnother)
         setUnsavedChanges(!m_drawings.empty());
@@ -110,6 +115,7 @@ void EditorModel::undo() {
 
 void EditorModel::toggleCropping() {
     m_isCropping = !m_isCropping;
+    m_flattened = {};
     m_crop.clear();
     Q_EMIT cropChanged();
 }
@@ -126,6 +132,7 @@ void EditorModel::applyCrop() {
         return;
     if (const std::optional<QImage> cropped = cropImage(flattenedImage(), m_crop.rect())) {
         m_editedImage = *cropped;
+        m_flattened = {};
         setUnsavedChanges(true);
         setDrawings({}); // they are in the pixels now
         Q_EMIT imageChanged();

@@ -181,6 +181,20 @@ TEST_F(EditorModelTest, croppingBurnsTheAnnotationsIn) {
     EXPECT_TRUE(model->crop().isEmpty());
 }
 
+TEST_F(EditorModelTest, whatIsShownInCropModeIsFlattenedOnceUntilAnAnnotationGoes) {
+    draw();
+    draw();
+    model->toggleCropping();
+    const QImage shown = model->flattenedImage();
+    EXPECT_EQ(model->flattenedImage().cacheKey(), shown.cacheKey());
+    model->undo();
+    model->undo();
+    EXPECT_EQ(model->flattenedImage(), picture(400, 200));
+    model->cancelCrop();
+    draw();
+    EXPECT_EQ(model->flattenedImage().pixel(200, 20), shown.pixel(200, 20));
+}
+
 TEST_F(EditorModelTest, aSecondCropWorksOnWhatTheFirstLeft) {
     select(0, 0, 0.5, 0.5);
     model->applyCrop();
