@@ -1,6 +1,7 @@
 #include "capture/AnnotationLayer.h"
 
 #include "capture/AnnotationRenderer.h"
+#include "capture/Paintable.h"
 
 #include <QPainter>
 #include <QSet>
@@ -16,8 +17,7 @@ QImage filling(const QImage &picture, const QSize &size) {
     }
     QImage ground =
         picture.size() == size ? picture : picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    ground =
-        ground.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    ground = paintable(ground);
     ground.setDevicePixelRatio(1);
     return ground;
 }

@@ -47,8 +47,13 @@ std::optional<Screen> screenForTool(const Screens &screens) {
     for (const Screen &screen : all)
         if (holds(screen.frame, pointer))
             return screen;
+    return mainOrFirstScreen(screens);
+}
+
+std::optional<Screen> mainOrFirstScreen(const Screens &screens) {
     if (auto main = screens.mainScreen())
         return main;
+    const QList<Screen> all = screens.screens();
     return all.isEmpty() ? std::nullopt : std::optional(all.first());
 }
 

@@ -22,6 +22,8 @@ enum class Dismissal { atOnce, animated };
 
 /// The screen that a floating tool opens on: the first one that holds the pointer, else the main one, else the first.
 [[nodiscard]] std::optional<Screen> screenForTool(const Screens &screens);
+/// The one to take when the pointer does not matter.
+[[nodiscard]] std::optional<Screen> mainOrFirstScreen(const Screens &screens);
 
 /// The part of a screen that is free for windows; the whole screen where the desktop tells none that makes sense.
 [[nodiscard]] QRectF usableFrame(const Screen &screen);

@@ -80,22 +80,27 @@ void ColorPickerManager::pickColor() {
         if (item.expired())
             return;
         printLine(QStringLiteral("DEBUG: Color picker timeout - resetting state"));
+        m_timeoutWorkItem.reset();
         m_activeSampler.reset();
         m_isPicking = false;
     });
 
     m_activeSampler = m_ports.samplers.makeSampler();
-    m_activeSampler->showSampler([owner = QPointer(this)](std::optional<QColor> colour) {
-        if (owner)
-            owner->onSelected(std::move(colour));
-    });
+    m_activeSampler->showSampler(
+        [owner = QPointer(this), pick = std::weak_ptr(m_timeoutWorkItem)](const std::optional<QColor> &colour) {
+            if (owner)
+                owner->onSelected(pick, colour);
+        });
 }
 
-void ColorPickerManager::onSelected(std::optional<QColor> colour) {
+void ColorPickerManager::onSelected(const std::weak_ptr<const bool> &pick, const std::optional<QColor> &colour) {
     printLine(QStringLiteral("DEBUG: Color sampler callback received"));
-    m_timeoutWorkItem.reset();
-    m_activeSampler.reset();
-    m_isPicking = false;
+    // The late answer of a pick whose time was over finds nothing of its own: what is under way is the next one's.
+    if (!pick.expired()) {
+        m_timeoutWorkItem.reset();
+        m_activeSampler.reset();
+        m_isPicking = false;
+    }
     if (!colour) {
         printLine(QStringLiteral("DEBUG: No color selected (user cancelled)"));
         return;

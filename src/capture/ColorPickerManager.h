@@ -29,7 +29,8 @@ enum class ColorFormat { hex, rgb, swiftUI, nsColor };
 /// Takes one pixel's colour from the screen, and puts it on the pasteboard as text.
 ///
 /// One for the process, on the main thread. Either idle or picking; a pick that is not answered within 30 seconds
-/// counts no longer, though its magnifier stays and its late answer is still copied.
+/// counts no longer, though its magnifier stays and its late answer is still copied, whatever pick is under way by
+/// then.
 class ColorPickerManager : public QObject {
     Q_OBJECT
 
@@ -54,13 +55,13 @@ public:
     void pickColor();
 
 private:
-    void onSelected(std::optional<QColor> colour);
+    void onSelected(const std::weak_ptr<const bool> &pick, const std::optional<QColor> &colour);
     void copy(const QColor &colour);
 
     Ports m_ports;
     ShowToast m_showToast;
     std::shared_ptr<ColorSampler> m_activeSampler;
-    std::shared_ptr<const bool> m_timeoutWorkItem; ///< dropping it cancels the timeout
+    std::shared_ptr<const bool> m_timeoutWorkItem; ///< of the pick under way; dropping it cancels the timeout
     bool m_isPicking = false;
 };
 

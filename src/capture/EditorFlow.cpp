@@ -2,10 +2,9 @@
 
 #include "base/Print.h"
 #include "base/Time.h"
+#include "capture/CapturePanel.h"
 #include "ports/Application.h"
 #include "ports/Screens.h"
-
-#include <algorithm>
 
 namespace tavrine {
 namespace {
@@ -26,18 +25,9 @@ EditorFlow::EditorFlow(Ports ports, Windows windows, QObject *parent)
 
 QRectF EditorFlow::centredFrame(double width, double height, bool isUnderMouse) const {
     const Screens &desk = m_ports.screens();
-    const QList<Screen> screens = desk.screens();
-    std::optional<Screen> screen = desk.mainScreen();
-    if (isUnderMouse) {
-        const QPointF mouse = desk.mouseLocation();
-        const auto under = std::find_if(screens.begin(), screens.end(),
-                                        [mouse](const Screen &each) { return each.frame.contains(mouse); });
-        if (under != screens.end())
-            screen = *under;
-    }
-    if (!screen && !screens.isEmpty())
-        screen = screens.first();
-    const QPointF middle = screen ? screen->visibleFrame.center() : QPointF(width / 2, height / 2);
+    const std::optional<Screen> screen = isUnderMouse ? screenForTool(desk) : mainOrFirstScreen(desk);
+    const QRectF usable = screen ? usableFrame(*screen) : QRectF();
+    const QPointF middle = usable.isNull() ? QPointF(width / 2, height / 2) : usable.center();
     return {middle.x() - width / 2, middle.y() - height / 2, width, height};
 }
 

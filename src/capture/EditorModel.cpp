@@ -2,15 +2,16 @@
 
 #include "base/NotificationCenter.h"
 #include "base/Print.h"
+#include "base/PrivateFiles.h"
 #include "base/Time.h"
 #include "capture/Flattening.h"
 #include "capture/ImageOpening.h"
+#include "capture/Paintable.h"
 #include "capture/PngData.h"
 #include "ports/FilePanels.h"
 #include "ports/Pasteboard.h"
 
 #include <QDateTime>
-#include <QDir>
 #include <QPointer>
 #include <QSaveFile>
 
@@ -33,11 +34,16 @@ void writePng(const QImage &image, const QString &path) {
 } // namespace
 
 EditorModel::EditorModel(const QImage &image, Ports ports, Actions actions, QObject *parent)
-    : QObject(parent), m_ports(std::move(ports)), m_actions(std::move(actions)), m_image(image),
+    : QObject(parent), m_ports(std::move(ports)), m_actions(std::move(actions)),
+      m_image(paintable(image)), // once: the views would make a copy of their own each, of gigabytes in the end
       m_selectedColor(colorPresets().front()) {}
 
 QImage EditorModel::flattenedImage() const {
-    return tavrine::flattenedImage(shownImage(), m_drawings);
+    if (!m_isCropping)
+        return tavrine::flattenedImage(shownImage(), m_drawings);
+    if (m_flattened.isNull())
+        m_flattened = tavrine::flattenedImage(shownImage(), m_drawings);
+    return m_flattened;
 }
 
 const std::array<QColor, 8> &EditorModel::colorPresets() {
@@ -62,6 +68,7 @@ void EditorModel::setCurrentTool(DrawingTool tool) {
 void EditorModel::setDrawings(std::vector<DrawingPath> drawings) {
     const bool isCountAnother = drawings.size() != m_drawings.size();
     m_drawings = std::move(drawings);
+    m_flattened = {};
     Q_EMIT drawingsChanged();
     if (isCountAnother)
         setUnsavedChanges(!m_drawings.empty());
@@ -108,6 +115,7 @@ void EditorModel::undo() {
 
 void EditorModel::toggleCropping() {
     m_isCropping = !m_isCropping;
+    m_flattened = {};
     m_crop.clear();
     Q_EMIT cropChanged();
 }
@@ -124,6 +132,7 @@ void EditorModel::applyCrop() {
         return;
     if (const std::optional<QImage> cropped = cropImage(flattenedImage(), m_crop.rect())) {
         m_editedImage = *cropped;
+        m_flattened = {};
         setUnsavedChanges(true);
         setDrawings({}); // they are in the pixels now
         Q_EMIT imageChanged();
@@ -159,7 +168,7 @@ void EditorModel::saveFlattened() {
     panel.fileName = saveFileName(m_ports.time.now(), QLocale(), QTimeZone::systemTimeZone());
     panel.directory = m_ports.documents + QStringLiteral("/tavrine");
     panel.filter = QStringLiteral("PNG (*.png)");
-    QDir().mkpath(panel.directory); // the panel shows what there is, whether or not this worked
+    makePrivateFolder(panel.directory); // the panel shows what there is, whether or not this worked
     // What was flattened now is what is saved, also when the editor is closed before the answer.
     m_ports.filePanels.runSavePanel(panel, [image = flattenedImage()](const std::optional<QString> &path) {
         if (path)

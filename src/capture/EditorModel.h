@@ -130,6 +130,7 @@ private:
     Actions m_actions;
     QImage m_image;
     QImage m_editedImage;
+    mutable QImage m_flattened; // in crop mode, where it is shown and then cropped: it may be a gigabyte
     bool m_isCropping = false;
     CropSelection m_crop;
     DrawingTool m_currentTool = DrawingTool::pen;

@@ -1,5 +1,6 @@
 #include "capture/EditorStageView.h"
 
+#include "capture/Paintable.h"
 #include "look/Look.h"
 #include "look/Paint.h"
 
@@ -95,9 +96,7 @@ void EditorStageView::setImage(const QImage &image) {
 }
 
 void EditorStageView::setPicture(const QImage &picture) {
-    // The two formats that are painted without a conversion.
-    m_levels = {picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
-                                                                  : QImage::Format_RGB32)};
+    m_levels = {paintable(picture)};
     m_backdrop = {};
     update();
 }

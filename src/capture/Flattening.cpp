@@ -1,6 +1,7 @@
 #include "capture/Flattening.h"
 
 #include "capture/AnnotationRenderer.h"
+#include "capture/Paintable.h"
 
 #include <QPainter>
 
@@ -9,7 +10,7 @@
 namespace tavrine {
 namespace {
 
-constexpr double smallestCrop = 2.0; // pixels, and this is too small as well
+constexpr double smallestCrop = 2.0; // whole pixels, and this is too small as well
 constexpr double rounding = 1e-6;
 
 } // namespace
@@ -17,8 +18,7 @@ constexpr double rounding = 1e-6;
 QImage flattenedImage(const QImage &base, const std::vector<DrawingPath> &drawings) {
     if (base.isNull())
         return {};
-    QImage flat =
-        base.convertToFormat(base.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    QImage flat = paintable(base);
     if (drawings.empty())
         return flat;
     const QSizeF size = base.deviceIndependentSize();
@@ -38,7 +38,8 @@ std::optional<QImage> cropImage(const QImage &image, const QRectF &rect) {
         return std::nullopt;
     const QRectF pixels(rect.x() * image.width(), rect.y() * image.height(), rect.width() * image.width(),
                         rect.height() * image.height());
-    const bool isLarge = pixels.width() > smallestCrop && pixels.height() > smallestCrop; // false for what is no number
+    const auto isLargeEnough = [](double side) { return std::floor(side + rounding) > smallestCrop; };
+    const bool isLarge = isLargeEnough(pixels.width()) && isLargeEnough(pixels.height()); // not for what is no number
     if (!isLarge || !std::isfinite(pixels.x()) || !std::isfinite(pixels.y()))
         return std::nullopt;
     // A part that begins or ends within a pixel takes that pixel whole; a fraction that was meant to end between two
@@ -48,6 +49,8 @@ std::optional<QImage> cropImage(const QImage &image, const QRectF &rect) {
     if (part.isEmpty())
         return std::nullopt;
     QImage cropped = image.copy(part);
+    if (cropped.isNull())
+        return std::nullopt; // no memory
     cropped.setDevicePixelRatio(1);
     return cropped;
 }

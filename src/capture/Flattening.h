@@ -12,7 +12,8 @@ namespace tavrine {
 [[nodiscard]] QImage flattenedImage(const QImage &base, const std::vector<DrawingPath> &drawings);
 
 /// The part of the picture within `rect`, which is in fractions of it with the origin at the top left. Its size in
-/// points is that in pixels, whatever the scale of `image`. None when the part is not wider and higher than two pixels.
+/// points is that in pixels, whatever the scale of `image`. None when the part is not wider and higher than two
+/// whole pixels, and when there is no memory for it.
 [[nodiscard]] std::optional<QImage> cropImage(const QImage &image, const QRectF &rect);
 
 } // namespace tavrine

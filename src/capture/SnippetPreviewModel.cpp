@@ -51,6 +51,7 @@ void SnippetPreviewModel::tick() {
 }
 
 void SnippetPreviewModel::setUploadState(UploadButtonState state) {
+    m_isUploading = state == UploadButtonState::uploading;
     if (state == m_uploadState)
         return;
     m_uploadState = state;
@@ -102,8 +103,9 @@ void SnippetPreviewModel::pressGetText() {
 }
 
 void SnippetPreviewModel::pressUpload() {
-    if (m_isStopped || !showsUpload() || m_uploadState == UploadButtonState::uploading)
+    if (m_isStopped || !showsUpload() || m_isUploading)
         return;
+    m_isUploading = true;
     m_timer.reset();
     m_actions.onUpload();
 }

@@ -63,6 +63,7 @@ public:
     void appear();
     void setHovering(bool isHovering) { m_isHovering = isHovering; }
     void setDragging(bool isDragging) { m_isDragging = isDragging; }
+    /// Whoever uploads tells how it goes: `idle` as well when there was nothing to upload.
     void setUploadState(UploadButtonState state);
     /// The card is on its way off the screen.
     void stop();
@@ -96,6 +97,7 @@ private:
     bool m_isSaving = false;
     bool m_isSaved = false;
     bool m_isStopped = false;
+    bool m_isUploading = false; ///< from the press on, though the state is told only once the picture is a PNG
     UploadButtonState m_uploadState = UploadButtonState::idle;
 };
 

@@ -76,8 +76,16 @@ UploadRunner CaptureServices::uploadRunner() {
     };
 }
 
+UploadFlow::Ports CaptureServices::uploadPorts() {
+    if (!m_pictureQueue)
+        m_pictureQueue = std::make_unique<SerialQueue>(QStringLiteral("com.tavrine.upload"));
+    return {m_ports.uploads(), m_ports.pasteboard, m_ports.time, *m_pictureQueue};
+}
+
 UploadFlow::Actions CaptureServices::uploadActions(std::function<QImage()> image) {
-    return {.png = [image = std::move(image)] { return pngData(image()); },
+    return {.picture = [image = std::move(image)]() -> UploadFlow::PngMaker {
+                return [taken = image()] { return pngData(taken); };
+            },
             .run = uploadRunner(),
             .uploadFileName = [this] { return engine().uploadFileName(); },
             .showToast = m_showToast};
@@ -91,16 +99,15 @@ void CaptureServices::uploadFromCard(const QImage &image, const UploadCard &card
         card.dismiss();
         (*flow)->deleteLater();
     };
-    *flow = new UploadFlow({m_ports.uploads(), m_ports.pasteboard, m_ports.time}, std::move(actions), qApp);
-    QObject::connect(*flow, &UploadFlow::uploadStateChanged, *flow,
-                     [card, flow] { card.setState((*flow)->uploadState()); });
-    const auto endIfIdle = [flow] {
-        if (*flow && (*flow)->uploadState() == UploadButtonState::idle)
+    *flow = new UploadFlow(uploadPorts(), std::move(actions), qApp);
+    const auto tell = [card, flow] {
+        card.setState((*flow)->uploadState());
+        if ((*flow)->uploadState() == UploadButtonState::idle)
             (*flow)->deleteLater();
     };
-    QObject::connect(*flow, &UploadFlow::uploadStateChanged, *flow, endIfIdle);
+    QObject::connect(*flow, &UploadFlow::uploadStateChanged, *flow, tell);
+    QObject::connect(*flow, &UploadFlow::preparationFailed, *flow, tell);
     (*flow)->upload();
-    endIfIdle();
 }
 
 EditorView::Hooks CaptureServices::editorHooks() {
@@ -120,8 +127,8 @@ void CaptureServices::openedEditor(EditorView &editor) {
 void CaptureServices::uploadFromEditor(EditorView &editor) {
     auto *flow = editor.findChild<UploadFlow *>();
     if (!flow) {
-        flow = new UploadFlow({m_ports.uploads(), m_ports.pasteboard, m_ports.time},
-                              uploadActions([&editor] { return editor.model().flattenedImage(); }), &editor);
+        flow = new UploadFlow(uploadPorts(), uploadActions([&editor] { return editor.model().flattenedImage(); }),
+                              &editor);
         QObject::connect(flow, &UploadFlow::uploadStateChanged, &editor,
                          [flow, &editor] { editor.model().setUploadState(flow->uploadState()); });
     }

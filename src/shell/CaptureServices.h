@@ -73,6 +73,7 @@ private:
     JSUploadEngine &engine();
     void openedEditor(EditorView &editor);
     void uploadFromEditor(EditorView &editor);
+    [[nodiscard]] UploadFlow::Ports uploadPorts();
     [[nodiscard]] UploadFlow::Actions uploadActions(std::function<QImage()> image);
 
     Ports m_ports;
@@ -82,6 +83,7 @@ private:
     std::unique_ptr<QRScanner> m_scanner;
     std::unique_ptr<ColorPickerManager> m_picker;
     std::unique_ptr<JSUploadEngine> m_engine;
+    std::unique_ptr<SerialQueue> m_pictureQueue;
 };
 
 } // namespace tavrine

@@ -1,25 +1,21 @@
 #include "upload/UploadFlow.h"
 
+#include "base/SerialQueue.h"
 #include "base/Time.h"
 #include "ports/Pasteboard.h"
 #include "upload/CustomUploadManager.h"
-
-#include <QThreadPool>
 
 #include <utility>
 
 namespace tavrine {
 
-namespace {
-
-/// From here on a picture's text is made beside the main thread: a megabyte takes it about a millisecond.
-constexpr qsizetype largePng = 1024 * 1024;
-
-QString base64(const QByteArray &png) {
-    return QString::fromLatin1(png.toBase64());
-}
-
-} // namespace
+/// All that a run needs: it goes on when the view is closed meanwhile.
+struct UploadFlow::Press {
+    Ports ports;
+    Actions actions;
+    QString script;
+    QPointer<UploadFlow> flow;
+};
 
 UploadFlow::UploadFlow(Ports ports, Actions actions, QObject *parent)
     : QObject(parent), m_ports(ports), m_actions(std::move(actions)) {}
@@ -41,47 +37,50 @@ QString UploadFlow::buttonSymbol() const {
 }
 
 void UploadFlow::upload() {
-    if (m_uploadState == UploadButtonState::uploading)
+    if (isBusy())
         return;
-    const std::optional<QByteArray> png = m_actions.png();
-    if (!png || png->isEmpty()) {
-        m_actions.showToast(QStringLiteral("Couldn't prepare the image for upload"), QLatin1String(failureSymbol));
-        return;
-    }
-    if (m_actions.stopCountdown)
-        m_actions.stopCountdown();
-    setUploadState(UploadButtonState::uploading);
-    const QString script = m_ports.manager.savedScript();
-    // The run keeps all it needs: it goes on when the view is closed meanwhile.
-    const auto begin = [ports = m_ports, actions = m_actions, self = QPointer(this), script](const QString &image) {
-        actions.run(script, image, actions.uploadFileName(), uploadTimeout,
-                    [ports, showToast = actions.showToast, self](const UploadScriptRunResult &result) {
-                        complete(ports, showToast, result, self);
-                    });
-    };
-    if (png->size() < largePng) {
-        begin(base64(*png));
-        return;
-    }
-    QThreadPool::globalInstance()->start([png = *png, begin, &time = m_ports.time] {
-        const QString image = base64(png);
-        time.async([begin, image] { begin(image); });
+    m_isPreparing = true;
+    const auto press = std::make_shared<const Press>(Press{m_ports, m_actions, m_ports.manager.savedScript(), this});
+    m_ports.pictureQueue.async([press, makePng = m_actions.picture()] {
+        const std::optional<QByteArray> png = makePng();
+        std::optional<QString> image;
+        if (png && !png->isEmpty())
+            image = QString::fromLatin1(png->toBase64());
+        press->ports.time.async([press, image = std::move(image)] { begin(*press, image); });
     });
 }
 
-void UploadFlow::complete(const Ports &ports, const ShowToast &showToast, const UploadScriptRunResult &result,
-                          const QPointer<UploadFlow> &self) {
-    if (result.url) {
-        ports.pasteboard.clearContents();
-        ports.pasteboard.setString(*result.url);
+void UploadFlow::begin(const Press &press, const std::optional<QString> &imageBase64) {
+    UploadFlow *const flow = press.flow;
+    if (flow)
+        flow->m_isPreparing = false;
+    if (!imageBase64) {
+        press.actions.showToast(QStringLiteral("Couldn't prepare the image for upload"), QLatin1String(failureSymbol));
+        if (flow)
+            Q_EMIT flow->preparationFailed();
+        return;
     }
-    if (self)
-        self->finish(result);
+    if (flow) {
+        if (press.actions.stopCountdown)
+            press.actions.stopCountdown();
+        flow->setUploadState(UploadButtonState::uploading);
+    }
+    press.actions.run(press.script, *imageBase64, press.actions.uploadFileName(), uploadTimeout,
+                      [press](const UploadScriptRunResult &result) { complete(press, result); });
+}
+
+void UploadFlow::complete(const Press &press, const UploadScriptRunResult &result) {
+    if (result.url) {
+        press.ports.pasteboard.clearContents();
+        press.ports.pasteboard.setString(*result.url);
+    }
+    if (press.flow)
+        press.flow->finish(result);
     const QString message = result.url     ? QStringLiteral("Uploaded — link copied")
                             : result.error ? userMessage(*result.error)
                                            : QStringLiteral("Upload failed");
     const auto symbol = QLatin1String(result.url ? doneSymbol : failureSymbol);
-    ports.time.async([showToast, message, symbol] { showToast(message, symbol); });
+    press.ports.time.async([showToast = press.actions.showToast, message, symbol] { showToast(message, symbol); });
 }
 
 void UploadFlow::finish(const UploadScriptRunResult &result) {

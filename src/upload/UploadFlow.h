@@ -16,12 +16,13 @@ namespace tavrine {
 
 class CustomUploadManager;
 class Pasteboard;
+class SerialQueue;
 class Time;
 
 /// One upload button, on a preview card or in an editor: a press, the run of the script, and the link on the
 /// pasteboard. Belongs to its view; main thread.
 ///
-///  1. At most one run is under way; a press during it does nothing.
+///  1. At most one run is under way; a press during it, or while its picture is made ready, does nothing.
 ///  2. Whoever pressed gets the answer: a run outlives its view, and its link reaches the pasteboard all the same.
 class UploadFlow final : public QObject {
     Q_OBJECT
@@ -38,11 +39,14 @@ public:
         CustomUploadManager &manager;
         Pasteboard &pasteboard;
         Time &time;
+        SerialQueue &pictureQueue; ///< a picture of a large screen takes a fifth of a second to become a PNG
     };
+    using PngMaker = std::function<std::optional<QByteArray>()>;
     using ShowToast = std::function<void(const QString &message, const QString &icon)>;
     struct Actions {
-        /// The picture as it is now, as a PNG; none when it has no such form.
-        std::function<std::optional<QByteArray>()> png;
+        /// Takes the picture as it is now. What it returns is called once, on the queue of the pictures: the PNG, or
+        /// none when the picture has no such form.
+        std::function<PngMaker()> picture;
         UploadRunner run;
         std::function<QString()> uploadFileName;
         /// Kept as long as a run: they may be called after the view is gone.
@@ -56,6 +60,8 @@ public:
     UploadFlow(Ports ports, Actions actions, QObject *parent = nullptr);
 
     [[nodiscard]] UploadButtonState uploadState() const { return m_uploadState; }
+    /// From a press until its run has ended, or its picture turned out to have no PNG.
+    [[nodiscard]] bool isBusy() const { return m_isPreparing || m_uploadState == UploadButtonState::uploading; }
     [[nodiscard]] QString buttonTitle() const;
     [[nodiscard]] QString buttonSymbol() const;
 
@@ -65,15 +71,20 @@ public:
 Q_SIGNALS:
     /// A view may animate what follows.
     void uploadStateChanged();
+    /// There was no PNG; nothing has been run and the state is the one before the press.
+    void preparationFailed();
 
 private:
-    static void complete(const Ports &ports, const ShowToast &showToast, const UploadScriptRunResult &result,
-                         const QPointer<UploadFlow> &self);
+    struct Press;
+
+    static void begin(const Press &press, const std::optional<QString> &imageBase64);
+    static void complete(const Press &press, const UploadScriptRunResult &result);
     void finish(const UploadScriptRunResult &result);
     void setUploadState(UploadButtonState state);
 
     Ports m_ports;
     Actions m_actions;
+    bool m_isPreparing = false;
     UploadButtonState m_uploadState = UploadButtonState::idle;
 };
 

@@ -135,6 +135,29 @@ TEST_F(ColorPicker, anAnswerAfterTheTimeoutIsCopiedAllTheSame) {
     EXPECT_EQ(toasts.size(), 1U);
 }
 
+TEST_F(ColorPicker, theAnswerOfAReplacedMagnifierLeavesTheNextPickUnderWay) {
+    picker->pickColor();
+    time.advance(30s);
+    picker->pickColor(); // ends the first magnifier, which was still there
+    time.runPending();
+    EXPECT_TRUE(picker->isPicking());
+    EXPECT_EQ(samplers.heldCount(), 1);
+    EXPECT_EQ(printedBy([&] { picker->pickColor(); }), "DEBUG: Color picker already active, ignoring\n");
+    EXPECT_EQ(printedBy([&] { time.advance(29'999ms); }), "");
+    EXPECT_EQ(printedBy([&] { time.advance(1ms); }), "DEBUG: Color picker timeout - resetting state\n");
+}
+
+TEST_F(ColorPicker, aLateColourIsCopiedWhileTheNextPickGoesOn) {
+    picker->pickColor();
+    time.advance(30s);
+    samplers.take(Qt::white);
+    picker->pickColor(); // before the answer arrives
+    time.runPending();
+    EXPECT_EQ(pasteboard.string(), QStringLiteral("#FFFFFF"));
+    EXPECT_TRUE(picker->isPicking());
+    EXPECT_TRUE(samplers.isShown());
+}
+
 TEST_F(ColorPicker, anAnswerEndsTheTimeout) {
     pick(Qt::white);
     time.advance(20s);

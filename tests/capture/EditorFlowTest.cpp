@@ -91,6 +91,13 @@ TEST_F(EditorFlowTest, withTheMouseOnNoScreenTheMainOneCounts) {
     EXPECT_EQ(made[0].frame.center(), QPointF(1440 + 960, 40 + 520));
 }
 
+TEST_F(EditorFlowTest, aScreenWhoseFreePartIsNoNumberCountsWhole) {
+    constexpr double none = std::numeric_limits<double>::quiet_NaN();
+    screens.setScreens({{1, {}, {0, 0, 1440, 900}, {none, 0, none, 876}, 1.0}});
+    openDirectly();
+    EXPECT_EQ(made[0].frame, QRectF(720 - 450, 450 - 300, 900, 600));
+}
+
 TEST_F(EditorFlowTest, withoutAnyScreenItStandsAtTheOrigin) {
     screens.setScreens({});
     openDirectly();

@@ -181,6 +181,20 @@ TEST_F(EditorModelTest, croppingBurnsTheAnnotationsIn) {
     EXPECT_TRUE(model->crop().isEmpty());
 }
 
+TEST_F(EditorModelTest, whatIsShownInCropModeIsFlattenedOnceUntilAnAnnotationGoes) {
+    draw();
+    draw();
+    model->toggleCropping();
+    const QImage shown = model->flattenedImage();
+    EXPECT_EQ(model->flattenedImage().cacheKey(), shown.cacheKey());
+    model->undo();
+    model->undo();
+    EXPECT_EQ(model->flattenedImage(), picture(400, 200));
+    model->cancelCrop();
+    draw();
+    EXPECT_EQ(model->flattenedImage().pixel(200, 20), shown.pixel(200, 20));
+}
+
 TEST_F(EditorModelTest, aSecondCropWorksOnWhatTheFirstLeft) {
     select(0, 0, 0.5, 0.5);
     model->applyCrop();
@@ -191,10 +205,10 @@ TEST_F(EditorModelTest, aSecondCropWorksOnWhatTheFirstLeft) {
 }
 
 TEST_F(EditorModelTest, aHundredthOfANarrowPictureIsTooSmallAndEndsTheModeOnly) {
-    make(picture(200, 200)); // two pixels: not more than 2.0
+    make(picture(299, 400)); // two whole pixels
     select(0.5, 0.5, 0.5, 0.5);
     model->applyCrop();
-    EXPECT_EQ(model->shownImage().size(), QSize(200, 200));
+    EXPECT_EQ(model->shownImage().size(), QSize(299, 400));
     EXPECT_FALSE(model->hasUnsavedChanges());
     EXPECT_FALSE(model->isCropping());
     EXPECT_TRUE(model->crop().isEmpty());
@@ -419,6 +433,7 @@ TEST_F(EditorModelTest, theSavePanelStandsInTheFolderThatIsMadeForIt) {
     EXPECT_EQ(panel.title, str("Save Snip"));
     EXPECT_EQ(panel.directory, documents + str("/tavrine"));
     EXPECT_TRUE(QDir(panel.directory).exists());
+    EXPECT_EQ(QFile::permissions(panel.directory) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
     EXPECT_EQ(panel.fileName, EditorModel::saveFileName(time.now(), QLocale(), QTimeZone::systemTimeZone()));
     EXPECT_TRUE(panel.filter.contains(str("*.png")));
 }

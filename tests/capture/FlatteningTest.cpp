@@ -116,17 +116,20 @@ TEST(Cropping, theWholeIsTheWhole) {
     EXPECT_EQ(cropImage(base(), {0, 0, 1, 1}), base());
 }
 
-TEST(Cropping, aPartOfTwoPixelsIsTooSmallAndALittleMoreIsNot) {
+TEST(Cropping, aPartOfTwoWholePixelsIsTooSmallAndOneOfThreeIsNot) {
     const QImage picture = base({200, 200});
     EXPECT_FALSE(cropImage(picture, {0, 0, 0.01, 0.5}));
     EXPECT_FALSE(cropImage(picture, {0, 0, 0.5, 0.01}));
-    EXPECT_TRUE(cropImage(picture, {0, 0, 0.0101, 0.5}));
-    EXPECT_TRUE(cropImage(base({201, 201}), {0, 0, 0.01, 0.01}));
+    EXPECT_FALSE(cropImage(picture, {0, 0, 0.0149, 0.5}));
+    EXPECT_EQ(cropImage(picture, {0, 0, 0.015, 0.5})->size(), QSize(3, 100));
 }
 
-TEST(Cropping, aHundredthOfAPictureOfThreeHundredPixelsIsThreePixels) {
-    EXPECT_EQ(cropImage(base({300, 300}), {0.5, 0.5, 0.01, 0.01})->size(), QSize(3, 3));
-    EXPECT_FALSE(cropImage(base({199, 300}), {0.5, 0.5, 0.01, 0.01}));
+TEST(Cropping, aHundredthOfAPictureNarrowerThanThreeHundredPixelsIsTooSmall) {
+    for (const double corner : {0.0, 0.3, 0.5, 0.99}) {
+        EXPECT_EQ(cropImage(base({300, 300}), {corner, corner, 0.01, 0.01})->size(), QSize(3, 3)) << corner;
+        EXPECT_FALSE(cropImage(base({299, 300}), {corner, corner, 0.01, 0.01})) << corner;
+        EXPECT_FALSE(cropImage(base({300, 299}), {corner, corner, 0.01, 0.01})) << corner;
+    }
 }
 
 TEST(Cropping, aPictureOfTwoPixelsAPointBecomesTwiceAsLargeInPoints) {

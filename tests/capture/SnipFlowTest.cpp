@@ -94,7 +94,7 @@ TEST_F(SnipFlowTest, aNewCaptureReplacesTheCardAtOnceAndStartsItsTimeAnew) {
     EXPECT_TRUE(flow->isPreviewShown());
 }
 
-TEST_F(SnipFlowTest, newDismissesTheCardFirstAndStartsTheToolATwentiethLater) {
+TEST_F(SnipFlowTest, newDismissesTheCardFirstAndStartsTheToolAFifthOfASecondLater) {
     show();
     card().pressNew();
     EXPECT_FALSE(flow->isPreviewShown());

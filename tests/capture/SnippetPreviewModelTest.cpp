@@ -186,6 +186,16 @@ TEST_F(SnippetPreviewModelTest, aSecondPressDuringAnUploadIsNothingAndOneAfterAF
     EXPECT_THAT(events, ElementsAre(text("upload"), text("upload")));
 }
 
+TEST_F(SnippetPreviewModelTest, aSecondPressBeforeThePictureIsReadyIsNothingAndOneAfterItFailedIsAnother) {
+    configureUpload();
+    model->pressUpload();
+    model->pressUpload();
+    EXPECT_THAT(events, ElementsAre(text("upload")));
+    model->setUploadState(UploadButtonState::idle); // there was no picture
+    model->pressUpload();
+    EXPECT_THAT(events, ElementsAre(text("upload"), text("upload")));
+}
+
 TEST_F(SnippetPreviewModelTest, theOtherButtonsDoWhatTheySay) {
     model->pressNew();
     model->pressEdit();

@@ -1,7 +1,10 @@
 #include "upload/UploadFlow.h"
 
 #include "adapters/fake/FakePasteboard.h"
+#include "base/SerialQueue.h"
 #include "upload/UploadFixture.h"
+
+#include <QThread>
 
 namespace tavrine::test {
 namespace {
@@ -22,16 +25,20 @@ protected:
     std::vector<Toast> toasts;
     QStringList events; ///< what happened, in order
     std::unique_ptr<UploadFlow> flow;
+    SerialQueue pictureQueue{QStringLiteral("com.tavrine.upload")};
+    QThread *pngThread = nullptr; ///< on which it was made
 
     void SetUp() override { makeManagerWith(script); }
 
     UploadFlow::Actions editorActions() {
         return {
-            .png =
-                [this] {
-                    events << QStringLiteral("png");
-                    return png;
-                },
+            .picture = [this]() -> UploadFlow::PngMaker {
+                events << QStringLiteral("picture");
+                return [this, taken = png] {
+                    pngThread = QThread::currentThread();
+                    return taken;
+                };
+            },
             .run =
                 [this, run = runner()](const auto &...arguments) {
                     events << QStringLiteral("run");
@@ -41,7 +48,8 @@ protected:
             .showToast = [this](const QString &message, const QString &icon) { toasts.emplace_back(message, icon); }};
     }
     UploadFlow &makeFlow(UploadFlow::Actions actions) {
-        flow = std::make_unique<UploadFlow>(UploadFlow::Ports{*manager, pasteboard, time}, std::move(actions));
+        flow = std::make_unique<UploadFlow>(UploadFlow::Ports{*manager, pasteboard, time, pictureQueue},
+                                            std::move(actions));
         QObject::connect(flow.get(), &UploadFlow::uploadStateChanged, flow.get(), [this] {
             events << QStringList{QStringLiteral("idle"), QStringLiteral("uploading"),
                                   QStringLiteral("done")}[int(flow->uploadState())];
@@ -55,6 +63,16 @@ protected:
         actions.onDismiss = [this] { events << QStringLiteral("dismiss"); };
         return makeFlow(std::move(actions));
     }
+    /// The press, and all that follows without the engine.
+    void upload() {
+        flow->upload();
+        prepare();
+    }
+    /// Lets the picture become a PNG and its news come.
+    void prepare() {
+        pictureQueue.sync([] {});
+        time.runPending();
+    }
     void succeed() { runs.back().completion({.url = url}); }
     void fail(const std::optional<UploadScriptError> &error) { runs.back().completion({.error = error}); }
 };
@@ -63,7 +81,7 @@ TEST_F(Upload, theButtonTellsItsState) {
     makeEditor();
     EXPECT_EQ(flow->buttonTitle(), QStringLiteral("Upload"));
     EXPECT_EQ(flow->buttonSymbol(), QStringLiteral("icloud.and.arrow.up"));
-    flow->upload();
+    upload();
     EXPECT_EQ(flow->buttonTitle(), QStringLiteral("Uploading"));
     EXPECT_EQ(flow->buttonSymbol(), QStringLiteral("icloud.and.arrow.up"));
     succeed();
@@ -78,13 +96,15 @@ TEST_F(Upload, theStatesHaveTheirNumbers) {
 }
 
 TEST_F(Upload, theStepsOfACardFollowInOrder) {
-    makeCard().upload();
-    EXPECT_EQ(events, QStringList({QStringLiteral("png"), QStringLiteral("stop"), QStringLiteral("uploading"),
+    makeCard();
+    upload();
+    EXPECT_EQ(events, QStringList({QStringLiteral("picture"), QStringLiteral("stop"), QStringLiteral("uploading"),
                                    QStringLiteral("run")}));
 }
 
 TEST_F(Upload, theScriptThePictureAndTheNameGoToTheEngine) {
-    makeEditor().upload();
+    makeEditor();
+    upload();
     ASSERT_EQ(runs.size(), 1U);
     EXPECT_EQ(runs[0].script, script);
     EXPECT_EQ(QByteArray::fromBase64(runs[0].imageBase64.toLatin1()), *png);
@@ -92,24 +112,43 @@ TEST_F(Upload, theScriptThePictureAndTheNameGoToTheEngine) {
     EXPECT_EQ(runs[0].timeout, Seconds(30.0));
 }
 
-TEST_F(Upload, aLargePictureGoesWholeAndWithoutLineBreaksInTheSameOrder) {
+TEST_F(Upload, aLargePictureGoesWholeAndWithoutLineBreaks) {
     png = QByteArray(3 * 1024 * 1024 + 1, 'p');
-    makeCard().upload();
-    EXPECT_EQ(flow->uploadState(), State::uploading);
-    EXPECT_TRUE(runs.empty());
-    ASSERT_TRUE(happens([&] { return !runs.empty(); }));
-    EXPECT_EQ(events, QStringList({QStringLiteral("png"), QStringLiteral("stop"), QStringLiteral("uploading"),
-                                   QStringLiteral("run")}));
-    EXPECT_EQ(runs[0].imageBase64, QString::fromLatin1(png->toBase64()));
+    makeCard();
+    upload();
+    EXPECT_EQ(runs.at(0).imageBase64, QString::fromLatin1(png->toBase64()));
     EXPECT_FALSE(runs[0].imageBase64.contains(QLatin1Char('\n')));
 }
 
-TEST_F(Upload, aLargePictureIsUploadedThoughItsCardIsClosedMeanwhile) {
-    png = QByteArray(3 * 1024 * 1024, 'p');
+TEST_F(Upload, thePictureIsTakenAtThePressAndBecomesAPngBesideTheMainThread) {
+    makeCard().upload();
+    EXPECT_EQ(events, QStringList{QStringLiteral("picture")});
+    png = QByteArray("another picture");
+    EXPECT_TRUE(flow->isBusy());
+    EXPECT_EQ(flow->uploadState(), State::idle);
+    prepare();
+    EXPECT_EQ(QByteArray::fromBase64(runs.at(0).imageBase64.toLatin1()).left(4), "\x89PNG");
+    EXPECT_TRUE(pngThread && pngThread != QThread::currentThread());
+}
+
+TEST_F(Upload, aSecondPressBeforeThePictureIsReadyDoesNothing) {
+    makeCard().upload();
+    flow->upload();
+    prepare();
+    EXPECT_EQ(runs.size(), 1U);
+    EXPECT_EQ(events.count(QStringLiteral("picture")), 1);
+}
+
+TEST_F(Upload, aPictureIsUploadedThoughItsCardIsClosedBeforeItIsReady) {
     makeCard().upload();
     flow.reset();
-    ASSERT_TRUE(happens([&] { return !runs.empty(); }));
+    events.clear();
+    prepare();
+    ASSERT_EQ(runs.size(), 1U);
     EXPECT_EQ(runs[0].script, script);
+    EXPECT_EQ(events, QStringList{QStringLiteral("run")}); // no countdown of another card is stopped
+    succeed();
+    EXPECT_EQ(pasteboard.string(), url);
 }
 
 TEST_F(Upload, aPictureWithoutAPngIsToldAndChangesNothing) {
@@ -117,18 +156,23 @@ TEST_F(Upload, aPictureWithoutAPngIsToldAndChangesNothing) {
         png = none;
         events.clear();
         toasts.clear();
-        makeCard().upload();
-        time.runPending();
-        EXPECT_EQ(events, QStringList{QStringLiteral("png")}); // the countdown goes on
+        makeCard();
+        int failures = 0;
+        QObject::connect(flow.get(), &UploadFlow::preparationFailed, [&failures] { ++failures; });
+        upload();
+        EXPECT_EQ(events, QStringList{QStringLiteral("picture")}); // the countdown goes on
         EXPECT_EQ(flow->uploadState(), State::idle);
+        EXPECT_FALSE(flow->isBusy());
+        EXPECT_EQ(failures, 1);
         EXPECT_EQ(toasts, std::vector<Toast>({{QStringLiteral("Couldn't prepare the image for upload"), warning}}));
     }
 }
 
 TEST_F(Upload, aSecondPressDuringAnUploadDoesNothing) {
-    makeCard().upload();
+    makeCard();
+    upload();
     events.clear();
-    flow->upload();
+    upload();
     EXPECT_TRUE(events.isEmpty());
     EXPECT_EQ(runs.size(), 1U);
 }
@@ -136,7 +180,8 @@ TEST_F(Upload, aSecondPressDuringAnUploadDoesNothing) {
 TEST_F(Upload, theLinkReplacesWhatIsOnThePasteboard) {
     pasteboard.copyFromOutside(QStringLiteral("before"));
     const int before = pasteboard.changeCount();
-    makeEditor().upload();
+    makeEditor();
+    upload();
     EXPECT_EQ(pasteboard.string(), QStringLiteral("before"));
     succeed();
     EXPECT_EQ(pasteboard.string(), url);
@@ -144,7 +189,8 @@ TEST_F(Upload, theLinkReplacesWhatIsOnThePasteboard) {
 }
 
 TEST_F(Upload, theToastComesInALaterTurn) {
-    makeEditor().upload();
+    makeEditor();
+    upload();
     succeed();
     EXPECT_TRUE(toasts.empty());
     time.runPending();
@@ -153,7 +199,8 @@ TEST_F(Upload, theToastComesInALaterTurn) {
 }
 
 TEST_F(Upload, aCardGoesEightTenthsOfASecondAfterTheLink) {
-    makeCard().upload();
+    makeCard();
+    upload();
     succeed();
     EXPECT_EQ(flow->uploadState(), State::done);
     events.clear();
@@ -166,7 +213,8 @@ TEST_F(Upload, aCardGoesEightTenthsOfASecondAfterTheLink) {
 }
 
 TEST_F(Upload, anEditorsButtonReturnsTwoSecondsAfterTheLink) {
-    makeEditor().upload();
+    makeEditor();
+    upload();
     succeed();
     time.advance(1999ms);
     EXPECT_EQ(flow->uploadState(), State::done);
@@ -175,18 +223,20 @@ TEST_F(Upload, anEditorsButtonReturnsTwoSecondsAfterTheLink) {
 }
 
 TEST_F(Upload, aNewUploadInAnEditorKeepsItsButton) {
-    makeEditor().upload();
+    makeEditor();
+    upload();
     succeed();
     time.advance(1s);
-    flow->upload();
+    upload();
     time.advance(1s);
     EXPECT_EQ(flow->uploadState(), State::uploading);
-    flow->upload();
+    upload();
     EXPECT_EQ(runs.size(), 2U);
 }
 
 TEST_F(Upload, aFailureLeavesTheCardOpenWithItsButtonBackAndTheCountdownStopped) {
-    makeCard().upload();
+    makeCard();
+    upload();
     events.clear();
     fail(UploadScriptError::timeout(30));
     EXPECT_EQ(events, QStringList{QStringLiteral("idle")});
@@ -200,37 +250,40 @@ TEST_F(Upload, aFailureLeavesTheCardOpenWithItsButtonBackAndTheCountdownStopped)
 TEST_F(Upload, aFailureLeavesThePasteboardAlone) {
     pasteboard.copyFromOutside(QStringLiteral("before"));
     const int before = pasteboard.changeCount();
-    makeEditor().upload();
+    makeEditor();
+    upload();
     fail(UploadScriptError::missingFunction());
     EXPECT_EQ(pasteboard.string(), QStringLiteral("before"));
     EXPECT_EQ(pasteboard.changeCount(), before);
 }
 
 TEST_F(Upload, aFailureWithoutAReasonIsStillTold) {
-    makeEditor().upload();
+    makeEditor();
+    upload();
     fail(std::nullopt);
     time.runPending();
     EXPECT_EQ(toasts, std::vector<Toast>({{QStringLiteral("Upload failed"), warning}}));
 }
 
 TEST_F(Upload, afterAFailureItCanBeTriedAgain) {
-    makeCard().upload();
+    makeCard();
+    upload();
     fail(UploadScriptError::runtimeError(QStringLiteral("Error: boom")));
-    flow->upload();
+    upload();
     EXPECT_EQ(runs.size(), 2U);
     EXPECT_EQ(flow->uploadState(), State::uploading);
 }
 
 TEST_F(Upload, theScriptIsTheOneOfThePress) {
-    png = QByteArray(3 * 1024 * 1024, 'p');
     makeEditor().upload();
     manager->setScript(QStringLiteral("another"));
-    ASSERT_TRUE(happens([&] { return !runs.empty(); }));
-    EXPECT_EQ(runs[0].script, script);
+    prepare();
+    EXPECT_EQ(runs.at(0).script, script);
 }
 
 TEST_F(Upload, aClosedViewStillGetsItsLinkOntoThePasteboard) {
-    makeCard().upload();
+    makeCard();
+    upload();
     flow.reset();
     events.clear();
     succeed();
@@ -241,7 +294,8 @@ TEST_F(Upload, aClosedViewStillGetsItsLinkOntoThePasteboard) {
 }
 
 TEST_F(Upload, aCardClosedAfterTheLinkIsNotDismissedAgain) {
-    makeCard().upload();
+    makeCard();
+    upload();
     succeed();
     flow.reset();
     events.clear();
