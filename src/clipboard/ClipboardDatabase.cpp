@@ -4,12 +4,14 @@
 #include "base/Uuid.h"
 #include "clipboard/ClipboardDatabaseSql.h"
 #include "clipboard/FastLike.h"
+#include "clipboard/LikePattern.h"
 #include "clipboard/Statement.h"
 
 #include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
 #include <fcntl.h>
@@ -23,6 +25,8 @@ namespace {
 constexpr int busyTimeoutMs = 1000;
 // Keeps a DELETE under the 999 parameters that an SQLite may be limited to.
 constexpr qsizetype idsPerDelete = 500;
+/// The part of the rows from which on a search reads by date. Measured at a million rows.
+constexpr double manyMatches = 0.05;
 constexpr Seconds shortestLookAhead{60};
 constexpr Seconds longestLookAhead{3600};
 
@@ -38,6 +42,7 @@ void makePrivateFile(const QByteArray &path) {
 /// The row that `statement` stands on. A row whose id is no UUID gets a fresh one, so that no update or delete of the
 /// item reaches it.
 RecentRows::Row row(const Statement &statement) {
+    const bool hasTextualContent = statement.isText(1); // reading it makes a text of anything
     const QString id = statement.requiredText(0);
     const std::optional<QUuid> uuid = uuidFromString(id);
     RecentRows::Row row;
@@ -47,8 +52,8 @@ RecentRows::Row row(const Statement &statement) {
     row.item.date = Date{statement.real(2)};
     row.item.isPinned = statement.flag(3);
     row.item.isSaved = statement.flag(4);
-    row.isOrdinary =
-        uuid && uuidString(*uuid) == id && statement.isReal(2) && statement.isPlainFlag(3) && statement.isPlainFlag(4);
+    row.isOrdinary = uuid && uuidString(*uuid) == id && hasTextualContent && statement.isReal(2) &&
+                     statement.isPlainFlag(3) && statement.isPlainFlag(4);
     return row;
 }
 
@@ -173,6 +178,8 @@ std::vector<ClipboardItem> ClipboardDatabase::loadByStatement(std::optional<Date
     const qint64 wanted = saturatedSum(limit, protectedCount);
     std::vector<RecentRows::Row> rows;
     std::optional<ChangeStamp> stamp;
+    // The newest rows come first by their date; what SQLite picks for this statement sorts the whole table.
+    const auto reader = PlannedReader::open(m_db, PlannedReader::Order::byDate);
     const auto runOn = [&](sqlite3 *db, qint64 rowLimit) {
         rows.clear();
         Statement statement(db, QByteArray(sql::protectedAndUnprotected) + (since ? " AND date > ?" : "") +
@@ -186,12 +193,11 @@ std::vector<ClipboardItem> ClipboardDatabase::loadByStatement(std::optional<Date
         Statement::Step step = statement.step();
         // While the statement stands on a row it holds its lock, and nobody can write between the rows and the stamp.
         stamp = step == Statement::Step::row ? ChangeStamp::read(m_db) : std::nullopt;
+        m_hasOnlyPlainFlags = stamp && reader && reader->hasOnlyPlainFlags();
         for (; step == Statement::Step::row; step = statement.step())
             rows.push_back(row(statement));
         return step == Statement::Step::done;
     };
-    // The newest rows come first by their date; what SQLite picks for this statement sorts the whole table.
-    const auto reader = PlannedReader::open(m_db, PlannedReader::Order::byDate);
     const auto run = [&](qint64 rowLimit) {
         if (reader && runOn(reader->db(), rowLimit))
             return true;
@@ -238,17 +244,44 @@ std::optional<std::vector<ClipboardItem>> ClipboardDatabase::searchOn(sqlite3 *d
     return found;
 }
 
+RecentRows::Found ClipboardDatabase::searchRecent(const QString &query, qint64 limit) {
+    const QByteArray pattern = sql::containsPattern(query).toUtf8();
+    if (!isRecentCurrent() || !m_hasOnlyPlainFlags ||
+        pattern.size() > sqlite3_limit(m_db, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, -1))
+        return {};
+    const LikePattern like(pattern.constData(), U'\\');
+    return m_recent.search(
+        [&like](const ClipboardItem &item) -> std::optional<bool> {
+            if (item.content.contains(QChar::ReplacementCharacter))
+                return std::nullopt; // may stand for bytes that mean something else to LIKE
+            const QByteArray content = item.content.toUtf8();
+            const bool isMatch = like.matches(std::string_view(content.constData(), std::strlen(content.constData())));
+            if (isMatch && item.imageFileName && item.content == contentOrImage(QString(), item.imageFileName))
+                return std::nullopt; // the row may hold the empty text that reads so
+            return isMatch;
+        },
+        limit);
+}
+
 std::vector<ClipboardItem> ClipboardDatabase::search(const QString &query, qint64 limit) {
     return m_queue.sync([&] {
-        // Every row has to be looked at, for which its place in the table is the best order.
-        if (!m_searcher || !m_searcher->isInPlace())
-            m_searcher = PlannedReader::open(m_db, PlannedReader::Order::ofTheTable);
-        if (m_searcher) {
-            auto found = searchOn(m_searcher->db(), query, limit, m_searcher.get());
-            m_searcher->releasePages();
+        (void)Statement::checkedInt(limit); // a limit that would end the process in the statement does so here
+        RecentRows::Found recent = searchRecent(query, limit);
+        if (recent.items)
+            return *std::move(recent.items);
+        // Every row has to be looked at, for which its place in the table is the best order. But then each match is
+        // newer than those before it, and displaces one of them: where there are many, newest first costs less.
+        const bool areMany = !recent.share || *recent.share > manyMatches;
+        auto &searcher = areMany ? m_dateSearcher : m_tableSearcher;
+        if (!searcher || !searcher->isInPlace())
+            searcher =
+                PlannedReader::open(m_db, areMany ? PlannedReader::Order::byDate : PlannedReader::Order::ofTheTable);
+        if (searcher) {
+            auto found = searchOn(searcher->db(), query, limit, searcher.get());
+            searcher->releasePages();
             if (found)
                 return *std::move(found);
-            m_searcher.reset();
+            searcher.reset();
         }
         return searchOn(m_db, query, limit, nullptr).value_or(std::vector<ClipboardItem>());
     });

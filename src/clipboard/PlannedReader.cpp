@@ -1,6 +1,7 @@
 #include "clipboard/PlannedReader.h"
 
 #include "clipboard/FastLike.h"
+#include "clipboard/Statement.h"
 
 #include <sqlite3.h>
 
@@ -14,6 +15,14 @@ constexpr auto inTableOrder = "CREATE TEMP VIEW items AS "
 constexpr auto byDate =
     "CREATE TEMP VIEW items AS "
     "SELECT id,content,date,is_pinned,is_saved,image_file_name FROM main.items INDEXED BY idx_date;";
+
+// A look at each end of the flags' indexes, and between the two values.
+constexpr auto oddFlags = "SELECT 1 WHERE EXISTS(SELECT 1 FROM main.items WHERE is_saved<0) "
+                          "OR EXISTS(SELECT 1 FROM main.items WHERE is_saved>1) "
+                          "OR EXISTS(SELECT 1 FROM main.items WHERE is_saved>0 AND is_saved<1) "
+                          "OR EXISTS(SELECT 1 FROM main.items WHERE is_pinned<0) "
+                          "OR EXISTS(SELECT 1 FROM main.items WHERE is_pinned>1) "
+                          "OR EXISTS(SELECT 1 FROM main.items WHERE is_pinned>0 AND is_pinned<1);";
 
 bool hasMoved(sqlite3 *db) {
     int moved = 0;
@@ -45,6 +54,10 @@ PlannedReader::~PlannedReader() {
 
 bool PlannedReader::isInPlace() const {
     return !hasMoved(m_db);
+}
+
+bool PlannedReader::hasOnlyPlainFlags() const {
+    return Statement(m_db, oddFlags).step() == Statement::Step::done;
 }
 
 void PlannedReader::releasePages() {

@@ -34,6 +34,8 @@ public:
     /// Gives the pages back that the last statement read.
     void releasePages();
 
+    /// True when every row's flags are 0 or 1, as they are written here; another program may have written others.
+    [[nodiscard]] bool hasOnlyPlainFlags() const;
     /// True when the last statement failed because another program holds the file: the main connection would wait again
     /// for nothing.
     [[nodiscard]] bool isBusy() const;

@@ -67,6 +67,41 @@ std::optional<std::vector<ClipboardItem>> RecentRows::answer(std::optional<Date>
     return items;
 }
 
+RecentRows::Found RecentRows::search(const std::function<std::optional<bool>(const ClipboardItem &)> &matches,
+                                     qint64 limit) const {
+    if (!m_isWarm || limit < 0 || m_textLength > maximumTextLength)
+        return {};
+    const auto wanted = static_cast<std::size_t>(limit);
+    std::vector<ClipboardItem> items;
+    std::size_t seen = 0;
+    std::size_t matching = 0;
+    const auto look = [&](const ClipboardItem &item) {
+        const std::optional<bool> isMatch = matches(item);
+        if (!isMatch)
+            return false;
+        ++seen;
+        matching += *isMatch ? 1U : 0U;
+        if (*isMatch && items.size() < wanted)
+            items.push_back(item);
+        return true;
+    };
+    for (const ClipboardItem &item : m_protected)
+        if (!look(item))
+            return {};
+    for (const ClipboardItem &item : m_unprotected) {
+        if (items.size() == wanted)
+            break;
+        if (!look(item))
+            return {};
+    }
+    Found found;
+    if (seen > 0)
+        found.share = static_cast<double>(matching) / static_cast<double>(seen);
+    if (items.size() == wanted || !m_floor) // whatever lies below the floor comes after all of these
+        found.items = std::move(items);
+    return found;
+}
+
 bool RecentRows::isNothingToPrune(qint64 mediaCount, std::optional<Date> before,
                                   std::optional<qint64> keepNewest) const {
     if (!m_isWarm)

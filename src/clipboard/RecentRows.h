@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -24,15 +25,16 @@ namespace tavrine {
 ///     equal dates is SQLite's to choose. An unprotected pair raises the floor to its date, a protected pair makes it
 ///     cold.
 ///  4. Every row in it reads the same each time, and is reached by its item's id: the id is a UUID in the form that is
-///     written here, both flags are 0 or 1, the date is a number. Rows that other programs wrote otherwise are left
-///     below the floor, or keep it cold when they are protected.
+///     written here, its content is a text, both flags are 0 or 1, the date is a number. Rows that other programs wrote
+///     otherwise are left below the floor, or keep it cold when they are protected.
 ///  5. No unprotected row with a file is older than the media floor, if there is one.
 ///  6. An answer that it gives is the one that the statement would give. What it cannot prove it declines.
 ///  7. Unprotected rows that nobody asked for are dropped, the oldest first, beyond `maximumRows` rows or beyond
 ///     `maximumTextLength` characters.
 class RecentRows {
 public:
-    static constexpr std::size_t maximumRows = 400;
+    /// Enough that a search for what every third row has is answered here.
+    static constexpr std::size_t maximumRows = 1500;
     /// Beyond it only the rows that were asked for last stay, which share their text with the history in memory.
     static constexpr qsizetype maximumTextLength = 1'000'000;
 
@@ -52,6 +54,14 @@ public:
     /// Every protected row, then at most `limit` of the unprotected rows after `since`.
     [[nodiscard]] std::optional<std::vector<ClipboardItem>> answer(std::optional<Date> since, qint64 limit);
     [[nodiscard]] std::size_t protectedCount() const { return m_protected.size(); }
+
+    struct Found {
+        std::optional<std::vector<ClipboardItem>> items; ///< in the statement's order; absent when rows may be missing
+        std::optional<double> share;                     ///< of the rows here that match; absent when there are none
+    };
+    /// At most `limit` of the rows that match. The test says nothing where it cannot be sure of a row, which declines.
+    [[nodiscard]] Found search(const std::function<std::optional<bool>(const ClipboardItem &)> &matches,
+                               qint64 limit) const;
 
     /// True when it is certain that no unprotected row with a file is older than `before`, or that there are no more
     /// than `keepNewest` of them (either may be absent), where `mediaCount` rows of the table have a file.

@@ -84,6 +84,10 @@ bool Statement::isReal(int column) const {
     return sqlite3_column_type(m_statement, column) == SQLITE_FLOAT;
 }
 
+bool Statement::isText(int column) const {
+    return sqlite3_column_type(m_statement, column) == SQLITE_TEXT;
+}
+
 bool Statement::isPlainFlag(int column) const {
     if (sqlite3_column_type(m_statement, column) != SQLITE_INTEGER)
         return false;

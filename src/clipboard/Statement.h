@@ -46,6 +46,7 @@ public:
     [[nodiscard]] bool flag(int column) const;
     [[nodiscard]] int integer(int column) const;
     [[nodiscard]] bool isReal(int column) const;
+    [[nodiscard]] bool isText(int column) const;
     /// True when the column holds the integer 0 or 1 and nothing that merely reads as one.
     [[nodiscard]] bool isPlainFlag(int column) const;
 

@@ -4,7 +4,9 @@
 
 #include <QFontDatabase>
 #include <QFontMetricsF>
+#include <QGlyphRun>
 #include <QPainter>
+#include <QTextLayout>
 
 #include <algorithm>
 #include <array>
@@ -42,6 +44,31 @@ QStringList emojiFamilies() {
     return families;
 }
 
+/// The one glyph of a sequence as the font's own picture, which costs a sixth of drawing it as text: a colour font
+/// keeps compressed pictures, and text lays out, measures and draws, each of which unpacks the picture again. Null
+/// where the sequence is no single coloured glyph.
+QImage glyphPicture(const QString &emoji, const QFont &font, const QRawFont &raw) {
+    QList<quint32> glyphs;
+    QRawFont shaped = raw;
+    if (emoji.toUcs4().size() == 1) {
+        glyphs = raw.glyphIndexesForString(emoji);
+    } else { // joined by the font's rules
+        QTextLayout layout(emoji, font);
+        layout.beginLayout();
+        layout.createLine();
+        layout.endLayout();
+        const QList<QGlyphRun> runs = layout.glyphRuns();
+        if (runs.size() != 1)
+            return {};
+        glyphs = runs.constFirst().glyphIndexes();
+        shaped = runs.constFirst().rawFont();
+    }
+    if (glyphs.size() != 1 || glyphs.constFirst() == 0 || shaped.familyName() != raw.familyName())
+        return {};
+    QImage picture = shaped.alphaMapForGlyph(glyphs.constFirst());
+    return picture.format() == QImage::Format_ARGB32_Premultiplied ? picture : QImage(); // else it is a mere shape
+}
+
 } // namespace
 
 bool isEmojiPresentation(const QString &emoji) {
@@ -71,27 +98,40 @@ QPixmap EmojiGlyphs::picture(const QString &emoji, const QColor &textColour, qre
     return picture;
 }
 
-QPixmap EmojiGlyphs::drawn(const QString &emoji, const QColor &textColour, qreal scale) const {
+QPixmap EmojiGlyphs::drawn(const QString &emoji, const QColor &textColour, qreal scale) {
     QFont font = isEmojiPresentation(emoji) ? m_emojiFont : m_textFont;
     const QList<uint> letters = emoji.toUcs4();
     if (letters.isEmpty() || !QFontMetricsF(font).inFontUcs4(letters.front()))
         return {};
     const int side = int(std::ceil(m_side * scale));
     font.setPixelSize(std::max(1, int(side * 0.84))); // of which a colour glyph is a sixth wider
+    QPixmap picture(side, side);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
+    painter.translate(side / 2.0, side / 2.0);
+    if (isEmojiPresentation(emoji)) {
+        if (m_rawFont.pixelSize() != font.pixelSize())
+            m_rawFont = QRawFont::fromFont(font);
+        if (const QImage glyph = glyphPicture(emoji, font, m_rawFont); !glyph.isNull()) {
+            const qreal fit = std::min({1.0, qreal(side) / glyph.width(), qreal(side) / glyph.height()});
+            const QSizeF size = QSizeF(glyph.size()) * fit;
+            // On whole pixels, or every edge would be a blur.
+            painter.drawImage(QRectF(QPointF(std::floor(-size.width() / 2), std::floor(-size.height() / 2)), size),
+                              glyph);
+            painter.end();
+            picture.setDevicePixelRatio(scale);
+            return picture;
+        }
+    }
     const QFontMetricsF metrics(font);
     // What the glyph takes, not what its line does: signs sit in the middle whatever their font's ascent is.
     QRectF ink = metrics.tightBoundingRect(emoji);
     if (ink.isEmpty())
         ink = metrics.boundingRect(emoji);
     const qreal fit = std::min({1.0, side / std::max(1.0, ink.width()), side / std::max(1.0, ink.height())});
-
-    QPixmap picture(side, side);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
     painter.setFont(font);
     painter.setPen(textColour);
-    painter.translate(side / 2.0, side / 2.0);
     painter.scale(fit, fit);
     painter.drawText(-ink.center(), emoji);
     painter.end();

@@ -4,6 +4,7 @@
 #include <QColor>
 #include <QFont>
 #include <QPixmap>
+#include <QRawFont>
 #include <QString>
 
 namespace tavrine {
@@ -28,11 +29,12 @@ public:
     [[nodiscard]] qsizetype count() const { return m_pictures.size(); }
 
 private:
-    [[nodiscard]] QPixmap drawn(const QString &emoji, const QColor &textColour, qreal scale) const;
+    [[nodiscard]] QPixmap drawn(const QString &emoji, const QColor &textColour, qreal scale);
 
     int m_side;
     QFont m_emojiFont;
     QFont m_textFont;
+    QRawFont m_rawFont; ///< the first family of `m_emojiFont`, at the size that was drawn last
     QCache<QString, QPixmap> m_pictures;
 };
 

@@ -124,26 +124,26 @@ TEST_F(ClipboardDatabaseSql, theHistoryIsLoadedByTwoStatements) {
     const std::string both = std::string(columns) + "\nWHERE is_pinned=1 OR is_saved=1\nUNION ALL\n" + columns +
                              "\nWHERE is_pinned=0 AND is_saved=0";
     const std::string order = " ORDER BY is_saved DESC, is_pinned DESC, date DESC LIMIT ";
-    (void)db.loadProtectedAndRecent({}, 500);
+    (void)db.loadProtectedAndRecent({}, 5000);
     EXPECT_THAT(trace.texts, ElementsAre(countProtected, both + order + "?;"));
-    EXPECT_EQ(trace.expanded.back(), both + order + "500;");
+    EXPECT_EQ(trace.expanded.back(), both + order + "5000;");
     trace.clear();
-    (void)db.loadProtectedAndRecent(Date{2.5}, 600);
+    (void)db.loadProtectedAndRecent(Date{2.5}, 6000);
     EXPECT_THAT(trace.texts, ElementsAre(countProtected, both + " AND date > ?" + order + "?;"));
-    EXPECT_EQ(trace.expanded.back(), both + " AND date > 2.5" + order + "600;");
+    EXPECT_EQ(trace.expanded.back(), both + " AND date > 2.5" + order + "6000;");
 }
 
 TEST_F(ClipboardDatabaseSql, theProtectedRowsComeOnTopOfTheLimit) {
     db.save(flagged(item(), true, false));
     db.save(flagged(text(QStringLiteral("b"), 2), false, true));
     trace.clear();
-    (void)db.loadProtectedAndRecent({}, 1000);
-    EXPECT_THAT(trace.expanded.back(), HasSubstr("LIMIT 1002;"));
+    (void)db.loadProtectedAndRecent({}, 10000);
+    EXPECT_THAT(trace.expanded.back(), HasSubstr("LIMIT 10002;"));
 }
 
 TEST_F(ClipboardDatabaseSql, aLimitBelowWhatMemoryKeepsIsRaisedToIt) {
     (void)db.loadProtectedAndRecent({}, 200);
-    EXPECT_THAT(trace.expanded.back(), HasSubstr("LIMIT 400;"));
+    EXPECT_THAT(trace.expanded.back(), HasSubstr("LIMIT " + std::to_string(RecentRows::maximumRows) + ";"));
 }
 
 TEST_F(ClipboardDatabaseSql, aSearchEscapesWhatLikeWouldTakeForAWildcard) {

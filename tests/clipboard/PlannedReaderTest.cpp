@@ -83,17 +83,45 @@ TEST_F(PlannedReaderTest, aReaderCannotWrite) {
 }
 
 TEST_F(PlannedReaderTest, aSearchGivesWhatTheStatementGivesOnTheMainConnection) {
-    fill(400);
-    for (const char *query : {"row", "1", "7", "row 39", "nothing", "4 4"}) {
-        std::vector<std::string> expected;
-        for (const std::string &value :
-             outside.values("SELECT content FROM items WHERE content LIKE '%" + std::string(query) +
-                            "%' ESCAPE '\\' ORDER BY is_saved DESC, is_pinned DESC, date DESC LIMIT 60"))
-            expected.push_back(value);
+    fill(4000); // more than memory holds
+    for (const bool isWarm : {false, true}) {
+        if (isWarm) {
+            EXPECT_FALSE(db.loadProtectedAndRecent({}, 200).empty());
+        }
+        for (const char *query : {"row", "1", "7", "row 39", "nothing", "4 4", "3999"}) {
+            const std::string expected = "SELECT content FROM items WHERE content LIKE '%" + std::string(query) +
+                                         "%' ESCAPE '\\' ORDER BY is_saved DESC, is_pinned DESC, date DESC LIMIT 500";
+            std::vector<std::string> found;
+            for (const QString &content : contents(db.search(QLatin1String(query), 500)))
+                found.push_back(content.toStdString());
+            EXPECT_EQ(found, outside.values(expected)) << query << (isWarm ? " warm" : " cold");
+        }
+    }
+}
+
+TEST_F(PlannedReaderTest, aTextThatOnlyReadsLikeAnotherIsLeftToTheStatement) {
+    // Over-long bytes spell an "é" to LIKE, and an empty caption reads as "Image".
+    ASSERT_TRUE(
+        outside.run("INSERT INTO items VALUES('00000000-0000-4000-8000-000000000001',CAST(x'62E083A9' AS TEXT),1,"
+                    "0,0,NULL),('00000000-0000-4000-8000-000000000002','',2,0,0,'a.png'),"
+                    "('00000000-0000-4000-8000-000000000003',x'6262',3,0,0,NULL)"));
+    (void)db.loadProtectedAndRecent({}, 200);
+    EXPECT_EQ(db.search(QStringLiteral("bé"), 9).size(), 1U);
+    EXPECT_EQ(db.search(QStringLiteral("Image"), 9).size(), 0U);
+    EXPECT_EQ(db.search(QStringLiteral("bb"), 9).size(), 0U); // bytes are no text
+}
+
+TEST_F(PlannedReaderTest, rowsWithOtherFlagsThanZeroAndOneAreFoundInTheirPlace) {
+    fill(5);
+    for (const char *value : {"2", "-1", "0.5", "'text'"}) {
+        ASSERT_TRUE(outside.run(std::string("UPDATE items SET is_saved=") + value + " WHERE content LIKE 'row 3%'"));
+        (void)db.loadProtectedAndRecent({}, 200);
         std::vector<std::string> found;
-        for (const QString &content : contents(db.search(QLatin1String(query), 60)))
+        for (const QString &content : contents(db.search(QStringLiteral("row"), 3)))
             found.push_back(content.toStdString());
-        EXPECT_EQ(found, expected) << query;
+        EXPECT_EQ(found, outside.values("SELECT content FROM items ORDER BY is_saved DESC, is_pinned DESC, date DESC "
+                                        "LIMIT 3"))
+            << value;
     }
 }
 

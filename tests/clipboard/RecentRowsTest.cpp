@@ -329,6 +329,31 @@ protected:
         m_byStatement += !trace.texts.empty();
     }
 
+    /// A search, by memory or by the statement. Which of several rows of one rank comes first is SQLite's to choose.
+    void compareSearch() {
+        const std::array<const char *, 8> queries{"", "1", "7", "12", "t", "THEIRS", "mag", "%"};
+        const std::array<qint64, 5> limits{0, 1, 5, 60, 4000};
+        const char *query = queries[below(queries.size())];
+        const qint64 rowLimit = limits[below(limits.size())];
+        const std::string where =
+            std::string(" FROM items WHERE content LIKE '%") + (*query == '%' ? "\\%" : query) + "%' ESCAPE '\\'";
+        const auto fromOutside =
+            outside.values("SELECT (is_saved=1)||(is_pinned=1)||printf('%.4f',date)" + where +
+                           " ORDER BY is_saved DESC, is_pinned DESC, date DESC LIMIT " + std::to_string(rowLimit));
+        const auto ids = outside.values("SELECT id" + where);
+        trace.clear();
+        const auto found = db.search(QLatin1String(query), rowLimit);
+        m_searchedInMemory += trace.texts.empty();
+        m_searchedByStatement += !trace.texts.empty();
+        ASSERT_EQ(found.size(), fromOutside.size()) << query;
+        for (std::size_t i = 0; i < found.size(); ++i) {
+            const std::string rank = std::to_string(found[i].isSaved) + std::to_string(found[i].isPinned) +
+                                     QByteArray::number(found[i].date.secondsSince1970, 'f', 4).toStdString();
+            ASSERT_EQ(rank, fromOutside[i]) << query << ' ' << i;
+            ASSERT_EQ(std::count(ids.begin(), ids.end(), uuidString(found[i].id).toStdString()), 1) << query;
+        }
+    }
+
     void step() {
         switch (below(20)) {
         case 0:
@@ -354,6 +379,8 @@ protected:
     double m_now = 1'000'000;
     int m_fromMemory = 0;
     int m_byStatement = 0;
+    int m_searchedInMemory = 0;
+    int m_searchedByStatement = 0;
 };
 
 TEST_P(RandomOperations, giveWhatTheStatementGives) {
@@ -361,7 +388,11 @@ TEST_P(RandomOperations, giveWhatTheStatementGives) {
         step();
         if (below(3) != 0)
             compare();
+        if (below(3) == 0)
+            compareSearch();
     }
+    EXPECT_GT(m_searchedInMemory, 20);
+    EXPECT_GT(m_searchedByStatement, 5);
     EXPECT_GT(m_fromMemory, 100); // both ways were taken often
     EXPECT_GT(m_byStatement, 20);
 }
@@ -379,7 +410,10 @@ TEST_P(ManyRows, giveWhatTheStatementGivesAcrossTheEdgeOfTheWindow) {
     for (int i = 0; i < 300 && !HasFatalFailure(); ++i) {
         step();
         compare();
+        compareSearch();
     }
+    EXPECT_GT(m_searchedInMemory, 20);
+    EXPECT_GT(m_searchedByStatement, 20);
     EXPECT_GT(m_fromMemory, 50);
     EXPECT_GT(m_byStatement, 3);
 }
@@ -410,6 +444,40 @@ TEST_F(RecentRowsTest, knowsNothingWhileItIsCold) {
     EXPECT_FALSE(rows.isWarm());
     EXPECT_EQ(rows.answer({}, 0), std::nullopt);
     EXPECT_FALSE(rows.isNothingToPrune(0, Date{1}, {}));
+}
+
+std::optional<bool> isB(const ClipboardItem &item) {
+    return item.content == QLatin1String("b");
+}
+
+TEST_F(RecentRowsTest, aSearchIsAnsweredWhereNothingBelowTheFloorCouldCount) {
+    rows.fill({row(flagged(text(QStringLiteral("b"), 1), true, false)), row(text(QStringLiteral("b"), 9)),
+               row(text(QStringLiteral("a"), 8)), row(text(QStringLiteral("b"), 7)), row(text(QStringLiteral("b"), 6))},
+              {}, true, 4); // the last one is not held
+    EXPECT_EQ(rows.search(isB, 3).items->size(), 3U);
+    EXPECT_EQ(rows.search(isB, 3).items->front().date, Date{1});
+    EXPECT_FALSE(rows.search(isB, 4).items);
+    EXPECT_EQ(rows.search(isB, 4).share, 0.75);
+}
+
+TEST_F(RecentRowsTest, aSearchOverAWholeTableIsAnsweredWhateverItFinds) {
+    rows.fill({row(text(QStringLiteral("a"), 2)), row(text(QStringLiteral("b"), 1))}, {}, false, 2);
+    EXPECT_EQ(rows.search(isB, 500).items->size(), 1U);
+    EXPECT_EQ(rows.search([](const ClipboardItem &) { return false; }, 500).items->size(), 0U);
+    EXPECT_FALSE(rows.search(isB, -1).items);
+}
+
+TEST_F(RecentRowsTest, aRowThatCannotBeJudgedDeclinesTheSearch) {
+    rows.fill({row(text(QStringLiteral("a"), 2)), row(text(QStringLiteral("b"), 1))}, {}, false, 2);
+    const RecentRows::Found found =
+        rows.search([](const ClipboardItem &) -> std::optional<bool> { return std::nullopt; }, 500);
+    EXPECT_FALSE(found.items);
+    EXPECT_FALSE(found.share);
+}
+
+TEST_F(RecentRowsTest, aColdWindowSaysNothingOfASearch) {
+    EXPECT_FALSE(rows.search(isB, 1).items);
+    EXPECT_FALSE(rows.search(isB, 1).share);
 }
 
 TEST_F(RecentRowsTest, aCutAmongTheProtectedRowsLeavesItCold) {
