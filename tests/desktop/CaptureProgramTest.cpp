@@ -100,7 +100,7 @@ TEST_P(CaptureProgram, escapeLeavesNothingBehind) {
 
 TEST_P(CaptureProgram, aSecondCaptureTakesTheCardsPlace) {
     capture({QPoint(700, 100), QPoint(799, 149)});
-    ASSERT_TRUE(waitUntil([this] { return cards() == 1; }));
+    ASSERT_TRUE(waitUntil([this] { return cards() == 1 && historyImages().size() == 1; }));
     const quint32 first = desktop.windowsTitled(QLatin1String(card)).front();
     const QRect area(QPoint(800, 60), QPoint(1000, 260));
     capture(area);
