@@ -90,9 +90,10 @@ void PopoverPanel::mousePressEvent(QMouseEvent *event) {
     QWindow *window = m_anchor->window()->windowHandle();
     if (!window || QApplication::topLevelAt(place) != m_anchor->window())
         return;
-    QCoreApplication::postEvent(window, new QMouseEvent(event->type(), window->mapFromGlobal(event->globalPosition()),
-                                                        event->globalPosition(), event->button(), event->buttons(),
-                                                        event->modifiers()));
+    // At once: posted, it would come after a release that waits already.
+    QMouseEvent press(event->type(), window->mapFromGlobal(event->globalPosition()), event->globalPosition(),
+                      event->button(), event->buttons(), event->modifiers());
+    QCoreApplication::sendEvent(window, &press);
 }
 
 void PopoverPanel::keyPressEvent(QKeyEvent *event) {

@@ -146,6 +146,23 @@ TEST_F(EditorOnX11Test, theFirstStrokeAfterAToolWasChosenIsDrawn) {
     EXPECT_FALSE(buttons[2]->showsSizePicker());
 }
 
+TEST_F(EditorOnX11Test, aQuickClickOnAnotherToolChoosesItWhileSizesAreOpen) {
+    window->select(picture(1600, 1000));
+    const auto buttons = window->editor()->findChildren<ToolButton *>();
+    ASSERT_EQ(buttons.size(), 8);
+    letPass(100ms);
+    const auto at = [&buttons](int i) { return buttons[i]->mapToGlobal(buttons[i]->rect().center()); };
+    hand({str("mousemove"), QString::number(at(2).x()), QString::number(at(2).y()), str("click"), str("1")});
+    ASSERT_TRUE(eventually([&buttons] { return buttons[2]->showsSizePicker(); }));
+    // The editor is busy meanwhile: press and release wait for it together.
+    ASSERT_EQ(QProcess::execute(str("xdotool"), {str("mousemove"), QString::number(at(0).x()),
+                                                 QString::number(at(0).y()), str("click"), str("1")}),
+              0);
+    EXPECT_TRUE(eventually([this] { return window->editor()->model().currentTool() == DrawingTool::pen; }));
+    EXPECT_TRUE(eventually([&buttons] { return buttons[0]->showsSizePicker(); }));
+    EXPECT_FALSE(buttons[0]->isDown());
+}
+
 TEST_F(EditorOnX11Test, aPersonDrawsWithTheMouseAndUndoesWithTheKeyboard) {
     window->select(picture(1600, 1000));
     auto *canvas = window->editor()->findChild<DrawView *>();
