@@ -72,6 +72,11 @@ EditorToolsView::EditorToolsView(EditorModel &model, EditorStageView &stage, QWi
     auto *grid = new QGridLayout(this); // the tools stand in the middle, whatever stands beside them
     grid->setContentsMargins(look::space::medium, 1, look::space::medium, 0);
     grid->addWidget(makeTools(), 0, 1, Qt::AlignCenter);
+    m_stepper = makeStepper(); // not beside the tools: it comes and goes, and they stay under the pointer
+    QSizePolicy policy = m_stepper->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    m_stepper->setSizePolicy(policy);
+    grid->addWidget(m_stepper, 0, 0, Qt::AlignLeft | Qt::AlignVCenter);
     grid->addWidget(makeZoom(), 0, 2, Qt::AlignRight | Qt::AlignVCenter);
     grid->setColumnStretch(0, 1);
     grid->setColumnStretch(2, 1);
@@ -101,13 +106,11 @@ QWidget *EditorToolsView::makeTools() {
     row->addSpacing(look::space::small);
     m_color = new ColorButton(m_model, m_tools);
     row->addWidget(m_color);
-    m_stepper = makeStepper();
-    row->addWidget(m_stepper);
     return m_tools;
 }
 
 QWidget *EditorToolsView::makeStepper() {
-    auto *stepper = new QWidget(m_tools);
+    auto *stepper = new QWidget(this);
     m_decrease =
         new look::Button(QStringLiteral("minus.circle.fill"), QStringLiteral("Decrease stamp number"), stepper);
     m_number = new look::Label(QString(), look::TextRole::bodyStrong, look::Label::Tone::primary, stepper);
@@ -117,7 +120,6 @@ QWidget *EditorToolsView::makeStepper() {
     connect(m_decrease, &QAbstractButton::clicked, &m_model, &EditorModel::decreaseStampNumber);
     connect(increase, &QAbstractButton::clicked, &m_model, &EditorModel::increaseStampNumber);
     auto *row = rowIn(stepper);
-    row->setContentsMargins(look::space::small, 0, 0, 0);
     row->addWidget(m_decrease);
     row->addWidget(m_number);
     row->addWidget(increase);

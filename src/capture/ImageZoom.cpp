@@ -29,7 +29,9 @@ double ImageZoom::fittingScale() const {
         return 1;
     const double wide = std::max(m_place.width() - 2 * margin, 1.0) / m_imageSize.width();
     const double tall = std::max(m_place.height() - margin - bottomMargin, 1.0) / m_imageSize.height();
-    const double ownSize = std::max(1.0, smallestShown / std::max(m_imageSize.width(), m_imageSize.height()));
+    // Whole pixels of the picture: it would be blurred otherwise.
+    const double ownSize =
+        std::max(1.0, std::floor(smallestShown / std::max(m_imageSize.width(), m_imageSize.height())));
     return std::min({wide, tall, ownSize});
 }
 

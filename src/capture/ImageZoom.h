@@ -13,9 +13,9 @@ namespace tavrine {
 /// larger than its place can be moved, but not out of sight; a smaller one stands in the middle.
 class ImageZoom {
 public:
-    static constexpr double margin = 24;         ///< points beside and over a picture that fits
-    static constexpr double bottomMargin = 76;   ///< and under it, where the pills float
-    static constexpr double smallestShown = 240; ///< a tiny picture's longer edge grows to this
+    static constexpr double margin = 24;       ///< points beside and over a picture that fits
+    static constexpr double bottomMargin = 76; ///< and under it, where the pills float
+    static constexpr double smallestShown = 240; ///< what a tiny picture's longer edge may grow to
     static constexpr double smallest = 0.02;
     static constexpr double largest = 16;
     /// Of the shown picture, in square points: the canvas holds it in memory as it is shown. A picture's own size is

@@ -4,12 +4,14 @@
 #include "look/Metrics.h"
 #include "look/Paint.h"
 
+#include <QApplication>
 #include <QBitmap>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -77,11 +79,21 @@ void PopoverPanel::hideEvent(QHideEvent *event) {
 }
 
 void PopoverPanel::mousePressEvent(QMouseEvent *event) {
-    if (m_anchor && !rect().contains(event->pos())) {
-        const QPoint onAnchor = m_anchor->mapFromGlobal(event->globalPosition().toPoint());
-        setAttribute(Qt::WA_NoMouseReplay, m_anchor->rect().contains(onAnchor));
-    }
-    QWidget::mousePressEvent(event); // closes it when outside
+    if (rect().contains(event->pos()))
+        return QWidget::mousePressEvent(event);
+    setAttribute(Qt::WA_NoMouseReplay); // the toolkit's own is only for some window systems
+    QWidget::mousePressEvent(event);    // closes it
+    const QPoint place = event->globalPosition().toPoint();
+    if (!m_anchor || m_anchor->rect().contains(m_anchor->mapFromGlobal(place)))
+        return; // it would open it again
+    // Beside the popover the press does what it does without one: the first stroke of a tool that was just chosen.
+    QWindow *window = m_anchor->window()->windowHandle();
+    if (!window || QApplication::topLevelAt(place) != m_anchor->window())
+        return;
+    // At once: posted, it would come after a release that waits already.
+    QMouseEvent press(event->type(), window->mapFromGlobal(event->globalPosition()), event->globalPosition(),
+                      event->button(), event->buttons(), event->modifiers());
+    QCoreApplication::sendEvent(window, &press);
 }
 
 void PopoverPanel::keyPressEvent(QKeyEvent *event) {

@@ -6,6 +6,7 @@
 #include "base/NotificationCenter.h"
 #include "capture/DrawView.h"
 #include "capture/TavrineEditorContainerView.h"
+#include "capture/ToolButton.h"
 #include "support/Eventually.h"
 
 #include <QAbstractButton>
@@ -123,6 +124,43 @@ TEST_F(EditorOnX11Test, whatIsCopiedCanBePastedElsewhere) {
     client.start(str("xclip"), {str("-selection"), str("clipboard"), str("-t"), str("image/png"), str("-o")});
     ASSERT_TRUE(eventually([this] { return client.state() == QProcess::NotRunning; }));
     EXPECT_EQ(QImage::fromData(client.readAllStandardOutput()).size(), QSize(64, 48));
+}
+
+TEST_F(EditorOnX11Test, theFirstStrokeAfterAToolWasChosenIsDrawn) {
+    window->select(picture(1600, 1000));
+    auto *canvas = window->editor()->findChild<DrawView *>();
+    const auto buttons = window->editor()->findChildren<ToolButton *>();
+    ASSERT_EQ(buttons.size(), 8);
+    letPass(100ms);
+    const QPoint onArrow = buttons[2]->mapToGlobal(buttons[2]->rect().center());
+    hand({str("mousemove"), QString::number(onArrow.x()), QString::number(onArrow.y()), str("click"), str("1")});
+    ASSERT_TRUE(eventually([&buttons] { return buttons[2]->showsSizePicker(); }));
+    const QPoint from = canvas->mapToGlobal(QPoint(50, 50));
+    hand({str("mousemove"), QString::number(from.x()), QString::number(from.y()), str("mousedown"), str("1")});
+    for (int step = 1; step <= 10; ++step)
+        hand({str("mousemove_relative"), str("10"), str("8")});
+    hand({str("mouseup"), str("1")});
+    EditorModel &model = window->editor()->model();
+    ASSERT_TRUE(eventually([&model] { return model.drawings().size() == 1; }));
+    EXPECT_EQ(model.drawings()[0].kind, DrawingKind::arrow);
+    EXPECT_FALSE(buttons[2]->showsSizePicker());
+}
+
+TEST_F(EditorOnX11Test, aQuickClickOnAnotherToolChoosesItWhileSizesAreOpen) {
+    window->select(picture(1600, 1000));
+    const auto buttons = window->editor()->findChildren<ToolButton *>();
+    ASSERT_EQ(buttons.size(), 8);
+    letPass(100ms);
+    const auto at = [&buttons](int i) { return buttons[i]->mapToGlobal(buttons[i]->rect().center()); };
+    hand({str("mousemove"), QString::number(at(2).x()), QString::number(at(2).y()), str("click"), str("1")});
+    ASSERT_TRUE(eventually([&buttons] { return buttons[2]->showsSizePicker(); }));
+    // The editor is busy meanwhile: press and release wait for it together.
+    ASSERT_EQ(QProcess::execute(str("xdotool"), {str("mousemove"), QString::number(at(0).x()),
+                                                 QString::number(at(0).y()), str("click"), str("1")}),
+              0);
+    EXPECT_TRUE(eventually([this] { return window->editor()->model().currentTool() == DrawingTool::pen; }));
+    EXPECT_TRUE(eventually([&buttons] { return buttons[0]->showsSizePicker(); }));
+    EXPECT_FALSE(buttons[0]->isDown());
 }
 
 TEST_F(EditorOnX11Test, aPersonDrawsWithTheMouseAndUndoesWithTheKeyboard) {

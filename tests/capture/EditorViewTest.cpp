@@ -173,6 +173,24 @@ TEST_F(EditorWindowTest, theStepperShowsWithTheStampTool) {
     EXPECT_FALSE(button("Increase stamp number"));
 }
 
+TEST_F(EditorWindowTest, theToolsStayUnderThePointerWhenTheStepperComes) {
+    for (const int width : {760, 960}) {
+        window->resize(width, 660);
+        edit();
+        const auto places = [this] {
+            std::vector<int> found;
+            for (const ToolButton *each : window->findChildren<ToolButton *>())
+                found.push_back(each->mapTo(window.get(), QPoint()).x());
+            return found;
+        };
+        const std::vector<int> before = places();
+        button("Number stamp")->click();
+        QCoreApplication::processEvents();
+        ASSERT_TRUE(button("Increase stamp number"));
+        EXPECT_EQ(places(), before) << width;
+    }
+}
+
 TEST_F(EditorWindowTest, copyReadsCopiedForAWhile) {
     edit();
     button("Copy")->click();

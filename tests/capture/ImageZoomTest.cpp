@@ -42,6 +42,13 @@ TEST(ImageZoom, aTinyPictureGrowsUntilItCanBeDrawnOn) {
     EXPECT_EQ(shown({1, 1}).imageRect().size(), QSizeF(240, 240));
 }
 
+TEST(ImageZoom, aSmallPictureGrowsByWholePixelsOnly) {
+    EXPECT_EQ(shown({232, 131}).scale(), 1);
+    EXPECT_EQ(shown({121, 60}).scale(), 1);
+    EXPECT_EQ(shown({119, 60}).scale(), 2);
+    EXPECT_EQ(shown({100, 20}).scale(), 2);
+}
+
 TEST(ImageZoom, withoutAPictureOrAPlaceThereIsNothing) {
     EXPECT_TRUE(ImageZoom().imageRect().isEmpty());
     EXPECT_TRUE(shown({0, 0}).imageRect().isEmpty());

@@ -1,0 +1,115 @@
+// A capture through the whole program: its hot key, the hand on the mouse, the pasteboard, the card and the file, pixel
+// for pixel, on an ordinary screen and on one with twice the pixels.
+#include "desktop/Desktop.h"
+#include "desktop/Program.h"
+#include "support/PatternWindow.h"
+#include "support/Wait.h"
+
+#include <QDir>
+#include <QImage>
+
+#include <gtest/gtest.h>
+
+using namespace tavrine::testing;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto card = "Screenshot";
+constexpr int keyTwo = 11;
+constexpr QPoint onSave(188, 52); // the button, from the lower left corner of the screen, in points
+
+class CaptureProgram : public testing::TestWithParam<int> {
+protected:
+    void SetUp() override {
+        QDir().mkpath(folder());
+        program.environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QString::number(GetParam()));
+        desktop.keyboard.movePointer(640, 300);
+        ASSERT_TRUE(
+            program.startOnboarded("<key>snipUseSaveDefault</key><true/><key>snipSaveDirectoryPath</key><string>" +
+                                   folder().toUtf8() + "</string>"));
+    }
+    [[nodiscard]] QString folder() const { return program.home() + QStringLiteral("/captures"); }
+    [[nodiscard]] QStringList files() const {
+        return QDir(folder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+    [[nodiscard]] size_t cards() const { return desktop.windowsTitled(QLatin1String(card)).size(); }
+    [[nodiscard]] QStringList historyImages() const {
+        return program.rows("SELECT image_file_name FROM items WHERE image_file_name IS NOT NULL");
+    }
+    /// In a corner where neither the card nor the magnifier stands.
+    [[nodiscard]] bool isDimmed() const {
+        const QPoint corner = pattern.screen().bottomRight();
+        return pattern.shownAt(corner.x(), corner.y()) != PatternWindow::colourAt(corner.x(), corner.y());
+    }
+    void pressHotKey() {
+        desktop.keyboard.chord({key::leftSuper, key::leftShift, keyTwo});
+        ASSERT_TRUE(waitUntil([this] { return isDimmed(); })) << "no overlay";
+    }
+    void capture(const QRect &area) {
+        pressHotKey();
+        desktop.keyboard.movePointer(area.left(), area.top());
+        desktop.keyboard.press(1);
+        desktop.keyboard.movePointer(area.center().x(), area.center().y());
+        desktop.keyboard.movePointer(area.right(), area.bottom());
+        desktop.keyboard.release(1);
+    }
+    [[nodiscard]] static bool isOnPasteboard(const QRect &area) {
+        return QImage::fromData(paste("image/png")).convertToFormat(QImage::Format_RGB32) ==
+               PatternWindow::expected(area);
+    }
+
+    PatternWindow pattern;
+    Desktop desktop;
+    Program program;
+};
+
+INSTANTIATE_TEST_SUITE_P(Scale, CaptureProgram, testing::Values(1, 2));
+
+TEST_P(CaptureProgram, whatWasUnderTheDragIsOnThePasteboardAndInTheSavedFile) {
+    const QRect area(QPoint(501, 97), QPoint(1102, 466));
+    capture(area);
+    ASSERT_TRUE(waitUntil([this] { return desktop.isShown(card); }));
+    EXPECT_TRUE(waitUntil([&area] { return isOnPasteboard(area); }, 3s));
+    EXPECT_TRUE(waitUntil([this] { return historyImages().size() == 1; }));
+    EXPECT_TRUE(files().isEmpty()); // it is a file only when the person asks for one
+
+    desktop.click({onSave.x() * GetParam(), pattern.screen().height() - onSave.y() * GetParam()});
+    ASSERT_TRUE(
+        waitUntil([this] { return files().size() == 1 && files().constFirst().endsWith(QLatin1String(".png")); }));
+    const QImage saved = QImage(folder() + QLatin1Char('/') + files().constFirst());
+    EXPECT_TRUE(saved.convertToFormat(QImage::Format_RGB32) == PatternWindow::expected(area));
+    EXPECT_TRUE(waitUntil([this] { return cards() == 0; }));
+}
+
+TEST_P(CaptureProgram, escapeLeavesNothingBehind) {
+    copy("copied before");
+    pressHotKey();
+    desktop.pressEscape();
+    ASSERT_TRUE(waitUntil([this] { return !isDimmed(); }));
+    EXPECT_EQ(cards(), 0U);
+    EXPECT_EQ(paste(), "copied before");
+    // The next capture is the first that anything knows of.
+    const QRect area(QPoint(700, 100), QPoint(799, 149));
+    capture(area);
+    ASSERT_TRUE(waitUntil([this] { return historyImages().size() == 1; }));
+    EXPECT_TRUE(waitUntil([&area] { return isOnPasteboard(area); }, 3s));
+    EXPECT_EQ(cards(), 1U);
+    EXPECT_TRUE(files().isEmpty());
+}
+
+TEST_P(CaptureProgram, aSecondCaptureTakesTheCardsPlace) {
+    capture({QPoint(700, 100), QPoint(799, 149)});
+    ASSERT_TRUE(waitUntil([this] { return cards() == 1 && historyImages().size() == 1; }));
+    const quint32 first = desktop.windowsTitled(QLatin1String(card)).front();
+    const QRect area(QPoint(800, 60), QPoint(1000, 260));
+    capture(area);
+    EXPECT_TRUE(waitUntil([this, first] {
+        const auto all = desktop.windowsTitled(QLatin1String(card));
+        return all.size() == 1 && all.front() != first;
+    }));
+    EXPECT_TRUE(waitUntil([&area] { return isOnPasteboard(area); }, 3s));
+    EXPECT_TRUE(waitUntil([this] { return historyImages().size() == 2; }));
+}
+
+} // namespace
