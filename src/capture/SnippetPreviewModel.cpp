@@ -54,6 +54,8 @@ void SnippetPreviewModel::setUploadState(UploadButtonState state) {
     if (state == m_uploadState)
         return;
     m_uploadState = state;
+    if (state == UploadButtonState::uploading)
+        m_timer.reset();
     Q_EMIT changed();
 }
 
@@ -104,7 +106,6 @@ void SnippetPreviewModel::pressGetText() {
 void SnippetPreviewModel::pressUpload() {
     if (m_isStopped || !showsUpload() || m_uploadState == UploadButtonState::uploading)
         return;
-    m_timer.reset();
     m_actions.onUpload();
 }
 

@@ -4,22 +4,9 @@
 #include "ports/Pasteboard.h"
 #include "upload/CustomUploadManager.h"
 
-#include <QThreadPool>
-
 #include <utility>
 
 namespace tavrine {
-
-namespace {
-
-/// From here on a picture's text is made beside the main thread: a megabyte takes it about a millisecond.
-constexpr qsizetype largePng = 1024 * 1024;
-
-QString base64(const QByteArray &png) {
-    return QString::fromLatin1(png.toBase64());
-}
-
-} // namespace
 
 UploadFlow::UploadFlow(Ports ports, Actions actions, QObject *parent)
     : QObject(parent), m_ports(ports), m_actions(std::move(actions)) {}
@@ -46,27 +33,17 @@ void UploadFlow::upload() {
     const std::optional<QByteArray> png = m_actions.png();
     if (!png || png->isEmpty()) {
         m_actions.showToast(QStringLiteral("Couldn't prepare the image for upload"), QLatin1String(failureSymbol));
+        Q_EMIT ended();
         return;
     }
+    const QString image = QString::fromLatin1(png->toBase64());
     if (m_actions.stopCountdown)
         m_actions.stopCountdown();
     setUploadState(UploadButtonState::uploading);
-    const QString script = m_ports.manager.savedScript();
     // The run keeps all it needs: it goes on when the view is closed meanwhile.
-    const auto begin = [ports = m_ports, actions = m_actions, self = QPointer(this), script](const QString &image) {
-        actions.run(script, image, actions.uploadFileName(), uploadTimeout,
-                    [ports, showToast = actions.showToast, self](const UploadScriptRunResult &result) {
-                        complete(ports, showToast, result, self);
-                    });
-    };
-    if (png->size() < largePng) {
-        begin(base64(*png));
-        return;
-    }
-    QThreadPool::globalInstance()->start([png = *png, begin, &time = m_ports.time] {
-        const QString image = base64(png);
-        time.async([begin, image] { begin(image); });
-    });
+    m_actions.run(m_ports.manager.savedScript(), image, m_actions.uploadFileName(), uploadTimeout,
+                  [ports = m_ports, showToast = m_actions.showToast, self = QPointer(this)](
+                      const UploadScriptRunResult &result) { complete(ports, showToast, result, self); });
 }
 
 void UploadFlow::complete(const Ports &ports, const ShowToast &showToast, const UploadScriptRunResult &result,
@@ -87,17 +64,23 @@ void UploadFlow::complete(const Ports &ports, const ShowToast &showToast, const 
 void UploadFlow::finish(const UploadScriptRunResult &result) {
     if (!result.url) {
         setUploadState(UploadButtonState::idle);
+        Q_EMIT ended();
         return;
     }
     setUploadState(UploadButtonState::done);
     if (m_actions.onDismiss) {
-        m_ports.time.asyncAfter(dismissDelay, this, [this] { m_actions.onDismiss(); });
+        m_ports.time.asyncAfter(dismissDelay, this, [this] {
+            m_actions.onDismiss();
+            Q_EMIT ended();
+        });
         return;
     }
     m_ports.time.asyncAfter(idleDelay, this, [this] {
         // A run that was started meanwhile keeps its button.
-        if (m_uploadState == UploadButtonState::done)
-            setUploadState(UploadButtonState::idle);
+        if (m_uploadState != UploadButtonState::done)
+            return;
+        setUploadState(UploadButtonState::idle);
+        Q_EMIT ended();
     });
 }
 

@@ -65,6 +65,8 @@ public:
 Q_SIGNALS:
     /// A view may animate what follows.
     void uploadStateChanged();
+    /// A press has had all its effect: the button is idle, or the card has been dismissed.
+    void ended();
 
 private:
     static void complete(const Ports &ports, const ShowToast &showToast, const UploadScriptRunResult &result,

@@ -67,7 +67,8 @@ protected:
             flow = made.get();
             return made;
         };
-        return {time, defaults, application, hotKeys, monitors, access, alerts, urlOpener, desktop, &snipper, snipFlow};
+        return {time,   defaults,  application, hotKeys,  monitors, access,
+                alerts, urlOpener, desktop,     &snipper, nullptr,  snipFlow};
     }
     ShellTools::Views madeViews() {
         ShellTools::Views made;
