@@ -93,13 +93,12 @@ public:
 
 private:
     void bark() {
-        {
-            const std::lock_guard guard(m_lock);
-            m_isOverdue = true;
-            if (m_isLaunched && m_task.isRunning())
-                end();
-        }
+        // First of all: a worker that ends at once lets the run go on, which would tell of an exit without a result.
         finish(failure(UploadScriptError::timeout(m_timeout)));
+        const std::lock_guard guard(m_lock);
+        m_isOverdue = true;
+        if (m_isLaunched && m_task.isRunning())
+            end();
     }
 
     void end() {
