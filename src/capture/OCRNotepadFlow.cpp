@@ -55,15 +55,19 @@ void OCRNotepadFlow::closeOCRNotepad() {
         return;
     m_state.reset(); // a result that is still to come is lost from here on
     m_clickMonitor.reset();
-    // Of its own: it outlives a flow that goes before the fade has ended.
-    const std::shared_ptr<PanelWindow> window(std::move(m_window));
-    PanelWindow &panel = *window;
-    m_actions.fade(panel, 0, fadeOut, [window, closeAction = std::exchange(m_closeAction, {})] {
-        window->orderOut();
-        window->setContentView(nullptr);
-        if (closeAction)
-            closeAction();
-    });
+    const std::shared_ptr<PanelWindow> closing(std::move(m_window));
+    m_closing.push_back(closing);
+    // The fade may end after this flow, and then after its panel too: panels go before the desktop that they are on.
+    m_actions.fade(*closing, 0, fadeOut,
+                   [this, weak = std::weak_ptr(closing), closeAction = std::exchange(m_closeAction, {})] {
+                       if (const auto window = weak.lock()) {
+                           window->orderOut();
+                           window->setContentView(nullptr);
+                           std::erase(m_closing, window);
+                       }
+                       if (closeAction)
+                           closeAction();
+                   });
 }
 
 } // namespace tavrine

@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 class QWidget;
 
@@ -41,7 +42,7 @@ public:
         /// The view of one recognition, which calls `onDismiss` for its button and for Escape.
         std::function<QWidget *(OCRNotepadState &state, std::function<void()> onDismiss)> makeView;
         /// Brings the panel's alpha there and then calls `done`, in a later turn, whether or not anything can be seen
-        /// of it. A fade of the same panel that is under way gives way. The panel lives until then.
+        /// of it. A fade of the same panel that is under way gives way.
         std::function<void(PanelWindow &panel, double alpha, Seconds length, std::function<void()> done)> fade;
         std::function<void(const QImage &image)> autoSaveSnip;
     };
@@ -66,6 +67,7 @@ private:
     Actions m_actions;
     std::shared_ptr<OCRNotepadState> m_state;
     std::unique_ptr<PanelWindow> m_window;
+    std::vector<std::shared_ptr<PanelWindow>> m_closing; ///< on their way out
     std::function<void()> m_closeAction;
     std::unique_ptr<EventMonitor> m_clickMonitor;
 };

@@ -36,7 +36,11 @@ std::optional<QStringList> codesIn(CodeDetector &detector, const QString &path) 
 
 QRScanner::QRScanner(const Ports &ports, Actions actions) : m_ports(ports), m_actions(std::move(actions)) {}
 
-QRScanner::~QRScanner() = default;
+// What it would capture, nobody would read.
+QRScanner::~QRScanner() {
+    if (m_currentTask && m_currentTask->isRunning())
+        m_currentTask->terminate();
+}
 
 void QRScanner::startScan() {
     if (m_currentTask && m_currentTask->isRunning())
@@ -94,8 +98,9 @@ QPointF QRScanner::centreOfScreen() const {
     for (const Screen &screen : screens)
         if (screen.frame.contains(mouse))
             return screen.visibleFrame.center();
-    const auto main = m_ports.screens.mainScreen();
-    return main ? main->visibleFrame.center() : QPointF();
+    if (const auto main = m_ports.screens.mainScreen())
+        return main->visibleFrame.center();
+    return screens.isEmpty() ? QPointF() : screens.first().visibleFrame.center();
 }
 
 void QRScanner::dismissResults() {
@@ -111,7 +116,11 @@ void QRScanner::closePanel() {
     if (!m_resultPanel)
         return;
     m_resultPanel->orderOut();
-    m_ports.time.async([panel = std::shared_ptr<PanelWindow>(std::move(m_resultPanel))] {});
+    m_closing.push_back(std::move(m_resultPanel));
+    m_ports.time.async([this, alive = std::weak_ptr<int>(m_alive)] {
+        if (!alive.expired())
+            m_closing.clear();
+    });
 }
 
 } // namespace tavrine

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 class QWidget;
 
@@ -76,6 +77,7 @@ private:
     Actions m_actions;
     std::shared_ptr<Task> m_currentTask;
     std::unique_ptr<PanelWindow> m_resultPanel;
+    std::vector<std::unique_ptr<PanelWindow>> m_closing; ///< off the screen, and gone with the next turn
     std::shared_ptr<int> m_alive = std::make_shared<int>();
 };
 

@@ -55,6 +55,8 @@ void SnippetPreviewModel::setUploadState(UploadButtonState state) {
     if (state == m_uploadState)
         return;
     m_uploadState = state;
+    if (state == UploadButtonState::uploading)
+        m_timer.reset();
     Q_EMIT changed();
 }
 
@@ -106,7 +108,6 @@ void SnippetPreviewModel::pressUpload() {
     if (m_isStopped || !showsUpload() || m_isUploading)
         return;
     m_isUploading = true;
-    m_timer.reset();
     m_actions.onUpload();
 }
 

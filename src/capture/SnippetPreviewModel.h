@@ -20,7 +20,7 @@ class Timer;
 /// Main thread. Lives as long as its card is on the screen, and through its fade; after `stop` it does nothing more.
 ///
 ///  1. The countdown runs from `appear` on. It holds, and keeps what is left, while the pointer is over the card or the
-///     picture is being dragged out. An upload ends it for good; at 0 the card is dismissed.
+///     picture is being dragged out. An upload that has begun ends it for good; at 0 the card is dismissed.
 ///  2. The capture stands on the pasteboard before there is a card, so it counts as copied from the start, and nothing
 ///     takes that back.
 class SnippetPreviewModel : public QObject {

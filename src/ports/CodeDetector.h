@@ -24,6 +24,10 @@ public:
 
     /// Every code whose payload could be read, in the detector's order; equal payloads at different places stay apart.
     [[nodiscard]] virtual QList<DetectedCode> detect(const QImage &image) = 0;
+
+    /// For the end of the program, on any thread: the call that waits at present and all that come find nothing, at
+    /// once. Nothing for one that cannot be stopped.
+    virtual void cancel() {}
 };
 
 } // namespace tavrine

@@ -21,6 +21,10 @@ public:
     /// The lines of text in reading order, as accurately as can be; empty when there is none. A failure when the
     /// picture could not be read at all, for want of a language or of memory.
     [[nodiscard]] virtual Result recognize(const QImage &image) = 0;
+
+    /// For the end of the program, on any thread: the call that waits at present and all that come fail at once. Nothing
+    /// for one that cannot be stopped.
+    virtual void cancel() {}
 };
 
 } // namespace tavrine

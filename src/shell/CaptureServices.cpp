@@ -5,9 +5,10 @@
 #include "capture/OCRNotepadView.h"
 #include "capture/PngData.h"
 #include "capture/QRResultView.h"
+#include "ports/CodeDetector.h"
 #include "ports/PanelWindow.h"
+#include "ports/Recognizer.h"
 #include "upload/CustomUploadManager.h"
-#include "upload/UploadFlow.h"
 
 #include <QApplication>
 
@@ -17,7 +18,7 @@ namespace tavrine {
 
 /// What reads pictures: queues of its own, since a recognition takes seconds and a scan must not wait for it.
 struct CaptureServices::Reading {
-    Reading(const Ports &ports)
+    explicit Reading(const Ports &ports)
         : manager(ports.recognizer, recognitionQueue, ports.time), editor{.scans = {manager, ports.pictureDetector,
                                                                                     detectionQueue, ports.time},
                                                                           .pasteboard = ports.pasteboard,
@@ -53,7 +54,13 @@ struct CaptureServices::Notepad {
 };
 
 CaptureServices::CaptureServices(Ports ports) : m_ports(std::move(ports)) {}
-CaptureServices::~CaptureServices() = default;
+
+CaptureServices::~CaptureServices() {
+    // The queues wait for what was handed in, and a picture can take its reader a minute.
+    for (CodeDetector *detector : {&m_ports.screenDetector, &m_ports.pictureDetector})
+        detector->cancel();
+    m_ports.recognizer.cancel();
+}
 
 CaptureServices::Reading &CaptureServices::reading() {
     if (!m_reading)
@@ -92,22 +99,15 @@ UploadFlow::Actions CaptureServices::uploadActions(std::function<QImage()> image
 }
 
 void CaptureServices::uploadFromCard(const QImage &image, const UploadCard &card) {
-    // A run outlives its card, so it belongs to nobody but itself.
-    const auto flow = std::make_shared<QPointer<UploadFlow>>();
     UploadFlow::Actions actions = uploadActions([image] { return image; });
-    actions.onDismiss = [card, flow] {
-        card.dismiss();
-        (*flow)->deleteLater();
-    };
-    *flow = new UploadFlow(uploadPorts(), std::move(actions), qApp);
-    const auto tell = [card, flow] {
-        card.setState((*flow)->uploadState());
-        if ((*flow)->uploadState() == UploadButtonState::idle)
-            (*flow)->deleteLater();
-    };
-    QObject::connect(*flow, &UploadFlow::uploadStateChanged, *flow, tell);
-    QObject::connect(*flow, &UploadFlow::preparationFailed, *flow, tell);
-    (*flow)->upload();
+    actions.onDismiss = card.dismiss;
+    // Not the card's: it is gone when a newer one comes, and the run goes on.
+    auto *flow = new UploadFlow(uploadPorts(), std::move(actions), &m_flows);
+    const auto tell = [card, flow] { card.setState(flow->uploadState()); };
+    QObject::connect(flow, &UploadFlow::uploadStateChanged, flow, tell);
+    QObject::connect(flow, &UploadFlow::preparationFailed, flow, tell);
+    QObject::connect(flow, &UploadFlow::ended, flow, &QObject::deleteLater);
+    flow->upload();
 }
 
 EditorView::Hooks CaptureServices::editorHooks() {

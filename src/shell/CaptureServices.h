@@ -12,8 +12,10 @@
 #include "upload/JSUploadEngine.h"
 #include "upload/UploadFlow.h"
 
+#include <QObject>
+
+#include <functional>
 #include <memory>
-#include <optional>
 
 namespace tavrine {
 
@@ -26,7 +28,7 @@ class UrlOpener;
 /// for.
 class CaptureServices {
 public:
-    /// All outlive the services.
+    /// All outlive the services, which cancel the three that read pictures at their own end.
     struct Ports {
         Time &time;
         UserDefaults &defaults;
@@ -78,6 +80,7 @@ private:
 
     Ports m_ports;
     ShowToast m_showToast;
+    QObject m_flows; ///< the parent of the cards' uploads
     std::unique_ptr<Reading> m_reading;
     std::unique_ptr<Notepad> m_notepad;
     std::unique_ptr<QRScanner> m_scanner;

@@ -144,22 +144,27 @@ JSUploadEngine::JSUploadEngine(QString workerPath, Time &time)
 
 JSUploadEngine::~JSUploadEngine() {
     const std::lock_guard guard(m_lock);
+    m_isEnding = true;
     for (const std::weak_ptr<Run> &known : m_runs) {
         if (const auto run = known.lock())
             run->abandon();
     }
 }
 
-void JSUploadEngine::remember(const std::shared_ptr<Run> &run) {
+bool JSUploadEngine::remember(const std::shared_ptr<Run> &run) {
     const std::lock_guard guard(m_lock);
+    if (m_isEnding)
+        return false;
     std::erase_if(m_runs, [](const std::weak_ptr<Run> &known) { return known.expired(); });
     m_runs.push_back(run);
+    return true;
 }
 
 void JSUploadEngine::run(const QString &script, const QString &imageBase64, const QString &fileName, double timeout,
                          Completion completion) {
     const auto run = std::make_shared<Run>(*this, timeout, std::move(completion));
-    remember(run);
+    if (!remember(run))
+        return; // handed in just before the engine went: it starts nothing, and nobody waits for it
     if (!QFileInfo(m_workerPath).isFile())
         return run->finish(failure(QStringLiteral("The upload worker is missing from the app bundle.")));
     std::optional<QByteArray> json = encode(WorkerInput{script, imageBase64, fileName});

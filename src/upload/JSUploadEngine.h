@@ -31,7 +31,7 @@ public:
 
     /// `workerPath` is where the worker ought to be. `time` outlives the engine.
     JSUploadEngine(QString workerPath, Time &time);
-    /// Ends the workers that still run.
+    /// Ends the workers that still run, and starts no other.
     ~JSUploadEngine();
     JSUploadEngine(const JSUploadEngine &) = delete;
     JSUploadEngine &operator=(const JSUploadEngine &) = delete;
@@ -49,12 +49,13 @@ public:
 private:
     class Run;
 
-    void remember(const std::shared_ptr<Run> &run);
+    [[nodiscard]] bool remember(const std::shared_ptr<Run> &run);
 
     QString m_workerPath;
     Time &m_time;
-    std::mutex m_lock; // guards the next
+    std::mutex m_lock; // guards the next two
     std::vector<std::weak_ptr<Run>> m_runs;
+    bool m_isEnding = false;
     WatchdogQueue m_watchdogQueue;
     ConcurrentQueue m_queue; // the last member: its runs end before what they use
 };

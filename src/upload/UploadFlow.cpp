@@ -56,8 +56,10 @@ void UploadFlow::begin(const Press &press, const std::optional<QString> &imageBa
         flow->m_isPreparing = false;
     if (!imageBase64) {
         press.actions.showToast(QStringLiteral("Couldn't prepare the image for upload"), QLatin1String(failureSymbol));
-        if (flow)
+        if (flow) {
             Q_EMIT flow->preparationFailed();
+            Q_EMIT flow->ended();
+        }
         return;
     }
     if (flow) {
@@ -86,17 +88,23 @@ void UploadFlow::complete(const Press &press, const UploadScriptRunResult &resul
 void UploadFlow::finish(const UploadScriptRunResult &result) {
     if (!result.url) {
         setUploadState(UploadButtonState::idle);
+        Q_EMIT ended();
         return;
     }
     setUploadState(UploadButtonState::done);
     if (m_actions.onDismiss) {
-        m_ports.time.asyncAfter(dismissDelay, this, [this] { m_actions.onDismiss(); });
+        m_ports.time.asyncAfter(dismissDelay, this, [this] {
+            m_actions.onDismiss();
+            Q_EMIT ended();
+        });
         return;
     }
     m_ports.time.asyncAfter(idleDelay, this, [this] {
         // A run that was started meanwhile keeps its button.
-        if (m_uploadState == UploadButtonState::done)
-            setUploadState(UploadButtonState::idle);
+        if (m_uploadState != UploadButtonState::done)
+            return;
+        setUploadState(UploadButtonState::idle);
+        Q_EMIT ended();
     });
 }
 

@@ -73,6 +73,8 @@ Q_SIGNALS:
     void uploadStateChanged();
     /// There was no PNG; nothing has been run and the state is the one before the press.
     void preparationFailed();
+    /// A press has had all its effect: the button is idle, or the card has been dismissed.
+    void ended();
 
 private:
     struct Press;

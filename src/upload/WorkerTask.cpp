@@ -76,15 +76,6 @@ private:
 
 } // namespace
 
-int Descriptor::release() {
-    return std::exchange(m_number, -1);
-}
-
-void Descriptor::close() {
-    if (m_number >= 0)
-        ::close(release());
-}
-
 int WorkerTask::launch(const QString &executable) {
     auto input = makePipe();
     auto output = makePipe();

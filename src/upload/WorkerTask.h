@@ -1,35 +1,13 @@
 #pragma once
 
+#include "base/Descriptor.h"
+
 #include <QByteArray>
 #include <QString>
 
 #include <sys/types.h>
 
 namespace tavrine {
-
-/// An owned file descriptor.
-class Descriptor {
-public:
-    Descriptor() = default;
-    explicit Descriptor(int number) : m_number(number) {}
-    Descriptor(Descriptor &&other) noexcept : m_number(other.release()) {}
-    Descriptor &operator=(Descriptor &&other) noexcept {
-        if (this != &other) {
-            close();
-            m_number = other.release();
-        }
-        return *this;
-    }
-    ~Descriptor() { close(); }
-
-    [[nodiscard]] int number() const { return m_number; }
-    [[nodiscard]] bool isOpen() const { return m_number >= 0; }
-    int release();
-    void close();
-
-private:
-    int m_number = -1;
-};
 
 /// A program started with no arguments, this process's environment, pipes on standard input and output, and standard
 /// error on the null device.

@@ -151,8 +151,8 @@ TEST_F(SnipFlowTest, theCardShowsHowItsUploadGoes) {
     show();
     card().pressUpload();
     EXPECT_THAT(events, ElementsAre(text("upload")));
-    EXPECT_FALSE(card().isCountingDown());
     uploadCard.setState(UploadButtonState::uploading);
+    EXPECT_FALSE(card().isCountingDown());
     EXPECT_EQ(card().uploadState(), UploadButtonState::uploading);
     uploadCard.setState(UploadButtonState::done);
     EXPECT_EQ(card().uploadState(), UploadButtonState::done);

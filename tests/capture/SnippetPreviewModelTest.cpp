@@ -163,12 +163,19 @@ TEST_F(SnippetPreviewModelTest, withoutAnUploadButtonThereIsNoUpload) {
     EXPECT_TRUE(model->isCountingDown());
 }
 
-TEST_F(SnippetPreviewModelTest, aPressOnUploadStopsTheCountdownForGood) {
+TEST_F(SnippetPreviewModelTest, anUploadThatCannotBeginLeavesTheCountdownRunning) {
+    configureUpload();
+    model->pressUpload(); // and the picture has no PNG
+    time.advance(7s);
+    EXPECT_THAT(events, ElementsAre(text("upload"), text("dismiss")));
+}
+
+TEST_F(SnippetPreviewModelTest, anUploadThatBeginsStopsTheCountdownForGood) {
     configureUpload();
     time.advance(2s);
     model->pressUpload();
-    EXPECT_FALSE(model->isCountingDown());
     model->setUploadState(UploadButtonState::uploading);
+    EXPECT_FALSE(model->isCountingDown());
     model->setUploadState(UploadButtonState::idle); // it failed
     time.advance(3600s);
     EXPECT_THAT(events, ElementsAre(text("upload")));

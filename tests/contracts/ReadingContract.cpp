@@ -92,6 +92,11 @@ TEST_P(RecognizerContract, aPictureWithoutPixelsIsAFailure) {
     EXPECT_TRUE(fails(QImage()));
 }
 
+TEST_P(RecognizerContract, afterACancelEveryPictureIsAFailure) {
+    recognizer->cancel();
+    EXPECT_TRUE(fails(writing(Qt::white, Qt::black)));
+}
+
 TEST_P(RecognizerContract, transparencyIsNoObstacle) {
     EXPECT_EQ(linesOf(writing(Qt::transparent, Qt::black, QImage::Format_ARGB32_Premultiplied)), writtenLines);
 }
@@ -199,6 +204,11 @@ TEST_P(CodeDetectorContract, aPictureOfOnePixelHasNoCode) {
 
 TEST_P(CodeDetectorContract, aPictureWithoutPixelsHasNoCode) {
     EXPECT_TRUE(detector->detect(QImage()).isEmpty());
+}
+
+TEST_P(CodeDetectorContract, afterACancelNothingIsFound) {
+    detector->cancel();
+    EXPECT_TRUE(detector->detect(code(words("words"))).isEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(All, CodeDetectorContract,

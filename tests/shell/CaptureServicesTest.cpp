@@ -1,188 +1,378 @@
+// What captures lead to, over the fakes: real queues, real flows and views, and a worker of a few lines of shell.
+
 #include "shell/CaptureServices.h"
 
-#include "ShellTest.h"
+#include "adapters/fake/FakeApplication.h"
+#include "adapters/fake/FakeApplicationActivator.h"
 #include "adapters/fake/FakeCodeDetector.h"
 #include "adapters/fake/FakeColorSampler.h"
+#include "adapters/fake/FakeEventMonitors.h"
+#include "adapters/fake/FakeEventPoster.h"
 #include "adapters/fake/FakeFilePanels.h"
-#include "adapters/fake/FakeKeychain.h"
+#include "adapters/fake/FakeImageCoder.h"
+#include "adapters/fake/FakePanelWindow.h"
+#include "adapters/fake/FakePasteboard.h"
 #include "adapters/fake/FakeRecognizer.h"
+#include "adapters/fake/FakeScreens.h"
 #include "adapters/fake/FakeTaskLauncher.h"
 #include "adapters/fake/FakeUrlOpener.h"
-#include "support/Eventually.h"
-#include "upload/CustomUploadManager.h"
+#include "adapters/fake/FakeWorkspace.h"
+#include "capture/OCRNotepadView.h"
+#include "capture/OCRResultView.h"
+#include "capture/QRLabelBubble.h"
+#include "upload/FakeWorker.h"
+#include "upload/UploadFixture.h"
 
-#include <QFile>
+#include <QApplication>
+#include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTest>
 
-namespace tavrine {
+#include <gmock/gmock.h>
+
+namespace tavrine::test {
 namespace {
 
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 using State = UploadButtonState;
 using Toast = std::pair<QString, QString>;
 
-QImage picture(int width = 40, int height = 30) {
-    QImage image(width, height, QImage::Format_RGB32);
-    image.fill(Qt::darkCyan);
-    return image;
-}
+const QString link = QStringLiteral("https://i.example/1");
+const QString warning = QStringLiteral("exclamationmark.triangle.fill");
+const Toast uploaded{QStringLiteral("Uploaded — link copied"), QStringLiteral("checkmark.circle.fill")};
+constexpr auto succeeds = R"(cat > "$(dirname $0)/input"; echo '{"url":"https://i.example/1","logs":[]}')";
+constexpr auto fails = R"(cat > /dev/null; echo '{"errorKind":"runtimeError","errorMessage":"Error: boom","logs":[]}')";
+constexpr auto hangs = R"(touch "$(dirname $0)/input"; exec sleep 600)";
 
-/// The services over fakes, and over a worker that is a shell script: it keeps what it is given and tells a link.
-class CaptureServicesTest : public ShellTest {
+class CaptureServicesTest : public UploadFixture {
 protected:
-    void SetUp() override {
-        keychain.store({text("com.veltrane.Tavrine"), text("cloudUploadScript")}, "function uploadImage() {}");
-        writeWorker("printf '{\"url\":\"https://example.org/1\",\"logs\":[]}'");
-        uploads.setEnabled(true);
-        ASSERT_TRUE(happens([this] { return uploads.isConfigured(); }));
-        services = std::make_unique<CaptureServices>(
-            CaptureServices::Ports{.time = time,
-                                   .defaults = defaults,
-                                   .pasteboard = pasteboard,
-                                   .application = application,
-                                   .urlOpener = urlOpener,
-                                   .launcher = launcher,
-                                   .recognizer = recognizer,
-                                   .screenDetector = screenDetector,
-                                   .pictureDetector = pictureDetector,
-                                   .samplers = samplers,
-                                   .temporaryFolder = folders.temporary,
-                                   .uploadWorker = home.filePath(text("worker")),
-                                   .uploads = [this]() -> CustomUploadManager & { return uploads; }});
-        services->setShowToast(
-            [this](const QString &message, const QString &icon) { toasts.emplace_back(message, icon); });
+    void SetUp() override { makeManagerWith(QStringLiteral("function uploadImage() {}")); }
+    void TearDown() override {
+        services.reset();
+        time.advance(1h); // what was still to come does no harm
+        qDeleteAll(QApplication::topLevelWidgets());
     }
-    void TearDown() override { services.reset(); }
 
-    void writeWorker(const char *answer) {
-        QFile worker(home.filePath(text("worker")));
-        ASSERT_TRUE(worker.open(QIODevice::WriteOnly));
-        worker.write("#!/bin/sh\ncat > '" + QFile::encodeName(home.filePath(text("given"))) + "'\n" + answer + "\n");
-        worker.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    }
-    /// The picture that the worker was given last.
-    [[nodiscard]] QImage givenPicture() {
-        QFile file(home.filePath(text("given")));
-        if (!file.open(QIODevice::ReadOnly))
-            return {};
-        const QJsonObject given = QJsonDocument::fromJson(file.readAll()).object();
-        return QImage::fromData(QByteArray::fromBase64(given.value(text("imageBase64")).toString().toLatin1()), "png");
-    }
-    template <class Condition>
-    [[nodiscard]] bool happens(Condition condition) {
-        return test::eventually([&] {
-            time.runPending();
-            return condition();
+    void makeServices(const char *workerLines = succeeds) {
+        worker.emplace(workerLines);
+        services.emplace(CaptureServices::Ports{.time = time,
+                                                .defaults = defaults,
+                                                .pasteboard = pasteboard,
+                                                .application = application,
+                                                .urlOpener = urlOpener,
+                                                .launcher = launcher,
+                                                .recognizer = recognizer,
+                                                .screenDetector = screenDetector,
+                                                .pictureDetector = pictureDetector,
+                                                .samplers = samplers,
+                                                .temporaryFolder = home.filePath(QStringLiteral("tmp")),
+                                                .uploadWorker = worker->path(),
+                                                .uploads = [this]() -> CustomUploadManager & { return *manager; }});
+        services->setShowToast([this](const QString &message, const QString &icon) {
+            toasts.push_back({message, icon});
         });
     }
     [[nodiscard]] UploadCard card() {
         return {.setState = [this](State state) { states.push_back(state); }, .dismiss = [this] { ++dismissals; }};
     }
-    [[nodiscard]] std::unique_ptr<EditorView> editor() {
+    /// An editor as its window makes it.
+    [[nodiscard]] std::unique_ptr<EditorView> makeEditor(const QImage &image) {
         return std::make_unique<EditorView>(
-            picture(), EditorModel::Ports{time, pasteboard, filePanels, coder, center, folders.documents},
+            image, EditorModel::Ports{time, pasteboard, panels, coder, center, QStringLiteral("/nonexistent")},
             EditorView::Actions{}, services->editorHooks());
     }
+    void getText(const QImage &image) {
+        services->getTextFromSnip(image, desktop, [this](const QImage &read) { saved.append(read); });
+    }
+    [[nodiscard]] static QList<OCRNotepadView *> notepads() {
+        QList<OCRNotepadView *> views;
+        for (QWidget *widget : QApplication::topLevelWidgets())
+            if (auto *view = qobject_cast<OCRNotepadView *>(widget))
+                views.append(view);
+        return views;
+    }
+    [[nodiscard]] static QImage picture(const QColor &colour = Qt::white) {
+        QImage image(60, 40, QImage::Format_RGB32);
+        image.fill(colour);
+        return image;
+    }
+    /// The picture that the worker was given.
+    [[nodiscard]] QImage uploadedPicture() const {
+        const QJsonObject record = QJsonDocument::fromJson(worker->contents("input")).object();
+        const QByteArray png =
+            QByteArray::fromBase64(record.value(QStringLiteral("imageBase64")).toString().toLatin1());
+        return QImage::fromData(png, "png");
+    }
 
+    FakePasteboard pasteboard;
+    FakeApplication application;
     FakeUrlOpener urlOpener;
     FakeTaskLauncher launcher;
     FakeRecognizer recognizer;
     FakeCodeDetector screenDetector;
     FakeCodeDetector pictureDetector;
     FakeColorSamplers samplers{time};
-    FakeFilePanels filePanels{time};
-    FakeKeychain keychain;
-    CustomUploadManager uploads{{.defaults = defaults, .keychain = keychain, .time = time}};
+    FakePanelWindows windows;
+    FakeEventMonitors monitors;
+    FakeEventPoster poster;
+    FakeScreens screens;
+    FakeWorkspace workspace;
+    FakeApplicationActivator activator{workspace};
+    FakeFilePanels panels{time};
+    FakeImageCoder coder;
+    PanelController::Ports desktop{.windows = windows,
+                                   .monitors = monitors,
+                                   .poster = poster,
+                                   .screens = screens,
+                                   .workspace = workspace,
+                                   .activator = activator,
+                                   .pasteboard = pasteboard,
+                                   .defaults = defaults,
+                                   .center = center,
+                                   .time = time};
+    std::optional<FakeWorker> worker;
+    std::vector<Toast> toasts;
     std::vector<State> states;
     int dismissals = 0;
-    std::vector<Toast> toasts;
-    std::unique_ptr<CaptureServices> services;
+    QList<QImage> saved;
+    std::optional<CaptureServices> services;
 };
 
-TEST_F(CaptureServicesTest, aCardIsUploadedItsLinkCopiedAndTheCardDismissed) {
-    services->uploadFromCard(picture(50, 20), card());
-    EXPECT_THAT(states, IsEmpty()); // its picture is not a PNG yet
-    ASSERT_TRUE(happens([this] { return !toasts.empty(); }));
+// Uploads from the card.
+
+TEST_F(CaptureServicesTest, anUploadFromTheCardEndsWithItsLinkAndDismissesTheCard) {
+    makeServices();
+    services->uploadFromCard(picture(Qt::red), card());
+    EXPECT_THAT(states, IsEmpty()); // its picture is no PNG yet
+    ASSERT_TRUE(happens([&] { return !toasts.empty(); }));
     EXPECT_THAT(states, ElementsAre(State::uploading, State::done));
-    EXPECT_EQ(givenPicture().size(), QSize(50, 20));
-    EXPECT_EQ(pasteboard.string(), text("https://example.org/1"));
-    EXPECT_THAT(toasts, ElementsAre(Toast(text("Uploaded — link copied"), text("checkmark.circle.fill"))));
+    EXPECT_EQ(pasteboard.string(), link);
+    EXPECT_THAT(toasts, ElementsAre(uploaded));
+    EXPECT_EQ(uploadedPicture().pixelColor(10, 10), QColor(Qt::red));
+    time.advance(799ms);
     EXPECT_EQ(dismissals, 0);
-    time.advance(800ms);
+    time.advance(1ms);
     EXPECT_EQ(dismissals, 1);
+    time.advance(1h);
+    EXPECT_EQ(dismissals, 1);
+    EXPECT_THAT(states, ElementsAre(State::uploading, State::done));
 }
 
-TEST_F(CaptureServicesTest, aCardWhoseUploadFailsGetsItsButtonBack) {
-    writeWorker("exit 3");
+TEST_F(CaptureServicesTest, aFailureLeavesTheCardWithItsButton) {
+    makeServices(fails);
+    pasteboard.copyFromOutside(QStringLiteral("before"));
     services->uploadFromCard(picture(), card());
-    ASSERT_TRUE(happens([this] { return !toasts.empty(); }));
+    ASSERT_TRUE(happens([&] { return !toasts.empty(); }));
     EXPECT_THAT(states, ElementsAre(State::uploading, State::idle));
-    EXPECT_EQ(toasts.front().second, text("exclamationmark.triangle.fill"));
-    time.advance(10s);
+    EXPECT_THAT(toasts, ElementsAre(Toast{QStringLiteral("Your script threw an error: boom"), warning}));
+    time.advance(1h);
+    EXPECT_EQ(dismissals, 0);
+    EXPECT_EQ(pasteboard.string(), QStringLiteral("before"));
+    services->uploadFromCard(picture(), card()); // and can be pressed again
+    ASSERT_TRUE(happens([&] { return states.size() == 3; }));
+    EXPECT_EQ(states.back(), State::uploading);
+}
+
+TEST_F(CaptureServicesTest, aPictureWithoutPixelsIsToldAndChangesNothing) {
+    makeServices();
+    services->uploadFromCard(QImage(), card());
+    ASSERT_TRUE(happens([&] { return !toasts.empty(); }));
+    EXPECT_THAT(toasts, ElementsAre(Toast{QStringLiteral("Couldn't prepare the image for upload"), warning}));
+    EXPECT_THAT(states, ElementsAre(State::idle)); // as it was: it can be pressed again
+}
+
+TEST_F(CaptureServicesTest, theNextCardsUploadDoesNotWaitForTheFirst) {
+    makeServices(hangs);
+    services->uploadFromCard(picture(), card());
+    std::vector<State> others;
+    services->uploadFromCard(picture(), {.setState = [&](State state) { others.push_back(state); }, .dismiss = [] {}});
+    ASSERT_TRUE(happens([&] { return !others.empty(); }));
+    EXPECT_THAT(states, ElementsAre(State::uploading));
+    EXPECT_THAT(others, ElementsAre(State::uploading));
+}
+
+// Uploads from the editor.
+
+TEST_F(CaptureServicesTest, anUploadFromTheEditorTakesTheAnnotationsAndKeepsTheWindow) {
+    makeServices();
+    const auto editor = makeEditor(picture(Qt::green));
+    DrawingPath line;
+    line.id = QStringLiteral("line");
+    line.points = {{0, 0}, {1, 1}};
+    line.color = Qt::red;
+    line.lineWidth = 20;
+    editor->model().setDrawings({line});
+    editor->model().upload();
+    editor->model().upload();        // a second press, before the picture is ready
+    editor->model().setDrawings({}); // the picture is that of the press
+    ASSERT_TRUE(happens([&] { return !toasts.empty(); }));
+    EXPECT_EQ(editor->model().uploadState(), State::done);
+    EXPECT_EQ(pasteboard.clearCount(), 1);
+    EXPECT_EQ(pasteboard.string(), link);
+    EXPECT_THAT(toasts, ElementsAre(uploaded));
+    EXPECT_EQ(uploadedPicture().pixelColor(30, 20), QColor(Qt::red));
+    time.advance(1999ms);
+    EXPECT_EQ(editor->model().uploadState(), State::done);
+    time.advance(1ms);
+    EXPECT_EQ(editor->model().uploadState(), State::idle);
+    editor->model().upload();
+    EXPECT_TRUE(happens([&] { return editor->model().uploadState() == State::uploading; }));
+}
+
+TEST_F(CaptureServicesTest, anEditorThatIsClosedDuringItsUploadStillGetsItsLink) {
+    makeServices();
+    auto editor = makeEditor(picture());
+    editor->model().upload();
+    editor.reset();
+    ASSERT_TRUE(happens([&] { return !toasts.empty(); }));
+    EXPECT_EQ(pasteboard.string(), link);
+    EXPECT_THAT(toasts, ElementsAre(uploaded));
+}
+
+TEST_F(CaptureServicesTest, theEditorsButtonFollowsTheSettings) {
+    makeServices();
+    const auto editor = makeEditor(picture());
+    EXPECT_TRUE(editor->model().isUploadConfigured());
+    manager->setEnabled(false);
+    EXPECT_FALSE(editor->model().isUploadConfigured());
+    manager->setEnabled(true);
+    EXPECT_TRUE(editor->model().isUploadConfigured());
+    manager->setScript(QStringLiteral(" \n "));
+    EXPECT_FALSE(editor->model().isUploadConfigured());
+}
+
+// The text and the codes in a picture.
+
+TEST_F(CaptureServicesTest, getTextOpensANotepadThatCopiesByItself) {
+    makeServices();
+    recognizer.setLines({QStringLiteral("first"), QStringLiteral("second")});
+    getText(picture());
+    EXPECT_EQ(windows.living(), 1);
+    ASSERT_TRUE(happens([&] { return pasteboard.string() == QStringLiteral("first\nsecond"); }));
+    EXPECT_THAT(saved, IsEmpty());
+}
+
+TEST_F(CaptureServicesTest, closingANotepadSavesItsCaptureOnce) {
+    makeServices();
+    getText(picture(Qt::red));
+    time.advance(1s);
+    ASSERT_EQ(notepads().size(), 1);
+    QTest::keyClick(notepads().first(), Qt::Key_Escape);
+    EXPECT_THAT(saved, IsEmpty()); // once it has faded
+    time.advance(160ms);
+    ASSERT_EQ(saved.size(), 1);
+    EXPECT_EQ(saved.first().pixelColor(1, 1), QColor(Qt::red));
+    EXPECT_EQ(windows.living(), 0);
+    time.advance(1h);
+    EXPECT_EQ(saved.size(), 1);
+}
+
+TEST_F(CaptureServicesTest, aSecondNotepadClosesAndSavesTheFirst) {
+    makeServices();
+    getText(picture(Qt::red));
+    time.advance(1s);
+    getText(picture(Qt::blue));
+    time.advance(1s);
+    EXPECT_EQ(windows.living(), 1);
+    ASSERT_EQ(saved.size(), 1);
+    EXPECT_EQ(saved.first().pixelColor(1, 1), QColor(Qt::red));
+    screens.setMouseLocation({5, 5});
+    monitors.mouseDown(eventMask::leftMouseDown, false);
+    time.advance(1s);
+    ASSERT_EQ(saved.size(), 2);
+    EXPECT_EQ(saved.last().pixelColor(1, 1), QColor(Qt::blue));
+}
+
+TEST_F(CaptureServicesTest, theEditorsTwoScansReadThePicture) {
+    makeServices();
+    recognizer.setLines({QStringLiteral("words")});
+    pictureDetector.setPayloads({QStringLiteral("code")});
+    const auto editor = makeEditor(picture());
+    editor->model().extractText();
+    editor->model().scanQr();
+    EXPECT_TRUE(happens([&] {
+        time.advance(100ms);
+        return editor->findChild<OCRResultView *>() && editor->findChild<QRLabelBubble *>();
+    }));
+    EXPECT_THAT(screenDetector.images(), IsEmpty());
+}
+
+TEST_F(CaptureServicesTest, aScanOfTheScreenShowsItsCodes) {
+    makeServices();
+    screenDetector.setPayloads({QStringLiteral("hello")});
+    services->startQrScan(desktop);
+    ASSERT_EQ(launcher.tasks().size(), 1);
+    ASSERT_TRUE(picture().save(launcher.tasks().first()->arguments().last()));
+    launcher.tasks().first()->finish(0);
+    ASSERT_TRUE(happens([&] { return windows.living() == 1; }));
+    EXPECT_TRUE(windows.windows().front()->isVisible());
+    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::regular);
+    EXPECT_THAT(pictureDetector.images(), IsEmpty());
+}
+
+TEST_F(CaptureServicesTest, aColourIsPickedAndTold) {
+    makeServices();
+    services->pickColor();
+    ASSERT_TRUE(samplers.isShown());
+    samplers.take(Qt::red);
+    time.advance(1s);
+    EXPECT_EQ(pasteboard.string(), QStringLiteral("#FF0000"));
+    EXPECT_EQ(toasts.size(), 1U);
+}
+
+// The end of the program.
+
+TEST_F(CaptureServicesTest, theEndDoesNotWaitForAReaderThatHangs) {
+    makeServices();
+    recognizer.hold();
+    const auto editor = makeEditor(picture());
+    getText(picture());
+    editor->model().extractText();
+    ASSERT_TRUE(happens([&] { return recognizer.count() == 1; })); // and the second waits behind it
+    QElapsedTimer timer;
+    timer.start();
+    services.reset();
+    EXPECT_LT(timer.elapsed(), 2000);
+    time.advance(1h); // what it would have told is told to nobody
+    EXPECT_EQ(pasteboard.string(), std::nullopt);
+}
+
+TEST_F(CaptureServicesTest, theEndDoesNotWaitForAScriptThatHangs) {
+    makeServices(hangs);
+    services->uploadFromCard(picture(), card());
+    ASSERT_TRUE(happens([&] { return QFile::exists(worker->file("input")); }));
+    services->uploadFromCard(picture(), card()); // this one may not have begun
+    QElapsedTimer timer;
+    timer.start();
+    services.reset();
+    EXPECT_LT(timer.elapsed(), 2000);
+    time.advance(1h);
     EXPECT_EQ(dismissals, 0);
 }
 
-TEST_F(CaptureServicesTest, aCardWithoutPixelsIsToldSoAndMayTryAgain) {
-    services->uploadFromCard(QImage(), card());
-    ASSERT_TRUE(happens([this] { return !toasts.empty(); }));
-    EXPECT_THAT(states, ElementsAre(State::idle));
-    EXPECT_THAT(toasts, ElementsAre(Toast(text("Couldn't prepare the image for upload"),
-                                          text("exclamationmark.triangle.fill"))));
-    EXPECT_FALSE(QFile::exists(home.filePath(text("given"))));
-}
-
-TEST_F(CaptureServicesTest, servicesThatGoWhileAPictureIsMadeReadyWaitForIt) {
-    services->uploadFromCard(picture(2000, 2000), card());
+TEST_F(CaptureServicesTest, theEndTakesItsPanelsWithIt) {
+    makeServices();
+    getText(picture());
+    time.advance(1s);
+    QTest::keyClick(notepads().first(), Qt::Key_Escape);
+    getText(picture()); // while the first fades
+    EXPECT_EQ(windows.living(), 2);
     services.reset();
-    EXPECT_THAT(states, IsEmpty());
+    EXPECT_EQ(windows.living(), 0);
+    time.advance(1h);
 }
 
-TEST_F(CaptureServicesTest, anEditorKnowsWhetherUploadsAreSetUp) {
-    const auto view = editor();
-    EXPECT_TRUE(view->model().isUploadConfigured());
-    uploads.setEnabled(false);
-    EXPECT_FALSE(view->model().isUploadConfigured());
-}
-
-TEST_F(CaptureServicesTest, whatAnEditorUploadsHasItsAnnotations) {
-    const auto view = editor();
-    view->model().setDrawings({{.id = text("1"),
-                                .kind = DrawingKind::path,
-                                .points = {{0, 0.5}, {1, 0.5}},
-                                .color = Qt::red,
-                                .lineWidth = 10,
-                                .isHighlighter = false,
-                                .text = {},
-                                .number = {}}});
-    view->model().upload();
-    view->model().upload(); // a second press, before the picture is ready
-    view->model().setDrawings({});
-    ASSERT_TRUE(happens([&] { return view->model().uploadState() == State::done; }));
-    EXPECT_EQ(givenPicture().pixelColor(20, 15), QColor(Qt::red));
-    EXPECT_EQ(pasteboard.clearCount(), 1);
-    time.advance(2s);
-    EXPECT_EQ(view->model().uploadState(), State::idle);
-}
-
-TEST_F(CaptureServicesTest, anEditorThatIsClosedDuringItsUploadLeavesTheLink) {
-    auto view = editor();
-    view->model().upload();
-    view.reset();
-    ASSERT_TRUE(happens([this] { return !toasts.empty(); }));
-    EXPECT_EQ(pasteboard.string(), text("https://example.org/1"));
-}
-
-TEST_F(CaptureServicesTest, aPickedColourIsCopiedAndToldAndASecondTriggerIsNothing) {
-    const std::string output = outputOf([this] {
-        services->pickColor();
-        services->pickColor();
-    });
-    EXPECT_THAT(output, HasSubstr("DEBUG: Color picker already active, ignoring\n"));
-    samplers.take(Qt::red);
-    static_cast<void>(outputOf([this] { time.runPending(); }));
-    EXPECT_EQ(pasteboard.string(), text("#FF0000"));
-    EXPECT_THAT(toasts, ElementsAre(Toast(text("Copied: #FF0000"), text("paintbrush.fill"))));
+TEST_F(CaptureServicesTest, theEndGivesUpAScanUnderWay) {
+    makeServices();
+    services->startQrScan(desktop);
+    services.reset();
+    EXPECT_TRUE(launcher.tasks().first()->isTerminated());
+    launcher.deliverSignals();
+    time.advance(1h);
 }
 
 } // namespace
-} // namespace tavrine
+} // namespace tavrine::test

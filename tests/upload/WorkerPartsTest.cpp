@@ -141,6 +141,23 @@ TEST(HttpRules, anotherServerIsToldByHostAndPort) {
     EXPECT_FALSE(keeps("http://h/a", "http://h.x/"));
     EXPECT_FALSE(keeps("http://h/a", "http://h@x/"));
     EXPECT_FALSE(keeps("http://h/a", "http://x#@h/"));
+    EXPECT_TRUE(keeps("http://h/a", "http://h?@x/"));
+}
+
+TEST(HttpRules, aHostThatProgramsReadInTwoWaysIsRefused) {
+    for (const char *url : {"http://h\\@x/", "http://h\\x/", "http://h\\"}) {
+        EXPECT_EQ(refusal({1, url, "GET", {}, ""}), "The URL is malformed.") << url;
+        HttpRequest request{1, "http://h/", "GET", {}, ""};
+        EXPECT_EQ(followRedirect(request, 302, url), "The URL is malformed.") << url;
+    }
+    EXPECT_EQ(refusal({1, "http://h/a\\b?c\\d", "GET", {}, ""}), std::nullopt);
+}
+
+TEST(HttpRules, theSenderAloneTellsWhereABodyEnds) {
+    EXPECT_TRUE(isFraming("Content-Length"));
+    EXPECT_TRUE(isFraming("TRANSFER-encoding"));
+    EXPECT_FALSE(isFraming("Content-Type"));
+    EXPECT_FALSE(isFraming("Content-Length2"));
 }
 
 TEST(ScriptEncodings, base64IsReadAsInBrowsers) {

@@ -2,6 +2,8 @@
 
 #include "ports/CodeDetector.h"
 
+#include <atomic>
+
 namespace tavrine {
 
 /// Finds the codes that a test gives it, in pictures that are large enough to hold one.
@@ -9,8 +11,10 @@ class FakeCodeDetector final : public CodeDetector {
 public:
     [[nodiscard]] QList<DetectedCode> detect(const QImage &image) override {
         m_images.append(image);
-        return image.width() >= 21 && image.height() >= 21 ? m_codes : QList<DetectedCode>();
+        return !m_isCancelled && image.width() >= 21 && image.height() >= 21 ? m_codes : QList<DetectedCode>();
     }
+
+    void cancel() override { m_isCancelled = true; }
 
     void setCodes(const QList<DetectedCode> &codes) { m_codes = codes; }
     /// Where they stand is all the same.
@@ -23,6 +27,7 @@ public:
 
 private:
     QList<DetectedCode> m_codes;
+    std::atomic<bool> m_isCancelled = false;
     QList<QImage> m_images;
 };
 

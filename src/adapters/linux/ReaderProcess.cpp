@@ -9,12 +9,14 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <iterator>
 #include <string>
 #include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/eventfd.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,24 +26,6 @@ namespace {
 
 constexpr qsizetype longestAnswer = 16 * 1024 * 1024;
 constexpr QLatin1String program("/TavrineReader");
-
-/// A file descriptor with an owner.
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1) : m_number(number) {}
-    ~Descriptor() { close(); }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    [[nodiscard]] int number() const { return m_number; }
-    [[nodiscard]] bool isOpen() const { return m_number >= 0; }
-    void close() {
-        if (m_number >= 0)
-            ::close(std::exchange(m_number, -1));
-    }
-
-private:
-    int m_number;
-};
 
 bool writeAll(int file, const void *bytes, size_t size) {
     const auto *next = static_cast<const char *>(bytes);
@@ -109,15 +93,15 @@ pid_t start(const QString &path, const QString &plugin, int input, int output) {
     return error == 0 ? pid : -1;
 }
 
-/// What comes until the other side closes; false when it takes too long or is too much.
-bool readAll(int file, const QDeadlineTimer &deadline, QByteArray &answer) {
+/// What comes until the other side closes; false when it takes too long or is too much, or nobody wants it any more.
+bool readAll(int file, int cancelled, const QDeadlineTimer &deadline, QByteArray &answer) {
     char buffer[65536];
     for (;;) {
-        pollfd waiting{file, POLLIN, 0};
-        const int ready = poll(&waiting, 1, static_cast<int>(deadline.remainingTime()));
+        pollfd waiting[] = {{file, POLLIN, 0}, {cancelled, POLLIN, 0}};
+        const int ready = poll(waiting, std::size(waiting), static_cast<int>(deadline.remainingTime()));
         if (ready < 0 && errno == EINTR)
             continue;
-        if (ready <= 0)
+        if (ready <= 0 || waiting[1].revents != 0)
             return false;
         const ssize_t count = ::read(file, buffer, sizeof(buffer));
         if (count < 0 && errno == EINTR)
@@ -140,6 +124,14 @@ int waitFor(pid_t pid) {
 
 } // namespace
 
+ReaderProcess::ReaderProcess(QString program, QString plugin, std::chrono::milliseconds longest)
+    : m_program(std::move(program)), m_plugin(std::move(plugin)), m_longest(longest),
+      m_cancelled(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+void ReaderProcess::cancel() {
+    eventfd_write(m_cancelled.number(), 1); // never read, so it holds for all that come
+}
+
 std::variant<ReaderProcess::Failure, QByteArray> ReaderProcess::read(const QImage &image) const {
     const QImage picture = readerProtocol::transferable(image);
     if (picture.isNull())
@@ -157,7 +149,7 @@ std::variant<ReaderProcess::Failure, QByteArray> ReaderProcess::read(const QImag
         return Failure{QString::fromLocal8Bit(std::strerror(errno))};
     output.close(); // ours; the answer ends when the reader's is closed too
     QByteArray answer;
-    const bool isWhole = readAll(answerEnd.number(), deadline, answer);
+    const bool isWhole = readAll(answerEnd.number(), m_cancelled.number(), deadline, answer);
     if (!isWhole)
         kill(pid, SIGKILL);
     const int status = waitFor(pid);

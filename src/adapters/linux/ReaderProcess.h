@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Descriptor.h"
 #include "ports/CodeDetector.h"
 #include "ports/Recognizer.h"
 
@@ -19,18 +20,21 @@ class ReaderProcess {
 public:
     /// `program` is TavrineReader's file; `plugin` the plugin's name. An answer that takes longer is none, and the
     /// process is killed.
-    ReaderProcess(QString program, QString plugin, std::chrono::milliseconds longest)
-        : m_program(std::move(program)), m_plugin(std::move(plugin)), m_longest(longest) {}
+    ReaderProcess(QString program, QString plugin, std::chrono::milliseconds longest);
 
     struct Failure {
         QString reason;
     };
     [[nodiscard]] std::variant<Failure, QByteArray> read(const QImage &image) const;
 
+    /// The answer that is waited for now, and every later one, is a failure at once; the process is killed.
+    void cancel();
+
 private:
     QString m_program;
     QString m_plugin;
     std::chrono::milliseconds m_longest;
+    Descriptor m_cancelled; ///< readable from the cancelling on
 };
 
 /// Text, by a process of its own for each picture.
@@ -40,6 +44,7 @@ public:
     /// `programFolder` is where this program's own file stands.
     explicit ProcessRecognizer(const QString &programFolder, std::chrono::milliseconds patience = longest);
     [[nodiscard]] Result recognize(const QImage &image) override;
+    void cancel() override { m_reader.cancel(); }
 
 private:
     ReaderProcess m_reader;
@@ -53,6 +58,7 @@ public:
     static constexpr auto picturePlugin = "picture_code_detector"; ///< for the editor
     ProcessCodeDetector(const QString &programFolder, const char *plugin, std::chrono::milliseconds patience = longest);
     [[nodiscard]] QList<DetectedCode> detect(const QImage &image) override;
+    void cancel() override { m_reader.cancel(); }
 
 private:
     ReaderProcess m_reader;

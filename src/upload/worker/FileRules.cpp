@@ -1,5 +1,7 @@
 #include "upload/worker/FileRules.h"
 
+#include "base/Descriptor.h"
+
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
@@ -32,21 +34,6 @@ struct [[gnu::packed]] PathAttributes {
     std::int32_t folder;
 };
 
-class Descriptor {
-public:
-    explicit Descriptor(long number) : m_number(static_cast<int>(number)) {}
-    ~Descriptor() {
-        if (m_number >= 0)
-            close(m_number);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    [[nodiscard]] int number() const { return m_number; }
-
-private:
-    int m_number;
-};
-
 std::optional<std::string> failed() {
     return std::string("landlock: ") + std::strerror(errno);
 }
@@ -64,7 +51,7 @@ std::optional<std::string> allowFilesOnlyIn(const std::vector<std::string> &fold
         rights.handledFileRights |= truncateRight;
     if (version >= 5)
         rights.handledFileRights |= deviceRight;
-    const Descriptor ruleset(syscall(createRulesetCall, &rights, sizeof rights, 0));
+    const Descriptor ruleset(static_cast<int>(syscall(createRulesetCall, &rights, sizeof rights, 0)));
     if (ruleset.number() < 0)
         return failed();
     for (const std::string &path : folders) {

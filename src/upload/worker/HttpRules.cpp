@@ -28,13 +28,18 @@ bool isHeaderValue(std::string_view text) {
     return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
 }
 
-/// Scheme, host and port as they are written.
-std::string originOf(std::string_view url) {
+/// User, host and port as they are written.
+std::string_view authorityOf(std::string_view url) {
     const std::size_t start = url.find("://");
     if (start == std::string_view::npos)
         return {};
-    const std::size_t end = url.find_first_of("/?#\\", start + 3);
-    std::string_view authority = url.substr(start + 3, end == std::string_view::npos ? end : end - start - 3);
+    const std::string_view rest = url.substr(start + 3);
+    return rest.substr(0, rest.find_first_of("/?#"));
+}
+
+/// Scheme, host and port as they are written.
+std::string originOf(std::string_view url) {
+    std::string_view authority = authorityOf(url);
     authority.remove_prefix(authority.rfind('@') == std::string_view::npos ? 0 : authority.rfind('@') + 1);
     std::string origin = schemeOf(url) + "://" + lowerCase(authority);
     const std::string standardPort = schemeOf(url) == "https" ? ":443" : ":80";
@@ -58,7 +63,9 @@ std::optional<std::string> refusal(const HttpRequest &request) {
         return "Only http and https URLs can be requested.";
     const bool hasControl = std::any_of(request.url.begin(), request.url.end(),
                                         [](char c) { return static_cast<unsigned char>(c) <= 0x20 || c == 0x7F; });
-    if (request.url.size() > limits::requestUrlBytes || hasControl)
+    // Programs do not agree on whether a backslash ends the host.
+    const bool isAmbiguous = authorityOf(request.url).find('\\') != std::string_view::npos;
+    if (request.url.size() > limits::requestUrlBytes || hasControl || isAmbiguous)
         return "The URL is malformed.";
     if (!isToken(request.method) || request.method.size() > 32 || request.method == "CONNECT")
         return "The method is malformed.";
@@ -77,6 +84,11 @@ std::optional<std::string> refusal(const HttpRequest &request) {
     return std::nullopt;
 }
 
+bool isFraming(std::string_view headerName) {
+    const std::string name = lowerCase(headerName);
+    return name == "content-length" || name == "transfer-encoding";
+}
+
 std::optional<std::string> followRedirect(HttpRequest &request, long status, const std::string &location) {
     if (schemeOf(location) != schemeOf(request.url))
         return "The server redirects to another scheme.";
@@ -93,7 +105,7 @@ std::optional<std::string> followRedirect(HttpRequest &request, long status, con
                (isOtherOrigin && (name == "authorization" || name == "cookie" || name == "proxy-authorization"));
     });
     request.url = location;
-    return std::nullopt;
+    return refusal(request);
 }
 
 } // namespace tavrine

@@ -15,6 +15,10 @@ namespace tavrine {
 /// "http" or "https" in lower case; empty for every other URL.
 [[nodiscard]] std::string schemeOf(std::string_view url);
 
+/// Whether a header tells where the body ends. That is told by who sends it: a server that is told otherwise as well
+/// can be made to see a second request in the body.
+[[nodiscard]] bool isFraming(std::string_view headerName);
+
 /// Changes `request` into the one that follows a redirect of `status` to `location`, as browsers do: a POST becomes a
 /// GET at 301 and 302, all but HEAD at 303; where the host or port changes, what identifies the person stays behind.
 /// A text when it may not be followed.

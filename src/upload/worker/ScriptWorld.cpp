@@ -206,6 +206,8 @@ void ScriptWorld::request(std::size_t count, const JSValueRef arguments[], JSVal
     }
     if (!*exception)
         request.body = requestBody(arguments[3], request, exception);
+    if (!*exception && request.body.size() > limits::requestBytes)
+        *exception = makeError(m_context, "The body is too long."); // not even handed over
     if (*exception)
         return;
     request.id = ++m_lastRequest;

@@ -30,6 +30,7 @@ inline constexpr std::size_t requestUrlBytes = 64 * kib;
 inline constexpr std::size_t requestHeaders = 100;
 inline constexpr std::size_t requestHeaderBytes = 64 * kib;
 inline constexpr std::size_t responseBytes = 8 * mib;
+inline constexpr std::size_t responseHeaderBytes = 256 * kib;
 inline constexpr std::size_t requestsAtOnce = 16;
 inline constexpr int redirects = 5;
 inline constexpr std::chrono::seconds connectTimeOut{10};

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 
 #include <cstring>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -71,6 +72,22 @@ TEST_F(ReaderProcessTest, aReaderThatHangsIsEnded) {
     timer.start();
     EXPECT_EQ(failure(std::chrono::milliseconds(200)), words("the reader gave no answer in time"));
     EXPECT_LT(timer.elapsed(), 10'000);
+}
+
+TEST_F(ReaderProcessTest, cancellingEndsTheReaderThatIsWaitedForAndEveryLaterOne) {
+    writeReader("exec sleep 600");
+    ProcessRecognizer recognizer(folder.path());
+    Recognizer::Result result;
+    QElapsedTimer timer;
+    std::thread caller([&] { result = recognizer.recognize(picture()); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100)); // it waits by now, or finds the word when it begins
+    timer.start();
+    recognizer.cancel();
+    caller.join();
+    EXPECT_LT(timer.elapsed(), 2000);
+    EXPECT_TRUE(std::holds_alternative<Recognizer::Failure>(result));
+    EXPECT_TRUE(std::holds_alternative<Recognizer::Failure>(recognizer.recognize(picture())));
+    EXPECT_LT(timer.elapsed(), 4000);
 }
 
 TEST_F(ReaderProcessTest, nonsenseIsAFailure) {

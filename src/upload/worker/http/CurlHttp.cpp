@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <list>
 #include <memory>
+#include <new>
 #include <optional>
 
 #include <curl/curl.h>
@@ -32,7 +33,8 @@ public:
         curl_slist_free_all(m_headers);
         m_headers = nullptr;
         m_body.clear();
-        m_isTooLong = false;
+        m_headerBytes = 0;
+        m_failure = nullptr;
         m_words[0] = '\0';
         m_handle = curl_easy_init();
         if (!m_handle)
@@ -52,6 +54,8 @@ public:
         set(CURLOPT_PRIVATE, this);
         set(CURLOPT_WRITEFUNCTION, &Exchange::receive);
         set(CURLOPT_WRITEDATA, this);
+        set(CURLOPT_HEADERFUNCTION, &Exchange::receiveHeader);
+        set(CURLOPT_HEADERDATA, this);
         setMethodAndBody();
         setHeaders();
         return m_handle;
@@ -61,9 +65,7 @@ public:
     [[nodiscard]] std::optional<HttpAnswer> end(CURLcode code) {
         HttpAnswer answer{m_request.id, {}, 0, {}};
         if (code != CURLE_OK) {
-            answer.failure = m_isTooLong  ? "The response is larger than 8 MiB."
-                             : m_words[0] ? m_words
-                                          : curl_easy_strerror(code);
+            answer.failure = m_failure ? m_failure : m_words[0] ? m_words : curl_easy_strerror(code);
             return answer;
         }
         long status = 0;
@@ -111,6 +113,8 @@ private:
         // Only what the script names, beside what every request must have. "Expect" would cost a round trip.
         bool hasType = false;
         for (const auto &[name, value] : m_request.headers) {
+            if (isFraming(name))
+                continue;
             hasType = hasType || curl_strequal(name.c_str(), "content-type");
             // A header without a value is spelled with a semicolon, for with a colon the library drops it.
             add(value.find_first_not_of(" \t") == std::string::npos ? name + ";" : name + ": " + value);
@@ -129,11 +133,28 @@ private:
     static std::size_t receive(char *data, std::size_t size, std::size_t count, void *self) {
         auto *exchange = static_cast<Exchange *>(self);
         const std::size_t bytes = size * count;
-        exchange->m_isTooLong = exchange->m_body.size() + bytes > limits::responseBytes;
-        if (exchange->m_isTooLong)
-            return 0; // ends the exchange
-        exchange->m_body.append(data, bytes);
+        if (exchange->m_body.size() + bytes > limits::responseBytes)
+            return exchange->giveUp("The response is larger than 8 MiB.");
+        try {
+            exchange->m_body.append(data, bytes);
+        } catch (const std::bad_alloc &) { // must not fly through the library
+            return exchange->giveUp("There is no memory for the response.");
+        }
         return bytes;
+    }
+
+    static std::size_t receiveHeader(char *, std::size_t size, std::size_t count, void *self) {
+        auto *exchange = static_cast<Exchange *>(self);
+        exchange->m_headerBytes += size * count;
+        if (exchange->m_headerBytes > limits::responseHeaderBytes)
+            return exchange->giveUp("The response's headers are larger than 256 KiB.");
+        return size * count;
+    }
+
+    /// What a callback of the library gives to end its exchange.
+    std::size_t giveUp(const char *failure) {
+        m_failure = failure;
+        return 0;
     }
 
     HttpRequest m_request;
@@ -141,7 +162,8 @@ private:
     CURL *m_handle = nullptr;
     curl_slist *m_headers = nullptr;
     std::string m_body;
-    bool m_isTooLong = false;
+    std::size_t m_headerBytes = 0;
+    const char *m_failure = nullptr; ///< ours, before the library's words
     int m_redirects = 0;
     char m_words[CURL_ERROR_SIZE] = {};
 };
