@@ -80,7 +80,8 @@ void SnipFlow::writeToPasteboard(const QImage &image) {
 
 void SnipFlow::showSnipPreview(const QImage &image) {
     dismissSnipPreview(Dismissal::atOnce);
-    m_cardModel = std::make_shared<SnippetPreviewModel>(image, cardActions(image), m_ports.time, m_ports.uploads);
+    m_cardModel = std::make_shared<SnippetPreviewModel>(image, cardActions(image), m_ports.time,
+                                                        m_ports.uploads ? m_ports.uploads() : nullptr);
     m_card.show(m_views.card ? m_views.card(m_cardModel) : nullptr);
     m_cardModel->appear();
 }

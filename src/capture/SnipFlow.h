@@ -47,7 +47,7 @@ public:
         ScreenSnipper &snipper;
         SerialQueue &fileQueue;
         Folders folders;
-        CustomUploadManager *uploads = nullptr; ///< null: there is no upload
+        std::function<CustomUploadManager *()> uploads = {}; ///< asked for each card; none or null: no upload
     };
     /// What the flow asks of other tools. One that is missing does nothing.
     struct Actions {

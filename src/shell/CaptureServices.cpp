@@ -56,6 +56,7 @@ struct CaptureServices::Notepad {
 CaptureServices::CaptureServices(Ports ports) : m_ports(std::move(ports)) {}
 
 CaptureServices::~CaptureServices() {
+    m_alive.reset();
     // The queues wait for what was handed in, and a picture can take its reader a minute.
     for (CodeDetector *detector : {&m_ports.screenDetector, &m_ports.pictureDetector})
         detector->cancel();
@@ -75,8 +76,10 @@ JSUploadEngine &CaptureServices::engine() {
 }
 
 UploadRunner CaptureServices::uploadRunner() {
-    return [this](const QString &script, const QString &imageBase64, const QString &fileName, Seconds timeout,
-                  const auto &completion) {
+    return [this, alive = std::weak_ptr(m_alive)](const QString &script, const QString &imageBase64,
+                                                  const QString &fileName, Seconds timeout, const auto &completion) {
+        if (alive.expired()) // the picture was ready after the end
+            return;
         engine().queue().async([&engine = engine(), script, imageBase64, fileName, timeout, completion] {
             engine.run(script, imageBase64, fileName, timeout.count(), completion);
         });
@@ -86,7 +89,7 @@ UploadRunner CaptureServices::uploadRunner() {
 UploadFlow::Ports CaptureServices::uploadPorts() {
     if (!m_pictureQueue)
         m_pictureQueue = std::make_unique<SerialQueue>(QStringLiteral("com.tavrine.upload"));
-    return {m_ports.uploads(), m_ports.pasteboard, m_ports.time, *m_pictureQueue};
+    return {*m_ports.uploads(), m_ports.pasteboard, m_ports.time, *m_pictureQueue};
 }
 
 UploadFlow::Actions CaptureServices::uploadActions(std::function<QImage()> image) {
@@ -94,7 +97,8 @@ UploadFlow::Actions CaptureServices::uploadActions(std::function<QImage()> image
                 return [taken = image()] { return pngData(taken); };
             },
             .run = uploadRunner(),
-            .uploadFileName = [this] { return engine().uploadFileName(); },
+            .uploadFileName = [this, alive = std::weak_ptr(
+                                         m_alive)] { return alive.expired() ? QString() : engine().uploadFileName(); },
             .showToast = m_showToast};
 }
 
@@ -118,9 +122,11 @@ EditorView::Hooks CaptureServices::editorHooks() {
 }
 
 void CaptureServices::openedEditor(EditorView &editor) {
-    const CustomUploadManager &manager = m_ports.uploads();
-    const auto tell = [&editor, &manager] { editor.model().setUploadConfigured(manager.isConfigured()); };
-    QObject::connect(&manager, &CustomUploadManager::changed, &editor, tell);
+    const CustomUploadManager *const manager = m_ports.uploads();
+    if (!manager)
+        return;
+    const auto tell = [&editor, manager] { editor.model().setUploadConfigured(manager->isConfigured()); };
+    QObject::connect(manager, &CustomUploadManager::changed, &editor, tell);
     tell();
 }
 

@@ -42,7 +42,7 @@ public:
         ColorSamplers &samplers;
         QString temporaryFolder;
         QString uploadWorker;                           ///< the worker's file
-        std::function<CustomUploadManager &()> uploads; ///< made with the first call
+        std::function<CustomUploadManager *()> uploads; ///< null while nobody uploads
     };
     using ShowToast = std::function<void(const QString &message, const QString &icon)>;
 
@@ -87,6 +87,7 @@ private:
     std::unique_ptr<ColorPickerManager> m_picker;
     std::unique_ptr<JSUploadEngine> m_engine;
     std::unique_ptr<SerialQueue> m_pictureQueue;
+    std::shared_ptr<int> m_alive = std::make_shared<int>();
 };
 
 } // namespace tavrine

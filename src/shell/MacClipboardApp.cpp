@@ -174,14 +174,14 @@ int main(int argc, char **argv) {
     DesktopUrlOpener urlOpener;
     std::optional<PanelAdapters> panels;
     std::optional<EmojiPickerStore> emojiStore; // with its table, from the first opening on
-    // Made with the first card, editor or settings page that asks; for who uploads, soon after the launch, so that the
-    // first card has its button. Nobody else pays for the key ring.
+    // For who uploads, soon after the launch, so that the first card has its button. Nobody else pays for the key ring,
+    // or is asked to unlock it.
     PluginKeychain keychain([] { return qobject_cast<Keychain *>(loadPlugin(QStringLiteral("keychain"))); });
     std::optional<CustomUploadManager> uploads;
-    const auto uploadManager = [&]() -> CustomUploadManager & {
-        if (!uploads)
+    const auto uploadManager = [&]() -> CustomUploadManager * {
+        if (!uploads && CustomUploadManager::isEnabledIn(defaults))
             uploads.emplace(CustomUploadManager::Ports{.defaults = defaults, .keychain = keychain, .time = time});
-        return *uploads;
+        return uploads ? &*uploads : nullptr;
     };
     const auto desktop = [&] {
         panels.emplace(pasteboard, look);
@@ -255,7 +255,7 @@ int main(int argc, char **argv) {
                             .snipper = snipper,
                             .fileQueue = capture->fileQueue,
                             .folders = folders,
-                            .uploads = &uploadManager()},
+                            .uploads = uploadManager},
             actions,
             SnipFlow::Views{.card = [](const auto &model) { return new SnippetPreviewCard(model); },
                             .saveDialog = [](const auto &model) { return new SnipSaveDialogView(model); }});
@@ -278,7 +278,6 @@ int main(int argc, char **argv) {
     tools.setDelegate(&appDelegate);
     delegate = &appDelegate;
     appDelegate.applicationDidFinishLaunching();
-    if (CustomUploadManager::isEnabledIn(defaults))
-        time.asyncAfter(Seconds(1), [&] { uploadManager(); });
+    time.asyncAfter(Seconds(1), [&] { uploadManager(); });
     return QApplication::exec();
 }

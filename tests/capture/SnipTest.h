@@ -71,7 +71,8 @@ protected:
 
     void makeFlow() {
         flow = std::make_unique<SnipFlow>(
-            SnipFlow::Ports{time, defaults, pasteboard, screens, windows, panels, snipper, queue, folders, &uploads},
+            SnipFlow::Ports{time, defaults, pasteboard, screens, windows, panels, snipper, queue, folders,
+                            [this] { return &uploads; }},
             SnipFlow::Actions{.mayCaptureScreen =
                                   [this] {
                                       ++permissionQuestions;

@@ -70,7 +70,7 @@ protected:
                                                 .samplers = samplers,
                                                 .temporaryFolder = home.filePath(QStringLiteral("tmp")),
                                                 .uploadWorker = worker->path(),
-                                                .uploads = [this]() -> CustomUploadManager & { return *manager; }});
+                                                .uploads = [this] { return manager.get(); }});
         services->setShowToast([this](const QString &message, const QString &icon) {
             toasts.push_back({message, icon});
         });
@@ -230,6 +230,12 @@ TEST_F(CaptureServicesTest, anEditorThatIsClosedDuringItsUploadStillGetsItsLink)
     ASSERT_TRUE(happens([&] { return !toasts.empty(); }));
     EXPECT_EQ(pasteboard.string(), link);
     EXPECT_THAT(toasts, ElementsAre(uploaded));
+}
+
+TEST_F(CaptureServicesTest, whileNobodyUploadsAnEditorHasNoButton) {
+    manager.reset();
+    makeServices();
+    EXPECT_FALSE(makeEditor(picture())->model().isUploadConfigured());
 }
 
 TEST_F(CaptureServicesTest, theEditorsButtonFollowsTheSettings) {
