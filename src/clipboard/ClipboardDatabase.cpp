@@ -25,8 +25,9 @@ namespace {
 constexpr int busyTimeoutMs = 1000;
 // Keeps a DELETE under the 999 parameters that an SQLite may be limited to.
 constexpr qsizetype idsPerDelete = 500;
-/// The part of the rows from which on a search reads by date. Measured at a million rows.
-constexpr double manyMatches = 0.05;
+/// The part of the newest rows from which on a search looks for its matches among the newest first. At a million rows,
+/// that way takes as long as looking at every row when one in two thousand matches.
+constexpr double someMatches = 0.001;
 constexpr Seconds shortestLookAhead{60};
 constexpr Seconds longestLookAhead{3600};
 
@@ -179,7 +180,7 @@ std::vector<ClipboardItem> ClipboardDatabase::loadByStatement(std::optional<Date
     std::vector<RecentRows::Row> rows;
     std::optional<ChangeStamp> stamp;
     // The newest rows come first by their date; what SQLite picks for this statement sorts the whole table.
-    const auto reader = PlannedReader::open(m_db, PlannedReader::Order::byDate);
+    const auto reader = PlannedReader::open(m_db, PlannedReader::View::historyByDate);
     const auto runOn = [&](sqlite3 *db, qint64 rowLimit) {
         rows.clear();
         Statement statement(db, QByteArray(sql::protectedAndUnprotected) + (since ? " AND date > ?" : "") +
@@ -228,12 +229,12 @@ std::vector<ClipboardItem> ClipboardDatabase::loadByStatement(std::optional<Date
     return items;
 }
 
-std::optional<std::vector<ClipboardItem>> ClipboardDatabase::searchOn(sqlite3 *db, const QString &query, qint64 limit,
-                                                                      const PlannedReader *reader) {
+std::optional<std::vector<ClipboardItem>> ClipboardDatabase::searchOn(sqlite3 *db, const QByteArray &pattern,
+                                                                      qint64 limit, const PlannedReader *reader) {
     Statement statement(db, sql::contentLike);
     if (!statement.isPrepared())
         return std::nullopt;
-    statement.bindText(1, sql::containsPattern(query).toUtf8());
+    statement.bindText(1, pattern);
     statement.bindInt(2, limit);
     std::vector<ClipboardItem> found;
     Statement::Step step = statement.step();
@@ -244,10 +245,8 @@ std::optional<std::vector<ClipboardItem>> ClipboardDatabase::searchOn(sqlite3 *d
     return found;
 }
 
-RecentRows::Found ClipboardDatabase::searchRecent(const QString &query, qint64 limit) {
-    const QByteArray pattern = sql::containsPattern(query).toUtf8();
-    if (!isRecentCurrent() || !m_hasOnlyPlainFlags ||
-        pattern.size() > sqlite3_limit(m_db, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, -1))
+RecentRows::Found ClipboardDatabase::searchRecent(const QByteArray &pattern, qint64 limit) {
+    if (!isRecentCurrent() || !m_hasOnlyPlainFlags)
         return {};
     const LikePattern like(pattern.constData(), U'\\');
     return m_recent.search(
@@ -266,24 +265,27 @@ RecentRows::Found ClipboardDatabase::searchRecent(const QString &query, qint64 l
 std::vector<ClipboardItem> ClipboardDatabase::search(const QString &query, qint64 limit) {
     return m_queue.sync([&] {
         (void)Statement::checkedInt(limit); // a limit that would end the process in the statement does so here
-        RecentRows::Found recent = searchRecent(query, limit);
-        if (recent.items)
-            return *std::move(recent.items);
-        // Every row has to be looked at, for which its place in the table is the best order. But then each match is
-        // newer than those before it, and displaces one of them: where there are many, newest first costs less.
-        const bool areMany = !recent.share || *recent.share > manyMatches;
-        auto &searcher = areMany ? m_dateSearcher : m_tableSearcher;
-        if (!searcher || !searcher->isInPlace())
-            searcher =
-                PlannedReader::open(m_db, areMany ? PlannedReader::Order::byDate : PlannedReader::Order::ofTheTable);
-        if (searcher) {
-            auto found = searchOn(searcher->db(), query, limit, searcher.get());
-            searcher->releasePages();
-            if (found)
-                return *std::move(found);
-            searcher.reset();
+        const QByteArray pattern = sql::containsPattern(query).toUtf8();
+        if (pattern.size() <= sqlite3_limit(m_db, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, -1)) { // else the statement fails
+            RecentRows::Found recent = searchRecent(pattern, limit);
+            if (recent.items)
+                return *std::move(recent.items);
+            // Where some of the newest rows match, enough of them do so before long.
+            const bool areSome = recent.share && *recent.share > someMatches;
+            auto &searcher = areSome ? m_newestSearcher : m_searcher;
+            if (!searcher || !searcher->isInPlace())
+                searcher = PlannedReader::open(m_db, areSome ? PlannedReader::View::newestMatches
+                                                             : PlannedReader::View::everyMatch);
+            if (searcher) {
+                searcher->want(pattern, limit);
+                auto found = searchOn(searcher->db(), pattern, limit, searcher.get());
+                searcher->releasePages();
+                if (found)
+                    return *std::move(found);
+                searcher.reset();
+            }
         }
-        return searchOn(m_db, query, limit, nullptr).value_or(std::vector<ClipboardItem>());
+        return searchOn(m_db, pattern, limit, nullptr).value_or(std::vector<ClipboardItem>());
     });
 }
 

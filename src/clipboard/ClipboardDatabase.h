@@ -70,9 +70,9 @@ private:
     // All of these run on the queue.
     std::vector<ClipboardItem> loadByStatement(std::optional<Date> since, qint64 limit);
     /// What memory can say of a search; nothing when it is not current.
-    RecentRows::Found searchRecent(const QString &query, qint64 limit);
+    RecentRows::Found searchRecent(const QByteArray &pattern, qint64 limit);
     /// None when the search failed for another reason than a file that is held by another program.
-    static std::optional<std::vector<ClipboardItem>> searchOn(sqlite3 *db, const QString &query, qint64 limit,
+    static std::optional<std::vector<ClipboardItem>> searchOn(sqlite3 *db, const QByteArray &pattern, qint64 limit,
                                                               const PlannedReader *reader);
     /// Appends what the selection gives; false when it did not run to its end.
     bool selectForPruning(bool imagesOnly, std::optional<Date> before, std::optional<qint64> keepNewest,
@@ -90,8 +90,8 @@ private:
     RecentRows m_recent;
     std::optional<ChangeStamp> m_stamp; ///< of the file that `m_recent` describes
     bool m_hasOnlyPlainFlags = false;   ///< of that file: rows with others rank above those that `m_recent` holds
-    std::unique_ptr<PlannedReader> m_tableSearcher; ///< from the first search on that needs it
-    std::unique_ptr<PlannedReader> m_dateSearcher;
+    std::unique_ptr<PlannedReader> m_searcher; ///< from the first search on that needs it
+    std::unique_ptr<PlannedReader> m_newestSearcher;
     Seconds m_lookAhead{3600}; ///< how far beyond its cut-off a pruning looks for rows with a file
     SerialQueue m_queue;       ///< last: its work uses the rest
 };

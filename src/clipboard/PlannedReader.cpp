@@ -1,5 +1,6 @@
 #include "clipboard/PlannedReader.h"
 
+#include "clipboard/ClipboardDatabaseSql.h"
 #include "clipboard/FastLike.h"
 #include "clipboard/Statement.h"
 
@@ -10,11 +11,19 @@ namespace {
 
 constexpr int busyTimeoutMs = 1000; // as on the main connection
 
-constexpr auto inTableOrder = "CREATE TEMP VIEW items AS "
-                              "SELECT id,content,date,is_pinned,is_saved,image_file_name FROM main.items NOT INDEXED;";
-constexpr auto byDate =
-    "CREATE TEMP VIEW items AS "
-    "SELECT id,content,date,is_pinned,is_saved,image_file_name FROM main.items INDEXED BY idx_date;";
+// A macro, for the compiler joins texts and not constants. NOLINTNEXTLINE(bugprone-macro-parentheses)
+#define ROWS "SELECT id,content,date,is_pinned,is_saved,image_file_name FROM "
+
+constexpr auto historyByDate = "CREATE TEMP VIEW items AS " ROWS "main.items INDEXED BY idx_date;";
+// Ends with the last row that is wanted. Protected rows are few and have indexes of their own.
+constexpr auto newestMatches =
+    "CREATE TEMP VIEW items AS " ROWS "(" ROWS "main.items INDEXED BY idx_date "
+    "WHERE is_pinned=0 AND is_saved=0 AND is_wanted(content) ORDER BY date DESC LIMIT wanted_rows()) "
+    "UNION ALL " ROWS "main.items WHERE (is_pinned=1 OR is_saved=1) AND is_wanted(content);";
+// From the end of the table, where the newest rows are: the statement sorts out the older ones as they come. The other
+// way round each row would displace one that came before it. A LIMIT of -1 is none, and keeps SQLite to the order.
+constexpr auto everyMatch = "CREATE TEMP VIEW items AS " ROWS "main.items NOT INDEXED "
+                            "WHERE is_wanted(content) ORDER BY rowid DESC LIMIT -1;";
 
 // A look at each end of the flags' indexes, and between the two values.
 constexpr auto oddFlags = "SELECT 1 WHERE EXISTS(SELECT 1 FROM main.items WHERE is_saved<0) "
@@ -24,32 +33,69 @@ constexpr auto oddFlags = "SELECT 1 WHERE EXISTS(SELECT 1 FROM main.items WHERE 
                           "OR EXISTS(SELECT 1 FROM main.items WHERE is_pinned>1) "
                           "OR EXISTS(SELECT 1 FROM main.items WHERE is_pinned>0 AND is_pinned<1);";
 
+const char *textOf(PlannedReader::View view) {
+    switch (view) {
+    case PlannedReader::View::historyByDate:
+        return historyByDate;
+    case PlannedReader::View::newestMatches:
+        return newestMatches;
+    case PlannedReader::View::everyMatch:
+        break;
+    }
+    return everyMatch;
+}
+
 bool hasMoved(sqlite3 *db) {
     int moved = 0;
     return sqlite3_file_control(db, "main", SQLITE_FCNTL_HAS_MOVED, &moved) != SQLITE_OK || moved != 0;
 }
 
+/// is_wanted(TEXT): as TEXT LIKE the wanted pattern, which lets no BLOB match.
+void isWanted(sqlite3_context *context, int, sqlite3_value **arguments) {
+    const auto &pattern = *static_cast<const std::optional<LikePattern> *>(sqlite3_user_data(context));
+    bool isMatch = false;
+    if (pattern && sqlite3_value_type(arguments[0]) != SQLITE_BLOB) {
+        const auto *text = reinterpret_cast<const char *>(sqlite3_value_text(arguments[0]));
+        isMatch = text && pattern->matches({text, static_cast<std::size_t>(sqlite3_value_bytes(arguments[0]))});
+    }
+    sqlite3_result_int(context, isMatch ? 1 : 0);
+}
+
+/// wanted_rows()
+void wantedRows(sqlite3_context *context, int, sqlite3_value **) {
+    sqlite3_result_int64(context, *static_cast<const qint64 *>(sqlite3_user_data(context)));
+}
+
 } // namespace
 
-std::unique_ptr<PlannedReader> PlannedReader::open(sqlite3 *db, Order order) {
+std::unique_ptr<PlannedReader> PlannedReader::open(sqlite3 *db, View view) {
     const char *path = db ? sqlite3_db_filename(db, "main") : nullptr;
     if (!path || !*path || hasMoved(db))
         return nullptr;
-    sqlite3 *reading = nullptr;
-    const int result = sqlite3_open_v2(path, &reading, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
-    std::unique_ptr<PlannedReader> reader(new PlannedReader(reading)); // closed also when it failed
-    if (result != SQLITE_OK)
-        return nullptr;
-    installFastLike(reading);
+    std::unique_ptr<PlannedReader> reader(new PlannedReader);
+    return reader->make(path, view) ? std::move(reader) : nullptr;
+}
+
+bool PlannedReader::make(const char *path, View view) {
+    if (sqlite3_open_v2(path, &m_db, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK)
+        return false;
+    installFastLike(m_db);
+    sqlite3_create_function_v2(m_db, "is_wanted", 1, SQLITE_UTF8, &m_pattern, isWanted, nullptr, nullptr, nullptr);
+    sqlite3_create_function_v2(m_db, "wanted_rows", 0, SQLITE_UTF8, &m_limit, wantedRows, nullptr, nullptr, nullptr);
     // Not waited for: who asks has another connection, and its wait is the one that counts.
-    if (sqlite3_exec(reading, order == Order::byDate ? byDate : inTableOrder, nullptr, nullptr, nullptr) != SQLITE_OK)
-        return nullptr;
-    sqlite3_busy_timeout(reading, busyTimeoutMs);
-    return reader;
+    if (sqlite3_exec(m_db, textOf(view), nullptr, nullptr, nullptr) != SQLITE_OK)
+        return false;
+    sqlite3_busy_timeout(m_db, busyTimeoutMs);
+    return true;
 }
 
 PlannedReader::~PlannedReader() {
     sqlite3_close(m_db);
+}
+
+void PlannedReader::want(const QByteArray &pattern, qint64 limit) {
+    m_pattern.emplace(pattern.constData(), U'\\');
+    m_limit = limit;
 }
 
 bool PlannedReader::isInPlace() const {

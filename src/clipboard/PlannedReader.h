@@ -1,6 +1,11 @@
 #pragma once
 
+#include "clipboard/LikePattern.h"
+
+#include <QByteArray>
+
 #include <memory>
+#include <optional>
 
 struct sqlite3;
 
@@ -9,26 +14,32 @@ namespace tavrine {
 /// A second connection to the database's file that reads the table as we say and not as SQLite guesses.
 ///
 /// The statements of the store are words that do not change, and for two of them SQLite picks an index that makes them
-/// several times slower than the table itself. On this connection their name `items` is a temporary view that is the
-/// table read in one given order. The view lives in the connection and never in the file, which is opened for reading
-/// only; what a statement gives is the same. Rows of equal rank may come in another order, which no statement promises.
+/// several times slower than need be. On this connection their name `items` is a temporary view: the same table in a
+/// given order, without rows that the statement would drop anyway. The view lives in the connection and never in the
+/// file, which is opened for reading only. What a statement gives is the same; rows of equal rank may come in another
+/// order, which no statement promises.
 ///
 /// Belongs to the queue of the database. Not being there costs nothing but time: whoever asks goes on with the main
 /// connection.
 class PlannedReader {
 public:
-    enum class Order {
-        ofTheTable, ///< for what looks at every row
-        byDate,     ///< newest first, for what ends after a few rows
+    enum class View {
+        historyByDate, ///< newest first: the history ends after a few rows
+        newestMatches, ///< for a search: the newest unprotected rows that match, as many as are wanted, and every
+                       ///< protected one. Only for a table whose flags are plain
+        everyMatch, ///< for a search: every row that matches
     };
 
     /// A reader of the file that `db` has open; null when the file has another place by now or cannot be opened.
-    [[nodiscard]] static std::unique_ptr<PlannedReader> open(sqlite3 *db, Order order);
+    [[nodiscard]] static std::unique_ptr<PlannedReader> open(sqlite3 *db, View view);
     ~PlannedReader();
     PlannedReader(const PlannedReader &) = delete;
     PlannedReader &operator=(const PlannedReader &) = delete;
 
     [[nodiscard]] sqlite3 *db() const { return m_db; }
+    /// What the next search is for. Without it no row matches.
+    void want(const QByteArray &pattern, qint64 limit);
+
     /// False once another file stands in the place of this one.
     [[nodiscard]] bool isInPlace() const;
     /// Gives the pages back that the last statement read.
@@ -41,9 +52,12 @@ public:
     [[nodiscard]] bool isBusy() const;
 
 private:
-    explicit PlannedReader(sqlite3 *db) : m_db(db) {}
+    PlannedReader() = default;
+    [[nodiscard]] bool make(const char *path, View view);
 
-    sqlite3 *m_db;
+    sqlite3 *m_db = nullptr;
+    std::optional<LikePattern> m_pattern;
+    qint64 m_limit = 0;
 };
 
 } // namespace tavrine

@@ -2,6 +2,7 @@
 
 #include "DatabaseFixture.h"
 #include "clipboard/ClipboardDatabaseSql.h"
+#include "clipboard/Statement.h"
 
 #include <QElapsedTimer>
 
@@ -16,7 +17,7 @@ namespace {
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-using Order = PlannedReader::Order;
+using View = PlannedReader::View;
 
 const std::string history = std::string(sql::protectedAndUnprotected) + sql::bySavedPinnedAndDate;
 
@@ -50,15 +51,48 @@ protected:
     Outside outside{path};
 };
 
-TEST_F(PlannedReaderTest, aSearchReadsTheTableInItsOwnOrder) {
-    const auto reader = PlannedReader::open(outside.handle(), Order::ofTheTable);
+TEST_F(PlannedReaderTest, aSearchOfEveryRowReadsTheTableInItsOwnOrder) {
+    const auto reader = PlannedReader::open(outside.handle(), View::everyMatch);
     ASSERT_TRUE(reader);
-    EXPECT_THAT(plan(reader->db(), sql::contentLike), Not(HasSubstr("INDEX")));
+    const std::string ours = plan(reader->db(), sql::contentLike);
+    EXPECT_THAT(ours, HasSubstr("SCAN main.items"));
+    EXPECT_THAT(ours, Not(HasSubstr("INDEX")));
     EXPECT_THAT(plan(outside.handle(), sql::contentLike), HasSubstr("idx_saved")); // why it is here at all
 }
 
+TEST_F(PlannedReaderTest, aSearchAmongTheNewestReadsByDateAndProtectedRowsByTheirIndexes) {
+    const auto reader = PlannedReader::open(outside.handle(), View::newestMatches);
+    ASSERT_TRUE(reader);
+    const std::string ours = plan(reader->db(), sql::contentLike);
+    for (const char *index :
+         {"SCAN main.items USING INDEX idx_date", "idx_pinned (is_pinned=?)", "idx_saved (is_saved=?)"})
+        EXPECT_THAT(ours, HasSubstr(index));
+}
+
+TEST_F(PlannedReaderTest, bothSearchesGiveWhatTheStatementGives) {
+    fill(3000);
+    const std::string columns = "SELECT content FROM items WHERE content LIKE '%";
+    const std::string order = "%' ESCAPE '\\' ORDER BY is_saved DESC, is_pinned DESC, date DESC LIMIT ";
+    for (const View view : {View::newestMatches, View::everyMatch}) {
+        const auto reader = PlannedReader::open(outside.handle(), view);
+        ASSERT_TRUE(reader);
+        for (const char *query : {"row", "1", "ROW 39", "nothing", "4 4", "2999"}) {
+            for (const int limit : {0, 1, 5, 60, 500, 10000}) {
+                reader->want("%" + QByteArray(query) + "%", limit);
+                std::vector<std::string> found;
+                Statement statement(reader->db(), sql::contentLike);
+                statement.bindText(1, "%" + QByteArray(query) + "%");
+                statement.bindInt(2, limit);
+                while (statement.step() == Statement::Step::row)
+                    found.push_back(statement.requiredUtf8(1).toStdString());
+                EXPECT_EQ(found, outside.values(columns + query + order + std::to_string(limit))) << query << limit;
+            }
+        }
+    }
+}
+
 TEST_F(PlannedReaderTest, theHistoryIsReadByDateWithoutSortingTheTable) {
-    const auto reader = PlannedReader::open(outside.handle(), Order::byDate);
+    const auto reader = PlannedReader::open(outside.handle(), View::historyByDate);
     ASSERT_TRUE(reader);
     const std::string ours = plan(reader->db(), history);
     const std::string unprotected = ours.substr(ours.find("RIGHT"));
@@ -77,7 +111,7 @@ TEST_F(PlannedReaderTest, theFileKeepsItsSchemaAndHoldsNoView) {
 }
 
 TEST_F(PlannedReaderTest, aReaderCannotWrite) {
-    const auto reader = PlannedReader::open(outside.handle(), Order::ofTheTable);
+    const auto reader = PlannedReader::open(outside.handle(), View::everyMatch);
     ASSERT_TRUE(reader);
     EXPECT_NE(sqlite3_exec(reader->db(), "DELETE FROM main.items", nullptr, nullptr, nullptr), SQLITE_OK);
 }
@@ -173,10 +207,10 @@ TEST_F(PlannedReaderTest, aFileThatAnotherProgramHoldsIsWaitedForOnce) {
 }
 
 TEST_F(PlannedReaderTest, noFileHasNoReader) {
-    EXPECT_FALSE(PlannedReader::open(nullptr, Order::byDate));
+    EXPECT_FALSE(PlannedReader::open(nullptr, View::historyByDate));
     sqlite3 *memory = nullptr;
     ASSERT_EQ(sqlite3_open(":memory:", &memory), SQLITE_OK);
-    EXPECT_FALSE(PlannedReader::open(memory, Order::byDate));
+    EXPECT_FALSE(PlannedReader::open(memory, View::historyByDate));
     sqlite3_close(memory);
 }
 
