@@ -1,3 +1,4 @@
+// The start of a test program that shows widgets.
 #include <QApplication>
 
 #include <gmock/gmock.h>
