@@ -43,8 +43,12 @@ void PanelSurface::shapeWindow() {
     if (Look::composites()) {
         if (!window->mask().isEmpty())
             window->clearMask();
+        m_masked = {};
         return;
     }
+    if (m_masked == size() && !window->mask().isEmpty())
+        return; // a mask is drawn and measured out anew each time that it is set
+    m_masked = size();
     QBitmap mask(size());
     mask.fill(Qt::color0);
     QPainter painter(&mask);

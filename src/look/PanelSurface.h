@@ -27,6 +27,7 @@ private:
     void shapeWindow();
 
     qreal m_radius;
+    QSize m_masked; ///< the size for which the window has its mask
 };
 
 /// Sees every key that goes to the window of a view before any widget there does, while it is on. Owned by the view.
