@@ -121,6 +121,7 @@ TEST_F(EditorOnX11Test, aDragThatGoesAwayLeavesThePageAsItWas) {
 TEST_F(EditorOnX11Test, whatIsCopiedCanBePastedElsewhere) {
     window->select(picture(64, 48));
     window->editor()->model().copyFlattened();
+    letPass(0ms); // what is copied is claimed at the end of the turn
     client.start(str("xclip"), {str("-selection"), str("clipboard"), str("-t"), str("image/png"), str("-o")});
     ASSERT_TRUE(eventually([this] { return client.state() == QProcess::NotRunning; }));
     EXPECT_EQ(QImage::fromData(client.readAllStandardOutput()).size(), QSize(64, 48));
