@@ -180,7 +180,7 @@ std::vector<ClipboardItem> ClipboardDatabase::loadByStatement(std::optional<Date
     std::vector<RecentRows::Row> rows;
     std::optional<ChangeStamp> stamp;
     // The newest rows come first by their date; what SQLite picks for this statement sorts the whole table.
-    const auto reader = PlannedReader::open(m_db, PlannedReader::View::historyByDate);
+    const auto reader = PlannedReader::open(m_db, PlannedReader::View::newestRows);
     const auto runOn = [&](sqlite3 *db, qint64 rowLimit) {
         rows.clear();
         Statement statement(db, QByteArray(sql::protectedAndUnprotected) + (since ? " AND date > ?" : "") +
@@ -200,6 +200,8 @@ std::vector<ClipboardItem> ClipboardDatabase::loadByStatement(std::optional<Date
         return step == Statement::Step::done;
     };
     const auto run = [&](qint64 rowLimit) {
+        if (reader)
+            reader->want(rowLimit);
         if (reader && runOn(reader->db(), rowLimit))
             return true;
         return !(reader && reader->isBusy()) && runOn(m_db, rowLimit);

@@ -14,8 +14,10 @@ constexpr int busyTimeoutMs = 1000; // as on the main connection
 // A macro, for the compiler joins texts and not constants. NOLINTNEXTLINE(bugprone-macro-parentheses)
 #define ROWS "SELECT id,content,date,is_pinned,is_saved,image_file_name FROM "
 
-constexpr auto historyByDate = "CREATE TEMP VIEW items AS " ROWS "main.items INDEXED BY idx_date;";
-// Ends with the last row that is wanted. Protected rows are few and have indexes of their own.
+// These two end with the last row that is wanted. Protected rows are few and have indexes of their own.
+constexpr auto newestRows = "CREATE TEMP VIEW items AS " ROWS "(" ROWS "main.items INDEXED BY idx_date "
+                            "WHERE is_pinned=0 AND is_saved=0 ORDER BY date DESC LIMIT wanted_rows()) "
+                            "UNION ALL " ROWS "main.items WHERE is_pinned=1 OR is_saved=1;";
 constexpr auto newestMatches =
     "CREATE TEMP VIEW items AS " ROWS "(" ROWS "main.items INDEXED BY idx_date "
     "WHERE is_pinned=0 AND is_saved=0 AND is_wanted(content) ORDER BY date DESC LIMIT wanted_rows()) "
@@ -35,8 +37,8 @@ constexpr auto oddFlags = "SELECT 1 WHERE EXISTS(SELECT 1 FROM main.items WHERE 
 
 const char *textOf(PlannedReader::View view) {
     switch (view) {
-    case PlannedReader::View::historyByDate:
-        return historyByDate;
+    case PlannedReader::View::newestRows:
+        return newestRows;
     case PlannedReader::View::newestMatches:
         return newestMatches;
     case PlannedReader::View::everyMatch:
@@ -91,6 +93,10 @@ bool PlannedReader::make(const char *path, View view) {
 
 PlannedReader::~PlannedReader() {
     sqlite3_close(m_db);
+}
+
+void PlannedReader::want(qint64 limit) {
+    m_limit = limit;
 }
 
 void PlannedReader::want(const QByteArray &pattern, qint64 limit) {

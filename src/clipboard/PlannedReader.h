@@ -24,10 +24,10 @@ namespace tavrine {
 class PlannedReader {
 public:
     enum class View {
-        historyByDate, ///< newest first: the history ends after a few rows
+        newestRows,    ///< for the history: the newest unprotected rows, as many as are wanted, and every protected one
         newestMatches, ///< for a search: the newest unprotected rows that match, as many as are wanted, and every
                        ///< protected one. Only for a table whose flags are plain
-        everyMatch, ///< for a search: every row that matches
+        everyMatch,    ///< for a search: every row that matches
     };
 
     /// A reader of the file that `db` has open; null when the file has another place by now or cannot be opened.
@@ -37,6 +37,8 @@ public:
     PlannedReader &operator=(const PlannedReader &) = delete;
 
     [[nodiscard]] sqlite3 *db() const { return m_db; }
+    /// How many rows the history wants at most.
+    void want(qint64 limit);
     /// What the next search is for. Without it no row matches.
     void want(const QByteArray &pattern, qint64 limit);
 

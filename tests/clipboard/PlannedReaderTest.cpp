@@ -91,15 +91,37 @@ TEST_F(PlannedReaderTest, bothSearchesGiveWhatTheStatementGives) {
     }
 }
 
-TEST_F(PlannedReaderTest, theHistoryIsReadByDateWithoutSortingTheTable) {
-    const auto reader = PlannedReader::open(outside.handle(), View::historyByDate);
+TEST_F(PlannedReaderTest, theHistoryIsReadByDateAndProtectedRowsByTheirIndexes) {
+    const auto reader = PlannedReader::open(outside.handle(), View::newestRows);
     ASSERT_TRUE(reader);
     const std::string ours = plan(reader->db(), history);
-    const std::string unprotected = ours.substr(ours.find("RIGHT"));
-    EXPECT_THAT(unprotected, HasSubstr("idx_date"));
-    EXPECT_THAT(unprotected, Not(HasSubstr("TEMP B-TREE")));
+    for (const char *index :
+         {"SCAN main.items USING INDEX idx_date", "idx_pinned (is_pinned=?)", "idx_saved (is_saved=?)"})
+        EXPECT_THAT(ours, HasSubstr(index));
+    EXPECT_THAT(ours, Not(HasSubstr("SCAN main.items\n"))); // never the table from end to end
     const std::string usual = plan(outside.handle(), history);
     EXPECT_THAT(usual.substr(usual.find("RIGHT")), HasSubstr("TEMP B-TREE"));
+}
+
+TEST_F(PlannedReaderTest, theHistoryIsWhatTheStatementGives) {
+    fill(3000);
+    ASSERT_TRUE(outside.run("UPDATE items SET is_saved=2 WHERE content LIKE '%77%'")); // rows of neither kind
+    const std::string protectedRows =
+        outside.values("SELECT COUNT(*) FROM items WHERE is_pinned=1 OR is_saved=1").at(0);
+    for (const int limit : {0, 1, 200, 5000}) {
+        for (const double since : {-1.0, 2e9, 1e12}) {
+            const std::string after = since < 0 ? "" : " AND date > " + std::to_string(since);
+            const auto expected = outside.values("SELECT content FROM (" + std::string(sql::protectedAndUnprotected) +
+                                                 after + " ORDER BY is_saved DESC, is_pinned DESC, date DESC LIMIT " +
+                                                 protectedRows + "+" + std::to_string(limit) + ")");
+            ClipboardDatabase fresh(path); // which knows nothing yet
+            std::vector<std::string> found;
+            for (const QString &content :
+                 contents(fresh.loadProtectedAndRecent(since < 0 ? std::nullopt : std::optional(Date{since}), limit)))
+                found.push_back(content.toStdString());
+            EXPECT_EQ(found, expected) << limit << ' ' << since;
+        }
+    }
 }
 
 TEST_F(PlannedReaderTest, theFileKeepsItsSchemaAndHoldsNoView) {
@@ -207,10 +229,10 @@ TEST_F(PlannedReaderTest, aFileThatAnotherProgramHoldsIsWaitedForOnce) {
 }
 
 TEST_F(PlannedReaderTest, noFileHasNoReader) {
-    EXPECT_FALSE(PlannedReader::open(nullptr, View::historyByDate));
+    EXPECT_FALSE(PlannedReader::open(nullptr, View::newestRows));
     sqlite3 *memory = nullptr;
     ASSERT_EQ(sqlite3_open(":memory:", &memory), SQLITE_OK);
-    EXPECT_FALSE(PlannedReader::open(memory, View::historyByDate));
+    EXPECT_FALSE(PlannedReader::open(memory, View::newestRows));
     sqlite3_close(memory);
 }
 
