@@ -1,10 +1,10 @@
 // What annotations cost on a picture of 3840 by 2160 pixels: a frame while drawing over 500 of them, and the finished
 // picture with 200 of them, cropped and as the bytes of a PNG.
 
-#include "capture/AnnotationLayer.h"
-#include "capture/DrawView.h"
-#include "capture/Flattening.h"
 #include "capture/PngData.h"
+#include "capture/editor/AnnotationLayer.h"
+#include "capture/editor/DrawView.h"
+#include "capture/editor/Flattening.h"
 
 #include <QApplication>
 #include <QMouseEvent>

@@ -14,7 +14,7 @@
 #include "clipboard/ClipboardDatabase.h"
 #include "clipboard/ClipboardManager.h"
 #include "clipboard/ClipboardSearchModel.h"
-#include "utilities/EmojiPickerModel.h"
+#include "utilities/emoji/EmojiPickerModel.h"
 
 #include <QTemporaryDir>
 

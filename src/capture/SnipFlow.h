@@ -1,9 +1,9 @@
 #pragma once
 
-#include "capture/CapturePanel.h"
 #include "capture/SnipFiles.h"
 #include "capture/SnipSaveDialogModel.h"
 #include "capture/SnippetPreviewModel.h"
+#include "panels/CapturePanel.h"
 #include "ports/Folders.h"
 
 #include <QImage>

@@ -35,7 +35,7 @@ private:
 
     std::shared_ptr<SnippetPreviewModel> m_model;
     TimeBar *m_timeBar;
-    QWidget *m_row = nullptr; ///< of the buttons
+    QWidget *m_row = nullptr;                     ///< of the buttons
     std::vector<PreviewActionButton *> m_buttons; ///< left to right
     PreviewActionButton *m_copy = nullptr;
     PreviewActionButton *m_save = nullptr;

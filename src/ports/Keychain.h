@@ -26,7 +26,8 @@ struct KeychainItem {
 ///     locked.
 ///  2. `update` changes an item that exists and makes none; `add` makes one and changes none; `remove` tells when
 ///     there was none. What fails changes nothing.
-///  3. The data is text in UTF-8 without a zero byte, and not empty. It comes back byte for byte; other data is refused.
+///  3. The data is text in UTF-8 without a zero byte, and not empty. It comes back byte for byte; other data is
+///  refused.
 class Keychain {
 public:
     using Data = std::variant<KeychainStatus, QByteArray>; ///< the secret, or why there is none

@@ -22,8 +22,8 @@ public:
     /// picture could not be read at all, for want of a language or of memory.
     [[nodiscard]] virtual Result recognize(const QImage &image) = 0;
 
-    /// For the end of the program, on any thread: the call that waits at present and all that come fail at once. Nothing
-    /// for one that cannot be stopped.
+    /// For the end of the program, on any thread: the call that waits at present and all that come fail at once.
+    /// Nothing for one that cannot be stopped.
     virtual void cancel() {}
 };
 

@@ -1,10 +1,10 @@
 #include "shell/CaptureServices.h"
 
 #include "base/Time.h"
-#include "capture/EditorScans.h"
-#include "capture/OCRNotepadView.h"
 #include "capture/PngData.h"
-#include "capture/QRResultView.h"
+#include "capture/editor/EditorScans.h"
+#include "capture/reading/OCRNotepadView.h"
+#include "capture/reading/QRResultView.h"
 #include "ports/CodeDetector.h"
 #include "ports/PanelWindow.h"
 #include "ports/Recognizer.h"

@@ -1,6 +1,6 @@
 #include "shell/EditorWindow.h"
 
-#include "capture/TavrineEditorContainerView.h"
+#include "capture/editor/TavrineEditorContainerView.h"
 #include "clipboard/ClipboardManager.h"
 
 namespace tavrine {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "capture/EditorFlow.h"
-#include "capture/EditorView.h"
+#include "capture/editor/EditorFlow.h"
+#include "capture/editor/EditorView.h"
 
 #include <memory>
 

@@ -41,16 +41,16 @@
 #include "clipboard/ContentView.h"
 #include "look/Look.h"
 #include "look/ModalAlerts.h"
+#include "panels/QtToastWindows.h"
 #include "shell/AppDelegate.h"
 #include "shell/CaptureServices.h"
 #include "shell/EditorWindow.h"
 #include "shell/FeatureFlags.h"
 #include "shell/OnboardingView.h"
-#include "shell/QtToastWindows.h"
 #include "shell/ShellTools.h"
 #include "upload/CustomUploadManager.h"
-#include "utilities/EmojiPickerStore.h"
-#include "utilities/EmojiPickerView.h"
+#include "utilities/emoji/EmojiPickerStore.h"
+#include "utilities/emoji/EmojiPickerView.h"
 
 #include <QApplication>
 #include <QToolTip>

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "panels/PanelAnimator.h"
 #include "ports/EventMonitors.h"
 #include "ports/Workspace.h"
-#include "shell/PanelAnimator.h"
 
 #include <QObject>
 #include <QRectF>

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "capture/EditorFlow.h"
 #include "capture/SnipFlow.h"
+#include "capture/editor/EditorFlow.h"
+#include "panels/ToastManager.h"
 #include "shell/HotKeyCenter.h"
 #include "shell/OnboardingFlow.h"
 #include "shell/PanelController.h"
-#include "shell/ToastManager.h"
 #include "shell/ToolHooks.h"
 #include "shell/WindowManager.h"
 

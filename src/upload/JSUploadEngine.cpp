@@ -93,7 +93,8 @@ public:
 
 private:
     void bark() {
-        // Before the worker is told to end: it may be gone at once, and its empty output is not what the person is told.
+        // Before the worker is told to end: it may be gone at once, and its empty output is not what the person is
+        // told.
         finish(failure(UploadScriptError::timeout(m_timeout)));
         const std::lock_guard guard(m_lock);
         m_isOverdue = true;

@@ -17,9 +17,9 @@
 #include "adapters/fake/FakeTaskLauncher.h"
 #include "adapters/fake/FakeUrlOpener.h"
 #include "adapters/fake/FakeWorkspace.h"
-#include "capture/OCRNotepadView.h"
-#include "capture/OCRResultView.h"
-#include "capture/QRLabelBubble.h"
+#include "capture/reading/OCRNotepadView.h"
+#include "capture/reading/OCRResultView.h"
+#include "capture/reading/QRLabelBubble.h"
 #include "upload/FakeWorker.h"
 #include "upload/UploadFixture.h"
 

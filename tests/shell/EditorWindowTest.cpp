@@ -2,9 +2,9 @@
 
 #include "ShellTest.h"
 #include "adapters/fake/FakeFilePanels.h"
-#include "capture/DrawView.h"
-#include "capture/RecentImageTile.h"
-#include "capture/TavrineEditorContainerView.h"
+#include "capture/editor/DrawView.h"
+#include "capture/editor/RecentImageTile.h"
+#include "capture/editor/TavrineEditorContainerView.h"
 
 #include <QCoreApplication>
 #include <QEvent>

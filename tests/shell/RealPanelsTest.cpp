@@ -15,11 +15,11 @@
 #include "desktop/Desktop.h"
 #include "look/Look.h"
 #include "look/ModalAlerts.h"
-#include "shell/QtToastWindows.h"
+#include "panels/QtToastWindows.h"
 #include "shell/ShellTools.h"
 #include "support/Wait.h"
-#include "utilities/EmojiPickerStore.h"
-#include "utilities/EmojiPickerView.h"
+#include "utilities/emoji/EmojiPickerStore.h"
+#include "utilities/emoji/EmojiPickerView.h"
 
 #include <QApplication>
 #include <QPointer>

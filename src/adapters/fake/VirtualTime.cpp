@@ -23,7 +23,7 @@ struct VirtualTime::Shared {
 };
 
 class VirtualTime::RepeatingTimer final : public Timer {
-  public:
+public:
     RepeatingTimer(std::shared_ptr<Shared> shared, Seconds interval, Work work)
         : m_shared(std::move(shared)), m_state(std::make_shared<State>(State{interval.count(), std::move(work)})) {
         ++m_shared->timers;
@@ -31,7 +31,7 @@ class VirtualTime::RepeatingTimer final : public Timer {
     }
     ~RepeatingTimer() override { --m_shared->timers; }
 
-  private:
+private:
     struct State {
         double interval;
         Work work;
@@ -58,11 +58,17 @@ VirtualTime::VirtualTime(Date start) : m_shared(std::make_shared<Shared>()) {
 
 VirtualTime::~VirtualTime() = default;
 
-Date VirtualTime::now() const { return {m_shared->wallClockAtZero + m_shared->elapsed}; }
+Date VirtualTime::now() const {
+    return {m_shared->wallClockAtZero + m_shared->elapsed};
+}
 
-Seconds VirtualTime::systemUptime() const { return m_shared->uptimeAtZero + Seconds{m_shared->elapsed}; }
+Seconds VirtualTime::systemUptime() const {
+    return m_shared->uptimeAtZero + Seconds{m_shared->elapsed};
+}
 
-void VirtualTime::async(Work work) { asyncAfter(Seconds{0}, std::move(work)); }
+void VirtualTime::async(Work work) {
+    asyncAfter(Seconds{0}, std::move(work));
+}
 
 void VirtualTime::asyncAfter(Seconds delay, Work work) {
     const double moment = m_shared->elapsed + std::max(0.0, delay.count());
@@ -93,10 +99,16 @@ void VirtualTime::advance(Seconds length) {
     m_shared->elapsed = std::max(m_shared->elapsed, end);
 }
 
-void VirtualTime::setWallClock(Date date) { m_shared->wallClockAtZero = date.secondsSince1970 - m_shared->elapsed; }
+void VirtualTime::setWallClock(Date date) {
+    m_shared->wallClockAtZero = date.secondsSince1970 - m_shared->elapsed;
+}
 
-void VirtualTime::setSystemUptime(Seconds uptime) { m_shared->uptimeAtZero = uptime - Seconds{m_shared->elapsed}; }
+void VirtualTime::setSystemUptime(Seconds uptime) {
+    m_shared->uptimeAtZero = uptime - Seconds{m_shared->elapsed};
+}
 
-int VirtualTime::timerCount() const { return m_shared->timers; }
+int VirtualTime::timerCount() const {
+    return m_shared->timers;
+}
 
 } // namespace tavrine

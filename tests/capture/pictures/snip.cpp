@@ -146,8 +146,8 @@ int main(int argc, char **argv) {
         window.setPalette(look::paletteOf(look.theme()));
         window.resize(640, 420);
         defaults.set(QStringLiteral("snipMuteSound"), isDark);
-        auto *page = new SnipperSettingsView(std::make_unique<SnipperSettingsModel>(SnipperSettingsModel::Ports{
-            defaults, center, panels, folders}));
+        auto *page = new SnipperSettingsView(
+            std::make_unique<SnipperSettingsModel>(SnipperSettingsModel::Ports{defaults, center, panels, folders}));
         page->setParent(&window);
         page->setGeometry(window.rect());
         save(window, folder + QStringLiteral("/settings") + suffix, isDark);

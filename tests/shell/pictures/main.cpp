@@ -8,9 +8,9 @@
 #include "base/UserDefaults.h"
 #include "look/Look.h"
 #include "look/SearchField.h"
+#include "panels/ToastView.h"
 #include "shell/OnboardingView.h"
-#include "shell/ToastView.h"
-#include "utilities/EmojiPickerView.h"
+#include "utilities/emoji/EmojiPickerView.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -1,0 +1,119 @@
+#include "capture/editor/CropOverlayView.h"
+
+#include "capture/editor/EditorModel.h"
+#include "look/Look.h"
+#include "look/Metrics.h"
+#include "look/Paint.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+
+#include <cmath>
+
+namespace tavrine {
+namespace {
+
+constexpr QColor dimming(0, 0, 0, 140);
+constexpr QColor lightLine(255, 255, 255, 230);
+constexpr QColor plate(0, 0, 0, 190);
+constexpr double cornerLength = 14;
+constexpr double cornerWidth = 3;
+constexpr double plateHeight = 30;
+constexpr double sizeHeight = 22;
+
+void paintPlate(QPainter &painter, const QRectF &rect, const QString &text, look::TextRole role) {
+    look::fillRounded(painter, rect, rect.height() / 2, plate);
+    look::paintLine(painter, rect, text, role, Qt::white, Qt::AlignHCenter);
+}
+
+void paintCorners(QPainter &painter, const QRectF &selected) {
+    const double length = std::min({cornerLength, selected.width() / 2, selected.height() / 2});
+    painter.setPen(QPen(Qt::white, cornerWidth, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
+    painter.setBrush(Qt::NoBrush);
+    for (const bool isRight : {false, true}) {
+        for (const bool isBottom : {false, true}) {
+            const QPointF corner(isRight ? selected.right() : selected.left(),
+                                 isBottom ? selected.bottom() : selected.top());
+            const double x = isRight ? -length : length;
+            const double y = isBottom ? -length : length;
+            painter.drawPolyline(QPolygonF({corner + QPointF(x, 0), corner, corner + QPointF(0, y)}));
+        }
+    }
+}
+
+} // namespace
+
+CropOverlayView::CropOverlayView(EditorModel &model, QWidget *parent) : QWidget(parent), m_model(model) {
+    setCursor(Qt::CrossCursor);
+    connect(&model, &EditorModel::cropChanged, this, qOverload<>(&QWidget::update));
+}
+
+void CropOverlayView::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    look::preparePainter(painter);
+    if (m_model.crop().isEmpty()) {
+        painter.fillRect(rect(), QColor(0, 0, 0, 70));
+        paintHint(painter);
+        return;
+    }
+    const QRectF part = m_model.crop().rect();
+    const QRectF selected =
+        QRectF(part.x() * width(), part.y() * height(), part.width() * width(), part.height() * height())
+            .intersected(rect());
+    QPainterPath outside;
+    outside.setFillRule(Qt::OddEvenFill);
+    outside.addRect(rect());
+    outside.addRect(selected);
+    painter.fillPath(outside, dimming);
+    painter.setPen(QPen(lightLine, 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(selected.adjusted(0.5, 0.5, -0.5, -0.5));
+    paintCorners(painter, selected);
+    paintSize(painter, selected);
+}
+
+void CropOverlayView::paintHint(QPainter &painter) {
+    const QString hint = QStringLiteral("Drag on the image to select crop area");
+    const double wide = std::ceil(look::lineWidth(hint, look::TextRole::bodyStrong)) + 2 * look::space::large;
+    const QRectF seen = visibleRegion().boundingRect();
+    QRectF place(0, 0, std::min(wide, seen.width()), plateHeight);
+    place.moveCenter(seen.center());
+    paintPlate(painter, QRectF(place.toRect()), hint, look::TextRole::bodyStrong);
+}
+
+// How many pixels are left: above the selection, or within it where there is no room above.
+void CropOverlayView::paintSize(QPainter &painter, const QRectF &selected) {
+    const QRectF part = m_model.crop().rect();
+    const QSize image = m_model.shownImage().size();
+    const QString text = QStringLiteral("%1 × %2")
+                             .arg(std::lround(part.width() * image.width()))
+                             .arg(std::lround(part.height() * image.height()));
+    const double wide = std::ceil(look::lineWidth(text, look::TextRole::captionStrong)) + 2 * look::space::small;
+    double top = selected.top() - sizeHeight - look::space::tiny;
+    if (top < 0)
+        top = selected.top() + look::space::small;
+    const double left = std::clamp(selected.left(), 0.0, std::max(0.0, width() - wide));
+    paintPlate(painter, QRectF(std::round(left), std::round(top), wide, sizeHeight), text,
+               look::TextRole::captionStrong);
+}
+
+void CropOverlayView::mousePressEvent(QMouseEvent *event) {
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_from = event->position();
+    m_isDragging = true;
+    m_model.dragCrop(m_from, m_from, size());
+}
+
+void CropOverlayView::mouseMoveEvent(QMouseEvent *event) {
+    if (m_isDragging)
+        m_model.dragCrop(m_from, event->position(), size());
+}
+
+void CropOverlayView::mouseReleaseEvent(QMouseEvent *event) {
+    if (event->button() == Qt::LeftButton)
+        m_isDragging = false;
+}
+
+} // namespace tavrine

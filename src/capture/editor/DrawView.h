@@ -1,0 +1,61 @@
+#pragma once
+
+#include "capture/editor/AnnotationLayer.h"
+#include "capture/editor/DrawViewModel.h"
+
+#include <QLineEdit>
+#include <QPointer>
+#include <QWidget>
+
+class QTabletEvent;
+
+namespace tavrine {
+
+/// The canvas: shows the picture with its annotations over its whole area, and takes the mouse and the pen. Owned by
+/// the editor, which lays it exactly where the picture belongs and makes a new one for a new identity of the canvas.
+///
+/// A view that goes away while something is typed does not finish the typing: its annotation stays as it was.
+class DrawView : public QWidget {
+    Q_OBJECT
+public:
+    explicit DrawView(QWidget *parent = nullptr);
+    ~DrawView() override;
+
+    /// What lies under the annotations, stretched over the view. Highlighters darken it. Null: nothing, and the view
+    /// is clear.
+    void setPicture(const QImage &picture);
+    /// Replaces what the view is bound to and redraws. Call it whenever a bound value was changed from elsewhere. The
+    /// gesture under way and the field being typed into stay.
+    void updateCanvas(const DrawingCanvas &canvas);
+
+    [[nodiscard]] const DrawViewModel &model() const { return m_model; }
+    /// Ends the typing, as a click elsewhere does: what was typed is kept.
+    void commitActiveText() { m_model.commitActiveText(); }
+    /// Null while nothing is typed.
+    [[nodiscard]] QLineEdit *activeTextField() const { return m_field; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void tabletEvent(QTabletEvent *event) override;
+    bool eventFilter(QObject *object, QEvent *event) override;
+
+private:
+    void showTextField(const DrawViewModel::TextField &field);
+    void removeTextField();
+    void showDrawings();
+    void redraw(const QRectF &area);
+    void setCursorForTool();
+    [[nodiscard]] QImage frameOf(const QRect &pixels, const DrawingPath &gesture) const;
+
+    QImage m_picture;
+    AnnotationLayer m_layer;
+    DrawViewModel m_model;
+    QPointer<QLineEdit> m_field;
+    bool m_isPenDown = false;
+};
+
+} // namespace tavrine

@@ -1,0 +1,96 @@
+#include "capture/editor/EditorScanModel.h"
+
+#include "base/SerialQueue.h"
+#include "base/Time.h"
+#include "capture/reading/OCRManager.h"
+#include "ports/CodeDetector.h"
+
+#include <QPointer>
+
+#include <algorithm>
+
+namespace tavrine {
+namespace {
+
+QList<QRAnnotation> annotationsIn(CodeDetector &detector, const QImage &image) {
+    QList<QRAnnotation> annotations;
+    if (image.isNull())
+        return annotations;
+    const QList<DetectedCode> codes = detector.detect(image);
+    for (const DetectedCode &code : codes)
+        annotations.append({QUuid::createUuid(), code.payload, code.boundingBox});
+    return annotations;
+}
+
+} // namespace
+
+EditorScanModel::EditorScanModel(const Ports &ports, QObject *parent) : QObject(parent), m_ports(ports) {}
+
+void EditorScanModel::extractText(const QImage &image) {
+    if (m_isOCRScanning)
+        return;
+    m_isOCRScanning = true;
+    Q_EMIT changed();
+    const Seconds pressed = m_ports.time.systemUptime();
+    m_ports.manager.recognizeText(
+        image, [time = &m_ports.time, weak = QPointer(this), pressed](const std::optional<QString> &text) {
+            time->async([time, weak, pressed, text] {
+                const Seconds held = std::max(shortestOCR - (time->systemUptime() - pressed), Seconds{0});
+                time->asyncAfter(held, [weak, text] {
+                    if (weak)
+                        weak->endOCR(text);
+                });
+            });
+        });
+}
+
+void EditorScanModel::endOCR(const std::optional<QString> &text) {
+    m_isOCRScanning = false;
+    if (text) {
+        m_ocrResultText = *text;
+        m_showOCRResult = true;
+    }
+    Q_EMIT changed();
+}
+
+void EditorScanModel::closeOCRResult() {
+    m_showOCRResult = false;
+    Q_EMIT changed();
+}
+
+void EditorScanModel::scanQR(const QImage &image) {
+    if (m_isQRScanning)
+        return;
+    m_isQRScanning = true;
+    Q_EMIT changed();
+    m_ports.detectionQueue.async([detector = &m_ports.detector, time = &m_ports.time, weak = QPointer(this), image] {
+        const QList<QRAnnotation> annotations = annotationsIn(*detector, image);
+        time->async([weak, annotations] {
+            if (weak)
+                weak->endQR(annotations);
+        });
+    });
+}
+
+void EditorScanModel::endQR(const QList<QRAnnotation> &annotations) {
+    m_isQRScanning = false;
+    if (!annotations.isEmpty()) {
+        m_qrAnnotations = annotations;
+        m_showQRLabels = true;
+    } else {
+        m_showNoQRToast = true;
+        m_ports.time.asyncAfter(toastShown, this, [this] {
+            m_showNoQRToast = false;
+            Q_EMIT changed();
+        });
+    }
+    Q_EMIT changed();
+}
+
+void EditorScanModel::dismissQRLabels() {
+    m_qrAnnotations.clear();
+    m_showQRLabels = false;
+    Q_EMIT changed();
+}
+
+} // namespace tavrine

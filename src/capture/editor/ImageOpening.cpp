@@ -1,0 +1,62 @@
+#include "capture/editor/ImageOpening.h"
+
+#include "ports/FilePanels.h"
+#include "ports/ImageCoder.h"
+#include "ports/Pasteboard.h"
+
+#include <QMimeData>
+
+#include <algorithm>
+
+namespace tavrine::imageOpening {
+namespace {
+
+// The formats that are named to the person first; behind them what else the desktop can read.
+constexpr auto filter = "Images (*.png *.jpg *.jpeg *.webp *.heic *.heif *.tif *.tiff *.gif *.bmp *.ico *.svg *.avif)";
+
+std::optional<QImage> withinLimits(std::optional<QImage> image) {
+    if (!image || image->isNull() || qint64{image->width()} * image->height() > maxImagePixels)
+        return std::nullopt;
+    return image;
+}
+
+std::optional<QString> firstLocalFile(const QMimeData &data) {
+    const QList<QUrl> urls = data.urls();
+    const auto file = std::find_if(urls.begin(), urls.end(), [](const QUrl &url) { return url.isLocalFile(); });
+    return file == urls.end() ? std::nullopt : std::optional(file->toLocalFile());
+}
+
+} // namespace
+
+void choose(FilePanels &panels, ImageCoder &coder, const std::function<void(const QImage &)> &use) {
+    OpenPanel panel;
+    panel.title = QLatin1String(panelTitle);
+    panel.filter = QLatin1String(filter);
+    panels.runOpenPanel(panel, [&coder, use](const std::optional<QString> &path) {
+        const std::optional<QImage> image = path ? fromFile(coder, *path) : std::nullopt;
+        if (image)
+            use(*image);
+    });
+}
+
+std::optional<QImage> fromFile(ImageCoder &coder, const QString &path) {
+    return withinLimits(coder.load(path));
+}
+
+std::optional<QImage> fromPasteboard(const Pasteboard &pasteboard) {
+    return withinLimits(pasteboard.image());
+}
+
+bool mayHoldImage(const QMimeData &data) {
+    return firstLocalFile(data).has_value() || data.hasImage();
+}
+
+std::optional<QImage> fromDrop(ImageCoder &coder, const QMimeData &data) {
+    if (const std::optional<QString> path = firstLocalFile(data))
+        return fromFile(coder, *path);
+    if (!data.hasImage())
+        return std::nullopt;
+    return withinLimits(qvariant_cast<QImage>(data.imageData()));
+}
+
+} // namespace tavrine::imageOpening

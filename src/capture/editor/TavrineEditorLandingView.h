@@ -1,0 +1,54 @@
+#pragma once
+
+#include "capture/editor/EditorLandingModel.h"
+
+#include <QWidget>
+
+namespace tavrine {
+
+namespace look {
+class Button;
+class Label;
+} // namespace look
+
+class RecentStripView;
+
+/// What the editor's window shows before it has a picture: a place to drop one, buttons to choose or paste one, and the
+/// recent ones. It paints its model and hands it clicks and drops.
+///
+/// Belongs to the container; lives on the main thread.
+class TavrineEditorLandingView : public QWidget {
+    Q_OBJECT
+
+public:
+    TavrineEditorLandingView(EditorLandingModel::Ports ports, EditorLandingModel::History history,
+                             EditorLandingModel::Actions actions, QWidget *parent = nullptr);
+    ~TavrineEditorLandingView() override;
+
+    [[nodiscard]] EditorLandingModel &model() { return m_model; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private:
+    void build();
+    [[nodiscard]] QWidget *makeHeader();
+    [[nodiscard]] QWidget *makeDropArea();
+    [[nodiscard]] QWidget *makeRecent();
+    void showRecent();
+
+    EditorLandingModel m_model;
+    look::Button *m_paste = nullptr;
+    QWidget *m_recent = nullptr;
+    QWidget *m_scrollButtons = nullptr;
+    look::Label *m_noneYet = nullptr;
+    RecentStripView *m_strip = nullptr;
+};
+
+} // namespace tavrine

@@ -1,0 +1,52 @@
+#include "capture/reading/OCRManager.h"
+
+#include "base/Print.h"
+#include "base/SerialQueue.h"
+#include "base/Time.h"
+#include "capture/reading/OCRNotepadState.h"
+#include "ports/Recognizer.h"
+
+#include <QPointer>
+
+namespace tavrine {
+namespace {
+
+std::optional<QString> textOf(const Recognizer::Result &result) {
+    if (const auto *failure = std::get_if<Recognizer::Failure>(&result)) {
+        printLine(QStringLiteral("Failed to perform OCR: ") + failure->reason);
+        return std::nullopt;
+    }
+    const QString text = std::get<QStringList>(result).join(QLatin1Char('\n'));
+    if (text.trimmed().isEmpty())
+        return std::nullopt;
+    return text;
+}
+
+} // namespace
+
+void OCRManager::recognizeText(const QImage &image, Completion completion) {
+    if (image.isNull()) {
+        completion(std::nullopt);
+        return;
+    }
+    m_queue.async([recognizer = &m_recognizer, image, completion = std::move(completion)] {
+        completion(textOf(recognizer->recognize(image)));
+    });
+}
+
+void OCRManager::recognizeForNotepad(const QImage &image, OCRNotepadState &state) {
+    recognizeText(image, [time = &m_time, weak = QPointer(&state)](const std::optional<QString> &text) {
+        time->async([weak, text] {
+            if (!weak)
+                return;
+            if (text)
+                weak->setText(*text);
+            else
+                weak->setErrorMessage(QString::fromUtf8(OCRNotepadState::noTextMessage));
+            if (weak) // what follows the state may close the notepad
+                weak->setLoading(false);
+        });
+    });
+}
+
+} // namespace tavrine

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "base/Date.h"
+#include "capture/reading/OCRNotepadState.h"
+#include "ports/EventMonitors.h"
+
+#include <QImage>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QWidget;
+
+namespace tavrine {
+
+class OCRManager;
+class PanelWindow;
+class PanelWindows;
+class Screens;
+
+/// The notepad that shows the text of a capture: opens it, follows clicks elsewhere, and closes it. There is one at
+/// most. Lives on the main thread, as long as the process.
+///
+/// Every way of closing (Escape, a click elsewhere, the button, the next notepad) runs the closing action, which saves
+/// the capture.
+class OCRNotepadFlow {
+public:
+    static constexpr double width = 440;
+    static constexpr double height = 320;
+    static constexpr Seconds fadeIn{0.15};
+    static constexpr Seconds fadeOut{0.16};
+
+    /// All of them outlive the flow.
+    struct Ports {
+        PanelWindows &windows;
+        Screens &screens;
+        EventMonitors &monitors;
+        OCRManager &manager;
+    };
+    struct Actions {
+        /// The view of one recognition, which calls `onDismiss` for its button and for Escape.
+        std::function<QWidget *(OCRNotepadState &state, std::function<void()> onDismiss)> makeView;
+        /// Brings the panel's alpha there and then calls `done`, in a later turn, whether or not anything can be seen
+        /// of it. A fade of the same panel that is under way gives way.
+        std::function<void(PanelWindow &panel, double alpha, Seconds length, std::function<void()> done)> fade;
+        std::function<void(const QImage &image)> autoSaveSnip;
+    };
+
+    OCRNotepadFlow(const Ports &ports, Actions actions);
+    ~OCRNotepadFlow();
+    OCRNotepadFlow(const OCRNotepadFlow &) = delete;
+    OCRNotepadFlow &operator=(const OCRNotepadFlow &) = delete;
+
+    /// "Get Text" of the preview card.
+    void getTextFromSnip(const QImage &image);
+    void showOCRNotepad(std::shared_ptr<OCRNotepadState> state, std::function<void()> closeAction);
+    void closeOCRNotepad();
+
+    /// Null while none is open.
+    [[nodiscard]] PanelWindow *ocrNotepadWindow() const { return m_window.get(); }
+
+private:
+    void clicked();
+
+    Ports m_ports;
+    Actions m_actions;
+    std::shared_ptr<OCRNotepadState> m_state;
+    std::unique_ptr<PanelWindow> m_window;
+    std::vector<std::shared_ptr<PanelWindow>> m_closing; ///< on their way out
+    std::function<void()> m_closeAction;
+    std::unique_ptr<EventMonitor> m_clickMonitor;
+};
+
+} // namespace tavrine

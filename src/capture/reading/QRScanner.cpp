@@ -1,0 +1,126 @@
+#include "capture/reading/QRScanner.h"
+
+#include "base/PrivateFiles.h"
+#include "base/SerialQueue.h"
+#include "base/Time.h"
+#include "ports/Application.h"
+#include "ports/ApplicationActivator.h"
+#include "ports/CodeDetector.h"
+#include "ports/PanelWindow.h"
+#include "ports/Screens.h"
+#include "ports/TaskLauncher.h"
+
+#include <QFile>
+
+#include <cmath>
+#include <optional>
+
+namespace tavrine {
+namespace {
+
+constexpr QLatin1String captureTool("/usr/sbin/screencapture");
+
+/// None for a file that is no picture.
+std::optional<QStringList> codesIn(CodeDetector &detector, const QString &path) {
+    const QImage image(path);
+    if (image.isNull())
+        return std::nullopt;
+    QStringList codes;
+    const QList<DetectedCode> found = detector.detect(image);
+    for (const DetectedCode &code : found)
+        codes.append(code.payload);
+    return codes;
+}
+
+} // namespace
+
+QRScanner::QRScanner(const Ports &ports, Actions actions) : m_ports(ports), m_actions(std::move(actions)) {}
+
+// What it would capture, nobody would read.
+QRScanner::~QRScanner() {
+    if (m_currentTask && m_currentTask->isRunning())
+        m_currentTask->terminate();
+}
+
+void QRScanner::startScan() {
+    if (m_currentTask && m_currentTask->isRunning())
+        m_currentTask->terminate();
+    static_cast<void>(makePrivateFolder(m_ports.temporaryFolder));
+    const auto seconds = static_cast<qint64>(std::floor(m_ports.time.now().secondsSince1970));
+    const QString path = QStringLiteral("%1/tavrine_qr_%2.png").arg(m_ports.temporaryFolder).arg(seconds);
+    // Always silent: nobody wants to hear a camera when reading a code.
+    m_currentTask = m_ports.launcher.makeTask(captureTool, {QStringLiteral("-i"), QStringLiteral("-x"), path});
+    m_currentTask->setTerminationHandler([this, time = &m_ports.time, alive = std::weak_ptr<int>(m_alive), path](int) {
+        time->async([this, alive, path] {
+            if (!alive.expired())
+                scan(path);
+        });
+    });
+    static_cast<void>(m_currentTask->launch()); // without the tool nothing happens, and nothing is said
+}
+
+void QRScanner::scan(const QString &path) {
+    m_currentTask.reset();
+    if (!QFile::exists(path))
+        return;
+    m_ports.detectionQueue.async(
+        [this, detector = &m_ports.detector, time = &m_ports.time, alive = std::weak_ptr<int>(m_alive), path] {
+            const auto codes = codesIn(*detector, path);
+            time->async([this, alive, codes, path] {
+                if (codes && !alive.expired())
+                    showResults(*codes);
+                QFile::remove(path);
+            });
+        });
+}
+
+void QRScanner::showResults(const QStringList &codes) {
+    closePanel();
+    const Content content = m_actions.makeView(codes, [this] { dismissResults(); });
+    m_resultPanel = m_ports.windows.makePanel({.title = QStringLiteral("QR Codes"),
+                                               .contentSize = content.fittingSize,
+                                               .level = windowLevel::floating,
+                                               .hasShadow = true,
+                                               .isMovableByBackground = true});
+    m_resultPanel->setContentView(content.view);
+    const QSizeF size = content.fittingSize;
+    const QPointF centre = centreOfScreen();
+    m_resultPanel->setFrame(
+        {centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height()});
+    m_ports.application.setActivationPolicy(ActivationPolicy::regular);
+    m_resultPanel->makeKeyAndOrderFront();
+    m_ports.activator.activateIgnoringOtherApps();
+}
+
+QPointF QRScanner::centreOfScreen() const {
+    const QPointF mouse = m_ports.screens.mouseLocation();
+    const QList<Screen> screens = m_ports.screens.screens();
+    for (const Screen &screen : screens)
+        if (screen.frame.contains(mouse))
+            return screen.visibleFrame.center();
+    if (const auto main = m_ports.screens.mainScreen())
+        return main->visibleFrame.center();
+    return screens.isEmpty() ? QPointF() : screens.first().visibleFrame.center();
+}
+
+void QRScanner::dismissResults() {
+    if (!m_resultPanel)
+        return;
+    closePanel();
+    if (!m_actions.hasOtherVisibleWindow())
+        m_ports.application.setActivationPolicy(ActivationPolicy::accessory);
+}
+
+// The panel may be in the middle of telling of a click.
+void QRScanner::closePanel() {
+    if (!m_resultPanel)
+        return;
+    m_resultPanel->orderOut();
+    m_closing.push_back(std::move(m_resultPanel));
+    m_ports.time.async([this, alive = std::weak_ptr<int>(m_alive)] {
+        if (!alive.expired())
+            m_closing.clear();
+    });
+}
+
+} // namespace tavrine

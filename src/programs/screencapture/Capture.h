@@ -1,0 +1,36 @@
+#pragma once
+
+#include "adapters/x11/frozen/OverlaySession.h"
+#include "programs/screencapture/CommandLine.h"
+#include "programs/screencapture/OverlayPainter.h"
+
+#include <memory>
+
+namespace tavrine {
+
+/// One capture from start to file. Owned by `main`, lives on its thread.
+class Capture {
+public:
+    /// `stopDescriptor` becomes readable when the process is asked to end.
+    Capture(CommandLine line, int stopDescriptor) : m_line(std::move(line)), m_stopDescriptor(stopDescriptor) {}
+
+    /// The exit status: 0 when there is a picture, 1 when there is none and no file.
+    [[nodiscard]] int run();
+
+private:
+    [[nodiscard]] bool isStopped() const;
+    void showFirst();
+    [[nodiscard]] std::optional<QRect> letPersonChoose();
+    void handle(const OverlayEvent &event, SelectionModel &model);
+    void repaint(const SelectionModel &model, bool isWhole);
+    [[nodiscard]] int save(const QRect &area);
+
+    CommandLine m_line;
+    int m_stopDescriptor;
+    std::unique_ptr<OverlaySession> m_session;
+    OverlayPainter m_painter;
+    OverlayScene m_scene;
+    bool m_hasEnded = false;
+};
+
+} // namespace tavrine

@@ -1,0 +1,25 @@
+// screencapture -i [-x] FILE: a person chooses a part of the screen, and it is written to FILE as a PNG.
+#include "programs/screencapture/Capture.h"
+
+#include <csignal>
+#include <cstdio>
+
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+int main(int argc, char **argv) {
+    // From here on these come through the descriptor, so that what was begun is taken back.
+    sigset_t ends;
+    sigemptyset(&ends);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+        sigaddset(&ends, signal);
+    ::sigprocmask(SIG_BLOCK, &ends, nullptr);
+    const int stopDescriptor = ::signalfd(-1, &ends, SFD_CLOEXEC);
+
+    const auto line = tavrine::CommandLine::parse({argv + 1, argv + argc});
+    if (!line) {
+        std::fprintf(stderr, "%s\n", tavrine::CommandLine::usage.data());
+        return 1;
+    }
+    return tavrine::Capture(*line, stopDescriptor).run();
+}

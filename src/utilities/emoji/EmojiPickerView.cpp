@@ -1,0 +1,264 @@
+#include "utilities/emoji/EmojiPickerView.h"
+
+#include "look/ChipStrip.h"
+#include "look/EmptyState.h"
+#include "look/Indicators.h"
+#include "look/Look.h"
+#include "look/Paint.h"
+#include "look/SearchField.h"
+#include "look/Symbols.h"
+#include "look/VirtualList.h"
+#include "utilities/emoji/EmojiPickerTexts.h"
+
+#include <QPainter>
+#include <QVBoxLayout>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tavrine {
+namespace {
+
+constexpr int glyphSide = 38;
+constexpr int cellHeight = 54;
+constexpr int headerHeight = 32;
+constexpr int sidePadding = look::space::large;
+constexpr qreal cellInset = 3; // between neighbouring grounds
+constexpr qreal pinSide = 11;
+
+QString text(const char *utf8) {
+    return QString::fromUtf8(utf8);
+}
+
+QRectF cellRect(const QRectF &line, size_t column) {
+    const qreal width = line.width() / qreal(emojiGrid::columns);
+    const qreal left = std::round(line.left() + width * qreal(column));
+    return {left, line.top(), std::round(line.left() + width * qreal(column + 1)) - left, line.height()};
+}
+
+QWidget *makeFooter() {
+    std::vector<look::KeyHint> leading;
+    std::vector<look::KeyHint> trailing;
+    for (const auto &hint : emojiPickerTexts::footer) {
+        const bool isLast = &hint == &emojiPickerTexts::footer.back();
+        (isLast ? trailing : leading)
+            .push_back({.key = {}, .symbol = hint.symbol ? text(hint.symbol) : QString(), .label = text(hint.text)});
+    }
+    return new look::HintBar(std::move(leading), std::move(trailing));
+}
+
+} // namespace
+
+EmojiPickerView::EmojiPickerView(const EmojiPickerModel::Ports &ports, std::function<void()> onDismiss,
+                                 std::function<void(const EmojiItem &)> onCopy, QWidget *parent)
+    : look::PanelSurface(look::radius::panel, parent), m_model(ports), m_glyphs(glyphSide),
+      m_keys(new look::PanelKeys(this, [this](const QString &title, int keyCode, bool isCommandHeld) {
+          return m_model.handleKeyDown(title, keyCode, isCommandHeld);
+      })) {
+    m_model.setOnDismiss(std::move(onDismiss));
+    m_model.setOnCopy(std::move(onCopy));
+    build();
+    setUpList();
+    followModel();
+    sectionsChanged();
+    showSelection();
+}
+
+EmojiPickerView::~EmojiPickerView() = default;
+
+QSize EmojiPickerView::sizeHint() const {
+    return {emojiPickerTexts::width, emojiPickerTexts::height};
+}
+
+void EmojiPickerView::build() {
+    m_search = new look::SearchField(text(emojiPickerTexts::placeholder));
+    QStringList names;
+    for (const EmojiCategoryRow &row : emojiCategories)
+        names.append(row.rawValue);
+    m_categories = new look::ChipStrip(names);
+    m_list = new look::VirtualList;
+    m_list->setAccessibleName(text(EmojiPickerModel::windowTitle));
+    m_empty = new look::EmptyState(text(emojiPickerTexts::emptySymbol), text(emojiPickerTexts::empty));
+
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(m_search);
+    auto *strip = new QHBoxLayout;
+    strip->setContentsMargins(look::space::medium, 0, look::space::medium, look::space::small);
+    strip->addWidget(m_categories);
+    column->addLayout(strip);
+    column->addWidget(m_list, 1);
+    column->addWidget(m_empty, 1);
+    column->addWidget(makeFooter());
+    setFocusProxy(m_search);
+
+    connect(m_search, &look::SearchField::textChanged, &m_model, &EmojiPickerModel::setQuery);
+    connect(m_categories, &look::ChipStrip::chosen, &m_model,
+            [this](int index) { m_model.setSelectedCategory(emojiCategories.at(size_t(index)).category); });
+}
+
+void EmojiPickerView::setUpList() {
+    m_list->setPadding({sidePadding, 0, sidePadding, look::space::small});
+    look::VirtualList::Source source;
+    source.count = [this] { return int(m_lines.size()); };
+    source.height = [this](int row) { return m_lines[size_t(row)].count > 0 ? cellHeight : headerHeight; };
+    source.isActive = [this](int row) { return m_lines[size_t(row)].count > 0; };
+    source.paint = [this](QPainter &painter, int row, const QRectF &rect, const look::RowState &state) {
+        paintLine(painter, row, rect, state);
+    };
+    source.accessibleText = [this](int row) { return accessibleText(row); };
+    source.toolTip = [this](int row, const QRectF &rect, QPointF place) -> std::pair<QString, QRectF> {
+        QRectF cell;
+        const EmojiItem *item = itemAt(row, rect, place, &cell);
+        return {item ? item->name : QString(), cell};
+    };
+    m_list->setSource(std::move(source));
+    connect(m_list, &look::VirtualList::clicked, this, [this](int row, QPointF place) {
+        if (const EmojiItem *item = itemAt(row, m_list->rowRect(row), place))
+            m_model.choose(item->emoji);
+    });
+}
+
+void EmojiPickerView::followModel() {
+    connect(&m_model, &EmojiPickerModel::queryChanged, this, [this] { m_search->setText(m_model.query()); });
+    connect(&m_model, &EmojiPickerModel::selectedCategoryChanged, this, &EmojiPickerView::categoryChanged);
+    connect(&m_model, &EmojiPickerModel::sectionsChanged, this, &EmojiPickerView::sectionsChanged);
+    connect(&m_model, &EmojiPickerModel::selectedIDChanged, this, &EmojiPickerView::showSelection);
+    connect(&m_model, &EmojiPickerModel::searchFieldFocusWanted, m_search, &look::SearchField::focus);
+}
+
+void EmojiPickerView::categoryChanged() {
+    for (size_t i = 0; i < emojiCategories.size(); ++i) {
+        if (emojiCategories.at(i).category == m_model.selectedCategory())
+            m_categories->setCurrent(int(i));
+    }
+}
+
+void EmojiPickerView::sectionsChanged() {
+    const auto &sections = m_model.sections();
+    m_lines.clear();
+    for (size_t section = 0; section < sections.size(); ++section) {
+        m_lines.push_back({.section = section});
+        const size_t count = sections[section].items.size();
+        for (size_t first = 0; first < count; first += emojiGrid::columns)
+            m_lines.push_back(
+                {.section = section, .first = first, .count = std::min(emojiGrid::columns, count - first)});
+    }
+    m_list->reload();
+    m_list->setVisible(!m_model.isEmpty());
+    m_empty->setVisible(m_model.isEmpty());
+    showSelection(); // the same emoji may stand elsewhere now
+}
+
+void EmojiPickerView::showSelection() {
+    m_selection = m_model.selectedID() ? emojiGrid::find(m_model.sections(), *m_model.selectedID()) : std::nullopt;
+    m_list->update();
+    int row = -1;
+    if (m_selection) {
+        const auto line = std::ranges::find_if(m_lines, [this](const Line &candidate) {
+            return candidate.section == m_selection->section && m_selection->item >= candidate.first &&
+                   m_selection->item < candidate.first + candidate.count;
+        });
+        row = int(line - m_lines.begin());
+    }
+    m_list->setSelectedRow(row);
+    // The first line shows its header as well.
+    if (row == 1)
+        m_list->scrollTo(0, true);
+    else
+        m_list->centreRow(row, true);
+}
+
+const EmojiItem *EmojiPickerView::itemAt(int row, const QRectF &rect, QPointF place, QRectF *cell) const {
+    if (row < 0 || size_t(row) >= m_lines.size())
+        return nullptr;
+    const Line &line = m_lines[size_t(row)];
+    for (size_t column = 0; column < line.count; ++column) {
+        const QRectF area = cellRect(rect, column);
+        if (!area.contains(place))
+            continue;
+        if (cell)
+            *cell = area;
+        return m_model.sections()[line.section].items[line.first + column];
+    }
+    return nullptr;
+}
+
+void EmojiPickerView::paintLine(QPainter &painter, int row, const QRectF &rect, const look::RowState &state) {
+    const look::Theme &theme = look::themeOf(this);
+    const Line &line = m_lines[size_t(row)];
+    const EmojiSection &section = m_model.sections()[line.section];
+    if (line.count == 0) {
+        look::paintSectionHeader(painter, rect, section.title, theme);
+        return;
+    }
+    for (size_t column = 0; column < line.count; ++column) {
+        const QRectF cell = cellRect(rect, column);
+        const bool isSelected = m_selection == emojiGrid::Position{line.section, line.first + column};
+        const bool isHovered = state.pointer && cell.contains(*state.pointer);
+        paintCell(painter, cell, *section.items[line.first + column], isSelected, isHovered,
+                  state.isPressed && isHovered, theme);
+    }
+}
+
+void EmojiPickerView::paintCell(QPainter &painter, const QRectF &cell, const EmojiItem &item, bool isSelected,
+                                bool isHovered, bool isPressed, const look::Theme &theme) {
+    const QRectF ground = cell.adjusted(cellInset, cellInset, -cellInset, -cellInset);
+    if (isPressed)
+        look::fillRounded(painter, ground, look::radius::row, theme.pressed);
+    else if (isSelected)
+        look::fillRounded(painter, ground, look::radius::row, theme.selection);
+    else if (isHovered)
+        look::fillRounded(painter, ground, look::radius::row, theme.hover);
+    if (isSelected)
+        look::paintFocusRing(painter, ground.adjusted(2, 2, -2, -2), look::radius::row - 2, theme);
+
+    const qreal scale = painter.device()->devicePixelRatioF();
+    const QPixmap glyph = m_glyphs.picture(item.emoji, theme.text, scale);
+    if (glyph.isNull()) { // no font has it: its name is better than an empty box
+        look::paintLine(painter, ground.adjusted(4, 0, -4, 0), item.name, look::TextRole::mini, theme.secondaryText,
+                        Qt::AlignHCenter);
+    } else {
+        const QSizeF size = glyph.deviceIndependentSize();
+        const QPointF middle = cell.center() - QPointF(size.width() / 2, size.height() / 2);
+        painter.drawPixmap(QPointF(std::round(middle.x() * scale) / scale, std::round(middle.y() * scale) / scale),
+                           glyph);
+    }
+    if (m_model.store().pinnedEmojis().contains(item.emoji))
+        look::paintSymbol(painter, QRectF(ground.right() - pinSide - 4, ground.top() + 4, pinSide, pinSide),
+                          QStringLiteral("pin.fill"), pinSide, theme.accentText);
+}
+
+QString EmojiPickerView::accessibleText(int row) const {
+    const Line &line = m_lines[size_t(row)];
+    const EmojiSection &section = m_model.sections()[line.section];
+    if (line.count == 0)
+        return section.title;
+    // The selected one alone is what the keyboard is on; a line that was reached otherwise is read out whole.
+    if (m_selection && m_selection->section == line.section && m_selection->item >= line.first &&
+        m_selection->item < line.first + line.count)
+        return section.items[m_selection->item]->name;
+    QStringList names;
+    for (size_t i = line.first; i < line.first + line.count; ++i)
+        names.append(section.items[i]->name);
+    return names.join(QStringLiteral(", "));
+}
+
+void EmojiPickerView::showEvent(QShowEvent *event) {
+    look::PanelSurface::showEvent(event);
+    m_keys->setOn(true);
+}
+
+void EmojiPickerView::hideEvent(QHideEvent *event) {
+    look::PanelSurface::hideEvent(event);
+    m_keys->setOn(false);
+}
+
+// A wheel anywhere over the panel moves the grid.
+void EmojiPickerView::wheelEvent(QWheelEvent *event) {
+    m_list->scrollBy(event);
+}
+
+} // namespace tavrine

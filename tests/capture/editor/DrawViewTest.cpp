@@ -1,0 +1,283 @@
+#include "capture/editor/DrawView.h"
+
+#include "CanvasFixture.h"
+#include "capture/editor/AnnotationRenderer.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QPainter>
+#include <QPointingDevice>
+#include <QScreen>
+#include <QTabletEvent>
+#include <QTest>
+
+namespace tavrine {
+namespace {
+
+class DrawViewTest : public testing::Test {
+protected:
+    DrawViewTest() {
+        window.resize(400, 300);
+        other = new QLineEdit(&window);
+        other->setGeometry(0, 270, 100, 30);
+        make();
+        window.show();
+        window.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+    }
+    void make() {
+        view = new DrawView(&window);
+        view->setGeometry(20, 20, 320, 240);
+        view->setPicture(picture());
+        view->updateCanvas(state.canvas());
+        view->show();
+    }
+    static QImage picture() {
+        QImage image(320, 240, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        QPainter(&image).fillRect(100, 0, 30, 240, Qt::black);
+        return image;
+    }
+    void use(DrawingTool tool) {
+        state.tool = tool;
+        view->updateCanvas(state.canvas());
+    }
+    void press(const QPoint &at) { QTest::mousePress(view, Qt::LeftButton, {}, at); }
+    void move(const QPoint &at) {
+        QMouseEvent event(QEvent::MouseMove, at, view->mapToGlobal(at), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(view, &event);
+    }
+    void release(const QPoint &at) { QTest::mouseRelease(view, Qt::LeftButton, {}, at); }
+    void click(const QPoint &at) {
+        press(at);
+        release(at);
+    }
+    QLineEdit *field() { return view->activeTextField(); }
+    QImage shown() { return view->grab().toImage().convertToFormat(QImage::Format_RGB32); }
+    QImage plainly(const std::vector<DrawingPath> &drawings) {
+        QImage image = picture();
+        QPainter painter(&image);
+        renderDrawings(painter, drawings, picture().size());
+        return image;
+    }
+
+    CanvasState state;
+    QWidget window;
+    QLineEdit *other = nullptr;
+    DrawView *view = nullptr;
+};
+
+TEST_F(DrawViewTest, theMouseDrawsAndTheViewShowsItOverThePicture) {
+    press({10, 100});
+    move({200, 100});
+    const QImage during = shown();
+    EXPECT_TRUE(state.drawings.empty());
+    EXPECT_EQ(during.pixelColor(60, 100), QColor(Qt::red));
+    release({200, 100});
+    ASSERT_EQ(state.drawings.size(), 1U);
+    EXPECT_EQ(shown(), plainly(state.drawings));
+    EXPECT_EQ(shown(), during);
+}
+
+TEST_F(DrawViewTest, aHighlighterDarkensThePictureWhileItIsDrawnAndAfterwards) {
+    state.selectedColor = Qt::yellow;
+    use(DrawingTool::highlighter);
+    press({10, 100});
+    move({200, 100});
+    EXPECT_EQ(shown().pixel(50, 100), qRgb(255, 255, 153));
+    EXPECT_EQ(shown().pixel(115, 100), qRgb(0, 0, 0));
+    release({200, 100});
+    EXPECT_EQ(shown(), plainly(state.drawings));
+    EXPECT_EQ(shown().pixel(50, 100), qRgb(255, 255, 153));
+}
+
+TEST_F(DrawViewTest, piecesRepaintedDuringAGestureMakeTheWholePicture) {
+    // The window's own surface, which keeps what is not repainted.
+    for (const DrawingTool tool :
+         {DrawingTool::pen, DrawingTool::highlighter, DrawingTool::arrow, DrawingTool::rectangle, DrawingTool::oval}) {
+        use(tool);
+        press({20, 20});
+        for (int i = 1; i <= 30; ++i) {
+            move({20 + i * 9, int(120 + 90 * std::sin(i * 0.9))});
+            QEvent request(QEvent::UpdateRequest); // paints what was marked, and that alone
+            QApplication::sendEvent(&window, &request);
+        }
+        const QImage kept = window.screen()->grabWindow(window.winId()).toImage().convertToFormat(QImage::Format_RGB32);
+        ASSERT_FALSE(kept.isNull());
+        EXPECT_EQ(kept.copy(20, 20, 320, 240), shown()) << static_cast<int>(tool);
+        release({290, 60});
+        ASSERT_EQ(shown(), plainly(state.drawings)) << static_cast<int>(tool);
+    }
+    EXPECT_EQ(state.drawings.size(), 5U);
+}
+
+TEST_F(DrawViewTest, aHighlighterReadsWhatLiesBelowOnAWidgetsOwnSurfaceToo) {
+    class Sheet : public QWidget {
+    public:
+        using QWidget::QWidget;
+        void paintEvent(QPaintEvent *) override {
+            QPainter painter(this);
+            painter.fillRect(rect(), QColor(200, 220, 240));
+            const DrawingPath path = highlighter({{0, 30}, {60, 30}}, 20);
+            renderDrawing(painter, path, path.points, false);
+        }
+    };
+    Sheet sheet(&window); // away from the window's corner, so that its surface is moved under it
+    sheet.setGeometry(340, 20, 60, 60);
+    sheet.show();
+    sheet.repaint(); // at once
+    const QImage onScreen = window.screen()->grabWindow(window.winId()).toImage();
+    ASSERT_FALSE(onScreen.isNull());
+    EXPECT_EQ(onScreen.pixel(370, 50), qRgb(200, 220, 138));
+    EXPECT_EQ(onScreen.pixel(370, 30), qRgb(200, 220, 240));
+    EXPECT_EQ(sheet.grab().toImage().pixel(30, 30), qRgb(200, 220, 138));
+}
+
+TEST_F(DrawViewTest, onlyTheLeftButtonDraws) {
+    QTest::mousePress(view, Qt::RightButton, {}, {10, 10});
+    QTest::mouseRelease(view, Qt::RightButton, {}, {10, 10});
+    EXPECT_TRUE(state.drawings.empty());
+}
+
+TEST_F(DrawViewTest, aPenDrawsAtItsOwnFractionsOfAPoint) {
+    const auto tablet = [this](QEvent::Type type, const QPointF &at, Qt::MouseButtons buttons) {
+        QTabletEvent event(type, QPointingDevice::primaryPointingDevice(), at, view->mapToGlobal(at), 0.5, 0, 0, 0, 0,
+                           0, Qt::NoModifier, type == QEvent::TabletMove ? Qt::NoButton : Qt::LeftButton, buttons);
+        QApplication::sendEvent(view, &event);
+        EXPECT_TRUE(event.isAccepted());
+    };
+    tablet(QEvent::TabletMove, {5, 5}, Qt::NoButton); // over the surface
+    tablet(QEvent::TabletPress, {16.25, 24}, Qt::LeftButton);
+    tablet(QEvent::TabletMove, {32.5, 48.75}, Qt::LeftButton);
+    tablet(QEvent::TabletRelease, {32.5, 48.75}, Qt::NoButton);
+    tablet(QEvent::TabletMove, {100, 100}, Qt::NoButton);
+    ASSERT_EQ(state.drawings.size(), 1U);
+    EXPECT_EQ(state.drawings[0].points, (std::vector<QPointF>{{16.25 / 320, 24.0 / 240}, {32.5 / 320, 48.75 / 240}}));
+}
+
+TEST_F(DrawViewTest, aFieldOpensAtThePointWithTheLettersOfTheText) {
+    state.lineWidth = 6;
+    state.selectedColor = Qt::blue;
+    use(DrawingTool::text);
+    click({40, 50});
+    ASSERT_TRUE(field());
+    EXPECT_EQ(field()->geometry(), QRect(40, 50, 220, 30));
+    EXPECT_TRUE(field()->hasFocus());
+    EXPECT_EQ(field()->font().pixelSize(), 24);
+    EXPECT_EQ(field()->font().weight(), QFont::DemiBold);
+    EXPECT_EQ(field()->palette().color(QPalette::Text), QColor(Qt::blue));
+}
+
+TEST_F(DrawViewTest, lettersGoIntoTheAnnotationAndReturnAndEscapeKeepThem) {
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape}) {
+        state.drawings.clear();
+        use(DrawingTool::text);
+        click({40, 50});
+        QTest::keyClicks(field(), str("Hi there"));
+        EXPECT_EQ(state.drawings.at(0).text, str("Hi there"));
+        QTest::keyClick(field(), key);
+        EXPECT_FALSE(field());
+        EXPECT_EQ(state.drawings.size(), 1U);
+        EXPECT_EQ(state.tool, DrawingTool::pen);
+        EXPECT_TRUE(view->hasFocus());
+    }
+    EXPECT_EQ(shown(), plainly(state.drawings));
+}
+
+TEST_F(DrawViewTest, spacesAndReturnLeaveNothing) {
+    use(DrawingTool::text);
+    click({40, 50});
+    QTest::keyClicks(field(), str("   "));
+    QTest::keyClick(field(), Qt::Key_Return);
+    EXPECT_TRUE(state.drawings.empty());
+}
+
+TEST_F(DrawViewTest, aClickOnTheCanvasEndsTheTypingAndDrawsNothing) {
+    use(DrawingTool::text);
+    click({40, 50});
+    QTest::keyClicks(field(), str("Hi"));
+    click({200, 200});
+    EXPECT_FALSE(field());
+    EXPECT_EQ(state.tool, DrawingTool::pen);
+    EXPECT_EQ(state.drawings.size(), 1U);
+    click({200, 200});
+    EXPECT_EQ(state.drawings.size(), 2U);
+}
+
+TEST_F(DrawViewTest, aFieldThatLosesTheKeyboardToAnotherIsCommitted) {
+    use(DrawingTool::text);
+    click({40, 50});
+    QTest::keyClicks(field(), str("Hi"));
+    other->setFocus(Qt::TabFocusReason);
+    EXPECT_FALSE(field());
+    EXPECT_EQ(state.drawings.at(0).text, str("Hi"));
+    EXPECT_EQ(state.tool, DrawingTool::text);
+    EXPECT_TRUE(other->hasFocus());
+}
+
+TEST_F(DrawViewTest, aFieldWhoseWindowGoesToTheBackStays) {
+    use(DrawingTool::text);
+    click({40, 50});
+    QFocusEvent away(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+    QApplication::sendEvent(field(), &away);
+    EXPECT_TRUE(field());
+    QFocusEvent menu(QEvent::FocusOut, Qt::PopupFocusReason);
+    QApplication::sendEvent(field(), &menu);
+    EXPECT_TRUE(field());
+}
+
+TEST_F(DrawViewTest, anUpdateLeavesTheGestureAndTheFieldAlone) {
+    use(DrawingTool::text);
+    click({40, 50});
+    QTest::keyClicks(field(), str("Hi"));
+    QLineEdit *before = field();
+    view->updateCanvas(state.canvas());
+    EXPECT_EQ(field(), before);
+    EXPECT_EQ(field()->text(), str("Hi"));
+    EXPECT_TRUE(field()->hasFocus());
+}
+
+TEST_F(DrawViewTest, aNewCanvasDiscardsWhatIsBeingTypedWithoutCommittingIt) {
+    use(DrawingTool::text);
+    click({40, 50});
+    QTest::keyClicks(field(), str("  "));
+    const int writes = state.writes;
+    delete view;
+    EXPECT_EQ(state.writes, writes); // a commit would remove the blank annotation
+    ASSERT_EQ(state.drawings.size(), 1U);
+    EXPECT_EQ(state.tool, DrawingTool::text);
+    make();
+    EXPECT_FALSE(field());
+}
+
+TEST_F(DrawViewTest, drawingsThatWereChangedElsewhereAreShownWithTheNextUpdate) {
+    click({10, 10});
+    shown();
+    state.drawings = {stamp(1, {0.5, 0.5}), highlighter({{0.1, 0.1}, {0.9, 0.9}})};
+    view->updateCanvas(state.canvas());
+    EXPECT_EQ(shown(), plainly(state.drawings));
+    state.drawings.erase(state.drawings.begin());
+    view->updateCanvas(state.canvas());
+    EXPECT_EQ(shown(), plainly(state.drawings));
+}
+
+TEST_F(DrawViewTest, annotationsFollowTheViewsSize) {
+    state.drawings = {drawing(DrawingKind::path, {{0.1, 0.5}, {0.9, 0.5}}, Qt::red, 6)};
+    view->updateCanvas(state.canvas());
+    view->resize(160, 120);
+    EXPECT_EQ(shown().pixelColor(80, 60), QColor(Qt::red));
+    press({16, 12});
+    release({16, 12});
+    EXPECT_EQ(state.drawings.back().points, (std::vector<QPointF>{{0.1, 0.1}}));
+}
+
+TEST_F(DrawViewTest, aViewWithoutAnAreaOrAPictureDoesNoHarm) {
+    view->resize(0, 0);
+    view->repaint();
+    view->setPicture({});
+    view->resize(50, 50);
+    EXPECT_FALSE(shown().isNull());
+}
+
+} // namespace
+} // namespace tavrine

@@ -1,0 +1,119 @@
+#include "ReadingTest.h"
+#include "base/Print.h"
+#include "capture/reading/OCRNotepadState.h"
+
+#include <QThread>
+
+namespace tavrine {
+namespace {
+
+class OCRManagerTest : public ReadingTest {
+protected:
+    std::optional<QString> recognized(const QImage &image = picture()) {
+        std::optional<QString> result = QStringLiteral("never called");
+        manager.recognizeText(image, [&](const std::optional<QString> &found) { result = found; });
+        settle();
+        return result;
+    }
+};
+
+TEST_F(OCRManagerTest, linesAreJoinedInTheOrderGiven) {
+    recognizer.setLines({text("second"), text("first"), text("third")});
+    EXPECT_EQ(recognized(), text("second\nfirst\nthird"));
+}
+
+TEST_F(OCRManagerTest, whiteSpaceRoundTheTextStays) {
+    recognizer.setLines({text("  a "), text("")});
+    EXPECT_EQ(recognized(), text("  a \n"));
+}
+
+TEST_F(OCRManagerTest, noLinesAreNoText) {
+    EXPECT_EQ(recognized(), std::nullopt);
+}
+
+TEST_F(OCRManagerTest, whiteSpaceAloneIsNoText) {
+    recognizer.setLines({text(" "), text("\t"), text("")});
+    EXPECT_EQ(recognized(), std::nullopt);
+}
+
+TEST_F(OCRManagerTest, aFailureIsNoTextAndIsPrinted) {
+    recognizer.setLines({text("a")});
+    recognizer.failNextRecognition(text("no language"));
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(recognized(), std::nullopt);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Failed to perform OCR: no language\n");
+    EXPECT_EQ(recognized(), text("a"));
+}
+
+TEST_F(OCRManagerTest, aPictureWithoutPixelsIsAnsweredWithinTheCall) {
+    recognizer.setLines({text("a")});
+    bool isAnswered = false;
+    manager.recognizeText(QImage(), [&](const std::optional<QString> &found) { isAnswered = !found; });
+    EXPECT_TRUE(isAnswered);
+    EXPECT_TRUE(recognizer.images().isEmpty());
+}
+
+TEST_F(OCRManagerTest, theAnswerComesOnTheRecognitionQueue) {
+    bool isOnQueue = false;
+    manager.recognizeText(picture(), [&](const std::optional<QString> &) { isOnQueue = queue.isCurrent(); });
+    settle();
+    EXPECT_TRUE(isOnQueue);
+}
+
+TEST_F(OCRManagerTest, theNotepadIsToldOnTheMainQueue) {
+    recognizer.setLines({text("a")});
+    OCRNotepadState state;
+    QThread *teller = nullptr;
+    QObject::connect(&state, &OCRNotepadState::changed, [&] { teller = QThread::currentThread(); });
+    manager.recognizeForNotepad(picture(), state);
+    queue.sync([] {});
+    EXPECT_TRUE(state.isLoading()) << "nothing before the main queue's next turn";
+    time.runPending();
+    EXPECT_EQ(teller, QThread::currentThread());
+    EXPECT_EQ(state.text(), text("a"));
+    EXPECT_EQ(state.errorMessage(), std::nullopt);
+    EXPECT_FALSE(state.isLoading());
+}
+
+TEST_F(OCRManagerTest, theTextStandsBeforeTheLoadingEnds) {
+    recognizer.setLines({text("a")});
+    OCRNotepadState state;
+    QString atTheEnd;
+    QObject::connect(&state, &OCRNotepadState::changed, [&] {
+        if (!state.isLoading())
+            atTheEnd = state.text();
+    });
+    manager.recognizeForNotepad(picture(), state);
+    settle();
+    EXPECT_EQ(atTheEnd, text("a"));
+}
+
+TEST_F(OCRManagerTest, nothingFoundIsSaidInTheNotepad) {
+    OCRNotepadState state;
+    manager.recognizeForNotepad(picture(), state);
+    settle();
+    EXPECT_EQ(state.errorMessage(), text("No text found in this image."));
+    EXPECT_TRUE(state.text().isEmpty());
+    EXPECT_FALSE(state.isLoading());
+}
+
+TEST_F(OCRManagerTest, aPictureWithoutPixelsIsSaidInTheNotepad) {
+    OCRNotepadState state;
+    manager.recognizeForNotepad(QImage(), state);
+    time.runPending();
+    EXPECT_EQ(state.errorMessage(), text("No text found in this image."));
+    EXPECT_FALSE(state.isLoading());
+}
+
+TEST_F(OCRManagerTest, aStateThatIsGoneLosesTheResult) {
+    recognizer.setLines({text("a")});
+    auto state = std::make_unique<OCRNotepadState>();
+    manager.recognizeForNotepad(picture(), *state);
+    queue.sync([] {});
+    state.reset();
+    time.runPending(); // would touch freed memory
+    EXPECT_EQ(recognizer.images().size(), 1);
+}
+
+} // namespace
+} // namespace tavrine

@@ -1,0 +1,33 @@
+#include "programs/screencapture/CommandLine.h"
+
+#include <gtest/gtest.h>
+
+namespace tavrine {
+namespace {
+
+TEST(CommandLine, takesAFileWithSoundAndWithout) {
+    EXPECT_EQ(CommandLine::parse({"-i", "/a.png"}), (CommandLine{"/a.png", false}));
+    EXPECT_EQ(CommandLine::parse({"-i", "-x", "/a.png"}), (CommandLine{"/a.png", true}));
+    EXPECT_EQ(CommandLine::parse({"-x", "-i", "/a.png"}), (CommandLine{"/a.png", true}));
+}
+
+TEST(CommandLine, refusesEverythingElse) {
+    for (const std::vector<std::string_view> &arguments :
+         std::vector<std::vector<std::string_view>>{{},
+                                                    {"-i"},
+                                                    {"/a"},
+                                                    {"-x", "/a"},
+                                                    {"-i", ""},
+                                                    {"-i", "/a", "/b"},
+                                                    {"-i", "/a", "-x"},
+                                                    {"-i", "-i", "/a"},
+                                                    {"-i", "-x", "-x", "/a"},
+                                                    {"-ix", "/a"},
+                                                    {"-i", "-c", "/a"},
+                                                    {"-i", "--", "/a"},
+                                                    {"-i", "-"}})
+        EXPECT_EQ(CommandLine::parse(arguments), std::nullopt);
+}
+
+} // namespace
+} // namespace tavrine

@@ -1,0 +1,164 @@
+#include "utilities/emoji/EmojiPickerView.h"
+
+#include "PickerTest.h"
+#include "look/ChipStrip.h"
+#include "look/EmptyState.h"
+#include "look/SearchField.h"
+#include "look/VirtualList.h"
+
+#include <QLineEdit>
+#include <QTest>
+
+namespace tavrine {
+namespace {
+
+class EmojiPickerViewTest : public PickerTest {
+protected:
+    EmojiPickerViewTest() {
+        storeRecents({});
+        storePins(array({"👍"}));
+        store = makeStore();
+        view = std::make_unique<EmojiPickerView>(
+            EmojiPickerModel::Ports{*store, center, time}, [this] { ++dismissals; },
+            [this](const EmojiItem &item) { chosen.append(item.emoji); });
+        view->setWindowTitle(QStringLiteral("Emoji Picker"));
+        view->resize(view->sizeHint());
+        view->show();
+        QCoreApplication::processEvents();
+    }
+
+    void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(field(), key, modifiers);
+    }
+    [[nodiscard]] QLineEdit *field() const { return view->findChild<QLineEdit *>(); }
+    [[nodiscard]] look::VirtualList *list() const { return view->findChild<look::VirtualList *>(); }
+    [[nodiscard]] look::ChipStrip *strip() const { return view->findChild<look::ChipStrip *>(); }
+
+    std::unique_ptr<EmojiPickerStore> store;
+    std::unique_ptr<EmojiPickerView> view;
+    QStringList chosen;
+    int dismissals = 0;
+};
+
+// The lines: "Pinned", its item, "Smileys & People", its three, "Objects", eight, two, "Flags", one.
+TEST_F(EmojiPickerViewTest, movesReachTheGrid) {
+    EXPECT_EQ(list()->count(), 9);
+    EXPECT_EQ(list()->selectedRow(), 1);
+    key(Qt::Key_Down); // the pinned one stands first among the sections, so the next is the first smiley
+    EXPECT_EQ(list()->selectedRow(), 3);
+    key(Qt::Key_Return);
+    EXPECT_EQ(chosen, QStringList{text("😀")});
+}
+
+TEST_F(EmojiPickerViewTest, commandIsControlOrSuper) {
+    key(Qt::Key_Right, Qt::ControlModifier);
+    EXPECT_EQ(strip()->current(), 1);
+    key(Qt::Key_Left, Qt::MetaModifier);
+    key(Qt::Key_Left, Qt::MetaModifier);
+    EXPECT_EQ(strip()->current(), 8);
+    key(Qt::Key_P, Qt::ControlModifier);
+    EXPECT_EQ(store->pinnedEmojis(), (QStringList{text("👍"), text("🏁")}));
+}
+
+TEST_F(EmojiPickerViewTest, escapeDismisses) {
+    key(Qt::Key_Escape);
+    EXPECT_EQ(dismissals, 1);
+}
+
+TEST_F(EmojiPickerViewTest, underAnotherTitleKeysDoNothing) {
+    view->setWindowTitle(QStringLiteral("Emoji Pickers"));
+    key(Qt::Key_Escape);
+    key(Qt::Key_Return);
+    EXPECT_EQ(dismissals, 0);
+    EXPECT_TRUE(chosen.isEmpty());
+}
+
+TEST_F(EmojiPickerViewTest, aClickChoosesTheEmojiUnderIt) {
+    const QRectF line = list()->rowRect(3);
+    QTest::mouseClick(list(), Qt::LeftButton, {},
+                      QPointF(line.left() + line.width() * 2.5 / 8, line.center().y()).toPoint());
+    EXPECT_EQ(chosen, QStringList{text("😬")});
+}
+
+TEST_F(EmojiPickerViewTest, aClickBesideTheLastOfALineChoosesNothing) {
+    const QRectF line = list()->rowRect(3);
+    QTest::mouseClick(list(), Qt::LeftButton, {},
+                      QPointF(line.left() + line.width() * 3.5 / 8, line.center().y()).toPoint());
+    EXPECT_TRUE(chosen.isEmpty());
+}
+
+TEST_F(EmojiPickerViewTest, typingSearchesAndNothingFoundSaysSo) {
+    QTest::keyClicks(field(), QStringLiteral("zzz"));
+    EXPECT_TRUE(view->findChild<look::EmptyState *>()->isVisible());
+    EXPECT_FALSE(list()->isVisible());
+    field()->setText(QStringLiteral("thumb"));
+    EXPECT_TRUE(list()->isVisible());
+    key(Qt::Key_Return);
+    EXPECT_EQ(chosen, QStringList{text("👍")});
+}
+
+TEST_F(EmojiPickerViewTest, anOpeningBeginsAnew) {
+    key(Qt::Key_Right, Qt::ControlModifier);
+    field()->setText(QStringLiteral("face"));
+    center.post(QStringLiteral("emojiPickerPanelOpened"));
+    EXPECT_EQ(field()->text(), QString());
+    EXPECT_EQ(strip()->current(), 0);
+    EXPECT_EQ(list()->selectedRow(), 1);
+    EXPECT_EQ(list()->offset(), 0);
+}
+
+TEST(EmojiGlyphs, keepWithinTheirBound) {
+    EmojiGlyphs glyphs(38);
+    const qsizetype one = 38 * 2 * 38 * 2 * 4;
+    const int more = int(EmojiGlyphs::limitBytes / one) + 50;
+    int drawn = 0;
+    for (int i = 0; i < more; ++i)
+        drawn += glyphs.picture(QString(QChar(u'A' + i % 26)) + QString::number(i), Qt::black, 2).isNull() ? 0 : 1;
+    ASSERT_EQ(drawn, more);
+    EXPECT_LE(glyphs.bytesInUse(), EmojiGlyphs::limitBytes);
+    EXPECT_LT(glyphs.count(), more);
+    EXPECT_GT(glyphs.count(), more / 2);
+}
+
+TEST(EmojiGlyphs, aSequenceIsOnePictureOfItsOwn) {
+    EmojiGlyphs glyphs(32);
+    const auto picture = [&](const char *emoji) {
+        return glyphs.picture(QString::fromUtf8(emoji), Qt::black, 1).toImage();
+    };
+    const QImage man = picture("👨");
+    const QImage family = picture("👨‍👩‍👧‍👦");
+    const QImage darkThumb = picture("👍🏿");
+    ASSERT_FALSE(man.isNull());
+    EXPECT_EQ(family.size(), QSize(32, 32));
+    EXPECT_NE(family, man); // and not its first person
+    EXPECT_NE(darkThumb, picture("👍"));
+    EXPECT_NE(picture("🇩🇪"), picture("🇺🇳"));
+}
+
+TEST(EmojiGlyphs, aPictureStandsInTheMiddleAndIsNotCut) {
+    for (const qreal scale : {1.0, 2.0}) {
+        EmojiGlyphs glyphs(32);
+        const QImage image = glyphs.picture(QString::fromUtf8("😀"), Qt::black, scale).toImage();
+        ASSERT_EQ(image.width(), int(32 * scale));
+        QRect ink;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (qAlpha(image.pixel(x, y)) > 64)
+                    ink |= QRect(x, y, 1, 1);
+        EXPECT_LE(std::abs(ink.center().x() - image.width() / 2), int(2 * scale));
+        EXPECT_LE(std::abs(ink.center().y() - image.height() / 2), int(2 * scale));
+        EXPECT_GT(ink.width(), int(20 * scale));
+        EXPECT_FALSE(ink.left() == 0 || ink.top() == 0 || ink.right() == image.width() - 1);
+    }
+}
+
+TEST(EmojiGlyphs, aSelectorDecidesBetweenPictureAndSign) {
+    EXPECT_TRUE(isEmojiPresentation(QString::fromUtf8("❤️")));
+    EXPECT_FALSE(isEmojiPresentation(QString::fromUtf8("❤")));
+    EXPECT_TRUE(isEmojiPresentation(QString::fromUtf8("✅")));
+    EXPECT_FALSE(isEmojiPresentation(QString::fromUtf8("→")));
+    EXPECT_TRUE(isEmojiPresentation(QString::fromUtf8("😀")));
+}
+
+} // namespace
+} // namespace tavrine
