@@ -5,7 +5,7 @@
 #include "capture/ScreenSnipper.h"
 #include "capture/SnipDragFile.h"
 #include "ports/Pasteboard.h"
-#include "upload/CustomUploadManager.h"
+#include "upload/Uploads.h"
 
 #include <QFileInfo>
 #include <QPointer>
@@ -80,8 +80,9 @@ void SnipFlow::writeToPasteboard(const QImage &image) {
 
 void SnipFlow::showSnipPreview(const QImage &image) {
     dismissSnipPreview(Dismissal::atOnce);
-    m_cardModel = std::make_shared<SnippetPreviewModel>(image, cardActions(image), m_ports.time,
-                                                        m_ports.uploads ? m_ports.uploads() : nullptr);
+    m_cardModel = std::make_shared<SnippetPreviewModel>(
+        image, cardActions(image), m_ports.time,
+        m_ports.uploads.makeButton([image] { return image; }, UploadButton::AfterLink::dismissView));
     m_card.show(m_views.card ? m_views.card(m_cardModel) : nullptr);
     m_cardModel->appear();
 }
@@ -100,24 +101,9 @@ SnippetPreviewModel::Actions SnipFlow::cardActions(const QImage &image) {
                     callIfThere(m_actions.openEditorDirectly, image);
                 },
             .onGetText = [this, image] { callIfThere(m_actions.getTextFromSnip, image); },
-            .onUpload = [this, image] { callIfThere(m_actions.onUpload, image, uploadCard()); },
             .onDismiss = [this] { dismissSnipPreview(Dismissal::animated); },
             .beginDragFile = [this, image] { return beginDragFile(image); },
             .finishDragFile = [this] { m_files.finish(); }};
-}
-
-UploadCard SnipFlow::uploadCard() const {
-    const QPointer<SnippetPreviewModel> card(m_cardModel.get());
-    return {.setState =
-                [card](UploadButtonState state) {
-                    if (card)
-                        card->setUploadState(state);
-                },
-            .dismiss =
-                [card] {
-                    if (card)
-                        card->pressDismiss();
-                }};
 }
 
 QString SnipFlow::beginDragFile(const QImage &image) {

@@ -20,13 +20,8 @@ namespace tavrine {
 class FilePanels;
 class Pasteboard;
 class ScreenSnipper;
+class Uploads;
 class UserDefaults;
-
-/// The card of one upload, as who uploads tells it how it goes. Nothing once that card is gone, whatever came after it.
-struct UploadCard {
-    std::function<void(UploadButtonState)> setState;
-    std::function<void()> dismiss;
-};
 
 /// What happens with a capture: the way into one, the pasteboard, the card in the corner with its buttons, and the
 /// rules by which a capture becomes a file.
@@ -47,7 +42,7 @@ public:
         ScreenSnipper &snipper;
         SerialQueue &fileQueue;
         Folders folders;
-        std::function<CustomUploadManager *()> uploads = {}; ///< asked for each card; none or null: no upload
+        Uploads &uploads;
     };
     /// What the flow asks of other tools. One that is missing does nothing.
     struct Actions {
@@ -57,7 +52,6 @@ public:
         std::function<void()> activateApplication;
         std::function<void(const QImage &)> openEditorDirectly;
         std::function<void(const QImage &)> getTextFromSnip;
-        std::function<void(const QImage &, const UploadCard &)> onUpload;
     };
     /// The content of the windows, taken over by them. The models live at least as long.
     struct Views {
@@ -112,7 +106,6 @@ public:
 private:
     [[nodiscard]] SnippetPreviewModel::Actions cardActions(const QImage &image);
     void writeToPasteboard(const QImage &image);
-    [[nodiscard]] UploadCard uploadCard() const;
     [[nodiscard]] QString beginDragFile(const QImage &image);
     void saveHere(const SnipFiles::Prepared &png, const QString &directory, bool useAsDefault,
                   const Completion &completion);

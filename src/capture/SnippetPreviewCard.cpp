@@ -226,13 +226,12 @@ void SnippetPreviewCard::refresh() {
     };
     show(m_copy, m_model->isCopied(), "doc.on.doc", m_model->isCopied() ? "Copied" : "Copy");
     show(m_save, m_model->isSaved(), "tray.and.arrow.down", m_model->isSaved() ? "Saved" : "Save");
-    const UploadButtonState upload = m_model->uploadState();
-    show(m_upload, upload == UploadButtonState::done, "icloud.and.arrow.up",
-         upload == UploadButtonState::idle        ? "Upload"
-         : upload == UploadButtonState::uploading ? "Uploading"
-                                                  : "Uploaded");
-    m_upload->setLoading(upload == UploadButtonState::uploading);
-    const bool hasUpload = m_model->showsUpload();
+    const UploadButton &upload = m_model->uploadButton();
+    m_upload->setIcon(upload.symbol());
+    m_upload->setTitle(upload.title());
+    m_upload->setActive(upload.state() == UploadButtonState::done);
+    m_upload->setLoading(upload.state() == UploadButtonState::uploading);
+    const bool hasUpload = upload.isShown();
     m_upload->setVisible(hasUpload);
     // Spread over the whole row, the same distance between them.
     const int wide = hasUpload ? widthWithSixButtons : widthWithFiveButtons;

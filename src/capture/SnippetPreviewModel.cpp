@@ -1,7 +1,6 @@
 #include "capture/SnippetPreviewModel.h"
 
 #include "base/Time.h"
-#include "upload/CustomUploadManager.h"
 
 #include <QPointer>
 
@@ -15,17 +14,14 @@ constexpr double roundingError = 1e-9;
 
 } // namespace
 
-SnippetPreviewModel::SnippetPreviewModel(QImage image, Actions actions, Time &time, CustomUploadManager *uploads)
-    : m_image(std::move(image)), m_actions(std::move(actions)), m_time(time), m_uploads(uploads) {
-    if (m_uploads)
-        connect(m_uploads, &CustomUploadManager::changed, this, &SnippetPreviewModel::changed);
+SnippetPreviewModel::SnippetPreviewModel(QImage image, Actions actions, Time &time,
+                                         std::unique_ptr<UploadButton> uploadButton)
+    : m_image(std::move(image)), m_actions(std::move(actions)), m_time(time), m_uploadButton(std::move(uploadButton)) {
+    connect(m_uploadButton.get(), &UploadButton::changed, this, &SnippetPreviewModel::followUpload);
+    connect(m_uploadButton.get(), &UploadButton::viewDismissed, this, &SnippetPreviewModel::pressDismiss);
 }
 
 SnippetPreviewModel::~SnippetPreviewModel() = default;
-
-bool SnippetPreviewModel::showsUpload() const {
-    return m_uploads && m_uploads->isConfigured();
-}
 
 void SnippetPreviewModel::appear() {
     m_timer.reset();
@@ -50,12 +46,8 @@ void SnippetPreviewModel::tick() {
     pressDismiss();
 }
 
-void SnippetPreviewModel::setUploadState(UploadButtonState state) {
-    m_isUploading = state == UploadButtonState::uploading;
-    if (state == m_uploadState)
-        return;
-    m_uploadState = state;
-    if (state == UploadButtonState::uploading)
+void SnippetPreviewModel::followUpload() {
+    if (m_uploadButton->state() == UploadButtonState::uploading)
         m_timer.reset();
     Q_EMIT changed();
 }
@@ -105,10 +97,8 @@ void SnippetPreviewModel::pressGetText() {
 }
 
 void SnippetPreviewModel::pressUpload() {
-    if (m_isStopped || !showsUpload() || m_isUploading)
-        return;
-    m_isUploading = true;
-    m_actions.onUpload();
+    if (!m_isStopped)
+        m_uploadButton->press();
 }
 
 void SnippetPreviewModel::pressDismiss() {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Date.h"
-#include "upload/UploadButtonState.h"
+#include "upload/UploadButton.h"
 
 #include <QImage>
 #include <QObject>
@@ -11,7 +11,6 @@
 
 namespace tavrine {
 
-class CustomUploadManager;
 class Time;
 class Timer;
 
@@ -34,7 +33,6 @@ public:
         std::function<void(std::function<void(bool)>)> onSave;
         std::function<void()> onEdit;
         std::function<void()> onGetText;
-        std::function<void()> onUpload;
         std::function<void()> onDismiss;
         /// Makes the file of a picture that is dragged out, in the background; its path is known at once, and empty
         /// when there will be no file. `finish` waits for it.
@@ -46,8 +44,7 @@ public:
     static constexpr Seconds tickInterval{0.05};
     static constexpr Seconds dismissalAfterSave{1.0};
 
-    /// `uploads` may be null: there is no upload then.
-    SnippetPreviewModel(QImage image, Actions actions, Time &time, CustomUploadManager *uploads);
+    SnippetPreviewModel(QImage image, Actions actions, Time &time, std::unique_ptr<UploadButton> uploadButton);
     ~SnippetPreviewModel() override;
 
     [[nodiscard]] const QImage &image() const { return m_image; }
@@ -57,14 +54,11 @@ public:
     [[nodiscard]] bool isHovering() const { return m_isHovering; }
     [[nodiscard]] bool isCopied() const { return m_isCopied; }
     [[nodiscard]] bool isSaved() const { return m_isSaved; }
-    [[nodiscard]] UploadButtonState uploadState() const { return m_uploadState; }
-    [[nodiscard]] bool showsUpload() const;
+    [[nodiscard]] const UploadButton &uploadButton() const { return *m_uploadButton; }
 
     void appear();
     void setHovering(bool isHovering) { m_isHovering = isHovering; }
     void setDragging(bool isDragging) { m_isDragging = isDragging; }
-    /// Whoever uploads tells how it goes: `idle` as well when there was nothing to upload.
-    void setUploadState(UploadButtonState state);
     /// The card is on its way off the screen.
     void stop();
 
@@ -84,11 +78,12 @@ Q_SIGNALS:
 
 private:
     void tick();
+    void followUpload();
 
     QImage m_image;
     Actions m_actions;
     Time &m_time;
-    CustomUploadManager *m_uploads;
+    std::unique_ptr<UploadButton> m_uploadButton;
     double m_remaining = totalDuration.count();
     std::unique_ptr<Timer> m_timer;
     bool m_isHovering = false;
@@ -97,8 +92,6 @@ private:
     bool m_isSaving = false;
     bool m_isSaved = false;
     bool m_isStopped = false;
-    bool m_isUploading = false; ///< from the press on, though the state is told only once the picture is a PNG
-    UploadButtonState m_uploadState = UploadButtonState::idle;
 };
 
 } // namespace tavrine

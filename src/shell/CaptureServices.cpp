@@ -1,14 +1,13 @@
 #include "shell/CaptureServices.h"
 
 #include "base/Time.h"
-#include "capture/PngData.h"
 #include "capture/editor/EditorScans.h"
 #include "capture/reading/OCRNotepadView.h"
 #include "capture/reading/QRResultView.h"
 #include "ports/CodeDetector.h"
 #include "ports/PanelWindow.h"
 #include "ports/Recognizer.h"
-#include "upload/CustomUploadManager.h"
+#include "upload/Uploads.h"
 
 #include <QApplication>
 
@@ -56,11 +55,15 @@ struct CaptureServices::Notepad {
 CaptureServices::CaptureServices(Ports ports) : m_ports(std::move(ports)) {}
 
 CaptureServices::~CaptureServices() {
-    m_alive.reset();
     // The queues wait for what was handed in, and a picture can take its reader a minute.
     for (CodeDetector *detector : {&m_ports.screenDetector, &m_ports.pictureDetector})
         detector->cancel();
     m_ports.recognizer.cancel();
+}
+
+void CaptureServices::setShowToast(const ShowToast &showToast) {
+    m_showToast = showToast;
+    m_ports.uploads.setShowToast(showToast);
 }
 
 CaptureServices::Reading &CaptureServices::reading() {
@@ -69,76 +72,14 @@ CaptureServices::Reading &CaptureServices::reading() {
     return *m_reading;
 }
 
-JSUploadEngine &CaptureServices::engine() {
-    if (!m_engine)
-        m_engine = std::make_unique<JSUploadEngine>(m_ports.uploadWorker, m_ports.time);
-    return *m_engine;
-}
-
-UploadRunner CaptureServices::uploadRunner() {
-    return [this, alive = std::weak_ptr(m_alive)](const QString &script, const QString &imageBase64,
-                                                  const QString &fileName, Seconds timeout, const auto &completion) {
-        if (alive.expired()) // the picture was ready after the end
-            return;
-        engine().queue().async([&engine = engine(), script, imageBase64, fileName, timeout, completion] {
-            engine.run(script, imageBase64, fileName, timeout.count(), completion);
-        });
-    };
-}
-
-UploadFlow::Ports CaptureServices::uploadPorts() {
-    if (!m_pictureQueue)
-        m_pictureQueue = std::make_unique<SerialQueue>(QStringLiteral("com.tavrine.upload"));
-    return {*m_ports.uploads(), m_ports.pasteboard, m_ports.time, *m_pictureQueue};
-}
-
-UploadFlow::Actions CaptureServices::uploadActions(std::function<QImage()> image) {
-    return {.picture = [image = std::move(image)]() -> UploadFlow::PngMaker {
-                return [taken = image()] { return pngData(taken); };
-            },
-            .run = uploadRunner(),
-            .uploadFileName = [this, alive = std::weak_ptr(
-                                         m_alive)] { return alive.expired() ? QString() : engine().uploadFileName(); },
-            .showToast = m_showToast};
-}
-
-void CaptureServices::uploadFromCard(const QImage &image, const UploadCard &card) {
-    UploadFlow::Actions actions = uploadActions([image] { return image; });
-    actions.onDismiss = card.dismiss;
-    // Not the card's: it is gone when a newer one comes, and the run goes on.
-    auto *flow = new UploadFlow(uploadPorts(), std::move(actions), &m_flows);
-    const auto tell = [card, flow] { card.setState(flow->uploadState()); };
-    QObject::connect(flow, &UploadFlow::uploadStateChanged, flow, tell);
-    QObject::connect(flow, &UploadFlow::preparationFailed, flow, tell);
-    QObject::connect(flow, &UploadFlow::ended, flow, &QObject::deleteLater);
-    flow->upload();
-}
-
 EditorView::Hooks CaptureServices::editorHooks() {
-    return {.opened = [this](EditorView &editor) { openedEditor(editor); },
+    return {.opened =
+                [this](EditorView &editor) {
+                    editor.model().setUploadButton(m_ports.uploads.makeButton(
+                        [&editor] { return editor.model().flattenedImage(); }, UploadButton::AfterLink::returnToIdle));
+                },
             .extractText = [this](EditorView &editor) { EditorScans::extractText(reading().editor)(editor); },
-            .scanQr = [this](EditorView &editor) { EditorScans::scanQr(reading().editor)(editor); },
-            .upload = [this](EditorView &editor) { uploadFromEditor(editor); }};
-}
-
-void CaptureServices::openedEditor(EditorView &editor) {
-    const CustomUploadManager *const manager = m_ports.uploads();
-    if (!manager)
-        return;
-    const auto tell = [&editor, manager] { editor.model().setUploadConfigured(manager->isConfigured()); };
-    QObject::connect(manager, &CustomUploadManager::changed, &editor, tell);
-    tell();
-}
-
-void CaptureServices::uploadFromEditor(EditorView &editor) {
-    auto *flow = editor.findChild<UploadFlow *>();
-    if (!flow) {
-        flow = new UploadFlow(uploadPorts(), uploadActions([&editor] { return editor.model().flattenedImage(); }),
-                              &editor);
-        QObject::connect(flow, &UploadFlow::uploadStateChanged, &editor,
-                         [flow, &editor] { editor.model().setUploadState(flow->uploadState()); });
-    }
-    flow->upload();
+            .scanQr = [this](EditorView &editor) { EditorScans::scanQr(reading().editor)(editor); }};
 }
 
 void CaptureServices::getTextFromSnip(const QImage &image, const PanelController::Ports &desktop,

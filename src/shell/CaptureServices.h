@@ -9,8 +9,6 @@
 #include "capture/reading/QRScanner.h"
 #include "panels/PanelAnimator.h"
 #include "shell/PanelController.h"
-#include "upload/JSUploadEngine.h"
-#include "upload/UploadFlow.h"
 
 #include <QObject>
 
@@ -21,11 +19,11 @@ namespace tavrine {
 
 class CodeDetector;
 class Recognizer;
+class Uploads;
 class UrlOpener;
 
-/// What captures lead to: uploads from the card and the editor, the text and the codes in a picture, a colour of the
-/// screen. One instance, as long as the process; lives on the main thread. Each tool is made when it is first asked
-/// for.
+/// What captures lead to: the text and the codes in a picture, a colour of the screen. One instance, as long as the
+/// process; lives on the main thread. Each tool is made when it is first asked for.
 class CaptureServices {
 public:
     /// All outlive the services, which cancel the three that read pictures at their own end.
@@ -41,8 +39,7 @@ public:
         CodeDetector &pictureDetector;
         ColorSamplers &samplers;
         QString temporaryFolder;
-        QString uploadWorker;                           ///< the worker's file
-        std::function<CustomUploadManager *()> uploads; ///< null while nobody uploads
+        Uploads &uploads;
     };
     using ShowToast = std::function<void(const QString &message, const QString &icon)>;
 
@@ -52,42 +49,29 @@ public:
     CaptureServices &operator=(const CaptureServices &) = delete;
 
     /// Before the first tool is used.
-    void setShowToast(ShowToast showToast) { m_showToast = std::move(showToast); }
+    void setShowToast(const ShowToast &showToast);
 
     /// What the editor's buttons lead to. The services outlive every editor.
     [[nodiscard]] EditorView::Hooks editorHooks();
 
-    void uploadFromCard(const QImage &image, const UploadCard &card);
     /// Opens the notepad over the desktop; `autoSaveSnip` is called with the picture when it closes.
     void getTextFromSnip(const QImage &image, const PanelController::Ports &desktop,
                          std::function<void(const QImage &)> autoSaveSnip);
     void startQrScan(const PanelController::Ports &desktop);
     void pickColor();
 
-    /// The engine behind every upload, and behind the page on which the script is tried out.
-    [[nodiscard]] UploadRunner uploadRunner();
-
 private:
     struct Reading;
     struct Notepad;
 
     Reading &reading();
-    JSUploadEngine &engine();
-    void openedEditor(EditorView &editor);
-    void uploadFromEditor(EditorView &editor);
-    [[nodiscard]] UploadFlow::Ports uploadPorts();
-    [[nodiscard]] UploadFlow::Actions uploadActions(std::function<QImage()> image);
 
     Ports m_ports;
     ShowToast m_showToast;
-    QObject m_flows; ///< the parent of the cards' uploads
     std::unique_ptr<Reading> m_reading;
     std::unique_ptr<Notepad> m_notepad;
     std::unique_ptr<QRScanner> m_scanner;
     std::unique_ptr<ColorPickerManager> m_picker;
-    std::unique_ptr<JSUploadEngine> m_engine;
-    std::unique_ptr<SerialQueue> m_pictureQueue;
-    std::shared_ptr<int> m_alive = std::make_shared<int>();
 };
 
 } // namespace tavrine

@@ -31,6 +31,7 @@
 #include "base/NotificationCenter.h"
 #include "base/SerialQueue.h"
 #include "base/UserDefaults.h"
+#include "capture/PngData.h"
 #include "capture/ScreenSnipper.h"
 #include "capture/SnipSaveDialogView.h"
 #include "capture/SnippetPreviewCard.h"
@@ -48,7 +49,8 @@
 #include "shell/FeatureFlags.h"
 #include "shell/OnboardingView.h"
 #include "shell/ShellTools.h"
-#include "upload/CustomUploadManager.h"
+#include "upload/JSUploadEngine.h"
+#include "upload/Uploads.h"
 #include "utilities/emoji/EmojiPickerStore.h"
 #include "utilities/emoji/EmojiPickerView.h"
 
@@ -177,12 +179,13 @@ int main(int argc, char **argv) {
     // For who uploads, soon after the launch, so that the first card has its button. Nobody else pays for the key ring,
     // or is asked to unlock it.
     PluginKeychain keychain([] { return qobject_cast<Keychain *>(loadPlugin(QStringLiteral("keychain"))); });
-    std::optional<CustomUploadManager> uploads;
-    const auto uploadManager = [&]() -> CustomUploadManager * {
-        if (!uploads && CustomUploadManager::isEnabledIn(defaults))
-            uploads.emplace(CustomUploadManager::Ports{.defaults = defaults, .keychain = keychain, .time = time});
-        return uploads ? &*uploads : nullptr;
-    };
+    Uploads uploads({.time = time,
+                     .defaults = defaults,
+                     .center = center,
+                     .keychain = keychain,
+                     .pasteboard = pasteboard,
+                     .workerPath = uploadWorkerPath(),
+                     .pngData = pngData});
     const auto desktop = [&] {
         panels.emplace(pasteboard, look);
         return ShellTools::Desktop{.panels = {.windows = panels->windows,
@@ -230,8 +233,7 @@ int main(int argc, char **argv) {
                                      .pictureDetector = pictureDetector,
                                      .samplers = samplers,
                                      .temporaryFolder = folders.temporary,
-                                     .uploadWorker = uploadWorkerPath(),
-                                     .uploads = uploadManager});
+                                     .uploads = uploads});
     views.editor = [&](const EditorFlow::Window &window, const auto &close) {
         return makeEditorWindow(window,
                                 {.ports = {time, pasteboard, filePanels, imageCoder, center, folders.documents},
@@ -255,7 +257,7 @@ int main(int argc, char **argv) {
                             .snipper = snipper,
                             .fileQueue = capture->fileQueue,
                             .folders = folders,
-                            .uploads = uploadManager},
+                            .uploads = uploads},
             actions,
             SnipFlow::Views{.card = [](const auto &model) { return new SnippetPreviewCard(model); },
                             .saveDialog = [](const auto &model) { return new SnipSaveDialogView(model); }});
@@ -278,6 +280,6 @@ int main(int argc, char **argv) {
     tools.setDelegate(&appDelegate);
     delegate = &appDelegate;
     appDelegate.applicationDidFinishLaunching();
-    time.asyncAfter(Seconds(1), [&] { uploadManager(); });
+    time.asyncAfter(Seconds(1), [&] { static_cast<void>(uploads.isButtonShown()); });
     return QApplication::exec();
 }

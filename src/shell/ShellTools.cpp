@@ -70,12 +70,7 @@ SnipFlow *ShellTools::snip() {
              .saveImage = [this](const QImage &image) { return m_delegate->clipboardManager().saveImage(image); },
              .activateApplication = [this] { desktop().panels.activator.activateIgnoringOtherApps(); },
              .openEditorDirectly = [this](const QImage &image) { openEditorDirectly(image); },
-             .getTextFromSnip = [this](const QImage &image) { getTextFromSnip(image); },
-             .onUpload =
-                 [this](const QImage &image, const UploadCard &card) {
-                     if (m_ports.captureServices)
-                         m_ports.captureServices->uploadFromCard(image, card);
-                 }});
+             .getTextFromSnip = [this](const QImage &image) { getTextFromSnip(image); }});
     return m_snip.get();
 }
 

@@ -9,6 +9,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <utility>
 
 namespace tavrine {
 
@@ -76,6 +77,12 @@ void CustomUploadManager::setEnabled(bool isEnabled) {
     m_isEnabled = isEnabled;
     m_ports.defaults.set(enabledKey, isEnabled);
     Q_EMIT changed();
+}
+
+void CustomUploadManager::takePreference() {
+    const bool isEnabled = isEnabledIn(m_ports.defaults);
+    if (std::exchange(m_isEnabled, isEnabled) != isEnabled)
+        Q_EMIT changed();
 }
 
 void CustomUploadManager::setScript(const QString &script) {

@@ -50,6 +50,8 @@ public:
 
     /// Written at once.
     void setEnabled(bool isEnabled);
+    /// The preference has been changed by another.
+    void takePreference();
     /// Written at once, on the key ring's queue. An empty script removes the stored one.
     void setScript(const QString &script);
 

@@ -146,30 +146,17 @@ TEST_F(SnipFlowTest, dismissFadesTheCard) {
 
 // Uploads.
 
-TEST_F(SnipFlowTest, theCardShowsHowItsUploadGoes) {
+TEST_F(SnipFlowTest, theCardShowsHowItsUploadGoesAndGoesAfterTheLink) {
     configureUpload();
     show();
     card().pressUpload();
-    EXPECT_THAT(events, ElementsAre(text("upload")));
-    uploadCard.setState(UploadButtonState::uploading);
+    EXPECT_TRUE(card().isCountingDown()); // its picture is no PNG yet
+    ASSERT_TRUE(happens([&] { return card().uploadButton().state() == UploadButtonState::done; }));
     EXPECT_FALSE(card().isCountingDown());
-    EXPECT_EQ(card().uploadState(), UploadButtonState::uploading);
-    uploadCard.setState(UploadButtonState::done);
-    EXPECT_EQ(card().uploadState(), UploadButtonState::done);
-    uploadCard.dismiss();
-    EXPECT_FALSE(flow->isPreviewShown());
-}
-
-TEST_F(SnipFlowTest, aFailedUploadLeavesTheCardUntilItIsDismissedByHand) {
-    configureUpload();
-    show();
-    card().pressUpload();
-    uploadCard.setState(UploadButtonState::uploading);
-    uploadCard.setState(UploadButtonState::idle);
-    time.advance(3600s);
+    EXPECT_EQ(pasteboard.string(), text("https://i.example/1"));
+    time.advance(799ms);
     EXPECT_TRUE(flow->isPreviewShown());
-    EXPECT_EQ(card().uploadState(), UploadButtonState::idle);
-    card().pressDismiss();
+    time.advance(1ms);
     EXPECT_FALSE(flow->isPreviewShown());
 }
 
@@ -177,13 +164,19 @@ TEST_F(SnipFlowTest, anUploadThatEndsAfterItsCardDoesNotTouchTheNextOne) {
     configureUpload();
     show();
     card().pressUpload();
-    uploadCard.setState(UploadButtonState::uploading);
     show();
-    time.runPending();
-    uploadCard.setState(UploadButtonState::done);
-    uploadCard.dismiss();
+    ASSERT_TRUE(happens([&] { return pasteboard.string() == text("https://i.example/1"); }));
+    time.advance(2s);
     EXPECT_TRUE(flow->isPreviewShown());
-    EXPECT_EQ(card().uploadState(), UploadButtonState::idle);
+    EXPECT_TRUE(card().isCountingDown());
+    EXPECT_EQ(card().uploadButton().state(), UploadButtonState::idle);
+}
+
+TEST_F(SnipFlowTest, aCardThatIsOpenFollowsTheSwitch) {
+    show();
+    EXPECT_FALSE(card().uploadButton().isShown());
+    configureUpload();
+    EXPECT_TRUE(card().uploadButton().isShown());
 }
 
 // Screens.

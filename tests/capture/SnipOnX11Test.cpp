@@ -1,4 +1,5 @@
 // Captures on a real display: a stand-in for the region tool, real panels, a real clipboard and a foreign program.
+#include "adapters/fake/FakeKeychain.h"
 #include "adapters/linux/PosixTaskLauncher.h"
 #include "adapters/linux/QtFilePanels.h"
 #include "adapters/linux/QtTime.h"
@@ -16,6 +17,7 @@
 #include "support/Eventually.h"
 #include "support/Program.h"
 #include "support/TestKeyboard.h"
+#include "upload/Uploads.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -53,13 +55,12 @@ protected:
         QDir(home.path()).mkdir(text("Documents"));
         snipper.setOnSnipComplete([this](const QImage &image) { flow->presentSnip(image); });
         flow = std::make_unique<SnipFlow>(
-            SnipFlow::Ports{time, defaults, pasteboard, screens, windows, filePanels, snipper, queue, folders, nullptr},
+            SnipFlow::Ports{time, defaults, pasteboard, screens, windows, filePanels, snipper, queue, folders, uploads},
             SnipFlow::Actions{.mayCaptureScreen = {},
                               .saveImage = [](const QImage &) { return text("stored.jpg"); },
                               .activateApplication = {},
                               .openEditorDirectly = [this](const QImage &) { ++editors; },
-                              .getTextFromSnip = {},
-                              .onUpload = {}},
+                              .getTextFromSnip = {}},
             SnipFlow::Views{.card =
                                 [this](const auto &model) {
                                     card = new SnippetPreviewCard(model);
@@ -116,6 +117,14 @@ protected:
     PosixTaskLauncher launcher{home.path()};
     ScreenSnipper snipper{{launcher, defaults, time, folders.temporary}};
     SerialQueue queue{text("com.tavrine.snip")};
+    FakeKeychain keychain;
+    Uploads uploads{{.time = time,
+                     .defaults = defaults,
+                     .center = center,
+                     .keychain = keychain,
+                     .pasteboard = pasteboard,
+                     .workerPath = {},
+                     .pngData = {}}};
     QPointer<QWidget> card;
     QPointer<QWidget> dialog;
     int editors = 0;

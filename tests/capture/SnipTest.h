@@ -9,11 +9,14 @@
 #include "base/NotificationCenter.h"
 #include "base/SerialQueue.h"
 #include "base/UserDefaults.h"
+#include "capture/PngData.h"
 #include "capture/ScreenSnipper.h"
 #include "capture/SnipFlow.h"
 #include "ports/Keychain.h"
 #include "support/Eventually.h"
 #include "upload/CustomUploadManager.h"
+#include "upload/FakeWorker.h"
+#include "upload/Uploads.h"
 
 #include <QDir>
 #include <QFile>
@@ -71,8 +74,7 @@ protected:
 
     void makeFlow() {
         flow = std::make_unique<SnipFlow>(
-            SnipFlow::Ports{time, defaults, pasteboard, screens, windows, panels, snipper, queue, folders,
-                            [this] { return &uploads; }},
+            SnipFlow::Ports{time, defaults, pasteboard, screens, windows, panels, snipper, queue, folders, uploads},
             SnipFlow::Actions{.mayCaptureScreen =
                                   [this] {
                                       ++permissionQuestions;
@@ -85,12 +87,7 @@ protected:
                                   },
                               .activateApplication = [this] { events << text("activate"); },
                               .openEditorDirectly = [this](const QImage &) { events << text("editor"); },
-                              .getTextFromSnip = [this](const QImage &) { events << text("text"); },
-                              .onUpload =
-                                  [this](const QImage &, const UploadCard &card) {
-                                      events << text("upload");
-                                      uploadCard = card;
-                                  }},
+                              .getTextFromSnip = [this](const QImage &) { events << text("text"); }},
             SnipFlow::Views{});
     }
     /// Lets the files be written and their answers come.
@@ -99,12 +96,16 @@ protected:
         time.runPending();
     }
     void configureUpload() {
-        uploads.setEnabled(true);
+        uploads.manager().setEnabled(true);
         // The key ring answers on a thread of its own.
-        ASSERT_TRUE(test::eventually([this] {
+        ASSERT_TRUE(happens([this] { return uploads.isButtonShown(); }));
+    }
+    /// Waits, with the main queue running, for what other threads do.
+    [[nodiscard]] bool happens(const std::function<bool()> &condition) {
+        return test::eventually([&] {
             time.runPending();
-            return uploads.isConfigured();
-        }));
+            return condition();
+        });
     }
     [[nodiscard]] SnippetPreviewModel &card() { return *flow->previewModel(); }
     [[nodiscard]] SnipSaveDialogModel &dialog() { return *flow->saveDialogModel(); }
@@ -136,7 +137,14 @@ protected:
     FakeFilePanels panels{time};
     FakeTaskLauncher launcher;
     ScriptKeychain keychain;
-    CustomUploadManager uploads{{defaults, keychain, time}};
+    test::FakeWorker worker{R"(echo '{"url":"https://i.example/1","logs":[]}')"};
+    Uploads uploads{{.time = time,
+                     .defaults = defaults,
+                     .center = center,
+                     .keychain = keychain,
+                     .pasteboard = pasteboard,
+                     .workerPath = worker.path(),
+                     .pngData = pngData}};
     SerialQueue queue{text("com.tavrine.snip")};
     ScreenSnipper snipper{{launcher, defaults, time, folders.temporary}};
 
@@ -146,7 +154,6 @@ protected:
     QList<QImage> stored;
     QList<QImage> captured;
     QStringList events;
-    UploadCard uploadCard;
     std::unique_ptr<SnipFlow> flow;
 };
 

@@ -80,7 +80,7 @@ TEST_F(CardTest, hasSixButtonsOfFortySixPointsWhenUploadingIsConfigured) {
     EXPECT_EQ(action("Upload").icon(), text("icloud.and.arrow.up"));
     for (const auto *button : view->findChildren<PreviewActionButton *>())
         EXPECT_EQ(button->sizeHint().width(), 46);
-    uploads.setEnabled(false);
+    uploads.manager().setEnabled(false);
     EXPECT_EQ(buttons().size(), 5);
     EXPECT_EQ(action("New").sizeHint().width(), 56);
 }
@@ -104,9 +104,9 @@ TEST_F(CardTest, theUploadButtonFollowsTheUpload) {
     configureUpload();
     makeCard();
     press("Upload");
-    uploadCard.setState(UploadButtonState::uploading);
+    ASSERT_TRUE(happens([this] { return card().uploadButton().state() == UploadButtonState::uploading; }));
     EXPECT_TRUE(action("Uploading").isLoading());
-    uploadCard.setState(UploadButtonState::done);
+    ASSERT_TRUE(happens([this] { return card().uploadButton().state() == UploadButtonState::done; }));
     EXPECT_EQ(action("Uploaded").icon(), text("checkmark.circle.fill"));
     EXPECT_TRUE(action("Uploaded").isActive());
     EXPECT_FALSE(action("Uploaded").isLoading());

@@ -1,6 +1,7 @@
 #include "capture/SnippetPreviewModel.h"
 
 #include "SnipTest.h"
+#include "upload/PlayedUpload.h"
 
 namespace tavrine {
 namespace {
@@ -19,13 +20,13 @@ protected:
                                              },
                                          .onEdit = [this] { events << text("edit"); },
                                          .onGetText = [this] { events << text("text"); },
-                                         .onUpload = [this] { events << text("upload"); },
                                          .onDismiss = [this] { events << text("dismiss"); },
                                          .beginDragFile = [this] { return events << text("drag"), text("/tmp/a.png"); },
                                          .finishDragFile = [] {}},
-            time, &uploads);
+            time, played.makeButton(UploadButton::AfterLink::dismissView));
         model->appear();
     }
+    test::PlayedUpload played{time, pasteboard};
     std::unique_ptr<SnippetPreviewModel> model;
     std::function<void(bool)> complete;
 };
@@ -143,64 +144,50 @@ TEST_F(SnippetPreviewModelTest, aSaveThatEndsAfterTheCardIsNothing) {
     EXPECT_THAT(events, ElementsAre(text("save")));
 }
 
-TEST_F(SnippetPreviewModelTest, theUploadButtonIsThereWhenUploadingIsConfigured) {
-    EXPECT_FALSE(model->showsUpload());
-    int changes = 0;
-    QObject::connect(model.get(), &SnippetPreviewModel::changed, model.get(), [&] { ++changes; });
-    configureUpload();
-    EXPECT_TRUE(model->showsUpload());
-    EXPECT_GT(changes, 0);
-    uploads.setScript(text(" \n\t "));
-    EXPECT_FALSE(model->showsUpload());
-    uploads.setScript(text("x"));
-    uploads.setEnabled(false);
-    EXPECT_FALSE(model->showsUpload());
-}
-
 TEST_F(SnippetPreviewModelTest, withoutAnUploadButtonThereIsNoUpload) {
+    played.isShown = false;
     model->pressUpload();
-    EXPECT_THAT(events, IsEmpty());
+    played.prepare();
+    EXPECT_TRUE(played.runs.empty());
     EXPECT_TRUE(model->isCountingDown());
 }
 
 TEST_F(SnippetPreviewModelTest, anUploadThatCannotBeginLeavesTheCountdownRunning) {
-    configureUpload();
-    model->pressUpload(); // and the picture has no PNG
+    played.png.reset();
+    model->pressUpload();
+    played.prepare();
     time.advance(7s);
-    EXPECT_THAT(events, ElementsAre(text("upload"), text("dismiss")));
+    EXPECT_THAT(events, ElementsAre(text("dismiss")));
 }
 
 TEST_F(SnippetPreviewModelTest, anUploadThatBeginsStopsTheCountdownForGood) {
-    configureUpload();
     time.advance(2s);
     model->pressUpload();
-    model->setUploadState(UploadButtonState::uploading);
+    played.prepare();
     EXPECT_FALSE(model->isCountingDown());
-    model->setUploadState(UploadButtonState::idle); // it failed
+    played.fail();
     time.advance(3600s);
-    EXPECT_THAT(events, ElementsAre(text("upload")));
+    EXPECT_THAT(events, IsEmpty());
     EXPECT_NEAR(model->remaining(), 5.0, 1e-9);
 }
 
-TEST_F(SnippetPreviewModelTest, aSecondPressDuringAnUploadIsNothingAndOneAfterAFailureStartsAnew) {
-    configureUpload();
+TEST_F(SnippetPreviewModelTest, anUploadThatSucceedsDismissesTheCard) {
+    int changes = 0;
+    QObject::connect(model.get(), &SnippetPreviewModel::changed, [&changes] { ++changes; });
     model->pressUpload();
-    model->setUploadState(UploadButtonState::uploading);
-    model->pressUpload();
-    EXPECT_THAT(events, ElementsAre(text("upload")));
-    model->setUploadState(UploadButtonState::idle);
-    model->pressUpload();
-    EXPECT_THAT(events, ElementsAre(text("upload"), text("upload")));
+    played.prepare();
+    EXPECT_EQ(changes, 1);
+    played.succeed();
+    EXPECT_EQ(changes, 2);
+    time.advance(10s);
+    EXPECT_THAT(events, ElementsAre(text("dismiss")));
 }
 
-TEST_F(SnippetPreviewModelTest, aSecondPressBeforeThePictureIsReadyIsNothingAndOneAfterItFailedIsAnother) {
-    configureUpload();
+TEST_F(SnippetPreviewModelTest, onACardThatIsStoppedThereIsNoUpload) {
+    model->stop();
     model->pressUpload();
-    model->pressUpload();
-    EXPECT_THAT(events, ElementsAre(text("upload")));
-    model->setUploadState(UploadButtonState::idle); // there was no picture
-    model->pressUpload();
-    EXPECT_THAT(events, ElementsAre(text("upload"), text("upload")));
+    played.prepare();
+    EXPECT_TRUE(played.runs.empty());
 }
 
 TEST_F(SnippetPreviewModelTest, theOtherButtonsDoWhatTheySay) {

@@ -17,11 +17,13 @@
 #include "adapters/fake/FakeTaskLauncher.h"
 #include "adapters/fake/FakeUrlOpener.h"
 #include "adapters/fake/FakeWorkspace.h"
+#include "capture/PngData.h"
 #include "capture/reading/OCRNotepadView.h"
 #include "capture/reading/OCRResultView.h"
 #include "capture/reading/QRLabelBubble.h"
 #include "upload/FakeWorker.h"
 #include "upload/UploadFixture.h"
+#include "upload/Uploads.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -41,15 +43,15 @@ using State = UploadButtonState;
 using Toast = std::pair<QString, QString>;
 
 const QString link = QStringLiteral("https://i.example/1");
-const QString warning = QStringLiteral("exclamationmark.triangle.fill");
 const Toast uploaded{QStringLiteral("Uploaded — link copied"), QStringLiteral("checkmark.circle.fill")};
 constexpr auto succeeds = R"(cat > "$(dirname $0)/input"; echo '{"url":"https://i.example/1","logs":[]}')";
-constexpr auto fails = R"(cat > /dev/null; echo '{"errorKind":"runtimeError","errorMessage":"Error: boom","logs":[]}')";
-constexpr auto hangs = R"(touch "$(dirname $0)/input"; exec sleep 600)";
 
 class CaptureServicesTest : public UploadFixture {
 protected:
-    void SetUp() override { makeManagerWith(QStringLiteral("function uploadImage() {}")); }
+    void SetUp() override {
+        keychain.store(item, "function uploadImage() {}");
+        defaults.set(QStringLiteral("cloudUploadEnabled"), true);
+    }
     void TearDown() override {
         services.reset();
         time.advance(1h); // what was still to come does no harm
@@ -58,6 +60,14 @@ protected:
 
     void makeServices(const char *workerLines = succeeds) {
         worker.emplace(workerLines);
+        uploads.emplace(Uploads::Ports{.time = time,
+                                       .defaults = defaults,
+                                       .center = center,
+                                       .keychain = keychain,
+                                       .pasteboard = pasteboard,
+                                       .workerPath = worker->path(),
+                                       .pngData = pngData});
+        EXPECT_TRUE(happens([this] { return uploads->isButtonShown() == isUploading; }));
         services.emplace(CaptureServices::Ports{.time = time,
                                                 .defaults = defaults,
                                                 .pasteboard = pasteboard,
@@ -69,14 +79,10 @@ protected:
                                                 .pictureDetector = pictureDetector,
                                                 .samplers = samplers,
                                                 .temporaryFolder = home.filePath(QStringLiteral("tmp")),
-                                                .uploadWorker = worker->path(),
-                                                .uploads = [this] { return manager.get(); }});
+                                                .uploads = *uploads});
         services->setShowToast([this](const QString &message, const QString &icon) {
             toasts.push_back({message, icon});
         });
-    }
-    [[nodiscard]] UploadCard card() {
-        return {.setState = [this](State state) { states.push_back(state); }, .dismiss = [this] { ++dismissals; }};
     }
     /// An editor as its window makes it.
     [[nodiscard]] std::unique_ptr<EditorView> makeEditor(const QImage &image) {
@@ -135,64 +141,11 @@ protected:
                                    .time = time};
     std::optional<FakeWorker> worker;
     std::vector<Toast> toasts;
-    std::vector<State> states;
-    int dismissals = 0;
     QList<QImage> saved;
+    bool isUploading = true;
+    std::optional<Uploads> uploads;
     std::optional<CaptureServices> services;
 };
-
-// Uploads from the card.
-
-TEST_F(CaptureServicesTest, anUploadFromTheCardEndsWithItsLinkAndDismissesTheCard) {
-    makeServices();
-    services->uploadFromCard(picture(Qt::red), card());
-    EXPECT_THAT(states, IsEmpty()); // its picture is no PNG yet
-    ASSERT_TRUE(happens([&] { return !toasts.empty(); }));
-    EXPECT_THAT(states, ElementsAre(State::uploading, State::done));
-    EXPECT_EQ(pasteboard.string(), link);
-    EXPECT_THAT(toasts, ElementsAre(uploaded));
-    EXPECT_EQ(uploadedPicture().pixelColor(10, 10), QColor(Qt::red));
-    time.advance(799ms);
-    EXPECT_EQ(dismissals, 0);
-    time.advance(1ms);
-    EXPECT_EQ(dismissals, 1);
-    time.advance(1h);
-    EXPECT_EQ(dismissals, 1);
-    EXPECT_THAT(states, ElementsAre(State::uploading, State::done));
-}
-
-TEST_F(CaptureServicesTest, aFailureLeavesTheCardWithItsButton) {
-    makeServices(fails);
-    pasteboard.copyFromOutside(QStringLiteral("before"));
-    services->uploadFromCard(picture(), card());
-    ASSERT_TRUE(happens([&] { return !toasts.empty(); }));
-    EXPECT_THAT(states, ElementsAre(State::uploading, State::idle));
-    EXPECT_THAT(toasts, ElementsAre(Toast{QStringLiteral("Your script threw an error: boom"), warning}));
-    time.advance(1h);
-    EXPECT_EQ(dismissals, 0);
-    EXPECT_EQ(pasteboard.string(), QStringLiteral("before"));
-    services->uploadFromCard(picture(), card()); // and can be pressed again
-    ASSERT_TRUE(happens([&] { return states.size() == 3; }));
-    EXPECT_EQ(states.back(), State::uploading);
-}
-
-TEST_F(CaptureServicesTest, aPictureWithoutPixelsIsToldAndChangesNothing) {
-    makeServices();
-    services->uploadFromCard(QImage(), card());
-    ASSERT_TRUE(happens([&] { return !toasts.empty(); }));
-    EXPECT_THAT(toasts, ElementsAre(Toast{QStringLiteral("Couldn't prepare the image for upload"), warning}));
-    EXPECT_THAT(states, ElementsAre(State::idle)); // as it was: it can be pressed again
-}
-
-TEST_F(CaptureServicesTest, theNextCardsUploadDoesNotWaitForTheFirst) {
-    makeServices(hangs);
-    services->uploadFromCard(picture(), card());
-    std::vector<State> others;
-    services->uploadFromCard(picture(), {.setState = [&](State state) { others.push_back(state); }, .dismiss = [] {}});
-    ASSERT_TRUE(happens([&] { return !others.empty(); }));
-    EXPECT_THAT(states, ElementsAre(State::uploading));
-    EXPECT_THAT(others, ElementsAre(State::uploading));
-}
 
 // Uploads from the editor.
 
@@ -209,17 +162,17 @@ TEST_F(CaptureServicesTest, anUploadFromTheEditorTakesTheAnnotationsAndKeepsTheW
     editor->model().upload();        // a second press, before the picture is ready
     editor->model().setDrawings({}); // the picture is that of the press
     ASSERT_TRUE(happens([&] { return !toasts.empty(); }));
-    EXPECT_EQ(editor->model().uploadState(), State::done);
+    EXPECT_EQ(editor->model().uploadButton()->state(), State::done);
     EXPECT_EQ(pasteboard.clearCount(), 1);
     EXPECT_EQ(pasteboard.string(), link);
     EXPECT_THAT(toasts, ElementsAre(uploaded));
     EXPECT_EQ(uploadedPicture().pixelColor(30, 20), QColor(Qt::red));
     time.advance(1999ms);
-    EXPECT_EQ(editor->model().uploadState(), State::done);
+    EXPECT_EQ(editor->model().uploadButton()->state(), State::done);
     time.advance(1ms);
-    EXPECT_EQ(editor->model().uploadState(), State::idle);
+    EXPECT_EQ(editor->model().uploadButton()->state(), State::idle);
     editor->model().upload();
-    EXPECT_TRUE(happens([&] { return editor->model().uploadState() == State::uploading; }));
+    EXPECT_TRUE(happens([&] { return editor->model().uploadButton()->state() == State::uploading; }));
 }
 
 TEST_F(CaptureServicesTest, anEditorThatIsClosedDuringItsUploadStillGetsItsLink) {
@@ -232,22 +185,14 @@ TEST_F(CaptureServicesTest, anEditorThatIsClosedDuringItsUploadStillGetsItsLink)
     EXPECT_THAT(toasts, ElementsAre(uploaded));
 }
 
-TEST_F(CaptureServicesTest, whileNobodyUploadsAnEditorHasNoButton) {
-    manager.reset();
-    makeServices();
-    EXPECT_FALSE(makeEditor(picture())->model().isUploadConfigured());
-}
-
-TEST_F(CaptureServicesTest, theEditorsButtonFollowsTheSettings) {
+TEST_F(CaptureServicesTest, anEditorThatIsOpenFollowsTheSwitch) {
+    defaults.set(QStringLiteral("cloudUploadEnabled"), false);
+    isUploading = false;
     makeServices();
     const auto editor = makeEditor(picture());
-    EXPECT_TRUE(editor->model().isUploadConfigured());
-    manager->setEnabled(false);
-    EXPECT_FALSE(editor->model().isUploadConfigured());
-    manager->setEnabled(true);
-    EXPECT_TRUE(editor->model().isUploadConfigured());
-    manager->setScript(QStringLiteral(" \n "));
-    EXPECT_FALSE(editor->model().isUploadConfigured());
+    EXPECT_FALSE(editor->model().uploadButton()->isShown());
+    defaults.set(QStringLiteral("cloudUploadEnabled"), true);
+    EXPECT_TRUE(happens([&] { return editor->model().uploadButton()->isShown(); }));
 }
 
 // The text and the codes in a picture.
@@ -344,19 +289,6 @@ TEST_F(CaptureServicesTest, theEndDoesNotWaitForAReaderThatHangs) {
     EXPECT_LT(timer.elapsed(), 2000);
     time.advance(1h); // what it would have told is told to nobody
     EXPECT_EQ(pasteboard.string(), std::nullopt);
-}
-
-TEST_F(CaptureServicesTest, theEndDoesNotWaitForAScriptThatHangs) {
-    makeServices(hangs);
-    services->uploadFromCard(picture(), card());
-    ASSERT_TRUE(happens([&] { return QFile::exists(worker->file("input")); }));
-    services->uploadFromCard(picture(), card()); // this one may not have begun
-    QElapsedTimer timer;
-    timer.start();
-    services.reset();
-    EXPECT_LT(timer.elapsed(), 2000);
-    time.advance(1h);
-    EXPECT_EQ(dismissals, 0);
 }
 
 TEST_F(CaptureServicesTest, theEndTakesItsPanelsWithIt) {

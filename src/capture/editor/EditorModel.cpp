@@ -211,25 +211,15 @@ QString EditorModel::saveFileName(Date date, const QLocale &locale, const QTimeZ
            locale.toString(moment.time(), QStringLiteral("hh.mmAP")) + QStringLiteral(".png");
 }
 
-void EditorModel::setUploadConfigured(bool isConfigured) {
-    if (std::exchange(m_isUploadConfigured, isConfigured) != isConfigured)
-        Q_EMIT uploadChanged();
-}
-
-void EditorModel::setUploadState(UploadButtonState state) {
-    if (std::exchange(m_uploadState, state) == state)
-        return;
+void EditorModel::setUploadButton(std::unique_ptr<UploadButton> button) {
+    m_uploadButton = std::move(button);
+    connect(m_uploadButton.get(), &UploadButton::changed, this, &EditorModel::uploadChanged);
     Q_EMIT uploadChanged();
-    if (state == UploadButtonState::done)
-        m_ports.time.asyncAfter(uploadedLength, this, [this] {
-            if (m_uploadState == UploadButtonState::done)
-                setUploadState(UploadButtonState::idle);
-        });
 }
 
 void EditorModel::upload() {
-    if (m_uploadState != UploadButtonState::uploading && m_actions.upload)
-        m_actions.upload();
+    if (m_uploadButton)
+        m_uploadButton->press();
 }
 
 void EditorModel::setUnsavedChanges(bool hasThem) {

@@ -3,7 +3,7 @@
 #include "base/Date.h"
 #include "capture/editor/CropSelection.h"
 #include "capture/editor/DrawingPath.h"
-#include "upload/UploadButtonState.h"
+#include "upload/UploadButton.h"
 
 #include <QImage>
 #include <QLocale>
@@ -12,6 +12,7 @@
 
 #include <array>
 #include <functional>
+#include <memory>
 
 namespace tavrine {
 
@@ -35,7 +36,6 @@ class EditorModel : public QObject {
 
 public:
     static constexpr Seconds copiedLength{2.0};
-    static constexpr Seconds uploadedLength{2.0};
     static constexpr auto restartSnipNotification = "com.tavrine.restartSnip";
 
     /// All outlive the model.
@@ -52,7 +52,6 @@ public:
         std::function<void()> close;
         std::function<void()> extractText;
         std::function<void()> scanQr;
-        std::function<void()> upload;
     };
 
     EditorModel(const QImage &image, Ports ports, Actions actions, QObject *parent = nullptr);
@@ -102,12 +101,11 @@ public:
     void scanQr();
     [[nodiscard]] static QString saveFileName(Date date, const QLocale &locale, const QTimeZone &zone);
 
-    // Upload. Whoever carries it out tells the state; `done` goes by itself.
-    [[nodiscard]] bool isUploadConfigured() const { return m_isUploadConfigured; }
-    void setUploadConfigured(bool isConfigured);
-    [[nodiscard]] UploadButtonState uploadState() const { return m_uploadState; }
-    void setUploadState(UploadButtonState state);
-    void upload(); ///< nothing while one is under way
+    // Upload.
+    /// Null until there is one: no upload then.
+    [[nodiscard]] UploadButton *uploadButton() const { return m_uploadButton.get(); }
+    void setUploadButton(std::unique_ptr<UploadButton> button);
+    void upload();
 
 Q_SIGNALS:
     void imageChanged();
@@ -140,8 +138,7 @@ private:
     int m_nextStampNumber = 1;
     bool m_hasUnsavedChanges = false;
     bool m_isCopied = false;
-    bool m_isUploadConfigured = false;
-    UploadButtonState m_uploadState = UploadButtonState::idle;
+    std::unique_ptr<UploadButton> m_uploadButton;
 };
 
 } // namespace tavrine

@@ -101,15 +101,14 @@ void EditorToolbarView::showCopied() {
 }
 
 void EditorToolbarView::showUpload() {
-    const UploadButtonState state = m_model.uploadState();
-    m_upload->setVisible(m_model.isUploadConfigured());
-    m_upload->setText(state == UploadButtonState::uploading ? QStringLiteral("Uploading")
-                      : state == UploadButtonState::done    ? QStringLiteral("Uploaded")
-                                                            : QStringLiteral("Upload"));
-    m_upload->setSymbol(state == UploadButtonState::done ? QStringLiteral("checkmark.circle.fill")
-                                                         : QStringLiteral("icloud.and.arrow.up"));
-    m_upload->setSymbolColour(state == UploadButtonState::done ? look::themeOf(this).successText : QColor());
-    m_upload->setEnabled(state != UploadButtonState::uploading);
+    const UploadButton *const button = m_model.uploadButton();
+    m_upload->setVisible(button && button->isShown());
+    if (!button)
+        return;
+    m_upload->setText(button->title());
+    m_upload->setSymbol(button->symbol());
+    m_upload->setSymbolColour(button->state() == UploadButtonState::done ? look::themeOf(this).successText : QColor());
+    m_upload->setEnabled(button->state() != UploadButtonState::uploading);
     m_upload->updateGeometry();
 }
 

@@ -103,8 +103,7 @@ EditorModel::Actions actionsOf(EditorView &view, EditorView::Actions actions, co
     return {.openNewImage = std::move(actions.openNewImage),
             .close = std::move(actions.close),
             .extractText = lent(hooks.extractText),
-            .scanQr = lent(hooks.scanQr),
-            .upload = lent(hooks.upload)};
+            .scanQr = lent(hooks.scanQr)};
 }
 
 } // namespace

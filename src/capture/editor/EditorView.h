@@ -23,10 +23,9 @@ class EditorView : public QWidget {
 public:
     /// What is lent to the view; each is called with the view that it is for.
     struct Hooks {
-        std::function<void(EditorView &)> opened; ///< once, when the view is made: to tell whether uploads are set up
+        std::function<void(EditorView &)> opened; ///< once, when the view is made: to give its model an upload button
         std::function<void(EditorView &)> extractText;
         std::function<void(EditorView &)> scanQr;
-        std::function<void(EditorView &)> upload;
     };
     struct Actions {
         std::function<void(const QImage &)> openNewImage; ///< may be empty: no other file can be opened then

@@ -5,6 +5,7 @@
 #include "adapters/fake/FakePasteboard.h"
 #include "adapters/fake/VirtualTime.h"
 #include "base/NotificationCenter.h"
+#include "upload/PlayedUpload.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -48,8 +49,7 @@ protected:
             EditorModel::Actions{.openNewImage = [this](const QImage &opened) { openedImages.push_back(opened); },
                                  .close = [this] { ++closes; },
                                  .extractText = [this] { ++extracts; },
-                                 .scanQr = [this] { ++scans; },
-                                 .upload = [this] { ++uploads; }});
+                                 .scanQr = [this] { ++scans; }});
     }
     void draw(DrawingKind kind = DrawingKind::path) {
         std::vector<DrawingPath> drawings = model->drawings();
@@ -71,6 +71,7 @@ protected:
     QString documents = home.filePath(str("Documents"));
     VirtualTime time;
     FakePasteboard pasteboard;
+    test::PlayedUpload played{time, pasteboard};
     FakeFilePanels panels{time};
     FakeImageCoder coder;
     NotificationCenter center;
@@ -78,7 +79,6 @@ protected:
     int closes = 0;
     int extracts = 0;
     int scans = 0;
-    int uploads = 0;
     std::unique_ptr<EditorModel> model;
 };
 
@@ -92,7 +92,7 @@ TEST_F(EditorModelTest, beginsWithAThinRedPenOnAnUntouchedPicture) {
     EXPECT_TRUE(model->crop().isEmpty());
     EXPECT_FALSE(model->hasUnsavedChanges());
     EXPECT_FALSE(model->isCopied());
-    EXPECT_EQ(model->uploadState(), UploadButtonState::idle);
+    EXPECT_FALSE(model->uploadButton());
     EXPECT_EQ(model->shownImage().size(), QSize(400, 200));
 }
 
@@ -409,7 +409,10 @@ TEST_F(EditorModelTest, saveAndCopyCopiesAndWritesNoFile) {
 
 TEST_F(EditorModelTest, aClosedEditorLeavesNothingBehind) {
     model->copyFlattened();
-    model->setUploadState(UploadButtonState::done);
+    model->setUploadButton(played.makeButton(UploadButton::AfterLink::returnToIdle));
+    model->upload();
+    played.prepare();
+    played.succeed();
     model.reset();
     time.advance(5s);
 }
@@ -565,47 +568,19 @@ TEST_F(EditorModelTest, theButtonsOfOthersCallThem) {
 
 // Upload.
 
-TEST_F(EditorModelTest, aSecondPressDuringAnUploadDoesNothing) {
-    model->upload();
-    EXPECT_EQ(uploads, 1);
-    model->setUploadState(UploadButtonState::uploading);
-    model->upload();
-    EXPECT_EQ(uploads, 1);
-    model->setUploadState(UploadButtonState::idle);
-    model->upload();
-    EXPECT_EQ(uploads, 2);
-}
-
-TEST_F(EditorModelTest, doneGoesAfterTwoSeconds) {
-    model->setUploadState(UploadButtonState::uploading);
-    time.advance(10s);
-    EXPECT_EQ(model->uploadState(), UploadButtonState::uploading);
-    model->setUploadState(UploadButtonState::done);
-    time.advance(1'999ms);
-    EXPECT_EQ(model->uploadState(), UploadButtonState::done);
-    time.advance(1ms);
-    EXPECT_EQ(model->uploadState(), UploadButtonState::idle);
-}
-
-TEST_F(EditorModelTest, anUploadThatBeganAgainIsNotEndedByTheLastOne) {
-    model->setUploadState(UploadButtonState::done);
-    time.advance(1s);
-    model->upload();
-    model->setUploadState(UploadButtonState::uploading);
-    time.advance(1s);
-    EXPECT_EQ(model->uploadState(), UploadButtonState::uploading);
-}
-
-TEST_F(EditorModelTest, theUploadButtonComesAndGoesAtOnce) {
+TEST_F(EditorModelTest, aPressGoesToTheUploadButtonAndItsNewsAreTheModels) {
+    model->upload(); // there is no button yet
     int changes = 0;
     QObject::connect(model.get(), &EditorModel::uploadChanged, [&changes] { ++changes; });
-    EXPECT_FALSE(model->isUploadConfigured());
-    model->setUploadConfigured(true);
-    model->setUploadConfigured(true);
-    EXPECT_TRUE(model->isUploadConfigured());
+    model->setUploadButton(played.makeButton(UploadButton::AfterLink::returnToIdle));
     EXPECT_EQ(changes, 1);
-    model->setUploadConfigured(false);
+    model->upload();
+    played.prepare();
+    EXPECT_EQ(played.runs.size(), 1U);
     EXPECT_EQ(changes, 2);
+    played.succeed();
+    EXPECT_EQ(model->uploadButton()->state(), UploadButtonState::done);
+    EXPECT_EQ(changes, 3);
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 #include "capture/editor/ToolButton.h"
 #include "look/Button.h"
 #include "look/PillView.h"
+#include "upload/PlayedUpload.h"
 
 #include <QApplication>
 #include <QColorDialog>
@@ -58,8 +59,7 @@ protected:
             .ports = {time, pasteboard, panels, coder, center, home.path()},
             .hooks = {.opened = [this](EditorView &view) { opened = &view; },
                       .extractText = [this](EditorView &view) { extractedFrom = &view; },
-                      .scanQr = [this](EditorView &view) { scannedIn = &view; },
-                      .upload = [this](EditorView &view) { uploadedFrom = &view; }},
+                      .scanQr = [this](EditorView &view) { scannedIn = &view; }},
             .history = {.images = [this] { return images; },
                         .cachedThumbnail = [](const QString &) { return std::optional<QImage>(); },
                         .makeThumbnail =
@@ -123,6 +123,7 @@ protected:
     QTemporaryDir home;
     VirtualTime time;
     FakePasteboard pasteboard;
+    test::PlayedUpload played{time, pasteboard};
     FakeFilePanels panels{time};
     FakeImageCoder coder;
     NotificationCenter center;
@@ -131,7 +132,6 @@ protected:
     EditorView *opened = nullptr;
     EditorView *extractedFrom = nullptr;
     EditorView *scannedIn = nullptr;
-    EditorView *uploadedFrom = nullptr;
     int closes = 0;
     std::unique_ptr<TavrineEditorContainerView> window;
 };
@@ -202,17 +202,19 @@ TEST_F(EditorWindowTest, copyReadsCopiedForAWhile) {
 
 TEST_F(EditorWindowTest, theUploadButtonShowsItsState) {
     edit();
-    model().setUploadConfigured(true);
+    EXPECT_FALSE(button("Upload"));
+    model().setUploadButton(played.makeButton(UploadButton::AfterLink::returnToIdle));
     ASSERT_TRUE(button("Upload"));
     button("Upload")->click();
-    EXPECT_EQ(uploadedFrom, &view());
-    model().setUploadState(UploadButtonState::uploading);
+    played.prepare();
     EXPECT_TRUE(button("Uploading"));
-    model().setUploadState(UploadButtonState::done);
+    EXPECT_FALSE(button("Uploading")->isEnabled());
+    played.succeed();
     EXPECT_TRUE(button("Uploaded"));
     time.advance(2s);
     EXPECT_TRUE(button("Upload"));
-    model().setUploadConfigured(false);
+    played.isShown = false;
+    Q_EMIT model().uploadButton()->changed();
     EXPECT_FALSE(button("Upload"));
 }
 

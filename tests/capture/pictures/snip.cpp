@@ -11,8 +11,7 @@
 #include "capture/SnippetPreviewCard.h"
 #include "capture/SnippetPreviewModel.h"
 #include "look/Look.h"
-#include "ports/Keychain.h"
-#include "upload/CustomUploadManager.h"
+#include "upload/PlayedUpload.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -20,20 +19,10 @@
 #include <QLinearGradient>
 #include <QPainter>
 #include <QTemporaryDir>
-#include <QThread>
 
 using namespace tavrine;
 
 namespace {
-
-class ScriptKeychain final : public Keychain {
-public:
-    Data copyMatching(const KeychainItem &) override { return QByteArray("function uploadImage() {}"); }
-    KeychainStatus update(const KeychainItem &, const QByteArray &) override { return KeychainStatus::success; }
-    KeychainStatus add(const KeychainItem &, const QByteArray &) override { return KeychainStatus::success; }
-    KeychainStatus remove(const KeychainItem &) override { return KeychainStatus::success; }
-    void cancel() {} // no call of this one waits
-};
 
 QImage capture(int width, int height, bool isDark) {
     QImage image(width, height, QImage::Format_RGB32);
@@ -76,12 +65,8 @@ int main(int argc, char **argv) {
     VirtualTime time;
     NotificationCenter center;
     UserDefaults defaults(home.filePath(QStringLiteral("d.plist")), time, center);
-    ScriptKeychain keychain;
-    CustomUploadManager uploads({defaults, keychain, time});
-    while (uploads.savedScript().isEmpty()) {
-        QThread::yieldCurrentThread();
-        time.runPending();
-    }
+    FakePasteboard pasteboard;
+    test::PlayedUpload played{time, pasteboard};
     FakeFilePanels panels(time);
     Folders folders;
     folders.documents = QStringLiteral("/home/ada/Documents");
@@ -94,8 +79,8 @@ int main(int argc, char **argv) {
         const auto card = [&](const char *name, const QImage &image, double seconds, auto prepare) {
             SnippetPreviewModel::Actions actions;
             actions.onSave = [](const auto &completion) { completion(true); };
-            actions.onUpload = [] {};
-            const auto model = std::make_shared<SnippetPreviewModel>(image, actions, time, &uploads);
+            const auto model = std::make_shared<SnippetPreviewModel>(
+                image, actions, time, played.makeButton(UploadButton::AfterLink::dismissView));
             SnippetPreviewCard view(model);
             model->appear();
             time.advance(Seconds(seconds));
@@ -106,7 +91,7 @@ int main(int argc, char **argv) {
             model->stop();
         };
         const auto nothing = [](SnippetPreviewModel &, QWidget &) {};
-        uploads.setEnabled(false);
+        played.isShown = false;
         card("card", capture(1600, 900, isDark), 2.0, nothing);
         card("card-one-pixel", capture(1, 1, isDark), 4.0, nothing);
         card("card-narrow", capture(60, 2000, isDark), 6.0, nothing);
@@ -127,14 +112,17 @@ int main(int argc, char **argv) {
                 if (button->text() == QStringLiteral("Save"))
                     button->setFocus(Qt::TabFocusReason);
         });
-        uploads.setEnabled(true);
+        played.isShown = true;
         card("card-upload", capture(1280, 800, isDark), 3.0, nothing);
-        card("card-uploading", capture(1280, 800, isDark), 3.0, [](SnippetPreviewModel &model, QWidget &) {
+        const auto uploading = [&](SnippetPreviewModel &model, QWidget &) {
             model.pressUpload();
-            model.setUploadState(UploadButtonState::uploading);
+            played.prepare();
+        };
+        card("card-uploading", capture(1280, 800, isDark), 3.0, uploading);
+        card("card-uploaded", capture(1280, 800, isDark), 3.0, [&](SnippetPreviewModel &model, QWidget &view) {
+            uploading(model, view);
+            played.succeed();
         });
-        card("card-uploaded", capture(1280, 800, isDark), 3.0,
-             [](SnippetPreviewModel &model, QWidget &) { model.setUploadState(UploadButtonState::done); });
         for (const char *path : {"/home/ada/Documents/tavrine",
                                  "/home/ada/Documents/Work/Customers/A rather long name of a customer/Pictures/2026"}) {
             SnipSaveDialogView dialog(

@@ -11,6 +11,7 @@
 #include "capture/editor/DrawView.h"
 #include "capture/editor/TavrineEditorContainerView.h"
 #include "look/Look.h"
+#include "upload/PlayedUpload.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -169,18 +170,20 @@ void paintAll(const QString &folder, bool isDark) {
     desk.save(window.get(), "editor-fresh");
     EditorModel *model = &window->editor()->model();
     model->setDrawings(oneOfEach());
-    model->setUploadConfigured(true);
+    test::PlayedUpload played{desk.time, desk.pasteboard};
+    model->setUploadButton(played.makeButton(UploadButton::AfterLink::returnToIdle));
     model->setCurrentTool(DrawingTool::numberStamp);
     model->setNextStampNumber(4);
     desk.save(window.get(), "editor-annotations");
     window->resize(900, 600);
     model->copyFlattened();
-    model->setUploadState(UploadButtonState::uploading);
+    model->upload();
+    played.prepare();
     QTest::qWait(30);
     desk.time.advance(300ms);
     QTest::qWait(30);
     window->grab().save(folder + QStringLiteral("/editor-copied-%1.png").arg(isDark ? u"dark" : u"light"));
-    model->setUploadState(UploadButtonState::idle);
+    played.fail();
     button(window.get(), "Annotation color")->click();
     desk.save(window.get(), "editor-colours");
     QApplication::activePopupWidget()->close();

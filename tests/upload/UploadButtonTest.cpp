@@ -1,10 +1,10 @@
-#include "upload/UploadFlow.h"
+#include "upload/UploadButton.h"
 
-#include "adapters/fake/FakePasteboard.h"
-#include "base/SerialQueue.h"
-#include "upload/UploadFixture.h"
+#include "upload/PlayedUpload.h"
 
 #include <QThread>
+
+#include <gtest/gtest.h>
 
 namespace tavrine::test {
 namespace {
@@ -16,77 +16,64 @@ const QString script = QStringLiteral("function uploadImage() {}");
 const QString url = QStringLiteral("https://example.org/a b.png?x=ü");
 const QString warning = QStringLiteral("exclamationmark.triangle.fill");
 
-class Upload : public UploadFixture {
+class Upload : public testing::Test {
 protected:
-    using Toast = std::pair<QString, QString>;
+    using Toast = PlayedUpload::Toast;
 
+    VirtualTime time;
     FakePasteboard pasteboard;
-    std::optional<QByteArray> png = QByteArray("\x89PNG\r\n\x1a\n and the rest of a picture");
-    std::vector<Toast> toasts;
+    PlayedUpload played{time, pasteboard};
+    std::optional<QByteArray> &png = played.png;
+    std::vector<PlayedUpload::Run> &runs = played.runs;
+    std::vector<Toast> &toasts = played.toasts;
     QStringList events; ///< what happened, in order
-    std::unique_ptr<UploadFlow> flow;
-    SerialQueue pictureQueue{QStringLiteral("com.tavrine.upload")};
+    std::unique_ptr<UploadButton> button;
     QThread *pngThread = nullptr; ///< on which it was made
 
-    void SetUp() override { makeManagerWith(script); }
-
-    UploadFlow::Actions editorActions() {
-        return {
-            .picture = [this]() -> UploadFlow::PngMaker {
-                events << QStringLiteral("picture");
-                return [this, taken = png] {
-                    pngThread = QThread::currentThread();
-                    return taken;
-                };
-            },
-            .run =
-                [this, run = runner()](const auto &...arguments) {
-                    events << QStringLiteral("run");
-                    run(arguments...);
-                },
-            .uploadFileName = [] { return QStringLiteral("screenshot-20260131-120000.png"); },
-            .showToast = [this](const QString &message, const QString &icon) { toasts.emplace_back(message, icon); }};
-    }
-    UploadFlow &makeFlow(UploadFlow::Actions actions) {
-        flow = std::make_unique<UploadFlow>(UploadFlow::Ports{*manager, pasteboard, time, pictureQueue},
-                                            std::move(actions));
-        QObject::connect(flow.get(), &UploadFlow::uploadStateChanged, flow.get(), [this] {
+    UploadButton &make(UploadButton::AfterLink afterLink) {
+        UploadButton::Actions actions = played.actions();
+        actions.picture = [this]() -> UploadButton::PngMaker {
+            events << QStringLiteral("picture");
+            return [this, taken = png] {
+                pngThread = QThread::currentThread();
+                return taken;
+            };
+        };
+        actions.run = [this, run = played.runner()](const auto &...arguments) {
+            events << QStringLiteral("run");
+            run(arguments...);
+        };
+        button = played.makeButton(std::move(actions), afterLink);
+        QObject::connect(button.get(), &UploadButton::changed, button.get(), [this] {
             events << QStringList{QStringLiteral("idle"), QStringLiteral("uploading"),
-                                  QStringLiteral("done")}[int(flow->uploadState())];
+                                  QStringLiteral("done")}[int(button->state())];
         });
-        return *flow;
+        QObject::connect(button.get(), &UploadButton::viewDismissed, button.get(),
+                         [this] { events << QStringLiteral("dismiss"); });
+        return *button;
     }
-    UploadFlow &makeEditor() { return makeFlow(editorActions()); }
-    UploadFlow &makeCard() {
-        UploadFlow::Actions actions = editorActions();
-        actions.stopCountdown = [this] { events << QStringLiteral("stop"); };
-        actions.onDismiss = [this] { events << QStringLiteral("dismiss"); };
-        return makeFlow(std::move(actions));
-    }
+    UploadButton &makeEditor() { return make(UploadButton::AfterLink::returnToIdle); }
+    UploadButton &makeCard() { return make(UploadButton::AfterLink::dismissView); }
     /// The press, and all that follows without the engine.
     void upload() {
-        flow->upload();
+        button->press();
         prepare();
     }
-    /// Lets the picture become a PNG and its news come.
-    void prepare() {
-        pictureQueue.sync([] {});
-        time.runPending();
-    }
-    void succeed() { runs.back().completion({.url = url}); }
-    void fail(const std::optional<UploadScriptError> &error) { runs.back().completion({.error = error}); }
+    void prepare() { played.prepare(); }
+    void succeed() { played.succeed(url); }
+    void fail(const std::optional<UploadScriptError> &error) { played.fail(error); }
 };
 
 TEST_F(Upload, theButtonTellsItsState) {
     makeEditor();
-    EXPECT_EQ(flow->buttonTitle(), QStringLiteral("Upload"));
-    EXPECT_EQ(flow->buttonSymbol(), QStringLiteral("icloud.and.arrow.up"));
+    EXPECT_EQ(button->title(), QStringLiteral("Upload"));
+    EXPECT_EQ(button->symbol(), QStringLiteral("icloud.and.arrow.up"));
     upload();
-    EXPECT_EQ(flow->buttonTitle(), QStringLiteral("Uploading"));
-    EXPECT_EQ(flow->buttonSymbol(), QStringLiteral("icloud.and.arrow.up"));
+    EXPECT_EQ(button->title(), QStringLiteral("Uploading"));
+    EXPECT_EQ(button->symbol(), QStringLiteral("icloud.and.arrow.up"));
     succeed();
-    EXPECT_EQ(flow->buttonTitle(), QStringLiteral("Uploaded"));
-    EXPECT_EQ(flow->buttonSymbol(), QStringLiteral("checkmark.circle.fill"));
+    EXPECT_EQ(button->title(), QStringLiteral("Uploaded"));
+    EXPECT_EQ(button->symbol(), QStringLiteral("checkmark.circle.fill"));
 }
 
 TEST_F(Upload, theStatesHaveTheirNumbers) {
@@ -98,8 +85,7 @@ TEST_F(Upload, theStatesHaveTheirNumbers) {
 TEST_F(Upload, theStepsOfACardFollowInOrder) {
     makeCard();
     upload();
-    EXPECT_EQ(events, QStringList({QStringLiteral("picture"), QStringLiteral("stop"), QStringLiteral("uploading"),
-                                   QStringLiteral("run")}));
+    EXPECT_EQ(events, QStringList({QStringLiteral("picture"), QStringLiteral("uploading"), QStringLiteral("run")}));
 }
 
 TEST_F(Upload, theScriptThePictureAndTheNameGoToTheEngine) {
@@ -121,27 +107,27 @@ TEST_F(Upload, aLargePictureGoesWholeAndWithoutLineBreaks) {
 }
 
 TEST_F(Upload, thePictureIsTakenAtThePressAndBecomesAPngBesideTheMainThread) {
-    makeCard().upload();
+    makeCard().press();
     EXPECT_EQ(events, QStringList{QStringLiteral("picture")});
     png = QByteArray("another picture");
-    EXPECT_TRUE(flow->isBusy());
-    EXPECT_EQ(flow->uploadState(), State::idle);
+    EXPECT_TRUE(button->isBusy());
+    EXPECT_EQ(button->state(), State::idle);
     prepare();
     EXPECT_EQ(QByteArray::fromBase64(runs.at(0).imageBase64.toLatin1()).left(4), "\x89PNG");
     EXPECT_TRUE(pngThread && pngThread != QThread::currentThread());
 }
 
 TEST_F(Upload, aSecondPressBeforeThePictureIsReadyDoesNothing) {
-    makeCard().upload();
-    flow->upload();
+    makeCard().press();
+    button->press();
     prepare();
     EXPECT_EQ(runs.size(), 1U);
     EXPECT_EQ(events.count(QStringLiteral("picture")), 1);
 }
 
 TEST_F(Upload, aPictureIsUploadedThoughItsCardIsClosedBeforeItIsReady) {
-    makeCard().upload();
-    flow.reset();
+    makeCard().press();
+    button.reset();
     events.clear();
     prepare();
     ASSERT_EQ(runs.size(), 1U);
@@ -157,13 +143,10 @@ TEST_F(Upload, aPictureWithoutAPngIsToldAndChangesNothing) {
         events.clear();
         toasts.clear();
         makeCard();
-        int failures = 0;
-        QObject::connect(flow.get(), &UploadFlow::preparationFailed, [&failures] { ++failures; });
         upload();
         EXPECT_EQ(events, QStringList{QStringLiteral("picture")}); // the countdown goes on
-        EXPECT_EQ(flow->uploadState(), State::idle);
-        EXPECT_FALSE(flow->isBusy());
-        EXPECT_EQ(failures, 1);
+        EXPECT_EQ(button->state(), State::idle);
+        EXPECT_FALSE(button->isBusy());
         EXPECT_EQ(toasts, std::vector<Toast>({{QStringLiteral("Couldn't prepare the image for upload"), warning}}));
     }
 }
@@ -174,6 +157,16 @@ TEST_F(Upload, aSecondPressDuringAnUploadDoesNothing) {
     events.clear();
     upload();
     EXPECT_TRUE(events.isEmpty());
+    EXPECT_EQ(runs.size(), 1U);
+}
+
+TEST_F(Upload, aButtonThatIsNotShownCannotBePressed) {
+    makeEditor();
+    played.isShown = false;
+    upload();
+    EXPECT_TRUE(events.isEmpty());
+    played.isShown = true;
+    upload();
     EXPECT_EQ(runs.size(), 1U);
 }
 
@@ -202,14 +195,14 @@ TEST_F(Upload, aCardGoesEightTenthsOfASecondAfterTheLink) {
     makeCard();
     upload();
     succeed();
-    EXPECT_EQ(flow->uploadState(), State::done);
+    EXPECT_EQ(button->state(), State::done);
     events.clear();
     time.advance(799ms);
     EXPECT_TRUE(events.isEmpty());
     time.advance(1ms);
     EXPECT_EQ(events, QStringList{QStringLiteral("dismiss")});
     time.advance(10s);
-    EXPECT_EQ(flow->uploadState(), State::done); // it never comes back to idle
+    EXPECT_EQ(button->state(), State::done); // it never comes back to idle
 }
 
 TEST_F(Upload, anEditorsButtonReturnsTwoSecondsAfterTheLink) {
@@ -217,9 +210,9 @@ TEST_F(Upload, anEditorsButtonReturnsTwoSecondsAfterTheLink) {
     upload();
     succeed();
     time.advance(1999ms);
-    EXPECT_EQ(flow->uploadState(), State::done);
+    EXPECT_EQ(button->state(), State::done);
     time.advance(1ms);
-    EXPECT_EQ(flow->uploadState(), State::idle);
+    EXPECT_EQ(button->state(), State::idle);
 }
 
 TEST_F(Upload, aNewUploadInAnEditorKeepsItsButton) {
@@ -229,7 +222,7 @@ TEST_F(Upload, aNewUploadInAnEditorKeepsItsButton) {
     time.advance(1s);
     upload();
     time.advance(1s);
-    EXPECT_EQ(flow->uploadState(), State::uploading);
+    EXPECT_EQ(button->state(), State::uploading);
     upload();
     EXPECT_EQ(runs.size(), 2U);
 }
@@ -240,7 +233,7 @@ TEST_F(Upload, aFailureLeavesTheCardOpenWithItsButtonBackAndTheCountdownStopped)
     events.clear();
     fail(UploadScriptError::timeout(30));
     EXPECT_EQ(events, QStringList{QStringLiteral("idle")});
-    EXPECT_EQ(flow->buttonTitle(), QStringLiteral("Upload"));
+    EXPECT_EQ(button->title(), QStringLiteral("Upload"));
     EXPECT_TRUE(toasts.empty());
     time.advance(1min);
     EXPECT_EQ(events, QStringList{QStringLiteral("idle")}); // neither dismissed nor counted again
@@ -271,12 +264,12 @@ TEST_F(Upload, afterAFailureItCanBeTriedAgain) {
     fail(UploadScriptError::runtimeError(QStringLiteral("Error: boom")));
     upload();
     EXPECT_EQ(runs.size(), 2U);
-    EXPECT_EQ(flow->uploadState(), State::uploading);
+    EXPECT_EQ(button->state(), State::uploading);
 }
 
 TEST_F(Upload, theScriptIsTheOneOfThePress) {
-    makeEditor().upload();
-    manager->setScript(QStringLiteral("another"));
+    makeEditor().press();
+    played.script = QStringLiteral("another");
     prepare();
     EXPECT_EQ(runs.at(0).script, script);
 }
@@ -284,7 +277,7 @@ TEST_F(Upload, theScriptIsTheOneOfThePress) {
 TEST_F(Upload, aClosedViewStillGetsItsLinkOntoThePasteboard) {
     makeCard();
     upload();
-    flow.reset();
+    button.reset();
     events.clear();
     succeed();
     time.advance(10s);
@@ -297,7 +290,7 @@ TEST_F(Upload, aCardClosedAfterTheLinkIsNotDismissedAgain) {
     makeCard();
     upload();
     succeed();
-    flow.reset();
+    button.reset();
     events.clear();
     time.advance(10s);
     EXPECT_TRUE(events.isEmpty());
