@@ -45,6 +45,9 @@ public:
     /// only when there is no screen.
     [[nodiscard]] virtual std::optional<Screen> mainScreen() const = 0;
 
+    /// A rectangle of this plane where the toolkit has it, whose own plane starts at the top.
+    [[nodiscard]] virtual QRectF toolkitRect(const QRectF &rect) const = 0;
+
     [[nodiscard]] virtual QPointF mouseLocation() const = 0;
 
     /// Bit 0 is the left button, bit 1 the right one, bit 2 the middle one.

@@ -3,21 +3,18 @@
 #include "base/Print.h"
 #include "base/Time.h"
 #include "base/UserDefaults.h"
-#include "clipboard/ClipboardManager.h"
+#include "capture/ColorPickerManager.h"
 #include "ports/Application.h"
 #include "ports/StatusItem.h"
 #include "ports/Updater.h"
 #include "shell/FlagReactions.h"
-#include "shell/StatusIcon.h"
+#include "shell/OnboardingView.h"
 #include "shell/StatusMenu.h"
-#include "shell/ToolHooks.h"
+#include "upload/Uploads.h"
 
-#include <QCoreApplication>
-#include <QEvent>
-#include <QWidget>
+#include <QPointer>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace tavrine {
@@ -25,8 +22,7 @@ namespace {
 
 constexpr Seconds onboardingDelay{0.2};
 constexpr Seconds secondDrawDelay{0.5};
-constexpr Seconds policyDelay{0.1};
-constexpr Seconds detachedCloseDelay{0.1};
+constexpr Seconds uploadsDelay{1.0};
 constexpr Seconds newSnipDelay{0.5};
 constexpr Seconds resumeDelay{2.0};
 constexpr double freshCaptureSeconds = 5.0;
@@ -37,38 +33,45 @@ void debug(const char *text) {
 
 } // namespace
 
-AppDelegate::AppDelegate(Ports ports, QObject *parent) : QObject(parent), m_ports(ports) {}
+AppDelegate::AppDelegate(const Shell::Parts &parts, QObject *parent)
+    : QObject(parent), m_shell(parts, panelContents()), m_tools(m_shell),
+      m_display(parts.desktop.statusItem(), parts.defaults),
+      m_hotKeys(parts.desktop.hotKeys(), parts.desktop.eventMonitors(), parts.desktop.access(), parts.defaults,
+                parts.desktop.time(), hotKeyActions()),
+      m_onboarding(m_shell.largeWindows(), parts.desktop.time(),
+                   {.makeWelcomeWindow =
+                        [this](std::function<void()> onClose) {
+                            Desktop &desktop = m_shell.desktop();
+                            return OnboardingView::makeWindow(
+                                {m_shell.defaults(), desktop.access(), desktop.time(), desktop.urlOpener()},
+                                std::move(onClose));
+                        },
+                    .openSettings = [this] { openSettings(); }}) {}
 
 AppDelegate::~AppDelegate() {
-    m_ports.statusItem.setOnPress({});
-    for (QWidget *window : {editorWindow(), mainWindow(), onboardingWindow()})
-        delete window;
+    m_shell.desktop().statusItem().setOnPress({});
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
-    ToolHooks &tools = hooks();
-    observe(m_ports.workspace.notificationCenter(), Workspace::didDeactivateApplicationNotification,
+    observe(m_shell.desktop().workspace().notificationCenter(), Workspace::didDeactivateApplicationNotification,
             [this](const Notification &notification) { appDidDeactivate(notification); });
-    m_ports.updater.start();
+    m_shell.desktop().updater().start();
     setupStatusItem();
-    if (flags().isOn(Feature::notchShelf))
-        tools.showNotch();
+    launch(Feature::notchShelf);
     debug("Registering Hotkeys...");
-    tools.registerHotkeys();
-    tools.startSpeedObservers();
-    if (!flags().isOn(Feature::networkSpeed))
-        tools.stopMeter();
+    m_hotKeys.registerHotkeys();
+    launch(Feature::networkSpeed);
     subscribeToHistory();
-    if (!flags().isOn(Feature::clipboardHistory))
-        clipboardManager().pauseMonitoring();
-    tools.setOnSnipComplete([self = QPointer<AppDelegate>(this)](const QImage &image) {
-        if (self)
-            self->hooks().presentSnip(image);
-    });
-    m_flagReactions = std::make_unique<FlagReactions>(*this);
+    launch(Feature::clipboardHistory);
+    launch(Feature::snippingTool);
+    launch(Feature::keepAwake);
+    m_flagReactions =
+        std::make_unique<FlagReactions>(FlagReactions::Parts{m_shell, m_tools, m_hotKeys, *m_statusMenu, m_display});
     decideOnboarding();
-    after(secondDrawDelay, [this] { hooks().updateStatusItem(); });
-    NotificationCenter &center = m_ports.center;
+    after(secondDrawDelay, [this] { updateStatusItem(); });
+    // So that the first card has its button; it costs something only for who uploads.
+    after(uploadsDelay, [this] { static_cast<void>(m_shell.uploads().isButtonShown()); });
+    NotificationCenter &center = m_shell.center();
     observe(center, "com.tavrine.restartSnip", [this](const Notification &) { handleRestartSnip(); });
     observe(center, "openClipboardSettingsRequested",
             [this](const Notification &) { handleOpenClipboardSettingsRequested(); });
@@ -76,142 +79,163 @@ void AppDelegate::applicationDidFinishLaunching() {
     observe(center, "openLofiSettingsRequested", [this](const Notification &) { handleOpenLofiSettingsRequested(); });
 }
 
+void AppDelegate::launch(Feature feature) {
+    if (Tool *tool = m_tools[feature])
+        tool->launch(m_shell.flags().isOn(feature));
+}
+
 void AppDelegate::setupStatusItem() {
-    StatusItem &item = statusItem();
-    item.setVisible(defaults().get<bool>(QStringLiteral("showInMenuBar"), true));
-    observe(m_ports.center, "updateMenuBarVisibility", [this](const Notification &notification) {
+    m_display.setUp();
+    observe(m_shell.center(), "updateMenuBarVisibility", [this](const Notification &notification) {
         const QVariant visible = notification.userInfo.value(QStringLiteral("visible"));
         if (visible.typeId() != QMetaType::Bool)
             return;
-        time().async(this, [this, isVisible = visible.toBool()] { statusItem().setVisible(isVisible); });
+        m_shell.time().async(this, [this, isVisible = visible.toBool()] { m_display.setVisible(isVisible); });
     });
-    item.setImage(statusIcon(hooks().keepAwakeState().isAwake, defaults()));
     m_statusMenu =
-        std::make_unique<StatusMenu>(defaults(), flags(), experienceSettings(),
+        std::make_unique<StatusMenu>(m_shell.defaults(), m_shell.flags(), m_shell.experienceSettings(),
                                      StatusMenu::Actions{
                                          .onHotKeyPressed = [this] { onHotKeyPressed(); },
                                          .onEmojiPickerHotKeyPressed = [this] { onEmojiPickerHotKeyPressed(); },
                                          .checkForUpdates = [this] { checkForUpdates(); },
                                          .quitApp = [this] { quitApp(); },
                                      });
-    item.setOnPress([this](QPoint place) {
+    m_shell.desktop().statusItem().setOnPress([this](QPoint place) {
         menuWillOpen();
         m_statusMenu->popUp(place);
     });
 }
 
 void AppDelegate::subscribeToHistory() {
-    connect(&clipboardManager(), &ClipboardManager::historyChanged, this, [this] {
+    ClipboardManager &manager = m_shell.clipboardManager();
+    connect(&manager, &ClipboardManager::historyChanged, this, [this, &manager] {
         // Protected items stand before all others in the list, whatever their age.
-        const auto &history = clipboardManager().history();
+        const auto &history = manager.history();
         const auto newest = std::max_element(history.begin(), history.end(),
                                              [](const auto &a, const auto &b) { return a.date < b.date; });
-        time().async(this, [this, item = newest == history.end() ? std::nullopt : std::optional(*newest)] {
+        m_shell.time().async(this, [this, item = newest == history.end() ? std::nullopt : std::optional(*newest)] {
             showFreshCapture(item);
         });
     });
 }
 
 void AppDelegate::showFreshCapture(const std::optional<ClipboardItem> &newest) {
-    if (!newest || !hooks().isWaitingForCapture())
+    SnippingTool &snipping = m_tools.snipping();
+    if (!newest || !snipping.isWaitingForCapture())
         return;
-    const double age = std::abs((time().now() - newest->date).count());
+    const double age = std::abs((m_shell.time().now() - newest->date).count());
     if (age >= freshCaptureSeconds || !newest->imageFileName)
         return;
-    hooks().clearWaitingForCapture();
-    hooks().showPreviewCard(*newest);
+    snipping.setWaitingForCapture(false);
+    snipping.showPreviewCard(*newest);
 }
 
 void AppDelegate::decideOnboarding() {
-    if (!defaults().get<bool>(QStringLiteral("hasCompletedOnboarding"), false)) {
+    if (!m_shell.defaults().get<bool>(QStringLiteral("hasCompletedOnboarding"), false)) {
         after(onboardingDelay, [this] { showOnboarding(); });
         return;
     }
-    const bool isTrusted = hooks().accessibilityTrusted(true);
+    const bool isTrusted = m_shell.windowManager().isAccessibilityTrusted(Prompt::allowed);
     printLine(QStringLiteral("DEBUG: Accessibility Trusted on Launch: ") +
               (isTrusted ? QStringLiteral("true") : QStringLiteral("false")));
 }
 
+// Triggers.
+
+PanelController::Contents AppDelegate::panelContents() {
+    return {.classic = [this] { return m_tools.clipboard().makeClassicView(); },
+            .search = [this] { return m_tools.clipboard().makeSearchView(); },
+            .emoji = [this] { return m_tools.emojiPicker().makeView(); }};
+}
+
+HotKeyCenter::Actions AppDelegate::hotKeyActions() {
+    return {.isFeatureOn = [this](Trigger trigger) { return isFeatureOn(trigger); },
+            .toggleClipboardPanel = [this] { open(Trigger::clipboard); },
+            .toggleEmojiPanel = [this] { open(Trigger::emojiPicker); },
+            .startSnip = [this] { open(Trigger::capture); },
+            .startScreenRecording = [this] { open(Trigger::screenRecorder); },
+            .explainScreenCapture =
+                [this] {
+                    m_shell.windowManager().probeScreenCapture();
+                    m_shell.time().async(this, [this] { m_shell.windowManager().showScreenRecordingAlert(); });
+                },
+            .refreshEmojiMenuEntry = [this] { m_statusMenu->refreshEmojiMenuItem(); },
+            .refreshClipboardMenuEntry = [this] { m_statusMenu->refreshClipboardMenuItem(); }};
+}
+
+/// A key that would do nothing is not taken from other programs.
+bool AppDelegate::isFeatureOn(Trigger trigger) {
+    const Feature feature = featureOf(trigger);
+    return m_tools[feature] && m_shell.flags().isOn(feature);
+}
+
+void AppDelegate::open(Trigger trigger) {
+    m_tools[featureOf(trigger)]->open(trigger);
+}
+
+void AppDelegate::onHotKeyPressed() {
+    m_hotKeys.onHotKeyPressed();
+}
+
+void AppDelegate::onEmojiPickerHotKeyPressed() {
+    m_hotKeys.onEmojiPickerHotKeyPressed();
+}
+
+void AppDelegate::startSnip() {
+    m_tools.snipping().startSnip();
+}
+
+void AppDelegate::pickColor() {
+    m_tools.colorPicker().pickColor();
+}
+
+// A new capture from the editor.
+
 void AppDelegate::handleRestartSnip() {
-    time().async(this, [this] { restartSnip(); });
+    m_shell.time().async(this, [this] { restartSnip(); });
 }
 
 void AppDelegate::restartSnip() {
     debug("AppDelegate - Received restartSnip notification (Async).");
     debug("AppDelegate - Pausing clipboard monitoring...");
-    clipboardManager().pauseMonitoring();
-    tearDownEditor();
+    m_shell.clipboardManager().pauseMonitoring();
+    m_tools.editor().tearDownWindow();
     debug("AppDelegate - Scheduling new snip in 0.5s...");
     after(newSnipDelay, [this] {
         debug("AppDelegate - Executing startSnip...");
-        hooks().startCapture();
+        m_tools.snipping().startCapture();
         after(resumeDelay, [this] {
             debug("AppDelegate - Resuming clipboard monitoring...");
             // Whatever the switch says: what was paused here is resumed here.
-            clipboardManager().setPaused(false);
-            clipboardManager().reloadHistory();
-            clipboardManager().startMonitoring();
+            ClipboardManager &manager = m_shell.clipboardManager();
+            manager.setPaused(false);
+            manager.reloadHistory();
+            manager.startMonitoring();
         });
     });
 }
 
-void AppDelegate::tearDownEditor() {
-    if (!m_editorWindow) {
-        debug("AppDelegate - No editor window found to close.");
-        return;
-    }
-    debug("AppDelegate - Safely tearing down editor window...");
-    const QPointer<QWidget> detached = m_editorWindow;
-    detached->hide();
-    restoreAccessoryPolicy();
-    m_editorWindow = nullptr;
-    after(detachedCloseDelay, [detached] {
-        debug("AppDelegate - Closing detached window...");
-        if (detached)
-            detached->close();
-        debug("AppDelegate - Editor window closed.");
-    });
-}
+// Windows.
 
 void AppDelegate::appDidDeactivate(const Notification &notification) {
     const QVariant value = notification.userInfo.value(QLatin1String(Workspace::applicationKey));
-    if (!value.canConvert<RunningApplication>())
-        return;
-    const auto application = value.value<RunningApplication>();
-    if (application.bundleIdentifier != QLatin1String(bundleIdentifier) &&
-        application.processIdentifier != QCoreApplication::applicationPid())
-        m_previouslyActiveApplication = application;
+    if (value.canConvert<RunningApplication>())
+        m_shell.appDidDeactivate(value.value<RunningApplication>());
 }
 
 bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {
-    if (m_editorWindow && m_editorWindow->isVisible()) {
-        m_editorWindow->raise();
-        m_editorWindow->activateWindow();
-    } else {
+    LargeWindows &windows = m_shell.largeWindows();
+    const QWidget *editor = windows.window(LargeWindows::Kind::editor);
+    if (editor && editor->isVisible())
+        windows.bringForward(LargeWindows::Kind::editor);
+    else
         openMainWindow(QStringLiteral("Home"));
-    }
     return true;
 }
 
-void AppDelegate::windowWillClose(QWidget *window) {
-    for (QPointer<QWidget> *field : {&m_editorWindow, &m_mainWindow, &m_onboardingWindow}) {
-        if (window && *field == window) {
-            *field = nullptr;
-            break;
-        }
-    }
-    after(policyDelay, [this] { restoreAccessoryPolicy(); });
-}
-
-void AppDelegate::restoreAccessoryPolicy() {
-    const std::array windows{m_editorWindow, m_mainWindow, m_onboardingWindow};
-    if (std::none_of(windows.begin(), windows.end(), [](const auto &window) { return window && window->isVisible(); }))
-        m_ports.application.setActivationPolicy(ActivationPolicy::accessory);
-}
-
 void AppDelegate::dismissFloatingPanels() {
-    hooks().removePanelMonitors();
-    hooks().orderOutFloatingPanels();
+    if (PanelController *panels = m_shell.panelsIfMade())
+        panels->orderOutAllPanels();
 }
 
 void AppDelegate::handleOpenClipboardSettingsRequested() {
@@ -224,75 +248,40 @@ void AppDelegate::handleOpenLofiSettingsRequested() {
     openMainWindow(QStringLiteral("Lo-Fi Vibe"));
 }
 
-void AppDelegate::menuWillOpen() {
-    hooks().hideAdvancedPanel();
-    refreshClipboardMenuItem();
-    refreshEmojiMenuItem();
-}
-
-void AppDelegate::checkForUpdates() {
-    m_ports.updater.checkForUpdates();
-}
-void AppDelegate::startSnip() {
-    hooks().startSnip();
-}
-void AppDelegate::pickColor() {
-    hooks().pickColor();
-}
-void AppDelegate::quitApp() {
-    m_ports.application.terminate();
-}
 void AppDelegate::openSettings() {
     openMainWindow(QStringLiteral("Home"));
 }
-void AppDelegate::onHotKeyPressed() {
-    hooks().toggleClipboardPanel();
+
+void AppDelegate::openMainWindow(const QString & /*sidebarItem*/) {
+    // Its pages stand alone so far: there is a window only where somebody has made one.
+    m_shell.largeWindows().bringForward(LargeWindows::Kind::settings);
 }
-void AppDelegate::onEmojiPickerHotKeyPressed() {
-    hooks().toggleEmojiPanel();
-}
-void AppDelegate::openMainWindow(const QString &sidebarItem) {
-    hooks().openMainWindow(sidebarItem);
-}
+
 void AppDelegate::showOnboarding() {
-    hooks().showOnboarding();
-}
-void AppDelegate::refreshClipboardMenuItem() {
-    m_statusMenu->refreshClipboardMenuItem();
-}
-void AppDelegate::refreshEmojiMenuItem() {
-    m_statusMenu->refreshEmojiMenuItem();
+    m_onboarding.showOnboarding();
 }
 
 void AppDelegate::openEditor(const std::optional<QImage> &image) {
     debug("AppDelegate - openTavrineEditor called");
-    if (flags().isOn(Feature::tavrineEditor))
-        hooks().openEditor(image);
+    if (m_shell.flags().isOn(Feature::tavrineEditor))
+        m_tools.editor().openTavrineEditor(image);
     else
         debug("Tavrine Editor is disabled in FeatureFlags.");
 }
 
-void AppDelegate::keep(QPointer<QWidget> &field, QWidget *window) {
-    field = window;
-    if (window) {
-        window->setAttribute(Qt::WA_DeleteOnClose);
-        window->installEventFilter(this);
-    }
+// The tray item.
+
+void AppDelegate::menuWillOpen() {
+    m_statusMenu->refreshClipboardMenuItem();
+    m_statusMenu->refreshEmojiMenuItem();
 }
 
-bool AppDelegate::eventFilter(QObject *watched, QEvent *event) {
-    if (event->type() != QEvent::Close)
-        return QObject::eventFilter(watched, event);
-    if (event->spontaneous() && watched == m_onboardingWindow) {
-        event->ignore(); // it has no close button; a window manager may have another way to close it
-        return true;
-    }
-    // The window is asked first: one that stays open is still ours.
-    const QPointer window(qobject_cast<QWidget *>(watched));
-    watched->event(event);
-    if (event->isAccepted())
-        windowWillClose(window);
-    return true;
+void AppDelegate::checkForUpdates() {
+    m_shell.desktop().updater().checkForUpdates();
+}
+
+void AppDelegate::quitApp() {
+    m_shell.desktop().application().terminate();
 }
 
 void AppDelegate::observe(NotificationCenter &center, const char *name, NotificationCenter::Handler handler) {
@@ -300,7 +289,7 @@ void AppDelegate::observe(NotificationCenter &center, const char *name, Notifica
 }
 
 void AppDelegate::after(Seconds delay, std::function<void()> work) {
-    time().asyncAfter(delay, this, std::move(work));
+    m_shell.time().asyncAfter(delay, this, std::move(work));
 }
 
 } // namespace tavrine

@@ -1,28 +1,33 @@
 #include "shell/OnboardingFlow.h"
 
 #include "base/Time.h"
-#include "ports/Application.h"
+#include "shell/LargeWindows.h"
 
 namespace tavrine {
+namespace {
 
-OnboardingFlow::OnboardingFlow(Application &application, Time &time, Windows windows, QObject *parent)
-    : QObject(parent), m_application(application), m_time(time), m_windows(std::move(windows)) {}
+constexpr auto welcome = LargeWindows::Kind::welcome;
+
+} // namespace
+
+OnboardingFlow::OnboardingFlow(LargeWindows &windows, Time &time, Actions actions, QObject *parent)
+    : QObject(parent), m_windows(windows), m_time(time), m_actions(std::move(actions)) {}
 
 void OnboardingFlow::showOnboarding() {
-    m_application.setActivationPolicy(ActivationPolicy::regular);
-    if (!m_windows.hasWelcomeWindow())
-        m_windows.makeWelcomeWindow();
+    m_windows.becomeRegular();
+    if (!m_windows.window(welcome))
+        m_windows.keep(welcome, m_actions.makeWelcomeWindow([this] { finish(); }));
     m_windows.activateApplication();
-    m_windows.showWelcomeWindow();
+    m_windows.bringForward(welcome);
 }
 
 void OnboardingFlow::finish() {
-    m_windows.closeWelcomeWindow();
-    m_windows.openSettingsWindow(QStringLiteral("Home"));
+    m_windows.close(welcome);
+    m_actions.openSettings();
     // Closing the last window takes the program out of the front; only then can it come back.
     m_time.asyncAfter(settingsDelay, this, [this] {
         m_windows.activateApplication();
-        m_windows.showSettingsWindow();
+        m_windows.bringForward(LargeWindows::Kind::settings);
     });
 }
 

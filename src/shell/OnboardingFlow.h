@@ -3,13 +3,15 @@
 #include "base/Date.h"
 
 #include <QObject>
-#include <QString>
 
 #include <functional>
+#include <memory>
+
+class QWidget;
 
 namespace tavrine {
 
-class Application;
+class LargeWindows;
 class Time;
 
 /// Shows the welcome window, and leads from it to the settings. Belongs to AppDelegate; lives on the main thread.
@@ -22,26 +24,22 @@ public:
     static constexpr int windowHeight = 500;
     static constexpr Seconds settingsDelay{0.3};
 
-    /// What is done to windows. The welcome window has no close button: only finishing ends it.
-    struct Windows {
-        std::function<bool()> hasWelcomeWindow;
-        std::function<void()> makeWelcomeWindow; ///< centred, not yet shown
-        std::function<void()> showWelcomeWindow; ///< key and front
-        std::function<void()> closeWelcomeWindow;
-        std::function<void(const QString &page)> openSettingsWindow;
-        std::function<void()> showSettingsWindow; ///< key and front
-        std::function<void()> activateApplication;
+    struct Actions {
+        /// Not yet shown; `onClose` comes when the person has finished.
+        std::function<std::unique_ptr<QWidget>(std::function<void()> onClose)> makeWelcomeWindow;
+        std::function<void()> openSettings; ///< on their first page
     };
 
-    OnboardingFlow(Application &application, Time &time, Windows windows, QObject *parent = nullptr);
+    OnboardingFlow(LargeWindows &windows, Time &time, Actions actions, QObject *parent = nullptr);
 
     void showOnboarding();
+    /// The welcome window has no close button: only this ends it.
     void finish();
 
 private:
-    Application &m_application;
+    LargeWindows &m_windows;
     Time &m_time;
-    Windows m_windows;
+    Actions m_actions;
 };
 
 } // namespace tavrine

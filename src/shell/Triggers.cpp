@@ -25,6 +25,20 @@ const TriggerTraits &traits(Trigger trigger) {
     return triggers[static_cast<int>(trigger)];
 }
 
+Feature featureOf(Trigger trigger) {
+    switch (trigger) {
+    case Trigger::clipboard:
+        return Feature::clipboardHistory;
+    case Trigger::emojiPicker:
+        return Feature::emojiPicker;
+    case Trigger::capture:
+        return Feature::snippingTool;
+    case Trigger::screenRecorder:
+        break;
+    }
+    return Feature::screenRecorder;
+}
+
 QString storedMode(const UserDefaults &defaults, Trigger trigger) {
     const auto key = traits(trigger).modeKey;
     if (key.isEmpty())

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/FeatureFlags.h"
+
 #include <QString>
 
 namespace tavrine {
@@ -28,6 +30,9 @@ struct TriggerTraits {
 };
 
 [[nodiscard]] const TriggerTraits &traits(Trigger trigger);
+
+/// The switch of the tool that a trigger opens.
+[[nodiscard]] Feature featureOf(Trigger trigger);
 
 /// The mode as it is stored, whatever it is; "commandShift" when nothing is.
 [[nodiscard]] QString storedMode(const UserDefaults &defaults, Trigger trigger);

@@ -5,9 +5,7 @@
 #include "upload/WorkerRecords.h"
 #include "upload/WorkerTask.h"
 
-#include <QCoreApplication>
 #include <QDateTime>
-#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -189,10 +187,6 @@ QString JSUploadEngine::uploadFileName() const {
     return QStringLiteral("screenshot-") +
            QDateTime::fromMSecsSinceEpoch(milliseconds).toString(QStringLiteral("yyyyMMdd-HHmmss")) +
            QStringLiteral(".png");
-}
-
-QString uploadWorkerPath() {
-    return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("TavrineUploadWorker"));
 }
 
 } // namespace tavrine

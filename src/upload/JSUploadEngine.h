@@ -60,7 +60,4 @@ private:
     ConcurrentQueue m_queue; // the last member: its runs end before what they use
 };
 
-/// Where the worker of this program is: beside it.
-[[nodiscard]] QString uploadWorkerPath();
-
 } // namespace tavrine

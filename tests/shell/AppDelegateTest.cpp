@@ -1,4 +1,6 @@
 #include "ShellTest.h"
+#include "capture/SnipFlow.h"
+#include "capture/editor/TavrineEditorContainerView.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -9,7 +11,10 @@ namespace {
 
 class AppDelegateTest : public ShellTest {
 protected:
-    void SetUp() override { launch(); }
+    void SetUp() override {
+        launch();
+        ShellTest::record();
+    }
 
     void post(const char *name, const QVariantMap &userInfo = {}) { center.post(text(name), userInfo); }
 
@@ -17,11 +22,20 @@ protected:
         return {QUuid::createUuid(), text("Image"), time.now() - age, false, false, file};
     }
 
+    void awaitCapture() { delegate->tools().snipping().setWaitingForCapture(true); }
+    [[nodiscard]] QString picture() {
+        return manager().saveImage(QImage(30, 20, QImage::Format_RGB32)).value_or(QString());
+    }
+    [[nodiscard]] bool isCardShown() {
+        const SnipFlow *flow = delegate->tools().snipping().flowIfMade();
+        return flow && flow->isPreviewShown();
+    }
+
     /// The history as it is after these rows were recorded.
-    void record(const std::vector<ClipboardItem> &items) {
+    void store(const std::vector<ClipboardItem> &items) {
         for (const ClipboardItem &each : items)
             database.save(each);
-        manager->reloadHistory();
+        manager().reloadHistory();
     }
 };
 
@@ -33,32 +47,32 @@ constexpr auto restartSchedules = "DEBUG: AppDelegate - Scheduling new snip in 0
 
 TEST_F(AppDelegateTest, aRestartWithoutAnEditorPausesSnipsAndResumes) {
     EXPECT_EQ(outputOf([&] { post("com.tavrine.restartSnip"); }), "");
-    EXPECT_TRUE(manager->isMonitoring());
+    EXPECT_TRUE(manager().isMonitoring());
     EXPECT_EQ(outputOf([&] { time.runPending(); }), std::string(restartBegins) +
                                                         "DEBUG: AppDelegate - No editor window found to close.\n" +
                                                         restartSchedules);
-    EXPECT_FALSE(manager->isMonitoring());
+    EXPECT_FALSE(manager().isMonitoring());
     EXPECT_EQ(outputOf([&] { time.advance(499ms); }), "");
-    EXPECT_THAT(hooks.takeCalls(), IsEmpty());
+    EXPECT_THAT(desktop.taskLauncher().tasks(), IsEmpty());
     EXPECT_EQ(outputOf([&] { time.advance(1ms); }), "DEBUG: AppDelegate - Executing startSnip...\n");
-    EXPECT_THAT(hooks.takeCalls(), ElementsAre("startCapture"));
+    EXPECT_EQ(desktop.taskLauncher().tasks().size(), 1);
     EXPECT_EQ(outputOf([&] { time.advance(1999ms); }), "");
-    EXPECT_FALSE(manager->isMonitoring());
+    EXPECT_FALSE(manager().isMonitoring());
     EXPECT_EQ(outputOf([&] { time.advance(1ms); }), "DEBUG: AppDelegate - Resuming clipboard monitoring...\n");
-    EXPECT_TRUE(manager->isMonitoring());
-    EXPECT_FALSE(manager->isPaused());
+    EXPECT_TRUE(manager().isMonitoring());
+    EXPECT_FALSE(manager().isPaused());
 }
 
 TEST_F(AppDelegateTest, aRestartFromTheEditorTakesTheEditorDownFirst) {
-    const QPointer<QWidget> editor = showWindow(&AppDelegate::setEditorWindow);
+    const QPointer<QWidget> editor = showWindow(LargeWindows::Kind::editor);
     post("com.tavrine.restartSnip");
     EXPECT_EQ(outputOf([&] { time.runPending(); }), std::string(restartBegins) +
                                                         "DEBUG: AppDelegate - Safely tearing down editor window...\n" +
                                                         restartSchedules);
-    EXPECT_FALSE(delegate->editorWindow());
+    EXPECT_FALSE(window(LargeWindows::Kind::editor));
     ASSERT_TRUE(editor);
     EXPECT_FALSE(editor->isVisible());
-    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::accessory);
+    EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::accessory);
     EXPECT_EQ(outputOf([&] { time.advance(99ms); }), "");
     EXPECT_EQ(outputOf([&] { time.advance(1ms); }), "DEBUG: AppDelegate - Closing detached window...\n"
                                                     "DEBUG: AppDelegate - Editor window closed.\n");
@@ -68,244 +82,200 @@ TEST_F(AppDelegateTest, aRestartFromTheEditorTakesTheEditorDownFirst) {
 }
 
 TEST_F(AppDelegateTest, clipboardHistoryTurnedOffDuringARestartLeavesThePollRunningWithTheFlagOff) {
-    outputOf([&] {
+    quietly([&] {
         post("com.tavrine.restartSnip");
         time.advance(1s);
         set(Feature::clipboardHistory, false);
         time.advance(1499ms);
     });
-    EXPECT_FALSE(manager->isMonitoring());
-    outputOf([&] { time.advance(1ms); });
-    EXPECT_TRUE(manager->isMonitoring());
-    EXPECT_FALSE(flags->isOn(Feature::clipboardHistory));
-}
-
-// Windows and the activation policy.
-
-TEST_F(AppDelegateTest, closingTheSettingsWhileTheEditorIsOpenKeepsTheRegularPolicy) {
-    showWindow(&AppDelegate::setEditorWindow);
-    QWidget *settings = showWindow(&AppDelegate::setMainWindow);
-    settings->close();
-    EXPECT_FALSE(delegate->mainWindow());
-    time.advance(1s);
-    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::regular);
-}
-
-TEST_F(AppDelegateTest, closingTheLastLargeWindowReturnsToAccessoryAfterATenthOfASecond) {
-    for (auto setWindow :
-         {&AppDelegate::setEditorWindow, &AppDelegate::setMainWindow, &AppDelegate::setOnboardingWindow}) {
-        showWindow(setWindow)->close();
-        time.advance(99ms);
-        EXPECT_EQ(application.activationPolicy(), ActivationPolicy::regular);
-        time.advance(1ms);
-        EXPECT_EQ(application.activationPolicy(), ActivationPolicy::accessory);
-    }
-}
-
-TEST_F(AppDelegateTest, aClosedWindowIsForgottenAndDeleted) {
-    const QPointer<QWidget> settings = showWindow(&AppDelegate::setMainWindow);
-    QWidget *editor = showWindow(&AppDelegate::setEditorWindow);
-    settings->close();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_FALSE(settings);
-    EXPECT_FALSE(delegate->mainWindow());
-    EXPECT_EQ(delegate->editorWindow(), editor);
-}
-
-TEST_F(AppDelegateTest, aWindowThatRefusesToCloseIsStillHeldUntilItDoes) {
-    struct Stubborn : QWidget {
-        void closeEvent(QCloseEvent *event) override { event->setAccepted(mayClose); }
-        bool mayClose = false;
-    };
-    auto *window = new Stubborn;
-    delegate->setMainWindow(window);
-    application.setActivationPolicy(ActivationPolicy::regular);
-    window->show();
-    EXPECT_FALSE(window->close());
-    EXPECT_EQ(delegate->mainWindow(), window);
-    time.advance(1s);
-    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::regular);
-    window->mayClose = true;
-    EXPECT_TRUE(window->close());
-    EXPECT_FALSE(delegate->mainWindow());
-    time.advance(1s);
-    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::accessory);
-}
-
-TEST_F(AppDelegateTest, aHiddenWindowDoesNotKeepTheRegularPolicy) {
-    showWindow(&AppDelegate::setEditorWindow)->hide();
-    delegate->restoreAccessoryPolicy();
-    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::accessory);
-}
-
-TEST_F(AppDelegateTest, theOnboardingWindowAloneKeepsTheRegularPolicy) {
-    showWindow(&AppDelegate::setOnboardingWindow);
-    delegate->restoreAccessoryPolicy();
-    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::regular);
+    EXPECT_FALSE(manager().isMonitoring());
+    quietly([&] { time.advance(1ms); });
+    EXPECT_TRUE(manager().isMonitoring());
+    EXPECT_FALSE(delegate->shell().flags().isOn(Feature::clipboardHistory));
 }
 
 // Opening the program again.
 
-TEST_F(AppDelegateTest, reopeningWithoutAnEditorOpensTheSettingsOnHome) {
+TEST_F(AppDelegateTest, reopeningBringsTheSettingsForward) {
+    QWidget *settings = showWindow(LargeWindows::Kind::settings);
+    settings->hide();
     EXPECT_TRUE(delegate->applicationShouldHandleReopen(false));
-    EXPECT_THAT(hooks.takeCalls(), ElementsAre("openMainWindow Home"));
+    EXPECT_TRUE(settings->isVisible());
 }
 
-TEST_F(AppDelegateTest, reopeningWithAVisibleEditorBringsItForward) {
-    showWindow(&AppDelegate::setEditorWindow);
+TEST_F(AppDelegateTest, reopeningWithAVisibleEditorBringsThatForward) {
+    QWidget *settings = showWindow(LargeWindows::Kind::settings);
+    settings->hide();
+    QWidget *editor = showWindow(LargeWindows::Kind::editor);
     EXPECT_TRUE(delegate->applicationShouldHandleReopen(true));
-    EXPECT_THAT(hooks.takeCalls(), IsEmpty());
-    delegate->editorWindow()->hide();
+    EXPECT_FALSE(settings->isVisible());
+    editor->hide();
     EXPECT_TRUE(delegate->applicationShouldHandleReopen(false));
-    EXPECT_THAT(hooks.takeCalls(), ElementsAre("openMainWindow Home"));
+    EXPECT_TRUE(settings->isVisible());
 }
 
 // Notices of the default centre.
 
-TEST_F(AppDelegateTest, theClipboardGearDismissesThePanelsAndOpensItsPage) {
-    post("openClipboardSettingsRequested");
-    EXPECT_THAT(hooks.takeCalls(),
-                ElementsAre("removePanelMonitors", "orderOutFloatingPanels", "openMainWindow Clipboard"));
-}
-
-TEST_F(AppDelegateTest, theMiniPlayerDismissesThePanelsAndOpensItsPage) {
-    post("openLofiSettingsRequested");
-    EXPECT_THAT(hooks.takeCalls(),
-                ElementsAre("removePanelMonitors", "orderOutFloatingPanels", "openMainWindow Lo-Fi Vibe"));
+TEST_F(AppDelegateTest, theSettingsButtonsOfPanelAndPlayerDismissThePanelsAndOpenTheWindow) {
+    for (const char *notice : {"openClipboardSettingsRequested", "openLofiSettingsRequested"}) {
+        delegate->onHotKeyPressed();
+        time.runPending();
+        ASSERT_TRUE(desktop.panelWindows().keyWindow());
+        QWidget *settings = showWindow(LargeWindows::Kind::settings);
+        settings->hide();
+        post(notice);
+        EXPECT_FALSE(desktop.panelWindows().keyWindow());
+        EXPECT_EQ(desktop.eventMonitors().globalCount(), 0);
+        EXPECT_TRUE(settings->isVisible());
+        delete settings;
+    }
 }
 
 TEST_F(AppDelegateTest, theEditorTileOpensAnEmptyEditor) {
-    post("openTavrineEditorRequested");
-    EXPECT_THAT(hooks.takeCalls(), ElementsAre("openEditor"));
+    quietly([&] { post("openTavrineEditorRequested"); });
+    const auto *editor = qobject_cast<TavrineEditorContainerView *>(window(LargeWindows::Kind::editor));
+    ASSERT_TRUE(editor);
+    EXPECT_TRUE(editor->landing());
 }
 
 TEST_F(AppDelegateTest, theEditorDoesNotOpenWhileItsSwitchIsOff) {
-    outputOf([&] {
+    quietly([&] {
         set(Feature::tavrineEditor, false);
         time.advance(1s);
     });
-    hooks.calls.clear();
     EXPECT_EQ(outputOf([&] { post("openTavrineEditorRequested"); }),
               "DEBUG: AppDelegate - openTavrineEditor called\nDEBUG: Tavrine Editor is disabled in FeatureFlags.\n");
-    delegate->openTavrineEditorFromMenu();
-    delegate->openEditor(QImage());
-    EXPECT_THAT(hooks.takeCalls(), IsEmpty());
+    quietly([&] {
+        delegate->openTavrineEditorFromMenu();
+        delegate->openEditor(QImage());
+    });
+    EXPECT_FALSE(window(LargeWindows::Kind::editor));
 }
 
 TEST_F(AppDelegateTest, theTrayItemFollowsItsNotice) {
     post("updateMenuBarVisibility", {{text("visible"), false}});
     time.runPending();
-    EXPECT_FALSE(statusItem.isVisible());
+    EXPECT_FALSE(desktop.statusItem().isVisible());
     post("updateMenuBarVisibility");
     post("updateMenuBarVisibility", {{text("visible"), text("true")}});
     time.runPending();
-    EXPECT_FALSE(statusItem.isVisible());
+    EXPECT_FALSE(desktop.statusItem().isVisible());
     post("updateMenuBarVisibility", {{text("visible"), true}});
     time.runPending();
-    EXPECT_TRUE(statusItem.isVisible());
+    EXPECT_TRUE(desktop.statusItem().isVisible());
 }
 
 // The program that is left.
 
 TEST_F(AppDelegateTest, theProgramThatIsLeftIsRemembered) {
-    EXPECT_FALSE(delegate->previouslyActiveApplication());
-    workspace.setFrontmost(text("org.gnome.TextEditor"));
-    workspace.setFrontmost(text("firefox"), 4712);
-    ASSERT_TRUE(delegate->previouslyActiveApplication());
-    EXPECT_EQ(delegate->previouslyActiveApplication()->bundleIdentifier, text("org.gnome.TextEditor"));
-    workspace.setFrontmost(text("com.veltrane.Tavrine"), 4713);
-    EXPECT_EQ(delegate->previouslyActiveApplication()->bundleIdentifier, text("firefox"));
+    EXPECT_FALSE(delegate->shell().previouslyActiveApplication());
+    desktop.workspace().setFrontmost(text("org.gnome.TextEditor"));
+    desktop.workspace().setFrontmost(text("firefox"), 4712);
+    ASSERT_TRUE(delegate->shell().previouslyActiveApplication());
+    EXPECT_EQ(delegate->shell().previouslyActiveApplication()->bundleIdentifier, text("org.gnome.TextEditor"));
+    desktop.workspace().setFrontmost(text("com.veltrane.Tavrine"), 4713);
+    EXPECT_EQ(delegate->shell().previouslyActiveApplication()->bundleIdentifier, text("firefox"));
 }
 
 TEST_F(AppDelegateTest, thisProgramIsNeverWhatIsLeft) {
-    workspace.setFrontmost(text("com.veltrane.Tavrine"));
-    workspace.setFrontmost(text("tavrine"), QCoreApplication::applicationPid());
-    workspace.setFrontmost(std::nullopt);
-    EXPECT_FALSE(delegate->previouslyActiveApplication());
+    desktop.workspace().setFrontmost(text("com.veltrane.Tavrine"));
+    desktop.workspace().setFrontmost(text("tavrine"), QCoreApplication::applicationPid());
+    desktop.workspace().setFrontmost(std::nullopt);
+    EXPECT_FALSE(delegate->shell().previouslyActiveApplication());
 }
 
 // A capture that arrives through the clipboard.
 
 TEST_F(AppDelegateTest, aFreshImageShowsTheCardWhileACaptureIsAwaited) {
-    hooks.isWaiting = true;
-    const ClipboardItem capture = item(4.99s, text("a.jpg"));
+    awaitCapture();
     ClipboardItem pinned = item(1h, std::nullopt);
     pinned.isPinned = true;
-    record({pinned, capture});
-    EXPECT_TRUE(hooks.previews.empty());
+    store({pinned, item(4.99s, picture())});
+    EXPECT_FALSE(isCardShown());
     time.runPending();
-    ASSERT_EQ(hooks.previews.size(), 1U);
-    EXPECT_EQ(hooks.previews.front().id, capture.id);
-    EXPECT_FALSE(hooks.isWaiting);
-    manager->reloadHistory();
+    EXPECT_TRUE(isCardShown());
+    EXPECT_FALSE(delegate->tools().snipping().isWaitingForCapture());
+    delegate->tools().snipping().flowIfMade()->dismissSnipPreview(Dismissal::atOnce);
+    manager().reloadHistory();
     time.runPending();
-    EXPECT_EQ(hooks.previews.size(), 1U);
+    EXPECT_FALSE(isCardShown());
 }
 
 TEST_F(AppDelegateTest, anImageOfFiveSecondsIsNotFresh) {
-    hooks.isWaiting = true;
-    record({item(5s, text("a.jpg"))});
+    awaitCapture();
+    store({item(5s, picture())});
     time.runPending();
-    EXPECT_TRUE(hooks.previews.empty());
-    EXPECT_TRUE(hooks.isWaiting);
+    EXPECT_FALSE(isCardShown());
+    EXPECT_TRUE(delegate->tools().snipping().isWaitingForCapture());
 }
 
 TEST_F(AppDelegateTest, anImageFromAClockThatRanAheadCountsByItsDistance) {
-    hooks.isWaiting = true;
-    record({item(-4.9s, text("a.jpg"))});
+    awaitCapture();
+    store({item(-5.1s, picture())});
     time.runPending();
-    EXPECT_EQ(hooks.previews.size(), 1U);
-    hooks.isWaiting = true;
-    record({item(-5.1s, text("b.jpg"))});
+    EXPECT_FALSE(isCardShown());
+}
+
+TEST_F(AppDelegateTest, anImageALittleAheadIsFresh) {
+    awaitCapture();
+    store({item(-4.9s, picture())});
     time.runPending();
-    EXPECT_EQ(hooks.previews.size(), 1U);
+    EXPECT_TRUE(isCardShown());
 }
 
 TEST_F(AppDelegateTest, textAndUnawaitedImagesShowNoCard) {
-    hooks.isWaiting = true;
-    record({item(0s, std::nullopt)});
+    awaitCapture();
+    store({item(0s, std::nullopt)});
     time.runPending();
-    hooks.isWaiting = false;
-    record({item(0s, text("a.jpg"))});
+    delegate->tools().snipping().setWaitingForCapture(false);
+    store({item(0s, picture())});
     time.runPending();
-    EXPECT_TRUE(hooks.previews.empty());
+    EXPECT_FALSE(isCardShown());
+}
+
+TEST_F(AppDelegateTest, anImageWhoseFileIsGoneShowsNoCard) {
+    awaitCapture();
+    store({item(0s, text("gone.jpg"))});
+    time.runPending();
+    EXPECT_FALSE(isCardShown());
 }
 
 TEST_F(AppDelegateTest, anEmptyHistoryShowsNoCard) {
-    hooks.isWaiting = true;
-    manager->reloadHistory();
+    awaitCapture();
+    manager().reloadHistory();
     time.runPending();
-    EXPECT_TRUE(hooks.isWaiting);
+    EXPECT_TRUE(delegate->tools().snipping().isWaitingForCapture());
 }
 
 // Entries.
 
 TEST_F(AppDelegateTest, theEntriesCallTheirTools) {
-    delegate->startSnip();
-    delegate->pickColor();
-    delegate->openSettings();
     delegate->onHotKeyPressed();
     delegate->onEmojiPickerHotKeyPressed();
-    delegate->openTavrineEditorFromMenu();
-    delegate->openEditor(QImage());
-    EXPECT_THAT(hooks.takeCalls(), ElementsAre("startSnip", "pickColor", "openMainWindow Home", "toggleClipboardPanel",
-                                               "toggleEmojiPanel", "openEditor", "openEditor image"));
+    EXPECT_THAT(takeCalls(), ElementsAre("clipboardHistory opened", "emojiPicker opened"));
+    delegate->pickColor();
+    EXPECT_TRUE(desktop.colorSamplers().isShown());
+    QWidget *settings = showWindow(LargeWindows::Kind::settings);
+    settings->hide();
+    delegate->openSettings();
+    EXPECT_TRUE(settings->isVisible());
+    quietly([&] { delegate->openEditor(QImage(8, 6, QImage::Format_RGB32)); });
+    EXPECT_TRUE(window(LargeWindows::Kind::editor));
 }
 
-TEST_F(AppDelegateTest, theMenuOpensWithTheAdvancedPanelClosedAndItsEntriesFresh) {
+TEST_F(AppDelegateTest, theMenuOpensWithItsEntriesFresh) {
     defaults.set(text("HotkeyCharacter"), text("b"));
-    statusItem.press({10, 10});
-    EXPECT_THAT(hooks.takeCalls(), ElementsAre("hideAdvancedPanel"));
+    desktop.statusItem().press({10, 10});
     EXPECT_EQ(label(delegate->statusMenu().entry(StatusMenuItem::clipboard).keyEquivalent), text("⌘⇧B"));
     delegate->statusMenu().cancelTracking();
 }
 
 TEST_F(AppDelegateTest, theMenusOwnEntriesDoWhatTheySay) {
     delegate->statusMenu().entry(StatusMenuItem::checkForUpdates).action();
-    EXPECT_EQ(updater.messages(), QStringList{text("No update feed is configured.")});
-    EXPECT_FALSE(application.isTerminated());
+    EXPECT_EQ(desktop.updater().messages().size(), 1);
+    EXPECT_FALSE(desktop.application().isTerminated());
     delegate->statusMenu().entry(StatusMenuItem::quit).action();
-    EXPECT_TRUE(application.isTerminated());
+    EXPECT_TRUE(desktop.application().isTerminated());
 }
 
 } // namespace

@@ -5,8 +5,11 @@ namespace {
 
 class Launch : public ShellTest {
 protected:
+    void SetUp() override { desktop.access().setAccessibilityTrusted(true); }
+
     std::string output(Seconds then = 1s) {
         construct();
+        record();
         return outputOf([&] {
             delegate->applicationDidFinishLaunching();
             time.advance(then);
@@ -15,174 +18,170 @@ protected:
 };
 
 TEST_F(Launch, withNoPreferencesEveryFlagIsOnAndTheWelcomeWindowComesAfterAFifthOfASecondWithoutAPrompt) {
+    desktop.access().setAccessibilityTrusted(false);
     construct();
     for (const FeatureText &each : featureTexts)
-        EXPECT_TRUE(flags->isOn(each.feature)) << each.property;
-    EXPECT_EQ(outputOf([&] { delegate->applicationDidFinishLaunching(); }), "DEBUG: Registering Hotkeys...\n");
+        EXPECT_TRUE(delegate->shell().flags().isOn(each.feature)) << each.property;
+    EXPECT_EQ(outputOf([&] { delegate->applicationDidFinishLaunching(); }),
+              "DEBUG: Registering Hotkeys...\nDEBUG: Hotkey registered successfully for ID: 1\n"
+              "DEBUG: Hotkey registered successfully for ID: 2\nDEBUG: Hotkey registered successfully for ID: 6\n");
     time.advance(199ms);
-    EXPECT_THAT(hooks.calls, testing::Not(testing::Contains("showOnboarding")));
+    EXPECT_FALSE(window(LargeWindows::Kind::welcome));
     time.advance(1ms);
-    EXPECT_THAT(hooks.calls, testing::Contains("showOnboarding"));
+    ASSERT_TRUE(window(LargeWindows::Kind::welcome));
+    EXPECT_TRUE(window(LargeWindows::Kind::welcome)->isVisible());
+    EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::regular);
     time.advance(10s);
-    EXPECT_THAT(hooks.calls, testing::Not(testing::Contains(HasSubstr("accessibilityTrusted"))));
+    EXPECT_EQ(desktop.access().accessibilityPrompts(), 0);
 }
 
 TEST_F(Launch, withOnboardingDoneAndAccessibilityMissingThePromptAppearsAndTheLineEndsInFalse) {
     defaults.set(text("hasCompletedOnboarding"), true);
-    hooks.isTrusted = false;
-    EXPECT_EQ(output(), "DEBUG: Registering Hotkeys...\nDEBUG: Accessibility Trusted on Launch: false\n");
-    EXPECT_THAT(hooks.calls, testing::Contains("accessibilityTrusted, prompt allowed").Times(1));
-    EXPECT_THAT(hooks.calls, testing::Not(testing::Contains("showOnboarding")));
+    desktop.access().setAccessibilityTrusted(false);
+    EXPECT_THAT(output(), testing::EndsWith("DEBUG: Accessibility prompt shown, trusted: false\n"
+                                            "DEBUG: Accessibility Trusted on Launch: false\n"));
+    EXPECT_EQ(desktop.access().accessibilityPrompts(), 1);
+    EXPECT_FALSE(window(LargeWindows::Kind::welcome));
 }
 
 TEST_F(Launch, withOnboardingDoneAndAccessibilityGivenTheLineEndsInTrue) {
     defaults.set(text("hasCompletedOnboarding"), true);
-    EXPECT_EQ(output(), "DEBUG: Registering Hotkeys...\nDEBUG: Accessibility Trusted on Launch: true\n");
+    EXPECT_THAT(output(), testing::EndsWith("DEBUG: Accessibility Trusted on Launch: true\n"));
+    EXPECT_EQ(desktop.access().accessibilityPrompts(), 0);
 }
 
 TEST_F(Launch, theToolsComeUpInTheirOrder) {
     defaults.set(text("hasCompletedOnboarding"), true);
     defaults.set(text("featureNetworkSpeed"), false);
     construct();
-    outputOf([&] { delegate->applicationDidFinishLaunching(); });
-    EXPECT_THAT(hooks.takeCalls(), ElementsAre("showNotch", "registerHotkeys", "startSpeedObservers", "stopMeter",
-                                               "setOnSnipComplete", "setOnKeepAwakeChange",
-                                               "setOnShowAdvancedPanelChange", "accessibilityTrusted, prompt allowed"));
-    time.runPending();
-    EXPECT_THAT(hooks.takeCalls(), ElementsAre("animateQuickActionsHeight 0.36"));
-    time.advance(499ms);
-    EXPECT_THAT(hooks.takeCalls(), IsEmpty());
-    time.advance(1ms);
-    EXPECT_THAT(hooks.takeCalls(), ElementsAre("updateStatusItem"));
+    record();
+    quietly([&] { delegate->applicationDidFinishLaunching(); });
+    EXPECT_THAT(takeCalls(), ElementsAre("notchShelf launched", "hot keys", "networkSpeed launched off",
+                                         "clipboardHistory launched", "snippingTool launched", "keepAwake launched"));
     time.advance(1min);
-    EXPECT_THAT(hooks.takeCalls(), IsEmpty());
+    EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
+TEST_F(Launch, theTrayItemIsDrawnAgainHalfASecondLater) {
+    defaults.set(text("hasCompletedOnboarding"), true);
+    output(499ms);
+    const int images = desktop.statusItem().imageCount();
+    time.advance(1ms);
+    EXPECT_EQ(desktop.statusItem().imageCount(), images + 1);
+    time.advance(1min);
+    EXPECT_EQ(desktop.statusItem().imageCount(), images + 1);
 }
 
 // What stands at the moment of each call that the launch makes, in one log.
 TEST_F(Launch, theStepsComeOneAfterTheOther) {
-    std::vector<std::string> log;
-
-    class LoggingUpdater final : public Updater {
-    public:
-        explicit LoggingUpdater(std::function<void()> onStart) : m_onStart(std::move(onStart)) {}
-        void start() override { m_onStart(); }
-        void checkForUpdates() override {}
-
-    private:
-        std::function<void()> m_onStart;
-    };
-
-    class LoggingHooks final : public ToolHooks {
-    public:
-        explicit LoggingHooks(std::function<void(const char *)> note) : m_note(std::move(note)) {}
-        void showNotch() override { m_note("shelf"); }
-        void registerHotkeys() override { m_note("hot keys"); }
-        void startSpeedObservers() override { m_note("speed observers"); }
-        void stopMeter() override { m_note("meter off"); }
-        void setOnSnipComplete(const std::function<void(const QImage &)> &) override { m_note("snips"); }
-        void setOnKeepAwakeChange(const std::function<void()> &) override { m_note("flags"); }
-        bool accessibilityTrusted(bool) override {
-            m_note("onboarding");
-            return true;
-        }
-        void updateStatusItem() override { m_note("second draw"); }
-        void openMainWindow(const QString &) override { ++requests; }
-        int requests = 0;
-
-    private:
-        std::function<void(const char *)> m_note;
-    };
-
-    LoggingHooks *tools = nullptr;
-    const auto state = [&] {
-        std::string text;
-        workspace.setFrontmost(QStringLiteral("org.example.one"), 1001);
-        workspace.setFrontmost(QStringLiteral("org.example.two"), 1002);
-        if (!delegate->previouslyActiveApplication())
-            text += ", deaf";
-        if (statusItem.imageCount() > 0)
-            text += ", tray item";
-        if (manager->isPaused())
-            text += ", history paused";
-        const int before = tools->requests;
-        center.post(QLatin1String("openLofiSettingsRequested"));
-        if (tools->requests > before)
-            text += ", observers";
-        return text;
-    };
-    LoggingUpdater logged([&] { log.push_back("updater" + state()); });
-    LoggingHooks loggingHooks([&](const char *call) { log.push_back(call + state()); });
-    tools = &loggingHooks;
     defaults.set(text("hasCompletedOnboarding"), true);
     defaults.set(text("featureNetworkSpeed"), false);
     defaults.set(text("featureClipboardHistory"), false);
     construct();
-    delegate =
-        std::make_unique<AppDelegate>(AppDelegate::Ports{time, defaults, center, workspace, statusItem, application,
-                                                         logged, *manager, *flags, *experience, loggingHooks});
-    manager->setPaused(false);
-    outputOf([&] {
+    manager().setPaused(false);
+    std::vector<std::string> log;
+    const RecordingTool::Note note = [&](const std::string &call) {
+        std::string line = call;
+        desktop.workspace().setFrontmost(text("org.example.one"), 1001);
+        desktop.workspace().setFrontmost(text("org.example.two"), 1002);
+        if (!delegate->shell().previouslyActiveApplication())
+            line += ", deaf";
+        if (desktop.updater().starts() > 0)
+            line += ", updater";
+        if (desktop.statusItem().imageCount() > 0)
+            line += ", tray item";
+        if (manager().isPaused())
+            line += ", history paused";
+        log.push_back(line);
+    };
+    for (const FeatureText &each : featureTexts) {
+        Tool *&tool = delegate->tools()[each.feature];
+        tool = &recorders.emplace_back(each.property, tool, note);
+    }
+    desktop.hotKeys().setOnInstallation([&] { note("hot keys"); });
+    desktop.updater().setOnStart([&] { note("updater starts"); });
+    desktop.access().setAccessibilityTrusted(false);
+    desktop.access().setOnAccessibilityPrompt([&] { note("onboarding decided"); });
+    quietly([&] { delegate->applicationDidFinishLaunching(); });
+    EXPECT_THAT(log, ElementsAre("updater starts, updater", "notchShelf launched, updater, tray item",
+                                 "hot keys, updater, tray item", "networkSpeed launched off, updater, tray item",
+                                 "clipboardHistory launched off, updater, tray item",
+                                 "snippingTool launched, updater, tray item, history paused",
+                                 "keepAwake launched, updater, tray item, history paused",
+                                 "onboarding decided, updater, tray item, history paused"));
+    desktop.access().setOnAccessibilityPrompt({});
+    desktop.updater().setOnStart({});
+}
+
+TEST_F(Launch, noticesAreHeardOnceTheLaunchIsOver) {
+    defaults.set(text("hasCompletedOnboarding"), true);
+    construct();
+    center.post(text("openTavrineEditorRequested"));
+    EXPECT_FALSE(window(LargeWindows::Kind::editor));
+    quietly([&] {
         delegate->applicationDidFinishLaunching();
-        time.advance(500ms);
+        center.post(text("openTavrineEditorRequested"));
     });
-    EXPECT_THAT(log, ElementsAre("updater", "shelf, tray item", "hot keys, tray item", "speed observers, tray item",
-                                 "meter off, tray item", "snips, tray item, history paused",
-                                 "flags, tray item, history paused", "onboarding, tray item, history paused",
-                                 "second draw, tray item, history paused, observers"));
+    EXPECT_TRUE(window(LargeWindows::Kind::editor));
 }
 
 TEST_F(Launch, toolsThatAreOffStayDown) {
     defaults.set(text("featureNotchShelf"), false);
     defaults.set(text("featureClipboardHistory"), false);
     output();
-    EXPECT_THAT(hooks.calls, testing::Not(testing::Contains("showNotch")));
-    EXPECT_FALSE(manager->isMonitoring());
-    EXPECT_TRUE(manager->isPaused());
+    EXPECT_THAT(calls, Contains("notchShelf launched off"));
+    EXPECT_FALSE(manager().isMonitoring());
+    EXPECT_TRUE(manager().isPaused());
 }
 
-TEST_F(Launch, withTheHistoryOnThePollRunsAndTheMeterIsLeftAlone) {
+TEST_F(Launch, withTheHistoryOnThePollRuns) {
     output();
-    EXPECT_TRUE(manager->isMonitoring());
-    EXPECT_THAT(hooks.calls, testing::Not(testing::Contains("stopMeter")));
+    EXPECT_TRUE(manager().isMonitoring());
+    EXPECT_THAT(calls, Contains("networkSpeed launched"));
 }
 
 TEST_F(Launch, aCopyIsRecordedOnceTheProgramIsUp) {
     output();
-    pasteboard.copyFromOutside(text("hello"));
+    desktop.pasteboard().copyFromOutside(text("hello"));
     time.advance(ClipboardManager::pollInterval);
-    ASSERT_EQ(manager->history().size(), 1U);
-    EXPECT_EQ(manager->history().front().content, text("hello"));
+    ASSERT_EQ(manager().history().size(), 1U);
+    EXPECT_EQ(manager().history().front().content, text("hello"));
 }
 
 TEST_F(Launch, theTrayItemIsVisibleUnlessABoolSaysOtherwise) {
     output();
-    EXPECT_TRUE(statusItem.isVisible());
+    EXPECT_TRUE(desktop.statusItem().isVisible());
     defaults.set(text("showInMenuBar"), text("no"));
     output();
-    EXPECT_TRUE(statusItem.isVisible());
+    EXPECT_TRUE(desktop.statusItem().isVisible());
     defaults.set(text("showInMenuBar"), false);
     output();
-    EXPECT_FALSE(statusItem.isVisible());
+    EXPECT_FALSE(desktop.statusItem().isVisible());
 }
 
 TEST_F(Launch, theTrayItemShowsTheTemplateIconAndTheProgramsName) {
     output();
-    EXPECT_EQ(statusItem.toolTip(), text("Tavrine"));
-    EXPECT_TRUE(statusItem.image().isTemplate);
-    EXPECT_EQ(statusItem.image().width, 18);
-    EXPECT_EQ(statusItem.image().height, 18);
+    EXPECT_EQ(desktop.statusItem().toolTip(), text("Tavrine"));
+    EXPECT_TRUE(desktop.statusItem().image().isTemplate);
+    EXPECT_EQ(desktop.statusItem().image().width, 18);
+    EXPECT_EQ(desktop.statusItem().image().height, 18);
 }
 
-TEST_F(Launch, aSnipGoesToTheToolThatPresentsItWhileTheProgramLives) {
+TEST_F(Launch, makesNothingThatOnlyPanelsNeed) {
+    defaults.set(text("hasCompletedOnboarding"), true);
+    output(5s);
+    EXPECT_FALSE(desktop.hasAskedForPanels());
+    EXPECT_FALSE(delegate->shell().panelsIfMade());
+    EXPECT_FALSE(delegate->tools().snipping().flowIfMade());
+}
+
+TEST_F(Launch, aProgramThatHasEndedHearsOfNothing) {
     output();
-    hooks.calls.clear();
-    hooks.onSnipComplete(QImage());
-    EXPECT_THAT(hooks.takeCalls(), ElementsAre("presentSnip"));
     delegate.reset();
-    hooks.onSnipComplete(QImage());
-    hooks.onKeepAwakeChange();
-    time.advance(1s);
-    EXPECT_THAT(hooks.takeCalls(), IsEmpty());
+    center.post(text("openTavrineEditorRequested"));
+    desktop.statusItem().press({10, 10});
+    desktop.workspace().setFrontmost(text("org.example.one"), 1001);
+    time.advance(1min);
 }
 
 } // namespace

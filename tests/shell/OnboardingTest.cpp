@@ -4,7 +4,6 @@
 #include "adapters/fake/VirtualTime.h"
 #include "base/NotificationCenter.h"
 #include "base/UserDefaults.h"
-#include "shell/OnboardingFlow.h"
 #include "shell/OnboardingModel.h"
 
 #include <QTemporaryDir>
@@ -148,61 +147,6 @@ TEST_F(OnboardingModelTest, exploringOpensThePageOfTheFeatures) {
     model.exploreFeatures();
     ASSERT_EQ(urlOpener.opened().size(), 1);
     EXPECT_EQ(urlOpener.opened().first().scheme(), str("https"));
-}
-
-class OnboardingFlowTest : public testing::Test {
-protected:
-    VirtualTime time;
-    FakeApplication application;
-    QStringList calls;
-    bool hasWindow = false;
-    std::unique_ptr<OnboardingFlow> flow = std::make_unique<OnboardingFlow>(
-        application, time,
-        OnboardingFlow::Windows{[this] { return hasWindow; },
-                                [this] {
-                                    hasWindow = true;
-                                    calls.append(str("make"));
-                                },
-                                [this] { calls.append(str("show")); },
-                                [this] {
-                                    hasWindow = false;
-                                    calls.append(str("close"));
-                                },
-                                [this](const QString &page) { calls.append(str("settings ") + page); },
-                                [this] { calls.append(str("settings in front")); },
-                                [this] { calls.append(str("activate")); }});
-};
-
-TEST_F(OnboardingFlowTest, showsTheWindowAsARegularProgram) {
-    application.setActivationPolicy(ActivationPolicy::accessory);
-    flow->showOnboarding();
-    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::regular);
-    EXPECT_EQ(calls, (QStringList{str("make"), str("activate"), str("show")}));
-}
-
-TEST_F(OnboardingFlowTest, aWindowThatStandsIsShownAgain) {
-    flow->showOnboarding();
-    calls.clear();
-    flow->showOnboarding();
-    EXPECT_EQ(calls, (QStringList{str("activate"), str("show")}));
-}
-
-TEST_F(OnboardingFlowTest, finishingOpensTheSettingsAndBringsThemToTheFrontALittleLater) {
-    flow->showOnboarding();
-    calls.clear();
-    flow->finish();
-    EXPECT_EQ(calls, (QStringList{str("close"), str("settings Home")}));
-    time.advance(299ms);
-    EXPECT_EQ(calls.size(), 2);
-    time.advance(1ms);
-    EXPECT_EQ(calls.mid(2), (QStringList{str("activate"), str("settings in front")}));
-}
-
-TEST_F(OnboardingFlowTest, leavesNothingBehindWhenItGoes) {
-    flow->finish();
-    flow.reset();
-    time.advance(1s);
-    EXPECT_EQ(calls.size(), 2);
 }
 
 } // namespace

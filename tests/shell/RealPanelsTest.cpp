@@ -1,10 +1,5 @@
 // The tools of the shell with real panels and views on a real desktop, in time that only the test moves.
 #include "ShellTest.h"
-#include "adapters/fake/FakeAccess.h"
-#include "adapters/fake/FakeAlerts.h"
-#include "adapters/fake/FakeEventPoster.h"
-#include "adapters/fake/FakeHotKeys.h"
-#include "adapters/fake/FakeUrlOpener.h"
 #include "adapters/x11/X11ApplicationActivator.h"
 #include "adapters/x11/X11EventMonitors.h"
 #include "adapters/x11/X11PanelWindow.h"
@@ -14,94 +9,101 @@
 #include "clipboard/ContentView.h"
 #include "desktop/Desktop.h"
 #include "look/Look.h"
-#include "look/ModalAlerts.h"
-#include "panels/QtToastWindows.h"
-#include "shell/ShellTools.h"
 #include "support/Wait.h"
-#include "utilities/emoji/EmojiPickerStore.h"
 #include "utilities/emoji/EmojiPickerView.h"
 
 #include <QApplication>
-#include <QPointer>
 #include <QProcess>
 
 namespace tavrine {
 namespace {
 
-using testing::Desktop;
 using testing::waitUntil;
+
+/// Panels, screens, pointer and the coming to the front are an X server's; the rest is the test's.
+class PanelDesktop final : public Desktop {
+public:
+    explicit PanelDesktop(FakeDesktop &fake) : m_fake(fake) {}
+
+    ApplicationActivator &applicationActivator() override { return m_activator; }
+    Screens &screens() override { return m_screens; }
+    PanelWindows &panelWindows() override { return m_windows; }
+    EventMonitors &eventMonitors() override { return m_monitors; }
+
+    const Folders &folders() override { return m_fake.folders(); }
+    Instance becomeOnlyInstance(std::function<void()> onReopen) override {
+        return m_fake.becomeOnlyInstance(std::move(onReopen));
+    }
+    Application &application() override { return m_fake.application(); }
+    Workspace &workspace() override { return m_fake.workspace(); }
+    LoginItem &loginItem() override { return m_fake.loginItem(); }
+    Updater &updater() override { return m_fake.updater(); }
+    Time &time() override { return m_fake.time(); }
+    Appearance &appearance() override { return m_fake.appearance(); }
+    StatusItem &statusItem() override { return m_fake.statusItem(); }
+    ColorSamplers &colorSamplers() override { return m_fake.colorSamplers(); }
+    void watchCompositing(std::function<void(bool)> handler) override { m_fake.watchCompositing(std::move(handler)); }
+    HotKeys &hotKeys() override { return m_fake.hotKeys(); }
+    EventPoster &eventPoster() override { return m_fake.eventPoster(); }
+    Access &access() override { return m_fake.access(); }
+    Alerts &alerts() override { return m_fake.alerts(); }
+    FilePanels &filePanels() override { return m_fake.filePanels(); }
+    UrlOpener &urlOpener() override { return m_fake.urlOpener(); }
+    Keychain &keychain() override { return m_fake.keychain(); }
+    Pasteboard &pasteboard() override { return m_fake.pasteboard(); }
+    ImageCoder &imageCoder() override { return m_fake.imageCoder(); }
+    MovieAsset &movieAsset() override { return m_fake.movieAsset(); }
+    Recognizer &recognizer() override { return m_fake.recognizer(); }
+    CodeDetector &screenCodeDetector() override { return m_fake.screenCodeDetector(); }
+    CodeDetector &pictureCodeDetector() override { return m_fake.pictureCodeDetector(); }
+    TaskLauncher &taskLauncher() override { return m_fake.taskLauncher(); }
+
+private:
+    FakeDesktop &m_fake;
+    X11ApplicationActivator m_activator;
+    X11EventMonitors m_monitors;
+    X11PanelWindows m_windows{m_activator};
+    X11Screens m_screens;
+};
 
 class RealPanels : public ShellTest {
 protected:
     void SetUp() override {
-        flags = std::make_unique<FeatureFlags>(defaults);
-        experience = std::make_unique<ClipboardExperienceSettings>(defaults);
-        manager = std::make_unique<ClipboardManager>(ClipboardManager::Ports{
-            time, defaults, pasteboard, workspace, coder, movies, loginItem, folders, database});
+        desktop.panelWindows().setComposited(false); // as the server has it
+        desktop.access().setAccessibilityTrusted(true);
+        defaults.set(text("hasCompletedOnboarding"), true);
+        delegate = std::make_unique<AppDelegate>(Shell::Parts{panelDesktop, defaults, center, database});
         for (int i = 0; i < 30; ++i) {
-            manager->addItem(text("line %1").arg(i));
+            manager().addItem(text("line %1").arg(i));
             time.advance(1s);
         }
-        tools = std::make_unique<ShellTools>(
-            ShellTools::Ports{time, defaults, application, hotKeys, monitors, access, alerts, urlOpener,
-                              [this] {
-                                  return ShellTools::Desktop{.panels = {.windows = windows,
-                                                                        .monitors = monitors,
-                                                                        .poster = poster,
-                                                                        .screens = screens,
-                                                                        .workspace = workspace,
-                                                                        .activator = activator,
-                                                                        .pasteboard = pasteboard,
-                                                                        .defaults = defaults,
-                                                                        .center = center,
-                                                                        .time = time},
-                                                             .toastWindows = toasts};
-                              }},
-            views());
-        delegate =
-            std::make_unique<AppDelegate>(AppDelegate::Ports{time, defaults, center, workspace, statusItem, application,
-                                                             updater, *manager, *flags, *experience, *tools});
-        tools->setDelegate(delegate.get());
-        access.setAccessibilityTrusted(true);
-        defaults.set(text("hasCompletedOnboarding"), true);
-        static_cast<void>(outputOf([this] { delegate->applicationDidFinishLaunching(); }));
+        quietly([this] { delegate->applicationDidFinishLaunching(); });
     }
-    void TearDown() override {
-        tools->unloadClipboardPanels();
-        tools->unloadEmojiPanel();
-        delegate.reset();
-    }
-    ShellTools::Views views() {
-        ShellTools::Views made;
-        made.classic = [this](const auto &orderOut, const auto &paste) {
-            return view = new ContentView(*manager, center, orderOut, paste);
-        };
-        made.search = [this](const auto &dismiss, const auto &paste) {
-            return view = new ClipboardSearchView({*manager, alerts, center, time}, dismiss, paste);
-        };
-        made.emoji = [this](const auto &dismiss, const auto &insert) {
-            return view = new EmojiPickerView({store, center, time}, dismiss,
-                                              [insert](const EmojiItem &item) { insert(item.emoji); });
-        };
-        return made;
-    }
+    void TearDown() override { delegate.reset(); }
 
     void press(int key) {
-        static_cast<void>(outputOf([&] { hotKeys.press(key, hotKeyModifier::command | hotKeyModifier::shift); }));
+        quietly([&] { desktop.hotKeys().press(key, hotKeyModifier::command | hotKeyModifier::shift); });
         time.advance(0ms);
     }
     bool open(int key, const char *title) {
         press(key);
-        return waitUntil([&] { return desktop.hasKeyboard(title); });
+        return waitUntil([&] { return screen.hasKeyboard(title); });
     }
     bool isGone(const char *title) {
-        return waitUntil([&] { return !desktop.isShown(title); });
+        return waitUntil([&] { return !screen.isShown(title); });
     }
     void set(Feature feature, bool isOn) {
-        static_cast<void>(outputOf([&] {
-            flags->set(feature, isOn);
+        quietly([&] {
+            ShellTest::set(feature, isOn);
             time.advance(0ms);
-        }));
+        });
+    }
+    /// Whether what stands in a panel is alive.
+    template <class View>
+    [[nodiscard]] static bool lives() {
+        const QWidgetList widgets = QApplication::allWidgets();
+        return std::any_of(widgets.begin(), widgets.end(),
+                           [](QWidget *widget) { return qobject_cast<View *>(widget) != nullptr; });
     }
     static void settle() {
         (void)waitUntil([] { return false; }, 100ms);
@@ -109,42 +111,30 @@ protected:
 
     static constexpr int keyV = virtualKey::v;
     static constexpr int keyE = 14;
-    Desktop desktop;
+    testing::Desktop screen;
     look::Look look{time};
-    FakeHotKeys hotKeys;
-    FakeAccess access;
-    FakeAlerts alerts;
-    FakeUrlOpener urlOpener;
-    FakeEventPoster poster;
-    X11EventMonitors monitors;
-    X11ApplicationActivator activator;
-    X11PanelWindows windows{activator};
-    X11Screens screens;
-    QtToastWindows toasts{windows};
-    EmojiPickerStore store{defaults, text("/nowhere")};
-    QPointer<QWidget> view;
-    std::unique_ptr<ShellTools> tools;
+    PanelDesktop panelDesktop{desktop};
 };
 
 TEST_F(RealPanels, historySwitchedOffTakesTheOpenSearchPanelAwayWithWhatStandsInIt) {
     ASSERT_TRUE(open(keyV, testing::clipboardPanel));
-    desktop.type("line");
+    screen.type("line");
     settle();
     set(Feature::clipboardHistory, false);
     EXPECT_TRUE(isGone(testing::clipboardPanel));
-    EXPECT_FALSE(view);
-    desktop.type("x"); // goes to nobody
-    desktop.click({5, 5});
+    EXPECT_FALSE(lives<ClipboardSearchView>());
+    screen.type("x"); // goes to nobody
+    screen.click({5, 5});
     settle();
     press(keyV);
     settle();
-    EXPECT_FALSE(desktop.isShown(testing::clipboardPanel));
+    EXPECT_FALSE(screen.isShown(testing::clipboardPanel));
     set(Feature::clipboardHistory, true);
     EXPECT_TRUE(open(keyV, testing::clipboardPanel));
 }
 
 TEST_F(RealPanels, historySwitchedOffDuringTheShrinkingOfTheClassicPanelHarmsNothing) {
-    static_cast<void>(outputOf([&] { experience->setSelectedExperience(ClipboardExperience::classic); }));
+    delegate->shell().experienceSettings().setSelectedExperience(ClipboardExperience::classic);
     time.advance(0ms);
     ASSERT_TRUE(open(keyV, testing::classicPanel));
     time.advance(200ms);
@@ -152,41 +142,41 @@ TEST_F(RealPanels, historySwitchedOffDuringTheShrinkingOfTheClassicPanelHarmsNot
     time.advance(90ms);
     set(Feature::clipboardHistory, false);
     EXPECT_TRUE(isGone(testing::classicPanel));
-    EXPECT_FALSE(view);
+    EXPECT_FALSE(lives<ContentView>());
     time.advance(1s);
     set(Feature::clipboardHistory, true);
     ASSERT_TRUE(open(keyV, testing::classicPanel));
-    EXPECT_EQ(desktop.geometry(desktop.windowsTitled(text(testing::classicPanel)).at(0)).size(), QSize(320, 450));
+    EXPECT_EQ(screen.geometry(screen.windowsTitled(text(testing::classicPanel)).at(0)).size(), QSize(320, 450));
 }
 
 TEST_F(RealPanels, theEmojiPickerSwitchedOffTakesItsOpenPanelAwayAndLeavesTheOthers) {
     ASSERT_TRUE(open(keyE, testing::emojiPanel));
     set(Feature::emojiPicker, false);
     EXPECT_TRUE(isGone(testing::emojiPanel));
-    EXPECT_FALSE(view);
+    EXPECT_FALSE(lives<EmojiPickerView>());
     EXPECT_TRUE(open(keyV, testing::clipboardPanel));
 }
 
 TEST_F(RealPanels, aPasteWithoutAccessibilityShowsItsToastNearTheBottomAndTakesItAway) {
-    access.setAccessibilityTrusted(false);
+    desktop.access().setAccessibilityTrusted(false);
     ASSERT_TRUE(open(keyV, testing::clipboardPanel));
-    static_cast<void>(outputOf([&] {
-        desktop.pressReturn();
+    quietly([&] {
+        screen.pressReturn();
         EXPECT_TRUE(isGone(testing::clipboardPanel));
         time.advance(0ms);
-    }));
-    EXPECT_EQ(pasteboard.string(), text("line 29"));
-    const QSize all = desktop.size();
+    });
+    EXPECT_EQ(desktop.pasteboard().string(), text("line 29"));
+    const QSize all = screen.size();
     const QRect rising(all.width() / 2 - 125, all.height() - 120 - 60 - 10, 250, 60);
-    const auto toast = [&] { return desktop.overlayAt(rising.center()); };
+    const auto toast = [&] { return screen.overlayAt(rising.center()); };
     time.advance(300ms); // it has faded in and risen by ten
     ASSERT_TRUE(waitUntil([&] { return toast() != 0; }));
-    EXPECT_EQ(desktop.geometry(toast()), rising);
+    EXPECT_EQ(screen.geometry(toast()), rising);
     time.advance(1999ms);
     EXPECT_NE(toast(), 0U);
     time.advance(501ms);
     EXPECT_TRUE(waitUntil([&] { return toast() == 0; }));
-    EXPECT_TRUE(poster.posted().empty());
+    EXPECT_TRUE(desktop.eventPoster().posted().empty());
 }
 
 TEST_F(RealPanels, aToastIsAboveAFullScreenWindow) {
@@ -194,15 +184,15 @@ TEST_F(RealPanels, aToastIsAboveAFullScreenWindow) {
     xterm.start(text("xterm"),
                 {text("-T"), text("full screen"), text("-fullscreen"), text("-e"), text("sleep"), text("60")});
     ASSERT_TRUE(waitUntil([&] {
-        const auto found = desktop.windowsTitled(text("full screen"));
-        return !found.empty() && desktop.geometry(found.at(0)).size() == desktop.size();
+        const auto found = screen.windowsTitled(text("full screen"));
+        return !found.empty() && screen.geometry(found.at(0)).size() == screen.size();
     }));
-    tools->showToast(text("above"), text("checkmark"));
+    delegate->shell().showToast(text("above"), text("checkmark"));
     time.advance(300ms);
-    const QSize all = desktop.size();
+    const QSize all = screen.size();
     const QPoint middle(all.width() / 2, all.height() - 160);
-    EXPECT_TRUE(waitUntil([&] { return desktop.overlayAt(middle) != 0; }));
-    EXPECT_TRUE(desktop.isAbove(desktop.overlayAt(middle), desktop.windowsTitled(text("full screen")).at(0)));
+    EXPECT_TRUE(waitUntil([&] { return screen.overlayAt(middle) != 0; }));
+    EXPECT_TRUE(screen.isAbove(screen.overlayAt(middle), screen.windowsTitled(text("full screen")).at(0)));
     xterm.kill();
     xterm.waitForFinished();
 }

@@ -13,11 +13,12 @@ protected:
     void SetUp() override {
         construct();
         menu = std::make_unique<StatusMenu>(
-            defaults, *flags, *experience,
+            defaults, delegate->shell().flags(), experience(),
             StatusMenu::Actions{[this] { done += text("clipboard "); }, [this] { done += text("emoji "); },
                                 [this] { done += text("updates "); }, [this] { done += text("quit "); }});
     }
 
+    ClipboardExperienceSettings &experience() { return delegate->shell().experienceSettings(); }
     static QMenu *popup() { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); }
 
     static bool press(QMenu *target, int key, Qt::KeyboardModifiers modifiers) {
@@ -45,7 +46,7 @@ TEST_F(StatusMenuTest, theEntriesStandInTheirOrder) {
 
 TEST_F(StatusMenuTest, theClipboardEntryIsNamedAfterTheChosenPanel) {
     EXPECT_EQ(menu->entry(StatusMenuItem::clipboard).title, text("Clipboard Search"));
-    experience->setSelectedExperience(ClipboardExperience::classic);
+    experience().setSelectedExperience(ClipboardExperience::classic);
     menu->refreshClipboardMenuItem();
     EXPECT_EQ(menu->entry(StatusMenuItem::clipboard).title, text("Classic Clipboard"));
 }
@@ -75,12 +76,12 @@ TEST_F(StatusMenuTest, anotherModeThanCommandShiftHasNoKey) {
 }
 
 TEST_F(StatusMenuTest, entriesAreEnabledByTheirFlags) {
-    flags->set(Feature::clipboardHistory, false);
+    set(Feature::clipboardHistory, false);
     menu->refreshClipboardMenuItem();
     menu->refreshEmojiMenuItem();
     EXPECT_FALSE(menu->entry(StatusMenuItem::clipboard).isEnabled);
     EXPECT_TRUE(menu->entry(StatusMenuItem::emojiPicker).isEnabled);
-    flags->set(Feature::emojiPicker, false);
+    set(Feature::emojiPicker, false);
     menu->refreshEmojiMenuItem();
     EXPECT_FALSE(menu->entry(StatusMenuItem::emojiPicker).isEnabled);
 }
@@ -193,7 +194,7 @@ TEST_F(StatusMenuTest, afterThatTheStoredPanelStands) {
         defaults.set(text("ClipboardExperience"), text(stored));
         EXPECT_EQ(ClipboardExperienceSettings(defaults).selectedExperience(), expected) << stored;
     }
-    experience->setSelectedExperience(ClipboardExperience::classic);
+    experience().setSelectedExperience(ClipboardExperience::classic);
     EXPECT_EQ(defaults.get<QString>(text("ClipboardExperience")), text("classic"));
 }
 

@@ -19,6 +19,9 @@ public:
     void grantNextAccessibilityRequest() { m_grantsNextAccessibility = true; }
     void grantNextScreenCaptureRequest() { m_grantsNextScreenCapture = true; }
 
+    /// Called at each request for it.
+    void setOnAccessibilityPrompt(std::function<void()> onPrompt) { m_onAccessibilityPrompt = std::move(onPrompt); }
+
     /// The text with which a probe fails while capture is not granted.
     void setProbeError(const QString &error) { m_probeError = error; }
 
@@ -46,6 +49,8 @@ public:
     bool requestAccessibility() override {
         m_isAccessibilityTrusted |= std::exchange(m_grantsNextAccessibility, false);
         m_accessibilityPrompts += m_isAccessibilityTrusted ? 0 : 1;
+        if (m_onAccessibilityPrompt)
+            m_onAccessibilityPrompt();
         return m_isAccessibilityTrusted;
     }
 
@@ -71,6 +76,7 @@ private:
     bool m_isScreenCaptureGranted = false;
     MicrophoneAuthorization m_microphone = MicrophoneAuthorization::notDetermined;
     bool m_grantsNextAccessibility = false;
+    std::function<void()> m_onAccessibilityPrompt;
     bool m_grantsNextScreenCapture = false;
     QString m_probeError = QStringLiteral("The user declined");
     int m_accessibilityPrompts = 0;

@@ -3,6 +3,7 @@
 #include "base/VirtualKeys.h"
 #include "ports/HotKeys.h"
 
+#include <functional>
 #include <map>
 #include <set>
 #include <utility>
@@ -22,6 +23,8 @@ public:
 
     void installHandler(Handler handler) override {
         ++m_installations;
+        if (m_onInstallation)
+            m_onInstallation();
         m_handler = std::move(handler);
     }
     void removeHandler() override { m_handler = nullptr; }
@@ -58,6 +61,8 @@ public:
             m_handler({0, id});
     }
 
+    /// Called whenever the program registers its keys anew.
+    void setOnInstallation(std::function<void()> onInstallation) { m_onInstallation = std::move(onInstallation); }
     [[nodiscard]] bool hasHandler() const { return m_handler != nullptr; }
     [[nodiscard]] int installations() const { return m_installations; }
     /// What is registered now, in the order of registering.
@@ -70,6 +75,7 @@ public:
 
 private:
     Handler m_handler;
+    std::function<void()> m_onInstallation;
     std::map<HotKeyRef, Registration> m_registrations;
     std::set<std::pair<int, quint32>> m_takenElsewhere;
     HotKeyRef m_lastRef = 0;

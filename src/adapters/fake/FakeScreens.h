@@ -20,6 +20,10 @@ public:
                 return screen;
         return m_screens.first();
     }
+    [[nodiscard]] QRectF toolkitRect(const QRectF &rect) const override {
+        const double height = m_screens.isEmpty() ? 0 : m_screens.first().frame.height();
+        return {rect.x(), height - rect.y() - rect.height(), rect.width(), rect.height()};
+    }
     [[nodiscard]] QPointF mouseLocation() const override { return m_mouse; }
     [[nodiscard]] quint32 pressedMouseButtons() const override { return m_buttons; }
     [[nodiscard]] Token onChange(std::function<void()> handler) override {

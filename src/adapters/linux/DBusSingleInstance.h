@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ports/Instance.h"
+
 #include <QString>
 
 #include <functional>
@@ -14,11 +16,7 @@ namespace tavrine {
 /// bus every start is a first one.
 class DBusSingleInstance {
 public:
-    enum class Start {
-        first,         ///< go on
-        handedOver,    ///< another one runs and has been told; end with status 0
-        otherIsSilent, ///< another one runs and did not answer within 2 s; end with status 1
-    };
+    using Start = Instance;
 
     /// `onReopen` is called on the main thread when the program is started again while it runs.
     explicit DBusSingleInstance(std::function<void()> onReopen);

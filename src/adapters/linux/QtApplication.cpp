@@ -2,13 +2,10 @@
 
 #include <QCoreApplication>
 
-#include <utility>
-
 namespace tavrine {
 
 void QtApplication::setActivationPolicy(ActivationPolicy policy) {
-    if (std::exchange(m_policy, policy) != policy)
-        Q_EMIT activationPolicyChanged(policy);
+    m_policy = policy;
 }
 
 void QtApplication::terminate() {

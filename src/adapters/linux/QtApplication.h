@@ -2,22 +2,15 @@
 
 #include "ports/Application.h"
 
-#include <QObject>
-
 namespace tavrine {
 
-/// This program on Qt's event loop. Lives on the main thread. Starts as an accessory; whoever owns windows follows
-/// `activationPolicyChanged` and takes them out of the task bar and the pager, or puts them in.
-class QtApplication final : public QObject, public Application {
-    Q_OBJECT
-
+/// This program on Qt's event loop. Lives on the main thread. Starts as an accessory. Panels are in no task bar at any
+/// time and large windows are only shown by a regular program, so no window has to follow the policy.
+class QtApplication final : public Application {
 public:
     void setActivationPolicy(ActivationPolicy policy) override;
     [[nodiscard]] ActivationPolicy activationPolicy() const override { return m_policy; }
     void terminate() override;
-
-Q_SIGNALS:
-    void activationPolicyChanged(tavrine::ActivationPolicy policy);
 
 private:
     ActivationPolicy m_policy = ActivationPolicy::accessory;

@@ -24,6 +24,7 @@ public:
 
     [[nodiscard]] QList<Screen> screens() const override;
     [[nodiscard]] std::optional<Screen> mainScreen() const override;
+    [[nodiscard]] QRectF toolkitRect(const QRectF &rect) const override { return flippedRect(rect); }
     [[nodiscard]] QPointF mouseLocation() const override;
     [[nodiscard]] quint32 pressedMouseButtons() const override;
     [[nodiscard]] Token onChange(std::function<void()> handler) override;

@@ -1,10 +1,9 @@
-#include "shell/EditorWindow.h"
+#include "shell/tools/EditorWindow.h"
 
-#include "ShellTest.h"
-#include "adapters/fake/FakeFilePanels.h"
 #include "capture/editor/DrawView.h"
 #include "capture/editor/RecentImageTile.h"
 #include "capture/editor/TavrineEditorContainerView.h"
+#include "shell/ShellTest.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -21,8 +20,9 @@ protected:
 
     std::unique_ptr<QWidget> make(const EditorFlow::Window &wanted) {
         return makeEditorWindow(wanted,
-                                {.ports = {time, pasteboard, panels, coder, center, folders.documents},
-                                 .clipboardManager = *manager,
+                                {.ports = {time, desktop.pasteboard(), desktop.filePanels(), desktop.imageCoder(),
+                                           center, desktop.folders().documents},
+                                 .clipboardManager = manager(),
                                  .hooks = {},
                                  .toolkitRect = [](const QRectF &rect) { return rect.translated(7, 9); }},
                                 [this] { ++closes; });
@@ -39,7 +39,6 @@ protected:
         return {text("Tavrine Editor"), QRectF(100, 50, 960, 660), image, true};
     }
 
-    FakeFilePanels panels{time};
     int closes = 0;
 };
 
@@ -66,27 +65,27 @@ TEST_F(EditorWindowShellTest, withThePageOtherPicturesCanBeOpened) {
 }
 
 TEST_F(EditorWindowShellTest, thePageShowsTheImagesOfTheHistoryAsTheyCome) {
-    manager->addItem(text("words"));
-    manager->addItem(text("Copied Image"), manager->saveImage(picture(30, 20)));
+    manager().addItem(text("words"));
+    manager().addItem(text("Copied Image"), manager().saveImage(picture(30, 20)));
     const auto window = make(landing());
     auto *container = qobject_cast<TavrineEditorContainerView *>(window.get());
     EXPECT_EQ(container->landing()->model().recentImages().size(), 1U);
-    const std::optional<QString> name = manager->saveImage(picture(40, 20));
-    manager->addItem(text("Copied Image"), name);
+    const std::optional<QString> name = manager().saveImage(picture(40, 20));
+    manager().addItem(text("Copied Image"), name);
     EXPECT_EQ(container->landing()->model().recentImages().size(), 2U);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(window->findChildren<RecentImageTile *>().size(), 2);
     // Thumbnails are the manager's, made once and kept by it.
     EXPECT_TRUE(container->landing()->model().thumbnail(*name));
-    manager->thumbnailCache().removeAllObjects();
+    manager().thumbnailCache().removeAllObjects();
     EXPECT_FALSE(container->landing()->model().thumbnail(*name));
     time.advance(0ms);
     EXPECT_TRUE(container->landing()->model().thumbnail(*name));
-    EXPECT_TRUE(manager->thumbnailCache().object(*name));
+    EXPECT_TRUE(manager().thumbnailCache().object(*name));
     container->landing()->model().openRecentImage(*name);
     ASSERT_TRUE(container->editor());
     EXPECT_EQ(container->editor()->model().shownImage().size(), QSize(40, 20));
-    manager->addItem(text("Copied Image"), manager->saveImage(picture(50, 20))); // nobody is left to hear of it
+    manager().addItem(text("Copied Image"), manager().saveImage(picture(50, 20))); // nobody is left to hear of it
 }
 
 TEST_F(EditorWindowShellTest, aClosedEditorReleasesItsPictures) {
@@ -97,7 +96,7 @@ TEST_F(EditorWindowShellTest, aClosedEditorReleasesItsPictures) {
         QImage image(pixels.data(), 64, 64, QImage::Format_RGB32, release, &isReleased);
         QWidget *window = make(single(image)).release();
         image = {};
-        delegate->setEditorWindow(window);
+        largeWindows().keep(LargeWindows::Kind::editor, std::unique_ptr<QWidget>(window));
         window->show();
         QCoreApplication::processEvents();
         EXPECT_FALSE(isReleased);

@@ -1,4 +1,4 @@
-#include "shell/EditorWindow.h"
+#include "shell/tools/EditorWindow.h"
 
 #include "capture/editor/TavrineEditorContainerView.h"
 #include "clipboard/ClipboardManager.h"

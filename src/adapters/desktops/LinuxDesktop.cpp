@@ -1,0 +1,106 @@
+#include "adapters/desktops/LinuxDesktop.h"
+
+#include "adapters/linux/DBusSingleInstance.h"
+#include "adapters/linux/DesktopUrlOpener.h"
+#include "adapters/linux/LateAppearance.h"
+#include "adapters/linux/NoFeedUpdater.h"
+#include "adapters/linux/NoMovieAsset.h"
+#include "adapters/linux/PluginKeychain.h"
+#include "adapters/linux/PluginLoader.h"
+#include "adapters/linux/PosixTaskLauncher.h"
+#include "adapters/linux/QtApplication.h"
+#include "adapters/linux/QtFilePanels.h"
+#include "adapters/linux/QtTime.h"
+#include "adapters/linux/ReaderProcess.h"
+#include "adapters/linux/TurboImageCoder.h"
+#include "adapters/linux/XdgAutostart.h"
+#include "adapters/linux/XdgFolders.h"
+#include "look/ModalAlerts.h"
+
+#include <QCoreApplication>
+
+namespace tavrine {
+
+LinuxDesktop::LinuxDesktop() = default;
+LinuxDesktop::~LinuxDesktop() = default;
+
+const Folders &LinuxDesktop::folders() {
+    if (!m_folders)
+        m_folders = xdgFolders();
+    return *m_folders;
+}
+
+Instance LinuxDesktop::becomeOnlyInstance(std::function<void()> onReopen) {
+    return m_instance.get([&] { return std::make_unique<DBusSingleInstance>(std::move(onReopen)); }).start();
+}
+
+Application &LinuxDesktop::application() {
+    return m_application.get([] { return std::make_unique<QtApplication>(); });
+}
+
+LoginItem &LinuxDesktop::loginItem() {
+    return m_loginItem.get([] {
+        return std::make_unique<XdgAutostart>(XdgAutostart::userFolder(), QCoreApplication::applicationFilePath());
+    });
+}
+
+Updater &LinuxDesktop::updater() {
+    return m_updater.get([] { return std::make_unique<NoFeedUpdater>(NoFeedUpdater::byDesktopNotification()); });
+}
+
+Time &LinuxDesktop::time() {
+    return m_time.get([] { return std::make_unique<QtTime>(); });
+}
+
+Appearance &LinuxDesktop::appearance() {
+    return m_appearance.get([] { return std::make_unique<LateAppearance>(); });
+}
+
+Alerts &LinuxDesktop::alerts() {
+    return m_alerts.get([] { return std::make_unique<look::ModalAlerts>(); });
+}
+
+FilePanels &LinuxDesktop::filePanels() {
+    return m_filePanels.get([] { return std::make_unique<QtFilePanels>(); });
+}
+
+UrlOpener &LinuxDesktop::urlOpener() {
+    return m_urlOpener.get([] { return std::make_unique<DesktopUrlOpener>(); });
+}
+
+Keychain &LinuxDesktop::keychain() {
+    return m_keychain.get([] {
+        return std::make_unique<PluginKeychain>(
+            [] { return qobject_cast<Keychain *>(loadPlugin(QStringLiteral("keychain"))); });
+    });
+}
+
+ImageCoder &LinuxDesktop::imageCoder() {
+    return m_imageCoder.get([] { return std::make_unique<TurboImageCoder>(); });
+}
+
+MovieAsset &LinuxDesktop::movieAsset() {
+    return m_movieAsset.get([] { return std::make_unique<NoMovieAsset>(); });
+}
+
+Recognizer &LinuxDesktop::recognizer() {
+    return m_recognizer.get([this] { return std::make_unique<ProcessRecognizer>(folders().programs); });
+}
+
+CodeDetector &LinuxDesktop::screenCodeDetector() {
+    return m_screenCodeDetector.get([this] {
+        return std::make_unique<ProcessCodeDetector>(folders().programs, ProcessCodeDetector::screenPlugin);
+    });
+}
+
+CodeDetector &LinuxDesktop::pictureCodeDetector() {
+    return m_pictureCodeDetector.get([this] {
+        return std::make_unique<ProcessCodeDetector>(folders().programs, ProcessCodeDetector::picturePlugin);
+    });
+}
+
+TaskLauncher &LinuxDesktop::taskLauncher() {
+    return m_taskLauncher.get([this] { return std::make_unique<PosixTaskLauncher>(folders().programs); });
+}
+
+} // namespace tavrine

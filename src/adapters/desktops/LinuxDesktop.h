@@ -1,0 +1,59 @@
+#pragma once
+
+#include "base/MadeOnce.h"
+#include "ports/Desktop.h"
+#include "ports/Folders.h"
+
+#include <optional>
+
+namespace tavrine {
+
+class DBusSingleInstance;
+
+/// What every Linux desktop has, whatever draws its windows. The keepers of the other ports derive from it.
+class LinuxDesktop : public Desktop {
+public:
+    ~LinuxDesktop() override;
+
+    [[nodiscard]] const Folders &folders() final;
+    [[nodiscard]] Instance becomeOnlyInstance(std::function<void()> onReopen) final;
+    [[nodiscard]] Application &application() final;
+    [[nodiscard]] LoginItem &loginItem() final;
+    [[nodiscard]] Updater &updater() final;
+    [[nodiscard]] Time &time() final;
+    [[nodiscard]] Appearance &appearance() final;
+    [[nodiscard]] Alerts &alerts() final;
+    [[nodiscard]] FilePanels &filePanels() final;
+    [[nodiscard]] UrlOpener &urlOpener() final;
+    [[nodiscard]] Keychain &keychain() final;
+    [[nodiscard]] ImageCoder &imageCoder() final;
+    [[nodiscard]] MovieAsset &movieAsset() final;
+    [[nodiscard]] Recognizer &recognizer() final;
+    [[nodiscard]] CodeDetector &screenCodeDetector() final;
+    [[nodiscard]] CodeDetector &pictureCodeDetector() final;
+    [[nodiscard]] TaskLauncher &taskLauncher() final;
+
+protected:
+    LinuxDesktop();
+
+private:
+    std::optional<Folders> m_folders;
+    MadeOnce<DBusSingleInstance> m_instance;
+    MadeOnce<Time> m_time;
+    MadeOnce<Application> m_application;
+    MadeOnce<LoginItem> m_loginItem;
+    MadeOnce<Updater> m_updater;
+    MadeOnce<Appearance> m_appearance;
+    MadeOnce<Alerts> m_alerts;
+    MadeOnce<FilePanels> m_filePanels;
+    MadeOnce<UrlOpener> m_urlOpener;
+    MadeOnce<Keychain> m_keychain;
+    MadeOnce<ImageCoder> m_imageCoder;
+    MadeOnce<MovieAsset> m_movieAsset;
+    MadeOnce<Recognizer> m_recognizer;
+    MadeOnce<CodeDetector> m_screenCodeDetector;
+    MadeOnce<CodeDetector> m_pictureCodeDetector;
+    MadeOnce<TaskLauncher> m_taskLauncher;
+};
+
+} // namespace tavrine

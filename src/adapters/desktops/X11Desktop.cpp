@@ -1,0 +1,94 @@
+#include "adapters/desktops/X11Desktop.h"
+
+#include "adapters/linux/StatusNotifierItem.h"
+#include "adapters/linux/TrayStatusItem.h"
+#include "adapters/x11/X11Access.h"
+#include "adapters/x11/X11ApplicationActivator.h"
+#include "adapters/x11/X11ColorSampler.h"
+#include "adapters/x11/X11Compositor.h"
+#include "adapters/x11/X11EventMonitors.h"
+#include "adapters/x11/X11EventPoster.h"
+#include "adapters/x11/X11HotKeys.h"
+#include "adapters/x11/X11PanelWindow.h"
+#include "adapters/x11/X11Pasteboard.h"
+#include "adapters/x11/X11Screens.h"
+#include "adapters/x11/X11Workspace.h"
+#include "adapters/x11/XEmbedTrayIcon.h"
+
+#include <QToolTip>
+
+#include <vector>
+
+namespace tavrine {
+namespace {
+
+/// In the order in which they are tried.
+std::vector<std::unique_ptr<TrayIcon>> trayIcons() {
+    std::vector<std::unique_ptr<TrayIcon>> icons;
+    icons.push_back(std::make_unique<StatusNotifierItem>());
+    icons.push_back(
+        std::make_unique<XEmbedTrayIcon>([](QPoint place, const QString &text) { QToolTip::showText(place, text); }));
+    return icons;
+}
+
+} // namespace
+
+X11Desktop::X11Desktop() = default;
+X11Desktop::~X11Desktop() = default;
+
+Workspace &X11Desktop::workspace() {
+    return m_workspace.get([] { return std::make_unique<X11Workspace>(); });
+}
+
+X11ApplicationActivator &X11Desktop::x11Activator() {
+    return m_activator.get([] { return std::make_unique<X11ApplicationActivator>(); });
+}
+
+ApplicationActivator &X11Desktop::applicationActivator() {
+    return x11Activator();
+}
+
+Screens &X11Desktop::screens() {
+    return m_screens.get([] { return std::make_unique<X11Screens>(); });
+}
+
+PanelWindows &X11Desktop::panelWindows() {
+    return m_panelWindows.get([this] { return std::make_unique<X11PanelWindows>(x11Activator()); });
+}
+
+StatusItem &X11Desktop::statusItem() {
+    return m_statusItem.get([] { return std::make_unique<TrayStatusItem>(trayIcons()); });
+}
+
+ColorSamplers &X11Desktop::colorSamplers() {
+    return m_colorSamplers.get([] { return std::make_unique<X11ColorSamplers>(); });
+}
+
+void X11Desktop::watchCompositing(std::function<void(bool isComposited)> handler) {
+    m_compositor = std::make_unique<X11Compositor>(std::move(handler));
+}
+
+HotKeys &X11Desktop::hotKeys() {
+    return m_hotKeys.get([] { return std::make_unique<X11HotKeys>(); });
+}
+
+EventMonitors &X11Desktop::eventMonitors() {
+    return m_eventMonitors.get([] { return std::make_unique<X11EventMonitors>(); });
+}
+
+EventPoster &X11Desktop::eventPoster() {
+    // Some programs paste the primary selection: it gets the same text.
+    return m_eventPoster.get([this] {
+        return std::make_unique<X11EventPoster>([this] { return pasteboard().string().value_or(QString()); });
+    });
+}
+
+Access &X11Desktop::access() {
+    return m_access.get([] { return std::make_unique<X11Access>(); });
+}
+
+Pasteboard &X11Desktop::pasteboard() {
+    return m_pasteboard.get([] { return std::make_unique<X11Pasteboard>(); });
+}
+
+} // namespace tavrine

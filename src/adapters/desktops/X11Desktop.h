@@ -1,0 +1,46 @@
+#pragma once
+
+#include "adapters/desktops/LinuxDesktop.h"
+
+namespace tavrine {
+
+class X11ApplicationActivator;
+class X11Compositor;
+
+/// A desktop whose windows an X server draws.
+class X11Desktop final : public LinuxDesktop {
+public:
+    X11Desktop();
+    ~X11Desktop() override;
+
+    [[nodiscard]] Workspace &workspace() override;
+    [[nodiscard]] ApplicationActivator &applicationActivator() override;
+    [[nodiscard]] Screens &screens() override;
+    [[nodiscard]] PanelWindows &panelWindows() override;
+    [[nodiscard]] StatusItem &statusItem() override;
+    [[nodiscard]] ColorSamplers &colorSamplers() override;
+    void watchCompositing(std::function<void(bool isComposited)> handler) override;
+    [[nodiscard]] HotKeys &hotKeys() override;
+    [[nodiscard]] EventMonitors &eventMonitors() override;
+    [[nodiscard]] EventPoster &eventPoster() override;
+    [[nodiscard]] Access &access() override;
+    [[nodiscard]] Pasteboard &pasteboard() override;
+
+private:
+    [[nodiscard]] X11ApplicationActivator &x11Activator();
+
+    MadeOnce<Pasteboard> m_pasteboard;
+    MadeOnce<Workspace> m_workspace;
+    MadeOnce<StatusItem> m_statusItem;
+    MadeOnce<HotKeys> m_hotKeys;
+    MadeOnce<EventMonitors> m_eventMonitors;
+    MadeOnce<Access> m_access;
+    MadeOnce<X11ApplicationActivator> m_activator;
+    MadeOnce<PanelWindows> m_panelWindows;
+    MadeOnce<EventPoster> m_eventPoster;
+    MadeOnce<Screens> m_screens;
+    MadeOnce<ColorSamplers> m_colorSamplers;
+    std::unique_ptr<X11Compositor> m_compositor;
+};
+
+} // namespace tavrine

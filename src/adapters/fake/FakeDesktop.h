@@ -1,0 +1,116 @@
+#pragma once
+
+#include "adapters/fake/FakeAccess.h"
+#include "adapters/fake/FakeAlerts.h"
+#include "adapters/fake/FakeAppearance.h"
+#include "adapters/fake/FakeApplication.h"
+#include "adapters/fake/FakeApplicationActivator.h"
+#include "adapters/fake/FakeCodeDetector.h"
+#include "adapters/fake/FakeColorSampler.h"
+#include "adapters/fake/FakeEventMonitors.h"
+#include "adapters/fake/FakeEventPoster.h"
+#include "adapters/fake/FakeFilePanels.h"
+#include "adapters/fake/FakeHotKeys.h"
+#include "adapters/fake/FakeImageCoder.h"
+#include "adapters/fake/FakeKeychain.h"
+#include "adapters/fake/FakeLoginItem.h"
+#include "adapters/fake/FakeMovieAsset.h"
+#include "adapters/fake/FakePanelWindow.h"
+#include "adapters/fake/FakePasteboard.h"
+#include "adapters/fake/FakeRecognizer.h"
+#include "adapters/fake/FakeScreens.h"
+#include "adapters/fake/FakeStatusItem.h"
+#include "adapters/fake/FakeTaskLauncher.h"
+#include "adapters/fake/FakeUpdater.h"
+#include "adapters/fake/FakeUrlOpener.h"
+#include "adapters/fake/FakeWorkspace.h"
+#include "adapters/fake/VirtualTime.h"
+#include "ports/Desktop.h"
+#include "ports/Folders.h"
+
+namespace tavrine {
+
+/// A desktop of fakes. Each accessor gives the fake itself, so that a test can steer what the program meets.
+class FakeDesktop final : public Desktop {
+public:
+    explicit FakeDesktop(Folders folders) : m_folders(std::move(folders)) {}
+
+    [[nodiscard]] const Folders &folders() override { return m_folders; }
+    [[nodiscard]] Instance becomeOnlyInstance(std::function<void()> onReopen) override {
+        m_onReopen = std::move(onReopen);
+        return Instance::first;
+    }
+    [[nodiscard]] FakeApplication &application() override { return m_application; }
+    [[nodiscard]] FakeWorkspace &workspace() override { return m_workspace; }
+    [[nodiscard]] FakeApplicationActivator &applicationActivator() override { return m_activator; }
+    [[nodiscard]] FakeLoginItem &loginItem() override { return m_loginItem; }
+    [[nodiscard]] FakeUpdater &updater() override { return m_updater; }
+    [[nodiscard]] VirtualTime &time() override { return m_time; }
+    [[nodiscard]] FakeAppearance &appearance() override { return m_appearance; }
+    [[nodiscard]] FakeScreens &screens() override { return m_screens; }
+    [[nodiscard]] FakePanelWindows &panelWindows() override {
+        m_hasAskedForPanels = true;
+        return m_panelWindows;
+    }
+    [[nodiscard]] FakeStatusItem &statusItem() override { return m_statusItem; }
+    [[nodiscard]] FakeColorSamplers &colorSamplers() override { return m_colorSamplers; }
+    void watchCompositing(std::function<void(bool isComposited)> handler) override {
+        handler(m_panelWindows.isComposited());
+    }
+    [[nodiscard]] FakeHotKeys &hotKeys() override { return m_hotKeys; }
+    [[nodiscard]] FakeEventMonitors &eventMonitors() override { return m_eventMonitors; }
+    [[nodiscard]] FakeEventPoster &eventPoster() override { return m_eventPoster; }
+    [[nodiscard]] FakeAccess &access() override { return m_access; }
+    [[nodiscard]] FakeAlerts &alerts() override { return m_alerts; }
+    [[nodiscard]] FakeFilePanels &filePanels() override { return m_filePanels; }
+    [[nodiscard]] FakeUrlOpener &urlOpener() override { return m_urlOpener; }
+    [[nodiscard]] FakeKeychain &keychain() override { return m_keychain; }
+    [[nodiscard]] FakePasteboard &pasteboard() override { return m_pasteboard; }
+    [[nodiscard]] FakeImageCoder &imageCoder() override { return m_imageCoder; }
+    [[nodiscard]] FakeMovieAsset &movieAsset() override { return m_movieAsset; }
+    [[nodiscard]] FakeRecognizer &recognizer() override { return m_recognizer; }
+    [[nodiscard]] FakeCodeDetector &screenCodeDetector() override { return m_screenCodeDetector; }
+    [[nodiscard]] FakeCodeDetector &pictureCodeDetector() override { return m_pictureCodeDetector; }
+    [[nodiscard]] FakeTaskLauncher &taskLauncher() override { return m_taskLauncher; }
+
+    /// The program is started a second time.
+    void reopen() {
+        if (m_onReopen)
+            m_onReopen();
+    }
+    /// Whether the program has asked for the maker of panels.
+    [[nodiscard]] bool hasAskedForPanels() const { return m_hasAskedForPanels; }
+
+private:
+    Folders m_folders;
+    VirtualTime m_time;
+    FakeApplication m_application;
+    FakeWorkspace m_workspace;
+    FakeApplicationActivator m_activator{m_workspace};
+    FakeLoginItem m_loginItem;
+    FakeUpdater m_updater;
+    FakeAppearance m_appearance;
+    FakeScreens m_screens;
+    FakePanelWindows m_panelWindows;
+    FakeStatusItem m_statusItem;
+    FakeColorSamplers m_colorSamplers{m_time};
+    FakeHotKeys m_hotKeys;
+    FakeEventMonitors m_eventMonitors;
+    FakeEventPoster m_eventPoster;
+    FakeAccess m_access;
+    FakeAlerts m_alerts;
+    FakeFilePanels m_filePanels{m_time};
+    FakeUrlOpener m_urlOpener;
+    FakeKeychain m_keychain;
+    FakePasteboard m_pasteboard;
+    FakeImageCoder m_imageCoder;
+    FakeMovieAsset m_movieAsset;
+    FakeRecognizer m_recognizer;
+    FakeCodeDetector m_screenCodeDetector;
+    FakeCodeDetector m_pictureCodeDetector;
+    FakeTaskLauncher m_taskLauncher;
+    std::function<void()> m_onReopen;
+    bool m_hasAskedForPanels = false;
+};
+
+} // namespace tavrine

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "ports/Instance.h"
+
+#include <functional>
+#include <memory>
+
+namespace tavrine {
+
+class Access;
+class Alerts;
+class Appearance;
+class Application;
+class ApplicationActivator;
+class CodeDetector;
+class ColorSamplers;
+class EventMonitors;
+class EventPoster;
+class FilePanels;
+class HotKeys;
+class ImageCoder;
+class Keychain;
+class LoginItem;
+class MovieAsset;
+class PanelWindows;
+class Pasteboard;
+class Recognizer;
+class Screens;
+class StatusItem;
+class TaskLauncher;
+class Time;
+class Updater;
+class UrlOpener;
+class Workspace;
+struct Folders;
+
+/// Everything outside of the program, one accessor for each port. There is one for each kind of desktop, and the shell
+/// alone sees it: a manager gets the ports that it uses.
+///
+/// Made before the toolkit starts, and outlived by nothing that holds one of its ports. Main thread. A port is made
+/// when it is first asked for, and then it is always the same: what no tool needs yet costs a launch nothing.
+class Desktop {
+public:
+    virtual ~Desktop() = default;
+
+    // Before the toolkit starts.
+    [[nodiscard]] virtual const Folders &folders() = 0;
+
+    // The program among others.
+    /// `onReopen` is called when the program is started again while it runs.
+    [[nodiscard]] virtual Instance becomeOnlyInstance(std::function<void()> onReopen) = 0;
+    [[nodiscard]] virtual Application &application() = 0;
+    [[nodiscard]] virtual Workspace &workspace() = 0;
+    [[nodiscard]] virtual ApplicationActivator &applicationActivator() = 0;
+    [[nodiscard]] virtual LoginItem &loginItem() = 0;
+    [[nodiscard]] virtual Updater &updater() = 0;
+    [[nodiscard]] virtual Time &time() = 0;
+
+    // The screen.
+    [[nodiscard]] virtual Appearance &appearance() = 0;
+    [[nodiscard]] virtual Screens &screens() = 0;
+    [[nodiscard]] virtual PanelWindows &panelWindows() = 0;
+    [[nodiscard]] virtual StatusItem &statusItem() = 0;
+    [[nodiscard]] virtual ColorSamplers &colorSamplers() = 0;
+    /// Calls `handler` with whether windows can let others show through: now, and at every change.
+    virtual void watchCompositing(std::function<void(bool isComposited)> handler) = 0;
+
+    // The keyboard and the pointer.
+    [[nodiscard]] virtual HotKeys &hotKeys() = 0;
+    [[nodiscard]] virtual EventMonitors &eventMonitors() = 0;
+    [[nodiscard]] virtual EventPoster &eventPoster() = 0;
+
+    // The person.
+    [[nodiscard]] virtual Access &access() = 0;
+    [[nodiscard]] virtual Alerts &alerts() = 0;
+    [[nodiscard]] virtual FilePanels &filePanels() = 0;
+    [[nodiscard]] virtual UrlOpener &urlOpener() = 0;
+    [[nodiscard]] virtual Keychain &keychain() = 0;
+
+    // Contents.
+    [[nodiscard]] virtual Pasteboard &pasteboard() = 0;
+    [[nodiscard]] virtual ImageCoder &imageCoder() = 0;
+    [[nodiscard]] virtual MovieAsset &movieAsset() = 0;
+    [[nodiscard]] virtual Recognizer &recognizer() = 0;
+    [[nodiscard]] virtual CodeDetector &screenCodeDetector() = 0;  ///< for what is found on the screen
+    [[nodiscard]] virtual CodeDetector &pictureCodeDetector() = 0; ///< for the editor
+    [[nodiscard]] virtual TaskLauncher &taskLauncher() = 0;
+};
+
+} // namespace tavrine

@@ -1,0 +1,12 @@
+#pragma once
+
+namespace tavrine {
+
+/// What a start of the program finds.
+enum class Instance {
+    first,         ///< it is the only one: go on
+    handedOver,    ///< another one runs and has been told; end with status 0
+    otherIsSilent, ///< another one runs and does not answer; end with status 1. A line on standard error has told it
+};
+
+} // namespace tavrine

@@ -1,7 +1,0 @@
-#include "shell/ToolHooks.h"
-
-namespace tavrine {
-
-ToolHooks::~ToolHooks() = default;
-
-} // namespace tavrine

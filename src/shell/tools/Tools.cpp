@@ -1,0 +1,29 @@
+#include "shell/tools/Tools.h"
+
+#include "capture/ColorPickerManager.h"
+#include "shell/Shell.h"
+
+namespace tavrine {
+
+Tools::Tools(Shell &shell)
+    : m_shell(shell), m_editor(shell), m_snipping(shell, m_editor), m_clipboard(shell), m_emojiPicker(shell) {
+    Tools &tools = *this;
+    tools[Feature::snippingTool] = &m_snipping;
+    tools[Feature::tavrineEditor] = &m_editor;
+    tools[Feature::clipboardHistory] = &m_clipboard;
+    tools[Feature::emojiPicker] = &m_emojiPicker;
+}
+
+Tools::~Tools() = default;
+
+ColorPickerManager &Tools::colorPicker() {
+    return m_colorPicker.get([this] {
+        Desktop &desktop = m_shell.desktop();
+        return std::make_unique<ColorPickerManager>(
+            ColorPickerManager::Ports{desktop.time(), m_shell.defaults(), desktop.pasteboard(),
+                                      desktop.colorSamplers()},
+            [this](const QString &message, const QString &icon) { m_shell.showToast(message, icon); });
+    });
+}
+
+} // namespace tavrine

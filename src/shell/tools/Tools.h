@@ -1,0 +1,46 @@
+#pragma once
+
+#include "base/MadeOnce.h"
+#include "shell/FeatureFlags.h"
+#include "shell/tools/ClipboardTool.h"
+#include "shell/tools/EditorTool.h"
+#include "shell/tools/EmojiPickerTool.h"
+#include "shell/tools/SnippingTool.h"
+
+#include <array>
+
+namespace tavrine {
+
+class ColorPickerManager;
+
+/// The one place where the tools are made. AppDelegate owns it, the shell outlives it; main thread.
+class Tools {
+public:
+    explicit Tools(Shell &shell);
+    ~Tools();
+    Tools(const Tools &) = delete;
+    Tools &operator=(const Tools &) = delete;
+
+    /// The tool behind a switch. Null for one that is not built yet.
+    [[nodiscard]] Tool *&operator[](Feature feature) { return m_byFeature[static_cast<std::size_t>(feature)]; }
+
+    // For what only one of them can do.
+    [[nodiscard]] EditorTool &editor() { return m_editor; }
+    [[nodiscard]] SnippingTool &snipping() { return m_snipping; }
+    [[nodiscard]] ClipboardTool &clipboard() { return m_clipboard; }
+    [[nodiscard]] EmojiPickerTool &emojiPicker() { return m_emojiPicker; }
+
+    /// Has no switch of its own.
+    [[nodiscard]] ColorPickerManager &colorPicker();
+
+private:
+    Shell &m_shell;
+    EditorTool m_editor;
+    SnippingTool m_snipping;
+    ClipboardTool m_clipboard;
+    EmojiPickerTool m_emojiPicker;
+    MadeOnce<ColorPickerManager> m_colorPicker;
+    std::array<Tool *, featureTexts.size()> m_byFeature{};
+};
+
+} // namespace tavrine
