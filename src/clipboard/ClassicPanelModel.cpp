@@ -1,20 +1,30 @@
 #include "clipboard/ClassicPanelModel.h"
 
 #include "base/CaseInsensitiveText.h"
+#include "base/KeyTable.h"
 #include "base/VirtualKeys.h"
 #include "clipboard/ClipboardManager.h"
-#include "clipboard/ClipboardRowActions.h"
 
 #include <algorithm>
 
 namespace tavrine {
+namespace {
+
+constexpr auto keys = std::to_array<KeyRow<ClassicPanelKeyAction>>({
+    {virtualKey::enter, Command::either, ClassicPanelKeyAction::useItem},
+    {virtualKey::keypadEnter, Command::either, ClassicPanelKeyAction::useItem},
+    {virtualKey::down, Command::either, ClassicPanelKeyAction::moveDown},
+    {virtualKey::up, Command::either, ClassicPanelKeyAction::moveUp},
+});
+
+} // namespace
 
 ClassicPanelModel::ClassicPanelModel(ClipboardManager &manager, NotificationCenter &center,
                                      std::function<void()> orderOutAllWindows, QObject *parent)
-    : QObject(parent), m_manager(manager), m_center(center), m_orderOutAllWindows(std::move(orderOutAllWindows)) {
-    connect(&manager, &ClipboardManager::historyChanged, this, &ClassicPanelModel::rebuildShownItems);
+    : ClipboardListModel(manager, parent), m_center(center), m_orderOutAllWindows(std::move(orderOutAllWindows)) {
+    connect(&manager, &ClipboardManager::historyChanged, this, &ClassicPanelModel::rebuildVisibleItems);
     m_openedToken = center.addObserver(QLatin1String(openedNotification), [this](const Notification &) { open(); });
-    rebuildShownItems();
+    rebuildVisibleItems();
 }
 
 void ClassicPanelModel::open() {
@@ -34,15 +44,15 @@ void ClassicPanelModel::setSearchText(const QString &text) {
         return;
     m_searchText = text;
     Q_EMIT searchTextChanged();
-    rebuildShownItems();
+    rebuildVisibleItems();
 }
 
-void ClassicPanelModel::rebuildShownItems() {
+void ClassicPanelModel::rebuildVisibleItems() {
     const CaseInsensitiveText wanted(m_searchText);
-    m_shownItems.clear();
-    std::ranges::copy_if(m_manager.history(), std::back_inserter(m_shownItems),
+    std::vector<ClipboardItem> found;
+    std::ranges::copy_if(manager().history(), std::back_inserter(found),
                          [&](const ClipboardItem &item) { return wanted.isIn(item.content); });
-    Q_EMIT shownItemsChanged();
+    setVisibleItems(std::move(found));
 }
 
 ClassicPanelModel::EmptyState ClassicPanelModel::emptyState() const {
@@ -68,59 +78,20 @@ ClassicPanelRow ClassicPanelModel::row(const ClipboardItem &item) {
     return row;
 }
 
-void ClassicPanelModel::select(const std::optional<QUuid> &id) {
-    if (id == m_selectedItemID)
-        return;
-    m_selectedItemID = id;
-    Q_EMIT selectedItemIDChanged();
-}
-
-void ClassicPanelModel::selectFirst() {
-    select(m_shownItems.empty() ? std::nullopt : std::optional(m_shownItems.front().id));
-}
-
-const ClipboardItem *ClassicPanelModel::shownItem(const std::optional<QUuid> &id) const {
-    if (!id)
-        return nullptr;
-    const auto found = std::ranges::find(m_shownItems, *id, &ClipboardItem::id);
-    return found == m_shownItems.end() ? nullptr : &*found;
-}
-
-void ClassicPanelModel::moveSelection(int delta) {
-    if (m_shownItems.empty())
-        return;
-    const ClipboardItem *selected = shownItem(m_selectedItemID);
-    if (!selected)
-        return selectFirst();
-    const qsizetype last = static_cast<qsizetype>(m_shownItems.size()) - 1;
-    const qsizetype index = std::clamp<qsizetype>(selected - m_shownItems.data() + delta, 0, last);
-    select(m_shownItems[static_cast<size_t>(index)].id);
-}
-
 void ClassicPanelModel::useSelected() {
-    if (m_selectedItemID)
-        use(QUuid(*m_selectedItemID));
+    if (selectedID())
+        use(QUuid(*selectedID()));
 }
 
 void ClassicPanelModel::use(const QUuid &id) {
-    const ClipboardItem *shown = shownItem(id);
+    const ClipboardItem *shown = visibleItem(id);
     if (!shown)
         return;
     const ClipboardItem item = *shown; // the list may change while it is used
     if (m_onPaste)
         return m_onPaste(item);
-    m_manager.copyToPasteboard(item);
+    manager().copyToPasteboard(item);
     m_orderOutAllWindows();
-}
-
-void ClassicPanelModel::togglePin(const QUuid &id) {
-    if (const ClipboardItem *item = shownItem(id))
-        clipboardRow::togglePin(m_manager, *item);
-}
-
-void ClassicPanelModel::toggleSaved(const QUuid &id) {
-    if (const ClipboardItem *item = shownItem(id))
-        clipboardRow::toggleSaved(m_manager, *item);
 }
 
 void ClassicPanelModel::requestSettings() {
@@ -128,17 +99,7 @@ void ClassicPanelModel::requestSettings() {
 }
 
 std::optional<ClassicPanelKeyAction> ClassicPanelModel::keyAction(int keyCode) {
-    switch (keyCode) {
-    case virtualKey::enter:
-    case virtualKey::keypadEnter:
-        return ClassicPanelKeyAction::useItem;
-    case virtualKey::down:
-        return ClassicPanelKeyAction::moveDown;
-    case virtualKey::up:
-        return ClassicPanelKeyAction::moveUp;
-    default:
-        return std::nullopt;
-    }
+    return actionOf(keys, keyCode, false);
 }
 
 bool ClassicPanelModel::handleKeyDown(const QString &keyWindowTitle, int keyCode) {

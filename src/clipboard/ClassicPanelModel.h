@@ -1,18 +1,13 @@
 #pragma once
 
 #include "base/NotificationCenter.h"
-#include "clipboard/ClipboardItem.h"
+#include "clipboard/ClipboardListModel.h"
 
 #include <QList>
-#include <QObject>
 
 #include <functional>
-#include <optional>
-#include <vector>
 
 namespace tavrine {
-
-class ClipboardManager;
 
 enum class ClassicPanelKeyAction { useItem, moveUp, moveDown };
 
@@ -36,21 +31,15 @@ struct ClassicPanelRow {
 ///
 /// Belongs to the panel's view; lives on the main thread.
 ///
-///  1. `shownItems` is made once for each change of the text or the history, never for a paint.
-///  2. Typing moves no selection: one that was filtered out is replaced at the next arrow key.
-///  3. Keys count only between `open` and `close`.
-class ClassicPanelModel : public QObject {
+///  1. Typing moves no selection: one that was filtered out is replaced at the next arrow key.
+///  2. Keys count only between `open` and `close`.
+class ClassicPanelModel : public ClipboardListModel {
     Q_OBJECT
 
 public:
     static constexpr auto openedNotification = "floatingPanelOpened";
     static constexpr auto settingsNotification = "openClipboardSettingsRequested";
     static constexpr auto windowTitle = "Classic Clipboard";
-
-    struct EmptyState {
-        QString text;
-        QString symbol;
-    };
 
     /// `orderOutAllWindows` takes every window of the program off the screen.
     ClassicPanelModel(ClipboardManager &manager, NotificationCenter &center, std::function<void()> orderOutAllWindows,
@@ -61,19 +50,13 @@ public:
 
     [[nodiscard]] const QString &searchText() const { return m_searchText; }
     void setSearchText(const QString &text);
-    [[nodiscard]] const std::optional<QUuid> &selectedItemID() const { return m_selectedItemID; }
     [[nodiscard]] bool isPanelOpen() const { return m_isPanelOpen; }
-    [[nodiscard]] const std::vector<ClipboardItem> &shownItems() const { return m_shownItems; }
-    [[nodiscard]] EmptyState emptyState() const; ///< shown when no item is
+    [[nodiscard]] EmptyState emptyState() const override;
     [[nodiscard]] static ClassicPanelRow row(const ClipboardItem &item);
 
     void close();
-    void moveSelection(int delta);
     void useSelected();
-    // By mouse, on the shown item with that `id`.
-    void use(const QUuid &id);
-    void togglePin(const QUuid &id);
-    void toggleSaved(const QUuid &id);
+    void use(const QUuid &id) override;
     void orderOutAllWindows() { m_orderOutAllWindows(); } ///< the header's button
     void requestSettings();                               ///< the gear
 
@@ -83,25 +66,17 @@ public:
 
 Q_SIGNALS:
     void searchTextChanged();
-    void shownItemsChanged();
-    void selectedItemIDChanged(); ///< the list scrolls to the row, animated
-    void isPanelOpenChanged();    ///< the view's key monitor stands while it is open
+    void isPanelOpenChanged(); ///< the view's key monitor stands while it is open
 
 private:
     void open();
-    void rebuildShownItems();
-    void select(const std::optional<QUuid> &id);
-    void selectFirst();
-    [[nodiscard]] const ClipboardItem *shownItem(const std::optional<QUuid> &id) const;
+    void rebuildVisibleItems();
 
-    ClipboardManager &m_manager;
     NotificationCenter &m_center;
     std::function<void()> m_orderOutAllWindows;
     std::function<void(const ClipboardItem &)> m_onPaste;
     QString m_searchText;
-    std::optional<QUuid> m_selectedItemID;
     bool m_isPanelOpen = false;
-    std::vector<ClipboardItem> m_shownItems;
     NotificationCenter::Token m_openedToken;
 };
 

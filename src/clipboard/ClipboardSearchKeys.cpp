@@ -1,39 +1,32 @@
 // The keys of the clipboard search panel.
 
+#include "base/KeyTable.h"
 #include "base/VirtualKeys.h"
 #include "clipboard/ClipboardSearchModel.h"
 
 namespace tavrine {
 
-// Only Command counts: Shift and Option with these keys act the same.
+namespace {
+
+constexpr auto keys = [] {
+    using enum ClipboardSearchKeyAction;
+    return std::to_array<KeyRow<ClipboardSearchKeyAction>>({
+        {virtualKey::backspace, Command::isHeld, deleteItem},
+        {virtualKey::p, Command::isHeld, togglePin},
+        {virtualKey::enter, Command::isUp, paste},
+        {virtualKey::keypadEnter, Command::isUp, paste},
+        {virtualKey::escape, Command::isUp, dismiss},
+        {virtualKey::left, Command::isUp, previousCategory},
+        {virtualKey::right, Command::isUp, nextCategory},
+        {virtualKey::down, Command::isUp, moveDown},
+        {virtualKey::up, Command::isUp, moveUp},
+    });
+}();
+
+} // namespace
+
 std::optional<ClipboardSearchKeyAction> ClipboardSearchModel::keyAction(int keyCode, bool isCommandHeld) {
-    if (isCommandHeld) {
-        switch (keyCode) {
-        case virtualKey::backspace:
-            return ClipboardSearchKeyAction::deleteItem;
-        case virtualKey::p:
-            return ClipboardSearchKeyAction::togglePin;
-        default:
-            return std::nullopt;
-        }
-    }
-    switch (keyCode) {
-    case virtualKey::enter:
-    case virtualKey::keypadEnter:
-        return ClipboardSearchKeyAction::paste;
-    case virtualKey::escape:
-        return ClipboardSearchKeyAction::dismiss;
-    case virtualKey::left:
-        return ClipboardSearchKeyAction::previousCategory;
-    case virtualKey::right:
-        return ClipboardSearchKeyAction::nextCategory;
-    case virtualKey::down:
-        return ClipboardSearchKeyAction::moveDown;
-    case virtualKey::up:
-        return ClipboardSearchKeyAction::moveUp;
-    default:
-        return std::nullopt;
-    }
+    return actionOf(keys, keyCode, isCommandHeld);
 }
 
 bool ClipboardSearchModel::handleKeyDown(const QString &keyWindowTitle, int keyCode, bool isCommandHeld) {

@@ -12,12 +12,13 @@
 
 namespace tavrine {
 
-ClipboardSearchModel::ClipboardSearchModel(Ports ports, QObject *parent) : QObject(parent), m_ports(ports) {
+ClipboardSearchModel::ClipboardSearchModel(Ports ports, QObject *parent)
+    : ClipboardListModel(ports.manager, parent), m_ports(ports) {
     connect(&ports.manager, &ClipboardManager::historyChanged, this, &ClipboardSearchModel::historyChanged);
     m_openedToken =
         ports.center.addObserver(QLatin1String(openedNotification), [this](const Notification &) { open(); });
     reload();
-    resetSelection();
+    selectFirst();
 }
 
 void ClipboardSearchModel::open() {
@@ -26,7 +27,7 @@ void ClipboardSearchModel::open() {
     Q_EMIT queryChanged();
     Q_EMIT selectedCategoryChanged();
     reload();
-    resetSelection();
+    selectFirst();
     m_ports.time.async(this, [this] { Q_EMIT searchFieldFocusWanted(); });
 }
 
@@ -40,7 +41,7 @@ void ClipboardSearchModel::setQuery(const QString &query) {
     m_query = query;
     Q_EMIT queryChanged();
     reload();
-    resetSelection();
+    selectFirst();
 }
 
 void ClipboardSearchModel::setSelectedCategory(ClipboardSearchCategory category) {
@@ -49,13 +50,13 @@ void ClipboardSearchModel::setSelectedCategory(ClipboardSearchCategory category)
     m_selectedCategory = category;
     Q_EMIT selectedCategoryChanged();
     rebuildVisibleItems();
-    resetSelection();
+    selectFirst();
 }
 
 void ClipboardSearchModel::historyChanged() {
     reload();
-    if (!visibleItem(m_selectedID))
-        resetSelection();
+    if (!visibleItem(selectedID()))
+        selectFirst();
 }
 
 void ClipboardSearchModel::reload() {
@@ -98,16 +99,16 @@ void ClipboardSearchModel::rebuildVisibleItems() {
     // Without a query a saved item shows in My Saved alone, so that part is empty elsewhere by itself.
     static const std::array headers{QStringLiteral("My Saved"), QStringLiteral("Pinned Snippets"),
                                     QStringLiteral("Recent Clipboard")};
-    m_visibleItems.clear();
+    std::vector<ClipboardItem> visible;
     m_sections.clear();
     for (size_t part = 0; part < parts.size(); ++part) {
         if (parts.at(part).empty())
             continue;
-        m_sections.push_back({headers.at(part), m_visibleItems.size(), parts.at(part).size()});
+        m_sections.push_back({headers.at(part), visible.size(), parts.at(part).size()});
         for (const ClipboardItem *item : parts.at(part))
-            m_visibleItems.push_back(*item);
+            visible.push_back(*item);
     }
-    Q_EMIT visibleItemsChanged();
+    setVisibleItems(std::move(visible));
 }
 
 ClipboardSearchModel::EmptyState ClipboardSearchModel::emptyState() const {
@@ -120,57 +121,28 @@ ClipboardSearchRow ClipboardSearchModel::row(const ClipboardItem &item) const {
     return clipboardSearchRow(item, isLinkCached(item), QLocale(), QTimeZone::systemTimeZone());
 }
 
-void ClipboardSearchModel::select(const std::optional<QUuid> &id) {
-    if (id == m_selectedID)
-        return;
-    m_selectedID = id;
-    Q_EMIT selectedIDChanged();
-}
-
-void ClipboardSearchModel::resetSelection() {
-    select(m_visibleItems.empty() ? std::nullopt : std::optional(m_visibleItems.front().id));
-}
-
-const ClipboardItem *ClipboardSearchModel::visibleItem(const std::optional<QUuid> &id) const {
-    if (!id)
-        return nullptr;
-    const auto found = std::ranges::find(m_visibleItems, *id, &ClipboardItem::id);
-    return found == m_visibleItems.end() ? nullptr : &*found;
-}
-
-void ClipboardSearchModel::moveSelection(int delta) {
-    if (m_visibleItems.empty())
-        return;
-    const ClipboardItem *selected = visibleItem(m_selectedID);
-    if (!selected)
-        return resetSelection();
-    const qsizetype last = static_cast<qsizetype>(m_visibleItems.size()) - 1;
-    const qsizetype index = std::clamp<qsizetype>(selected - m_visibleItems.data() + delta, 0, last);
-    select(m_visibleItems[static_cast<size_t>(index)].id);
-}
-
 void ClipboardSearchModel::moveCategory(int delta) {
     setSelectedCategory(movedCategory(m_selectedCategory, delta));
 }
 
 void ClipboardSearchModel::pasteSelected() {
-    if (m_selectedID)
-        paste(QUuid(*m_selectedID));
+    if (selectedID())
+        use(QUuid(*selectedID()));
 }
 
-void ClipboardSearchModel::paste(const QUuid &id) {
+void ClipboardSearchModel::use(const QUuid &id) {
     const ClipboardItem *item = visibleItem(id);
     if (item && m_onPaste)
         m_onPaste(ClipboardItem(*item)); // a copy: the list may change while it is pasted
 }
 
 void ClipboardSearchModel::togglePinOfSelected() {
-    if (const ClipboardItem *item = visibleItem(m_selectedID))
+    if (const ClipboardItem *item = visibleItem(selectedID()))
         clipboardRow::togglePin(m_ports.manager, *item);
 }
 
 void ClipboardSearchModel::deleteSelected() {
-    if (const ClipboardItem *item = visibleItem(m_selectedID))
+    if (const ClipboardItem *item = visibleItem(selectedID()))
         clipboardRow::remove(m_ports.manager, *item);
 }
 
@@ -209,7 +181,7 @@ void ClipboardSearchModel::addToMySaved() {
         Q_EMIT selectedCategoryChanged();
     }
     reload();
-    resetSelection();
+    selectFirst();
 }
 
 } // namespace tavrine

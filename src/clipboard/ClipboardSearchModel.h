@@ -1,21 +1,17 @@
 #pragma once
 
 #include "base/NotificationCenter.h"
-#include "clipboard/ClipboardItem.h"
+#include "clipboard/ClipboardListModel.h"
 #include "clipboard/ClipboardSearchCategory.h"
 #include "clipboard/ClipboardSearchRow.h"
 
 #include <QHash>
-#include <QObject>
 
 #include <functional>
-#include <optional>
-#include <vector>
 
 namespace tavrine {
 
 class Alerts;
-class ClipboardManager;
 class Time;
 
 enum class ClipboardSearchKeyAction {
@@ -35,11 +31,9 @@ enum class ClipboardSearchKeyAction {
 ///
 ///  1. `diskItems` is the manager's answer to `query` and nothing else; it is fetched anew when the query or the
 ///     history changes, at once, without a delay.
-///  2. `visibleItems` and `sections` are made once for each such change and each change of the category, never for a
-///     paint. Selection and keys work on `visibleItems`.
+///  2. `visibleItems` and `sections` are made anew for each such change and each change of the category.
 ///  3. Each opening begins anew: no query, all categories, the first item selected.
-///  4. An action on an item that is not visible any more does nothing.
-class ClipboardSearchModel : public QObject {
+class ClipboardSearchModel : public ClipboardListModel {
     Q_OBJECT
 
 public:
@@ -54,10 +48,6 @@ public:
         size_t first = 0;
         size_t count = 0;
         bool operator==(const Section &) const = default;
-    };
-    struct EmptyState {
-        QString text;
-        QString symbol;
     };
     struct Ports {
         ClipboardManager &manager;
@@ -75,25 +65,22 @@ public:
     [[nodiscard]] bool hasQuery() const; ///< more than white space
     [[nodiscard]] ClipboardSearchCategory selectedCategory() const { return m_selectedCategory; }
     void setSelectedCategory(ClipboardSearchCategory category);
-    [[nodiscard]] const std::optional<QUuid> &selectedID() const { return m_selectedID; }
 
-    [[nodiscard]] const std::vector<ClipboardItem> &visibleItems() const { return m_visibleItems; }
     [[nodiscard]] const std::vector<Section> &sections() const { return m_sections; }
-    [[nodiscard]] EmptyState emptyState() const; ///< shown when nothing is visible
+    [[nodiscard]] EmptyState emptyState() const override;
     [[nodiscard]] ClipboardSearchRow row(const ClipboardItem &item) const;
     [[nodiscard]] bool showsAddButton() const { return m_selectedCategory == ClipboardSearchCategory::mySave; }
 
-    void moveSelection(int delta);
     void moveCategory(int delta);
 
     // By keyboard, on the selected item.
     void pasteSelected();
     void togglePinOfSelected();
     void deleteSelected();
-    // By mouse, on the item with that `id`: a click on the row, and its buttons, which select the row first.
-    void paste(const QUuid &id);
-    void togglePin(const QUuid &id);
-    void toggleSaved(const QUuid &id);
+    // By mouse. The row's buttons select it first.
+    void use(const QUuid &id) override; ///< pastes
+    void togglePin(const QUuid &id) override;
+    void toggleSaved(const QUuid &id) override;
     void deleteItem(const QUuid &id);
     /// Asks for a text and keeps it in My Saved.
     void addToMySaved();
@@ -106,8 +93,6 @@ public:
 Q_SIGNALS:
     void queryChanged();
     void selectedCategoryChanged();
-    void visibleItemsChanged();
-    void selectedIDChanged(); ///< the list scrolls so that the row stands at the centre
     void searchFieldFocusWanted();
 
 private:
@@ -117,9 +102,6 @@ private:
     void rebuildVisibleItems();
     [[nodiscard]] bool belongs(const ClipboardItem &item) const;
     [[nodiscard]] bool isLinkCached(const ClipboardItem &item) const;
-    void select(const std::optional<QUuid> &id);
-    void resetSelection();
-    [[nodiscard]] const ClipboardItem *visibleItem(const std::optional<QUuid> &id) const;
     void perform(ClipboardSearchKeyAction action);
 
     Ports m_ports;
@@ -127,9 +109,7 @@ private:
     std::function<void(const ClipboardItem &)> m_onPaste;
     QString m_query;
     ClipboardSearchCategory m_selectedCategory = ClipboardSearchCategory::all;
-    std::optional<QUuid> m_selectedID;
     std::vector<ClipboardItem> m_diskItems;
-    std::vector<ClipboardItem> m_visibleItems;
     std::vector<Section> m_sections;
     mutable QHash<QUuid, bool> m_links; ///< of `m_diskItems`, as far as anyone asked
     NotificationCenter::Token m_openedToken;

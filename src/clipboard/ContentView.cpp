@@ -12,7 +12,6 @@
 
 #include <QPainter>
 #include <QVBoxLayout>
-#include <QWheelEvent>
 
 #include <cmath>
 
@@ -25,19 +24,9 @@ constexpr int pictureHeight = classicPanelTexts::thumbnailSize + 2 * look::space
 constexpr qreal playBadgeSide = 24;
 constexpr qreal labelSymbol = 12;
 constexpr size_t actionCount = 2;
-constexpr qsizetype longestSpoken = 200; // a screen reader that reads out a whole book helps nobody
 
 QString text(const char *utf8) {
     return QString::fromUtf8(utf8);
-}
-
-int actionAt(const QRectF &row, QPointF place) {
-    const auto rects = look::rowActionRects(row, actionCount);
-    for (size_t i = 0; i < rects.size(); ++i) {
-        if (rects[i].contains(place))
-            return static_cast<int>(i);
-    }
-    return -1;
 }
 
 void paintLabels(QPainter &painter, QRectF rect, const QList<ClassicPanelRow::Label> &labels,
@@ -58,28 +47,19 @@ void paintLabels(QPainter &painter, QRectF rect, const QList<ClassicPanelRow::La
 ContentView::ContentView(ClipboardManager &manager, NotificationCenter &center,
                          std::function<void()> orderOutAllWindows, std::function<void(const ClipboardItem &)> onPaste,
                          QWidget *parent)
-    : PanelSurface(look::radius::panel, parent), m_model(manager, center, std::move(orderOutAllWindows)),
-      m_thumbnails(manager), m_keys(new look::PanelKeys(this, [this](const QString &title, int keyCode, bool) {
-          return m_model.handleKeyDown(title, keyCode);
-      })) {
+    : ClipboardListView(
+          manager, new look::SearchField(text(classicPanelTexts::placeholder), look::SearchField::Style::framed),
+          [this](const QString &title, int keyCode, bool) { return m_model.handleKeyDown(title, keyCode); },
+          actionCount, look::radius::panel, parent),
+      m_model(manager, center, std::move(orderOutAllWindows)) {
     m_model.setOnPaste(std::move(onPaste));
     build();
-    setUpList();
     connect(&m_model, &ClassicPanelModel::searchTextChanged, this, [this] {
-        m_search->setText(m_model.searchText());
-        m_list->scrollTo(0, false);
+        beginAtTop();
+        search().setText(m_model.searchText());
     });
-    connect(&m_model, &ClassicPanelModel::shownItemsChanged, this, &ContentView::shownItemsChanged);
-    connect(&m_model, &ClassicPanelModel::selectedItemIDChanged, this, [this] {
-        m_list->setSelectedRow(rowOfSelection());
-        m_list->centreRow(m_list->selectedRow(), true);
-    });
-    connect(&m_model, &ClassicPanelModel::isPanelOpenChanged, this, [this] {
-        m_keys->setOn(m_model.isPanelOpen());
-        if (m_model.isPanelOpen())
-            m_search->focus();
-    });
-    shownItemsChanged();
+    connect(&m_model, &ClassicPanelModel::isPanelOpenChanged, this, &ContentView::openChanged);
+    follow(m_model);
 }
 
 ContentView::~ContentView() = default;
@@ -105,64 +85,40 @@ QLayout *ContentView::makeHeader() {
 }
 
 void ContentView::build() {
-    m_search = new look::SearchField(text(classicPanelTexts::placeholder), look::SearchField::Style::framed);
-    m_list = new look::VirtualList;
-    m_list->setAccessibleName(text(classicPanelTexts::title));
-    m_empty = new look::EmptyState(QString(), QString());
+    list().setAccessibleName(text(classicPanelTexts::title));
+    list().setPadding({look::space::small, 0, look::space::small, look::space::small});
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, look::space::hair);
     column->setSpacing(0);
     column->addLayout(makeHeader());
-    auto *search = new QHBoxLayout;
-    search->setContentsMargins(look::space::medium, 0, look::space::medium, look::space::small);
-    search->addWidget(m_search);
-    column->addLayout(search);
-    column->addWidget(m_list, 1);
-    column->addWidget(m_empty, 1);
-    setFocusProxy(m_search);
-    connect(m_search, &look::SearchField::textChanged, &m_model, &ClassicPanelModel::setSearchText);
+    auto *searchRow = new QHBoxLayout;
+    searchRow->setContentsMargins(look::space::medium, 0, look::space::medium, look::space::small);
+    searchRow->addWidget(&search());
+    column->addLayout(searchRow);
+    column->addWidget(&list(), 1);
+    column->addWidget(&empty(), 1);
+    connect(&search(), &look::SearchField::textChanged, &m_model, &ClassicPanelModel::setSearchText);
 }
 
-void ContentView::setUpList() {
-    m_list->setPadding({look::space::small, 0, look::space::small, look::space::small});
-    look::VirtualList::Source source;
-    source.count = [this] { return static_cast<int>(m_model.shownItems().size()); };
-    source.height = [this](int row) { return rowHeight(row); };
-    source.paint = [this](QPainter &painter, int row, const QRectF &rect, const look::RowState &state) {
-        paintListRow(painter, row, rect, state);
-    };
-    source.accessibleText = [this](int row) { return accessibleText(row); };
-    source.actionNames = [this](int row) { return actionNames(row); };
-    source.act = [this](int row, int action) { act(row, action); };
-    source.toolTip = [this](int row, const QRectF &rect, QPointF place) -> std::pair<QString, QRectF> {
-        const int action = actionAt(rect, place);
-        if (action < 0)
-            return {};
-        return {actionNames(row).value(action), look::rowActionRects(rect, actionCount)[static_cast<size_t>(action)]};
-    };
-    m_list->setSource(std::move(source));
-    connect(m_list, &look::VirtualList::clicked, this, &ContentView::clicked);
-    connect(m_list, &look::VirtualList::scrolled, this, [this] { update(0, m_list->y() - 1, width(), 1); });
+// However the list was left, it opens at its top, and at once.
+void ContentView::openChanged() {
+    if (!m_model.isPanelOpen())
+        return;
+    list().scrollTo(0, false);
+    search().focus();
 }
 
-void ContentView::shownItemsChanged() {
-    m_thumbnails.retry();
-    m_list->reload();
-    m_list->setSelectedRow(rowOfSelection());
-    const bool isEmpty = m_model.shownItems().empty();
-    if (isEmpty)
-        m_empty->set(m_model.emptyState().symbol, m_model.emptyState().text);
-    m_list->setVisible(!isEmpty);
-    m_empty->setVisible(isEmpty);
+int ContentView::rowCount() const {
+    return static_cast<int>(m_model.visibleItems().size());
 }
 
-const ClipboardItem *ContentView::item(int row) const {
-    const auto &items = m_model.shownItems();
+const ClipboardItem *ContentView::itemAt(int row) const {
+    const auto &items = m_model.visibleItems();
     return row >= 0 && static_cast<size_t>(row) < items.size() ? &items[static_cast<size_t>(row)] : nullptr;
 }
 
 int ContentView::rowHeight(int row) const {
-    const ClipboardItem *shown = item(row);
+    const ClipboardItem *shown = itemAt(row);
     if (!shown)
         return plainHeight;
     const ClassicPanelRow read = ClassicPanelModel::row(*shown);
@@ -171,32 +127,21 @@ int ContentView::rowHeight(int row) const {
     return read.labels.isEmpty() ? plainHeight : labelledHeight;
 }
 
-int ContentView::rowOfSelection() const {
-    const auto &items = m_model.shownItems();
-    for (size_t row = 0; row < items.size(); ++row) {
-        if (items[row].id == m_model.selectedItemID())
-            return static_cast<int>(row);
-    }
-    return -1;
-}
-
-void ContentView::paintListRow(QPainter &painter, int row, const QRectF &rect, const look::RowState &state) {
-    const ClipboardItem *shown = item(row);
-    if (!shown)
-        return;
+void ContentView::paintItem(QPainter &painter, const ClipboardItem &item, const QRectF &rect,
+                            const look::RowState &state) {
     const look::Theme &theme = look::themeOf(this);
-    const ClassicPanelRow read = ClassicPanelModel::row(*shown);
+    const ClassicPanelRow read = ClassicPanelModel::row(item);
     // The ground and the buttons are those of every row; what stands on it is this list's own.
     look::RowContent ground;
     ground.actions = {text(classicPanelTexts::pinSymbol),
-                      text(shown->isSaved ? classicPanelTexts::unsaveSymbol : classicPanelTexts::savedSymbol)};
+                      text(item.isSaved ? classicPanelTexts::unsaveSymbol : classicPanelTexts::savedSymbol)};
     look::paintRow(painter, rect, ground, state, theme);
 
     qreal left = rect.left() + look::space::medium;
     if (!read.fallbackSymbol.isEmpty()) {
         const qreal side = classicPanelTexts::thumbnailSize;
         const QRectF picture(rect.left() + look::space::small, rect.top() + look::space::small, side, side);
-        paintPicture(painter, picture, *shown, read, state.isSelected);
+        paintPicture(painter, picture, item, read, state.isSelected);
         left = picture.right() + look::space::medium;
     }
     const bool showsActions = state.isSelected || state.isHovered;
@@ -215,7 +160,7 @@ void ContentView::paintListRow(QPainter &painter, int row, const QRectF &rect, c
 void ContentView::paintPicture(QPainter &painter, const QRectF &rect, const ClipboardItem &item,
                                const ClassicPanelRow &read, bool isSelected) {
     const look::Theme &theme = look::themeOf(this);
-    const QPixmap picture = m_thumbnails.thumbnail(item, rect.width(), devicePixelRatioF());
+    const QPixmap picture = thumbnails().thumbnail(item, rect.width(), devicePixelRatioF());
     if (picture.isNull()) {
         look::paintSymbolPlate(painter, rect, read.fallbackSymbol, isSelected ? theme.accent : theme.control,
                                isSelected ? theme.onAccent : theme.secondaryText);
@@ -230,63 +175,42 @@ void ContentView::paintPicture(QPainter &painter, const QRectF &rect, const Clip
     }
 }
 
-QString ContentView::accessibleText(int row) const {
-    const ClipboardItem *shown = item(row);
+QStringList ContentView::spokenWords(int row) const {
+    const ClipboardItem *shown = itemAt(row);
     if (!shown)
         return {};
     const ClassicPanelRow read = ClassicPanelModel::row(*shown);
-    QStringList words{read.title.left(longestSpoken)};
+    QStringList words{read.title};
     for (const ClassicPanelRow::Label &label : read.labels)
         words.append(label.text);
-    return words.join(QStringLiteral(", "));
+    return words;
 }
 
-QStringList ContentView::actionNames(int row) const {
-    const ClipboardItem *shown = item(row);
-    if (!shown)
-        return {};
-    const ClassicPanelRow read = ClassicPanelModel::row(*shown);
+QStringList ContentView::actionNames(const ClipboardItem &item) const {
+    const ClassicPanelRow read = ClassicPanelModel::row(item);
     return {read.pinToolTip, read.savedToolTip};
 }
 
-void ContentView::act(int row, int action) {
-    const ClipboardItem *shown = item(row);
-    if (!shown)
-        return;
-    const QUuid id = shown->id; // the list is another one after the action
+void ContentView::act(const QUuid &id, size_t action) {
     if (action == 0)
         m_model.togglePin(id);
     else
         m_model.toggleSaved(id);
 }
 
-void ContentView::clicked(int row, QPointF place) {
-    const int action = actionAt(m_list->rowRect(row), place);
-    if (action >= 0) {
-        act(row, action);
-    } else if (const ClipboardItem *shown = item(row)) {
-        const QUuid id = shown->id;
-        m_model.use(id);
-    }
-}
-
 // A hairline parts the header from rows that went on under it.
 void ContentView::paintEvent(QPaintEvent *event) {
-    PanelSurface::paintEvent(event);
-    if (!m_list->isVisible() || m_list->offset() <= 0)
+    ListPanel::paintEvent(event);
+    if (!isScrolled())
         return;
     QPainter painter(this);
-    look::paintSeparator(painter, QRectF(1, 0, width() - 2, m_list->y()), look::themeOf(this));
+    look::paintSeparator(painter, QRectF(1, 0, width() - 2, list().y()), look::themeOf(this));
 }
 
 void ContentView::hideEvent(QHideEvent *event) {
     if (m_model.isPanelOpen())
         m_model.close();
-    PanelSurface::hideEvent(event);
-}
-
-void ContentView::wheelEvent(QWheelEvent *event) {
-    m_list->scrollBy(event);
+    ListPanel::hideEvent(event);
 }
 
 } // namespace tavrine

@@ -1,12 +1,9 @@
 #include "look/PanelSurface.h"
 
-#include "base/VirtualKeys.h"
 #include "look/Look.h"
 #include "look/Paint.h"
 
-#include <QApplication>
 #include <QBitmap>
-#include <QKeyEvent>
 #include <QPainter>
 
 namespace tavrine::look {
@@ -57,69 +54,6 @@ void PanelSurface::shapeWindow() {
     painter.drawRoundedRect(rect(), m_radius, m_radius);
     painter.end();
     window->setMask(mask);
-}
-
-PanelKeys::PanelKeys(QWidget *view, Handler handler) : QObject(view), m_view(view), m_handler(std::move(handler)) {}
-
-void PanelKeys::setOn(bool isOn) {
-    if (isOn == m_isOn)
-        return;
-    m_isOn = isOn;
-    if (isOn)
-        qApp->installEventFilter(this);
-    else
-        qApp->removeEventFilter(this);
-}
-
-bool PanelKeys::eventFilter(QObject *object, QEvent *event) {
-    if (event->type() != QEvent::KeyPress || !object->isWidgetType())
-        return false;
-    const QWidget *window = static_cast<QWidget *>(object)->window();
-    if (window != m_view->window())
-        return false;
-    const auto &key = static_cast<const QKeyEvent &>(*event);
-    const bool isCommandHeld = key.modifiers() & (Qt::ControlModifier | Qt::MetaModifier);
-    return m_handler(window->windowTitle(), virtualKeyOf(key), isCommandHeld);
-}
-
-int virtualKeyOf(const QKeyEvent &event) {
-    const bool isKeypad = event.modifiers() & Qt::KeypadModifier; // its arrows are other keys than the arrows
-    switch (event.key()) {
-    case Qt::Key_Return:
-        return virtualKey::enter;
-    case Qt::Key_Enter:
-        return virtualKey::keypadEnter;
-    case Qt::Key_Escape:
-        return virtualKey::escape;
-    case Qt::Key_Tab:
-    case Qt::Key_Backtab:
-        return virtualKey::tab;
-    case Qt::Key_Backspace:
-        return virtualKey::backspace;
-    case Qt::Key_Left:
-        return isKeypad ? -1 : virtualKey::left;
-    case Qt::Key_Right:
-        return isKeypad ? -1 : virtualKey::right;
-    case Qt::Key_Down:
-        return isKeypad ? -1 : virtualKey::down;
-    case Qt::Key_Up:
-        return isKeypad ? -1 : virtualKey::up;
-    default:
-        break;
-    }
-    if (event.nativeScanCode() != 0)
-        return virtualKeyOfXKeycode(static_cast<int>(event.nativeScanCode())).value_or(-1);
-    // An event that no keyboard made, as a screen reader or a remote hand sends it, has no place.
-    switch (event.key()) {
-    case Qt::Key_A:
-        return virtualKey::a;
-    case Qt::Key_P:
-        return virtualKey::p;
-    case Qt::Key_V:
-        return virtualKey::v;
-    default:
-        return -1;
-    }
 }
 
 } // namespace tavrine::look

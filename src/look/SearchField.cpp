@@ -49,8 +49,11 @@ SearchField::SearchField(const QString &placeholder, Style style, QWidget *paren
 QString SearchField::text() const {
     return m_edit->text();
 }
+// The line edit would begin anew even with the same text: the caret at its end, nothing to undo, no letter under
+// composition.
 void SearchField::setText(const QString &text) {
-    m_edit->setText(text);
+    if (text != m_edit->text())
+        m_edit->setText(text);
 }
 void SearchField::focus() {
     m_edit->setFocus(Qt::OtherFocusReason);

@@ -19,7 +19,7 @@ public:
     explicit SearchField(const QString &placeholder, Style style = Style::hero, QWidget *parent = nullptr);
 
     [[nodiscard]] QString text() const;
-    /// Emits `textChanged` when it is another text.
+    /// Emits `textChanged` when it is another text; the same one leaves the field as it is.
     void setText(const QString &text);
     /// Gives the field the keyboard.
     void focus();

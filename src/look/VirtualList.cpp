@@ -101,6 +101,21 @@ QRectF VirtualList::rowRect(int row) const {
             qreal(width() - m_padding.left() - m_padding.right()), qreal(heightOf(row))};
 }
 
+int VirtualList::pageFrom(int row, int direction) const {
+    if (row < 0 || row >= m_count)
+        return m_count > 0 ? 0 : -1;
+    const qreal farthest = height() - heightOf(row); // from one top to the other
+    int found = row;
+    for (int next = row + direction; next >= 0 && next < m_count; next += direction) {
+        const qreal reach = direction > 0 ? qreal(topOf(next) + heightOf(next) - topOf(row) - heightOf(row))
+                                          : qreal(topOf(row) - topOf(next));
+        if (reach > farthest && found != row)
+            break;
+        found = next;
+    }
+    return found;
+}
+
 QString VirtualList::accessibleText(int row) const {
     return m_source.accessibleText && row >= 0 && row < m_count ? m_source.accessibleText(row) : QString();
 }

@@ -56,6 +56,9 @@ public:
     [[nodiscard]] int rowAt(qreal y) const;
     /// Where a row stands in this widget at present, in sight or not.
     [[nodiscard]] QRectF rowRect(int row) const;
+    /// The row that a page key leads to from `row`, in `direction`: -1 or +1. It shows at one end of the list while
+    /// `row` shows at the other. From none, the first row.
+    [[nodiscard]] int pageFrom(int row, int direction) const;
     [[nodiscard]] QString accessibleText(int row) const;
     [[nodiscard]] QStringList actionNames(int row) const;
     void act(int row, int action);

@@ -26,10 +26,10 @@ protected:
     void openPanel() { center.post(str("floatingPanelOpened")); }
     bool press(int keyCode) { return model->handleKeyDown(str("Classic Clipboard"), keyCode); }
 
-    [[nodiscard]] QStringList shown() const { return contents(model->shownItems()); }
+    [[nodiscard]] QStringList shown() const { return contents(model->visibleItems()); }
     [[nodiscard]] QString selected() {
         for (const ClipboardItem &item : rows()) {
-            if (item.id == model->selectedItemID())
+            if (item.id == model->selectedID())
                 return item.content;
         }
         return str("(none)");
@@ -107,7 +107,7 @@ TEST_F(ClassicPanelModelTest, openingBeginsAnew) {
 TEST_F(ClassicPanelModelTest, openingAnEmptyListSelectsNothing) {
     startPanel();
     openPanel();
-    EXPECT_EQ(model->selectedItemID(), std::nullopt);
+    EXPECT_EQ(model->selectedID(), std::nullopt);
 }
 
 TEST_F(ClassicPanelModelTest, everyKeyOfTheTableHasItsActionAndNoOtherDoes) {
@@ -165,7 +165,7 @@ TEST_F(ClassicPanelModelTest, arrowsInAnEmptyListAreSwallowedAndDoNothing) {
     startPanel();
     openPanel();
     EXPECT_TRUE(press(virtualKey::down));
-    EXPECT_EQ(model->selectedItemID(), std::nullopt);
+    EXPECT_EQ(model->selectedID(), std::nullopt);
 }
 
 TEST_F(ClassicPanelModelTest, typingMovesNoSelectionAndTheNextArrowReplacesOneThatIsGone) {
@@ -184,7 +184,7 @@ TEST_F(ClassicPanelModelTest, withoutASelectionAnArrowTakesTheFirstItem) {
     startPanel();
     openPanel();
     copy(str("only"));
-    EXPECT_EQ(model->selectedItemID(), std::nullopt);
+    EXPECT_EQ(model->selectedID(), std::nullopt);
     press(virtualKey::down);
     EXPECT_EQ(selected(), str("only"));
 }

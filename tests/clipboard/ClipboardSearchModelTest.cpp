@@ -456,14 +456,14 @@ TEST_F(ClipboardSearchModelTest, returnInAnEmptyListIsSwallowedAndDoesNothing) {
 
 TEST_F(ClipboardSearchModelTest, aClickPastesItsRow) {
     startWithEachKind();
-    model->paste(idOf(str("Copied Image")));
+    model->use(idOf(str("Copied Image")));
     EXPECT_EQ(pasted, QStringList{str("Copied Image")});
 }
 
 TEST_F(ClipboardSearchModelTest, anItemThatIsNotVisibleIsIgnored) {
     startWithEachKind();
     const QUuid saved = idOf(str("saved text"));
-    model->paste(saved);
+    model->use(saved);
     model->togglePin(saved);
     model->toggleSaved(saved);
     model->deleteItem(saved);

@@ -105,11 +105,88 @@ TEST_F(ClipboardSearchViewTest, controlAndSuperAreBothCommand) {
     EXPECT_TRUE(stored("first")->isPinned);
     press(Qt::Key_P, Qt::MetaModifier);
     EXPECT_FALSE(stored("first")->isPinned);
-    press(Qt::Key_Backspace, Qt::ControlModifier);
-    EXPECT_FALSE(stored("first"));
+}
+
+TEST_F(ClipboardSearchViewTest, superBackspaceAndShiftDeleteRemoveTheSelectedItem) {
+    startWithThree();
     press(Qt::Key_Backspace, Qt::MetaModifier);
+    EXPECT_FALSE(stored("first"));
+    press(Qt::Key_Delete, Qt::ShiftModifier);
     EXPECT_FALSE(stored("second"));
+    press(Qt::Key_Delete);
+    EXPECT_TRUE(stored("third"));
+}
+
+TEST_F(ClipboardSearchViewTest, controlBackspaceDeletesAWordAndNeverAnItem) {
+    save(str("two words"), 9s);
+    startWithThree();
+    type("two words");
+    ASSERT_EQ(selected(), str("two words"));
+    press(Qt::Key_Backspace, Qt::ControlModifier);
+    EXPECT_EQ(field().text(), str("two "));
+    for (int i = 0; i < 3; ++i) // whoever clears a field word by word presses once too often
+        press(Qt::Key_Backspace, Qt::ControlModifier);
     EXPECT_EQ(field().text(), QString());
+    EXPECT_EQ(rows().size(), 4U);
+}
+
+TEST_F(ClipboardSearchViewTest, shiftDeleteCutsTextThatIsSelected) {
+    startWithThree();
+    type("fir");
+    field().setSelection(1, 2);
+    press(Qt::Key_Delete, Qt::ShiftModifier);
+    EXPECT_EQ(field().text(), str("f"));
+    EXPECT_TRUE(stored("first"));
+}
+
+TEST_F(ClipboardSearchViewTest, typingInTheMiddleKeepsTheCaretAndTheUndo) {
+    startWithThree();
+    type("fist");
+    field().setCursorPosition(2);
+    type("r");
+    EXPECT_EQ(field().text(), str("first"));
+    EXPECT_EQ(field().cursorPosition(), 3);
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(field().text(), str("fist"));
+}
+
+TEST_F(ClipboardSearchViewTest, lettersTypedWhileAnotherControlHasTheFocusArriveInTheField) {
+    startWithThree();
+    press(Qt::Key_Tab);
+    ASSERT_FALSE(field().hasFocus());
+    typeBlindly("fi");
+    EXPECT_EQ(field().text(), str("fi"));
+    EXPECT_TRUE(field().hasFocus());
+    press(Qt::Key_Tab);
+    press(Qt::Key_Backspace);
+    EXPECT_EQ(field().text(), str("f"));
+    press(Qt::Key_Tab);
+    press(Qt::Key_Backspace, Qt::ControlModifier);
+    EXPECT_EQ(field().text(), QString());
+}
+
+TEST_F(ClipboardSearchViewTest, theSpaceKeyPressesTheControlThatHasTheFocus) {
+    startWithThree();
+    strip().findChildren<look::Chip *>().at(2)->setFocus(Qt::TabFocusReason);
+    press(Qt::Key_Space);
+    EXPECT_EQ(strip().current(), 2);
+    EXPECT_EQ(field().text(), QString());
+}
+
+TEST_F(ClipboardSearchViewTest, thePageKeysMoveByAPage) {
+    for (int i = 0; i < 60; ++i)
+        save(str("row %1").arg(i), Seconds(i));
+    startPanel();
+    const int page = list().height() / 60;
+    press(Qt::Key_PageDown);
+    EXPECT_EQ(selected(), str("row %1").arg(page - 1));
+    press(Qt::Key_PageDown);
+    EXPECT_EQ(selected(), str("row %1").arg(2 * (page - 1)));
+    press(Qt::Key_PageUp);
+    EXPECT_EQ(selected(), str("row %1").arg(page - 1));
+    for (int i = 0; i < 20; ++i)
+        press(Qt::Key_PageDown);
+    EXPECT_EQ(selected(), str("row 59"));
 }
 
 TEST_F(ClipboardSearchViewTest, backspaceAloneEditsTheQuery) {

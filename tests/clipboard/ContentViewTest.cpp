@@ -61,6 +61,47 @@ TEST_F(ContentViewTest, leftAndRightGoToTheSearchField) {
     EXPECT_EQ(field().cursorPosition(), 1);
 }
 
+TEST_F(ContentViewTest, typingInTheMiddleKeepsTheCaretAndTheUndo) {
+    startWithThree();
+    type("fist");
+    press(Qt::Key_Left);
+    press(Qt::Key_Left);
+    type("r");
+    EXPECT_EQ(field().text(), str("first"));
+    EXPECT_EQ(field().cursorPosition(), 3);
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(field().text(), str("fist"));
+}
+
+TEST_F(ContentViewTest, controlChordsOfTheFieldEditByWords) {
+    startWithThree();
+    type("two words");
+    press(Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(field().cursorPosition(), 4);
+    press(Qt::Key_Backspace, Qt::ControlModifier);
+    EXPECT_EQ(field().text(), str("words"));
+}
+
+TEST_F(ContentViewTest, lettersTypedWhileAnotherControlHasTheFocusArriveInTheField) {
+    startWithThree();
+    press(Qt::Key_Tab);
+    ASSERT_FALSE(field().hasFocus());
+    typeBlindly("thi");
+    EXPECT_EQ(field().text(), str("thi"));
+    EXPECT_EQ(shown(), QStringList{str("third")});
+}
+
+TEST_F(ContentViewTest, thePageKeysMoveByAPage) {
+    for (int i = 0; i < 60; ++i)
+        save(str("row %1").arg(i), Seconds(i));
+    startPanel();
+    const int page = list().height() / static_cast<int>(list().rowRect(0).height());
+    press(Qt::Key_PageDown);
+    EXPECT_EQ(selected(), str("row %1").arg(page - 1));
+    press(Qt::Key_PageUp);
+    EXPECT_EQ(selected(), str("row 0"));
+}
+
 TEST_F(ContentViewTest, keysPassOnInAWindowOfAnotherTitle) {
     save(str("first"));
     startPanel(str("Classic"));
@@ -114,6 +155,18 @@ TEST_F(ContentViewTest, openingBeginsAnew) {
     center.post(str("floatingPanelOpened"));
     EXPECT_EQ(field().text(), QString());
     EXPECT_EQ(selected(), str("first"));
+}
+
+TEST_F(ContentViewTest, opensAtTheTopHoweverItWasLeft) {
+    for (int i = 0; i < 60; ++i)
+        save(str("row %1").arg(i), Seconds(i));
+    startPanel();
+    wheelOver(&list(), 5);
+    ASSERT_GT(list().offset(), 0);
+    window.hide();
+    window.show();
+    center.post(str("floatingPanelOpened"));
+    EXPECT_EQ(list().offset(), 0);
 }
 
 TEST_F(ContentViewTest, aPictureRowHasRoomForItsThumbnail) {

@@ -58,6 +58,11 @@ protected:
         QTest::keyClick(window.windowHandle(), key, modifiers);
     }
     void type(const char *text) { QTest::keyClicks(&field(), str(text)); }
+    /// To whatever has the keyboard.
+    void typeBlindly(const char *text) {
+        for (const char *letter = text; *letter; ++letter)
+            QTest::keyClick(window.windowHandle(), *letter);
+    }
     void clickRow(const char *title) {
         const QPoint place = list().rowRect(rowOf(title)).toAlignedRect().center();
         QTest::mouseClick(&list(), Qt::LeftButton, {}, place);

@@ -3,6 +3,7 @@
 #include "adapters/fake/VirtualTime.h"
 #include "base/VirtualKeys.h"
 #include "look/Look.h"
+#include "look/PanelKeys.h"
 
 #include <QKeyEvent>
 #include <QVBoxLayout>

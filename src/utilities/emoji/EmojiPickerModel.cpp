@@ -1,11 +1,31 @@
 #include "utilities/emoji/EmojiPickerModel.h"
 
+#include "base/KeyTable.h"
 #include "base/Time.h"
 #include "base/VirtualKeys.h"
 
 #include <algorithm>
 
 namespace tavrine {
+namespace {
+
+constexpr auto keys = [] {
+    using enum EmojiPickerKeyAction;
+    return std::to_array<KeyRow<EmojiPickerKeyAction>>({
+        {virtualKey::p, Command::isHeld, togglePin},
+        {virtualKey::left, Command::isHeld, previousCategory},
+        {virtualKey::right, Command::isHeld, nextCategory},
+        {virtualKey::enter, Command::isUp, copy},
+        {virtualKey::keypadEnter, Command::isUp, copy},
+        {virtualKey::escape, Command::isUp, dismiss},
+        {virtualKey::left, Command::isUp, moveLeft},
+        {virtualKey::right, Command::isUp, moveRight},
+        {virtualKey::down, Command::isUp, moveDown},
+        {virtualKey::up, Command::isUp, moveUp},
+    });
+}();
+
+} // namespace
 
 EmojiPickerModel::EmojiPickerModel(Ports ports, QObject *parent)
     : QObject(parent), m_store(ports.store), m_time(ports.time) {
@@ -126,36 +146,7 @@ void EmojiPickerModel::togglePinOfSelected() {
 }
 
 std::optional<EmojiPickerKeyAction> EmojiPickerModel::keyAction(int keyCode, bool isCommandHeld) {
-    using enum EmojiPickerKeyAction;
-    if (isCommandHeld) {
-        switch (keyCode) {
-        case virtualKey::p:
-            return togglePin;
-        case virtualKey::left:
-            return previousCategory;
-        case virtualKey::right:
-            return nextCategory;
-        default:
-            return std::nullopt;
-        }
-    }
-    switch (keyCode) {
-    case virtualKey::enter:
-    case virtualKey::keypadEnter:
-        return copy;
-    case virtualKey::escape:
-        return dismiss;
-    case virtualKey::left:
-        return moveLeft;
-    case virtualKey::right:
-        return moveRight;
-    case virtualKey::down:
-        return moveDown;
-    case virtualKey::up:
-        return moveUp;
-    default:
-        return std::nullopt;
-    }
+    return actionOf(keys, keyCode, isCommandHeld);
 }
 
 bool EmojiPickerModel::handleKeyDown(const QString &keyWindowTitle, int keyCode, bool isCommandHeld) {

@@ -12,7 +12,6 @@
 
 #include <QPainter>
 #include <QVBoxLayout>
-#include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
@@ -52,10 +51,13 @@ QWidget *makeFooter() {
 
 EmojiPickerView::EmojiPickerView(const EmojiPickerModel::Ports &ports, std::function<void()> onDismiss,
                                  std::function<void(const EmojiItem &)> onCopy, QWidget *parent)
-    : look::PanelSurface(look::radius::panel, parent), m_model(ports), m_glyphs(glyphSide),
-      m_keys(new look::PanelKeys(this, [this](const QString &title, int keyCode, bool isCommandHeld) {
-          return m_model.handleKeyDown(title, keyCode, isCommandHeld);
-      })) {
+    : look::ListPanel(
+          new look::SearchField(text(emojiPickerTexts::placeholder)),
+          [this](const QString &title, int keyCode, bool isCommandHeld) {
+              return m_model.handleKeyDown(title, keyCode, isCommandHeld);
+          },
+          look::radius::panel, parent),
+      m_model(ports), m_glyphs(glyphSide) {
     m_model.setOnDismiss(std::move(onDismiss));
     m_model.setOnCopy(std::move(onCopy));
     build();
@@ -72,35 +74,32 @@ QSize EmojiPickerView::sizeHint() const {
 }
 
 void EmojiPickerView::build() {
-    m_search = new look::SearchField(text(emojiPickerTexts::placeholder));
     QStringList names;
     for (const EmojiCategoryRow &row : emojiCategories)
         names.append(row.rawValue);
     m_categories = new look::ChipStrip(names);
-    m_list = new look::VirtualList;
-    m_list->setAccessibleName(text(EmojiPickerModel::windowTitle));
-    m_empty = new look::EmptyState(text(emojiPickerTexts::emptySymbol), text(emojiPickerTexts::empty));
+    list().setAccessibleName(text(EmojiPickerModel::windowTitle));
+    empty().set(text(emojiPickerTexts::emptySymbol), text(emojiPickerTexts::empty));
 
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    column->addWidget(m_search);
+    column->addWidget(&search());
     auto *strip = new QHBoxLayout;
     strip->setContentsMargins(look::space::medium, 0, look::space::medium, look::space::small);
     strip->addWidget(m_categories);
     column->addLayout(strip);
-    column->addWidget(m_list, 1);
-    column->addWidget(m_empty, 1);
+    column->addWidget(&list(), 1);
+    column->addWidget(&empty(), 1);
     column->addWidget(makeFooter());
-    setFocusProxy(m_search);
 
-    connect(m_search, &look::SearchField::textChanged, &m_model, &EmojiPickerModel::setQuery);
+    connect(&search(), &look::SearchField::textChanged, &m_model, &EmojiPickerModel::setQuery);
     connect(m_categories, &look::ChipStrip::chosen, &m_model,
             [this](int index) { m_model.setSelectedCategory(emojiCategories.at(size_t(index)).category); });
 }
 
 void EmojiPickerView::setUpList() {
-    m_list->setPadding({sidePadding, 0, sidePadding, look::space::small});
+    list().setPadding({sidePadding, 0, sidePadding, look::space::small});
     look::VirtualList::Source source;
     source.count = [this] { return int(m_lines.size()); };
     source.height = [this](int row) { return m_lines[size_t(row)].count > 0 ? cellHeight : headerHeight; };
@@ -114,19 +113,19 @@ void EmojiPickerView::setUpList() {
         const EmojiItem *item = itemAt(row, rect, place, &cell);
         return {item ? item->name : QString(), cell};
     };
-    m_list->setSource(std::move(source));
-    connect(m_list, &look::VirtualList::clicked, this, [this](int row, QPointF place) {
-        if (const EmojiItem *item = itemAt(row, m_list->rowRect(row), place))
+    list().setSource(std::move(source));
+    connect(&list(), &look::VirtualList::clicked, this, [this](int row, QPointF place) {
+        if (const EmojiItem *item = itemAt(row, list().rowRect(row), place))
             m_model.choose(item->emoji);
     });
 }
 
 void EmojiPickerView::followModel() {
-    connect(&m_model, &EmojiPickerModel::queryChanged, this, [this] { m_search->setText(m_model.query()); });
+    connect(&m_model, &EmojiPickerModel::queryChanged, this, [this] { search().setText(m_model.query()); });
     connect(&m_model, &EmojiPickerModel::selectedCategoryChanged, this, &EmojiPickerView::categoryChanged);
     connect(&m_model, &EmojiPickerModel::sectionsChanged, this, &EmojiPickerView::sectionsChanged);
     connect(&m_model, &EmojiPickerModel::selectedIDChanged, this, &EmojiPickerView::showSelection);
-    connect(&m_model, &EmojiPickerModel::searchFieldFocusWanted, m_search, &look::SearchField::focus);
+    connect(&m_model, &EmojiPickerModel::searchFieldFocusWanted, &search(), &look::SearchField::focus);
 }
 
 void EmojiPickerView::categoryChanged() {
@@ -146,15 +145,14 @@ void EmojiPickerView::sectionsChanged() {
             m_lines.push_back(
                 {.section = section, .first = first, .count = std::min(emojiGrid::columns, count - first)});
     }
-    m_list->reload();
-    m_list->setVisible(!m_model.isEmpty());
-    m_empty->setVisible(m_model.isEmpty());
+    list().reload();
+    showList(m_model.isEmpty());
     showSelection(); // the same emoji may stand elsewhere now
 }
 
 void EmojiPickerView::showSelection() {
     m_selection = m_model.selectedID() ? emojiGrid::find(m_model.sections(), *m_model.selectedID()) : std::nullopt;
-    m_list->update();
+    list().update();
     int row = -1;
     if (m_selection) {
         const auto line = std::ranges::find_if(m_lines, [this](const Line &candidate) {
@@ -163,12 +161,12 @@ void EmojiPickerView::showSelection() {
         });
         row = int(line - m_lines.begin());
     }
-    m_list->setSelectedRow(row);
+    list().setSelectedRow(row);
     // The first line shows its header as well.
     if (row == 1)
-        m_list->scrollTo(0, true);
+        list().scrollTo(0, true);
     else
-        m_list->centreRow(row, true);
+        list().centreRow(row, true);
 }
 
 const EmojiItem *EmojiPickerView::itemAt(int row, const QRectF &rect, QPointF place, QRectF *cell) const {
@@ -246,19 +244,19 @@ QString EmojiPickerView::accessibleText(int row) const {
     return names.join(QStringLiteral(", "));
 }
 
-void EmojiPickerView::showEvent(QShowEvent *event) {
-    look::PanelSurface::showEvent(event);
-    m_keys->setOn(true);
-}
-
-void EmojiPickerView::hideEvent(QHideEvent *event) {
-    look::PanelSurface::hideEvent(event);
-    m_keys->setOn(false);
-}
-
-// A wheel anywhere over the panel moves the grid.
-void EmojiPickerView::wheelEvent(QWheelEvent *event) {
-    m_list->scrollBy(event);
+// In the column of the selection. An emoji that stands further up as well, among the pins or the recents, is taken for
+// that one, so another of the line must do.
+void EmojiPickerView::selectRow(int row, int direction) {
+    const size_t column = m_selection ? m_selection->item % emojiGrid::columns : 0;
+    for (; row >= 0 && size_t(row) < m_lines.size(); row += direction) {
+        const Line &line = m_lines[size_t(row)];
+        for (size_t i = 0; i < line.count; ++i) {
+            const size_t item = line.first + (std::min(column, line.count - 1) + i) % line.count;
+            const QString &emoji = m_model.sections()[line.section].items[item]->emoji;
+            if (emojiGrid::find(m_model.sections(), emoji) == emojiGrid::Position{line.section, item})
+                return m_model.setSelectedID(emoji);
+        }
+    }
 }
 
 } // namespace tavrine

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "look/PanelSurface.h"
+#include "look/ListPanel.h"
 #include "utilities/emoji/EmojiGlyphs.h"
 #include "utilities/emoji/EmojiPickerModel.h"
 
@@ -13,9 +13,6 @@ namespace tavrine {
 
 namespace look {
 class ChipStrip;
-class EmptyState;
-class SearchField;
-class VirtualList;
 struct RowState;
 struct Theme;
 } // namespace look
@@ -25,7 +22,7 @@ struct Theme;
 ///
 /// Belongs to its panel's window; lives on the main thread. Keys count while it is shown, in the window that is called
 /// `EmojiPickerModel::windowTitle`. Only emojis in sight are drawn.
-class EmojiPickerView : public look::PanelSurface {
+class EmojiPickerView : public look::ListPanel {
     Q_OBJECT
 
 public:
@@ -37,9 +34,7 @@ public:
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:
-    void showEvent(QShowEvent *event) override;
-    void hideEvent(QHideEvent *event) override;
-    void wheelEvent(QWheelEvent *event) override;
+    void selectRow(int row, int direction) override;
 
 private:
     /// A line of the list: a section's header, or up to eight of its items.
@@ -66,11 +61,7 @@ private:
     EmojiGlyphs m_glyphs;
     std::vector<Line> m_lines;
     std::optional<emojiGrid::Position> m_selection;
-    look::PanelKeys *m_keys;
-    look::SearchField *m_search = nullptr;
     look::ChipStrip *m_categories = nullptr;
-    look::VirtualList *m_list = nullptr;
-    look::EmptyState *m_empty = nullptr;
 };
 
 } // namespace tavrine

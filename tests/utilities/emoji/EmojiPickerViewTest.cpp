@@ -17,6 +17,10 @@ protected:
     EmojiPickerViewTest() {
         storeRecents({});
         storePins(array({"👍"}));
+        start();
+    }
+    void start() {
+        view.reset();
         store = makeStore();
         view = std::make_unique<EmojiPickerView>(
             EmojiPickerModel::Ports{*store, center, time}, [this] { ++dismissals; },
@@ -58,6 +62,54 @@ TEST_F(EmojiPickerViewTest, commandIsControlOrSuper) {
     EXPECT_EQ(strip()->current(), 8);
     key(Qt::Key_P, Qt::ControlModifier);
     EXPECT_EQ(store->pinnedEmojis(), (QStringList{text("👍"), text("🏁")}));
+}
+
+TEST_F(EmojiPickerViewTest, controlArrowsMoveByWordsInAFieldWithText) {
+    field()->setText(QStringLiteral("object o"));
+    key(Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(field()->cursorPosition(), 7);
+    EXPECT_EQ(strip()->current(), 0);
+    key(Qt::Key_Left, Qt::MetaModifier);
+    EXPECT_EQ(strip()->current(), 8);
+    EXPECT_EQ(field()->cursorPosition(), 7);
+}
+
+TEST_F(EmojiPickerViewTest, typingInTheMiddleKeepsTheCaretAndTheUndo) {
+    field()->setText(QStringLiteral("fae"));
+    field()->setCursorPosition(2);
+    QTest::keyClicks(field(), QStringLiteral("c"));
+    EXPECT_EQ(field()->text(), QStringLiteral("face"));
+    EXPECT_EQ(field()->cursorPosition(), 3);
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(field()->text(), QStringLiteral("fae"));
+}
+
+TEST_F(EmojiPickerViewTest, lettersTypedWhileAnotherControlHasTheFocusArriveInTheField) {
+    auto *chip = view->findChildren<look::Chip *>().at(3);
+    QTest::keyClicks(chip, QStringLiteral("face"));
+    EXPECT_EQ(field()->text(), QStringLiteral("face"));
+}
+
+TEST_F(EmojiPickerViewTest, thePageKeysMoveByAPageAndKeepTheColumn) {
+    QByteArray rows;
+    for (int i = 0; i < 400; ++i)
+        rows += (i ? "," : "[") + QByteArray(R"({"emoji":"e)") + QByteArray::number(i) +
+                R"(","name":"n","category":"Objects"})";
+    QFile file(tablePath());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(rows + "]");
+    file.close();
+    storePins({});
+    start();
+    key(Qt::Key_Right);
+    const int page = list()->height() / int(list()->rowRect(1).height());
+    key(Qt::Key_PageDown);
+    EXPECT_EQ(list()->selectedRow(), 1 + page - 1);
+    key(Qt::Key_PageDown);
+    key(Qt::Key_PageUp);
+    EXPECT_EQ(list()->selectedRow(), 1 + page - 1);
+    key(Qt::Key_Return);
+    EXPECT_EQ(chosen, QStringList{QStringLiteral("e%1").arg(8 * (page - 1) + 1)});
 }
 
 TEST_F(EmojiPickerViewTest, escapeDismisses) {
