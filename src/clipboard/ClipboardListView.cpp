@@ -98,6 +98,8 @@ QString ClipboardListView::accessibleText(int row) const {
     QStringList words = spokenWords(row);
     if (!words.isEmpty())
         words.first().truncate(longestSpoken);
+    if (!words.isEmpty() && words.first().trimmed().isEmpty())
+        words.first() = QStringLiteral("White space");
     return words.join(QStringLiteral(", "));
 }
 

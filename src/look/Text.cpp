@@ -1,14 +1,19 @@
 #include "look/Text.h"
 
+#include "look/EmojiGlyphs.h"
+#include "look/EmojiText.h"
+
 #include <QApplication>
 #include <QFontMetricsF>
 #include <QPaintDevice>
 #include <QPainter>
 #include <QTextBoundaryFinder>
+#include <QTextLayout>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 
 namespace tavrine::look {
 namespace {
@@ -37,6 +42,8 @@ constexpr qreal narrowestLetter = 1.0;
 constexpr qsizetype longestLead = 4096;
 constexpr qsizetype longestLine = 2048;
 
+constexpr qsizetype lineGlyphBytes = 256 * 1024; // four hundred in a row's title
+
 // The start of the text, at most about `units` long, cut between two letters.
 QString start(const QString &text, qsizetype units, bool &isCut) {
     qsizetype first = 0;
@@ -52,6 +59,20 @@ QString start(const QString &text, qsizetype units, bool &isCut) {
     if (end <= 0) // one letter with thousands of marks
         end = part.at(units).isLowSurrogate() ? units - 1 : units;
     return part.left(end);
+}
+
+/// A text of nothing but white space as the marks that people know for it.
+QString whiteSpaceMarks(const QString &text) {
+    QString marks;
+    for (const QChar c : text) {
+        if (c == u'\t')
+            marks += QChar(0x21E5);
+        else if (c == u'\n' || c == QChar::LineSeparator || c == QChar::ParagraphSeparator)
+            marks += QChar(0x21B5);
+        else if (c != u'\r')
+            marks += QChar(0x2423);
+    }
+    return marks;
 }
 
 } // namespace
@@ -74,32 +95,91 @@ QFont fontFor(TextRole role) {
     return fonts[size_t(role)];
 }
 
-QString oneLine(const QString &text, const QFont &font, qreal width) {
-    if (width <= 0)
-        return {};
+namespace {
+
+/// The line with its emoji taken out, and as much of its text as has room.
+struct FittedLine {
+    EmojiLine line;
+    QString shown;
+};
+
+FittedLine fitted(const QString &text, const QFont &font, qreal width) {
     bool isCut = false;
     const auto units = std::min(longestLine, qsizetype(width / narrowestLetter) + 16);
-    QString line = start(text, units, isCut).simplified();
-    for (QChar &letter : line) {
+    const QString begin = start(text, units, isCut);
+    QString simplified = begin.simplified();
+    if (simplified.isEmpty()) {
+        simplified = whiteSpaceMarks(text.left(units));
+        isCut = text.size() > units;
+    }
+    for (QChar &letter : simplified) {
         if (letter.category() == QChar::Other_Control)
             letter = u' ';
     }
+    const EmojiLine line = emojiLine(simplified);
     const QFontMetricsF metrics(font);
-    if (!isCut && metrics.horizontalAdvance(line) <= width)
-        return line;
+    if (!isCut && metrics.horizontalAdvance(line.text) <= width)
+        return {line, line.text};
     // Elided even where the cut start fits, since more follows.
     const QString ellipsis(QChar(0x2026));
-    if (isCut && metrics.horizontalAdvance(line + ellipsis) <= width)
-        return line + ellipsis;
-    return metrics.elidedText(line, Qt::ElideRight, width);
+    if (isCut && metrics.horizontalAdvance(line.text + ellipsis) <= width)
+        return {line, line.text + ellipsis};
+    return {line, metrics.elidedText(line.text, Qt::ElideRight, width)};
+}
+
+/// Pictures for lines of text, apart for each height of them. Together they take as much as a screen full of them.
+EmojiGlyphs &lineGlyphs(int side) {
+    static std::map<int, EmojiGlyphs> glyphs;
+    return glyphs.try_emplace(side, side, lineGlyphBytes).first->second;
+}
+
+/// Paints the emoji of a line that stands at `place`, its baseline's left end.
+void paintEmojis(QPainter &painter, const FittedLine &fit, const QFont &font, QPointF place, const QColor &colour) {
+    QTextLayout layout(fit.shown, font);
+    QTextOption option;
+    option.setTextDirection(Qt::LayoutDirectionAuto);
+    option.setWrapMode(QTextOption::NoWrap);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    const QTextLine line = layout.createLine();
+    layout.endLayout();
+    const qreal scale = painter.device()->devicePixelRatioF();
+    const qreal middle = place.y() - QFontMetricsF(font).capHeight() / 2;
+    qsizetype next = 0;
+    for (int i = 0; i < fit.shown.size(); ++i) {
+        if (fit.shown.at(i) != EmojiLine::place)
+            continue;
+        const qreal begin = line.cursorToX(i);
+        const qreal end = line.cursorToX(i + 1);
+        const QString &emoji = fit.line.emojis.at(next++);
+        const QPixmap picture = lineGlyphs(font.pixelSize()).picture(emoji, colour, scale);
+        if (picture.isNull()) { // newer than all fonts
+            painter.drawText(QPointF(place.x() + std::min(begin, end), place.y()), emoji);
+            continue;
+        }
+        const QPointF corner(place.x() + (begin + end) / 2 - font.pixelSize() / 2.0, middle - font.pixelSize() / 2.0);
+        painter.drawPixmap(QPointF(std::round(corner.x() * scale) / scale, std::round(corner.y() * scale) / scale),
+                           picture);
+    }
+}
+
+} // namespace
+
+QString oneLine(const QString &text, const QFont &font, qreal width) {
+    if (width <= 0)
+        return {};
+    const FittedLine fit = fitted(text, font, width);
+    return fit.line.whole(fit.shown);
 }
 
 qreal paintLine(QPainter &painter, const QRectF &rect, const QString &text, TextRole role, const QColor &colour,
                 Qt::Alignment alignment) {
+    if (rect.width() <= 0)
+        return 0;
     const QFont font = fontFor(role);
     const QFontMetricsF metrics(font);
-    const QString line = oneLine(text, font, rect.width());
-    const qreal width = metrics.horizontalAdvance(line);
+    const FittedLine fit = fitted(text, font, rect.width());
+    const qreal width = metrics.horizontalAdvance(fit.shown);
     qreal x = rect.left();
     if (alignment & Qt::AlignRight)
         x = rect.right() - width;
@@ -107,11 +187,13 @@ qreal paintLine(QPainter &painter, const QRectF &rect, const QString &text, Text
         x = rect.left() + (rect.width() - width) / 2;
     const qreal scale = painter.device()->devicePixelRatioF();
     const auto onGrid = [scale](qreal place) { return std::round(place * scale) / scale; };
-    const qreal baseline = rect.top() + (rect.height() + metrics.capHeight()) / 2;
+    const QPointF place(onGrid(x), onGrid(rect.top() + (rect.height() + metrics.capHeight()) / 2));
     painter.setFont(font);
     painter.setPen(colour);
     painter.setLayoutDirection(Qt::LayoutDirectionAuto);
-    painter.drawText(QPointF(onGrid(x), onGrid(baseline)), line);
+    painter.drawText(place, fit.shown);
+    if (!fit.line.emojis.isEmpty())
+        paintEmojis(painter, fit, font, place, colour);
     return width;
 }
 

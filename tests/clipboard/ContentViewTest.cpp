@@ -169,6 +169,12 @@ TEST_F(ContentViewTest, opensAtTheTopHoweverItWasLeft) {
     EXPECT_EQ(list().offset(), 0);
 }
 
+TEST_F(ContentViewTest, aTextOfWhiteSpaceAloneIsSpokenOf) {
+    save(str(" \n"), 1s);
+    startPanel();
+    EXPECT_EQ(shown(), QStringList{str("White space")});
+}
+
 TEST_F(ContentViewTest, aPictureRowHasRoomForItsThumbnail) {
     save(str("Copied Image"), 4s, str("gone.png"));
     startWithThree();

@@ -2,6 +2,8 @@
 
 #include <QElapsedTimer>
 #include <QFontMetricsF>
+#include <QImage>
+#include <QPainter>
 #include <QTextBoundaryFinder>
 
 #include <gtest/gtest.h>
@@ -93,6 +95,55 @@ TEST(OneLine, keepsTheOrderOfRightToLeftText) {
     const QString cut = oneLine(hebrew.repeated(100), body(), 200);
     EXPECT_TRUE(cut.endsWith(ellipsis));
     EXPECT_TRUE(hebrew.repeated(100).startsWith(cut.chopped(1)));
+}
+
+TEST(OneLine, aTextOfWhiteSpaceAloneShowsWhatItIs) {
+    EXPECT_EQ(oneLine(QStringLiteral("  "), body(), 300), QString::fromUtf8("␣␣"));
+    EXPECT_EQ(oneLine(QStringLiteral(" \t\r\n\n\u00A0\u3000"), body(), 300), QString::fromUtf8("␣⇥↵↵␣␣"));
+    EXPECT_EQ(oneLine(QStringLiteral(" a "), body(), 300), QStringLiteral("a"));
+    EXPECT_EQ(oneLine(QString(), body(), 300), QString());
+    const QString cut = oneLine(QString(100'000, u' '), body(), 100);
+    EXPECT_TRUE(cut.startsWith(QString::fromUtf8("␣␣")) && cut.endsWith(ellipsis));
+    EXPECT_LE(widthOf(cut), 100.5);
+}
+
+/// The width that a line takes when it is painted, and the area that its ink covers.
+std::pair<qreal, QRect> painted(const char *utf8, qreal width = 400) {
+    QImage image(420, 40, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    const qreal used = paintLine(painter, QRectF(4, 0, width, 40), QString::fromUtf8(utf8), TextRole::body, Qt::black);
+    painter.end();
+    QRect ink;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (qAlpha(image.pixel(x, y)) > 64)
+                ink |= QRect(x, y, 1, 1);
+    return {used, ink};
+}
+
+TEST(PaintLine, aSequenceOfEmojiIsOneGlyph) {
+    const auto one = painted("😀");
+    ASSERT_GT(one.second.width(), 8);
+    for (const char *emoji : {"🏳️‍🌈", "🕵️‍♂️", "👩‍❤️‍👨", "👨‍👩‍👧‍👦",
+                              "1️⃣", "❤️", "👍🏿", "🇩🇪"}) {
+        const auto [width, ink] = painted(emoji);
+        EXPECT_NEAR(width, one.first, 1.5) << emoji;
+        EXPECT_NEAR(ink.width(), one.second.width(), 4) << emoji;
+    }
+}
+
+TEST(PaintLine, wordsStandBesideASequenceAsWideAsEver) {
+    const qreal words = painted("before after").first;
+    EXPECT_NEAR(painted("before 🕵️‍♂️after").first, words + painted("😀").first, 2);
+}
+
+TEST(PaintLine, aLineOfSequencesIsCutBetweenThem) {
+    const auto [width, ink] =
+        painted("🕵️‍♂️🕵️‍♂️🕵️‍♂️🕵️‍♂️🕵️‍♂️🕵️‍♂️", 50);
+    EXPECT_LE(width, 50.5);
+    EXPECT_LE(ink.right(), 55);
+    EXPECT_GT(width, 30);
 }
 
 TEST(OneLine, holdsNoControlCharacters) {

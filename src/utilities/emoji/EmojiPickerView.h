@@ -1,7 +1,7 @@
 #pragma once
 
+#include "look/EmojiGlyphs.h"
 #include "look/ListPanel.h"
-#include "utilities/emoji/EmojiGlyphs.h"
 #include "utilities/emoji/EmojiPickerModel.h"
 
 #include <QPointF>
@@ -58,7 +58,7 @@ private:
     [[nodiscard]] QString accessibleText(int row) const;
 
     EmojiPickerModel m_model;
-    EmojiGlyphs m_glyphs;
+    look::EmojiGlyphs m_glyphs;
     std::vector<Line> m_lines;
     std::optional<emojiGrid::Position> m_selection;
     look::ChipStrip *m_categories = nullptr;

@@ -159,58 +159,5 @@ TEST_F(EmojiPickerViewTest, anOpeningBeginsAnew) {
     EXPECT_EQ(list()->offset(), 0);
 }
 
-TEST(EmojiGlyphs, keepWithinTheirBound) {
-    EmojiGlyphs glyphs(38);
-    const qsizetype one = 38 * 2 * 38 * 2 * 4;
-    const int more = int(EmojiGlyphs::limitBytes / one) + 50;
-    int drawn = 0;
-    for (int i = 0; i < more; ++i)
-        drawn += glyphs.picture(QString(QChar(u'A' + i % 26)) + QString::number(i), Qt::black, 2).isNull() ? 0 : 1;
-    ASSERT_EQ(drawn, more);
-    EXPECT_LE(glyphs.bytesInUse(), EmojiGlyphs::limitBytes);
-    EXPECT_LT(glyphs.count(), more);
-    EXPECT_GT(glyphs.count(), more / 2);
-}
-
-TEST(EmojiGlyphs, aSequenceIsOnePictureOfItsOwn) {
-    EmojiGlyphs glyphs(32);
-    const auto picture = [&](const char *emoji) {
-        return glyphs.picture(QString::fromUtf8(emoji), Qt::black, 1).toImage();
-    };
-    const QImage man = picture("👨");
-    const QImage family = picture("👨‍👩‍👧‍👦");
-    const QImage darkThumb = picture("👍🏿");
-    ASSERT_FALSE(man.isNull());
-    EXPECT_EQ(family.size(), QSize(32, 32));
-    EXPECT_NE(family, man); // and not its first person
-    EXPECT_NE(darkThumb, picture("👍"));
-    EXPECT_NE(picture("🇩🇪"), picture("🇺🇳"));
-}
-
-TEST(EmojiGlyphs, aPictureStandsInTheMiddleAndIsNotCut) {
-    for (const qreal scale : {1.0, 2.0}) {
-        EmojiGlyphs glyphs(32);
-        const QImage image = glyphs.picture(QString::fromUtf8("😀"), Qt::black, scale).toImage();
-        ASSERT_EQ(image.width(), int(32 * scale));
-        QRect ink;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                if (qAlpha(image.pixel(x, y)) > 64)
-                    ink |= QRect(x, y, 1, 1);
-        EXPECT_LE(std::abs(ink.center().x() - image.width() / 2), int(2 * scale));
-        EXPECT_LE(std::abs(ink.center().y() - image.height() / 2), int(2 * scale));
-        EXPECT_GT(ink.width(), int(20 * scale));
-        EXPECT_FALSE(ink.left() == 0 || ink.top() == 0 || ink.right() == image.width() - 1);
-    }
-}
-
-TEST(EmojiGlyphs, aSelectorDecidesBetweenPictureAndSign) {
-    EXPECT_TRUE(isEmojiPresentation(QString::fromUtf8("❤️")));
-    EXPECT_FALSE(isEmojiPresentation(QString::fromUtf8("❤")));
-    EXPECT_TRUE(isEmojiPresentation(QString::fromUtf8("✅")));
-    EXPECT_FALSE(isEmojiPresentation(QString::fromUtf8("→")));
-    EXPECT_TRUE(isEmojiPresentation(QString::fromUtf8("😀")));
-}
-
 } // namespace
 } // namespace tavrine

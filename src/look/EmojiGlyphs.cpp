@@ -1,48 +1,18 @@
-#include "utilities/emoji/EmojiGlyphs.h"
+#include "look/EmojiGlyphs.h"
 
+#include "look/EmojiText.h"
 #include "look/Text.h"
 
-#include <QFontDatabase>
 #include <QFontMetricsF>
 #include <QGlyphRun>
 #include <QPainter>
 #include <QTextLayout>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
-namespace tavrine {
+namespace tavrine::look {
 namespace {
-
-constexpr char32_t textSelector = 0xFE0E;
-constexpr char32_t emojiSelector = 0xFE0F;
-constexpr char32_t firstPictograph = 0x1F000;
-
-struct Range {
-    char32_t first;
-    char32_t last;
-};
-// Emoji_Presentation below the pictographs, from Unicode's emoji-data.txt 15.0.
-constexpr auto presentedAsEmoji = std::to_array<Range>({
-    {0x231A, 0x231B}, {0x23E9, 0x23EC}, {0x23F0, 0x23F0}, {0x23F3, 0x23F3}, {0x25FD, 0x25FE}, {0x2614, 0x2615},
-    {0x2648, 0x2653}, {0x267F, 0x267F}, {0x2693, 0x2693}, {0x26A1, 0x26A1}, {0x26AA, 0x26AB}, {0x26BD, 0x26BE},
-    {0x26C4, 0x26C5}, {0x26CE, 0x26CE}, {0x26D4, 0x26D4}, {0x26EA, 0x26EA}, {0x26F2, 0x26F3}, {0x26F5, 0x26F5},
-    {0x26FA, 0x26FA}, {0x26FD, 0x26FD}, {0x2705, 0x2705}, {0x270A, 0x270B}, {0x2728, 0x2728}, {0x274C, 0x274C},
-    {0x274E, 0x274E}, {0x2753, 0x2755}, {0x2757, 0x2757}, {0x2795, 0x2797}, {0x27B0, 0x27B0}, {0x27BF, 0x27BF},
-    {0x2B1B, 0x2B1C}, {0x2B50, 0x2B50}, {0x2B55, 0x2B55},
-});
-
-// The colour fonts that desktops ship, and the monochrome ones that stand in for them.
-QStringList emojiFamilies() {
-    QStringList families;
-    for (const char *name : {"Noto Color Emoji", "Twitter Color Emoji", "Twemoji", "JoyPixels", "OpenMoji Color",
-                             "Apple Color Emoji", "Segoe UI Emoji", "Noto Emoji", "Symbola"}) {
-        if (QFontDatabase::hasFamily(QLatin1String(name)))
-            families.append(QLatin1String(name));
-    }
-    return families;
-}
 
 /// The one glyph of a sequence as the font's own picture, which costs a sixth of drawing it as text: a colour font
 /// keeps compressed pictures, and text lays out, measures and draws, each of which unpacks the picture again. Null
@@ -71,18 +41,8 @@ QImage glyphPicture(const QString &emoji, const QFont &font, const QRawFont &raw
 
 } // namespace
 
-bool isEmojiPresentation(const QString &emoji) {
-    const QList<uint> letters = emoji.toUcs4();
-    if (letters.isEmpty() || letters.contains(uint(textSelector)))
-        return false;
-    const char32_t first = letters.front();
-    return first >= firstPictograph || letters.contains(uint(emojiSelector)) ||
-           std::ranges::any_of(presentedAsEmoji,
-                               [first](Range range) { return first >= range.first && first <= range.last; });
-}
-
-EmojiGlyphs::EmojiGlyphs(int sidePoints)
-    : m_side(sidePoints), m_textFont(look::fontFor(look::TextRole::body)), m_pictures(limitBytes) {
+EmojiGlyphs::EmojiGlyphs(int sidePoints, qsizetype bytes)
+    : m_side(sidePoints), m_textFont(fontFor(TextRole::body)), m_pictures(bytes) {
     m_emojiFont = m_textFont;
     m_emojiFont.setFamilies(emojiFamilies() + m_textFont.families());
 }
@@ -98,8 +58,10 @@ QPixmap EmojiGlyphs::picture(const QString &emoji, const QColor &textColour, qre
     return picture;
 }
 
-QPixmap EmojiGlyphs::drawn(const QString &emoji, const QColor &textColour, qreal scale) {
-    QFont font = isEmojiPresentation(emoji) ? m_emojiFont : m_textFont;
+QPixmap EmojiGlyphs::drawn(const QString &sequence, const QColor &textColour, qreal scale) {
+    const bool isPicture = isEmojiPresentation(sequence);
+    const QString emoji = isPicture ? withoutEmojiSelectors(sequence) : sequence;
+    QFont font = isPicture ? m_emojiFont : m_textFont;
     const QList<uint> letters = emoji.toUcs4();
     if (letters.isEmpty() || !QFontMetricsF(font).inFontUcs4(letters.front()))
         return {};
@@ -110,7 +72,7 @@ QPixmap EmojiGlyphs::drawn(const QString &emoji, const QColor &textColour, qreal
     QPainter painter(&picture);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
     painter.translate(side / 2.0, side / 2.0);
-    if (isEmojiPresentation(emoji)) {
+    if (isPicture) {
         if (m_rawFont.pixelSize() != font.pixelSize())
             m_rawFont = QRawFont::fromFont(font);
         if (const QImage glyph = glyphPicture(emoji, font, m_rawFont); !glyph.isNull()) {
@@ -139,4 +101,4 @@ QPixmap EmojiGlyphs::drawn(const QString &emoji, const QColor &textColour, qreal
     return picture;
 }
 
-} // namespace tavrine
+} // namespace tavrine::look

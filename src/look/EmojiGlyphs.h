@@ -7,20 +7,20 @@
 #include <QRawFont>
 #include <QString>
 
-namespace tavrine {
+namespace tavrine::look {
 
 /// Pictures of emojis. Colour glyphs are slow to paint as text, so each is drawn once and kept; the least recently used
-/// go when all together would take more than `limitBytes`. Belongs to a view; main thread only.
+/// go when all together would take more than a bound. Belongs to a view; main thread only.
 ///
-/// An emoji is drawn from the desktop's colour font where there is one, a text sign such as an arrow in the text's
-/// colour from the desktop's own font.
+/// A sequence of several code points is one picture. An emoji is drawn from the desktop's colour font where there is
+/// one, a text sign such as an arrow in the text's colour from the desktop's own font.
 class EmojiGlyphs {
 public:
     /// A thousand glyphs at one pixel a point, more than a person scrolls through to find one.
     static constexpr qsizetype limitBytes = 4 * 1024 * 1024;
 
     /// `sidePoints` is the side of the square that a glyph is fitted into.
-    explicit EmojiGlyphs(int sidePoints);
+    explicit EmojiGlyphs(int sidePoints, qsizetype bytes = limitBytes);
 
     /// At `scale` device pixels a point. Null when no font on this desktop has the emoji.
     [[nodiscard]] QPixmap picture(const QString &emoji, const QColor &textColour, qreal scale);
@@ -29,7 +29,7 @@ public:
     [[nodiscard]] qsizetype count() const { return m_pictures.size(); }
 
 private:
-    [[nodiscard]] QPixmap drawn(const QString &emoji, const QColor &textColour, qreal scale);
+    [[nodiscard]] QPixmap drawn(const QString &sequence, const QColor &textColour, qreal scale);
 
     int m_side;
     QFont m_emojiFont;
@@ -38,8 +38,4 @@ private:
     QCache<QString, QPixmap> m_pictures;
 };
 
-/// Whether the sequence is shown as a coloured picture rather than as a sign of the text: by its variation selector,
-/// else by its first character's property Emoji_Presentation.
-[[nodiscard]] bool isEmojiPresentation(const QString &emoji);
-
-} // namespace tavrine
+} // namespace tavrine::look
