@@ -112,7 +112,7 @@ QPalette paletteOf(const Theme &theme) {
     palette.setColor(QPalette::Base, theme.field);
     palette.setColor(QPalette::AlternateBase, theme.elevated);
     palette.setColor(QPalette::Text, theme.text);
-    palette.setColor(QPalette::PlaceholderText, theme.tertiaryText);
+    palette.setColor(QPalette::PlaceholderText, theme.placeholder);
     palette.setColor(QPalette::Button, theme.elevated);
     palette.setColor(QPalette::ButtonText, theme.text);
     palette.setColor(QPalette::ToolTipBase, theme.toolTip);

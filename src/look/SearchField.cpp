@@ -76,7 +76,7 @@ void SearchField::recolour() {
     palette.setColor(QPalette::Base, Qt::transparent);
     palette.setColor(QPalette::Window, Qt::transparent);
     palette.setColor(QPalette::Text, theme.text);
-    palette.setColor(QPalette::PlaceholderText, theme.tertiaryText);
+    palette.setColor(QPalette::PlaceholderText, theme.placeholder);
     palette.setColor(QPalette::Highlight, theme.accent);
     palette.setColor(QPalette::HighlightedText, theme.onAccent);
     if (palette != m_edit->palette())

@@ -9,6 +9,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <string_view>
 
@@ -78,17 +79,44 @@ QPainterPath pathOf(const Layer &layer) {
     return path;
 }
 
+/// How far the picture is moved so that most of its straight strokes have both edges on the grid of pixels. Strokes are
+/// 16 of 256 units wide, and each icon has its own idea of where they lie, in either direction.
+QPointF shiftOntoGrid(const Entry &entry, qreal scale) {
+    const qreal stroke = 16 * scale;
+    if (std::abs(stroke - std::round(stroke)) > 0.01)
+        return {};                                // no shift puts both edges there
+    std::array<std::array<qreal, 2>, 2> onGrid{}; // by direction, then without and with half a pixel
+    for (const Layer &layer : symboltable::layers.subspan(entry.firstLayer, entry.layerCount)) {
+        const QPainterPath path = pathOf(layer);
+        for (int i = 1; i < path.elementCount(); ++i) {
+            const QPointF from = path.elementAt(i - 1);
+            const QPointF to = path.elementAt(i);
+            const bool isUpright = from.x() == to.x();
+            if (path.elementAt(i).type != QPainterPath::LineToElement || isUpright == (from.y() == to.y()))
+                continue;
+            const qreal place = (isUpright ? from.x() : from.y()) * scale;
+            for (const size_t half : {0, 1}) {
+                const qreal moved = place + qreal(half) / 2;
+                if (std::abs(moved - std::round(moved)) < 0.05)
+                    onGrid.at(isUpright ? 0 : 1).at(half) += std::abs(to.x() - from.x()) + std::abs(to.y() - from.y());
+            }
+        }
+    }
+    const auto shift = [isOdd = std::lround(stroke) % 2 == 1](const std::array<qreal, 2> &lengths) {
+        if (lengths[0] == lengths[1])
+            return isOdd ? 0.5 : 0.0; // nothing straight: about multiples of 16, as most icons
+        return lengths[1] > lengths[0] ? 0.5 : 0.0;
+    };
+    return {shift(onGrid[0]), shift(onGrid[1])};
+}
+
 QPixmap draw(const Entry &entry, const QColor &colour, int pixels) {
     QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     const qreal scale = pixels / qreal(symboltable::unitsPerIcon);
-    // The icons' strokes are 16 units wide about multiples of 16. Where that is an odd number of pixels, half a pixel
-    // to the side puts both edges of every straight stroke on the grid.
-    const qreal stroke = 16 * scale;
-    if (std::abs(stroke - std::round(stroke)) < 0.01 && std::lround(stroke) % 2 == 1)
-        painter.translate(0.5, 0.5);
+    painter.translate(shiftOntoGrid(entry, scale));
     painter.scale(scale, scale);
     for (const Layer &layer : symboltable::layers.subspan(entry.firstLayer, entry.layerCount)) {
         const QPainterPath path = pathOf(layer);

@@ -33,6 +33,8 @@ void fill(QColor &ground, QColor &text) {
 }
 
 void addAccent(Theme &theme, const QColor &accent) {
+    // As quiet as words may be. The harder ground is the one nearer to them.
+    theme.placeholder = readable(theme.tertiaryText, theme.surface, textRatio);
     theme.accent = accent;
     fill(theme.accent, theme.onAccent);
     fill(theme.danger, theme.onDanger);

@@ -8,7 +8,8 @@ namespace tavrine::look {
 ///
 ///  1. `text` and `secondaryText` stand at 4.5:1 or better on every ground of the theme: `surface`, `elevated`,
 ///  `field`,
-///     and `surface` under `hover`, `pressed` and `selection`. `tertiaryText` stands at 3:1 on `surface`.
+///     and `surface` under `hover`, `pressed` and `selection`. `tertiaryText` stands at 3:1 on `surface`,
+///     `placeholder` at 4.5:1 on `surface` and `field`.
 ///  2. `accentText`, `dangerText` and `successText` stand at 4.5:1 on `surface` and `elevated` whatever accent the
 ///     person chose; `onAccent` and `onDanger` stand at 4.5:1 on `accent` and `danger`.
 ///  3. Colours with alpha (`hover`, `pressed`, `selection`, `separator`, `control`) are laid over a ground.
@@ -26,7 +27,8 @@ struct Theme {
     QColor text;
     QColor secondaryText;
     QColor tertiaryText;
-    QColor accent; ///< as a fill
+    QColor placeholder; ///< what a field says while it is empty
+    QColor accent;      ///< as a fill
     QColor onAccent;
     QColor accentText;
     QColor danger;

@@ -199,6 +199,27 @@ TEST(Symbols, strokesAreFullPixelsAtTheSizeOfRows) {
     EXPECT_GE(darkest, 250);
 }
 
+// Their straight strokes lie on other lines of the icons' grid than most, in one direction or in both.
+TEST(Symbols, theBinTheBookmarkAndTheCropHaveFullPixelsInBothDirections) {
+    for (const char *name : {"trash", "bookmark", "crop", "clipboard", "rectangle", "photo"}) {
+        const QImage drawn = image(QString::fromLatin1(name), 16);
+        int fullColumns = 0;
+        int fullRows = 0;
+        for (int i = 0; i < 16; ++i) {
+            int inColumn = 0;
+            int inRow = 0;
+            for (int j = 0; j < 16; ++j) {
+                inColumn += qAlpha(drawn.pixel(i, j)) >= 250;
+                inRow += qAlpha(drawn.pixel(j, i)) >= 250;
+            }
+            fullColumns += inColumn >= 5;
+            fullRows += inRow >= 5;
+        }
+        EXPECT_GE(fullColumns, 2) << name << ": the two sides";
+        EXPECT_GE(fullRows, 1) << name << ": a bar across";
+    }
+}
+
 TEST(Symbols, keepAtMostAMegabyteOfPictures) {
     for (int size = 8; size < 200; ++size) {
         EXPECT_FALSE(symbolPixmap(QStringLiteral("trash"), size, QColor(size, 0, 0), 1).isNull());

@@ -1,5 +1,11 @@
 #include "look/Theme.h"
 
+#include "adapters/fake/VirtualTime.h"
+#include "look/Look.h"
+#include "look/SearchField.h"
+
+#include <QLineEdit>
+
 #include <gtest/gtest.h>
 
 namespace tavrine::look {
@@ -41,6 +47,18 @@ TEST_P(ThemeTest, primaryAndSecondaryTextStandOutOnEveryGround) {
 
 TEST_P(ThemeTest, tertiaryTextStandsOutAtThreeToOne) {
     EXPECT_GE(contrast(theme().tertiaryText, theme().surface), 3.0);
+}
+
+TEST_P(ThemeTest, placeholdersStandOutOnFieldsAndPanels) {
+    const Theme theme = this->theme();
+    VirtualTime time;
+    Look look(time);
+    SearchField field(QStringLiteral("Search"));
+    look.setTheme(&field, theme);
+    const QColor placeholder = field.lineEdit()->palette().color(QPalette::PlaceholderText);
+    for (const QColor &ground : {theme.surface, theme.field})
+        EXPECT_GE(contrast(placeholder, ground), 4.5);
+    EXPECT_GE(contrast(theme.text, placeholder), 1.5) << "no typed text";
 }
 
 TEST_P(ThemeTest, colouredWordsStandOutOnTheirGrounds) {
