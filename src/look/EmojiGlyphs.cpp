@@ -66,7 +66,7 @@ QPixmap EmojiGlyphs::drawn(const QString &sequence, const QColor &textColour, qr
     if (letters.isEmpty() || !QFontMetricsF(font).inFontUcs4(letters.front()))
         return {};
     const int side = int(std::ceil(m_side * scale));
-    font.setPixelSize(std::max(1, int(side * 0.84))); // of which a colour glyph is a sixth wider
+    font.setPixelSize(std::max(1, int(side * glyphPart)));
     QPixmap picture(side, side);
     picture.fill(Qt::transparent);
     QPainter painter(&picture);

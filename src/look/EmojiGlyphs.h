@@ -19,6 +19,9 @@ public:
     /// A thousand glyphs at one pixel a point, more than a person scrolls through to find one.
     static constexpr qsizetype limitBytes = 4 * 1024 * 1024;
 
+    /// How much of the square a glyph takes; the rest is its margin.
+    static constexpr qreal glyphPart = 0.84;
+
     /// `sidePoints` is the side of the square that a glyph is fitted into.
     explicit EmojiGlyphs(int sidePoints, qsizetype bytes = limitBytes);
 

@@ -145,6 +145,7 @@ void paintEmojis(QPainter &painter, const FittedLine &fit, const QFont &font, QP
     layout.endLayout();
     const qreal scale = painter.device()->devicePixelRatioF();
     const qreal middle = place.y() - QFontMetricsF(font).capHeight() / 2;
+    const int side = int(std::ceil(font.pixelSize() / EmojiGlyphs::glyphPart)); // the ink fills the em
     qsizetype next = 0;
     for (int i = 0; i < fit.shown.size(); ++i) {
         if (fit.shown.at(i) != EmojiLine::place)
@@ -152,12 +153,12 @@ void paintEmojis(QPainter &painter, const FittedLine &fit, const QFont &font, QP
         const qreal begin = line.cursorToX(i);
         const qreal end = line.cursorToX(i + 1);
         const QString &emoji = fit.line.emojis.at(next++);
-        const QPixmap picture = lineGlyphs(font.pixelSize()).picture(emoji, colour, scale);
+        const QPixmap picture = lineGlyphs(side).picture(emoji, colour, scale);
         if (picture.isNull()) { // newer than all fonts
             painter.drawText(QPointF(place.x() + std::min(begin, end), place.y()), emoji);
             continue;
         }
-        const QPointF corner(place.x() + (begin + end) / 2 - font.pixelSize() / 2.0, middle - font.pixelSize() / 2.0);
+        const QPointF corner(place.x() + (begin + end) / 2 - side / 2.0, middle - side / 2.0);
         painter.drawPixmap(QPointF(std::round(corner.x() * scale) / scale, std::round(corner.y() * scale) / scale),
                            picture);
     }

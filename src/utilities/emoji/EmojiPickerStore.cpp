@@ -1,12 +1,11 @@
 #include "utilities/emoji/EmojiPickerStore.h"
 
 #include "base/UserDefaults.h"
-#include "utilities/emoji/EmojiTable.h"
-
 namespace tavrine {
 
 EmojiPickerStore::EmojiPickerStore(UserDefaults &defaults, const QString &tablePath, QObject *parent)
-    : QObject(parent), m_defaults(defaults), m_emojis(loadEmojiTable(tablePath)), m_search(m_emojis),
+    : QObject(parent), m_defaults(defaults), m_rows(loadEmojiRows(tablePath)),
+      m_search(m_rows.items, std::move(m_rows.searchTexts)),
       m_recentEmojis(storedList(recentsKey).value_or(defaultRecents())),
       m_pinnedEmojis(storedList(pinnedKey).value_or(defaultPins())) {
     m_search.setRecents(m_recentEmojis);

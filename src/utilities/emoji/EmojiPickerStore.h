@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utilities/emoji/EmojiSearch.h"
+#include "utilities/emoji/PreparedEmojiTable.h"
 
 #include <QObject>
 
@@ -27,7 +27,7 @@ public:
     [[nodiscard]] static QStringList defaultRecents(); ///< 16, most recent first
     [[nodiscard]] static QStringList defaultPins();    ///< 4, in the order pinned
 
-    [[nodiscard]] const std::vector<EmojiItem> &emojis() const { return m_emojis; }
+    [[nodiscard]] const std::vector<EmojiItem> &emojis() const { return m_rows.items; }
     [[nodiscard]] const EmojiSearch &search() const { return m_search; }
     [[nodiscard]] const QStringList &recentEmojis() const { return m_recentEmojis; }
     [[nodiscard]] const QStringList &pinnedEmojis() const { return m_pinnedEmojis; }
@@ -49,7 +49,7 @@ private:
     void storeList(const char *key, const QStringList &list);
 
     UserDefaults &m_defaults;
-    const std::vector<EmojiItem> m_emojis;
+    EmojiRows m_rows;
     EmojiSearch m_search;
     QStringList m_recentEmojis;
     QStringList m_pinnedEmojis;

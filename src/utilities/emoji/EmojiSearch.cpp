@@ -38,57 +38,51 @@ struct Ranked {
 
 } // namespace
 
-EmojiSearch::EmojiSearch(const std::vector<EmojiItem> &table)
-    : m_table(table), m_categoryLists(emojiCategories.size()) {
-    m_rows.reserve(table.size());
-    m_firstByEmoji.reserve(static_cast<qsizetype>(table.size()));
+std::vector<EmojiSearchText> emojiSearchTexts(const std::vector<EmojiItem> &table) {
+    std::vector<EmojiSearchText> texts;
+    texts.reserve(table.size());
     for (const EmojiItem &item : table) {
-        addRow(item);
+        EmojiSearchText row;
+        row.text = item.name.toLower();
+        row.nameLength = static_cast<int>(row.text.size());
+        row.text += u'\n' + item.category.toLower();
+        row.keywordsBegin = static_cast<int>(row.text.size());
+        for (const QString &keyword : item.keywords)
+            row.text += u'\n' + keyword.toLower();
+        texts.push_back(std::move(row));
+    }
+    std::vector<size_t> order(table.size());
+    for (size_t i = 0; i < order.size(); ++i)
+        order[i] = i;
+    std::ranges::sort(order, [&](size_t a, size_t b) { return table[a].name < table[b].name; });
+    int rank = 0;
+    for (size_t i = 0; i < order.size(); ++i) {
+        if (i > 0 && table[order[i]].name != table[order[i - 1]].name)
+            ++rank;
+        texts[order[i]].nameRank = rank;
+    }
+    return texts;
+}
+
+EmojiSearch::EmojiSearch(const std::vector<EmojiItem> &table, std::vector<EmojiSearchText> texts)
+    : m_table(table), m_texts(std::move(texts)), m_isRecent(table.size()), m_categoryLists(emojiCategories.size()) {
+    m_firstByEmoji.reserve(static_cast<qsizetype>(table.size()));
+    QString name; // rows of a category stand together
+    std::optional<EmojiCategory> category;
+    for (const EmojiItem &item : table) {
         m_categoryLists[static_cast<size_t>(EmojiCategory::all)].push_back(&item);
-        if (const auto category = emojiCategoryFromLongName(item.category))
+        if (item.category != name || name.isEmpty()) {
+            name = item.category;
+            category = emojiCategoryFromLongName(name);
+        }
+        if (category)
             m_categoryLists[static_cast<size_t>(*category)].push_back(&item);
         if (!m_firstByEmoji.contains(item.emoji))
             m_firstByEmoji.insert(item.emoji, &item);
     }
-    rankNames();
-}
-
-// This is done for some thousand rows at the first opening of the picker, so each row has one text of its own and its
-// keywords are parts of that.
-void EmojiSearch::addRow(const EmojiItem &item) {
-    Row row;
-    const QString name = item.name.toLower();
-    const QString category = item.category.toLower();
-    qsizetype length = name.size() + 1 + category.size();
-    for (const QString &keyword : item.keywords)
-        length += 1 + keyword.size();
-    row.searchText.reserve(length);
-    row.searchText += name;
-    row.searchText += u' ';
-    row.searchText += category;
-    row.nameLength = name.size();
-    row.firstKeyword = m_keywords.size();
-    row.keywordCount = static_cast<size_t>(item.keywords.size());
-    for (const QString &keyword : item.keywords) {
-        const QString lower = keyword.toLower();
-        row.searchText += u' ';
-        m_keywords.push_back({row.searchText.size(), lower.size()});
-        row.searchText += lower;
-    }
-    row.boostWord = boostWord(item.emoji);
-    m_rows.push_back(std::move(row));
-}
-
-void EmojiSearch::rankNames() {
-    std::vector<size_t> order(m_table.size());
-    for (size_t i = 0; i < order.size(); ++i)
-        order[i] = i;
-    std::ranges::sort(order, [&](size_t a, size_t b) { return m_table[a].name < m_table[b].name; });
-    int rank = 0;
-    for (size_t i = 0; i < order.size(); ++i) {
-        if (i > 0 && m_table[order[i]].name != m_table[order[i - 1]].name)
-            ++rank;
-        m_rows[order[i]].nameRank = rank;
+    for (size_t row = 0; row < table.size(); ++row) {
+        if (const QString word = boostWord(table[row].emoji); !word.isEmpty())
+            m_boosts.insert(row, word);
     }
 }
 
@@ -119,40 +113,41 @@ std::vector<EmojiSearch::Token> EmojiSearch::tokens(const QString &query) {
     return tokens;
 }
 
-int EmojiSearch::tokenPoints(const Row &row, const QString &token) const {
+int EmojiSearch::tokenPoints(const EmojiSearchText &row, const QString &token) {
+    const QStringView all = row.text;
     // The search text holds the name and the keywords, so nothing else can match where it does not.
-    if (!row.searchText.contains(token))
+    const qsizetype first = all.indexOf(token);
+    if (first < 0)
         return 0;
-    const QStringView all = row.searchText;
-    if (all.first(row.nameLength).startsWith(token))
+    if (first == 0)
         return row.nameLength == token.size() ? nameEquals : nameBegins;
     int points = textContains;
-    for (size_t i = row.firstKeyword; i < row.firstKeyword + row.keywordCount; ++i) {
-        const Slice &keyword = m_keywords[i];
-        if (!all.sliced(keyword.begin, keyword.length).startsWith(token))
+    for (qsizetype at = all.indexOf(token, row.keywordsBegin); at >= 0; at = all.indexOf(token, at + 1)) {
+        if (at == 0 || all.at(at - 1) != u'\n')
             continue;
-        if (keyword.length == token.size())
+        const qsizetype end = at + token.size();
+        if (end == all.size() || all.at(end) == u'\n')
             return keywordEquals;
         points = keywordBegins;
     }
     return points;
 }
 
-qint64 EmojiSearch::rowScore(const Row &row, const std::vector<Token> &tokens) const {
+qint64 EmojiSearch::rowScore(size_t row, const std::vector<Token> &tokens) const {
     qint64 score = 0;
     for (const Token &token : tokens) {
-        const int points = tokenPoints(row, token.text);
+        const int points = tokenPoints(m_texts[row], token.text);
         if (points == 0)
             return 0;
         score += qint64{points} * token.count;
-        if (row.boostWord == token.text)
+        if (const auto word = m_boosts.constFind(row); word != m_boosts.constEnd() && *word == token.text)
             score += qint64{boost} * token.count;
     }
-    return score + (row.isRecent ? recentBonus : 0);
+    return score + (m_isRecent[row] ? recentBonus : 0);
 }
 
 qint64 EmojiSearch::score(const EmojiItem &item, const QString &query) const {
-    return rowScore(m_rows[static_cast<size_t>(&item - m_table.data())], tokens(query));
+    return rowScore(rowOf(item), tokens(query));
 }
 
 std::vector<const EmojiItem *> EmojiSearch::search(const QString &query, EmojiCategory category) const {
@@ -162,9 +157,9 @@ std::vector<const EmojiItem *> EmojiSearch::search(const QString &query, EmojiCa
         return list;
     std::vector<Ranked> ranked;
     for (const EmojiItem *item : list) {
-        const Row &row = m_rows[static_cast<size_t>(item - m_table.data())];
+        const size_t row = rowOf(*item);
         if (const qint64 points = rowScore(row, words))
-            ranked.push_back({points, row.nameRank, item});
+            ranked.push_back({points, m_texts[row].nameRank, item});
     }
     std::ranges::sort(ranked, std::less<>());
     std::vector<const EmojiItem *> result;
@@ -177,7 +172,7 @@ std::vector<const EmojiItem *> EmojiSearch::search(const QString &query, EmojiCa
 void EmojiSearch::setRecents(const QStringList &emojis) {
     const QSet<QString> recents(emojis.begin(), emojis.end());
     for (size_t i = 0; i < m_table.size(); ++i)
-        m_rows[i].isRecent = recents.contains(m_table[i].emoji);
+        m_isRecent[i] = recents.contains(m_table[i].emoji);
 }
 
 } // namespace tavrine

@@ -11,8 +11,21 @@
 
 namespace tavrine {
 
-/// Ranks the rows of an emoji table for what was typed. Made once for a table, which must outlive it and stay as it is;
-/// all lower-case texts are made then, so that a key press costs only comparisons. Belongs to the store.
+/// What a row is searched in, all lower-case, so that a key press costs only comparisons: its name, its category and
+/// its keywords, with a line break between each two. A token holds no white space, so it never goes over one.
+struct EmojiSearchText {
+    QString text;
+    int nameLength = 0;
+    int keywordsBegin = 0; ///< where the break before the first keyword stands, or the end
+    int nameRank = 0;      ///< among all rows of the table; equal for equal names
+    bool operator==(const EmojiSearchText &) const = default;
+};
+
+/// The texts of all rows, in their order.
+[[nodiscard]] std::vector<EmojiSearchText> emojiSearchTexts(const std::vector<EmojiItem> &table);
+
+/// Ranks the rows of an emoji table for what was typed. Made once for a table, which must outlive it and stay as it is.
+/// Belongs to the store.
 class EmojiSearch {
 public:
     // Points. For each token the first rule that applies adds its own; a token without one puts the row out.
@@ -24,7 +37,8 @@ public:
     static constexpr int boost = 35;      ///< for each token that a row is boosted for
     static constexpr int recentBonus = 8; ///< once, for an emoji among the recents
 
-    explicit EmojiSearch(const std::vector<EmojiItem> &table);
+    explicit EmojiSearch(const std::vector<EmojiItem> &table) : EmojiSearch(table, emojiSearchTexts(table)) {}
+    EmojiSearch(const std::vector<EmojiItem> &table, std::vector<EmojiSearchText> texts);
 
     /// All rows for `all`, else those of the category, in the order of the table.
     [[nodiscard]] const std::vector<const EmojiItem *> &categoryList(EmojiCategory category) const;
@@ -46,31 +60,15 @@ private:
         QString text;
         int count = 0; ///< how often it was typed
     };
-    /// A part of a row's search text.
-    struct Slice {
-        qsizetype begin = 0;
-        qsizetype length = 0;
-    };
-    /// All lower-case. The search text begins with the name; the keywords stand in it as well.
-    struct Row {
-        QString searchText;
-        qsizetype nameLength = 0;
-        size_t firstKeyword = 0; ///< in `m_keywords`
-        size_t keywordCount = 0;
-        QString boostWord;
-        int nameRank = 0; ///< equal for equal names
-        bool isRecent = false;
-    };
-
-    void addRow(const EmojiItem &item);
     [[nodiscard]] static std::vector<Token> tokens(const QString &query);
-    [[nodiscard]] int tokenPoints(const Row &row, const QString &token) const;
-    [[nodiscard]] qint64 rowScore(const Row &row, const std::vector<Token> &tokens) const;
-    void rankNames();
+    [[nodiscard]] static int tokenPoints(const EmojiSearchText &row, const QString &token);
+    [[nodiscard]] qint64 rowScore(size_t row, const std::vector<Token> &tokens) const;
+    [[nodiscard]] size_t rowOf(const EmojiItem &item) const { return static_cast<size_t>(&item - m_table.data()); }
 
     const std::vector<EmojiItem> &m_table;
-    std::vector<Row> m_rows;
-    std::vector<Slice> m_keywords; ///< of all rows, one behind the other
+    const std::vector<EmojiSearchText> m_texts;
+    std::vector<bool> m_isRecent;
+    QHash<size_t, QString> m_boosts; ///< the word for which a row is boosted
     std::vector<std::vector<const EmojiItem *>> m_categoryLists;
     QHash<QString, const EmojiItem *> m_firstByEmoji;
 };

@@ -1,0 +1,22 @@
+// Prepares an emoji table while the program is built; it is never installed.
+//
+// usage: prepare-emoji-table JSON OUTPUT
+#include "utilities/emoji/PreparedEmojiTable.h"
+
+#include <QFile>
+
+#include <cstdio>
+
+int main(int argc, char **argv) {
+    if (argc != 3)
+        return 2;
+    QFile json(QFile::decodeName(argv[1]));
+    QFile output(QFile::decodeName(argv[2]));
+    const bool isRead = json.open(QIODevice::ReadOnly);
+    const QByteArray bytes = isRead ? tavrine::prepareEmojiTable(json.readAll()) : QByteArray();
+    if (bytes.isEmpty() || !output.open(QIODevice::WriteOnly) || output.write(bytes) != bytes.size()) {
+        std::fprintf(stderr, "%s: no table can be made of it\n", argv[1]);
+        return 1;
+    }
+    return 0;
+}
