@@ -29,27 +29,14 @@ QString text(const char *utf8) {
     return QString::fromUtf8(utf8);
 }
 
-/// A hint's last word is what the key does; the words before it stand on the key.
-look::KeyHint keyHint(const clipboardSearchTexts::Hint &hint) {
-    const QString words = text(hint.text);
-    const qsizetype blank = words.lastIndexOf(u' ');
-    look::KeyHint made{words.left(std::max<qsizetype>(0, blank)), hint.symbol ? text(hint.symbol) : QString(),
-                       words.mid(blank + 1)};
-    if (made.key.isEmpty() && made.symbol.isEmpty())
-        made.symbol = QStringLiteral("return"); // the key that pastes
-    return made;
-}
-
 look::HintBar *makeFooter() {
     std::array<look::KeyHint, clipboardSearchTexts::footer.size()> hints;
-    QStringList words;
     for (size_t i = 0; i < hints.size(); ++i) {
-        hints.at(i) = keyHint(clipboardSearchTexts::footer.at(i));
-        words.append(text(clipboardSearchTexts::footer.at(i).text));
+        const auto &hint = clipboardSearchTexts::footer.at(i);
+        hints.at(i) = look::keyHint(text(hint.text), hint.symbol ? text(hint.symbol) : QString());
     }
-    auto *footer = new look::HintBar({hints.at(0), hints.at(1)}, {hints.at(2), hints.at(3)});
-    footer->setAccessibleName(words.join(QStringLiteral(", ")));
-    return footer;
+    hints.at(1).symbol = QStringLiteral("return"); // the key that pastes
+    return new look::HintBar({hints.at(0), hints.at(1)}, {hints.at(2), hints.at(3)});
 }
 
 } // namespace

@@ -67,6 +67,22 @@ void ProgressBar::paintEvent(QPaintEvent *) {
 HintBar::HintBar(std::vector<KeyHint> leading, std::vector<KeyHint> trailing, QWidget *parent)
     : QWidget(parent), m_leading(std::move(leading)), m_trailing(std::move(trailing)) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    nameItself();
+}
+
+void HintBar::setTrailing(std::vector<KeyHint> trailing) {
+    m_trailing = std::move(trailing);
+    nameItself();
+    update();
+}
+
+void HintBar::nameItself() {
+    QStringList words;
+    for (const auto *hints : {&m_leading, &m_trailing}) {
+        for (const KeyHint &hint : *hints)
+            words.append(hint.key.isEmpty() ? hint.label : hint.key + u' ' + hint.label);
+    }
+    setAccessibleName(words.join(QStringLiteral(", ")));
 }
 
 QSize HintBar::sizeHint() const {

@@ -45,17 +45,21 @@ private:
     Motion m_motion;
 };
 
-/// The line of key hints under a panel: leading ones at the left, the rest at the right end.
+/// The line of key hints under a panel: leading ones at the left, the rest at the right end. It is called what it
+/// shows.
 class HintBar : public QWidget {
     Q_OBJECT
 public:
     HintBar(std::vector<KeyHint> leading, std::vector<KeyHint> trailing, QWidget *parent = nullptr);
+    void setTrailing(std::vector<KeyHint> trailing);
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    void nameItself();
+
     std::vector<KeyHint> m_leading;
     std::vector<KeyHint> m_trailing;
 };

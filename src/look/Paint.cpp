@@ -97,6 +97,11 @@ qreal paintKeyCap(QPainter &painter, const QRectF &rect, const QString &key, con
     return cap.width();
 }
 
+KeyHint keyHint(const QString &words, const QString &symbol) {
+    const qsizetype blank = words.lastIndexOf(u' ');
+    return {words.left(std::max<qsizetype>(0, blank)), symbol, words.mid(blank + 1)};
+}
+
 qreal keyHintWidth(const KeyHint &hint) {
     const qreal cap = hint.key.isEmpty() ? (hint.symbol.isEmpty() ? 0 : capHeight) : keyCapWidth(hint.key);
     return cap + (cap > 0 && !hint.label.isEmpty() ? 6 : 0) + std::ceil(lineWidth(hint.label, TextRole::callout));

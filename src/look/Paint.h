@@ -40,6 +40,8 @@ struct KeyHint {
     QString symbol; ///< shown in the cap when there is no key
     QString label;
 };
+/// The hint that `words` are: the last of them is what the key does, those before it stand on the key.
+[[nodiscard]] KeyHint keyHint(const QString &words, const QString &symbol = {});
 /// Paints the hint from the left, centred in height; returns the width used.
 qreal paintKeyHint(QPainter &painter, const QRectF &rect, const KeyHint &hint, const Theme &theme);
 [[nodiscard]] qreal keyHintWidth(const KeyHint &hint);

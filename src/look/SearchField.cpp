@@ -2,12 +2,14 @@
 
 #include "look/Button.h"
 #include "look/Look.h"
+#include "look/MenuStyle.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/Symbols.h"
 
-#include <QEvent>
+#include <QContextMenuEvent>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPainter>
 
 namespace tavrine::look {
@@ -116,7 +118,19 @@ bool SearchField::event(QEvent *event) {
     return QWidget::event(event);
 }
 
+// The toolkit's own actions, in a menu of this house.
+void SearchField::showMenu(const QPoint &place) {
+    QMenu *menu = m_edit->createStandardContextMenu();
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    dress(*menu, this);
+    menu->popup(place);
+}
+
 bool SearchField::eventFilter(QObject *object, QEvent *event) {
+    if (object == m_edit && event->type() == QEvent::ContextMenu) {
+        showMenu(static_cast<QContextMenuEvent *>(event)->globalPos());
+        return true;
+    }
     if (object == m_edit && (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut))
         update();
     if (object == m_trailing && (event->type() == QEvent::ShowToParent || event->type() == QEvent::HideToParent))

@@ -43,6 +43,7 @@ protected:
 private:
     void recolour();
     void place();
+    void showMenu(const QPoint &place);
 
     Style m_style;
     QLineEdit *m_edit;

@@ -4,6 +4,7 @@
 #include "look/ChipStrip.h"
 #include "look/FocusRing.h"
 #include "look/Look.h"
+#include "look/MenuStyle.h"
 #include "look/Paint.h"
 #include "look/SearchField.h"
 #include "look/SegmentedControl.h"
@@ -12,8 +13,10 @@
 #include "look/ToolTip.h"
 
 #include <QAccessible>
+#include <QContextMenuEvent>
 #include <QHBoxLayout>
 #include <QLineEdit>
+#include <QMenu>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -275,6 +278,48 @@ TEST(RowActions, standSideBySideWithinTheRow) {
         }
     }
     EXPECT_TRUE(rowActionRects(row, 0).empty());
+}
+
+TEST_F(ControlsTest, aFieldsContextMenuHasThePanelsLook) {
+    appearance.set({.colorScheme = ColorScheme::dark});
+    auto *field = show(new SearchField(QStringLiteral("Search")));
+    field->setText(QStringLiteral("words"));
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(5, 5), field->mapToGlobal(QPoint(5, 5)));
+    QCoreApplication::sendEvent(field->lineEdit(), &event);
+    QMenu *menu = nullptr;
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (auto *candidate = qobject_cast<QMenu *>(widget); candidate && candidate->isVisible())
+            menu = candidate;
+    }
+    ASSERT_NE(menu, nullptr);
+    EXPECT_GE(menu->actions().size(), 6) << "undo and its fellows";
+    const Theme &theme = look.theme();
+    EXPECT_EQ(menu->grab().toImage().pixelColor(menu->width() / 2, 3), theme.elevated);
+    QAction *selectAll = menu->actions().last();
+    menu->setActiveAction(selectAll);
+    const QRect item = menu->actionGeometry(selectAll);
+    EXPECT_EQ(menu->grab().toImage().pixelColor(item.left() + 4, item.center().y()), theme.accent);
+    menu->close();
+    appearance.set({}); // the palette is the program's, and other tests begin with the desktop's
+}
+
+TEST_F(ControlsTest, aMenuItemShowsItsWordsWithoutMarksAndItsKeyApart) {
+    QMenu menu;
+    dress(menu);
+    QAction *plain = menu.addAction(QStringLiteral("Save"));
+    QAction *marked = menu.addAction(QStringLiteral("&Save"));
+    QAction *keyed = menu.addAction(QStringLiteral("Save\tCtrl+S"));
+    menu.popup(QPoint(0, 0));
+    const QImage image = menu.grab().toImage();
+    const auto left = [&](QAction *action) {
+        QRect half = menu.actionGeometry(action);
+        half.setWidth(half.width() / 2);
+        return image.copy(half);
+    };
+    EXPECT_EQ(left(plain), left(marked));
+    EXPECT_EQ(left(plain), left(keyed));
+    const QRect whole = menu.actionGeometry(keyed);
+    EXPECT_NE(image.copy(whole), image.copy(menu.actionGeometry(plain)));
 }
 
 } // namespace

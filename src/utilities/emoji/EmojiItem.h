@@ -9,8 +9,10 @@ namespace tavrine {
 struct EmojiItem {
     QString emoji; ///< the character sequence that is inserted
     QString name;
-    QStringList keywords;
-    QString category; ///< the long name of its category
+    QString keywordText; ///< the keywords with "," between them, none of them empty: thousands of lists would be costly
+    QString category;    ///< the long name of its category
+
+    [[nodiscard]] QStringList keywords() const { return keywordText.split(u',', Qt::SkipEmptyParts); }
 
     bool operator==(const EmojiItem &) const = default;
 };

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <array>
-
 namespace tavrine {
 
 /// What the emoji picker reads, and its size in points.
@@ -10,13 +8,14 @@ inline constexpr auto placeholder = "Search Emoji & Symbols";
 inline constexpr auto empty = "No emojis found";
 inline constexpr auto emptySymbol = "magnifyingglass";
 
-struct Hint {
-    const char *symbol; ///< null for a text alone
-    const char *text;
-};
-inline constexpr std::array footer{Hint{"arrow.up.arrow.down", "Navigate"}, Hint{nullptr, "Copy"},
-                                   Hint{nullptr, "\u2318\u2190 \u2318\u2192 Category"},
-                                   Hint{nullptr, "Show Details \u21B5 | Actions \u2318"}};
+inline constexpr auto navigate = "Navigate";
+inline constexpr auto navigateSymbol = "arrow.up.arrow.down";
+inline constexpr auto copy = "Copy";
+inline constexpr auto copySymbol = "return";
+/// Ctrl is Command in our windows, but for a field with text, where Ctrl with an arrow moves by words.
+inline constexpr auto category = "Ctrl \u2190\u2009\u2192 Category";
+inline constexpr auto categoryBesideText = "Super \u2190\u2009\u2192 Category";
+inline constexpr auto pin = "Ctrl P Pin";
 
 inline constexpr int width = 600;
 inline constexpr int height = 460;

@@ -36,15 +36,16 @@ QRectF cellRect(const QRectF &line, size_t column) {
     return {left, line.top(), std::round(line.left() + width * qreal(column + 1)) - left, line.height()};
 }
 
-QWidget *makeFooter() {
-    std::vector<look::KeyHint> leading;
-    std::vector<look::KeyHint> trailing;
-    for (const auto &hint : emojiPickerTexts::footer) {
-        const bool isLast = &hint == &emojiPickerTexts::footer.back();
-        (isLast ? trailing : leading)
-            .push_back({.key = {}, .symbol = hint.symbol ? text(hint.symbol) : QString(), .label = text(hint.text)});
-    }
-    return new look::HintBar(std::move(leading), std::move(trailing));
+/// What is true of the keys at present.
+std::vector<look::KeyHint> trailingHints(bool hasText) {
+    return {look::keyHint(text(hasText ? emojiPickerTexts::categoryBesideText : emojiPickerTexts::category)),
+            look::keyHint(text(emojiPickerTexts::pin))};
+}
+
+look::HintBar *makeFooter() {
+    return new look::HintBar({look::keyHint(text(emojiPickerTexts::navigate), text(emojiPickerTexts::navigateSymbol)),
+                              look::keyHint(text(emojiPickerTexts::copy), text(emojiPickerTexts::copySymbol))},
+                             trailingHints(false));
 }
 
 } // namespace
@@ -91,7 +92,7 @@ void EmojiPickerView::build() {
     column->addLayout(strip);
     column->addWidget(&list(), 1);
     column->addWidget(&empty(), 1);
-    column->addWidget(makeFooter());
+    column->addWidget(m_footer = makeFooter());
 
     connect(&search(), &look::SearchField::textChanged, &m_model, &EmojiPickerModel::setQuery);
     connect(m_categories, &look::ChipStrip::chosen, &m_model,
@@ -121,7 +122,10 @@ void EmojiPickerView::setUpList() {
 }
 
 void EmojiPickerView::followModel() {
-    connect(&m_model, &EmojiPickerModel::queryChanged, this, [this] { search().setText(m_model.query()); });
+    connect(&m_model, &EmojiPickerModel::queryChanged, this, [this] {
+        search().setText(m_model.query());
+        m_footer->setTrailing(trailingHints(!m_model.query().isEmpty()));
+    });
     connect(&m_model, &EmojiPickerModel::selectedCategoryChanged, this, &EmojiPickerView::categoryChanged);
     connect(&m_model, &EmojiPickerModel::sectionsChanged, this, &EmojiPickerView::sectionsChanged);
     connect(&m_model, &EmojiPickerModel::selectedIDChanged, this, &EmojiPickerView::showSelection);

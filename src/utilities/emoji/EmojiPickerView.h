@@ -13,6 +13,7 @@ namespace tavrine {
 
 namespace look {
 class ChipStrip;
+class HintBar;
 struct RowState;
 struct Theme;
 } // namespace look
@@ -62,6 +63,7 @@ private:
     std::vector<Line> m_lines;
     std::optional<emojiGrid::Position> m_selection;
     look::ChipStrip *m_categories = nullptr;
+    look::HintBar *m_footer = nullptr;
 };
 
 } // namespace tavrine

@@ -47,8 +47,8 @@ std::vector<EmojiSearchText> emojiSearchTexts(const std::vector<EmojiItem> &tabl
         row.nameLength = static_cast<int>(row.text.size());
         row.text += u'\n' + item.category.toLower();
         row.keywordsBegin = static_cast<int>(row.text.size());
-        for (const QString &keyword : item.keywords)
-            row.text += u'\n' + keyword.toLower();
+        if (!item.keywordText.isEmpty())
+            row.text += u'\n' + item.keywordText.toLower().replace(u',', u'\n');
         texts.push_back(std::move(row));
     }
     std::vector<size_t> order(table.size());

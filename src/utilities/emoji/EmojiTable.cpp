@@ -4,7 +4,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSet>
 
 namespace tavrine {
 namespace {
@@ -41,15 +40,6 @@ struct Fields {
     }
 };
 
-/// Rows share the text of a keyword: there are ten times as many keywords as different ones.
-QStringList keywordsOf(const QString &text, QSet<QString> &known) {
-    QStringList keywords = text.split(u',', Qt::SkipEmptyParts);
-    for (QString &keyword : keywords)
-        keyword = *known.insert(keyword);
-    keywords.squeeze();
-    return keywords;
-}
-
 } // namespace
 
 std::vector<EmojiItem> emojiTableFromJson(const QByteArray &json) {
@@ -59,7 +49,6 @@ std::vector<EmojiItem> emojiTableFromJson(const QByteArray &json) {
     const QJsonArray rows = document.array();
     std::vector<EmojiItem> items;
     items.reserve(static_cast<size_t>(rows.size()));
-    QSet<QString> known;
     for (const QJsonValue &value : rows) {
         Fields fields;
         if (!value.isObject() || !fields.read(value.toObject()))
@@ -69,7 +58,8 @@ std::vector<EmojiItem> emojiTableFromJson(const QByteArray &json) {
         // Rows of one category share its text.
         if (!items.empty() && items.back().category == fields.category)
             fields.category = items.back().category;
-        items.push_back({fields.emoji, fields.name, keywordsOf(fields.keywords, known), fields.category});
+        items.push_back(
+            {fields.emoji, fields.name, fields.keywords.split(u',', Qt::SkipEmptyParts).join(u','), fields.category});
     }
     return items;
 }

@@ -58,7 +58,7 @@ struct Writer {
         row.nameRank = static_cast<quint32>(search.nameRank);
         row.emoji = put(item.emoji);
         row.name = put(item.name);
-        row.keywords = put(item.keywords.join(u','));
+        row.keywords = put(item.keywordText);
         row.search = put(search.text);
         row.keywordsInSearch = static_cast<quint16>(search.keywordsBegin);
         rows.push_back(row);
@@ -68,18 +68,6 @@ struct Writer {
 /// A part of the file as a text, without a copy of it.
 QString raw(std::span<const QChar> text, size_t begin, size_t length) {
     return QString::fromRawData(text.data() + begin, static_cast<qsizetype>(length));
-}
-
-QStringList keywordsOf(const QString &joined) {
-    QStringList keywords;
-    keywords.reserve(joined.isEmpty() ? 0 : joined.count(u',') + 1);
-    for (qsizetype begin = 0; begin < joined.size();) {
-        const qsizetype comma = joined.indexOf(u',', begin);
-        const qsizetype end = comma < 0 ? joined.size() : comma;
-        keywords.append(QString::fromRawData(joined.constData() + begin, end - begin));
-        begin = end + 1;
-    }
-    return keywords;
 }
 
 /// False when the row points beyond the texts, or its lengths deny each other.
@@ -104,8 +92,7 @@ EmojiRows rowsIn(const std::shared_ptr<QFile> &file, const Header &header, const
         const size_t keywords = name + row.name;
         // An emoji outlives the table, among the recents and in other programs.
         rows.items.push_back({QString(text.data() + row.begin, row.emoji), raw(text, name, row.name),
-                              keywordsOf(raw(text, keywords, row.keywords)),
-                              raw(text, row.category, row.categoryLength)});
+                              raw(text, keywords, row.keywords), raw(text, row.category, row.categoryLength)});
         rows.searchTexts.push_back({raw(text, keywords + row.keywords, row.search), row.name, row.keywordsInSearch,
                                     static_cast<int>(row.nameRank)});
     }

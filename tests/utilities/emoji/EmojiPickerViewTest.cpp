@@ -3,6 +3,7 @@
 #include "PickerTest.h"
 #include "look/ChipStrip.h"
 #include "look/EmptyState.h"
+#include "look/Indicators.h"
 #include "look/SearchField.h"
 #include "look/VirtualList.h"
 
@@ -110,6 +111,13 @@ TEST_F(EmojiPickerViewTest, thePageKeysMoveByAPageAndKeepTheColumn) {
     EXPECT_EQ(list()->selectedRow(), 1 + page - 1);
     key(Qt::Key_Return);
     EXPECT_EQ(chosen, QStringList{QStringLiteral("e%1").arg(8 * (page - 1) + 1)});
+}
+
+TEST_F(EmojiPickerViewTest, theFooterSaysWhatTheKeysDoAtPresent) {
+    const auto *footer = view->findChild<look::HintBar *>();
+    EXPECT_EQ(footer->accessibleName(), text("Navigate, Copy, Ctrl ←\u2009→ Category, Ctrl P Pin"));
+    field()->setText(text("face"));
+    EXPECT_EQ(footer->accessibleName(), text("Navigate, Copy, Super ←\u2009→ Category, Ctrl P Pin"));
 }
 
 TEST_F(EmojiPickerViewTest, escapeDismisses) {

@@ -13,7 +13,7 @@ QString text(const char *utf8) {
 }
 
 EmojiItem row(const char *emoji, const char *name, const QStringList &keywords = {}, const char *category = "Objects") {
-    return {text(emoji), text(name), keywords, text(category)};
+    return {text(emoji), text(name), keywords.join(u','), text(category)};
 }
 
 /// Points of a row whose emoji means nothing.
