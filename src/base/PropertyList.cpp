@@ -8,6 +8,7 @@
 #include <QTimeZone>
 #include <QtEndian>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -116,10 +117,10 @@ plist_t nodeFor(const QString &text) {
 }
 
 plist_t nodeFor(Date date) {
-    const double seconds = date.secondsSince1970 - Date::referenceDate;
-    if (seconds == std::floor(seconds) && std::abs(seconds) < std::numeric_limits<int32_t>::max())
+    const double seconds = std::floor(date.secondsSince1970) - Date::referenceDate;
+    if (std::abs(seconds) < std::numeric_limits<int32_t>::max())
         return plist_new_date(static_cast<int32_t>(seconds), 0);
-    return markedNode(dateMark, plist_new_real(date.secondsSince1970));
+    return markedNode(dateMark, plist_new_real(std::floor(date.secondsSince1970)));
 }
 
 plist_t nodeFor(const Value &value);
@@ -330,6 +331,15 @@ std::optional<Value> PropertyList::value(const QString &key) const {
 void PropertyList::set(const QString &key, const Value &value) {
     Q_ASSERT(isWritable(key));
     plist_dict_set_item(m_root.get(), key.toUtf8().constData(), nodeFor(value));
+}
+
+Value PropertyList::asKept(Value value) {
+    auto &storage = static_cast<UserDefaults::Storage &>(value);
+    if (auto *date = std::get_if<Date>(&storage))
+        date->secondsSince1970 = std::floor(date->secondsSince1970);
+    else if (auto *array = std::get_if<Array>(&storage))
+        std::ranges::transform(*array, array->begin(), asKept);
+    return value;
 }
 
 void PropertyList::remove(const QString &key) {

@@ -18,10 +18,9 @@ namespace tavrine {
 ///
 ///  - a String with characters that XML cannot carry (control characters, the carriage return, halves of surrogate
 ///    pairs) is `{"TavrineUTF16String": Data}`, its UTF-16 code units, low byte first;
-///  - a Date with a fraction or outside 1933–2069 is `{"TavrineSecondsSince1970": Real}`, because the library keeps
-///    whole seconds of 32 bits only.
+///  - a Date outside 1933–2069 is `{"TavrineSecondsSince1970": Real}`, because the library keeps seconds of 32 bits.
 ///
-/// Both read back as what they were.
+/// Both read back as what they were. A Date has whole seconds there: its fraction is dropped, `asKept` says how.
 class PropertyList {
 public:
     using Value = UserDefaults::Value;
@@ -42,6 +41,9 @@ public:
     /// The value under `key`; none when there is nothing, or something of a type that `Value` does not have.
     [[nodiscard]] std::optional<Value> value(const QString &key) const;
     void set(const QString &key, const Value &value);
+
+    /// `value` as it reads back: every Date in it at the beginning of its second.
+    [[nodiscard]] static Value asKept(Value value);
     void remove(const QString &key);
 
     /// True when both have the same, or both nothing, under `key`.

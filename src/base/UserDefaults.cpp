@@ -257,6 +257,7 @@ const UserDefaults::Value *UserDefaults::find(const QString &key) const {
 }
 
 void UserDefaults::store(const QString &key, Value value) {
+    value = PropertyList::asKept(std::move(value));
     if (const Value *present = find(key); !present || *present != value) {
         d->list.set(key, value);
         d->values.insert(key, std::move(value));

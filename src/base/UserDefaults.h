@@ -26,7 +26,7 @@ class Time;
 ///     again with the next change.
 ///  2. The file is replaced whole and durably: after a crash it holds either the old values or the new ones.
 ///  3. Keys that the program does not know, and values of types that it does not use, are kept as they are. How values
-///     are kept that the file format has no room for, like the fraction of a Date, stands in `PropertyList.h`.
+///     are kept that the file format has no room for stands in `PropertyList.h`. A Date is kept to the second.
 ///  4. A change from outside the program is noticed and read. Where both sides changed one key, ours stands. A file
 ///     that has gone is no change: the values stay, and the next write brings them all back.
 ///  5. A file that cannot be read as a property list is set aside under a name that says so, a line on standard

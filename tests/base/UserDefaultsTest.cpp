@@ -148,9 +148,9 @@ TEST_F(UserDefaultsTest, aValueIsOfOneTypeOnly) {
         EXPECT_EQ(defaults->get<QString>(text(each)), std::nullopt) << each;
 }
 
-TEST_F(UserDefaultsTest, aDateReadsBackToTheLastBit) {
-    const std::vector<Date> dates{{1769860800.0},      {1769860800.123456},   {0.0},         {-0.25},
-                                  Date::distantPast(), Date::distantFuture(), {978307200.0}, {1e18}};
+TEST_F(UserDefaultsTest, aDateOfWholeSecondsReadsBackToTheLastBit) {
+    const std::vector<Date> dates{{1769860800.0},        {0.0},         {-1.0}, Date::distantPast(),
+                                  Date::distantFuture(), {978307200.0}, {1e18}};
     for (size_t i = 0; i < dates.size(); ++i)
         defaults->set(QString::number(i), dates[i]);
     reopen();
@@ -158,10 +158,41 @@ TEST_F(UserDefaultsTest, aDateReadsBackToTheLastBit) {
         EXPECT_EQ(defaults->get<Date>(QString::number(i)), dates[i]) << dates[i].secondsSince1970;
 }
 
-TEST_F(UserDefaultsTest, aDateOfWholeSecondsIsADateInTheFile) {
-    defaults->set(key, Date{1769860800.0});
-    defaults->synchronize();
+TEST_F(UserDefaultsTest, aDateIsADateInTheFileAndKeptToTheSecondAtOnce) {
+    for (const auto &[set, kept] :
+         {std::pair{1769860800.0, 1769860800.0}, {1769860800.999, 1769860800.0}, {-0.25, -1.0}}) {
+        defaults->set(key, Date{set});
+        EXPECT_EQ(defaults->get<Date>(key), Date{kept}) << set;
+        reopen();
+        EXPECT_EQ(defaults->get<Date>(key), Date{kept}) << set;
+        EXPECT_THAT(content().toStdString(), HasSubstr("<date>")) << set;
+    }
+    defaults->set(key, Array{Value(Date{1769860800.5})});
+    EXPECT_EQ(defaults->get<Array>(key), Array{Value(Date{1769860800.0})});
+    reopen();
+    EXPECT_EQ(defaults->get<Array>(key), Array{Value(Date{1769860800.0})});
     EXPECT_THAT(content().toStdString(), HasSubstr("<date>2026-01-31T12:00:00Z</date>"));
+}
+
+TEST_F(UserDefaultsTest, aDateInTheSameSecondWritesNoFile) {
+    defaults->set(key, Date{1769860800.25});
+    defaults->synchronize();
+    const QByteArray before = content();
+    ASSERT_TRUE(QFile::remove(path));
+    defaults->set(key, Date{1769860800.75});
+    defaults->synchronize();
+    EXPECT_FALSE(QFile::exists(path)) << before.toStdString();
+}
+
+TEST_F(UserDefaultsTest, aDateOfAnEarlierVersionIsReadAndBecomesADate) {
+    writeFile(path, plist("<key>LastLaunchDate</key><dict><key>TavrineSecondsSince1970</key>"
+                          "<real>1769860800.5</real></dict>"));
+    open();
+    EXPECT_EQ(defaults->get<Date>(text("LastLaunchDate")), Date{1769860800.5});
+    defaults->set(text("LastLaunchDate"), Date{1769860801.5});
+    reopen();
+    EXPECT_EQ(defaults->get<Date>(text("LastLaunchDate")), Date{1769860801.0});
+    EXPECT_THAT(content().toStdString(), HasSubstr("<date>2026-01-31T12:00:01Z</date>"));
 }
 
 TEST_F(UserDefaultsTest, aStringThatXmlCannotCarryReadsBackAsItWas) {
