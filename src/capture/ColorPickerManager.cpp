@@ -1,7 +1,6 @@
 #include "capture/ColorPickerManager.h"
 
 #include "base/Print.h"
-#include "base/UserDefaults.h"
 #include "ports/ColorSampler.h"
 #include "ports/Pasteboard.h"
 
@@ -14,29 +13,11 @@ namespace {
 
 constexpr Seconds timeout{30.0};
 
-struct StoredFormat {
-    ColorFormat format;
-    const char *label;
-};
-constexpr StoredFormat formats[] = {
-    {ColorFormat::hex, ColorPickerManager::defaultFormat},
-    {ColorFormat::rgb, "RGB (255, 255, 255)"},
-    {ColorFormat::swiftUI, "SwiftUI (Color.red)"},
-    {ColorFormat::nsColor, "NSColor (sRGB)"},
-};
-
 QString twoDecimals(double component) {
     return QString::number(component, 'f', 2);
 }
 
 } // namespace
-
-ColorFormat colorFormat(const QString &label) {
-    for (const StoredFormat &stored : formats)
-        if (label == QLatin1String(stored.label))
-            return stored.format;
-    return ColorFormat::hex;
-}
 
 QString colorText(const QColor &colour, ColorFormat format) {
     // From the stored 16 bits: QColor's own components are single floats, and cutting those loses whole steps.
@@ -115,8 +96,7 @@ void ColorPickerManager::copy(const QColor &colour) {
         printLine(QStringLiteral("DEBUG: Failed to convert color to sRGB"));
         return;
     }
-    const QString stored = m_ports.defaults.get<QString>(QLatin1String(formatKey), QLatin1String(defaultFormat));
-    const QString text = colorText(converted, colorFormat(stored));
+    const QString text = colorText(converted, preference::colorPickerFormat.get(m_ports.defaults));
     if (text.isEmpty())
         return;
     m_ports.pasteboard.clearContents();

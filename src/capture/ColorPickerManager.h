@@ -1,11 +1,13 @@
 #pragma once
 
+#include "base/Preference.h"
 #include "base/Time.h"
 
 #include <QColor>
 #include <QObject>
 #include <QString>
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -15,13 +17,21 @@ namespace tavrine {
 class ColorSampler;
 class ColorSamplers;
 class Pasteboard;
-class UserDefaults;
 
-/// How a colour is written on the pasteboard. The stored text is the label itself.
+/// How a colour is written on the pasteboard.
 enum class ColorFormat { hex, rgb, swiftUI, nsColor };
 
-/// The format under that label; hex for any other text.
-[[nodiscard]] ColorFormat colorFormat(const QString &label);
+/// The stored text is the label itself.
+inline constexpr std::array colorFormatLabels{
+    StoredText{ColorFormat::hex, "Hex (#RRGGBB)"},
+    StoredText{ColorFormat::rgb, "RGB (255, 255, 255)"},
+    StoredText{ColorFormat::swiftUI, "SwiftUI (Color.red)"},
+    StoredText{ColorFormat::nsColor, "NSColor (sRGB)"},
+};
+
+namespace preference {
+inline constexpr Preference<ColorFormat> colorPickerFormat{"colorPickerFormat", ColorFormat::hex, colorFormatLabels};
+}
 
 /// The colour, which is taken as sRGB, as text. Hex rounds each component, rgb cuts its fraction off.
 [[nodiscard]] QString colorText(const QColor &colour, ColorFormat format);
@@ -35,9 +45,6 @@ class ColorPickerManager : public QObject {
     Q_OBJECT
 
 public:
-    static constexpr auto formatKey = "colorPickerFormat";
-    static constexpr auto defaultFormat = "Hex (#RRGGBB)";
-
     struct Ports {
         Time &time;
         UserDefaults &defaults;

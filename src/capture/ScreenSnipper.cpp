@@ -2,8 +2,8 @@
 
 #include "base/PrivateFiles.h"
 #include "base/Time.h"
-#include "base/UserDefaults.h"
 #include "base/Uuid.h"
+#include "capture/SnipPreferences.h"
 #include "ports/TaskLauncher.h"
 
 #include <QFile>
@@ -56,7 +56,7 @@ void ScreenSnipper::startCapture() {
         m_ports.temporaryDirectory + QStringLiteral("/tavrine-snip-") + freshUuidString() + QStringLiteral(".png");
     m_currentCapturePath = path;
     QStringList arguments{QStringLiteral("-i")};
-    if (m_ports.defaults.get<bool>(QLatin1String(muteSoundKey), false))
+    if (preference::snipMuteSound.get(m_ports.defaults))
         arguments << QStringLiteral("-x");
     arguments << path;
 

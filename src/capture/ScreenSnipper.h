@@ -37,7 +37,6 @@ public:
     };
 
     static constexpr auto launchPath = "/usr/sbin/screencapture";
-    static constexpr auto muteSoundKey = "snipMuteSound";
 
     explicit ScreenSnipper(Ports ports, QObject *parent = nullptr);
     ~ScreenSnipper() override;

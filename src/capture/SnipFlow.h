@@ -60,8 +60,6 @@ public:
     };
     using Completion = std::function<void(bool isSaved)>;
 
-    static constexpr auto useSaveDefaultKey = "snipUseSaveDefault";
-    static constexpr auto saveDirectoryPathKey = "snipSaveDirectoryPath";
     static constexpr double cardWidth = 340;
     static constexpr double cardHeight = 248;
     static constexpr double cardMargin = 18; ///< from the lower left corner of the usable screen

@@ -1,8 +1,8 @@
 // How a capture becomes a file of the person's.
 #include "base/Print.h"
 #include "base/Time.h"
-#include "base/UserDefaults.h"
 #include "capture/SnipFlow.h"
+#include "capture/SnipPreferences.h"
 #include "ports/FilePanels.h"
 
 #include <QFileInfo>
@@ -11,7 +11,7 @@
 namespace tavrine {
 
 QString SnipFlow::snipDefaultDirectory() const {
-    const QString chosen = m_ports.defaults.get<QString>(QLatin1String(saveDirectoryPathKey), QString());
+    const QString chosen = preference::snipSaveDirectoryPath.get(m_ports.defaults);
     if (!chosen.isEmpty())
         return chosen;
     const Folders &folders = m_ports.folders;
@@ -29,7 +29,7 @@ void SnipFlow::saveSnip(const QImage &image, const Completion &completion) {
     }
     const QString directory = snipDefaultDirectory();
     const auto png = m_files.prepare(image, directory);
-    if (m_ports.defaults.get<bool>(QLatin1String(useSaveDefaultKey), false)) {
+    if (preference::snipUseSaveDefault.get(m_ports.defaults)) {
         m_files.saveIn(directory, snipFileName(), png,
                        [completion](const std::optional<QString> &path) { completion(path.has_value()); });
         return;
@@ -58,7 +58,7 @@ void SnipFlow::saveHere(const SnipFiles::Prepared &png, const QString &directory
     m_files.saveIn(directory, snipFileName(), png,
                    [self = QPointer(this), useAsDefault, completion](const std::optional<QString> &path) {
                        if (path && useAsDefault && self)
-                           self->m_ports.defaults.set(QLatin1String(useSaveDefaultKey), true);
+                           preference::snipUseSaveDefault.set(self->m_ports.defaults, true);
                        completion(path.has_value());
                    });
 }
@@ -69,9 +69,9 @@ void SnipFlow::runSavePanel(const SnipFiles::Prepared &png, const QString &direc
         m_actions.activateApplication();
     const auto onWritten = [self = QPointer(this), useAsDefault, completion](const QString &path, bool isWritten) {
         if (isWritten && self) {
-            self->m_ports.defaults.set(QLatin1String(saveDirectoryPathKey), QFileInfo(path).absolutePath());
+            preference::snipSaveDirectoryPath.set(self->m_ports.defaults, QFileInfo(path).absolutePath());
             if (useAsDefault)
-                self->m_ports.defaults.set(QLatin1String(useSaveDefaultKey), true);
+                preference::snipUseSaveDefault.set(self->m_ports.defaults, true);
         }
         completion(isWritten);
     };

@@ -1,20 +1,11 @@
 #include "capture/SnipperSettingsModel.h"
 
-#include "base/UserDefaults.h"
-#include "capture/ScreenSnipper.h"
-#include "capture/SnipFlow.h"
+#include "capture/SnipPreferences.h"
 #include "ports/FilePanels.h"
 
 #include <QPointer>
 
 namespace tavrine {
-namespace {
-
-constexpr QLatin1String muteSoundKey(ScreenSnipper::muteSoundKey);
-constexpr QLatin1String useSaveDefaultKey(SnipFlow::useSaveDefaultKey);
-constexpr QLatin1String saveDirectoryPathKey(SnipFlow::saveDirectoryPathKey);
-
-} // namespace
 
 SnipperSettingsModel::SnipperSettingsModel(Ports ports) : m_ports(std::move(ports)) {
     m_observer = m_ports.center.addObserver(QLatin1String(UserDefaults::didChangeNotification),
@@ -22,23 +13,23 @@ SnipperSettingsModel::SnipperSettingsModel(Ports ports) : m_ports(std::move(port
 }
 
 bool SnipperSettingsModel::isSoundMuted() const {
-    return m_ports.defaults.get<bool>(muteSoundKey, false);
+    return preference::snipMuteSound.get(m_ports.defaults);
 }
 
 void SnipperSettingsModel::setSoundMuted(bool isMuted) {
-    m_ports.defaults.set(muteSoundKey, isMuted);
+    preference::snipMuteSound.set(m_ports.defaults, isMuted);
 }
 
 bool SnipperSettingsModel::savesWithoutAsking() const {
-    return m_ports.defaults.get<bool>(useSaveDefaultKey, false);
+    return preference::snipUseSaveDefault.get(m_ports.defaults);
 }
 
 void SnipperSettingsModel::setSavesWithoutAsking(bool savesWithoutAsking) {
-    m_ports.defaults.set(useSaveDefaultKey, savesWithoutAsking);
+    preference::snipUseSaveDefault.set(m_ports.defaults, savesWithoutAsking);
 }
 
 QString SnipperSettingsModel::storedFolder() const {
-    return m_ports.defaults.get<QString>(saveDirectoryPathKey, QString());
+    return preference::snipSaveDirectoryPath.get(m_ports.defaults);
 }
 
 QString SnipperSettingsModel::saveFolder() const {
@@ -57,12 +48,12 @@ void SnipperSettingsModel::changeSaveFolder() {
                                      .choosesDirectories = true},
                                     [self = QPointer(this)](const std::optional<QString> &path) {
                                         if (self && path && !path->isEmpty())
-                                            self->m_ports.defaults.set(saveDirectoryPathKey, *path);
+                                            preference::snipSaveDirectoryPath.set(self->m_ports.defaults, *path);
                                     });
 }
 
 void SnipperSettingsModel::resetSaveFolder() {
-    m_ports.defaults.set(saveDirectoryPathKey, QString());
+    preference::snipSaveDirectoryPath.set(m_ports.defaults, QString());
 }
 
 } // namespace tavrine

@@ -2,8 +2,8 @@
 
 #include "base/Print.h"
 #include "base/Time.h"
-#include "base/UserDefaults.h"
 #include "clipboard/ClipboardDatabase.h"
+#include "clipboard/ClipboardPreferences.h"
 #include "clipboard/SavedRecording.h"
 #include "ports/LoginItem.h"
 #include "ports/Pasteboard.h"
@@ -18,13 +18,6 @@
 namespace tavrine {
 namespace {
 
-constexpr QLatin1String featureKey("featureClipboardHistory");
-constexpr QLatin1String hotkeyCharacterKey("HotkeyCharacter");
-constexpr QLatin1String retentionPeriodKey("RetentionPeriod");
-constexpr QLatin1String autoClearOnRestartKey("AutoClearOnRestart");
-constexpr QLatin1String stripRichTextKey("StripRichTextFormatting");
-constexpr QLatin1String excludedAppsKey("ExcludedAppsV2");
-
 /// True when a reader sees one character, however many code points it is made of.
 bool isOneCharacter(const QString &text) {
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
@@ -36,7 +29,7 @@ bool isOneCharacter(const QString &text) {
 ClipboardManager::ClipboardManager(Ports ports, QObject *parent)
     : QObject(parent), m_ports(std::move(ports)),
       m_media(m_ports.folders, m_ports.defaults, m_ports.imageCoder, m_ports.movieAsset),
-      m_isPaused(!m_ports.defaults.get<bool>(featureKey, true)) {
+      m_isPaused(!preference::featureClipboardHistory.get(m_ports.defaults)) {
     // The order counts: old items are in the database before a clear can apply to them.
     loadSettings();
     migrateHistory();
@@ -51,21 +44,20 @@ ClipboardManager::~ClipboardManager() = default;
 
 void ClipboardManager::loadSettings() {
     const UserDefaults &defaults = m_ports.defaults;
-    m_hotkeyCharacter = defaults.get<QString>(hotkeyCharacterKey, m_hotkeyCharacter);
-    if (const auto stored = defaults.get<QString>(retentionPeriodKey))
-        m_retentionPeriod = retentionPeriodFromRawValue(*stored).value_or(m_retentionPeriod);
-    m_autoClearOnRestart = defaults.get<bool>(autoClearOnRestartKey, false);
-    m_stripRichText = defaults.get<bool>(stripRichTextKey, false);
-    if (const auto stored = defaults.get<QByteArray>(excludedAppsKey))
+    m_hotkeyCharacter = preference::hotkeyCharacter.get(defaults);
+    m_retentionPeriod = preference::retentionPeriod.get(defaults);
+    m_autoClearOnRestart = preference::autoClearOnRestart.get(defaults);
+    m_stripRichText = preference::stripRichText.get(defaults);
+    if (const auto stored = preference::excludedApps.stored(defaults))
         m_excludedApps = decodeExcludedApps(*stored).value_or(m_excludedApps);
 }
 
 void ClipboardManager::saveSettings() {
     UserDefaults &defaults = m_ports.defaults;
-    defaults.set(retentionPeriodKey, rawValue(m_retentionPeriod));
-    defaults.set(autoClearOnRestartKey, m_autoClearOnRestart);
-    defaults.set(stripRichTextKey, m_stripRichText);
-    defaults.set(excludedAppsKey, encodeExcludedApps(m_excludedApps));
+    preference::retentionPeriod.set(defaults, m_retentionPeriod);
+    preference::autoClearOnRestart.set(defaults, m_autoClearOnRestart);
+    preference::stripRichText.set(defaults, m_stripRichText);
+    preference::excludedApps.set(defaults, encodeExcludedApps(m_excludedApps));
 }
 
 void ClipboardManager::setRetentionPeriod(RetentionPeriod period) {
@@ -97,7 +89,7 @@ void ClipboardManager::setHotkeyCharacter(const QString &character) {
     if (!isOneCharacter(character))
         return;
     m_hotkeyCharacter = character.toLower();
-    m_ports.defaults.set(hotkeyCharacterKey, m_hotkeyCharacter);
+    preference::hotkeyCharacter.set(m_ports.defaults, m_hotkeyCharacter);
     Q_EMIT hotkeyCharacterChanged();
 }
 

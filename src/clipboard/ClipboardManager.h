@@ -152,8 +152,8 @@ private:
     Ports m_ports;
     MediaStore m_media;
     std::vector<ClipboardItem> m_history;
-    QString m_hotkeyCharacter = QStringLiteral("v");
-    RetentionPeriod m_retentionPeriod = RetentionPeriod::thirtyDays;
+    QString m_hotkeyCharacter;
+    RetentionPeriod m_retentionPeriod{};
     bool m_launchAtLogin = false;
     std::vector<ExcludedApp> m_excludedApps;
     bool m_autoClearOnRestart = false;

@@ -2,23 +2,15 @@
 
 #include "base/PrivateFiles.h"
 #include "base/Time.h"
-#include "base/UserDefaults.h"
 #include "clipboard/ClipboardDatabase.h"
 #include "clipboard/ClipboardExport.h"
 #include "clipboard/ClipboardManager.h"
+#include "clipboard/ClipboardPreferences.h"
 #include "clipboard/OldHistory.h"
 
 #include <limits>
 
 namespace tavrine {
-namespace {
-
-constexpr QLatin1String oldHistoryKey("ClipboardHistory");
-constexpr QLatin1String migratedKey("ClipboardDBMigrated");
-constexpr QLatin1String seededKey("ClipboardMySaveSeeded");
-constexpr QLatin1String lastLaunchKey("LastLaunchDate");
-
-} // namespace
 
 bool ClipboardManager::runCleanup() {
     ClipboardDatabase &database = m_ports.database;
@@ -36,13 +28,13 @@ void ClipboardManager::clearHistory() {
 
 void ClipboardManager::migrateHistory() {
     UserDefaults &defaults = m_ports.defaults;
-    if (!defaults.get<bool>(migratedKey, false)) {
-        const std::optional<QByteArray> stored = defaults.get<QByteArray>(oldHistoryKey);
+    if (!preference::databaseMigrated.get(defaults)) {
+        const auto stored = preference::oldHistory.stored(defaults);
         const auto items = stored ? decodeOldHistory(*stored) : std::nullopt;
         for (const ClipboardItem &item : items.value_or(std::vector<ClipboardItem>()))
             m_ports.database.save(item);
-        defaults.set(migratedKey, true);
-        defaults.remove(oldHistoryKey);
+        preference::databaseMigrated.set(defaults, true);
+        preference::oldHistory.remove(defaults);
     }
     reloadHistory();
     seedMySaved();
@@ -50,7 +42,7 @@ void ClipboardManager::migrateHistory() {
 
 void ClipboardManager::seedMySaved() {
     UserDefaults &defaults = m_ports.defaults;
-    if (defaults.get<bool>(seededKey, false))
+    if (preference::mySaveSeeded.get(defaults))
         return;
     ClipboardItem item;
     item.content = QLatin1String(defaultMySaveText);
@@ -60,7 +52,7 @@ void ClipboardManager::seedMySaved() {
         item.isSaved = true;
         m_ports.database.save(item);
     }
-    defaults.set(seededKey, true);
+    preference::mySaveSeeded.set(defaults, true);
     reloadHistory();
 }
 
@@ -69,12 +61,12 @@ void ClipboardManager::applyClearOnRestart() {
     const Date now = m_ports.time.now();
     if (m_autoClearOnRestart) {
         // A restart of the machine is told from the time of its boot; the first launch ever clears as well.
-        const Date lastLaunch = defaults.get<Date>(lastLaunchKey, Date::distantPast());
+        const Date lastLaunch = preference::lastLaunchDate.get(defaults);
         const Date bootTime = now - m_ports.time.systemUptime();
         if (bootTime > lastLaunch)
             clearHistory();
     }
-    defaults.set(lastLaunchKey, now);
+    preference::lastLaunchDate.set(defaults, now);
 }
 
 std::optional<QString> ClipboardManager::exportHistory() {

@@ -2,9 +2,9 @@
 
 #include "base/Print.h"
 #include "base/PrivateFiles.h"
-#include "base/UserDefaults.h"
 #include "base/Uuid.h"
 #include "clipboard/ClipboardItem.h"
+#include "clipboard/ClipboardPreferences.h"
 #include "clipboard/JpegLadder.h"
 #include "ports/ImageCoder.h"
 #include "ports/MovieAsset.h"
@@ -38,7 +38,7 @@ std::optional<QString> MediaStore::imagesDirectory() const {
 }
 
 std::optional<QString> MediaStore::quickShotsDirectory() const {
-    const QString chosen = m_defaults.get<QString>(QLatin1String(customSaveDirectoryKey), QString());
+    const QString chosen = preference::customSaveDirectoryPath.get(m_defaults);
     if (!chosen.isEmpty() && makePrivateFolder(chosen))
         return chosen;
 

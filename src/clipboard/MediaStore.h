@@ -23,7 +23,6 @@ class UserDefaults;
 class MediaStore {
 public:
     static constexpr int thumbnailMaxPixelSize = 480; ///< longest edge of a thumbnail
-    static constexpr auto customSaveDirectoryKey = "customSaveDirectoryPath";
 
     MediaStore(Folders folders, UserDefaults &defaults, ImageCoder &coder, MovieAsset &movieAsset);
 

@@ -1,7 +1,5 @@
 #include "shell/FeatureFlags.h"
 
-#include "base/UserDefaults.h"
-
 namespace tavrine {
 
 static_assert(
@@ -16,14 +14,14 @@ static_assert(
 
 FeatureFlags::FeatureFlags(UserDefaults &defaults, QObject *parent) : QObject(parent), m_defaults(defaults) {
     for (const FeatureText &text : featureTexts)
-        m_isOn[static_cast<std::size_t>(text.feature)] = defaults.get<bool>(QLatin1String(text.key), true);
+        m_isOn[static_cast<std::size_t>(text.feature)] = text.preference.get(defaults);
 }
 
 void FeatureFlags::set(Feature feature, bool isOn) {
     Q_EMIT objectWillChange();
     m_isOn[static_cast<std::size_t>(feature)] = isOn;
     Q_EMIT published(feature, isOn);
-    m_defaults.set(QLatin1String(textOf(feature).key), isOn);
+    textOf(feature).preference.set(m_defaults, isOn);
 }
 
 } // namespace tavrine

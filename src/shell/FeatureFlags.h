@@ -1,13 +1,13 @@
 #pragma once
 
-#include <QLatin1String>
+#include "base/Preference.h"
+#include "clipboard/ClipboardPreferences.h"
+
 #include <QObject>
 
 #include <array>
 
 namespace tavrine {
-
-class UserDefaults;
 
 /// The tools that can be switched off, one by one.
 enum class Feature {
@@ -23,35 +23,36 @@ enum class Feature {
     emojiPicker,
 };
 
-/// What is fixed about a feature: its name in the code, its preferences key, and how the features page shows it.
+/// What is fixed about a feature: its name in the code, its preference, and how the features page shows it.
 struct FeatureText {
     Feature feature;
     const char *property;
-    const char *key;
+    Preference<bool> preference;
     const char *title;
     const char *description;
     const char *icon;
 };
 
 inline constexpr std::array<FeatureText, 10> featureTexts{{
-    {Feature::notchShelf, "notchShelf", "featureNotchShelf", "Notch Shelf",
+    {Feature::notchShelf, "notchShelf", Preference<bool>{"featureNotchShelf", true}, "Notch Shelf",
      "Drop files under the notch for quick access", "menubar.arrow.up.rectangle"},
-    {Feature::snippingTool, "snippingTool", "featureSnippingTool", "Snipping Tool + OCR",
+    {Feature::snippingTool, "snippingTool", Preference<bool>{"featureSnippingTool", true}, "Snipping Tool + OCR",
      "Capture screen regions and extract text with OCR", "viewfinder.circle.fill"},
-    {Feature::screenRecorder, "screenRecorder", "featureScreenRecorder", "Screen Recorder",
+    {Feature::screenRecorder, "screenRecorder", Preference<bool>{"featureScreenRecorder", true}, "Screen Recorder",
      "Record screen regions with mic/system audio", "video.badge.plus"},
-    {Feature::tavrineEditor, "tavrineEditor", "featureTavrineEditor", "Tavrine Editor",
+    {Feature::tavrineEditor, "tavrineEditor", Preference<bool>{"featureTavrineEditor", true}, "Tavrine Editor",
      "Standalone photo & screenshot editor window", "photo.badge.plus"},
-    {Feature::clipboardHistory, "clipboardHistory", "featureClipboardHistory", "Clipboard History",
+    {Feature::clipboardHistory, "clipboardHistory", preference::featureClipboardHistory, "Clipboard History",
      "Track and access your clipboard history", "doc.on.clipboard"},
-    {Feature::networkSpeed, "networkSpeed", "featureNetworkSpeed", "Network Speed Meter",
+    {Feature::networkSpeed, "networkSpeed", Preference<bool>{"featureNetworkSpeed", true}, "Network Speed Meter",
      "Live upload and download speeds in the menu bar", "network"},
-    {Feature::keepAwake, "keepAwake", "featureKeepAwake", "Keep Awake", "Prevent your Mac from sleeping on demand",
-     "cup.and.saucer.fill"},
-    {Feature::cleaningMode, "cleaningMode", "featureCleaningMode", "Cleaning Mode",
+    {Feature::keepAwake, "keepAwake", Preference<bool>{"featureKeepAwake", true}, "Keep Awake",
+     "Prevent your Mac from sleeping on demand", "cup.and.saucer.fill"},
+    {Feature::cleaningMode, "cleaningMode", Preference<bool>{"featureCleaningMode", true}, "Cleaning Mode",
      "Lock the keyboard while cleaning your Mac", "keyboard.fill"},
-    {Feature::loFi, "loFi", "featureLoFi", "Lo-Fi Vibe Mode", "Background lo-fi music to help you focus", "headphones"},
-    {Feature::emojiPicker, "emojiPicker", "featureEmojiPicker", "Emoji Picker",
+    {Feature::loFi, "loFi", Preference<bool>{"featureLoFi", true}, "Lo-Fi Vibe Mode",
+     "Background lo-fi music to help you focus", "headphones"},
+    {Feature::emojiPicker, "emojiPicker", Preference<bool>{"featureEmojiPicker", true}, "Emoji Picker",
      "Keyboard-first emoji search with a configurable shortcut", "face.smiling"},
 }};
 

@@ -1,6 +1,5 @@
 #include "shell/OnboardingModel.h"
 
-#include "base/UserDefaults.h"
 #include "ports/UrlOpener.h"
 
 namespace tavrine {
@@ -9,7 +8,7 @@ OnboardingModel::OnboardingModel(Ports ports, std::function<void()> onClose, QOb
     : QObject(parent), m_ports(ports), m_onClose(std::move(onClose)), m_permissionChecker(ports.access, ports.time) {}
 
 bool OnboardingModel::hasCompletedOnboarding() const {
-    return m_ports.defaults.get<bool>(QLatin1String(completedKey), false);
+    return preference::hasCompletedOnboarding.get(m_ports.defaults);
 }
 
 void OnboardingModel::setCurrentPage(Page page) {
@@ -27,7 +26,7 @@ void OnboardingModel::goForward() {
     case Page::features:
         return setCurrentPage(Page::permissions);
     case Page::permissions:
-        m_ports.defaults.set(QLatin1String(completedKey), true);
+        preference::hasCompletedOnboarding.set(m_ports.defaults, true);
         // The window goes with this call, and this object with the window.
         const auto onClose = m_onClose;
         return onClose();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Preference.h"
 #include "shell/PermissionChecker.h"
 
 #include <QObject>
@@ -11,7 +12,11 @@
 namespace tavrine {
 
 class UrlOpener;
-class UserDefaults;
+
+namespace preference {
+/// The welcome window has been finished.
+inline constexpr Preference<bool> hasCompletedOnboarding{"hasCompletedOnboarding", false};
+} // namespace preference
 
 /// The pages of the welcome window. Belongs to its view; lives on the main thread.
 ///
@@ -21,7 +26,6 @@ class OnboardingModel : public QObject {
     Q_OBJECT
 
 public:
-    static constexpr auto completedKey = "hasCompletedOnboarding";
     static constexpr auto featuresAddress = "https://veltrane.com/tavrine/features";
 
     enum class Page { welcome = 0, features = 1, permissions = 2 };

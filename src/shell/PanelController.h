@@ -63,7 +63,6 @@ public:
     static constexpr auto floatingPanelOpened = "floatingPanelOpened";
     static constexpr auto clipboardSearchPanelOpened = "clipboardSearchPanelOpened";
     static constexpr auto emojiPickerPanelOpened = "emojiPickerPanelOpened";
-    static constexpr auto frameKey = "TavrineHistoryFrame";
 
     PanelController(const Ports &ports, Contents contents, Actions actions, QObject *parent = nullptr);
     ~PanelController() override;

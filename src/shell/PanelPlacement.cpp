@@ -1,5 +1,4 @@
 // Where the panels stand, and what is remembered of it.
-#include "base/UserDefaults.h"
 #include "ports/PanelWindow.h"
 #include "ports/Screens.h"
 #include "shell/PanelController.h"
@@ -43,7 +42,7 @@ double clampedStart(double start, double length, double low, double high) {
 } // namespace
 
 void PanelController::placeClassicPanel() {
-    const auto saved = frameFromText(m_ports.defaults.get<QString>(QLatin1String(frameKey), QString()));
+    const auto saved = frameFromText(preference::classicFrame.get(m_ports.defaults));
     const auto screen = m_ports.screens.mainScreen();
     QRectF frame = m_classic->frame();
     if (saved) {
@@ -67,7 +66,7 @@ void PanelController::placeClassicPanel() {
 
 void PanelController::saveClassicFrame() {
     if (m_classic && !m_restingFrame)
-        m_ports.defaults.set(QLatin1String(frameKey), textFromFrame(m_classic->frame()));
+        preference::classicFrame.set(m_ports.defaults, textFromFrame(m_classic->frame()));
 }
 
 void PanelController::restoreClassicFrame() {

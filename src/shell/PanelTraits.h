@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Date.h"
+#include "base/Preference.h"
 
 #include <QLatin1String>
 
@@ -23,6 +24,11 @@ inline constexpr PanelTraits searchPanelTraits{
     QLatin1String("Clipboard Search"), 680, 500, 60, false, Seconds{0.1}, QLatin1String("clipboardSearchPanelOpened")};
 inline constexpr PanelTraits emojiPanelTraits{QLatin1String("Emoji Picker"),          600, 460, 70, false, Seconds{0.1},
                                               QLatin1String("emojiPickerPanelOpened")};
+
+/// The frame of the classic panel as it was last left: x, y, width and height.
+namespace preference {
+inline constexpr Preference<QString> classicFrame{"TavrineHistoryFrame"};
+}
 
 inline constexpr double classicMargin = 20; ///< from the edges of the screen, where no frame was saved
 inline constexpr Seconds classicDismissal{0.18};

@@ -1,7 +1,6 @@
 #include "shell/ShortcutEditor.h"
 
 #include "base/Time.h"
-#include "base/UserDefaults.h"
 #include "shell/ShortcutConflicts.h"
 
 namespace tavrine {
@@ -77,13 +76,13 @@ void ShortcutEditor::save() {
     setSaveState(HotkeySaveState::saving);
     const auto &fixed = traits(m_trigger);
     if (m_draftKey.isEmpty())
-        m_draftKey = firstUppercase(fixed.defaultCharacter);
-    if (!fixed.modeKey.isEmpty())
-        m_defaults.set(fixed.modeKey, m_draftMode);
+        m_draftKey = firstUppercase(fixed.character.fallbackValue());
+    if (fixed.mode)
+        fixed.mode->set(m_defaults, m_draftMode);
     if (m_trigger == Trigger::clipboard)
         m_actions.setHotkeyCharacter(m_draftKey);
     else
-        m_defaults.set(fixed.characterKey, m_draftKey);
+        fixed.character.set(m_defaults, m_draftKey);
     m_committedMode = m_draftMode;
     m_committedKey = m_draftKey;
     m_actions.registerHotkeys();

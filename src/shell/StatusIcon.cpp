@@ -1,6 +1,6 @@
 #include "shell/StatusIcon.h"
 
-#include "base/UserDefaults.h"
+#include "shell/ShellPreferences.h"
 
 #include <QPainter>
 #include <QTransform>
@@ -93,8 +93,8 @@ StatusImage statusIcon(bool isAwake, bool showsIndicator, const QString &color) 
 }
 
 StatusImage statusIcon(bool isAwake, const UserDefaults &defaults) {
-    return statusIcon(isAwake, defaults.get<bool>(QStringLiteral("keepAwakeShowBgIndicator"), false),
-                      defaults.get<QString>(QStringLiteral("keepAwakeBgColor"), QStringLiteral("#007AFF")));
+    return statusIcon(isAwake, preference::keepAwakeShowBgIndicator.get(defaults),
+                      preference::keepAwakeBgColor.get(defaults));
 }
 
 } // namespace tavrine

@@ -1,6 +1,5 @@
 #include "shell/StatusMenu.h"
 
-#include "base/UserDefaults.h"
 #include "clipboard/ClipboardExperienceSettings.h"
 #include "shell/FeatureFlags.h"
 
@@ -53,12 +52,10 @@ StatusMenuEntry &StatusMenu::entry(StatusMenuItem item) {
     return *found;
 }
 
-KeyEquivalent StatusMenu::commandShiftKey(const char *modeKey, const char *characterKey, QChar fallback) const {
-    const QString commandShift = QStringLiteral("commandShift");
-    if (m_defaults.get<QString>(QLatin1String(modeKey), commandShift) != commandShift)
+KeyEquivalent StatusMenu::commandShiftKey(Trigger trigger) const {
+    if (storedMode(m_defaults, trigger) != triggerMode::commandShift)
         return {};
-    const QString stored = m_defaults.get<QString>(QLatin1String(characterKey), QString(fallback)).toUpper();
-    return {stored.isEmpty() ? fallback : stored[0], true};
+    return {storedCharacter(m_defaults, trigger).front(), true};
 }
 
 void StatusMenu::refreshClipboardMenuItem() {
@@ -67,13 +64,13 @@ void StatusMenu::refreshClipboardMenuItem() {
                      ? QStringLiteral("Clipboard Search")
                      : QStringLiteral("Classic Clipboard");
     item.isEnabled = m_flags.isOn(Feature::clipboardHistory);
-    item.keyEquivalent = commandShiftKey("clipboardHotkeyMode", "HotkeyCharacter", QLatin1Char('V'));
+    item.keyEquivalent = commandShiftKey(Trigger::clipboard);
 }
 
 void StatusMenu::refreshEmojiMenuItem() {
     StatusMenuEntry &item = entry(StatusMenuItem::emojiPicker);
     item.isEnabled = m_flags.isOn(Feature::emojiPicker);
-    item.keyEquivalent = commandShiftKey("emojiHotkeyMode", "emojiHotkeyKey", QLatin1Char('E'));
+    item.keyEquivalent = commandShiftKey(Trigger::emojiPicker);
 }
 
 void StatusMenu::popUp(QPoint place) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/Triggers.h"
+
 #include <QObject>
 #include <QPoint>
 #include <QString>
@@ -14,7 +16,6 @@ namespace tavrine {
 
 class ClipboardExperienceSettings;
 class FeatureFlags;
-class UserDefaults;
 
 enum class StatusMenuItem { separator, clipboard, emojiPicker, checkForUpdates, quit };
 
@@ -70,7 +71,7 @@ protected:
 private:
     void build();
     void show();
-    [[nodiscard]] KeyEquivalent commandShiftKey(const char *modeKey, const char *characterKey, QChar fallback) const;
+    [[nodiscard]] KeyEquivalent commandShiftKey(Trigger trigger) const; // for one whose key is never empty
 
     const UserDefaults &m_defaults;
     const FeatureFlags &m_flags;

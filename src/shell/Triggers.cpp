@@ -1,17 +1,16 @@
 #include "shell/Triggers.h"
 
-#include "base/UserDefaults.h"
 #include "base/VirtualKeys.h"
+#include "clipboard/ClipboardPreferences.h"
 
 namespace tavrine {
 namespace {
 
 constexpr TriggerTraits triggers[] = {
-    {1, QLatin1String("clipboardHotkeyMode"), QLatin1String("HotkeyCharacter"), QLatin1String("v"), QLatin1String("V")},
-    {2, QLatin1String("emojiHotkeyMode"), QLatin1String("emojiHotkeyKey"), QLatin1String("E"), QLatin1String("E")},
-    {6, QLatin1String(), QLatin1String("snipHotkey"), QLatin1String("2"), QLatin1String()},
-    {7, QLatin1String("screenRecordHotkeyMode"), QLatin1String("screenRecordHotkey"), QLatin1String("6"),
-     QLatin1String()},
+    {1, &preference::clipboardHotkeyMode, preference::hotkeyCharacter, QLatin1String("V")},
+    {2, &preference::emojiHotkeyMode, preference::emojiHotkeyKey, QLatin1String("E")},
+    {6, nullptr, preference::snipHotkey, QLatin1String()},
+    {7, &preference::screenRecordHotkeyMode, preference::screenRecordHotkey, QLatin1String()},
 };
 
 // Positions of A to Z and of 0 to 9.
@@ -40,15 +39,13 @@ Feature featureOf(Trigger trigger) {
 }
 
 QString storedMode(const UserDefaults &defaults, Trigger trigger) {
-    const auto key = traits(trigger).modeKey;
-    if (key.isEmpty())
-        return triggerMode::commandShift;
-    return defaults.get<QString>(key, triggerMode::commandShift);
+    const auto *mode = traits(trigger).mode;
+    return mode ? mode->get(defaults) : QString(triggerMode::commandShift);
 }
 
 QString storedCharacter(const UserDefaults &defaults, Trigger trigger) {
     const auto &fixed = traits(trigger);
-    const QString found = firstUppercase(defaults.get<QString>(fixed.characterKey, fixed.defaultCharacter));
+    const QString found = firstUppercase(fixed.character.get(defaults));
     return found.isEmpty() ? QString(fixed.emptyCharacter) : found;
 }
 

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "base/Preference.h"
 #include "shell/FeatureFlags.h"
 
 #include <QString>
 
 namespace tavrine {
-
-class UserDefaults;
 
 /// The tools that a global trigger opens.
 enum class Trigger { clipboard, emojiPicker, capture, screenRecorder };
@@ -20,12 +19,20 @@ inline constexpr QLatin1String commandShift("commandShift");
 inline constexpr QLatin1String doubleOption("doubleOption");
 } // namespace triggerMode
 
+namespace preference {
+inline constexpr Preference<QString> clipboardHotkeyMode{"clipboardHotkeyMode", triggerMode::commandShift.data()};
+inline constexpr Preference<QString> emojiHotkeyMode{"emojiHotkeyMode", triggerMode::commandShift.data()};
+inline constexpr Preference<QString> screenRecordHotkeyMode{"screenRecordHotkeyMode", triggerMode::commandShift.data()};
+inline constexpr Preference<QString> emojiHotkeyKey{"emojiHotkeyKey", "E"};
+inline constexpr Preference<QString> snipHotkey{"snipHotkey", "2"};
+inline constexpr Preference<QString> screenRecordHotkey{"screenRecordHotkey", "6"};
+} // namespace preference
+
 /// What is fixed about a trigger.
 struct TriggerTraits {
     quint32 hotKeyId;
-    QLatin1String modeKey; ///< empty for the capture, which is always a hot key
-    QLatin1String characterKey;
-    QLatin1String defaultCharacter;
+    const Preference<QString> *mode; ///< null for the capture, which is always a hot key
+    Preference<QString> character;
     QLatin1String emptyCharacter; ///< what an empty stored text counts as
 };
 

@@ -23,7 +23,7 @@ using testing::IsEmpty;
 class ColorPicker : public testing::Test {
 protected:
     void format(const char *label) {
-        defaults.set(QString::fromLatin1(ColorPickerManager::formatKey), QString::fromUtf8(label));
+        defaults.set(QLatin1String(preference::colorPickerFormat.key), QString::fromUtf8(label));
     }
 
     std::string pick(const QColor &colour) {
@@ -221,10 +221,10 @@ TEST_F(ColorPicker, theNSColorFormPrintsTwoDecimalsAndItsAlpha) {
 }
 
 TEST_F(ColorPicker, everyFormatIsStoredAsItsLabel) {
-    EXPECT_EQ(colorFormat(QStringLiteral("Hex (#RRGGBB)")), ColorFormat::hex);
-    EXPECT_EQ(colorFormat(QStringLiteral("RGB (255, 255, 255)")), ColorFormat::rgb);
-    EXPECT_EQ(colorFormat(QStringLiteral("SwiftUI (Color.red)")), ColorFormat::swiftUI);
-    EXPECT_EQ(colorFormat(QStringLiteral("NSColor (sRGB)")), ColorFormat::nsColor);
+    EXPECT_EQ(choiceOf(colorFormatLabels, QStringLiteral("Hex (#RRGGBB)")), ColorFormat::hex);
+    EXPECT_EQ(choiceOf(colorFormatLabels, QStringLiteral("RGB (255, 255, 255)")), ColorFormat::rgb);
+    EXPECT_EQ(choiceOf(colorFormatLabels, QStringLiteral("SwiftUI (Color.red)")), ColorFormat::swiftUI);
+    EXPECT_EQ(choiceOf(colorFormatLabels, QStringLiteral("NSColor (sRGB)")), ColorFormat::nsColor);
 }
 
 TEST_F(ColorPicker, anUnknownFormatIsHex) {
@@ -235,7 +235,7 @@ TEST_F(ColorPicker, anUnknownFormatIsHex) {
 }
 
 TEST_F(ColorPicker, aFormatOfAnotherTypeIsHex) {
-    defaults.set(QString::fromLatin1(ColorPickerManager::formatKey), 1);
+    defaults.set(QLatin1String(preference::colorPickerFormat.key), 1);
     EXPECT_EQ(pick(Qt::blue), "#0000FF");
 }
 

@@ -71,11 +71,12 @@ TEST_F(ClipboardExperienceSettingsTest, everyChangeIsWrittenAndPublished) {
 }
 
 TEST(ClipboardExperienceTexts, leadBackToTheirCase) {
-    for (const ClipboardExperience experience : allClipboardExperiences)
-        EXPECT_EQ(clipboardExperienceFromRawValue(rawValue(experience)), experience);
-    EXPECT_EQ(rawValue(ClipboardExperience::classic), str("classic"));
-    EXPECT_EQ(rawValue(ClipboardExperience::search), str("search"));
-    EXPECT_EQ(clipboardExperienceFromRawValue(str("other")), std::nullopt);
+    const auto &table = clipboardExperienceTexts;
+    EXPECT_EQ(textOf(table, ClipboardExperience::classic), str("classic"));
+    EXPECT_EQ(textOf(table, ClipboardExperience::search), str("search"));
+    EXPECT_EQ(choiceOf(table, str("classic")), ClipboardExperience::classic);
+    EXPECT_EQ(choiceOf(table, str("search")), ClipboardExperience::search);
+    EXPECT_EQ(choiceOf(table, str("other")), std::nullopt);
 }
 
 } // namespace

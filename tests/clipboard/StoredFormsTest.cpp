@@ -168,16 +168,16 @@ TEST(ExcludedAppForm, equalEntriesHashAlike) {
 
 TEST(RetentionPeriodText, isReadAsItWasWritten) {
     QStringList texts;
-    for (const RetentionPeriod period : allRetentionPeriods) {
-        texts.append(rawValue(period));
-        EXPECT_EQ(retentionPeriodFromRawValue(rawValue(period)), period);
+    for (const auto period : {RetentionPeriod::tenMinutes, RetentionPeriod::threeDays, RetentionPeriod::thirtyDays}) {
+        texts.append(textOf(retentionPeriodTexts, period));
+        EXPECT_EQ(choiceOf(retentionPeriodTexts, texts.last()), period);
     }
     EXPECT_EQ(texts.join(u'|'), QStringLiteral("10 Minutes|3 Days|30 Days"));
 }
 
 TEST(RetentionPeriodText, otherTextsAreNoPeriod) {
     for (const char *text : {"", "30 days", " 30 Days", "thirtyDays"})
-        EXPECT_EQ(retentionPeriodFromRawValue(QString::fromLatin1(text)), std::nullopt) << text;
+        EXPECT_EQ(choiceOf(retentionPeriodTexts, QString::fromLatin1(text)), std::nullopt) << text;
 }
 
 // The factors of the JPEG encodings.

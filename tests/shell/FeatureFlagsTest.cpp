@@ -23,7 +23,7 @@ TEST_F(FeatureFlagsTest, aFreshInstallHasEverythingOnAndStoresNothing) {
     const FeatureFlags flags(defaults);
     for (const FeatureText &each : featureTexts) {
         EXPECT_TRUE(flags.isOn(each.feature)) << each.property;
-        EXPECT_FALSE(defaults.contains(QLatin1String(each.key))) << each.key;
+        EXPECT_FALSE(defaults.contains(QLatin1String(each.preference.key))) << each.preference.key;
     }
 }
 
@@ -67,7 +67,7 @@ TEST_F(FeatureFlagsTest, eachFlagHasItsOwnKey) {
     FeatureFlags flags(defaults);
     for (const FeatureText &each : featureTexts) {
         flags.set(each.feature, false);
-        EXPECT_EQ(defaults.get<bool>(QLatin1String(each.key)), false) << each.key;
+        EXPECT_EQ(defaults.get<bool>(QLatin1String(each.preference.key)), false) << each.preference.key;
         const FeatureFlags again(defaults);
         for (const FeatureText &other : featureTexts)
             EXPECT_EQ(again.isOn(other.feature), other.feature != each.feature) << other.property;
@@ -79,7 +79,7 @@ TEST_F(FeatureFlagsTest, theKeysAreThePropertiesAfterTheWordFeature) {
     for (const FeatureText &each : featureTexts) {
         QString property = QLatin1String(each.property);
         property[0] = property[0].toUpper();
-        EXPECT_EQ(QLatin1String(each.key), QStringLiteral("feature") + property);
+        EXPECT_EQ(QLatin1String(each.preference.key), QStringLiteral("feature") + property);
     }
 }
 

@@ -1,12 +1,28 @@
 #pragma once
 
+#include "base/Preference.h"
 #include "utilities/emoji/PreparedEmojiTable.h"
 
 #include <QObject>
 
+#include <array>
+
 namespace tavrine {
 
-class UserDefaults;
+namespace preference {
+
+inline constexpr std::array recentEmojiSeeds{u"\U0001F5A4", u"\U0001F680", u"\U0001F60E", u"\U0001F606",
+                                             u"\u2318",     u"\U0001F607", u"\U0001F4AC", u"\u25E6",
+                                             u"\U0001F44A", u"\U0001F91D", u"\u2705",     u"\U0001F4B0",
+                                             u"\U0001F62C", u"\U0001F52B", u"\u2192",     u"\U0001F937"};
+inline constexpr std::array pinnedEmojiSeeds{u"\u2764\uFE0F", u"\U0001F62C", u"\U0001F64F", u"\U0001F389"};
+
+/// Most recent first.
+inline constexpr Preference<QStringList> recentEmojis{"EmojiPickerRecentEmojis", recentEmojiSeeds};
+/// In the order pinned.
+inline constexpr Preference<QStringList> pinnedEmojis{"EmojiPickerPinnedEmojis", pinnedEmojiSeeds};
+
+} // namespace preference
 
 /// The emoji table, and what the person used and pinned of it.
 ///
@@ -16,16 +32,11 @@ class EmojiPickerStore : public QObject {
     Q_OBJECT
 
 public:
-    static constexpr auto recentsKey = "EmojiPickerRecentEmojis";
-    static constexpr auto pinnedKey = "EmojiPickerPinnedEmojis";
     static constexpr qsizetype maxRecents = 24;
 
     /// Reads the table at `tablePath`; without one the picker is empty. A stored list replaces the seeds also when it
     /// is empty; one that is no array, or holds anything but texts, counts as not stored.
     EmojiPickerStore(UserDefaults &defaults, const QString &tablePath, QObject *parent = nullptr);
-
-    [[nodiscard]] static QStringList defaultRecents(); ///< 16, most recent first
-    [[nodiscard]] static QStringList defaultPins();    ///< 4, in the order pinned
 
     [[nodiscard]] const std::vector<EmojiItem> &emojis() const { return m_rows.items; }
     [[nodiscard]] const EmojiSearch &search() const { return m_search; }
@@ -45,9 +56,6 @@ Q_SIGNALS:
     void pinnedEmojisChanged();
 
 private:
-    [[nodiscard]] std::optional<QStringList> storedList(const char *key) const;
-    void storeList(const char *key, const QStringList &list);
-
     UserDefaults &m_defaults;
     EmojiRows m_rows;
     EmojiSearch m_search;

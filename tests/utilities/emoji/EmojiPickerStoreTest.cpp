@@ -14,18 +14,18 @@ protected:
 
 TEST_F(EmojiPickerStoreTest, startsOnTheSeeds) {
     const auto store = makeStore();
-    EXPECT_EQ(store->recentEmojis(), EmojiPickerStore::defaultRecents());
-    EXPECT_EQ(store->pinnedEmojis(), EmojiPickerStore::defaultPins());
+    EXPECT_EQ(store->recentEmojis(), preference::recentEmojis.fallbackValue());
+    EXPECT_EQ(store->pinnedEmojis(), preference::pinnedEmojis.fallbackValue());
 }
 
 TEST_F(EmojiPickerStoreTest, theSeedsAreTheSixteenAndTheFourCodePoints) {
     QList<uint> points;
-    for (const QString &emoji : EmojiPickerStore::defaultRecents())
+    for (const QString &emoji : preference::recentEmojis.fallbackValue())
         points += emoji.toUcs4();
     EXPECT_EQ(points, (QList<uint>{0x1F5A4, 0x1F680, 0x1F60E, 0x1F606, 0x2318, 0x1F607, 0x1F4AC, 0x25E6, 0x1F44A,
                                    0x1F91D, 0x2705, 0x1F4B0, 0x1F62C, 0x1F52B, 0x2192, 0x1F937}));
     points.clear();
-    for (const QString &emoji : EmojiPickerStore::defaultPins())
+    for (const QString &emoji : preference::pinnedEmojis.fallbackValue())
         points += emoji.toUcs4();
     EXPECT_EQ(points, (QList<uint>{0x2764, 0xFE0F, 0x1F62C, 0x1F64F, 0x1F389}));
 }
@@ -47,13 +47,13 @@ TEST_F(EmojiPickerStoreTest, anEmptyStoredListDoesNotBringTheSeedsBack) {
 }
 
 TEST_F(EmojiPickerStoreTest, whatIsNoListOfTextsCountsAsNotStored) {
-    defaults.set(QLatin1String(EmojiPickerStore::recentsKey), QStringLiteral("a"));
+    defaults.set(QLatin1String(preference::recentEmojis.key), QStringLiteral("a"));
     UserDefaults::Array mixed = array({"a"});
     mixed.emplace_back(qint64{7});
     storePins(mixed);
     const auto store = makeStore();
-    EXPECT_EQ(store->recentEmojis(), EmojiPickerStore::defaultRecents());
-    EXPECT_EQ(store->pinnedEmojis(), EmojiPickerStore::defaultPins());
+    EXPECT_EQ(store->recentEmojis(), preference::recentEmojis.fallbackValue());
+    EXPECT_EQ(store->pinnedEmojis(), preference::pinnedEmojis.fallbackValue());
 }
 
 TEST_F(EmojiPickerStoreTest, aUsedEmojiComesToTheFrontAndIsWritten) {
@@ -61,7 +61,7 @@ TEST_F(EmojiPickerStoreTest, aUsedEmojiComesToTheFrontAndIsWritten) {
     const auto store = makeStore();
     store->recordRecent(item(text("c")));
     EXPECT_EQ(store->recentEmojis(), (QStringList{text("c"), text("a"), text("b")}));
-    EXPECT_EQ(stored(EmojiPickerStore::recentsKey), array({"c", "a", "b"}));
+    EXPECT_EQ(stored(preference::recentEmojis.key), array({"c", "a", "b"}));
 }
 
 TEST_F(EmojiPickerStoreTest, everyOlderOccurrenceOfAUsedEmojiGoes) {
@@ -100,7 +100,7 @@ TEST_F(EmojiPickerStoreTest, aPinIsAppendedAndWritten) {
     const auto store = makeStore();
     store->togglePin(item(text("b")));
     EXPECT_EQ(store->pinnedEmojis(), (QStringList{text("a"), text("b")}));
-    EXPECT_EQ(stored(EmojiPickerStore::pinnedKey), array({"a", "b"}));
+    EXPECT_EQ(stored(preference::pinnedEmojis.key), array({"a", "b"}));
 }
 
 TEST_F(EmojiPickerStoreTest, unpinningRemovesEveryOccurrence) {
@@ -108,14 +108,14 @@ TEST_F(EmojiPickerStoreTest, unpinningRemovesEveryOccurrence) {
     const auto store = makeStore();
     store->togglePin(item(text("a")));
     EXPECT_EQ(store->pinnedEmojis(), QStringList{text("b")});
-    EXPECT_EQ(stored(EmojiPickerStore::pinnedKey), array({"b"}));
+    EXPECT_EQ(stored(preference::pinnedEmojis.key), array({"b"}));
 }
 
 TEST_F(EmojiPickerStoreTest, unknownEntriesStayStored) {
     storePins(array({"unknown"}));
     const auto store = makeStore();
     store->togglePin(*store->item(text("o1")));
-    EXPECT_EQ(stored(EmojiPickerStore::pinnedKey), array({"unknown", "o1"}));
+    EXPECT_EQ(stored(preference::pinnedEmojis.key), array({"unknown", "o1"}));
 }
 
 TEST_F(EmojiPickerStoreTest, usingAPinnedEmojiChangesNoPins) {

@@ -112,7 +112,7 @@ protected:
 std::vector<EmojiItem> BuiltEmojiTable::rows;
 
 TEST_F(BuiltEmojiTable, holdsEveryDefaultRecentAndPin) {
-    for (const QString &emoji : EmojiPickerStore::defaultRecents() + EmojiPickerStore::defaultPins())
+    for (const QString &emoji : preference::recentEmojis.fallbackValue() + preference::pinnedEmojis.fallbackValue())
         EXPECT_TRUE(find(emoji)) << emoji.toStdString();
 }
 

@@ -37,10 +37,10 @@ protected:
         return values;
     }
     void storeRecents(const UserDefaults::Array &values) {
-        defaults.set(QLatin1String(EmojiPickerStore::recentsKey), values);
+        defaults.set(QLatin1String(preference::recentEmojis.key), values);
     }
     void storePins(const UserDefaults::Array &values) {
-        defaults.set(QLatin1String(EmojiPickerStore::pinnedKey), values);
+        defaults.set(QLatin1String(preference::pinnedEmojis.key), values);
     }
     [[nodiscard]] std::optional<UserDefaults::Array> stored(const char *key) const {
         return defaults.get<UserDefaults::Array>(QLatin1String(key));

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "base/Preference.h"
+
+/// What the status item shows.
+namespace tavrine::preference {
+
+inline constexpr Preference<bool> showInMenuBar{"showInMenuBar", true};
+
+/// Whether the icon is coloured while the machine is kept awake, and its colour as "#RRGGBB".
+inline constexpr Preference<bool> keepAwakeShowBgIndicator{"keepAwakeShowBgIndicator", false};
+inline constexpr Preference<QString> keepAwakeBgColor{"keepAwakeBgColor", "#007AFF"};
+
+/// Whether the speed meter takes the icon's place.
+inline constexpr Preference<bool> showInternetSpeed{"showInternetSpeed", false};
+
+} // namespace tavrine::preference
