@@ -131,7 +131,7 @@ void AppDelegate::showFreshCapture(const std::optional<ClipboardItem> &newest) {
 }
 
 void AppDelegate::decideOnboarding() {
-    if (!m_shell.defaults().get<bool>(QStringLiteral("hasCompletedOnboarding"), false)) {
+    if (!preference::hasCompletedOnboarding.get(m_shell.defaults())) {
         after(onboardingDelay, [this] { showOnboarding(); });
         return;
     }

@@ -2,12 +2,13 @@
 
 #include "base/UserDefaults.h"
 #include "ports/StatusItem.h"
+#include "shell/ShellPreferences.h"
 #include "shell/StatusIcon.h"
 
 namespace tavrine {
 
 void StatusDisplay::setUp() {
-    m_item.setVisible(m_defaults.get<bool>(QStringLiteral("showInMenuBar"), true));
+    m_item.setVisible(preference::showInMenuBar.get(m_defaults));
     updateStatusItem();
 }
 

@@ -1,7 +1,6 @@
 #include "upload/CustomUploadManager.h"
 
 #include "base/Time.h"
-#include "base/UserDefaults.h"
 #include "ports/Keychain.h"
 
 #include <QPointer>
@@ -14,8 +13,6 @@
 namespace tavrine {
 
 namespace {
-
-const QString enabledKey = QStringLiteral("cloudUploadEnabled");
 
 KeychainItem scriptItem() {
     return {QStringLiteral("com.veltrane.Tavrine"), QStringLiteral("cloudUploadScript")};
@@ -51,13 +48,9 @@ struct CustomUploadManager::Writes {
     int underWay = 0;
 };
 
-bool CustomUploadManager::isEnabledIn(const UserDefaults &defaults) {
-    return defaults.get<bool>(enabledKey, false);
-}
-
 CustomUploadManager::CustomUploadManager(Ports ports, QObject *parent)
-    : QObject(parent), m_ports(ports), m_isEnabled(isEnabledIn(ports.defaults)), m_writes(std::make_shared<Writes>()),
-      m_keychainQueue(QStringLiteral("com.tavrine.cloudUploadKeychain")) {
+    : QObject(parent), m_ports(ports), m_isEnabled(preference::cloudUploadEnabled.get(ports.defaults)),
+      m_writes(std::make_shared<Writes>()), m_keychainQueue(QStringLiteral("com.tavrine.cloudUploadKeychain")) {
     load();
 }
 
@@ -75,12 +68,12 @@ bool CustomUploadManager::isConfigured() const {
 
 void CustomUploadManager::setEnabled(bool isEnabled) {
     m_isEnabled = isEnabled;
-    m_ports.defaults.set(enabledKey, isEnabled);
+    preference::cloudUploadEnabled.set(m_ports.defaults, isEnabled);
     Q_EMIT changed();
 }
 
 void CustomUploadManager::takePreference() {
-    const bool isEnabled = isEnabledIn(m_ports.defaults);
+    const bool isEnabled = preference::cloudUploadEnabled.get(m_ports.defaults);
     if (std::exchange(m_isEnabled, isEnabled) != isEnabled)
         Q_EMIT changed();
 }

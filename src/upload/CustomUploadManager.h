@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Preference.h"
 #include "base/SerialQueue.h"
 
 #include <QObject>
@@ -12,7 +13,10 @@ namespace tavrine {
 
 class Keychain;
 class Time;
-class UserDefaults;
+
+namespace preference {
+inline constexpr Preference<bool> cloudUploadEnabled{"cloudUploadEnabled", false};
+}
 
 /// The person's upload script and the switch that turns uploading on. A script can hold the keys of an account, so it
 /// lives in the key ring and never in the preferences.
@@ -36,9 +40,6 @@ public:
         Keychain &keychain;
         Time &time;
     };
-
-    /// The preference, for who wants to know before there is a manager.
-    [[nodiscard]] static bool isEnabledIn(const UserDefaults &defaults);
 
     explicit CustomUploadManager(Ports ports, QObject *parent = nullptr);
     ~CustomUploadManager() override;

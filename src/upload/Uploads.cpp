@@ -13,14 +13,14 @@
 namespace tavrine {
 
 Uploads::Uploads(Ports ports, QObject *parent)
-    : QObject(parent), m_ports(std::move(ports)), m_wasEnabled(CustomUploadManager::isEnabledIn(m_ports.defaults)),
+    : QObject(parent), m_ports(std::move(ports)), m_wasEnabled(preference::cloudUploadEnabled.get(m_ports.defaults)),
       m_preferences(m_ports.center.addObserver(QLatin1String(UserDefaults::didChangeNotification),
                                                [this](const Notification &) { preferencesChanged(); })) {}
 
 Uploads::~Uploads() = default;
 
 void Uploads::preferencesChanged() {
-    const bool isEnabled = CustomUploadManager::isEnabledIn(m_ports.defaults);
+    const bool isEnabled = preference::cloudUploadEnabled.get(m_ports.defaults);
     if (std::exchange(m_wasEnabled, isEnabled) == isEnabled)
         return;
     if (m_manager)
