@@ -1,9 +1,5 @@
 #include "shell/ShortcutConflicts.h"
 
-#include "base/UserDefaults.h"
-
-#include <vector>
-
 namespace tavrine {
 namespace {
 
@@ -37,31 +33,32 @@ QString doubleTapMessage(Trigger owner) {
 
 } // namespace
 
-QMap<QString, QString> keyConflicts(const UserDefaults &defaults, Trigger editor) {
-    QMap<QString, QString> conflicts;
+QMap<QString, ShortcutConflict> keyConflicts(const UserDefaults &defaults, Trigger editor) {
+    using Kind = ShortcutConflict::Kind;
+    QMap<QString, ShortcutConflict> conflicts;
     // A later entry takes the place of an earlier one with the same key.
     if (editor != Trigger::capture) {
         const QString key = storedCharacter(defaults, Trigger::capture);
-        conflicts[key] = keyMessage(Trigger::capture, key);
+        conflicts[key] = {Kind::toolKey, keyMessage(Trigger::capture, key)};
     }
-    conflicts[QStringLiteral("3")] = QStringLiteral("macOS's screenshot shortcut (⌘⇧3)");
-    conflicts[QStringLiteral("4")] = QStringLiteral("macOS's screenshot shortcut (⌘⇧4)");
-    conflicts[QStringLiteral("5")] = QStringLiteral("macOS's Screenshot app shortcut (⌘⇧5)");
+    conflicts[QStringLiteral("3")] = {Kind::desktopKey, QStringLiteral("macOS's screenshot shortcut (⌘⇧3)")};
+    conflicts[QStringLiteral("4")] = {Kind::desktopKey, QStringLiteral("macOS's screenshot shortcut (⌘⇧4)")};
+    conflicts[QStringLiteral("5")] = {Kind::desktopKey, QStringLiteral("macOS's Screenshot app shortcut (⌘⇧5)")};
     for (const Trigger other : {Trigger::clipboard, Trigger::emojiPicker, Trigger::screenRecorder}) {
         if (other == editor || storedMode(defaults, other) != triggerMode::commandShift)
             continue;
         const QString key = storedCharacter(defaults, other);
-        conflicts[key] = keyMessage(other, key);
+        conflicts[key] = {Kind::toolKey, keyMessage(other, key)};
     }
     return conflicts;
 }
 
-std::optional<QString> doubleTapConflict(const UserDefaults &defaults, Trigger editor,
-                                         const std::function<bool(Trigger)> &isFeatureOn) {
+std::optional<ShortcutConflict> doubleTapConflict(const UserDefaults &defaults, Trigger editor,
+                                                  const std::function<bool(Trigger)> &isFeatureOn) {
     // The order of asking decides which of two tools is named.
     for (const Trigger other : {Trigger::clipboard, Trigger::emojiPicker, Trigger::screenRecorder})
         if (other != editor && storedMode(defaults, other) == triggerMode::doubleOption && isFeatureOn(other))
-            return doubleTapMessage(other);
+            return ShortcutConflict{ShortcutConflict::Kind::doubleTap, doubleTapMessage(other)};
     return std::nullopt;
 }
 

@@ -10,12 +10,24 @@
 
 namespace tavrine {
 
+/// What stands in the way of a shortcut.
+struct ShortcutConflict {
+    enum class Kind {
+        desktopKey, ///< the desktop has the key for itself
+        toolKey,    ///< another tool has it
+        doubleTap,  ///< another tool has the double tap
+    };
+    Kind kind;
+    QString message;
+    bool operator==(const ShortcutConflict &) const = default;
+};
+
 /// The keys that the editor of `editor` may not choose, each with what stands in the way. Flags play no part: a tool
 /// that is switched off keeps its key.
-[[nodiscard]] QMap<QString, QString> keyConflicts(const UserDefaults &defaults, Trigger editor);
+[[nodiscard]] QMap<QString, ShortcutConflict> keyConflicts(const UserDefaults &defaults, Trigger editor);
 
 /// What keeps the editor of `editor` from choosing the double tap: a tool that is switched on and has it.
-[[nodiscard]] std::optional<QString> doubleTapConflict(const UserDefaults &defaults, Trigger editor,
-                                                       const std::function<bool(Trigger)> &isFeatureOn);
+[[nodiscard]] std::optional<ShortcutConflict> doubleTapConflict(const UserDefaults &defaults, Trigger editor,
+                                                                const std::function<bool(Trigger)> &isFeatureOn);
 
 } // namespace tavrine

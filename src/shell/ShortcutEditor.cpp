@@ -1,7 +1,6 @@
 #include "shell/ShortcutEditor.h"
 
 #include "base/Time.h"
-#include "shell/ShortcutConflicts.h"
 
 namespace tavrine {
 namespace {
@@ -55,11 +54,16 @@ void ShortcutEditor::check() {
 std::optional<ShortcutEditor::Banner> ShortcutEditor::banner() const {
     if (!m_conflict)
         return std::nullopt;
-    if (m_conflict->startsWith(QLatin1String("macOS")))
-        return Banner{*m_conflict + QStringLiteral(" — can't be saved"), true};
-    if (m_conflict->contains(QStringLiteral("⌥ twice")))
-        return Banner{*m_conflict, false};
-    return Banner{QStringLiteral("Conflicts with ") + *m_conflict + QStringLiteral(" — pick a different key"), false};
+    const auto &[kind, message] = *m_conflict;
+    switch (kind) {
+    case ShortcutConflict::Kind::desktopKey:
+        return Banner{message + QStringLiteral(" — can't be saved"), true};
+    case ShortcutConflict::Kind::toolKey:
+        return Banner{QStringLiteral("Conflicts with ") + message + QStringLiteral(" — pick a different key"), false};
+    case ShortcutConflict::Kind::doubleTap:
+        break;
+    }
+    return Banner{message, false};
 }
 
 bool ShortcutEditor::hasChanges() const {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shell/Triggers.h"
+#include "shell/ShortcutConflicts.h"
 
 #include <QObject>
 #include <QString>
@@ -52,7 +52,7 @@ public:
     [[nodiscard]] QString draftKey() const { return m_draftKey; }
     [[nodiscard]] QString committedMode() const { return m_committedMode; }
     [[nodiscard]] QString committedKey() const { return m_committedKey; }
-    [[nodiscard]] std::optional<QString> conflict() const { return m_conflict; }
+    [[nodiscard]] const std::optional<ShortcutConflict> &conflict() const { return m_conflict; }
     [[nodiscard]] std::optional<Banner> banner() const;
     [[nodiscard]] HotkeySaveState saveState() const { return m_saveState; }
     [[nodiscard]] bool hasChanges() const;
@@ -77,7 +77,7 @@ private:
     QString m_committedMode;
     QString m_draftKey;
     QString m_committedKey;
-    std::optional<QString> m_conflict;
+    std::optional<ShortcutConflict> m_conflict;
     HotkeySaveState m_saveState = HotkeySaveState::idle;
 };
 

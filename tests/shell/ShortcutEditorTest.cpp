@@ -31,12 +31,12 @@ protected:
     QString conflictOf(Trigger trigger, const char *key) {
         const auto editor = edit(trigger);
         editor->setDraftKey(QString::fromUtf8(key));
-        return editor->conflict().value_or(QString());
+        return editor->conflict() ? editor->conflict()->message : QString();
     }
     QString doubleTapConflictOf(Trigger trigger) {
         const auto editor = edit(trigger);
         editor->setDraftMode(triggerMode::doubleOption);
-        return editor->conflict().value_or(QString());
+        return editor->conflict() ? editor->conflict()->message : QString();
     }
 
     QTemporaryDir folder;
