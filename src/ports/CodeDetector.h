@@ -32,4 +32,5 @@ public:
 
 } // namespace tavrine
 
-Q_DECLARE_INTERFACE(tavrine::CodeDetector, "com.veltrane.Tavrine.CodeDetector")
+#define TAVRINE_CODEDETECTOR "tavrine.CodeDetector" // by which its plugins name it
+Q_DECLARE_INTERFACE(tavrine::CodeDetector, TAVRINE_CODEDETECTOR)

@@ -44,4 +44,5 @@ public:
 
 } // namespace tavrine
 
-Q_DECLARE_INTERFACE(tavrine::Keychain, "com.veltrane.Tavrine.Keychain")
+#define TAVRINE_KEYCHAIN "tavrine.Keychain" // by which its plugins name it
+Q_DECLARE_INTERFACE(tavrine::Keychain, TAVRINE_KEYCHAIN)

@@ -29,4 +29,5 @@ public:
 
 } // namespace tavrine
 
-Q_DECLARE_INTERFACE(tavrine::Recognizer, "com.veltrane.Tavrine.Recognizer")
+#define TAVRINE_RECOGNIZER "tavrine.Recognizer" // by which its plugins name it
+Q_DECLARE_INTERFACE(tavrine::Recognizer, TAVRINE_RECOGNIZER)

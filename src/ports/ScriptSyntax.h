@@ -31,4 +31,5 @@ public:
 
 } // namespace tavrine
 
-Q_DECLARE_INTERFACE(tavrine::ScriptSyntax, "com.veltrane.Tavrine.ScriptSyntax")
+#define TAVRINE_SCRIPTSYNTAX "tavrine.ScriptSyntax" // by which its plugins name it
+Q_DECLARE_INTERFACE(tavrine::ScriptSyntax, TAVRINE_SCRIPTSYNTAX)

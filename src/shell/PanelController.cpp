@@ -1,6 +1,7 @@
 #include "shell/PanelController.h"
 
 #include "base/NotificationCenter.h"
+#include "base/Program.h"
 #include "base/Time.h"
 #include "base/UserDefaults.h"
 #include "base/VirtualKeys.h"

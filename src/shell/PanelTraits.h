@@ -35,6 +35,4 @@ inline constexpr Seconds classicDismissal{0.18};
 inline constexpr double dismissedPart = 0.6; ///< of width and height, at the end of the dismissal
 inline constexpr Seconds emojiDismissal{0.08};
 
-inline constexpr QLatin1String ownBundleIdentifier("com.veltrane.Tavrine");
-
 } // namespace tavrine

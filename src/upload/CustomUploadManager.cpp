@@ -1,5 +1,6 @@
 #include "upload/CustomUploadManager.h"
 
+#include "base/Program.h"
 #include "base/Time.h"
 #include "ports/Keychain.h"
 
@@ -15,7 +16,7 @@ namespace tavrine {
 namespace {
 
 KeychainItem scriptItem() {
-    return {QStringLiteral("com.veltrane.Tavrine"), QStringLiteral("cloudUploadScript")};
+    return {ownBundleIdentifier, QStringLiteral("cloudUploadScript")};
 }
 
 /// Empty for whatever is not a text. A byte order mark is part of one.

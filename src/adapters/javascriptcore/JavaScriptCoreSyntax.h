@@ -9,7 +9,7 @@ namespace tavrine {
 /// The system's JavaScript engine, asked only whether a script can be parsed. The root object of its plugin.
 class JavaScriptCoreSyntax final : public QObject, public ScriptSyntax {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID "com.veltrane.Tavrine.ScriptSyntax")
+    Q_PLUGIN_METADATA(IID TAVRINE_SCRIPTSYNTAX)
     Q_INTERFACES(tavrine::ScriptSyntax)
 
 public:

@@ -1,6 +1,7 @@
 #include "adapters/linux/DBusSingleInstance.h"
 
 #include "adapters/linux/SessionBus.h"
+#include "base/Program.h"
 
 #include <QDBusAbstractAdaptor>
 #include <QDBusError>
@@ -16,8 +17,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const auto ownName = QStringLiteral("com.veltrane.Tavrine");
-const auto ownPath = QStringLiteral("/com/veltrane/Tavrine");
+const QString ownName = ownBundleIdentifier;
+const QString ownPath = u'/' + QString(ownName).replace(u'.', u'/');
 const auto interfaceName = QStringLiteral("org.freedesktop.Application");
 constexpr auto longestWait = 2s;
 

@@ -9,7 +9,7 @@
 
 namespace tavrine {
 
-/// Sees to it that the program runs once in a session: the one that owns the bus name com.veltrane.Tavrine.
+/// Sees to it that the program runs once in a session: the one that owns the bus name of its bundle identifier.
 ///
 /// Lives on the main thread, as long as the process. Whoever gets the name is the first, so two starts at the same
 /// moment make one program. The first is told of later starts through org.freedesktop.Application; without a session

@@ -2,6 +2,7 @@
 
 #include "adapters/linux/SessionBus.h"
 #include "base/Print.h"
+#include "base/Program.h"
 
 #include <QCoreApplication>
 
@@ -23,8 +24,8 @@ void notify(const QString &title, const QString &text) {
         const auto service = QStringLiteral("org.freedesktop.Notifications");
         auto call = QDBusMessage::createMethodCall(service, QStringLiteral("/org/freedesktop/Notifications"), service,
                                                    QStringLiteral("Notify"));
-        call << QStringLiteral("Tavrine") << 0U << QStringLiteral("com.veltrane.Tavrine") << title << text
-             << QStringList() << QVariantMap() << desktopsOwnTime;
+        call << QStringLiteral("Tavrine") << 0U << QString(ownBundleIdentifier) << title << text << QStringList()
+             << QVariantMap() << desktopsOwnTime;
         sessionBus::ask(bus, call, mainThread, [title, text](const QDBusPendingCall &reply) {
             if (reply.isError())
                 print(title, text);

@@ -17,7 +17,7 @@ namespace tavrine {
 /// holds nobody longer than `longest`, and nobody at all after `cancel`.
 class QtKeychainStore final : public QObject, public Keychain {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID "com.veltrane.Tavrine.Keychain")
+    Q_PLUGIN_METADATA(IID TAVRINE_KEYCHAIN)
     Q_INTERFACES(tavrine::Keychain)
 
 public:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Program.h"
+
 #include <QByteArray>
 #include <QDBusAbstractAdaptor>
 #include <QDBusArgument>
@@ -65,7 +67,7 @@ public:
     bool isActive = false;
 
     [[nodiscard]] QString category() const { return QStringLiteral("ApplicationStatus"); }
-    [[nodiscard]] QString id() const { return QStringLiteral("com.veltrane.Tavrine"); }
+    [[nodiscard]] QString id() const { return ownBundleIdentifier; }
     [[nodiscard]] QString title() const { return QStringLiteral("Tavrine"); }
     [[nodiscard]] QString status() const { return isActive ? QStringLiteral("Active") : QStringLiteral("Passive"); }
     [[nodiscard]] int windowId() const { return 0; }

@@ -1,6 +1,7 @@
 #include "adapters/linux/XdgAutostart.h"
 
 #include "base/PrivateFiles.h"
+#include "base/Program.h"
 
 #include <QFile>
 #include <QHash>
@@ -65,7 +66,7 @@ QHash<QByteArray, QByteArray> mainGroup(const QByteArray &text) {
 } // namespace
 
 XdgAutostart::XdgAutostart(QString folder, QString program)
-    : m_folder(std::move(folder)), m_file(m_folder + QStringLiteral("/com.veltrane.Tavrine.desktop")),
+    : m_folder(std::move(folder)), m_file(m_folder + u'/' + ownBundleIdentifier + QStringLiteral(".desktop")),
       m_program(std::move(program)) {}
 
 QString XdgAutostart::userFolder() {
@@ -77,13 +78,13 @@ QByteArray XdgAutostart::entryFor(const QString &program) {
                           "Type=Application\n"
                           "Version=1.0\n"
                           "Name=Tavrine\n"
-                          "Icon=com.veltrane.Tavrine\n"
+                          "Icon=%3\n"
                           "Exec=%1\n"
                           "TryExec=%2\n"
                           "Terminal=false\n"
                           "StartupNotify=false\n"
                           "X-GNOME-Autostart-enabled=true\n")
-        .arg(escaped(quotedArgument(program)), escaped(program))
+        .arg(escaped(quotedArgument(program)), escaped(program), ownBundleIdentifier)
         .toUtf8();
 }
 

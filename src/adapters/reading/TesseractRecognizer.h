@@ -15,7 +15,7 @@ namespace tavrine {
 /// they are loaded, make a page ten times slower on a machine that is busy.
 class TesseractRecognizer final : public QObject, public Recognizer {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID "com.veltrane.Tavrine.Recognizer")
+    Q_PLUGIN_METADATA(IID TAVRINE_RECOGNIZER)
     Q_INTERFACES(tavrine::Recognizer)
 
 public:

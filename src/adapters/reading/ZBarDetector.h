@@ -9,7 +9,7 @@ namespace tavrine {
 /// QR codes by ZBar, for what is found on the screen. The root object of its plugin.
 class ZBarDetector final : public QObject, public CodeDetector {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID "com.veltrane.Tavrine.CodeDetector")
+    Q_PLUGIN_METADATA(IID TAVRINE_CODEDETECTOR)
     Q_INTERFACES(tavrine::CodeDetector)
 
 public:

@@ -4,6 +4,7 @@
 #include "adapters/x11/KnownPrograms.h"
 #include "adapters/x11/XcbClient.h"
 #include "base/NotificationCenter.h"
+#include "base/Program.h"
 
 #include <QSysInfo>
 #include <QTimer>
@@ -296,8 +297,7 @@ std::optional<RunningApplication> X11Workspace::Private::programOf(xcb_window_t 
     if (!owner.hasName())
         return std::nullopt;
     if (owner.processIdentifier == ::getpid())
-        return RunningApplication{QStringLiteral("com.veltrane.Tavrine"), QStringLiteral("Tavrine"), ::getpid(),
-                                  window};
+        return RunningApplication{ownBundleIdentifier, QStringLiteral("Tavrine"), ::getpid(), window};
     const KnownProgram program = knownProgram(owner.applicationId, owner.windowClass);
     return RunningApplication{.bundleIdentifier = program.bundleIdentifier,
                               .localizedName = program.name,
