@@ -11,7 +11,6 @@ namespace virtualKey {
 inline constexpr int a = 0;
 inline constexpr int v = 9;
 inline constexpr int two = 19;
-inline constexpr int six = 22;
 inline constexpr int p = 35;
 inline constexpr int enter = 36; ///< Return
 inline constexpr int tab = 48;

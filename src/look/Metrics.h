@@ -44,7 +44,6 @@ namespace duration {
 inline constexpr Seconds hover{0.12};
 inline constexpr Seconds toggle{0.18};
 inline constexpr Seconds scroll{0.2};
-inline constexpr Seconds toolTipFade{0.1};
 } // namespace duration
 
 } // namespace tavrine::look

@@ -60,10 +60,6 @@ public:
         std::function<bool()> isAccessibilityTrusted; ///< with a prompt allowed
     };
 
-    static constexpr auto floatingPanelOpened = "floatingPanelOpened";
-    static constexpr auto clipboardSearchPanelOpened = "clipboardSearchPanelOpened";
-    static constexpr auto emojiPickerPanelOpened = "emojiPickerPanelOpened";
-
     PanelController(const Ports &ports, Contents contents, Actions actions, QObject *parent = nullptr);
     ~PanelController() override;
 

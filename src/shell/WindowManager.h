@@ -14,8 +14,9 @@ class UrlOpener;
 /// Whether the desktop may ask the person.
 enum class Prompt { never, allowed };
 
-/// The few operations through which every tool goes that meets a missing grant: the tests, the requests, the alerts.
-/// One instance, as long as the process; lives on the main thread.
+/// Asks for permissions, and manages no windows: the few operations through which every tool goes that meets a missing
+/// grant, which are the tests, the requests and the alerts. One instance, as long as the process; lives on the main
+/// thread.
 class WindowManager {
 public:
     struct Ports {

@@ -24,8 +24,6 @@ public:
     /// Called once, on the main queue.
     using Completion = std::function<void(const UploadScriptRunResult &)>;
 
-    /// Of every run; handed in by the callers.
-    static constexpr double standardTimeout = 30.0;
     /// Between asking an overdue worker to end and ending it.
     static constexpr std::chrono::milliseconds grace{500};
 

@@ -49,7 +49,6 @@ public:
     void expire(TimePoint now);
 
     [[nodiscard]] bool isRunning() const { return m_stage != Stage::finished; }
-    [[nodiscard]] bool isConcealed() const { return m_isConcealed; }
     /// What was fetched whole.
     [[nodiscard]] const std::vector<Received> &received() const { return m_received; }
 

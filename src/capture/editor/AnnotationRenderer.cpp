@@ -366,11 +366,6 @@ QRectF drawingBounds(const DrawingPath &path, std::span<const QPointF> points, b
     return {};
 }
 
-void renderDrawings(QPainter &painter, const std::vector<DrawingPath> &drawings, const QSizeF &size) {
-    for (const DrawingPath &path : drawings)
-        renderDrawing(painter, path, pointsIn(path, size), false);
-}
-
 std::vector<QPointF> pointsIn(const DrawingPath &path, const QSizeF &size) {
     std::vector<QPointF> points;
     points.reserve(path.points.size());

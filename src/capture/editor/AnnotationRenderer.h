@@ -32,9 +32,6 @@ void renderStamp(QPainter &painter, int number, const QColor &color, double x, d
 /// What `renderDrawing` may colour, in the painter's coordinates; empty when that is nothing.
 [[nodiscard]] QRectF drawingBounds(const DrawingPath &path, std::span<const QPointF> points, bool flipText);
 
-/// Draws each of them in its order, its fractions of `size` as points with the origin at the top left.
-void renderDrawings(QPainter &painter, const std::vector<DrawingPath> &drawings, const QSizeF &size);
-
 /// The fractions as points of a target of that size: its origin at the top left, or, flipped, at the bottom left.
 [[nodiscard]] std::vector<QPointF> pointsIn(const DrawingPath &path, const QSizeF &size);
 [[nodiscard]] std::vector<QPointF> flippedPointsIn(const DrawingPath &path, const QSizeF &size);

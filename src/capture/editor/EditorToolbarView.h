@@ -21,8 +21,6 @@ public:
     /// The model outlives the view.
     explicit EditorToolbarView(EditorModel &model, QWidget *parent = nullptr);
 
-    [[nodiscard]] look::Button *cropButton() const { return m_crop; }
-
 Q_SIGNALS:
     void cropPressed();
     void undoPressed();

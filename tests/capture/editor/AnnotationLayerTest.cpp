@@ -57,7 +57,8 @@ protected:
         QImage image = picture;
         QPainter painter(&image);
         painter.scale(scale, scale);
-        renderDrawings(painter, drawings, QSizeF(picture.size()) / scale);
+        for (const DrawingPath &path : drawings)
+            renderDrawing(painter, path, pointsIn(path, QSizeF(picture.size()) / scale), false);
         return image;
     }
     static bool isSameOutside(const QImage &a, QImage b, const QRegion &region) {

@@ -57,7 +57,8 @@ protected:
     QImage plainly(const std::vector<DrawingPath> &drawings) {
         QImage image = picture();
         QPainter painter(&image);
-        renderDrawings(painter, drawings, picture().size());
+        for (const DrawingPath &path : drawings)
+            renderDrawing(painter, path, pointsIn(path, picture().size()), false);
         return image;
     }
 
