@@ -27,8 +27,6 @@ class AppDelegate : public QObject {
     Q_OBJECT
 
 public:
-    static constexpr auto bundleIdentifier = "com.veltrane.Tavrine";
-
     /// What the launch does not need is not made yet.
     explicit AppDelegate(const Shell::Parts &parts, QObject *parent = nullptr);
     ~AppDelegate() override;

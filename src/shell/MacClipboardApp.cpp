@@ -1,5 +1,6 @@
 #include "adapters/desktops/MakeDesktop.h"
 #include "base/NotificationCenter.h"
+#include "base/Program.h"
 #include "base/UserDefaults.h"
 #include "clipboard/ClipboardDatabase.h"
 #include "look/Look.h"
@@ -26,10 +27,9 @@ int main(int argc, char **argv) {
     database.warmUp();
 
     QApplication application(argc, argv);
-    const QLatin1String bundleIdentifier(AppDelegate::bundleIdentifier);
     QApplication::setApplicationName(QStringLiteral("Tavrine"));
     QApplication::setApplicationVersion(QStringLiteral(TAVRINE_VERSION));
-    QApplication::setDesktopFileName(bundleIdentifier);
+    QApplication::setDesktopFileName(ownBundleIdentifier);
     QApplication::setQuitOnLastWindowClosed(false);
 
     AppDelegate *delegate = nullptr;
@@ -45,7 +45,7 @@ int main(int argc, char **argv) {
 
     look::Look look(desktop->time(), &desktop->appearance());
     NotificationCenter &center = NotificationCenter::defaultCenter();
-    UserDefaults defaults(QStringLiteral("%1/%2.plist").arg(folders.preferences, bundleIdentifier), desktop->time(),
+    UserDefaults defaults(QStringLiteral("%1/%2.plist").arg(folders.preferences, ownBundleIdentifier), desktop->time(),
                           center);
     AppDelegate appDelegate({*desktop, defaults, center, database});
     delegate = &appDelegate;

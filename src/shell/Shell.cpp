@@ -1,5 +1,6 @@
 #include "shell/Shell.h"
 
+#include "base/Program.h"
 #include "capture/PngData.h"
 #include "capture/reading/Reading.h"
 #include "look/Look.h"
@@ -7,7 +8,6 @@
 #include "panels/ToastManager.h"
 #include "ports/ApplicationActivator.h"
 #include "ports/Folders.h"
-#include "shell/AppDelegate.h"
 #include "upload/Uploads.h"
 
 #include <QCoreApplication>
@@ -107,7 +107,7 @@ Reading &Shell::reading() {
 }
 
 void Shell::appDidDeactivate(const RunningApplication &application) {
-    if (application.bundleIdentifier != QLatin1String(AppDelegate::bundleIdentifier) &&
+    if (application.bundleIdentifier != ownBundleIdentifier &&
         application.processIdentifier != QCoreApplication::applicationPid())
         m_previouslyActiveApplication = application;
 }
