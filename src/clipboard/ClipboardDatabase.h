@@ -1,20 +1,15 @@
 #pragma once
 
 #include "base/SerialQueue.h"
-#include "clipboard/ChangeStamp.h"
 #include "clipboard/ClipboardItem.h"
-#include "clipboard/PlannedReader.h"
-#include "clipboard/RecentRows.h"
+#include "clipboard/RowPruner.h"
 
-#include <QByteArrayList>
 #include <QString>
 #include <QStringList>
 
 #include <memory>
 #include <optional>
 #include <vector>
-
-struct sqlite3;
 
 namespace tavrine {
 
@@ -29,15 +24,10 @@ namespace tavrine {
 ///  3. Failures are quiet: a file that cannot be opened, read or written gives empty results and loses the write.
 ///  4. A protected row disappears only by `remove` of that very row.
 ///  5. What memory answers in place of a statement (see `RecentRows`) is what the statement would have answered: only
-///     while the file's change stamp says that no write but ours came in between. This takes the table to be the one
-///     made here: a program that gave it triggers or further unique columns would be believed wrongly.
+///     while the file itself proves that no write but ours came in between (see `CurrentRows`).
 class ClipboardDatabase {
 public:
-    struct Pruned {
-        QStringList imageFileNames; ///< files that lost their row
-        int deletedCount = 0;
-        bool operator==(const Pruned &) const = default;
-    };
+    using Pruned = RowPruner::Pruned;
     struct Counts {
         int total = 0;
         int pinned = 0;
@@ -67,33 +57,10 @@ public:
     [[nodiscard]] Counts counts();
 
 private:
-    // All of these run on the queue.
-    std::vector<ClipboardItem> loadByStatement(std::optional<Date> since, qint64 limit);
-    /// What memory can say of a search; nothing when it is not current.
-    RecentRows::Found searchRecent(const QByteArray &pattern, qint64 limit);
-    /// None when the search failed for another reason than a file that is held by another program.
-    static std::optional<std::vector<ClipboardItem>> searchOn(sqlite3 *db, const QByteArray &pattern, qint64 limit,
-                                                              const PlannedReader *reader);
-    /// Appends what the selection gives; false when it did not run to its end.
-    bool selectForPruning(bool imagesOnly, std::optional<Date> before, std::optional<qint64> keepNewest,
-                          QByteArrayList &ids, QStringList &imageFileNames);
-    /// True when memory proves that no row with a file would be pruned.
-    bool isNothingToPrune(std::optional<Date> before, std::optional<qint64> keepNewest);
-    /// True when `m_recent` is warm and still describes the file; it forgets otherwise.
-    bool isRecentCurrent();
-    /// After a statement that wrote: the same, when the file's stamp shows that transaction of ours and no other.
-    bool noteWrite(bool isDone, quint32 writes);
-    bool noteDeletion(bool isDone);
-    void forgetRows(const QByteArrayList &ids);
+    struct Parts;
 
-    sqlite3 *m_db = nullptr;
-    RecentRows m_recent;
-    std::optional<ChangeStamp> m_stamp; ///< of the file that `m_recent` describes
-    bool m_hasOnlyPlainFlags = false;   ///< of that file: rows with others rank above those that `m_recent` holds
-    std::unique_ptr<PlannedReader> m_searcher; ///< from the first search on that needs it
-    std::unique_ptr<PlannedReader> m_newestSearcher;
-    Seconds m_lookAhead{3600}; ///< how far beyond its cut-off a pruning looks for rows with a file
-    SerialQueue m_queue;       ///< last: its work uses the rest
+    std::unique_ptr<Parts> m_parts; ///< used on the queue alone
+    SerialQueue m_queue;            ///< last: its work uses the rest
 };
 
 } // namespace tavrine

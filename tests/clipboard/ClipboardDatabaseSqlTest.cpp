@@ -1,6 +1,7 @@
 // The text of every statement, in the order in which they run, as SQLite was handed them.
 
 #include "DatabaseFixture.h"
+#include "clipboard/RecentRows.h"
 
 #include <QDir>
 #include <QFileInfo>
