@@ -1,10 +1,11 @@
 #include "base/PrivateFiles.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 
 #include <cerrno>
-#include <cstdlib>
+#include <cstdio>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,18 +14,7 @@
 namespace tavrine {
 namespace {
 
-bool writeAll(int file, const QByteArray &content) {
-    qsizetype written = 0;
-    while (written < content.size()) {
-        const ssize_t n = ::write(file, content.constData() + written, static_cast<size_t>(content.size() - written));
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            return false;
-        written += n;
-    }
-    return true;
-}
+constexpr mode_t privateMode = S_IRUSR | S_IWUSR;
 
 void syncFolder(const QByteArray &folder) {
     const int fd = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -32,6 +22,10 @@ void syncFolder(const QByteArray &folder) {
         return;
     ::fsync(fd);
     ::close(fd);
+}
+
+QByteArray folderOf(const QByteArray &path) {
+    return QFile::encodeName(QFileInfo(QFile::decodeName(path)).absolutePath());
 }
 
 /// Takes all rights of group and others from what is the person's own and of this type.
@@ -45,44 +39,129 @@ void takeRightsOfOthers(const QString &path, mode_t type) {
         ::chmod(name.constData(), mode & ~static_cast<mode_t>(S_IRWXG | S_IRWXO));
 }
 
-} // namespace
-
-bool makePrivateFolder(const QString &path) {
-    const QFileInfo info(path);
-    if (info.isDir())
-        return true;
-    if (path.isEmpty() || info.exists() || !makePrivateFolder(info.absolutePath()))
-        return false;
-    return ::mkdir(QFile::encodeName(path).constData(), S_IRWXU) == 0 || QFileInfo(path).isDir();
+FileResult renamed(const QByteArray &from, const QByteArray &to, unsigned flags = 0) {
+    return FileResult::ofCall(::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), flags));
 }
 
-bool claimPrivateFolder(const QString &path) {
-    if (!makePrivateFolder(path))
-        return false;
-    takeRightsOfOthers(path, S_IFDIR);
-    return true;
+} // namespace
+
+FileResult makePrivateFolder(const QString &path) {
+    const QFileInfo info(path);
+    if (info.isDir())
+        return {};
+    if (path.isEmpty())
+        return FileResult::failure(ENOENT);
+    if (info.exists())
+        return FileResult::failure(EEXIST);
+    if (const FileResult parent = makePrivateFolder(info.absolutePath()); !parent)
+        return parent.error() == EEXIST ? FileResult::failure(ENOTDIR) : parent;
+    const FileResult made = FileResult::ofCall(::mkdir(QFile::encodeName(path).constData(), S_IRWXU));
+    return QFileInfo(path).isDir() ? FileResult() : made; // another program may have been quicker
+}
+
+FileResult claimPrivateFolder(const QString &path) {
+    const FileResult result = makePrivateFolder(path);
+    if (result)
+        takeRightsOfOthers(path, S_IFDIR);
+    return result;
 }
 
 void claimPrivateFile(const QString &path) {
     takeRightsOfOthers(path, S_IFREG);
 }
 
-bool writePrivateFile(const QString &path, const QByteArray &content) {
-    // A link keeps its place: the file that it points to is the one that is replaced.
+FileResult writePrivateFile(const QString &path, const QByteArray &content) {
+    PrivateFileWriter writer(path);
+    (void)writer.write(content); // the commit tells
+    return writer.commit();
+}
+
+PrivateFileWriter::PrivateFileWriter(const QString &path) {
     const QFileInfo info(path);
-    const QString target = info.isSymLink() ? info.symLinkTarget() : path;
-    QByteArray temporary = QFile::encodeName(target) + ".XXXXXX";
-    const int file = ::mkostemp(temporary.data(), O_CLOEXEC); // made with mode 0600
-    if (file < 0)
-        return false;
-    const bool isWritten = writeAll(file, content) && ::fsync(file) == 0;
-    ::close(file);
-    if (!isWritten || ::rename(temporary.constData(), QFile::encodeName(target).constData()) != 0) {
-        ::unlink(temporary.constData());
-        return false;
+    m_target = QFile::encodeName(info.isSymLink() ? info.symLinkTarget() : path);
+    m_unfinished = m_target + ".unfinished";
+    m_file = ::open(folderOf(m_target).constData(), O_WRONLY | O_TMPFILE | O_CLOEXEC, privateMode);
+    if (m_file < 0 && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
+        ::unlink(m_unfinished.constData()); // of a write that was cut off
+        m_file = ::open(m_unfinished.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, privateMode);
+        m_isNamed = m_file >= 0;
     }
-    syncFolder(QFile::encodeName(QFileInfo(target).absolutePath()));
-    return true;
+    m_result = FileResult::ofCall(m_file);
+}
+
+PrivateFileWriter::~PrivateFileWriter() {
+    if (m_file >= 0)
+        ::close(m_file);
+    if (m_isNamed)
+        ::unlink(m_unfinished.constData());
+}
+
+FileResult PrivateFileWriter::write(const QByteArray &piece) {
+    qsizetype written = 0;
+    while (m_result && written < piece.size()) {
+        const ssize_t n = ::write(m_file, piece.constData() + written, static_cast<size_t>(piece.size() - written));
+        if (n < 0 && errno != EINTR)
+            m_result = FileResult::ofCall(-1);
+        else if (n == 0)
+            m_result = FileResult::failure(ENOSPC);
+        written += n > 0 ? n : 0;
+    }
+    return m_result;
+}
+
+FileResult PrivateFileWriter::commit() {
+    if (m_result)
+        m_result = FileResult::ofCall(::fsync(m_file));
+    if (m_result)
+        m_result = m_isNamed ? renamed(m_unfinished, m_target) : giveName();
+    if (m_result) {
+        m_isNamed = false;
+        syncFolder(folderOf(m_target));
+    }
+    return m_result;
+}
+
+FileResult PrivateFileWriter::linkAs(const QByteArray &name) const {
+    const QByteArray self = "/proc/self/fd/" + QByteArray::number(m_file);
+    return FileResult::ofCall(::linkat(AT_FDCWD, self.constData(), AT_FDCWD, name.constData(), AT_SYMLINK_FOLLOW));
+}
+
+FileResult PrivateFileWriter::giveName() const {
+    FileResult result = linkAs(m_target);
+    // A link cannot replace a file, a rename can. What stands under the name in between is another write's, cut off or
+    // under way, and whole in either case.
+    constexpr int mostTries = 10;
+    for (int i = 0; i < mostTries && result.error() == EEXIST; ++i) {
+        result = linkAs(m_unfinished);
+        if (result) {
+            result = renamed(m_unfinished, m_target);
+            if (result || result.error() != ENOENT)
+                break;
+            result = FileResult::failure(EEXIST); // another write took the name away
+        } else if (result.error() == EEXIST) {
+            ::unlink(m_unfinished.constData());
+        }
+    }
+    if (!result)
+        ::unlink(m_unfinished.constData());
+    return result;
+}
+
+std::optional<QString> setUnreadableFileAside(const QString &path, Date now) {
+    const auto seconds = static_cast<qint64>(now.secondsSince1970);
+    const QString name = path + QStringLiteral(".unreadable-") +
+                         QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC).toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    constexpr int mostTries = 1000;
+    QString free = name;
+    for (int i = 2; i <= mostTries; ++i) {
+        const FileResult moved = renamed(QFile::encodeName(path), QFile::encodeName(free), RENAME_NOREPLACE);
+        if (moved)
+            return free;
+        if (moved.error() != EEXIST)
+            break;
+        free = name + QLatin1Char('-') + QString::number(i);
+    }
+    return std::nullopt;
 }
 
 } // namespace tavrine

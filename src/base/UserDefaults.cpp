@@ -8,16 +8,13 @@
 #include "base/Time.h"
 
 #include <QCryptographicHash>
-#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
 #include <QHash>
 #include <QSet>
-#include <QTimeZone>
 
 #include <cerrno>
-#include <cstdio>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -60,11 +57,6 @@ FileContent readWhole(const QString &path) {
 
 QByteArray fingerprint(const QByteArray &bytes) {
     return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
-}
-
-bool renameWithoutReplacing(const QString &from, const QString &to) {
-    return ::renameat2(AT_FDCWD, QFile::encodeName(from).constData(), AT_FDCWD, QFile::encodeName(to).constData(),
-                       RENAME_NOREPLACE) == 0;
 }
 
 } // namespace
@@ -189,22 +181,12 @@ bool UserDefaults::Private::merge(PropertyList outside) {
 
 /// Moves what stands at `path` out of the way. False when it is still there.
 bool UserDefaults::Private::setAside() {
-    const auto seconds = static_cast<qint64>(time.now().secondsSince1970);
-    const QString name = path + QStringLiteral(".unreadable-") +
-                         QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC).toString(QStringLiteral("yyyyMMdd-HHmmss"));
-    constexpr int mostTries = 1000;
-    QString free = name;
-    for (int i = 2; i <= mostTries; ++i) {
-        if (renameWithoutReplacing(path, free)) {
-            printLine(QStringLiteral("DEBUG: The preferences could not be read and were set aside as ") + free);
-            return true;
-        }
-        if (errno != EEXIST)
-            break;
-        free = name + QLatin1Char('-') + QString::number(i);
-    }
-    printLine(QStringLiteral("DEBUG: The preferences can neither be read nor set aside: ") + path);
-    return false;
+    const std::optional<QString> name = setUnreadableFileAside(path, time.now());
+    if (name)
+        printLine(QStringLiteral("DEBUG: The preferences could not be read and were set aside as ") + *name);
+    else
+        printLine(QStringLiteral("DEBUG: The preferences can neither be read nor set aside: ") + path);
+    return name.has_value();
 }
 
 void UserDefaults::Private::writeLater() {

@@ -11,9 +11,6 @@
 
 #include <QFile>
 
-#include <cerrno>
-#include <cstring>
-
 namespace tavrine {
 namespace {
 
@@ -44,11 +41,10 @@ std::optional<QString> MediaStore::quickShotsDirectory() const {
 
     const QString name = u'/' + QLatin1String(quickShotsName);
     const QString standard = m_folders.home + QStringLiteral("/Documents") + name;
-    errno = ENOTDIR; // what it is when a file is in the way, which is seen without a call that fails
-    if (!m_folders.home.isEmpty() && makePrivateFolder(standard))
+    const FileResult made = makePrivateFolder(m_folders.home.isEmpty() ? QString() : standard);
+    if (made)
         return standard;
-    const QString error = QString::fromLocal8Bit(std::strerror(errno));
-    printLine(QStringLiteral("CRITICAL: Failed to create Tavrine QuickShots folder: ") + error);
+    printLine(QStringLiteral("CRITICAL: Failed to create Tavrine QuickShots folder: ") + made.reason());
 
     if (m_folders.documents.isEmpty())
         return std::nullopt;

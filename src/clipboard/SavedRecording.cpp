@@ -1,14 +1,13 @@
 #include "clipboard/SavedRecording.h"
 
+#include "base/FileResult.h"
 #include "base/Print.h"
 #include "base/Uuid.h"
 
 #include <QFile>
 #include <QFileInfo>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 namespace tavrine {
 namespace {
@@ -59,10 +58,11 @@ std::optional<QString> moveRecording(const QString &source, const QString &folde
         target = base + u'_' + freshUuidString().first(6) + extension;
     QFile::remove(target);
 
-    if (std::rename(QFile::encodeName(source).constData(), QFile::encodeName(target).constData()) == 0)
+    const auto moved =
+        FileResult::ofCall(std::rename(QFile::encodeName(source).constData(), QFile::encodeName(target).constData()));
+    if (moved)
         return target;
-    const QString error = QString::fromLocal8Bit(std::strerror(errno));
-    printLine(QStringLiteral("moveItem failed (") + error + QStringLiteral("), falling back to copyItem..."));
+    printLine(QStringLiteral("moveItem failed (") + moved.reason() + QStringLiteral("), falling back to copyItem..."));
 
     QFile file(source);
     if (!file.copy(target)) {

@@ -126,6 +126,28 @@ TEST_F(PrivateFiles, aFullDiskLeavesTheOldContentAndNoTemporaryFile) {
               QStringList{QStringLiteral("file")});
 }
 
+TEST_F(PrivateFiles, aProgramThatEndsInTheMiddleOfAWriteLeavesNothing) {
+    ASSERT_TRUE(writePrivateFile(at("file"), "old"));
+    for (const char *name : {"file", "another"}) {
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            const rlimit full{4, 4}; // the write beyond it ends the process
+            const rlimit noCore{0, 0};
+            std::signal(SIGXFSZ, SIG_DFL);
+            if (::setrlimit(RLIMIT_FSIZE, &full) == 0 && ::setrlimit(RLIMIT_CORE, &noCore) == 0)
+                (void)static_cast<bool>(writePrivateFile(at(name), "longer than four bytes"));
+            ::_exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFSIGNALED(status));
+    }
+    EXPECT_EQ(contentOf(at("file")), "old");
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
+              QStringList{QStringLiteral("file")});
+}
+
 TEST_F(PrivateFiles, aLinkKeepsItsPlace) {
     ASSERT_TRUE(writePrivateFile(at("target"), "old"));
     ASSERT_TRUE(QFile::link(at("target"), at("link")));

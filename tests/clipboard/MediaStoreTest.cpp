@@ -241,6 +241,14 @@ TEST_F(Media, whenTheHomesDocumentsCannotBeUsedTheDesktopsAre) {
     EXPECT_TRUE(QDir(home.path() + str("/Dokumente/Tavrine QuickShots")).exists());
 }
 
+TEST_F(Media, theReasonIsTheOneForWhichTheFolderCouldNotBeMade) {
+    ASSERT_TRUE(QDir().mkpath(home.path() + str("/Documents")));
+    const ReadOnlyFolder readOnly(home.path() + str("/Documents"));
+    CaptureStdout();
+    static_cast<void>(store.quickShotsDirectory());
+    EXPECT_EQ(GetCapturedStdout(), "CRITICAL: Failed to create Tavrine QuickShots folder: Permission denied\n");
+}
+
 TEST_F(Media, theDesktopsFolderIsTheResultThoughItCannotBeMade) {
     write(home.path() + str("/Documents"), "a file in the way");
     write(home.path() + str("/Dokumente"), "a file in the way");
