@@ -85,14 +85,15 @@ bool ClipboardManager::recordText(const QString &text) {
 
 void ClipboardManager::stripFormatting(const QString &text) {
     Pasteboard &pasteboard = m_ports.pasteboard;
+    if (pasteboard.changeCount() != m_lastChangeCount)
+        return; // `text` has gone already, and what came after it is not to go with it
     const std::optional<QStringList> types = pasteboard.types();
     if (!types ||
         std::ranges::none_of(richTypes, [&](const char *type) { return types->contains(QLatin1String(type)); }))
         return;
-    pasteboard.clearContents();
+    // The only write of our own that the poll is not to see; a copy that follows it, it is.
+    m_lastChangeCount = pasteboard.clearContents();
     pasteboard.setString(text);
-    // The only write of our own that the poll is not to see.
-    m_lastChangeCount = pasteboard.changeCount();
 }
 
 } // namespace tavrine

@@ -38,6 +38,8 @@ void RecentRows::fill(const std::vector<Row> &rows, std::optional<Date> since, b
     m_floor = since;
     if (isCut)
         raiseFloor(rows.back().item.date);
+    if (firstOther != rows.end() && !firstOther->hasPlainDate)
+        return forget(); // the statement puts it before all numbers, where no floor can leave it out
     for (auto row = firstOther; row != rows.end() && isAboveFloor(row->item.date); ++row) {
         if (row->isOrdinary)
             insertUnprotected(row->item);

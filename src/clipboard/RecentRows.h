@@ -26,7 +26,7 @@ namespace tavrine {
 ///     cold.
 ///  4. Every row in it reads the same each time, and is reached by its item's id: the id is a UUID in the form that is
 ///     written here, its content is a text, both flags are 0 or 1, the date is a number. Rows that other programs wrote
-///     otherwise are left below the floor, or keep it cold when they are protected.
+///     otherwise are left below the floor, or keep it cold when they are protected or their date has no place there.
 ///  5. No unprotected row with a file is older than the media floor, if there is one.
 ///  6. An answer that it gives is the one that the statement would give. What it cannot prove it declines.
 ///  7. Unprotected rows that nobody asked for are dropped, the oldest first, beyond `maximumRows` rows or beyond
@@ -40,7 +40,8 @@ public:
 
     struct Row {
         ClipboardItem item;
-        bool isOrdinary = true; ///< as rule 4 wants it
+        bool isOrdinary = true;   ///< as rule 4 wants it
+        bool hasPlainDate = true; ///< its date is a number: other dates rank above all numbers
     };
 
     void forget() { *this = RecentRows(); }

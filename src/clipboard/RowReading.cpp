@@ -16,7 +16,8 @@ RecentRows::Row readRow(const Statement &statement) {
     row.item.date = Date{statement.real(2)};
     row.item.isPinned = statement.flag(3);
     row.item.isSaved = statement.flag(4);
-    row.isOrdinary = uuid && uuidString(*uuid) == id && hasTextualContent && statement.isReal(2) &&
+    row.hasPlainDate = statement.isReal(2);
+    row.isOrdinary = uuid && uuidString(*uuid) == id && hasTextualContent && row.hasPlainDate &&
                      statement.isPlainFlag(3) && statement.isPlainFlag(4);
     return row;
 }

@@ -351,6 +351,21 @@ TEST_F(ClipboardPoll, aPlainStringIsLeftUntouchedByTheStrip) {
     EXPECT_EQ(rows().size(), 1U);
 }
 
+TEST_F(ClipboardPoll, aCopyMadeWhileAnOlderOneIsRecordedIsNotStrippedAwayWithIt) {
+    manager->setStripRichText(true);
+    // Publishing the older copy takes a moment, and meanwhile somebody copies again.
+    const auto once = QObject::connect(manager.get(), &ClipboardManager::historyChanged, manager.get(), [this] {
+        if (manager->history().size() == 1)
+            pasteboard.setContentsFromOutside(plainTypes + QStringList{str("public.html")}, str("newer"));
+    });
+    pasteboard.setContentsFromOutside(plainTypes + QStringList{str("public.html")}, str("older"));
+    tick();
+    QObject::disconnect(once);
+    EXPECT_EQ(pasteboard.string(), str("newer"));
+    tick();
+    EXPECT_EQ(historyContents(), (QStringList{str("newer"), str("older")}));
+}
+
 TEST_F(ClipboardPoll, richTextIsLeftUntouchedWhenTheStripIsOff) {
     const QStringList types = plainTypes + QStringList{str("public.html")};
     pasteboard.setContentsFromOutside(types, str("hello"));

@@ -196,6 +196,19 @@ TEST_F(RecentRowsOverADatabase, rowsOfOtherProgramsThatReadOtherwiseAreLeftToThe
     EXPECT_FALSE(isAnsweredFromMemory({}, 1));
 }
 
+TEST_F(RecentRowsOverADatabase, aRowWithATextAsDateIsShownWhereTheStatementShowsIt) {
+    ASSERT_TRUE(outside.run("INSERT INTO items VALUES ('" + freshUuidString().toStdString() +
+                            "','dated in words','in May',0,0,NULL)"));
+    expectByStatement(); // a text ranks above every number
+    expectByStatement();
+    EXPECT_EQ(db.loadProtectedAndRecent({}, 1).back().content, QStringLiteral("dated in words"));
+    db.save(text(QStringLiteral("new"), 500));
+    expectByStatement();
+    ASSERT_TRUE(outside.run("UPDATE items SET date='soon' WHERE is_pinned=1"));
+    expectByStatement();
+    expectByStatement();
+}
+
 TEST_F(RecentRowsOverADatabase, warmingUpReadsBeforeAnyoneAsks) {
     ClipboardDatabase other(path);
     other.warmUp();
