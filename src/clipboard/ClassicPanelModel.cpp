@@ -4,6 +4,7 @@
 #include "base/KeyTable.h"
 #include "base/VirtualKeys.h"
 #include "clipboard/ClipboardManager.h"
+#include "clipboard/HistoryRead.h"
 
 #include <algorithm>
 
@@ -43,15 +44,50 @@ void ClassicPanelModel::setSearchText(const QString &text) {
     if (text == m_searchText)
         return;
     m_searchText = text;
+    m_foundInWhole.clear();
     Q_EMIT searchTextChanged();
     rebuildVisibleItems();
 }
 
 void ClassicPanelModel::rebuildVisibleItems() {
+    lookIntoLongTexts();
+    showItems();
+}
+
+void ClassicPanelModel::lookIntoLongTexts() {
+    if (m_look)
+        m_look->drop();
+    m_look.reset();
+    const CaseInsensitiveText wanted(m_searchText);
+    std::vector<ClipboardItem> unknown;
+    std::ranges::copy_if(manager().history(), std::back_inserter(unknown),
+                         [&](const ClipboardItem &item) { return item.cut && !wanted.isIn(item.content); });
+    if (unknown.empty())
+        return;
+    m_look = manager().beginFilter(std::move(unknown), m_searchText, this, [this, number = ++m_lookNumber] {
+        if (number == m_lookNumber && takeLook(std::chrono::milliseconds(0)))
+            showItems();
+    });
+    takeLook(patience);
+}
+
+bool ClassicPanelModel::takeLook(std::chrono::milliseconds longest) {
+    const auto found = m_look ? m_look->take(longest) : std::nullopt;
+    if (!found)
+        return false;
+    m_look.reset();
+    m_foundInWhole.clear();
+    for (const ClipboardItem &item : *found)
+        m_foundInWhole.insert(item.id);
+    return true;
+}
+
+void ClassicPanelModel::showItems() {
     const CaseInsensitiveText wanted(m_searchText);
     std::vector<ClipboardItem> found;
-    std::ranges::copy_if(manager().history(), std::back_inserter(found),
-                         [&](const ClipboardItem &item) { return wanted.isIn(item.content); });
+    std::ranges::copy_if(manager().history(), std::back_inserter(found), [&](const ClipboardItem &item) {
+        return wanted.isIn(item.content) || (item.cut && m_foundInWhole.contains(item.id));
+    });
     setVisibleItems(std::move(found));
 }
 

@@ -4,10 +4,15 @@
 #include "clipboard/ClipboardListModel.h"
 
 #include <QList>
+#include <QSet>
 
+#include <chrono>
 #include <functional>
+#include <memory>
 
 namespace tavrine {
+
+class HistoryRead;
 
 enum class ClassicPanelKeyAction { useItem, moveUp, moveDown };
 
@@ -27,7 +32,9 @@ struct ClassicPanelRow {
     bool operator==(const ClassicPanelRow &) const = default;
 };
 
-/// What the classic clipboard panel shows, selects and does: a plain list of the history, filtered in memory alone.
+/// What the classic clipboard panel shows, selects and does: a plain list of the history. It is filtered in
+/// memory; only what a long text holds behind its beginning is looked up in the database, and where that takes longer
+/// than `patience` its row joins the list when it is known.
 ///
 /// Belongs to the panel's view; lives on the main thread.
 ///
@@ -40,6 +47,7 @@ public:
     static constexpr auto openedNotification = "floatingPanelOpened";
     static constexpr auto settingsNotification = "openClipboardSettingsRequested";
     static constexpr auto windowTitle = "Classic Clipboard";
+    static constexpr std::chrono::milliseconds patience{4}; ///< for a key, whose letter has to stand in the field
 
     /// `orderOutAllWindows` takes every window of the program off the screen.
     ClassicPanelModel(ClipboardManager &manager, NotificationCenter &center, std::function<void()> orderOutAllWindows,
@@ -71,12 +79,18 @@ Q_SIGNALS:
 private:
     void open();
     void rebuildVisibleItems();
+    void showItems();
+    void lookIntoLongTexts();
+    bool takeLook(std::chrono::milliseconds longest);
 
     NotificationCenter &m_center;
     std::function<void()> m_orderOutAllWindows;
     std::function<void(const ClipboardItem &)> m_onPaste;
     QString m_searchText;
     bool m_isPanelOpen = false;
+    std::shared_ptr<HistoryRead> m_look; ///< into long texts, while its answer is awaited
+    int m_lookNumber = 0;
+    QSet<QUuid> m_foundInWhole; ///< what it found for the present text
     NotificationCenter::Token m_openedToken;
 };
 

@@ -2,11 +2,15 @@
 
 #include "base/SerialQueue.h"
 #include "clipboard/ClipboardItem.h"
+#include "clipboard/HistoryRead.h"
 #include "clipboard/RowPruner.h"
 
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -19,12 +23,19 @@ namespace tavrine {
 /// holds rows, and hands back the names of the files that a deletion left without a row.
 ///
 ///  1. All access to the connection runs on `queue`, a serial queue, and every operation waits for it. No operation
-///     may be called from work that already runs there.
+///     may be called from work that already runs there. Readings that are begun and not waited for run there too, and
+///     step back for every operation that is.
 ///  2. Each write is on disk when the operation returns. There are no transactions over several statements.
-///  3. Failures are quiet: a file that cannot be opened, read or written gives empty results and loses the write.
+///  3. Failures are quiet: what cannot be read gives empty results. A row that cannot be written, because another
+///     program holds the file or the disk takes nothing, is kept in order and written when that is over (see
+///     `UnwrittenRows`); until then the history shows it. An operation waits one second for a file that is held, and
+///     the next ones not at all.
 ///  4. A protected row disappears only by `remove` of that very row.
 ///  5. What memory answers in place of a statement (see `RecentRows`) is what the statement would have answered: only
 ///     while the file itself proves that no write but ours came in between (see `CurrentRows`).
+///  6. Lists hold of a long text the beginning alone (see `CutText.h`), so that what memory takes does not depend on
+///     what somebody copied.
+///  7. The file that stands at the path is the one that is used, whoever put it there (see `HistoryFile`).
 class ClipboardDatabase {
 public:
     using Pruned = RowPruner::Pruned;
@@ -45,21 +56,51 @@ public:
     /// operation waits for it.
     void warmUp();
 
+    /// Over the row with its id. Of an item that is cut the text in the file stays.
     void save(const ClipboardItem &item);
+    /// The same for a new copy whose duplicate was looked for: should the row have to wait, it takes the place of those
+    /// that are found then, or gives way to a protected one.
+    void record(const ClipboardItem &item);
     void remove(const QUuid &id);
+    /// The text of which a cut item has the beginning. None when its row is gone or cannot be read.
+    [[nodiscard]] std::optional<QString> wholeText(const ClipboardItem &item);
+    /// Every row, whole, in the order of `loadAll`. `take` runs on the queue.
+    void forEachRow(const std::function<void(const ClipboardItem &)> &take);
     [[nodiscard]] std::vector<ClipboardItem> loadAll(std::optional<Date> since, qint64 limit);
     [[nodiscard]] std::vector<ClipboardItem> loadProtectedAndRecent(std::optional<Date> since, qint64 limit);
     [[nodiscard]] std::vector<ClipboardItem> search(const QString &query, qint64 limit);
+    /// The same without waiting. Of the cut items those alone that contain the query as people read it.
+    [[nodiscard]] std::shared_ptr<HistoryRead> beginSearch(const QString &query, qint64 limit,
+                                                           std::function<void()> whenDone);
+    /// Those of `cutItems` that contain `text` as people read it.
+    [[nodiscard]] std::shared_ptr<HistoryRead> beginFilter(std::vector<ClipboardItem> cutItems, const QString &text,
+                                                           std::function<void()> whenDone);
+    /// Whole, as the only one beside `loadAll`.
     [[nodiscard]] std::optional<ClipboardItem> findDuplicate(const std::optional<QString> &imageFileName,
                                                              const QString &content);
     Pruned prune(bool imagesOnly, std::optional<Date> before, std::optional<qint64> keepNewest);
     [[nodiscard]] QStringList clearUnprotected();
     [[nodiscard]] Counts counts();
+    /// The files that rows name. None when they cannot be known for certain: the file cannot be read, rows wait to be
+    /// written, or another history was set aside and may come back.
+    [[nodiscard]] std::optional<QSet<QString>> imageFileNames();
+
+    /// True when there is something to see to: somebody else changed, replaced or removed the file, or rows wait to be
+    /// written. It costs a look at the file and waits for nothing; the next operation sees to it.
+    [[nodiscard]] bool needsALook() const;
 
 private:
     struct Parts;
+    using Reading = std::function<std::optional<std::vector<ClipboardItem>>(const std::function<bool()> &stop)>;
+
+    /// Runs `work` on the queue, between a look at the file before and one after it.
+    template <class Work>
+    auto perform(Work work);
+    std::shared_ptr<HistoryRead> begin(Reading reading, std::function<void()> whenDone);
+    void continueReading(const Reading &reading, const std::shared_ptr<HistoryRead> &read);
 
     std::unique_ptr<Parts> m_parts; ///< used on the queue alone
+    std::atomic<int> m_waiting{0};  ///< operations whose callers wait: readings step back for them
     SerialQueue m_queue;            ///< last: its work uses the rest
 };
 

@@ -42,6 +42,8 @@ inline constexpr auto contentLike = ITEMS "\nWHERE content LIKE ? ESCAPE '\\'\n"
                                           "ORDER BY is_saved DESC, is_pinned DESC, date DESC LIMIT ?;";
 inline constexpr auto sameContentAndFile = ITEMS " WHERE content=? AND image_file_name=? LIMIT 1;";
 inline constexpr auto sameContentWithoutFile = ITEMS " WHERE content=? AND image_file_name IS NULL LIMIT 1;";
+inline constexpr auto contentOfId = "SELECT content FROM items WHERE id=?;";
+inline constexpr auto allFiles = "SELECT image_file_name FROM items WHERE image_file_name IS NOT NULL;";
 inline constexpr auto unprotectedFiles =
     "SELECT image_file_name FROM items WHERE is_pinned=0 AND is_saved=0 AND image_file_name IS NOT NULL;";
 inline constexpr auto deleteUnprotected = "DELETE FROM items WHERE is_pinned=0 AND is_saved=0;";

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 namespace tavrine {
-namespace {
 
 QString exportLine(const ClipboardItem &item) {
     // The line begins with a date field, which is empty in this form, and two blanks.
@@ -20,18 +19,8 @@ QString exportLine(const ClipboardItem &item) {
     return line;
 }
 
-} // namespace
-
-QString exportText(const std::vector<ClipboardItem> &items, Date now) {
-    QString text = QStringLiteral("Tavrine Clipboard Export\n") + description(now) + QStringLiteral("\n\n");
-    bool isFirst = true;
-    for (const ClipboardItem &item : items) {
-        if (!isFirst)
-            text += u'\n';
-        isFirst = false;
-        text += exportLine(item);
-    }
-    return text;
+QString exportHeader(Date now) {
+    return QStringLiteral("Tavrine Clipboard Export\n") + description(now) + QStringLiteral("\n\n");
 }
 
 QString exportFileName(Date now) {

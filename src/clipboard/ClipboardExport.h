@@ -4,12 +4,12 @@
 
 #include <QString>
 
-#include <vector>
-
 namespace tavrine {
 
-/// The history as plain text for reading: a title, the date of the export, an empty line, then one line for each item.
-[[nodiscard]] QString exportText(const std::vector<ClipboardItem> &items, Date now);
+// The history as plain text for reading, in pieces: a title, the date of the export, an empty line, then one line for
+// each item, with a line feed between two.
+[[nodiscard]] QString exportHeader(Date now);
+[[nodiscard]] QString exportLine(const ClipboardItem &item);
 
 /// The bare name of an export made at `now`.
 [[nodiscard]] QString exportFileName(Date now);

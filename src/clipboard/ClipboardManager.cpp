@@ -10,10 +10,12 @@
 #include "ports/Workspace.h"
 
 #include <QFileInfo>
+#include <QPointer>
 #include <QTextBoundaryFinder>
 #include <QUrl>
 
 #include <algorithm>
+#include <utility>
 
 namespace tavrine {
 namespace {
@@ -22,6 +24,16 @@ namespace {
 bool isOneCharacter(const QString &text) {
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
     return finder.toNextBoundary() == text.size();
+}
+
+/// `work` in a form that any thread may call: it runs in a turn of the main queue.
+std::function<void()> onMainQueue(Time &time, QObject *owner, std::function<void()> work) {
+    return [&time, owner = QPointer(owner), work = std::move(work)] {
+        time.async([owner, work] {
+            if (owner)
+                work();
+        });
+    };
 }
 
 } // namespace
@@ -38,6 +50,7 @@ ClipboardManager::ClipboardManager(Ports ports, QObject *parent)
     reloadHistory();
     setLaunchAtLogin(m_ports.loginItem.isEnabled());
     startMonitoring();
+    m_ports.time.async(this, [this] { removeLeftovers(); });
 }
 
 ClipboardManager::~ClipboardManager() = default;
@@ -131,7 +144,9 @@ void ClipboardManager::addItem(const QString &content, const std::optional<QStri
     item.content = contentOrImage(content, imageFileName);
     item.date = m_ports.time.now();
     item.imageFileName = imageFileName;
-    m_ports.database.save(item);
+    if (imageFileName)
+        m_media.claim(*imageFileName);
+    m_ports.database.record(item);
     runCleanup();
     reloadHistory();
 }
@@ -157,7 +172,8 @@ void ClipboardManager::copyToPasteboard(const ClipboardItem &item) {
     Pasteboard &pasteboard = m_ports.pasteboard;
     pasteboard.clearContents();
     if (!item.imageFileName) {
-        pasteboard.setString(item.content);
+        if (const auto text = m_ports.database.wholeText(item))
+            pasteboard.setString(*text);
     } else if (isRecordingFileName(*item.imageFileName)) {
         if (const auto path = m_media.filePath(*item.imageFileName))
             pasteboard.writeFileUrls({QUrl::fromLocalFile(*path)});
@@ -168,6 +184,17 @@ void ClipboardManager::copyToPasteboard(const ClipboardItem &item) {
 
 std::vector<ClipboardItem> ClipboardManager::searchItems(const QString &query) {
     return query.isEmpty() ? m_history : m_ports.database.search(query, searchLimit);
+}
+
+std::shared_ptr<HistoryRead> ClipboardManager::beginSearch(const QString &query, QObject *owner,
+                                                           std::function<void()> whenDone) {
+    return m_ports.database.beginSearch(query, searchLimit, onMainQueue(m_ports.time, owner, std::move(whenDone)));
+}
+
+std::shared_ptr<HistoryRead> ClipboardManager::beginFilter(std::vector<ClipboardItem> cutItems, const QString &text,
+                                                           QObject *owner, std::function<void()> whenDone) {
+    return m_ports.database.beginFilter(std::move(cutItems), text,
+                                        onMainQueue(m_ports.time, owner, std::move(whenDone)));
 }
 
 void ClipboardManager::saveRecording(const QString &source, const std::optional<QString> &name) {

@@ -11,6 +11,7 @@
 #include <QStringList>
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -18,6 +19,7 @@
 namespace tavrine {
 
 class ClipboardDatabase;
+class HistoryRead;
 class LoginItem;
 class Pasteboard;
 class Time;
@@ -105,6 +107,13 @@ public:
     void copyToPasteboard(const ClipboardItem &item);
     /// An empty query gives `history`; any other searches the whole database, at most 500 rows.
     [[nodiscard]] std::vector<ClipboardItem> searchItems(const QString &query);
+    /// The search of a query that is not empty, without waiting for it. `whenDone` comes in a later turn of the main
+    /// queue, unless `owner` is gone.
+    [[nodiscard]] std::shared_ptr<HistoryRead> beginSearch(const QString &query, QObject *owner,
+                                                           std::function<void()> whenDone);
+    /// In the same way, those of `cutItems` that contain `text` behind their beginning.
+    [[nodiscard]] std::shared_ptr<HistoryRead> beginFilter(std::vector<ClipboardItem> cutItems, const QString &text,
+                                                           QObject *owner, std::function<void()> whenDone);
 
     // Media: by bare file name, as in MediaStore.
     [[nodiscard]] MediaStore &media() { return m_media; }
@@ -142,6 +151,7 @@ private:
     void migrateHistory();
     void seedMySaved();
     void applyClearOnRestart();
+    void removeLeftovers();
     void setHistory(std::vector<ClipboardItem> items);
     std::vector<ClipboardItem> protectedItems();
     void poll();

@@ -44,6 +44,9 @@ bool ClipboardManager::isExcludedApplicationFrontmost() const {
 }
 
 void ClipboardManager::poll() {
+    // Whatever happens to the database's file is seen here, and what waited to be written to it is shown and written.
+    if (m_ports.database.needsALook())
+        reloadHistory();
     Pasteboard &pasteboard = m_ports.pasteboard;
     if (isExcludedApplicationFrontmost()) {
         m_lastChangeCount = pasteboard.changeCount();

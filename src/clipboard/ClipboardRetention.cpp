@@ -8,8 +8,6 @@
 #include "clipboard/ClipboardPreferences.h"
 #include "clipboard/OldHistory.h"
 
-#include <limits>
-
 namespace tavrine {
 
 bool ClipboardManager::runCleanup() {
@@ -19,6 +17,14 @@ bool ClipboardManager::runCleanup() {
     const ClipboardDatabase::Pruned surplus = database.prune(true, std::nullopt, maxImages);
     removeImageFiles(old.imageFileNames + surplus.imageFileNames);
     return old.deletedCount + surplus.deletedCount > 0;
+}
+
+void ClipboardManager::removeLeftovers() {
+    // Older versions left a file for each capture: there may be thousands, and no turn of the main loop is theirs.
+    constexpr int filesPerTurn = 100;
+    const auto named = m_ports.database.imageFileNames();
+    if (named && m_media.removeLeftovers(*named, filesPerTurn))
+        m_ports.time.async(this, [this] { removeLeftovers(); });
 }
 
 void ClipboardManager::clearHistory() {
@@ -74,10 +80,18 @@ std::optional<QString> ClipboardManager::exportHistory() {
     if (folder.isEmpty())
         return std::nullopt;
     const Date now = m_ports.time.now();
-    const auto items = m_ports.database.loadAll(std::nullopt, std::numeric_limits<qint64>::max());
     const QString path = folder + u'/' + exportFileName(now);
-    if (makePrivateFolder(folder))
-        writePrivateFile(path, exportText(items, now).toUtf8());
+    if (!makePrivateFolder(folder))
+        return path;
+    // Row by row: a history may be larger than what memory should hold.
+    PrivateFileWriter writer(path);
+    (void)writer.write(exportHeader(now).toUtf8()); // the commit knows of every failure
+    bool isFirst = true;
+    m_ports.database.forEachRow([&](const ClipboardItem &item) {
+        (void)writer.write(((isFirst ? QString() : QStringLiteral("\n")) + exportLine(item)).toUtf8());
+        isFirst = false;
+    });
+    (void)writer.commit();
     return path;
 }
 

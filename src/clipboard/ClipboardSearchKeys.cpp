@@ -37,6 +37,10 @@ bool ClipboardSearchModel::handleKeyDown(const QString &keyWindowTitle, int keyC
 }
 
 void ClipboardSearchModel::perform(ClipboardSearchKeyAction action) {
+    if (m_search && action != ClipboardSearchKeyAction::dismiss) {
+        m_waitingActions.push_back(action); // the list that it is meant for is still to come
+        return;
+    }
     switch (action) {
     case ClipboardSearchKeyAction::moveUp:
         return moveSelection(-1);

@@ -4,11 +4,13 @@
 #include "base/Time.h"
 #include "clipboard/ClipboardManager.h"
 #include "clipboard/ClipboardRowActions.h"
+#include "clipboard/HistoryRead.h"
 #include "clipboard/LinkRule.h"
 #include "ports/Alerts.h"
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace tavrine {
 
@@ -17,17 +19,16 @@ ClipboardSearchModel::ClipboardSearchModel(Ports ports, QObject *parent)
     connect(&ports.manager, &ClipboardManager::historyChanged, this, &ClipboardSearchModel::historyChanged);
     m_openedToken =
         ports.center.addObserver(QLatin1String(openedNotification), [this](const Notification &) { open(); });
-    reload();
-    selectFirst();
+    reload(Selection::reset);
 }
 
 void ClipboardSearchModel::open() {
+    m_waitingActions.clear();
     m_query.clear();
     m_selectedCategory = ClipboardSearchCategory::all;
     Q_EMIT queryChanged();
     Q_EMIT selectedCategoryChanged();
-    reload();
-    selectFirst();
+    reload(Selection::reset);
     m_ports.time.async(this, [this] { Q_EMIT searchFieldFocusWanted(); });
 }
 
@@ -40,8 +41,7 @@ void ClipboardSearchModel::setQuery(const QString &query) {
         return;
     m_query = query;
     Q_EMIT queryChanged();
-    reload();
-    selectFirst();
+    reload(Selection::reset);
 }
 
 void ClipboardSearchModel::setSelectedCategory(ClipboardSearchCategory category) {
@@ -54,15 +54,48 @@ void ClipboardSearchModel::setSelectedCategory(ClipboardSearchCategory category)
 }
 
 void ClipboardSearchModel::historyChanged() {
-    reload();
-    if (!visibleItem(selectedID()))
-        selectFirst();
+    reload(Selection::keep);
 }
 
-void ClipboardSearchModel::reload() {
-    m_diskItems = m_ports.manager.searchItems(m_query);
+void ClipboardSearchModel::reload(Selection selection) {
+    // A search that is still awaited wanted the selection for its query, and this one is for the same or a newer one.
+    const bool isReset = selection == Selection::reset || (m_search && m_selectionAfterwards == Selection::reset);
+    m_selectionAfterwards = isReset ? Selection::reset : Selection::keep;
+    endSearch();
+    if (m_query.isEmpty())
+        return takeIn(m_ports.manager.searchItems(m_query));
+    m_search = m_ports.manager.beginSearch(m_query, this, [this, number = ++m_searchNumber] {
+        if (number == m_searchNumber)
+            searchArrived();
+    });
+    if (m_ports.searchPatience.count() < 0)
+        return;
+    if (auto items = m_search->take(m_ports.searchPatience))
+        takeIn(*std::move(items));
+}
+
+void ClipboardSearchModel::endSearch() {
+    if (m_search)
+        m_search->drop();
+    m_search.reset();
+}
+
+void ClipboardSearchModel::searchArrived() {
+    if (!m_search)
+        return; // it was in time
+    if (auto items = m_search->take())
+        takeIn(*std::move(items));
+}
+
+void ClipboardSearchModel::takeIn(std::vector<ClipboardItem> items) {
+    m_search.reset();
+    m_diskItems = std::move(items);
     m_links.clear();
     rebuildVisibleItems();
+    if (m_selectionAfterwards == Selection::reset || !visibleItem(selectedID()))
+        selectFirst();
+    for (const ClipboardSearchKeyAction action : std::exchange(m_waitingActions, {}))
+        perform(action);
 }
 
 bool ClipboardSearchModel::isLinkCached(const ClipboardItem &item) const {
@@ -93,7 +126,8 @@ void ClipboardSearchModel::rebuildVisibleItems() {
     const CaseInsensitiveText wanted(m_query);
     std::array<std::vector<const ClipboardItem *>, 3> parts; // saved, pinned, rest
     for (const ClipboardItem &item : m_diskItems) {
-        if (belongs(item) && wanted.isIn(item.content))
+        // Of a text that is cut the search has seen the whole.
+        if (belongs(item) && (item.cut || wanted.isIn(item.content)))
             parts.at(item.isSaved ? 0 : item.isPinned ? 1 : 2).push_back(&item);
     }
     // Without a query a saved item shows in My Saved alone, so that part is empty elsewhere by itself.
@@ -180,8 +214,7 @@ void ClipboardSearchModel::addToMySaved() {
         m_selectedCategory = ClipboardSearchCategory::mySave;
         Q_EMIT selectedCategoryChanged();
     }
-    reload();
-    selectFirst();
+    reload(Selection::reset);
 }
 
 } // namespace tavrine

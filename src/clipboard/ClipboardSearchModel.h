@@ -7,11 +7,15 @@
 
 #include <QHash>
 
+#include <chrono>
 #include <functional>
+#include <memory>
+#include <vector>
 
 namespace tavrine {
 
 class Alerts;
+class HistoryRead;
 class Time;
 
 enum class ClipboardSearchKeyAction {
@@ -30,7 +34,9 @@ enum class ClipboardSearchKeyAction {
 /// Belongs to the panel's view; lives on the main thread.
 ///
 ///  1. `diskItems` is the manager's answer to `query` and nothing else; it is fetched anew when the query or the
-///     history changes, at once, without a delay.
+///     history changes, at once, without a delay. An answer that takes longer than `searchPatience` is not waited for:
+///     the list stays as it is until it comes, what the keys do to the list waits for it in order, and an answer to an
+///     older query is dropped.
 ///  2. `visibleItems` and `sections` are made anew for each such change and each change of the category.
 ///  3. Each opening begins anew: no query, all categories, the first item selected.
 class ClipboardSearchModel : public ClipboardListModel {
@@ -54,6 +60,9 @@ public:
         Alerts &alerts;
         NotificationCenter &center;
         Time &time;
+        /// So much of a key's time may go into a search before the letter has to stand in the field. Negative: none
+        /// at all, not even for an answer that is there.
+        std::chrono::milliseconds searchPatience{4};
     };
     explicit ClipboardSearchModel(Ports ports, QObject *parent = nullptr);
 
@@ -67,6 +76,7 @@ public:
     void setSelectedCategory(ClipboardSearchCategory category);
 
     [[nodiscard]] const std::vector<Section> &sections() const { return m_sections; }
+    [[nodiscard]] bool isSearching() const { return m_search != nullptr; } ///< what is visible is of an older query
     [[nodiscard]] EmptyState emptyState() const override;
     [[nodiscard]] ClipboardSearchRow row(const ClipboardItem &item) const;
     [[nodiscard]] bool showsAddButton() const { return m_selectedCategory == ClipboardSearchCategory::mySave; }
@@ -98,7 +108,12 @@ Q_SIGNALS:
 private:
     void open();
     void historyChanged();
-    void reload();
+    /// Fetches `diskItems`, now or later; then the selection is reset, or stays where it can.
+    enum class Selection { reset, keep };
+    void reload(Selection selection);
+    void searchArrived();
+    void takeIn(std::vector<ClipboardItem> items);
+    void endSearch();
     void rebuildVisibleItems();
     [[nodiscard]] bool belongs(const ClipboardItem &item) const;
     [[nodiscard]] bool isLinkCached(const ClipboardItem &item) const;
@@ -110,6 +125,10 @@ private:
     QString m_query;
     ClipboardSearchCategory m_selectedCategory = ClipboardSearchCategory::all;
     std::vector<ClipboardItem> m_diskItems;
+    std::shared_ptr<HistoryRead> m_search; ///< while its answer is awaited
+    int m_searchNumber = 0;
+    Selection m_selectionAfterwards = Selection::keep;
+    std::vector<ClipboardSearchKeyAction> m_waitingActions; ///< keys that came meanwhile
     std::vector<Section> m_sections;
     mutable QHash<QUuid, bool> m_links; ///< of `m_diskItems`, as far as anyone asked
     NotificationCenter::Token m_openedToken;

@@ -56,7 +56,7 @@ QString iconOf(const ClipboardItem &item, bool isLink) {
         return QStringLiteral("star.fill");
     if (item.imageFileName)
         return QStringLiteral("photo");
-    if (item.content.contains(u'@'))
+    if (item.cut ? item.cut->hasAt : item.content.contains(u'@'))
         return QStringLiteral("envelope");
     return isLink ? QStringLiteral("link") : QStringLiteral("doc.text");
 }

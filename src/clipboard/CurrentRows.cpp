@@ -7,7 +7,8 @@
 namespace tavrine {
 
 bool CurrentRows::isCurrent() {
-    if (m_rows.isWarm() && ChangeStamp::read(m_file.db()) != m_stamp)
+    const bool isSameFile = m_generation == m_file.generation();
+    if (m_rows.isWarm() && (!isSameFile || ChangeStamp::read(m_file.db()) != m_stamp))
         m_rows.forget();
     return m_rows.isWarm();
 }
@@ -16,6 +17,7 @@ void CurrentRows::takeIn(const Load &load, std::optional<Date> since, qint64 lim
     m_rows.forget();
     m_hasOnlyPlainFlags = load.hasOnlyPlainFlags;
     m_stamp = load.stamp;
+    m_generation = m_file.generation();
     if (m_stamp)
         m_rows.fill(load.rows, since, load.isCut, limit);
 }
@@ -24,7 +26,8 @@ bool CurrentRows::noteWrite(bool isDone, quint32 writes) {
     if (!m_rows.isWarm())
         return false;
     const std::optional<ChangeStamp> now = ChangeStamp::read(m_file.db());
-    if (isDone && now && m_stamp && now->follows(*m_stamp, writes))
+    const bool isSameFile = m_generation == m_file.generation();
+    if (isDone && isSameFile && now && m_stamp && now->follows(*m_stamp, writes))
         m_stamp = now;
     else
         m_rows.forget();

@@ -45,6 +45,7 @@ private:
     HistoryFile &m_file;
     RecentRows m_rows;
     std::optional<ChangeStamp> m_stamp;
+    int m_generation = 0; ///< of the file
     bool m_hasOnlyPlainFlags = false;
 };
 

@@ -1,11 +1,16 @@
 #include "clipboard/HistoryFile.h"
 
+#include "base/Print.h"
 #include "base/PrivateFiles.h"
 #include "clipboard/ClipboardDatabaseSql.h"
 #include "clipboard/FastLike.h"
 
+#include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+
+#include <cstdio>
 
 #include <fcntl.h>
 #include <sqlite3.h>
@@ -24,27 +29,145 @@ void makePrivateFile(const QByteArray &path) {
         ::close(file);
 }
 
+int run(sqlite3 *db, const char *sql) {
+    return sqlite3_exec(db, sql, nullptr, nullptr, nullptr) & 0xFF;
+}
+
+/// True for what a person can mend while the program runs.
+bool isPassing(int code) {
+    switch (code) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+    case SQLITE_FULL:
+    case SQLITE_READONLY:
+    case SQLITE_CANTOPEN:
+    case SQLITE_IOERR:
+    case SQLITE_PERM:
+    case SQLITE_NOTADB:
+        return true;
+    default:
+        return false;
+    }
+}
+
 } // namespace
 
 HistoryFile::HistoryFile(QString path) : m_path(std::move(path)) {}
 
 HistoryFile::~HistoryFile() {
-    sqlite3_close(m_db);
+    close();
+}
+
+void HistoryFile::prepare() {
+    m_busyWait.begin();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isChanged = m_isChanged || look() != m_lastLook;
+    }
+    if (m_db && (!m_isUpToDate || hasMoved()))
+        close();
+    if (!m_db)
+        open();
+    // One look, which waits for nothing, instead of a second for each operation that would only wait in vain again.
+    if (m_busyWait.isHeld() && run(m_db, "BEGIN IMMEDIATE;") == SQLITE_OK) {
+        run(m_db, "ROLLBACK;");
+        m_busyWait.release();
+    }
+}
+
+void HistoryFile::conclude() {
+    const std::lock_guard lock(m_mutex);
+    m_lastLook = look();
 }
 
 void HistoryFile::open() {
-    // A folder that cannot be made leaves a file that cannot be opened, and so no history.
+    // A folder that cannot be made leaves a file that cannot be opened, and so no history for now.
     (void)claimPrivateFolder(QFileInfo(m_path).absolutePath());
     makePrivateFile(QFile::encodeName(m_path));
     claimPrivateFile(m_path);
-    sqlite3_open(m_path.toUtf8().constData(), &m_db);
-    sqlite3_busy_timeout(m_db, busyTimeoutMs);
+    int code = bringUpToDate();
+    if (code == SQLITE_NOTADB) {
+        close();
+        setAside();
+        makePrivateFile(QFile::encodeName(m_path));
+        code = bringUpToDate();
+    }
+    m_isUpToDate = !isPassing(code);
+    const qint64 number = look()[1];
+    if (number != m_openedNumber || code == SQLITE_NOTADB)
+        ++m_generation;
+    m_openedNumber = number;
+}
+
+int HistoryFile::bringUpToDate() {
+    if (sqlite3_open(m_path.toUtf8().constData(), &m_db) != SQLITE_OK)
+        return sqlite3_errcode(m_db) & 0xFF;
+    m_busyWait.install(m_db);
+    installFastLike(m_db);
     // The schema stops at `idx_saved` on a file from before the column; the next two statements give it both,
     // and its remaining indexes appear at the next start. On every other file the second statement fails.
-    sqlite3_exec(m_db, sql::schema, nullptr, nullptr, nullptr);
-    sqlite3_exec(m_db, sql::addSavedColumn, nullptr, nullptr, nullptr);
-    sqlite3_exec(m_db, sql::addSavedIndex, nullptr, nullptr, nullptr);
-    installFastLike(m_db);
+    const int code = run(m_db, sql::schema);
+    if (isPassing(code))
+        return code; // so would the others
+    run(m_db, sql::addSavedColumn);
+    return run(m_db, sql::addSavedIndex);
+}
+
+void HistoryFile::setAside() {
+    const Date now{static_cast<double>(QDateTime::currentSecsSinceEpoch())};
+    const std::optional<QString> name = setUnreadableFileAside(m_path, now);
+    if (name) {
+        // What is left of a write to it would be taken for a write to the new one.
+        ::rename(QFile::encodeName(m_path + QStringLiteral("-journal")).constData(),
+                 QFile::encodeName(*name + QStringLiteral("-journal")).constData());
+        printLine(QStringLiteral("DEBUG: The clipboard history is no database and was set aside as ") + *name);
+    } else {
+        printLine(QStringLiteral("DEBUG: The clipboard history is no database and cannot be set aside: ") + m_path);
+    }
+}
+
+void HistoryFile::close() {
+    sqlite3_close(m_db);
+    m_db = nullptr;
+    m_isUpToDate = false;
+}
+
+bool HistoryFile::wasSetAside() const {
+    const QFileInfo info(m_path);
+    return !info.dir().entryList({info.fileName() + QStringLiteral(".unreadable-*")}, QDir::Files).isEmpty();
+}
+
+bool HistoryFile::hasMoved() const {
+    int moved = 0;
+    return !m_db || sqlite3_file_control(m_db, "main", SQLITE_FCNTL_HAS_MOVED, &moved) != SQLITE_OK || moved != 0;
+}
+
+bool HistoryFile::noteFailure(int code) {
+    if (!m_isUpToDate)
+        return true; // nothing could succeed
+    if (!isPassing(code))
+        return false;
+    if (code != SQLITE_BUSY && code != SQLITE_LOCKED)
+        m_isUpToDate = false; // the next operation opens anew
+    return true;
+}
+
+HistoryFile::Look HistoryFile::look() const {
+    struct stat status {};
+    if (::stat(QFile::encodeName(m_path).constData(), &status) != 0)
+        return {};
+    return {static_cast<qint64>(status.st_dev), static_cast<qint64>(status.st_ino), status.st_size,
+            status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+bool HistoryFile::isChanged() const {
+    const std::lock_guard lock(m_mutex);
+    return m_isChanged || look() != m_lastLook;
+}
+
+void HistoryFile::noteLoad() {
+    const std::lock_guard lock(m_mutex);
+    m_isChanged = false;
 }
 
 } // namespace tavrine

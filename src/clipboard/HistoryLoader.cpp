@@ -35,6 +35,18 @@ std::vector<ClipboardItem> firstItems(std::vector<RecentRows::Row> rows, qint64 
     return items;
 }
 
+/// What of `items`, a whole history, is asked for.
+std::vector<ClipboardItem> lastOf(const std::vector<ClipboardItem> &items, std::optional<Date> since, qint64 limit) {
+    std::vector<ClipboardItem> wanted;
+    qint64 others = 0;
+    for (const ClipboardItem &item : items) {
+        const bool isWanted = !since || item.date > *since;
+        if (item.isProtected() || (isWanted && (limit < 0 || others++ < limit)))
+            wanted.push_back(item);
+    }
+    return wanted;
+}
+
 } // namespace
 
 std::vector<ClipboardItem> HistoryLoader::load(std::optional<Date> since, qint64 limit) {
@@ -42,9 +54,18 @@ std::vector<ClipboardItem> HistoryLoader::load(std::optional<Date> since, qint64
         // A limit that would end the process in the statement does so here.
         (void)Statement::checkedInt(saturatedSum(limit, static_cast<qint64>(m_current.rows().protectedCount())));
         if (auto answer = m_current.rows().answer(since, limit))
-            return *std::move(answer);
+            return remembered(*std::move(answer), since);
     }
-    return loadByStatement(since, limit);
+    if (auto answer = loadByStatement(since, limit))
+        return remembered(*std::move(answer), since);
+    return m_file.busyWait().isHeld() ? lastOf(m_lastAnswer, since, limit) : std::vector<ClipboardItem>();
+}
+
+std::vector<ClipboardItem> HistoryLoader::remembered(std::vector<ClipboardItem> answer, std::optional<Date> since) {
+    m_file.noteLoad();
+    if (!since)
+        m_lastAnswer = answer;
+    return answer;
 }
 
 void HistoryLoader::warmUp() {
@@ -52,7 +73,7 @@ void HistoryLoader::warmUp() {
         (void)loadByStatement({}, 0);
 }
 
-std::vector<ClipboardItem> HistoryLoader::loadByStatement(std::optional<Date> since, qint64 limit) {
+std::optional<std::vector<ClipboardItem>> HistoryLoader::loadByStatement(std::optional<Date> since, qint64 limit) {
     // The limit bounds the unprotected rows alone, so the protected ones are counted on top of it.
     const qint64 protectedCount = readCount(m_file.db(), sql::countProtected);
     Request request{since, saturatedSum(limit, protectedCount), 0};
@@ -63,12 +84,12 @@ std::vector<ClipboardItem> HistoryLoader::loadByStatement(std::optional<Date> si
         request.rowLimit = std::min<qint64>(std::max(request.wanted, enough), std::numeric_limits<int>::max());
     }
     // The newest rows come first by their date; what SQLite picks for this statement sorts the whole table.
-    const auto reader = PlannedReader::open(m_file.db(), PlannedReader::View::newestRows);
+    const auto reader = PlannedReader::open(m_file.db(), PlannedReader::View::newestRows, &m_file.busyWait());
 
     m_current.forget();
     auto load = run(request, reader.get());
     if (!load)
-        return {};
+        return std::nullopt;
     if (limit >= 0) {
         load->isCut = static_cast<qint64>(load->rows.size()) == request.rowLimit;
         m_current.takeIn(*load, since, limit);
@@ -78,7 +99,7 @@ std::vector<ClipboardItem> HistoryLoader::loadByStatement(std::optional<Date> si
             load = run(request, reader.get());
         }
     }
-    return load ? firstItems(std::move(load->rows), request.wanted) : std::vector<ClipboardItem>();
+    return load ? std::optional(firstItems(std::move(load->rows), request.wanted)) : std::nullopt;
 }
 
 std::optional<CurrentRows::Load> HistoryLoader::run(const Request &request, PlannedReader *reader) {
@@ -96,8 +117,10 @@ std::optional<CurrentRows::Load> HistoryLoader::runOn(sqlite3 *db, const Request
                                                       const PlannedReader *reader) {
     Statement statement(db, QByteArray(sql::protectedAndUnprotected) + (request.since ? " AND date > ?" : "") +
                                 sql::bySavedPinnedAndDate);
-    if (!statement.isPrepared())
+    if (!statement.isPrepared()) {
+        m_file.noteFailure(statement.code());
         return std::nullopt;
+    }
     if (request.since)
         statement.bindDouble(1, request.since->secondsSince1970);
     statement.bindInt(request.since ? 2 : 1, request.rowLimit);
@@ -110,8 +133,11 @@ std::optional<CurrentRows::Load> HistoryLoader::runOn(sqlite3 *db, const Request
         load.hasOnlyPlainFlags = load.stamp && reader && reader->hasOnlyPlainFlags();
     }
     for (; step == Statement::Step::row; step = statement.step())
-        load.rows.push_back(readRow(statement));
-    return step == Statement::Step::done ? std::optional(std::move(load)) : std::nullopt;
+        load.rows.push_back(readListRow(statement, db != m_file.db()));
+    if (step == Statement::Step::done)
+        return load;
+    m_file.noteFailure(statement.code());
+    return std::nullopt;
 }
 
 } // namespace tavrine

@@ -20,6 +20,8 @@ QStringView writtenHost(QStringView text) {
 bool isLink(const ClipboardItem &item) {
     if (item.imageFileName)
         return false;
+    if (item.cut)
+        return item.cut->isLink;
     const QStringView text = QStringView(item.content).trimmed();
     if (std::ranges::any_of(text, [](QChar c) { return c.isSpace() || c == u'@'; }))
         return false;

@@ -9,7 +9,9 @@
 #include "ports/ImageCoder.h"
 #include "ports/MovieAsset.h"
 
+#include <QDirIterator>
 #include <QFile>
+#include <QRegularExpression>
 
 namespace tavrine {
 namespace {
@@ -63,6 +65,9 @@ std::optional<QString> MediaStore::filePath(const QString &fileName) const {
 std::optional<QString> MediaStore::saveImage(const QImage &image) {
     if (image.width() <= 0 || image.height() <= 0)
         return std::nullopt;
+    if (const auto path = image.cacheKey() == m_unclaimedKey ? filePath(m_unclaimed) : std::nullopt;
+        path && QFile::exists(*path))
+        return m_unclaimed;
     std::optional<QByteArray> jpeg;
     if (const auto source = m_coder.bitmapRepresentation(image))
         jpeg = encodeForStorage(*source);
@@ -74,7 +79,39 @@ std::optional<QString> MediaStore::saveImage(const QImage &image) {
     if (!jpeg || !folder)
         return std::nullopt;
     const QString fileName = freshUuidString() + QStringLiteral(".jpg");
-    return writePrivateFile(*folder + u'/' + fileName, *jpeg) ? std::optional(fileName) : std::nullopt;
+    if (!writePrivateFile(*folder + u'/' + fileName, *jpeg))
+        return std::nullopt;
+    m_savedNow.insert(fileName);
+    m_unclaimed = fileName;
+    m_unclaimedKey = image.cacheKey();
+    return fileName;
+}
+
+void MediaStore::claim(const QString &fileName) {
+    if (fileName == m_unclaimed)
+        m_unclaimed.clear();
+}
+
+bool MediaStore::removeLeftovers(const QSet<QString> &named, int most) {
+    const std::optional<QString> folder = imagesDirectory();
+    if (!folder)
+        return false;
+    // Only what is named as files are named here, a UUID and ".jpg", with what a write that was cut off had behind it.
+    static const QRegularExpression ours(
+        QStringLiteral("^([0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.jpg)(\\.unfinished|\\.[A-Za-z0-9]{6})?$"));
+    int removed = 0;
+    for (QDirIterator files(*folder, QDir::Files | QDir::Hidden); files.hasNext();) {
+        files.next();
+        const QRegularExpressionMatch match = ours.match(files.fileName());
+        const bool isWhole = match.captured(1) == files.fileName();
+        if (!match.hasMatch() ||
+            (isWhole && (named.contains(files.fileName()) || m_savedNow.contains(files.fileName()))))
+            continue;
+        if (removed == most)
+            return true;
+        removed += QFile::remove(files.filePath()) ? 1 : 0;
+    }
+    return false;
 }
 
 std::optional<QImage> MediaStore::loadImage(const QString &fileName) const {

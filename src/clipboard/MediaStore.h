@@ -4,6 +4,7 @@
 #include "ports/Folders.h"
 
 #include <QImage>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -37,7 +38,14 @@ public:
     [[nodiscard]] std::optional<QString> filePath(const QString &fileName) const;
 
     /// Stores `image` as a JPEG under a fresh name and answers the name. None when it could not be encoded or written.
+    /// A picture that was stored just before, and whose file no row has named yet, has that file: a capture is stored
+    /// once when it is taken and once when the pasteboard's poll meets it.
     [[nodiscard]] std::optional<QString> saveImage(const QImage &image);
+    /// A row names the file from now on.
+    void claim(const QString &fileName);
+    /// Removes what earlier runs left in the folder of the images: files that no row names (`named` are those that one
+    /// does), and writes that were cut off. At most `most` of them; true when there may be more.
+    bool removeLeftovers(const QSet<QString> &named, int most);
     [[nodiscard]] std::optional<QImage> loadImage(const QString &fileName) const;
 
     /// Decodes the file now, on this thread. A recording gives its first frame at full size.
@@ -56,6 +64,9 @@ private:
     ImageCoder &m_coder;
     MovieAsset &m_movieAsset;
     ThumbnailCache m_thumbnailCache;
+    QSet<QString> m_savedNow;  ///< by this run
+    QString m_unclaimed;       ///< the file that was stored last, until a row names it
+    qint64 m_unclaimedKey = 0; ///< of its picture, as QImage tells pictures apart
 };
 
 } // namespace tavrine

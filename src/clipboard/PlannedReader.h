@@ -1,15 +1,21 @@
 #pragma once
 
+#include "base/CaseInsensitiveText.h"
 #include "clipboard/LikePattern.h"
 
 #include <QByteArray>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
 struct sqlite3;
+struct sqlite3_context;
+struct sqlite3_value;
 
 namespace tavrine {
+
+class BusyWait;
 
 /// A second connection to the database's file that reads the table as we say and not as SQLite guesses.
 ///
@@ -17,7 +23,8 @@ namespace tavrine {
 /// several times slower than need be. On this connection their name `items` is a temporary view: the same table in a
 /// given order, without rows that the statement would drop anyway. The view lives in the connection and never in the
 /// file, which is opened for reading only. What a statement gives is the same; rows of equal rank may come in another
-/// order, which no statement promises.
+/// order, which no statement promises, and of a long text only the beginning comes, with what is known of the whole
+/// behind it (see `CutText.h`), for rows whose whole text can be had by their id.
 ///
 /// Belongs to the queue of the database. Not being there costs nothing but time: whoever asks goes on with the main
 /// connection.
@@ -31,7 +38,7 @@ public:
     };
 
     /// A reader of the file that `db` has open; null when the file has another place by now or cannot be opened.
-    [[nodiscard]] static std::unique_ptr<PlannedReader> open(sqlite3 *db, View view);
+    [[nodiscard]] static std::unique_ptr<PlannedReader> open(sqlite3 *db, View view, BusyWait *busyWait = nullptr);
     ~PlannedReader();
     PlannedReader(const PlannedReader &) = delete;
     PlannedReader &operator=(const PlannedReader &) = delete;
@@ -39,8 +46,11 @@ public:
     [[nodiscard]] sqlite3 *db() const { return m_db; }
     /// How many rows the history wants at most.
     void want(qint64 limit);
-    /// What the next search is for. Without it no row matches.
-    void want(const QByteArray &pattern, qint64 limit);
+    /// What the next search is for. Without it no row matches. Of the rows that match, those whose cut text does not
+    /// contain `text` as people read it are marked so.
+    void want(const QByteArray &pattern, qint64 limit, const QString &text = {});
+    /// Asked now and then while a statement runs; it fails once the answer is true.
+    void setStop(std::function<bool()> stop) { m_stop = std::move(stop); }
 
     /// False once another file stands in the place of this one.
     [[nodiscard]] bool isInPlace() const;
@@ -53,13 +63,20 @@ public:
     /// for nothing.
     [[nodiscard]] bool isBusy() const;
 
+    /// True when `readRow` may say so of a cut text: it does not contain the wanted text.
+    static constexpr char doesNotContain = '-';
+
 private:
     PlannedReader() = default;
-    [[nodiscard]] bool make(const char *path, View view);
+    /// beginning(TEXT, ID): what comes of a row's text.
+    static void beginning(sqlite3_context *context, int, sqlite3_value **arguments);
+    [[nodiscard]] bool make(const char *path, View view, BusyWait *busyWait);
 
     sqlite3 *m_db = nullptr;
     std::optional<LikePattern> m_pattern;
+    std::optional<CaseInsensitiveText> m_text;
     qint64 m_limit = 0;
+    std::function<bool()> m_stop;
 };
 
 } // namespace tavrine

@@ -41,6 +41,7 @@ public:
     struct Row {
         ClipboardItem item;
         bool isOrdinary = true;   ///< as rule 4 wants it
+        bool isReachable = true;  ///< by its item's id
         bool hasPlainDate = true; ///< its date is a number: other dates rank above all numbers
     };
 

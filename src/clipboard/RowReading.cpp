@@ -1,32 +1,50 @@
 #include "clipboard/RowReading.h"
 
 #include "base/Uuid.h"
+#include "clipboard/ClipboardDatabaseSql.h"
+#include "clipboard/CutText.h"
 #include "clipboard/Statement.h"
 
 namespace tavrine {
+namespace {
+
+constexpr int contentColumn = 1;
+
+} // namespace
 
 RecentRows::Row readRow(const Statement &statement) {
-    const bool hasTextualContent = statement.isText(1); // reading it makes a text of anything
+    const bool hasTextualContent = statement.isText(contentColumn); // reading it makes a text of anything
     const QString id = statement.requiredText(0);
     const std::optional<QUuid> uuid = uuidFromString(id);
     RecentRows::Row row;
     row.item.id = uuid.value_or(QUuid::createUuid());
     row.item.imageFileName = statement.text(5);
-    row.item.content = contentOrImage(statement.requiredText(1), row.item.imageFileName);
+    row.item.content = contentOrImage(statement.requiredText(contentColumn), row.item.imageFileName);
     row.item.date = Date{statement.real(2)};
     row.item.isPinned = statement.flag(3);
     row.item.isSaved = statement.flag(4);
     row.hasPlainDate = statement.isReal(2);
-    row.isOrdinary = uuid && uuidString(*uuid) == id && hasTextualContent && row.hasPlainDate &&
-                     statement.isPlainFlag(3) && statement.isPlainFlag(4);
+    row.isReachable = uuid && uuidString(*uuid) == id;
+    row.isOrdinary = row.isReachable && hasTextualContent && row.hasPlainDate && statement.isPlainFlag(3) &&
+                     statement.isPlainFlag(4);
     return row;
 }
 
-std::vector<ClipboardItem> readItems(Statement &statement) {
-    std::vector<ClipboardItem> items;
-    while (statement.step() == Statement::Step::row)
-        items.push_back(readRow(statement).item);
-    return items;
+RecentRows::Row readListRow(const Statement &statement, bool isPlanned) {
+    RecentRows::Row row = readRow(statement);
+    if (isPlanned)
+        row.item.cut = cutOfColumn(statement.behindNul(contentColumn));
+    else if (row.isReachable)
+        row.item = shortened(std::move(row.item));
+    return row;
+}
+
+std::optional<QString> readWholeText(sqlite3 *db, const QUuid &id) {
+    Statement statement(db, sql::contentOfId);
+    statement.bindText(1, uuidString(id).toLatin1());
+    if (statement.step() != Statement::Step::row)
+        return std::nullopt;
+    return statement.requiredText(0);
 }
 
 int readCount(sqlite3 *db, const QByteArray &sql) {
@@ -42,7 +60,7 @@ ClipboardItem asItReadsBack(ClipboardItem item) {
     if (item.imageFileName)
         item.imageFileName = stored(*item.imageFileName);
     item.content = contentOrImage(stored(item.content), item.imageFileName);
-    return item;
+    return shortened(std::move(item));
 }
 
 } // namespace tavrine

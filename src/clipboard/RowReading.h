@@ -4,7 +4,7 @@
 
 #include <QByteArray>
 
-#include <vector>
+#include <optional>
 
 struct sqlite3;
 
@@ -16,13 +16,17 @@ class Statement;
 /// UUID gets a fresh one, so that no update or delete of the item reaches it.
 [[nodiscard]] RecentRows::Row readRow(const Statement &statement);
 
-/// Every row that is left of `statement`, as far as it can be read.
-[[nodiscard]] std::vector<ClipboardItem> readItems(Statement &statement);
+/// The same for a list: of a long text the beginning alone. `isPlanned`: the statement runs on a planned reader, which
+/// cuts by itself.
+[[nodiscard]] RecentRows::Row readListRow(const Statement &statement, bool isPlanned);
+
+/// The whole text of the row with that id; none when there is no such row or it cannot be read.
+[[nodiscard]] std::optional<QString> readWholeText(sqlite3 *db, const QUuid &id);
 
 /// The one number that a counting statement gives; 0 when it fails.
 [[nodiscard]] int readCount(sqlite3 *db, const QByteArray &sql);
 
-/// What reading the row gives after `item` was saved: bound text ends at its first NUL.
+/// What reading the row for a list gives after `item` was saved: bound text ends at its first NUL.
 [[nodiscard]] ClipboardItem asItReadsBack(ClipboardItem item);
 
 } // namespace tavrine

@@ -1,5 +1,6 @@
 #include "clipboard/Statement.h"
 
+#include <cstring>
 #include <limits>
 
 #include <sqlite3.h>
@@ -7,7 +8,7 @@
 namespace tavrine {
 
 Statement::Statement(sqlite3 *db, const QByteArray &sql) {
-    sqlite3_prepare_v2(db, sql.constData(), -1, &m_statement, nullptr);
+    m_code = 0xFF & sqlite3_prepare_v2(db, sql.constData(), -1, &m_statement, nullptr);
 }
 
 Statement::~Statement() {
@@ -37,7 +38,10 @@ int Statement::checkedInt(qint64 value) {
 }
 
 Statement::Step Statement::step() {
-    switch (sqlite3_step(m_statement)) {
+    if (!m_statement)
+        return Step::failed; // the code of the preparation stands
+    m_code = 0xFF & sqlite3_step(m_statement);
+    switch (m_code) {
     case SQLITE_ROW:
         return Step::row;
     case SQLITE_DONE:
@@ -52,6 +56,13 @@ const char *Statement::requiredCString(int column) const {
     if (!text)
         qFatal("a column that is never NULL is NULL: %s", sqlite3_column_name(m_statement, column));
     return text;
+}
+
+std::string_view Statement::behindNul(int column) const {
+    const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(m_statement, column));
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(m_statement, column));
+    const std::size_t end = text ? std::strlen(text) : size;
+    return end < size ? std::string_view(text + end + 1, size - end - 1) : std::string_view();
 }
 
 QByteArray Statement::requiredUtf8(int column) const {

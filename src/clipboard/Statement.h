@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <optional>
+#include <string_view>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -24,6 +25,8 @@ public:
     Statement &operator=(const Statement &) = delete;
 
     [[nodiscard]] bool isPrepared() const { return m_statement != nullptr; }
+    /// SQLite's word on the preparation or, after that, on the last step.
+    [[nodiscard]] int code() const { return m_code; }
 
     /// Binds `utf8` up to its first NUL. Indexes start at 1.
     void bindText(int index, const QByteArray &utf8);
@@ -39,6 +42,8 @@ public:
     [[nodiscard]] QByteArray requiredUtf8(int column) const;
     /// The same, decoded.
     [[nodiscard]] QString requiredText(int column) const;
+    /// What stands behind the first NUL of the column's text; empty for nearly every column.
+    [[nodiscard]] std::string_view behindNul(int column) const;
     /// The column's text up to its first NUL, absent when the column is NULL.
     [[nodiscard]] std::optional<QString> text(int column) const;
     [[nodiscard]] double real(int column) const;
@@ -54,6 +59,7 @@ private:
     [[nodiscard]] const char *requiredCString(int column) const;
 
     sqlite3_stmt *m_statement = nullptr;
+    int m_code = 0;
 };
 
 } // namespace tavrine

@@ -278,5 +278,22 @@ TEST(ClassicPanelRowTest, isLabelledWhenPinnedAndWhenSaved) {
     EXPECT_EQ(ClassicPanelModel::row(item).pinToolTip, str("Remove pin"));
 }
 
+TEST_F(ClassicPanelModelTest, aLongTextIsFoundByWhatStandsBehindItsBeginning) {
+    save(QString(5000, QLatin1Char('x')) + str(" Straße"), 1s);
+    save(QString(5000, QLatin1Char('y')), 2s);
+    startPanel();
+    model->setSearchText(str("STRASSE"));
+    constexpr int mostTries = 10'000; // the look may step back for the very operation that waits for it
+    for (int i = 0; i < mostTries && shown().isEmpty(); ++i) {
+        (void)database.counts(); // behind it on the queue
+        time.advance(0s);
+    }
+    ASSERT_EQ(shown().size(), 1);
+    EXPECT_TRUE(shown().front().startsWith(QLatin1Char('x')));
+    model->setSearchText(str("yyy"));
+    ASSERT_EQ(shown().size(), 1);
+    EXPECT_TRUE(shown().front().startsWith(QLatin1Char('y')));
+}
+
 } // namespace
 } // namespace tavrine

@@ -318,7 +318,7 @@ void expectNoHistory(ClipboardDatabase &db) {
     EXPECT_EQ(db.counts(), ClipboardDatabase::Counts());
 }
 
-TEST_F(ClipboardDatabaseTest, aFileThatIsNoDatabaseGivesNoHistoryAndIsLeftAlone) {
+TEST_F(ClipboardDatabaseTest, aFileThatIsNoDatabaseIsSetAsideAsItIs) {
     QDir().mkpath(QFileInfo(path).path());
     const QByteArray foreign = QByteArray("These are not the bytes of a database. ").repeated(200);
     QFile file(path);
@@ -327,10 +327,14 @@ TEST_F(ClipboardDatabaseTest, aFileThatIsNoDatabaseGivesNoHistoryAndIsLeftAlone)
     file.close();
     {
         ClipboardDatabase db(path);
-        expectNoHistory(db);
+        EXPECT_EQ(db.counts(), ClipboardDatabase::Counts());
     }
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), foreign);
+    const QDir itsFolder = QFileInfo(path).dir();
+    const QStringList aside = itsFolder.entryList({QStringLiteral("clipboard.db.unreadable-*")}, QDir::Files);
+    ASSERT_EQ(aside.size(), 1);
+    QFile kept(itsFolder.filePath(aside.front()));
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(kept.readAll(), foreign);
 }
 
 TEST_F(ClipboardDatabaseTest, aDatabaseOfAnotherProgramKeepsItsTableBesideOurs) {
@@ -396,7 +400,7 @@ TEST_F(ClipboardDatabaseTest, aTornFileCostsItsReadersNothingButTheRows) {
     (void)db.counts();
 }
 
-TEST_F(ClipboardDatabaseTest, aWriteIsLostWhenAnotherProgramHoldsTheFileForLongerThanASecond) {
+TEST_F(ClipboardDatabaseTest, aWriteWaitsWhenAnotherProgramHoldsTheFileForLongerThanASecond) {
     ClipboardDatabase db(path);
     const ClipboardItem kept = text(QStringLiteral("kept"), 1);
     db.save(kept);
@@ -405,12 +409,14 @@ TEST_F(ClipboardDatabaseTest, aWriteIsLostWhenAnotherProgramHoldsTheFileForLonge
     ASSERT_TRUE(outside.run("BEGIN EXCLUSIVE"));
     QElapsedTimer clock;
     clock.start();
-    db.save(text(QStringLiteral("lost"), 2));
+    const ClipboardItem late = text(QStringLiteral("late"), 2);
+    db.save(late);
     EXPECT_GE(clock.elapsed(), 900);
+    EXPECT_EQ(outside.values("SELECT COUNT(*) FROM items"), std::vector<std::string>{"1"});
     ASSERT_TRUE(outside.run("COMMIT"));
-    EXPECT_EQ(db.loadProtectedAndRecent({}, plenty), std::vector{kept});
+    EXPECT_EQ(db.loadProtectedAndRecent({}, plenty), (std::vector{late, kept}));
     db.save(text(QStringLiteral("after"), 3));
-    EXPECT_EQ(db.counts().total, 2);
+    EXPECT_EQ(db.counts().total, 3);
 }
 
 TEST_F(ClipboardDatabaseTest, aFileThatWasOpenToOthersIsClosedToThem) {
@@ -425,7 +431,7 @@ TEST_F(ClipboardDatabaseTest, aFileThatWasOpenToOthersIsClosedToThem) {
     EXPECT_EQ(QFile::permissions(itsFolder) & others, QFile::Permissions());
 }
 
-TEST_F(ClipboardDatabaseTest, aFullDiskLosesTheWriteAndNothingElse) {
+TEST_F(ClipboardDatabaseTest, aFullDiskKeepsTheWriteWaiting) {
     ClipboardDatabase db(path);
     const ClipboardItem kept = text(QStringLiteral("kept"), 1);
     db.save(kept);
@@ -438,11 +444,16 @@ TEST_F(ClipboardDatabaseTest, aFullDiskLosesTheWriteAndNothingElse) {
     setrlimit(RLIMIT_FSIZE, &full);
     db.save(text(QString(1'000'000, QLatin1Char('x')), 2));
     const auto whileFull = db.loadProtectedAndRecent({}, plenty);
+    const int rowsWhileFull = db.counts().total;
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
-    EXPECT_EQ(whileFull, std::vector{kept});
+    EXPECT_EQ(rowsWhileFull, 1);
+    ASSERT_EQ(whileFull.size(), 2U);
+    EXPECT_EQ(whileFull.back(), kept);
     db.save(text(QStringLiteral("after"), 3));
-    EXPECT_EQ(db.counts().total, 2);
+    EXPECT_EQ(db.counts().total, 3);
+    EXPECT_EQ(Outside(path).values("SELECT LENGTH(content) FROM items WHERE date=2"),
+              std::vector<std::string>{"1000000"});
     EXPECT_THAT(Outside(path).values("PRAGMA integrity_check"), ElementsAre("ok"));
 }
 

@@ -1,6 +1,10 @@
 #include "ManagerTest.h"
+#include "base/Uuid.h"
 
+#include <QElapsedTimer>
 #include <QSignalSpy>
+
+#include <sqlite3.h>
 
 namespace tavrine {
 namespace {
@@ -287,6 +291,167 @@ TEST_F(ClipboardItems, aCharacterOfSeveralCodePointsIsOne) {
     EXPECT_EQ(manager->hotkeyCharacter(), str("e\u0301"));
     manager->setHotkeyCharacter(str("\U0001F600"));
     EXPECT_EQ(manager->hotkeyCharacter(), str("\U0001F600"));
+}
+
+// Long texts.
+
+TEST_F(ClipboardItems, aLongTextIsPastedWholeAndListedByItsBeginning) {
+    start();
+    const QString whole = str("begin ") + QString(300'000, QLatin1Char('x')) + str(" end");
+    copy(whole);
+    ASSERT_EQ(manager->history().size(), 1U);
+    const ClipboardItem item = manager->history().front();
+    EXPECT_LT(item.content.size(), 2000);
+    manager->copyToPasteboard(item);
+    EXPECT_EQ(pasteboard.string(), whole);
+    tick();
+    ASSERT_EQ(rows().size(), 1U); // it rose, and is the same text
+    EXPECT_EQ(rows().front().content, whole);
+}
+
+TEST_F(ClipboardItems, theHistoryTakesNoMoreMemoryForLongerTexts) {
+    for (int i = 0; i < 50; ++i)
+        save(QString(100'000, QLatin1Char('x')) + QString::number(i), Seconds{double(i)});
+    start();
+    qsizetype characters = 0;
+    for (const ClipboardItem &item : manager->history())
+        characters += item.content.size();
+    EXPECT_LE(characters, 50 * 1024);
+}
+
+// The file of the database, while the program runs.
+
+TEST_F(ClipboardItems, aRemovedFileIsSeenWithinASecondAndNothingIsLost) {
+    save(str("before"));
+    start();
+    ASSERT_TRUE(QFile::remove(folders.applicationSupport + str("/Tavrine/clipboard.db")));
+    time.advance(1s);
+    EXPECT_TRUE(manager->history().empty());
+    copy(str("after"));
+    EXPECT_EQ(historyContents(), QStringList{str("after")});
+}
+
+TEST_F(ClipboardItems, whatAnotherProgramWritesShowsWithinASecond) {
+    start();
+    ClipboardItem item = save(str("theirs"));
+    {
+        ClipboardDatabase other(folders.applicationSupport + str("/Tavrine/clipboard.db"));
+        item.content = str("changed by them");
+        other.save(item);
+    }
+    time.advance(1s);
+    EXPECT_EQ(historyContents(), QStringList{str("changed by them")});
+}
+
+class HeldFile : public ClipboardItems {
+protected:
+    void hold() { ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK); }
+    void letGo() { ASSERT_EQ(sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr), SQLITE_OK); }
+    void SetUp() override {
+        sqlite3_open((folders.applicationSupport + str("/Tavrine/clipboard.db")).toUtf8().constData(), &other);
+    }
+    void TearDown() override { sqlite3_close(other); }
+
+    sqlite3 *other = nullptr;
+};
+
+TEST_F(HeldFile, copiesAreShownAtOnceAndWrittenInOrderWhenItIsFree) {
+    save(str("kept"), 1s);
+    start();
+    hold();
+    QElapsedTimer timer;
+    timer.start();
+    for (const char *each : {"one", "two", "three"})
+        copy(str(each));
+    EXPECT_EQ(historyContents(), (QStringList{str("three"), str("two"), str("one"), str("kept")}));
+    EXPECT_LT(timer.elapsed(), 2000); // one second waited out, and not one for each statement
+    letGo();
+    tick();
+    EXPECT_EQ(contents(rows()), (QStringList{str("three"), str("two"), str("one"), str("kept")}));
+}
+
+TEST_F(HeldFile, aTextThatWasThereBeforeRisesWhenItIsFree) {
+    save(str("old"), 5s);
+    save(str("newer"), 1s);
+    start();
+    hold();
+    copy(str("old"));
+    EXPECT_EQ(historyContents(), (QStringList{str("old"), str("newer")}));
+    letGo();
+    tick();
+    EXPECT_EQ(contents(rows()), (QStringList{str("old"), str("newer")}));
+}
+
+TEST_F(HeldFile, aProtectedTextThatIsCopiedMeanwhileStaysAlone) {
+    const ClipboardItem pinned = savePinned(str("pinned"), 5s);
+    start();
+    hold();
+    copy(str("pinned"));
+    letGo();
+    tick();
+    EXPECT_EQ(rows(), std::vector{pinned});
+}
+
+TEST_F(HeldFile, theSameTextTwiceIsOneRow) {
+    start();
+    hold();
+    copy(str("again"));
+    copy(str("between"));
+    copy(str("again"));
+    EXPECT_EQ(historyContents(), (QStringList{str("again"), str("between")}));
+    letGo();
+    tick();
+    EXPECT_EQ(contents(rows()), (QStringList{str("again"), str("between")}));
+}
+
+TEST_F(HeldFile, aSearchIsAnsweredFromWhatIsKnown) {
+    save(str("apple"), 1s);
+    start();
+    hold();
+    copy(str("pineapple"));
+    copy(str("pear"));
+    EXPECT_EQ(contents(manager->searchItems(str("APPLE"))), (QStringList{str("pineapple"), str("apple")}));
+    letGo();
+}
+
+// The files of captures.
+
+TEST_F(ClipboardItems, aCaptureThatIsStoredTwiceHasOneFile) {
+    start();
+    const QImage capture = picture(40, 30);
+    const auto name = manager->saveImage(capture);
+    copy(capture);
+    EXPECT_EQ(storedImages(), QStringList{*name});
+    ASSERT_EQ(rows().size(), 1U);
+    EXPECT_EQ(rows().front().imageFileName, name);
+    copy(capture); // and once more, which is a further row with a file of its own
+    EXPECT_EQ(storedImages().size(), 2);
+    EXPECT_EQ(rows().size(), 2U);
+}
+
+TEST_F(ClipboardItems, whatAnEarlierRunLeftIsRemovedAtTheStart) {
+    const QString named = freshUuidString() + str(".jpg");
+    write(imagesFolder + u'/' + named);
+    save(str("Copied Image"), 1s, named);
+    write(imagesFolder + u'/' + freshUuidString() + str(".jpg"));
+    write(imagesFolder + u'/' + freshUuidString() + str(".jpg.aB3xY9"));
+    write(imagesFolder + u'/' + freshUuidString() + str(".jpg.unfinished"));
+    write(imagesFolder + str("/holiday.jpg")); // not named as ours are
+    start();
+    const auto saved = manager->saveImage(picture(4, 3)); // before the removal has its turn
+    tick();
+    QStringList expected{named, *saved, str("holiday.jpg")};
+    expected.sort();
+    EXPECT_EQ(storedImages(), expected);
+}
+
+TEST_F(ClipboardItems, nothingIsRemovedWhileTheRowsAreNotKnownForCertain) {
+    const QString fileName = freshUuidString() + str(".jpg");
+    write(imagesFolder + u'/' + fileName);
+    write(folders.applicationSupport + str("/Tavrine/clipboard.db.unreadable-20260131-120000"));
+    start();
+    tick();
+    EXPECT_EQ(storedImages(), QStringList{fileName});
 }
 
 } // namespace

@@ -31,11 +31,15 @@ protected:
     }
     void startPanel() {
         start();
-        model = std::make_unique<ClipboardSearchModel>(ClipboardSearchModel::Ports{*manager, alerts, center, time});
+        model = std::make_unique<ClipboardSearchModel>(
+            ClipboardSearchModel::Ports{*manager, alerts, center, time, searchPatience});
         model->setOnPaste([this](const ClipboardItem &item) { pasted.append(item.content); });
         model->setOnDismiss([this] { ++dismissals; });
         QObject::connect(model.get(), &ClipboardSearchModel::searchFieldFocusWanted, [this] { ++focusWishes; });
     }
+
+    /// As long as a search takes; a test of slow ones has none.
+    std::chrono::milliseconds searchPatience = 1min;
 
     void openPanel() { center.post(str("clipboardSearchPanelOpened")); }
     bool press(int keyCode, bool isCommandHeld = false) {
@@ -605,6 +609,89 @@ TEST_F(ClipboardSearchModelTest, aRowReadsAsItsItem) {
     EXPECT_EQ(model->row(*stored(str("https://example.com"))).icon, str("link"));
     EXPECT_EQ(model->row(*stored(str("plain text"))).icon, str("doc.text"));
     EXPECT_EQ(model->row(*stored(str("pinned text"))).subtitle, str("Pinned snippet"));
+}
+
+// Searches that take longer than a key may.
+
+class SlowSearch : public ClipboardSearchModelTest {
+protected:
+    SlowSearch() { searchPatience = -1ms; }
+    /// Until the database has an answer and the main queue has brought it.
+    void arrive() {
+        constexpr int mostTries = 10'000; // a search may step back for the very operation that waits for it
+        for (int i = 0; i < mostTries && model->isSearching(); ++i) {
+            (void)database.counts(); // behind it on the queue
+            time.advance(0s);
+        }
+    }
+};
+
+TEST_F(SlowSearch, theListStaysUntilTheAnswerComes) {
+    save(str("apple"), 1s);
+    save(str("pear"), 2s);
+    startPanel();
+    model->setQuery(str("pe"));
+    EXPECT_EQ(model->query(), str("pe"));
+    EXPECT_EQ(visible(), (QStringList{str("apple"), str("pear")}));
+    arrive();
+    EXPECT_EQ(visible(), QStringList{str("pear")});
+    EXPECT_EQ(selected(), str("pear"));
+}
+
+TEST_F(SlowSearch, anAnswerToAnOlderQueryIsDropped) {
+    save(str("apple"), 1s);
+    save(str("pear"), 2s);
+    startPanel();
+    model->setQuery(str("app"));
+    (void)database.counts(); // likely behind its end
+    model->setQuery(str("pear"));
+    time.advance(0s); // brings the notice of the first
+    EXPECT_NE(visible(), QStringList{str("apple")});
+    arrive();
+    EXPECT_EQ(visible(), QStringList{str("pear")});
+}
+
+TEST_F(SlowSearch, keysForTheListWaitForItInTheirOrder) {
+    save(str("a plum"), 1s);
+    save(str("a pear"), 2s);
+    save(str("a peach"), 3s);
+    startPanel();
+    model->setQuery(str("pe"));
+    press(virtualKey::down);
+    press(virtualKey::enter);
+    EXPECT_TRUE(pasted.isEmpty());
+    arrive();
+    EXPECT_EQ(pasted, QStringList{str("a peach")});
+}
+
+TEST_F(SlowSearch, escapeWaitsForNothing) {
+    save(str("pear"), 1s);
+    startPanel();
+    model->setQuery(str("pe"));
+    press(virtualKey::escape);
+    EXPECT_EQ(dismissals, 1);
+}
+
+TEST_F(SlowSearch, anOpeningForgetsWhatWasUnderWay) {
+    save(str("pear"), 1s);
+    startPanel();
+    model->setQuery(str("x"));
+    press(virtualKey::enter);
+    openPanel();
+    arrive();
+    EXPECT_EQ(visible(), QStringList{str("pear")});
+    EXPECT_TRUE(pasted.isEmpty());
+}
+
+TEST_F(SlowSearch, aChangeOfTheHistoryMeanwhileStillEndsWithTheFirstItemSelected) {
+    save(str("pear"), 1s);
+    save(str("pearl"), 2s);
+    startPanel();
+    press(virtualKey::down);
+    model->setQuery(str("pea"));
+    manager->reloadHistory();
+    arrive();
+    EXPECT_EQ(selected(), str("pear"));
 }
 
 } // namespace

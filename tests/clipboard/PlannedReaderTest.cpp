@@ -190,7 +190,7 @@ TEST_F(PlannedReaderTest, aWriteBetweenTwoSearchesIsSeen) {
     EXPECT_EQ(db.search(QStringLiteral("row"), 9).size(), 4U);
 }
 
-TEST_F(PlannedReaderTest, anotherFileInThePlaceOfOursIsNotRead) {
+TEST_F(PlannedReaderTest, anotherFileInThePlaceOfOursIsTheOneThatIsRead) {
     fill(2);
     EXPECT_EQ(db.search(QStringLiteral("row"), 9).size(), 2U);
     ASSERT_TRUE(QFile::rename(path, path + QStringLiteral(".old")));
@@ -198,8 +198,8 @@ TEST_F(PlannedReaderTest, anotherFileInThePlaceOfOursIsNotRead) {
         ClipboardDatabase other(path);
         other.save(text(QStringLiteral("row of the other file"), 1));
     }
-    EXPECT_EQ(db.search(QStringLiteral("row"), 9).size(), 2U);
-    EXPECT_EQ(db.search(QStringLiteral("other file"), 9).size(), 0U);
+    EXPECT_EQ(db.search(QStringLiteral("row"), 9).size(), 1U);
+    EXPECT_EQ(db.search(QStringLiteral("other file"), 9).size(), 1U);
 }
 
 TEST_F(PlannedReaderTest, aFileWithoutTheIndexIsReadAllTheSame) {

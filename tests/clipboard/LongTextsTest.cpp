@@ -1,0 +1,160 @@
+#include "DatabaseFixture.h"
+#include "clipboard/CutText.h"
+
+#include <gmock/gmock.h>
+
+namespace tavrine {
+namespace {
+
+// Texts of which lists hold the beginning alone.
+
+QString str(const char *text) {
+    return QString::fromUtf8(text);
+}
+
+QString longText(const QString &end = {}) {
+    return QStringLiteral("first line\n") + QString(200'000, QLatin1Char('x')) + end;
+}
+
+class LongTexts : public DatabaseFixture {
+protected:
+    ClipboardDatabase db{path};
+
+    ClipboardItem saved(const QString &content, double date) {
+        ClipboardItem item = text(content, date);
+        db.save(item);
+        return item;
+    }
+    /// On a connection that has nothing in memory.
+    std::vector<ClipboardItem> loadedAnew() { return ClipboardDatabase(path).loadProtectedAndRecent({}, 100); }
+};
+
+TEST_F(LongTexts, aListHoldsTheirBeginningAndTheirLength) {
+    (void)db.loadProtectedAndRecent({}, 100);
+    saved(longText(), 1);
+    for (const auto &items : {db.loadProtectedAndRecent({}, 100), loadedAnew(), db.search(str("first"), 10)}) {
+        ASSERT_EQ(items.size(), 1U);
+        EXPECT_LE(items.front().content.size(), 1024);
+        EXPECT_TRUE(longText().startsWith(items.front().content));
+        ASSERT_TRUE(items.front().cut);
+        EXPECT_EQ(items.front().cut->wholeBytes, longText().size());
+    }
+}
+
+TEST_F(LongTexts, memoryAndTheFileSayTheSameOfThem) {
+    (void)db.loadProtectedAndRecent({}, 100);
+    saved(longText(), 1);
+    saved(longText(str(" a@b")), 2);
+    saved(str("https://example.com/") + QString(5000, QLatin1Char('y')), 3);
+    saved(QString(3000, QChar(0x00E4)), 4);
+    EXPECT_EQ(db.loadProtectedAndRecent({}, 100), loadedAnew());
+}
+
+TEST_F(LongTexts, whatIsLaterThanTheBeginningIsKnownOfThem) {
+    saved(str("https://example.com/") + QString(5000, QLatin1Char('y')), 1);
+    saved(longText(str("@")), 2);
+    const auto items = db.loadProtectedAndRecent({}, 100);
+    EXPECT_TRUE(items[0].cut->hasAt);
+    EXPECT_FALSE(items[0].cut->isLink);
+    EXPECT_FALSE(items[1].cut->hasAt);
+    EXPECT_TRUE(items[1].cut->isLink);
+}
+
+TEST_F(LongTexts, aTextOfTheLongestWholeLengthStaysWholeAndOneByteMoreDoesNot) {
+    saved(QString(static_cast<qsizetype>(longestWholeText), QLatin1Char('x')), 2);
+    saved(QString(static_cast<qsizetype>(longestWholeText) + 1, QLatin1Char('x')), 1);
+    const auto items = db.loadProtectedAndRecent({}, 100);
+    EXPECT_FALSE(items[0].cut);
+    EXPECT_TRUE(items[1].cut);
+}
+
+TEST_F(LongTexts, theWholeIsHadByItsItem) {
+    saved(longText(str("end")), 1);
+    const ClipboardItem item = loadedAnew().front();
+    EXPECT_EQ(db.wholeText(item), longText(str("end")));
+    db.remove(item.id);
+    EXPECT_EQ(db.wholeText(item), std::nullopt);
+}
+
+TEST_F(LongTexts, savingACutItemKeepsTheWhole) {
+    saved(longText(str("end")), 1);
+    ClipboardItem item = loadedAnew().front();
+    item.isPinned = true;
+    db.save(item);
+    EXPECT_TRUE(loadedAnew().front().isPinned);
+    EXPECT_EQ(db.loadAll({}, 10).front().content, longText(str("end")));
+    db.remove(item.id);
+    db.save(item); // its text is gone, and the beginning is not taken for it
+    EXPECT_EQ(db.counts().total, 0);
+}
+
+TEST_F(LongTexts, theWholeIsSearched) {
+    saved(longText(str("needle")), 1);
+    saved(longText(), 2);
+    for (ClipboardDatabase *each : {&db})
+        EXPECT_EQ(each->search(str("NEEDLE"), 10).size(), 1U);
+    ClipboardDatabase cold(path);
+    EXPECT_EQ(cold.search(str("needle"), 10).size(), 1U);
+    EXPECT_EQ(cold.search(str("xx"), 10).size(), 2U);
+}
+
+TEST_F(LongTexts, aTextThatDoesNotContainTheQueryAsPeopleReadItIsNotFound) {
+    saved(longText(str("cafe") + QChar(0x0301)), 1); // the accent belongs to the e
+    saved(longText(str("cafe!")), 2);
+    EXPECT_EQ(db.search(str("cafe"), 10).size(), 1U);
+}
+
+TEST_F(LongTexts, theCutFallsBetweenCharactersAndNotBeforeAnAccent) {
+    const QByteArray accented = QByteArray(1023, 'x') + "e" + QByteArray("\xCC\x81") + QByteArray(3000, 'x');
+    EXPECT_EQ(beginningOf({accented.constData(), static_cast<std::size_t>(accented.size())})->text,
+              QByteArray(1023, 'x'));
+    const QByteArray wide = QByteArray(1023, 'x') + QByteArray("\xC3\xA4") + QByteArray(3000, 'x');
+    EXPECT_EQ(beginningOf({wide.constData(), static_cast<std::size_t>(wide.size())})->text, QByteArray(1023, 'x'));
+}
+
+TEST_F(LongTexts, aRowThatItsItemDoesNotReachStaysWhole) {
+    Outside outside(path);
+    ASSERT_TRUE(outside.run("INSERT INTO items VALUES ('no uuid','" + longText().toStdString() + "',1,0,0,NULL)"));
+    EXPECT_FALSE(loadedAnew().front().cut);
+    EXPECT_EQ(loadedAnew().front().content, longText());
+}
+
+TEST_F(LongTexts, aDuplicateIsFoundByTheWhole) {
+    const ClipboardItem item = saved(longText(str("1")), 1);
+    saved(longText(str("2")), 2);
+    EXPECT_EQ(db.findDuplicate({}, longText(str("1")))->id, item.id);
+    EXPECT_EQ(db.findDuplicate({}, longText(str("3"))), std::nullopt);
+}
+
+// Readings that nobody waits for.
+
+TEST_F(LongTexts, aReadingTellsOnceAndGivesItsResultOnce) {
+    saved(str("one"), 1);
+    std::atomic<int> told{0};
+    const auto read = db.beginSearch(str("one"), 10, [&] { ++told; });
+    EXPECT_EQ(contents(*read->take(std::chrono::seconds(60))), QStringList{str("one")});
+    (void)db.counts(); // behind it on the queue
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(read->take(), std::nullopt);
+}
+
+TEST_F(LongTexts, aReadingThatIsDroppedTellsNobody) {
+    Outside other(path);
+    ASSERT_TRUE(other.run("BEGIN EXCLUSIVE")); // so that it cannot have ended before
+    std::atomic<int> told{0};
+    const auto read = db.beginSearch(str("one"), 10, [&] { ++told; });
+    read->drop();
+    ASSERT_TRUE(other.run("COMMIT"));
+    (void)db.counts();
+    EXPECT_EQ(told, 0);
+}
+
+TEST_F(LongTexts, theFilterFindsWhatLongTextsContain) {
+    saved(longText(str("Straße")), 1);
+    saved(longText(str("Weg")), 2);
+    const auto read = db.beginFilter(db.loadProtectedAndRecent({}, 10), str("STRASSE"), {});
+    EXPECT_EQ(read->take(std::chrono::seconds(60))->size(), 1U);
+}
+
+} // namespace
+} // namespace tavrine
