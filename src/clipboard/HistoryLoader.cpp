@@ -12,6 +12,11 @@
 namespace tavrine {
 namespace {
 
+/// The statement costs the same however many rows it gives, unless their texts are long: then as many are read as a
+/// list shows, with some to spare, and not as many as memory could keep.
+constexpr std::size_t longTextsForMemory = 8'000'000;
+constexpr qint64 rowsOfAList = 256;
+
 /// True when the first `count` of `rows`, or the next one after them, have an order that was SQLite's to choose.
 bool hasEqualDates(const std::vector<RecentRows::Row> &rows, std::size_t count) {
     const auto end = rows.begin() + static_cast<std::ptrdiff_t>(std::min(rows.size(), count + 1));
@@ -87,7 +92,15 @@ std::optional<std::vector<ClipboardItem>> HistoryLoader::loadByStatement(std::op
     const auto reader = PlannedReader::open(m_file.db(), PlannedReader::View::newestRows, &m_file.busyWait());
 
     m_current.forget();
+    if (reader)
+        reader->setLongTextBudget(longTextsForMemory);
     auto load = run(request, reader.get());
+    if (!load && reader && reader->isOverBudget()) {
+        reader->setLongTextBudget(0);
+        request.rowLimit =
+            std::min(request.rowLimit, std::max(request.wanted, saturatedSum(rowsOfAList, protectedCount)));
+        load = run(request, reader.get());
+    }
     if (!load)
         return std::nullopt;
     if (limit >= 0) {
@@ -110,7 +123,7 @@ std::optional<CurrentRows::Load> HistoryLoader::run(const Request &request, Plan
         if (reader->isBusy())
             return std::nullopt;
     }
-    return runOn(m_file.db(), request, reader);
+    return reader && reader->isOverBudget() ? std::nullopt : runOn(m_file.db(), request, reader);
 }
 
 std::optional<CurrentRows::Load> HistoryLoader::runOn(sqlite3 *db, const Request &request,

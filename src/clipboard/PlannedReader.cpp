@@ -94,13 +94,16 @@ void wantedRows(sqlite3_context *context, int, sqlite3_value **) {
 } // namespace
 
 void PlannedReader::beginning(sqlite3_context *context, int, sqlite3_value **arguments) {
-    const auto &reader = *static_cast<const PlannedReader *>(sqlite3_user_data(context));
+    auto &reader = *static_cast<PlannedReader *>(sqlite3_user_data(context));
     if (sqlite3_value_type(arguments[0]) != SQLITE_TEXT ||
         sqlite3_value_bytes(arguments[0]) <= static_cast<int>(longestWholeText)) {
         sqlite3_result_value(context, arguments[0]);
         return;
     }
     const std::string_view whole = upToNul(arguments[0]);
+    reader.m_longBytes += whole.size();
+    if (reader.isOverBudget())
+        return sqlite3_result_error(context, "more long text than is wanted", -1);
     const auto beginning = isReachable(upToNul(arguments[1])) ? beginningOf(whole) : std::nullopt;
     if (!beginning) { // up to the NUL alone: nothing but ours stands behind one
         sqlite3_result_text64(context, whole.data(), whole.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
@@ -159,6 +162,11 @@ void PlannedReader::want(const QByteArray &pattern, qint64 limit, const QString 
     m_text.reset();
     if (!text.isEmpty())
         m_text.emplace(text);
+}
+
+void PlannedReader::setLongTextBudget(std::size_t bytes) {
+    m_budget = bytes;
+    m_longBytes = 0;
 }
 
 bool PlannedReader::isInPlace() const {

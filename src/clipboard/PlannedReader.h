@@ -49,6 +49,10 @@ public:
     /// What the next search is for. Without it no row matches. Of the rows that match, those whose cut text does not
     /// contain `text` as people read it are marked so.
     void want(const QByteArray &pattern, qint64 limit, const QString &text = {});
+    /// How many bytes of long texts a statement may read before it fails; 0 for any number.
+    void setLongTextBudget(std::size_t bytes);
+    /// True when the last statement failed for that.
+    [[nodiscard]] bool isOverBudget() const { return m_budget > 0 && m_longBytes > m_budget; }
     /// Asked now and then while a statement runs; it fails once the answer is true.
     void setStop(std::function<bool()> stop) { m_stop = std::move(stop); }
 
@@ -77,6 +81,8 @@ private:
     std::optional<CaseInsensitiveText> m_text;
     qint64 m_limit = 0;
     std::function<bool()> m_stop;
+    std::size_t m_budget = 0;
+    std::size_t m_longBytes = 0; ///< read since the budget was set
 };
 
 } // namespace tavrine

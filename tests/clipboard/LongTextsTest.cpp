@@ -126,6 +126,20 @@ TEST_F(LongTexts, aDuplicateIsFoundByTheWhole) {
     EXPECT_EQ(db.findDuplicate({}, longText(str("3"))), std::nullopt);
 }
 
+TEST_F(LongTexts, wherePeopleCopiedALotALoadReadsNoMoreRowsThanAListShows) {
+    Outside outside(path);
+    const std::string rows = "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<600) ";
+    ASSERT_TRUE(outside.run("INSERT INTO items(id,content,date) " + rows +
+                            "SELECT printf('00000000-0000-4000-8000-%012d',i), printf('%.*c',40000,'x'), i FROM n"));
+    ClipboardDatabase cold(path);
+    EXPECT_EQ(cold.loadProtectedAndRecent({}, 200).size(), 200U);
+    SqlTrace trace; // of connections opened from now on, and so of every further load
+    EXPECT_EQ(cold.loadProtectedAndRecent({}, 250).size(), 250U);
+    EXPECT_THAT(trace.texts, testing::IsEmpty());
+    EXPECT_EQ(cold.loadProtectedAndRecent({}, 400).size(), 400U);
+    EXPECT_THAT(trace.texts, testing::Not(testing::IsEmpty()));
+}
+
 // Readings that nobody waits for.
 
 TEST_F(LongTexts, aReadingTellsOnceAndGivesItsResultOnce) {
