@@ -59,7 +59,8 @@ public:
     /// These follow `clearContents` within the same turn of the main queue.
     virtual void setString(const QString &text) = 0;
     virtual void writeImage(const QImage &image) = 0;
-    /// The picture in one of the files may be there to be read only in a later turn; the count does not tell of it.
+    /// Files are no text here, though other programs may paste their paths. The picture in one of the files may be
+    /// there to be read only in a later turn; the count does not tell of it.
     virtual void writeFileUrls(const QList<QUrl> &urls) = 0;
 };
 

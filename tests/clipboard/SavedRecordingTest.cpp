@@ -81,6 +81,12 @@ TEST_F(SavedRecording, isMovedRecordedCopiedShownAndTold) {
     EXPECT_EQ(workspace.shownFiles(), QList<QList<QUrl>>({{QUrl::fromLocalFile(target)}}));
 }
 
+TEST_F(SavedRecording, theCopyOfItsFileIsNotRecordedAsAPath) {
+    saveRecording(str("Demo"));
+    tick();
+    EXPECT_EQ(contents(rows()), QStringList{str("[Screen Recording] Demo")});
+}
+
 TEST_F(SavedRecording, theCaptionHoldsTheNameAsItWasPassed) {
     saveRecording(str(" My demo! "));
     EXPECT_EQ(historyContents(), QStringList{str("[Screen Recording]  My demo! ")});

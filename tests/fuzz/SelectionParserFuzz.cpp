@@ -27,7 +27,7 @@ void parseLists(QByteArrayView bytes) {
 void parseTexts(QByteArrayView bytes) {
     for (const TextEncoding encoding : {TextEncoding::utf8, TextEncoding::latin1, TextEncoding::unmarked}) {
         const auto text = decodeText(bytes, encoding);
-        require(text.has_value() == !textBytes(bytes, encoding).isEmpty());
+        require(text.has_value() == !withoutTerminators(bytes).isEmpty());
         require(!text || (!text->isEmpty() && text->size() <= bytes.size()));
     }
     const qsizetype half = bytes.size() / 2;

@@ -8,7 +8,7 @@ std::optional<QImage> FakePasteboard::image() const {
     ++m_imageReads;
     if (m_isImageUnreadable)
         return std::nullopt;
-    if (m_image && !m_image->isNull())
+    if (m_image)
         return m_image;
     for (const QUrl &url : m_urls) {
         const QImage read = QImageReader(url.toLocalFile()).read();
@@ -49,12 +49,6 @@ void FakePasteboard::writeFileUrls(const QList<QUrl> &urls) {
     if (urls.isEmpty())
         return;
     addType(pasteboardType::fileUrl);
-    if (m_text)
-        return;
-    QStringList paths; // the plain text of files is their paths, so that they can be pasted into a terminal
-    for (const QUrl &url : urls)
-        paths.append(url.isLocalFile() ? url.toLocalFile() : url.toString());
-    setString(paths.join(QLatin1Char('\n')));
 }
 
 void FakePasteboard::setContentsFromOutside(const QStringList &types, const std::optional<QString> &text,

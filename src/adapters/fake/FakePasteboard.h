@@ -18,7 +18,8 @@ public:
     void writeImage(const QImage &image) override;
     void writeFileUrls(const QList<QUrl> &urls) override;
 
-    /// Another program copies: one change. `types` are named as in `pasteboardType` and stand as they are given.
+    /// Another program copies: one change. `types` are named as in `pasteboardType`. All stands as it is given, also an
+    /// image of no size, to see who relies on the promise that there is none.
     void setContentsFromOutside(const QStringList &types, const std::optional<QString> &text = {},
                                 const std::optional<QImage> &image = {});
     /// Another program copies plain text, an image, or both, under the types that go with them.

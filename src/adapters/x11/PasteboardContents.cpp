@@ -17,7 +17,7 @@ QStringList OwnContents::types() const {
     QStringList types;
     if (!urls.isEmpty())
         types.append(QLatin1String(pasteboardType::fileUrl));
-    if (!textOrPaths().isEmpty())
+    if (!text.isEmpty())
         types.append(QLatin1String(pasteboardType::string));
     if (!image.isNull())
         types.append(QLatin1String(pasteboardType::png));

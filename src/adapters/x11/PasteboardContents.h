@@ -29,7 +29,8 @@ struct OwnContents {
     QImage image;
     QList<QUrl> urls;
 
-    /// The text, or in its absence the paths of the files, so that files can be pasted into a terminal.
+    /// What other programs get as text: in its absence the paths of the files, so that files can be pasted into a
+    /// terminal. Here a file is no text, or the history would take its path for one that a person copied.
     [[nodiscard]] QString textOrPaths() const;
     [[nodiscard]] QStringList types() const;
 };

@@ -1,7 +1,6 @@
-#include "adapters/x11/SelectionFetch.h"
-
 #include "adapters/x11/PasteboardImage.h"
 #include "adapters/x11/PasteboardTypes.h"
+#include "adapters/x11/SelectionFetch.h"
 
 #include <algorithm>
 
@@ -117,7 +116,7 @@ void SelectionFetch::advanceText() {
     if (const Received *got = find(m_current); got && got->format == 8) {
         const QList<QByteArray> typeName = m_connection.atomNames({got->type});
         const auto encoding = selection::textEncoding(got->target, typeName.first());
-        if (encoding && !selection::textBytes(got->bytes, *encoding).isEmpty()) {
+        if (encoding && !selection::withoutTerminators(got->bytes).isEmpty()) {
             m_contents.text = got->bytes;
             m_contents.encoding = *encoding;
         }

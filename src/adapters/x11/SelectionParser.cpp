@@ -104,17 +104,14 @@ std::optional<TextEncoding> textEncoding(const QByteArray &target, const QByteAr
     return std::nullopt;
 }
 
-QByteArrayView textBytes(QByteArrayView bytes, TextEncoding encoding) {
-    constexpr QByteArrayView mark("\xEF\xBB\xBF");
-    if (encoding != TextEncoding::latin1 && bytes.startsWith(mark))
-        bytes = bytes.sliced(mark.size());
+QByteArrayView withoutTerminators(QByteArrayView bytes) {
     while (!bytes.isEmpty() && bytes.back() == '\0')
         bytes.chop(1);
     return bytes;
 }
 
 std::optional<QString> decodeText(QByteArrayView bytes, TextEncoding encoding) {
-    bytes = textBytes(bytes, encoding);
+    bytes = withoutTerminators(bytes);
     if (bytes.isEmpty())
         return std::nullopt;
     if (encoding == TextEncoding::latin1 || (encoding == TextEncoding::unmarked && !bytes.isValidUtf8()))
@@ -128,6 +125,7 @@ std::optional<QString> decodeText(QByteArrayView bytes, TextEncoding encoding) {
 
 QList<QByteArray> parseLocalPaths(QByteArrayView bytes, QByteArrayView hostName, int maxCount) {
     QList<QByteArray> paths;
+    bytes = withoutTerminators(bytes);
     while (!bytes.isEmpty() && paths.size() < maxCount) {
         const qsizetype end = bytes.indexOf('\n');
         const QByteArrayView line = (end < 0 ? bytes : bytes.first(end)).trimmed();

@@ -31,10 +31,10 @@ enum class TextEncoding {
 /// that are not read: COMPOUND_TEXT, which no owner offers without a better one beside it.
 [[nodiscard]] std::optional<TextEncoding> textEncoding(const QByteArray &target, const QByteArray &replyType);
 
-/// The bytes without what is not text: a byte order mark in front, terminators at the end.
-[[nodiscard]] QByteArrayView textBytes(QByteArrayView bytes, TextEncoding encoding);
+/// The bytes without the NULs at their end, which some programs send along.
+[[nodiscard]] QByteArrayView withoutTerminators(QByteArrayView bytes);
 
-/// The text. A NUL inside it stays. None when nothing is left.
+/// The text, as it stands: a NUL inside it stays, and so does a byte order mark. None when nothing is left.
 [[nodiscard]] std::optional<QString> decodeText(QByteArrayView bytes, TextEncoding encoding);
 
 /// The absolute paths of the local files named in a "text/uri-list" or "x-special/gnome-copied-files", in file system

@@ -81,8 +81,7 @@ std::optional<QImage> X11Pasteboard::image() const {
 
 std::optional<QString> X11Pasteboard::string() const {
     if (const auto *own = std::get_if<OwnContents>(&m_contents)) {
-        const QString text = own->textOrPaths();
-        return text.isEmpty() ? std::nullopt : std::optional(text);
+        return own->text.isEmpty() ? std::nullopt : std::optional(own->text);
     }
     const Foreign &foreign = std::get<Foreign>(m_contents);
     return foreign ? selection::decodeText(foreign->text, foreign->encoding) : std::nullopt;

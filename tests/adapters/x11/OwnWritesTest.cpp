@@ -110,6 +110,13 @@ TEST_F(OwnWrites, filesAreOfferedAsUrisAsCopiedFilesAndAsPaths) {
     EXPECT_EQ(pasted("UTF8_STRING"), QStringLiteral("/tmp/ein Bär.txt\n/tmp/b#c").toUtf8());
 }
 
+TEST_F(OwnWrites, aByteOrderMarkIsHandedOnWithTheText) {
+    pasteboard().clearContents();
+    pasteboard().setString(QStringLiteral("\uFEFFtext"));
+    publish();
+    EXPECT_EQ(pasted("UTF8_STRING"), "\xEF\xBB\xBFtext");
+}
+
 TEST_F(OwnWrites, aPictureInAnOwnFileIsReadOnlyAfterTheTurnAndIsNoChange) {
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("picture.png"));

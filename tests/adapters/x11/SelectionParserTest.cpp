@@ -59,12 +59,11 @@ TEST(SelectionParser, invalidUtf8BecomesReplacementCharacters) {
     EXPECT_EQ(decodeText("a\xE2\x82", TextEncoding::utf8)->back(), QChar(0xFFFD)) << "cut off at the end";
 }
 
-TEST(SelectionParser, aByteOrderMarkInFrontIsDroppedAndOneInsideIsKept) {
-    EXPECT_EQ(decodeText("\xEF\xBB\xBFtext", TextEncoding::utf8), QStringLiteral("text"));
+TEST(SelectionParser, aByteOrderMarkIsPartOfTheText) {
+    EXPECT_EQ(decodeText("\xEF\xBB\xBFtext", TextEncoding::utf8), QStringLiteral("\uFEFFtext"));
+    EXPECT_EQ(decodeText("\xEF\xBB\xBFtext", TextEncoding::unmarked), QStringLiteral("\uFEFFtext"));
     EXPECT_EQ(decodeText("te\xEF\xBB\xBFxt", TextEncoding::utf8), QStringLiteral("te\uFEFFxt"));
-    EXPECT_EQ(decodeText("\xEF\xBB\xBF\xEF\xBB\xBFtext", TextEncoding::utf8), QStringLiteral("\uFEFFtext"));
-    EXPECT_EQ(decodeText("\xEF\xBB\xBF", TextEncoding::utf8), std::nullopt);
-    EXPECT_EQ(decodeText("\xEF\xBB\xBF", TextEncoding::latin1), QStringLiteral("ï»¿"));
+    EXPECT_EQ(decodeText("\xEF\xBB\xBF", TextEncoding::utf8), QStringLiteral("\uFEFF"));
 }
 
 TEST(SelectionParser, terminatorsAreDroppedAndANulInsideIsKept) {
@@ -110,6 +109,12 @@ TEST(SelectionParser, filesOfOtherHostsAreNotLocal) {
 TEST(SelectionParser, copiedFilesBeginWithAVerbThatIsNoFile) {
     EXPECT_THAT(parseLocalPaths("copy\nfile:///a\nfile:///b", "myhost", 10), ElementsAre("/a", "/b"));
     EXPECT_THAT(parseLocalPaths("cut\nfile:///a", "myhost", 10), ElementsAre("/a"));
+}
+
+TEST(SelectionParser, aTerminatorBehindAListOfFilesIsNoPartOfTheLastName) {
+    EXPECT_THAT(parseLocalPaths(QByteArray("file:///a.png\0", 14), "host", 10), ElementsAre("/a.png"));
+    EXPECT_THAT(parseLocalPaths(QByteArray("file:///a.png\r\n\0\0", 17), "host", 10), ElementsAre("/a.png"));
+    EXPECT_THAT(parseLocalPaths(QByteArray("file:///a\0b\nfile:///c", 21), "host", 10), ElementsAre("/c"));
 }
 
 TEST(SelectionParser, noMorePathsThanAllowedAreRead) {
