@@ -20,6 +20,9 @@ namespace tavrine::pasteboardImage {
 /// False when the end is plainly missing, so that another form of the picture is worth having.
 [[nodiscard]] bool seemsWhole(const QByteArray &bytes);
 
+/// True for formats that, as they come over a clipboard, hold every pixel as it was.
+[[nodiscard]] bool isWithoutLoss(const QByteArray &bytes);
+
 /// The picture, upright. None when it cannot be decoded whole, has no size, or has more than `maxPixels` pixels: a few
 /// kilobytes can announce a picture that fills all memory.
 [[nodiscard]] std::optional<QImage> decode(const QByteArray &bytes, qint64 maxPixels);
@@ -31,7 +34,7 @@ void allowPixels(qint64 maxPixels);
 /// waits for a pipe or a device; may wait for a network file system.
 [[nodiscard]] std::optional<QByteArray> firstImageFile(const QList<QByteArray> &paths, qsizetype maxBytes);
 
-/// The picture as PNG, packed for speed. Empty when it has no pixels.
-[[nodiscard]] QByteArray encodePng(const QImage &image);
+/// The picture in the format, in the encoder's words; PNG is packed for speed. Empty when it cannot be written so.
+[[nodiscard]] QByteArray encode(const QImage &image, const QByteArray &format);
 
 } // namespace tavrine::pasteboardImage

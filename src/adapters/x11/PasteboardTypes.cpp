@@ -25,6 +25,8 @@ const QHash<QByteArray, const char *> &names() {
         {"image/png", pasteboardType::png},
         {"image/tiff", pasteboardType::tiff},
         {"x-kde-passwordManagerHint", pasteboardType::concealed},
+        {"application/x-nspasteboard-concealed-type", pasteboardType::concealed},
+        {"ExcludeClipboardContentFromMonitorProcessing", pasteboardType::concealed}, // Windows programs under Wine
     };
     return table;
 }

@@ -1,6 +1,8 @@
+#include "adapters/x11/SelectionFetch.h"
+
 #include "adapters/x11/PasteboardImage.h"
 #include "adapters/x11/PasteboardTypes.h"
-#include "adapters/x11/SelectionFetch.h"
+#include "ports/Pasteboard.h"
 
 #include <algorithm>
 
@@ -8,6 +10,11 @@
 
 namespace tavrine {
 namespace {
+
+constexpr int maxQuestions = 3; // see `SelectionLimits::askAgain`
+
+constexpr auto copiedFiles = "x-special/gnome-copied-files";
+constexpr auto cutMark = "application/x-kde-cutselection"; ///< "1" beside files that wait to be moved
 
 QByteArray hostName() {
     char name[256] = {};
@@ -17,12 +24,12 @@ QByteArray hostName() {
 
 } // namespace
 
-SelectionFetch::SelectionFetch(XConnection &connection, const SelectionLimits &limits, xcb_timestamp_t time,
-                               Hooks hooks)
-    : m_connection(connection), m_limits(limits), m_time(time), m_hooks(std::move(hooks)),
+SelectionFetch::SelectionFetch(XConnection &connection, const SelectionLimits &limits, SecretDigests &secrets,
+                               xcb_timestamp_t time, Hooks hooks)
+    : m_connection(connection), m_limits(limits), m_secrets(secrets), m_time(time), m_hooks(std::move(hooks)),
       m_window(connection.createWindow()), m_phaseStart(std::chrono::steady_clock::now()) {
     m_transfer = std::make_unique<SelectionTransfer>(m_connection, m_window, m_connection.atoms().targets, m_time,
-                                                     qsizetype{m_limits.targets} * 4);
+                                                     qsizetype{m_limits.targets} * 4, Excess::cutOff);
 }
 
 SelectionFetch::~SelectionFetch() {
@@ -56,6 +63,10 @@ void SelectionFetch::afterTransfer() {
         takeTargets(isDone ? transfer->takeValue() : PropertyValue{});
         return;
     }
+    if (m_stage == Stage::secret) {
+        takeSecret(isDone ? transfer->takeValue() : PropertyValue{});
+        return;
+    }
     if (isDone)
         takeContents(transfer->takeValue());
     advance();
@@ -67,17 +78,22 @@ void SelectionFetch::takeTargets(const PropertyValue &value) {
         value.format == 32 && (value.type == XCB_ATOM_ATOM || value.type == m_connection.atoms().targets);
     const QList<std::uint32_t> atoms = selection::parseAtoms(isList ? value.bytes : QByteArray(), m_limits.targets);
     const QList<QByteArray> names = m_connection.atomNames(atoms);
+    bool isConcealed = false;
     for (qsizetype i = 0; i < names.size(); ++i) {
         if (names[i].isEmpty() || isProtocolTarget(names[i]))
             continue;
         m_targets.append(names[i]);
         m_atoms.insert(names[i], atoms[i]);
-        m_isConcealed = m_isConcealed || isConcealedTarget(names[i]);
+        isConcealed = isConcealed || isConcealedTarget(names[i]);
     }
     m_contents.types = pasteboardTypesOf(m_targets);
-    if (m_isConcealed || m_targets.isEmpty()) {
+    if (isConcealed || m_targets.isEmpty()) {
         m_stage = Stage::finished;
         publish();
+        if (const auto text = isConcealed ? nextWanted(textTargets()) : std::nullopt) {
+            m_stage = Stage::secret;
+            ask(*text, SecretDigests::longestBytes);
+        }
         return;
     }
     m_stage = Stage::text;
@@ -99,6 +115,32 @@ void SelectionFetch::takeContents(PropertyValue value) {
     m_received.push_back({m_current, m_atoms.value(m_current), value.type, value.format, std::move(value.bytes)});
 }
 
+void SelectionFetch::takeSecret(PropertyValue value) {
+    const auto encoding = selection::textEncoding(m_current, m_connection.atomNames({value.type}).first());
+    if (encoding && value.format == 8)
+        m_secrets.remember(value.bytes, *encoding);
+    wipe(value.bytes);
+    m_stage = Stage::finished;
+}
+
+void SelectionFetch::makeOthersFrom(const Received &best, bool (*isForm)(const QByteArray &)) {
+    for (const QByteArray &target : std::as_const(m_targets)) {
+        if (!isForm(target) || m_asked.contains(target))
+            continue;
+        m_asked.append(target);
+        m_siblings.push_back({target, m_atoms.value(target), best.bytes});
+    }
+}
+
+void SelectionFetch::conceal() {
+    for (Received &received : m_received)
+        wipe(received.bytes);
+    m_received.clear();
+    m_contents.types.append(QLatin1String(pasteboardType::concealed));
+    m_stage = Stage::finished;
+    publish();
+}
+
 void SelectionFetch::advance() {
     if (m_stage == Stage::text)
         advanceText();
@@ -116,9 +158,15 @@ void SelectionFetch::advanceText() {
     if (const Received *got = find(m_current); got && got->format == 8) {
         const QList<QByteArray> typeName = m_connection.atomNames({got->type});
         const auto encoding = selection::textEncoding(got->target, typeName.first());
+        if (encoding && m_secrets.contains(got->bytes, *encoding)) {
+            conceal();
+            return;
+        }
         if (encoding && !selection::withoutTerminators(got->bytes).isEmpty()) {
             m_contents.text = got->bytes;
             m_contents.encoding = *encoding;
+            if (*encoding == selection::TextEncoding::utf8)
+                makeOthersFrom(*got, selection::isTextForm);
         }
     }
     const auto next = m_contents.text.isEmpty() ? nextWanted(textTargets()) : std::nullopt;
@@ -136,6 +184,8 @@ void SelectionFetch::advanceImage() {
                                                pasteboardImage::hasUsableHeader(got->bytes, m_limits.imagePixels)) {
         m_contents.images.append(got->bytes);
         isWhole = pasteboardImage::seemsWhole(got->bytes);
+        if (isWhole && pasteboardImage::isWithoutLoss(got->bytes))
+            makeOthersFrom(*got, selection::isPictureForm);
     }
     const auto next = isWhole ? std::nullopt : nextWanted(imageTargets());
     if (next) {
@@ -188,11 +238,14 @@ void SelectionFetch::advanceRest() {
 }
 
 void SelectionFetch::ask(const QByteArray &target) {
+    ask(target, std::min(m_limits.transferBytes, m_limits.changeBytes - m_receivedBytes));
+}
+
+void SelectionFetch::ask(const QByteArray &target, qsizetype maxBytes) {
     m_current = target;
     m_asked.append(target);
-    const qsizetype room = std::min(m_limits.transferBytes, m_limits.changeBytes - m_receivedBytes);
     m_transfer = std::make_unique<SelectionTransfer>(m_connection, m_window, m_atoms.value(target), m_time,
-                                                     std::max<qsizetype>(room, 0));
+                                                     std::max<qsizetype>(maxBytes, 0));
 }
 
 void SelectionFetch::publish() {
@@ -217,6 +270,8 @@ void SelectionFetch::ownerEnded() {
         QList<QByteArray> targets;
         for (const Received &received : m_received)
             targets.append(received.target);
+        for (const selection::Sibling &sibling : m_siblings)
+            targets.append(sibling.target);
         m_contents.types = pasteboardTypesOf(targets);
     }
     m_hasOwnerEnded = true;
@@ -230,8 +285,17 @@ std::optional<SelectionFetch::TimePoint> SelectionFetch::deadline() const {
     const TimePoint total = m_phaseStart + m_limits.total;
     if (!m_transfer)
         return total;
-    const auto patience = m_transfer->state() == SelectionTransfer::State::asked ? m_limits.answer : m_limits.stall;
+    if (m_transfer->state() != SelectionTransfer::State::asked)
+        return std::min(total, m_transfer->lastProgress() + m_limits.stall);
+    const int questions = mayBeAskedAgain() ? m_transfer->questions() : maxQuestions;
+    const auto patience = questions == 1   ? std::min(m_limits.askAgain, m_limits.answer / 2)
+                          : questions == 2 ? m_limits.answer / 2
+                                           : m_limits.answer;
     return std::min(total, m_transfer->lastProgress() + patience);
+}
+
+bool SelectionFetch::mayBeAskedAgain() const {
+    return m_stage == Stage::targets || m_stage == Stage::text || m_stage == Stage::files;
 }
 
 void SelectionFetch::expire(TimePoint now) {
@@ -240,13 +304,25 @@ void SelectionFetch::expire(TimePoint now) {
         return;
     if (m_stage == Stage::imageFile)
         onImageFile(std::nullopt); // a slow file system, which is not the owner's doing
+    else if (m_transfer && m_transfer->state() == SelectionTransfer::State::asked && mayBeAskedAgain() &&
+             m_transfer->questions() < maxQuestions && now < m_phaseStart + m_limits.total)
+        m_transfer->askAgain();
     else
         giveUp();
 }
 
 std::optional<QByteArray> SelectionFetch::nextWanted(const QList<QByteArray> &candidates) const {
+    const auto isWanted = [this](const QByteArray &target) {
+        return m_atoms.contains(target) && !m_asked.contains(target);
+    };
     for (const QByteArray &target : candidates) {
-        if (m_atoms.contains(target) && !m_asked.contains(target))
+        if (!isWanted(target))
+            continue;
+        if (target != copiedFiles)
+            return target;
+        if (isWanted(cutMark))
+            return cutMark;
+        if (const Received *mark = find(cutMark); !mark || !mark->bytes.startsWith('1'))
             return target;
     }
     return std::nullopt;

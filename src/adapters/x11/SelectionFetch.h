@@ -1,7 +1,9 @@
 #pragma once
 
 #include "adapters/x11/PasteboardContents.h"
+#include "adapters/x11/SecretDigests.h"
 #include "adapters/x11/SelectionLimits.h"
+#include "adapters/x11/SelectionSiblings.h"
 #include "adapters/x11/SelectionTransfer.h"
 
 #include <functional>
@@ -15,9 +17,15 @@ namespace tavrine {
 ///
 ///  1. First what can be read: the list of targets, the text, and the best picture. Then `onReadable` is called, once.
 ///  2. Then, until `isRunning` is false, all that is left, to be kept for when the owner ends.
-///  3. An owner that misses a deadline is asked for nothing more. What was complete by then stands.
-///  4. Of concealed contents nothing but the list is asked for: a secret must not outlive the program that guards it,
-///     and what was never fetched can never leak.
+///  3. An owner that misses a deadline is asked for nothing more. What was complete by then stands. Before that it is
+///     asked again for its list and for what costs it no work: some programs do not hear a question that comes right
+///     after the copy.
+///  4. Of one text, and of one picture without loss, one form is fetched; the others are made from it.
+///  5. Of concealed contents a short text is asked for, after the change was told of, and nothing of it stays but a
+///     digest: a secret must not outlive the program that guards it. What has the digest of a concealed text counts as
+///     concealed, whoever owns it.
+///  6. A list of files that wait to be moved is left to the program that moves them: some owners take whoever asks for
+///     it for that program, and give the clipboard up.
 ///
 /// An owner that hangs, lies or sends without end costs at most the limits. Destroying a fetch abandons it.
 class SelectionFetch {
@@ -31,7 +39,8 @@ public:
     };
 
     /// `time` is the server's time of the notice that told of the change.
-    SelectionFetch(XConnection &connection, const SelectionLimits &limits, xcb_timestamp_t time, Hooks hooks);
+    SelectionFetch(XConnection &connection, const SelectionLimits &limits, SecretDigests &secrets, xcb_timestamp_t time,
+                   Hooks hooks);
     ~SelectionFetch();
     SelectionFetch(const SelectionFetch &) = delete;
     SelectionFetch &operator=(const SelectionFetch &) = delete;
@@ -51,19 +60,26 @@ public:
     [[nodiscard]] bool isRunning() const { return m_stage != Stage::finished; }
     /// What was fetched whole.
     [[nodiscard]] const std::vector<Received> &received() const { return m_received; }
+    /// What was not fetched because it can be made of that.
+    [[nodiscard]] const std::vector<selection::Sibling> &siblings() const { return m_siblings; }
 
 private:
-    enum class Stage { targets, text, image, files, imageFile, rest, finished };
+    enum class Stage { targets, secret, text, image, files, imageFile, rest, finished };
 
     void afterTransfer();
     void takeTargets(const PropertyValue &value);
     void takeContents(PropertyValue value);
+    void takeSecret(PropertyValue value);
+    void makeOthersFrom(const Received &best, bool (*isForm)(const QByteArray &));
+    void conceal();
     void advance();
     void advanceText();
     void advanceImage();
     void advanceFiles();
     void advanceRest();
+    void ask(const QByteArray &target, qsizetype maxBytes);
     void ask(const QByteArray &target);
+    [[nodiscard]] bool mayBeAskedAgain() const;
     void publish();
     void giveUp();
     [[nodiscard]] std::optional<QByteArray> nextWanted(const QList<QByteArray> &candidates) const;
@@ -71,13 +87,13 @@ private:
 
     XConnection &m_connection;
     const SelectionLimits &m_limits;
+    SecretDigests &m_secrets;
     xcb_timestamp_t m_time;
     Hooks m_hooks;
     xcb_window_t m_window;
     Stage m_stage = Stage::targets;
     TimePoint m_phaseStart;
     bool m_isPublished = false;
-    bool m_isConcealed = false;
     bool m_hasOwnerEnded = false;
     bool m_hasOpenTransfer = false; ///< some owner may still write to our window
 
@@ -87,6 +103,7 @@ private:
     QByteArray m_current;
     std::unique_ptr<SelectionTransfer> m_transfer;
     std::vector<Received> m_received;
+    std::vector<selection::Sibling> m_siblings;
     qsizetype m_receivedBytes = 0;
     ForeignContents m_contents;
 };

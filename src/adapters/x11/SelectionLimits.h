@@ -15,6 +15,10 @@ struct SelectionLimits {
     /// From asking to the first answer. A program answers from its main loop, and may have to encode a picture first;
     /// whoever is silent for longer is taken as hung.
     std::chrono::milliseconds answer{4000};
+    /// A program may be too busy with the copy itself to hear the first question: LibreOffice drops it. After so long
+    /// it is asked again, and once more half way to the limit above. Not for what costs work: a picture would be
+    /// encoded anew for every question.
+    std::chrono::milliseconds askAgain{300};
     /// From one piece of a transfer to the next. The data lies ready by then, so a pause is no work but trouble.
     std::chrono::milliseconds stall{1500};
     /// All that has to be here before the change count moves; and once more, all that is kept for later.
@@ -25,8 +29,8 @@ struct SelectionLimits {
     qsizetype changeBytes = qsizetype{128} * 1024 * 1024;
     /// Pixels of a picture that is decoded.
     qint64 imagePixels = maxImagePixels;
-    /// Names that a program may list. Office programs list about fifty.
-    int targets = 256;
+    /// Names that are read of a program's list. Office programs list about fifty.
+    int targets = 500;
     /// Files that are looked at to find a picture among those copied.
     int files = 32;
     /// How long the end of this program may wait for a clipboard manager to take the contents over.

@@ -1,5 +1,7 @@
 #include "adapters/x11/SelectionOwner.h"
 
+#include "adapters/x11/PasteboardImage.h"
+
 #include <QStringConverter>
 
 #include <algorithm>
@@ -24,8 +26,8 @@ QByteArray uriList(const QList<QUrl> &urls, const QByteArray &first, const QByte
 } // namespace
 
 SelectionOwner::SelectionOwner(XConnection &connection, const SelectionLimits &limits,
-                               std::function<void(QImage)> encode)
-    : m_connection(connection), m_limits(limits), m_encode(std::move(encode)) {}
+                               std::function<void(Order, Recipe)> make)
+    : m_connection(connection), m_limits(limits), m_make(std::move(make)) {}
 
 qsizetype SelectionOwner::pieceBytes() const {
     return std::min(m_limits.pieceBytes, m_connection.maxRequestBytes()) & ~qsizetype{3};
@@ -50,27 +52,35 @@ void SelectionOwner::own(const OwnContents &contents, xcb_timestamp_t time) {
         offer("TEXT", "UTF8_STRING", utf8);
     }
     if (!contents.image.isNull()) {
-        m_image = contents.image;
         offer("image/png", "image/png", {});
-        m_imageTarget = m_offers.back().target;
+        m_offers.back().recipe = [image = contents.image] { return pasteboardImage::encode(image, "png"); };
+        m_offers.back().isKept = true;
     }
 }
 
-void SelectionOwner::own(const std::vector<Received> &contents, xcb_timestamp_t time) {
+void SelectionOwner::own(const std::vector<Received> &contents, const std::vector<selection::Sibling> &siblings,
+                         xcb_timestamp_t time) {
     release();
     m_isOwner = true;
     m_time = time;
     for (const Received &received : contents)
         m_offers.push_back({received.targetAtom, received.type, received.format, received.bytes});
+    for (const selection::Sibling &sibling : siblings) {
+        m_offers.push_back({sibling.targetAtom, m_connection.atom(selection::typeOfForm(sibling.target)), 8, {}});
+        m_offers.back().recipe = [sibling, maxPixels = m_limits.imagePixels] {
+            return selection::makeForm(sibling.target, sibling.source, maxPixels);
+        };
+    }
 }
 
 void SelectionOwner::release() {
-    for (const xcb_selection_request_event_t &request : std::exchange(m_waiting, {}))
-        notify(request, XCB_ATOM_NONE);
+    for (const Waiting &waiting : std::exchange(m_waiting, {}))
+        notify(waiting.request, XCB_ATOM_NONE);
     m_isOwner = false;
+    ++m_ownership;
     m_offers.clear();
-    m_image = {};
-    m_imageTarget = 0;
+    m_underWay.clear();
+    m_made.clear();
 }
 
 void SelectionOwner::offer(const QByteArray &target, const QByteArray &type, const QByteArray &bytes) {
@@ -81,37 +91,79 @@ void SelectionOwner::onRequest(const xcb_selection_request_event_t &request) {
     if (!m_isOwner || request.selection != m_connection.atoms().clipboard ||
         request.requestor == m_connection.window()) {
         notify(request, XCB_ATOM_NONE);
-    } else if (mustEncodeFor(request)) {
-        if (m_waiting.size() >= maxWaiting) {
-            notify(request, XCB_ATOM_NONE);
-            return;
-        }
-        m_waiting.push_back(request);
-        if (m_encodingKey != m_image.cacheKey()) {
-            m_encodingKey = m_image.cacheKey();
-            m_encode(m_image);
-        }
-    } else {
-        answer(request);
+        return;
     }
-}
-
-bool SelectionOwner::mustEncodeFor(const xcb_selection_request_event_t &request) const {
-    // What a MULTIPLE asks for is not looked into: it may be the picture.
-    return !m_image.isNull() && (request.target == m_imageTarget || request.target == m_connection.atoms().multiple);
-}
-
-void SelectionOwner::onEncoded(qint64 key, const QByteArray &png) {
-    if (m_image.isNull() || m_image.cacheKey() != key)
-        return; // replaced meanwhile
-    m_image = {};
-    const auto isImage = [this](const Offer &offer) { return offer.target == m_imageTarget; };
-    if (png.isEmpty())
-        std::erase_if(m_offers, isImage);
-    else
-        std::find_if(m_offers.begin(), m_offers.end(), isImage)->bytes = png;
-    for (const xcb_selection_request_event_t &request : std::exchange(m_waiting, {}))
+    Waiting waiting{request, neededFor(request)};
+    if (isMade(waiting)) {
         answer(request);
+        return;
+    }
+    if (m_waiting.size() >= maxWaiting) {
+        notify(request, XCB_ATOM_NONE);
+        return;
+    }
+    for (const xcb_atom_t target : waiting.needed) {
+        if (!m_made.contains(target) && m_underWay.insert(target).second)
+            m_make({m_ownership, target}, find(target)->recipe);
+    }
+    m_waiting.push_back(std::move(waiting));
+}
+
+SelectionOwner::Offer *SelectionOwner::find(xcb_atom_t target) {
+    const auto found =
+        std::find_if(m_offers.begin(), m_offers.end(), [target](const Offer &offer) { return offer.target == target; });
+    return found != m_offers.end() ? &*found : nullptr;
+}
+
+std::set<xcb_atom_t> SelectionOwner::neededFor(const xcb_selection_request_event_t &request) {
+    std::set<xcb_atom_t> needed;
+    const auto consider = [&](xcb_atom_t target) {
+        if (const Offer *offer = find(target); offer && offer->recipe)
+            needed.insert(target);
+    };
+    consider(request.target);
+    if (request.target == m_connection.atoms().multiple && request.property) {
+        const auto pairs = pairsOf(request.requestor, request.property);
+        for (const auto &[target, into] : pairs.value_or(QList<std::pair<xcb_atom_t, xcb_atom_t>>()))
+            consider(target);
+    }
+    return needed;
+}
+
+bool SelectionOwner::isMade(const Waiting &waiting) {
+    return std::all_of(waiting.needed.begin(), waiting.needed.end(), [this](xcb_atom_t target) {
+        const Offer *offer = find(target);
+        return !offer || !offer->recipe || m_made.contains(target);
+    });
+}
+
+void SelectionOwner::onMade(Order order, const QByteArray &bytes) {
+    if (order.ownership != m_ownership)
+        return; // replaced meanwhile
+    m_underWay.erase(order.target);
+    Offer *const offer = find(order.target);
+    if (!offer)
+        return;
+    if (bytes.isEmpty()) {
+        std::erase_if(m_offers, [&](const Offer &other) { return other.target == order.target; });
+    } else if (offer->isKept) {
+        offer->bytes = bytes;
+        offer->recipe = {};
+    } else {
+        m_made[order.target] = bytes;
+    }
+    std::vector<Waiting> still;
+    for (Waiting &waiting : std::exchange(m_waiting, {})) {
+        if (isMade(waiting))
+            answer(waiting.request);
+        else
+            still.push_back(std::move(waiting));
+    }
+    m_waiting = std::move(still);
+    std::erase_if(m_made, [this](const auto &made) {
+        return std::none_of(m_waiting.begin(), m_waiting.end(),
+                            [&](const Waiting &waiting) { return waiting.needed.contains(made.first); });
+    });
 }
 
 void SelectionOwner::answer(const xcb_selection_request_event_t &request) {
@@ -138,28 +190,39 @@ bool SelectionOwner::convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom
         return put(requestor, property, XCB_ATOM_INTEGER, 32, words({m_time}));
     if (target == atoms.saveTargets) // to list it says that we hand over at our end; asked for, it does nothing
         return put(requestor, property, atoms.null, 32, {});
-    const auto found =
-        std::find_if(m_offers.begin(), m_offers.end(), [target](const Offer &offer) { return offer.target == target; });
-    return found != m_offers.end() && put(requestor, property, found->type, found->format, found->bytes);
+    const Offer *offer = find(target);
+    if (!offer)
+        return false;
+    const auto made = m_made.find(target);
+    if (offer->recipe && made == m_made.end())
+        return false; // asked for within a MULTIPLE that was changed under our eyes
+    return put(requestor, property, offer->type, offer->format, offer->recipe ? made->second : offer->bytes);
 }
 
-bool SelectionOwner::convertMultiple(xcb_window_t requestor, xcb_atom_t property) {
+std::optional<QList<std::pair<xcb_atom_t, xcb_atom_t>>> SelectionOwner::pairsOf(xcb_window_t requestor,
+                                                                                xcb_atom_t property) const {
     const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
         m_connection.get(),
         xcb_get_property(m_connection.get(), 0, requestor, property, XCB_ATOM_ANY, 0, maxMultiple * 2), nullptr));
     if (!reply || reply->format != 32)
-        return false;
+        return std::nullopt;
     const QByteArrayView bytes(static_cast<const char *>(xcb_get_property_value(reply.get())),
                                xcb_get_property_value_length(reply.get()));
-    auto pairs = selection::parseAtomPairs(bytes, maxMultiple);
-    for (auto &[target, into] : pairs) {
+    return selection::parseAtomPairs(bytes, maxMultiple);
+}
+
+bool SelectionOwner::convertMultiple(xcb_window_t requestor, xcb_atom_t property) {
+    auto pairs = pairsOf(requestor, property);
+    if (!pairs)
+        return false;
+    for (auto &[target, into] : *pairs) {
         const bool isAnswered = target != m_connection.atoms().multiple && into != 0 && into != property &&
                                 convert(requestor, target, into);
         if (!isAnswered)
             into = XCB_ATOM_NONE; // ICCCM: a pair that failed loses its property
     }
     std::vector<uint32_t> list;
-    for (const auto &[target, into] : pairs) {
+    for (const auto &[target, into] : *pairs) {
         list.push_back(target);
         list.push_back(into);
     }

@@ -2,11 +2,14 @@
 
 #include "adapters/x11/PasteboardContents.h"
 #include "adapters/x11/SelectionLimits.h"
+#include "adapters/x11/SelectionSiblings.h"
 #include "adapters/x11/SelectionTransfer.h"
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <optional>
+#include <set>
 #include <vector>
 
 namespace tavrine {
@@ -14,17 +17,27 @@ namespace tavrine {
 /// Answers the programs that paste while the clipboard is ours. Lives on the selection thread.
 ///
 /// Besides the contents it answers TARGETS, MULTIPLE, TIMESTAMP and SAVE_TARGETS. Large answers go piecemeal (INCR);
-/// those that are under way when the clipboard passes to another program are finished.
+/// those that are under way when the clipboard passes to another program are finished. What costs work is made when
+/// somebody asks for it, on another thread; who asks meanwhile for something else does not wait for it.
 class SelectionOwner {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
-    /// `encode` packs a picture elsewhere and leads to `onEncoded`.
-    SelectionOwner(XConnection &connection, const SelectionLimits &limits, std::function<void(QImage)> encode);
+    /// Runs on another thread. Empty bytes say that there is no such form.
+    using Recipe = std::function<QByteArray()>;
+    /// What is made, and for which ownership.
+    struct Order {
+        int ownership;
+        xcb_atom_t target;
+    };
+
+    /// `make` runs the recipe elsewhere and leads to `onMade`.
+    SelectionOwner(XConnection &connection, const SelectionLimits &limits, std::function<void(Order, Recipe)> make);
 
     /// From now on these are answered. `time` is that of the claim.
     void own(const OwnContents &contents, xcb_timestamp_t time);
-    void own(const std::vector<Received> &contents, xcb_timestamp_t time);
+    void own(const std::vector<Received> &contents, const std::vector<selection::Sibling> &siblings,
+             xcb_timestamp_t time);
     /// The clipboard is no longer ours.
     void release();
     [[nodiscard]] bool isOwner() const { return m_isOwner; }
@@ -34,19 +47,25 @@ public:
     void onRequest(const xcb_selection_request_event_t &request);
     void onPropertyNotify(const xcb_property_notify_event_t &event);
     void onWindowDestroyed(xcb_window_t window);
-    /// `key` is the cache key of the picture; empty bytes say that it cannot be packed.
-    void onEncoded(qint64 key, const QByteArray &png);
+    void onMade(Order order, const QByteArray &bytes);
 
     [[nodiscard]] std::optional<TimePoint> deadline() const;
     void expire(TimePoint now);
 
 private:
-    /// A target and its answer. A picture has no bytes before it is wanted.
+    /// A target and its answer, or how that is made: an own picture once and for all, a further form of what was
+    /// fetched for each program that asks.
     struct Offer {
         xcb_atom_t target;
         xcb_atom_t type;
         int format;
         QByteArray bytes;
+        Recipe recipe = {};
+        bool isKept = false;
+    };
+    struct Waiting {
+        xcb_selection_request_event_t request;
+        std::set<xcb_atom_t> needed;
     };
     struct Outgoing {
         xcb_window_t requestor;
@@ -59,10 +78,15 @@ private:
     };
 
     void offer(const QByteArray &target, const QByteArray &type, const QByteArray &bytes);
-    [[nodiscard]] bool mustEncodeFor(const xcb_selection_request_event_t &request) const;
+    [[nodiscard]] Offer *find(xcb_atom_t target);
+    /// The targets that have to be made for the request.
+    [[nodiscard]] std::set<xcb_atom_t> neededFor(const xcb_selection_request_event_t &request);
+    [[nodiscard]] bool isMade(const Waiting &waiting);
     void answer(const xcb_selection_request_event_t &request);
     [[nodiscard]] bool convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property);
     [[nodiscard]] bool convertMultiple(xcb_window_t requestor, xcb_atom_t property);
+    [[nodiscard]] std::optional<QList<std::pair<xcb_atom_t, xcb_atom_t>>> pairsOf(xcb_window_t requestor,
+                                                                                  xcb_atom_t property) const;
     [[nodiscard]] bool put(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, int format,
                            const QByteArray &bytes);
     void putWhole(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, int format, QByteArrayView bytes);
@@ -71,15 +95,15 @@ private:
 
     XConnection &m_connection;
     const SelectionLimits &m_limits;
-    std::function<void(QImage)> m_encode;
+    std::function<void(Order, Recipe)> m_make;
     [[nodiscard]] qsizetype pieceBytes() const; ///< known once the connection is open
     bool m_isOwner = false;
     xcb_timestamp_t m_time = 0;
+    int m_ownership = 0; ///< grows with each
     std::vector<Offer> m_offers;
-    QImage m_image; ///< not encoded yet
-    xcb_atom_t m_imageTarget = 0;
-    qint64 m_encodingKey = 0;                             ///< the picture that was handed out last
-    std::vector<xcb_selection_request_event_t> m_waiting; ///< for the encoding
+    std::set<xcb_atom_t> m_underWay;
+    std::map<xcb_atom_t, QByteArray> m_made; ///< while somebody waits for it
+    std::vector<Waiting> m_waiting;
     std::vector<Outgoing> m_outgoing;
 };
 

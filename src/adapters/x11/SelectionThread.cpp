@@ -1,7 +1,5 @@
 #include "adapters/x11/SelectionThread.h"
 
-#include "adapters/x11/PasteboardImage.h"
-
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -54,12 +52,10 @@ struct SelectionThread::Mailbox {
 SelectionThread::SelectionThread(const SelectionLimits &limits, ImageFileReader &files,
                                  std::function<void(Publication)> publish)
     : m_limits(limits), m_files(files), m_publish(std::move(publish)), m_mailbox(std::make_shared<Mailbox>()),
-      m_owner(m_connection, m_limits, [this](const QImage &image) {
-          m_encoder.start([image, mailbox = m_mailbox] {
-              mailbox->post(Encoded{image.cacheKey(), pasteboardImage::encodePng(image)});
-          });
+      m_owner(m_connection, m_limits, [this](SelectionOwner::Order order, const SelectionOwner::Recipe &recipe) {
+          m_maker.start([order, recipe, mailbox = m_mailbox] { mailbox->post(Made{order, recipe()}); });
       }) {
-    m_encoder.setMaxThreadCount(1);
+    m_maker.setMaxThreadCount(1);
     if (m_mailbox->wakeUp < 0)
         return;
     m_mailbox->setRead(true);
@@ -78,7 +74,7 @@ SelectionThread::~SelectionThread() {
     m_mailbox->post(Stop{});
     if (m_thread.joinable())
         m_thread.join();
-    m_encoder.waitForDone();
+    m_maker.waitForDone();
 }
 
 void SelectionThread::claim(OwnContents contents, int serial) {
@@ -190,8 +186,8 @@ void SelectionThread::handle(const xcb_generic_event_t &event) {
 void SelectionThread::receive(Message message) {
     if (const auto *claim = std::get_if<Claim>(&message)) {
         claimNow(*claim);
-    } else if (const auto *encoded = std::get_if<Encoded>(&message)) {
-        m_owner.onEncoded(encoded->key, encoded->png);
+    } else if (const auto *made = std::get_if<Made>(&message)) {
+        m_owner.onMade(made->order, made->bytes);
     } else if (auto *file = std::get_if<ImageFile>(&message)) {
         if (m_fetch && file->fetch == m_fetchNumber)
             m_fetch->onImageFile(std::move(file->bytes));
@@ -235,7 +231,7 @@ void SelectionThread::dropForeign() {
 void SelectionThread::startFetch(xcb_timestamp_t time) {
     const int number = ++m_fetchNumber;
     m_fetch = std::make_unique<SelectionFetch>(
-        m_connection, m_limits, time,
+        m_connection, m_limits, m_secrets, time,
         SelectionFetch::Hooks{[this](ForeignContents contents) { publish(std::move(contents)); },
                               [this, number](const QList<QByteArray> &paths) {
                                   m_files.read(paths, [number, mailbox = m_mailbox](std::optional<QByteArray> bytes) {
@@ -273,7 +269,7 @@ void SelectionThread::reclaim() {
                                                                  m_connection.atoms().clipboard, *m_reclaimTime);
         m_claimSequence = cookie.sequence;
         if (m_connection.owner(m_connection.atoms().clipboard) == m_connection.window())
-            m_owner.own(m_fetch->received(), *m_reclaimTime);
+            m_owner.own(m_fetch->received(), m_fetch->siblings(), *m_reclaimTime);
         m_reclaimTime.reset();
         // A file manager may end right after the copy; the picture in the copied file is still to be told of.
         if (!m_fetch->isRunning())

@@ -47,16 +47,16 @@ private:
         OwnContents contents;
         int serial;
     };
-    struct Encoded {
-        qint64 key;
-        QByteArray png;
+    struct Made {
+        SelectionOwner::Order order;
+        QByteArray bytes;
     };
     struct ImageFile {
         int fetch;
         std::optional<QByteArray> bytes;
     };
     struct Stop {};
-    using Message = std::variant<Claim, Encoded, ImageFile, Stop>;
+    using Message = std::variant<Claim, Made, ImageFile, Stop>;
     struct Mailbox;
     using TimePoint = std::chrono::steady_clock::time_point;
 
@@ -82,9 +82,10 @@ private:
     const std::function<void(Publication)> m_publish;
     XConnection m_connection;
     std::shared_ptr<Mailbox> m_mailbox; ///< shared with readers of files, which may be stuck when we end
-    QThreadPool m_encoder;
+    QThreadPool m_maker;
 
     // The reader's own from here.
+    SecretDigests m_secrets;
     SelectionOwner m_owner;
     std::unique_ptr<SelectionFetch> m_fetch;
     int m_fetchNumber = 0;

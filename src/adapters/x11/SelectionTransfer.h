@@ -3,6 +3,7 @@
 #include "adapters/x11/XConnection.h"
 
 #include <chrono>
+#include <vector>
 
 namespace tavrine {
 
@@ -18,7 +19,8 @@ struct Received {
 /// One target on its way from the owner to us, whole or piecemeal (INCR). Lives on the selection thread.
 ///
 /// The property is named like the target, so that an answer that comes too late meets no other transfer into the same
-/// window. Deadlines are the caller's: it sees the progress.
+/// window. Who is asked again is asked into another window, and the first answer counts: the others, should they come
+/// all the same, stand where nobody looks. Deadlines are the caller's: it sees the progress.
 class SelectionTransfer {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
@@ -31,9 +33,17 @@ public:
         tooLarge,
     };
 
-    /// Asks the owner for `target` as of `time`, into a property of `window`.
+    /// Asks the owner for `target` as of `time`, into a property of `window`. With `Excess::cutOff` the beginning of
+    /// what is larger than `maxBytes` is the value.
     SelectionTransfer(XConnection &connection, xcb_window_t window, xcb_atom_t target, xcb_timestamp_t time,
-                      qsizetype maxBytes);
+                      qsizetype maxBytes, Excess excess = Excess::refused);
+    ~SelectionTransfer();
+    SelectionTransfer(const SelectionTransfer &) = delete;
+    SelectionTransfer &operator=(const SelectionTransfer &) = delete;
+
+    /// The same question once more. Only while `state` is `asked`.
+    void askAgain();
+    [[nodiscard]] int questions() const { return 1 + static_cast<int>(m_furtherWindows.size()); }
 
     /// Both ignore what belongs to another transfer.
     void onSelectionNotify(const xcb_selection_notify_event_t &event);
@@ -41,20 +51,25 @@ public:
 
     [[nodiscard]] State state() const { return m_state; }
     [[nodiscard]] bool isRunning() const { return m_state == State::asked || m_state == State::piecemeal; }
-    /// True while the owner may still write to the window.
-    [[nodiscard]] bool mayStillBeWritten() const { return isRunning() || m_isAbandoned; }
+    /// True while the owner may still write to the window that it was first asked into.
+    [[nodiscard]] bool mayStillBeWritten() const { return isRunning() || m_isAbandoned || questions() > 1; }
     [[nodiscard]] TimePoint lastProgress() const { return m_lastProgress; }
 
     /// Only when done.
     [[nodiscard]] PropertyValue takeValue() { return std::move(m_value); }
 
 private:
+    [[nodiscard]] bool isOurs(xcb_window_t window) const;
+    void ask(xcb_window_t window) const;
     void takePiece();
 
     XConnection &m_connection;
-    xcb_window_t m_window;
+    xcb_window_t m_window; ///< once answered, that of the answer
+    std::vector<xcb_window_t> m_furtherWindows;
     xcb_atom_t m_target;
+    xcb_timestamp_t m_time;
     qsizetype m_maxBytes;
+    Excess m_excess;
     State m_state = State::asked;
     bool m_isAbandoned = false;
     bool m_hasPiece = false;

@@ -119,7 +119,7 @@ xcb_timestamp_t XConnection::serverTime() {
     return XCB_CURRENT_TIME; // the connection is lost
 }
 
-PropertyValue XConnection::takeProperty(xcb_window_t window, xcb_atom_t property, qsizetype maxBytes) {
+PropertyValue XConnection::takeProperty(xcb_window_t window, xcb_atom_t property, qsizetype maxBytes, Excess excess) {
     PropertyValue value;
     qsizetype wanted = firstPieceBytes;
     for (bool isFirst = true;; isFirst = false) {
@@ -134,16 +134,19 @@ PropertyValue XConnection::takeProperty(xcb_window_t window, xcb_atom_t property
         if (isFirst) {
             value.type = reply->type;
             value.format = reply->format;
-            if (qint64{length} + qint64{reply->bytes_after} > maxBytes) {
-                value.isTooLarge = true;
+            const qint64 size = qint64{length} + qint64{reply->bytes_after};
+            value.isTooLarge = size > maxBytes;
+            if (value.isTooLarge && excess == Excess::refused)
                 break;
-            }
-            value.bytes.reserve(qsizetype{length} + qsizetype{reply->bytes_after});
+            value.bytes.reserve(std::min<qsizetype>(size, maxBytes));
         } else if (reply->type != value.type || reply->format != value.format ||
-                   value.bytes.size() + length > maxBytes) {
+                   (!value.isTooLarge && value.bytes.size() + length > maxBytes)) {
             break; // it is being rewritten under our eyes; what was read is all there will be
         }
-        value.bytes.append(static_cast<const char *>(xcb_get_property_value(reply.get())), length);
+        value.bytes.append(static_cast<const char *>(xcb_get_property_value(reply.get())),
+                           std::min<qsizetype>(length, maxBytes - value.bytes.size()));
+        if (value.isTooLarge && value.bytes.size() == maxBytes)
+            break;
         // Offsets count in fours, so only whole fours can be followed by more.
         if (reply->bytes_after == 0 || length == 0 || length % 4 != 0)
             break;

@@ -27,8 +27,11 @@ struct SelectionAtoms {
         serverTime;
 };
 
-/// What a property holds. `bytes` are empty and `isTooLarge` is set when it was larger than allowed; then it was not
-/// read. A `type` of 0 means that there is no property.
+/// What becomes of a property that is larger than allowed: nothing of it is read, or its beginning.
+enum class Excess { refused, cutOff };
+
+/// What a property holds. `isTooLarge` is set when it was larger than allowed. A `type` of 0 means that there is no
+/// property.
 struct PropertyValue {
     xcb_atom_t type = 0;
     int format = 0;
@@ -68,8 +71,9 @@ public:
     /// The server's present time.
     [[nodiscard]] xcb_timestamp_t serverTime();
 
-    /// Reads and deletes the property in pieces, or deletes it unread when it has more than `maxBytes`.
-    [[nodiscard]] PropertyValue takeProperty(xcb_window_t window, xcb_atom_t property, qsizetype maxBytes);
+    /// Reads at most `maxBytes` of the property in pieces, and deletes it.
+    [[nodiscard]] PropertyValue takeProperty(xcb_window_t window, xcb_atom_t property, qsizetype maxBytes,
+                                             Excess excess = Excess::refused);
 
     /// A window to receive one change of the clipboard in.
     [[nodiscard]] xcb_window_t createWindow() const;

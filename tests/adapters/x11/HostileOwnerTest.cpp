@@ -86,12 +86,44 @@ TEST_F(HostileOwner, listsNumbersThatAreNoAtoms) {
     expectOneChangeToNothing();
 }
 
-TEST_F(HostileOwner, listsMoreTargetsThanAnyProgramHas) {
+/// As many names as `count`, none of which means anything, with a text behind the first `before` of them.
+TestOwner::Contents manyTargets(int count, int before) {
+    TestOwner::Contents contents;
+    for (int i = 0; i < count; ++i) {
+        if (i == before)
+            contents.push_back({"UTF8_STRING", {.bytes = "among many"}});
+        contents.push_back({"x/nothing-" + QByteArray::number(i), Answer::refused()});
+    }
+    return contents;
+}
+
+TEST_F(HostileOwner, listsMoreTargetsThanAreReadAndTheFirstOnesCount) {
+    owner.own(manyTargets(700, 499));
+    ASSERT_TRUE(changed());
+    EXPECT_EQ(pasteboard().string(), QStringLiteral("among many")) << "the five hundredth is read";
+    owner.own(manyTargets(700, 500));
+    ASSERT_TRUE(changed());
+    EXPECT_FALSE(pasteboard().string()) << "the next is not";
+    EXPECT_EQ(pasteboard().types()->size(), 500);
+}
+
+TEST_F(HostileOwner, listsATargetForEveryNumberThereIs) {
     QByteArray list;
-    for (quint32 atom = 1; atom <= 100000; ++atom)
+    for (quint32 atom = 100001; atom <= 200000; ++atom)
         list.append(reinterpret_cast<const char *>(&atom), sizeof atom);
     owner.own({}, {.bytes = list, .type = "ATOM", .format = 32});
     expectOneChangeToNothing();
+}
+
+TEST_F(HostileOwner, sendsMoreTargetsThanAreReadPiecemeal) {
+    Answer targets = owner.listOf(manyTargets(700, 10));
+    targets.manner = Answer::Manner::piecemeal;
+    for (const qsizetype size : {1000, 2800}) {
+        targets.pieceBytes = size;
+        owner.own({{"UTF8_STRING", {.bytes = "among many"}}}, targets);
+        ASSERT_TRUE(changed());
+        EXPECT_EQ(pasteboard().string(), QStringLiteral("among many")) << size;
+    }
 }
 
 TEST_F(HostileOwner, refusesWhatItHasListed) {

@@ -193,13 +193,14 @@ void TestOwner::onRequest(const xcb_selection_request_event_t &request) {
         if (offered == target)
             answer = how;
     }
+    int count = 0;
     {
         const std::lock_guard lock(m_mutex);
-        ++m_requests[target];
+        count = ++m_requests[target];
     }
     if (answer.before)
         answer.before();
-    if (answer.manner == Answer::Manner::silent)
+    if (answer.manner == Answer::Manner::silent || count <= answer.silentTimes)
         return;
     if (answer.manner == Answer::Manner::end) {
         closeConnection();
@@ -236,6 +237,10 @@ void TestOwner::onRequest(const xcb_selection_request_event_t &request) {
     }
     std::memcpy(event, &notice, sizeof notice);
     xcb_send_event(m_connection, 0, request.requestor, XCB_EVENT_MASK_NO_EVENT, event);
+    if (answer.isGivenUpAfter) {
+        xcb_set_selection_owner(m_connection, XCB_NONE, atom(m_selectionName), serverTime());
+        m_isOwner = false;
+    }
 }
 
 void TestOwner::onPropertyDeleted(const xcb_property_notify_event_t &event) {

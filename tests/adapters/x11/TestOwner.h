@@ -31,6 +31,9 @@ struct Answer {
     QByteArray laterType = {};        ///< piecemeal: type of all pieces but the first
     bool isEndless = false;           ///< piecemeal: the same piece again and again
 
+    bool isGivenUpAfter = false; ///< who has answered this gives the selection up
+    int silentTimes = 0;         ///< so often it says nothing before it answers
+
     std::function<void()> before = {}; ///< run on the owner's thread before it answers
 
     static Answer refused() { return {.manner = Manner::refuse}; }
@@ -50,6 +53,8 @@ public:
     /// Claims the selection; on return it is the owner. TARGETS lists `contents` unless `targets` says otherwise.
     void own(Contents contents);
     void own(Contents contents, Answer targets);
+    /// What TARGETS says of `contents`.
+    [[nodiscard]] Answer listOf(const Contents &contents);
     void ownText(const QByteArray &text) { own({{"UTF8_STRING", {.bytes = text}}}); }
     /// Two steps of a slow program: a person acts, and the claim follows later, as of that moment.
     void rememberTime();
@@ -79,7 +84,6 @@ private:
         int pieces = 0;
     };
 
-    [[nodiscard]] Answer listOf(const Contents &contents);
     void ownAt(xcb_timestamp_t time, Contents contents, Answer targets);
     void runOnThread(std::function<void()> work);
     void loop();
