@@ -53,8 +53,6 @@ ClipboardManager::ClipboardManager(Ports ports, QObject *parent)
     m_ports.time.async(this, [this] { removeLeftovers(); });
 }
 
-ClipboardManager::~ClipboardManager() = default;
-
 void ClipboardManager::loadSettings() {
     const UserDefaults &defaults = m_ports.defaults;
     m_hotkeyCharacter = preference::hotkeyCharacter.get(defaults);
@@ -128,7 +126,8 @@ void ClipboardManager::reloadHistory() {
     setHistory(m_isPaused ? protectedItems() : m_ports.database.loadProtectedAndRecent(std::nullopt, inMemoryItems));
 }
 
-void ClipboardManager::addItem(const QString &content, const std::optional<QString> &imageFileName) {
+void ClipboardManager::addItem(const QString &content, const std::optional<QString> &imageFileName,
+                               std::optional<QImage> thumbnail) {
     if (const auto duplicate = m_ports.database.findDuplicate(imageFileName, content)) {
         if (duplicate->isProtected())
             return;
@@ -136,7 +135,9 @@ void ClipboardManager::addItem(const QString &content, const std::optional<QStri
         m_ports.database.remove(duplicate->id);
     }
     if (imageFileName) {
-        if (const auto thumbnail = makeThumbnail(*imageFileName))
+        if (!thumbnail)
+            thumbnail = makeThumbnail(*imageFileName);
+        if (thumbnail)
             cacheThumbnail(*thumbnail, *imageFileName);
     }
     ClipboardItem item;

@@ -6,6 +6,7 @@
 #include "clipboard/MediaStore.h"
 #include "clipboard/RetentionPeriod.h"
 #include "ports/Folders.h"
+#include "ports/Pasteboard.h"
 
 #include <QObject>
 #include <QStringList>
@@ -21,7 +22,6 @@ namespace tavrine {
 class ClipboardDatabase;
 class HistoryRead;
 class LoginItem;
-class Pasteboard;
 class Time;
 class Timer;
 class Workspace;
@@ -99,10 +99,15 @@ public:
     [[nodiscard]] bool isMonitoring() const { return m_timer != nullptr; }
     void startMonitoring(); ///< nothing while paused
     void pauseMonitoring();
+    /// Waits for a copy that is being prepared and records it; nothing otherwise. What must come after the copies that
+    /// were made before it begins with this.
+    void finishRecording();
     void reloadHistory();
 
     // Items.
-    void addItem(const QString &content, const std::optional<QString> &imageFileName = std::nullopt);
+    /// Makes the file's thumbnail unless it comes along.
+    void addItem(const QString &content, const std::optional<QString> &imageFileName = std::nullopt,
+                 std::optional<QImage> thumbnail = std::nullopt);
     void addToMySaved(const QString &text);
     void copyToPasteboard(const ClipboardItem &item);
     /// An empty query gives `history`; any other searches the whole database, at most 500 rows.
@@ -154,7 +159,17 @@ private:
     void removeLeftovers();
     void setHistory(std::vector<ClipboardItem> items);
     std::vector<ClipboardItem> protectedItems();
+    /// A copy made ready to be recorded, which is work for any thread.
+    struct Prepared {
+        std::optional<QString> imageFileName; ///< of the stored image
+        std::optional<QImage> thumbnail;
+        std::optional<QString> text; ///< where there is no image
+    };
+    struct Recording;
     void poll();
+    [[nodiscard]] Prepared prepare(const Pasteboard::Reading &reading);
+    void record(const Prepared &prepared);
+    void cleanUpAfterPoll();
     [[nodiscard]] bool isExcludedApplicationFrontmost() const;
     bool recordText(const QString &text); ///< false when a protected row of that text stands
     void stripFormatting(const QString &text);
@@ -172,6 +187,7 @@ private:
     int m_lastChangeCount = 0;
     Date m_lastCleanupAt = Date::distantPast();
     std::unique_ptr<Timer> m_timer;
+    std::shared_ptr<Recording> m_recording; ///< a large copy on its way; ticks wait for it
 };
 
 } // namespace tavrine

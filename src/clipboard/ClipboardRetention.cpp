@@ -28,6 +28,7 @@ void ClipboardManager::removeLeftovers() {
 }
 
 void ClipboardManager::clearHistory() {
+    finishRecording();
     removeImageFiles(m_ports.database.clearUnprotected());
     reloadHistory();
 }

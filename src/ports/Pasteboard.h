@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <functional>
 #include <optional>
 
 namespace tavrine {
@@ -52,6 +53,17 @@ public:
 
     /// The plain text. Never an empty one.
     [[nodiscard]] virtual std::optional<QString> string() const = 0;
+
+    /// What stands here now, to be read on another thread also when something else has come here meanwhile.
+    struct Reading {
+        std::function<std::optional<QImage>()> image; ///< as `image` and `string`
+        std::function<std::optional<QString>()> string;
+        /// To read it and to go on with it may take longer than a person's key can wait.
+        bool isLarge = false;
+    };
+    [[nodiscard]] virtual Reading reading() const = 0;
+    static constexpr qint64 largePixels = 250'000;     // 15 ms to decode, encode and scale
+    static constexpr qsizetype largeBytes = 1'000'000; // 5 ms to decode and compare
 
     /// Empties the clipboard and makes it ours. Returns the new change count.
     virtual int clearContents() = 0;

@@ -1,5 +1,6 @@
 #include "ManagerTest.h"
 
+#include <QElapsedTimer>
 #include <QSignalSpy>
 
 namespace tavrine {
@@ -322,6 +323,104 @@ TEST_F(ClipboardPoll, anImageRecordedDoesNotStartTheFourHoursAnew) {
     leaveSomethingToClean();
     tick(); // so that the first idle tick cleans still
     EXPECT_TRUE(cleanupRan());
+}
+
+// Large copies, which are prepared on another thread.
+
+class LargeCopy : public ClipboardPoll {
+protected:
+    /// One more pixel than a person's key can wait for.
+    static QImage large() { return picture(500, 501); }
+    /// The tick alone, without what it hands to the other thread.
+    void pollOnce() { time.advance(ClipboardManager::pollInterval); }
+};
+
+TEST_F(LargeCopy, isRecordedWhenItIsReadyWithoutAFurtherTick) {
+    const int timers = time.timerCount();
+    pasteboard.copyFromOutside(large());
+    pollOnce();
+    EXPECT_TRUE(rows().empty()) << "the main thread went on";
+    QElapsedTimer clock;
+    clock.start();
+    while (rows().empty() && clock.elapsed() < 5000)
+        time.advance(0s);
+    EXPECT_EQ(historyContents(), QStringList{str("Copied Image")});
+    EXPECT_TRUE(manager->thumbnailCache().object(manager->history().front().imageFileName.value()));
+    EXPECT_EQ(time.timerCount(), timers);
+}
+
+TEST_F(LargeCopy, ofAsManyPixelsAsAKeyCanWaitForIsRecordedAtOnce) {
+    pasteboard.copyFromOutside(picture(500, 500));
+    pollOnce();
+    EXPECT_EQ(rows().size(), 1U);
+}
+
+TEST_F(LargeCopy, ofTextIsPreparedElsewhereToo) {
+    pasteboard.copyFromOutside(QString(1'000'000, u'x'));
+    pollOnce();
+    EXPECT_EQ(rows().size(), 1U);
+    pasteboard.copyFromOutside(QString(1'000'001, u'y'));
+    pollOnce();
+    EXPECT_EQ(rows().size(), 1U);
+    manager->finishRecording();
+    EXPECT_EQ(rows().size(), 2U);
+}
+
+TEST_F(LargeCopy, isRecordedBeforeACopyThatFollowsIt) {
+    pasteboard.copyFromOutside(large());
+    pollOnce();
+    pasteboard.copyFromOutside(str("the next"));
+    manager->finishRecording();
+    tick();
+    EXPECT_EQ(historyContents(), (QStringList{str("the next"), str("Copied Image")}));
+}
+
+TEST_F(LargeCopy, isReadAsItStoodWhenItWasSeen) {
+    pasteboard.copyFromOutside(large());
+    pollOnce();
+    pasteboard.clearFromOutside();
+    tick();
+    EXPECT_EQ(historyContents(), QStringList{str("Copied Image")});
+}
+
+TEST_F(LargeCopy, thatIsUnderWayGoesWithTheHistoryThatIsCleared) {
+    pasteboard.copyFromOutside(large());
+    pollOnce();
+    manager->clearHistory();
+    tick();
+    EXPECT_TRUE(rows().empty());
+    EXPECT_TRUE(storedImages().empty());
+}
+
+TEST_F(LargeCopy, thatIsUnderWayIsRecordedThoughMonitoringPauses) {
+    pasteboard.copyFromOutside(large());
+    pollOnce();
+    manager->pauseMonitoring();
+    manager->finishRecording();
+    ASSERT_EQ(contents(rows()), QStringList{str("Copied Image")});
+    EXPECT_TRUE(manager->history().empty());
+    EXPECT_FALSE(manager->thumbnailCache().object(rows().front().imageFileName.value()));
+}
+
+TEST_F(LargeCopy, thatIsUnderWayAtTheEndLeavesNoFile) {
+    pasteboard.copyFromOutside(large());
+    pollOnce();
+    quit();
+    EXPECT_TRUE(storedImages().empty());
+    time.advance(1s); // nobody is there to be told
+}
+
+TEST_F(LargeCopy, ofRichTextIsNotStrippedWhereAnotherCopyHasFollowed) {
+    manager->setStripRichText(true);
+    const QStringList types = plainTypes + QStringList{str("public.html")};
+    pasteboard.setContentsFromOutside(types, QString(2'000'000, u'x'));
+    pollOnce();
+    pasteboard.setContentsFromOutside(types, str("newer"));
+    manager->finishRecording();
+    EXPECT_EQ(pasteboard.string(), str("newer"));
+    EXPECT_EQ(pasteboard.clearCount(), 0);
+    tick();
+    EXPECT_EQ(pasteboard.types(), plainTypes);
 }
 
 // Rich text.

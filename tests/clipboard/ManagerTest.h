@@ -41,7 +41,10 @@ protected:
     }
     void quit() { manager.reset(); }
 
-    void tick() { time.advance(ClipboardManager::pollInterval); }
+    void tick() {
+        time.advance(ClipboardManager::pollInterval);
+        manager->finishRecording();
+    }
     void copy(const QString &text) {
         pasteboard.copyFromOutside(text);
         tick();

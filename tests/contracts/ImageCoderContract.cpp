@@ -199,6 +199,27 @@ TEST_F(TurboCoder, aLargeNoisyPictureIsKnownToBeTooLargeFromAPart) {
     EXPECT_TRUE(source->isCertainlyLargerThan(200'000, 0.82));
 }
 
+qint64 residentBytes() {
+    QFile file(QStringLiteral("/proc/self/statm"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').value(1).toLongLong() * 4096 : 0;
+}
+
+TEST_F(TurboCoder, besideALargePictureNothingIsKept) {
+    QImage image(6000, 5400, QImage::Format_RGB32);
+    ASSERT_GT(qint64{image.width()} * image.height(), TurboImageCoder::planesPixels);
+    image.fill(QColor(250, 130, 20));
+    const qint64 before = residentBytes();
+    const auto source = coder.bitmapRepresentation(image);
+    ASSERT_TRUE(source);
+    EXPECT_LT(residentBytes() - before, 5'000'000) << "planes would be 48 MB";
+    const std::optional<QByteArray> jpeg = source->encode(0.82);
+    ASSERT_TRUE(jpeg);
+    EXPECT_LT(residentBytes() - before, 5'000'000 + 2 * jpeg->size());
+    const QImage result = QImage::fromData(*jpeg);
+    EXPECT_EQ(result.size(), image.size());
+    expectNear(result.pixelColor(3000, 2700), QColor(250, 130, 20));
+}
+
 TEST_F(TurboCoder, aPictureBeyondTheEdgesOfJpegHasNoRepresentation) {
     EXPECT_NE(coder.bitmapRepresentation(QImage(65'500, 1, QImage::Format_RGB32)), nullptr);
     EXPECT_EQ(coder.bitmapRepresentation(QImage(65'501, 1, QImage::Format_RGB32)), nullptr);

@@ -4,8 +4,7 @@
 
 namespace tavrine {
 
-std::optional<QImage> FakePasteboard::image() const {
-    ++m_imageReads;
+std::optional<QImage> FakePasteboard::presentImage() const {
     if (m_isImageUnreadable)
         return std::nullopt;
     if (m_image)
@@ -18,11 +17,33 @@ std::optional<QImage> FakePasteboard::image() const {
     return std::nullopt;
 }
 
+std::optional<QString> FakePasteboard::presentString() const {
+    return m_isStringUnreadable || !m_text || m_text->isEmpty() ? std::nullopt : m_text;
+}
+
+std::optional<QImage> FakePasteboard::image() const {
+    return reading().image();
+}
+
 std::optional<QString> FakePasteboard::string() const {
-    ++m_stringReads;
-    if (m_isStringUnreadable || !m_text || m_text->isEmpty())
-        return std::nullopt;
-    return m_text;
+    return reading().string();
+}
+
+Pasteboard::Reading FakePasteboard::reading() const {
+    const std::optional<QImage> image = presentImage();
+    const std::optional<QString> text = presentString();
+    return {.image =
+                [this, image] {
+                    ++m_imageReads;
+                    return image;
+                },
+            .string =
+                [this, text] {
+                    ++m_stringReads;
+                    return text;
+                },
+            .isLarge = (image && qint64{image->width()} * image->height() > largePixels) ||
+                       (text && text->size() > largeBytes)};
 }
 
 int FakePasteboard::clearContents() {

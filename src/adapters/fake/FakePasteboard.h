@@ -2,6 +2,8 @@
 
 #include "ports/Pasteboard.h"
 
+#include <atomic>
+
 namespace tavrine {
 
 /// A clipboard in memory, with the other programs played by the test. Lives on the test's thread.
@@ -13,6 +15,7 @@ public:
     [[nodiscard]] std::optional<QStringList> types() const override { return m_types; }
     [[nodiscard]] std::optional<QImage> image() const override;
     [[nodiscard]] std::optional<QString> string() const override;
+    [[nodiscard]] Reading reading() const override;
     int clearContents() override;
     void setString(const QString &text) override;
     void writeImage(const QImage &image) override;
@@ -46,6 +49,8 @@ public:
 
 private:
     void addType(const char *type);
+    [[nodiscard]] std::optional<QImage> presentImage() const;
+    [[nodiscard]] std::optional<QString> presentString() const;
 
     int m_changeCount = 0;
     std::optional<QStringList> m_types;
@@ -54,8 +59,8 @@ private:
     QList<QUrl> m_urls;
     bool m_isImageUnreadable = false;
     bool m_isStringUnreadable = false;
-    mutable int m_imageReads = 0;
-    mutable int m_stringReads = 0;
+    mutable std::atomic<int> m_imageReads = 0; ///< readings are used on other threads
+    mutable std::atomic<int> m_stringReads = 0;
     int m_clears = 0;
 };
 

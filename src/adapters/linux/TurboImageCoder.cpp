@@ -24,9 +24,6 @@ constexpr qsizetype stripSlack = 64; // the first block's prediction and the end
 struct DestroyTurbo {
     void operator()(void *handle) const { tjDestroy(handle); }
 };
-struct FreeTurbo {
-    void operator()(unsigned char *buffer) const { tjFree(buffer); }
-};
 
 /// The rows from `y` on as RGB32, with white under what is transparent.
 QImage flatRows(const QImage &image, int y, int rows) {
@@ -43,29 +40,16 @@ QImage flatRows(const QImage &image, int y, int rows) {
     return flat;
 }
 
-/// A picture as planes of luma and halved chroma. The conversion from RGB is done once, each encoding starts here.
-class TurboSource final : public JpegSource {
+struct FreeTurbo {
+    void operator()(unsigned char *buffer) const { tjFree(buffer); }
+};
+
+constexpr int rgb32 = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? TJPF_BGRX : TJPF_XRGB;
+
+/// A picture of which any rows can be encoded.
+class TurboSource : public JpegSource {
 public:
     explicit TurboSource(QSize size) : m_size(size), m_compressor(tjInitCompress()) {}
-
-    bool prepare(const QImage &image) {
-        if (!m_compressor)
-            return false;
-        for (int i = 0; i < 3; ++i) {
-            m_strides[i] = tjPlaneWidth(i, m_size.width(), subsampling);
-            m_planes[i].resize(qsizetype{m_strides[i]} * tjPlaneHeight(i, m_size.height(), subsampling));
-        }
-        for (int y = 0; y < m_size.height(); y += conversionRows) {
-            const int rows = std::min(conversionRows, m_size.height() - y);
-            const QImage flat = flatRows(image, y, rows);
-            std::array<unsigned char *, 3> target = rowPointers(y);
-            if (flat.isNull() || tjEncodeYUVPlanes(m_compressor.get(), flat.constBits(), m_size.width(),
-                                                   static_cast<int>(flat.bytesPerLine()), rows, rgb32, target.data(),
-                                                   m_strides.data(), subsampling, 0) != 0)
-                return false;
-        }
-        return true;
-    }
 
     std::optional<QByteArray> encode(double compressionFactor) override {
         return encodeRows(0, m_size.height(), compressionFactor);
@@ -86,9 +70,51 @@ public:
         return false;
     }
 
-private:
-    static constexpr int rgb32 = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? TJPF_BGRX : TJPF_XRGB;
+protected:
+    /// Encodes the rows into a buffer that the compressor makes; other than 0 is a failure.
+    virtual int compress(int y, int rows, int quality, unsigned char **buffer, unsigned long *size) = 0;
 
+    const QSize m_size;
+    const std::unique_ptr<void, DestroyTurbo> m_compressor;
+
+private:
+    std::optional<QByteArray> encodeRows(int y, int rows, double compressionFactor) {
+        const int quality = std::clamp(static_cast<int>(std::lround(compressionFactor * 100)), 1, 100);
+        unsigned char *buffer = nullptr;
+        unsigned long size = 0;
+        const int result = m_compressor ? compress(y, rows, quality, &buffer, &size) : -1;
+        const std::unique_ptr<unsigned char, FreeTurbo> owner(buffer);
+        if (result != 0)
+            return std::nullopt;
+        return QByteArray(reinterpret_cast<const char *>(buffer), static_cast<qsizetype>(size));
+    }
+};
+
+/// The picture as planes of luma and halved chroma. The conversion from RGB is done once, each encoding starts here.
+class PlanesSource final : public TurboSource {
+public:
+    using TurboSource::TurboSource;
+
+    bool prepare(const QImage &image) {
+        if (!m_compressor)
+            return false;
+        for (int i = 0; i < 3; ++i) {
+            m_strides[i] = tjPlaneWidth(i, m_size.width(), subsampling);
+            m_planes[i].resize(qsizetype{m_strides[i]} * tjPlaneHeight(i, m_size.height(), subsampling));
+        }
+        for (int y = 0; y < m_size.height(); y += conversionRows) {
+            const int rows = std::min(conversionRows, m_size.height() - y);
+            const QImage flat = flatRows(image, y, rows);
+            std::array<unsigned char *, 3> target = rowPointers(y);
+            if (flat.isNull() || tjEncodeYUVPlanes(m_compressor.get(), flat.constBits(), m_size.width(),
+                                                   static_cast<int>(flat.bytesPerLine()), rows, rgb32, target.data(),
+                                                   m_strides.data(), subsampling, 0) != 0)
+                return false;
+        }
+        return true;
+    }
+
+private:
     std::array<unsigned char *, 3> rowPointers(int y) {
         std::array<unsigned char *, 3> pointers{};
         for (int i = 0; i < 3; ++i)
@@ -96,28 +122,46 @@ private:
         return pointers;
     }
 
-    std::optional<QByteArray> encodeRows(int y, int rows, double compressionFactor) {
+    int compress(int y, int rows, int quality, unsigned char **buffer, unsigned long *size) override {
         const std::array<unsigned char *, 3> pointers = rowPointers(y);
         std::array<const unsigned char *, 3> source{pointers[0], pointers[1], pointers[2]};
-        const int quality = std::clamp(static_cast<int>(std::lround(compressionFactor * 100)), 1, 100);
-        unsigned char *buffer = nullptr;
-        unsigned long size = 0;
-        const int result = tjCompressFromYUVPlanes(m_compressor.get(), source.data(), m_size.width(), m_strides.data(),
-                                                   rows, subsampling, &buffer, &size, quality, 0);
-        const std::unique_ptr<unsigned char, FreeTurbo> owner(buffer);
-        if (result != 0)
-            return std::nullopt;
-        return QByteArray(reinterpret_cast<const char *>(buffer), static_cast<qsizetype>(size));
+        return tjCompressFromYUVPlanes(m_compressor.get(), source.data(), m_size.width(), m_strides.data(), rows,
+                                       subsampling, buffer, size, quality, 0);
     }
 
-    QSize m_size;
-    std::unique_ptr<void, DestroyTurbo> m_compressor;
     std::array<std::vector<unsigned char>, 3> m_planes;
     std::array<int, 3> m_strides{};
 };
 
+/// A large picture as it is: planes beside it would take as much memory again as its program may need. Each encoding
+/// converts it anew, but of a large picture most are settled by a strip.
+class PixelsSource final : public TurboSource {
+public:
+    explicit PixelsSource(const QImage &image) : TurboSource(image.size()), m_image(image) {}
+
+    static bool isFor(const QImage &image) {
+        return image.format() == QImage::Format_RGB32 &&
+               qint64{image.width()} * image.height() > TurboImageCoder::planesPixels;
+    }
+
+private:
+    int compress(int y, int rows, int quality, unsigned char **buffer, unsigned long *size) override {
+        return tjCompress2(m_compressor.get(), m_image.constScanLine(y), m_size.width(),
+                           static_cast<int>(m_image.bytesPerLine()), rows, rgb32, buffer, size, subsampling, quality,
+                           0);
+    }
+
+    QImage m_image;
+};
+
 qint64 pixelCount(QSize size) {
     return qint64{size.width()} * size.height();
+}
+
+bool isWithinLimits(const QImage &image) {
+    const QSize size = image.size();
+    return !image.isNull() && std::max(size.width(), size.height()) <= maxJpegEdge &&
+           pixelCount(size) <= TurboImageCoder::maxPixels;
 }
 
 /// A reader of the file at `path` that has seen a picture of a size within the limits there, or none.
@@ -145,14 +189,17 @@ TurboImageCoder::TurboImageCoder() {
 }
 
 std::unique_ptr<JpegSource> TurboImageCoder::bitmapRepresentation(const QImage &image) {
-    const QSize size = image.size();
-    if (image.isNull() || std::max(size.width(), size.height()) > maxJpegEdge || pixelCount(size) > maxPixels)
+    if (!isWithinLimits(image))
         return nullptr;
-    auto source = std::make_unique<TurboSource>(size);
+    if (PixelsSource::isFor(image))
+        return std::make_unique<PixelsSource>(image);
+    auto source = std::make_unique<PlanesSource>(image.size());
     return source->prepare(image) ? std::move(source) : nullptr;
 }
 
 std::unique_ptr<JpegSource> TurboImageCoder::tiffRepresentation(const QImage &image) {
+    if (!isWithinLimits(image))
+        return nullptr; // before it is copied
     return bitmapRepresentation(image.convertToFormat(QImage::Format_ARGB32));
 }
 

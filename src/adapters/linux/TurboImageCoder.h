@@ -11,6 +11,8 @@ namespace tavrine {
 class TurboImageCoder final : public ImageCoder {
 public:
     static constexpr qint64 maxPixels = maxImagePixels;
+    /// Of larger pictures nothing is kept beside their pixels: 128 megapixels with planes would take 700 MB.
+    static constexpr qint64 planesPixels = 32'000'000;
 
     /// Raises the limit that Qt sets to the memory of one decoded picture, for the whole process, to what `maxPixels`
     /// needs.

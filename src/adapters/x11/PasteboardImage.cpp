@@ -86,14 +86,20 @@ QByteArray formatOf(QByteArrayView bytes) {
     return {};
 }
 
-bool hasUsableHeader(const QByteArray &bytes, qint64 maxPixels) {
+qint64 pixelCount(const QByteArray &bytes) {
     const QByteArray format = formatOf(bytes);
     if (format.isEmpty())
-        return false;
+        return 0;
     QBuffer buffer;
     buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);
-    return isUsable(QImageReader(&buffer, format).size(), maxPixels);
+    const QSize size = QImageReader(&buffer, format).size();
+    return size.isEmpty() ? 0 : qint64{size.width()} * size.height();
+}
+
+bool hasUsableHeader(const QByteArray &bytes, qint64 maxPixels) {
+    const qint64 count = pixelCount(bytes);
+    return count > 0 && count <= maxPixels;
 }
 
 bool seemsWhole(const QByteArray &bytes) {
@@ -123,7 +129,7 @@ std::optional<QImage> decode(const QByteArray &bytes, qint64 maxPixels) {
 }
 
 void allowPixels(qint64 maxPixels) {
-    constexpr qint64 bytesPerPixel = 8; // sixteen bits for each of four channels
+    constexpr qint64 bytesPerPixel = 4; // with sixteen bits for each channel there is room for half as many pixels
     const qint64 megabytes = maxPixels * bytesPerPixel / (1024 * 1024);
     QImageReader::setAllocationLimit(std::max(QImageReader::allocationLimit(), static_cast<int>(megabytes)));
 }

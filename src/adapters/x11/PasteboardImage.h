@@ -14,6 +14,9 @@ namespace tavrine::pasteboardImage {
 /// formats are handed to a decoder, so that no other code meets bytes from outside.
 [[nodiscard]] QByteArray formatOf(QByteArrayView bytes);
 
+/// How many pixels the beginning announces; none when it is no picture.
+[[nodiscard]] qint64 pixelCount(const QByteArray &bytes);
+
 /// True when the beginning reads as a picture that has a size and not more than `maxPixels` pixels.
 [[nodiscard]] bool hasUsableHeader(const QByteArray &bytes, qint64 maxPixels);
 

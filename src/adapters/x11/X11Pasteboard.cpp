@@ -11,7 +11,7 @@ namespace tavrine {
 namespace {
 
 /// After so much was held, memory is given back to the system. Below that the allocator keeps it to good purpose.
-constexpr qsizetype largeBytes = qsizetype{4} * 1024 * 1024;
+constexpr qsizetype trimmedBytes = qsizetype{4} * 1024 * 1024;
 
 qsizetype bytesOf(const std::shared_ptr<const ForeignContents> &contents) {
     qsizetype bytes = contents ? contents->text.size() : 0;
@@ -23,7 +23,7 @@ qsizetype bytesOf(const std::shared_ptr<const ForeignContents> &contents) {
 /// Left to itself, the allocator learns from the first large block that is given back, and takes the next ones from the
 /// heap of the thread that asks. The end of such a heap stays with the process: 28 of 40 MB, for good.
 void keepLargeBlocksApart() {
-    ::mallopt(M_MMAP_THRESHOLD, static_cast<int>(largeBytes));
+    ::mallopt(M_MMAP_THRESHOLD, static_cast<int>(trimmedBytes));
 }
 
 } // namespace
@@ -64,27 +64,49 @@ std::optional<QStringList> X11Pasteboard::types() const {
 }
 
 std::optional<QImage> X11Pasteboard::image() const {
-    QList<QByteArray> images;
-    if (const auto *own = std::get_if<OwnContents>(&m_contents)) {
-        if (!own->image.isNull())
-            return own->image;
-        images.append(m_ownImageFile);
-    } else if (const Foreign &foreign = std::get<Foreign>(m_contents)) {
-        images = foreign->images;
-    }
-    for (const QByteArray &bytes : images) {
-        if (std::optional<QImage> image = pasteboardImage::decode(bytes, m_limits.imagePixels))
-            return image;
-    }
-    return std::nullopt;
+    return reading().image();
 }
 
 std::optional<QString> X11Pasteboard::string() const {
+    return reading().string();
+}
+
+QList<QByteArray> X11Pasteboard::encodedImages() const {
+    const auto *foreign = std::get_if<Foreign>(&m_contents);
+    if (!foreign)
+        return {m_ownImageFile};
+    return *foreign ? (*foreign)->images : QList<QByteArray>();
+}
+
+Pasteboard::Reading X11Pasteboard::reading() const {
+    Reading reading;
     if (const auto *own = std::get_if<OwnContents>(&m_contents)) {
-        return own->text.isEmpty() ? std::nullopt : std::optional(own->text);
+        const QString &text = own->text;
+        reading.string = [text] { return text.isEmpty() ? std::nullopt : std::optional(text); };
+        reading.isLarge = text.size() > Pasteboard::largeBytes ||
+                          qint64{own->image.width()} * own->image.height() > Pasteboard::largePixels;
+        if (!own->image.isNull()) {
+            reading.image = [image = own->image] { return std::optional(image); };
+            return reading;
+        }
+    } else {
+        const Foreign foreign = std::get<Foreign>(m_contents);
+        reading.string = [foreign] {
+            return foreign ? selection::decodeText(foreign->text, foreign->encoding) : std::nullopt;
+        };
+        reading.isLarge = foreign && foreign->text.size() > Pasteboard::largeBytes;
     }
-    const Foreign &foreign = std::get<Foreign>(m_contents);
-    return foreign ? selection::decodeText(foreign->text, foreign->encoding) : std::nullopt;
+    const QList<QByteArray> images = encodedImages();
+    for (const QByteArray &bytes : images)
+        reading.isLarge = reading.isLarge || pasteboardImage::pixelCount(bytes) > Pasteboard::largePixels;
+    reading.image = [images, maxPixels = m_limits.imagePixels]() -> std::optional<QImage> {
+        for (const QByteArray &bytes : images) {
+            if (auto image = pasteboardImage::decode(bytes, maxPixels))
+                return image;
+        }
+        return std::nullopt;
+    };
+    return reading;
 }
 
 int X11Pasteboard::clearContents() {
@@ -162,7 +184,7 @@ void X11Pasteboard::receive(const Publication &publication) {
         return; // an own write has replaced it meanwhile
     m_changeCount += publication.changes;
     const auto *old = std::get_if<Foreign>(&m_contents);
-    const bool isLarge = old && bytesOf(*old) >= largeBytes;
+    const bool isLarge = old && bytesOf(*old) >= trimmedBytes;
     m_contents = publication.contents;
     m_ownImageFile.clear();
     // What the reader took piece by piece lies scattered over its heap: of 40 MB, 10 MB would stay for good.

@@ -45,6 +45,7 @@ public:
     [[nodiscard]] std::optional<QStringList> types() const override;
     [[nodiscard]] std::optional<QImage> image() const override;
     [[nodiscard]] std::optional<QString> string() const override;
+    [[nodiscard]] Reading reading() const override;
     int clearContents() override;
     void setString(const QString &text) override;
     void writeImage(const QImage &image) override;
@@ -56,6 +57,8 @@ private:
     /// Where the readers of files hand over what they read, and whether anybody is there still.
     struct Counter;
 
+    /// The image while it is still encoded, in its forms.
+    [[nodiscard]] QList<QByteArray> encodedImages() const;
     void receive(const Publication &publication);
     void readOwnFiles(const OwnContents &own);
     [[nodiscard]] OwnContents *ownContents();
