@@ -3,6 +3,8 @@
 #include <QElapsedTimer>
 #include <QSignalSpy>
 
+#include <future>
+
 namespace tavrine {
 namespace {
 
@@ -367,9 +369,17 @@ TEST_F(LargeCopy, ofTextIsPreparedElsewhereToo) {
 }
 
 TEST_F(LargeCopy, isRecordedBeforeACopyThatFollowsIt) {
+    std::promise<void> gate;
+    coder.setSize([opened = gate.get_future().share()](double) {
+        opened.wait();
+        return std::optional<qsizetype>(1000);
+    });
     pasteboard.copyFromOutside(large());
     pollOnce();
     pasteboard.copyFromOutside(str("the next"));
+    time.advance(5s);
+    EXPECT_TRUE(rows().empty()) << "no tick looks at a copy before the one before it is recorded";
+    gate.set_value();
     manager->finishRecording();
     tick();
     EXPECT_EQ(historyContents(), (QStringList{str("the next"), str("Copied Image")}));
