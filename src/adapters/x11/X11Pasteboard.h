@@ -26,7 +26,8 @@ class SelectionThread;
 ///     absent. A silent owner is waited for 4 s, a stalled transfer 1.5 s, all together 10 s; a newer owner ends the
 ///     waiting at once. See `SelectionLimits`.
 ///  4. COMPOUND_TEXT is kept for other programs, but not read: nobody offers it alone any more.
-///  5. Contents marked as concealed are not fetched at all, and end with the program that put them there.
+///  5. Of contents marked as concealed a digest is kept and nothing else, and they end with the program that put them
+///     there. What has one of those digests is told of as concealed, whoever owns it.
 ///  6. Without a server the clipboard works within this program alone.
 ///  7. No file is read on the main thread, as a file system that has gone never answers. The picture in a file that
 ///  this

@@ -170,6 +170,26 @@ TEST_F(ForeignPrograms, aSecretOfAQtProgramIsNotKept) {
     EXPECT_FALSE(waitUntil([&] { return requestor.owner() != 0; }, 500));
 }
 
+TEST_F(ForeignPrograms, aLargePictureOfGtkIsKeptInOneForm) {
+    const auto small = xclipCopies("small");
+    ASSERT_TRUE(changed());
+    const double before = residentMegabytes();
+    const auto gtk = launch(QStringLiteral("/usr/bin/python3"),
+                            {QStringLiteral(TEST_SOURCE_FOLDER "/gtk_copier.py"), QStringLiteral("large")});
+    ASSERT_TRUE(waitForReady(*gtk));
+    ASSERT_TRUE(changed());
+    ASSERT_FALSE(changed(1000)) << "time to fetch more";
+    killAndWait(*gtk);
+    const double kept = residentMegabytes();
+    EXPECT_LT(kept, before + 9 + 5);
+    const QByteArray jpeg = xclipPastes(QStringLiteral("image/jpeg"));
+    EXPECT_EQ(QImage::fromData(jpeg).size(), QSize(2000, 1500));
+    EXPECT_TRUE(waitUntil([&] { return residentMegabytes() < before + 9 + 10; })) << residentMegabytes() - before;
+    std::printf(
+        "resident: %.1f MB before, %.1f MB with a picture of 9 MB kept, %.1f MB after a paste of another form\n",
+        before, kept, residentMegabytes());
+}
+
 TEST_F(ForeignPrograms, theMemoryOfLargeCopiesIsGivenBack) {
     const auto small = xclipCopies("small");
     ASSERT_TRUE(changed());

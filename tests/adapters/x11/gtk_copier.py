@@ -3,10 +3,12 @@
     gtk_copier.py rich     text and HTML
     gtk_copier.py text     plain text
     gtk_copier.py image    a picture
+    gtk_copier.py large    a picture that no format packs: 9 MB as PNG
 
 Writes "ready" when it owns the clipboard, and the name of each kind that it was asked for.
 """
 
+import os
 import sys
 
 import gi
@@ -29,6 +31,9 @@ def main():
         pixbuf = GdkPixbuf.Pixbuf.new(GdkPixbuf.Colorspace.RGB, False, 8, 31, 17)
         pixbuf.fill(0x336699FF)
         clipboard.set_image(pixbuf)
+    elif mode == "large":
+        noise = GLib.Bytes.new(os.urandom(2000 * 1500 * 3))
+        clipboard.set_image(GdkPixbuf.Pixbuf.new_from_bytes(noise, GdkPixbuf.Colorspace.RGB, False, 8, 2000, 1500, 6000))
     else:
         # Python cannot hand several kinds to Gtk.Clipboard; a widget's selection can.
         window = Gtk.Invisible()

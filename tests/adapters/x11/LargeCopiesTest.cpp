@@ -1,0 +1,115 @@
+#include "adapters/fake/FakeLoginItem.h"
+#include "adapters/fake/FakeMovieAsset.h"
+#include "adapters/fake/FakeWorkspace.h"
+#include "adapters/linux/QtTime.h"
+#include "adapters/linux/TurboImageCoder.h"
+#include "adapters/x11/X11PasteboardFixture.h"
+#include "base/NotificationCenter.h"
+#include "base/UserDefaults.h"
+#include "clipboard/ClipboardDatabase.h"
+#include "clipboard/ClipboardManager.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QImageWriter>
+#include <QTemporaryDir>
+#include <QTimer>
+
+namespace tavrine {
+namespace {
+
+/// The most memory that was resident since it was last asked for.
+double peakMegabytes() {
+    QFile status(QStringLiteral("/proc/self/status"));
+    double peak = 0;
+    if (status.open(QIODevice::ReadOnly)) {
+        for (const QByteArray &line : status.readAll().split('\n')) {
+            if (line.startsWith("VmHWM:"))
+                peak = line.simplified().split(' ').value(1).toDouble() / 1024;
+        }
+    }
+    QFile clear(QStringLiteral("/proc/self/clear_refs"));
+    if (clear.open(QIODevice::WriteOnly))
+        clear.write("5");
+    return peak;
+}
+
+QByteArray encoded(QSize size, const char *format) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, format);
+    if (qstrcmp(format, "tiff") == 0)
+        writer.setCompression(1);
+    QImage image(size, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y) {
+        auto *row = reinterpret_cast<QRgb *>(image.scanLine(y));
+        for (int x = 0; x < image.width(); ++x)
+            row[x] = qRgb(x / 64, y / 64, (x ^ y) / 128);
+    }
+    writer.write(image);
+    return bytes;
+}
+
+/// The history at work on a real clipboard, and how long it keeps the main thread from anything else.
+class LargeCopies : public X11PasteboardFixture {
+protected:
+    LargeCopies() {
+        defaults.set(QStringLiteral("ClipboardMySaveSeeded"), true);
+        start({});
+        manager = std::make_unique<ClipboardManager>(ClipboardManager::Ports{
+            time, defaults, pasteboard(), workspace, coder, movies, loginItem, folders, database});
+        beat.start(1);
+        QObject::connect(&beat, &QTimer::timeout, &beat, [this] { longest = std::max(longest, sinceBeat.restart()); });
+    }
+    ~LargeCopies() override { manager.reset(); }
+
+    struct Times {
+        qint64 whole = 0, longestStall = 0;
+        double peak = 0;
+    };
+    /// From the copy to its row.
+    Times copy(TestOwner::Contents contents) {
+        const size_t rows = manager->history().size();
+        static_cast<void>(peakMegabytes());
+        const double before = peakMegabytes();
+        QElapsedTimer clock;
+        clock.start();
+        owner.own(std::move(contents));
+        sinceBeat.start();
+        longest = 0;
+        EXPECT_TRUE(waitUntil([&] { return manager->history().size() > rows; }, 30000));
+        longest = std::max(longest, sinceBeat.elapsed()); // the row may have come in the stall itself
+        return {clock.elapsed(), longest, peakMegabytes() - before};
+    }
+
+    QTemporaryDir home;
+    Folders folders{home.path() + QStringLiteral("/share"), home.path(), home.path(), home.path()};
+    QtTime time;
+    NotificationCenter center;
+    UserDefaults defaults{home.path() + QStringLiteral("/defaults.plist"), time, center};
+    FakeWorkspace workspace;
+    TurboImageCoder coder;
+    FakeMovieAsset movies;
+    FakeLoginItem loginItem;
+    ClipboardDatabase database{home.path() + QStringLiteral("/clipboard.db")};
+    std::unique_ptr<ClipboardManager> manager;
+    TestOwner owner;
+    QTimer beat;
+    QElapsedTimer sinceBeat;
+    qint64 longest = 0;
+};
+
+TEST_F(LargeCopies, ofPicturesLeaveTheMainThreadAlone) {
+    for (const auto &[target, format] : std::initializer_list<std::pair<const char *, const char *>>{
+             {"image/png", "png"}, {"image/tiff", "tiff"}, {"image/jpeg", "jpeg"}}) {
+        const QByteArray bytes = encoded(QSize(6000, 4000), format);
+        const Times times = copy({{target, {.bytes = bytes}}});
+        std::printf("24 megapixels of %s: recorded after %lld ms, longest stall %lld ms, %.0f MB at most\n", format,
+                    static_cast<long long>(times.whole), static_cast<long long>(times.longestStall), times.peak);
+        EXPECT_LT(times.longestStall, 150) << format << ": below 50 on a quiet machine";
+    }
+}
+
+} // namespace
+} // namespace tavrine
