@@ -65,9 +65,8 @@ std::optional<QString> MediaStore::filePath(const QString &fileName) const {
 std::optional<QString> MediaStore::saveImage(const QImage &image) {
     if (image.width() <= 0 || image.height() <= 0)
         return std::nullopt;
-    if (const auto path = image.cacheKey() == m_unclaimedKey ? filePath(m_unclaimed) : std::nullopt;
-        path && QFile::exists(*path))
-        return m_unclaimed;
+    if (const auto stored = unclaimedFileOf(image))
+        return stored;
     std::optional<QByteArray> jpeg;
     if (const auto source = m_coder.bitmapRepresentation(image))
         jpeg = encodeForStorage(*source);
@@ -79,15 +78,28 @@ std::optional<QString> MediaStore::saveImage(const QImage &image) {
     if (!jpeg || !folder)
         return std::nullopt;
     const QString fileName = freshUuidString() + QStringLiteral(".jpg");
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_savedNow.insert(fileName);
+    }
     if (!writePrivateFile(*folder + u'/' + fileName, *jpeg))
         return std::nullopt;
-    m_savedNow.insert(fileName);
+    const std::scoped_lock lock(m_mutex);
     m_unclaimed = fileName;
     m_unclaimedKey = image.cacheKey();
     return fileName;
 }
 
+std::optional<QString> MediaStore::unclaimedFileOf(const QImage &image) {
+    const std::scoped_lock lock(m_mutex);
+    if (image.cacheKey() != m_unclaimedKey)
+        return std::nullopt;
+    const auto path = filePath(m_unclaimed);
+    return path && QFile::exists(*path) ? std::optional(m_unclaimed) : std::nullopt;
+}
+
 void MediaStore::claim(const QString &fileName) {
+    const std::scoped_lock lock(m_mutex);
     if (fileName == m_unclaimed)
         m_unclaimed.clear();
 }
@@ -96,6 +108,7 @@ bool MediaStore::removeLeftovers(const QSet<QString> &named, int most) {
     const std::optional<QString> folder = imagesDirectory();
     if (!folder)
         return false;
+    const std::scoped_lock lock(m_mutex);
     // Only what is named as files are named here, a UUID and ".jpg", with what a write that was cut off had behind it.
     static const QRegularExpression ours(
         QStringLiteral("^([0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.jpg)(\\.unfinished|\\.[A-Za-z0-9]{6})?$"));

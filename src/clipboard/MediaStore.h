@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <mutex>
 #include <optional>
 
 namespace tavrine {
@@ -18,9 +19,9 @@ class UserDefaults;
 
 /// The files of the history: the images in a folder of the program's own, the recordings in one of the person's.
 ///
-/// Lives on the main thread, owned by ClipboardManager. Every operation takes the bare file name that a row holds; a
-/// path is never stored. A name that is not bare (it has a slash, or is "." or "..") names no file, so that a row from
-/// elsewhere cannot reach outside the two folders.
+/// Lives on the main thread, owned by ClipboardManager; `saveImage` and `makeThumbnail` may be called on any. Every
+/// operation takes the bare file name that a row holds; a path is never stored. A name that is not bare (it has a
+/// slash, or is "." or "..") names no file, so that a row from elsewhere cannot reach outside the two folders.
 class MediaStore {
 public:
     static constexpr int thumbnailMaxPixelSize = 480; ///< longest edge of a thumbnail
@@ -59,12 +60,16 @@ public:
     void removeImageFiles(const QStringList &fileNames);
 
 private:
+    /// Of a picture that was stored just before and that no row names yet.
+    [[nodiscard]] std::optional<QString> unclaimedFileOf(const QImage &image);
+
     Folders m_folders;
     UserDefaults &m_defaults;
     ImageCoder &m_coder;
     MovieAsset &m_movieAsset;
     ThumbnailCache m_thumbnailCache;
-    QSet<QString> m_savedNow;  ///< by this run
+    std::mutex m_mutex;        ///< guards the three below: a large copy is stored on a thread of its own
+    QSet<QString> m_savedNow;  ///< by this run, from before they are written
     QString m_unclaimed;       ///< the file that was stored last, until a row names it
     qint64 m_unclaimedKey = 0; ///< of its picture, as QImage tells pictures apart
 };
