@@ -1,6 +1,7 @@
 #include "look/EmojiGlyphs.h"
 
 #include "look/EmojiText.h"
+#include "look/Ligatures.h"
 #include "look/Text.h"
 
 #include <QFontMetricsF>
@@ -10,19 +11,31 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace tavrine::look {
 namespace {
+
+/// The glyphs of a sequence in the font, joined to one where the font says so.
+QList<quint32> joinedGlyphs(const QString &emoji, const QRawFont &font) {
+    static QString family; // there is one font of emoji
+    static std::optional<Ligatures> ligatures;
+    if (!ligatures || family != font.familyName()) {
+        family = font.familyName();
+        ligatures.emplace(font.fontTable("GSUB"));
+    }
+    const QList<quint32> glyphs = font.glyphIndexesForString(emoji);
+    const auto joined = ligatures->of(glyphs);
+    return joined ? QList<quint32>{*joined} : glyphs;
+}
 
 /// The one glyph of a sequence as the font's own picture, which costs a sixth of drawing it as text: a colour font
 /// keeps compressed pictures, and text lays out, measures and draws, each of which unpacks the picture again. Null
 /// where the sequence is no single coloured glyph.
 QImage glyphPicture(const QString &emoji, const QFont &font, const QRawFont &raw) {
-    QList<quint32> glyphs;
+    QList<quint32> glyphs = joinedGlyphs(emoji, raw);
     QRawFont shaped = raw;
-    if (emoji.toUcs4().size() == 1) {
-        glyphs = raw.glyphIndexesForString(emoji);
-    } else { // joined by the font's rules
+    if (glyphs.size() != 1) { // joined by other rules
         QTextLayout layout(emoji, font);
         layout.beginLayout();
         layout.createLine();
