@@ -197,15 +197,4 @@ void ClipboardSearchView::act(const QUuid &id, size_t action) {
         m_model.deleteItem(id);
 }
 
-// A hairline parts the search field from the rest, and another one the rows that went on under the strip.
-void ClipboardSearchView::paintEvent(QPaintEvent *event) {
-    ListPanel::paintEvent(event);
-    QPainter painter(this);
-    const QRectF lines = QRectF(rect()).adjusted(edge, 0, -edge, 0);
-    look::paintSeparator(painter, QRectF(lines.left(), 0, lines.width(), look::height::searchField),
-                         look::themeOf(this));
-    if (isScrolled())
-        look::paintSeparator(painter, QRectF(lines.left(), 0, lines.width(), list().y()), look::themeOf(this));
-}
-
 } // namespace tavrine

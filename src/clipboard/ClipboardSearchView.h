@@ -27,8 +27,6 @@ public:
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:
-    void paintEvent(QPaintEvent *event) override;
-
     [[nodiscard]] int rowCount() const override;
     [[nodiscard]] const ClipboardItem *itemAt(int row) const override { return entry(row).item; }
     [[nodiscard]] int rowOfItem(size_t index) const override;

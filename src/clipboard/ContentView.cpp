@@ -140,7 +140,7 @@ void ContentView::paintItem(QPainter &painter, const ClipboardItem &item, const 
     qreal left = rect.left() + look::space::medium;
     if (!read.fallbackSymbol.isEmpty()) {
         const qreal side = classicPanelTexts::thumbnailSize;
-        const QRectF picture(rect.left() + look::space::small, rect.top() + look::space::small, side, side);
+        const QRectF picture(left, rect.top() + look::space::small, side, side);
         paintPicture(painter, picture, item, read, state.isSelected);
         left = picture.right() + look::space::medium;
     }
@@ -196,15 +196,6 @@ void ContentView::act(const QUuid &id, size_t action) {
         m_model.togglePin(id);
     else
         m_model.toggleSaved(id);
-}
-
-// A hairline parts the header from rows that went on under it.
-void ContentView::paintEvent(QPaintEvent *event) {
-    ListPanel::paintEvent(event);
-    if (!isScrolled())
-        return;
-    QPainter painter(this);
-    look::paintSeparator(painter, QRectF(1, 0, width() - 2, list().y()), look::themeOf(this));
 }
 
 void ContentView::hideEvent(QHideEvent *event) {

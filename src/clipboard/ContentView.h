@@ -23,7 +23,6 @@ public:
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:
-    void paintEvent(QPaintEvent *event) override;
     void hideEvent(QHideEvent *event) override;
 
     [[nodiscard]] int rowCount() const override;

@@ -1,10 +1,13 @@
 #include "look/ListPanel.h"
 
 #include "look/EmptyState.h"
+#include "look/Look.h"
+#include "look/Paint.h"
 #include "look/SearchField.h"
 #include "look/VirtualList.h"
 
 #include <QKeyEvent>
+#include <QPainter>
 #include <QWheelEvent>
 
 namespace tavrine::look {
@@ -15,7 +18,6 @@ ListPanel::ListPanel(SearchField *search, PanelKeys::Handler keys, qreal cornerR
       m_keys(new PanelKeys(this, search->lineEdit(), std::move(keys))) {
     search->setParent(this);
     setFocusProxy(search);
-    // The hairline over the list is the panel's.
     connect(m_list, &VirtualList::scrolled, this, [this] { update(0, m_list->y() - 1, width(), 1); });
 }
 
@@ -24,8 +26,15 @@ void ListPanel::showList(bool isEmpty) {
     m_empty->setVisible(isEmpty);
 }
 
-bool ListPanel::isScrolled() const {
-    return m_list->isVisible() && m_list->offset() > 0;
+void ListPanel::paintEvent(QPaintEvent *event) {
+    PanelSurface::paintEvent(event);
+    QPainter painter(this);
+    const Theme &theme = themeOf(this);
+    constexpr int edge = 1; // the panel's hairline, which no other line may cross
+    if (m_search->y() == 0)
+        paintSeparator(painter, QRectF(edge, 0, width() - 2 * edge, m_search->height()), theme);
+    if (m_list->isVisible() && m_list->offset() > 0)
+        paintSeparator(painter, QRectF(edge, 0, width() - 2 * edge, m_list->y()), theme);
 }
 
 void ListPanel::showEvent(QShowEvent *event) {

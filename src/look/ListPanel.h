@@ -15,7 +15,9 @@ class VirtualList;
 ///  1. keys reach the panel's model first (`PanelKeys`), and what is typed arrives in the field, whatever has the
 ///  focus;
 ///  2. the page keys move the selection by what the list shows at once;
-///  3. the wheel scrolls the list wherever in the panel the pointer is.
+///  3. the wheel scrolls the list wherever in the panel the pointer is;
+///  4. a hairline parts a large field from the rest, and another one the rows that went on under what is above the
+///  list.
 ///
 /// Belongs to its panel's window; lives on the main thread. The view that derives from it lays the three parts out.
 class ListPanel : public PanelSurface {
@@ -30,13 +32,11 @@ protected:
     [[nodiscard]] EmptyState &empty() const { return *m_empty; }
     /// Shows the list, or in its place why it is empty.
     void showList(bool isEmpty);
-    /// Whether the list has a hairline on top, which parts it from rows that went on above.
-    [[nodiscard]] bool isScrolled() const;
-
     /// Moves the selection to `row`, or the nearest row that can have it, away from the present one in `direction`,
     /// which is -1 or +1.
     virtual void selectRow(int row, int direction) = 0;
 
+    void paintEvent(QPaintEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;

@@ -87,7 +87,7 @@ void EmojiPickerView::build() {
     column->setSpacing(0);
     column->addWidget(&search());
     auto *strip = new QHBoxLayout;
-    strip->setContentsMargins(look::space::medium, 0, look::space::medium, look::space::small);
+    strip->setContentsMargins(look::space::medium, look::space::small, look::space::medium, look::space::small);
     strip->addWidget(m_categories);
     column->addLayout(strip);
     column->addWidget(&list(), 1);
