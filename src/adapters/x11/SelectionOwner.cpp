@@ -201,7 +201,7 @@ bool SelectionOwner::convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom
 
 std::optional<QList<std::pair<xcb_atom_t, xcb_atom_t>>> SelectionOwner::pairsOf(xcb_window_t requestor,
                                                                                 xcb_atom_t property) const {
-    const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
         m_connection.get(),
         xcb_get_property(m_connection.get(), 0, requestor, property, XCB_ATOM_ANY, 0, maxMultiple * 2), nullptr));
     if (!reply || reply->format != 32)
@@ -243,7 +243,7 @@ bool SelectionOwner::put(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t
         return false;
     const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     // Checked: a window that is gone already would never tell that it goes, and hold its place until the deadline.
-    const Reply<xcb_generic_error_t> error(
+    const XcbReply<xcb_generic_error_t> error(
         xcb_request_check(m_connection.get(), xcb_change_window_attributes_checked(m_connection.get(), requestor,
                                                                                    XCB_CW_EVENT_MASK, &mask)));
     if (error)

@@ -25,6 +25,7 @@ public:
     /// Gives the window the keyboard.
     void activateWindow(xcb_window_t window);
     [[nodiscard]] bool hasWindowManager() const;
+    [[nodiscard]] bool isComposited() const { return isCompositorRunning(m_client.link()); }
     /// The window that has the keyboard, 0 for none.
     [[nodiscard]] xcb_window_t focusedWindow() const;
     /// Gives the keyboard back to a window that had it, where no window manager does.

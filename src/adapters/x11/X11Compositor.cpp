@@ -14,7 +14,7 @@ X11Compositor::X11Compositor(std::function<void(bool isRunning)> onChange)
 
 void X11Compositor::watch() {
     xcb_connection_t *connection = m_client.connection();
-    const xcb_atom_t selection = m_client.atom("_NET_WM_CM_S" + std::to_string(m_client.screenNumber()));
+    const xcb_atom_t selection = compositorSelection(m_client.link());
     const auto *fixes = xcb_get_extension_data(connection, &xcb_xfixes_id);
     if (fixes && fixes->present) {
         m_firstFixesEvent = fixes->first_event;
@@ -24,8 +24,7 @@ void X11Compositor::watch() {
                                               XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
                                               XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
     }
-    const auto owner = m_client.reply<xcb_get_selection_owner_reply_t>(xcb_get_selection_owner(connection, selection));
-    m_onChange(owner && owner->owner != XCB_WINDOW_NONE);
+    m_onChange(isCompositorRunning(m_client.link()));
     m_client.flush();
 }
 

@@ -251,12 +251,7 @@ std::unique_ptr<PanelWindow> X11PanelWindows::makePanel(const PanelDescription &
 }
 
 bool X11PanelWindows::isComposited() const {
-    auto *connection = qtConnection();
-    if (!connection)
-        return false;
-    const XcbReply<xcb_get_selection_owner_reply_t> owner{xcb_get_selection_owner_reply(
-        connection, xcb_get_selection_owner(connection, atom(connection, "_NET_WM_CM_S0")), nullptr)};
-    return owner && owner->owner != XCB_WINDOW_NONE;
+    return m_activator.isComposited();
 }
 
 } // namespace tavrine

@@ -16,36 +16,28 @@ constexpr size_t maxRetired = 8;
 } // namespace
 
 void XConnection::open() {
-    m_connection = xcb_connect(nullptr, nullptr);
-    if (xcb_connection_has_error(m_connection))
+    m_link.emplace(XcbLink::forEver);
+    if (!m_link->isOpen())
         return;
-    m_maxRequestBytes = qsizetype{xcb_get_maximum_request_length(m_connection)} * 4 - 64; // the request's own header
+    m_maxRequestBytes = qsizetype{xcb_get_maximum_request_length(get())} * 4 - 64; // the request's own header
     m_window = createWindow();
     if (!internAll())
         return;
-    const xcb_query_extension_reply_t *xfixes = xcb_get_extension_data(m_connection, &xcb_xfixes_id);
+    const xcb_query_extension_reply_t *xfixes = xcb_get_extension_data(get(), &xcb_xfixes_id);
     if (!xfixes || !xfixes->present)
         return;
     // The server answers nothing of XFixes before it was told the version.
-    const Reply<xcb_xfixes_query_version_reply_t> version(
-        xcb_xfixes_query_version_reply(m_connection, xcb_xfixes_query_version(m_connection, 5, 0), nullptr));
-    if (!version)
+    if (!m_link->reply<xcb_xfixes_query_version_reply_t>(xcb_xfixes_query_version(get(), 5, 0)))
         return;
-    xcb_xfixes_select_selection_input(m_connection, m_window, m_atoms.clipboard,
+    xcb_xfixes_select_selection_input(get(), m_window, m_atoms.clipboard,
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
     m_selectionNotice = xfixes->first_event + XCB_XFIXES_SELECTION_NOTIFY;
 }
 
-XConnection::~XConnection() {
-    m_deferred.clear();
-    if (m_connection)
-        xcb_disconnect(m_connection);
-}
-
 bool XConnection::isUsable() const {
-    return m_selectionNotice >= 0 && !xcb_connection_has_error(m_connection);
+    return m_selectionNotice >= 0 && m_link->isOpen();
 }
 
 bool XConnection::internAll() {
@@ -58,22 +50,16 @@ bool XConnection::internAll() {
         "CLIPBOARD", "CLIPBOARD_MANAGER", "TARGETS",     "MULTIPLE", "TIMESTAMP",          "SAVE_TARGETS",
         "INCR",      "ATOM_PAIR",         "UTF8_STRING", "NULL",     "TAVRINE_SERVER_TIME"};
     static_assert(std::size(members) == std::size(names));
-    std::vector<xcb_intern_atom_cookie_t> cookies;
+    std::vector<xcb_intern_atom_cookie_t> cookies; // all at once: one round trip
     for (const char *name : names)
-        cookies.push_back(xcb_intern_atom(m_connection, 0, static_cast<uint16_t>(qstrlen(name)), name));
+        cookies.push_back(xcb_intern_atom(get(), 0, static_cast<uint16_t>(qstrlen(name)), name));
     bool isComplete = true;
     for (size_t i = 0; i < cookies.size(); ++i) {
-        const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_connection, cookies[i], nullptr));
+        const auto reply = m_link->reply<xcb_intern_atom_reply_t>(cookies[i]);
         m_atoms.*members[i] = reply ? reply->atom : 0;
         isComplete = isComplete && reply;
     }
     return isComplete;
-}
-
-xcb_atom_t XConnection::atom(const QByteArray &name) {
-    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
-        m_connection, xcb_intern_atom(m_connection, 0, static_cast<uint16_t>(name.size()), name.constData()), nullptr));
-    return reply ? reply->atom : 0;
 }
 
 QList<QByteArray> XConnection::atomNames(const QList<std::uint32_t> &atoms) {
@@ -82,12 +68,10 @@ QList<QByteArray> XConnection::atomNames(const QList<std::uint32_t> &atoms) {
     std::vector<std::pair<xcb_atom_t, xcb_get_atom_name_cookie_t>> asked; // all at once: one round trip
     for (const std::uint32_t atom : atoms) {
         if (!m_names.contains(atom))
-            asked.emplace_back(atom, xcb_get_atom_name(m_connection, atom));
+            asked.emplace_back(atom, xcb_get_atom_name(get(), atom));
     }
     for (const auto &[atom, cookie] : asked) {
-        xcb_generic_error_t *error = nullptr;
-        const Reply<xcb_get_atom_name_reply_t> reply(xcb_get_atom_name_reply(m_connection, cookie, &error));
-        const Reply<xcb_generic_error_t> dropped(error);
+        const auto reply = m_link->reply<xcb_get_atom_name_reply_t>(cookie);
         if (reply)
             m_names.insert(atom, QByteArray(xcb_get_atom_name_name(reply.get()), reply->name_len));
     }
@@ -97,18 +81,12 @@ QList<QByteArray> XConnection::atomNames(const QList<std::uint32_t> &atoms) {
     return names;
 }
 
-xcb_window_t XConnection::owner(xcb_atom_t selection) const {
-    const Reply<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(m_connection, xcb_get_selection_owner(m_connection, selection), nullptr));
-    return reply ? reply->owner : 0;
-}
-
 xcb_timestamp_t XConnection::serverTime() {
     // The server tells its time in the notice of every property change; appending nothing is one that changes nothing.
-    const xcb_void_cookie_t cookie = xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, m_window,
-                                                         m_atoms.serverTime, XCB_ATOM_INTEGER, 32, 0, nullptr);
-    xcb_flush(m_connection);
-    while (XEvent event{xcb_wait_for_event(m_connection)}) {
+    const xcb_void_cookie_t cookie = xcb_change_property(get(), XCB_PROP_MODE_APPEND, m_window, m_atoms.serverTime,
+                                                         XCB_ATOM_INTEGER, 32, 0, nullptr);
+    xcb_flush(get());
+    while (XEvent event{xcb_wait_for_event(get())}) {
         if (eventType(*event) == XCB_PROPERTY_NOTIFY && !isSequenceBefore(event->full_sequence, cookie.sequence)) {
             const auto &notice = eventAs<xcb_property_notify_event_t>(*event);
             if (notice.window == m_window && notice.atom == m_atoms.serverTime)
@@ -123,11 +101,9 @@ PropertyValue XConnection::takeProperty(xcb_window_t window, xcb_atom_t property
     PropertyValue value;
     qsizetype wanted = firstPieceBytes;
     for (bool isFirst = true;; isFirst = false) {
-        const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
-            m_connection,
-            xcb_get_property(m_connection, 0, window, property, XCB_ATOM_ANY,
-                             static_cast<uint32_t>(value.bytes.size() / 4), static_cast<uint32_t>(wanted / 4)),
-            nullptr));
+        const auto reply = m_link->reply<xcb_get_property_reply_t>(
+            xcb_get_property(get(), 0, window, property, XCB_ATOM_ANY, static_cast<uint32_t>(value.bytes.size() / 4),
+                             static_cast<uint32_t>(wanted / 4)));
         if (!reply)
             break;
         const int length = xcb_get_property_value_length(reply.get());
@@ -152,21 +128,21 @@ PropertyValue XConnection::takeProperty(xcb_window_t window, xcb_atom_t property
             break;
         wanted = pieceBytes;
     }
-    xcb_delete_property(m_connection, window, property);
+    xcb_delete_property(get(), window, property);
     return value;
 }
 
 xcb_window_t XConnection::createWindow() const {
-    const xcb_window_t window = xcb_generate_id(m_connection);
-    const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;
+    const xcb_window_t window = xcb_generate_id(get());
+    const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(get())).data;
     const uint32_t values[] = {1, XCB_EVENT_MASK_PROPERTY_CHANGE};
-    xcb_create_window(m_connection, 0, window, screen->root, -10, -10, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+    xcb_create_window(get(), 0, window, screen->root, -10, -10, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
                       XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values);
     return window;
 }
 
 void XConnection::destroyWindow(xcb_window_t window) const {
-    xcb_destroy_window(m_connection, window);
+    xcb_destroy_window(get(), window);
 }
 
 void XConnection::retireWindow(xcb_window_t window) {
@@ -179,14 +155,14 @@ void XConnection::retireWindow(xcb_window_t window) {
 
 XEvent XConnection::nextEvent() {
     if (m_deferred.empty())
-        return XEvent{xcb_poll_for_event(m_connection)};
+        return m_link->nextEvent();
     XEvent event = std::move(m_deferred.front());
     m_deferred.pop_front();
     return event;
 }
 
 bool XConnection::readAhead() {
-    if (XEvent event{xcb_poll_for_queued_event(m_connection)})
+    if (XEvent event{xcb_poll_for_queued_event(get())})
         m_deferred.push_back(std::move(event));
     return !m_deferred.empty();
 }

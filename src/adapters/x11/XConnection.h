@@ -1,25 +1,18 @@
 #pragma once
 
+#include "adapters/x11/XcbLink.h"
+
 #include <QByteArray>
 #include <QHash>
 #include <QList>
 
 #include <cstdint>
-#include <cstdlib>
 #include <deque>
-#include <memory>
 #include <optional>
-
-#include <xcb/xcb.h>
 
 namespace tavrine {
 
-struct FreeReply {
-    void operator()(void *reply) const { std::free(reply); } // libxcb hands out what malloc gave
-};
-template <class T>
-using Reply = std::unique_ptr<T, FreeReply>;
-using XEvent = Reply<xcb_generic_event_t>;
+using XEvent = XcbEvent;
 
 /// The atoms that the clipboard's protocol itself needs.
 struct SelectionAtoms {
@@ -46,28 +39,23 @@ struct PropertyValue {
 /// connection is lost every call is harmless.
 class XConnection {
 public:
-    XConnection() = default;
-    ~XConnection();
-    XConnection(const XConnection &) = delete;
-    XConnection &operator=(const XConnection &) = delete;
-
     /// Connects to $DISPLAY; nothing else may be called before. `isUsable` is false when that fails or when the server
     /// lacks selection notices.
     void open();
     [[nodiscard]] bool isUsable() const;
-    [[nodiscard]] xcb_connection_t *get() const { return m_connection; }
-    [[nodiscard]] int descriptor() const { return xcb_get_file_descriptor(m_connection); }
+    [[nodiscard]] xcb_connection_t *get() const { return m_link->connection(); }
+    [[nodiscard]] int descriptor() const { return m_link->descriptor(); }
     [[nodiscard]] xcb_window_t window() const { return m_window; }
     [[nodiscard]] const SelectionAtoms &atoms() const { return m_atoms; }
     [[nodiscard]] int selectionNoticeEvent() const { return m_selectionNotice; }
     /// The largest part of a property that one request may carry.
     [[nodiscard]] qsizetype maxRequestBytes() const { return m_maxRequestBytes; }
 
-    [[nodiscard]] xcb_atom_t atom(const QByteArray &name);
+    [[nodiscard]] xcb_atom_t atom(const QByteArray &name) { return m_link->atom(name.toStdString()); }
     /// The names of `atoms`; empty for numbers that are no atom.
     [[nodiscard]] QList<QByteArray> atomNames(const QList<std::uint32_t> &atoms);
 
-    [[nodiscard]] xcb_window_t owner(xcb_atom_t selection) const;
+    [[nodiscard]] xcb_window_t owner(xcb_atom_t selection) { return m_link->selectionOwner(selection); }
     /// The server's present time.
     [[nodiscard]] xcb_timestamp_t serverTime();
 
@@ -86,12 +74,12 @@ public:
     [[nodiscard]] XEvent nextEvent();
     /// True when an event that was read on the way to an answer waits in `nextEvent`.
     [[nodiscard]] bool readAhead();
-    void flush() const { xcb_flush(m_connection); }
+    void flush() { m_link->flush(); }
 
 private:
     [[nodiscard]] bool internAll();
 
-    xcb_connection_t *m_connection = nullptr;
+    std::optional<XcbLink> m_link;
     xcb_window_t m_window = 0;
     SelectionAtoms m_atoms{};
     int m_selectionNotice = -1;
@@ -101,20 +89,9 @@ private:
     std::deque<xcb_window_t> m_retired;
 };
 
-/// The kind of an event, whoever sent it.
-[[nodiscard]] inline int eventType(const xcb_generic_event_t &event) {
-    return event.response_type & 0x7F;
-}
-
 /// Sequence numbers wrap.
 [[nodiscard]] constexpr bool isSequenceBefore(unsigned a, unsigned b) {
     return static_cast<int>(a - b) < 0;
-}
-
-/// An event as what its kind says it is.
-template <class T>
-[[nodiscard]] const T &eventAs(const xcb_generic_event_t &event) {
-    return reinterpret_cast<const T &>(event);
 }
 
 } // namespace tavrine

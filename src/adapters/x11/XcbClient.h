@@ -1,59 +1,51 @@
 #pragma once
 
+#include "adapters/x11/XcbLink.h"
+
 #include <QByteArray>
 #include <QObject>
 
-#include <cstdlib>
 #include <functional>
-#include <map>
-#include <memory>
 #include <string>
 #include <vector>
-
-#include <xcb/xcb.h>
 
 class QSocketNotifier;
 
 namespace tavrine {
 
-/// What xcb hands out and wants freed.
-template <class T>
-struct XcbFree {
-    void operator()(T *pointer) const { std::free(pointer); }
-};
-template <class T>
-using XcbReply = std::unique_ptr<T, XcbFree<T>>;
-
-/// One connection of our own to the X server, read on the main thread when something arrives and never otherwise.
+/// One connection of our own to the X server, read by the event loop when something arrives and never otherwise.
 ///
-/// Owned by the adapter that uses it; lives on the main thread. Without an X server it is there but not connected, and
-/// the adapter then does nothing. Waiting for the server is bounded: another program may hold the server for itself.
+/// Owned by the adapter that uses it; lives on the thread that made it, which has an event loop. Without an X server it
+/// is there but not connected, and the adapter then does nothing. Waiting for the server is bounded: another program
+/// may hold the server for itself.
 class XcbClient : public QObject {
 public:
     using Handler = std::function<void(const xcb_generic_event_t &)>;
+
+    /// A healthy server answers in well under a millisecond; what takes longer is held by another program.
+    static constexpr XcbLink::Wait longestWait{200};
 
     /// `handler` is called for each event, errors left out; `onDrained` after a series of events that came by itself.
     explicit XcbClient(Handler handler, std::function<void()> onDrained = {}, QObject *parent = nullptr);
     ~XcbClient() override;
 
-    [[nodiscard]] bool isConnected() const;
-    [[nodiscard]] xcb_connection_t *connection() const { return m_connection; }
-    [[nodiscard]] const xcb_screen_t &screen() const { return *m_screen; }
-    [[nodiscard]] xcb_window_t root() const { return m_screen->root; }
-    [[nodiscard]] int screenNumber() const { return m_screenNumber; }
+    [[nodiscard]] bool isConnected() const { return m_link.isOpen(); }
+    /// For what is asked of the server without regard to events.
+    [[nodiscard]] XcbLink &link() { return m_link; }
+    [[nodiscard]] xcb_connection_t *connection() const { return m_link.connection(); }
+    [[nodiscard]] const xcb_screen_t &screen() const { return m_link.screen(); }
+    [[nodiscard]] xcb_window_t root() const { return m_link.root(); }
+    [[nodiscard]] int screenNumber() const { return m_link.screenNumber(); }
 
-    /// The atom of that name; made when there is none. 0 when the server did not answer in time.
+    // As those of the link. The events that are read on the way to an answer come with the next turn.
     [[nodiscard]] xcb_atom_t atom(const std::string &name);
-
-    /// The reply to a request that was sent, 200 ms of waiting at most. Null for a refusal (a window that is gone) and
-    /// for a server that did not answer; only the latter sets `isLate`.
     template <class Reply, class Cookie>
     [[nodiscard]] XcbReply<Reply> reply(Cookie cookie) {
-        return XcbReply<Reply>(static_cast<Reply *>(await(cookie.sequence)));
+        auto answer = m_link.reply<Reply>(cookie);
+        drainSoon();
+        return answer;
     }
-
-    /// True when a reply was late since the last question.
-    [[nodiscard]] bool takeIsLate() { return std::exchange(m_isLate, false); }
+    [[nodiscard]] bool takeIsLate() { return m_link.takeIsLate(); }
 
     /// Reads of a property start with `ask`, so that several can be under way, and end with one of the others. What is
     /// absent, of another shape or on a window that is gone is empty. Texts are cut at 1024 bytes.
@@ -66,22 +58,18 @@ public:
 
     /// Hands all events that have arrived to the handler. Called by itself when the server sends something.
     void drain();
-    void flush() { xcb_flush(m_connection); }
+    void flush() { m_link.flush(); }
 
 private:
-    void *await(unsigned int sequence);
+    void drainSoon();
     void onReadable();
 
+    XcbLink m_link;
     Handler m_handler;
     std::function<void()> m_onDrained;
-    std::map<std::string, xcb_atom_t> m_atoms;
-    xcb_connection_t *m_connection = nullptr;
-    xcb_screen_t *m_screen = nullptr;
     QSocketNotifier *m_notifier = nullptr;
-    int m_screenNumber = 0;
     bool m_isDraining = false;
     bool m_isDrainPosted = false;
-    bool m_isLate = false;
 };
 
 } // namespace tavrine

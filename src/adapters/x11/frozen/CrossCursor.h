@@ -1,6 +1,8 @@
 #pragma once
 
-#include "adapters/x11/frozen/XcbLink.h"
+#include "adapters/x11/XcbLink.h"
+
+#include <QtGlobal>
 
 #include <vector>
 

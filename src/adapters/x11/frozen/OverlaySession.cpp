@@ -141,7 +141,7 @@ std::optional<OverlayEvent> OverlaySession::nextEvent() {
         m_pending.pop_front();
         return event;
     }
-    while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(m_link.connection())})
+    while (const XcbEvent event = m_link.nextEvent())
         if (const auto known = translated(*event))
             return known;
     if (m_link.isOpen())

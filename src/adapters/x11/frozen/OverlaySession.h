@@ -50,7 +50,7 @@ public:
 
     [[nodiscard]] PixelsToRead picture() const { return m_picture->pixels(); }
     [[nodiscard]] PixelsToPaint canvas() const { return m_canvas->pixels(); }
-    [[nodiscard]] QRect rect() const { return m_link.rect(); }
+    [[nodiscard]] QRect rect() const { return screenRect(m_link); }
     [[nodiscard]] const std::vector<OverlayMonitor> &monitors() const { return m_monitors; }
     /// Where the pointer was when the picture was taken.
     [[nodiscard]] QPoint firstPointer() const { return m_firstPointer; }
@@ -78,13 +78,16 @@ public:
     void movePointer(QPoint place);
 
 private:
+    /// A server that is in another program's hands for longer keeps its screen.
+    static constexpr XcbLink::Wait longestWait{2000};
+
     OverlaySession();
     [[nodiscard]] bool freeze();
     void createWindow();
     void takeHeldButton();
     [[nodiscard]] std::optional<OverlayEvent> translated(const xcb_generic_event_t &event);
 
-    XcbLink m_link;
+    XcbLink m_link{longestWait};
     std::optional<ScreenTurn> m_turn;
     std::unique_ptr<SharedPixels> m_picture;
     std::unique_ptr<SharedPixels> m_canvas;

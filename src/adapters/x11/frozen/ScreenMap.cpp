@@ -12,6 +12,7 @@ namespace {
 
 // A desktop with more windows than this has them stacked out of sight.
 constexpr int maxWindows = 512;
+constexpr quint32 longestResources = 64 * 1024;
 constexpr int maxClients = 8; // children of a frame that are looked at
 
 std::string environment(const char *name) {
@@ -44,7 +45,7 @@ std::vector<OverlayMonitor> readMonitors(XcbLink &link) {
     ScaleWishes wishes;
     wishes.scaleFactor = environment("QT_SCALE_FACTOR");
     wishes.screenScaleFactors = environment("QT_SCREEN_SCALE_FACTORS");
-    wishes.dotsPerInch = dotsPerInchOf(link.text(link.root(), XCB_ATOM_RESOURCE_MANAGER));
+    wishes.dotsPerInch = dotsPerInchOf(link.text(link.ask(link.root(), XCB_ATOM_RESOURCE_MANAGER, longestResources)));
     const bool areNamed = wishes.screenScaleFactors.find('=') != std::string::npos;
     std::vector<OverlayMonitor> monitors;
     const auto *const extension = xcb_get_extension_data(link.connection(), &xcb_randr_id);
@@ -55,13 +56,14 @@ std::vector<OverlayMonitor> readMonitors(XcbLink &link) {
     if (answer)
         for (auto each = xcb_randr_get_monitors_monitors_iterator(answer.get()); each.rem > 0;
              xcb_randr_monitor_info_next(&each)) {
-            const QRect area = QRect(each.data->x, each.data->y, each.data->width, each.data->height) & link.rect();
+            const QRect area =
+                QRect(each.data->x, each.data->y, each.data->width, each.data->height) & screenRect(link);
             const std::string name = areNamed ? atomName(link, each.data->name) : std::string();
             if (!area.isEmpty())
                 monitors.push_back({area, monitorScale(wishes, name, static_cast<int>(monitors.size()))});
         }
     if (monitors.empty())
-        monitors.push_back({link.rect(), monitorScale(wishes, {}, 0)});
+        monitors.push_back({screenRect(link), monitorScale(wishes, {}, 0)});
     return monitors;
 }
 
@@ -110,7 +112,7 @@ std::vector<QRect> readWindows(XcbLink &link, xcb_window_t except) {
         const int border = 2 * geometry->border_width;
         const QRect area = QRect(geometry->x, geometry->y, geometry->width + border, geometry->height + border)
                                .marginsRemoved(shadow.value_or(QMargins())) &
-                           link.rect();
+                           screenRect(link);
         if (area.width() > 1 && area.height() > 1) // programs keep windows of one pixel for their messages
             windows.push_back(area);
     }

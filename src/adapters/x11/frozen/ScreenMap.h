@@ -1,12 +1,17 @@
 #pragma once
 
-#include "adapters/x11/frozen/XcbLink.h"
+#include "adapters/x11/XcbLink.h"
 
 #include <QRect>
 
 #include <vector>
 
 namespace tavrine {
+
+/// All monitors together, in device pixels.
+[[nodiscard]] inline QRect screenRect(const XcbLink &link) {
+    return {0, 0, link.screen().width_in_pixels, link.screen().height_in_pixels};
+}
 
 /// A monitor: its part of the screen in device pixels, and how large things are on it.
 struct OverlayMonitor {

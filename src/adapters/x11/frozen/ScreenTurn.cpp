@@ -49,7 +49,7 @@ void ScreenTurn::waitForOther(xcb_window_t other) {
     const QDeadlineTimer deadline(longestWaitForOther);
     xcb_flush(m_link.connection());
     while (!deadline.hasExpired() && m_link.isOpen()) {
-        while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(m_link.connection())}) {
+        while (const XcbEvent event = m_link.nextEvent()) {
             const bool isGone = (event->response_type & 0x7f) == XCB_DESTROY_NOTIFY &&
                                 reinterpret_cast<const xcb_destroy_notify_event_t &>(*event).window == other;
             // An error belongs to the other window as well: it was gone before it could be watched.
@@ -62,7 +62,7 @@ void ScreenTurn::waitForOther(xcb_window_t other) {
 }
 
 void ScreenTurn::waitForRepaint() {
-    const auto ended = m_link.words(m_link.root(), m_endedAt);
+    const auto ended = m_link.words(m_link.ask(m_link.root(), m_endedAt));
     if (ended.empty())
         return;
     const std::chrono::milliseconds since(monotonicMs() - ended.front());

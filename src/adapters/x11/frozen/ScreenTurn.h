@@ -1,6 +1,6 @@
 #pragma once
 
-#include "adapters/x11/frozen/XcbLink.h"
+#include "adapters/x11/XcbLink.h"
 
 namespace tavrine {
 

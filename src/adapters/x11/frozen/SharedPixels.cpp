@@ -1,5 +1,7 @@
 #include "adapters/x11/frozen/SharedPixels.h"
 
+#include "adapters/x11/frozen/ScreenMap.h"
+
 #include <algorithm>
 
 #include <sys/mman.h>
@@ -16,7 +18,7 @@ constexpr int pieceBytes = 192 * 1024;
 } // namespace
 
 SharedPixels::SharedPixels(XcbLink &link, PixelLayout layout) : m_link(link), m_layout(layout) {
-    const QSize size = link.rect().size();
+    const QSize size = screenRect(link).size();
     m_pixels = {nullptr, size.width(), size.height()};
     m_bytes = static_cast<size_t>(size.width()) * static_cast<size_t>(size.height()) * sizeof(quint32);
 }
