@@ -1,4 +1,5 @@
 #include "support/Eventually.h"
+#include "support/PrivateBus.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
@@ -15,9 +16,11 @@ using namespace std::chrono_literals;
 
 class Start {
 public:
-    explicit Start(const QString &bus = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS")) {
+    explicit Start(const QString &bus = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
+                   const QString &display = qEnvironmentVariable("DISPLAY")) {
         auto environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus);
+        environment.insert(QStringLiteral("DISPLAY"), display);
         process.setProcessEnvironment(environment);
         process.start(QStringLiteral(SINGLE_INSTANCE_PROGRAM), QStringList());
         process.waitForStarted();
@@ -70,11 +73,57 @@ TEST(SingleInstance, ofManyStartsAtOnceOneRuns) {
     })) << running;
 }
 
-TEST(SingleInstance, withoutABusEveryStartRuns) {
+TEST(SingleInstance, withoutABusOneStartRuns) {
     Start first(QStringLiteral("unix:path=/nonexistent"));
+    ASSERT_TRUE(first.says(QStringLiteral("first")));
     Start second(QStringLiteral("unix:path=/nonexistent"));
+    EXPECT_EQ(second.exitCode(), 1);
+    EXPECT_EQ(second.said(), QString());
+    EXPECT_EQ(first.process.state(), QProcess::Running);
+}
+
+TEST(SingleInstance, aBusThatHangsHoldsUpNoFirstStart) {
+    const PrivateBus bus;
+    ASSERT_TRUE(bus.isRunning());
+    bus.hang();
+    QElapsedTimer timer;
+    timer.start();
+    Start first(bus.address());
     EXPECT_TRUE(first.says(QStringLiteral("first")));
-    EXPECT_TRUE(second.says(QStringLiteral("first")));
+    EXPECT_LT(timer.elapsed(), 1500); // two seconds is what a start waits for a bus that it needs
+    bus.goOn();
+    Start second(bus.address());
+    EXPECT_EQ(second.exitCode(), 0);
+    EXPECT_TRUE(first.says(QStringLiteral("reopened")));
+}
+
+TEST(SingleInstance, aBusThatRestartsAtItsAddressKnowsTheFirstAgain) {
+    PrivateBus bus;
+    Start first(bus.address());
+    ASSERT_TRUE(first.says(QStringLiteral("first")));
+    for (int restarts = 1; restarts <= 2; ++restarts) {
+        bus.end();
+        bus.start();
+        ASSERT_TRUE(bus.isRunning());
+        Start later(bus.address());
+        EXPECT_EQ(later.exitCode(), 0) << restarts;
+        EXPECT_TRUE(eventually([&] { return first.said().count(QStringLiteral("reopened")) == restarts; }));
+    }
+}
+
+TEST(SingleInstance, onABusOfSeveralDisplaysAStartOnAnotherOneEnds) {
+    Start first;
+    ASSERT_TRUE(first.says(QStringLiteral("first\n")));
+    Start second(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), QStringLiteral(":97"));
+    EXPECT_EQ(second.exitCode(), 0);
+    EXPECT_TRUE(first.says(QStringLiteral("reopened")));
+}
+
+TEST(SingleInstance, twoScreensOfADisplayAreOneDisplay) {
+    Start first(QStringLiteral("unix:path=/nonexistent"), QStringLiteral(":97"));
+    ASSERT_TRUE(first.says(QStringLiteral("first")));
+    Start second(QStringLiteral("unix:path=/nonexistent"), QStringLiteral(":97.1"));
+    EXPECT_EQ(second.exitCode(), 1);
 }
 
 TEST(SingleInstance, aFirstOneThatHangsIsReportedAfterTwoSeconds) {

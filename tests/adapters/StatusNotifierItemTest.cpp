@@ -10,6 +10,7 @@
 
 #include <QCursor>
 #include <QDBusMessage>
+#include <QDBusMetaType>
 #include <QDBusVariant>
 
 #include <gtest/gtest.h>
@@ -26,6 +27,7 @@ class Portal : public QObject {
 
 public:
     explicit Portal(uint scheme) : m_scheme(scheme) {
+        qDBusRegisterMetaType<QMap<QString, QVariantMap>>();
         m_bus.registerObject(QStringLiteral("/org/freedesktop/portal/desktop"), this,
                              QDBusConnection::ExportScriptableContents);
         m_bus.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
@@ -38,8 +40,8 @@ public:
     }
 
 public Q_SLOTS:
-    Q_SCRIPTABLE QDBusVariant Read(const QString &, const QString &) {
-        return QDBusVariant(QVariant::fromValue(QDBusVariant(m_scheme)));
+    Q_SCRIPTABLE QMap<QString, QVariantMap> ReadAll(const QStringList &) {
+        return {{QStringLiteral("org.freedesktop.appearance"), {{QStringLiteral("color-scheme"), m_scheme}}}};
     }
 
 Q_SIGNALS:

@@ -1,6 +1,8 @@
 #include "adapters/linux/DBusSingleInstance.h"
 
+#include "adapters/linux/InstanceLock.h"
 #include "adapters/linux/SessionBus.h"
+#include "adapters/linux/XdgFolders.h"
 #include "base/Program.h"
 
 #include <QDBusAbstractAdaptor>
@@ -11,6 +13,9 @@
 #include <QVariantMap>
 
 #include <cstdio>
+#include <cstdlib>
+#include <optional>
+#include <thread>
 
 namespace tavrine {
 namespace {
@@ -21,6 +26,18 @@ const QString ownName = ownBundleIdentifier;
 const QString ownPath = u'/' + QString(ownName).replace(u'.', u'/');
 const auto interfaceName = QStringLiteral("org.freedesktop.Application");
 constexpr auto longestWait = 2s;
+constexpr auto betweenTries = 20ms;
+
+int reportSilence() {
+    std::fputs("Tavrine is running already and does not answer.\n", stderr);
+    return EXIT_FAILURE;
+}
+
+/// True when nobody has the name that was called. Buses say it in two ways.
+bool isNobody(const QDBusError &error) {
+    return error.type() == QDBusError::ServiceUnknown ||
+           error.name() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
+}
 
 /// What launchers and later starts call. The program opens no files and offers no actions by name, so all three bring
 /// it forward.
@@ -51,33 +68,88 @@ private:
 
 class DBusSingleInstance::Private : public QObject {
 public:
-    enum class Name { taken, ours, unknown };
+    explicit Private(std::function<void()> onReopen)
+        : lock(runtimeFolder(), ownBundleIdentifier + u'-' + displayName()) {
+        new ApplicationAdaptor(this, std::move(onReopen));
+    }
 
-    explicit Private(std::function<void()> onReopen) { new ApplicationAdaptor(this, std::move(onReopen)); }
+    /// As the first one: takes the name as soon as there is a bus, and again of every bus that takes its place.
+    void takeName() {
+        sessionBus::follow(this, [this](QDBusConnection bus) {
+            if (!bus.isConnected())
+                return;
+            // Before the name: whoever finds the name finds the object.
+            bus.registerObject(ownPath, this, QDBusConnection::ExportAdaptors);
+            requestName(bus);
+        });
+    }
 
-    [[nodiscard]] static Name requestName(const QDBusConnection &bus, QDeadlineTimer deadline) {
+    /// As a later one: brings the first forward. None while nobody can be asked.
+    [[nodiscard]] static std::optional<Start> activateOther(const QDBusConnection &bus, QDeadlineTimer deadline) {
+        const auto left = static_cast<int>(qMax<qint64>(1, deadline.remainingTime()));
+        const QDBusMessage answer = bus.call(activation(), QDBus::Block, left);
+        if (answer.type() == QDBusMessage::ReplyMessage)
+            return Start::handedOver;
+        // It has the lock already and not the name yet, or not any more.
+        if (isNobody(QDBusError(answer)))
+            return std::nullopt;
+        return Start::otherIsSilent;
+    }
+
+    InstanceLock lock;
+
+private:
+    [[nodiscard]] static QString runtimeFolder() {
+        const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
+        return folder.startsWith(u'/') ? folder : xdgFolders().temporary;
+    }
+
+    /// The display without its screen, in signs that a file's name may have.
+    [[nodiscard]] static QString displayName() {
+        QString display = qEnvironmentVariable("DISPLAY", qEnvironmentVariable("WAYLAND_DISPLAY"));
+        if (const auto dot = display.lastIndexOf(u'.'); dot > display.lastIndexOf(u':'))
+            display.truncate(dot);
+        return QString::fromLatin1(QUrl::toPercentEncoding(display));
+    }
+
+    [[nodiscard]] static QDBusMessage activation() {
+        auto call = QDBusMessage::createMethodCall(ownName, ownPath, interfaceName, QStringLiteral("Activate"));
+        call.setAutoStartService(false);
+        call << QVariantMap();
+        return call;
+    }
+
+    void requestName(const QDBusConnection &bus) {
         constexpr uint doNotQueue = 4;
         constexpr uint exists = 3;
         auto call = QDBusMessage::createMethodCall(
             QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
             QStringLiteral("org.freedesktop.DBus"), QStringLiteral("RequestName"));
         call << ownName << doNotQueue;
-        const QDBusMessage reply = bus.call(call, QDBus::Block, remaining(deadline));
-        if (reply.type() != QDBusMessage::ReplyMessage)
-            return Name::unknown;
-        return reply.arguments().value(0).toUInt() == exists ? Name::taken : Name::ours;
+        sessionBus::ask(bus, call, this, [this, bus](const QDBusPendingCall &reply) {
+            if (!reply.isError() && reply.reply().arguments().value(0).toUInt() == exists)
+                giveWay(bus);
+        });
     }
 
-    [[nodiscard]] static QDBusMessage activateOther(const QDBusConnection &bus, QDeadlineTimer deadline) {
-        auto call = QDBusMessage::createMethodCall(ownName, ownPath, interfaceName, QStringLiteral("Activate"));
-        call.setAutoStartService(false);
-        call << QVariantMap();
-        return bus.call(call, QDBus::Block, remaining(deadline));
+    /// A program of another display is the first one on this bus.
+    void giveWay(const QDBusConnection &bus) {
+        sessionBus::ask(
+            bus, activation(), this,
+            [this, bus](const QDBusPendingCall &reply) {
+                if (!reply.isError())
+                    end(EXIT_SUCCESS);
+                else if (isNobody(reply.error()))
+                    requestName(bus); // it has ended meanwhile
+                else
+                    end(reportSilence());
+            },
+            longestWait);
     }
 
-private:
-    static int remaining(QDeadlineTimer deadline) {
-        return static_cast<int>(qMax<qint64>(1, deadline.remainingTime()));
+    [[noreturn]] static void end(int status) {
+        std::fflush(nullptr);
+        std::_Exit(status); // as a kill, which is a usual way to end
     }
 };
 
@@ -87,25 +159,27 @@ DBusSingleInstance::DBusSingleInstance(std::function<void()> onReopen)
 DBusSingleInstance::~DBusSingleInstance() = default;
 
 DBusSingleInstance::Start DBusSingleInstance::start() {
-    QDBusConnection bus = sessionBus::open(longestWait);
-    if (!bus.isConnected())
-        return Start::first;
-    // Before the name: whoever finds the name finds the object.
-    bus.registerObject(ownPath, d.get(), QDBusConnection::ExportAdaptors);
-    const QDeadlineTimer deadline(longestWait);
-    do {
-        if (Private::requestName(bus, deadline) != Private::Name::taken)
-            return Start::first;
-        const QDBusMessage answer = Private::activateOther(bus, deadline);
-        if (answer.type() == QDBusMessage::ReplyMessage)
-            return Start::handedOver;
-        // The other one may have ended between the two questions; then the name is free by now.
-        const auto error = QDBusError(answer).type();
-        if (error != QDBusError::ServiceUnknown && error != QDBusError::NoReply)
-            break;
-    } while (!deadline.hasExpired());
-    std::fputs("Tavrine is running already and does not answer.\n", stderr);
-    return Start::otherIsSilent;
+    std::optional<QDBusConnection> bus;
+    std::optional<QDeadlineTimer> deadline;
+    // Without a place for the lock, the bus name alone decides.
+    while (d->lock.take() == InstanceLock::Holder::another) {
+        if (!bus) {
+            bus = sessionBus::open(longestWait);
+            deadline.emplace(longestWait);
+        }
+        if (!bus || !bus->isConnected() || deadline->hasExpired()) {
+            reportSilence();
+            return Start::otherIsSilent;
+        }
+        const auto outcome = Private::activateOther(*bus, *deadline);
+        if (outcome == Start::otherIsSilent)
+            reportSilence();
+        if (outcome)
+            return *outcome;
+        std::this_thread::sleep_for(betweenTries);
+    }
+    d->takeName();
+    return Start::first;
 }
 
 } // namespace tavrine

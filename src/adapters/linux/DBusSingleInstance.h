@@ -2,18 +2,22 @@
 
 #include "ports/Instance.h"
 
-#include <QString>
-
 #include <functional>
 #include <memory>
 
 namespace tavrine {
 
-/// Sees to it that the program runs once in a session: the one that owns the bus name of its bundle identifier.
+/// Sees to it that the program runs once in a session: the one that holds the lock of its display, and then owns the
+/// bus name of its bundle identifier.
 ///
-/// Lives on the main thread, as long as the process. Whoever gets the name is the first, so two starts at the same
-/// moment make one program. The first is told of later starts through org.freedesktop.Application; without a session
-/// bus every start is a first one.
+/// Lives on the main thread, as long as the process.
+///
+///  1. The lock is a file in the person's runtime folder; whoever gets it is the first, at once and with no bus asked.
+///     It goes with the process, however that ends.
+///  2. The first takes the bus name when the bus is open, and again when the bus was restarted. It is told of later
+///     starts through org.freedesktop.Application.
+///  3. A bus that several displays share knows one program: where another one owns the name, that one is brought
+///     forward and this process ends, as if it had started later.
 class DBusSingleInstance {
 public:
     using Start = Instance;
@@ -22,7 +26,8 @@ public:
     explicit DBusSingleInstance(std::function<void()> onReopen);
     ~DBusSingleInstance();
 
-    /// Waits for the bus and for the other program, 2 s each at most. `otherIsSilent` has put a line on standard error.
+    /// Waits for nobody where this is the first one; else for the bus and for the other program, 2 s each at most.
+    /// `otherIsSilent` has put a line on standard error.
     [[nodiscard]] Start start();
 
 private:

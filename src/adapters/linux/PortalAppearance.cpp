@@ -65,13 +65,14 @@ DesktopAppearance with(DesktopAppearance settings, const QString &group, const Q
 PortalAppearance::PortalAppearance(const QDBusConnection &bus, QObject *parent)
     : QObject(parent), m_bus(bus), m_watcher(service, bus, QDBusServiceWatcher::WatchForOwnerChange) {
     qDBusRegisterMetaType<QMap<QString, QVariantMap>>();
-    m_bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+    // No service name: with one, QtDBus would wait for the bus to tell who has it.
+    m_bus.connect(QString(), path, interface, QStringLiteral("SettingChanged"), this,
                   SLOT(settingChanged(QString, QString, QDBusVariant)));
     connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString &, const QString &, const QString &owner) {
                 if (owner.isEmpty()) {
                     ++m_reading;
-                    take({});
+                    take({}, false);
                 } else {
                     read();
                 }
@@ -97,19 +98,19 @@ void PortalAppearance::read() {
                     for (auto value = values.begin(); value != values.end(); ++value)
                         settings = with(settings, group, value.key(), value.value());
                 }
-                take(settings);
+                take(settings, true);
             });
 }
 
 void PortalAppearance::settingChanged(const QString &group, const QString &key, const QDBusVariant &value) {
-    take(with(m_settings, group, key, value.variant()));
+    take(with(m_settings, group, key, value.variant()), true);
 }
 
-void PortalAppearance::take(const DesktopAppearance &settings) {
-    if (settings == m_settings)
-        return;
+void PortalAppearance::take(const DesktopAppearance &settings, bool hasAnswered) {
+    const bool isNews = hasAnswered != m_hasAnswered || settings != m_settings;
+    m_hasAnswered = hasAnswered;
     m_settings = settings;
-    if (m_onChange)
+    if (isNews && m_onChange)
         m_onChange();
 }
 

@@ -19,6 +19,8 @@ public:
     explicit PortalAppearance(const QDBusConnection &bus, QObject *parent = nullptr);
 
     [[nodiscard]] DesktopAppearance settings() const override { return m_settings; }
+    /// True once a portal has told its settings, until it goes.
+    [[nodiscard]] bool hasAnswered() const { return m_hasAnswered; }
     void setOnChange(std::function<void()> onChange) override { m_onChange = std::move(onChange); }
 
 private Q_SLOTS:
@@ -26,12 +28,13 @@ private Q_SLOTS:
 
 private:
     void read();
-    void take(const DesktopAppearance &settings);
+    void take(const DesktopAppearance &settings, bool hasAnswered);
 
     QDBusConnection m_bus;
     QDBusServiceWatcher m_watcher;
     DesktopAppearance m_settings;
     std::function<void()> m_onChange;
+    bool m_hasAnswered = false;
     quint64 m_reading = 0; // the number of the last question: answers to older ones are dropped
 };
 

@@ -1,6 +1,6 @@
 #include "adapters/linux/StatusNotifierItem.h"
 
-#include "adapters/linux/AppearanceSettings.h"
+#include "adapters/linux/PortalAppearance.h"
 #include "adapters/linux/SessionBus.h"
 #include "adapters/linux/StatusNotifierAdaptor.h"
 #include "adapters/linux/StatusPixels.h"
@@ -49,7 +49,7 @@ QPoint toPoints(QPoint pixels) {
 
 StatusNotifierItem::StatusNotifierItem()
     : m_adaptor(new StatusNotifierAdaptor(this, [this](QPoint place) { press(place); })) {
-    sessionBus::whenOpen(this, [this](const QDBusConnection &bus) { onBusOpen(bus); });
+    sessionBus::follow(this, [this](const QDBusConnection &bus) { onBusOpen(bus); });
     QTimer::singleShot(longestUnknown, this, [this] {
         if (m_offer == Offer::unknown)
             setOffer(Offer::no);
@@ -66,17 +66,22 @@ void StatusNotifierItem::onBusOpen(const QDBusConnection &bus) {
         setOffer(Offer::no);
         return;
     }
+    // Of a bus that went nothing is left: neither the name nor the watcher's knowledge of us.
     m_bus = bus;
-    m_appearance = new AppearanceSettings(
-        bus, [this] { refreshPixmaps(); }, this);
+    m_isRegistered = false;
+    ++m_wish;
+    m_appearance = std::make_unique<PortalAppearance>(bus);
+    m_appearance->setOnChange([this] { refreshPixmaps(); });
     m_bus->registerObject(itemPath, this, QDBusConnection::ExportAdaptors);
-    auto *watcher = new QDBusServiceWatcher(watcherName, bus, QDBusServiceWatcher::WatchForOwnerChange, this);
-    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+    m_watcher = std::make_unique<QDBusServiceWatcher>(watcherName, bus, QDBusServiceWatcher::WatchForOwnerChange);
+    connect(m_watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString &, const QString &, const QString &newOwner) { onWatcherChanged(newOwner); });
     // No service name: with one, QtDBus would wait for the bus to tell who has it.
     for (const auto &signal :
          {QStringLiteral("StatusNotifierHostRegistered"), QStringLiteral("StatusNotifierHostUnregistered")})
         m_bus->connect(QString(), watcherPath, watcherName, signal, this, SLOT(askForHost()));
+    if (m_isWanted)
+        requestName();
     askForHost();
 }
 
@@ -183,7 +188,8 @@ void StatusNotifierItem::setImage(const StatusImage &image) {
 void StatusNotifierItem::refreshPixmaps() {
     if (!m_isWanted)
         return;
-    const QColor color = m_appearance && m_appearance->prefersLight() ? darkSymbolColor : lightSymbolColor;
+    const QColor color =
+        m_appearance && m_appearance->settings().colorScheme == ColorScheme::light ? darkSymbolColor : lightSymbolColor;
     StatusNotifierPixmaps pixmaps;
     for (const double scale : {1.0, 2.0})
         if (const QImage image = statusPixels(m_image, scale, color); !image.isNull())

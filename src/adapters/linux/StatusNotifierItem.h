@@ -5,11 +5,14 @@
 #include <QDBusConnection>
 #include <QObject>
 
+#include <memory>
 #include <optional>
+
+class QDBusServiceWatcher;
 
 namespace tavrine {
 
-class AppearanceSettings;
+class PortalAppearance;
 class StatusNotifierAdaptor;
 
 /// The icon in a tray that speaks org.kde.StatusNotifierItem. Lives on the main thread and never waits for the bus.
@@ -51,7 +54,8 @@ private:
     StatusImage m_image;
     std::optional<QDBusConnection> m_bus;
     StatusNotifierAdaptor *m_adaptor;
-    AppearanceSettings *m_appearance = nullptr;
+    std::unique_ptr<PortalAppearance> m_appearance;
+    std::unique_ptr<QDBusServiceWatcher> m_watcher;
     Offer m_offer = Offer::unknown;
     QString m_name; ///< the bus name that is held
     int m_number = 1;

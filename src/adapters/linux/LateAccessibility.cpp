@@ -1,0 +1,146 @@
+#include "adapters/linux/LateAccessibility.h"
+
+#include "adapters/linux/SessionBus.h"
+
+#include <QAccessible>
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QPointer>
+#include <QVariantMap>
+
+#include <thread>
+
+namespace tavrine {
+namespace {
+
+using namespace std::chrono_literals;
+
+const auto service = QStringLiteral("org.a11y.Bus");
+const auto path = QStringLiteral("/org/a11y/bus");
+const auto status = QStringLiteral("org.a11y.Status");
+const auto properties = QStringLiteral("org.freedesktop.DBus.Properties");
+constexpr auto addressVariable = "AT_SPI_BUS_ADDRESS";
+constexpr auto bridgeSlot = "connectA11yBus"; // of Qt's bridge, since its first version
+constexpr auto bridgeSignature = "connectA11yBus(QString)";
+const auto connectionName = QStringLiteral("a11y"); // as Qt's bridge names it: it takes the one that is there
+
+// Nobody waits meanwhile, and one who hangs may go on after a night.
+constexpr auto longestAnswer = 24h;
+
+/// As Qt has it.
+bool isAlwaysWanted() {
+    return qEnvironmentVariableIntValue("QT_LINUX_ACCESSIBILITY_ALWAYS_ON") != 0;
+}
+
+} // namespace
+
+LateAccessibility::LateAccessibility()
+    : LateAccessibility([this](const QString &address) {
+          if (m_bridge)
+              QMetaObject::invokeMethod(m_bridge, bridgeSlot, Q_ARG(QString, address));
+      }) {
+    makeBridge();
+}
+
+LateAccessibility::LateAccessibility(Begin begin)
+    : m_begin(std::move(begin)), m_fixedAddress(qEnvironmentVariable(addressVariable)) {
+    sessionBus::follow(this, [this](const QDBusConnection &bus) { onBusOpen(bus); });
+}
+
+/// A bridge that is given the address of its bus asks nobody for it. It opens that bus in its next turn, which is
+/// taken from it here and given back when somebody has tried the bus.
+void LateAccessibility::makeBridge() {
+    qputenv(addressVariable, "later");
+    QCoreApplication::instance()->installEventFilter(this);
+    QAccessible::setRootObject(QCoreApplication::instance());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+    QCoreApplication::instance()->removeEventFilter(this);
+    if (m_fixedAddress.isEmpty())
+        qunsetenv(addressVariable); // what is started is to find its own
+    else
+        qputenv(addressVariable, m_fixedAddress.toLocal8Bit());
+}
+
+bool LateAccessibility::eventFilter(QObject *watched, QEvent *event) {
+    if (event->type() != QEvent::MetaCall || watched->metaObject()->indexOfSlot(bridgeSignature) < 0)
+        return false;
+    m_bridge = watched;
+    return true;
+}
+
+void LateAccessibility::onBusOpen(const QDBusConnection &bus) {
+    if (!bus.isConnected() || m_isUnderWay)
+        return;
+    m_bus = bus;
+    m_watcher = std::make_unique<QDBusServiceWatcher>(service, bus, QDBusServiceWatcher::WatchForRegistration);
+    connect(m_watcher.get(), &QDBusServiceWatcher::serviceRegistered, this, &LateAccessibility::ask);
+    // No service name: with one, QtDBus would wait for the bus to tell who has it.
+    m_bus->connect(QString(), path, properties, QStringLiteral("PropertiesChanged"), this, SLOT(ask()));
+    ask();
+}
+
+void LateAccessibility::ask() {
+    if (m_isUnderWay)
+        return;
+    if (!m_fixedAddress.isEmpty())
+        return openBus(m_fixedAddress);
+    auto call = QDBusMessage::createMethodCall(service, path, properties, QStringLiteral("GetAll"));
+    call.setAutoStartService(false); // a screen reader starts it
+    call << status;
+    sessionBus::ask(
+        *m_bus, call, this,
+        [this, number = ++m_question](const QDBusPendingCall &reply) {
+            if (number != m_question || reply.isError())
+                return;
+            const auto values = qdbus_cast<QVariantMap>(reply.reply().arguments().value(0));
+            if (isAlwaysWanted() || values.value(QStringLiteral("IsEnabled")).toBool() ||
+                values.value(QStringLiteral("ScreenReaderEnabled")).toBool())
+                askForAddress();
+        },
+        longestAnswer);
+}
+
+void LateAccessibility::askForAddress() {
+    auto call = QDBusMessage::createMethodCall(service, path, service, QStringLiteral("GetAddress"));
+    call.setAutoStartService(false);
+    sessionBus::ask(
+        *m_bus, call, this,
+        [this, number = ++m_question](const QDBusPendingCall &reply) {
+            if (number == m_question && !reply.isError())
+                openBus(reply.reply().arguments().value(0).toString());
+        },
+        longestAnswer);
+}
+
+/// The bus that Qt's bridge will use is opened elsewhere: afterwards it finds it open.
+void LateAccessibility::openBus(const QString &address) {
+    if (address.isEmpty() || std::exchange(m_isUnderWay, true))
+        return;
+    std::thread([address, self = QPointer<LateAccessibility>(this)] {
+        const QDBusConnection bus = QDBusConnection::connectToBus(address, connectionName);
+        if (auto *const application = QCoreApplication::instance())
+            QMetaObject::invokeMethod(
+                application,
+                [self, bus, address] {
+                    if (self)
+                        self->askRegistry(bus, address);
+                },
+                Qt::QueuedConnection);
+    }).detach();
+}
+
+void LateAccessibility::askRegistry(const QDBusConnection &bus, const QString &address) {
+    const auto ping = QDBusMessage::createMethodCall(
+        QStringLiteral("org.a11y.atspi.Registry"), QStringLiteral("/org/a11y/atspi/registry"),
+        QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+    sessionBus::ask(
+        bus, ping, this,
+        [this, address](const QDBusPendingCall &reply) {
+            if (!reply.isError())
+                m_begin(address);
+        },
+        longestAnswer);
+}
+
+} // namespace tavrine
