@@ -1,4 +1,6 @@
 #include "adapters/fake/FakeAppearance.h"
+#include "adapters/linux/DesktopLooks.h"
+#include "adapters/linux/GtkSettingsFiles.h"
 #include "adapters/linux/PortalAppearance.h"
 #include "support/Wait.h"
 
@@ -6,6 +8,9 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusVirtualObject>
+#include <QDir>
+#include <QSaveFile>
+#include <QTemporaryDir>
 
 #include <cmath>
 
@@ -152,6 +157,81 @@ TEST_F(DesktopAppearanceTest, takesNoColourFromNonsense) {
     ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings().colorScheme == ColorScheme::light; }));
     portal.set(appearanceGroup, QStringLiteral("color-scheme"), 3U);
     EXPECT_TRUE(testing::waitUntil([&] { return appearance.settings().colorScheme == ColorScheme::noPreference; }));
+}
+
+/// Settings files of a person.
+class SettingsFiles {
+public:
+    [[nodiscard]] QString folder() const { return m_folder.path(); }
+    void write(const char *version, const QByteArray &lines) const {
+        QDir().mkpath(folder() + u'/' + QLatin1String(version));
+        QSaveFile file(folder() + u'/' + QLatin1String(version) + QStringLiteral("/settings.ini"));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("[Settings]\n" + lines);
+        EXPECT_TRUE(file.commit());
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+TEST(GtkSettingsFilesTest, askForDarkByTheWishOrByTheTheme) {
+    SettingsFiles files;
+    const auto scheme = [&] { return GtkSettingsFiles(files.folder()).settings().colorScheme; };
+    EXPECT_EQ(scheme(), ColorScheme::noPreference);
+    files.write("gtk-3.0", "gtk-application-prefer-dark-theme=1\n");
+    EXPECT_EQ(scheme(), ColorScheme::dark);
+    files.write("gtk-3.0", "gtk-application-prefer-dark-theme = true\n");
+    EXPECT_EQ(scheme(), ColorScheme::dark);
+    files.write("gtk-3.0", "gtk-application-prefer-dark-theme=0\ngtk-theme-name=Adwaita-dark\n");
+    EXPECT_EQ(scheme(), ColorScheme::dark);
+    files.write("gtk-3.0", "gtk-theme-name=Adwaita\n");
+    EXPECT_EQ(scheme(), ColorScheme::noPreference);
+    files.write("gtk-3.0", "[Other]\ngtk-application-prefer-dark-theme=1\n");
+    EXPECT_EQ(scheme(), ColorScheme::noPreference);
+}
+
+TEST(GtkSettingsFilesTest, theNewerVersionsFileCountsFirst) {
+    SettingsFiles files;
+    files.write("gtk-3.0", "gtk-application-prefer-dark-theme=1\n");
+    files.write("gtk-4.0", "gtk-application-prefer-dark-theme=0\n");
+    EXPECT_EQ(GtkSettingsFiles(files.folder()).settings().colorScheme, ColorScheme::noPreference);
+}
+
+TEST(GtkSettingsFilesTest, aFileThatIsReplacedIsReadAnew) {
+    SettingsFiles files;
+    files.write("gtk-3.0", "gtk-theme-name=Adwaita\n");
+    GtkSettingsFiles appearance(files.folder());
+    int changes = 0;
+    appearance.setOnChange([&] { ++changes; });
+    files.write("gtk-3.0", "gtk-application-prefer-dark-theme=1\n");
+    ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings().colorScheme == ColorScheme::dark; }));
+    files.write("gtk-3.0", "gtk-theme-name=Adwaita\n");
+    ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings() == DesktopAppearance{}; }));
+    EXPECT_EQ(changes, 2);
+}
+
+TEST_F(DesktopAppearanceTest, theToolkitsSettingsCountWhereNoPortalAnswers) {
+    auto owned = std::make_unique<FakeAppearance>();
+    FakeAppearance &toolkit = *owned;
+    std::vector<std::unique_ptr<Appearance>> toolkits;
+    toolkits.push_back(std::move(owned));
+    DesktopLooks looks(std::move(toolkits));
+    int changes = 0;
+    looks.setOnChange([&] { ++changes; });
+    toolkit.set({.colorScheme = ColorScheme::dark});
+    EXPECT_EQ(looks.settings().colorScheme, ColorScheme::dark);
+    EXPECT_EQ(changes, 1);
+
+    portal.set(appearanceGroup, QStringLiteral("color-scheme"), 2U, false);
+    portal.appear();
+    ASSERT_TRUE(testing::waitUntil([&] { return looks.settings().colorScheme == ColorScheme::light; }));
+    toolkit.set({});
+    EXPECT_EQ(changes, 2); // its word does not count now
+    toolkit.set({.colorScheme = ColorScheme::dark});
+    portal.leave();
+    EXPECT_TRUE(testing::waitUntil([&] { return looks.settings().colorScheme == ColorScheme::dark; }));
+    EXPECT_EQ(changes, 3);
 }
 
 TEST(FakeAppearance, tellsAChangeOnceAndAfterIt) {

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "adapters/x11/XcbClient.h"
+#include "ports/Appearance.h"
+
+#include <QByteArray>
+#include <QString>
+
+namespace tavrine {
+
+/// The theme's name ("Net/ThemeName") in what a desktop's settings service keeps on the X server; empty when there is
+/// none, or when the bytes are not what they should be.
+[[nodiscard]] QString themeNameIn(const QByteArray &settings);
+
+/// Dark looks by the theme of the desktop's settings service (XSETTINGS), which toolkits of all kinds follow. Lives on
+/// the main thread, on a connection of its own; a service that comes later or goes is heard.
+class XSettingsAppearance final : public Appearance {
+public:
+    XSettingsAppearance();
+
+    [[nodiscard]] DesktopAppearance settings() const override { return m_settings; }
+    void setOnChange(std::function<void()> onChange) override { m_onChange = std::move(onChange); }
+
+private:
+    void handle(const xcb_generic_event_t &event);
+    void findService();
+    void read();
+
+    XcbClient m_client;
+    std::function<void()> m_onChange;
+    DesktopAppearance m_settings;
+    xcb_window_t m_service = XCB_WINDOW_NONE;
+};
+
+} // namespace tavrine
