@@ -10,6 +10,8 @@ constexpr PasteChord usual{};
 // In a terminal, Control-V belongs to the program that runs in it.
 constexpr PasteChord terminal{.hasControl = true, .hasShift = true};
 constexpr PasteChord primaryTerminal{.hasControl = false, .hasShift = true, .isInsert = true, .pastesPrimary = true};
+// Control-V is quoted input in these editors: they insert the next key, or mark a block, in the place of the text.
+constexpr PasteChord primaryEditor = primaryTerminal;
 constexpr PasteChord editor{.hasControl = false, .hasShift = true, .isInsert = true};
 
 struct Known {
@@ -31,6 +33,10 @@ constexpr auto known = std::to_array<Known>({
     {"st", primaryTerminal},
     {"st-256color", primaryTerminal},
     {"emacs", editor},
+    {"gvim", primaryEditor},
+    {"vim", primaryEditor},
+    {"nvim-qt", primaryEditor},
+    {"xemacs", primaryEditor},
     {"alacritty", terminal},
     {"com.gexperts.tilix", terminal},
     {"com.mitchellh.ghostty", terminal},

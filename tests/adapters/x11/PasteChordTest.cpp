@@ -26,6 +26,12 @@ TEST(PasteChord, xtermAndItsLikePasteThePrimarySelection) {
         EXPECT_EQ(pasteChordFor("x", name), shiftInsertPrimary) << name;
 }
 
+TEST(PasteChord, anEditorForWhichControlVIsQuotedInputPastesThePrimarySelection) {
+    for (const char *name : {"Gvim", "Vim", "nvim-qt", "XEmacs"})
+        EXPECT_EQ(pasteChordFor("x", name), shiftInsertPrimary) << name;
+    EXPECT_EQ(pasteChordFor("gvim", "Gvim"), shiftInsertPrimary);
+}
+
 TEST(PasteChord, theInstanceNameCountsWhereTheClassIsUnknown) {
     EXPECT_EQ(pasteChordFor("xterm", "MyOwnClass"), shiftInsertPrimary);
     EXPECT_EQ(pasteChordFor("kitty", "scratchpad"), controlShiftV);
