@@ -1,9 +1,11 @@
 #include "adapters/x11/X11ColorSampler.h"
+#include "adapters/x11/XcbLink.h"
 #include "contracts/ColorSamplerContract.h"
 #include "support/Eventually.h"
 #include "support/PatternWindow.h"
 #include "support/TestKeyboard.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 
@@ -19,8 +21,14 @@ public:
     [[nodiscard]] ColorSamplers &samplers() { return m_samplers; }
     [[nodiscard]] QColor colour() const { return QColor::fromRgb(PatternWindow::colourAt(place.x(), place.y())); }
     [[nodiscard]] bool isShown() const { return m_samplers.isShown(); }
-    void take() { person.click(1, place.x(), place.y()); }
-    void cancel() { person.tap(key::escape); }
+    void take() {
+        waitForMagnifier();
+        person.click(1, place.x(), place.y());
+    }
+    void cancel() {
+        waitForMagnifier();
+        person.tap(key::escape);
+    }
     void settle() { letPass(std::chrono::milliseconds(150)); }
 
     QPoint place{321, 234};
@@ -28,6 +36,11 @@ public:
     TestKeyboard person;
 
 private:
+    /// What another overlay covered is left the time to be painted.
+    void waitForMagnifier() const {
+        (void)eventually([this] { return isShown(); }, std::chrono::milliseconds(1000));
+    }
+
     X11ColorSamplers m_samplers;
 };
 
@@ -38,6 +51,7 @@ protected:
     void SetUp() override {
         sampler = screen.samplers().makeSampler();
         sampler->showSampler([this](std::optional<QColor> colour) { answers.push_back(colour); });
+        ASSERT_TRUE(eventually([this] { return screen.isShown(); }));
     }
     [[nodiscard]] bool isAnswered() {
         return eventually([this] { return !answers.empty(); });
@@ -57,6 +71,30 @@ protected:
     std::shared_ptr<ColorSampler> sampler;
     std::vector<std::optional<QColor>> answers;
 };
+
+TEST_F(X11ColorSampler, anOverlayOfAnotherProgramThatDoesNotEndHoldsUpNobody) {
+    screen.cancel();
+    ASSERT_TRUE(isAnswered());
+    answers.clear();
+    XcbLink other(XcbLink::forEver);
+    const xcb_window_t window = other.newId();
+    xcb_create_window(other.connection(), 0, window, other.root(), -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                      XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_set_selection_owner(other.connection(), window,
+                            other.atom("_TAVRINE_SCREEN_TURN_S" + std::to_string(other.screenNumber())),
+                            XCB_CURRENT_TIME);
+    ASSERT_TRUE(other.finish());
+    QElapsedTimer clock;
+    clock.start();
+    sampler = screen.samplers().makeSampler();
+    sampler->showSampler([this](std::optional<QColor> colour) { answers.push_back(colour); });
+    EXPECT_LT(clock.elapsed(), 100);
+    EXPECT_FALSE(screen.isShown()); // the other one has 400 ms to go
+    EXPECT_TRUE(eventually([this] { return screen.isShown(); }));
+    EXPECT_GE(clock.elapsed(), 400);
+    screen.cancel();
+    EXPECT_TRUE(isAnswered());
+}
 
 TEST_F(X11ColorSampler, everyCornerAndEdgeOfTheScreenCanBeHit) {
     const QRect area = screen.pattern.screen();

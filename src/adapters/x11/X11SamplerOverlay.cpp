@@ -17,20 +17,37 @@ constexpr auto longestWithoutPointer = 10s;
 
 } // namespace
 
-X11SamplerOverlay::X11SamplerOverlay(Selection onEnd)
-    : m_onEnd(std::move(onEnd)), m_session(OverlaySession::open()), m_pointerDeadline(longestWithoutPointer) {
-    if (!m_session) {
+X11SamplerOverlay::X11SamplerOverlay(Selection onEnd) : m_onEnd(std::move(onEnd)), m_session(OverlaySession::begin()) {
+    m_retry.setInterval(betweenTries);
+    connect(&m_retry, &QTimer::timeout, this, &X11SamplerOverlay::tryGrabs);
+    if (m_session)
+        showWhenFree();
+    else
         end(std::nullopt);
+}
+
+/// Another overlay may have to leave the screen first, and what it covered be painted.
+void X11SamplerOverlay::showWhenFree() {
+    if (m_hasEnded)
+        return;
+    if (const auto wait = m_session->timeToWait(); wait.count() > 0) {
+        QTimer::singleShot(wait, Qt::PreciseTimer, this, &X11SamplerOverlay::showWhenFree);
         return;
     }
+    if (m_session->freeze())
+        show();
+    else
+        end(std::nullopt);
+}
+
+void X11SamplerOverlay::show() {
     m_model.emplace(m_session->rect(), m_session->firstPointer());
     PixelPainter(m_session->canvas(), m_session->rect()).copy(m_session->picture(), m_session->rect());
     m_painted = paint({});
     m_session->show();
     m_notifier = std::make_unique<QSocketNotifier>(m_session->fileDescriptor(), QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &X11SamplerOverlay::readEvents);
-    m_retry.setInterval(betweenTries);
-    connect(&m_retry, &QTimer::timeout, this, &X11SamplerOverlay::tryGrabs);
+    m_pointerDeadline.setRemainingTime(longestWithoutPointer);
     m_retry.start();
     tryGrabs();
 }

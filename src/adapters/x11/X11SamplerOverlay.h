@@ -26,9 +26,11 @@ public:
 
     /// Goes off the screen at once; the answer, no colour, comes as ever. Nothing when it has ended already.
     void leaveScreen();
-    [[nodiscard]] bool isOnScreen() const { return !m_hasEnded; }
+    [[nodiscard]] bool isOnScreen() const { return m_notifier && !m_hasEnded; }
 
 private:
+    void showWhenFree();
+    void show();
     void readEvents();
     void handle(const OverlayEvent &event);
     void tryGrabs();

@@ -19,9 +19,21 @@ constexpr int maxRaises = 20;
 OverlaySession::OverlaySession() = default;
 
 std::unique_ptr<OverlaySession> OverlaySession::open() {
-    std::unique_ptr<OverlaySession> session(new OverlaySession);
-    if (!session->m_link.isOpen() || !session->freeze())
+    auto session = begin();
+    if (!session)
         return nullptr;
+    for (auto wait = session->timeToWait(); wait.count() > 0; wait = session->timeToWait())
+        session->m_link.waitForInput(wait);
+    return session->freeze() ? std::move(session) : nullptr;
+}
+
+std::unique_ptr<OverlaySession> OverlaySession::begin() {
+    std::unique_ptr<OverlaySession> session(new OverlaySession);
+    if (!session->m_link.isOpen())
+        return nullptr;
+    for (xcb_extension_t *const extension : {&xcb_shm_id, &xcb_randr_id, &xcb_render_id})
+        xcb_prefetch_extension_data(session->m_link.connection(), extension);
+    session->m_turn.emplace(session->m_link);
     return session;
 }
 
@@ -34,9 +46,6 @@ OverlaySession::~OverlaySession() {
 
 bool OverlaySession::freeze() {
     auto *const connection = m_link.connection();
-    for (xcb_extension_t *const extension : {&xcb_shm_id, &xcb_randr_id, &xcb_render_id})
-        xcb_prefetch_extension_data(connection, extension);
-    m_turn.emplace(m_link);
     m_picture = SharedPixels::make(m_link);
     m_canvas = SharedPixels::make(m_link);
     if (!m_picture || !m_canvas)

@@ -42,8 +42,15 @@ struct OverlayEvent {
 ///  3. Another program's grab is waited out: `tryGrabs` is called again until it holds both.
 class OverlaySession {
 public:
-    /// Null without a server, and when the screen cannot be read.
+    /// Null without a server, and when the screen cannot be read. Waits for its turn, half a second at most.
     [[nodiscard]] static std::unique_ptr<OverlaySession> open();
+
+    /// The same in two steps, for a thread that must not wait: `freeze` takes the picture when `timeToWait` says that
+    /// the turn has come. Null without a server; `freeze` is false when the screen cannot be read.
+    [[nodiscard]] static std::unique_ptr<OverlaySession> begin();
+    [[nodiscard]] std::chrono::milliseconds timeToWait() { return m_turn->timeToWait(); }
+    [[nodiscard]] bool freeze();
+
     ~OverlaySession();
     OverlaySession(const OverlaySession &) = delete;
     OverlaySession &operator=(const OverlaySession &) = delete;
@@ -82,7 +89,6 @@ private:
     static constexpr XcbLink::Wait longestWait{2000};
 
     OverlaySession();
-    [[nodiscard]] bool freeze();
     void createWindow();
     void takeHeldButton();
     [[nodiscard]] std::optional<OverlayEvent> translated(const xcb_generic_event_t &event);

@@ -1,11 +1,7 @@
 #include "adapters/x11/frozen/ScreenTurn.h"
 
-#include <QDeadlineTimer>
-
+#include <algorithm>
 #include <chrono>
-#include <thread>
-
-#include <poll.h>
 
 namespace tavrine {
 namespace {
@@ -16,6 +12,7 @@ using namespace std::chrono_literals;
 constexpr auto longestWaitForOther = 400ms;
 // What windows without a compositor need to paint what an overlay covered: 2 to 5 frames.
 constexpr auto repaintTime = 80ms;
+constexpr auto untilNextLook = 5ms;
 
 /// Milliseconds of a clock that all programs of the machine share. Wraps around; only differences count.
 quint32 monotonicMs() {
@@ -33,41 +30,36 @@ ScreenTurn::ScreenTurn(XcbLink &link) : m_link(link), m_window(link.newId()) {
     auto *const connection = link.connection();
     xcb_create_window(connection, 0, m_window, link.root(), -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
                       XCB_COPY_FROM_PARENT, 0, nullptr);
-    const auto owner = link.reply<xcb_get_selection_owner_reply_t>(xcb_get_selection_owner(connection, m_selection));
-    const xcb_window_t other = owner ? owner->owner : static_cast<xcb_window_t>(XCB_NONE);
-    if (other) {
+    m_other = link.selectionOwner(m_selection);
+    if (m_other) {
         const quint32 events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-        xcb_change_window_attributes(connection, other, XCB_CW_EVENT_MASK, &events);
+        xcb_change_window_attributes(connection, m_other, XCB_CW_EVENT_MASK, &events);
     }
     xcb_set_selection_owner(connection, m_window, m_selection, XCB_CURRENT_TIME);
-    if (other)
-        waitForOther(other);
-    waitForRepaint();
+    link.flush();
+    m_otherDeadline = std::chrono::steady_clock::now() + longestWaitForOther;
 }
 
-void ScreenTurn::waitForOther(xcb_window_t other) {
-    const QDeadlineTimer deadline(longestWaitForOther);
-    xcb_flush(m_link.connection());
-    while (!deadline.hasExpired() && m_link.isOpen()) {
-        while (const XcbEvent event = m_link.nextEvent()) {
-            const bool isGone = (event->response_type & 0x7f) == XCB_DESTROY_NOTIFY &&
-                                reinterpret_cast<const xcb_destroy_notify_event_t &>(*event).window == other;
-            // An error belongs to the other window as well: it was gone before it could be watched.
-            if (isGone || event->response_type == 0)
-                return;
-        }
-        pollfd descriptor{xcb_get_file_descriptor(m_link.connection()), POLLIN, 0};
-        ::poll(&descriptor, 1, static_cast<int>(deadline.remainingTime()));
+bool ScreenTurn::isOtherGone() {
+    if (!m_link.isOpen() || std::chrono::steady_clock::now() >= m_otherDeadline)
+        return true;
+    while (const XcbEvent event = m_link.nextEvent()) {
+        const bool isItsEnd =
+            eventType(*event) == XCB_DESTROY_NOTIFY && eventAs<xcb_destroy_notify_event_t>(*event).window == m_other;
+        // An error belongs to the other window as well: it was gone before it could be watched.
+        if (isItsEnd || event->response_type == 0)
+            return true;
     }
+    return false;
 }
 
-void ScreenTurn::waitForRepaint() {
+std::chrono::milliseconds ScreenTurn::timeToWait() {
+    if (m_other != XCB_WINDOW_NONE && !isOtherGone())
+        return untilNextLook;
+    m_other = XCB_WINDOW_NONE;
     const auto ended = m_link.words(m_link.ask(m_link.root(), m_endedAt));
-    if (ended.empty())
-        return;
-    const std::chrono::milliseconds since(monotonicMs() - ended.front());
-    if (since < repaintTime)
-        std::this_thread::sleep_for(repaintTime - since);
+    const std::chrono::milliseconds since(ended.empty() ? quint32{repaintTime.count()} : monotonicMs() - ended.front());
+    return std::max(repaintTime - since, 0ms);
 }
 
 bool ScreenTurn::isLostBy(const xcb_generic_event_t &event) const {
