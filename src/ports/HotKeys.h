@@ -25,6 +25,12 @@ inline constexpr quint32 option = 2048;
 inline constexpr quint32 control = 4096;
 } // namespace hotKeyModifier
 
+/// Who gets what the person types right after a press.
+enum class KeyboardNext {
+    asBefore,  ///< the program that has the keyboard
+    ourWindow, ///< the window of this program that the press opens or leaves: keys wait for it, a second at most
+};
+
 /// Key combinations that reach this program whichever program has the keyboard. Lives on the main thread, as long as
 /// the process.
 ///
@@ -32,10 +38,11 @@ inline constexpr quint32 control = 4096;
 ///  2. A press counts only with exactly the modifiers that were registered.
 ///  3. A combination that another program holds cannot be registered; neither can one that is registered here.
 ///  4. A registration holds through a change of the keyboard layout: it belongs to the key's position.
-///  5. Presses while no handler is installed are lost.
+///  5. A press also counts while another program has a menu open, which holds keyboard and pointer.
+///  6. Presses while no handler is installed are lost.
 class HotKeys {
 public:
-    using Handler = std::function<void(HotKeyId)>;
+    using Handler = std::function<KeyboardNext(HotKeyId)>;
 
     virtual ~HotKeys() = default;
 

@@ -30,7 +30,7 @@ void HotKeyCenter::registerHotkeys() {
             m_hotKeys.unregisterHotKey(*ref);
     m_hotKeyRefs.clear();
     m_hotKeys.removeHandler();
-    m_hotKeys.installHandler([this](HotKeyId id) { handleHotKey(id.id); });
+    m_hotKeys.installHandler([this](HotKeyId id) { return handleHotKey(id.id); });
     for (const Trigger trigger : allTriggers)
         if (m_actions.isFeatureOn(trigger) && storedMode(m_defaults, trigger) == triggerMode::commandShift)
             registerHotKey(trigger);
@@ -52,20 +52,25 @@ void HotKeyCenter::registerHotKey(Trigger trigger) {
     m_hotKeyRefs.push_back(ref);
 }
 
-void HotKeyCenter::handleHotKey(quint32 id) {
+KeyboardNext HotKeyCenter::handleHotKey(quint32 id) {
     printLine(QStringLiteral("DEBUG: Hotkey Handler Triggered for ID: %1").arg(id));
     // A press may have been under way when its tool was switched off.
     if (id == traits(Trigger::clipboard).hotKeyId && m_actions.isFeatureOn(Trigger::clipboard)) {
         m_actions.toggleClipboardPanel();
-    } else if (id == traits(Trigger::emojiPicker).hotKeyId && m_actions.isFeatureOn(Trigger::emojiPicker)) {
+        return KeyboardNext::ourWindow;
+    }
+    if (id == traits(Trigger::emojiPicker).hotKeyId && m_actions.isFeatureOn(Trigger::emojiPicker)) {
         m_actions.toggleEmojiPanel();
-    } else if (id == traits(Trigger::capture).hotKeyId && m_actions.isFeatureOn(Trigger::capture)) {
+        return KeyboardNext::ourWindow;
+    }
+    if (id == traits(Trigger::capture).hotKeyId && m_actions.isFeatureOn(Trigger::capture)) {
         printLine(QStringLiteral("DEBUG: Screen Snipping"));
         capture();
     } else if (id == traits(Trigger::screenRecorder).hotKeyId && m_actions.isFeatureOn(Trigger::screenRecorder)) {
         printLine(QStringLiteral("DEBUG: Screen Recording"));
         m_actions.startScreenRecording(); // asks for the permission itself
     }
+    return KeyboardNext::asBefore;
 }
 
 void HotKeyCenter::capture() {

@@ -50,8 +50,8 @@ public:
     /// Brings hot keys, monitors and menu entries in line with flags and preferences.
     void registerHotkeys();
 
-    /// What a press of the hot key does. Every other number does nothing.
-    void handleHotKey(quint32 id);
+    /// What a press of the hot key does, and who gets the keys after it. Every other number does nothing.
+    KeyboardNext handleHotKey(quint32 id);
 
     /// The menu entries take the way of hot keys 1 and 2; a disabled entry cannot be chosen, so no flag is asked.
     void onHotKeyPressed() { m_actions.toggleClipboardPanel(); }

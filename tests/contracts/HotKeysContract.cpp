@@ -74,7 +74,10 @@ std::unique_ptr<HotKeysUnderTest> make() {
 class HotKeysContract : public ::testing::TestWithParam<std::unique_ptr<HotKeysUnderTest> (*)()> {
 protected:
     HotKeysContract() {
-        hotKeys.installHandler([this](HotKeyId id) { pressed.push_back(id.id); });
+        hotKeys.installHandler([this](HotKeyId id) {
+            pressed.push_back(id.id);
+            return KeyboardNext::asBefore;
+        });
     }
 
     std::unique_ptr<HotKeysUnderTest> subject = GetParam()();
@@ -137,7 +140,10 @@ TEST_P(HotKeysContract, aPressWithoutAHandlerIsLost) {
     ASSERT_TRUE(hotKeys.registerHotKey(keyV, commandShift, {1, 7}));
     hotKeys.removeHandler();
     subject->press(keyV, commandShift);
-    hotKeys.installHandler([this](HotKeyId id) { pressed.push_back(id.id); });
+    hotKeys.installHandler([this](HotKeyId id) {
+        pressed.push_back(id.id);
+        return KeyboardNext::asBefore;
+    });
     EXPECT_THAT(pressed, IsEmpty());
     subject->press(keyV, commandShift);
     EXPECT_THAT(pressed, ElementsAre(7));
@@ -155,6 +161,7 @@ TEST_P(HotKeysContract, theHandlerMayRegisterAnew) {
         pressed.push_back(id.id);
         hotKeys.unregisterHotKey(*ref);
         ref = hotKeys.registerHotKey(keyV, commandShift, {1, id.id + 1});
+        return KeyboardNext::asBefore;
     });
     subject->press(keyV, commandShift);
     subject->press(keyV, commandShift);

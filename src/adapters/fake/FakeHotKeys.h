@@ -50,7 +50,7 @@ public:
         for (const auto &[ref, registration] : m_registrations)
             if (registration.keyCode == keyCode && registration.modifiers == modifiers) {
                 if (const Handler handler = m_handler)
-                    handler(HotKeyId(registration.id));
+                    (void)handler(HotKeyId(registration.id));
                 return;
             }
     }
@@ -58,7 +58,7 @@ public:
     /// A press arrives with a number that no registration has.
     void pressUnknown(quint32 id) {
         if (m_handler)
-            m_handler({0, id});
+            (void)m_handler({0, id});
     }
 
     /// Called whenever the program registers its keys anew.

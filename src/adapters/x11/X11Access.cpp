@@ -33,15 +33,13 @@ bool soundServerAnswers() {
 
 } // namespace
 
-X11Access::X11Access() : m_client([](const xcb_generic_event_t &) {}) {
-    if (!m_client.isConnected())
-        return;
-    const auto *extension = xcb_get_extension_data(m_client.connection(), &xcb_test_id);
-    m_hasTestExtension = extension && extension->present;
-}
+X11Access::X11Access() : m_client([](const xcb_generic_event_t &) {}) {}
 
 bool X11Access::isAccessibilityTrusted() const {
-    return m_hasTestExtension && m_client.isConnected();
+    if (!m_client.isConnected())
+        return false;
+    m_hasTestExtension = m_hasTestExtension || m_client.link().extension(xcb_test_id);
+    return m_hasTestExtension;
 }
 
 void X11Access::probeScreenCapture(std::function<void(std::optional<QString>)> completion) {

@@ -24,8 +24,8 @@ public:
     void requestMicrophone(std::function<void(bool)> completion) override;
 
 private:
-    XcbClient m_client;
-    bool m_hasTestExtension = false;
+    mutable XcbClient m_client; // asking reads from it
+    mutable bool m_hasTestExtension = false;
 };
 
 } // namespace tavrine

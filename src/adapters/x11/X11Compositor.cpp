@@ -1,5 +1,7 @@
 #include "adapters/x11/X11Compositor.h"
 
+#include <QTimer>
+
 #include <xcb/xfixes.h>
 
 namespace tavrine {
@@ -13,10 +15,11 @@ X11Compositor::X11Compositor(std::function<void(bool isRunning)> onChange)
 }
 
 void X11Compositor::watch() {
+    constexpr std::chrono::seconds betweenTries{1};
     xcb_connection_t *connection = m_client.connection();
+    static_cast<void>(m_client.takeIsLate());
     const xcb_atom_t selection = compositorSelection(m_client.link());
-    const auto *fixes = xcb_get_extension_data(connection, &xcb_xfixes_id);
-    if (fixes && fixes->present) {
+    if (const auto *fixes = m_client.link().extension(xcb_xfixes_id)) {
         m_firstFixesEvent = fixes->first_event;
         xcb_xfixes_query_version(connection, 1, 0); // the extension answers nobody who has not asked for its version
         xcb_xfixes_select_selection_input(connection, m_client.root(), selection,
@@ -26,6 +29,8 @@ void X11Compositor::watch() {
     }
     m_onChange(isCompositorRunning(m_client.link()));
     m_client.flush();
+    if (m_client.takeIsLate())
+        QTimer::singleShot(betweenTries, &m_client, [this] { watch(); });
 }
 
 void X11Compositor::handle(const xcb_generic_event_t &event) {

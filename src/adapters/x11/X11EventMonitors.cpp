@@ -53,16 +53,11 @@ private:
     std::shared_ptr<Entry> m_entry;
 };
 
-X11EventMonitors::X11EventMonitors() : m_client([this](const xcb_generic_event_t &event) { handle(event); }) {
-    if (!m_client.isConnected())
-        return;
-    const auto *extension = xcb_get_extension_data(m_client.connection(), &xcb_input_id);
-    // Clients of an earlier version get no raw events while another client holds a grab.
-    const auto version =
-        m_client.reply<xcb_input_xi_query_version_reply_t>(xcb_input_xi_query_version(m_client.connection(), 2, 2));
-    if (extension && extension->present && version)
-        m_inputOpcode = extension->major_opcode;
-    qApp->installEventFilter(this);
+X11EventMonitors::X11EventMonitors()
+    : m_client([this](const xcb_generic_event_t &event) { handle(event); }),
+      m_map(m_client, [this] { takeHeldKeys(); }) {
+    if (m_client.isConnected())
+        qApp->installEventFilter(this);
 }
 
 X11EventMonitors::~X11EventMonitors() = default;
@@ -91,7 +86,17 @@ void X11EventMonitors::remove(const std::shared_ptr<Entry> &entry) {
     select();
 }
 
+/// Clients of an earlier version get no raw events while another client holds a grab.
+void X11EventMonitors::announceVersion() {
+    const auto *extension = m_client.link().extension(xcb_input_id);
+    if (extension &&
+        m_client.reply<xcb_input_xi_query_version_reply_t>(xcb_input_xi_query_version(m_client.connection(), 2, 2)))
+        m_inputOpcode = extension->major_opcode;
+}
+
 void X11EventMonitors::select() {
+    if (m_inputOpcode == 0 && m_client.isConnected())
+        announceVersion();
     if (m_inputOpcode == 0)
         return;
     quint32 wanted = 0;
@@ -114,18 +119,23 @@ void X11EventMonitors::select() {
     } const selection{{XCB_INPUT_DEVICE_ALL_MASTER, 1}, wanted};
     xcb_input_xi_select_events(m_client.connection(), m_client.root(), 1, &selection.head);
     if (startsKeys) {
-        if (m_firstXkbEvent == 0)
-            m_firstXkbEvent = selectKeyboardNotices(m_client);
-        m_keyboard = X11Keyboard::read(m_client);
         const KeyboardNotice state = keyboardState(m_client);
         m_group = state.group;
         m_isCapsLocked = state.isCapsLocked;
         m_heldModifiers.clear();
-        for (const quint8 key : keysDown(m_client))
-            if (const quint32 flag = m_keyboard.modifierFlagOf(key, m_group))
-                m_heldModifiers[key] = flag;
+        m_areHeldKeysKnown = false;
+        m_map.start();
     }
     m_client.flush();
+}
+
+/// What is held when the keys are first watched was pressed before.
+void X11EventMonitors::takeHeldKeys() {
+    if (std::exchange(m_areHeldKeysKnown, true))
+        return;
+    for (const quint8 key : keysDown(m_client))
+        if (const quint32 flag = m_map.keyboard().modifierFlagOf(key, m_group))
+            m_heldModifiers[key] = flag;
 }
 
 void X11EventMonitors::handle(const xcb_generic_event_t &event) {
@@ -140,9 +150,7 @@ void X11EventMonitors::handle(const xcb_generic_event_t &event) {
             onRawButton(raw.detail, raw.time);
         return;
     }
-    const KeyboardNotice notice = keyboardNotice(event, m_firstXkbEvent);
-    if (notice.isMapping)
-        m_keyboard = X11Keyboard::read(m_client);
+    const KeyboardNotice notice = m_map.take(event);
     if (notice.isState) {
         m_group = notice.group;
         if (m_isCapsLocked != notice.isCapsLocked) {
@@ -159,12 +167,12 @@ void X11EventMonitors::onRawKey(int keycode, bool isPress, quint32 time) {
             tellFlags();
         return;
     }
-    if (const quint32 flag = m_keyboard.modifierFlagOf(keycode, m_group)) {
+    if (const quint32 flag = m_map.keyboard().modifierFlagOf(keycode, m_group)) {
         if (m_heldModifiers.emplace(keycode, flag).second) // a key that repeats is held already
             tellFlags();
         return;
     }
-    if (m_keyboard.isLockKey(keycode) || QGuiApplication::focusWindow() || time == m_ownKeyTime)
+    if (m_map.keyboard().isLockKey(keycode) || QGuiApplication::focusWindow() || time == m_ownKeyTime)
         return; // keys of our own windows come from Qt
     tell(m_global, {.type = eventMask::keyDown,
                     .modifierFlags = flags(),

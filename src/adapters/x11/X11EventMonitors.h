@@ -1,6 +1,6 @@
 #pragma once
 
-#include "adapters/x11/X11Keyboard.h"
+#include "adapters/x11/X11KeyboardMap.h"
 #include "adapters/x11/XcbClient.h"
 #include "ports/EventMonitors.h"
 
@@ -39,18 +39,20 @@ private:
 
     [[nodiscard]] std::unique_ptr<EventMonitor> add(Entries &entries, quint32 mask, LocalHandler handler);
     void remove(const std::shared_ptr<Entry> &entry);
+    void announceVersion();
     void select();
     void handle(const xcb_generic_event_t &event);
     void onRawKey(int keycode, bool isPress, quint32 time);
     void onRawButton(quint32 button, quint32 time);
     void forgetReleasedKeys(quint32 time);
+    void takeHeldKeys();
     [[nodiscard]] quint32 flags() const;
     void tellFlags();
     bool tell(const Entries &entries, const InputEvent &event);
     [[nodiscard]] bool isPointerOverOurWindow();
 
     XcbClient m_client;
-    X11Keyboard m_keyboard;
+    X11KeyboardMap m_map;
     Entries m_global;
     Entries m_local;
     std::map<int, quint32> m_heldModifiers; ///< keycode to the flag that it had when it was pressed
@@ -61,8 +63,8 @@ private:
     quint32 m_lastTime = 0;
     int m_group = 0;
     quint8 m_inputOpcode = 0;
-    quint8 m_firstXkbEvent = 0;
     bool m_isCapsLocked = false;
+    bool m_areHeldKeysKnown = false;
 };
 
 } // namespace tavrine

@@ -26,8 +26,7 @@ X11EventPoster::X11EventPoster(std::function<QString()> text)
     : m_client([this](const xcb_generic_event_t &event) { handle(event); }), m_text(std::move(text)) {
     if (!m_client.isConnected())
         return;
-    const auto *extension = xcb_get_extension_data(m_client.connection(), &xcb_test_id);
-    m_canPost = extension && extension->present;
+    m_canPost = m_client.link().extension(xcb_test_id);
     m_window = xcb_generate_id(m_client.connection());
     const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_create_window(m_client.connection(), 0, m_window, m_client.root(), -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
@@ -36,14 +35,16 @@ X11EventPoster::X11EventPoster(std::function<QString()> text)
 }
 
 void X11EventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) {
-    if (!m_canPost || !m_client.isConnected())
+    m_canPost = m_client.isConnected() && (m_canPost || m_client.link().extension(xcb_test_id));
+    if (!m_canPost)
         return;
     if (!isKeyDown) {
         release();
         return;
     }
     release(); // of a chord whose key-up never came
-    m_keyboard = X11Keyboard::read(m_client);
+    if (auto keyboard = X11Keyboard::read(m_client))
+        m_keyboard = std::move(*keyboard); // else the one of the last chord, which is most likely still right
     press(chordFor(keyCode, flags));
 }
 

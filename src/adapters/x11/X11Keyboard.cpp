@@ -37,27 +37,27 @@ constexpr bool isLock(xcb_keysym_t symbol) {
 
 } // namespace
 
-X11Keyboard X11Keyboard::read(XcbClient &client) {
+std::optional<X11Keyboard> X11Keyboard::read(XcbClient &client) {
     X11Keyboard keyboard;
     const auto *setup = xcb_get_setup(client.connection());
     const auto symbolsCookie = xcb_get_keyboard_mapping(
         client.connection(), setup->min_keycode, static_cast<quint8>(setup->max_keycode - setup->min_keycode + 1));
     const auto rowsCookie = xcb_get_modifier_mapping(client.connection());
     keyboard.m_firstKeycode = setup->min_keycode;
-    if (const auto symbols = client.reply<xcb_get_keyboard_mapping_reply_t>(symbolsCookie)) {
-        const auto *first = xcb_get_keyboard_mapping_keysyms(symbols.get());
-        keyboard.m_symbols.assign(first, first + xcb_get_keyboard_mapping_keysyms_length(symbols.get()));
-        keyboard.m_symbolsPerKey = symbols->keysyms_per_keycode;
-    }
-    if (const auto rows = client.reply<xcb_get_modifier_mapping_reply_t>(rowsCookie)) {
-        const auto *keys = xcb_get_modifier_mapping_keycodes(rows.get());
-        for (size_t bit = 0; bit < keyboard.m_rows.size(); ++bit)
-            for (int i = 0; i < rows->keycodes_per_modifier; ++i)
-                if (const quint8 key = *keys++; key != 0) {
-                    keyboard.m_rows[bit].push_back(key);
-                    keyboard.m_modifierKeys.push_back(key);
-                }
-    }
+    const auto symbols = client.reply<xcb_get_keyboard_mapping_reply_t>(symbolsCookie);
+    const auto rows = client.reply<xcb_get_modifier_mapping_reply_t>(rowsCookie);
+    if (!symbols || !rows)
+        return std::nullopt;
+    const auto *first = xcb_get_keyboard_mapping_keysyms(symbols.get());
+    keyboard.m_symbols.assign(first, first + xcb_get_keyboard_mapping_keysyms_length(symbols.get()));
+    keyboard.m_symbolsPerKey = symbols->keysyms_per_keycode;
+    const auto *keys = xcb_get_modifier_mapping_keycodes(rows.get());
+    for (size_t bit = 0; bit < keyboard.m_rows.size(); ++bit)
+        for (int i = 0; i < rows->keycodes_per_modifier; ++i)
+            if (const quint8 key = *keys++; key != 0) {
+                keyboard.m_rows[bit].push_back(key);
+                keyboard.m_modifierKeys.push_back(key);
+            }
     return keyboard;
 }
 
@@ -153,14 +153,15 @@ std::vector<quint8> keysDown(XcbClient &client) {
 
 quint8 selectKeyboardNotices(XcbClient &client) {
     auto *connection = client.connection();
-    const auto *extension = xcb_get_extension_data(connection, &xcb_xkb_id);
-    if (!extension || !extension->present)
+    const auto *extension = client.link().extension(xcb_xkb_id);
+    if (!extension)
         return 0;
     const auto use = client.reply<xcb_xkb_use_extension_reply_t>(
         xcb_xkb_use_extension(connection, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION));
     if (!use || !use->supported)
         return 0;
-    constexpr quint16 stateParts = XCB_XKB_STATE_PART_GROUP_STATE | XCB_XKB_STATE_PART_MODIFIER_LOCK;
+    constexpr quint16 stateParts =
+        XCB_XKB_STATE_PART_GROUP_STATE | XCB_XKB_STATE_PART_MODIFIER_LOCK | XCB_XKB_STATE_PART_MODIFIER_STATE;
     xcb_xkb_select_events_details_t details{};
     details.affectNewKeyboard = details.newKeyboardDetails = XCB_XKB_NKN_DETAIL_KEYCODES;
     details.affectState = details.stateDetails = stateParts;
@@ -192,6 +193,7 @@ KeyboardNotice keyboardNotice(const xcb_generic_event_t &event, quint8 firstXkbE
         const auto &state = reinterpret_cast<const xcb_xkb_state_notify_event_t &>(event);
         notice.isState = true;
         notice.group = state.group;
+        notice.modifiers = state.mods;
         notice.isCapsLocked = state.lockedMods & XCB_MOD_MASK_LOCK;
         break;
     }
@@ -203,8 +205,7 @@ KeyboardNotice keyboardNotice(const xcb_generic_event_t &event, quint8 firstXkbE
 
 KeyboardNotice keyboardState(XcbClient &client) {
     KeyboardNotice notice;
-    const auto *extension = xcb_get_extension_data(client.connection(), &xcb_xkb_id);
-    if (!extension || !extension->present)
+    if (!client.link().extension(xcb_xkb_id))
         return notice;
     const auto state =
         client.reply<xcb_xkb_get_state_reply_t>(xcb_xkb_get_state(client.connection(), XCB_XKB_ID_USE_CORE_KBD));
@@ -212,6 +213,7 @@ KeyboardNotice keyboardState(XcbClient &client) {
         return notice;
     notice.isState = true;
     notice.group = state->group;
+    notice.modifiers = state->mods;
     notice.isCapsLocked = state->lockedMods & XCB_MOD_MASK_LOCK;
     return notice;
 }

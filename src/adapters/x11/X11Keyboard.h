@@ -3,6 +3,7 @@
 #include "adapters/x11/XcbClient.h"
 
 #include <array>
+#include <optional>
 #include <vector>
 
 namespace tavrine {
@@ -17,8 +18,8 @@ public:
     static constexpr xcb_keysym_t shiftL = 0xffe1;
     static constexpr xcb_keysym_t insert = 0xff63;
 
-    /// Reads the maps: two round trips. What the server does not tell in time stays empty.
-    [[nodiscard]] static X11Keyboard read(XcbClient &client);
+    /// Reads the maps: two round trips. None when the server does not tell them in time.
+    [[nodiscard]] static std::optional<X11Keyboard> read(XcbClient &client);
 
     /// What the key means without Shift in the layout group; the first group's meaning where that has none.
     [[nodiscard]] xcb_keysym_t keysym(int keycode, int group = 0) const;
@@ -65,6 +66,7 @@ struct KeyboardNotice {
     bool isMapping = false; ///< the maps changed
     bool isState = false;
     int group = 0;
+    quint16 modifiers = 0; ///< all that count now, held and locked, as bits of a key event's state
     bool isCapsLocked = false;
 };
 [[nodiscard]] KeyboardNotice keyboardNotice(const xcb_generic_event_t &event, quint8 firstXkbEvent);

@@ -62,6 +62,7 @@ private:
     [[nodiscard]] std::optional<xcb_window_t> activeWindow();
     [[nodiscard]] xcb_window_t namedWindowAbove(xcb_window_t window);
     void watch(xcb_window_t window);
+    void lookForClientIds();
     [[nodiscard]] WindowFacts factsOf(xcb_window_t window);
     [[nodiscard]] std::optional<RunningApplication> programOf(xcb_window_t window);
     [[nodiscard]] quint32 pidMask() const { return XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID; }
@@ -75,6 +76,7 @@ private:
     xcb_window_t m_focus = noWindow; // whose end or loss of the keyboard is to be seen
     xcb_window_t m_watched = noWindow;
     bool m_hasClientIds = false;
+    bool m_areClientIdsLookedFor = false;
     bool m_isManagerKnown = false;
     bool m_isStale = true;
     bool m_isPauseOver = false;
@@ -95,14 +97,6 @@ X11Workspace::Private::Private()
         refresh();
         postNotices();
     });
-    if (!m_client.isConnected())
-        return;
-    const auto *extension = xcb_get_extension_data(m_client.connection(), &xcb_res_id);
-    if (extension && extension->present) {
-        const auto version =
-            m_client.reply<xcb_res_query_version_reply_t>(xcb_res_query_version(m_client.connection(), 1, 2));
-        m_hasClientIds = version && (version->server_major > 1 || version->server_minor >= 2);
-    }
     refresh();
 }
 
@@ -242,7 +236,19 @@ void X11Workspace::Private::postNotices() {
                     {{QLatin1String(applicationKey), QVariant::fromValue(m_left.takeFirst())}});
 }
 
+void X11Workspace::Private::lookForClientIds() {
+    if (m_areClientIdsLookedFor)
+        return;
+    const bool hasExtension = m_client.link().extension(xcb_res_id);
+    const auto version =
+        hasExtension ? m_client.reply<xcb_res_query_version_reply_t>(xcb_res_query_version(m_client.connection(), 1, 2))
+                     : nullptr;
+    m_hasClientIds = version && (version->server_major > 1 || version->server_minor >= 2);
+    m_areClientIdsLookedFor = version || (!hasExtension && m_client.link().finish()); // a late answer is none
+}
+
 WindowFacts X11Workspace::Private::factsOf(xcb_window_t window) {
+    lookForClientIds();
     const auto applicationId = m_client.ask(window, "_GTK_APPLICATION_ID");
     const auto wmClass = m_client.ask(window, "WM_CLASS");
     const auto wmPid = m_client.ask(window, "_NET_WM_PID");

@@ -74,6 +74,15 @@ bool XcbLink::finish() {
     return reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(m_connection)) != nullptr;
 }
 
+const xcb_query_extension_reply_t *XcbLink::extension(xcb_extension_t &extension) {
+    // xcb waits for this answer without end, so it is asked for only when it must be here.
+    xcb_prefetch_extension_data(m_connection, &extension);
+    if (!finish())
+        return nullptr;
+    const xcb_query_extension_reply_t *answer = xcb_get_extension_data(m_connection, &extension);
+    return answer && answer->present ? answer : nullptr;
+}
+
 xcb_atom_t XcbLink::atom(const std::string &name) {
     if (const auto known = m_atoms.find(name); known != m_atoms.end())
         return known->second;

@@ -64,6 +64,10 @@ public:
     bool finish();
     void flush() { xcb_flush(m_connection); }
 
+    /// What the server says of an extension. Null when it has none, or did not answer in time: then it may be asked
+    /// again.
+    [[nodiscard]] const xcb_query_extension_reply_t *extension(xcb_extension_t &extension);
+
     /// The atom of that name; made when there is none, and asked for once. 0 when the server did not answer in time.
     [[nodiscard]] xcb_atom_t atom(const std::string &name);
 

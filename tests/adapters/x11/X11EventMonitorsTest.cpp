@@ -6,11 +6,14 @@
 #include "base/NotificationCenter.h"
 #include "base/UserDefaults.h"
 #include "shell/HotKeyCenter.h"
+#include "support/ServerHolder.h"
 #include "support/TestKeyboard.h"
 #include "support/Wait.h"
 
 #include <QElapsedTimer>
+#include <QGuiApplication>
 #include <QProcess>
+#include <QRasterWindow>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -206,6 +209,46 @@ TEST_F(X11EventMonitorsTest, aMonitorMayEndItselfAndAnotherWhileItIsCalled) {
     keyboard.tap(key::leftAlt);
     settle();
     EXPECT_EQ(calls, 1);
+}
+
+TEST_F(X11EventMonitorsTest, aServerThatIsSlowWhenTheKeyboardChangesCostsNoModifier) {
+    watch(eventMask::flagsChanged);
+    settle();
+    testing::ServerHolder holder;
+    holder.hold(700ms, true); // 200 are waited for an answer
+    (void)waitUntil([] { return false; }, 700ms);
+    holder.wait();
+    (void)waitUntil([] { return false; }, 600ms);
+    keyboard.tap(key::leftAlt);
+    settle();
+    EXPECT_THAT(flags, ElementsAre(0x80000, 0));
+}
+
+/// A window of this program that a key closes.
+class ClosedByAKey final : public QRasterWindow {
+protected:
+    void keyPressEvent(QKeyEvent *) override {
+        hide();
+        // The raw event of the key is read when no window of ours has the keyboard any more.
+        QElapsedTimer clock;
+        for (clock.start(); QGuiApplication::focusWindow() && clock.elapsed() < 1000;)
+            QCoreApplication::sendPostedEvents();
+    }
+};
+
+TEST_F(X11EventMonitorsTest, aKeyThatClosesAWindowOfOursIsNoKeyOfAnotherProgram) {
+    watch(eventMask::keyDown);
+    for (int times = 0; times < 10; ++times) {
+        ClosedByAKey window;
+        window.show();
+        ASSERT_TRUE(waitUntil([&] { return window.isActive(); }));
+        settle();
+        keyboard.tap(key::escape);
+        QThread::msleep(30); // both roads have it before either is read
+        ASSERT_TRUE(waitUntil([&] { return !window.isVisible(); }));
+        settle();
+    }
+    EXPECT_THAT(keys, IsEmpty());
 }
 
 /// The whole way of a double tap, on the real clock, while another program holds the keyboard.

@@ -1,11 +1,17 @@
 #include "adapters/x11/X11HotKeys.h"
 
+#include "adapters/x11/X11KeyboardMap.h"
 #include "base/VirtualKeys.h"
+#include "support/PatternWindow.h"
+#include "support/ServerHolder.h"
 #include "support/TestKeyboard.h"
 #include "support/Wait.h"
 
 #include <QElapsedTimer>
+#include <QKeyEvent>
 #include <QProcess>
+#include <QRasterWindow>
+#include <QThread>
 
 #include <algorithm>
 #include <cstdio>
@@ -32,11 +38,15 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(run("setxkbmap us"));
         hotKeys = std::make_unique<X11HotKeys>();
-        hotKeys->installHandler([this](HotKeyId) { ++presses; });
+        hotKeys->installHandler([this](HotKeyId) { return pressed(); });
     }
     void TearDown() override {
         setLocks(false, false);
         (void)run("setxkbmap us");
+    }
+    KeyboardNext pressed() {
+        ++presses;
+        return next;
     }
     void registerV() { ASSERT_TRUE(hotKeys->registerHotKey(virtualKey::v, commandShift, {1, 1})); }
     void setLocks(bool caps, bool num) {
@@ -66,6 +76,7 @@ protected:
     testing::TestKeyboard keyboard;
     std::unique_ptr<X11HotKeys> hotKeys;
     int presses = 0;
+    KeyboardNext next = KeyboardNext::asBefore;
 };
 
 TEST_F(X11HotKeysTest, aPressIsToldUnderEveryStateOfTheLocks) {
@@ -81,7 +92,7 @@ TEST_F(X11HotKeysTest, aPressIsToldUnderEveryStateOfTheLocks) {
 TEST_F(X11HotKeysTest, aScrollLockThatIsAModifierIsALockToo) {
     ASSERT_TRUE(run("xmodmap -e 'add mod3 = Scroll_Lock'"));
     hotKeys = std::make_unique<X11HotKeys>();
-    hotKeys->installHandler([this](HotKeyId) { ++presses; });
+    hotKeys->installHandler([this](HotKeyId) { return pressed(); });
     registerV();
     keyboard.tap(78);
     EXPECT_EQ(pressesByXdotool(), 1);
@@ -169,7 +180,10 @@ TEST_F(X11HotKeysTest, withoutACommandKeyNothingCanBeRegistered) {
 TEST_F(X11HotKeysTest, theTimeFromThePressToTheHandlerIsShort) {
     QElapsedTimer clock;
     std::vector<double> times;
-    hotKeys->installHandler([&](HotKeyId) { times.push_back(static_cast<double>(clock.nsecsElapsed()) / 1e6); });
+    hotKeys->installHandler([&](HotKeyId) {
+        times.push_back(static_cast<double>(clock.nsecsElapsed()) / 1e6);
+        return KeyboardNext::asBefore;
+    });
     registerV();
     for (size_t i = 0; i < 100; ++i) {
         keyboard.down(key::leftSuper);
@@ -187,6 +201,175 @@ TEST_F(X11HotKeysTest, theTimeFromThePressToTheHandlerIsShort) {
     std::sort(times.begin(), times.end());
     std::printf("hot key to handler: median %.2f ms, 95th %.2f ms, longest %.2f ms\n", times[50], times[95], times[99]);
     EXPECT_LT(times[50], 20.0); // a tenth of what a person notices, also on a busy machine
+}
+
+TEST_F(X11HotKeysTest, aServerThatIsSlowWhenTheKeyboardChangesCostsNoHotKey) {
+    registerV();
+    testing::ServerHolder holder;
+    holder.hold(700ms, true); // 200 are waited for an answer
+    (void)waitUntil([] { return false; }, 700ms);
+    holder.wait();
+    (void)waitUntil([] { return false; }, 600ms);
+    EXPECT_EQ(pressesByPosition(), 1);
+    // And what changed meanwhile is known.
+    ASSERT_TRUE(run("xmodmap -e 'clear mod4' -e 'add mod3 = Super_L Super_R'"));
+    (void)waitUntil([&] { return pressesByPosition() == 1; }, 2s);
+    EXPECT_EQ(pressesByPosition(), 1);
+}
+
+TEST_F(X11HotKeysTest, aKeyRegisteredWhileTheServerIsSlowWorksAfterwards) {
+    (void)waitUntil([] { return false; }, 100ms); // the map is read
+    testing::ServerHolder holder;
+    holder.hold(1000ms, false);
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_TRUE(hotKeys->registerHotKey(virtualKey::v, commandShift, {1, 1}));
+    EXPECT_LT(clock.elapsed(), 700);
+    holder.wait();
+    (void)waitUntil([] { return false; }, 600ms);
+    EXPECT_EQ(pressesByPosition(), 1);
+}
+
+TEST(X11KeyboardMapTest, changesThatFollowEachOtherAreReadOnce) {
+    int readings = 0;
+    X11KeyboardMap *map = nullptr;
+    XcbClient client([&](const xcb_generic_event_t &event) { (void)map->take(event); });
+    X11KeyboardMap theMap(client, [&] { ++readings; });
+    map = &theMap;
+    theMap.start();
+    client.flush();
+    (void)waitUntil([] { return false; }, 200ms);
+    readings = 0;
+    testing::ServerHolder person;
+    for (int change = 0; change < 40; ++change)
+        person.changeKeyboard();
+    ASSERT_TRUE(waitUntil([&] { return readings > 0; }));
+    (void)waitUntil([] { return false; }, 200ms);
+    EXPECT_EQ(readings, 1);
+}
+
+/// A window of this program that notes what is typed into it.
+class Field final : public QRasterWindow {
+public:
+    [[nodiscard]] QString text() const { return m_text; }
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override { m_text += event->text(); }
+
+private:
+    QString m_text;
+};
+
+/// A press that opens a window of ours.
+class KeysAfterAPress : public X11HotKeysTest {
+protected:
+    void SetUp() override {
+        X11HotKeysTest::SetUp();
+        registerV();
+        next = KeyboardNext::ourWindow;
+        edit.show();
+        ASSERT_TRUE(waitUntil([this] { return edit.isActive(); }));
+    }
+    void expectTyped(const char *text) {
+        EXPECT_TRUE(waitUntil([&] { return edit.text() == QLatin1String(text); }, 3s)) << qPrintable(edit.text());
+    }
+    Field edit;
+};
+
+TEST_F(KeysAfterAPress, waitUntilAWindowOfOursHasTheKeyboard) {
+    Field opened;
+    hotKeys->installHandler([&](HotKeyId) {
+        opened.show();
+        opened.requestActivate();
+        return KeyboardNext::ourWindow;
+    });
+    keyboard.chord({key::leftSuper, key::leftShift, key::v});
+    keyboard.tap(key::b);
+    EXPECT_TRUE(waitUntil([&] { return opened.text() == QStringLiteral("b"); }, 3s)) << qPrintable(opened.text());
+    EXPECT_EQ(edit.text(), QString());
+}
+
+TEST_F(KeysAfterAPress, goToTheWindowBehindAtOnceWhereNoneOpens) {
+    next = KeyboardNext::asBefore;
+    QElapsedTimer clock;
+    clock.start();
+    keyboard.chord({key::leftSuper, key::leftShift, key::v});
+    keyboard.tap(key::b);
+    expectTyped("b");
+    EXPECT_LT(clock.elapsed(), 500); // half of what a keyboard is kept for
+}
+
+TEST_F(KeysAfterAPress, goToTheWindowBehindAfterASecondWhereNoneComes) {
+    keyboard.chord({key::leftSuper, key::leftShift, key::v});
+    keyboard.tap(key::b);
+    expectTyped("b");
+}
+
+TEST_F(KeysAfterAPress, goOnThoughTheMainThreadHangs) {
+    keyboard.chord({key::leftSuper, key::leftShift, key::v});
+    keyboard.tap(key::b);
+    testing::TestKeyboard other;
+    QElapsedTimer clock;
+    clock.start();
+    // No event loop: the server itself tells whether it still holds the keyboard back.
+    while (other.isDown(key::leftSuper) && clock.elapsed() < 5000)
+        QThread::msleep(10);
+    EXPECT_LT(clock.elapsed(), 2000);
+}
+
+TEST_F(KeysAfterAPress, ofAKeyThatIsStillDownAreNotLost) {
+    next = KeyboardNext::asBefore;
+    keyboard.down(key::leftSuper);
+    keyboard.down(key::leftShift);
+    keyboard.down(key::v);
+    keyboard.up(key::leftShift);
+    keyboard.up(key::leftSuper);
+    keyboard.tap(key::b); // before the hot key's own comes up
+    keyboard.up(key::v);
+    expectTyped("b");
+    EXPECT_EQ(presses, 1);
+    EXPECT_EQ(pressesByPosition(), 1);
+}
+
+/// A menu of another program: a window that holds pointer and keyboard.
+class PressesUnderAGrab : public X11HotKeysTest {
+protected:
+    void SetUp() override {
+        X11HotKeysTest::SetUp();
+        registerV();
+        settle();
+        keyboard.movePointer(300, 300);
+        ASSERT_TRUE(other.grabKeyboard());
+    }
+    testing::TestKeyboard other;
+};
+
+TEST_F(PressesUnderAGrab, ofAMenuAreToldOnce) {
+    ASSERT_TRUE(other.grabPointer());
+    EXPECT_EQ(pressesByPosition(), 1);
+    EXPECT_EQ(pressesByPosition(), 1);
+    other.ungrabPointer();
+    other.ungrabKeyboard();
+    EXPECT_EQ(pressesByPosition(), 1);
+}
+
+TEST_F(PressesUnderAGrab, ofOtherCombinationsAreNotTold) {
+    ASSERT_TRUE(other.grabPointer());
+    keyboard.tap(key::v);
+    keyboard.chord({key::leftSuper, key::v});
+    keyboard.chord({key::leftSuper, key::leftShift, key::b});
+    settle();
+    EXPECT_EQ(presses, 0);
+}
+
+TEST_F(PressesUnderAGrab, ofTheKeyboardAloneBelongToTheOtherProgram) {
+    EXPECT_EQ(pressesByPosition(), 0);
+}
+
+TEST_F(PressesUnderAGrab, ofALockedScreenAreNotTold) {
+    const testing::PatternWindow lock; // over everything
+    ASSERT_TRUE(other.grabPointer());
+    EXPECT_EQ(pressesByPosition(), 0);
 }
 
 } // namespace
