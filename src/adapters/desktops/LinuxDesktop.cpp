@@ -1,8 +1,10 @@
 #include "adapters/desktops/LinuxDesktop.h"
 
 #include "adapters/linux/DBusSingleInstance.h"
+#include "adapters/linux/DesktopLooks.h"
 #include "adapters/linux/DesktopUrlOpener.h"
-#include "adapters/linux/LateAppearance.h"
+#include "adapters/linux/GtkSettingsFiles.h"
+#include "adapters/linux/LateAccessibility.h"
 #include "adapters/linux/NoFeedUpdater.h"
 #include "adapters/linux/NoMovieAsset.h"
 #include "adapters/linux/PluginKeychain.h"
@@ -31,7 +33,12 @@ const Folders &LinuxDesktop::folders() {
 }
 
 Instance LinuxDesktop::becomeOnlyInstance(std::function<void()> onReopen) {
-    return m_instance.get([&] { return std::make_unique<DBusSingleInstance>(std::move(onReopen)); }).start();
+    const Instance instance =
+        m_instance.get([&] { return std::make_unique<DBusSingleInstance>(std::move(onReopen)); }).start();
+    // Before the first widget, at which the toolkit would ask for screen readers itself and wait.
+    if (instance == Instance::first)
+        m_accessibility = std::make_unique<LateAccessibility>();
+    return instance;
 }
 
 Application &LinuxDesktop::application() {
@@ -53,7 +60,13 @@ Time &LinuxDesktop::time() {
 }
 
 Appearance &LinuxDesktop::appearance() {
-    return m_appearance.get([] { return std::make_unique<LateAppearance>(); });
+    return m_appearance.get([this] { return std::make_unique<DesktopLooks>(toolkitSettings()); });
+}
+
+std::vector<std::unique_ptr<Appearance>> LinuxDesktop::toolkitSettings() {
+    std::vector<std::unique_ptr<Appearance>> settings;
+    settings.push_back(std::make_unique<GtkSettingsFiles>(folders().preferences));
+    return settings;
 }
 
 Alerts &LinuxDesktop::alerts() {

@@ -4,11 +4,14 @@
 #include "ports/Desktop.h"
 #include "ports/Folders.h"
 
+#include <memory>
 #include <optional>
+#include <vector>
 
 namespace tavrine {
 
 class DBusSingleInstance;
+class LateAccessibility;
 
 /// What every Linux desktop has, whatever draws its windows. The keepers of the other ports derive from it.
 class LinuxDesktop : public Desktop {
@@ -36,9 +39,13 @@ public:
 protected:
     LinuxDesktop();
 
+    /// Where the person's wishes for looks stand when no portal knows them, in the order in which they count.
+    [[nodiscard]] virtual std::vector<std::unique_ptr<Appearance>> toolkitSettings();
+
 private:
     std::optional<Folders> m_folders;
     MadeOnce<DBusSingleInstance> m_instance;
+    std::unique_ptr<LateAccessibility> m_accessibility;
     MadeOnce<Time> m_time;
     MadeOnce<Application> m_application;
     MadeOnce<LoginItem> m_loginItem;

@@ -14,6 +14,7 @@
 #include "adapters/x11/X11Screens.h"
 #include "adapters/x11/X11Workspace.h"
 #include "adapters/x11/XEmbedTrayIcon.h"
+#include "adapters/x11/XSettingsAppearance.h"
 
 #include <QToolTip>
 
@@ -85,6 +86,12 @@ EventPoster &X11Desktop::eventPoster() {
 
 Access &X11Desktop::access() {
     return m_access.get([] { return std::make_unique<X11Access>(); });
+}
+
+std::vector<std::unique_ptr<Appearance>> X11Desktop::toolkitSettings() {
+    auto settings = LinuxDesktop::toolkitSettings();
+    settings.insert(settings.begin(), std::make_unique<XSettingsAppearance>());
+    return settings;
 }
 
 Pasteboard &X11Desktop::pasteboard() {

@@ -26,6 +26,9 @@ public:
     [[nodiscard]] Access &access() override;
     [[nodiscard]] Pasteboard &pasteboard() override;
 
+protected:
+    [[nodiscard]] std::vector<std::unique_ptr<Appearance>> toolkitSettings() override;
+
 private:
     [[nodiscard]] X11ApplicationActivator &x11Activator();
 
