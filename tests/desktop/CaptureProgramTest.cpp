@@ -82,6 +82,31 @@ TEST_P(CaptureProgram, whatWasUnderTheDragIsOnThePasteboardAndInTheSavedFile) {
     EXPECT_TRUE(waitUntil([this] { return cards() == 0; }));
 }
 
+TEST_P(CaptureProgram, aMenuOfAnotherProgramIsInThePictureThatWasAskedForWhileItWasOpen) {
+    const QRect area(QPoint(500, 100), QPoint(699, 299));
+    constexpr quint32 colour = 0x8040c0;
+    const auto menu = pattern.addWindow(area, colour);
+    desktop.keyboard.movePointer(area.center().x(), area.center().y());
+    TestKeyboard other;
+    ASSERT_TRUE(other.grabPointer());
+    ASSERT_TRUE(other.grabKeyboard());
+    ASSERT_NO_FATAL_FAILURE(pressHotKey());
+    pattern.removeWindow(menu); // as a menu goes
+    other.ungrabPointer();
+    other.ungrabKeyboard();
+    (void)waitUntil([] { return false; }, 200ms); // the overlay takes over what is free now
+    desktop.keyboard.movePointer(area.left(), area.top());
+    desktop.keyboard.press(1);
+    desktop.keyboard.movePointer(area.center().x(), area.center().y());
+    desktop.keyboard.movePointer(area.right(), area.bottom());
+    desktop.keyboard.release(1);
+    EXPECT_TRUE(waitUntil([&] {
+        const QImage picture = QImage::fromData(paste("image/png")).convertToFormat(QImage::Format_RGB32);
+        return picture.size() == area.size() && (picture.pixel(100, 100) & 0xffffff) == colour;
+    }));
+    EXPECT_EQ(cards(), 1U); // and one capture it was
+}
+
 TEST_P(CaptureProgram, escapeLeavesNothingBehind) {
     copy("copied before");
     pressHotKey();
