@@ -6,7 +6,6 @@
 #include "base/NotificationCenter.h"
 #include "base/UserDefaults.h"
 #include "shell/HotKeyCenter.h"
-#include "support/ServerHolder.h"
 #include "support/TestKeyboard.h"
 #include "support/Wait.h"
 
@@ -209,19 +208,6 @@ TEST_F(X11EventMonitorsTest, aMonitorMayEndItselfAndAnotherWhileItIsCalled) {
     keyboard.tap(key::leftAlt);
     settle();
     EXPECT_EQ(calls, 1);
-}
-
-TEST_F(X11EventMonitorsTest, aServerThatIsSlowWhenTheKeyboardChangesCostsNoModifier) {
-    watch(eventMask::flagsChanged);
-    settle();
-    testing::ServerHolder holder;
-    holder.hold(700ms, true); // 200 are waited for an answer
-    (void)waitUntil([] { return false; }, 700ms);
-    holder.wait();
-    (void)waitUntil([] { return false; }, 600ms);
-    keyboard.tap(key::leftAlt);
-    settle();
-    EXPECT_THAT(flags, ElementsAre(0x80000, 0));
 }
 
 /// A window of this program that a key closes.
