@@ -14,18 +14,8 @@
 namespace tavrine {
 namespace {
 
-constexpr mode_t privateMode = S_IRUSR | S_IWUSR;
-
-void syncFolder(const QByteArray &folder) {
-    const int fd = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0)
-        return;
-    ::fsync(fd);
-    ::close(fd);
-}
-
-QByteArray folderOf(const QByteArray &path) {
-    return QFile::encodeName(QFileInfo(QFile::decodeName(path)).absolutePath());
+FileResult resultOf(int error) {
+    return error == 0 ? FileResult() : FileResult::failure(error);
 }
 
 /// Takes all rights of group and others from what is the person's own and of this type.
@@ -39,8 +29,9 @@ void takeRightsOfOthers(const QString &path, mode_t type) {
         ::chmod(name.constData(), mode & ~static_cast<mode_t>(S_IRWXG | S_IRWXO));
 }
 
-FileResult renamed(const QByteArray &from, const QByteArray &to, unsigned flags = 0) {
-    return FileResult::ofCall(::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), flags));
+/// Replaces nothing.
+FileResult renamed(const QByteArray &from, const QByteArray &to) {
+    return FileResult::ofCall(::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE));
 }
 
 } // namespace
@@ -76,75 +67,15 @@ FileResult writePrivateFile(const QString &path, const QByteArray &content) {
     return writer.commit();
 }
 
-PrivateFileWriter::PrivateFileWriter(const QString &path) {
-    const QFileInfo info(path);
-    m_target = QFile::encodeName(info.isSymLink() ? info.symLinkTarget() : path);
-    m_unfinished = m_target + ".unfinished";
-    m_file = ::open(folderOf(m_target).constData(), O_WRONLY | O_TMPFILE | O_CLOEXEC, privateMode);
-    if (m_file < 0 && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
-        ::unlink(m_unfinished.constData()); // of a write that was cut off
-        m_file = ::open(m_unfinished.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, privateMode);
-        m_isNamed = m_file >= 0;
-    }
-    m_result = FileResult::ofCall(m_file);
-}
-
-PrivateFileWriter::~PrivateFileWriter() {
-    if (m_file >= 0)
-        ::close(m_file);
-    if (m_isNamed)
-        ::unlink(m_unfinished.constData());
-}
+PrivateFileWriter::PrivateFileWriter(const QString &path)
+    : m_writer(QFile::encodeName(path).toStdString(), {.rights = FileRights::ownerOnly, .isDurable = true}) {}
 
 FileResult PrivateFileWriter::write(const QByteArray &piece) {
-    qsizetype written = 0;
-    while (m_result && written < piece.size()) {
-        const ssize_t n = ::write(m_file, piece.constData() + written, static_cast<size_t>(piece.size() - written));
-        if (n < 0 && errno != EINTR)
-            m_result = FileResult::ofCall(-1);
-        else if (n == 0)
-            m_result = FileResult::failure(ENOSPC);
-        written += n > 0 ? n : 0;
-    }
-    return m_result;
+    return resultOf(m_writer.write({piece.constData(), static_cast<size_t>(piece.size())}));
 }
 
 FileResult PrivateFileWriter::commit() {
-    if (m_result)
-        m_result = FileResult::ofCall(::fsync(m_file));
-    if (m_result)
-        m_result = m_isNamed ? renamed(m_unfinished, m_target) : giveName();
-    if (m_result) {
-        m_isNamed = false;
-        syncFolder(folderOf(m_target));
-    }
-    return m_result;
-}
-
-FileResult PrivateFileWriter::linkAs(const QByteArray &name) const {
-    const QByteArray self = "/proc/self/fd/" + QByteArray::number(m_file);
-    return FileResult::ofCall(::linkat(AT_FDCWD, self.constData(), AT_FDCWD, name.constData(), AT_SYMLINK_FOLLOW));
-}
-
-FileResult PrivateFileWriter::giveName() const {
-    FileResult result = linkAs(m_target);
-    // A link cannot replace a file, a rename can. What stands under the name in between is another write's, cut off or
-    // under way, and whole in either case.
-    constexpr int mostTries = 10;
-    for (int i = 0; i < mostTries && result.error() == EEXIST; ++i) {
-        result = linkAs(m_unfinished);
-        if (result) {
-            result = renamed(m_unfinished, m_target);
-            if (result || result.error() != ENOENT)
-                break;
-            result = FileResult::failure(EEXIST); // another write took the name away
-        } else if (result.error() == EEXIST) {
-            ::unlink(m_unfinished.constData());
-        }
-    }
-    if (!result)
-        ::unlink(m_unfinished.constData());
-    return result;
+    return resultOf(m_writer.commit());
 }
 
 std::optional<QString> setUnreadableFileAside(const QString &path, Date now) {
@@ -154,7 +85,7 @@ std::optional<QString> setUnreadableFileAside(const QString &path, Date now) {
     constexpr int mostTries = 1000;
     QString free = name;
     for (int i = 2; i <= mostTries; ++i) {
-        const FileResult moved = renamed(QFile::encodeName(path), QFile::encodeName(free), RENAME_NOREPLACE);
+        const FileResult moved = renamed(QFile::encodeName(path), QFile::encodeName(free));
         if (moved)
             return free;
         if (moved.error() != EEXIST)

@@ -2,6 +2,7 @@
 
 #include "base/Date.h"
 #include "base/FileResult.h"
+#include "base/WholeFile.h"
 
 #include <QByteArray>
 #include <QString>
@@ -26,30 +27,16 @@ void claimPrivateFile(const QString &path);
 /// either the old content or the new one. When it could not be written the old content stands.
 FileResult writePrivateFile(const QString &path, const QByteArray &content);
 
-/// The same for a content that comes in pieces. The file has no name before `commit`, so that a program that is killed
-/// in between leaves nothing behind; only where the file system cannot do that, or another file is replaced, does it
-/// pass through the name with ".unfinished" behind it, where the next write takes it away.
+/// The same for a content that comes in pieces; see `WholeFileWriter`.
 class PrivateFileWriter {
 public:
-    /// A link keeps its place: the file that it points to is the one that is written.
     explicit PrivateFileWriter(const QString &path);
-    ~PrivateFileWriter(); ///< without a commit nothing stays
-    PrivateFileWriter(const PrivateFileWriter &) = delete;
-    PrivateFileWriter &operator=(const PrivateFileWriter &) = delete;
 
-    /// After a failure every further call fails in the same way.
     FileResult write(const QByteArray &piece);
     FileResult commit();
 
 private:
-    [[nodiscard]] FileResult giveName() const;
-    [[nodiscard]] FileResult linkAs(const QByteArray &name) const;
-
-    QByteArray m_target;
-    QByteArray m_unfinished;
-    int m_file = -1;
-    bool m_isNamed = false; ///< it stands under `m_unfinished`
-    FileResult m_result;
+    WholeFileWriter m_writer;
 };
 
 /// Moves the file at `path` out of the way, to a free name beside it that tells why and when: the path, ".unreadable-"

@@ -109,9 +109,10 @@ bool MediaStore::removeLeftovers(const QSet<QString> &named, int most) {
     if (!folder)
         return false;
     const std::scoped_lock lock(m_mutex);
-    // Only what is named as files are named here, a UUID and ".jpg", with what a write that was cut off had behind it.
-    static const QRegularExpression ours(
-        QStringLiteral("^([0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.jpg)(\\.unfinished|\\.[A-Za-z0-9]{6})?$"));
+    // Only what is named as files are named here: a UUID and ".jpg", with what a write that was cut off had behind it
+    // or, beside it, instead of it.
+    static const QRegularExpression ours(QStringLiteral("^(?:([0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.jpg)"
+                                                        "(\\.[A-Za-z0-9]{6})?|\\.tavrine-[0-9a-f]{16})$"));
     int removed = 0;
     for (QDirIterator files(*folder, QDir::Files | QDir::Hidden); files.hasNext();) {
         files.next();

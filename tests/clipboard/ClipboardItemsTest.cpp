@@ -435,7 +435,7 @@ TEST_F(ClipboardItems, whatAnEarlierRunLeftIsRemovedAtTheStart) {
     save(str("Copied Image"), 1s, named);
     write(imagesFolder + u'/' + freshUuidString() + str(".jpg"));
     write(imagesFolder + u'/' + freshUuidString() + str(".jpg.aB3xY9"));
-    write(imagesFolder + u'/' + freshUuidString() + str(".jpg.unfinished"));
+    write(imagesFolder + u'/' + str(".tavrine-0123456789abcdef"));
     write(imagesFolder + str("/holiday.jpg")); // not named as ours are
     start();
     const auto saved = manager->saveImage(picture(4, 3)); // before the removal has its turn

@@ -14,6 +14,7 @@
 #include <memory>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace tavrine::test {
 namespace {
@@ -90,7 +91,7 @@ protected:
 
     /// Nothing at all, hidden names included.
     [[nodiscard]] QStringList filesLeft() const {
-        return QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        return QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     }
 
     QTemporaryDir folder;
@@ -363,6 +364,20 @@ TEST_F(ScreenCapture, aFileThatCannotBeWrittenIsToldBeforeThePersonChooses) {
         EXPECT_EQ(statusOf(*tool), 1) << path.toStdString();
         EXPECT_FALSE(tool->readAllStandardError().isEmpty());
         EXPECT_TRUE(filesLeft().isEmpty());
+    }
+}
+
+TEST_F(ScreenCapture, aFileThatIsADeviceAPipeOrAFolderIsRefusedAndStays) {
+    ASSERT_EQ(::mkfifo(QFile::encodeName(file("pipe")).constData(), 0600), 0);
+    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/null"), file("device")));
+    ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("folder")));
+    const QStringList before = filesLeft();
+    for (const auto &[name, reason] :
+         {std::pair("pipe", "not a plain file"), {"device", "not a plain file"}, {"folder", "Is a directory"}}) {
+        const auto tool = start({QStringLiteral("-i"), QStringLiteral("-x"), file(name)});
+        EXPECT_EQ(statusOf(*tool), 1) << name;
+        EXPECT_EQ(tool->readAllStandardError(), "screencapture: " + file(name).toUtf8() + ": " + reason + "\n");
+        EXPECT_EQ(filesLeft(), before);
     }
 }
 

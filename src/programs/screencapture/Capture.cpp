@@ -1,8 +1,8 @@
 #include "programs/screencapture/Capture.h"
 
+#include "base/WholeFile.h"
 #include "programs/screencapture/PngEncoder.h"
 #include "programs/screencapture/ShutterSound.h"
-#include "programs/screencapture/WholeFile.h"
 
 #include <QDeadlineTimer>
 
@@ -37,8 +37,8 @@ bool Capture::isStopped() const {
 }
 
 int Capture::run() {
-    if (const int error = whyNotWritable(m_line.file)) {
-        complain(m_line.file + ": " + std::strerror(error));
+    if (const auto reason = whyNotWritable(m_line.file)) {
+        complain(m_line.file + ": " + *reason);
         return noPicture;
     }
     m_session = OverlaySession::open();
@@ -134,7 +134,11 @@ int Capture::save(const QRect &area) {
     const FilePieces pieces = encodePng(m_session->picture(), area, threads, stopped);
     if (pieces.empty())
         return noPicture;
-    if (const int error = writeWholeFile(m_line.file, pieces, stopped)) {
+    std::vector<std::string_view> bytes;
+    for (const auto &piece : pieces)
+        bytes.emplace_back(reinterpret_cast<const char *>(piece.data()), piece.size());
+    if (const int error = writeWholeFile(m_line.file, bytes,
+                                         {.rights = FileRights::ownerOnly, .isDurable = false, .isStopped = stopped})) {
         if (error != ECANCELED)
             complain(m_line.file + ": " + std::strerror(error));
         return noPicture;
