@@ -14,6 +14,8 @@
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace tavrine::test {
 namespace {
@@ -266,6 +268,26 @@ TEST_F(PosixTaskLauncherTest, whatIsNoProgramIsNotStarted) {
 TEST_F(PosixTaskLauncherTest, anArgumentListLongerThanTheSystemTakesIsRefused) {
     makeProgram(text("tool"), "exit 0\n");
     EXPECT_TRUE(launcher.makeTask(text("tool"), {QString(4 * 1024 * 1024, QLatin1Char('x'))})->launch());
+}
+
+TEST_F(PosixTaskLauncherTest, aProgramEndsWithTheProcessThatStartedIt) {
+    makeProgram(text("tool"), "echo $$ >" + out + "; exec sleep 30\n");
+    const pid_t starter = fork();
+    ASSERT_GE(starter, 0);
+    if (starter == 0) {
+        static_cast<void>(launcher.makeTask(text("tool"), {})->launch());
+        for (;;)
+            pause();
+    }
+    ASSERT_TRUE(eventually([this] { return output().endsWith('\n'); }));
+    const QString process = text("/proc/") + QString::fromLatin1(output().trimmed());
+    EXPECT_TRUE(QFile::exists(process));
+    kill(starter, SIGKILL);
+    waitpid(starter, nullptr, 0);
+    EXPECT_TRUE(eventually([&process] { // nobody may be there who takes its status
+        QFile status(process + text("/status"));
+        return !status.open(QIODevice::ReadOnly) || status.readAll().contains("State:\tZ");
+    }));
 }
 
 TEST_F(PosixTaskLauncherTest, manyProgramsAtOnceAllTellTheirEnd) {

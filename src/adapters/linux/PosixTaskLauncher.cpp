@@ -1,9 +1,12 @@
 #include "adapters/linux/PosixTaskLauncher.h"
 
+#include "base/Descriptor.h"
+
 #include <QByteArray>
 #include <QFile>
 
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstring>
 #include <mutex>
@@ -12,7 +15,7 @@
 #include <vector>
 
 #include <fcntl.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -35,44 +38,63 @@ struct Run {
     Task::TerminationHandler handler;
 };
 
-/// The settings of a fresh process, freed with it.
-class Settings {
-public:
-    Settings() {
-        posix_spawn_file_actions_init(&m_actions);
-        posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1);
-        posix_spawnattr_init(&m_attributes);
-        sigset_t none;
-        sigset_t all;
-        sigemptyset(&none);
-        sigfillset(&all);
-        posix_spawnattr_setsigmask(&m_attributes, &none);
-        posix_spawnattr_setsigdefault(&m_attributes, &all); // we ignore SIGPIPE; others rely on it
-        posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+/// The rest of a fresh process, up to the program's own code: only calls that are allowed between fork and exec.
+[[noreturn]] void become(const char *program, char *const *arguments, int failure, pid_t parent) {
+    // Whatever ends us ends the program too; and we may have ended before it could ask for that.
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != parent)
+        _exit(unknownStatus);
+    for (int number = 1; number < NSIG; ++number) // we ignore SIGPIPE; others rely on it
+        signal(number, SIG_DFL);
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (nothing >= 0 && dup2(nothing, STDIN_FILENO) == STDIN_FILENO) {
+        close_range(STDERR_FILENO + 1, static_cast<unsigned>(failure) - 1, 0);
+        close_range(static_cast<unsigned>(failure) + 1, UINT_MAX, 0);
+        execv(program, arguments);
     }
-    ~Settings() {
-        posix_spawn_file_actions_destroy(&m_actions);
-        posix_spawnattr_destroy(&m_attributes);
-    }
-    Settings(const Settings &) = delete;
-    Settings &operator=(const Settings &) = delete;
+    const int error = errno;
+    static_cast<void>(::write(failure, &error, sizeof error));
+    _exit(unknownStatus);
+}
 
-    int spawn(pid_t &pid, const QString &program, const QStringList &arguments) {
-        std::vector<QByteArray> texts{QFile::encodeName(program)};
-        for (const QString &argument : arguments)
-            texts.push_back(QFile::encodeName(argument));
-        std::vector<char *> pointers;
-        for (QByteArray &text : texts)
-            pointers.push_back(text.data());
-        pointers.push_back(nullptr);
-        return posix_spawn(&pid, texts.front().constData(), &m_actions, &m_attributes, pointers.data(), environ);
-    }
+/// 0 and the process, or errno's number. The process ends with the thread that starts it: the main one.
+int spawn(pid_t &pid, const QString &program, const QStringList &arguments) {
+    std::vector<QByteArray> texts{QFile::encodeName(program)};
+    for (const QString &argument : arguments)
+        texts.push_back(QFile::encodeName(argument));
+    std::vector<char *> pointers;
+    for (QByteArray &text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
 
-private:
-    posix_spawn_file_actions_t m_actions{};
-    posix_spawnattr_t m_attributes{};
-};
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        return errno;
+    const Descriptor answer(ends[0]);
+    Descriptor failure(fcntl(ends[1], F_DUPFD_CLOEXEC, STDERR_FILENO + 1)); // above what the program gets
+    ::close(ends[1]);
+    if (!failure.isOpen())
+        return errno;
+    const pid_t parent = getpid();
+    pid = fork();
+    if (pid < 0)
+        return errno;
+    if (pid == 0)
+        become(texts.front().constData(), pointers.data(), failure.number(), parent);
+    failure.close();
+    // It says nothing when it has become the program, which closes its end.
+    int error = 0;
+    ssize_t count = 0;
+    while ((count = read(answer.number(), &error, sizeof error)) < 0 && errno == EINTR) {
+    }
+    if (count != sizeof error)
+        return 0;
+    waitpid(pid, nullptr, 0);
+    return error;
+}
 
 /// Until the program has ended; the status is fetched under the lock, so that no signal can go to a number that
 /// belongs to another process by then.
@@ -105,7 +127,7 @@ public:
         if (m_run->pid != 0)
             return QStringLiteral("launched before");
         pid_t pid = 0;
-        if (const int error = Settings().spawn(pid, m_program, m_arguments))
+        if (const int error = spawn(pid, m_program, m_arguments))
             return textOf(error);
         m_run->pid = pid;
         m_run->isRunning = true;

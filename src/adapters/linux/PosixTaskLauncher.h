@@ -9,7 +9,7 @@ namespace tavrine {
 ///
 /// What a program gets: its arguments, our environment, our standard output and error, nothing on its standard input,
 /// none of our other files, and the signals as they are at login. SIGTERM reaches the program alone and not what it
-/// started in turn.
+/// started in turn; it comes too when our process ends, however that happens.
 class PosixTaskLauncher final : public TaskLauncher {
 public:
     /// `programFolder` is where this program's own file stands, and the programs that come with it.
