@@ -8,7 +8,7 @@
 
 namespace tavrine {
 
-QString freshDragFile(const QString &temporaryFolder, const QString &fileName, Date now) {
+void removeOldDrags(const QString &temporaryFolder, Date now) {
     const auto drags = QDir(temporaryFolder)
                            .entryInfoList({QLatin1String(dragFolderPrefix) + QLatin1Char('*')},
                                           QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks);
@@ -17,6 +17,9 @@ QString freshDragFile(const QString &temporaryFolder, const QString &fileName, D
         if (age > dragFileLife.count())
             QDir(drag.absoluteFilePath()).removeRecursively();
     }
+}
+
+QString freshDragFile(const QString &temporaryFolder, const QString &fileName) {
     const QString folder = temporaryFolder + QLatin1Char('/') + QLatin1String(dragFolderPrefix) + freshUuidString();
     return makePrivateFolder(folder) ? folder + QLatin1Char('/') + fileName : QString();
 }

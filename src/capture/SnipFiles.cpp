@@ -6,10 +6,12 @@
 #include "capture/PngData.h"
 
 #include <QDateTime>
+#include <QFile>
 #include <QFileInfo>
 #include <QLocale>
 
 #include <cmath>
+#include <cstring>
 
 namespace tavrine {
 namespace {
@@ -22,8 +24,13 @@ bool isTaken(const QString &path) {
     return info.exists() || info.isSymLink();
 }
 
-bool write(const QString &path, const SnipFiles::Png &png) {
-    return png.data && writePrivateFile(path, *png.data);
+SnipFiles::Outcome write(const QString &path, const SnipFiles::Png &png, FileRights rights) {
+    if (!png.data)
+        return {path, QStringLiteral("the picture could not be encoded")};
+    const std::string_view bytes(png.data->constData(), static_cast<size_t>(png.data->size()));
+    const int error = writeWholeFile(QFile::encodeName(path).toStdString(), {bytes},
+                                     {.rights = rights, .isDurable = true, .isStopped = {}});
+    return {path, error == 0 ? QString() : QString::fromLocal8Bit(std::strerror(error))};
 }
 
 } // namespace
@@ -45,33 +52,37 @@ QString freePath(const QString &folder, const QString &fileName) {
     }
 }
 
-SnipFiles::Prepared SnipFiles::prepare(const QImage &image, const QString &folder) {
+SnipFiles::Prepared SnipFiles::prepare(const QImage &image, const QString &folder) const {
     auto png = std::make_shared<Png>(Png{image, std::nullopt});
-    m_queue.async([png, folder] {
-        makePrivateFolder(folder); // when it cannot be made, the write tells
+    m_queue->async([png, folder] {
+        if (!folder.isEmpty())
+            makePrivateFolder(folder); // when it cannot be made, the write tells
         png->data = pngData(png->image);
+        png->image = {};
     });
     return png;
 }
 
-void SnipFiles::saveIn(const QString &folder, const QString &fileName, const Prepared &png,
-                       std::function<void(std::optional<QString>)> done) {
-    m_queue.async([&time = m_time, folder, fileName, png, done = std::move(done)] {
-        const QString path = freePath(folder, fileName);
-        const auto written = write(path, *png) ? std::optional(path) : std::nullopt;
-        time.async([done, written] { done(written); });
+void SnipFiles::saveIn(const QString &folder, const QString &fileName, const Prepared &png, Answer done) const {
+    m_queue->async([time = m_time, folder, fileName, png, done = std::move(done)] {
+        const Outcome outcome = write(freePath(folder, fileName), *png, FileRights::ownerOnly);
+        time->async([done, outcome] { done(outcome); });
     });
 }
 
-void SnipFiles::saveAs(const QString &path, const Prepared &png, std::function<void(bool)> done) {
-    m_queue.async([&time = m_time, path, png, done = std::move(done)] {
-        const bool isWritten = write(path, *png);
-        time.async([done, isWritten] { done(isWritten); });
+void SnipFiles::saveAs(const QString &path, const Prepared &png, FileRights rights, Answer done) const {
+    m_queue->async([time = m_time, path, png, rights, done = std::move(done)] {
+        const Outcome outcome = write(path, *png, rights);
+        time->async([done, outcome] { done(outcome); });
     });
 }
 
-void SnipFiles::finish() {
-    m_queue.sync([] {});
+void SnipFiles::finish() const {
+    m_queue->sync([] {});
+}
+
+QString saveFailureMessage(const SnipFiles::Outcome &outcome) {
+    return QStringLiteral("Couldn't save \"%1\": %2").arg(QFileInfo(outcome.path).fileName(), outcome.failure);
 }
 
 } // namespace tavrine

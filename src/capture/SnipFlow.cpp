@@ -7,7 +7,6 @@
 #include "ports/Pasteboard.h"
 #include "upload/Uploads.h"
 
-#include <QFileInfo>
 #include <QPointer>
 
 namespace tavrine {
@@ -107,9 +106,14 @@ SnippetPreviewModel::Actions SnipFlow::cardActions(const QImage &image) {
 }
 
 QString SnipFlow::beginDragFile(const QImage &image) {
-    const QString path = freshDragFile(m_ports.folders.temporary, snipFileName(), m_ports.time.now());
-    if (!path.isEmpty())
-        m_files.saveAs(path, m_files.prepare(image, QFileInfo(path).absolutePath()), [](bool) {});
+    const QString &temporary = m_ports.folders.temporary;
+    Time &time = m_ports.time;
+    removeOldDrags(temporary, time.now());
+    const QString path = freshDragFile(temporary, snipFileName());
+    if (path.isEmpty())
+        return path;
+    m_files.saveAs(path, m_files.prepare(image, {}), FileRights::ownerOnly, [](const auto &) {});
+    time.asyncAfter(dragFileLife + Seconds(1), [temporary, &time] { removeOldDrags(temporary, time.now()); });
     return path;
 }
 

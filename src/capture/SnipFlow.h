@@ -52,6 +52,8 @@ public:
         std::function<void()> activateApplication;
         std::function<void(const QImage &)> openEditorDirectly;
         std::function<void(const QImage &)> getTextFromSnip;
+        /// For a save that failed; the icon is a symbol.
+        std::function<void(const QString &message, const QString &icon)> showToast = {};
     };
     /// The content of the windows, taken over by them. The models live at least as long.
     struct Views {
@@ -107,6 +109,7 @@ private:
     [[nodiscard]] QString beginDragFile(const QImage &image);
     void saveHere(const SnipFiles::Prepared &png, const QString &directory, bool useAsDefault,
                   const Completion &completion);
+    void tellOfFailure(const SnipFiles::Outcome &outcome) const;
     void runSavePanel(const SnipFiles::Prepared &png, const QString &directory, bool useAsDefault,
                       const Completion &completion);
 

@@ -30,8 +30,11 @@ void SnipFlow::saveSnip(const QImage &image, const Completion &completion) {
     const QString directory = snipDefaultDirectory();
     const auto png = m_files.prepare(image, directory);
     if (preference::snipUseSaveDefault.get(m_ports.defaults)) {
-        m_files.saveIn(directory, snipFileName(), png,
-                       [completion](const std::optional<QString> &path) { completion(path.has_value()); });
+        m_files.saveIn(directory, snipFileName(), png, [self = QPointer(this), completion](const auto &outcome) {
+            if (self)
+                self->tellOfFailure(outcome);
+            completion(outcome.isWritten());
+        });
         return;
     }
     showSnipSaveDialog(directory, {.onSaveHere =
@@ -56,48 +59,55 @@ void SnipFlow::saveSnip(const QImage &image, const Completion &completion) {
 void SnipFlow::saveHere(const SnipFiles::Prepared &png, const QString &directory, bool useAsDefault,
                         const Completion &completion) {
     m_files.saveIn(directory, snipFileName(), png,
-                   [self = QPointer(this), useAsDefault, completion](const std::optional<QString> &path) {
-                       if (path && useAsDefault && self)
+                   [self = QPointer(this), useAsDefault, completion](const SnipFiles::Outcome &outcome) {
+                       if (outcome.isWritten() && useAsDefault && self)
                            preference::snipUseSaveDefault.set(self->m_ports.defaults, true);
-                       completion(path.has_value());
+                       if (self)
+                           self->tellOfFailure(outcome);
+                       completion(outcome.isWritten());
                    });
+}
+
+void SnipFlow::tellOfFailure(const SnipFiles::Outcome &outcome) const {
+    if (!outcome.isWritten() && m_actions.showToast)
+        m_actions.showToast(saveFailureMessage(outcome), QStringLiteral("exclamationmark.triangle.fill"));
 }
 
 void SnipFlow::runSavePanel(const SnipFiles::Prepared &png, const QString &directory, bool useAsDefault,
                             const Completion &completion) {
     if (m_actions.activateApplication)
         m_actions.activateApplication();
-    const auto onWritten = [self = QPointer(this), useAsDefault, completion](const QString &path, bool isWritten) {
-        if (isWritten && self) {
-            preference::snipSaveDirectoryPath.set(self->m_ports.defaults, QFileInfo(path).absolutePath());
+    const auto onAnswer = [self = QPointer(this), useAsDefault, completion](const SnipFiles::Outcome &outcome) {
+        if (outcome.isWritten() && self) {
+            preference::snipSaveDirectoryPath.set(self->m_ports.defaults, QFileInfo(outcome.path).absolutePath());
             if (useAsDefault)
                 preference::snipUseSaveDefault.set(self->m_ports.defaults, true);
         }
-        completion(isWritten);
+        if (self)
+            self->tellOfFailure(outcome);
+        completion(outcome.isWritten());
     };
-    m_ports.filePanels.runSavePanel(
-        {.title = QStringLiteral("Save Snip"),
-         .prompt = QStringLiteral("Save"),
-         .fileName = snipFileName(),
-         .directory = directory,
-         .filter = QStringLiteral("PNG (*.png)")},
-        [self = QPointer(this), png, onWritten](const std::optional<QString> &path) {
-            if (path && self)
-                self->m_files.saveAs(*path, png, [path, onWritten](bool isWritten) { onWritten(*path, isWritten); });
-            else
-                onWritten({}, false);
-        });
+    m_ports.filePanels.runSavePanel({.title = QStringLiteral("Save Snip"),
+                                     .prompt = QStringLiteral("Save"),
+                                     .fileName = snipFileName(),
+                                     .directory = directory,
+                                     .filter = QStringLiteral("PNG (*.png)")},
+                                    [files = m_files, png, onAnswer, completion](const std::optional<QString> &path) {
+                                        if (path)
+                                            files.saveAs(*path, png, FileRights::asUsual, onAnswer);
+                                        else
+                                            completion(false);
+                                    });
 }
 
 void SnipFlow::autoSaveSnip(const QImage &image) {
     if (image.isNull())
         return;
     const QString directory = snipDefaultDirectory();
-    m_files.saveIn(directory, snipFileName(), m_files.prepare(image, directory),
-                   [](const std::optional<QString> &path) {
-                       if (path)
-                           printLine(QStringLiteral("Auto-saved snip to: ") + *path);
-                   });
+    m_files.saveIn(directory, snipFileName(), m_files.prepare(image, directory), [](const SnipFiles::Outcome &outcome) {
+        if (outcome.isWritten())
+            printLine(QStringLiteral("Auto-saved snip to: ") + outcome.path);
+    });
 }
 
 void SnipFlow::showSnipSaveDialog(const QString &directory, SnipSaveDialogModel::Actions actions) {

@@ -1,12 +1,14 @@
 #include "capture/SnipFiles.h"
 
 #include "SnipTest.h"
+#include "capture/CaptureLeftovers.h"
 #include "capture/PngData.h"
 #include "capture/SnipDragFile.h"
 
 #include <QDateTime>
 #include <QFileInfo>
 
+#include <sys/stat.h>
 #include <utime.h>
 
 namespace tavrine {
@@ -70,7 +72,7 @@ TEST_F(SnipFilesTest, theFolderIsMadeWithItsParentsForThePersonAlone) {
     SnipFiles files(queue, time);
     const QString deep = folder + text("/b/c");
     std::optional<QString> path;
-    files.saveIn(deep, text("a.png"), files.prepare(picture(), deep), [&](const auto &written) { path = written; });
+    files.saveIn(deep, text("a.png"), files.prepare(picture(), deep), [&](const auto &saved) { path = saved.path; });
     EXPECT_EQ(path, std::nullopt); // in a later turn
     settle();
     ASSERT_EQ(path, deep + text("/a.png"));
@@ -84,7 +86,7 @@ TEST_F(SnipFilesTest, manySavesOfOneMomentGetDifferentNamesInTheirOrder) {
     QStringList names;
     for (int i = 0; i < 12; ++i)
         files.saveIn(folder, text("a.png"), files.prepare(picture(i + 1, 1), folder),
-                     [&](const auto &path) { names << QFileInfo(path.value_or(text("none"))).fileName(); });
+                     [&](const auto &saved) { names << QFileInfo(saved.path).fileName(); });
     settle();
     QStringList expected{text("a.png")};
     for (int i = 2; i <= 12; ++i)
@@ -95,10 +97,11 @@ TEST_F(SnipFilesTest, manySavesOfOneMomentGetDifferentNamesInTheirOrder) {
 
 TEST_F(SnipFilesTest, aPictureThatIsNoneGivesNoFile) {
     SnipFiles files(queue, time);
-    std::optional<QString> path = text("unset");
-    files.saveIn(folder, text("a.png"), files.prepare(QImage(), folder), [&](const auto &written) { path = written; });
+    bool isWritten = true;
+    files.saveIn(folder, text("a.png"), files.prepare(QImage(), folder),
+                 [&](const auto &saved) { isWritten = saved.isWritten(); });
     settle();
-    EXPECT_EQ(path, std::nullopt);
+    EXPECT_FALSE(isWritten);
     EXPECT_THAT(filesIn(folder), IsEmpty());
 }
 
@@ -106,11 +109,32 @@ TEST_F(SnipFilesTest, aNamedFileIsReplacedWhole) {
     SnipFiles files(queue, time);
     touch({text("a.png")});
     bool isWritten = false;
-    files.saveAs(folder + text("/a.png"), files.prepare(picture(), folder), [&](bool written) { isWritten = written; });
+    files.saveAs(folder + text("/a.png"), files.prepare(picture(), folder), FileRights::asUsual,
+                 [&](const auto &saved) { isWritten = saved.isWritten(); });
     settle();
     EXPECT_TRUE(isWritten);
     EXPECT_THAT(filesIn(folder), ElementsAre(text("a.png")));
     EXPECT_EQ(QImage(folder + text("/a.png")).size(), QSize(40, 30));
+}
+
+TEST_F(SnipFilesTest, aFailedWriteTellsWhereAndWhy) {
+    SnipFiles files(queue, time);
+    SnipFiles::Outcome outcome;
+    files.saveAs(home.filePath(text("missing/a.png")), files.prepare(picture(), {}), FileRights::asUsual,
+                 [&](const auto &saved) { outcome = saved; });
+    settle();
+    EXPECT_FALSE(outcome.isWritten());
+    EXPECT_EQ(saveFailureMessage(outcome), text("Couldn't save \"a.png\": No such file or directory"));
+}
+
+TEST_F(SnipFilesTest, aFileThatThePersonNamedIsAsOpenAsTheirOthers) {
+    SnipFiles files(queue, time);
+    QDir().mkpath(folder);
+    const mode_t before = umask(0022);
+    files.saveAs(folder + text("/mine.png"), files.prepare(picture(), {}), FileRights::asUsual, [](const auto &) {});
+    settle();
+    umask(before);
+    EXPECT_TRUE(QFileInfo(folder + text("/mine.png")).permissions() & QFileDevice::ReadOther);
 }
 
 // A picture as a PNG.
@@ -140,8 +164,8 @@ TEST_F(SnipFilesTest, aPngKeepsWhatShowsThrough) {
 // Files that are dragged out.
 
 TEST_F(SnipFilesTest, aDraggedFileHasItsOwnNameInANewFolder) {
-    const QString first = freshDragFile(folders.temporary, text("a.png"), time.now());
-    const QString second = freshDragFile(folders.temporary, text("a.png"), time.now());
+    const QString first = freshDragFile(folders.temporary, text("a.png"));
+    const QString second = freshDragFile(folders.temporary, text("a.png"));
     EXPECT_NE(first, second);
     EXPECT_EQ(QFileInfo(first).fileName(), text("a.png"));
     EXPECT_TRUE(QFileInfo(first).absolutePath().startsWith(folders.temporary + text("/tavrine-drag-")));
@@ -150,7 +174,7 @@ TEST_F(SnipFilesTest, aDraggedFileHasItsOwnNameInANewFolder) {
 }
 
 TEST_F(SnipFilesTest, aDraggedFileStaysForAnHour) {
-    const QString file = freshDragFile(folders.temporary, text("a.png"), time.now());
+    const QString file = freshDragFile(folders.temporary, text("a.png"));
     writeFile(file, "x");
     const auto setAge = [&](int seconds) {
         const auto moment = time_t(time.now().secondsSince1970) - seconds;
@@ -158,10 +182,10 @@ TEST_F(SnipFilesTest, aDraggedFileStaysForAnHour) {
         ASSERT_EQ(utime(QFile::encodeName(QFileInfo(file).absolutePath()).constData(), &times), 0);
     };
     setAge(3600);
-    static_cast<void>(freshDragFile(folders.temporary, text("b.png"), time.now()));
+    removeOldDrags(folders.temporary, time.now());
     EXPECT_TRUE(QFileInfo::exists(file));
     setAge(3601);
-    static_cast<void>(freshDragFile(folders.temporary, text("b.png"), time.now()));
+    removeOldDrags(folders.temporary, time.now());
     EXPECT_FALSE(QFileInfo::exists(QFileInfo(file).absolutePath()));
 }
 
@@ -169,16 +193,66 @@ TEST_F(SnipFilesTest, nothingElseInTheTemporaryFolderIsRemoved) {
     QDir().mkpath(folders.temporary + text("/other"));
     writeFile(folders.temporary + text("/tavrine-drag-file"), "x");
     ASSERT_TRUE(QFile::link(home.filePath(text("Documents")), folders.temporary + text("/tavrine-drag-link")));
-    static_cast<void>(freshDragFile(folders.temporary, text("a.png"), {time.now().secondsSince1970 + 1e9}));
+    removeOldDrags(folders.temporary, {time.now().secondsSince1970 + 1e9});
     EXPECT_TRUE(QFileInfo::exists(folders.temporary + text("/other")));
     EXPECT_TRUE(QFileInfo::exists(folders.temporary + text("/tavrine-drag-file")));
     EXPECT_TRUE(QFileInfo::exists(home.filePath(text("Documents"))));
     EXPECT_TRUE(QFileInfo::exists(folders.temporary + text("/tavrine-drag-link")));
 }
 
+TEST_F(SnipFilesTest, aDragsFileIsRemovedAfterItsHourWithoutAnotherDrag) {
+    flow->showSnipPreview(picture());
+    const QString path = card().beginDragFile();
+    settle();
+    ASSERT_TRUE(QFileInfo::exists(path));
+    const auto moment = time_t(time.now().secondsSince1970); // the clock of the files is the real one
+    const utimbuf times{moment, moment};
+    ASSERT_EQ(utime(QFile::encodeName(QFileInfo(path).absolutePath()).constData(), &times), 0);
+    time.advance(3600s);
+    EXPECT_TRUE(QFileInfo::exists(path));
+    time.advance(1s);
+    EXPECT_FALSE(QFileInfo::exists(QFileInfo(path).absolutePath()));
+}
+
+// What an earlier run left.
+
+TEST_F(SnipFilesTest, whatAnEarlierRunLeftIsRemovedAndNothingElse) {
+    QDir().mkpath(folders.temporary);
+    for (const char *const name : {"tavrine-snip-0A.png", "tavrine_qr_0B.png", ".tavrine-12", "tavrine-snip-note",
+                                   "export.txt", "tavrine-rec-1.mp4"})
+        writeFile(folders.temporary + text("/") + text(name), "x");
+    removeCaptureLeftovers(folders.temporary, time);
+    EXPECT_THAT(temporaryFiles(), testing::UnorderedElementsAre(text("tavrine-snip-note"), text("export.txt"),
+                                                                text("tavrine-rec-1.mp4")));
+}
+
+TEST_F(SnipFilesTest, aDragOfAnEarlierRunGoesWhenItHasHadItsHour) {
+    const auto dragAt = [this](int seconds) {
+        const QString file = freshDragFile(folders.temporary, text("a.png"));
+        writeFile(file, "x");
+        const auto moment = time_t(time.now().secondsSince1970) - seconds;
+        const utimbuf times{moment, moment};
+        EXPECT_EQ(utime(QFile::encodeName(QFileInfo(file).absolutePath()).constData(), &times), 0);
+        return file;
+    };
+    const QString old = dragAt(3601);
+    const QString fresh = dragAt(10);
+    removeCaptureLeftovers(folders.temporary, time);
+    EXPECT_FALSE(QFileInfo::exists(old));
+    EXPECT_TRUE(QFileInfo::exists(fresh));
+    time.advance(3601s);
+    EXPECT_FALSE(QFileInfo::exists(fresh));
+}
+
+TEST_F(SnipFilesTest, withoutATemporaryFolderNothingIsLookedFor) {
+    removeCaptureLeftovers(QString(), time);
+    removeCaptureLeftovers(home.filePath(text("missing")), time);
+    EXPECT_FALSE(QFileInfo::exists(home.filePath(text("missing"))));
+}
+
 TEST_F(SnipFilesTest, withoutATemporaryFolderThereIsNoDraggedFile) {
     writeFile(home.filePath(text("file")), "in the way");
-    EXPECT_EQ(freshDragFile(home.filePath(text("file/tmp")), text("a.png"), time.now()), QString());
+    EXPECT_EQ(freshDragFile(home.filePath(text("file/tmp")), text("a.png")), QString());
 }
 
 } // namespace

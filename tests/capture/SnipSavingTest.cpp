@@ -140,6 +140,41 @@ TEST_F(SnipSavingTest, aFullDiskFailsTheSaveAndLeavesNoFile) {
     EXPECT_THAT(answers, ElementsAre(false, true));
 }
 
+// What the person hears.
+
+TEST_F(SnipSavingTest, aFailedSaveIsToldHoweverItWasAskedFor) {
+    defaults.set(text("snipSaveDirectoryPath"), text("/proc/self"));
+    flow->saveSnip(picture(), noted());
+    dialog().saveHere();
+    settle();
+    ASSERT_EQ(toasts.size(), 1);
+    EXPECT_THAT(toasts.first().toStdString(), HasSubstr("Couldn't save \"snip_"));
+    flow->saveSnip(picture(), noted());
+    dialog().chooseFolder();
+    choose(home.filePath(text("missing/mine.png")));
+    EXPECT_EQ(toasts.size(), 2);
+    EXPECT_THAT(toasts.last().toStdString(), HasSubstr("mine.png"));
+    saveWithoutAsking();
+    flow->saveSnip(picture(), noted());
+    settle();
+    EXPECT_EQ(toasts.size(), 3);
+    EXPECT_THAT(answers, ElementsAre(false, false, false));
+}
+
+TEST_F(SnipSavingTest, aSaveThatWorkedOrWasGivenUpAndOneThatNobodyAskedForAreNotToldOf) {
+    flow->saveSnip(picture(), noted());
+    dialog().setUseAsDefault(false);
+    dialog().saveHere();
+    settle();
+    defaults.set(text("snipSaveDirectoryPath"), text("/proc/self"));
+    flow->saveSnip(picture(), noted());
+    dialog().cancel();
+    flow->autoSaveSnip(picture());
+    settle();
+    EXPECT_THAT(answers, ElementsAre(true, false));
+    EXPECT_THAT(toasts, IsEmpty());
+}
+
 // The dialog.
 
 TEST_F(SnipSavingTest, theDialogIsAFloatingPanelOneLevelAboveInTheMiddleOfTheScreen) {

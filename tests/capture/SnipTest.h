@@ -87,7 +87,8 @@ protected:
                                   },
                               .activateApplication = [this] { events << text("activate"); },
                               .openEditorDirectly = [this](const QImage &) { events << text("editor"); },
-                              .getTextFromSnip = [this](const QImage &) { events << text("text"); }},
+                              .getTextFromSnip = [this](const QImage &) { events << text("text"); },
+                              .showToast = [this](const QString &message, const QString &) { toasts << message; }},
             SnipFlow::Views{});
     }
     /// Lets the files be written and their answers come.
@@ -154,6 +155,7 @@ protected:
     QList<QImage> stored;
     QList<QImage> captured;
     QStringList events;
+    QStringList toasts;
     std::unique_ptr<SnipFlow> flow;
 };
 
