@@ -3,8 +3,11 @@
 #include "base/Print.h"
 #include "base/Time.h"
 #include "panels/CapturePanel.h"
+#include "panels/FittingWindow.h"
 #include "ports/Application.h"
 #include "ports/Screens.h"
+
+#include <algorithm>
 
 namespace tavrine {
 namespace {
@@ -13,6 +16,7 @@ constexpr double singleWidth = 900;
 constexpr double singleHeight = 600;
 constexpr double landingWidth = 960;
 constexpr double landingHeight = 660;
+constexpr double titleRoom = 40; // for the frame that the desktop puts round it, whose size is known too late
 
 void debug(const char *text) {
     printLine(QStringLiteral("DEBUG: AppDelegate - ") + QLatin1String(text));
@@ -28,7 +32,9 @@ QRectF EditorFlow::centredFrame(double width, double height, bool isUnderMouse) 
     const std::optional<Screen> screen = isUnderMouse ? screenForTool(desk) : mainOrFirstScreen(desk);
     const QRectF usable = screen ? usableFrame(*screen) : QRectF();
     const QPointF middle = usable.isNull() ? QPointF(width / 2, height / 2) : usable.center();
-    return {middle.x() - width / 2, middle.y() - height / 2, width, height};
+    const QRectF centred(middle.x() - width / 2, middle.y() - height / 2, width, height);
+    // The window hangs from the upper edge of its frame, so that its title takes its room below.
+    return fitted(centred, usable.adjusted(0, std::min(titleRoom, usable.height() / 2), 0, 0));
 }
 
 void EditorFlow::openEditorDirectly(const QImage &image) {

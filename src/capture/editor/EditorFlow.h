@@ -26,7 +26,7 @@ public:
 
     struct Window {
         QString title;
-        QRectF frame; ///< in points with the origin at the bottom left, as `Screens` tells them
+        QRectF frame; ///< in points with the origin at the bottom left, as `Screens` tells them; within its screen
         std::optional<QImage> image;
         bool hasLanding = false; ///< other pictures can be opened in it; without a picture it shows the landing page
     };

@@ -104,6 +104,26 @@ TEST_F(EditorFlowTest, withoutAnyScreenItStandsAtTheOrigin) {
     EXPECT_EQ(made[0].frame, QRectF(0, 0, 900, 600));
 }
 
+TEST_F(EditorFlowTest, onASmallScreenItGetsTheRoomThatThereIsLessATitle) {
+    screens.setScreens({{1, {}, {0, 0, 1024, 600}, {0, 30, 1024, 570}, 1.0}});
+    openDirectly();
+    EXPECT_EQ(made[0].frame, QRectF(62, 70, 900, 530));
+    openLanding();
+    EXPECT_EQ(made[1].frame, QRectF(32, 70, 960, 530));
+    screens.setScreens({{1, {}, {0, 0, 800, 480}, {0, 0, 800, 480}, 1.0}});
+    openDirectly();
+    EXPECT_EQ(made[2].frame, QRectF(0, 40, 800, 440));
+}
+
+TEST_F(EditorFlowTest, whereItJustFitsItsTitleDoesToo) {
+    screens.setScreens({{1, {}, {0, 0, 1000, 640}, {0, 0, 1000, 640}, 1.0}});
+    openDirectly();
+    EXPECT_EQ(made[0].frame, QRectF(50, 40, 900, 600));
+    screens.setScreens({{1, {}, {0, 0, 1000, 680}, {0, 0, 1000, 680}, 1.0}});
+    openDirectly();
+    EXPECT_EQ(made[1].frame, QRectF(50, 40, 900, 600)) << "in the middle";
+}
+
 TEST_F(EditorFlowTest, theWindowWithThePageStandsOnTheMainScreen) {
     screens.setMouseLocation({100, 100});
     screens.setKeyboardScreen(1);
