@@ -4,6 +4,7 @@
 #include "adapters/fake/VirtualTime.h"
 #include "adapters/linux/QtFilePanels.h"
 #include "support/Eventually.h"
+#include "support/ReadOnlyFolder.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>
@@ -229,6 +230,25 @@ TEST_F(QtFilePanelsTest, aFileInAFolderThatIsNotThereIsNotTaken) {
     desk.settle();
     EXPECT_TRUE(desk.isOpen());
     EXPECT_TRUE(answers.isEmpty());
+}
+
+TEST_F(QtFilePanelsTest, aFileThatCannotBeWrittenIsNotTaken) {
+    QDir(folder.path()).mkdir(text("sealed"));
+    const ReadOnlyFolder sealed(folder.filePath(text("sealed")));
+    for (const QString &path : {folder.filePath(text("sealed/a.png")), text("/proc/a.png")}) {
+        desk.panels().runSavePanel(savePanel(), noted());
+        desk.choose(path);
+        desk.settle();
+        ASSERT_NE(shownQuestion(), nullptr) << path.toStdString();
+        EXPECT_TRUE(shownQuestion()->text().contains(text("cannot be saved here: ")));
+        shownQuestion()->button(QMessageBox::Ok)->click();
+        desk.settle();
+        EXPECT_TRUE(desk.isOpen());
+        EXPECT_TRUE(answers.isEmpty());
+        shownDialog()->reject();
+        desk.settle();
+        answers.clear();
+    }
 }
 
 TEST_F(QtFilePanelsTest, aPanelForAFolderThatIsGoneStartsAtTheNearestOneAboveIt) {

@@ -1,6 +1,9 @@
 #include "adapters/linux/QtFilePanels.h"
 
+#include "base/WholeFile.h"
+
 #include <QDir>
+#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
@@ -49,6 +52,9 @@ public:
             tell(tr("There is no folder \"%1\".").arg(file.absolutePath()), QMessageBox::Ok);
         } else if (file.isDir()) {
             tell(tr("\"%1\" is a folder.").arg(file.fileName()), QMessageBox::Ok);
+        } else if (const auto reason = whyNotWritable(QFile::encodeName(path).toStdString())) {
+            tell(tr("\"%1\" cannot be saved here: %2.").arg(file.fileName(), QString::fromStdString(*reason)),
+                 QMessageBox::Ok);
         } else if (file.exists()) {
             QMessageBox *question =
                 tell(tr("\"%1\" already exists. Do you want to replace it?").arg(file.fileName()), QMessageBox::Cancel);
