@@ -3,6 +3,7 @@
 #include "base/PrivateFiles.h"
 #include "base/Time.h"
 #include "base/Uuid.h"
+#include "capture/PictureScale.h"
 #include "capture/SnipPreferences.h"
 #include "ports/TaskLauncher.h"
 
@@ -22,7 +23,7 @@ QImage pictureIn(const QString &path) {
         return {};
     QImageReader reader(path);
     reader.setDecideFormatFromContent(true);
-    return reader.read(); // half a file is no picture
+    return withScaleOfItsFile(reader.read(), PictureSource::captureTool); // half a file is no picture
 }
 
 } // namespace

@@ -22,9 +22,9 @@ class Time;
 /// The path of `fileName` in `folder`, or of the first name with "-2", "-3" and so on before its ".png" that is free.
 [[nodiscard]] QString freePath(const QString &folder, const QString &fileName);
 
-/// Puts pictures into files. One of a 4K screen takes a fifth of a second to become a PNG, so that happens on a queue of
-/// its own, one piece of work after the other: two captures never meet at one name, and they are done in the order in
-/// which they were asked for. A file has its name when it is whole.
+/// Puts pictures into files. One of a 4K screen takes a fifth of a second to become a PNG, so that happens on a queue
+/// of its own, one piece of work after the other: two captures never meet at one name, and they are done in the order
+/// in which they were asked for. A file has its name when it is whole.
 ///
 /// A value; main thread. Answers come there, in a later turn. The queue and the time outlive it and all answers.
 class SnipFiles {

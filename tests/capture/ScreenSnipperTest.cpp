@@ -41,6 +41,17 @@ TEST_F(ScreenSnipperTest, aCaptureWithSoundHasExactlyTwoArguments) {
     EXPECT_EQ(tool(0).arguments().at(1), *snipper.currentCapturePath());
 }
 
+TEST_F(ScreenSnipperTest, aCaptureHasTheScaleThatTheToolWrote) {
+    QImage image = picture(400, 300);
+    image.setDotsPerMeterX(7559);
+    image.setDotsPerMeterY(7559);
+    snipper.startCapture();
+    capture(0, image);
+    ASSERT_EQ(captured.size(), 1);
+    EXPECT_EQ(captured.first().devicePixelRatio(), 2);
+    EXPECT_EQ(captured.first().size(), QSize(400, 300));
+}
+
 TEST_F(ScreenSnipperTest, aMutedCaptureHasExactlyThreeArguments) {
     defaults.set(text("snipMuteSound"), true);
     snipper.startCapture();

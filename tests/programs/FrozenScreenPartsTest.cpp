@@ -2,6 +2,7 @@
 #include "adapters/x11/frozen/MagnifierGeometry.h"
 #include "adapters/x11/frozen/MonitorScale.h"
 #include "adapters/x11/frozen/SamplerModel.h"
+#include "adapters/x11/frozen/ScreenMap.h"
 
 #include <gtest/gtest.h>
 
@@ -135,6 +136,14 @@ TEST_F(Sampler, aReleaseWithoutItsPressMeansNothing) {
     model.buttonPressed(2, {1, 1});
     model.buttonReleased(2, {1, 1});
     EXPECT_EQ(model.state(), SamplerModel::State::aiming);
+}
+
+TEST(ScreenMap, anAreaHasTheLargestScaleOfTheMonitorsThatItTouches) {
+    const std::vector<OverlayMonitor> monitors{{{0, 0, 100, 100}, 1}, {{100, 0, 200, 200}, 2}, {{300, 0, 9, 9}, 1.5}};
+    EXPECT_EQ(largestScale(monitors, {0, 0, 100, 100}), 1);
+    EXPECT_EQ(largestScale(monitors, {99, 0, 2, 2}), 2);
+    EXPECT_EQ(largestScale(monitors, {300, 0, 2, 2}), 1.5);
+    EXPECT_EQ(largestScale(monitors, {0, 150, 10, 10}), 1);
 }
 
 } // namespace

@@ -57,7 +57,7 @@ TEST(PngEncoder, isReadBackPixelForPixelWhateverThePictureAndTheThreads) {
             const Picture picture(1001, 703, kind);
             for (const QRect &area : {QRect(0, 0, 1001, 703), QRect(7, 11, 640, 480), QRect(1000, 702, 1, 1),
                                       QRect(500, 0, 1, 703), QRect(0, 400, 1001, 1)}) {
-                const QByteArray file = joined(encodePng(picture.view, area, threads, never));
+                const QByteArray file = joined(encodePng(picture.view, area, 1, threads, never));
                 const QImage read = QImage::fromData(file, "PNG");
                 ASSERT_EQ(read.size(), area.size());
                 EXPECT_EQ(read.convertToFormat(QImage::Format_RGB888), picture.image(area));
@@ -65,34 +65,43 @@ TEST(PngEncoder, isReadBackPixelForPixelWhateverThePictureAndTheThreads) {
         }
 }
 
+TEST(PngEncoder, theFileTellsTheScaleByItsDotsPerMetre) {
+    const Picture picture(64, 48, Kind::drawn);
+    for (const auto &[scale, dots] : {std::pair(1.0, 3780), {1.25, 4724}, {2.0, 7559}}) {
+        const QImage read = QImage::fromData(joined(encodePng(picture.view, picture.view.rect(), scale, 1, never)));
+        EXPECT_EQ(read.dotsPerMeterX(), dots);
+        EXPECT_EQ(read.dotsPerMeterY(), dots);
+    }
+}
+
 TEST(PngEncoder, theFileIsTheSameHoweverManyThreadsWriteIt) {
     const Picture picture(1001, 703, Kind::mixed);
-    EXPECT_EQ(joined(encodePng(picture.view, picture.view.rect(), 1, never)),
-              joined(encodePng(picture.view, picture.view.rect(), 4, never)));
+    EXPECT_EQ(joined(encodePng(picture.view, picture.view.rect(), 1, 1, never)),
+              joined(encodePng(picture.view, picture.view.rect(), 1, 4, never)));
 }
 
 TEST(PngEncoder, whatProgramsDrawBecomesSmall) {
     const Picture picture(1000, 1000, Kind::drawn);
-    EXPECT_LT(joined(encodePng(picture.view, picture.view.rect(), 2, never)).size(), 60'000);
+    EXPECT_LT(joined(encodePng(picture.view, picture.view.rect(), 1, 2, never)).size(), 60'000);
 }
 
 TEST(PngEncoder, whatNatureDrewBecomesHardlyLarger) {
     for (const Kind kind : {Kind::photograph, Kind::noise}) {
         const Picture picture(1000, 1000, kind);
-        EXPECT_LT(joined(encodePng(picture.view, picture.view.rect(), 2, never)).size(), 3'006'000);
+        EXPECT_LT(joined(encodePng(picture.view, picture.view.rect(), 1, 2, never)).size(), 3'006'000);
     }
 }
 
 TEST(PngEncoder, anAreaThatIsEmptyOrOutsideGivesNothing) {
     const Picture picture(20, 20, Kind::drawn);
     for (const QRect &area : {QRect(), QRect(0, 0, 21, 20), QRect(-1, 0, 5, 5), QRect(19, 19, 1, 2)})
-        EXPECT_TRUE(encodePng(picture.view, area, 2, never).empty());
+        EXPECT_TRUE(encodePng(picture.view, area, 1, 2, never).empty());
 }
 
 TEST(PngEncoder, givesNothingOnceItIsStopped) {
     const Picture picture(1001, 703, Kind::drawn);
     std::atomic<int> asked = 0;
-    EXPECT_TRUE(encodePng(picture.view, picture.view.rect(), 2, [&] { return ++asked == 3; }).empty());
+    EXPECT_TRUE(encodePng(picture.view, picture.view.rect(), 1, 2, [&] { return ++asked == 3; }).empty());
 }
 
 } // namespace

@@ -128,6 +128,7 @@ TEST_F(ScreenCapture, theSizeOfThingsOnTheDesktopChangesNoPixel) {
         drag({11, 13}, {230, 177});
         EXPECT_EQ(statusOf(*tool), 0) << scale;
         expectPicture({QPoint(11, 13), QPoint(230, 177)});
+        EXPECT_NEAR(QImage(file()).dotsPerMeterX(), QByteArray(scale).toDouble() * 96 / 0.0254, 1) << scale;
         QFile::remove(file());
     }
 }

@@ -1,5 +1,6 @@
 #include "capture/editor/Flattening.h"
 
+#include "capture/PictureScale.h"
 #include "capture/editor/AnnotationRenderer.h"
 #include "capture/editor/Paintable.h"
 
@@ -51,8 +52,7 @@ std::optional<QImage> cropImage(const QImage &image, const QRectF &rect) {
     QImage cropped = image.copy(part);
     if (cropped.isNull())
         return std::nullopt; // no memory
-    cropped.setDevicePixelRatio(1);
-    return cropped;
+    return withoutScale(std::move(cropped));
 }
 
 } // namespace tavrine

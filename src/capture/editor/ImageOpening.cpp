@@ -1,5 +1,6 @@
 #include "capture/editor/ImageOpening.h"
 
+#include "capture/PictureScale.h"
 #include "ports/FilePanels.h"
 #include "ports/ImageCoder.h"
 #include "ports/Pasteboard.h"
@@ -14,10 +15,11 @@ namespace {
 // The formats that are named to the person first; behind them what else the desktop can read.
 constexpr auto filter = "Images (*.png *.jpg *.jpeg *.webp *.heic *.heif *.tif *.tiff *.gif *.bmp *.ico *.svg *.avif)";
 
-std::optional<QImage> withinLimits(std::optional<QImage> image) {
+/// Of a picture that is not too large to be edited, with its scale.
+std::optional<QImage> asOpened(std::optional<QImage> image) {
     if (!image || image->isNull() || qint64{image->width()} * image->height() > maxImagePixels)
         return std::nullopt;
-    return image;
+    return withScaleOfItsFile(*std::move(image), PictureSource::elsewhere);
 }
 
 std::optional<QString> firstLocalFile(const QMimeData &data) {
@@ -40,11 +42,11 @@ void choose(FilePanels &panels, ImageCoder &coder, const std::function<void(cons
 }
 
 std::optional<QImage> fromFile(ImageCoder &coder, const QString &path) {
-    return withinLimits(coder.load(path));
+    return asOpened(coder.load(path));
 }
 
 std::optional<QImage> fromPasteboard(const Pasteboard &pasteboard) {
-    return withinLimits(pasteboard.image());
+    return asOpened(pasteboard.image());
 }
 
 bool mayHoldImage(const QMimeData &data) {
@@ -56,7 +58,7 @@ std::optional<QImage> fromDrop(ImageCoder &coder, const QMimeData &data) {
         return fromFile(coder, *path);
     if (!data.hasImage())
         return std::nullopt;
-    return withinLimits(qvariant_cast<QImage>(data.imageData()));
+    return asOpened(qvariant_cast<QImage>(data.imageData()));
 }
 
 } // namespace tavrine::imageOpening

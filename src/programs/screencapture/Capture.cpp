@@ -131,7 +131,8 @@ void Capture::repaint(const SelectionModel &model, bool isWhole) {
 int Capture::save(const QRect &area) {
     const auto stopped = [this] { return isStopped(); };
     const auto threads = static_cast<int>(std::thread::hardware_concurrency());
-    const FilePieces pieces = encodePng(m_session->picture(), area, threads, stopped);
+    const FilePieces pieces =
+        encodePng(m_session->picture(), area, largestScale(m_session->monitors(), area), threads, stopped);
     if (pieces.empty())
         return noPicture;
     std::vector<std::string_view> bytes;

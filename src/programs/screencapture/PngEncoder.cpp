@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <optional>
 #include <thread>
 
@@ -11,6 +12,7 @@ namespace tavrine {
 namespace {
 
 constexpr int bytesPerPixel = 3;
+constexpr double plainPixelsPerMetre = 96 / 0.0254;
 // Small enough to share out evenly, large enough that the seams cost nothing (under 0.1 % of the file).
 constexpr qint64 bandBytes = qint64{512} * 1024;
 // A band in which this share of pixels repeats the one to its left or above is drawn by programs, not by nature.
@@ -35,7 +37,7 @@ std::vector<quint8> beginChunk(const char (&name)[5]) {
     return chunk;
 }
 
-std::vector<quint8> head(QSize size) {
+std::vector<quint8> head(QSize size, double scale) {
     std::vector<quint8> bytes{0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
     auto chunk = beginChunk("IHDR");
     putWord(chunk, static_cast<quint32>(size.width()));
@@ -44,6 +46,13 @@ std::vector<quint8> head(QSize size) {
         chunk.push_back(byte);
     finishChunk(chunk);
     bytes.insert(bytes.end(), chunk.begin(), chunk.end());
+    auto physical = beginChunk("pHYs");
+    const auto perMetre = static_cast<quint32>(std::lround(scale * plainPixelsPerMetre));
+    putWord(physical, perMetre);
+    putWord(physical, perMetre);
+    physical.push_back(1); // the metre
+    finishChunk(physical);
+    bytes.insert(bytes.end(), physical.begin(), physical.end());
     return bytes;
 }
 
@@ -127,7 +136,8 @@ private:
 
 } // namespace
 
-FilePieces encodePng(PixelsToRead picture, const QRect &area, int threads, const std::function<bool()> &isStopped) {
+FilePieces encodePng(PixelsToRead picture, const QRect &area, double scale, int threads,
+                     const std::function<bool()> &isStopped) {
     if (area.isEmpty() || !picture.rect().contains(area))
         return {};
     const qint64 lineBytes = qint64{area.width()} * bytesPerPixel + 1;
@@ -158,7 +168,7 @@ FilePieces encodePng(PixelsToRead picture, const QRect &area, int threads, const
     if (hasFailed)
         return {};
 
-    FilePieces pieces{head(area.size())};
+    FilePieces pieces{head(area.size(), scale)};
     uLong sum = adler32_z(0, nullptr, 0);
     for (Band &band : bands) {
         sum = adler32_combine(sum, band.sum, band.length);

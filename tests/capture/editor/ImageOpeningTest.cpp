@@ -34,6 +34,19 @@ TEST(ImageOpening, anEnormousDropIsNotTaken) {
     EXPECT_FALSE(imageOpening::fromDrop(coder, data));
 }
 
+TEST(ImageOpening, aCaptureThatComesBackHasItsScaleAgain) {
+    QImage capture = wide(200'000);
+    capture.setDotsPerMeterX(7559);
+    capture.setDotsPerMeterY(7559);
+    FakePasteboard pasteboard;
+    pasteboard.copyFromOutside(capture);
+    EXPECT_EQ(imageOpening::fromPasteboard(pasteboard)->devicePixelRatio(), 2);
+    FakeImageCoder coder;
+    QMimeData data;
+    data.setImageData(capture);
+    EXPECT_EQ(imageOpening::fromDrop(coder, data)->devicePixelRatio(), 2);
+}
+
 TEST(ImageOpening, aFileThatIsMissingOrAFolderGivesNothing) {
     FakeImageCoder coder;
     EXPECT_FALSE(imageOpening::fromFile(coder, QStringLiteral("/nowhere/a.png")));

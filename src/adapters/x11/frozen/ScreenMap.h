@@ -25,6 +25,9 @@ struct OverlayMonitor {
 /// The one with the place; of places between monitors the first one's.
 [[nodiscard]] const OverlayMonitor &monitorAt(const std::vector<OverlayMonitor> &monitors, QPoint place);
 
+/// Of the monitors that the area touches; 1 when it touches none.
+[[nodiscard]] double largestScale(const std::vector<OverlayMonitor> &monitors, const QRect &area);
+
 /// What a person sees of each window on the screen, frames included and invisible shadows not, the topmost first, cut
 /// to the screen. `except` is left out.
 [[nodiscard]] std::vector<QRect> readWindows(XcbLink &link, xcb_window_t except);
