@@ -63,13 +63,20 @@ void EditorScanModel::scanQR(const QImage &image) {
         return;
     m_isQRScanning = true;
     Q_EMIT changed();
-    m_ports.detectionQueue.async([detector = &m_ports.detector, time = &m_ports.time, weak = QPointer(this), image] {
-        const QList<QRAnnotation> annotations = annotationsIn(*detector, image);
-        time->async([weak, annotations] {
-            if (weak)
-                weak->endQR(annotations);
+    m_ports.detectionQueue.async(
+        [detector = &m_ports.detector, time = &m_ports.time, weak = QPointer(this), image, picture = m_picture] {
+            const QList<QRAnnotation> annotations = annotationsIn(*detector, image);
+            time->async([weak, annotations, picture] {
+                if (weak && weak->m_picture == picture)
+                    weak->endQR(annotations);
+            });
         });
-    });
+}
+
+void EditorScanModel::replacePicture() {
+    ++m_picture; // a scan that is under way answers for the former one
+    m_isQRScanning = false;
+    dismissQRLabels();
 }
 
 void EditorScanModel::endQR(const QList<QRAnnotation> &annotations) {

@@ -50,7 +50,8 @@ public:
     void scanQR(const QImage &image);
 
     void closeOCRResult();  ///< the sheet
-    void dismissQRLabels(); ///< the bubbles' button, and whatever replaces the picture
+    void dismissQRLabels(); ///< the bubbles' button
+    void replacePicture();  ///< there is another: what was found, or is still being found, belongs to the former one
 
 Q_SIGNALS:
     void changed();
@@ -64,6 +65,7 @@ private:
     QString m_ocrResultText;
     bool m_showOCRResult = false;
     bool m_isQRScanning = false;
+    unsigned m_picture = 0; ///< counts them
     QList<QRAnnotation> m_qrAnnotations;
     bool m_showQRLabels = false;
     bool m_showNoQRToast = false;

@@ -61,7 +61,7 @@ EditorScans::EditorScans(EditorView &editor, const Ports &ports)
     : QObject(&editor), m_editor(editor), m_ports(ports), m_model(ports.scans) {
     connect(&m_model, &EditorScanModel::changed, this, &EditorScans::show);
     // The editor has taken the bubbles of the former picture away already.
-    connect(&editor.model(), &EditorModel::imageChanged, &m_model, &EditorScanModel::dismissQRLabels);
+    connect(&editor.model(), &EditorModel::imageChanged, &m_model, &EditorScanModel::replacePicture);
     editor.overlayLayer()->installEventFilter(this);
     editor.installEventFilter(this);
 }

@@ -154,6 +154,21 @@ TEST_F(EditorScanModelTest, dismissingClearsTheLabels) {
     EXPECT_FALSE(model.showQRLabels());
 }
 
+TEST_F(EditorScanModelTest, aScanOfAPictureThatWasReplacedMeanwhileShowsNothing) {
+    detector.setPayloads({text("a")});
+    model.scanQR(picture());
+    model.replacePicture();
+    EXPECT_FALSE(model.isQRScanning());
+    settle();
+    EXPECT_FALSE(model.showQRLabels());
+    EXPECT_FALSE(model.showNoQRToast());
+    model.scanQR(picture());
+    settle();
+    EXPECT_TRUE(model.showQRLabels());
+    model.replacePicture();
+    EXPECT_TRUE(model.qrAnnotations().isEmpty());
+}
+
 TEST_F(EditorScanModelTest, anEmptyScanKeepsTheLabelsThatAreShown) {
     detector.setPayloads({text("a")});
     model.scanQR(picture());
