@@ -179,7 +179,7 @@ BENCHMARK_CAPTURE(endOfAStroke, highlighter, DrawingTool::highlighter)
 // A letter typed into the last of 500, or one of the middle erased: only its surroundings are painted again.
 void changeOfOneInTheLayer(benchmark::State &state) {
     AnnotationLayer layer;
-    layer.setGround(picture(), pictureSize, 1);
+    layer.setGround(picture(), {pictureSize, QRect({}, pictureSize), 1});
     std::vector<DrawingPath> all = drawings(500);
     layer.show(all);
     bool isOdd = false;
@@ -194,7 +194,9 @@ void firstFrame(benchmark::State &state) {
     const std::vector<DrawingPath> all = drawings(500);
     for (auto _ : state) {
         AnnotationLayer layer;
-        layer.setGround(picture(), viewSize(state), 1);
+        const QSize size = viewSize(state);
+        layer.setGround(picture().scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation),
+                        {size, QRect({}, size), 1});
         layer.show(all);
         benchmark::DoNotOptimize(layer.image().constBits());
     }

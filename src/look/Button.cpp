@@ -64,7 +64,7 @@ QSize Button::sizeHint() const {
     const auto role = m_size == ButtonSize::small ? TextRole::callout : TextRole::bodyStrong;
     qreal width = lineWidth(text(), role) + 2 * padding;
     if (!m_symbol.isEmpty())
-        width += symbolsize::medium + symbolGap;
+        width += symbolsize::medium + (text().isEmpty() ? 0 : symbolGap);
     return {int(std::ceil(width)), tall};
 }
 
@@ -113,7 +113,8 @@ void Button::paint(QPainter &painter) {
     if (m_symbol.isEmpty()) {
         paintLine(painter, body, text(), role, ink, Qt::AlignHCenter);
     } else {
-        const qreal left = std::round(body.center().x() - (words + symbolGap + symbolsize::medium) / 2);
+        const qreal gap = text().isEmpty() ? 0 : symbolGap;
+        const qreal left = std::round(body.center().x() - (words + gap + symbolsize::medium) / 2);
         paintSymbol(painter, QRectF(left, body.top(), symbolsize::medium, body.height()), m_symbol, symbolsize::medium,
                     ink);
         paintLine(painter, QRectF(left + symbolsize::medium + symbolGap, body.top(), words + 1, body.height()), text(),

@@ -94,8 +94,9 @@ void PillView::paintEvent(QPaintEvent *) {
                           look::symbolsize::medium, theme.secondaryText);
         left += look::symbolsize::medium + look::space::small;
     }
-    look::paintLine(painter, QRectF(left, body.top(), body.right() - left, body.height()), m_text,
-                    look::TextRole::bodyStrong, theme.text);
+    const double right = m_buttons.empty() ? body.right() - look::space::small : m_buttons.front()->x();
+    look::paintLine(painter, QRectF(left, body.top(), std::max(right - left - look::space::tiny, 0.0), body.height()),
+                    m_text, look::TextRole::bodyStrong, theme.text);
 }
 
 } // namespace tavrine

@@ -1,43 +1,25 @@
 #include "capture/editor/AnnotationLayer.h"
 
 #include "capture/editor/AnnotationRenderer.h"
-#include "capture/editor/Paintable.h"
 
 #include <QPainter>
 #include <QSet>
 
 namespace tavrine {
-namespace {
-
-QImage filling(const QImage &picture, const QSize &size) {
-    if (picture.isNull()) {
-        QImage clear(size, QImage::Format_ARGB32_Premultiplied);
-        clear.fill(Qt::transparent);
-        return clear;
-    }
-    QImage ground =
-        picture.size() == size ? picture : picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    ground = paintable(ground);
-    ground.setDevicePixelRatio(1);
-    return ground;
-}
-
-} // namespace
-
-void AnnotationLayer::setGround(const QImage &picture, const QSize &pixelSize, double scale) {
-    m_scale = scale;
+void AnnotationLayer::setGround(const QImage &ground, const Place &place) {
+    m_place = place;
     m_shown.clear();
-    m_ground = pixelSize.isEmpty() ? QImage() : filling(picture, pixelSize);
+    m_ground = ground;
     m_image = m_ground;
     m_isFresh = true;
 }
 
 QRect AnnotationLayer::areaOf(const DrawingPath &path) const {
-    const QSizeF size = QSizeF(m_image.size()) / m_scale;
-    const QRectF bounds = drawingBounds(path, pointsIn(path, size), false);
+    const QRectF bounds = drawingBounds(path, pointsIn(path, m_place.canvas), false);
     // Cut before it is made of whole numbers: the mouse may have been far outside.
-    const QRectF inside = QRectF(bounds.topLeft() * m_scale, bounds.size() * m_scale) & QRectF(m_image.rect());
-    return inside.isEmpty() ? QRect() : inside.toAlignedRect().adjusted(-1, -1, 1, 1) & m_image.rect();
+    const double scale = m_place.scale;
+    const QRectF inside = QRectF(bounds.topLeft() * scale, bounds.size() * scale) & QRectF(m_place.area);
+    return inside.isEmpty() ? QRect() : inside.toAlignedRect().adjusted(-1, -1, 1, 1) & m_place.area;
 }
 
 // Takes the new list over, and finds what changes on the way from the old one. The annotations never change places
@@ -65,7 +47,7 @@ QRegion AnnotationLayer::takeOver(const std::vector<DrawingPath> &drawings) {
             }
             changed += before.area;
         } else if (known.contains(path.id)) {
-            changed += m_image.rect();
+            changed += m_place.area;
         }
         now.push_back({path, areaOf(path)});
         changed += now.back().area;
@@ -90,7 +72,7 @@ QRegion AnnotationLayer::show(const std::vector<DrawingPath> &drawings) {
             changed += m_shown.back().area;
         }
         paint({}, first);
-        return std::exchange(m_isFresh, false) ? QRegion(m_image.rect()) : changed;
+        return std::exchange(m_isFresh, false) ? QRegion(m_place.area) : changed;
     }
     const QRegion changed = takeOver(drawings);
     if (!changed.isEmpty())
@@ -102,20 +84,20 @@ QRegion AnnotationLayer::show(const std::vector<DrawingPath> &drawings) {
 void AnnotationLayer::paint(const QRegion &region, size_t first) {
     if (first >= m_shown.size() && region.isEmpty())
         return;
-    const QSizeF size = QSizeF(m_image.size()) / m_scale;
     QPainter painter(&m_image);
+    painter.translate(-m_place.area.topLeft());
     if (!region.isEmpty()) {
         painter.setClipRegion(region);
         painter.setCompositionMode(QPainter::CompositionMode_Source);
         for (const QRect &rect : region)
-            painter.drawImage(rect, m_ground, rect);
+            painter.drawImage(rect, m_ground, rect.translated(-m_place.area.topLeft()));
         painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     }
-    painter.scale(m_scale, m_scale);
+    painter.scale(m_place.scale, m_place.scale);
     for (size_t i = first; i < m_shown.size(); ++i) {
         const Shown &shown = m_shown[i];
         if (!shown.area.isEmpty() && (region.isEmpty() || region.intersects(shown.area)))
-            renderDrawing(painter, shown.path, pointsIn(shown.path, size), false);
+            renderDrawing(painter, shown.path, pointsIn(shown.path, m_place.canvas), false);
     }
 }
 

@@ -134,6 +134,8 @@ void ColorPopoverView::chooseCustom() {
         dialog->setWindowTitle(QStringLiteral("Annotation color"));
         dialog->setAttribute(Qt::WA_DeleteOnClose);
         connect(dialog, &QColorDialog::currentColorChanged, &m_model, &EditorModel::setSelectedColor);
+        // The window may go on with another picture, for which a new dialog is made.
+        connect(&m_model, &QObject::destroyed, dialog, [dialog] { delete dialog; });
     }
     close();
     dialog->show();

@@ -8,6 +8,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QResizeEvent>
 
 #include <cmath>
 
@@ -109,6 +110,14 @@ void CropOverlayView::mousePressEvent(QMouseEvent *event) {
 void CropOverlayView::mouseMoveEvent(QMouseEvent *event) {
     if (m_isDragging)
         m_model.dragCrop(m_from, event->position(), size());
+}
+
+// A drag that is under way keeps the place on the picture where it began.
+void CropOverlayView::resizeEvent(QResizeEvent *event) {
+    const QSizeF before = event->oldSize();
+    if (m_isDragging && !before.isEmpty())
+        m_from = {m_from.x() * width() / before.width(), m_from.y() * height() / before.height()};
+    QWidget::resizeEvent(event);
 }
 
 void CropOverlayView::mouseReleaseEvent(QMouseEvent *event) {

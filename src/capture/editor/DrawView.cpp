@@ -1,6 +1,7 @@
 #include "capture/editor/DrawView.h"
 
 #include "capture/editor/AnnotationRenderer.h"
+#include "capture/editor/EraserRule.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -21,6 +22,7 @@ namespace {
 constexpr QSize fieldSize{220, 30};
 constexpr float fieldOpacity = 0.92F;
 constexpr int fieldMargin = 4;
+constexpr double ringWidth = 3;
 
 // A field with a rounded frame that lets a little of the picture through.
 class AnnotationField final : public QLineEdit {
@@ -70,13 +72,14 @@ DrawViewModel::Command commandOf(const QKeyEvent &event) {
 } // namespace
 
 DrawView::DrawView(QWidget *parent)
-    : QWidget(parent), m_model({[this](const QRectF &area) { redraw(area); },
-                                [this] {
-                                    showDrawings();
-                                    setCursorForTool();
-                                },
-                                [this](const DrawViewModel::TextField &field) { showTextField(field); },
-                                [this] { removeTextField(); }, [this] { setFocus(Qt::OtherFocusReason); }}) {
+    : QWidget(parent),
+      m_model({[this](const QRectF &area) { redraw(area); },
+               [this] {
+                   showDrawings();
+                   setCursorForTool();
+               },
+               [this](const DrawViewModel::TextField &field) { showTextField(field); }, [this] { removeTextField(); },
+               [this] { setFocus(Qt::OtherFocusReason); }, [this](const QPointF &origin) { moveTextField(origin); }}) {
     setFocusPolicy(Qt::ClickFocus);
     setAccessibleName(QStringLiteral("Canvas"));
     setAttribute(Qt::WA_TabletTracking, false);
@@ -91,9 +94,9 @@ DrawView::~DrawView() {
     }
 }
 
-void DrawView::setPicture(const QImage &picture) {
+void DrawView::setPicture(const PictureLevels &picture) {
     m_picture = picture;
-    m_layer.setGround({}, {}, 1);
+    m_layer.setGround({}, {});
     setAttribute(Qt::WA_OpaquePaintEvent, !picture.isNull() && !picture.hasAlphaChannel());
     update();
 }
@@ -107,16 +110,35 @@ void DrawView::updateCanvas(const DrawingCanvas &canvas) {
 }
 
 void DrawView::setCursorForTool() {
-    const bool isTyped = m_model.parent() && m_model.parent()->tool.get() == DrawingTool::text;
-    const Qt::CursorShape shape = isTyped ? Qt::IBeamCursor : Qt::CrossCursor;
+    const DrawingTool tool = m_model.parent() ? m_model.parent()->tool.get() : DrawingTool::pen;
+    setMouseTracking(tool == DrawingTool::eraser);
+    if (tool != DrawingTool::eraser)
+        showEraserAt(std::nullopt);
+    const Qt::CursorShape shape = tool == DrawingTool::text ? Qt::IBeamCursor : Qt::CrossCursor;
     if (cursor().shape() != shape)
         setCursor(shape);
+}
+
+QRectF DrawView::eraserRing() const {
+    if (!m_eraser)
+        return {};
+    const QSizeF reach(width() * eraserReach, height() * eraserReach);
+    return {m_eraser->x() - reach.width(), m_eraser->y() - reach.height(), 2 * reach.width(), 2 * reach.height()};
+}
+
+void DrawView::showEraserAt(std::optional<QPointF> place) {
+    const QRectF before = eraserRing();
+    if (std::exchange(m_eraser, place) == place)
+        return;
+    for (const QRectF &ring : {before, eraserRing()})
+        if (!ring.isEmpty())
+            redraw(ring.adjusted(-ringWidth, -ringWidth, ringWidth, ringWidth));
 }
 
 void DrawView::showDrawings() {
     if (!m_model.parent() || m_layer.image().isNull())
         return update(); // there was no frame yet: it will show them all
-    const double scale = m_layer.scale();
+    const double scale = m_layer.place().scale;
     for (const QRect &pixels : m_layer.show(m_model.parent()->drawings.get()))
         redraw(QRectF(pixels.x() / scale, pixels.y() / scale, pixels.width() / scale, pixels.height() / scale));
 }
@@ -125,37 +147,72 @@ void DrawView::redraw(const QRectF &area) {
     update((area & QRectF(rect())).toAlignedRect().adjusted(-1, -1, 1, 1));
 }
 
+QRect DrawView::pixelsSeen() const {
+    const QRect seen = parentWidget() ? rect() & parentWidget()->rect().translated(-pos()) : rect();
+    const double scale = devicePixelRatioF();
+    return QRectF(QPointF(seen.topLeft()) * scale, QSizeF(seen.size()) * scale).toAlignedRect();
+}
+
+QImage DrawView::ground(const QRect &area) const {
+    const bool isClear = m_picture.isNull() || m_picture.hasAlphaChannel();
+    QImage ground(area.size(), isClear ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    if (isClear)
+        ground.fill(Qt::transparent);
+    const double scale = devicePixelRatioF();
+    QPainter painter(&ground);
+    painter.translate(-area.topLeft());
+    m_picture.paint(painter, QRectF(QPointF(), QSizeF(size()) * scale), area, 1);
+    return ground;
+}
+
+void DrawView::prepareLayer() {
+    const double scale = devicePixelRatioF();
+    const QRect seen = pixelsSeen();
+    const AnnotationLayer::Place &kept = m_layer.place();
+    if (!m_layer.image().isNull() && kept.canvas == size() && kept.scale == scale && kept.area.contains(seen))
+        return;
+    // A little more than shows, so that not every step of a picture that is moved paints all anew.
+    const QRect whole(0, 0, int(std::ceil(width() * scale)), int(std::ceil(height() * scale)));
+    const QRect area =
+        seen.adjusted(-seen.width() / 4, -seen.height() / 4, seen.width() / 4, seen.height() / 4) & whole;
+    m_layer.setGround(area.isEmpty() ? QImage() : ground(area), {size(), area, scale});
+    if (m_model.parent())
+        m_layer.show(m_model.parent()->drawings.get());
+}
+
 QImage DrawView::frameOf(const QRect &pixels, const DrawingPath &gesture) const {
-    QImage frame = m_layer.image().copy(pixels);
+    const AnnotationLayer::Place &place = m_layer.place();
+    QImage frame = m_layer.image().copy(pixels.translated(-place.area.topLeft()));
     QPainter painter(&frame);
     painter.translate(-pixels.topLeft());
-    painter.scale(m_layer.scale(), m_layer.scale());
+    painter.scale(place.scale, place.scale);
     renderDrawing(painter, gesture, gesture.points, false);
     return frame;
 }
 
 void DrawView::paintEvent(QPaintEvent *event) {
-    const double scale = devicePixelRatioF();
-    const QSize pixelSize(int(std::ceil(width() * scale)), int(std::ceil(height() * scale)));
-    if (m_layer.pixelSize() != pixelSize || m_layer.scale() != scale) {
-        m_layer.setGround(m_picture, pixelSize, scale);
-        if (m_model.parent())
-            m_layer.show(m_model.parent()->drawings.get());
-    }
+    prepareLayer();
+    const AnnotationLayer::Place &place = m_layer.place();
+    const double scale = place.scale;
+    const QRect asked = event->region().boundingRect();
+    const QRect pixels =
+        QRectF(QPointF(asked.topLeft()) * scale, QSizeF(asked.size()) * scale).toAlignedRect() & place.area;
+    if (pixels.isEmpty())
+        return;
     QPainter painter(this);
-    const std::optional<DrawingPath> gesture = m_model.gesture();
-    QRect pixels(QPoint(), pixelSize);
-    if (gesture) {
-        const QRect area = event->region().boundingRect();
-        pixels &=
-            QRectF(area.x() * scale, area.y() * scale, area.width() * scale, area.height() * scale).toAlignedRect();
-        if (pixels.isEmpty())
-            return;
-    }
+    const QRectF target(QPointF(pixels.topLeft()) / scale, QSizeF(pixels.size()) / scale);
     // The gesture goes onto a copy of the pixels below, since a highlighter's colours depend on them.
-    QImage frame = gesture ? frameOf(pixels, *gesture) : m_layer.image();
-    frame.setDevicePixelRatio(scale);
-    painter.drawImage(QPointF(pixels.topLeft()) / scale, frame);
+    if (const std::optional<DrawingPath> gesture = m_model.gesture())
+        painter.drawImage(target, frameOf(pixels, *gesture), QRect(QPoint(), pixels.size()));
+    else
+        painter.drawImage(target, m_layer.image(), pixels.translated(-place.area.topLeft()));
+    if (!m_eraser)
+        return;
+    painter.setRenderHint(QPainter::Antialiasing);
+    for (const QPen &pen : {QPen(QColor(0, 0, 0, 150), ringWidth), QPen(Qt::white, 1)}) { // shows on any picture
+        painter.setPen(pen);
+        painter.drawEllipse(eraserRing());
+    }
 }
 
 void DrawView::resizeEvent(QResizeEvent *event) {
@@ -170,6 +227,8 @@ void DrawView::mousePressEvent(QMouseEvent *event) {
 }
 
 void DrawView::mouseMoveEvent(QMouseEvent *event) {
+    if (hasMouseTracking())
+        showEraserAt(event->position());
     if (event->buttons() & Qt::LeftButton)
         m_model.mouseDragged(event->position());
 }
@@ -177,6 +236,11 @@ void DrawView::mouseMoveEvent(QMouseEvent *event) {
 void DrawView::mouseReleaseEvent(QMouseEvent *event) {
     if (event->button() == Qt::LeftButton)
         m_model.mouseUp();
+}
+
+void DrawView::leaveEvent(QEvent *event) {
+    showEraserAt(std::nullopt);
+    QWidget::leaveEvent(event);
 }
 
 // A pen draws as the mouse does, at its own finer resolution. Accepted, so that no mouse events are made of it.
@@ -202,6 +266,11 @@ void DrawView::showTextField(const DrawViewModel::TextField &field) {
     edit->show();
     edit->setFocus(Qt::OtherFocusReason);
     update();
+}
+
+void DrawView::moveTextField(const QPointF &origin) {
+    if (m_field)
+        m_field->move(origin.toPoint());
 }
 
 void DrawView::removeTextField() {

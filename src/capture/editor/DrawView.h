@@ -2,6 +2,7 @@
 
 #include "capture/editor/AnnotationLayer.h"
 #include "capture/editor/DrawViewModel.h"
+#include "capture/editor/PictureLevels.h"
 
 #include <QLineEdit>
 #include <QPointer>
@@ -13,6 +14,7 @@ namespace tavrine {
 
 /// The canvas: shows the picture with its annotations over its whole area, and takes the mouse and the pen. Owned by
 /// the editor, which lays it exactly where the picture belongs and makes a new one for a new identity of the canvas.
+/// It may be far larger than its parent: only what shows there, and a little round it, is kept as pixels.
 ///
 /// A view that goes away while something is typed does not finish the typing: its annotation stays as it was.
 class DrawView : public QWidget {
@@ -23,7 +25,7 @@ public:
 
     /// What lies under the annotations, stretched over the view. Highlighters darken it. Null: nothing, and the view
     /// is clear.
-    void setPicture(const QImage &picture);
+    void setPicture(const PictureLevels &picture);
     /// Replaces what the view is bound to and redraws. Call it whenever a bound value was changed from elsewhere. The
     /// gesture under way and the field being typed into stay.
     void updateCanvas(const DrawingCanvas &canvas);
@@ -40,21 +42,29 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
+    void leaveEvent(QEvent *event) override;
     void tabletEvent(QTabletEvent *event) override;
     bool eventFilter(QObject *object, QEvent *event) override;
 
 private:
     void showTextField(const DrawViewModel::TextField &field);
+    void moveTextField(const QPointF &origin);
     void removeTextField();
     void showDrawings();
     void redraw(const QRectF &area);
     void setCursorForTool();
+    [[nodiscard]] QRectF eraserRing() const;
+    void showEraserAt(std::optional<QPointF> place);
+    [[nodiscard]] QRect pixelsSeen() const;
+    [[nodiscard]] QImage ground(const QRect &area) const;
+    void prepareLayer();
     [[nodiscard]] QImage frameOf(const QRect &pixels, const DrawingPath &gesture) const;
 
-    QImage m_picture;
+    PictureLevels m_picture;
     AnnotationLayer m_layer;
     DrawViewModel m_model;
     QPointer<QLineEdit> m_field;
+    std::optional<QPointF> m_eraser; ///< where the ring of the eraser stands
     bool m_isPenDown = false;
 };
 

@@ -59,10 +59,28 @@ QPointF DrawViewModel::normalised(const QPointF &point) const {
     return {point.x() / m_bounds.width(), point.y() / m_bounds.height()};
 }
 
+void DrawViewModel::setBounds(const QSizeF &bounds) {
+    const QSizeF before = std::exchange(m_bounds, bounds);
+    if (before.isEmpty() || bounds.isEmpty() || before == bounds)
+        return;
+    const double across = bounds.width() / before.width();
+    const double down = bounds.height() / before.height();
+    for (QPointF &point : m_currentPoints)
+        point = {point.x() * across, point.y() * down};
+    if (!m_activeTextField)
+        return;
+    QPointF &origin = m_activeTextField->origin;
+    origin = {origin.x() * across, origin.y() * down};
+    if (m_view.moveTextField)
+        m_view.moveTextField(origin);
+}
+
 void DrawViewModel::mouseDown(const QPointF &point) {
+    m_hasEndedTyping = false;
     if (!m_parent)
         return;
     if (m_activeTextField) { // the click ends the typing, wherever it is, and does nothing else
+        m_hasEndedTyping = true;
         commitActiveText();
         write(m_parent->tool, DrawingTool::pen);
         return;
@@ -88,7 +106,7 @@ void DrawViewModel::mouseDown(const QPointF &point) {
 }
 
 void DrawViewModel::mouseDragged(const QPointF &point) {
-    if (!canDraw(point))
+    if (m_hasEndedTyping || !canDraw(point))
         return;
     const DrawingTool tool = m_parent->tool.get();
     if (tool == DrawingTool::eraser) {
@@ -110,6 +128,7 @@ void DrawViewModel::mouseDragged(const QPointF &point) {
 }
 
 void DrawViewModel::mouseUp() {
+    m_hasEndedTyping = false;
     if (m_currentPoints.empty())
         return;
     const QRectF area = gestureArea();

@@ -12,12 +12,11 @@ namespace tavrine {
 /// main thread only.
 ///
 ///  1. Points are in the view's coordinates, the origin at the top left. Points outside the view are points like
-///  others;
-///     one that is no number is passed over, and while the view has no area the mouse does nothing.
+///     others; one that is no number is passed over, and while the view has no area the mouse does nothing.
 ///  2. A gesture runs from `mouseDown` to `mouseUp`. Its annotation is written when it ends.
 ///  3. While something is typed, its annotation is among the drawings already and changes with each letter. A model
-///  that
-///     is destroyed leaves the drawings as they are then.
+///     that is destroyed leaves the drawings as they are then.
+///  4. The gesture and the field stay where they are on the picture when the view gets another size.
 class DrawViewModel {
 public:
     /// The field that an annotation is typed into.
@@ -38,6 +37,7 @@ public:
         std::function<void(const TextField &)> showTextField; ///< and gives it the keyboard
         std::function<void()> removeTextField;
         std::function<void()> makeFirstResponder; ///< the view itself takes the keyboard
+        std::function<void(const QPointF &origin)> moveTextField = {};
     };
 
     DrawViewModel() = default;
@@ -46,7 +46,7 @@ public:
     /// The gesture under way and the text being typed go on.
     void setParent(std::optional<DrawingCanvas> parent) { m_parent = std::move(parent); }
     [[nodiscard]] const std::optional<DrawingCanvas> &parent() const { return m_parent; }
-    void setBounds(const QSizeF &bounds) { m_bounds = bounds; }
+    void setBounds(const QSizeF &bounds);
 
     void mouseDown(const QPointF &point);
     void mouseDragged(const QPointF &point);
@@ -82,6 +82,7 @@ private:
     std::optional<DrawingCanvas> m_parent;
     QSizeF m_bounds;
     std::vector<QPointF> m_currentPoints;
+    bool m_hasEndedTyping = false; ///< the button that is held did so, and does nothing else
     std::optional<TextField> m_activeTextField;
     std::optional<QString> m_activeTextID;
 };

@@ -4,7 +4,7 @@
 #include "base/Print.h"
 #include "base/PrivateFiles.h"
 #include "base/Time.h"
-#include "capture/PngData.h"
+#include "capture/SnipFiles.h"
 #include "capture/editor/Flattening.h"
 #include "capture/editor/ImageOpening.h"
 #include "capture/editor/Paintable.h"
@@ -13,26 +13,10 @@
 
 #include <QDateTime>
 #include <QPointer>
-#include <QSaveFile>
 
 #include <utility>
 
 namespace tavrine {
-namespace {
-
-void writePng(const QImage &image, const QString &path) {
-    const std::optional<QByteArray> data = pngData(image);
-    if (!data)
-        return;
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(*data) == data->size() && file.commit())
-        printLine(QStringLiteral("Image saved to: ") + path);
-    else
-        printLine(QStringLiteral("Failed to save image: ") + file.errorString());
-}
-
-} // namespace
-
 EditorModel::EditorModel(const QImage &image, Ports ports, Actions actions, QObject *parent)
     : QObject(parent), m_ports(std::move(ports)), m_actions(std::move(actions)),
       m_image(paintable(image)), // once: the views would make a copy of their own each, of gigabytes in the end
@@ -145,19 +129,20 @@ void EditorModel::cancelCrop() {
         toggleCropping();
 }
 
-void EditorModel::copyFlattened() {
+bool EditorModel::copyFlattened() {
     const QImage image = flattenedImage();
     if (image.isNull())
-        return; // there was no memory for it: what stands on the pasteboard stays
+        return false; // there was no memory for it: what stands on the pasteboard stays
     m_ports.pasteboard.clearContents();
     m_ports.pasteboard.writeImage(image);
     setCopied(true);
     m_ports.time.asyncAfter(copiedLength, this, [this] { setCopied(false); });
+    return true;
 }
 
 void EditorModel::saveAndCopy() {
-    copyFlattened();
-    setUnsavedChanges(false);
+    if (copyFlattened())
+        setUnsavedChanges(false);
 }
 
 void EditorModel::saveFlattened() {
@@ -170,9 +155,29 @@ void EditorModel::saveFlattened() {
     panel.filter = QStringLiteral("PNG (*.png)");
     makePrivateFolder(panel.directory); // the panel shows what there is, whether or not this worked
     // What was flattened now is what is saved, also when the editor is closed before the answer.
-    m_ports.filePanels.runSavePanel(panel, [image = flattenedImage()](const std::optional<QString> &path) {
-        if (path)
-            writePng(image, *path);
+    m_ports.filePanels.runSavePanel(panel, [files = SnipFiles(m_ports.fileQueue, m_ports.time),
+                                            image = flattenedImage(),
+                                            self = QPointer(this)](const std::optional<QString> &path) {
+        if (!path || image.isNull())
+            return;
+        files.saveAs(*path, files.prepare(image, {}), FileRights::asUsual, [self](const SnipFiles::Outcome &outcome) {
+            if (outcome.isWritten())
+                return printLine(QStringLiteral("Image saved to: ") + outcome.path);
+            printLine(QStringLiteral("Failed to save image: ") + outcome.failure);
+            if (self)
+                self->tellSaveFailure(saveFailureMessage(outcome));
+        });
+    });
+}
+
+void EditorModel::tellSaveFailure(const QString &message) {
+    m_saveFailure = message;
+    Q_EMIT saveFailureChanged();
+    m_ports.time.asyncAfter(saveFailureLength, this, [this, told = ++m_saveFailures] {
+        if (told != m_saveFailures)
+            return; // a later one stays its own time
+        m_saveFailure.clear();
+        Q_EMIT saveFailureChanged();
     });
 }
 

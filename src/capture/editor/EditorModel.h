@@ -20,6 +20,7 @@ class FilePanels;
 class ImageCoder;
 class NotificationCenter;
 class Pasteboard;
+class SerialQueue;
 class Time;
 
 /// One picture in the editor: what is drawn on it, how it is cropped, and the ways out of it.
@@ -36,6 +37,7 @@ class EditorModel : public QObject {
 
 public:
     static constexpr Seconds copiedLength{2.0};
+    static constexpr Seconds saveFailureLength{5.0};
     static constexpr auto restartSnipNotification = "com.tavrine.restartSnip";
 
     /// All outlive the model.
@@ -46,6 +48,7 @@ public:
         ImageCoder &imageCoder;
         NotificationCenter &center;
         QString documents; ///< the person's documents folder; empty when there is none
+        SerialQueue &fileQueue;
     };
     struct Actions {
         std::function<void(const QImage &)> openNewImage; ///< without it no other file can be opened from here
@@ -91,9 +94,11 @@ public:
     // Ways out.
     [[nodiscard]] bool hasUnsavedChanges() const { return m_hasUnsavedChanges; }
     [[nodiscard]] bool isCopied() const { return m_isCopied; }
-    void copyFlattened();
-    void saveAndCopy(); ///< writes no file
-    void saveFlattened();
+    bool copyFlattened(); ///< false when there is no memory for it; nothing is another then
+    void saveAndCopy();   ///< writes no file
+    void saveFlattened(); ///< asks where; what is seen now is written in the background after the answer
+    /// What the person is told of a save that failed; empty when there is nothing to tell, or not any more.
+    [[nodiscard]] const QString &saveFailure() const { return m_saveFailure; }
     void openImageFile();
     void takeNewSnip();
     void close();
@@ -118,11 +123,13 @@ Q_SIGNALS:
     void cropChanged();    ///< the mode or the selection
     void hasUnsavedChangesChanged();
     void isCopiedChanged();
+    void saveFailureChanged();
     void uploadChanged();
 
 private:
     void setUnsavedChanges(bool hasThem);
     void setCopied(bool isCopied);
+    void tellSaveFailure(const QString &message);
 
     Ports m_ports;
     Actions m_actions;
@@ -138,6 +145,8 @@ private:
     int m_nextStampNumber = 1;
     bool m_hasUnsavedChanges = false;
     bool m_isCopied = false;
+    QString m_saveFailure;
+    int m_saveFailures = 0;
     std::unique_ptr<UploadButton> m_uploadButton;
 };
 

@@ -1,6 +1,5 @@
 #include "capture/editor/EditorStageView.h"
 
-#include "capture/editor/Paintable.h"
 #include "look/Look.h"
 #include "look/Paint.h"
 
@@ -15,7 +14,6 @@ namespace tavrine {
 namespace {
 
 constexpr int checkSide = 8;    // of the squares under a transparent picture
-constexpr double sharpFrom = 3; // from this scale on pixels show as squares
 constexpr double notch = 120;   // of a wheel, in eighths of a degree
 constexpr double notchWay = 60; // points that a notch moves the picture
 constexpr int shadowReach = 3;
@@ -90,13 +88,14 @@ EditorStageView::EditorStageView(QWidget *parent) : QWidget(parent), m_overlay(n
 EditorStageView::~EditorStageView() = default;
 
 void EditorStageView::setImage(const QImage &image) {
-    m_zoom.setImageSize(image.size());
-    setPicture(image);
+    m_zoom.setImageSize(image.deviceIndependentSize());
+    m_image = image;
+    m_shown = m_image;
     place();
 }
 
 void EditorStageView::setPicture(const QImage &picture) {
-    m_levels = {paintable(picture)};
+    m_shown = picture;
     m_backdrop = {};
     update();
 }
@@ -105,6 +104,7 @@ void EditorStageView::setCanvas(QWidget *canvas, Picture picture) {
     delete m_canvas;
     m_canvas = canvas;
     m_picture = picture;
+    m_shown = m_image;
     m_backdrop = {};
     if (m_canvas) {
         m_canvas->setParent(this);
@@ -152,38 +152,11 @@ void EditorStageView::place() {
     Q_EMIT zoomChanged();
 }
 
-const QImage &EditorStageView::levelFor(double devicePixelsPerPixel) {
-    size_t level = 0;
-    for (double left = devicePixelsPerPixel; left < 0.5; left *= 2, ++level) {
-        if (level + 1 < m_levels.size())
-            continue;
-        const QImage &last = m_levels.back();
-        if (std::min(last.width(), last.height()) < 4)
-            break;
-        QImage half = last.scaled(last.width() / 2, last.height() / 2, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-        if (half.isNull())
-            break;
-        m_levels.push_back(std::move(half));
-    }
-    return m_levels[std::min(level, m_levels.size() - 1)];
-}
-
 void EditorStageView::paintImage(QPainter &painter, const QRectF &target) {
-    if (m_levels.front().hasAlphaChannel())
+    if (m_shown.hasAlphaChannel())
         paintChecks(painter, target.intersected(rect()), look::themeOf(this));
-    if (m_picture == Picture::byCanvas)
-        return;
-    const QImage &level = levelFor(scale() * devicePixelRatioF());
-    const double across = level.width() / target.width();
-    const double down = level.height() / target.height();
-    // Only what shows: the rest may be many times larger than the window. A margin keeps the edges' smoothing right.
-    const QRectF seen = target.intersected(QRectF(rect()).adjusted(-1, -1, 1, 1));
-    const QRectF source((seen.x() - target.x()) * across, (seen.y() - target.y()) * down, seen.width() * across,
-                        seen.height() * down);
-    if (seen.isEmpty())
-        return;
-    painter.setRenderHint(QPainter::SmoothPixmapTransform, scale() < sharpFrom);
-    painter.drawImage(seen, level, source);
+    if (m_picture == Picture::byStage)
+        m_shown.paint(painter, target, rect(), devicePixelRatioF());
 }
 
 void EditorStageView::renderBackdrop() {
@@ -193,7 +166,7 @@ void EditorStageView::renderBackdrop() {
     const look::Theme &theme = look::themeOf(this);
     m_backdrop.fill(groundOf(theme));
     const QRectF image = imageRect();
-    if (m_levels.empty() || image.isEmpty())
+    if (m_shown.isNull() || image.isEmpty())
         return;
     QPainter painter(&m_backdrop);
     for (int i = shadowReach; i > 0; --i)

@@ -1,13 +1,11 @@
 #pragma once
 
 #include "capture/editor/ImageZoom.h"
+#include "capture/editor/PictureLevels.h"
 
-#include <QImage>
 #include <QPixmap>
 #include <QPointer>
 #include <QWidget>
-
-#include <vector>
 
 namespace tavrine {
 
@@ -25,7 +23,8 @@ public:
 
     /// Another picture, shown whole.
     void setImage(const QImage &image);
-    /// The same picture with other pixels; it stays where it stands.
+    [[nodiscard]] const PictureLevels &image() const { return m_image; }
+    /// The same picture with other pixels, until there is another canvas; it stays where it stands.
     void setPicture(const QImage &picture);
     /// Takes the widget over and lays it over the picture, below the overlay layer; the former one is deleted. A canvas
     /// may paint the picture itself.
@@ -62,10 +61,10 @@ private:
     void place();
     void renderBackdrop();
     void paintImage(QPainter &painter, const QRectF &target);
-    [[nodiscard]] const QImage &levelFor(double devicePixelsPerPixel);
 
     ImageZoom m_zoom;
-    std::vector<QImage> m_levels; ///< the picture, and each half as large as the one before, as far as they were needed
+    PictureLevels m_image;
+    PictureLevels m_shown; ///< by the stage itself
     QPixmap m_backdrop;
     QWidget *m_canvas = nullptr;
     Picture m_picture = Picture::byStage;

@@ -9,6 +9,8 @@
 #include <QHBoxLayout>
 #include <QPainter>
 
+#include <cmath>
+
 namespace tavrine {
 namespace {
 
@@ -29,13 +31,6 @@ look::Button *iconButton(const char *symbol, const char *help, const char *key, 
     if (*key != '\0')
         button->setToolTip(QStringLiteral("%1  (%2)").arg(QLatin1String(help), QLatin1String(key)));
     button->setAccessibleName(QLatin1String(help)); // the key is for the eye
-    return button;
-}
-
-look::Button *wordButton(const char *symbol, const char *text, const char *help, QWidget *parent) {
-    auto *button = new look::Button(QLatin1String(text), look::ButtonStyle::plain, parent);
-    button->setSymbol(QLatin1String(symbol));
-    button->setToolTip(QLatin1String(help));
     return button;
 }
 
@@ -71,17 +66,12 @@ void EditorToolbarView::build() {
     row->addWidget(m_crop);
     row->addWidget(m_undo);
     row->addStretch(1);
-    auto *extract = wordButton("text.viewfinder", "Extract Text", "Read the text in the image", this);
-    auto *scan = wordButton("qrcode.viewfinder", "Scan QR", "Find QR codes in the image", this);
-    row->addWidget(extract);
-    row->addWidget(scan);
+    auto *extract = addWordButton("text.viewfinder", "Extract Text", "Read the text in the image");
+    auto *scan = addWordButton("qrcode.viewfinder", "Scan QR", "Find QR codes in the image");
     row->addWidget(new Divider(this));
-    m_copy = wordButton("doc.on.doc", "Copy", "Copy the image  (Ctrl+C)", this);
-    auto *save = wordButton("tray.and.arrow.down", "Save", "Save the image as a file  (Ctrl+S)", this);
-    m_upload = wordButton("icloud.and.arrow.up", "Upload", "Upload the image and copy its link", this);
-    row->addWidget(m_copy);
-    row->addWidget(save);
-    row->addWidget(m_upload);
+    m_copy = addWordButton("doc.on.doc", "Copy", "Copy the image  (Ctrl+C)");
+    auto *save = addWordButton("tray.and.arrow.down", "Save", "Save the image as a file  (Ctrl+S)");
+    m_upload = addWordButton("icloud.and.arrow.up", "Upload", "Upload the image and copy its link");
 
     connect(m_crop, &QAbstractButton::clicked, this, &EditorToolbarView::cropPressed);
     connect(m_undo, &QAbstractButton::clicked, this, &EditorToolbarView::undoPressed);
@@ -92,12 +82,53 @@ void EditorToolbarView::build() {
     connect(m_upload, &QAbstractButton::clicked, &m_model, &EditorModel::upload);
 }
 
+look::Button *EditorToolbarView::addWordButton(const char *symbol, const char *word, const char *help) {
+    auto *button = new look::Button(QLatin1String(word), look::ButtonStyle::plain, this);
+    button->setSymbol(QLatin1String(symbol));
+    button->setToolTip(QLatin1String(help));
+    button->setAccessibleName(QLatin1String(word));
+    layout()->addWidget(button);
+    m_wordButtons.push_back(button);
+    return button;
+}
+
+void EditorToolbarView::setWord(look::Button *button, const QString &word) {
+    button->setAccessibleName(word);
+    fitWords();
+}
+
+void EditorToolbarView::showWords(bool areShown) {
+    for (look::Button *button : m_wordButtons) {
+        button->setText(areShown ? button->accessibleName() : QString());
+        button->updateGeometry();
+    }
+    layout()->invalidate();
+}
+
+void EditorToolbarView::fitWords() {
+    showWords(true);
+    if (layout()->totalMinimumSize().width() > width())
+        showWords(false);
+}
+
+QSize EditorToolbarView::minimumSizeHint() const {
+    int wide = layout()->totalMinimumSize().width();
+    for (const look::Button *button : m_wordButtons)
+        if (!button->isHidden() && !button->text().isEmpty())
+            wide -= int(std::floor(look::lineWidth(button->text(), look::TextRole::bodyStrong)));
+    return {wide, barHeight};
+}
+
+void EditorToolbarView::resizeEvent(QResizeEvent *event) {
+    QWidget::resizeEvent(event);
+    fitWords();
+}
+
 void EditorToolbarView::showCopied() {
     const bool isCopied = m_model.isCopied();
-    m_copy->setText(isCopied ? QStringLiteral("Copied") : QStringLiteral("Copy"));
+    setWord(m_copy, isCopied ? QStringLiteral("Copied") : QStringLiteral("Copy"));
     m_copy->setSymbol(isCopied ? QStringLiteral("checkmark") : QStringLiteral("doc.on.doc"));
     m_copy->setSymbolColour(isCopied ? look::themeOf(this).successText : QColor());
-    m_copy->updateGeometry();
 }
 
 void EditorToolbarView::showUpload() {
@@ -105,11 +136,10 @@ void EditorToolbarView::showUpload() {
     m_upload->setVisible(button && button->isShown());
     if (!button)
         return;
-    m_upload->setText(button->title());
+    setWord(m_upload, button->title());
     m_upload->setSymbol(button->symbol());
     m_upload->setSymbolColour(button->state() == UploadButtonState::done ? look::themeOf(this).successText : QColor());
     m_upload->setEnabled(button->state() != UploadButtonState::uploading);
-    m_upload->updateGeometry();
 }
 
 void EditorToolbarView::showMode() {

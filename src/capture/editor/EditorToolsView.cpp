@@ -68,18 +68,14 @@ look::Button *zoomButton(const char *symbol, const char *help, const QString &ke
 
 EditorToolsView::EditorToolsView(EditorModel &model, EditorStageView &stage, QWidget *parent)
     : QWidget(parent), m_model(model), m_stage(stage) {
-    setFixedHeight(barHeight);
-    auto *grid = new QGridLayout(this); // the tools stand in the middle, whatever stands beside them
-    grid->setContentsMargins(look::space::medium, 1, look::space::medium, 0);
-    grid->addWidget(makeTools(), 0, 1, Qt::AlignCenter);
+    makeTools();
     m_stepper = makeStepper(); // not beside the tools: it comes and goes, and they stay under the pointer
     QSizePolicy policy = m_stepper->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     m_stepper->setSizePolicy(policy);
-    grid->addWidget(m_stepper, 0, 0, Qt::AlignLeft | Qt::AlignVCenter);
-    grid->addWidget(makeZoom(), 0, 2, Qt::AlignRight | Qt::AlignVCenter);
-    grid->setColumnStretch(0, 1);
-    grid->setColumnStretch(2, 1);
+    m_zoom = makeZoom();
+    new QGridLayout(this);
+    arrange(true);
     connect(&model, &EditorModel::currentToolChanged, this, &EditorToolsView::showTool);
     connect(&model, &EditorModel::lineThicknessChanged, this, &EditorToolsView::showTool);
     connect(&model, &EditorModel::cropChanged, this, &EditorToolsView::showTool);
@@ -90,7 +86,43 @@ EditorToolsView::EditorToolsView(EditorModel &model, EditorStageView &stage, QWi
     showZoom();
 }
 
-QWidget *EditorToolsView::makeTools() {
+void EditorToolsView::arrange(bool inOneRow) {
+    auto *grid = static_cast<QGridLayout *>(layout());
+    for (QWidget *part : {m_stepper, m_tools, m_zoom})
+        grid->removeWidget(part);
+    grid->setContentsMargins(look::space::medium, 1, look::space::medium, 0);
+    grid->setVerticalSpacing(0);
+    const int row = inOneRow ? 0 : 1;
+    // The tools stand in the middle, whatever stands beside them.
+    if (inOneRow)
+        grid->addWidget(m_tools, 0, 1, Qt::AlignCenter);
+    else
+        grid->addWidget(m_tools, 0, 0, 1, 3, Qt::AlignCenter);
+    grid->addWidget(m_stepper, row, 0, Qt::AlignLeft | Qt::AlignVCenter);
+    grid->addWidget(m_zoom, row, 2, Qt::AlignRight | Qt::AlignVCenter);
+    grid->setColumnStretch(0, 1);
+    grid->setColumnStretch(2, 1);
+    setFixedHeight(inOneRow ? barHeight : heightOfTwoRows);
+}
+
+int EditorToolsView::widthOfOneRow() const {
+    const int beside = std::max(m_stepper->sizeHint().width(), m_zoom->sizeHint().width()) + layout()->spacing();
+    return m_tools->sizeHint().width() + 2 * beside + 2 * look::space::medium;
+}
+
+QSize EditorToolsView::minimumSizeHint() const {
+    const int below = m_stepper->sizeHint().width() + m_zoom->sizeHint().width() + layout()->spacing();
+    return {std::max(m_tools->sizeHint().width(), below) + 2 * look::space::medium, height()};
+}
+
+void EditorToolsView::resizeEvent(QResizeEvent *event) {
+    QWidget::resizeEvent(event);
+    const bool inOneRow = width() >= widthOfOneRow();
+    if (inOneRow != (height() == barHeight))
+        arrange(inOneRow);
+}
+
+void EditorToolsView::makeTools() {
     m_tools = new QWidget(this);
     auto *row = rowIn(m_tools);
     const Binding<DrawingTool> current{[this] { return m_model.currentTool(); },
@@ -106,7 +138,6 @@ QWidget *EditorToolsView::makeTools() {
     row->addSpacing(look::space::small);
     m_color = new ColorButton(m_model, m_tools);
     row->addWidget(m_color);
-    return m_tools;
 }
 
 QWidget *EditorToolsView::makeStepper() {

@@ -15,22 +15,28 @@ class EditorModel;
 class EditorStageView;
 class ToolButton;
 
-/// The bar under the picture: the tools, their colour, the next stamp's number, and how large the picture is shown.
-/// Belongs to the editor's view; lives on the main thread.
+/// The bar under the picture: the tools, their colour, the next stamp's number, and how large the picture is shown. In
+/// a narrow window the last two stand in a row of their own. Belongs to the editor's view; lives on the main thread.
 class EditorToolsView : public QWidget {
     Q_OBJECT
 
 public:
     static constexpr int barHeight = 56;
+    static constexpr int heightOfTwoRows = 92;
 
     /// Both outlive the view.
     EditorToolsView(EditorModel &model, EditorStageView &stage, QWidget *parent = nullptr);
 
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
-    [[nodiscard]] QWidget *makeTools();
+    [[nodiscard]] int widthOfOneRow() const;
+    void arrange(bool inOneRow);
+    void makeTools();
     [[nodiscard]] QWidget *makeStepper();
     [[nodiscard]] QWidget *makeZoom();
     void showTool();
@@ -40,6 +46,7 @@ private:
     EditorModel &m_model;
     EditorStageView &m_stage;
     QWidget *m_tools = nullptr;
+    QWidget *m_zoom = nullptr;
     QWidget *m_color = nullptr;
     std::vector<ToolButton *> m_buttons;
     QWidget *m_stepper = nullptr;

@@ -6,6 +6,7 @@
 #include "capture/editor/EditorStageView.h"
 #include "capture/editor/EditorToolbarView.h"
 #include "capture/editor/EditorToolsView.h"
+#include "look/ApplicationIcon.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -111,6 +112,7 @@ EditorModel::Actions actionsOf(EditorView &view, EditorView::Actions actions, co
 EditorView::EditorView(const QImage &image, const EditorModel::Ports &ports, Actions actions, const Hooks &hooks,
                        QWidget *parent)
     : QWidget(parent), m_model(image, ports, actionsOf(*this, std::move(actions), hooks)) {
+    setWindowIcon(look::applicationIcon());
     setFocusPolicy(Qt::ClickFocus);
     build();
     connect(&m_model, &EditorModel::imageChanged, this, [this] {
@@ -120,6 +122,7 @@ EditorView::EditorView(const QImage &image, const EditorModel::Ports &ports, Act
     connect(&m_model, &EditorModel::canvasReplaced, this, &EditorView::replaceCanvas);
     connect(&m_model, &EditorModel::cropChanged, this, &EditorView::showMode);
     connect(&m_model, &EditorModel::hasUnsavedChangesChanged, this, &EditorView::showPills);
+    connect(&m_model, &EditorModel::saveFailureChanged, this, &EditorView::showSaveFailure);
     for (const auto change :
          {&EditorModel::currentToolChanged, &EditorModel::drawingsChanged, &EditorModel::selectedColorChanged,
           &EditorModel::lineThicknessChanged, &EditorModel::nextStampNumberChanged})
@@ -166,7 +169,7 @@ void EditorView::replaceCanvas() {
         return;
     }
     m_canvas = new DrawView;
-    m_canvas->setPicture(m_model.shownImage());
+    m_canvas->setPicture(m_stage->image());
     updateCanvas();
     m_stage->setCanvas(m_canvas, EditorStageView::Picture::byCanvas);
     m_canvas->setFocus();
@@ -187,7 +190,7 @@ void EditorView::updateCanvas() {
     canvas.nextStampNumber = {[this] { return m_model.nextStampNumber(); },
                               [this](int number) { m_model.setNextStampNumber(number); }};
     canvas.viewSize = m_stage->imageRect().size();
-    canvas.imageSize = m_model.shownImage().size();
+    canvas.imageSize = m_model.shownImage().deviceIndependentSize();
     m_canvas->updateCanvas(canvas);
 }
 
@@ -209,13 +212,28 @@ void EditorView::showPills() {
     placeFloating();
 }
 
+void EditorView::showSaveFailure() {
+    delete m_failurePill;
+    if (m_model.saveFailure().isEmpty())
+        return;
+    m_failurePill = new PillView(QStringLiteral("exclamationmark.triangle.fill"), m_model.saveFailure(), this);
+    m_failurePill->setShown(true);
+    placeFloating();
+}
+
 void EditorView::placeFloating() {
     const QRect stage = m_stage->geometry();
     for (PillView *pill : {m_cropPill, m_unsavedPill}) {
-        const QSize size = pill->sizeHint();
+        const QSize size = pill->sizeHint().boundedTo(stage.size());
         pill->setGeometry(
             QRect(QPoint(stage.center().x() - size.width() / 2, stage.bottom() - floatingGap - size.height()), size));
         pill->raise();
+    }
+    if (m_failurePill) {
+        const QSize size = m_failurePill->sizeHint().boundedTo(stage.size());
+        m_failurePill->setGeometry(
+            QRect(QPoint(stage.center().x() - size.width() / 2, stage.top() + floatingGap), size));
+        m_failurePill->raise();
     }
     if (m_scanning) {
         m_scanning->setGeometry(stage);

@@ -60,6 +60,7 @@ private:
     void updateCanvas();
     void showMode();
     void showPills();
+    void showSaveFailure();
     void placeFloating();
     void toggleCropping();
 
@@ -68,6 +69,7 @@ private:
     EditorToolbarView *m_toolbar = nullptr;
     PillView *m_cropPill = nullptr;
     PillView *m_unsavedPill = nullptr;
+    QPointer<PillView> m_failurePill;
     QPointer<DrawView> m_canvas;
     QPointer<QWidget> m_scanning;
     QPointer<QWidget> m_sheet;

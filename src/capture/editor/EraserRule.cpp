@@ -6,7 +6,7 @@
 namespace tavrine {
 namespace {
 
-constexpr double reachSquared = 0.0009; // 0.03 of the canvas, and that far is too far
+constexpr double reachSquared = 0.0009; // of `eraserReach`; that far is too far
 
 } // namespace
 

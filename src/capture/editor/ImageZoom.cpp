@@ -29,18 +29,16 @@ double ImageZoom::fittingScale() const {
         return 1;
     const double wide = std::max(m_place.width() - 2 * margin, 1.0) / m_imageSize.width();
     const double tall = std::max(m_place.height() - margin - bottomMargin, 1.0) / m_imageSize.height();
-    // Whole pixels of the picture: it would be blurred otherwise.
+    // Whole points of the picture: it would be blurred otherwise.
     const double ownSize =
         std::max(1.0, std::floor(smallestShown / std::max(m_imageSize.width(), m_imageSize.height())));
     return std::min({wide, tall, ownSize});
 }
 
 double ImageZoom::bounded(double scale) const {
-    const double area = std::max(m_imageSize.width() * m_imageSize.height(), 1.0);
-    const double byArea = std::max(std::sqrt(largestArea / area), std::min(1.0, std::sqrt(4 * largestArea / area)));
     // Whatever the limits say, the scale that fits can be reached.
     const double least = std::min(smallest, fittingScale());
-    const double most = std::max(std::min(largest, byArea), fittingScale());
+    const double most = std::max(largest, fittingScale());
     return std::clamp(scale, least, most);
 }
 

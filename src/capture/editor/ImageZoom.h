@@ -7,7 +7,7 @@
 namespace tavrine {
 
 /// Where a picture stands in the place that shows it, and how large. A value; nothing here touches what is drawn on
-/// the picture, which knows fractions only.
+/// the picture, which knows fractions only. All sizes are points: those of a picture are its pixels over its own scale.
 ///
 /// It fits until a person zooms: the whole picture shows, never larger than it is unless it is tiny. A picture that is
 /// larger than its place can be moved, but not out of sight; a smaller one stands in the middle.
@@ -18,16 +18,13 @@ public:
     static constexpr double smallestShown = 240; ///< what a tiny picture's longer edge may grow to
     static constexpr double smallest = 0.02;
     static constexpr double largest = 16;
-    /// Of the shown picture, in square points: the canvas holds it in memory as it is shown. A picture's own size is
-    /// allowed up to four times that.
-    static constexpr double largestArea = 16'000'000;
     static constexpr double step = 1.25;
 
     void setImageSize(QSizeF size);
     void setPlace(QSizeF size);
 
     [[nodiscard]] bool isFit() const { return m_isFit; }
-    [[nodiscard]] double scale() const; ///< points per pixel of the picture
+    [[nodiscard]] double scale() const; ///< points shown for a point of the picture
     /// In the place's coordinates. Empty without a picture or a place.
     [[nodiscard]] QRectF imageRect() const;
 
@@ -50,7 +47,7 @@ private:
     QSizeF m_place;
     bool m_isFit = true;
     double m_scale = 1;
-    QPointF m_middle; // of the place, on the picture, in pixels; used while it does not fit
+    QPointF m_middle; // of the place, on the picture; used while it does not fit
 };
 
 } // namespace tavrine

@@ -1,5 +1,7 @@
 #include "capture/editor/TavrineEditorContainerView.h"
 
+#include "look/ApplicationIcon.h"
+
 #include <QBoxLayout>
 
 #include <array>
@@ -8,6 +10,7 @@ namespace tavrine {
 
 TavrineEditorContainerView::TavrineEditorContainerView(Parts parts, QWidget *parent)
     : QWidget(parent), m_parts(std::move(parts)) {
+    setWindowIcon(look::applicationIcon());
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     const EditorModel::Ports &ports = m_parts.ports;

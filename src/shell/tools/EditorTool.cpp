@@ -60,7 +60,7 @@ void EditorTool::makeWindow(const EditorFlow::Window &window) {
     Desktop &desktop = m_shell.desktop();
     const EditorWindowParts parts{
         .ports = {desktop.time(), desktop.pasteboard(), desktop.filePanels(), desktop.imageCoder(), m_shell.center(),
-                  desktop.folders().documents},
+                  desktop.folders().documents, m_fileQueue},
         .clipboardManager = m_shell.clipboardManager(),
         .hooks = hooks(),
         .toolkitRect = [&desktop](const QRectF &rect) { return desktop.screens().toolkitRect(rect); }};

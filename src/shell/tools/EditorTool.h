@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/SerialQueue.h"
 #include "capture/editor/EditorFlow.h"
 #include "capture/editor/EditorView.h"
 #include "shell/tools/Tool.h"
@@ -32,6 +33,7 @@ private:
     void unload();
 
     Shell &m_shell;
+    SerialQueue m_fileQueue{QStringLiteral("com.tavrine.editor")};
     EditorFlow m_flow;
 };
 

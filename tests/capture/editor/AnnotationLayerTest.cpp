@@ -70,7 +70,7 @@ protected:
     }
     void start(double dots = 1) {
         scale = dots;
-        layer.setGround(picture, picture.size(), dots);
+        layer.setGround(picture, {QSizeF(picture.size()) / dots, picture.rect(), dots});
     }
 
     std::mt19937 numbers{11};
@@ -145,20 +145,32 @@ TEST_F(AnnotationLayerTest, onlyTheSurroundingsOfWhatIsNewAreTold) {
     EXPECT_LT(changed.width(), 60);
 }
 
-TEST_F(AnnotationLayerTest, aPictureOfAnotherSizeFillsTheView) {
-    layer.setGround(picture, {240, 160}, 1);
-    layer.show({});
-    EXPECT_EQ(layer.image().size(), QSize(240, 160));
-    EXPECT_EQ(layer.image(), picture.scaled(240, 160, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                                 .convertToFormat(QImage::Format_RGB32));
+TEST_F(AnnotationLayerTest, aPartOfTheCanvasHasThePixelsOfTheWhole) {
+    for (const double dots : {1.0, 2.0}) {
+        scale = dots;
+        const QRect part(130, 70, 200, 120);
+        AnnotationLayer some;
+        some.setGround(picture.copy(part), {QSizeF(picture.size()) / dots, part, dots});
+        std::vector<DrawingPath> drawings;
+        for (int round = 0; round < 40; ++round) {
+            drawings.push_back(anything());
+            if (round % 7 == 6)
+                drawings.erase(drawings.begin() + 2);
+            const QRegion changed = some.show(drawings);
+            ASSERT_EQ(some.image(), plainly(drawings).copy(part)) << dots << " round " << round;
+            ASSERT_TRUE(QRegion(part).contains(changed.boundingRect()) || changed.isEmpty());
+        }
+    }
 }
 
-TEST_F(AnnotationLayerTest, withoutAPictureTheGroundIsClearAndWithoutAnAreaThereIsNoImage) {
-    layer.setGround({}, {100, 100}, 1);
+TEST_F(AnnotationLayerTest, onAClearGroundTheAnnotationsAloneShowAndWithoutAnAreaThereIsNoImage) {
+    QImage clear(100, 100, QImage::Format_ARGB32_Premultiplied);
+    clear.fill(Qt::transparent);
+    layer.setGround(clear, {{100, 100}, clear.rect(), 1});
     layer.show({stamp(1, {0.5, 0.5})});
     EXPECT_EQ(layer.image().pixelColor(5, 5).alpha(), 0);
     EXPECT_EQ(layer.image().pixelColor(50, 40).alpha(), 255);
-    layer.setGround(picture, {0, 100}, 1);
+    layer.setGround({}, {{0, 100}, {}, 1});
     EXPECT_TRUE(layer.show({stamp(1, {0.5, 0.5})}).isEmpty());
     EXPECT_TRUE(layer.image().isNull());
 }

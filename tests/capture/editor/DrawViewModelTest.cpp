@@ -62,6 +62,42 @@ TEST_F(DrawViewModelTest, aPenStrokeIsWrittenInFractionsOfTheCanvasWhenTheButton
     EXPECT_TRUE(model.currentPoints().empty());
 }
 
+TEST_F(DrawViewModelTest, aStrokeStaysWhereItIsOnThePictureWhenTheViewGetsAnotherSize) {
+    model.mouseDown({40, 20});
+    model.mouseDragged({80, 40});
+    model.setBounds({800, 200});
+    model.mouseDragged({240, 60});
+    model.mouseUp();
+    EXPECT_EQ(last().points, (std::vector<QPointF>{{0.1, 0.1}, {0.2, 0.2}, {0.3, 0.3}}));
+}
+
+TEST_F(DrawViewModelTest, aViewThatHadNoAreaForAMomentLosesNoStroke) {
+    model.mouseDown({40, 20});
+    model.setBounds({0, 0});
+    model.setBounds({400, 200});
+    model.mouseDragged({80, 40});
+    model.mouseUp();
+    EXPECT_EQ(last().points, (std::vector<QPointF>{{0.1, 0.1}, {0.2, 0.2}}));
+}
+
+TEST_F(DrawViewModelTest, theFieldStaysWhereItIsOnThePictureWhenTheViewGetsAnotherSize) {
+    typeInto({40, 20}, "a");
+    model.setBounds({800, 600});
+    ASSERT_TRUE(model.activeTextField());
+    EXPECT_EQ(model.activeTextField()->origin, QPointF(80, 60));
+    EXPECT_EQ(model.activeTextField()->string, str("a"));
+    EXPECT_EQ(last().points, (std::vector<QPointF>{{0.1, 0.1}}));
+}
+
+TEST_F(DrawViewModelTest, aClickThatEndsTheTypingStartsNoStrokeThoughThePointerMoves) {
+    typeInto({40, 20}, "a");
+    drag({{200, 100}, {201, 100}, {260, 140}});
+    EXPECT_EQ(state.drawings.size(), 1U);
+    EXPECT_EQ(state.tool, DrawingTool::pen);
+    drag({{200, 100}, {201, 100}});
+    EXPECT_EQ(state.drawings.size(), 2U);
+}
+
 TEST_F(DrawViewModelTest, eachAnnotationHasAnIdentityOfItsOwn) {
     drag({{1, 1}, {2, 2}});
     drag({{1, 1}, {2, 2}});

@@ -47,6 +47,10 @@ protected:
         QMouseEvent event(QEvent::MouseMove, at, view->mapToGlobal(at), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(view, &event);
     }
+    void hover(const QPoint &at) {
+        QMouseEvent event(QEvent::MouseMove, at, view->mapToGlobal(at), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(view, &event);
+    }
     void release(const QPoint &at) { QTest::mouseRelease(view, Qt::LeftButton, {}, at); }
     void click(const QPoint &at) {
         press(at);
@@ -132,6 +136,30 @@ TEST_F(DrawViewTest, aHighlighterReadsWhatLiesBelowOnAWidgetsOwnSurfaceToo) {
     EXPECT_EQ(onScreen.pixel(370, 50), qRgb(200, 220, 138));
     EXPECT_EQ(onScreen.pixel(370, 30), qRgb(200, 220, 240));
     EXPECT_EQ(sheet.grab().toImage().pixel(30, 30), qRgb(200, 220, 138));
+}
+
+TEST_F(DrawViewTest, theEraserShowsHowFarItReachesAndTakesNothingOfTheRingAlong) {
+    const auto isRingAt = [](const QImage &image, int x, int y) {
+        return image.pixelColor(x, y) != QColor(Qt::white) || image.pixelColor(x, y - 1) != QColor(Qt::white);
+    };
+    use(DrawingTool::eraser);
+    const QImage before = shown();
+    hover({200, 120});
+    EXPECT_EQ(state.writes, 0) << "no button is held";
+    QImage with = shown();
+    EXPECT_TRUE(isRingAt(with, 200, 120 - 7));                   // 0.03 of 240
+    EXPECT_NE(with.pixelColor(200 + 9, 120), QColor(Qt::white)); // and of 320
+    EXPECT_EQ(with.pixelColor(200, 120), QColor(Qt::white));
+    EXPECT_EQ(with.pixelColor(200 + 16, 120), QColor(Qt::white));
+    hover({260, 60});
+    with = shown();
+    EXPECT_EQ(with.copy(180, 100, 40, 40), before.copy(180, 100, 40, 40));
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(view, &leave);
+    EXPECT_EQ(shown(), before);
+    hover({200, 120});
+    use(DrawingTool::pen);
+    EXPECT_EQ(shown(), before);
 }
 
 TEST_F(DrawViewTest, onlyTheLeftButtonDraws) {

@@ -5,10 +5,13 @@
 #include "adapters/fake/FakePasteboard.h"
 #include "adapters/fake/VirtualTime.h"
 #include "base/NotificationCenter.h"
+#include "base/SerialQueue.h"
 #include "upload/PlayedUpload.h"
 
 #include <QDir>
 #include <QTemporaryDir>
+
+#include <mutex>
 
 #include <gmock/gmock.h>
 
@@ -45,7 +48,7 @@ protected:
 
     void make(const QImage &image) {
         model = std::make_unique<EditorModel>(
-            image, EditorModel::Ports{time, pasteboard, panels, coder, center, documents},
+            image, EditorModel::Ports{time, pasteboard, panels, coder, center, documents, files},
             EditorModel::Actions{.openNewImage = [this](const QImage &opened) { openedImages.push_back(opened); },
                                  .close = [this] { ++closes; },
                                  .extractText = [this] { ++extracts; },
@@ -66,6 +69,14 @@ protected:
         work();
         return testing::internal::GetCapturedStdout();
     }
+    /// What is said until the file that was asked for is written, or is not.
+    std::string outputOfTheSave() {
+        return outputOf([this] {
+            time.advance(0ms);
+            files.sync([] {});
+            time.advance(0ms);
+        });
+    }
 
     QTemporaryDir home;
     QString documents = home.filePath(str("Documents"));
@@ -75,6 +86,7 @@ protected:
     FakeFilePanels panels{time};
     FakeImageCoder coder;
     NotificationCenter center;
+    SerialQueue files{str("com.tavrine.snip")};
     std::vector<QImage> openedImages;
     int closes = 0;
     int extracts = 0;
@@ -295,7 +307,7 @@ TEST_F(EditorModelTest, aPictureWithoutPixelsLeavesThePasteboardAndWritesNoFile)
     EXPECT_FALSE(model->hasUnsavedChanges());
     model->saveFlattened();
     panels.choose(home.filePath(str("none.png")));
-    EXPECT_EQ(outputOf([this] { time.advance(0ms); }), "");
+    EXPECT_EQ(outputOfTheSave(), "");
     EXPECT_FALSE(QFile::exists(home.filePath(str("none.png"))));
 }
 
@@ -408,13 +420,24 @@ TEST_F(EditorModelTest, saveAndCopyCopiesAndWritesNoFile) {
 }
 
 TEST_F(EditorModelTest, aClosedEditorLeavesNothingBehind) {
+    std::vector<uchar> pixels(400 * 200 * 4);
+    bool isReleased = false;
+    make(QImage(
+        pixels.data(), 400, 200, QImage::Format_RGB32, [](void *released) { *static_cast<bool *>(released) = true; },
+        &isReleased));
     model->copyFlattened();
     model->setUploadButton(played.makeButton(UploadButton::AfterLink::returnToIdle));
     model->upload();
     played.prepare();
     played.succeed();
+    model->openImageFile();
+    pasteboard.clearContents();
+    EXPECT_FALSE(isReleased);
     model.reset();
-    time.advance(5s);
+    EXPECT_TRUE(isReleased) << "something that waits for its time holds the picture";
+    panels.choose(str("/any.png"));
+    time.advance(10s);
+    EXPECT_TRUE(openedImages.empty());
 }
 
 // Save.
@@ -446,7 +469,7 @@ TEST_F(EditorModelTest, theAnswerWritesThePictureAndKeepsTheFlag) {
     model->saveFlattened();
     const QString path = home.filePath(str("mine.png"));
     panels.choose(path);
-    const std::string output = outputOf([this] { time.advance(0ms); });
+    const std::string output = outputOfTheSave();
     EXPECT_EQ(output, "Image saved to: " + path.toStdString() + "\n");
     const QImage saved(path);
     EXPECT_EQ(saved.size(), QSize(400, 200));
@@ -459,7 +482,7 @@ TEST_F(EditorModelTest, whatIsSavedIsWhatWasSeenWhenThePanelOpened) {
     draw();
     const QString path = home.filePath(str("mine.png"));
     panels.choose(path);
-    outputOf([this] { time.advance(0ms); });
+    outputOfTheSave();
     EXPECT_EQ(QImage(path).pixel(100, 20), picture(1, 1).pixel(0, 0));
 }
 
@@ -468,21 +491,59 @@ TEST_F(EditorModelTest, anEditorThatWasClosedMeanwhileStillSaves) {
     model.reset();
     const QString path = home.filePath(str("mine.png"));
     panels.choose(path);
-    EXPECT_THAT(outputOf([this] { time.advance(0ms); }), HasSubstr("Image saved to: "));
+    EXPECT_THAT(outputOfTheSave(), HasSubstr("Image saved to: "));
     EXPECT_TRUE(QFile::exists(path));
 }
 
 TEST_F(EditorModelTest, aCancelledPanelSaysAndWritesNothing) {
     model->saveFlattened();
     panels.cancel();
-    EXPECT_EQ(outputOf([this] { time.advance(0ms); }), "");
+    EXPECT_EQ(outputOfTheSave(), "");
     EXPECT_TRUE(QDir(documents + str("/tavrine")).isEmpty());
+}
+
+TEST_F(EditorModelTest, thePersonHearsOfAFailedSaveForAWhile) {
+    const auto fail = [this] {
+        model->saveFlattened();
+        panels.choose(home.filePath(str("no/such/folder/mine.png")));
+        outputOfTheSave();
+    };
+    fail();
+    EXPECT_THAT(model->saveFailure().toStdString(), HasSubstr("mine.png"));
+    time.advance(4s);
+    fail();
+    time.advance(Seconds(4.999));
+    EXPECT_FALSE(model->saveFailure().isEmpty());
+    time.advance(Seconds(0.001));
+    EXPECT_TRUE(model->saveFailure().isEmpty());
+}
+
+TEST_F(EditorModelTest, thePictureIsEncodedWhileTheMainThreadGoesOn) {
+    std::mutex gate;
+    gate.lock();
+    files.async([&] { const std::lock_guard opened(gate); });
+    model->saveFlattened();
+    const QString path = home.filePath(str("mine.png"));
+    panels.choose(path);
+    time.advance(0ms); // returns, though the queue stands still
+    EXPECT_FALSE(QFile::exists(path));
+    gate.unlock();
+    EXPECT_EQ(outputOfTheSave(), "Image saved to: " + path.toStdString() + "\n");
+    EXPECT_TRUE(QFile::exists(path));
+}
+
+TEST_F(EditorModelTest, withoutMemoryForACopyTheChangesStayUnsaved) {
+    make(QImage()); // what a picture is for which there is no memory
+    draw();
+    model->saveAndCopy();
+    EXPECT_TRUE(model->hasUnsavedChanges());
+    EXPECT_FALSE(model->isCopied());
 }
 
 TEST_F(EditorModelTest, aFailedWriteIsTold) {
     model->saveFlattened();
     panels.choose(home.filePath(str("no/such/folder/mine.png")));
-    EXPECT_THAT(outputOf([this] { time.advance(0ms); }), testing::StartsWith("Failed to save image: "));
+    EXPECT_THAT(outputOfTheSave(), testing::StartsWith("Failed to save image: "));
 }
 
 TEST_F(EditorModelTest, withoutADocumentsFolderNothingIsAsked) {
@@ -528,7 +589,7 @@ TEST_F(EditorModelTest, anUnreadableFileDoesNothing) {
 
 TEST_F(EditorModelTest, anEditorWithoutTheClosureOpensNoFile) {
     EXPECT_TRUE(model->canOpenNewImage());
-    EditorModel single(picture(4, 4), {time, pasteboard, panels, coder, center, documents}, {});
+    EditorModel single(picture(4, 4), {time, pasteboard, panels, coder, center, documents, files}, {});
     EXPECT_FALSE(single.canOpenNewImage());
     single.openImageFile();
     EXPECT_TRUE(panels.openPanels().isEmpty());

@@ -4,14 +4,17 @@
 #include "adapters/linux/TurboImageCoder.h"
 #include "adapters/x11/X11Pasteboard.h"
 #include "base/NotificationCenter.h"
+#include "base/SerialQueue.h"
 #include "capture/editor/DrawView.h"
 #include "capture/editor/TavrineEditorContainerView.h"
 #include "capture/editor/ToolButton.h"
+#include "panels/FittingWindow.h"
 #include "support/Eventually.h"
 
 #include <QAbstractButton>
 #include <QElapsedTimer>
 #include <QProcess>
+#include <QScreen>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWindow>
@@ -38,18 +41,21 @@ QImage picture(int width, int height) {
 class EditorOnX11Test : public testing::Test {
 protected:
     void SetUp() override {
-        window = std::make_unique<TavrineEditorContainerView>(
-            TavrineEditorContainerView::Parts{.ports = {time, pasteboard, panels, coder, center, home.path()},
-                                              .hooks = {},
-                                              .history = {.images = [] { return std::vector<RecentImage>(); },
-                                                          .cachedThumbnail = {},
-                                                          .makeThumbnail = {},
-                                                          .loadImage = {}},
-                                              .close = [this] { window->close(); }});
+        window = std::make_unique<TavrineEditorContainerView>(parts());
         window->setGeometry(260, 40, 960, 640);
+        fitToScreen(*window);
         window->show();
         window->activateWindow();
         ASSERT_TRUE(eventually([this] { return window->isActiveWindow(); }));
+    }
+    TavrineEditorContainerView::Parts parts() {
+        return {.ports = {time, pasteboard, panels, coder, center, home.path(), files},
+                .hooks = {},
+                .history = {.images = [] { return std::vector<RecentImage>(); },
+                            .cachedThumbnail = {},
+                            .makeThumbnail = {},
+                            .loadImage = {}},
+                .close = [this] { window->close(); }};
     }
     void TearDown() override {
         if (client.state() != QProcess::NotRunning) {
@@ -68,6 +74,11 @@ protected:
         ASSERT_TRUE(eventually([&xdotool] { return xdotool.state() == QProcess::NotRunning; }));
         ASSERT_EQ(xdotool.exitCode(), 0);
     }
+    /// `xdotool mousemove` to a place of the toolkit's.
+    QStringList moveTo(QPoint place) const {
+        const QPointF pixels = QPointF(place) * window->devicePixelRatioF();
+        return {str("mousemove"), QString::number(qRound(pixels.x())), QString::number(qRound(pixels.y()))};
+    }
     void dragFromSource(QPoint to) {
         hand({str("mousemove"), str("60"), str("60"), str("mousedown"), str("1")});
         for (int step = 1; step <= 6; ++step) {
@@ -84,6 +95,7 @@ protected:
     FakeFilePanels panels{time};
     TurboImageCoder coder;
     NotificationCenter center;
+    SerialQueue files{QStringLiteral("com.tavrine.snip")};
     QProcess client;
     std::unique_ptr<TavrineEditorContainerView> window;
 };
@@ -134,10 +146,10 @@ TEST_F(EditorOnX11Test, theFirstStrokeAfterAToolWasChosenIsDrawn) {
     ASSERT_EQ(buttons.size(), 8);
     letPass(100ms);
     const QPoint onArrow = buttons[2]->mapToGlobal(buttons[2]->rect().center());
-    hand({str("mousemove"), QString::number(onArrow.x()), QString::number(onArrow.y()), str("click"), str("1")});
+    hand(moveTo(onArrow) + QStringList{str("click"), str("1")});
     ASSERT_TRUE(eventually([&buttons] { return buttons[2]->showsSizePicker(); }));
     const QPoint from = canvas->mapToGlobal(QPoint(50, 50));
-    hand({str("mousemove"), QString::number(from.x()), QString::number(from.y()), str("mousedown"), str("1")});
+    hand(moveTo(from) + QStringList{str("mousedown"), str("1")});
     for (int step = 1; step <= 10; ++step)
         hand({str("mousemove_relative"), str("10"), str("8")});
     hand({str("mouseup"), str("1")});
@@ -153,15 +165,81 @@ TEST_F(EditorOnX11Test, aQuickClickOnAnotherToolChoosesItWhileSizesAreOpen) {
     ASSERT_EQ(buttons.size(), 8);
     letPass(100ms);
     const auto at = [&buttons](int i) { return buttons[i]->mapToGlobal(buttons[i]->rect().center()); };
-    hand({str("mousemove"), QString::number(at(2).x()), QString::number(at(2).y()), str("click"), str("1")});
+    hand(moveTo(at(2)) + QStringList{str("click"), str("1")});
     ASSERT_TRUE(eventually([&buttons] { return buttons[2]->showsSizePicker(); }));
     // The editor is busy meanwhile: press and release wait for it together.
-    ASSERT_EQ(QProcess::execute(str("xdotool"), {str("mousemove"), QString::number(at(0).x()),
-                                                 QString::number(at(0).y()), str("click"), str("1")}),
-              0);
+    ASSERT_EQ(QProcess::execute(str("xdotool"), moveTo(at(0)) + QStringList{str("click"), str("1")}), 0);
     EXPECT_TRUE(eventually([this] { return window->editor()->model().currentTool() == DrawingTool::pen; }));
     EXPECT_TRUE(eventually([&buttons] { return buttons[0]->showsSizePicker(); }));
     EXPECT_FALSE(buttons[0]->isDown());
+}
+
+TEST_F(EditorOnX11Test, anUnhurriedClickOnAnotherToolChoosesItWhileSizesAreOpen) {
+    window->select(picture(1600, 1000));
+    auto *canvas = window->editor()->findChild<DrawView *>();
+    const auto buttons = window->editor()->findChildren<ToolButton *>();
+    EditorModel &model = window->editor()->model();
+    letPass(100ms);
+    const auto at = [&buttons](int i) { return buttons[i]->mapToGlobal(buttons[i]->rect().center()); };
+    const auto press = [&](QPoint place) {
+        hand(moveTo(place));
+        letPass(40ms);
+        hand({str("mousedown"), str("1")});
+        letPass(60ms);
+    };
+    const auto release = [&] {
+        hand({str("mouseup"), str("1")});
+        letPass(40ms);
+    };
+    press(at(2));
+    release();
+    ASSERT_TRUE(buttons[2]->showsSizePicker());
+    for (const int next : {4, 5, 0, 6}) {
+        press(at(next));
+        release();
+        EXPECT_TRUE(eventually([&] { return model.currentTool() == buttons[next]->tool(); })) << next;
+        EXPECT_TRUE(eventually([&] { return buttons[next]->showsSizePicker(); })) << next;
+    }
+    press(at(7)); // the eraser has no sizes
+    release();
+    EXPECT_TRUE(eventually([&] { return model.currentTool() == DrawingTool::eraser; }));
+    press(at(4));
+    release();
+    const QPoint from = canvas->mapToGlobal(QPoint(50, 50));
+    press(from);
+    for (int step = 1; step <= 5; ++step)
+        hand({str("mousemove_relative"), str("20"), str("16")});
+    release();
+    ASSERT_TRUE(eventually([&model] { return model.drawings().size() == 1; }));
+    EXPECT_EQ(model.drawings()[0].kind, DrawingKind::rectangle);
+}
+
+// On a screen as small as the smallest that people have: see the list of tests.
+TEST_F(EditorOnX11Test, onASmallScreenTheWholeWindowIsOnItAndItsFrameToo) {
+    window = std::make_unique<TavrineEditorContainerView>(parts());
+    const QRect free = window->screen()->availableGeometry();
+    window->select(picture(1600, 1000));
+    window->setMinimumSize(760, 480);
+    window->resize(900, 600);
+    window->move(free.center() - QPoint(450, 300));
+    fitToScreen(*window);
+    window->show();
+    window->activateWindow();
+    ASSERT_TRUE(eventually([this] { return window->isActiveWindow(); }));
+    EXPECT_TRUE(eventually([&] { return free.contains(window->frameGeometry()); }))
+        << window->frameGeometry().y() << ' ' << window->frameGeometry().height() << " of " << free.height();
+    for (QAbstractButton *each : window->findChildren<QAbstractButton *>())
+        if (each->isVisible()) {
+            EXPECT_TRUE(window->rect().contains(QRect(each->mapTo(window.get(), QPoint()), each->size())));
+        }
+}
+
+TEST_F(EditorOnX11Test, theWindowHasTheProgramsIcon) {
+    QProcess xprop;
+    xprop.start(str("xprop"), {str("-id"), QString::number(window->winId()), str("_NET_WM_ICON")});
+    ASSERT_TRUE(eventually([&xprop] { return xprop.state() == QProcess::NotRunning; }));
+    const QByteArray properties = xprop.readAllStandardOutput();
+    EXPECT_TRUE(properties.contains("Icon (")) << properties.left(200).toStdString();
 }
 
 TEST_F(EditorOnX11Test, aPersonDrawsWithTheMouseAndUndoesWithTheKeyboard) {
@@ -169,7 +247,7 @@ TEST_F(EditorOnX11Test, aPersonDrawsWithTheMouseAndUndoesWithTheKeyboard) {
     auto *canvas = window->editor()->findChild<DrawView *>();
     letPass(100ms);
     const QPoint from = canvas->mapToGlobal(QPoint(50, 50));
-    hand({str("mousemove"), QString::number(from.x()), QString::number(from.y()), str("mousedown"), str("1")});
+    hand(moveTo(from) + QStringList{str("mousedown"), str("1")});
     for (int step = 1; step <= 10; ++step)
         hand({str("mousemove_relative"), str("10"), str("8")});
     hand({str("mouseup"), str("1")});

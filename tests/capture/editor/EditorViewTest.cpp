@@ -5,6 +5,7 @@
 #include "adapters/fake/FakePasteboard.h"
 #include "adapters/fake/VirtualTime.h"
 #include "base/NotificationCenter.h"
+#include "base/SerialQueue.h"
 #include "capture/editor/CropOverlayView.h"
 #include "capture/editor/DrawView.h"
 #include "capture/editor/EditorStageView.h"
@@ -56,7 +57,7 @@ protected:
     }
     void make() {
         window = std::make_unique<TavrineEditorContainerView>(TavrineEditorContainerView::Parts{
-            .ports = {time, pasteboard, panels, coder, center, home.path()},
+            .ports = {time, pasteboard, panels, coder, center, home.path(), files},
             .hooks = {.opened = [this](EditorView &view) { opened = &view; },
                       .extractText = [this](EditorView &view) { extractedFrom = &view; },
                       .scanQr = [this](EditorView &view) { scannedIn = &view; }},
@@ -127,6 +128,7 @@ protected:
     FakeFilePanels panels{time};
     FakeImageCoder coder;
     NotificationCenter center;
+    SerialQueue files{QStringLiteral("com.tavrine.snip")};
     std::vector<RecentImage> images;
     std::vector<std::string> thumbnails;
     EditorView *opened = nullptr;
@@ -150,7 +152,7 @@ TEST_F(EditorWindowTest, theButtonsReadAsTheyShould) {
 }
 
 TEST_F(EditorWindowTest, anEditorForOnePictureOpensNoOther) {
-    EditorView single(picture(10, 10), {time, pasteboard, panels, coder, center, home.path()}, {}, {});
+    EditorView single(picture(10, 10), {time, pasteboard, panels, coder, center, home.path(), files}, {}, {});
     single.show();
     for (QAbstractButton *each : single.findChildren<QAbstractButton *>())
         EXPECT_NE(each->accessibleName(), str("Open an image file to edit"));
@@ -189,6 +191,53 @@ TEST_F(EditorWindowTest, theToolsStayUnderThePointerWhenTheStepperComes) {
         ASSERT_TRUE(button("Increase stamp number"));
         EXPECT_EQ(places(), before) << width;
     }
+}
+
+TEST_F(EditorWindowTest, inASmallWindowEveryControlIsThereAndCanBeReached) {
+    edit();
+    model().setUploadConfigured(true);
+    model().setCurrentTool(DrawingTool::numberStamp);
+    const size_t all = buttons().size();
+    for (const QSize size : {QSize(1024, 575), QSize(900, 600), QSize(760, 480), QSize(683, 360), QSize(480, 320)}) {
+        window->resize(size);
+        QApplication::processEvents();
+        ASSERT_EQ(window->size(), size);
+        EXPECT_EQ(buttons().size(), all) << size.width();
+        std::vector<QRect> taken;
+        for (QAbstractButton *each : window->findChildren<QAbstractButton *>()) {
+            if (!each->isVisible())
+                continue;
+            const QRect place(each->mapTo(window.get(), QPoint()), each->size());
+            const std::string name = each->accessibleName().toStdString();
+            EXPECT_TRUE(window->rect().contains(place)) << name << " at " << size.width();
+            EXPECT_GE(place.width(), each->minimumSizeHint().width()) << name << " at " << size.width();
+            EXPECT_TRUE(
+                std::none_of(taken.begin(), taken.end(), [&](const QRect &other) { return other.intersects(place); }))
+                << name << " at " << size.width();
+            taken.push_back(place);
+        }
+        EXPECT_GE(stage().height(), 160);
+    }
+}
+
+TEST_F(EditorWindowTest, theWordsOfTheBarGiveWayToTheirSymbolsAndComeBack) {
+    edit();
+    QApplication::processEvents();
+    auto *copy = button("Copy");
+    const int wide = copy->width();
+    window->resize(520, 400);
+    QApplication::processEvents();
+    EXPECT_TRUE(copy->text().isEmpty());
+    EXPECT_EQ(copy->accessibleName(), str("Copy"));
+    copy->click();
+    EXPECT_EQ(copy->accessibleName(), str("Copied"));
+    EXPECT_TRUE(copy->text().isEmpty());
+    window->resize(960, 660);
+    QApplication::processEvents();
+    EXPECT_EQ(copy->text(), str("Copied"));
+    time.advance(2s);
+    QApplication::processEvents();
+    EXPECT_EQ(copy->width(), wide);
 }
 
 TEST_F(EditorWindowTest, copyReadsCopiedForAWhile) {
@@ -248,6 +297,27 @@ TEST_F(EditorWindowTest, theColoursAndAnyOtherCanBeChosen) {
 
 // Drawing.
 
+TEST_F(EditorWindowTest, theDialogOfColoursGoesWithItsPicture) {
+    const auto choose = [this] {
+        button("Annotation color")->click();
+        QApplication::processEvents();
+        for (QAbstractButton *each : QApplication::activePopupWidget()->findChildren<QAbstractButton *>())
+            if (each->text() == str("Custom"))
+                return each->click();
+    };
+    edit();
+    choose();
+    ASSERT_EQ(window->findChildren<QColorDialog *>().size(), 1);
+    edit(picture(30, 20));
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(window->findChildren<QColorDialog *>().size(), 0);
+    choose();
+    auto *dialog = window->findChild<QColorDialog *>();
+    ASSERT_TRUE(dialog);
+    dialog->setCurrentColor(Qt::darkYellow);
+    EXPECT_EQ(model().selectedColor(), QColor(Qt::darkYellow));
+}
+
 TEST_F(EditorWindowTest, aStrokeIsStoredInFractionsAndShowsThePill) {
     edit();
     EXPECT_FALSE(pill("Unsaved changes")->isVisible());
@@ -271,6 +341,28 @@ TEST_F(EditorWindowTest, theCanvasLiesExactlyOverThePictureAtEveryZoom) {
     EXPECT_EQ(canvas()->geometry(), stage().imageRect());
 }
 
+TEST_F(EditorWindowTest, aPictureOfTwoPixelsAPointIsShownCroppedAndDrawnOnInItsPoints) {
+    QImage image = picture(1600, 800);
+    image.setDevicePixelRatio(2);
+    edit(image);
+    command(Qt::Key_1);
+    EXPECT_EQ(stage().imageRect().size(), QSize(800, 400));
+    EXPECT_EQ(stage().scale(), 1);
+    drag(canvas(), {100, 200}, {700, 200});
+    const QImage flat = model().flattenedImage();
+    EXPECT_EQ(flat.size(), QSize(1600, 800));
+    EXPECT_EQ(flat.devicePixelRatio(), 2);
+    int thick = 0; // three points are six pixels
+    for (int y = 380; y < 420; ++y)
+        thick += flat.pixelColor(800, y) == QColor(0xFF, 0x3B, 0x30);
+    EXPECT_EQ(thick, 6);
+    model().toggleCropping();
+    model().dragCrop({0, 0}, {0.5, 0.5}, {1, 1});
+    model().applyCrop();
+    command(Qt::Key_1);
+    EXPECT_EQ(stage().imageRect().size(), QSize(800, 400)) << "a crop has a point for each pixel";
+}
+
 TEST_F(EditorWindowTest, zoomingTouchesNoStoredPoint) {
     edit(picture(3000, 2000));
     drag(canvas(), {10, 10}, {200, 150});
@@ -284,6 +376,49 @@ TEST_F(EditorWindowTest, zoomingTouchesNoStoredPoint) {
     command(Qt::Key_0);
     EXPECT_TRUE(stage().isFit());
     EXPECT_EQ(model().drawings(), before);
+}
+
+TEST_F(EditorWindowTest, aFieldFollowsThePictureWhenItIsZoomed) {
+    edit(picture(3000, 2000));
+    startTyping("abc");
+    const QPointF place = model().drawings().back().points.front();
+    QLineEdit *field = canvas()->activeTextField();
+    for (const double factor : {1.0, 2.0}) {
+        wheel({300, 200}, int(4 * factor), Qt::ControlModifier);
+        EXPECT_NEAR(field->x(), place.x() * canvas()->width(), 1);
+        EXPECT_NEAR(field->y(), place.y() * canvas()->height(), 1);
+    }
+    window->resize(1100, 700);
+    EXPECT_NEAR(field->x(), place.x() * canvas()->width(), 1);
+    EXPECT_EQ(field->text(), str("abc"));
+}
+
+TEST_F(EditorWindowTest, whateverTheZoomOnlyWhatShowsIsKeptAndItIsSharp) {
+    QImage image = picture(4000, 2000, Qt::white);
+    image.setPixelColor(2000, 1000, Qt::black);
+    edit(image);
+    const QPoint middle = stage().imageRect().center();
+    for (int i = 0; i < 30; ++i)
+        wheel(middle, 1, Qt::ControlModifier);
+    EXPECT_EQ(stage().scale(), ImageZoom::largest);
+    EXPECT_EQ(canvas()->width(), 64000);
+    const QPoint away = stage().rect().center() - stage().imageRect().topLeft() - QPoint(2000 * 16, 1000 * 16);
+    wheel(middle, away.x() / 60, Qt::ShiftModifier); // a notch is 60 points
+    wheel(middle, away.y() / 60, Qt::NoModifier);
+    QApplication::processEvents();
+    const QImage shown = stage().grab().toImage();
+    const QPoint corner = stage().imageRect().topLeft() + QPoint(2000 * 16, 1000 * 16);
+    ASSERT_TRUE(stage().rect().contains(QRect(corner, QSize(16, 16))));
+    EXPECT_EQ(shown.pixelColor(corner), QColor(Qt::black));
+    EXPECT_EQ(shown.pixelColor(corner + QPoint(15, 15)), QColor(Qt::black));
+    EXPECT_EQ(shown.pixelColor(corner + QPoint(16, 16)), QColor(Qt::white));
+    EXPECT_EQ(shown.pixelColor(corner - QPoint(1, 1)), QColor(Qt::white));
+    // A stroke far from the canvas' corner, and what is moved into sight afterwards.
+    const QPoint from = canvas()->mapFrom(&stage(), QPoint(100, 150));
+    drag(canvas(), from, from + QPoint(200, 0));
+    EXPECT_EQ(stage().grab().toImage().pixelColor(200, 150), QColor(0xFF, 0x3B, 0x30));
+    wheel({300, 200}, 2, Qt::NoModifier);
+    EXPECT_EQ(stage().grab().toImage().pixelColor(200, 270), QColor(0xFF, 0x3B, 0x30));
 }
 
 TEST_F(EditorWindowTest, theMiddleButtonMovesThePictureAndDrawsNothing) {
@@ -421,6 +556,25 @@ TEST_F(EditorWindowTest, cropModeGivesWayToADragAndReturnApplies) {
     EXPECT_FALSE(pill("Drag selection box to crop")->isVisible());
     EXPECT_TRUE(pill("Unsaved changes")->isVisible());
     EXPECT_TRUE(button("Draw")->isEnabled());
+}
+
+TEST_F(EditorWindowTest, aCropThatIsBeingDraggedKeepsItsPlaceOnThePictureWhenItIsZoomed) {
+    edit(picture(3000, 2000));
+    button("Crop image area")->click();
+    auto *overlay = window->findChild<CropOverlayView *>();
+    const auto dragTo = [overlay](double across, double down) {
+        const QPointF place(overlay->width() * across, overlay->height() * down);
+        QMouseEvent move(QEvent::MouseMove, place, overlay->mapToGlobal(place), Qt::NoButton, Qt::LeftButton, {});
+        QApplication::sendEvent(overlay, &move);
+    };
+    QTest::mousePress(overlay, Qt::LeftButton, {}, QPoint(overlay->width() / 4, overlay->height() / 4));
+    dragTo(0.5, 0.5);
+    command(Qt::Key_1);
+    dragTo(0.75, 0.5);
+    const QRectF part = model().crop().rect();
+    EXPECT_NEAR(part.x(), 0.25, 0.003);
+    EXPECT_NEAR(part.y(), 0.25, 0.003);
+    EXPECT_NEAR(part.right(), 0.75, 0.003);
 }
 
 TEST_F(EditorWindowTest, escapeAndCancelLeaveCropMode) {

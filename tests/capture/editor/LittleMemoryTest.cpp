@@ -4,6 +4,7 @@
 #include "adapters/fake/FakePasteboard.h"
 #include "adapters/fake/VirtualTime.h"
 #include "base/NotificationCenter.h"
+#include "base/SerialQueue.h"
 #include "capture/editor/EditorModel.h"
 #include "capture/editor/Flattening.h"
 
@@ -71,7 +72,8 @@ TEST(LittleMemory, theEditorKeepsPictureAnnotationsAndPasteboard) {
     FakeFilePanels panels{time};
     FakeImageCoder coder;
     NotificationCenter center;
-    EditorModel model(large(QImage::Format_RGB32), {time, pasteboard, panels, coder, center, {}}, {});
+    SerialQueue files{str("com.tavrine.snip")};
+    EditorModel model(large(QImage::Format_RGB32), {time, pasteboard, panels, coder, center, {}, files}, {});
     model.setDrawings(stroke());
     expectWithLittleMemory([&] {
         model.copyFlattened();

@@ -2,6 +2,7 @@
 #include "adapters/fake/FakeFilePanels.h"
 #include "adapters/fake/FakeImageCoder.h"
 #include "base/NotificationCenter.h"
+#include "base/SerialQueue.h"
 #include "capture/editor/EditorScans.h"
 #include "capture/reading/EditableTextView.h"
 #include "capture/reading/OCRNotepadState.h"
@@ -222,7 +223,7 @@ protected:
     NotificationCenter center;
     EditorScans::Ports ports{{manager, detector, queue, time}, pasteboard, urlOpener};
     EditorView editor{picture(Qt::green),
-                      {time, pasteboard, panels, coder, center, QStringLiteral("/nonexistent")},
+                      {time, pasteboard, panels, coder, center, QStringLiteral("/nonexistent"), queue},
                       {},
                       {.opened = {},
                        .extractText = EditorScans::extractText(ports),
@@ -338,7 +339,7 @@ TEST_F(EditorScansTest, withoutCodesTheToastComesAndGoes) {
 
 TEST_F(EditorScansTest, anEditorMayGoInTheMiddleOfBoth) {
     auto second = std::make_unique<EditorView>(
-        picture(), EditorModel::Ports{time, pasteboard, panels, coder, center, QString()}, EditorView::Actions{},
+        picture(), EditorModel::Ports{time, pasteboard, panels, coder, center, QString(), queue}, EditorView::Actions{},
         EditorView::Hooks{.opened = {},
                           .extractText = EditorScans::extractText(ports),
                           .scanQr = EditorScans::scanQr(ports),

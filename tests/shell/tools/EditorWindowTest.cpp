@@ -21,7 +21,7 @@ protected:
     std::unique_ptr<QWidget> make(const EditorFlow::Window &wanted) {
         return makeEditorWindow(wanted,
                                 {.ports = {time, desktop.pasteboard(), desktop.filePanels(), desktop.imageCoder(),
-                                           center, desktop.folders().documents},
+                                           center, desktop.folders().documents, files},
                                  .clipboardManager = manager(),
                                  .hooks = {},
                                  .toolkitRect = [](const QRectF &rect) { return rect.translated(7, 9); }},
@@ -39,6 +39,7 @@ protected:
         return {text("Tavrine Editor"), QRectF(100, 50, 960, 660), image, true};
     }
 
+    SerialQueue files{text("com.tavrine.editor")};
     int closes = 0;
 };
 

@@ -6,6 +6,7 @@
 #include "adapters/fake/FakePasteboard.h"
 #include "adapters/fake/VirtualTime.h"
 #include "base/NotificationCenter.h"
+#include "base/SerialQueue.h"
 #include "base/Uuid.h"
 #include "capture/editor/ColorPopoverView.h"
 #include "capture/editor/DrawView.h"
@@ -87,7 +88,7 @@ struct Desk {
         for (int i = 0; i < recent; ++i)
             images.push_back({QStringLiteral("%1.jpg").arg(i), time.now() - Seconds(i * 20000.0)});
         auto *window = new TavrineEditorContainerView(
-            {.ports = {time, pasteboard, panels, coder, center, QDir::tempPath()},
+            {.ports = {time, pasteboard, panels, coder, center, QDir::tempPath(), files},
              .hooks = {},
              .history = {.images = [this] { return images; },
                          .cachedThumbnail =
@@ -138,6 +139,7 @@ struct Desk {
     FakeFilePanels panels{time};
     FakeImageCoder coder;
     NotificationCenter center;
+    SerialQueue files{QStringLiteral("com.tavrine.snip")};
     std::vector<RecentImage> images;
     QHash<QString, QImage> cached;
 };
