@@ -17,7 +17,9 @@ namespace {
 
 constexpr auto card = "Screenshot";
 constexpr int keyTwo = 11;
-constexpr QPoint onSave(188, 52); // the button, from the lower left corner of the screen, in points
+// Buttons of the card, from the lower left corner of the screen, in points.
+constexpr QPoint onSave(188, 52);
+constexpr QPoint onNew(58, 52);
 
 class CaptureProgram : public testing::TestWithParam<int> {
 protected:
@@ -48,6 +50,9 @@ protected:
     }
     void capture(const QRect &area) {
         pressHotKey();
+        drag(area);
+    }
+    void drag(const QRect &area) {
         desktop.keyboard.movePointer(area.left(), area.top());
         desktop.keyboard.press(1);
         desktop.keyboard.movePointer(area.center().x(), area.center().y());
@@ -121,6 +126,35 @@ TEST_P(CaptureProgram, escapeLeavesNothingBehind) {
     EXPECT_TRUE(waitUntil([&area] { return isOnPasteboard(area); }, 3s));
     EXPECT_EQ(cards(), 1U);
     EXPECT_TRUE(files().isEmpty());
+}
+
+TEST_P(CaptureProgram, newOnTheCardTakesAnotherCaptureWithoutTheCardInIt) {
+    capture({QPoint(700, 100), QPoint(799, 149)});
+    ASSERT_TRUE(waitUntil([this] { return desktop.isShown(card); }));
+    const QRect underTheCard(QPoint(30, 560), QPoint(329, 759));
+    desktop.click({onNew.x() * GetParam(), pattern.screen().height() - onNew.y() * GetParam()});
+    ASSERT_TRUE(waitUntil([this] { return isDimmed(); })) << "no overlay";
+    EXPECT_EQ(cards(), 0U);
+    drag(underTheCard);
+    EXPECT_TRUE(waitUntil([&underTheCard] { return isOnPasteboard(underTheCard); }, 3s));
+    EXPECT_TRUE(waitUntil([this] { return desktop.isShown(card); }));
+}
+
+TEST_P(CaptureProgram, whenTheProgramIsKilledTheOverlayGoesAndTheNextStartFindsNothingOfIt) {
+    const QDir temporary(program.home() + QStringLiteral("/.cache/Tavrine/tmp"));
+    const auto left = [&temporary] {
+        return temporary.entryList({QStringLiteral("*tavrine*")}, QDir::AllEntries | QDir::Hidden | QDir::System);
+    };
+    pressHotKey();
+    program.kill9();
+    EXPECT_TRUE(waitUntil([this] { return !isDimmed(); }));
+    EXPECT_TRUE(left().isEmpty()) << left().join(u' ').toStdString();
+    // As when it was killed between the tool's last byte and its own reading of it.
+    QFile picture(temporary.filePath(QStringLiteral("tavrine-snip-0A.png")));
+    ASSERT_TRUE(picture.open(QIODevice::WriteOnly));
+    picture.close();
+    ASSERT_TRUE(program.start());
+    EXPECT_TRUE(waitUntil([&] { return left().isEmpty(); }));
 }
 
 TEST_P(CaptureProgram, aSecondCaptureTakesTheCardsPlace) {

@@ -2,11 +2,12 @@
 
 #include "capture/editor/TavrineEditorContainerView.h"
 #include "clipboard/ClipboardManager.h"
+#include "panels/FittingWindow.h"
 
 namespace tavrine {
 namespace {
 
-constexpr QSize smallestSize(760, 480); // all buttons of the bars show, and some of the picture
+constexpr QSize smallestSize(480, 320); // all buttons of the bars show, and some of the picture
 
 EditorLandingModel::History historyOf(ClipboardManager &manager) {
     return {.images =
@@ -54,6 +55,7 @@ std::unique_ptr<QWidget> makeEditorWindow(const EditorFlow::Window &window, cons
     const QRect place = parts.toolkitRect(window.frame).toRect();
     widget->resize(place.size());
     widget->move(place.topLeft());
+    fitToScreen(*widget);
     return widget;
 }
 

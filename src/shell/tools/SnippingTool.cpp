@@ -1,5 +1,6 @@
 #include "shell/tools/SnippingTool.h"
 
+#include "capture/CaptureLeftovers.h"
 #include "capture/SnipFlow.h"
 #include "capture/SnipSaveDialogView.h"
 #include "capture/SnippetPreviewCard.h"
@@ -58,6 +59,7 @@ SnippingTool::SnippingTool(Shell &shell, EditorTool &editor)
 SnippingTool::~SnippingTool() = default;
 
 void SnippingTool::launch(bool /*isOn*/) {
+    removeCaptureLeftovers(m_shell.desktop().folders().temporary, m_shell.time());
     m_snipper.setOnSnipComplete([this](const QImage &image) { flow().presentSnip(image); });
 }
 
@@ -106,7 +108,8 @@ std::unique_ptr<SnipFlow> SnippingTool::makeFlow() {
             .saveImage = [this](const QImage &image) { return m_shell.clipboardManager().saveImage(image); },
             .activateApplication = [this] { m_shell.activateApplication(); },
             .openEditorDirectly = [this](const QImage &image) { m_editor.openEditorDirectly(image); },
-            .getTextFromSnip = [this](const QImage &image) { getTextFromSnip(image); }},
+            .getTextFromSnip = [this](const QImage &image) { getTextFromSnip(image); },
+            .showToast = [this](const QString &message, const QString &icon) { m_shell.showToast(message, icon); }},
         SnipFlow::Views{.card = [](const auto &model) { return new SnippetPreviewCard(model); },
                         .saveDialog = [](const auto &model) { return new SnipSaveDialogView(model); }});
 }

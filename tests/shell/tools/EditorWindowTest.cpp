@@ -1,5 +1,6 @@
 #include "shell/tools/EditorWindow.h"
 
+#include "base/SerialQueue.h"
 #include "capture/editor/DrawView.h"
 #include "capture/editor/RecentImageTile.h"
 #include "capture/editor/TavrineEditorContainerView.h"
