@@ -195,7 +195,7 @@ TEST_F(EditorWindowTest, theToolsStayUnderThePointerWhenTheStepperComes) {
 
 TEST_F(EditorWindowTest, inASmallWindowEveryControlIsThereAndCanBeReached) {
     edit();
-    model().setUploadConfigured(true);
+    model().setUploadButton(played.makeButton(UploadButton::AfterLink::returnToIdle));
     model().setCurrentTool(DrawingTool::numberStamp);
     const size_t all = buttons().size();
     for (const QSize size : {QSize(1024, 575), QSize(900, 600), QSize(760, 480), QSize(683, 360), QSize(480, 320)}) {

@@ -167,6 +167,9 @@ void paintAll(const QString &folder, bool isDark) {
     desk.save(window.get(), "landing-drag");
     window.reset(desk.make(3));
     desk.save(window.get(), "landing-few");
+    window->resize(683, 360);
+    desk.save(window.get(), "landing-narrow");
+    window->resize(960, 660);
 
     window->select(photograph(1200, 800));
     desk.save(window.get(), "editor-fresh");
@@ -177,6 +180,11 @@ void paintAll(const QString &folder, bool isDark) {
     model->setCurrentTool(DrawingTool::numberStamp);
     model->setNextStampNumber(4);
     desk.save(window.get(), "editor-annotations");
+    for (const auto &[size, name] :
+         {std::pair(QSize(683, 360), "editor-narrow"), {QSize(480, 320), "editor-smallest"}}) {
+        window->resize(size);
+        desk.save(window.get(), name);
+    }
     window->resize(900, 600);
     model->copyFlattened();
     model->upload();
@@ -201,7 +209,13 @@ void paintAll(const QString &folder, bool isDark) {
     desk.save(window.get(), "editor-crop");
     model->dragCrop({0.3, 0.25}, {0.8, 0.75}, {1, 1});
     desk.save(window.get(), "editor-crop-selected");
+    window->resize(480, 320);
+    desk.save(window.get(), "editor-crop-smallest");
+    window->resize(900, 600);
     model->cancelCrop();
+    model->setCurrentTool(DrawingTool::eraser);
+    QTest::mouseMove(window->findChild<DrawView *>(), QPoint(300, 120));
+    desk.save(window.get(), "editor-eraser");
     window->editor()->setScanningOverlay(QStringLiteral("Extracting text…"));
     desk.save(window.get(), "editor-scanning");
     window->editor()->setScanningOverlay({});
