@@ -20,6 +20,7 @@ namespace {
 
 constexpr int sideMargin = 32;
 constexpr int headerHeight = 52;
+constexpr int lowHeight = 440; // below, margins give their room to what stands between them
 constexpr double dropCorner = 16;
 
 QString words(const char *utf8) {
@@ -32,7 +33,7 @@ public:
     DropArea(const EditorLandingModel &model, QWidget *parent) : QWidget(parent), m_model(model) {
         setAccessibleName(words("Drag & Drop Image Here"));
         connect(&model, &EditorLandingModel::isTargetedChanged, this, qOverload<>(&QWidget::update));
-        setMinimumHeight(240);
+        setMinimumHeight(contentHeight - symbolHeight);
     }
 
 protected:
@@ -53,9 +54,10 @@ protected:
         painter.setBrush(Qt::NoBrush);
         painter.drawRoundedRect(body.adjusted(0.5, 0.5, -0.5, -0.5), dropCorner, dropCorner);
         // Above the buttons, which stand in the lower part.
-        const double top = std::round((height() - contentHeight) / 2.0);
-        look::paintSymbol(painter, QRectF(0, top, width(), symbolHeight), QStringLiteral("photo.badge.plus"),
-                          look::symbolsize::huge, isTargeted ? theme.accentText : theme.secondaryText);
+        const double top = contentTop();
+        if (hasRoomForSymbol())
+            look::paintSymbol(painter, QRectF(0, top, width(), symbolHeight), QStringLiteral("photo.badge.plus"),
+                              look::symbolsize::huge, isTargeted ? theme.accentText : theme.secondaryText);
         look::paintLine(painter, QRectF(0, top + symbolHeight + 12, width(), 26), words("Drag & Drop Image Here"),
                         look::TextRole::title, theme.text, Qt::AlignHCenter);
         look::paintLine(painter, QRectF(0, top + symbolHeight + 40, width(), 20),
@@ -63,10 +65,17 @@ protected:
                         theme.secondaryText, Qt::AlignHCenter);
     }
     void resizeEvent(QResizeEvent *) override {
-        layout()->setContentsMargins(0, int(std::round((height() - contentHeight) / 2.0)) + symbolHeight + 80, 0, 0);
+        layout()->setContentsMargins(0, int(contentTop()) + symbolHeight + 80, 0, 0);
     }
 
 private:
+    [[nodiscard]] bool hasRoomForSymbol() const { return height() >= contentHeight + look::space::large; }
+    /// Where the symbol begins, or would: without room for it the rest stands in the middle alone.
+    [[nodiscard]] double contentTop() const {
+        const double above = hasRoomForSymbol() ? 0 : symbolHeight + 8;
+        return std::round((height() - contentHeight + above) / 2.0) - above;
+    }
+
     static constexpr int symbolHeight = 56;
     static constexpr int contentHeight = symbolHeight + 80 + 38;
 
@@ -112,16 +121,26 @@ void TavrineEditorLandingView::build() {
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(makeHeader());
-    auto *drop = new QVBoxLayout;
-    drop->setContentsMargins(sideMargin, look::space::huge, sideMargin, look::space::huge);
-    drop->addWidget(makeDropArea());
-    column->addLayout(drop, 1);
+    m_drop = new QVBoxLayout;
+    m_drop->addWidget(makeDropArea());
+    column->addLayout(m_drop, 1);
+    m_recentPlace = new QVBoxLayout;
+    m_recentPlace->addWidget(makeRecent());
+    column->addLayout(m_recentPlace);
+    setMargins();
+}
+
+void TavrineEditorLandingView::setMargins() {
+    const int gap = height() < lowHeight ? look::space::tiny : look::space::huge;
+    m_drop->setContentsMargins(sideMargin, gap, sideMargin, gap);
     // The strip has room for a focus ring round its tiles, and the symbol of its title as much round itself.
-    auto *recent = new QVBoxLayout;
-    recent->setContentsMargins(sideMargin - RecentStripView::edge, 0, sideMargin - RecentStripView::edge,
-                               look::space::huge);
-    recent->addWidget(makeRecent());
-    column->addLayout(recent);
+    const int side = sideMargin - RecentStripView::edge;
+    m_recentPlace->setContentsMargins(side, 0, side, gap);
+}
+
+void TavrineEditorLandingView::resizeEvent(QResizeEvent *event) {
+    QWidget::resizeEvent(event);
+    setMargins();
 }
 
 QWidget *TavrineEditorLandingView::makeHeader() {

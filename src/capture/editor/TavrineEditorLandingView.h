@@ -4,6 +4,8 @@
 
 #include <QWidget>
 
+class QVBoxLayout;
+
 namespace tavrine {
 
 namespace look {
@@ -29,6 +31,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
@@ -42,8 +45,11 @@ private:
     [[nodiscard]] QWidget *makeDropArea();
     [[nodiscard]] QWidget *makeRecent();
     void showRecent();
+    void setMargins();
 
     EditorLandingModel m_model;
+    QVBoxLayout *m_drop = nullptr;
+    QVBoxLayout *m_recentPlace = nullptr;
     look::Button *m_paste = nullptr;
     QWidget *m_recent = nullptr;
     QWidget *m_scrollButtons = nullptr;

@@ -58,11 +58,27 @@ protected:
     }
     QLineEdit *field() { return view->activeTextField(); }
     QImage shown() { return view->grab().toImage().convertToFormat(QImage::Format_RGB32); }
+    /// Device pixels per point: the tests run at 1 and at 2.
+    [[nodiscard]] double dots() const { return view->devicePixelRatioF(); }
+    [[nodiscard]] QColor at(const QImage &image, int x, int y) const {
+        return image.pixelColor(int(x * dots()), int(y * dots()));
+    }
+    [[nodiscard]] QRect pixels(const QRect &points) const {
+        return QRectF(QPointF(points.topLeft()) * dots(), QSizeF(points.size()) * dots()).toRect();
+    }
+    /// What the window has painted so far, and keeps.
+    QImage surface() {
+        const QPixmap grabbed = window.screen()->grabWindow(window.winId(), 0, 0, window.width(), window.height());
+        return grabbed.toImage().convertToFormat(QImage::Format_RGB32);
+    }
     QImage plainly(const std::vector<DrawingPath> &drawings) {
-        QImage image = picture();
+        const QSizeF size(picture().size());
+        QImage image((size * dots()).toSize(), QImage::Format_RGB32);
         QPainter painter(&image);
+        painter.scale(dots(), dots());
+        PictureLevels(picture()).paint(painter, {{}, size}, {{}, size}, dots());
         for (const DrawingPath &path : drawings)
-            renderDrawing(painter, path, pointsIn(path, picture().size()), false);
+            renderDrawing(painter, path, pointsIn(path, size), false);
         return image;
     }
 
@@ -77,7 +93,7 @@ TEST_F(DrawViewTest, theMouseDrawsAndTheViewShowsItOverThePicture) {
     move({200, 100});
     const QImage during = shown();
     EXPECT_TRUE(state.drawings.empty());
-    EXPECT_EQ(during.pixelColor(60, 100), QColor(Qt::red));
+    EXPECT_EQ(at(during, 60, 100), QColor(Qt::red));
     release({200, 100});
     ASSERT_EQ(state.drawings.size(), 1U);
     EXPECT_EQ(shown(), plainly(state.drawings));
@@ -89,11 +105,11 @@ TEST_F(DrawViewTest, aHighlighterDarkensThePictureWhileItIsDrawnAndAfterwards) {
     use(DrawingTool::highlighter);
     press({10, 100});
     move({200, 100});
-    EXPECT_EQ(shown().pixel(50, 100), qRgb(255, 255, 153));
-    EXPECT_EQ(shown().pixel(115, 100), qRgb(0, 0, 0));
+    EXPECT_EQ(at(shown(), 50, 100).rgb(), qRgb(255, 255, 153));
+    EXPECT_EQ(at(shown(), 115, 100).rgb(), qRgb(0, 0, 0));
     release({200, 100});
     EXPECT_EQ(shown(), plainly(state.drawings));
-    EXPECT_EQ(shown().pixel(50, 100), qRgb(255, 255, 153));
+    EXPECT_EQ(at(shown(), 50, 100).rgb(), qRgb(255, 255, 153));
 }
 
 TEST_F(DrawViewTest, piecesRepaintedDuringAGestureMakeTheWholePicture) {
@@ -107,9 +123,9 @@ TEST_F(DrawViewTest, piecesRepaintedDuringAGestureMakeTheWholePicture) {
             QEvent request(QEvent::UpdateRequest); // paints what was marked, and that alone
             QApplication::sendEvent(&window, &request);
         }
-        const QImage kept = window.screen()->grabWindow(window.winId()).toImage().convertToFormat(QImage::Format_RGB32);
+        const QImage kept = surface();
         ASSERT_FALSE(kept.isNull());
-        EXPECT_EQ(kept.copy(20, 20, 320, 240), shown()) << static_cast<int>(tool);
+        EXPECT_EQ(kept.copy(pixels({20, 20, 320, 240})), shown()) << static_cast<int>(tool);
         release({290, 60});
         ASSERT_EQ(shown(), plainly(state.drawings)) << static_cast<int>(tool);
     }
@@ -131,29 +147,29 @@ TEST_F(DrawViewTest, aHighlighterReadsWhatLiesBelowOnAWidgetsOwnSurfaceToo) {
     sheet.setGeometry(340, 20, 60, 60);
     sheet.show();
     sheet.repaint(); // at once
-    const QImage onScreen = window.screen()->grabWindow(window.winId()).toImage();
+    const QImage onScreen = surface();
     ASSERT_FALSE(onScreen.isNull());
-    EXPECT_EQ(onScreen.pixel(370, 50), qRgb(200, 220, 138));
-    EXPECT_EQ(onScreen.pixel(370, 30), qRgb(200, 220, 240));
-    EXPECT_EQ(sheet.grab().toImage().pixel(30, 30), qRgb(200, 220, 138));
+    EXPECT_EQ(at(onScreen, 370, 50).rgb(), qRgb(200, 220, 138));
+    EXPECT_EQ(at(onScreen, 370, 30).rgb(), qRgb(200, 220, 240));
+    EXPECT_EQ(at(sheet.grab().toImage(), 30, 30).rgb(), qRgb(200, 220, 138));
 }
 
 TEST_F(DrawViewTest, theEraserShowsHowFarItReachesAndTakesNothingOfTheRingAlong) {
-    const auto isRingAt = [](const QImage &image, int x, int y) {
-        return image.pixelColor(x, y) != QColor(Qt::white) || image.pixelColor(x, y - 1) != QColor(Qt::white);
+    const auto isRingAt = [this](const QImage &image, int x, int y) {
+        return at(image, x, y) != QColor(Qt::white) || at(image, x, y - 1) != QColor(Qt::white);
     };
     use(DrawingTool::eraser);
     const QImage before = shown();
     hover({200, 120});
     EXPECT_EQ(state.writes, 0) << "no button is held";
     QImage with = shown();
-    EXPECT_TRUE(isRingAt(with, 200, 120 - 7));                   // 0.03 of 240
-    EXPECT_NE(with.pixelColor(200 + 9, 120), QColor(Qt::white)); // and of 320
-    EXPECT_EQ(with.pixelColor(200, 120), QColor(Qt::white));
-    EXPECT_EQ(with.pixelColor(200 + 16, 120), QColor(Qt::white));
+    EXPECT_TRUE(isRingAt(with, 200, 120 - 7));            // 0.03 of 240
+    EXPECT_NE(at(with, 200 + 9, 120), QColor(Qt::white)); // and of 320
+    EXPECT_EQ(at(with, 200, 120), QColor(Qt::white));
+    EXPECT_EQ(at(with, 200 + 16, 120), QColor(Qt::white));
     hover({260, 60});
     with = shown();
-    EXPECT_EQ(with.copy(180, 100, 40, 40), before.copy(180, 100, 40, 40));
+    EXPECT_EQ(with.copy(pixels({180, 100, 40, 40})), before.copy(pixels({180, 100, 40, 40})));
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(view, &leave);
     EXPECT_EQ(shown(), before);
@@ -294,7 +310,7 @@ TEST_F(DrawViewTest, annotationsFollowTheViewsSize) {
     state.drawings = {drawing(DrawingKind::path, {{0.1, 0.5}, {0.9, 0.5}}, Qt::red, 6)};
     view->updateCanvas(state.canvas());
     view->resize(160, 120);
-    EXPECT_EQ(shown().pixelColor(80, 60), QColor(Qt::red));
+    EXPECT_EQ(at(shown(), 80, 60), QColor(Qt::red));
     press({16, 12});
     release({16, 12});
     EXPECT_EQ(state.drawings.back().points, (std::vector<QPointF>{{0.1, 0.1}}));

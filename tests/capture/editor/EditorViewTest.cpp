@@ -99,6 +99,10 @@ protected:
         }
         return nullptr;
     }
+    /// The colour at a point: the tests run at one and at two pixels for each.
+    [[nodiscard]] QColor at(const QImage &image, QPoint place) const {
+        return image.pixelColor(place * window->devicePixelRatioF());
+    }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(window->windowHandle(), key, modifiers);
     }
@@ -409,16 +413,16 @@ TEST_F(EditorWindowTest, whateverTheZoomOnlyWhatShowsIsKeptAndItIsSharp) {
     const QImage shown = stage().grab().toImage();
     const QPoint corner = stage().imageRect().topLeft() + QPoint(2000 * 16, 1000 * 16);
     ASSERT_TRUE(stage().rect().contains(QRect(corner, QSize(16, 16))));
-    EXPECT_EQ(shown.pixelColor(corner), QColor(Qt::black));
-    EXPECT_EQ(shown.pixelColor(corner + QPoint(15, 15)), QColor(Qt::black));
-    EXPECT_EQ(shown.pixelColor(corner + QPoint(16, 16)), QColor(Qt::white));
-    EXPECT_EQ(shown.pixelColor(corner - QPoint(1, 1)), QColor(Qt::white));
+    EXPECT_EQ(at(shown, corner), QColor(Qt::black));
+    EXPECT_EQ(at(shown, corner + QPoint(15, 15)), QColor(Qt::black));
+    EXPECT_EQ(at(shown, corner + QPoint(16, 16)), QColor(Qt::white));
+    EXPECT_EQ(at(shown, corner - QPoint(1, 1)), QColor(Qt::white));
     // A stroke far from the canvas' corner, and what is moved into sight afterwards.
     const QPoint from = canvas()->mapFrom(&stage(), QPoint(100, 150));
     drag(canvas(), from, from + QPoint(200, 0));
-    EXPECT_EQ(stage().grab().toImage().pixelColor(200, 150), QColor(0xFF, 0x3B, 0x30));
+    EXPECT_EQ(at(stage().grab().toImage(), {200, 150}), QColor(0xFF, 0x3B, 0x30));
     wheel({300, 200}, 2, Qt::NoModifier);
-    EXPECT_EQ(stage().grab().toImage().pixelColor(200, 270), QColor(0xFF, 0x3B, 0x30));
+    EXPECT_EQ(at(stage().grab().toImage(), {200, 270}), QColor(0xFF, 0x3B, 0x30));
 }
 
 TEST_F(EditorWindowTest, theMiddleButtonMovesThePictureAndDrawsNothing) {
@@ -611,8 +615,7 @@ TEST_F(EditorWindowTest, theOutsideOfTheSelectionIsDimmed) {
     edit();
     const auto colourAt = [this](double x, double y) {
         const QRect rect = stage().imageRect();
-        return stage().grab().toImage().pixelColor(rect.left() + int(rect.width() * x),
-                                                   rect.top() + int(rect.height() * y));
+        return at(stage().grab().toImage(), rect.topLeft() + QPoint(int(rect.width() * x), int(rect.height() * y)));
     };
     const QColor plain = colourAt(0.2, 0.2);
     button("Crop image area")->click();
@@ -670,6 +673,31 @@ TEST_F(EditorWindowTest, aSheetTakesTheKeysAndEscapeDismissesIt) {
 }
 
 // The landing page.
+
+TEST_F(EditorWindowTest, theLandingPageFitsASmallScreen) {
+    images = {{str("a.jpg"), time.now()}};
+    pasteboard.copyFromOutside(picture(8, 8));
+    make();
+    window->setMinimumSize(1, 1); // as the window's maker has the last word
+    window->resize(640, 352);
+    window->show();
+    time.advance(1s);
+    QApplication::processEvents();
+    ASSERT_TRUE(button("Paste from Clipboard"));
+    std::vector<QRect> taken;
+    for (QAbstractButton *each : window->findChildren<QAbstractButton *>()) {
+        if (!each->isVisible())
+            continue;
+        const QRect place(each->mapTo(window.get(), QPoint()), each->size());
+        const std::string name = each->text().toStdString() + each->accessibleName().toStdString();
+        EXPECT_TRUE(window->rect().contains(place)) << name << ' ' << place.y() << ' ' << place.bottom();
+        EXPECT_TRUE(std::none_of(taken.begin(), taken.end(), [&](const QRect &other) {
+            return other.intersects(place);
+        })) << name;
+        taken.push_back(place);
+    }
+    EXPECT_GE(taken.size(), 4U);
+}
 
 TEST_F(EditorWindowTest, theLandingPageReadsAsItShould) {
     pasteboard.copyFromOutside(picture(5, 5));

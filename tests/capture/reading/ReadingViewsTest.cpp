@@ -222,13 +222,11 @@ protected:
     FakeImageCoder coder;
     NotificationCenter center;
     EditorScans::Ports ports{{manager, detector, queue, time}, pasteboard, urlOpener};
-    EditorView editor{picture(Qt::green),
-                      {time, pasteboard, panels, coder, center, QStringLiteral("/nonexistent"), queue},
-                      {},
-                      {.opened = {},
-                       .extractText = EditorScans::extractText(ports),
-                       .scanQr = EditorScans::scanQr(ports),
-                       .upload = {}}};
+    EditorView editor{
+        picture(Qt::green),
+        {time, pasteboard, panels, coder, center, QStringLiteral("/nonexistent"), queue},
+        {},
+        {.opened = {}, .extractText = EditorScans::extractText(ports), .scanQr = EditorScans::scanQr(ports)}};
 };
 
 TEST_F(EditorScansTest, extractTextReadsThePixelsUnderTheAnnotations) {
@@ -340,10 +338,8 @@ TEST_F(EditorScansTest, withoutCodesTheToastComesAndGoes) {
 TEST_F(EditorScansTest, anEditorMayGoInTheMiddleOfBoth) {
     auto second = std::make_unique<EditorView>(
         picture(), EditorModel::Ports{time, pasteboard, panels, coder, center, QString(), queue}, EditorView::Actions{},
-        EditorView::Hooks{.opened = {},
-                          .extractText = EditorScans::extractText(ports),
-                          .scanQr = EditorScans::scanQr(ports),
-                          .upload = {}});
+        EditorView::Hooks{
+            .opened = {}, .extractText = EditorScans::extractText(ports), .scanQr = EditorScans::scanQr(ports)});
     recognizer.setLines({text("late")});
     second->model().extractText();
     second->model().scanQr();
