@@ -59,8 +59,7 @@ public:
 
     EditorModel(const QImage &image, Ports ports, Actions actions, QObject *parent = nullptr);
 
-    // The picture.
-    /// Without annotations: what was opened, or what the last crop left of it.
+    // The picture. Without annotations: what was opened, or what the last crop left of it.
     [[nodiscard]] const QImage &shownImage() const { return m_editedImage.isNull() ? m_image : m_editedImage; }
     [[nodiscard]] QImage flattenedImage() const;
     [[nodiscard]] bool canOpenNewImage() const { return bool(m_actions.openNewImage); }
@@ -97,8 +96,7 @@ public:
     bool copyFlattened(); ///< false when there is no memory for it; nothing is another then
     void saveAndCopy();   ///< writes no file
     void saveFlattened(); ///< asks where; what is seen now is written in the background after the answer
-    /// What the person is told of a save that failed; empty when there is nothing to tell, or not any more.
-    [[nodiscard]] const QString &saveFailure() const { return m_saveFailure; }
+    [[nodiscard]] const QString &saveFailure() const { return m_saveFailure; } ///< told for a while; else empty
     void openImageFile();
     void takeNewSnip();
     void close();
@@ -106,8 +104,7 @@ public:
     void scanQr();
     [[nodiscard]] static QString saveFileName(Date date, const QLocale &locale, const QTimeZone &zone);
 
-    // Upload.
-    /// Null until there is one: no upload then.
+    // Upload. Null until there is one.
     [[nodiscard]] UploadButton *uploadButton() const { return m_uploadButton.get(); }
     void setUploadButton(std::unique_ptr<UploadButton> button);
     void upload();
