@@ -18,7 +18,7 @@ enum class FileRights {
 struct WholeFileOptions {
     FileRights rights = FileRights::ownerOnly;
     bool isDurable = false;          ///< on the disk, with its name, before the call returns
-    std::function<bool()> isStopped; ///< asked right before the name is given; may be left empty
+    std::function<bool()> isStopped = {}; ///< asked right before the name is given; may be left empty
 };
 
 /// Why a plain file at `path` could not be written, in words, as far as that can be told beforehand. None when nothing
