@@ -1,6 +1,7 @@
 // Does one forbidden thing natively, from inside the locks, and prints what came of it: locked-program script|network
 // THING. Prints "done" or the name of the error.
 
+#include "upload/worker/HttpLoader.h"
 #include "upload/worker/LockDown.h"
 #include "upload/worker/ScriptWorld.h"
 
@@ -16,15 +17,14 @@
 #include <netinet/in.h>
 #include <sched.h>
 #include <sys/mman.h>
-#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/un.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace {
@@ -87,73 +87,108 @@ bool canConnect() {
     return isDone(tcp);
 }
 
-const std::map<std::string, std::function<bool()>> &things() {
-    static const std::map<std::string, std::function<bool()>> all{
-        {"read", [] { return isDone(open("/etc/hostname", O_RDONLY)); }},
-        {"read-proc", [] { return isDone(open("/proc/self/environ", O_RDONLY)); }},
-        {"read-private", [] { return isDone(open(getenv("PRIVATE_FILE"), O_RDONLY)); }},
-        {"write", [] { return isDone(open(getenv("PRIVATE_FILE"), O_WRONLY)); }},
-        {"write-both", [] { return isDone(open(getenv("PRIVATE_FILE"), O_RDWR)); }},
-        {"create", [] { return isDone(open("/tmp/tavrine-locked", O_CREAT | O_RDONLY, 0600)); }},
-        {"create-old", [] { return isDone(syscall(SYS_creat, "/tmp/tavrine-locked", 0600)); }},
-        {"openat2", [] { return isDone(syscall(437, AT_FDCWD, "/etc/hostname", nullptr, 0)); }},
-        {"remove", [] { return isDone(unlink(getenv("PRIVATE_FILE"))); }},
-        {"rename", [] { return isDone(rename(getenv("PRIVATE_FILE"), "/tmp/tavrine-renamed")); }},
-        {"change-mode", [] { return isDone(chmod(getenv("PRIVATE_FILE"), 0777)); }},
-        {"make-folder", [] { return isDone(mkdir("/tmp/tavrine-folder", 0700)); }},
-        {"link", [] { return isDone(symlink("/etc", "/tmp/tavrine-link")); }},
-        {"execute", canExecute},
-        {"fork", canFork},
-        {"clone", canClone},
-        {"thread", canMakeThread},
-        {"trace", [] { return isDone(ptrace(PTRACE_TRACEME, 0, nullptr, nullptr)); }},
-        {"read-parent",
-         [] {
-             char byte = 0;
-             iovec local{&byte, 1};
-             iovec remote{reinterpret_cast<void *>(0x400000), 1};
-             return isDone(syscall(SYS_process_vm_readv, getppid(), &local, 1, &remote, 1, 0));
-         }},
-        {"namespace", [] { return isDone(unshare(CLONE_NEWUSER)); }},
-        {"mount", [] { return isDone(mount("none", "/mnt", "tmpfs", 0, nullptr)); }},
-        {"signal", [] { return isDone(kill(getppid(), 0)); }},
-        {"pidfd", [] { return isDone(syscall(SYS_pidfd_open, getppid(), 0)); }},
-        {"socket", canConnect},
-        {"local-socket", [] { return isDone(socket(AF_UNIX, SOCK_STREAM, 0)); }},
-        {"socket-pair",
-         [] {
-             int pair[2];
-             return isDone(socketpair(AF_UNIX, SOCK_STREAM, 0, pair));
-         }},
-        {"duplicate", [] { return isDone(fcntl(0, F_DUPFD, 0)); }},
-        {"map-code", canMapCode},
-        {"make-code", canMakeCode},
-        {"map-memory", canMapMemory},
-        {"map-some-memory", canMapSomeMemory},
-        {"memory-file", [] { return isDone(syscall(SYS_memfd_create, "x", 0)); }},
-        {"io-uring",
-         [] {
-             char parameters[120] = {};
-             return isDone(syscall(425, 1, parameters));
-         }},
-        {"user-fault", [] { return isDone(syscall(SYS_userfaultfd, 0)); }},
-        {"bpf", [] { return isDone(syscall(SYS_bpf, 0, nullptr, 0)); }},
-        {"key-ring", [] { return isDone(syscall(SYS_keyctl, 0, -1, 1)); }},
-        {"raise-limit",
-         [] {
-             const rlimit more{RLIM_INFINITY, RLIM_INFINITY};
-             return isDone(setrlimit(RLIMIT_AS, &more));
-         }},
-        {"undo-privileges",
-         [] { return prctl(PR_SET_NO_NEW_PRIVS, 0, 0, 0, 0) == 0 || prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 0; }},
-    };
-    return all;
+bool canReadProcess() {
+    char from = 'x';
+    char byte = 0;
+    const iovec local{&byte, 1};
+    const iovec remote{&from, 1};
+    return isDone(syscall(SYS_process_vm_readv, getpid(), &local, 1, &remote, 1, 0));
+}
+
+bool canMakePair(int type) {
+    int pair[2];
+    return isDone(socketpair(AF_UNIX, type, 0, pair));
+}
+
+/// A limit that any process may lower.
+bool canLowerLimit(pid_t process) {
+    rlimit now{};
+    getrlimit(RLIMIT_CORE, &now);
+    const rlimit lower{0, now.rlim_max};
+    return isDone(syscall(SYS_prlimit64, process, RLIMIT_CORE, &lower, nullptr));
+}
+
+bool canReadLimitOf(pid_t process) {
+    rlimit now{};
+    return isDone(syscall(SYS_prlimit64, process, RLIMIT_CORE, nullptr, &now));
+}
+
+using Things = std::map<std::string, std::function<bool()>>;
+
+const char *privateFile() {
+    return getenv("PRIVATE_FILE");
+}
+
+const Things files{
+    {"read", [] { return isDone(open("/etc/hostname", O_RDONLY)); }},
+    {"read-proc", [] { return isDone(open("/proc/self/environ", O_RDONLY)); }},
+    {"read-run", [] { return isDone(open("/run", O_RDONLY | O_DIRECTORY)); }},
+    {"read-private", [] { return isDone(open(privateFile(), O_RDONLY)); }},
+    {"write", [] { return isDone(open(privateFile(), O_WRONLY)); }},
+    {"write-both", [] { return isDone(open(privateFile(), O_RDWR)); }},
+    {"create", [] { return isDone(open("tavrine-locked", O_CREAT | O_RDONLY, 0600)); }},
+    {"create-old", [] { return isDone(syscall(SYS_creat, "tavrine-locked", 0600)); }},
+    {"open-newer", [] { return isDone(syscall(437, AT_FDCWD, "/etc/hostname", nullptr, 0)); }},
+    {"remove", [] { return isDone(unlink(privateFile())); }},
+    {"rename", [] { return isDone(rename(privateFile(), "tavrine-renamed")); }},
+    {"truncate", [] { return isDone(truncate(privateFile(), 0)); }},
+    {"change-mode", [] { return isDone(chmod(privateFile(), 0777)); }},
+    {"change-owner", [] { return isDone(chown(privateFile(), static_cast<uid_t>(-1), static_cast<gid_t>(-1))); }},
+    {"change-time", [] { return isDone(utimensat(AT_FDCWD, privateFile(), nullptr, 0)); }},
+    {"read-attribute", [] { return isDone(listxattr(privateFile(), nullptr, 0)); }},
+    {"remove-attribute", [] { return isDone(removexattr(privateFile(), "user.none")); }},
+    {"make-folder", [] { return isDone(mkdir("tavrine-folder", 0700)); }},
+    {"link", [] { return isDone(symlink("/etc", "tavrine-link")); }},
+    {"memory-file", [] { return isDone(syscall(SYS_memfd_create, "x", 0)); }},
+    {"mount", [] { return isDone(syscall(SYS_mount, nullptr, nullptr, 1, 0, nullptr)); }},
+};
+
+const Things processes{
+    {"execute", canExecute},
+    {"fork", canFork},
+    {"clone", canClone},
+    {"thread", canMakeThread},
+    {"trace", [] { return isDone(ptrace(PTRACE_TRACEME, 0, nullptr, nullptr)); }},
+    {"read-process", canReadProcess},
+    {"namespace", [] { return isDone(unshare(CLONE_FS | 0x1)); }},
+    {"signal", [] { return isDone(kill(getppid(), 0)); }},
+    {"signal-by-file", [] { return isDone(fcntl(STDOUT_FILENO, F_SETOWN, getpid())); }},
+    {"pidfd", [] { return isDone(syscall(SYS_pidfd_open, getppid(), 0)); }},
+    {"read-limit", [] { return canReadLimitOf(0); }},
+    {"lower-limit", [] { return canLowerLimit(0); }},
+    {"read-limit-of-another", [] { return canReadLimitOf(getppid()); }},
+    {"lower-limit-of-another", [] { return canLowerLimit(getppid()); }},
+    {"undo-privileges",
+     [] { return prctl(PR_SET_NO_NEW_PRIVS, 0, 0, 0, 0) == 0 || prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 0; }},
+};
+
+const Things others{
+    {"socket", canConnect},
+    {"local-socket", [] { return isDone(socket(AF_UNIX, SOCK_STREAM, 0)); }},
+    {"socket-pair", [] { return canMakePair(SOCK_STREAM); }},
+    {"datagram-pair", [] { return canMakePair(SOCK_DGRAM | SOCK_CLOEXEC); }},
+    {"duplicate", [] { return isDone(fcntl(0, F_DUPFD, 0)); }},
+    {"map-code", canMapCode},
+    {"make-code", canMakeCode},
+    {"map-memory", canMapMemory},
+    {"map-some-memory", canMapSomeMemory},
+    {"measure", [] { return isDone(syscall(SYS_perf_event_open, nullptr, 0, -1, -1, 0)); }},
+    {"call-that-nobody-knows", [] { return isDone(syscall(9999)); }},
+};
+
+const std::function<bool()> *thingNamed(const std::string &name) {
+    for (const Things *things : {&files, &processes, &others}) {
+        if (const auto found = things->find(name); found != things->end())
+            return &found->second;
+    }
+    return nullptr;
 }
 
 } // namespace
 
 int main(int argc, char **argv) {
-    if (argc != 3 || !things().contains(argv[2]))
+    const std::function<bool()> *const thing = argc == 3 ? thingNamed(argv[2]) : nullptr;
+    if (!thing)
         return 2;
     std::optional<tavrine::ScriptWorld> world;
     const bool isScript = std::strcmp(argv[1], "script") == 0;
@@ -161,13 +196,13 @@ int main(int argc, char **argv) {
     if (isScript)
         world.emplace(tavrine::ScriptWorld::Outside{});
     if (const auto error = isScript    ? tavrine::lockScriptProcess()
-                           : isNetwork ? tavrine::lockNetworkProcess({"/etc", "/usr", "/lib"})
+                           : isNetwork ? tavrine::lockNetworkProcess(tavrine::HttpLoader().places())
                                        : std::nullopt) {
         std::printf("not locked: %s", error->c_str());
         return 1;
     }
     errno = 0;
-    const bool done = things().at(argv[2])();
+    const bool done = (*thing)();
     std::string line = done              ? "done"
                        : errno == EPERM  ? "EPERM"
                        : errno == EACCES ? "EACCES"

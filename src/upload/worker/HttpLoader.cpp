@@ -1,5 +1,7 @@
 #include "upload/worker/HttpLoader.h"
 
+#include <cstdlib>
+
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -15,10 +17,16 @@ HttpLoader::HttpLoader() {
         m_folders.push_back(folder + modules);
 }
 
-std::vector<std::string> HttpLoader::folders() const {
-    std::vector<std::string> folders{"/etc", "/usr", "/lib", "/lib64", "/run", "/var/lib/ca-certificates"};
-    folders.insert(folders.end(), m_folders.begin(), m_folders.end());
-    return folders;
+std::vector<std::string> HttpLoader::places() const {
+    std::vector<std::string> places{"/etc", "/usr", "/lib", "/lib64", "/var/lib/ca-certificates"};
+    // Who looks names up for this machine keeps their file elsewhere, mostly below /run. The rest of that folder is
+    // none of our business: the session's sockets are there, and the keys to the screen.
+    for (const char *linked : {"/etc/resolv.conf", "/etc/hosts", "/etc/nsswitch.conf"}) {
+        if (const std::unique_ptr<char, decltype(&std::free)> path{realpath(linked, nullptr), &std::free})
+            places.emplace_back(path.get());
+    }
+    places.insert(places.end(), m_folders.begin(), m_folders.end());
+    return places;
 }
 
 Http *HttpLoader::get() {

@@ -14,7 +14,7 @@ public:
     HttpLoader();
 
     /// What must stay readable for HTTP to work: the module, the libraries, certificates, and how names are looked up.
-    [[nodiscard]] std::vector<std::string> folders() const;
+    [[nodiscard]] std::vector<std::string> places() const;
 
     [[nodiscard]] bool isLoaded() const { return m_http != nullptr; }
     /// Null when the module is missing or cannot be loaded.

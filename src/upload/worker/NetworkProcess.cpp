@@ -46,7 +46,7 @@ public:
     bool run() {
         if (m_script < 0 || m_memory < 0)
             end("The upload worker could not watch over the script.");
-        if (const auto error = m_result ? std::nullopt : lockNetworkProcess(m_http.folders()))
+        if (const auto error = m_result ? std::nullopt : lockNetworkProcess(m_http.places()))
             end("The upload worker could not lock itself down: " + *error);
         while (!m_result) {
             wait();

@@ -1,4 +1,4 @@
-#include "upload/worker/FileRules.h"
+#include "walls/FileRules.h"
 
 #include "base/Descriptor.h"
 
@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -31,7 +32,7 @@ struct RulesetAttributes {
 };
 struct [[gnu::packed]] PathAttributes {
     std::uint64_t allowedRights;
-    std::int32_t folder;
+    std::int32_t place;
 };
 
 std::optional<std::string> failed() {
@@ -40,7 +41,7 @@ std::optional<std::string> failed() {
 
 } // namespace
 
-std::optional<std::string> allowFilesOnlyIn(const std::vector<std::string> &folders) {
+std::optional<std::string> allowFilesOnlyIn(const std::vector<std::string> &places) {
     const long version = syscall(createRulesetCall, nullptr, 0, versionFlag);
     if (version < 0)
         return errno == ENOSYS || errno == EOPNOTSUPP ? std::nullopt : failed();
@@ -54,11 +55,13 @@ std::optional<std::string> allowFilesOnlyIn(const std::vector<std::string> &fold
     const Descriptor ruleset(static_cast<int>(syscall(createRulesetCall, &rights, sizeof rights, 0)));
     if (ruleset.number() < 0)
         return failed();
-    for (const std::string &path : folders) {
-        const Descriptor folder(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-        if (folder.number() < 0)
+    for (const std::string &path : places) {
+        const Descriptor place(open(path.c_str(), O_PATH | O_CLOEXEC));
+        struct stat info {};
+        if (place.number() < 0 || fstat(place.number(), &info) != 0)
             continue;
-        const PathAttributes rule{readFile | readFolder, folder.number()};
+        // The kernel refuses a rule that gives a file what only a folder has.
+        const PathAttributes rule{S_ISDIR(info.st_mode) ? readFile | readFolder : readFile, place.number()};
         if (syscall(addRuleCall, ruleset.number(), pathRule, &rule, 0) != 0)
             return failed();
     }
