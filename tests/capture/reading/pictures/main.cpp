@@ -135,11 +135,9 @@ private:
         SerialQueue queue(words("pictures"));
         OCRManager manager(recognizer, queue, time);
         const EditorScans::Ports ports{{manager, detector, queue, time}, m_pasteboard, m_opener};
-        EditorView editor(photograph(), {time, m_pasteboard, panels, coder, center, words("/tmp")}, {},
-                          {.opened = {},
-                           .extractText = EditorScans::extractText(ports),
-                           .scanQr = EditorScans::scanQr(ports),
-                           .upload = {}});
+        EditorView editor(
+            photograph(), {time, m_pasteboard, panels, coder, center, words("/tmp")}, {},
+            {.opened = {}, .extractText = EditorScans::extractText(ports), .scanQr = EditorScans::scanQr(ports)});
         editor.setFixedSize(900, 600);
         const auto settle = [&] {
             queue.sync([] {});
