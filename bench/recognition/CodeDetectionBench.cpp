@@ -135,8 +135,10 @@ int main(int argc, char **argv) {
     const auto ours = [](ProcessCodeDetector &detector) {
         return [&detector](const QImage &image, const QString &) {
             QStringList payloads;
-            for (const DetectedCode &found : detector.detect(image))
-                payloads.append(found.payload);
+            const CodeDetector::Result result = detector.detect(image);
+            if (const auto *codes = std::get_if<QList<DetectedCode>>(&result))
+                for (const DetectedCode &found : *codes)
+                    payloads.append(found.payload);
             return payloads;
         };
     };

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QtPlugin>
 
+#include <variant>
+
 namespace tavrine {
 
 /// One QR code in a picture.
@@ -20,13 +22,22 @@ struct DetectedCode {
 /// what finds codes on the screen needs only their words, and shares nothing with what the editor finds them by.
 class CodeDetector {
 public:
+    struct Failure {
+        QString reason;
+    };
+    using Result = std::variant<Failure, QList<DetectedCode>>;
+
     virtual ~CodeDetector() = default;
 
-    /// Every code whose payload could be read, in the detector's order; equal payloads at different places stay apart.
-    [[nodiscard]] virtual QList<DetectedCode> detect(const QImage &image) = 0;
+    /// As `Recognizer::prepare`.
+    virtual void prepare() {}
 
-    /// For the end of the program, on any thread: the call that waits at present and all that come find nothing, at
-    /// once. Nothing for one that cannot be stopped.
+    /// Every code whose payload could be read, in the detector's order; equal payloads at different places stay apart.
+    /// A failure when the picture could not be looked at, which says nothing about the codes in it.
+    [[nodiscard]] virtual Result detect(const QImage &image) = 0;
+
+    /// For the end of the program, on any thread: the call that waits at present and all that come fail, at once.
+    /// Nothing for one that cannot be stopped.
     virtual void cancel() {}
 };
 

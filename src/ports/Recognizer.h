@@ -4,6 +4,7 @@
 #include <QStringList>
 #include <QtPlugin>
 
+#include <stop_token>
 #include <variant>
 
 namespace tavrine {
@@ -18,9 +19,15 @@ public:
 
     virtual ~Recognizer() = default;
 
+    /// Loads what the first picture would have to wait for, and all that is read from files: after this a recogniser in
+    /// the reader's process has nothing but its memory. May be left out elsewhere.
+    virtual void prepare() {}
+
     /// The lines of text in reading order, as accurately as can be; empty when there is none. A failure when the
-    /// picture could not be read at all, for want of a language or of memory.
-    [[nodiscard]] virtual Result recognize(const QImage &image) = 0;
+    /// picture could not be read at all, for want of a language or of memory, and once `stop` is requested: nobody
+    /// wants the answer then, and the call returns at once. One that cannot be stopped goes on.
+    [[nodiscard]] virtual Result recognize(const QImage &image, std::stop_token stop) = 0;
+    [[nodiscard]] Result recognize(const QImage &image) { return recognize(image, std::stop_token()); }
 
     /// For the end of the program, on any thread: the call that waits at present and all that come fail at once.
     /// Nothing for one that cannot be stopped.

@@ -13,6 +13,9 @@
 namespace tavrine {
 namespace {
 
+/// A pool of threads has one or two each.
+constexpr rlim_t descriptorsOfThreads = 64;
+
 LockDownError failed(const char *step, int error) {
     return std::string(step) + ": " + std::strerror(error);
 }
@@ -59,10 +62,11 @@ LockDownError keepToOurselves() {
 LockDownError lockComputingProcess(std::size_t memory, Threads threads) {
     if (LockDownError error = limitMemory(memory))
         return error;
-    if (LockDownError error = inOrder(std::array{
-            +[] { return limit("file size", RLIMIT_FSIZE, 0); }, &keepToOurselves, +[] { return allowFilesOnlyIn({}); },
-            // Standard input takes the one number there is; what is open above it stays open.
-            +[] { return limit("descriptors", RLIMIT_NOFILE, 1); }}))
+    if (LockDownError error = inOrder(std::array{+[] { return limit("file size", RLIMIT_FSIZE, 0); }, &keepToOurselves,
+                                                 +[] { return allowFilesOnlyIn({}); }}))
+        return error;
+    // Standard input takes the one number there is; what is open above it stays open. Threads make some of their own.
+    if (LockDownError error = limit("descriptors", RLIMIT_NOFILE, threads == Threads::one ? 1 : descriptorsOfThreads))
         return error;
     return filterComputingProcess(threads);
 }

@@ -19,10 +19,10 @@ using LockDownError = std::optional<std::string>;
 
 enum class Threads { one, several };
 
-/// For a process that has all it needs and only computes: no files, no network, no other processes, no new descriptors,
-/// no executable memory, no core dumps; `memory` bytes beyond what it has, and threads only where they are asked for.
-/// What is open stays open. To be called with the libraries and their data loaded, for nothing can be opened later, and
-/// what is hostile not yet read.
+/// For a process that has all it needs and only computes: no files, no network, no other processes, no new descriptors
+/// (but those by which threads wake each other), no executable memory, no core dumps; `memory` bytes beyond what it
+/// has, and threads only where they are asked for. What is open stays open. To be called with the libraries and their
+/// data loaded, for nothing can be opened later, and what is hostile not yet read.
 [[nodiscard]] LockDownError lockComputingProcess(std::size_t memory, Threads threads);
 
 // The steps of that, for a process that needs other rules.

@@ -5,6 +5,7 @@
 
 #include <linux/sched.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 namespace tavrine {
@@ -90,6 +91,9 @@ void SystemCalls::allowThreads() {
         CLONE_NEWNS | CLONE_NEWCGROUP | CLONE_NEWUTS | CLONE_NEWIPC | CLONE_NEWUSER | CLONE_NEWPID | CLONE_NEWNET;
     allow(SCMP_SYS(clone), {argumentHas(0, CLONE_THREAD | namespaces, CLONE_THREAD)});
     sayUnknown({SCMP_SYS(clone3)});
+    // What a toolkit's thread wakes and names itself with.
+    allow({"eventfd2", "pipe2"});
+    allow(SCMP_SYS(prctl), {argumentIs(0, PR_SET_NAME)});
     allow({"sched_getparam", "sched_getscheduler", "sched_get_priority_min", "sched_get_priority_max"});
 }
 

@@ -31,7 +31,7 @@ public:
     /// What every program needs to go on with what it has open: to read and write it, to take and give back memory that
     /// is not executable, to wait, to know the time, to catch its signals and to end.
     void allowComputing();
-    /// More threads in this process; no other process.
+    /// More threads in this process, and what they wake each other with; no other process.
     void allowThreads();
 
     /// What failed; the first failure of all above.

@@ -1,4 +1,4 @@
-// Starts a program in which one system call fails: without-call CALL PROGRAM.
+// Starts a program in which one system call fails: without-call CALL PROGRAM [ARGUMENT…].
 
 #include <cerrno>
 #include <cstdint>
@@ -24,7 +24,7 @@ std::vector<scmp_arg_cmp> conditionsOf(int call) {
 } // namespace
 
 int main(int argc, char **argv) {
-    const scmp_filter_ctx filter = argc == 3 ? seccomp_init(SCMP_ACT_ALLOW) : nullptr;
+    const scmp_filter_ctx filter = argc >= 3 ? seccomp_init(SCMP_ACT_ALLOW) : nullptr;
     if (!filter)
         return 2;
     const std::uint32_t denied = SCMP_ACT_ERRNO(EPERM);
@@ -41,7 +41,6 @@ int main(int argc, char **argv) {
     }
     if (error != 0 || seccomp_load(filter) != 0)
         return 2;
-    char *const arguments[] = {argv[2], nullptr};
-    execv(argv[2], arguments);
+    execv(argv[2], argv + 2);
     return 3;
 }

@@ -13,11 +13,12 @@ namespace tavrine {
 /// Tells the lines that a test gives it, for pictures that are large enough to hold letters.
 class FakeRecognizer final : public Recognizer {
 public:
-    [[nodiscard]] Result recognize(const QImage &image) override {
+    using Recognizer::recognize;
+    [[nodiscard]] Result recognize(const QImage &image, std::stop_token stop) override {
         std::unique_lock lock(m_mutex);
         m_images.append(image);
-        m_changed.wait(lock, [this] { return !m_isHeld || m_isCancelled; });
-        if (m_isCancelled)
+        m_changed.wait(lock, stop, [this] { return !m_isHeld || m_isCancelled; });
+        if (m_isCancelled || stop.stop_requested())
             return Failure{QStringLiteral("cancelled")};
         if (image.isNull())
             return Failure{QStringLiteral("no pixels")};
@@ -50,7 +51,7 @@ public:
 
 private:
     mutable std::mutex m_mutex; // the queue's thread calls
-    std::condition_variable m_changed;
+    std::condition_variable_any m_changed;
     bool m_isHeld = false;
     bool m_isCancelled = false;
     QStringList m_lines;

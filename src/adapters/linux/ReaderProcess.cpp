@@ -1,11 +1,11 @@
 #include "adapters/linux/ReaderProcess.h"
 
 #include "adapters/linux/ReaderProtocol.h"
-#include "base/Print.h"
 
 #include <QDeadlineTimer>
 #include <QFile>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -94,14 +94,14 @@ pid_t start(const QString &path, const QString &plugin, int input, int output) {
 }
 
 /// What comes until the other side closes; false when it takes too long or is too much, or nobody wants it any more.
-bool readAll(int file, int cancelled, const QDeadlineTimer &deadline, QByteArray &answer) {
+bool readAll(int file, const std::array<int, 2> &unwanted, const QDeadlineTimer &deadline, QByteArray &answer) {
     char buffer[65536];
     for (;;) {
-        pollfd waiting[] = {{file, POLLIN, 0}, {cancelled, POLLIN, 0}};
+        pollfd waiting[] = {{file, POLLIN, 0}, {unwanted[0], POLLIN, 0}, {unwanted[1], POLLIN, 0}};
         const int ready = poll(waiting, std::size(waiting), static_cast<int>(deadline.remainingTime()));
         if (ready < 0 && errno == EINTR)
             continue;
-        if (ready <= 0 || waiting[1].revents != 0)
+        if (ready <= 0 || waiting[1].revents != 0 || waiting[2].revents != 0)
             return false;
         const ssize_t count = ::read(file, buffer, sizeof(buffer));
         if (count < 0 && errno == EINTR)
@@ -132,7 +132,7 @@ void ReaderProcess::cancel() {
     eventfd_write(m_cancelled.number(), 1); // never read, so it holds for all that come
 }
 
-std::variant<ReaderProcess::Failure, QByteArray> ReaderProcess::read(const QImage &image) const {
+std::variant<ReaderProcess::Failure, QByteArray> ReaderProcess::read(const QImage &image, std::stop_token stop) const {
     const QImage picture = readerProtocol::transferable(image);
     if (picture.isNull())
         return Failure{QStringLiteral("the picture has no pixels, or memory is wanting")};
@@ -143,13 +143,15 @@ std::variant<ReaderProcess::Failure, QByteArray> ReaderProcess::read(const QImag
     Descriptor output(ends[1]);
     if (!input.isOpen() || piped != 0 || !writePicture(input.number(), picture))
         return Failure{QString::fromLocal8Bit(std::strerror(errno))};
+    const Descriptor stopped(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    const std::stop_callback tellIt(std::move(stop), [&stopped] { eventfd_write(stopped.number(), 1); });
     const QDeadlineTimer deadline(m_longest);
     const pid_t pid = start(m_program, m_plugin, input.number(), output.number());
     if (pid < 0)
         return Failure{QString::fromLocal8Bit(std::strerror(errno))};
     output.close(); // ours; the answer ends when the reader's is closed too
     QByteArray answer;
-    const bool isWhole = readAll(answerEnd.number(), m_cancelled.number(), deadline, answer);
+    const bool isWhole = readAll(answerEnd.number(), {m_cancelled.number(), stopped.number()}, deadline, answer);
     if (!isWhole)
         kill(pid, SIGKILL);
     const int status = waitFor(pid);
@@ -163,8 +165,8 @@ std::variant<ReaderProcess::Failure, QByteArray> ReaderProcess::read(const QImag
 ProcessRecognizer::ProcessRecognizer(const QString &programFolder, std::chrono::milliseconds patience)
     : m_reader(programFolder + program, QStringLiteral("text_recognizer"), patience) {}
 
-Recognizer::Result ProcessRecognizer::recognize(const QImage &image) {
-    const auto answer = m_reader.read(image);
+Recognizer::Result ProcessRecognizer::recognize(const QImage &image, std::stop_token stop) {
+    const auto answer = m_reader.read(image, std::move(stop));
     if (const auto *failure = std::get_if<ReaderProcess::Failure>(&answer))
         return Failure{failure->reason};
     const auto text = readerProtocol::textIn(std::get<QByteArray>(answer));
@@ -175,13 +177,12 @@ ProcessCodeDetector::ProcessCodeDetector(const QString &programFolder, const cha
                                          std::chrono::milliseconds patience)
     : m_reader(programFolder + program, QString::fromUtf8(plugin), patience) {}
 
-QList<DetectedCode> ProcessCodeDetector::detect(const QImage &image) {
+CodeDetector::Result ProcessCodeDetector::detect(const QImage &image) {
     const auto answer = m_reader.read(image);
-    if (const auto *failure = std::get_if<ReaderProcess::Failure>(&answer)) {
-        printLine(QStringLiteral("DEBUG: no codes were read: ") + failure->reason);
-        return {};
-    }
-    return readerProtocol::codesIn(std::get<QByteArray>(answer)).value_or(QList<DetectedCode>());
+    if (const auto *failure = std::get_if<ReaderProcess::Failure>(&answer))
+        return Failure{failure->reason};
+    const auto codes = readerProtocol::codesIn(std::get<QByteArray>(answer));
+    return codes ? *codes : Failure{QStringLiteral("the reader's answer makes no sense")};
 }
 
 } // namespace tavrine

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <chrono>
+#include <stop_token>
 #include <variant>
 
 namespace tavrine {
@@ -25,9 +26,10 @@ public:
     struct Failure {
         QString reason;
     };
-    [[nodiscard]] std::variant<Failure, QByteArray> read(const QImage &image) const;
+    [[nodiscard]] std::variant<Failure, QByteArray> read(const QImage &image, std::stop_token stop = {}) const;
 
-    /// The answer that is waited for now, and every later one, is a failure at once; the process is killed.
+    /// The answer that is waited for now, and every later one, is a failure at once; the process is killed. So is the
+    /// one call's whose `stop` is requested.
     void cancel();
 
 private:
@@ -43,7 +45,8 @@ public:
     static constexpr std::chrono::seconds longest{60}; // a dense 4K screen takes a tenth of it
     /// `programFolder` is where this program's own file stands.
     explicit ProcessRecognizer(const QString &programFolder, std::chrono::milliseconds patience = longest);
-    [[nodiscard]] Result recognize(const QImage &image) override;
+    using Recognizer::recognize;
+    [[nodiscard]] Result recognize(const QImage &image, std::stop_token stop) override;
     void cancel() override { m_reader.cancel(); }
 
 private:
@@ -57,7 +60,7 @@ public:
     static constexpr auto screenPlugin = "screen_code_detector";   ///< for what is found on the screen
     static constexpr auto picturePlugin = "picture_code_detector"; ///< for the editor
     ProcessCodeDetector(const QString &programFolder, const char *plugin, std::chrono::milliseconds patience = longest);
-    [[nodiscard]] QList<DetectedCode> detect(const QImage &image) override;
+    [[nodiscard]] Result detect(const QImage &image) override;
     void cancel() override { m_reader.cancel(); }
 
 private:

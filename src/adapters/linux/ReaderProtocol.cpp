@@ -59,8 +59,11 @@ QByteArray answerOf(const Recognizer::Result &result) {
     return json(linesKey, QJsonArray::fromStringList(std::get<QStringList>(result)));
 }
 
-QByteArray answerOf(const QList<DetectedCode> &codes) {
+QByteArray answerOf(const CodeDetector::Result &result) {
+    if (const auto *failure = std::get_if<CodeDetector::Failure>(&result))
+        return json(failureKey, failure->reason);
     QJsonArray array;
+    const auto &codes = std::get<QList<DetectedCode>>(result);
     for (const DetectedCode &code : codes) {
         const QRectF &box = code.boundingBox;
         array.append(
@@ -85,8 +88,10 @@ std::optional<Recognizer::Result> textIn(const QByteArray &answer) {
     return lines;
 }
 
-std::optional<QList<DetectedCode>> codesIn(const QByteArray &answer) {
+std::optional<CodeDetector::Result> codesIn(const QByteArray &answer) {
     const QJsonObject object = QJsonDocument::fromJson(answer).object();
+    if (const QJsonValue failure = object.value(failureKey); failure.isString())
+        return CodeDetector::Failure{failure.toString()};
     if (!object.value(codesKey).isArray())
         return std::nullopt;
     QList<DetectedCode> codes;

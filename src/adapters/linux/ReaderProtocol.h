@@ -30,10 +30,10 @@ struct Header {
 [[nodiscard]] QImage pictureIn(const uchar *bytes, qsizetype size);
 
 [[nodiscard]] QByteArray answerOf(const Recognizer::Result &result);
-[[nodiscard]] QByteArray answerOf(const QList<DetectedCode> &codes);
+[[nodiscard]] QByteArray answerOf(const CodeDetector::Result &result);
 
 /// None for anything that the reader could not have meant.
 [[nodiscard]] std::optional<Recognizer::Result> textIn(const QByteArray &answer);
-[[nodiscard]] std::optional<QList<DetectedCode>> codesIn(const QByteArray &answer);
+[[nodiscard]] std::optional<CodeDetector::Result> codesIn(const QByteArray &answer);
 
 } // namespace tavrine::readerProtocol

@@ -100,16 +100,26 @@ private:
 TesseractRecognizer::TesseractRecognizer() = default;
 TesseractRecognizer::~TesseractRecognizer() = default;
 
-Recognizer::Result TesseractRecognizer::recognize(const QImage &image) {
+void TesseractRecognizer::prepare() {
+    auto engine = std::make_unique<Engine>();
+    if (!engine->start())
+        return;
+    m_engine = std::move(engine);
+    // What is made or opened with the first page, the place for the library's messages among it: an empty page makes it
+    // say so.
+    QImage page(64, 64, QImage::Format_Grayscale8);
+    page.fill(Qt::white);
+    static_cast<void>(m_engine->linesOf(page));
+}
+
+Recognizer::Result TesseractRecognizer::recognize(const QImage &image, std::stop_token) {
+    if (!m_engine)
+        prepare();
+    if (!m_engine)
+        return Failure{QStringLiteral("no language of the text recognition is installed")};
     const QImage page = reading::preparedPage(image);
     if (page.isNull())
         return Failure{QStringLiteral("the picture has no pixels, or memory is wanting")};
-    if (!m_engine) {
-        auto engine = std::make_unique<Engine>();
-        if (!engine->start())
-            return Failure{QStringLiteral("no language of the text recognition is installed")};
-        m_engine = std::move(engine);
-    }
     auto lines = m_engine->linesOf(page);
     if (!lines)
         return Failure{QStringLiteral("the text recognition gave up")};

@@ -9,7 +9,7 @@
 namespace tavrine {
 
 /// Text by Tesseract's neural engine, in the desktop's languages as far as they are installed, and in English. The root
-/// object of its plugin; the engine and its data are made with the first picture.
+/// object of its plugin.
 ///
 /// OMP_THREAD_LIMIT must be 1 in the environment before the plugin is loaded: the library's threads, which read it as
 /// they are loaded, make a page ten times slower on a machine that is busy.
@@ -21,7 +21,8 @@ class TesseractRecognizer final : public QObject, public Recognizer {
 public:
     TesseractRecognizer();
     ~TesseractRecognizer() override;
-    [[nodiscard]] Result recognize(const QImage &image) override;
+    void prepare() override;
+    [[nodiscard]] Result recognize(const QImage &image, std::stop_token stop) override;
 
 private:
     class Engine;

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 
+#include <iconv.h>
 #include <zbar.h>
 
 namespace tavrine {
@@ -79,10 +81,20 @@ void addNew(QList<DetectedCode> &all, const QList<DetectedCode> &found) {
 
 } // namespace
 
-QList<DetectedCode> ZBarDetector::detect(const QImage &image) {
+void ZBarDetector::prepare() {
+    // What the library may take a code's bytes for. The C library loads a conversion with its first use and keeps it
+    // as long as one is open, and these stay open.
+    static constexpr const char *partOfIso = "ISO8859-";
+    for (const char *name : {"CP437", "SJIS", "BIG-5", "UTF-8"})
+        iconv_open("UTF-8", name);
+    for (int part = 1; part <= 16; ++part)
+        iconv_open("UTF-8", (partOfIso + std::to_string(part)).c_str());
+}
+
+CodeDetector::Result ZBarDetector::detect(const QImage &image) {
     QImage grey = greyPicture(image);
     if (grey.isNull())
-        return {};
+        return Failure{QStringLiteral("the picture has no pixels, or memory is wanting")};
     QList<DetectedCode> codes = look(grey);
     const bool isSmall = static_cast<double>(grey.width()) * grey.height() <= enlargedPixels;
     const QImage large = isSmall ? grey.scaled(grey.size() * 2) : QImage();

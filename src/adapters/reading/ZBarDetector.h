@@ -13,7 +13,8 @@ class ZBarDetector final : public QObject, public CodeDetector {
     Q_INTERFACES(tavrine::CodeDetector)
 
 public:
-    [[nodiscard]] QList<DetectedCode> detect(const QImage &image) override;
+    void prepare() override;
+    [[nodiscard]] Result detect(const QImage &image) override;
 };
 
 } // namespace tavrine

@@ -56,10 +56,10 @@ QList<DetectedCode> read(const QImage &grey) {
 
 } // namespace
 
-QList<DetectedCode> ZXingDetector::detect(const QImage &image) {
+CodeDetector::Result ZXingDetector::detect(const QImage &image) {
     QImage grey = luminance(image);
     if (grey.isNull())
-        return {};
+        return Failure{QStringLiteral("the picture has no pixels, or memory is wanting")};
     QList<DetectedCode> codes = read(grey);
     grey.invertPixels(); // light codes on dark ground
     const QList<DetectedCode> negatives = read(grey);

@@ -13,7 +13,7 @@ class ZXingDetector final : public QObject, public CodeDetector {
     Q_INTERFACES(tavrine::CodeDetector)
 
 public:
-    [[nodiscard]] QList<DetectedCode> detect(const QImage &image) override;
+    [[nodiscard]] Result detect(const QImage &image) override;
 };
 
 } // namespace tavrine

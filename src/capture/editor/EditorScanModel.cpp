@@ -1,5 +1,6 @@
 #include "capture/editor/EditorScanModel.h"
 
+#include "base/Print.h"
 #include "base/SerialQueue.h"
 #include "base/Time.h"
 #include "capture/reading/OCRManager.h"
@@ -16,7 +17,12 @@ QList<QRAnnotation> annotationsIn(CodeDetector &detector, const QImage &image) {
     QList<QRAnnotation> annotations;
     if (image.isNull())
         return annotations;
-    const QList<DetectedCode> codes = detector.detect(image);
+    const CodeDetector::Result result = detector.detect(image);
+    if (const auto *failure = std::get_if<CodeDetector::Failure>(&result)) {
+        printLine(QStringLiteral("Failed to read codes: ") + failure->reason);
+        return annotations;
+    }
+    const auto &codes = std::get<QList<DetectedCode>>(result);
     for (const DetectedCode &code : codes)
         annotations.append({QUuid::createUuid(), code.payload, code.boundingBox});
     return annotations;
@@ -26,6 +32,10 @@ QList<QRAnnotation> annotationsIn(CodeDetector &detector, const QImage &image) {
 
 EditorScanModel::EditorScanModel(const Ports &ports, QObject *parent) : QObject(parent), m_ports(ports) {}
 
+EditorScanModel::~EditorScanModel() {
+    m_unwanted.request_stop();
+}
+
 void EditorScanModel::extractText(const QImage &image) {
     if (m_isOCRScanning)
         return;
@@ -33,7 +43,8 @@ void EditorScanModel::extractText(const QImage &image) {
     Q_EMIT changed();
     const Seconds pressed = m_ports.time.systemUptime();
     m_ports.manager.recognizeText(
-        image, [time = &m_ports.time, weak = QPointer(this), pressed](const std::optional<QString> &text) {
+        image,
+        [time = &m_ports.time, weak = QPointer(this), pressed](const std::optional<QString> &text) {
             time->async([time, weak, pressed, text] {
                 const Seconds held = std::max(shortestOCR - (time->systemUptime() - pressed), Seconds{0});
                 time->asyncAfter(held, [weak, text] {
@@ -41,7 +52,8 @@ void EditorScanModel::extractText(const QImage &image) {
                         weak->endOCR(text);
                 });
             });
-        });
+        },
+        m_unwanted.get_token());
 }
 
 void EditorScanModel::endOCR(const std::optional<QString> &text) {

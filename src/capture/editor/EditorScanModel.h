@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <optional>
+#include <stop_token>
 
 namespace tavrine {
 
@@ -36,6 +37,8 @@ public:
         Time &time;
     };
     explicit EditorScanModel(const Ports &ports, QObject *parent = nullptr);
+    /// Nobody waits for what is being read.
+    ~EditorScanModel() override;
 
     [[nodiscard]] bool isOCRScanning() const { return m_isOCRScanning; }
     [[nodiscard]] const QString &ocrResultText() const { return m_ocrResultText; }
@@ -69,6 +72,7 @@ private:
     QList<QRAnnotation> m_qrAnnotations;
     bool m_showQRLabels = false;
     bool m_showNoQRToast = false;
+    std::stop_source m_unwanted;
 };
 
 } // namespace tavrine

@@ -24,29 +24,38 @@ std::optional<QString> textOf(const Recognizer::Result &result) {
 
 } // namespace
 
-void OCRManager::recognizeText(const QImage &image, Completion completion) {
+void OCRManager::recognizeText(const QImage &image, Completion completion, std::stop_token stop) {
     if (image.isNull()) {
         completion(std::nullopt);
         return;
     }
-    m_queue.async([recognizer = &m_recognizer, image, completion = std::move(completion)] {
-        completion(textOf(recognizer->recognize(image)));
+    m_queue.async([recognizer = &m_recognizer, image, completion = std::move(completion), stop = std::move(stop)] {
+        if (stop.stop_requested())
+            return;
+        const Recognizer::Result result = recognizer->recognize(image, stop);
+        if (!stop.stop_requested())
+            completion(textOf(result));
     });
 }
 
 void OCRManager::recognizeForNotepad(const QImage &image, OCRNotepadState &state) {
-    recognizeText(image, [time = &m_time, weak = QPointer(&state)](const std::optional<QString> &text) {
-        time->async([weak, text] {
-            if (!weak)
-                return;
-            if (text)
-                weak->setText(*text);
-            else
-                weak->setErrorMessage(QString::fromUtf8(OCRNotepadState::noTextMessage));
-            if (weak) // what follows the state may close the notepad
-                weak->setLoading(false);
-        });
-    });
+    std::stop_source unwanted;
+    QObject::connect(&state, &QObject::destroyed, [unwanted]() mutable { unwanted.request_stop(); });
+    recognizeText(
+        image,
+        [time = &m_time, weak = QPointer(&state)](const std::optional<QString> &text) {
+            time->async([weak, text] {
+                if (!weak)
+                    return;
+                if (text)
+                    weak->setText(*text);
+                else
+                    weak->setErrorMessage(QString::fromUtf8(OCRNotepadState::noTextMessage));
+                if (weak) // what follows the state may close the notepad
+                    weak->setLoading(false);
+            });
+        },
+        unwanted.get_token());
 }
 
 } // namespace tavrine

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <optional>
+#include <stop_token>
 
 namespace tavrine {
 
@@ -23,10 +24,11 @@ public:
     OCRManager(Recognizer &recognizer, SerialQueue &recognitionQueue, Time &time)
         : m_recognizer(recognizer), m_queue(recognitionQueue), m_time(time) {}
 
-    /// Calls `completion` on the recognition queue; within the call when the image has no pixels.
-    void recognizeText(const QImage &image, Completion completion);
+    /// Calls `completion` on the recognition queue; within the call when the image has no pixels. Not at all when
+    /// `stop` is requested before: the next picture's turn comes at once then.
+    void recognizeText(const QImage &image, Completion completion, std::stop_token stop = {});
 
-    /// The same, told to `state` on the main queue. A state that is gone by then loses the result.
+    /// The same, told to `state` on the main queue. The reading ends with the state.
     void recognizeForNotepad(const QImage &image, OCRNotepadState &state);
 
 private:

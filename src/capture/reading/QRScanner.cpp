@@ -1,5 +1,6 @@
 #include "capture/reading/QRScanner.h"
 
+#include "base/Print.h"
 #include "base/PrivateFiles.h"
 #include "base/SerialQueue.h"
 #include "base/Time.h"
@@ -20,14 +21,18 @@ namespace {
 
 constexpr QLatin1String captureTool("/usr/sbin/screencapture");
 
-/// None for a file that is no picture.
+/// None for a file that is no picture, and for a picture that could not be looked at: nothing is known of its codes.
 std::optional<QStringList> codesIn(CodeDetector &detector, const QString &path) {
     const QImage image(path);
     if (image.isNull())
         return std::nullopt;
+    const CodeDetector::Result found = detector.detect(image);
+    if (const auto *failure = std::get_if<CodeDetector::Failure>(&found)) {
+        printLine(QStringLiteral("Failed to read codes: ") + failure->reason);
+        return std::nullopt;
+    }
     QStringList codes;
-    const QList<DetectedCode> found = detector.detect(image);
-    for (const DetectedCode &code : found)
+    for (const DetectedCode &code : std::get<QList<DetectedCode>>(found))
         codes.append(code.payload);
     return codes;
 }

@@ -1,6 +1,7 @@
 #include "adapters/linux/ReaderProcess.h"
 
 #include "adapters/linux/ReaderProtocol.h"
+#include "support/Eventually.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -107,9 +108,32 @@ TEST_F(ReaderProcessTest, theReadersOwnFailureIsPassedOn) {
     EXPECT_EQ(failure(), words("no language"));
 }
 
-TEST_F(ReaderProcessTest, codesOfAReaderThatFailsAreNone) {
-    writeReader("exit 1");
-    EXPECT_TRUE(ProcessCodeDetector(folder.path(), ProcessCodeDetector::screenPlugin).detect(picture()).isEmpty());
+TEST_F(ReaderProcessTest, aReaderThatFailsSaysNothingAboutTheCodes) {
+    for (const char *script : {"exit 1", "echo '{\"failure\":\"no memory\"}'", "echo '{\"lines\":[]}'"}) {
+        writeReader(script);
+        const auto result = ProcessCodeDetector(folder.path(), ProcessCodeDetector::screenPlugin).detect(picture());
+        EXPECT_TRUE(std::holds_alternative<CodeDetector::Failure>(result)) << script;
+    }
+}
+
+TEST_F(ReaderProcessTest, aReadingThatIsStoppedEndsItsReaderAndNoOther) {
+    writeReader("test -e \"$0.go\" && echo '{\"lines\":[]}' && exit; touch \"$0.begun\"; exec sleep 600");
+    const QString begun = folder.filePath(words("TavrineReader.begun"));
+    ProcessRecognizer recognizer(folder.path());
+    std::stop_source unwanted;
+    QElapsedTimer timer;
+    timer.start();
+    std::thread stopper([&] {
+        EXPECT_TRUE(test::eventually([&] { return QFile::exists(begun); }));
+        unwanted.request_stop();
+    });
+    const auto result = recognizer.recognize(picture(), unwanted.get_token());
+    stopper.join();
+    EXPECT_TRUE(std::holds_alternative<Recognizer::Failure>(result));
+    EXPECT_LT(timer.elapsed(), 20'000); // and not a minute
+    EXPECT_TRUE(std::holds_alternative<Recognizer::Failure>(recognizer.recognize(picture(), unwanted.get_token())));
+    ASSERT_TRUE(QFile(folder.filePath(words("TavrineReader.go"))).open(QIODevice::WriteOnly));
+    EXPECT_TRUE(std::holds_alternative<QStringList>(recognizer.recognize(picture())));
 }
 
 TEST_F(ReaderProcessTest, theReaderHasOneThreadForItsLoopsAndNoFilesOfOurs) {
@@ -126,6 +150,46 @@ TEST_F(ReaderProcessTest, anUnknownPluginIsAFailure) {
     const ReaderProcess reader(QCoreApplication::applicationDirPath() + words("/TavrineReader"),
                                words("no_such_plugin"), std::chrono::seconds(20));
     EXPECT_TRUE(std::holds_alternative<ReaderProcess::Failure>(reader.read(picture())));
+}
+
+// The walls.
+
+class ReaderWallsTest : public ReaderProcessTest {
+protected:
+    [[nodiscard]] static QString program() { return QCoreApplication::applicationDirPath() + words("/TavrineReader"); }
+    /// What the real reader answers with `plugin` where the system call fails.
+    [[nodiscard]] std::variant<ReaderProcess::Failure, QByteArray> readWithout(const char *call, const char *plugin) {
+        writeReader(("exec " WITHOUT_CALL " " + std::string(call) + " " + program().toStdString() + " \"$1\"").c_str());
+        return ReaderProcess(folder.filePath(words("TavrineReader")), words(plugin), std::chrono::seconds(20))
+            .read(picture());
+    }
+};
+
+TEST_F(ReaderWallsTest, whatAPictureTakesOverHasNothing) {
+    const auto answer = ReaderProcess(program(), words("trying_recognizer"), std::chrono::seconds(20)).read(picture());
+    ASSERT_TRUE(std::holds_alternative<QByteArray>(answer)) << qPrintable(std::get<0>(answer).reason);
+    const QStringList outcomes = std::get<QStringList>(*textIn(std::get<QByteArray>(answer)));
+    EXPECT_EQ(outcomes.mid(0, 9), (QStringList{words("read: done"), words("write: done"), words("internet: done"),
+                                               words("session: done"), words("process: done"), words("code: done"),
+                                               words("5 GiB: done"), words("1 GiB: done"), words("thread: done")}))
+        << "or the walls prove nothing";
+    EXPECT_EQ(outcomes.mid(9), (QStringList{words("read: EPERM"), words("write: EPERM"), words("internet: EPERM"),
+                                            words("session: EPERM"), words("process: EPERM"), words("code: EPERM"),
+                                            words("5 GiB: ENOMEM"), words("1 GiB: done"), words("thread: done")}));
+}
+
+TEST_F(ReaderWallsTest, withoutOneOfItsWallsTheReaderReadsNothing) {
+    for (const char *call : {"prctl", "seccomp", "prlimit64", "landlock_create_ruleset"}) {
+        const auto answer = readWithout(call, "trying_recognizer");
+        ASSERT_TRUE(std::holds_alternative<QByteArray>(answer)) << call;
+        const auto result = textIn(std::get<QByteArray>(answer));
+        ASSERT_TRUE(result && std::holds_alternative<Recognizer::Failure>(*result)) << call;
+        EXPECT_TRUE(std::get<Recognizer::Failure>(*result).reason.startsWith(words("the reader is not locked in: ")))
+            << call << qPrintable(std::get<Recognizer::Failure>(*result).reason);
+    }
+    // The same call, failing after the walls, is no matter.
+    EXPECT_TRUE(
+        std::holds_alternative<QStringList>(*textIn(std::get<QByteArray>(readWithout("getcwd", "trying_recognizer")))));
 }
 
 // The protocol.
@@ -175,8 +239,8 @@ TEST(ReaderProtocolTest, headersThatLieAreRefused) {
 
 TEST(ReaderProtocolTest, codesArriveAsTheyWere) {
     const QList<DetectedCode> codes{{words("Grüße\n\"x\""), {0.1, 0.2, 0.3, 0.4}}, {QString(), {0, 0, 1, 1}}};
-    EXPECT_EQ(codesIn(answerOf(codes)), codes);
-    EXPECT_EQ(codesIn(answerOf(QList<DetectedCode>())), QList<DetectedCode>());
+    EXPECT_EQ(std::get<QList<DetectedCode>>(*codesIn(answerOf(codes))), codes);
+    EXPECT_EQ(std::get<QList<DetectedCode>>(*codesIn(answerOf(QList<DetectedCode>()))), QList<DetectedCode>());
 }
 
 TEST(ReaderProtocolTest, boxesOutsideOfThePictureAreRefused) {

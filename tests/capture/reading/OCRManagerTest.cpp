@@ -1,6 +1,7 @@
 #include "ReadingTest.h"
 #include "base/Print.h"
 #include "capture/reading/OCRNotepadState.h"
+#include "support/Eventually.h"
 
 #include <QThread>
 
@@ -103,6 +104,34 @@ TEST_F(OCRManagerTest, aPictureWithoutPixelsIsSaidInTheNotepad) {
     time.runPending();
     EXPECT_EQ(state.errorMessage(), text("No text found in this image."));
     EXPECT_FALSE(state.isLoading());
+}
+
+TEST_F(OCRManagerTest, aNotepadThatIsClosedKeepsNoOtherWaiting) {
+    recognizer.setLines({text("a")});
+    recognizer.hold();
+    auto closed = std::make_unique<OCRNotepadState>();
+    manager.recognizeForNotepad(picture(), *closed);
+    ASSERT_TRUE(test::eventually([&] { return recognizer.count() == 1; }));
+    closed.reset();
+    auto neverRead = std::make_unique<OCRNotepadState>();
+    manager.recognizeForNotepad(picture(), *neverRead);
+    neverRead.reset();
+    queue.sync([] {}); // or it waits for a picture that nobody wants
+    EXPECT_LE(recognizer.count(), 2) << "the second may have begun";
+    recognizer.hold(false);
+    OCRNotepadState open;
+    manager.recognizeForNotepad(picture(), open);
+    settle();
+    EXPECT_EQ(open.text(), text("a"));
+}
+
+TEST_F(OCRManagerTest, aReadingThatNobodyWantsIsNotBegun) {
+    std::stop_source unwanted;
+    unwanted.request_stop();
+    manager.recognizeText(
+        picture(), [](const auto &) { ADD_FAILURE(); }, unwanted.get_token());
+    settle();
+    EXPECT_EQ(recognizer.count(), 0);
 }
 
 TEST_F(OCRManagerTest, aStateThatIsGoneLosesTheResult) {

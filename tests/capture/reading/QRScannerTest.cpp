@@ -104,6 +104,16 @@ TEST_F(QRScannerTest, aRegionWithoutACodeIsShownAsOne) {
     EXPECT_TRUE(panel()->isVisible());
 }
 
+TEST_F(QRScannerTest, aRegionThatCouldNotBeLookedAtIsNotCalledOneWithoutACode) {
+    detector.failNext();
+    testing::internal::CaptureStdout();
+    capture();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Failed to read codes: no answer\n");
+    EXPECT_TRUE(shown.isEmpty());
+    EXPECT_EQ(scanner.resultPanel(), nullptr);
+    EXPECT_FALSE(QFile::exists(capturePath()));
+}
+
 TEST_F(QRScannerTest, twoIdenticalCodesAreTwoRows) {
     detector.setPayloads({text("same"), text("same")});
     capture();
