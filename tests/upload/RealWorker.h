@@ -90,8 +90,9 @@ public:
     HttpServer(const HttpServer &) = delete;
     HttpServer &operator=(const HttpServer &) = delete;
 
-    [[nodiscard]] QString url(const char *path, const char *scheme = "http") const {
-        return QStringLiteral("%1://127.0.0.1:%2%3").arg(QLatin1String(scheme)).arg(m_port).arg(QLatin1String(path));
+    [[nodiscard]] QString url(const char *path, const char *scheme = "http", const char *host = "127.0.0.1") const {
+        return QStringLiteral("%1://%2:%3%4")
+            .arg(QLatin1String(scheme), QLatin1String(host), QString::number(m_port), QLatin1String(path));
     }
 
 private:

@@ -35,6 +35,23 @@ protected:
     static inline HttpServer *server = nullptr;
 };
 
+TEST_F(WorkerAttack, aScriptsProcessThatWasTakenOverForgesNoSuccessWithoutALink) {
+    const auto recordOf = [](const char *what) {
+        QProcess program;
+        program.start(QStringLiteral(FORGED_SCRIPT), {QLatin1String(what)});
+        EXPECT_TRUE(program.waitForFinished(20'000));
+        return QJsonDocument::fromJson(program.readAllStandardOutput()).object();
+    };
+    EXPECT_EQ(recordOf("link").value(QStringLiteral("url")).toString(), QStringLiteral("https://i/1"));
+    for (const char *what : {"empty-link", "unknown-end"}) {
+        const QJsonObject record = recordOf(what);
+        EXPECT_FALSE(record.contains(QStringLiteral("url"))) << what;
+        EXPECT_EQ(record.value(QStringLiteral("errorMessage")).toString(),
+                  QStringLiteral("The script's process ended abnormally. It may have run out of memory."))
+            << what;
+    }
+}
+
 TEST_F(WorkerAttack, aPackedBombIsAnErrorOfItsRequest) {
     expectGood("const [error] = await get(server + '/bomb/64');"
                "return error === 'The response is larger than 8 MiB.' ? 'good' : String(error)");

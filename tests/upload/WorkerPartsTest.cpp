@@ -1,5 +1,6 @@
 // The worker's parts that are pure functions.
 
+#include "upload/worker/AddressRules.h"
 #include "upload/worker/Frames.h"
 #include "upload/worker/HttpRules.h"
 #include "upload/worker/ScriptEncodings.h"
@@ -142,6 +143,44 @@ TEST(HttpRules, anotherServerIsToldByHostAndPort) {
     EXPECT_FALSE(keeps("http://h/a", "http://h@x/"));
     EXPECT_FALSE(keeps("http://h/a", "http://x#@h/"));
     EXPECT_TRUE(keeps("http://h/a", "http://h?@x/"));
+}
+
+TEST(AddressRules, theInternetIsWhatIsNotNear) {
+    for (const char *near : {"0.0.0.0",
+                             "10.0.0.1",
+                             "10.255.255.255",
+                             "100.64.0.1",
+                             "100.127.255.255",
+                             "127.0.0.1",
+                             "127.255.255.255",
+                             "169.254.169.254",
+                             "172.16.0.1",
+                             "172.31.255.255",
+                             "192.168.0.1",
+                             "224.0.0.1",
+                             "255.255.255.255",
+                             "::",
+                             "::1",
+                             "::7f00:1",
+                             "::ffff:127.0.0.1",
+                             "::ffff:10.0.0.1",
+                             "64:ff9b::7f00:1",
+                             "2002:7f00:1::",
+                             "fc00::1",
+                             "fdff::1",
+                             "fe80::1",
+                             "febf::1",
+                             "fec0::1",
+                             "ff02::1",
+                             "",
+                             "localhost"})
+        EXPECT_FALSE(isPublicAddress(std::string(near))) << near;
+    for (const char *far :
+         {"1.1.1.1",          "9.255.255.255",   "11.0.0.0",        "100.63.255.255",  "100.128.0.0",
+          "126.255.255.255",  "128.0.0.0",       "169.253.255.255", "169.255.0.0",     "172.15.255.255",
+          "172.32.0.0",       "192.167.255.255", "192.169.0.0",     "223.255.255.255", "::ffff:1.1.1.1",
+          "64:ff9b::101:101", "2002:101:101::",  "2001:4860::1",    "fbff::1",         "fe00::1"})
+        EXPECT_TRUE(isPublicAddress(std::string(far))) << far;
 }
 
 TEST(HttpRules, aHostThatProgramsReadInTwoWaysIsRefused) {

@@ -48,6 +48,12 @@ std::string originOf(std::string_view url) {
     return origin;
 }
 
+/// A key can stand in any header, so another server gets those alone that hold none.
+bool mayGoElsewhere(std::string_view lowerCaseName) {
+    constexpr std::string_view names[] = {"accept", "accept-language", "content-type", "content-language"};
+    return std::find(std::begin(names), std::end(names), lowerCaseName) != std::end(names);
+}
+
 } // namespace
 
 std::string schemeOf(std::string_view url) {
@@ -101,8 +107,7 @@ std::optional<std::string> followRedirect(HttpRequest &request, long status, con
     const bool isOtherOrigin = originOf(location) != originOf(request.url);
     std::erase_if(request.headers, [losesBody, isOtherOrigin](const auto &header) {
         const std::string name = lowerCase(header.first);
-        return (losesBody && name.starts_with("content-")) ||
-               (isOtherOrigin && (name == "authorization" || name == "cookie" || name == "proxy-authorization"));
+        return (losesBody && name.starts_with("content-")) || (isOtherOrigin && !mayGoElsewhere(name));
     });
     request.url = location;
     return refusal(request);

@@ -20,8 +20,8 @@ namespace tavrine {
 [[nodiscard]] bool isFraming(std::string_view headerName);
 
 /// Changes `request` into the one that follows a redirect of `status` to `location`, as browsers do: a POST becomes a
-/// GET at 301 and 302, all but HEAD at 303; where the host or port changes, what identifies the person stays behind.
-/// A text when it may not be followed.
+/// GET at 301 and 302, all but HEAD at 303; where the host or port changes, all that the script named stays behind but
+/// what says how the body is to be read. A text when it may not be followed.
 [[nodiscard]] std::optional<std::string> followRedirect(HttpRequest &request, long status, const std::string &location);
 
 } // namespace tavrine

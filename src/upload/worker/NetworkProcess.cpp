@@ -27,6 +27,8 @@
 namespace tavrine {
 namespace {
 
+/// What was sent is kept up to here.
+constexpr std::size_t largestSentPart = 16 * limits::mib;
 constexpr const char *endedAbnormally = "The script's process ended abnormally. It may have run out of memory.";
 
 class NetworkProcess {
@@ -35,10 +37,6 @@ public:
         : m_socket(socket), m_script(static_cast<int>(syscall(SYS_pidfd_open, scriptProcess, 0))),
           m_memory(open(("/proc/" + std::to_string(scriptProcess) + "/statm").c_str(), O_RDONLY | O_CLOEXEC)) {}
 
-    ~NetworkProcess() {
-        if (m_script >= 0)
-            syscall(SYS_pidfd_send_signal, m_script, SIGKILL, nullptr, 0);
-    }
     NetworkProcess(const NetworkProcess &) = delete;
     NetworkProcess &operator=(const NetworkProcess &) = delete;
 
@@ -61,6 +59,11 @@ public:
         return true;
     }
 
+    void endScript() const {
+        if (m_script >= 0)
+            syscall(SYS_pidfd_send_signal, m_script, SIGKILL, nullptr, 0);
+    }
+
     [[nodiscard]] std::string record() const { return workerRecord(*m_result, m_logs); }
     [[nodiscard]] const WorkerLogs &logs() const { return m_logs; }
 
@@ -71,7 +74,7 @@ private:
     }
 
     void wait() {
-        const short wanted = m_toSend.empty() ? POLLIN : POLLIN | POLLOUT;
+        const short wanted = m_sent == m_toSend.size() ? POLLIN : POLLIN | POLLOUT;
         std::vector<pollfd> descriptors{{m_socket, wanted, 0}, {STDOUT_FILENO, 0, 0}};
         if (m_http.isLoaded())
             m_http.get()->wait(descriptors, limits::memoryWatch);
@@ -140,8 +143,11 @@ private:
         const auto text = reader.text();
         if (!text || *kind > static_cast<std::uint32_t>(WorkerEnd::runtimeError) || text->size() > limits::urlBytes)
             return false;
-        m_result = WorkerResult{static_cast<WorkerEnd>(*kind), std::string(*text)};
-        return m_result->end != WorkerEnd::url || !m_result->text.empty();
+        const auto kindOfEnd = static_cast<WorkerEnd>(*kind);
+        if (kindOfEnd == WorkerEnd::url && text->empty())
+            return false;
+        m_result = WorkerResult{kindOfEnd, std::string(*text)};
+        return true;
     }
 
     bool takeRequest(FrameReader &reader) {
@@ -190,13 +196,19 @@ private:
     }
 
     void send() {
-        while (!m_toSend.empty() && !m_result) {
-            const ssize_t sent = ::send(m_socket, m_toSend.data(), m_toSend.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+        while (m_sent < m_toSend.size() && !m_result) {
+            const ssize_t sent =
+                ::send(m_socket, m_toSend.data() + m_sent, m_toSend.size() - m_sent, MSG_DONTWAIT | MSG_NOSIGNAL);
             if (sent < 0 && errno == EINTR)
                 continue;
             if (sent < 0)
-                return; // full for now; a dead reader shows itself in receive()
-            m_toSend.erase(0, static_cast<std::size_t>(sent));
+                break; // full for now; a dead reader shows itself in receive()
+            m_sent += static_cast<std::size_t>(sent);
+        }
+        // Not after each piece: the rest is moved each time, and may be a hundred times as long.
+        if (m_sent == m_toSend.size() || m_sent > largestSentPart) {
+            m_toSend.erase(0, m_sent);
+            m_sent = 0;
         }
     }
 
@@ -220,6 +232,7 @@ private:
     bool m_isUnread = false;
     FrameAssembler m_frames;
     std::string m_toSend;
+    std::size_t m_sent = 0; ///< of that
     WorkerLogs m_logs;
     HttpLoader m_http;
     std::optional<WorkerResult> m_result;
@@ -243,15 +256,18 @@ int runNetworkProcess(int socket, pid_t scriptProcess) {
     auto process = std::make_unique<NetworkProcess>(socket, scriptProcess);
     std::string record;
     try {
-        if (!process->run())
-            return 1;
+        if (!process->run()) {
+            process->endScript();
+            _exit(1);
+        }
         record = process->record();
     } catch (const std::bad_alloc &) {
         record = workerRecord({WorkerEnd::runtimeError, "The upload worker ran out of memory."}, {});
     }
     writeRecord(record);
-    process.reset();
-    _exit(0); // open connections are not closed in order: nobody waits for them
+    process->endScript();
+    // Connections are not closed in order, and a name that is looked up is not waited for: nobody else does.
+    _exit(0);
 }
 
 } // namespace tavrine
