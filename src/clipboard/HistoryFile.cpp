@@ -52,7 +52,7 @@ bool isPassing(int code) {
 
 } // namespace
 
-HistoryFile::HistoryFile(QString path) : m_path(std::move(path)) {}
+HistoryFile::HistoryFile(QString path) : m_path(std::move(path)), m_systemPath(QFile::encodeName(m_path)) {}
 
 HistoryFile::~HistoryFile() {
     close();
@@ -60,12 +60,15 @@ HistoryFile::~HistoryFile() {
 
 void HistoryFile::prepare() {
     m_busyWait.begin();
+    m_lookBefore = look();
     {
         const std::lock_guard lock(m_mutex);
-        m_isChanged = m_isChanged || look() != m_lastLook;
+        m_isChanged = m_isChanged || m_lookBefore != m_lastLook;
     }
-    if (m_db && (!m_isUpToDate || hasMoved()))
+    const bool isSameFile = m_lookBefore[0] == m_opened[0] && m_lookBefore[1] == m_opened[1];
+    if (m_db && (!m_isUpToDate || !isSameFile))
         close();
+    m_changesBefore = m_db ? sqlite3_total_changes(m_db) : -1;
     if (!m_db)
         open();
     // One look, which waits for nothing, instead of a second for each operation that would only wait in vain again.
@@ -76,8 +79,10 @@ void HistoryFile::prepare() {
 }
 
 void HistoryFile::conclude() {
+    const bool hasWritten = m_changesBefore < 0 || sqlite3_total_changes(m_db) != m_changesBefore;
+    const Look now = hasWritten ? look() : m_lookBefore;
     const std::lock_guard lock(m_mutex);
-    m_lastLook = look();
+    m_lastLook = now;
 }
 
 void HistoryFile::open() {
@@ -93,10 +98,11 @@ void HistoryFile::open() {
         code = bringUpToDate();
     }
     m_isUpToDate = !isPassing(code);
-    const qint64 number = look()[1];
-    if (number != m_openedNumber || code == SQLITE_NOTADB)
+    m_changesBefore = -1;
+    const Look now = look();
+    if (now[0] != m_opened[0] || now[1] != m_opened[1] || code == SQLITE_NOTADB)
         ++m_generation;
-    m_openedNumber = number;
+    m_opened = now;
 }
 
 int HistoryFile::bringUpToDate() {
@@ -154,7 +160,7 @@ bool HistoryFile::noteFailure(int code) {
 
 HistoryFile::Look HistoryFile::look() const {
     struct stat status {};
-    if (::stat(QFile::encodeName(m_path).constData(), &status) != 0)
+    if (::stat(m_systemPath.constData(), &status) != 0)
         return {};
     return {static_cast<qint64>(status.st_dev), static_cast<qint64>(status.st_ino), status.st_size,
             status.st_mtim.tv_sec, status.st_mtim.tv_nsec};

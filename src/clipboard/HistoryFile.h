@@ -2,6 +2,7 @@
 
 #include "clipboard/BusyWait.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <array>
@@ -63,11 +64,14 @@ private:
     [[nodiscard]] Look look() const;
 
     QString m_path;
+    QByteArray m_systemPath; ///< the same as the system takes it
     sqlite3 *m_db = nullptr;
     BusyWait m_busyWait;
     int m_generation = 0;
     bool m_isUpToDate = false;
-    qint64 m_openedNumber = 0; ///< of the file that was opened last
+    Look m_opened{};         ///< what stood there when it was opened last
+    Look m_lookBefore{};     ///< at the beginning of the operation
+    int m_changesBefore = 0; ///< rows that the connection had changed by then; -1 when it was opened since
     mutable std::mutex m_mutex;
     Look m_lastLook{}; ///< at the end of the last operation
     bool m_isChanged = false;
