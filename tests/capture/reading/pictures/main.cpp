@@ -136,7 +136,7 @@ private:
         OCRManager manager(recognizer, queue, time);
         const EditorScans::Ports ports{{manager, detector, queue, time}, m_pasteboard, m_opener};
         EditorView editor(
-            photograph(), {time, m_pasteboard, panels, coder, center, words("/tmp")}, {},
+            photograph(), {time, m_pasteboard, panels, coder, center, words("/tmp"), queue}, {},
             {.opened = {}, .extractText = EditorScans::extractText(ports), .scanQr = EditorScans::scanQr(ports)});
         editor.setFixedSize(900, 600);
         const auto settle = [&] {
