@@ -27,7 +27,8 @@ public:
     [[nodiscard]] const QStringList &messages() const { return m_messages; }
 
 private:
-    QString m_result = QStringLiteral("No update feed is configured.");
+    QString m_result = QStringLiteral(
+        "This copy of Tavrine does not look for updates by itself. New versions come the way it was installed.");
     QStringList m_messages;
     std::function<void()> m_onStart;
     int m_starts = 0;

@@ -42,7 +42,10 @@ NoFeedUpdater::Tell NoFeedUpdater::byDesktopNotification() {
 }
 
 void NoFeedUpdater::checkForUpdates() {
-    m_tell(QStringLiteral("Tavrine"), QStringLiteral("No update feed is configured."));
+    m_tell(
+        QStringLiteral("Tavrine"),
+        QStringLiteral(
+            "This copy of Tavrine does not look for updates by itself. New versions come the way it was installed."));
 }
 
 } // namespace tavrine
