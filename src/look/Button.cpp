@@ -1,5 +1,6 @@
 #include "look/Button.h"
 
+#include "base/DesktopWords.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/Symbols.h"
@@ -16,14 +17,14 @@ constexpr qreal symbolGap = 6;
 } // namespace
 
 Button::Button(const QString &text, ButtonStyle style, QWidget *parent) : Control(parent), m_style(style) {
-    setText(text);
+    setText(inDesktopWords(text));
     setCursor(style == ButtonStyle::link ? Qt::PointingHandCursor : Qt::ArrowCursor);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
 Button::Button(const QString &symbol, const QString &toolTip, QWidget *parent)
     : Control(parent), m_style(ButtonStyle::icon), m_symbol(symbol) {
-    setToolTip(toolTip);
+    setToolTip(inDesktopWords(toolTip));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 

@@ -1,5 +1,6 @@
 #include "look/Control.h"
 
+#include "base/DesktopWords.h"
 #include "look/FocusRing.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -105,7 +106,7 @@ bool Control::event(QEvent *event) {
     // The tool tip is what a control without words is called, unless it was given a name.
     if (event->type() == QEvent::ToolTipChange && text().isEmpty() &&
         (accessibleName().isEmpty() || accessibleName() == m_nameByToolTip)) {
-        m_nameByToolTip = toolTip();
+        m_nameByToolTip = inDesktopWords(toolTip());
         setAccessibleName(m_nameByToolTip);
     }
     return QAbstractButton::event(event);

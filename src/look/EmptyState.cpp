@@ -1,5 +1,6 @@
 #include "look/EmptyState.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -19,10 +20,10 @@ EmptyState::EmptyState(const QString &symbol, const QString &title, const QStrin
 
 void EmptyState::set(const QString &symbol, const QString &title, const QString &note) {
     m_symbol = symbol;
-    m_title = title;
-    m_note = note;
-    setAccessibleName(title);
-    setAccessibleDescription(note);
+    m_title = inDesktopWords(title);
+    m_note = inDesktopWords(note);
+    setAccessibleName(m_title);
+    setAccessibleDescription(m_note);
     update();
 }
 

@@ -1,5 +1,6 @@
 #include "look/Indicators.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 
@@ -66,6 +67,10 @@ void ProgressBar::paintEvent(QPaintEvent *) {
 
 HintBar::HintBar(std::vector<KeyHint> leading, std::vector<KeyHint> trailing, QWidget *parent)
     : QWidget(parent), m_leading(std::move(leading)), m_trailing(std::move(trailing)) {
+    for (auto *hints : {&m_leading, &m_trailing}) {
+        for (KeyHint &hint : *hints)
+            hint.label = inDesktopWords(hint.label);
+    }
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     nameItself();
 }
@@ -114,16 +119,17 @@ void HintBar::paintEvent(QPaintEvent *) {
 }
 
 Label::Label(const QString &text, TextRole role, Tone tone, QWidget *parent)
-    : QWidget(parent), m_text(text), m_role(role), m_tone(tone) {
-    setAccessibleName(text);
+    : QWidget(parent), m_text(inDesktopWords(text)), m_role(role), m_tone(tone) {
+    setAccessibleName(m_text);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
 void Label::setText(const QString &text) {
-    if (text == m_text)
+    const QString shown = inDesktopWords(text);
+    if (shown == m_text)
         return;
-    m_text = text;
-    setAccessibleName(text);
+    m_text = shown;
+    setAccessibleName(shown);
     updateGeometry();
     update();
 }

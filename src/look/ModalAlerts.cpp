@@ -1,5 +1,6 @@
 #include "look/ModalAlerts.h"
 
+#include "base/DesktopWords.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
@@ -55,8 +56,8 @@ AlertWindow::AlertWindow(const Alert &alert, const QSize &textArea, QWidget *par
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) {
     setAttribute(Qt::WA_TranslucentBackground, Look::composites());
     setModal(true);
-    setWindowTitle(alert.message);
-    setAccessibleDescription(alert.information);
+    setWindowTitle(inDesktopWords(alert.message));
+    setAccessibleDescription(inDesktopWords(alert.information));
 
     auto *window = new QVBoxLayout(this);
     window->setContentsMargins(0, 0, 0, 0);

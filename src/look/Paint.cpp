@@ -1,5 +1,6 @@
 #include "look/Paint.h"
 
+#include "base/DesktopWords.h"
 #include "look/Metrics.h"
 #include "look/Symbols.h"
 
@@ -86,14 +87,14 @@ void paintCard(QPainter &painter, const QRectF &rect, const Theme &theme) {
 }
 
 qreal keyCapWidth(const QString &key) {
-    return std::max(capHeight, std::ceil(lineWidth(key, TextRole::caption) + 2 * capPadding));
+    return std::max(capHeight, std::ceil(lineWidth(inDesktopWords(key), TextRole::caption) + 2 * capPadding));
 }
 
 qreal paintKeyCap(QPainter &painter, const QRectF &rect, const QString &key, const Theme &theme) {
     const QRectF cap = capRect(painter, rect, keyCapWidth(key));
     paintCap(painter, cap, theme);
     // Whole words are centred by their capitals' height; a word of low letters alone would sit high.
-    paintLine(painter, cap, key, TextRole::caption, theme.secondaryText, Qt::AlignHCenter);
+    paintLine(painter, cap, inDesktopWords(key), TextRole::caption, theme.secondaryText, Qt::AlignHCenter);
     return cap.width();
 }
 

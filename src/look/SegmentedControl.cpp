@@ -1,5 +1,6 @@
 #include "look/SegmentedControl.h"
 
+#include "base/DesktopWords.h"
 #include "look/Control.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -19,7 +20,7 @@ constexpr int padding = 14;
 class Segment final : public Control {
 public:
     Segment(const QString &text, QWidget *parent) : Control(parent) {
-        setText(text);
+        setText(inDesktopWords(text));
         setCheckable(true);
         setAutoExclusive(true);
     }

@@ -1,5 +1,6 @@
 #include "look/Tile.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -20,9 +21,9 @@ constexpr int plate = 28;
 } // namespace
 
 Tile::Tile(const QString &symbol, const QString &title, const QString &subtitle, Kind kind, QWidget *parent)
-    : Control(parent), m_symbol(symbol), m_subtitle(subtitle) {
-    setText(title);
-    setAccessibleDescription(subtitle);
+    : Control(parent), m_symbol(symbol), m_subtitle(inDesktopWords(subtitle)) {
+    setText(inDesktopWords(title));
+    setAccessibleDescription(m_subtitle);
     setCheckable(kind == Kind::toggle);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     connect(this, &QAbstractButton::toggled, this, [this](bool isOn) {
@@ -36,13 +37,13 @@ Tile::Tile(const QString &symbol, const QString &title, const QString &subtitle,
 }
 
 void Tile::setSubtitle(const QString &subtitle) {
-    m_subtitle = subtitle;
-    setAccessibleDescription(subtitle);
+    m_subtitle = inDesktopWords(subtitle);
+    setAccessibleDescription(m_subtitle);
     update();
 }
 
 void Tile::setTitle(const QString &title) {
-    setText(title);
+    setText(inDesktopWords(title));
     update();
 }
 
@@ -72,7 +73,7 @@ void Tile::paint(QPainter &painter) {
 }
 
 SettingsRow::SettingsRow(const QString &symbol, const QString &title, const QString &note, QWidget *parent)
-    : QWidget(parent), m_symbol(symbol), m_title(title), m_note(note) {
+    : QWidget(parent), m_symbol(symbol), m_title(inDesktopWords(title)), m_note(inDesktopWords(note)) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
@@ -88,7 +89,7 @@ void SettingsRow::setTrailing(QWidget *widget) {
 }
 
 void SettingsRow::setNote(const QString &note) {
-    m_note = note;
+    m_note = inDesktopWords(note);
     updateGeometry();
     update();
 }

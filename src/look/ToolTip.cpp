@@ -1,5 +1,6 @@
 #include "look/ToolTip.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -81,7 +82,7 @@ void show(QWidget *widget, const QString &text, const QRect &area) {
         return;
     // Made for each showing: it is seldom seen, and kept it would hold a window for ever.
     label = new Label;
-    label->present(widget, text, area);
+    label->present(widget, inDesktopWords(text), area);
     QObject::connect(widget, &QObject::destroyed, label, [] { hide(); });
 }
 

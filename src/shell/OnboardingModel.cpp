@@ -11,6 +11,16 @@ bool OnboardingModel::hasCompletedOnboarding() const {
     return preference::hasCompletedOnboarding.get(m_ports.defaults);
 }
 
+std::vector<OnboardingModel::Shortcut> OnboardingModel::shortcuts() const {
+    std::vector<Shortcut> found;
+    for (const auto &[trigger, name] : shortcutRows) {
+        const QString keys = shortcutText(m_ports.defaults, trigger);
+        if (!keys.isEmpty() && textOf(featureOf(trigger)).preference.get(m_ports.defaults))
+            found.push_back({keys, QString::fromLatin1(name)});
+    }
+    return found;
+}
+
 void OnboardingModel::setCurrentPage(Page page) {
     if (page == m_currentPage)
         return;

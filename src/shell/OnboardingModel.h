@@ -2,12 +2,14 @@
 
 #include "base/Preference.h"
 #include "shell/PermissionChecker.h"
+#include "shell/Triggers.h"
 
 #include <QObject>
 #include <QString>
 
 #include <array>
 #include <functional>
+#include <vector>
 
 namespace tavrine {
 
@@ -75,6 +77,20 @@ public:
         PermissionRow{"rectangle.dashed.badge.record", "Screen Recording", "Required for OCR and screenshot capture",
                       &PermissionChecker::screenRecordingGranted, &PermissionChecker::requestScreenRecording},
     };
+    /// What the last page tells a person to try first: the tools that a key opens.
+    struct ShortcutRow {
+        Trigger trigger;
+        const char *name;
+    };
+    static constexpr std::array shortcutRows{ShortcutRow{Trigger::clipboard, "Clipboard"},
+                                             ShortcutRow{Trigger::emojiPicker, "Emoji Picker"},
+                                             ShortcutRow{Trigger::capture, "Screenshot"}};
+    struct Shortcut {
+        QString keys; ///< "⌘⇧V"
+        QString name;
+        bool operator==(const Shortcut &) const = default;
+    };
+
     static constexpr auto allowButton = "Allow";
     static constexpr auto grantedSymbol = "checkmark";
     static constexpr auto grantedText = "Granted";
@@ -92,6 +108,9 @@ public:
     [[nodiscard]] bool goingForward() const { return m_goingForward; } ///< the direction of the page transition
     [[nodiscard]] PermissionChecker &permissionChecker() { return m_permissionChecker; }
     [[nodiscard]] bool hasCompletedOnboarding() const;
+
+    /// The rows whose tool is switched on and has a key, as the preferences have it.
+    [[nodiscard]] std::vector<Shortcut> shortcuts() const;
 
     void setCurrentPage(Page page);
     /// The page's button: the next page, and from the last one the end.

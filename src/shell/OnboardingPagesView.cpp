@@ -1,5 +1,6 @@
 #include "shell/OnboardingPagesView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
@@ -156,10 +157,39 @@ private:
     GrantedMark *m_granted;
 };
 
+/// Key caps with what each opens, in one line.
+class ShortcutLine final : public QWidget {
+public:
+    explicit ShortcutLine(const std::vector<OnboardingModel::Shortcut> &shortcuts) {
+        QStringList words;
+        for (const auto &[keys, name] : shortcuts) {
+            m_hints.push_back({.key = keys, .symbol = {}, .label = name});
+            words.append(name + QLatin1Char(' ') + inDesktopWords(keys));
+        }
+        setAccessibleName(words.join(QStringLiteral(", ")));
+        setFixedHeight(24);
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override {
+        QPainter painter(this);
+        preparePainter(painter);
+        qreal wide = -gap;
+        for (const KeyHint &hint : m_hints)
+            wide += keyHintWidth(hint) + gap;
+        qreal left = (width() - wide) / 2;
+        for (const KeyHint &hint : m_hints)
+            left += paintKeyHint(painter, QRectF(left, 0, width() - left, height()), hint, themeOf(this)) + gap;
+    }
+
+private:
+    static constexpr qreal gap = 22;
+    std::vector<KeyHint> m_hints;
+};
+
 Label *centred(const char *words, TextRole role, Label::Tone tone) {
     auto *label = new Label(text(words), role, tone);
     label->setAlignment(Qt::AlignHCenter);
-    label->setAccessibleName(text(words));
     return label;
 }
 
@@ -226,7 +256,8 @@ Page makeFeaturesScreen(QWidget *parent, std::function<void()> explore) {
     return {page, addForward(column, OnboardingModel::Page::features)};
 }
 
-Page makePermissionsScreen(QWidget *parent, PermissionChecker &checker) {
+Page makePermissionsScreen(QWidget *parent, PermissionChecker &checker,
+                           const std::vector<OnboardingModel::Shortcut> &shortcuts) {
     const auto &texts = OnboardingModel::pages[size_t(OnboardingModel::Page::permissions)];
     auto *page = new QWidget(parent);
     QVBoxLayout *column = makeColumn(page);
@@ -239,7 +270,9 @@ Page makePermissionsScreen(QWidget *parent, PermissionChecker &checker) {
         column->addWidget(new PermissionRow(row, checker));
         column->addSpacing(space::medium);
     }
-    column->addStretch(3);
+    column->addStretch(2);
+    column->addWidget(new ShortcutLine(shortcuts));
+    column->addStretch(1);
     return {page, addForward(column, OnboardingModel::Page::permissions)};
 }
 

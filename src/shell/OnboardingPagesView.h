@@ -27,8 +27,9 @@ struct Page {
 [[nodiscard]] Page makeWelcomeScreen(QWidget *parent);
 /// `explore` is called for the link.
 [[nodiscard]] Page makeFeaturesScreen(QWidget *parent, std::function<void()> explore);
-/// The checker outlives the page.
-[[nodiscard]] Page makePermissionsScreen(QWidget *parent, PermissionChecker &checker);
+/// Ends with the keys that a person can try next. The checker outlives the page.
+[[nodiscard]] Page makePermissionsScreen(QWidget *parent, PermissionChecker &checker,
+                                         const std::vector<OnboardingModel::Shortcut> &shortcuts);
 
 } // namespace onboardingPages
 } // namespace tavrine

@@ -90,9 +90,10 @@ OnboardingView::OnboardingView(const OnboardingModel::Ports &ports, std::functio
     if (auto *look = look::Look::current())
         look->setTheme(this, onboardingPages::theme());
     setFixedSize(sizeHint());
-    for (const auto &page : {onboardingPages::makeWelcomeScreen(this),
-                             onboardingPages::makeFeaturesScreen(this, [this] { m_model.exploreFeatures(); }),
-                             onboardingPages::makePermissionsScreen(this, m_model.permissionChecker())}) {
+    for (const auto &page :
+         {onboardingPages::makeWelcomeScreen(this),
+          onboardingPages::makeFeaturesScreen(this, [this] { m_model.exploreFeatures(); }),
+          onboardingPages::makePermissionsScreen(this, m_model.permissionChecker(), m_model.shortcuts())}) {
         page.widget->setGeometry(pageRect());
         page.widget->setVisible(m_pages.empty());
         m_pages.push_back(page.widget);

@@ -1,5 +1,6 @@
 #include "shell/StatusMenu.h"
 
+#include "base/DesktopWords.h"
 #include "clipboard/ClipboardExperienceSettings.h"
 #include "shell/FeatureFlags.h"
 
@@ -111,7 +112,7 @@ void StatusMenu::show() {
             continue;
         QString text = entry.title;
         text.replace(QLatin1Char('&'), QLatin1String("&&"));
-        const QString keys = label(entry.keyEquivalent);
+        const QString keys = inDesktopWords(label(entry.keyEquivalent));
         QAction *action = actions[static_cast<qsizetype>(i)];
         action->setText(keys.isEmpty() ? text : text + QLatin1Char('\t') + keys);
         action->setEnabled(entry.isEnabled);

@@ -49,6 +49,13 @@ QString storedCharacter(const UserDefaults &defaults, Trigger trigger) {
     return found.isEmpty() ? QString(fixed.emptyCharacter) : found;
 }
 
+QString shortcutText(const UserDefaults &defaults, Trigger trigger) {
+    const QString mode = storedMode(defaults, trigger);
+    if (mode == triggerMode::commandShift)
+        return QStringLiteral("⌘⇧") + storedCharacter(defaults, trigger);
+    return mode == triggerMode::doubleOption ? QStringLiteral("⌥ twice") : QString();
+}
+
 QString firstUppercase(const QString &text) {
     if (text.isEmpty())
         return {};

@@ -47,6 +47,9 @@ struct TriggerTraits {
 /// The key of the hot key: the first character of the stored text or the default, in upper case.
 [[nodiscard]] QString storedCharacter(const UserDefaults &defaults, Trigger trigger);
 
+/// The trigger as it is written: "⌘⇧V" or "⌥ twice"; empty when the stored mode reaches the tool in no way.
+[[nodiscard]] QString shortcutText(const UserDefaults &defaults, Trigger trigger);
+
 /// The first character of `text` in upper case; empty for an empty text.
 [[nodiscard]] QString firstUppercase(const QString &text);
 

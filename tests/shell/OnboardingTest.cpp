@@ -136,6 +136,24 @@ TEST_F(OnboardingModelTest, theElevenFeaturesStandInTheirOrder) {
                                       Pair("keyboard", "Cleaning Mode"), Pair("scissors", "Snipping Tool")));
 }
 
+TEST_F(OnboardingModelTest, theKeysToTryAreThoseOfThePreferences) {
+    using Shortcut = OnboardingModel::Shortcut;
+    EXPECT_THAT(model.shortcuts(),
+                ElementsAre(Shortcut{str("⌘⇧V"), str("Clipboard")}, Shortcut{str("⌘⇧E"), str("Emoji Picker")},
+                            Shortcut{str("⌘⇧2"), str("Screenshot")}));
+    defaults.set(str("HotkeyCharacter"), str("k"));
+    defaults.set(str("emojiHotkeyMode"), str("doubleOption"));
+    EXPECT_THAT(model.shortcuts(),
+                ElementsAre(Shortcut{str("⌘⇧K"), str("Clipboard")}, Shortcut{str("⌥ twice"), str("Emoji Picker")},
+                            Shortcut{str("⌘⇧2"), str("Screenshot")}));
+}
+
+TEST_F(OnboardingModelTest, aToolThatNoKeyOpensIsNotAmongThoseToTry) {
+    defaults.set(str("clipboardHotkeyMode"), str("nonsense"));
+    defaults.set(str("featureSnippingTool"), false);
+    EXPECT_THAT(model.shortcuts(), ElementsAre(OnboardingModel::Shortcut{str("⌘⇧E"), str("Emoji Picker")}));
+}
+
 TEST_F(OnboardingModelTest, theButtonsReadAsTheyShould) {
     std::vector<std::string> buttons;
     for (const auto &page : OnboardingModel::pages)

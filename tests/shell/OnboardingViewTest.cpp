@@ -7,6 +7,7 @@
 #include "base/UserDefaults.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
+#include "support/OtherPlatform.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -70,19 +71,40 @@ TEST_F(OnboardingViewTest, theWindowIsTitledFixedAndHasNoCloseButton) {
 }
 
 TEST_F(OnboardingViewTest, buttonsLeadThroughThePagesToTheEnd) {
-    EXPECT_THAT(words(), Contains(QStringLiteral("Your Mac. Simplified.")));
-    EXPECT_THAT(words(), Contains(QStringLiteral("The Utility Layer of Your Mac")));
+    EXPECT_THAT(words(), Contains(QStringLiteral("Your computer. Simplified.")));
+    EXPECT_THAT(words(), Contains(QStringLiteral("The Utility Layer of Your Computer")));
     press("Get Started");
     EXPECT_THAT(words(), Contains(QStringLiteral("Everything inside Tavrine")));
-    EXPECT_THAT(words(), Not(Contains(QStringLiteral("Your Mac. Simplified."))));
+    EXPECT_THAT(words(), Not(Contains(QStringLiteral("Your computer. Simplified."))));
     press("Explore Features");
     EXPECT_EQ(urls.opened().size(), 1);
     press("Continue");
     EXPECT_THAT(words(), Contains(QStringLiteral("A few permissions to get started")));
-    EXPECT_THAT(words(), Contains(QStringLiteral("You can change these anytime in System Settings.")));
+    EXPECT_THAT(words(), Contains(QStringLiteral("You can change these anytime in Settings.")));
     EXPECT_EQ(closes, 0);
     press("Done, Let's Go");
     EXPECT_EQ(closes, 1);
+}
+
+TEST_F(OnboardingViewTest, noPageNamesAnotherPlatform) {
+    int seen = 0;
+    for (const auto *widget : window->findChildren<QWidget *>()) {
+        const auto *button = qobject_cast<const QAbstractButton *>(widget);
+        for (const QString &text : {widget->accessibleName(), widget->accessibleDescription(), widget->toolTip(),
+                                    button ? button->text() : QString()}) {
+            seen += text.isEmpty() ? 0 : 1;
+            EXPECT_FALSE(namesAnotherPlatform(text)) << text.toStdString();
+        }
+    }
+    EXPECT_GT(seen, 20);
+}
+
+TEST_F(OnboardingViewTest, theLastPageNamesTheKeysToTry) {
+    QStringList names;
+    for (const auto *widget : window->findChildren<QWidget *>())
+        names.append(widget->accessibleName());
+    EXPECT_THAT(names, Contains(QStringLiteral("Clipboard Super+Shift+V, Emoji Picker Super+Shift+E, "
+                                               "Screenshot Super+Shift+2")));
 }
 
 TEST_F(OnboardingViewTest, returnGoesOn) {

@@ -94,8 +94,8 @@ TEST_F(StatusMenuTest, theMenuOnTheScreenShowsTheEntriesWithTheirKeys) {
         if (!action->isSeparator())
             shown.append(action->text());
     }
-    EXPECT_EQ(shown, (QStringList{text("Clipboard Search\t⌘⇧V"), text("Emoji Picker\t⌘⇧E"), text("Check for Updates…"),
-                                  text("Quit\t⌘Q")}));
+    EXPECT_EQ(shown, (QStringList{text("Clipboard Search\tSuper+Shift+V"), text("Emoji Picker\tSuper+Shift+E"),
+                                  text("Check for Updates…"), text("Quit\tCtrl+Q")}));
     menu->cancelTracking();
     EXPECT_FALSE(popup());
 }
@@ -109,7 +109,7 @@ TEST_F(StatusMenuTest, theMenuIsBuiltOnceAndShowsWhatChanged) {
     ASSERT_EQ(popup(), first);
     const QAction *action = first->actions()[1];
     EXPECT_FALSE(action->isEnabled());
-    EXPECT_EQ(action->text(), text("Clipboard Search\t⌘⇧V"));
+    EXPECT_EQ(action->text(), text("Clipboard Search\tSuper+Shift+V"));
     menu->cancelTracking();
 }
 

@@ -1,15 +1,17 @@
-// Shows the emoji picker, a toast and the welcome window to people, as pictures in a folder, and how long the picker
-// takes from a key to its repaint: views_pictures FOLDER EMOJI_TABLE.
+// Shows the emoji picker, the menu, a toast and the welcome window to people, as pictures in a folder, and how long the
+// picker takes from a key to its repaint: views_pictures FOLDER EMOJI_TABLE.
 #include "adapters/fake/FakeAccess.h"
 #include "adapters/fake/FakeAppearance.h"
 #include "adapters/fake/FakeUrlOpener.h"
 #include "adapters/fake/VirtualTime.h"
 #include "base/NotificationCenter.h"
 #include "base/UserDefaults.h"
+#include "clipboard/ClipboardExperienceSettings.h"
 #include "look/Look.h"
 #include "look/SearchField.h"
 #include "panels/ToastView.h"
 #include "shell/OnboardingView.h"
+#include "shell/StatusMenu.h"
 #include "utilities/emoji/EmojiPickerView.h"
 
 #include <QApplication>
@@ -55,6 +57,19 @@ void measure(EmojiPickerView &view) {
 
 } // namespace
 
+/// The menu of the tray item.
+void saveMenu(UserDefaults &defaults, const QString &path, const QColor &ground) {
+    const FeatureFlags flags(defaults);
+    const ClipboardExperienceSettings experience(defaults);
+    const auto nothing = [] {};
+    StatusMenu menu(defaults, flags, experience, {nothing, nothing, nothing, nothing});
+    menu.popUp({40, 40});
+    QCoreApplication::processEvents();
+    if (QWidget *shown = QApplication::activePopupWidget())
+        save(*shown, path, ground);
+    menu.cancelTracking();
+}
+
 int main(int argc, char **argv) {
     QApplication application(argc, argv);
     const QString folder = application.arguments().value(1);
@@ -96,6 +111,8 @@ int main(int argc, char **argv) {
             save(picker, folder + QStringLiteral("/picker-") + QLatin1String(query) + suffix, ground);
         }
         measure(picker);
+
+        saveMenu(defaults, folder + QStringLiteral("/menu") + suffix, ground);
 
         for (const char *words : {"Copied to clipboard", "Enable Accessibility to insert automatically"}) {
             ToastView toast(QLatin1String(words), QStringLiteral("checkmark.circle.fill"));

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+namespace tavrine {
+
+/// A text of ours in this desktop's words, for the moment at which it is shown: "⌘⇧V" is "Super+Shift+V", "your Mac" is
+/// "your computer". The texts in the code stay as they are everywhere else, and what is no text of ours comes back as
+/// it went in: whole texts are known here, not words, so that nothing that a person wrote is ever rewritten.
+///
+/// The controls of look/ do this with what they are given. Who paints, notifies or fills a menu does it himself.
+/// Super is the key of the shortcuts that work everywhere, Ctrl that of our own windows.
+[[nodiscard]] QString inDesktopWords(const QString &text);
+
+/// The same on a desktop of that name; an empty one is "the desktop".
+[[nodiscard]] QString inDesktopWords(const QString &text, const QString &desktop);
+
+/// The name of the desktop by its `XDG_CURRENT_DESKTOP`, a list from the special to the general: "GNOME" for
+/// "ubuntu:GNOME".
+[[nodiscard]] QString desktopName(const QString &currentDesktop);
+
+} // namespace tavrine
