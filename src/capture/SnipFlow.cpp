@@ -4,6 +4,7 @@
 #include "base/Time.h"
 #include "capture/ScreenSnipper.h"
 #include "capture/SnipDragFile.h"
+#include "panels/Placement.h"
 #include "ports/Pasteboard.h"
 #include "upload/Uploads.h"
 
@@ -31,12 +32,22 @@ PanelDescription dialogDescription() {
     return description;
 }
 
-QPointF cornerOf(const QRectF &usable) {
-    return {usable.x() + SnipFlow::cardMargin, usable.y() + SnipFlow::cardMargin};
+/// The appearance may be chosen freely; the end is a rule.
+constexpr FloatingPanel::Motion motion{
+    .fadeIn = Seconds{0.18}, .timingIn = look::easeOut, .fadeOut = Seconds{0.16}, .timingOut = look::easeIn};
+
+QRectF usableForTool(const Screens &screens) {
+    const auto screen = screenForTool(screens);
+    return screen ? usableFrame(*screen) : QRectF();
 }
 
-QPointF centredOn(const QRectF &usable) {
-    return usable.center() - QPointF(SnipFlow::dialogWidth / 2, SnipFlow::dialogHeight / 2);
+std::optional<QRectF> inTheCorner(const Screens &screens, QSizeF size) {
+    const QRectF usable = usableForTool(screens);
+    return QRectF(usable.topLeft() + QPointF(SnipFlow::cardMargin, SnipFlow::cardMargin), size);
+}
+
+std::optional<QRectF> inTheMiddle(const Screens &screens, QSizeF size) {
+    return centredIn(usableForTool(screens), size);
 }
 
 template <class Action, class... Arguments>
@@ -50,8 +61,10 @@ void callIfThere(const Action &action, Arguments &&...arguments) {
 SnipFlow::SnipFlow(Ports ports, Actions actions, Views views)
     : m_ports(std::move(ports)), m_actions(std::move(actions)), m_views(std::move(views)),
       m_files(m_ports.fileQueue, m_ports.time),
-      m_card({m_ports.windows, m_ports.screens, m_ports.time}, cardDescription(), cornerOf),
-      m_dialog({m_ports.windows, m_ports.screens, m_ports.time}, dialogDescription(), centredOn) {}
+      m_card({m_ports.windows, m_ports.screens, m_ports.time},
+             {.description = cardDescription(), .placement = inTheCorner, .motion = motion}),
+      m_dialog({m_ports.windows, m_ports.screens, m_ports.time},
+               {.description = dialogDescription(), .placement = inTheMiddle, .motion = motion}) {}
 
 SnipFlow::~SnipFlow() = default;
 
@@ -82,7 +95,8 @@ void SnipFlow::showSnipPreview(const QImage &image) {
     m_cardModel = std::make_shared<SnippetPreviewModel>(
         image, cardActions(image), m_ports.time,
         m_ports.uploads.makeButton([image] { return image; }, UploadButton::AfterLink::dismissView));
-    m_card.show(m_views.card ? m_views.card(m_cardModel) : nullptr);
+    m_card.build(m_views.card ? m_views.card(m_cardModel) : nullptr);
+    m_card.show();
     m_cardModel->appear();
 }
 
@@ -123,7 +137,7 @@ void SnipFlow::unload() {
 }
 
 void SnipFlow::dismissSnipPreview(Dismissal dismissal) {
-    m_card.dismiss(dismissal);
+    m_card.release(dismissal);
     if (const auto model = std::exchange(m_cardModel, nullptr)) {
         model->stop();
         m_ports.time.async(this, [model] {}); // its own button may be what closes it

@@ -3,7 +3,7 @@
 #include "capture/SnipFiles.h"
 #include "capture/SnipSaveDialogModel.h"
 #include "capture/SnippetPreviewModel.h"
-#include "panels/CapturePanel.h"
+#include "panels/FloatingPanel.h"
 #include "ports/Folders.h"
 
 #include <QImage>
@@ -94,11 +94,11 @@ public:
     [[nodiscard]] QString snipDefaultDirectory() const;
     [[nodiscard]] QString snipFileName() const;
 
-    [[nodiscard]] bool isPreviewShown() const { return m_card.isShown(); }
+    [[nodiscard]] bool isPreviewShown() const { return m_card.isBuilt(); }
     /// The windows; null when there are none.
     [[nodiscard]] PanelWindow *previewWindow() const { return m_card.window(); }
     [[nodiscard]] PanelWindow *saveDialogWindow() const { return m_dialog.window(); }
-    [[nodiscard]] bool isSaveDialogShown() const { return m_dialog.isShown(); }
+    [[nodiscard]] bool isSaveDialogShown() const { return m_dialog.isBuilt(); }
     /// The models of what is shown; null when nothing is.
     [[nodiscard]] SnippetPreviewModel *previewModel() const { return m_cardModel.get(); }
     [[nodiscard]] SnipSaveDialogModel *saveDialogModel() const { return m_dialogModel.get(); }
@@ -119,8 +119,8 @@ private:
     SnipFiles m_files;
     std::shared_ptr<SnippetPreviewModel> m_cardModel;
     std::shared_ptr<SnipSaveDialogModel> m_dialogModel;
-    CapturePanel m_card;
-    CapturePanel m_dialog;
+    FloatingPanel m_card;
+    FloatingPanel m_dialog;
 };
 
 } // namespace tavrine

@@ -113,11 +113,12 @@ void SnipFlow::autoSaveSnip(const QImage &image) {
 void SnipFlow::showSnipSaveDialog(const QString &directory, SnipSaveDialogModel::Actions actions) {
     dismissSnipSaveDialog(Dismissal::atOnce);
     m_dialogModel = std::make_shared<SnipSaveDialogModel>(directory, std::move(actions));
-    m_dialog.show(m_views.saveDialog ? m_views.saveDialog(m_dialogModel) : nullptr);
+    m_dialog.build(m_views.saveDialog ? m_views.saveDialog(m_dialogModel) : nullptr);
+    m_dialog.show();
 }
 
 void SnipFlow::dismissSnipSaveDialog(Dismissal dismissal) {
-    m_dialog.dismiss(dismissal);
+    m_dialog.release(dismissal);
     const auto model = std::exchange(m_dialogModel, nullptr);
     if (!model)
         return;

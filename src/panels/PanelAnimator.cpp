@@ -1,6 +1,7 @@
 #include "panels/PanelAnimator.h"
 
 #include "base/Time.h"
+#include "look/Look.h"
 #include "ports/PanelWindow.h"
 
 #include <algorithm>
@@ -10,47 +11,17 @@ namespace {
 
 constexpr Seconds frameLength{1.0 / 60.0};
 
-// One coordinate of a cubic Bézier curve from 0 to 1 with the inner control values `a` and `b`.
-double bezier(double a, double b, double s) {
-    const double r = 1.0 - s;
-    return 3.0 * r * r * s * a + 3.0 * r * s * s * b + s * s * s;
-}
-
-double curve(double x1, double y1, double x2, double y2, double t) {
-    double low = 0.0;
-    double high = 1.0;
-    for (int i = 0; i < 30; ++i) { // the curve's first coordinate grows with its parameter
-        const double middle = (low + high) / 2.0;
-        (bezier(x1, x2, middle) < t ? low : high) = middle;
-    }
-    return bezier(y1, y2, low);
-}
-
 double between(double from, double to, double part) {
     return from + (to - from) * part;
 }
 
 } // namespace
 
-double progress(TimingFunction function, double t) {
-    if (t <= 0.0 || t >= 1.0)
-        return t <= 0.0 ? 0.0 : 1.0;
-    switch (function) {
-    case TimingFunction::linear:
-        return t;
-    case TimingFunction::easeIn:
-        return curve(0.42, 0.0, 1.0, 1.0, t);
-    case TimingFunction::easeInEaseOut:
-        return curve(0.42, 0.0, 0.58, 1.0, t);
-    }
-    return t;
-}
-
 struct PanelAnimator::Animation {
     int serial;
-    Date start;
+    Seconds start;
     Seconds duration;
-    TimingFunction function;
+    look::Timing timing;
     Target target;
     double startAlpha;
     QRectF startFrame;
@@ -60,14 +31,19 @@ struct PanelAnimator::Animation {
 PanelAnimator::PanelAnimator(PanelWindows &windows, Time &time) : m_windows(windows), m_time(time) {}
 PanelAnimator::~PanelAnimator() = default;
 
-void PanelAnimator::run(PanelWindow &panel, Seconds duration, TimingFunction function, const Target &target,
-                        std::function<void()> completion) {
+bool PanelAnimator::animates() const {
+    const bool mayMove = look::Look::current() == nullptr || look::Look::moves();
+    return mayMove && m_windows.isComposited();
+}
+
+void PanelAnimator::run(PanelWindow &panel, Seconds duration, const look::Timing &timing, const Target &target,
+                        Completion completion) {
     stop(panel);
-    const bool isAnimated = m_windows.isComposited();
+    const bool isAnimated = animates();
     const auto alive = std::weak_ptr<int>(m_alive);
     if (isAnimated) {
-        auto animation = std::make_unique<Animation>(
-            Animation{++m_serial, m_time.now(), duration, function, target, panel.alpha(), panel.frame(), nullptr});
+        auto animation = std::make_unique<Animation>(Animation{++m_serial, m_time.systemUptime(), duration, timing,
+                                                               target, panel.alpha(), panel.frame(), nullptr});
         animation->timer = m_time.repeat(frameLength, [this, key = &panel] { step(key); });
         m_animations[&panel] = std::move(animation);
     }
@@ -80,15 +56,19 @@ void PanelAnimator::run(PanelWindow &panel, Seconds duration, TimingFunction fun
                           const bool isLatest = found != m_animations.end() && found->second->serial == serial;
                           if (isLatest) {
                               m_animations.erase(found);
-                              if (target.frame)
-                                  key->setFrame(*target.frame);
-                              if (target.alpha)
-                                  key->setAlpha(*target.alpha);
+                              finish(*key, target);
                           }
                           if (completion)
                               completion();
                       });
-    if (!isAnimated && target.alpha)
+    if (!isAnimated)
+        finish(panel, target);
+}
+
+void PanelAnimator::finish(PanelWindow &panel, const Target &target) {
+    if (target.frame)
+        panel.setFrame(*target.frame);
+    if (target.alpha)
         panel.setAlpha(*target.alpha);
 }
 
@@ -101,8 +81,9 @@ void PanelAnimator::step(PanelWindow *panel) {
     if (found == m_animations.end())
         return;
     const Animation &animation = *found->second;
-    const double t = std::clamp((m_time.now() - animation.start).count() / animation.duration.count(), 0.0, 1.0);
-    const double part = progress(animation.function, t);
+    const double t =
+        std::clamp((m_time.systemUptime() - animation.start).count() / animation.duration.count(), 0.0, 1.0);
+    const double part = animation.timing.at(t);
     if (animation.target.alpha)
         panel->setAlpha(between(animation.startAlpha, *animation.target.alpha, part));
     if (const auto &to = animation.target.frame) {

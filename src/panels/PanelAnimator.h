@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Date.h"
+#include "look/Motion.h"
 
 #include <QRectF>
 
@@ -16,16 +17,11 @@ class PanelWindows;
 class Time;
 class Timer;
 
-/// How an animation runs from 0 to 1.
-enum class TimingFunction { linear, easeIn, easeInEaseOut };
-
-/// The part of the way that is done after the part `t` of the time; both from 0 to 1.
-[[nodiscard]] double progress(TimingFunction function, double t);
-
 /// Moves panels in alpha and frame over time. Lives on the main thread.
 ///
 /// A new animation of a panel takes over from where the last one is; both call their completions when their time is
-/// up. On a desktop that cannot show alpha, an animation does nothing but set the final alpha and complete at once.
+/// up. Where nothing may move, and on a desktop that cannot show alpha, a panel is there at once, and the completion
+/// comes in the next turn.
 class PanelAnimator {
 public:
     struct Target {
@@ -33,20 +29,26 @@ public:
         std::optional<QRectF> frame;
     };
 
+    using Completion = std::function<void()>;
+
     PanelAnimator(PanelWindows &windows, Time &time);
     ~PanelAnimator();
 
     /// `completion` is called after `duration`, never within the call.
-    void run(PanelWindow &panel, Seconds duration, TimingFunction function, const Target &target,
-             std::function<void()> completion = {});
+    void run(PanelWindow &panel, Seconds duration, const look::Timing &timing, const Target &target,
+             Completion completion = {});
 
     /// Leaves the panel where it is. Completions come all the same. Called before a panel is destroyed.
     void stop(PanelWindow &panel);
+
+    /// Whether anything would be seen of an animation now.
+    [[nodiscard]] bool animates() const;
 
 private:
     struct Animation;
 
     void step(PanelWindow *panel);
+    static void finish(PanelWindow &panel, const Target &target);
 
     PanelWindows &m_windows;
     Time &m_time;

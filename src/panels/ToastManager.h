@@ -1,18 +1,21 @@
 #pragma once
 
-#include "base/Date.h"
+#include "panels/PanelAnimator.h"
 
 #include <QObject>
-#include <QPointF>
+#include <QRectF>
 
+#include <functional>
 #include <memory>
+
+class QWidget;
 
 namespace tavrine {
 
+class PanelWindow;
+class PanelWindows;
 class Screens;
 class Time;
-class ToastWindow;
-class ToastWindows;
 
 /// Shows a short message near the bottom of the main screen, without taking the keyboard. One instance, as long as the
 /// process.
@@ -24,6 +27,11 @@ class ToastManager : public QObject {
     Q_OBJECT
 
 public:
+    /// What stands in a toast; taken over by its window. `icon` is a symbol.
+    using View = std::function<QWidget *(const QString &message, const QString &icon)>;
+
+    static constexpr double width = 250;
+    static constexpr double height = 60;
     static constexpr double heightAboveBottom = 120; ///< of the whole screen: a task bar does not count
     static constexpr Seconds fadeIn{0.3};
     static constexpr Seconds stay{2.0};
@@ -31,7 +39,7 @@ public:
     static constexpr double riseOnFadeIn = 10;
     static constexpr double riseOnFadeOut = 5;
 
-    ToastManager(Time &time, Screens &screens, ToastWindows &windows, QObject *parent = nullptr);
+    ToastManager(Time &time, Screens &screens, PanelWindows &windows, View view, QObject *parent = nullptr);
     ~ToastManager() override;
 
     /// May be called on any thread. `icon` is a symbol.
@@ -41,12 +49,15 @@ private:
     void showNow(const QString &message, const QString &icon);
     void beginFadeOut();
     void riseTo(double alpha, double rise, Seconds duration);
+    void close();
 
     Time &m_time;
     Screens &m_screens;
-    ToastWindows &m_windows;
-    std::unique_ptr<ToastWindow> m_window;
-    QPointF m_origin; ///< where the window is, or where it is going
+    PanelWindows &m_windows;
+    View m_view;
+    PanelAnimator m_animator;
+    std::unique_ptr<PanelWindow> m_window;
+    QRectF m_frame; ///< where the window is, or where it is going
 };
 
 } // namespace tavrine

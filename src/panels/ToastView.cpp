@@ -4,7 +4,7 @@
 #include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/Symbols.h"
-#include "ports/ToastWindow.h"
+#include "panels/ToastManager.h"
 
 #include <QBitmap>
 #include <QPainter>
@@ -30,10 +30,11 @@ constexpr auto role = look::TextRole::bodyStrong;
 ToastView::ToastView(const QString &message, const QString &icon, QWidget *parent)
     : QWidget(parent), m_message(message), m_icon(icon) {
     setAccessibleName(message);
+    setFixedSize(sizeHint());
 }
 
 QSize ToastView::sizeHint() const {
-    return ToastDescription{}.size.toSize();
+    return {int(ToastManager::width), int(ToastManager::height)};
 }
 
 qreal ToastView::widthForWords() const {

@@ -53,8 +53,7 @@ AppDelegate::~AppDelegate() {
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
-    observe(m_shell.desktop().workspace().notificationCenter(), Workspace::didDeactivateApplicationNotification,
-            [this](const Notification &notification) { appDidDeactivate(notification); });
+    m_shell.pasteBack().listen();
     m_shell.desktop().updater().start();
     setupStatusItem();
     launch(Feature::notchShelf);
@@ -216,12 +215,6 @@ void AppDelegate::restartSnip() {
 }
 
 // Windows.
-
-void AppDelegate::appDidDeactivate(const Notification &notification) {
-    const QVariant value = notification.userInfo.value(QLatin1String(Workspace::applicationKey));
-    if (value.canConvert<RunningApplication>())
-        m_shell.appDidDeactivate(value.value<RunningApplication>());
-}
 
 bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {
     LargeWindows &windows = m_shell.largeWindows();

@@ -38,7 +38,6 @@ public:
     void openTavrineEditorFromMenu() { openEditor({}); }
     void handleOpenTavrineEditorRequested() { openEditor({}); }
     void handleRestartSnip();
-    void appDidDeactivate(const Notification &notification);
     bool applicationShouldHandleReopen(bool hasVisibleWindows); ///< always true
     void handleOpenClipboardSettingsRequested();
     void handleOpenLofiSettingsRequested();

@@ -3,30 +3,55 @@
 #include "base/NotificationCenter.h"
 #include "base/Program.h"
 #include "base/Time.h"
-#include "base/UserDefaults.h"
 #include "base/VirtualKeys.h"
+#include "panels/Placement.h"
 #include "ports/ApplicationActivator.h"
-#include "ports/PanelWindow.h"
-#include "ports/Screens.h"
 #include "shell/PanelTraits.h"
+#include "shell/PasteBack.h"
 
-#include <QCoreApplication>
 #include <QPointer>
 
 namespace tavrine {
+namespace {
+
+/// In the middle of the main screen, and somewhat above it.
+FloatingPanel::Placement centred(double offset) {
+    return [offset](const Screens &screens, QSizeF size) -> std::optional<QRectF> {
+        const auto screen = screens.mainScreen();
+        return screen ? std::optional(centredIn(screen->visibleFrame, size, offset)) : std::nullopt;
+    };
+}
+
+} // namespace
 
 PanelController::PanelController(const Ports &ports, Contents contents, Actions actions, QObject *parent)
     : QObject(parent), m_ports(ports), m_contents(std::move(contents)), m_actions(std::move(actions)),
-      m_animator(ports.windows, ports.time) {
-    m_deactivations = m_ports.workspace.notificationCenter().addObserver(
-        QLatin1String(Workspace::didDeactivateApplicationNotification), [this](const Notification &notification) {
-            const QVariant application = notification.userInfo.value(QLatin1String(Workspace::applicationKey));
-            if (application.canConvert<RunningApplication>())
-                appDidDeactivate(application.value<RunningApplication>());
-        });
+      m_classic({ports.windows, ports.screens, ports.time},
+                traitsOf(
+                    classicPanelTraits, [this](const Screens &, QSizeF size) { return classicFrame(size); },
+                    FloatingPanel::Placed::once)),
+      m_search({ports.windows, ports.screens, ports.time},
+               traitsOf(searchPanelTraits, centred(searchPanelTraits.offset), FloatingPanel::Placed::atEachShowing)),
+      m_emoji({ports.windows, ports.screens, ports.time},
+              traitsOf(emojiPanelTraits, centred(emojiPanelTraits.offset), FloatingPanel::Placed::atEachShowing)) {
+    m_classic.setOnMoved([this] { saveClassicFrame(); });
 }
 
 PanelController::~PanelController() = default;
+
+FloatingPanel::Traits PanelController::traitsOf(const PanelTraits &traits, Placement placement,
+                                                FloatingPanel::Placed placed) const {
+    const bool shrinks = traits.shrinksTo < 1;
+    return {.description = {.title = QString(traits.title),
+                            .contentSize = QSizeF(traits.width, traits.height),
+                            .isMovableByBackground = traits.isMovableByBackground},
+            .placement = std::move(placement),
+            .placed = placed,
+            .motion = {.fadeIn = traits.fadeIn,
+                       .fadeOut = traits.dismissal,
+                       .timingOut = shrinks ? look::easeIn : look::easeInOut,
+                       .shrinksTo = traits.shrinksTo}};
+}
 
 void PanelController::toggleClipboardPanel() {
     m_ports.time.async(this, [this] {
@@ -41,130 +66,80 @@ void PanelController::toggleEmojiPanel() {
     m_ports.time.async(this, [this] { showOrDismissEmojiPanel(); });
 }
 
-void PanelController::make(Panel &panel, const PanelTraits &traits, const std::function<QWidget *()> &content) {
-    panel = m_ports.windows.makePanel({.title = QString(traits.title),
-                                       .contentSize = QSizeF(traits.width, traits.height),
-                                       .isMovableByBackground = traits.isMovableByBackground});
-    panel->setContentView(content());
-}
-
 void PanelController::ensureClassicPanel() {
-    if (m_classic)
-        return;
-    make(m_classic, classicPanelTraits, m_contents.classic);
-    placeClassicPanel();
-    m_classic->setOnMoved([this] { saveClassicFrame(); });
-    m_classic->orderOut();
+    if (!m_classic.isBuilt())
+        m_classic.build(m_contents.classic());
 }
 
 void PanelController::ensureSearchPanel() {
-    if (m_search)
-        return;
-    make(m_search, searchPanelTraits, m_contents.search);
-    m_search->orderOut();
+    if (!m_search.isBuilt())
+        m_search.build(m_contents.search());
 }
 
 void PanelController::ensureEmojiPanel() {
-    if (m_emoji)
-        return;
-    make(m_emoji, emojiPanelTraits, m_contents.emoji);
-    m_emoji->orderOut();
+    if (!m_emoji.isBuilt())
+        m_emoji.build(m_contents.emoji());
 }
 
 void PanelController::toggleClassicPanel() {
     ensureClassicPanel();
-    if (m_classic->isVisible()) {
+    if (m_classic.isVisible()) {
         dismissClassicPanel();
         return;
     }
-    ++m_classicGeneration;
-    restoreClassicFrame();
-    show(*m_classic, classicPanelTraits);
+    show(m_classic, classicPanelTraits);
 }
 
 void PanelController::toggleSearchPanel() {
     ensureSearchPanel();
-    if (m_search->isVisible()) {
+    if (m_search.isVisible()) {
         dismissSearchPanel();
         return;
     }
-    orderOut(m_classic.get());
-    orderOut(m_emoji.get());
-    center(*m_search, searchPanelTraits.offset);
-    show(*m_search, searchPanelTraits);
+    m_classic.dismiss(Dismissal::atOnce);
+    m_emoji.dismiss(Dismissal::atOnce);
+    show(m_search, searchPanelTraits);
 }
 
 void PanelController::showOrDismissEmojiPanel() {
     ensureEmojiPanel();
-    if (m_emoji->isVisible()) {
+    if (m_emoji.isVisible()) {
         dismissEmojiPanel();
         return;
     }
-    ++m_emojiGeneration;
-    orderOut(m_classic.get());
-    orderOut(m_search.get());
-    center(*m_emoji, emojiPanelTraits.offset);
-    show(*m_emoji, emojiPanelTraits);
+    m_classic.dismiss(Dismissal::atOnce);
+    m_search.dismiss(Dismissal::atOnce);
+    show(m_emoji, emojiPanelTraits);
 }
 
-void PanelController::show(PanelWindow &panel, const PanelTraits &traits) {
-    // The notice that follows says the same, but without a window manager it may come late.
-    if (const auto front = m_ports.workspace.frontmostApplication())
-        appDidDeactivate(*front);
+void PanelController::show(FloatingPanel &panel, const PanelTraits &traits) {
+    m_ports.pasteBack.noteFrontmost();
     m_ports.activator.activateIgnoringOtherApps();
-    m_animator.stop(panel);
-    panel.setAlpha(0.0);
-    panel.makeKeyAndOrderFront();
-    m_animator.run(panel, traits.fadeIn, TimingFunction::easeInEaseOut, {.alpha = 1.0, .frame = {}});
+    panel.show();
     removePanelMonitors();
     installPanelMonitors();
     m_ports.center.post(QString(traits.openedNotification));
 }
 
 void PanelController::dismissClassicPanel() {
-    if (!m_classic || !m_classic->isVisible())
+    if (!m_classic.isVisible())
         return;
     removePanelMonitors();
-    if (!m_restingFrame)
-        m_restingFrame = m_classic->frame(); // a second dismissal meets the panel already shrunk
-    const QPointF middle = m_restingFrame->center();
-    QRectF shrunk(QPointF(), m_restingFrame->size() * dismissedPart);
-    shrunk.moveCenter(middle);
-    m_animator.run(*m_classic, classicDismissal, TimingFunction::easeIn, {.alpha = 0.0, .frame = shrunk},
-                   [this, generation = m_classicGeneration] {
-                       if (!m_classic || generation != m_classicGeneration)
-                           return;
-                       m_animator.stop(*m_classic); // that of a second dismissal
-                       m_classic->orderOut();
-                       restoreClassicFrame();
-                       m_classic->setAlpha(1.0);
-                   });
+    m_classic.dismiss(Dismissal::animated);
 }
 
 void PanelController::dismissSearchPanel() {
-    if (!m_search || !m_search->isVisible())
+    if (!m_search.isVisible())
         return;
     removePanelMonitors();
-    m_search->orderOut();
+    m_search.dismiss(Dismissal::animated);
 }
 
 void PanelController::dismissEmojiPanel() {
-    if (!m_emoji || !m_emoji->isVisible())
+    if (!m_emoji.isVisible())
         return;
     removePanelMonitors();
-    m_animator.run(*m_emoji, emojiDismissal, TimingFunction::easeInEaseOut, {.alpha = 0.0, .frame = {}},
-                   [this, generation = m_emojiGeneration] {
-                       if (!m_emoji || generation != m_emojiGeneration)
-                           return;
-                       m_animator.stop(*m_emoji);
-                       m_emoji->orderOut();
-                       m_emoji->setAlpha(1.0);
-                   });
-}
-
-void PanelController::orderOut(PanelWindow *panel) {
-    if (panel)
-        panel->orderOut();
+    m_emoji.dismiss(Dismissal::animated);
 }
 
 void PanelController::removePanelMonitors() {
@@ -185,71 +160,44 @@ void PanelController::installPanelMonitors() {
     });
 }
 
-bool PanelController::isVisibleAndWithout(const Panel &panel, QPointF point) const {
-    return panel && panel->isVisible() && !panel->frame().contains(point);
-}
-
 void PanelController::clickedElsewhere() {
     const QPointF pointer = m_ports.screens.mouseLocation();
-    if (isVisibleAndWithout(m_search, pointer))
+    if (m_search.isVisibleAndWithout(pointer))
         dismissSearchPanel();
-    else if (isVisibleAndWithout(m_emoji, pointer))
+    else if (m_emoji.isVisibleAndWithout(pointer))
         dismissEmojiPanel();
-    else if (isVisibleAndWithout(m_classic, pointer))
+    else if (m_classic.isVisibleAndWithout(pointer))
         dismissClassicPanel();
 }
 
 void PanelController::escapePressed() {
-    if (m_search && m_search->isVisible())
+    if (m_search.isVisible())
         dismissSearchPanel();
-    else if (m_emoji && m_emoji->isVisible())
+    else if (m_emoji.isVisible())
         dismissEmojiPanel();
     else
         dismissClassicPanel();
 }
 
-void PanelController::unload(Panel &panel) {
-    if (!panel)
-        return;
-    m_animator.stop(*panel);
-    panel->orderOut();
-    panel->setContentView(nullptr);
-    panel.reset();
-}
-
 void PanelController::unloadClipboardPanels() {
     removePanelMonitors();
-    ++m_classicGeneration;
-    m_restingFrame.reset();
-    unload(m_classic);
-    unload(m_search);
+    m_classic.release(Dismissal::atOnce);
+    m_search.release(Dismissal::atOnce);
 }
 
 void PanelController::unloadEmojiPanel() {
-    ++m_emojiGeneration;
-    unload(m_emoji);
+    m_emoji.release(Dismissal::atOnce);
 }
 
 void PanelController::orderOutClipboardPanels() {
-    orderOut(m_classic.get());
-    orderOut(m_search.get());
+    m_classic.dismiss(Dismissal::atOnce);
+    m_search.dismiss(Dismissal::atOnce);
     removePanelMonitors();
 }
 
 void PanelController::orderOutAllPanels() {
-    removePanelMonitors();
-    orderOut(m_classic.get());
-    if (m_classic)
-        m_classic->setAlpha(1.0);
-    orderOut(m_search.get());
-    orderOut(m_emoji.get());
-}
-
-void PanelController::appDidDeactivate(const RunningApplication &application) {
-    const bool isOurs = application.processIdentifier == QCoreApplication::applicationPid() ||
-                        application.bundleIdentifier == ownBundleIdentifier;
-    if (!isOurs)
-        m_previouslyActive = application;
+    orderOutClipboardPanels();
+    m_emoji.dismiss(Dismissal::atOnce);
 }
 
 } // namespace tavrine

@@ -1,16 +1,13 @@
 #pragma once
 
-#include "panels/PanelAnimator.h"
+#include "panels/FloatingPanel.h"
 #include "ports/EventMonitors.h"
-#include "ports/Workspace.h"
 
 #include <QObject>
-#include <QRectF>
 #include <QString>
 
 #include <functional>
 #include <memory>
-#include <optional>
 
 class QWidget;
 
@@ -19,18 +16,16 @@ namespace tavrine {
 class ApplicationActivator;
 class EventPoster;
 class NotificationCenter;
-class PanelWindow;
-class PanelWindows;
+class PasteBack;
 class Pasteboard;
-class Screens;
 class UserDefaults;
 struct ClipboardItem;
 struct PanelTraits;
 
-/// The three floating panels, and the paste into the program that the person came from.
+/// The three panels that are called by a key, and what is pasted from them.
 ///
-/// Lives on the main thread; owned by the application's delegate. A panel is absent, ordered out or visible; it is
-/// built at first use. What stands in a panel is made by the closures in `Contents`.
+/// Lives on the main thread; owned by the application's delegate. A panel is built at first use. What stands in it is
+/// made by the closures in `Contents`.
 class PanelController : public QObject {
     Q_OBJECT
 
@@ -41,7 +36,7 @@ public:
         EventMonitors &monitors;
         EventPoster &poster;
         Screens &screens;
-        Workspace &workspace;
+        PasteBack &pasteBack;
         ApplicationActivator &activator;
         Pasteboard &pasteboard;
         UserDefaults &defaults;
@@ -81,9 +76,6 @@ public:
     void pasteFromSearch(const ClipboardItem &item);
     void insertEmoji(const QString &text);
 
-    /// The selector of `didDeactivateApplicationNotification`: the program that is left becomes the target.
-    void appDidDeactivate(const RunningApplication &application);
-
     void removePanelMonitors();
     void unloadClipboardPanels();
     void unloadEmojiPanel();
@@ -92,43 +84,31 @@ public:
     /// Before a window of the settings opens: all three go, and the monitors.
     void orderOutAllPanels();
 
-    [[nodiscard]] PanelWindow *classicPanel() const { return m_classic.get(); }
-    [[nodiscard]] PanelWindow *searchPanel() const { return m_search.get(); }
-    [[nodiscard]] PanelWindow *emojiPanel() const { return m_emoji.get(); }
+    [[nodiscard]] PanelWindow *classicPanel() const { return m_classic.window(); }
+    [[nodiscard]] PanelWindow *searchPanel() const { return m_search.window(); }
+    [[nodiscard]] PanelWindow *emojiPanel() const { return m_emoji.window(); }
 
 private:
-    using Panel = std::unique_ptr<PanelWindow>;
+    using Placement = FloatingPanel::Placement;
 
-    void make(Panel &panel, const PanelTraits &traits, const std::function<QWidget *()> &content);
-    void center(PanelWindow &panel, double offset);
-    void show(PanelWindow &panel, const PanelTraits &traits);
-    void orderOut(PanelWindow *panel);
-    void unload(Panel &panel);
-    void placeClassicPanel();
+    [[nodiscard]] FloatingPanel::Traits traitsOf(const PanelTraits &traits, Placement placement,
+                                                 FloatingPanel::Placed placed) const;
+    [[nodiscard]] std::optional<QRectF> classicFrame(QSizeF size) const;
     void saveClassicFrame();
-    void restoreClassicFrame();
+    void show(FloatingPanel &panel, const PanelTraits &traits);
     void installPanelMonitors();
     void clickedElsewhere();
     void escapePressed();
-    [[nodiscard]] bool isVisibleAndWithout(const Panel &panel, QPointF point) const;
     void pasteIntoTarget();
-    void waitForActivation(const RunningApplication &target, int attempt);
-    void postPasteAfter(Seconds delay);
 
     Ports m_ports;
     Contents m_contents;
     Actions m_actions;
-    PanelAnimator m_animator;
-    Panel m_classic;
-    Panel m_search;
-    Panel m_emoji;
+    FloatingPanel m_classic;
+    FloatingPanel m_search;
+    FloatingPanel m_emoji;
     std::unique_ptr<EventMonitor> m_clickMonitor;
     std::unique_ptr<EventMonitor> m_keyMonitor;
-    std::optional<RunningApplication> m_previouslyActive; ///< gone once that program has quit
-    std::optional<QRectF> m_restingFrame;                 ///< of the classic panel while it shrinks away
-    std::shared_ptr<void> m_deactivations;
-    int m_classicGeneration = 0; ///< grows with each showing and unloading: an earlier dismissal has no say any more
-    int m_emojiGeneration = 0;
 };
 
 } // namespace tavrine

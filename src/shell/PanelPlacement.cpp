@@ -1,6 +1,5 @@
-// Where the panels stand, and what is remembered of it.
-#include "ports/PanelWindow.h"
-#include "ports/Screens.h"
+// Where the classic panel stands, and what is remembered of it.
+#include "panels/Placement.h"
 #include "shell/PanelController.h"
 #include "shell/PanelTraits.h"
 
@@ -35,54 +34,27 @@ QString textFromFrame(const QRectF &frame) {
         .arg(std::lround(frame.height()));
 }
 
-double clampedStart(double start, double length, double low, double high) {
-    return std::max(low, std::min(start, high - length));
-}
-
 } // namespace
 
-void PanelController::placeClassicPanel() {
+std::optional<QRectF> PanelController::classicFrame(QSizeF size) const {
     const auto saved = frameFromText(preference::classicFrame.get(m_ports.defaults));
-    const auto screen = m_ports.screens.mainScreen();
-    QRectF frame = m_classic->frame();
     if (saved) {
-        frame.moveTopLeft(saved->topLeft());
+        const QRectF frame(saved->topLeft(), size);
         const auto screens = m_ports.screens.screens();
         const bool isOnScreen = std::any_of(screens.begin(), screens.end(),
                                             [&](const Screen &s) { return s.visibleFrame.intersects(frame); });
-        if (!isOnScreen && screen) { // the screen that it stood on is gone
-            const QRectF &visible = screen->visibleFrame;
-            frame.moveTo(clampedStart(frame.x(), frame.width(), visible.x(), visible.x() + visible.width()),
-                         clampedStart(frame.y(), frame.height(), minY(visible), maxY(visible)));
-        }
-    } else if (screen) {
-        const QRectF &visible = screen->visibleFrame;
-        frame.moveTo(visible.x() + visible.width() - frame.width() - classicMargin, minY(visible) + classicMargin);
-    } else {
-        return;
+        return isOnScreen ? frame : movedOntoAScreen(m_ports.screens, frame); // the screen that it stood on is gone
     }
-    m_classic->setFrame(frame);
+    const auto screen = m_ports.screens.mainScreen();
+    if (!screen)
+        return std::nullopt;
+    const QRectF &visible = screen->visibleFrame;
+    return QRectF(QPointF(visible.x() + visible.width() - size.width() - classicMargin, minY(visible) + classicMargin),
+                  size);
 }
 
 void PanelController::saveClassicFrame() {
-    if (m_classic && !m_restingFrame)
-        preference::classicFrame.set(m_ports.defaults, textFromFrame(m_classic->frame()));
-}
-
-void PanelController::restoreClassicFrame() {
-    if (m_restingFrame)
-        m_classic->setFrame(*m_restingFrame);
-    m_restingFrame.reset();
-}
-
-void PanelController::center(PanelWindow &panel, double offset) {
-    const auto screen = m_ports.screens.mainScreen();
-    if (!screen)
-        return;
-    QRectF frame = panel.frame();
-    const QPointF middle = screen->visibleFrame.center();
-    frame.moveTo(middle.x() - frame.width() / 2, middle.y() - frame.height() / 2 + offset);
-    panel.setFrame(frame);
+    preference::classicFrame.set(m_ports.defaults, textFromFrame(m_classic.frame()));
 }
 
 } // namespace tavrine

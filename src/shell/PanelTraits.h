@@ -15,15 +15,38 @@ struct PanelTraits {
     double offset; ///< above the centre, for the panels that are centred
     bool isMovableByBackground;
     Seconds fadeIn;
+    Seconds dismissal; ///< none: it goes at once
+    double shrinksTo;  ///< of width and height, at the end of the dismissal
     QLatin1String openedNotification;
 };
 
-inline constexpr PanelTraits classicPanelTraits{QLatin1String("Classic Clipboard"),  320, 450, 0, true, Seconds{0.15},
-                                                QLatin1String("floatingPanelOpened")};
-inline constexpr PanelTraits searchPanelTraits{
-    QLatin1String("Clipboard Search"), 680, 500, 60, false, Seconds{0.1}, QLatin1String("clipboardSearchPanelOpened")};
-inline constexpr PanelTraits emojiPanelTraits{QLatin1String("Emoji Picker"),          600, 460, 70, false, Seconds{0.1},
-                                              QLatin1String("emojiPickerPanelOpened")};
+inline constexpr PanelTraits classicPanelTraits{.title = QLatin1String("Classic Clipboard"),
+                                                .width = 320,
+                                                .height = 450,
+                                                .offset = 0,
+                                                .isMovableByBackground = true,
+                                                .fadeIn = Seconds{0.15},
+                                                .dismissal = Seconds{0.18},
+                                                .shrinksTo = 0.6,
+                                                .openedNotification = QLatin1String("floatingPanelOpened")};
+inline constexpr PanelTraits searchPanelTraits{.title = QLatin1String("Clipboard Search"),
+                                               .width = 680,
+                                               .height = 500,
+                                               .offset = 60,
+                                               .isMovableByBackground = false,
+                                               .fadeIn = Seconds{0.1},
+                                               .dismissal = Seconds{0},
+                                               .shrinksTo = 1,
+                                               .openedNotification = QLatin1String("clipboardSearchPanelOpened")};
+inline constexpr PanelTraits emojiPanelTraits{.title = QLatin1String("Emoji Picker"),
+                                              .width = 600,
+                                              .height = 460,
+                                              .offset = 70,
+                                              .isMovableByBackground = false,
+                                              .fadeIn = Seconds{0.1},
+                                              .dismissal = Seconds{0.08},
+                                              .shrinksTo = 1,
+                                              .openedNotification = QLatin1String("emojiPickerPanelOpened")};
 
 /// The frame of the classic panel as it was last left: x, y, width and height.
 namespace preference {
@@ -31,8 +54,5 @@ inline constexpr Preference<QString> classicFrame{"TavrineHistoryFrame"};
 }
 
 inline constexpr double classicMargin = 20; ///< from the edges of the screen, where no frame was saved
-inline constexpr Seconds classicDismissal{0.18};
-inline constexpr double dismissedPart = 0.6; ///< of width and height, at the end of the dismissal
-inline constexpr Seconds emojiDismissal{0.08};
 
 } // namespace tavrine

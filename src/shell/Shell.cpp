@@ -1,16 +1,13 @@
 #include "shell/Shell.h"
 
-#include "base/Program.h"
 #include "capture/PngData.h"
 #include "capture/reading/Reading.h"
 #include "look/Look.h"
-#include "panels/QtToastWindows.h"
 #include "panels/ToastManager.h"
+#include "panels/ToastView.h"
 #include "ports/ApplicationActivator.h"
 #include "ports/Folders.h"
 #include "upload/Uploads.h"
-
-#include <QCoreApplication>
 
 namespace tavrine {
 
@@ -26,19 +23,20 @@ Shell::Shell(const Parts &parts, PanelController::Contents contents)
                        .time = parts.desktop.time(),
                        .clearSelectionWindow = [] {}, // there is no recorder yet
                        .activateApplication = [this] { activateApplication(); }}),
-      m_largeWindows(parts.desktop.application(), parts.desktop.time(), [this] { activateApplication(); }) {}
+      m_largeWindows(parts.desktop.application(), parts.desktop.time(), [this] { activateApplication(); }),
+      m_pasteBack(parts.desktop.workspace(), parts.desktop.time()) {}
 
 Shell::~Shell() = default;
 
 PanelController &Shell::panels() {
     return m_panels.get([this] {
         Desktop &desktop = m_parts.desktop;
-        auto panels = std::make_unique<PanelController>(
+        return std::make_unique<PanelController>(
             PanelController::Ports{.windows = panelWindows(),
                                    .monitors = desktop.eventMonitors(),
                                    .poster = desktop.eventPoster(),
                                    .screens = desktop.screens(),
-                                   .workspace = desktop.workspace(),
+                                   .pasteBack = m_pasteBack,
                                    .activator = desktop.applicationActivator(),
                                    .pasteboard = desktop.pasteboard(),
                                    .defaults = m_parts.defaults,
@@ -51,10 +49,6 @@ PanelController &Shell::panels() {
                 .copyToPasteboard = [this](const ClipboardItem &item) { m_clipboardManager.copyToPasteboard(item); },
                 .showToast = [this](const QString &message, const QString &icon) { showToast(message, icon); },
                 .isAccessibilityTrusted = [this] { return m_windowManager.isAccessibilityTrusted(Prompt::allowed); }});
-        // It hears of the programs that are left from now on; the shell has from the start.
-        if (m_previouslyActiveApplication)
-            panels->appDidDeactivate(*m_previouslyActiveApplication);
-        return panels;
     });
 }
 
@@ -72,8 +66,9 @@ PanelWindows &Shell::panelWindows() {
 void Shell::showToast(const QString &message, const QString &icon) {
     m_toasts
         .get([this] {
-            m_toastWindows = std::make_unique<QtToastWindows>(panelWindows());
-            return std::make_unique<ToastManager>(time(), m_parts.desktop.screens(), *m_toastWindows);
+            return std::make_unique<ToastManager>(
+                time(), m_parts.desktop.screens(), panelWindows(),
+                [](const QString &words, const QString &symbol) { return new ToastView(words, symbol); });
         })
         .show(message, icon);
 }
@@ -104,12 +99,6 @@ Reading &Shell::reading() {
         return std::make_unique<Reading>(Reading::Ports{desktop.recognizer(), desktop.screenCodeDetector(),
                                                         desktop.pictureCodeDetector(), desktop.time()});
     });
-}
-
-void Shell::appDidDeactivate(const RunningApplication &application) {
-    if (application.bundleIdentifier != ownBundleIdentifier &&
-        application.processIdentifier != QCoreApplication::applicationPid())
-        m_previouslyActiveApplication = application;
 }
 
 } // namespace tavrine

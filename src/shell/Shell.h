@@ -7,15 +7,13 @@
 #include "shell/FeatureFlags.h"
 #include "shell/LargeWindows.h"
 #include "shell/PanelController.h"
+#include "shell/PasteBack.h"
 #include "shell/WindowManager.h"
-
-#include <optional>
 
 namespace tavrine {
 
 class ClipboardDatabase;
 class NotificationCenter;
-class QtToastWindows;
 class Reading;
 class ToastManager;
 class Uploads;
@@ -64,11 +62,8 @@ public:
     [[nodiscard]] Uploads &uploads();
     [[nodiscard]] Reading &reading();
 
-    /// Told of each program that is left: the last that was not ours is where a paste goes.
-    void appDidDeactivate(const RunningApplication &application);
-    [[nodiscard]] const std::optional<RunningApplication> &previouslyActiveApplication() const {
-        return m_previouslyActiveApplication;
-    }
+    /// The program that was left last, where a paste goes.
+    [[nodiscard]] PasteBack &pasteBack() { return m_pasteBack; }
 
 private:
     Parts m_parts;
@@ -78,9 +73,8 @@ private:
     ClipboardExperienceSettings m_experienceSettings;
     WindowManager m_windowManager;
     LargeWindows m_largeWindows;
-    std::optional<RunningApplication> m_previouslyActiveApplication;
+    PasteBack m_pasteBack;
     bool m_watchesCompositing = false;
-    std::unique_ptr<QtToastWindows> m_toastWindows;
     MadeOnce<ToastManager> m_toasts;
     MadeOnce<PanelController> m_panels;
     MadeOnce<Uploads> m_uploads;

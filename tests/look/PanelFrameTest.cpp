@@ -6,7 +6,6 @@
 #include "look/Look.h"
 #include "look/ScrollArea.h"
 #include "look/Shadow.h"
-#include "look/WindowMotion.h"
 
 #include <QApplication>
 #include <QPainter>
@@ -88,87 +87,6 @@ TEST_F(PanelFrameTest, givesItsContentThePanelsRectangle) {
     QPointer<QWidget> old = content;
     panel.setContent(nullptr);
     EXPECT_TRUE(old.isNull());
-}
-
-TEST_F(PanelFrameTest, fadesAndRests) {
-    look.setCompositing(true);
-    PanelFrame panel({320, 450});
-    panel.setWindowOpacity(0);
-    panel.show();
-    WindowMotion motion(&panel);
-    int ends = 0;
-    motion.fadeTo(1, 150ms, [&] { ++ends; });
-    time.advance(80ms);
-    EXPECT_GT(panel.windowOpacity(), 0.1);
-    EXPECT_LT(panel.windowOpacity(), 1);
-    EXPECT_EQ(ends, 0);
-    time.advance(100ms);
-    EXPECT_EQ(panel.windowOpacity(), 1);
-    EXPECT_EQ(ends, 1);
-    EXPECT_EQ(time.timerCount(), 0);
-}
-
-TEST_F(PanelFrameTest, fadesNothingWithoutACompositor) {
-    PanelFrame panel({320, 450});
-    panel.setWindowOpacity(0);
-    panel.show();
-    WindowMotion motion(&panel);
-    int ends = 0;
-    motion.fadeTo(1, 150ms, [&] { ++ends; });
-    EXPECT_EQ(panel.windowOpacity(), 1);
-    EXPECT_EQ(ends, 1);
-    EXPECT_EQ(time.timerCount(), 0);
-}
-
-TEST_F(PanelFrameTest, slidesWhileItFades) {
-    look.setCompositing(true);
-    PanelFrame panel({250, 60});
-    panel.move(100, 300);
-    panel.show();
-    WindowMotion motion(&panel);
-    motion.fadeAndSlide(1, {0, -10}, 300ms);
-    time.advance(400ms);
-    EXPECT_EQ(panel.pos(), QPoint(100, 290));
-}
-
-TEST_F(PanelFrameTest, shrinksAwayAndKeepsItsGeometry) {
-    look.setCompositing(true);
-    PanelFrame panel({320, 450});
-    panel.move(50, 60);
-    panel.show();
-    const QRect before = panel.geometry();
-    WindowMotion motion(&panel);
-    int ends = 0;
-    motion.shrinkAway(0.6, 180ms, [&] { ++ends; });
-    time.advance(100ms);
-    EXPECT_EQ(panel.geometry(), before);
-    time.advance(100ms);
-    EXPECT_EQ(ends, 1);
-    EXPECT_FALSE(panel.isVisible());
-    EXPECT_EQ(panel.geometry(), before);
-    EXPECT_EQ(panel.windowOpacity(), 1);
-    EXPECT_EQ(time.timerCount(), 0);
-}
-
-TEST_F(PanelFrameTest, shrinksAwayAtOnceWithoutACompositor) {
-    PanelFrame panel({320, 450});
-    panel.show();
-    WindowMotion motion(&panel);
-    int ends = 0;
-    motion.shrinkAway(0.6, 180ms, [&] { ++ends; });
-    EXPECT_FALSE(panel.isVisible());
-    EXPECT_EQ(ends, 1);
-}
-
-TEST_F(PanelFrameTest, aWindowThatGoesDuringItsFadeHarmsNothing) {
-    look.setCompositing(true);
-    auto panel = std::make_unique<PanelFrame>(QSize(320, 450));
-    panel->show();
-    WindowMotion motion(panel.get());
-    motion.fadeTo(0, 100ms);
-    panel.reset();
-    time.advance(1s);
-    EXPECT_EQ(time.timerCount(), 0);
 }
 
 using LookTest = PanelFrameTest;

@@ -168,20 +168,20 @@ TEST_F(AppDelegateTest, theTrayItemFollowsItsNotice) {
 // The program that is left.
 
 TEST_F(AppDelegateTest, theProgramThatIsLeftIsRemembered) {
-    EXPECT_FALSE(delegate->shell().previouslyActiveApplication());
+    EXPECT_FALSE(delegate->shell().pasteBack().previouslyActiveApplication());
     desktop.workspace().setFrontmost(text("org.gnome.TextEditor"));
     desktop.workspace().setFrontmost(text("firefox"), 4712);
-    ASSERT_TRUE(delegate->shell().previouslyActiveApplication());
-    EXPECT_EQ(delegate->shell().previouslyActiveApplication()->bundleIdentifier, text("org.gnome.TextEditor"));
+    ASSERT_TRUE(delegate->shell().pasteBack().previouslyActiveApplication());
+    EXPECT_EQ(delegate->shell().pasteBack().previouslyActiveApplication()->bundleIdentifier, text("org.gnome.TextEditor"));
     desktop.workspace().setFrontmost(text("com.veltrane.Tavrine"), 4713);
-    EXPECT_EQ(delegate->shell().previouslyActiveApplication()->bundleIdentifier, text("firefox"));
+    EXPECT_EQ(delegate->shell().pasteBack().previouslyActiveApplication()->bundleIdentifier, text("firefox"));
 }
 
 TEST_F(AppDelegateTest, thisProgramIsNeverWhatIsLeft) {
     desktop.workspace().setFrontmost(text("com.veltrane.Tavrine"));
     desktop.workspace().setFrontmost(text("tavrine"), QCoreApplication::applicationPid());
     desktop.workspace().setFrontmost(std::nullopt);
-    EXPECT_FALSE(delegate->shell().previouslyActiveApplication());
+    EXPECT_FALSE(delegate->shell().pasteBack().previouslyActiveApplication());
 }
 
 // A capture that arrives through the clipboard.

@@ -84,7 +84,7 @@ TEST_F(Launch, theStepsComeOneAfterTheOther) {
         std::string line = call;
         desktop.workspace().setFrontmost(text("org.example.one"), 1001);
         desktop.workspace().setFrontmost(text("org.example.two"), 1002);
-        if (!delegate->shell().previouslyActiveApplication())
+        if (!delegate->shell().pasteBack().previouslyActiveApplication())
             line += ", deaf";
         if (desktop.updater().starts() > 0)
             line += ", updater";

@@ -12,6 +12,7 @@
 #include "base/UserDefaults.h"
 #include "clipboard/ClipboardItem.h"
 #include "shell/PanelController.h"
+#include "shell/PasteBack.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -29,6 +30,7 @@ protected:
     using Window = FakePanelWindows::Window;
 
     PanelFixture() {
+        pasteBack.listen();
         activator.setOwn(ours);
         workspace.setFrontmost(editor);
         for (const char *name : {"floatingPanelOpened", "clipboardSearchPanelOpened", "emojiPickerPanelOpened"})
@@ -59,6 +61,7 @@ protected:
     FakeEventPoster poster;
     FakeScreens screens;
     FakeWorkspace workspace;
+    PasteBack pasteBack{workspace, time};
     FakeApplicationActivator activator{workspace};
     FakePasteboard pasteboard;
     bool opensSearchPanel = true;
@@ -74,7 +77,7 @@ protected:
          .monitors = monitors,
          .poster = poster,
          .screens = screens,
-         .workspace = workspace,
+         .pasteBack = pasteBack,
          .activator = activator,
          .pasteboard = pasteboard,
          .defaults = defaults,

@@ -97,12 +97,27 @@ TEST_F(PasteBackTest, aTargetThatHasQuitMakesThisProgramGiveWay) {
 }
 
 TEST_F(PasteBackTest, aPasteWithoutATargetMakesThisProgramGiveWay) {
-    workspace.setFrontmost(std::nullopt);
     FakeWorkspace emptyDesktop;
-    controller.ensureSearchPanel();
-    activator.quit(editor);
-    EXPECT_EQ(pasteAndMeasure(), 200);
+    PasteBack onEmptyDesktop(emptyDesktop, time);
+    onEmptyDesktop.noteFrontmost();
+    EXPECT_FALSE(onEmptyDesktop.previouslyActiveApplication());
+    onEmptyDesktop.paste(activator, poster);
     EXPECT_EQ(activator.hides(), 1);
+    EXPECT_TRUE(activator.activated().empty());
+    time.advance(199ms);
+    EXPECT_FALSE(hasPasted());
+    time.advance(1ms);
+    EXPECT_TRUE(hasPasted());
+}
+
+TEST_F(PasteBackTest, aProgramThatWasLeftBeforeThereWasAPanelIsTheTarget) {
+    workspace.setFrontmost(browser);
+    workspace.setFrontmost(std::nullopt);
+    EXPECT_EQ(pasteBack.previouslyActiveApplication(), browser);
+    EXPECT_EQ(windows.made(), 0);
+    controller.toggleSearchPanel();
+    controller.pasteFromSearch(item("text"));
+    EXPECT_EQ(activator.activated().at(0), browser);
 }
 
 TEST_F(PasteBackTest, theTargetIsTheProgramThatWasLeftLast) {
@@ -114,10 +129,10 @@ TEST_F(PasteBackTest, theTargetIsTheProgramThatWasLeftLast) {
 
 TEST_F(PasteBackTest, thisProgramIsNeverItsOwnTarget) {
     controller.toggleSearchPanel(); // ours in front, the editor left
-    controller.appDidDeactivate(ours);
+    pasteBack.appDidDeactivate(ours);
     RunningApplication sameIdentifier = ours;
     sameIdentifier.processIdentifier = 0;
-    controller.appDidDeactivate(sameIdentifier);
+    pasteBack.appDidDeactivate(sameIdentifier);
     controller.pasteFromSearch(item("text"));
     EXPECT_EQ(activator.activated()[0], editor);
 }

@@ -2,6 +2,10 @@
 
 #include "ports/PanelWindow.h"
 
+#include <QPointer>
+#include <QStringList>
+#include <QWidget>
+
 #include <vector>
 
 namespace tavrine {
@@ -19,6 +23,7 @@ public:
         ~Window() override {
             orderOut();
             std::erase(m_desktop.m_windows, this);
+            delete m_content.data();
         }
 
         [[nodiscard]] bool isVisible() const override { return m_isVisible; }
@@ -42,8 +47,8 @@ public:
             std::erase(m_desktop.m_keys, this);
         }
         void setContentView(QWidget *content) override {
+            delete m_content.data();
             m_content = content;
-            ++m_contentChanges;
         }
         void setIgnoresMouseEvents(bool ignores) override { m_description.ignoresMouseEvents = ignores; }
         void setOnMoved(std::function<void()> onMoved) override { m_onMoved = std::move(onMoved); }
@@ -57,17 +62,15 @@ public:
         [[nodiscard]] const PanelDescription &description() const { return m_description; }
         [[nodiscard]] bool isKey() const { return m_desktop.keyWindow() == this; }
         [[nodiscard]] int showings() const { return m_showings; }
-        [[nodiscard]] int contentChanges() const { return m_contentChanges; }
 
     private:
         FakePanelWindows &m_desktop;
         PanelDescription m_description;
         QRectF m_frame;
-        QWidget *m_content = nullptr;
+        QPointer<QWidget> m_content;
         std::function<void()> m_onMoved;
         double m_alpha = 1.0;
         int m_showings = 0;
-        int m_contentChanges = 0;
         bool m_isVisible = false;
     };
 
@@ -84,6 +87,13 @@ public:
 
     /// Those that are not destroyed, in the order of their making.
     [[nodiscard]] const std::vector<Window *> &windows() const { return m_windows; }
+    [[nodiscard]] QStringList visibleTitles() const {
+        QStringList titles;
+        for (const Window *window : m_windows)
+            if (window->isVisible())
+                titles.append(window->description().title);
+        return titles;
+    }
     [[nodiscard]] Window *keyWindow() const { return m_keys.empty() ? nullptr : m_keys.back(); }
 
 private:

@@ -2,8 +2,8 @@
 
 #include "base/Print.h"
 #include "base/Time.h"
-#include "panels/CapturePanel.h"
 #include "panels/FittingWindow.h"
+#include "panels/Placement.h"
 #include "ports/Application.h"
 #include "ports/Screens.h"
 

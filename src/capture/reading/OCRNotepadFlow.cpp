@@ -1,18 +1,32 @@
 #include "capture/reading/OCRNotepadFlow.h"
 
 #include "capture/reading/OCRManager.h"
-#include "ports/PanelWindow.h"
-#include "ports/Screens.h"
+#include "panels/Placement.h"
 
 namespace tavrine {
 namespace {
 
-/// Gone from the overview of windows; the numbers are the platform's.
-constexpr quint32 transient = 8;
+FloatingPanel::Traits traits() {
+    return {.description = {.title = QStringLiteral("Extracted Text"),
+                            .contentSize = {OCRNotepadFlow::width, OCRNotepadFlow::height},
+                            .level = windowLevel::floating,
+                            .collectionBehavior = collectionBehavior::canJoinAllSpaces | collectionBehavior::transient |
+                                                  collectionBehavior::fullScreenAuxiliary,
+                            .hasShadow = false},
+            .placement = [](const Screens &screens, QSizeF size) -> std::optional<QRectF> {
+                const auto screen = screens.mainScreen();
+                return screen ? std::optional(centredIn(screen->visibleFrame, size)) : std::nullopt;
+            },
+            .motion = {.fadeIn = OCRNotepadFlow::fadeIn,
+                       .timingIn = look::easeIn,
+                       .fadeOut = OCRNotepadFlow::fadeOut,
+                       .timingOut = look::easeIn}};
+}
 
 } // namespace
 
-OCRNotepadFlow::OCRNotepadFlow(const Ports &ports, Actions actions) : m_ports(ports), m_actions(std::move(actions)) {}
+OCRNotepadFlow::OCRNotepadFlow(const Ports &ports, Actions actions)
+    : m_ports(ports), m_actions(std::move(actions)), m_panel({ports.windows, ports.screens, ports.time}, traits()) {}
 
 OCRNotepadFlow::~OCRNotepadFlow() = default;
 
@@ -26,48 +40,23 @@ void OCRNotepadFlow::showOCRNotepad(std::shared_ptr<OCRNotepadState> state, std:
     closeOCRNotepad();
     m_closeAction = std::move(closeAction);
     m_state = std::move(state);
-    m_window = m_ports.windows.makePanel({.title = QStringLiteral("Extracted Text"),
-                                          .contentSize = {width, height},
-                                          .level = windowLevel::floating,
-                                          .collectionBehavior = collectionBehavior::canJoinAllSpaces | transient |
-                                                                collectionBehavior::fullScreenAuxiliary,
-                                          .hasShadow = false});
-    m_window->setContentView(m_actions.makeView(*m_state, [this] { closeOCRNotepad(); }));
-    if (const auto screen = m_ports.screens.mainScreen()) {
-        const QPointF middle = screen->visibleFrame.center();
-        m_window->setFrame({middle.x() - width / 2, middle.y() - height / 2, width, height});
-    }
-    m_window->setAlpha(0);
-    m_window->orderFrontRegardless();
-    m_window->makeKeyAndOrderFront();
-    m_actions.fade(*m_window, 1, fadeIn, {});
+    m_panel.build(m_actions.makeView(*m_state, [this] { closeOCRNotepad(); }));
+    m_panel.show();
     m_clickMonitor = m_ports.monitors.addGlobalMonitor(eventMask::leftMouseDown | eventMask::rightMouseDown,
                                                        [this](const InputEvent &) { clicked(); });
 }
 
 void OCRNotepadFlow::clicked() {
-    if (m_window && !m_window->frame().contains(m_ports.screens.mouseLocation()))
+    if (m_panel.isVisibleAndWithout(m_ports.screens.mouseLocation()))
         closeOCRNotepad();
 }
 
 void OCRNotepadFlow::closeOCRNotepad() {
-    if (!m_window)
+    if (!m_panel.isBuilt())
         return;
     m_state.reset(); // a result that is still to come is lost from here on
     m_clickMonitor.reset();
-    const std::shared_ptr<PanelWindow> closing(std::move(m_window));
-    m_closing.push_back(closing);
-    // The fade may end after this flow, and then after its panel too: panels go before the desktop that they are on.
-    m_actions.fade(*closing, 0, fadeOut,
-                   [this, weak = std::weak_ptr(closing), closeAction = std::exchange(m_closeAction, {})] {
-                       if (const auto window = weak.lock()) {
-                           window->orderOut();
-                           window->setContentView(nullptr);
-                           std::erase(m_closing, window);
-                       }
-                       if (closeAction)
-                           closeAction();
-                   });
+    m_panel.release(Dismissal::animated, std::exchange(m_closeAction, {}));
 }
 
 } // namespace tavrine

@@ -1,23 +1,19 @@
 #pragma once
 
-#include "base/Date.h"
 #include "capture/reading/OCRNotepadState.h"
+#include "panels/FloatingPanel.h"
 #include "ports/EventMonitors.h"
 
 #include <QImage>
 
 #include <functional>
 #include <memory>
-#include <vector>
 
 class QWidget;
 
 namespace tavrine {
 
 class OCRManager;
-class PanelWindow;
-class PanelWindows;
-class Screens;
 
 /// The notepad that shows the text of a capture: opens it, follows clicks elsewhere, and closes it. There is one at
 /// most. Lives on the main thread, as long as the process.
@@ -36,14 +32,12 @@ public:
         PanelWindows &windows;
         Screens &screens;
         EventMonitors &monitors;
+        Time &time;
         OCRManager &manager;
     };
     struct Actions {
         /// The view of one recognition, which calls `onDismiss` for its button and for Escape.
         std::function<QWidget *(OCRNotepadState &state, std::function<void()> onDismiss)> makeView;
-        /// Brings the panel's alpha there and then calls `done`, in a later turn, whether or not anything can be seen
-        /// of it. A fade of the same panel that is under way gives way.
-        std::function<void(PanelWindow &panel, double alpha, Seconds length, std::function<void()> done)> fade;
         std::function<void(const QImage &image)> autoSaveSnip;
     };
 
@@ -58,7 +52,7 @@ public:
     void closeOCRNotepad();
 
     /// Null while none is open.
-    [[nodiscard]] PanelWindow *ocrNotepadWindow() const { return m_window.get(); }
+    [[nodiscard]] PanelWindow *ocrNotepadWindow() const { return m_panel.window(); }
 
 private:
     void clicked();
@@ -66,8 +60,7 @@ private:
     Ports m_ports;
     Actions m_actions;
     std::shared_ptr<OCRNotepadState> m_state;
-    std::unique_ptr<PanelWindow> m_window;
-    std::vector<std::shared_ptr<PanelWindow>> m_closing; ///< on their way out
+    FloatingPanel m_panel;
     std::function<void()> m_closeAction;
     std::unique_ptr<EventMonitor> m_clickMonitor;
 };

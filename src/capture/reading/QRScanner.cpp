@@ -4,11 +4,10 @@
 #include "base/PrivateFiles.h"
 #include "base/SerialQueue.h"
 #include "base/Time.h"
+#include "panels/Placement.h"
 #include "ports/Application.h"
 #include "ports/ApplicationActivator.h"
 #include "ports/CodeDetector.h"
-#include "ports/PanelWindow.h"
-#include "ports/Screens.h"
 #include "ports/TaskLauncher.h"
 
 #include <QFile>
@@ -37,9 +36,21 @@ std::optional<QStringList> codesIn(CodeDetector &detector, const QString &path) 
     return codes;
 }
 
+std::optional<QRectF> inTheMiddle(const Screens &screens, QSizeF size) {
+    const auto screen = screenForTool(screens);
+    return screen ? std::optional(centredIn(usableFrame(*screen), size)) : std::nullopt;
+}
+
 } // namespace
 
-QRScanner::QRScanner(const Ports &ports, Actions actions) : m_ports(ports), m_actions(std::move(actions)) {}
+QRScanner::QRScanner(const Ports &ports, Actions actions)
+    : m_ports(ports), m_actions(std::move(actions)),
+      m_resultPanel({ports.windows, ports.screens, ports.time}, {.description = {.title = QStringLiteral("QR Codes"),
+                                                                                 .contentSize = {},
+                                                                                 .level = windowLevel::floating,
+                                                                                 .hasShadow = true,
+                                                                                 .isMovableByBackground = true},
+                                                                 .placement = inTheMiddle}) {}
 
 // What it would capture, nobody would read.
 QRScanner::~QRScanner() {
@@ -80,52 +91,20 @@ void QRScanner::scan(const QString &path) {
 }
 
 void QRScanner::showResults(const QStringList &codes) {
-    closePanel();
+    m_resultPanel.release(Dismissal::atOnce);
     const Content content = m_actions.makeView(codes, [this] { dismissResults(); });
-    m_resultPanel = m_ports.windows.makePanel({.title = QStringLiteral("QR Codes"),
-                                               .contentSize = content.fittingSize,
-                                               .level = windowLevel::floating,
-                                               .hasShadow = true,
-                                               .isMovableByBackground = true});
-    m_resultPanel->setContentView(content.view);
-    const QSizeF size = content.fittingSize;
-    const QPointF centre = centreOfScreen();
-    m_resultPanel->setFrame(
-        {centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height()});
+    m_resultPanel.build(content.view, content.fittingSize);
     m_ports.application.setActivationPolicy(ActivationPolicy::regular);
-    m_resultPanel->makeKeyAndOrderFront();
+    m_resultPanel.show();
     m_ports.activator.activateIgnoringOtherApps();
 }
 
-QPointF QRScanner::centreOfScreen() const {
-    const QPointF mouse = m_ports.screens.mouseLocation();
-    const QList<Screen> screens = m_ports.screens.screens();
-    for (const Screen &screen : screens)
-        if (screen.frame.contains(mouse))
-            return screen.visibleFrame.center();
-    if (const auto main = m_ports.screens.mainScreen())
-        return main->visibleFrame.center();
-    return screens.isEmpty() ? QPointF() : screens.first().visibleFrame.center();
-}
-
 void QRScanner::dismissResults() {
-    if (!m_resultPanel)
+    if (!m_resultPanel.isBuilt())
         return;
-    closePanel();
+    m_resultPanel.release(Dismissal::atOnce);
     if (!m_actions.hasOtherVisibleWindow())
         m_ports.application.setActivationPolicy(ActivationPolicy::accessory);
-}
-
-// The panel may be in the middle of telling of a click.
-void QRScanner::closePanel() {
-    if (!m_resultPanel)
-        return;
-    m_resultPanel->orderOut();
-    m_closing.push_back(std::move(m_resultPanel));
-    m_ports.time.async([this, alive = std::weak_ptr<int>(m_alive)] {
-        if (!alive.expired())
-            m_closing.clear();
-    });
 }
 
 } // namespace tavrine

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <QPointF>
+#include "panels/FloatingPanel.h"
+
 #include <QSizeF>
 #include <QString>
 #include <QStringList>
 
 #include <functional>
 #include <memory>
-#include <vector>
 
 class QWidget;
 
@@ -16,13 +16,9 @@ namespace tavrine {
 class Application;
 class ApplicationActivator;
 class CodeDetector;
-class PanelWindow;
-class PanelWindows;
-class Screens;
 class SerialQueue;
 class Task;
 class TaskLauncher;
-class Time;
 
 /// Reads QR codes off the screen: a region is captured with the system's tool, looked through, and what was found is
 /// shown in a small panel. Lives on the main thread, as long as the process.
@@ -67,17 +63,13 @@ public:
     void dismissResults();
 
     /// Null while none is open.
-    [[nodiscard]] PanelWindow *resultPanel() const { return m_resultPanel.get(); }
+    [[nodiscard]] PanelWindow *resultPanel() const { return m_resultPanel.window(); }
 
 private:
-    [[nodiscard]] QPointF centreOfScreen() const;
-    void closePanel();
-
     Ports m_ports;
     Actions m_actions;
     std::shared_ptr<Task> m_currentTask;
-    std::unique_ptr<PanelWindow> m_resultPanel;
-    std::vector<std::unique_ptr<PanelWindow>> m_closing; ///< off the screen, and gone with the next turn
+    FloatingPanel m_resultPanel;
     std::shared_ptr<int> m_alive = std::make_shared<int>();
 };
 

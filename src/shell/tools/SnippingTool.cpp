@@ -9,7 +9,6 @@
 #include "capture/reading/QRResultView.h"
 #include "capture/reading/QRScanner.h"
 #include "capture/reading/Reading.h"
-#include "panels/PanelAnimator.h"
 #include "ports/Folders.h"
 #include "shell/Shell.h"
 #include "shell/tools/EditorTool.h"
@@ -33,20 +32,14 @@ bool hasVisibleWindow() {
 } // namespace
 
 struct SnippingTool::Notepad {
-    PanelAnimator animator;
     OCRNotepadFlow flow;
 
     Notepad(Shell &shell, std::function<void(const QImage &)> autoSaveSnip)
-        : animator(shell.panelWindows(), shell.time()),
-          flow({shell.panelWindows(), shell.desktop().screens(), shell.desktop().eventMonitors(),
+        : flow({shell.panelWindows(), shell.desktop().screens(), shell.desktop().eventMonitors(), shell.time(),
                 shell.reading().manager()},
                {.makeView =
                     [&shell](OCRNotepadState &state, const auto &onDismiss) {
                         return new OCRNotepadView(state, shell.desktop().pasteboard(), shell.time(), onDismiss);
-                    },
-                .fade =
-                    [this](PanelWindow &panel, double alpha, Seconds length, const auto &done) {
-                        animator.run(panel, length, TimingFunction::easeIn, {.alpha = alpha, .frame = {}}, done);
                     },
                 .autoSaveSnip = std::move(autoSaveSnip)}) {}
 };

@@ -12,6 +12,7 @@
 #include "base/UserDefaults.h"
 #include "clipboard/ClipboardItem.h"
 #include "shell/PanelController.h"
+#include "shell/PasteBack.h"
 #include "support/TestKeyboard.h"
 
 #include <QApplication>
@@ -61,6 +62,7 @@ private:
 
 class X11PanelsTest : public ::testing::Test {
 protected:
+    void SetUp() override { pasteBack.listen(); }
     void TearDown() override {
         controller.unloadClipboardPanels();
         controller.unloadEmojiPanel();
@@ -122,6 +124,7 @@ protected:
     X11EventPoster poster{[this] { return text; }};
     X11Screens screens;
     X11Workspace workspace;
+    PasteBack pasteBack{workspace, time};
     FakePasteboard pasteboard;
     QPointer<Content> content;
     PanelController controller{
@@ -129,7 +132,7 @@ protected:
          .monitors = monitors,
          .poster = poster,
          .screens = screens,
-         .workspace = workspace,
+         .pasteBack = pasteBack,
          .activator = activator,
          .pasteboard = pasteboard,
          .defaults = defaults,

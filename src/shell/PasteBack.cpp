@@ -1,0 +1,81 @@
+#include "shell/PasteBack.h"
+
+#include "base/NotificationCenter.h"
+#include "base/Program.h"
+#include "base/Time.h"
+#include "base/VirtualKeys.h"
+#include "ports/ApplicationActivator.h"
+#include "ports/EventMonitors.h"
+#include "ports/EventPoster.h"
+
+#include <QCoreApplication>
+
+namespace tavrine {
+namespace {
+
+constexpr int longestWait = 12; ///< rounds
+constexpr Seconds waitRound{0.05};
+constexpr Seconds settling{0.08};  ///< between the target's coming to the front and the keystroke
+constexpr Seconds blindDelay{0.2}; ///< where nothing tells that a target is in front
+
+} // namespace
+
+bool isThisProgram(const RunningApplication &application) {
+    return application.processIdentifier == QCoreApplication::applicationPid() ||
+           application.bundleIdentifier == ownBundleIdentifier;
+}
+
+PasteBack::PasteBack(Workspace &workspace, Time &time) : m_workspace(workspace), m_time(time) {}
+
+PasteBack::~PasteBack() = default;
+
+void PasteBack::listen() {
+    m_deactivations = m_workspace.notificationCenter().addObserver(
+        QLatin1String(Workspace::didDeactivateApplicationNotification), [this](const Notification &notification) {
+            const QVariant application = notification.userInfo.value(QLatin1String(Workspace::applicationKey));
+            if (application.canConvert<RunningApplication>())
+                appDidDeactivate(application.value<RunningApplication>());
+        });
+}
+
+void PasteBack::appDidDeactivate(const RunningApplication &application) {
+    if (!isThisProgram(application))
+        m_previous = application;
+}
+
+void PasteBack::noteFrontmost() {
+    if (const auto front = m_workspace.frontmostApplication())
+        appDidDeactivate(*front);
+}
+
+void PasteBack::paste(ApplicationActivator &activator, EventPoster &poster) {
+    if (m_previous && !activator.isRunning(*m_previous))
+        m_previous.reset();
+    if (!m_previous) {
+        activator.hide();
+        postPasteAfter(poster, blindDelay);
+        return;
+    }
+    activator.activate(*m_previous);
+    waitForActivation(poster, *m_previous, 0);
+}
+
+void PasteBack::waitForActivation(EventPoster &poster, const RunningApplication &target, int attempt) {
+    const auto front = m_workspace.frontmostApplication();
+    if (front && isSameApplication(*front, target))
+        postPasteAfter(poster, settling);
+    else if (attempt < longestWait)
+        m_time.asyncAfter(waitRound, this,
+                          [this, &poster, target, attempt] { waitForActivation(poster, target, attempt + 1); });
+    else
+        postPasteAfter(poster, blindDelay); // never dropped: the person sees where it went
+}
+
+void PasteBack::postPasteAfter(EventPoster &poster, Seconds delay) {
+    m_time.asyncAfter(delay, this, [&poster] {
+        poster.postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
+        poster.postKeyboardEvent(virtualKey::v, false, modifierFlag::command);
+    });
+}
+
+} // namespace tavrine

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "base/Date.h"
+#include "ports/Workspace.h"
+
+#include <QObject>
+
+#include <memory>
+#include <optional>
+
+namespace tavrine {
+
+class ApplicationActivator;
+class EventPoster;
+class Time;
+
+/// Known by its process, or by its name where that is all there is.
+[[nodiscard]] bool isThisProgram(const RunningApplication &application);
+
+/// The program that the person came from, and the paste into it. Lives on the main thread from the launch on. It hears
+/// of the programs that are left, and the last of them that is not this one is the target.
+class PasteBack final : public QObject {
+    Q_OBJECT
+
+public:
+    /// Both outlive it.
+    PasteBack(Workspace &workspace, Time &time);
+    ~PasteBack() override;
+
+    /// Hears of the programs from now on.
+    void listen();
+
+    /// The selector of `didDeactivateApplicationNotification`.
+    void appDidDeactivate(const RunningApplication &application);
+    /// The program in front is about to be left. The notice that follows says the same, but may come late.
+    void noteFrontmost();
+    /// May have quit meanwhile.
+    [[nodiscard]] const std::optional<RunningApplication> &previouslyActiveApplication() const { return m_previous; }
+
+    /// Brings the target to the front and types the paste there once it is, or after a while all the same. Without a
+    /// target this program gives way, and the keystroke goes to whatever has the keyboard then. Both hands outlive the
+    /// wait.
+    void paste(ApplicationActivator &activator, EventPoster &poster);
+
+private:
+    void waitForActivation(EventPoster &poster, const RunningApplication &target, int attempt);
+    void postPasteAfter(EventPoster &poster, Seconds delay);
+
+    Workspace &m_workspace;
+    Time &m_time;
+    std::optional<RunningApplication> m_previous;
+    std::shared_ptr<void> m_deactivations;
+};
+
+} // namespace tavrine
