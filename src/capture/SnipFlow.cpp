@@ -64,7 +64,13 @@ SnipFlow::SnipFlow(Ports ports, Actions actions, Views views)
       m_card({m_ports.windows, m_ports.screens, m_ports.time},
              {.description = cardDescription(), .placement = inTheCorner, .motion = motion}),
       m_dialog({m_ports.windows, m_ports.screens, m_ports.time},
-               {.description = dialogDescription(), .placement = inTheMiddle, .motion = motion}) {}
+               {.description = dialogDescription(), .placement = inTheMiddle, .motion = motion}) {
+    m_card.setOnClosed([this] { dismissSnipPreview(Dismissal::animated); });
+    m_dialog.setOnClosed([this] {
+        if (const auto model = m_dialogModel)
+            model->cancel();
+    });
+}
 
 SnipFlow::~SnipFlow() = default;
 

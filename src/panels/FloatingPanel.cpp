@@ -1,14 +1,38 @@
 #include "panels/FloatingPanel.h"
 
 #include "base/Time.h"
+#include "look/Look.h"
+#include "look/Metrics.h"
+#include "look/Paint.h"
+#include "look/Shadow.h"
 #include "panels/Placement.h"
 
 #include <algorithm>
 
 namespace tavrine {
+namespace {
+
+void paintPanelShadow(QPainter &painter, const QRectF &panel) {
+    const look::Look *look = look::Look::current();
+    if (!look)
+        return;
+    look::paintShadow(painter, panel, look::radius::panel, look->theme().shadow);
+    if (look->theme().isDark) // a dark panel on a dark desktop needs an edge on both sides
+        look::strokeHairline(painter, panel.adjusted(-1, -1, 1, 1), look::radius::panel + 1, QColor(0, 0, 0, 120));
+}
+
+} // namespace
 
 FloatingPanel::FloatingPanel(Ports ports, Traits traits)
-    : m_ports(ports), m_traits(std::move(traits)), m_animator(ports.windows, ports.time) {}
+    : m_ports(ports), m_traits(std::move(traits)), m_animator(ports.windows, ports.time) {
+    if (m_traits.description.hasShadow)
+        m_traits.description.shadow = {.room = look::shadowMargins, .paint = paintPanelShadow};
+    if (const look::Look *look = look::Look::current())
+        connect(look, &look::Look::changed, this, [this] {
+            if (m_window)
+                m_window->compositingChanged();
+        });
+}
 
 FloatingPanel::~FloatingPanel() = default;
 
@@ -24,6 +48,12 @@ void FloatingPanel::build(QWidget *content) {
     m_window->setOnMoved([this] {
         if (m_onMoved && !m_restingFrame)
             m_onMoved();
+    });
+    m_window->setOnClosed([this] {
+        if (m_onClosed)
+            m_onClosed();
+        else
+            dismiss(Dismissal::animated);
     });
     if (m_traits.placed == Placed::once)
         place();

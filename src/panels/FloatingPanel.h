@@ -28,6 +28,7 @@ enum class Dismissal { atOnce, animated };
 ///     Its frame is the one that it was given, whatever an animation does to it.
 ///  3. A screen that goes or shrinks under it leaves no part of it outside.
 ///  4. What it holds is destroyed in a later turn: its own button may be what closes it.
+///  5. The desktop may ask for its end as well (Alt+F4): `onClosed` answers that, and a dismissal where nobody does.
 class FloatingPanel final : public QObject {
     Q_OBJECT
 
@@ -70,6 +71,8 @@ public:
     /// Off the screen and taken apart. `done` is called in a later turn, once it has left the screen.
     void release(Dismissal dismissal, Done done = {});
 
+    /// Answers the desktop's wish that the panel goes.
+    void setOnClosed(std::function<void()> onClosed) { m_onClosed = std::move(onClosed); }
     /// Called after the person moved it.
     void setOnMoved(std::function<void()> onMoved) { m_onMoved = std::move(onMoved); }
 
@@ -91,6 +94,7 @@ private:
     Ports m_ports;
     Traits m_traits;
     PanelAnimator m_animator;
+    std::function<void()> m_onClosed;
     std::function<void()> m_onMoved;
     std::unique_ptr<PanelWindow> m_window;
     std::vector<std::unique_ptr<PanelWindow>> m_leaving;  ///< released, and fading

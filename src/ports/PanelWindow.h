@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMargins>
 #include <QRectF>
 #include <QSizeF>
 #include <QString>
@@ -7,6 +8,7 @@
 #include <functional>
 #include <memory>
 
+class QPainter;
 class QWidget;
 
 namespace tavrine {
@@ -33,6 +35,13 @@ inline constexpr quint32 fullScreenAuxiliary = 256;
 /// Whether other programs may see the window's pixels.
 enum class WindowSharing { none = 0, readOnly = 1 };
 
+/// The shadow of a panel, for desktops that can show one: the room that it needs round the panel, and how it is painted
+/// round the rectangle of the panel.
+struct PanelShadow {
+    QMargins room;
+    std::function<void(QPainter &painter, const QRectF &panel)> paint;
+};
+
 /// What a panel is, for the desktop.
 struct PanelDescription {
     QString title;
@@ -42,6 +51,7 @@ struct PanelDescription {
     bool canBecomeKey = true; ///< takes the keyboard when it is made key
     bool isClear = true;      ///< shows what is behind wherever its content draws nothing
     bool hasShadow = true;
+    PanelShadow shadow = {}; ///< of a panel that has one
     bool isMovableByBackground = false;
     bool ignoresMouseEvents = false; ///< clicks go to what is behind
     WindowSharing sharing = WindowSharing::readOnly;
@@ -51,7 +61,9 @@ struct PanelDescription {
 ///
 ///  1. It has no frame, appears on every desktop, in no task bar and in no pager, and above full-screen windows.
 ///  2. Being made key gives it the keyboard; being ordered out gives the keyboard back to where it was.
-///  3. Frames are in points with the origin at the bottom left, as `Screens` tells them.
+///  3. Frames are in points with the origin at the bottom left, as `Screens` tells them, and without the shadow. The
+///     frame is the one that was set last or that the person moved the panel to, also on the screen.
+///  4. It never goes by itself: where the desktop asks for its end, as by Alt+F4, `onClosed` hears of it.
 class PanelWindow {
 public:
     virtual ~PanelWindow() = default;
@@ -75,6 +87,9 @@ public:
 
     /// Called after the person, and not the program, moved it.
     virtual void setOnMoved(std::function<void()> onMoved) = 0;
+    virtual void setOnClosed(std::function<void()> onClosed) = 0;
+    /// Called when the desktop has begun or ceased to show windows through others.
+    virtual void compositingChanged() = 0;
 };
 
 /// Makes panels.

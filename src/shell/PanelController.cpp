@@ -35,6 +35,9 @@ PanelController::PanelController(const Ports &ports, Contents contents, Actions 
       m_emoji({ports.windows, ports.screens, ports.time},
               traitsOf(emojiPanelTraits, centred(emojiPanelTraits.offset), FloatingPanel::Placed::atEachShowing)) {
     m_classic.setOnMoved([this] { saveClassicFrame(); });
+    m_classic.setOnClosed([this] { dismissClassicPanel(); });
+    m_search.setOnClosed([this] { dismissSearchPanel(); });
+    m_emoji.setOnClosed([this] { dismissEmojiPanel(); });
 }
 
 PanelController::~PanelController() = default;

@@ -249,6 +249,18 @@ TEST_F(SnipSavingTest, cancellingTheDialogSavesNothing) {
     EXPECT_EQ(windows.living(), 0);
 }
 
+TEST_F(SnipSavingTest, aDialogThatTheDesktopClosesIsCancelled) {
+    flow->showSnipPreview(picture());
+    card().pressSave();
+    static_cast<FakePanelWindows::Window *>(flow->saveDialogWindow())->closeFromOutside();
+    settle();
+    EXPECT_FALSE(flow->isSaveDialogShown());
+    EXPECT_FALSE(card().isSaved());
+    card().pressSave(); // it asks again
+    EXPECT_TRUE(flow->isSaveDialogShown());
+    EXPECT_THAT(filesIn(documents()), IsEmpty());
+}
+
 TEST_F(SnipSavingTest, aDialogIsAnsweredOnce) {
     flow->saveSnip(picture(), noted());
     SnipSaveDialogModel &model = dialog();

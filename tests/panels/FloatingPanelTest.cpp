@@ -161,6 +161,20 @@ TEST_F(FloatingPanelTest, oneThatIsDismissedStaysForItsNextShowing) {
     EXPECT_EQ(windows.made(), 1);
 }
 
+TEST_F(FloatingPanelTest, oneThatTheDesktopClosesIsDismissedUnlessItsToolAnswers) {
+    show();
+    shown().closeFromOutside();
+    time.advance(1s);
+    EXPECT_FALSE(panel.isVisible());
+    int wishes = 0;
+    panel.setOnClosed([&] { ++wishes; });
+    panel.show();
+    shown().closeFromOutside();
+    time.advance(1s);
+    EXPECT_EQ(wishes, 1);
+    EXPECT_TRUE(panel.isVisible());
+}
+
 TEST_F(FloatingPanelTest, oneThatShrinksOnItsWayKeepsItsFrame) {
     traits.motion.shrinksTo = 0.5;
     FloatingPanel other({windows, screens, time}, traits);

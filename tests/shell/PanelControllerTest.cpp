@@ -354,6 +354,25 @@ TEST_F(PanelControllerTest, theMonitorsAreUpOnlyWhileAPanelIs) {
     EXPECT_EQ(monitors.globalCount(), 0);
 }
 
+TEST_F(PanelControllerTest, aPanelThatTheDesktopClosesIsDismissed) {
+    controller.toggleSearchPanel();
+    search()->closeFromOutside();
+    EXPECT_FALSE(search()->isVisible());
+    EXPECT_EQ(monitors.globalCount(), 0);
+    controller.showOrDismissEmojiPanel();
+    emoji()->closeFromOutside();
+    EXPECT_EQ(monitors.globalCount(), 0);
+    time.advance(1s);
+    EXPECT_FALSE(emoji()->isVisible());
+    controller.toggleClassicPanel();
+    classic()->closeFromOutside();
+    EXPECT_EQ(monitors.globalCount(), 0);
+    time.advance(1s);
+    EXPECT_FALSE(classic()->isVisible());
+    controller.toggleClassicPanel();
+    EXPECT_TRUE(classic()->isVisible());
+}
+
 TEST_F(PanelControllerTest, aClickOutsideDismisses) {
     for (const quint32 button : {eventMask::leftMouseDown, eventMask::rightMouseDown}) {
         controller.toggleSearchPanel();

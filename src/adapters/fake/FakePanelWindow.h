@@ -53,6 +53,14 @@ public:
         void setIgnoresMouseEvents(bool ignores) override { m_description.ignoresMouseEvents = ignores; }
         void setOnMoved(std::function<void()> onMoved) override { m_onMoved = std::move(onMoved); }
 
+        void setOnClosed(std::function<void()> onClosed) override { m_onClosed = std::move(onClosed); }
+        void compositingChanged() override {}
+
+        /// The desktop asks for its end, as by Alt+F4.
+        void closeFromOutside() {
+            if (m_onClosed)
+                m_onClosed();
+        }
         /// The person drags the panel.
         void moveByPerson(QPointF origin) {
             m_frame.moveTopLeft(origin);
@@ -69,6 +77,7 @@ public:
         QRectF m_frame;
         QPointer<QWidget> m_content;
         std::function<void()> m_onMoved;
+        std::function<void()> m_onClosed;
         double m_alpha = 1.0;
         int m_showings = 0;
         bool m_isVisible = false;

@@ -28,13 +28,14 @@ public:
     [[nodiscard]] bool isComposited() const { return isCompositorRunning(m_client.link()); }
     /// The window that has the keyboard, 0 for none.
     [[nodiscard]] xcb_window_t focusedWindow() const;
+    /// The server's present time.
+    [[nodiscard]] quint32 serverTime();
     /// Gives the keyboard back to a window that had it, where no window manager does.
     void focusWindow(xcb_window_t window);
 
 private:
     [[nodiscard]] xcb_window_t windowOf(const RunningApplication &application) const;
     [[nodiscard]] bool isThere(xcb_window_t window) const;
-    [[nodiscard]] quint32 serverTime();
     void sendToRoot(xcb_window_t window, const char *message, const quint32 (&data)[5]);
 
     mutable XcbClient m_client; // asking reads from it

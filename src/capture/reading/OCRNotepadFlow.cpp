@@ -26,7 +26,9 @@ FloatingPanel::Traits traits() {
 } // namespace
 
 OCRNotepadFlow::OCRNotepadFlow(const Ports &ports, Actions actions)
-    : m_ports(ports), m_actions(std::move(actions)), m_panel({ports.windows, ports.screens, ports.time}, traits()) {}
+    : m_ports(ports), m_actions(std::move(actions)), m_panel({ports.windows, ports.screens, ports.time}, traits()) {
+    m_panel.setOnClosed([this] { closeOCRNotepad(); });
+}
 
 OCRNotepadFlow::~OCRNotepadFlow() = default;
 

@@ -50,7 +50,9 @@ QRScanner::QRScanner(const Ports &ports, Actions actions)
                                                                                  .level = windowLevel::floating,
                                                                                  .hasShadow = true,
                                                                                  .isMovableByBackground = true},
-                                                                 .placement = inTheMiddle}) {}
+                                                                 .placement = inTheMiddle}) {
+    m_resultPanel.setOnClosed([this] { dismissResults(); });
+}
 
 // What it would capture, nobody would read.
 QRScanner::~QRScanner() {

@@ -135,6 +135,15 @@ TEST_F(OCRNotepadTest, closingEndsTheWatchOverClicks) {
     EXPECT_EQ(monitors.globalCount(), 0);
 }
 
+TEST_F(OCRNotepadTest, oneThatTheDesktopClosesSavesTheCapture) {
+    open();
+    window()->closeFromOutside();
+    EXPECT_EQ(flow.ocrNotepadWindow(), nullptr);
+    EXPECT_EQ(monitors.globalCount(), 0);
+    time.advance(Seconds{1});
+    EXPECT_EQ(saved.size(), 1);
+}
+
 TEST_F(OCRNotepadTest, closingTwiceSavesOnce) {
     open();
     flow.closeOCRNotepad();

@@ -185,6 +185,13 @@ TEST_F(QRScannerTest, theProgramIsRegularWhileThePanelIsOpen) {
     EXPECT_EQ(scanner.resultPanel(), nullptr);
 }
 
+TEST_F(QRScannerTest, aPanelThatTheDesktopClosesIsDismissed) {
+    capture();
+    panel()->closeFromOutside();
+    EXPECT_EQ(scanner.resultPanel(), nullptr);
+    EXPECT_EQ(application.activationPolicy(), ActivationPolicy::accessory);
+}
+
 TEST_F(QRScannerTest, withAnotherWindowItStaysRegular) {
     capture();
     hasOtherWindow = true;

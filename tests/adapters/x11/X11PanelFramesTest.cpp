@@ -1,0 +1,235 @@
+// Floating panels as windows of a real desktop: their frames, what a window manager and a compositor do to them, and
+// what they take from it. Run under several of both.
+#include "adapters/linux/QtTime.h"
+#include "adapters/x11/X11ApplicationActivator.h"
+#include "adapters/x11/X11PanelWindow.h"
+#include "adapters/x11/X11Screens.h"
+#include "desktop/Desktop.h"
+#include "look/Look.h"
+#include "look/Shadow.h"
+#include "panels/FloatingPanel.h"
+#include "panels/Placement.h"
+#include "panels/ToastManager.h"
+#include "support/Wait.h"
+
+#include <QApplication>
+#include <QProcess>
+#include <QScreen>
+#include <QWidget>
+
+#include <gmock/gmock.h>
+
+namespace tavrine {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::waitUntil;
+
+constexpr auto title = "A panel";
+
+/// The person chooses 800 by 600 for a while.
+class SmallScreen {
+public:
+    SmallScreen() {
+        xrandr({"--newmode", "small", "40", "800", "840", "968", "1056", "600", "601", "605", "628"});
+        xrandr({"--addmode", "screen", "small"});
+        xrandr({"--output", "screen", "--mode", "small"});
+    }
+    ~SmallScreen() {
+        xrandr({"--output", "screen", "--mode", "1280x800"});
+        xrandr({"--delmode", "screen", "small"});
+        xrandr({"--rmmode", "small"});
+        EXPECT_TRUE(waitUntil([] { return QGuiApplication::primaryScreen()->geometry().size() == QSize(1280, 800); }));
+    }
+    SmallScreen(const SmallScreen &) = delete;
+    SmallScreen &operator=(const SmallScreen &) = delete;
+
+private:
+    static void xrandr(std::initializer_list<const char *> words) {
+        QStringList arguments;
+        for (const char *word : words)
+            arguments.append(QLatin1String(word));
+        EXPECT_EQ(QProcess::execute(QStringLiteral("xrandr"), arguments), 0);
+    }
+};
+
+class X11PanelFrames : public ::testing::Test {
+protected:
+    static FloatingPanel::Traits traits() {
+        return {
+            .description = {.title = QLatin1String(title), .contentSize = {320, 450}, .isMovableByBackground = true},
+            .placement = [](const Screens &all, QSizeF size) -> std::optional<QRectF> {
+                const auto screen = all.mainScreen();
+                return screen ? std::optional(centredIn(screen->visibleFrame, size)) : std::nullopt;
+            },
+            .placed = FloatingPanel::Placed::once,
+            .motion = {.fadeIn = 100ms, .fadeOut = 150ms, .timingOut = look::easeIn, .shrinksTo = 0.6}};
+    }
+    void settle(std::chrono::milliseconds length = 150ms) {
+        (void)waitUntil([] { return false; }, length);
+    }
+    bool show() {
+        panel.show();
+        return waitUntil([this] { return desktop.hasKeyboard(title); });
+    }
+    bool goesOff() {
+        return waitUntil([this] { return !desktop.isShown(title); });
+    }
+    [[nodiscard]] quint32 window() const {
+        const auto all = desktop.windowsTitled(QLatin1String(title));
+        return all.empty() ? 0 : all.front();
+    }
+    /// Of the panel itself on the screen, in the server's coordinates.
+    [[nodiscard]] QRect onScreen() const {
+        return desktop.geometry(window()).marginsRemoved(windows.isComposited() ? look::shadowMargins : QMargins());
+    }
+    [[nodiscard]] QRect wanted() const {
+        const QRectF frame = panel.frame();
+        return QRectF(QPointF(frame.x(), desktop.size().height() - maxY(frame)), frame.size()).toRect();
+    }
+
+    testing::Desktop desktop;
+    QtTime time;
+    look::Look look{time};
+    X11ApplicationActivator activator;
+    X11PanelWindows windows{activator};
+    X11Screens screens;
+    FloatingPanel panel{{windows, screens, time}, traits()};
+};
+
+TEST_F(X11PanelFrames, aPanelThatShrinksAwayComesBackInItsSizeEachTime) {
+    panel.build(new QWidget);
+    for (int round = 0; round < 6; ++round) {
+        ASSERT_TRUE(show()) << round;
+        settle();
+        EXPECT_EQ(panel.frame().size(), QSizeF(320, 450)) << round;
+        EXPECT_EQ(onScreen(), wanted()) << round;
+        panel.dismiss(Dismissal::animated);
+        ASSERT_TRUE(goesOff()) << round;
+    }
+}
+
+TEST_F(X11PanelFrames, aPanelShownAgainWhileItShrinksHasItsSize) {
+    panel.build(new QWidget);
+    for (int round = 0; round < 6; ++round) {
+        ASSERT_TRUE(show()) << round;
+        settle();
+        panel.dismiss(Dismissal::animated);
+        settle(std::chrono::milliseconds(20 + 25 * round));
+        ASSERT_TRUE(show()) << round;
+        settle();
+        EXPECT_EQ(onScreen(), wanted()) << round;
+        EXPECT_EQ(onScreen().size(), QSize(320, 450)) << round;
+    }
+}
+
+TEST_F(X11PanelFrames, aPanelThatIsClosedFromOutsideAsksItsToolAndStays) {
+    panel.build(new QWidget);
+    int wishes = 0;
+    panel.setOnClosed([&] { ++wishes; });
+    ASSERT_TRUE(show());
+    desktop.close(window());
+    EXPECT_TRUE(waitUntil([&] { return wishes == 1; }));
+    EXPECT_TRUE(panel.isVisible());
+    EXPECT_TRUE(desktop.isShown(title));
+}
+
+TEST_F(X11PanelFrames, aPanelThatThePersonDragsByTheWindowManagersMeansIsRemembered) {
+    panel.build(new QWidget);
+    int moves = 0;
+    panel.setOnMoved([&] { ++moves; });
+    ASSERT_TRUE(show());
+    settle(600ms);
+    const QRectF before = panel.frame();
+    const QPoint middle = onScreen().center();
+    desktop.keyboard.movePointer(middle.x(), middle.y());
+    desktop.keyboard.down(testing::key::leftAlt);
+    settle(50ms);
+    desktop.keyboard.press(1);
+    for (int step = 1; step <= 10; ++step) {
+        desktop.keyboard.movePointer(middle.x() - 10 * step, middle.y() + 5 * step);
+        settle(20ms);
+    }
+    desktop.keyboard.release(1);
+    desktop.keyboard.up(testing::key::leftAlt);
+    EXPECT_TRUE(waitUntil([&] { return moves > 0; }, 2s));
+    settle(400ms);
+    EXPECT_NEAR(panel.frame().x(), before.x() - 100, 12);
+    EXPECT_NEAR(panel.frame().y(), before.y() - 50, 12);
+    EXPECT_EQ(onScreen(), wanted());
+    const QRectF dragged = panel.frame();
+    panel.dismiss(Dismissal::animated);
+    ASSERT_TRUE(goesOff());
+    ASSERT_TRUE(show());
+    settle();
+    EXPECT_EQ(panel.frame(), dragged);
+    EXPECT_EQ(onScreen(), wanted());
+}
+
+TEST_F(X11PanelFrames, aScreenThatShrinksUnderAPanelTakesItAlong) {
+    panel.build(new QWidget);
+    ASSERT_TRUE(show());
+    panel.window()->setFrame({1280 - 320, 20, 320, 450});
+    settle();
+    const SmallScreen small;
+    const bool follows =
+        waitUntil([&] { return desktop.size() == QSize(800, 600) && QRect(0, 0, 800, 600).contains(onScreen()); }, 3s);
+    const QRect place = onScreen();
+    EXPECT_TRUE(follows) << place.x() << ' ' << place.y();
+    EXPECT_EQ(onScreen(), wanted());
+}
+
+TEST_F(X11PanelFrames, aPanelCastsAShadowWhereOneCanBeSeen) {
+    QWidget ground(nullptr, Qt::Window | Qt::BypassWindowManagerHint);
+    ground.setStyleSheet(QStringLiteral("background: white"));
+    ground.setGeometry(0, 0, 1280, 800);
+    ground.show();
+    ground.lower();
+    auto *content = new QWidget;
+    content->setStyleSheet(QStringLiteral("background: rgb(10, 200, 30)"));
+    panel.build(content);
+    ASSERT_TRUE(show());
+    settle(400ms);
+    const QRect place = onScreen();
+    const QImage picture = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+    const auto lightness = [&](QPoint point) { return picture.pixelColor(point).lightness(); };
+    const QPoint below(place.center().x(), place.bottom() + 8);
+    EXPECT_EQ(picture.pixelColor(place.center()), QColor(10, 200, 30));
+    if (windows.isComposited()) {
+        EXPECT_LT(lightness(below), 235);
+        EXPECT_LT(lightness({place.left() - 6, place.center().y()}), 250);
+    } else {
+        EXPECT_EQ(lightness(below), 255);
+    }
+    EXPECT_EQ(lightness({place.left() - 60, place.center().y()}), 255);
+    // It takes no clicks.
+    EXPECT_NE(desktop.topWindowAt(below), window());
+    EXPECT_EQ(desktop.topWindowAt(place.center()), window());
+}
+
+TEST_F(X11PanelFrames, aToastIsAsLargeAsItIsTold) {
+    ToastManager toasts(time, screens, windows, [](const QString &, const QString &) { return new QWidget; });
+    toasts.show(QStringLiteral("A toast"), QString());
+    const QPoint middle(desktop.size().width() / 2, desktop.size().height() - 155);
+    ASSERT_TRUE(waitUntil([&] { return desktop.overlayAt(middle) != 0; }));
+    const quint32 toast = desktop.overlayAt(middle);
+    int looks = 0;
+    (void)waitUntil(
+        [&] {
+            const QSize size = desktop.geometry(toast).size();
+            EXPECT_EQ(size, QSize(250, 60));
+            ++looks;
+            return size != QSize(250, 60);
+        },
+        400ms); // it rises meanwhile, by parts of points
+    EXPECT_GT(looks, 10);
+}
+
+} // namespace
+} // namespace tavrine
+
+int main(int argc, char **argv) {
+    QApplication application(argc, argv);
+    ::testing::InitGoogleMock(&argc, argv);
+    return RUN_ALL_TESTS();
+}
