@@ -17,6 +17,9 @@
 #include <QPointer>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <QWindow>
+
+#include <algorithm>
 
 namespace tavrine::look {
 namespace {
@@ -41,9 +44,26 @@ protected:
     }
 };
 
-/// Asks, and gives the keyboard back to the window that had it. True for the first button.
+/// The window that asks: the one with the keyboard, else one that could have it.
+QWidget *askingWindow() {
+    if (QWidget *active = QApplication::activeWindow())
+        return active;
+    const QWidgetList all = QApplication::topLevelWidgets();
+    const auto found = std::find_if(all.begin(), all.end(), [](const QWidget *widget) {
+        return widget->isVisible() && widget->windowType() == Qt::Window &&
+               !widget->windowFlags().testFlag(Qt::WindowDoesNotAcceptFocus);
+    });
+    return found == all.end() ? nullptr : *found;
+}
+
+/// Asks before the window that the question came from, and gives it the keyboard back. True for the first button.
 bool ask(AlertWindow &window) {
-    const QPointer<QWidget> before = QApplication::activeWindow();
+    const QPointer<QWidget> before = askingWindow();
+    if (before) {
+        // Without a parent the toolkit names none of our windows, and a manager puts the question where it likes.
+        window.create();
+        window.windowHandle()->setTransientParent(before->windowHandle());
+    }
     const bool isFirst = window.exec() == QDialog::Accepted;
     if (before && before->isVisible())
         before->activateWindow();
@@ -135,9 +155,8 @@ bool AlertWindow::eventFilter(QObject *object, QEvent *event) {
 
 void AlertWindow::showEvent(QShowEvent *event) {
     adjustSize();
-    const QWidget *active = QApplication::activeWindow();
-    const QWidget *near = active && active != this ? active : parentWidget();
-    const QRect around = near ? near->frameGeometry() : screen()->availableGeometry();
+    const QWindow *asking = windowHandle()->transientParent();
+    const QRect around = asking ? asking->frameGeometry() : screen()->availableGeometry();
     QRect place(QPoint(), size());
     place.moveCenter(around.center());
     move(place.topLeft());

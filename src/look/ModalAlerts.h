@@ -18,6 +18,7 @@ public:
     AlertWindow(const Alert &alert, const QSize &textArea, QWidget *parent = nullptr);
 
     [[nodiscard]] QPlainTextEdit *textEdit() const { return m_text; }
+    using QWidget::create;
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;

@@ -12,6 +12,8 @@
 namespace tavrine {
 namespace {
 
+constexpr Seconds untilAnswered{0.05};
+
 void paintPanelShadow(QPainter &painter, const QRectF &panel) {
     const look::Look *look = look::Look::current();
     if (!look)
@@ -165,7 +167,14 @@ void FloatingPanel::release(Dismissal dismissal, Done done) {
 void FloatingPanel::tearDown(std::unique_ptr<PanelWindow> window) {
     window->orderOut();
     m_tornDown.push_back(std::move(window));
-    m_ports.time.async(this, [this] { m_tornDown.clear(); });
+    m_ports.time.async(this, [this] { clearTornDown(); });
+}
+
+void FloatingPanel::clearTornDown() {
+    if (m_ports.windows.isAsking()) // its content may be what asks, and is not done with the answer
+        m_ports.time.asyncAfter(untilAnswered, this, [this] { clearTornDown(); });
+    else
+        m_tornDown.clear();
 }
 
 } // namespace tavrine

@@ -27,7 +27,8 @@ enum class Dismissal { atOnce, animated };
 ///  2. It fades in and out, and may shrink on its way. Where the desktop cannot show that, it comes and goes at once.
 ///     Its frame is the one that it was given, whatever an animation does to it.
 ///  3. A screen that goes or shrinks under it leaves no part of it outside.
-///  4. What it holds is destroyed in a later turn: its own button may be what closes it.
+///  4. What it holds is destroyed in a later turn, because its own button may be what closes it, and not while a
+///     question of the program is open, which its content may be waiting for.
 ///  5. The desktop may ask for its end as well (Alt+F4): `onClosed` answers that, and a dismissal where nobody does.
 class FloatingPanel final : public QObject {
     Q_OBJECT
@@ -90,6 +91,7 @@ private:
     void rest();
     void orderOut();
     void tearDown(std::unique_ptr<PanelWindow> window);
+    void clearTornDown();
 
     Ports m_ports;
     Traits m_traits;

@@ -79,6 +79,7 @@ public:
     virtual void makeKeyAndOrderFront() = 0;
     /// Shows it above the others and leaves the keyboard where it is.
     virtual void orderFrontRegardless() = 0;
+    /// A question that its content asked goes with it, unanswered.
     virtual void orderOut() = 0;
 
     /// The panel takes the content over and destroys it with itself or with the next. Null for none.
@@ -100,6 +101,8 @@ public:
     [[nodiscard]] virtual std::unique_ptr<PanelWindow> makePanel(const PanelDescription &description) = 0;
     /// True while the desktop can draw windows that let others show through: without it fades have no meaning.
     [[nodiscard]] virtual bool isComposited() const = 0;
+    /// True while a modal question of this program waits for its answer: no panel takes keys or clicks until then.
+    [[nodiscard]] virtual bool isAsking() const = 0;
 };
 
 } // namespace tavrine

@@ -14,6 +14,9 @@
 namespace tavrine {
 namespace {
 
+constexpr Seconds keyboardSettles{0.1}; ///< a window manager takes it from one window before it gives it to another
+constexpr Seconds openingSettles{0.6};  ///< a panel asks again for the keyboard until then
+
 /// In the middle of the main screen, and somewhat above it.
 FloatingPanel::Placement centred(double offset) {
     return [offset](const Screens &screens, QSizeF size) -> std::optional<QRectF> {
@@ -38,6 +41,7 @@ PanelController::PanelController(const Ports &ports, Contents contents, Actions 
     m_classic.setOnClosed([this] { dismissClassicPanel(); });
     m_search.setOnClosed([this] { dismissSearchPanel(); });
     m_emoji.setOnClosed([this] { dismissEmojiPanel(); });
+    connect(&m_ports.pasteBack, &PasteBack::leftForAnother, this, [this] { leave(keyboardSettles); });
 }
 
 PanelController::~PanelController() = default;
@@ -58,6 +62,8 @@ FloatingPanel::Traits PanelController::traitsOf(const PanelTraits &traits, Place
 
 void PanelController::toggleClipboardPanel() {
     m_ports.time.async(this, [this] {
+        if (m_ports.windows.isAsking())
+            return; // a panel that came or went would leave the question alone
         if (m_actions.opensSearchPanel())
             toggleSearchPanel();
         else
@@ -66,7 +72,10 @@ void PanelController::toggleClipboardPanel() {
 }
 
 void PanelController::toggleEmojiPanel() {
-    m_ports.time.async(this, [this] { showOrDismissEmojiPanel(); });
+    m_ports.time.async(this, [this] {
+        if (!m_ports.windows.isAsking())
+            showOrDismissEmojiPanel();
+    });
 }
 
 void PanelController::ensureClassicPanel() {
@@ -119,6 +128,7 @@ void PanelController::show(FloatingPanel &panel, const PanelTraits &traits) {
     m_ports.pasteBack.noteFrontmost();
     m_ports.activator.activateIgnoringOtherApps();
     panel.show();
+    m_lastShowing = m_ports.time.systemUptime();
     removePanelMonitors();
     installPanelMonitors();
     m_ports.center.post(QString(traits.openedNotification));
@@ -164,6 +174,8 @@ void PanelController::installPanelMonitors() {
 }
 
 void PanelController::clickedElsewhere() {
+    if (m_ports.windows.isAsking())
+        return;
     const QPointF pointer = m_ports.screens.mouseLocation();
     if (m_search.isVisibleAndWithout(pointer))
         dismissSearchPanel();
@@ -173,7 +185,24 @@ void PanelController::clickedElsewhere() {
         dismissClassicPanel();
 }
 
+/// The person went to another program by the keyboard. A panel that was just opened has the keyboard a while later, and
+/// another program may have it meanwhile.
+void PanelController::leave(Seconds delay) {
+    m_ports.time.asyncAfter(delay, this, [this] {
+        const Seconds shown = m_ports.time.systemUptime() - m_lastShowing;
+        if (shown < openingSettles)
+            leave(openingSettles - shown);
+        else if (m_ports.pasteBack.isAnotherInFront() && !m_ports.windows.isAsking()) {
+            dismissSearchPanel();
+            dismissEmojiPanel();
+            dismissClassicPanel();
+        }
+    });
+}
+
 void PanelController::escapePressed() {
+    if (m_ports.windows.isAsking())
+        return;
     if (m_search.isVisible())
         dismissSearchPanel();
     else if (m_emoji.isVisible())

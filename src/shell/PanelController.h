@@ -99,6 +99,7 @@ private:
     void installPanelMonitors();
     void clickedElsewhere();
     void escapePressed();
+    void leave(Seconds delay);
     void pasteIntoTarget();
 
     Ports m_ports;
@@ -107,6 +108,7 @@ private:
     FloatingPanel m_classic;
     FloatingPanel m_search;
     FloatingPanel m_emoji;
+    Seconds m_lastShowing{0}; ///< of any of them, as uptime
     std::unique_ptr<EventMonitor> m_clickMonitor;
     std::unique_ptr<EventMonitor> m_keyMonitor;
 };

@@ -39,8 +39,15 @@ void PasteBack::listen() {
 }
 
 void PasteBack::appDidDeactivate(const RunningApplication &application) {
-    if (!isThisProgram(application))
+    if (isThisProgram(application))
+        Q_EMIT leftForAnother();
+    else
         m_previous = application;
+}
+
+bool PasteBack::isAnotherInFront() const {
+    const auto front = m_workspace.frontmostApplication();
+    return front && !isThisProgram(*front);
 }
 
 void PasteBack::noteFrontmost() {

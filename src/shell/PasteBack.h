@@ -37,10 +37,16 @@ public:
     /// May have quit meanwhile.
     [[nodiscard]] const std::optional<RunningApplication> &previouslyActiveApplication() const { return m_previous; }
 
+    [[nodiscard]] bool isAnotherInFront() const;
+
     /// Brings the target to the front and types the paste there once it is, or after a while all the same. Without a
     /// target this program gives way, and the keystroke goes to whatever has the keyboard then. Both hands outlive the
     /// wait.
     void paste(ApplicationActivator &activator, EventPoster &poster);
+
+Q_SIGNALS:
+    /// This program was in front and no longer is.
+    void leftForAnother();
 
 private:
     void waitForActivation(EventPoster &poster, const RunningApplication &target, int attempt);

@@ -225,6 +225,18 @@ TEST_F(FloatingPanelTest, whatItHoldsOutlivesTheButtonThatClosesIt) {
     EXPECT_EQ(windows.living(), 0);
 }
 
+TEST_F(FloatingPanelTest, whatItHoldsOutlivesTheQuestionThatItAsked) {
+    show();
+    windows.setAsking(true);
+    panel.release(Dismissal::atOnce);
+    time.advance(10s);
+    EXPECT_EQ(windows.living(), 1);
+    EXPECT_TRUE(windows.visibleTitles().isEmpty());
+    windows.setAsking(false);
+    time.advance(50ms);
+    EXPECT_EQ(windows.living(), 0);
+}
+
 TEST_F(FloatingPanelTest, whoReleasesItIsToldOnceItHasLeftTheScreen) {
     for (const Dismissal how : {Dismissal::atOnce, Dismissal::animated}) {
         show();

@@ -421,6 +421,64 @@ TEST_F(PanelControllerTest, theEmojiPanelGoesBeforeTheClassicOne) {
     EXPECT_TRUE(classic()->isVisible());
 }
 
+TEST_F(PanelControllerTest, aProgramThatThePersonSwitchesToTakesThePanelsAway) {
+    controller.toggleSearchPanel();
+    controller.toggleClassicPanel();
+    time.advance(1s);
+    workspace.setFrontmost(browser);
+    time.advance(99ms);
+    EXPECT_TRUE(search()->isVisible());
+    time.advance(1ms);
+    EXPECT_FALSE(search()->isVisible());
+    time.advance(1s);
+    EXPECT_FALSE(classic()->isVisible());
+    EXPECT_EQ(monitors.globalCount(), 0);
+}
+
+TEST_F(PanelControllerTest, aPanelThatHasTheKeyboardAgainStays) {
+    controller.toggleSearchPanel();
+    time.advance(1s);
+    workspace.setFrontmost(browser);
+    time.advance(50ms);
+    workspace.setFrontmost(ours);
+    time.advance(1s);
+    EXPECT_TRUE(search()->isVisible());
+}
+
+TEST_F(PanelControllerTest, aPanelThatIsOpeningIsNotTakenAwayByTheProgramBehindTheLast) {
+    controller.showOrDismissEmojiPanel();
+    time.advance(1s);
+    controller.toggleSearchPanel();
+    workspace.setFrontmost(editor); // the keyboard goes back there from the first panel
+    time.advance(599ms);
+    EXPECT_TRUE(search()->isVisible());
+    workspace.setFrontmost(ours); // a slow window manager
+    time.advance(1s);
+    EXPECT_TRUE(search()->isVisible());
+    workspace.setFrontmost(editor);
+    time.advance(1s);
+    EXPECT_FALSE(search()->isVisible());
+}
+
+TEST_F(PanelControllerTest, aQuestionKeepsThePanelThatAskedIt) {
+    opensSearchPanel = true;
+    controller.toggleSearchPanel();
+    time.advance(1s);
+    windows.setAsking(true);
+    controller.toggleClipboardPanel();
+    controller.toggleEmojiPanel();
+    time.runPending();
+    clickAt({5, 5});
+    monitors.keyDown(53);
+    workspace.setFrontmost(browser);
+    time.advance(1s);
+    EXPECT_TRUE(search()->isVisible());
+    EXPECT_EQ(windows.made(), 1);
+    windows.setAsking(false);
+    clickAt({5, 5});
+    EXPECT_FALSE(search()->isVisible());
+}
+
 TEST_F(PanelControllerTest, escapeInAnotherProgramClosesOnePanelAtATime) {
     controller.toggleSearchPanel();
     controller.toggleClassicPanel();

@@ -89,6 +89,9 @@ public:
     }
     [[nodiscard]] bool isComposited() const override { return m_isComposited; }
 
+    [[nodiscard]] bool isAsking() const override { return m_isAsking; }
+
+    void setAsking(bool isAsking) { m_isAsking = isAsking; }
     void setComposited(bool isComposited) { m_isComposited = isComposited; }
     [[nodiscard]] int made() const { return m_made; }
     /// Panels that have not been destroyed.
@@ -110,6 +113,7 @@ private:
     std::vector<Window *> m_keys;
     int m_made = 0;
     bool m_isComposited = true;
+    bool m_isAsking = false;
 };
 
 } // namespace tavrine

@@ -5,6 +5,7 @@
 #include "adapters/x11/X11WindowDescription.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QLayout>
 #include <QPointer>
 #include <QTimer>
@@ -71,6 +72,7 @@ public:
     void orderOut() override {
         if (!m_view.isVisible())
             return;
+        withdrawQuestion();
         // Without a window manager the keyboard would be lost with the window; with one it is given back by it.
         if (const auto before = std::exchange(m_focusBefore, xcb_window_t{XCB_WINDOW_NONE});
             before != XCB_WINDOW_NONE && m_activator.focusedWindow() == m_view.winId())
@@ -106,6 +108,14 @@ private:
         QTimer::singleShot(activationCheck, &m_view, [this, checksLeft] { insistOnKeyboard(checksLeft - 1); });
     }
 
+    /// One that stands before this panel would be left alone.
+    void withdrawQuestion() {
+        auto *question = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+        if (question && question->windowHandle() &&
+            question->windowHandle()->transientParent() == m_view.windowHandle())
+            question->reject();
+    }
+
     const PanelDescription m_description;
     X11ApplicationActivator &m_activator;
     X11PanelView m_view;
@@ -118,6 +128,10 @@ private:
 
 std::unique_ptr<PanelWindow> X11PanelWindows::makePanel(const PanelDescription &description) {
     return std::make_unique<X11PanelWindow>(description, m_activator);
+}
+
+bool X11PanelWindows::isAsking() const {
+    return QApplication::activeModalWidget() != nullptr;
 }
 
 bool X11PanelWindows::isComposited() const {

@@ -12,6 +12,7 @@ public:
 
     [[nodiscard]] std::unique_ptr<PanelWindow> makePanel(const PanelDescription &description) override;
     [[nodiscard]] bool isComposited() const override;
+    [[nodiscard]] bool isAsking() const override;
 
 private:
     X11ApplicationActivator &m_activator;

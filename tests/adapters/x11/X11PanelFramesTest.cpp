@@ -6,6 +6,7 @@
 #include "adapters/x11/X11Screens.h"
 #include "desktop/Desktop.h"
 #include "look/Look.h"
+#include "look/ModalAlerts.h"
 #include "look/Shadow.h"
 #include "panels/FloatingPanel.h"
 #include "panels/Placement.h"
@@ -177,6 +178,29 @@ TEST_F(X11PanelFrames, aScreenThatShrinksUnderAPanelTakesItAlong) {
     const QRect place = onScreen();
     EXPECT_TRUE(follows) << place.x() << ' ' << place.y();
     EXPECT_EQ(onScreen(), wanted());
+}
+
+TEST_F(X11PanelFrames, aQuestionStandsBeforeThePanelThatAsksAndGoesWithIt) {
+    panel.build(new QWidget);
+    ASSERT_TRUE(show());
+    settle();
+    const quint32 asking = window();
+    bool isBefore = false;
+    bool isAsking = false;
+    time.asyncAfter(500ms, [&] {
+        const auto questions = desktop.windowsTitled(QStringLiteral("Keep?"));
+        isBefore = questions.size() == 1 && desktop.topWindowAt(onScreen().center()) == questions.front() &&
+                   desktop.keyboard.focusedWindow() == questions.front() && questions.front() != asking;
+        isAsking = windows.isAsking();
+        panel.release(Dismissal::atOnce);
+    });
+    look::ModalAlerts alerts;
+    const auto answer = alerts.runModalForText({QStringLiteral("Keep?"), {}, {QStringLiteral("Save"), {}}}, 200, 60);
+    EXPECT_TRUE(isBefore);
+    EXPECT_TRUE(isAsking);
+    EXPECT_FALSE(answer);
+    EXPECT_FALSE(windows.isAsking());
+    EXPECT_TRUE(waitUntil([&] { return desktop.windowsTitled(QStringLiteral("Keep?")).empty(); }));
 }
 
 TEST_F(X11PanelFrames, aPanelCastsAShadowWhereOneCanBeSeen) {
