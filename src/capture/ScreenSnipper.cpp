@@ -77,6 +77,8 @@ void ScreenSnipper::startCapture() {
         QFile::remove(path);
         m_currentCapturePath.reset();
         m_isSnipping = false;
+        if (m_onEnd)
+            m_onEnd();
     }
 }
 
@@ -86,6 +88,8 @@ void ScreenSnipper::handleEnd(const QImage &picture, const QString &path) {
     QFile::remove(path);
     m_currentCapturePath.reset();
     m_isSnipping = false;
+    if (m_onEnd)
+        m_onEnd();
 }
 
 } // namespace tavrine

@@ -53,6 +53,9 @@ public:
         m_onSnipComplete = std::move(onSnipComplete);
     }
 
+    /// Called on the main thread once for each start, when its end has been handled or it could not be launched.
+    void setOnEnd(std::function<void()> onEnd) { m_onEnd = std::move(onEnd); }
+
 private:
     struct CurrentTask;
 
@@ -63,6 +66,7 @@ private:
     std::shared_ptr<CurrentTask> m_currentTask; ///< cleared on the thread of a task's end
     std::optional<QString> m_currentCapturePath;
     std::function<void(const QImage &)> m_onSnipComplete;
+    std::function<void()> m_onEnd;
 };
 
 } // namespace tavrine

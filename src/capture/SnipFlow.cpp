@@ -65,6 +65,7 @@ SnipFlow::SnipFlow(Ports ports, Actions actions, Views views)
              {.description = cardDescription(), .placement = inTheCorner, .motion = motion}),
       m_dialog({m_ports.windows, m_ports.screens, m_ports.time},
                {.description = dialogDescription(), .placement = inTheMiddle, .motion = motion}) {
+    m_ports.snipper.setOnEnd([this] { captureEnded(); });
     m_card.setOnClosed([this] { dismissSnipPreview(Dismissal::animated); });
     m_dialog.setOnClosed([this] {
         if (const auto model = m_dialogModel)
@@ -72,7 +73,9 @@ SnipFlow::SnipFlow(Ports ports, Actions actions, Views views)
     });
 }
 
-SnipFlow::~SnipFlow() = default;
+SnipFlow::~SnipFlow() {
+    m_ports.snipper.setOnEnd({});
+}
 
 void SnipFlow::startSnip() {
     if (!m_actions.mayCaptureScreen || m_actions.mayCaptureScreen())
@@ -80,7 +83,35 @@ void SnipFlow::startSnip() {
 }
 
 void SnipFlow::startCapture() {
+    if (m_isClearingTheScreen)
+        return; // the tool comes in a moment
+    if (!m_card.setAside()) {
+        launchTool();
+        return;
+    }
+    if (m_cardModel)
+        m_cardModel->setAside(true);
+    m_isClearingTheScreen = true;
+    m_ports.time.asyncAfter(newSnipDelay, this, [this] {
+        m_isClearingTheScreen = false;
+        launchTool();
+    });
+}
+
+void SnipFlow::launchTool() {
+    ++m_captures;
     m_ports.snipper.startCapture();
+}
+
+/// A capture that ended another's tool may still have its own before it.
+void SnipFlow::captureEnded() {
+    if (m_captures > 0)
+        --m_captures;
+    if (m_captures > 0 || m_isClearingTheScreen)
+        return;
+    m_card.bringBack();
+    if (m_cardModel)
+        m_cardModel->setAside(false);
 }
 
 void SnipFlow::presentSnip(const QImage &image) {
@@ -135,11 +166,6 @@ QString SnipFlow::beginDragFile(const QImage &image) {
     m_files.saveAs(path, m_files.prepare(image, {}), FileRights::ownerOnly, [](const auto &) {});
     time.asyncAfter(dragFileLife + Seconds(1), [temporary, &time] { removeOldDrags(temporary, time.now()); });
     return path;
-}
-
-void SnipFlow::unload() {
-    dismissSnipPreview(Dismissal::atOnce);
-    dismissSnipSaveDialog(Dismissal::atOnce);
 }
 
 void SnipFlow::dismissSnipPreview(Dismissal dismissal) {

@@ -75,7 +75,8 @@ public:
 
     /// The way of menus and quick actions into a capture, over the permission.
     void startSnip();
-    /// Straight into a capture, for who was in one already.
+    /// Straight into a capture, for who was in one already. The last capture's card is not in the picture: it is off
+    /// the screen before the tool looks at it, and comes back when nothing takes its place.
     void startCapture();
     /// A capture has come: the pasteboard, the history's file, the card.
     void presentSnip(const QImage &image);
@@ -87,8 +88,6 @@ public:
     void autoSaveSnip(const QImage &image);
     void showSnipSaveDialog(const QString &directory, SnipSaveDialogModel::Actions actions);
     void dismissSnipSaveDialog(Dismissal dismissal);
-    /// Takes the windows off the screen at once: the tool has been switched off.
-    void unload();
 
     /// The folder for captures: the person's choice, else "tavrine" in the documents, else in the home.
     [[nodiscard]] QString snipDefaultDirectory() const;
@@ -104,6 +103,8 @@ public:
     [[nodiscard]] SnipSaveDialogModel *saveDialogModel() const { return m_dialogModel.get(); }
 
 private:
+    void launchTool();
+    void captureEnded();
     [[nodiscard]] SnippetPreviewModel::Actions cardActions(const QImage &image);
     void writeToPasteboard(const QImage &image);
     [[nodiscard]] QString beginDragFile(const QImage &image);
@@ -119,6 +120,8 @@ private:
     SnipFiles m_files;
     std::shared_ptr<SnippetPreviewModel> m_cardModel;
     std::shared_ptr<SnipSaveDialogModel> m_dialogModel;
+    int m_captures = 0; ///< tools under way
+    bool m_isClearingTheScreen = false;
     FloatingPanel m_card;
     FloatingPanel m_dialog;
 };

@@ -9,7 +9,6 @@
 #include "look/Symbols.h"
 
 #include <QApplication>
-#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QVBoxLayout>
@@ -251,13 +250,6 @@ void SnippetPreviewCard::enterEvent(QEnterEvent *event) {
 void SnippetPreviewCard::leaveEvent(QEvent *event) {
     m_model->setHovering(false);
     PanelSurface::leaveEvent(event);
-}
-
-void SnippetPreviewCard::keyPressEvent(QKeyEvent *event) {
-    if (event->key() == Qt::Key_Escape)
-        m_model->pressDismiss();
-    else
-        PanelSurface::keyPressEvent(event);
 }
 
 } // namespace tavrine

@@ -68,12 +68,35 @@ void FloatingPanel::show() {
     if (m_traits.placed == Placed::atEachShowing)
         place();
     m_window->setAlpha(m_traits.motion.fadeIn.count() > 0 ? 0.0 : 1.0);
+    orderFront();
+    if (m_traits.motion.fadeIn.count() > 0)
+        m_animator.run(*m_window, m_traits.motion.fadeIn, m_traits.motion.timingIn, {.alpha = 1.0, .frame = {}});
+}
+
+void FloatingPanel::orderFront() {
+    m_isAside = false;
     if (m_traits.description.canBecomeKey)
         m_window->makeKeyAndOrderFront();
     else
         m_window->orderFrontRegardless();
-    if (m_traits.motion.fadeIn.count() > 0)
-        m_animator.run(*m_window, m_traits.motion.fadeIn, m_traits.motion.timingIn, {.alpha = 1.0, .frame = {}});
+}
+
+bool FloatingPanel::setAside() {
+    bool wasOnScreen = false;
+    for (const auto &leaving : m_leaving) {
+        wasOnScreen = wasOnScreen || leaving->isVisible();
+        leaving->orderOut();
+    }
+    if (!isVisible())
+        return wasOnScreen;
+    m_isAside = !m_restingFrame; // one that was on its way off does not come back
+    orderOut();
+    return true;
+}
+
+void FloatingPanel::bringBack() {
+    if (m_isAside)
+        orderFront();
 }
 
 QRectF FloatingPanel::frame() const {
@@ -139,6 +162,7 @@ void FloatingPanel::release(Dismissal dismissal, Done done) {
     if (!m_window)
         return;
     ++m_showing;
+    m_isAside = false;
     m_screenChanges.reset();
     m_restingFrame.reset();
     std::unique_ptr<PanelWindow> window = std::move(m_window);

@@ -72,6 +72,10 @@ public:
     /// Off the screen and taken apart. `done` is called in a later turn, once it has left the screen.
     void release(Dismissal dismissal, Done done = {});
 
+    /// Off the screen at once, with what is still fading, until it is brought back. False when nothing was on it.
+    bool setAside();
+    void bringBack();
+
     /// Answers the desktop's wish that the panel goes.
     void setOnClosed(std::function<void()> onClosed) { m_onClosed = std::move(onClosed); }
     /// Called after the person moved it.
@@ -90,6 +94,7 @@ private:
     void fadeOut(PanelWindow &window, PanelAnimator::Completion completion);
     void rest();
     void orderOut();
+    void orderFront();
     void tearDown(std::unique_ptr<PanelWindow> window);
     void clearTornDown();
 
@@ -103,6 +108,7 @@ private:
     std::vector<std::unique_ptr<PanelWindow>> m_tornDown; ///< off the screen, and gone with a later turn
     std::optional<QRectF> m_restingFrame;                 ///< while it shrinks away
     std::shared_ptr<void> m_screenChanges;
+    bool m_isAside = false;
     int m_showing = 0; ///< grows with each, and with its end: an earlier dismissal has no say any more
 };
 

@@ -218,24 +218,76 @@ TEST_F(SnipFlowTest, aCaptureBecomesACard) {
     EXPECT_THAT(temporaryFiles(), IsEmpty());
 }
 
-TEST_F(SnipFlowTest, aCancelledCaptureLeavesTheCardThatIsThere) {
+TEST_F(SnipFlowTest, theCardIsOffTheScreenBeforeTheNextCaptureLooksAtIt) {
     show();
-    flow->startSnip();
-    tool(0).finish(1);
-    time.runPending();
-    EXPECT_TRUE(flow->isPreviewShown());
-    EXPECT_EQ(pasteboard.changeCount(), 0);
+    time.advance(1s);
+    flow->startCapture();
+    EXPECT_TRUE(windows.visibleTitles().isEmpty());
+    EXPECT_TRUE(launcher.tasks().isEmpty());
+    flow->startCapture(); // an impatient key
+    time.advance(199ms);
+    EXPECT_TRUE(launcher.tasks().isEmpty());
+    time.advance(1ms);
+    EXPECT_EQ(launcher.tasks().size(), 1);
+    EXPECT_TRUE(windows.visibleTitles().isEmpty());
 }
 
-TEST_F(SnipFlowTest, aToolThatIsSwitchedOffReleasesItsWindows) {
+TEST_F(SnipFlowTest, aCardThatStillFadesIsNotInTheNextCapture) {
     show();
-    flow->saveSnip(picture(), [](bool) {});
-    flow->unload();
-    EXPECT_FALSE(flow->isPreviewShown());
-    EXPECT_FALSE(flow->isSaveDialogShown());
+    time.advance(1s);
+    flow->dismissSnipPreview(Dismissal::animated);
+    time.advance(50ms);
+    flow->startCapture();
+    EXPECT_TRUE(windows.visibleTitles().isEmpty());
+    EXPECT_TRUE(launcher.tasks().isEmpty());
+    time.advance(200ms);
+    EXPECT_EQ(launcher.tasks().size(), 1);
+    tool(0).finish(1);
     time.runPending();
     EXPECT_EQ(windows.living(), 0);
-    EXPECT_EQ(time.timerCount(), 0);
+}
+
+TEST_F(SnipFlowTest, withoutACardTheToolStartsAtOnce) {
+    flow->startCapture();
+    EXPECT_EQ(launcher.tasks().size(), 1);
+}
+
+TEST_F(SnipFlowTest, aCancelledCaptureBringsTheCardBackWithTheTimeThatItHad) {
+    show();
+    time.advance(1s);
+    const double left = card().remaining();
+    flow->startSnip();
+    time.advance(10s);
+    EXPECT_TRUE(windows.visibleTitles().isEmpty());
+    tool(0).finish(1);
+    time.runPending();
+    EXPECT_EQ(windows.visibleTitles(), QStringList(text("Screenshot")));
+    EXPECT_EQ(card().remaining(), left);
+    EXPECT_EQ(pasteboard.changeCount(), 0);
+    time.advance(8s);
+    EXPECT_FALSE(flow->isPreviewShown());
+}
+
+TEST_F(SnipFlowTest, aCaptureThatEndsAnotherDoesNotFindTheCardBack) {
+    show();
+    time.advance(1s);
+    flow->startCapture();
+    time.advance(1s);
+    flow->startCapture(); // ends the first tool
+    tool(0).finish(1);
+    time.runPending();
+    EXPECT_TRUE(windows.visibleTitles().isEmpty());
+    tool(1).finish(1);
+    time.runPending();
+    EXPECT_FALSE(windows.visibleTitles().isEmpty());
+}
+
+TEST_F(SnipFlowTest, aToolThatCannotBeLaunchedBringsTheCardBack) {
+    show();
+    launcher.failNextLaunch(text("no such file"));
+    flow->startCapture();
+    time.advance(200ms);
+    EXPECT_FALSE(windows.visibleTitles().isEmpty());
 }
 
 // The picture taken out of the card.

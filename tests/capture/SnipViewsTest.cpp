@@ -139,12 +139,6 @@ TEST_F(CardTest, thePointerOverTheCardHoldsTheCountdown) {
     EXPECT_FALSE(card().isHovering());
 }
 
-TEST_F(CardTest, escapeDismisses) {
-    makeCard();
-    QTest::keyClick(view.get(), Qt::Key_Escape);
-    EXPECT_FALSE(flow->isPreviewShown());
-}
-
 TEST_F(CardTest, everyButtonIsReachedByTabAndHasAName) {
     configureUpload();
     makeCard();

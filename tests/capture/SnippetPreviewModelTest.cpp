@@ -152,11 +152,25 @@ TEST_F(SnippetPreviewModelTest, withoutAnUploadButtonThereIsNoUpload) {
     EXPECT_TRUE(model->isCountingDown());
 }
 
+TEST_F(SnippetPreviewModelTest, aPressOnUploadInTheLastMomentKeepsTheCard) {
+    time.advance(6990ms);
+    model->pressUpload(); // and the picture takes its time to become a PNG
+    time.advance(3600s);
+    EXPECT_THAT(events, IsEmpty());
+    played.prepare();
+    time.advance(3600s);
+    EXPECT_THAT(events, IsEmpty());
+}
+
 TEST_F(SnippetPreviewModelTest, anUploadThatCannotBeginLeavesTheCountdownRunning) {
+    time.advance(5s);
     played.png.reset();
     model->pressUpload();
+    time.advance(10s);
     played.prepare();
-    time.advance(7s);
+    time.advance(1950ms);
+    EXPECT_THAT(events, IsEmpty());
+    time.advance(50ms);
     EXPECT_THAT(events, ElementsAre(text("dismiss")));
 }
 

@@ -171,4 +171,19 @@ TEST_P(CaptureProgram, aSecondCaptureTakesTheCardsPlace) {
     EXPECT_TRUE(waitUntil([this] { return historyImages().size() == 2; }));
 }
 
+TEST_P(CaptureProgram, theCardOfTheLastCaptureIsNotInTheNext) {
+    capture({QPoint(700, 100), QPoint(799, 149)});
+    ASSERT_TRUE(waitUntil([this] { return cards() == 1 && historyImages().size() == 1; }));
+    const QRect place = desktop.geometry(desktop.windowsTitled(QLatin1String(card)).front());
+    capture(place.adjusted(-10, -10, 10, 10));
+    ASSERT_TRUE(waitUntil([this] { return historyImages().size() == 2; }));
+    EXPECT_TRUE(waitUntil([&place] { return isOnPasteboard(place.adjusted(-10, -10, 10, 10)); }, 3s));
+    EXPECT_TRUE(waitUntil([this] { return cards() == 1; }));
+    // One that is given up leaves the card where it was.
+    pressHotKey();
+    EXPECT_EQ(cards(), 0U);
+    desktop.pressEscape();
+    EXPECT_TRUE(waitUntil([this] { return cards() == 1; }));
+}
+
 } // namespace

@@ -38,6 +38,7 @@ X11PanelView::X11PanelView(const PanelDescription &description)
     setAttribute(Qt::WA_TranslucentBackground, description.isClear);
     setAttribute(Qt::WA_ShowWithoutActivating, !description.canBecomeKey);
     setAttribute(Qt::WA_QuitOnClose, false);
+    setAttribute(Qt::WA_AlwaysShowToolTips); // of a panel that never has the keyboard as well
     setWindowTitle(description.title);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

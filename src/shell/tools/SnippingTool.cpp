@@ -69,7 +69,10 @@ void SnippingTool::startSnip() {
 }
 
 void SnippingTool::startCapture() {
-    m_snipper.startCapture();
+    if (SnipFlow *flow = m_flow.ifMade())
+        flow->startCapture(); // its card may be in the way
+    else
+        m_snipper.startCapture();
 }
 
 void SnippingTool::showPreviewCard(const ClipboardItem &item) {

@@ -180,6 +180,46 @@ TEST_F(X11PanelFrames, aScreenThatShrinksUnderAPanelTakesItAlong) {
     EXPECT_EQ(onScreen(), wanted());
 }
 
+TEST_F(X11PanelFrames, aProgramThatGivesWayKeepsItsPanels) {
+    panel.build(new QWidget);
+    ASSERT_TRUE(show());
+    QWidget ordinary;
+    ordinary.setWindowTitle(QStringLiteral("Ordinary"));
+    ordinary.show();
+    ASSERT_TRUE(waitUntil([&] { return desktop.isShown("Ordinary"); }));
+    settle();
+    activator.hide();
+    EXPECT_TRUE(waitUntil([&] { return !desktop.isShown("Ordinary"); }));
+    settle();
+    EXPECT_TRUE(desktop.isShown(title));
+}
+
+TEST_F(X11PanelFrames, aPanelWithoutTheKeyboardShowsItsToolTips) {
+    class Content final : public QWidget {
+    public:
+        int toolTips = 0;
+
+    protected:
+        bool event(QEvent *event) override {
+            toolTips += event->type() == QEvent::ToolTip ? 1 : 0;
+            return QWidget::event(event);
+        }
+    };
+    auto *content = new Content;
+    auto card = traits();
+    card.description.canBecomeKey = false;
+    FloatingPanel other({windows, screens, time}, card);
+    other.build(content);
+    other.show();
+    ASSERT_TRUE(waitUntil([&] { return desktop.isShown(title); }));
+    settle();
+    const QPoint middle = onScreen().center();
+    desktop.keyboard.movePointer(middle.x() - 20, middle.y());
+    settle();
+    desktop.keyboard.movePointer(middle.x(), middle.y());
+    EXPECT_TRUE(waitUntil([&] { return content->toolTips > 0; }, 3s));
+}
+
 TEST_F(X11PanelFrames, aQuestionStandsBeforeThePanelThatAsksAndGoesWithIt) {
     panel.build(new QWidget);
     ASSERT_TRUE(show());
@@ -193,6 +233,10 @@ TEST_F(X11PanelFrames, aQuestionStandsBeforeThePanelThatAsksAndGoesWithIt) {
                    desktop.keyboard.focusedWindow() == questions.front() && questions.front() != asking;
         isAsking = windows.isAsking();
         panel.release(Dismissal::atOnce);
+    });
+    time.asyncAfter(5s, [] { // a question that nobody answers would stand for ever
+        if (QWidget *question = QApplication::activeModalWidget())
+            question->close();
     });
     look::ModalAlerts alerts;
     const auto answer = alerts.runModalForText({QStringLiteral("Keep?"), {}, {QStringLiteral("Save"), {}}}, 200, 60);
