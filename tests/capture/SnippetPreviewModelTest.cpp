@@ -3,6 +3,8 @@
 #include "SnipTest.h"
 #include "upload/PlayedUpload.h"
 
+#include <future>
+
 namespace tavrine {
 namespace {
 
@@ -153,20 +155,26 @@ TEST_F(SnippetPreviewModelTest, withoutAnUploadButtonThereIsNoUpload) {
 }
 
 TEST_F(SnippetPreviewModelTest, aPressOnUploadInTheLastMomentKeepsTheCard) {
+    std::promise<void> gate;
+    played.pictureQueue.async([&gate] { gate.get_future().wait(); });
     time.advance(6990ms);
     model->pressUpload(); // and the picture takes its time to become a PNG
     time.advance(3600s);
     EXPECT_THAT(events, IsEmpty());
+    gate.set_value();
     played.prepare();
     time.advance(3600s);
     EXPECT_THAT(events, IsEmpty());
 }
 
 TEST_F(SnippetPreviewModelTest, anUploadThatCannotBeginLeavesTheCountdownRunning) {
+    std::promise<void> gate;
+    played.pictureQueue.async([&gate] { gate.get_future().wait(); });
     time.advance(5s);
     played.png.reset();
     model->pressUpload();
     time.advance(10s);
+    gate.set_value();
     played.prepare();
     time.advance(1950ms);
     EXPECT_THAT(events, IsEmpty());

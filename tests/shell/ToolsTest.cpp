@@ -316,6 +316,7 @@ TEST_F(CapturesTest, switchedOffTakesTheKeyAndLeavesACardThatStands) {
         time.advance(0ms);
     });
     press(key2);
+    time.advance(200ms); // the card leaves the screen first
     EXPECT_EQ(captures(), 2);
 }
 
