@@ -57,6 +57,8 @@ constexpr Words wholeTexts[] = {
     {"macOS's screenshot shortcut (⌘⇧4)", "{desktop}'s screenshot shortcut (Super+Shift+4)"},
     {"macOS's Screenshot app shortcut (⌘⇧5)", "{desktop}'s Screenshot app shortcut (Super+Shift+5)"},
     {"⌥ twice", "Alt twice"},
+    {"⌘← ⌘→ Category", "Ctrl+← Ctrl+→ Category"},
+    {"Show Details ↵ | Actions ⌘", "Show Details ↵ | Actions Ctrl"},
     {"⌘", "Ctrl"},
     {"⌥", "Alt"},
     {"⇧", "Shift"},

@@ -17,7 +17,7 @@ enum class FileRights {
 
 struct WholeFileOptions {
     FileRights rights = FileRights::ownerOnly;
-    bool isDurable = false;          ///< on the disk, with its name, before the call returns
+    bool isDurable = false;               ///< on the disk, with its name, before the call returns
     std::function<bool()> isStopped = {}; ///< asked right before the name is given; may be left empty
 };
 

@@ -36,8 +36,8 @@ void debug(const char *text) {
 AppDelegate::AppDelegate(const Shell::Parts &parts, QObject *parent)
     : QObject(parent), m_shell(parts, panelContents()), m_tools(m_shell),
       m_display(parts.desktop.statusItem(), parts.defaults),
-      m_hotKeys(parts.desktop.hotKeys(), parts.desktop.eventMonitors(), parts.desktop.access(), parts.defaults,
-                parts.desktop.time(), hotKeyActions()),
+      m_hotKeys(parts.desktop.hotKeys(), parts.desktop.eventMonitors(), parts.defaults, parts.desktop.time(),
+                hotKeyActions()),
       m_onboarding(m_shell.largeWindows(), parts.desktop.time(),
                    {.makeWelcomeWindow =
                         [this](std::function<void()> onClose) {
@@ -149,15 +149,8 @@ PanelController::Contents AppDelegate::panelContents() {
 
 HotKeyCenter::Actions AppDelegate::hotKeyActions() {
     return {.isFeatureOn = [this](Trigger trigger) { return isFeatureOn(trigger); },
-            .toggleClipboardPanel = [this] { open(Trigger::clipboard); },
-            .toggleEmojiPanel = [this] { open(Trigger::emojiPicker); },
-            .startSnip = [this] { open(Trigger::capture); },
-            .startScreenRecording = [this] { open(Trigger::screenRecorder); },
-            .explainScreenCapture =
-                [this] {
-                    m_shell.windowManager().probeScreenCapture();
-                    m_shell.time().async(this, [this] { m_shell.windowManager().showScreenRecordingAlert(); });
-                },
+            .open = [this](Trigger trigger) { open(trigger); },
+            .mayCaptureScreen = [this] { return m_shell.windowManager().mayCaptureScreen(); },
             .refreshEmojiMenuEntry = [this] { m_statusMenu->refreshEmojiMenuItem(); },
             .refreshClipboardMenuEntry = [this] { m_statusMenu->refreshClipboardMenuItem(); }};
 }
@@ -168,16 +161,17 @@ bool AppDelegate::isFeatureOn(Trigger trigger) {
     return m_tools[feature] && m_shell.flags().isOn(feature);
 }
 
+/// The menu entries come here too: a disabled entry cannot be chosen, so no flag is asked.
 void AppDelegate::open(Trigger trigger) {
     m_tools[featureOf(trigger)]->open(trigger);
 }
 
 void AppDelegate::onHotKeyPressed() {
-    m_hotKeys.onHotKeyPressed();
+    open(Trigger::clipboard);
 }
 
 void AppDelegate::onEmojiPickerHotKeyPressed() {
-    m_hotKeys.onEmojiPickerHotKeyPressed();
+    open(Trigger::emojiPicker);
 }
 
 void AppDelegate::startSnip() {

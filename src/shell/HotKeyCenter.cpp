@@ -3,7 +3,9 @@
 #include "base/Print.h"
 #include "base/Time.h"
 #include "base/UserDefaults.h"
-#include "ports/Access.h"
+
+#include <algorithm>
+#include <iterator>
 
 namespace tavrine {
 namespace {
@@ -12,9 +14,9 @@ constexpr Trigger tappable[] = {Trigger::clipboard, Trigger::emojiPicker, Trigge
 
 } // namespace
 
-HotKeyCenter::HotKeyCenter(HotKeys &hotKeys, EventMonitors &monitors, Access &access, UserDefaults &defaults,
-                           Time &time, Actions actions, QObject *parent)
-    : QObject(parent), m_hotKeys(hotKeys), m_monitors(monitors), m_access(access), m_defaults(defaults), m_time(time),
+HotKeyCenter::HotKeyCenter(HotKeys &hotKeys, EventMonitors &monitors, UserDefaults &defaults, Time &time,
+                           Actions actions, QObject *parent)
+    : QObject(parent), m_hotKeys(hotKeys), m_monitors(monitors), m_defaults(defaults), m_time(time),
       m_actions(std::move(actions)) {}
 
 HotKeyCenter::~HotKeyCenter() {
@@ -54,31 +56,27 @@ void HotKeyCenter::registerHotKey(Trigger trigger) {
 
 KeyboardNext HotKeyCenter::handleHotKey(quint32 id) {
     printLine(QStringLiteral("DEBUG: Hotkey Handler Triggered for ID: %1").arg(id));
+    const auto pressed = std::find_if(std::begin(allTriggers), std::end(allTriggers),
+                                      [id](Trigger trigger) { return traits(trigger).hotKeyId == id; });
     // A press may have been under way when its tool was switched off.
-    if (id == traits(Trigger::clipboard).hotKeyId && m_actions.isFeatureOn(Trigger::clipboard)) {
-        m_actions.toggleClipboardPanel();
+    if (pressed == std::end(allTriggers) || !m_actions.isFeatureOn(*pressed))
+        return KeyboardNext::asBefore;
+    switch (*pressed) {
+    case Trigger::clipboard:
+    case Trigger::emojiPicker:
+        m_actions.open(*pressed);
         return KeyboardNext::ourWindow;
-    }
-    if (id == traits(Trigger::emojiPicker).hotKeyId && m_actions.isFeatureOn(Trigger::emojiPicker)) {
-        m_actions.toggleEmojiPanel();
-        return KeyboardNext::ourWindow;
-    }
-    if (id == traits(Trigger::capture).hotKeyId && m_actions.isFeatureOn(Trigger::capture)) {
+    case Trigger::capture:
         printLine(QStringLiteral("DEBUG: Screen Snipping"));
-        capture();
-    } else if (id == traits(Trigger::screenRecorder).hotKeyId && m_actions.isFeatureOn(Trigger::screenRecorder)) {
+        if (m_actions.mayCaptureScreen())
+            m_actions.open(*pressed);
+        break;
+    case Trigger::screenRecorder:
         printLine(QStringLiteral("DEBUG: Screen Recording"));
-        m_actions.startScreenRecording(); // asks for the permission itself
+        m_actions.open(*pressed); // asks for the permission itself
+        break;
     }
     return KeyboardNext::asBefore;
-}
-
-void HotKeyCenter::capture() {
-    if (m_access.isScreenCaptureGranted())
-        m_actions.startSnip();
-    else if (!m_access.requestScreenCapture())
-        m_actions.explainScreenCapture();
-    // Granted just now: the person presses again.
 }
 
 void HotKeyCenter::updateMonitors(Trigger trigger) {
@@ -107,12 +105,7 @@ void HotKeyCenter::handleFlagsChanged(Trigger trigger, quint32 flags) {
             return;
     if (!m_doubleTaps[trigger].detector.flagsChanged(flags, m_time.now()))
         return;
-    if (trigger == Trigger::clipboard)
-        m_actions.toggleClipboardPanel();
-    else if (trigger == Trigger::emojiPicker)
-        m_actions.toggleEmojiPanel();
-    else
-        m_actions.startScreenRecording();
+    m_actions.open(trigger);
 }
 
 } // namespace tavrine

@@ -16,7 +16,6 @@
 
 namespace tavrine {
 
-class Access;
 class Time;
 class UserDefaults;
 
@@ -33,18 +32,16 @@ public:
 
     struct Actions {
         std::function<bool(Trigger)> isFeatureOn;
-        std::function<void()> toggleClipboardPanel;
-        std::function<void()> toggleEmojiPanel;
-        std::function<void()> startSnip;
-        std::function<void()> startScreenRecording;
-        /// Asks for the screen's contents, to be listed among those who want them, and shows the alert.
-        std::function<void()> explainScreenCapture;
+        /// Opens the tool behind a trigger whose switch is on.
+        std::function<void(Trigger)> open;
+        /// True to go on with a capture; otherwise the person has been asked, and presses again.
+        std::function<bool()> mayCaptureScreen;
         std::function<void()> refreshEmojiMenuEntry;
         std::function<void()> refreshClipboardMenuEntry;
     };
 
-    HotKeyCenter(HotKeys &hotKeys, EventMonitors &monitors, Access &access, UserDefaults &defaults, Time &time,
-                 Actions actions, QObject *parent = nullptr);
+    HotKeyCenter(HotKeys &hotKeys, EventMonitors &monitors, UserDefaults &defaults, Time &time, Actions actions,
+                 QObject *parent = nullptr);
     ~HotKeyCenter() override;
 
     /// Brings hot keys, monitors and menu entries in line with flags and preferences.
@@ -52,10 +49,6 @@ public:
 
     /// What a press of the hot key does, and who gets the keys after it. Every other number does nothing.
     KeyboardNext handleHotKey(quint32 id);
-
-    /// The menu entries take the way of hot keys 1 and 2; a disabled entry cannot be chosen, so no flag is asked.
-    void onHotKeyPressed() { m_actions.toggleClipboardPanel(); }
-    void onEmojiPickerHotKeyPressed() { m_actions.toggleEmojiPanel(); }
 
 private:
     struct DoubleTap {
@@ -67,11 +60,9 @@ private:
     void registerHotKey(Trigger trigger);
     void updateMonitors(Trigger trigger);
     void handleFlagsChanged(Trigger trigger, quint32 flags);
-    void capture();
 
     HotKeys &m_hotKeys;
     EventMonitors &m_monitors;
-    Access &m_access;
     UserDefaults &m_defaults;
     Time &m_time;
     Actions m_actions;

@@ -1,6 +1,7 @@
 #include "shell/LargeWindows.h"
 
 #include "base/Time.h"
+#include "panels/FittingWindow.h"
 #include "ports/Application.h"
 
 #include <QEvent>
@@ -23,6 +24,7 @@ void LargeWindows::keep(Kind kind, std::unique_ptr<QWidget> window) {
     QWidget *kept = window.release();
     kept->setAttribute(Qt::WA_DeleteOnClose);
     kept->installEventFilter(this);
+    fitToScreen(*kept);
     m_windows[index(kind)] = kept;
 }
 

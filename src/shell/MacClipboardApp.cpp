@@ -16,11 +16,29 @@
 
 using namespace tavrine;
 
+namespace {
+
+/// From the launch to the end of the main loop, with everything that the program owns.
+int run(Desktop &desktop, ClipboardDatabase &database, AppDelegate *&delegate) {
+    look::Look look(desktop.time(), &desktop.appearance());
+    NotificationCenter &center = NotificationCenter::defaultCenter();
+    UserDefaults defaults(QStringLiteral("%1/%2.plist").arg(desktop.folders().preferences, ownBundleIdentifier),
+                          desktop.time(), center);
+    AppDelegate appDelegate({desktop, defaults, center, database});
+    delegate = &appDelegate;
+    appDelegate.applicationDidFinishLaunching();
+    const int status = QApplication::exec();
+    delegate = nullptr;
+    return status;
+}
+
+} // namespace
+
 int main(int argc, char **argv) {
     // A reader of our output that goes away must not take a resident program with it.
     std::signal(SIGPIPE, SIG_IGN);
 
-    const std::unique_ptr<Desktop> desktop = makeDesktop();
+    std::unique_ptr<Desktop> desktop = makeDesktop();
     const Folders &folders = desktop->folders();
     // The database reads on its own thread while Qt starts on this one. It is never closed: it ends with the process.
     auto &database = *new ClipboardDatabase(folders.applicationSupport + QStringLiteral("/Tavrine/clipboard.db"));
@@ -43,12 +61,9 @@ int main(int argc, char **argv) {
         std::_Exit(instance == Instance::handedOver ? EXIT_SUCCESS : EXIT_FAILURE);
     }
 
-    look::Look look(desktop->time(), &desktop->appearance());
-    NotificationCenter &center = NotificationCenter::defaultCenter();
-    UserDefaults defaults(QStringLiteral("%1/%2.plist").arg(folders.preferences, ownBundleIdentifier), desktop->time(),
-                          center);
-    AppDelegate appDelegate({*desktop, defaults, center, database});
-    delegate = &appDelegate;
-    appDelegate.applicationDidFinishLaunching();
-    return QApplication::exec();
+    const int status = run(*desktop, database, delegate);
+    desktop.reset(); // hands what it holds of the clipboard over
+    std::fflush(nullptr);
+    // What there was to write is written. The toolkit's own end would wait for buses that may hang.
+    std::_Exit(status);
 }

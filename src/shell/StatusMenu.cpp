@@ -2,6 +2,7 @@
 
 #include "base/DesktopWords.h"
 #include "clipboard/ClipboardExperienceSettings.h"
+#include "look/MenuStyle.h"
 #include "shell/FeatureFlags.h"
 
 #include <QKeyEvent>
@@ -88,6 +89,7 @@ void StatusMenu::cancelTracking() {
 
 void StatusMenu::build() {
     m_menu = std::make_unique<QMenu>();
+    look::dress(*m_menu);
     m_menu->setSeparatorsCollapsible(true);
     m_menu->installEventFilter(this);
     for (size_t i = 0; i < m_entries.size(); ++i) {

@@ -172,7 +172,8 @@ TEST_F(AppDelegateTest, theProgramThatIsLeftIsRemembered) {
     desktop.workspace().setFrontmost(text("org.gnome.TextEditor"));
     desktop.workspace().setFrontmost(text("firefox"), 4712);
     ASSERT_TRUE(delegate->shell().pasteBack().previouslyActiveApplication());
-    EXPECT_EQ(delegate->shell().pasteBack().previouslyActiveApplication()->bundleIdentifier, text("org.gnome.TextEditor"));
+    EXPECT_EQ(delegate->shell().pasteBack().previouslyActiveApplication()->bundleIdentifier,
+              text("org.gnome.TextEditor"));
     desktop.workspace().setFrontmost(text("com.veltrane.Tavrine"), 4713);
     EXPECT_EQ(delegate->shell().pasteBack().previouslyActiveApplication()->bundleIdentifier, text("firefox"));
 }

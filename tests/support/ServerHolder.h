@@ -45,9 +45,7 @@ public:
     }
 
 private:
-    void finish() {
-        std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
-    }
+    void finish() { std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr)); }
 
     xcb_connection_t *m_connection;
     std::thread m_thread;

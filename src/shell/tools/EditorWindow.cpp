@@ -2,7 +2,6 @@
 
 #include "capture/editor/TavrineEditorContainerView.h"
 #include "clipboard/ClipboardManager.h"
-#include "panels/FittingWindow.h"
 
 namespace tavrine {
 namespace {
@@ -55,7 +54,6 @@ std::unique_ptr<QWidget> makeEditorWindow(const EditorFlow::Window &window, cons
     const QRect place = parts.toolkitRect(window.frame).toRect();
     widget->resize(place.size());
     widget->move(place.topLeft());
-    fitToScreen(*widget);
     return widget;
 }
 

@@ -1,5 +1,6 @@
 #include "utilities/emoji/EmojiPickerView.h"
 
+#include "base/DesktopWords.h"
 #include "look/ChipStrip.h"
 #include "look/EmptyState.h"
 #include "look/Indicators.h"
@@ -36,10 +37,11 @@ QRectF cellRect(const QRectF &line, size_t column) {
     return {left, line.top(), std::round(line.left() + width * qreal(column + 1)) - left, line.height()};
 }
 
-/// What is true of the keys at present.
+/// What is true of the keys at present. Words first: a hint parts them from its keys.
 std::vector<look::KeyHint> trailingHints(bool hasText) {
-    return {look::keyHint(text(hasText ? emojiPickerTexts::categoryBesideText : emojiPickerTexts::category)),
-            look::keyHint(text(emojiPickerTexts::pin))};
+    const char *category = hasText ? emojiPickerTexts::categoryBesideText : emojiPickerTexts::category;
+    return {look::keyHint(inDesktopWords(text(category))),
+            {.key = {}, .symbol = {}, .label = inDesktopWords(text(emojiPickerTexts::details))}};
 }
 
 look::HintBar *makeFooter() {

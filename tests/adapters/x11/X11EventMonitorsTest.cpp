@@ -1,6 +1,5 @@
 #include "adapters/x11/X11EventMonitors.h"
 
-#include "adapters/fake/FakeAccess.h"
 #include "adapters/fake/FakeHotKeys.h"
 #include "adapters/linux/QtTime.h"
 #include "base/NotificationCenter.h"
@@ -265,19 +264,14 @@ protected:
     NotificationCenter notifications;
     UserDefaults defaults{folder.filePath(QStringLiteral("preferences.plist")), time, notifications};
     FakeHotKeys hotKeys;
-    FakeAccess access;
     int toggles = 0;
     HotKeyCenter center{hotKeys,
                         monitors,
-                        access,
                         defaults,
                         time,
                         {.isFeatureOn = [](Trigger) { return true; },
-                         .toggleClipboardPanel = [this] { ++toggles; },
-                         .toggleEmojiPanel = [] {},
-                         .startSnip = [] {},
-                         .startScreenRecording = [] {},
-                         .explainScreenCapture = [] {},
+                         .open = [this](Trigger) { ++toggles; },
+                         .mayCaptureScreen = [] { return true; },
                          .refreshEmojiMenuEntry = [] {},
                          .refreshClipboardMenuEntry = [] {}}};
 };

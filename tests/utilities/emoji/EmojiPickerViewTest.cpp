@@ -115,9 +115,10 @@ TEST_F(EmojiPickerViewTest, thePageKeysMoveByAPageAndKeepTheColumn) {
 
 TEST_F(EmojiPickerViewTest, theFooterSaysWhatTheKeysDoAtPresent) {
     const auto *footer = view->findChild<look::HintBar *>();
-    EXPECT_EQ(footer->accessibleName(), text("Navigate, Copy, Ctrl ←\u2009→ Category, Ctrl P Pin"));
+    EXPECT_EQ(footer->accessibleName(), text("Navigate, Copy, Ctrl+← Ctrl+→ Category, Show Details ↵ | Actions Ctrl"));
     field()->setText(text("face"));
-    EXPECT_EQ(footer->accessibleName(), text("Navigate, Copy, Super ←\u2009→ Category, Ctrl P Pin"));
+    EXPECT_EQ(footer->accessibleName(),
+              text("Navigate, Copy, Super+← Super+→ Category, Show Details ↵ | Actions Ctrl"));
 }
 
 TEST_F(EmojiPickerViewTest, escapeDismisses) {
