@@ -48,7 +48,7 @@ void FloatingPanel::build(QWidget *content) {
     m_window = m_ports.windows.makePanel(m_traits.description);
     m_window->setContentView(content);
     m_window->setOnMoved([this] {
-        if (m_onMoved && !m_restingFrame)
+        if (m_onMoved)
             m_onMoved();
     });
     m_window->setOnClosed([this] {
