@@ -201,14 +201,16 @@ TEST_F(ProgramOnADesktop, aDataFolderThatCannotBeMadeDoesNotStopIt) {
     EXPECT_TRUE(program.isRunning());
 }
 
-TEST_F(ProgramOnADesktop, aForeignFileInTheDatabasesPlaceDoesNotStopIt) {
+TEST_F(ProgramOnADesktop, aForeignFileInTheDatabasesPlaceIsSetAsideAndTheHistoryBeginsAnew) {
     const QByteArray foreign = QByteArray(5000, 'x');
     writeFile(program.databasePath(), foreign);
     ASSERT_TRUE(program.start());
-    copy("goes nowhere");
-    (void)waitUntil([] { return false; }, 1200ms);
-    EXPECT_TRUE(program.isRunning());
-    QFile file(program.databasePath());
+    copy("kept all the same");
+    EXPECT_TRUE(comesToHold(QStringLiteral("kept all the same")));
+    const QDir folder = QFileInfo(program.databasePath()).dir();
+    const QStringList aside = folder.entryList({QStringLiteral("clipboard.db.unreadable-*")}, QDir::Files);
+    ASSERT_EQ(aside.size(), 1);
+    QFile file(folder.filePath(aside.first()));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll(), foreign);
 }

@@ -15,6 +15,7 @@
 #include "look/Button.h"
 #include "look/Indicators.h"
 #include "look/PillView.h"
+#include "support/Eventually.h"
 
 #include <QTest>
 
@@ -343,10 +344,11 @@ TEST_F(EditorScansTest, anEditorMayGoInTheMiddleOfBoth) {
     recognizer.setLines({text("late")});
     second->model().extractText();
     second->model().scanQr();
+    ASSERT_TRUE(test::eventually([&] { return recognizer.count() == 1; })); // one is being read, the other waits
     second.reset();
     settle();
     time.advance(Seconds{5}); // would touch freed memory
-    EXPECT_EQ(recognizer.images().size(), 1);
+    EXPECT_EQ(recognizer.count(), 1);
 }
 
 } // namespace
