@@ -55,7 +55,7 @@ public:
         if (type != CT_MenuItem || !item)
             return QProxyStyle::sizeFromContents(type, option, size, widget);
         if (item->menuItemType == QStyleOptionMenuItem::Separator)
-            return {0, separatorHeight};
+            return {1, separatorHeight}; // a menu leaves out what has no width
         const auto [words, key] = columns(item->text);
         const qreal wide =
             lineWidth(words, TextRole::body) + (key.isEmpty() ? 0 : betweenColumns + lineWidth(key, TextRole::callout));

@@ -280,6 +280,15 @@ TEST(RowActions, standSideBySideWithinTheRow) {
     EXPECT_TRUE(rowActionRects(row, 0).empty());
 }
 
+TEST_F(ControlsTest, aSeparatorPartsTheEntriesOfAMenu) {
+    QMenu menu;
+    look::dress(menu);
+    QAction *above = menu.addAction(QStringLiteral("Above"));
+    menu.addSeparator();
+    QAction *below = menu.addAction(QStringLiteral("Below"));
+    EXPECT_GE(menu.actionGeometry(below).top() - menu.actionGeometry(above).bottom(), 9);
+}
+
 TEST_F(ControlsTest, aFieldsContextMenuHasThePanelsLook) {
     appearance.set({.colorScheme = ColorScheme::dark});
     auto *field = show(new SearchField(QStringLiteral("Search")));
