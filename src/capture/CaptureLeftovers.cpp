@@ -9,9 +9,14 @@
 namespace tavrine {
 namespace {
 
-/// Of captures, of captures that are searched for codes, and of files that have no name yet.
-const QStringList patterns{QStringLiteral("tavrine-snip-*.png"), QStringLiteral("tavrine_qr_*.png"),
-                           QStringLiteral(".tavrine-*")};
+/// Of captures, of captures that are searched for codes, and of files that have no name yet. By hand: the library for
+/// patterns would cost every launch half a megabyte.
+bool isLeftover(const QString &name) {
+    const bool isCapture =
+        name.startsWith(QLatin1String("tavrine-snip-")) || name.startsWith(QLatin1String("tavrine_qr_"));
+    return (isCapture && name.endsWith(QLatin1String(".png"))) || name.startsWith(QLatin1String(".tavrine-"));
+}
+
 constexpr Seconds afterwards{1.0}; // a file's own time may be cut to the second
 
 } // namespace
@@ -20,8 +25,10 @@ void removeCaptureLeftovers(const QString &temporaryFolder, Time &time) {
     const QDir folder(temporaryFolder);
     if (temporaryFolder.isEmpty() || !folder.exists())
         return;
-    for (const QString &name : folder.entryList(patterns, QDir::Files | QDir::Hidden | QDir::System))
-        QFile::remove(folder.filePath(name));
+    for (const QString &name : folder.entryList(QDir::Files | QDir::Hidden | QDir::System)) {
+        if (isLeftover(name))
+            QFile::remove(folder.filePath(name));
+    }
     removeOldDrags(temporaryFolder, time.now());
     time.asyncAfter(dragFileLife + afterwards,
                     [temporaryFolder, &time] { removeOldDrags(temporaryFolder, time.now()); });

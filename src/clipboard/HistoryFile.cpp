@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cstdio>
 
 #include <fcntl.h>
@@ -140,7 +141,9 @@ void HistoryFile::close() {
 
 bool HistoryFile::wasSetAside() const {
     const QFileInfo info(m_path);
-    return !info.dir().entryList({info.fileName() + QStringLiteral(".unreadable-*")}, QDir::Files).isEmpty();
+    const QString aside = info.fileName() + QStringLiteral(".unreadable-");
+    const QStringList names = info.dir().entryList(QDir::Files); // without a pattern, whose library a launch would load
+    return std::any_of(names.begin(), names.end(), [&](const QString &name) { return name.startsWith(aside); });
 }
 
 bool HistoryFile::hasMoved() const {

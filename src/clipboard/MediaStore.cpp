@@ -11,7 +11,8 @@
 
 #include <QDirIterator>
 #include <QFile>
-#include <QRegularExpression>
+
+#include <algorithm>
 
 namespace tavrine {
 namespace {
@@ -21,6 +22,34 @@ constexpr auto quickShotsName = "Tavrine QuickShots";
 bool isBareName(const QString &fileName) {
     return !fileName.isEmpty() && !fileName.contains(u'/') && !fileName.contains(QChar::Null) &&
            fileName != QLatin1String(".") && fileName != QLatin1String("..");
+}
+
+enum class NamedAs { whole, unfinished, foreign };
+
+/// How a file in the folder of the images is named: a UUID and ".jpg"; with what a write that was cut off had behind it
+/// or, beside it, instead of it; or as no file of ours. By hand: the library for patterns would cost every launch half
+/// a megabyte.
+NamedAs namedAsOurs(const QString &name) {
+    constexpr qsizetype uuidLength = 36;
+    const QLatin1String extension(".jpg");
+    const QLatin1String beside(".tavrine-");
+    const auto isMadeOf = [](QStringView text, const char *letters) {
+        return std::all_of(text.begin(), text.end(),
+                           [letters](QChar letter) { return QLatin1String(letters).contains(letter); });
+    };
+    if (name.startsWith(beside))
+        return name.size() == beside.size() + 16 && isMadeOf(QStringView(name).mid(beside.size()), "0123456789abcdef")
+                   ? NamedAs::unfinished
+                   : NamedAs::foreign;
+    const auto id = uuidFromString(name.left(uuidLength));
+    if (!id || !name.startsWith(uuidString(*id) + extension))
+        return NamedAs::foreign;
+    const QStringView behind = QStringView(name).mid(uuidLength + extension.size());
+    if (behind.isEmpty())
+        return NamedAs::whole;
+    const bool isCutOff = behind.size() == 7 && behind.front() == u'.' &&
+                          std::all_of(behind.begin() + 1, behind.end(), [](QChar c) { return c.isLetterOrNumber(); });
+    return isCutOff ? NamedAs::unfinished : NamedAs::foreign;
 }
 
 } // namespace
@@ -109,17 +138,12 @@ bool MediaStore::removeLeftovers(const QSet<QString> &named, int most) {
     if (!folder)
         return false;
     const std::scoped_lock lock(m_mutex);
-    // Only what is named as files are named here: a UUID and ".jpg", with what a write that was cut off had behind it
-    // or, beside it, instead of it.
-    static const QRegularExpression ours(QStringLiteral("^(?:([0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.jpg)"
-                                                        "(\\.[A-Za-z0-9]{6})?|\\.tavrine-[0-9a-f]{16})$"));
     int removed = 0;
     for (QDirIterator files(*folder, QDir::Files | QDir::Hidden); files.hasNext();) {
         files.next();
-        const QRegularExpressionMatch match = ours.match(files.fileName());
-        const bool isWhole = match.captured(1) == files.fileName();
-        if (!match.hasMatch() ||
-            (isWhole && (named.contains(files.fileName()) || m_savedNow.contains(files.fileName()))))
+        const NamedAs namedAs = namedAsOurs(files.fileName());
+        const bool isInUse = named.contains(files.fileName()) || m_savedNow.contains(files.fileName());
+        if (namedAs == NamedAs::foreign || (namedAs == NamedAs::whole && isInUse))
             continue;
         if (removed == most)
             return true;
