@@ -12,8 +12,15 @@ void BusyWait::install(sqlite3 *db) {
     sqlite3_busy_handler(db, wait, this);
 }
 
+void BusyWait::begin() {
+    m_waited.invalidate();
+    m_isImpatient = false;
+}
+
 int BusyWait::wait(void *self, int tries) {
     auto &wait = *static_cast<BusyWait *>(self);
+    if (wait.m_isImpatient)
+        return 0;
     if (!wait.m_waited.isValid())
         wait.m_waited.start();
     if (wait.m_isHeld || wait.m_waited.elapsed() >= longestMs) {

@@ -223,6 +223,14 @@ std::optional<QSet<QString>> ClipboardDatabase::imageFileNames() {
     });
 }
 
+bool ClipboardDatabase::wouldWait() {
+    return perform([&] { return m_parts->file.wouldWait(); });
+}
+
+void ClipboardDatabase::awaitOther() {
+    perform([&] { m_parts->file.awaitOther(); });
+}
+
 bool ClipboardDatabase::needsALook() const {
     return m_parts->writer.hasUnwritten() || m_parts->file.isChanged();
 }

@@ -85,6 +85,10 @@ public:
     /// written, or another history was set aside and may come back.
     [[nodiscard]] std::optional<QSet<QString>> imageFileNames();
 
+    /// True when an operation would wait for another program that holds the file. Asked without waiting.
+    [[nodiscard]] bool wouldWait();
+    /// Waits for that program as long as an operation does, so that the next ones do not. For a thread that may wait.
+    void awaitOther();
     /// True when there is something to see to: somebody else changed, replaced or removed the file, or rows wait to be
     /// written. It costs a look at the file and waits for nothing; the next operation sees to it.
     [[nodiscard]] bool needsALook() const;

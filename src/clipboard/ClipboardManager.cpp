@@ -127,7 +127,7 @@ void ClipboardManager::reloadHistory() {
 }
 
 void ClipboardManager::addItem(const QString &content, const std::optional<QString> &imageFileName,
-                               std::optional<QImage> thumbnail) {
+                               std::optional<QImage> thumbnail, std::optional<Date> date) {
     if (const auto duplicate = m_ports.database.findDuplicate(imageFileName, content)) {
         if (duplicate->isProtected())
             return;
@@ -143,7 +143,7 @@ void ClipboardManager::addItem(const QString &content, const std::optional<QStri
     ClipboardItem item;
     item.id = QUuid::createUuid();
     item.content = contentOrImage(content, imageFileName);
-    item.date = m_ports.time.now();
+    item.date = date.value_or(m_ports.time.now());
     item.imageFileName = imageFileName;
     if (imageFileName)
         m_media.claim(*imageFileName);

@@ -12,6 +12,7 @@
 #include <QStringList>
 
 #include <array>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -99,15 +100,15 @@ public:
     [[nodiscard]] bool isMonitoring() const { return m_timer != nullptr; }
     void startMonitoring(); ///< nothing while paused
     void pauseMonitoring();
-    /// Waits for a copy that is being prepared and records it; nothing otherwise. What must come after the copies that
-    /// were made before it begins with this.
+    /// Waits for the copies that were seen and are not recorded yet, and records them; nothing otherwise. What must
+    /// come after the copies that were made before it begins with this.
     void finishRecording();
     void reloadHistory();
 
     // Items.
-    /// Makes the file's thumbnail unless it comes along.
+    /// Makes the file's thumbnail unless it comes along. The date is now unless another one is given.
     void addItem(const QString &content, const std::optional<QString> &imageFileName = std::nullopt,
-                 std::optional<QImage> thumbnail = std::nullopt);
+                 std::optional<QImage> thumbnail = std::nullopt, std::optional<Date> date = std::nullopt);
     void addToMySaved(const QString &text);
     void copyToPasteboard(const ClipboardItem &item);
     /// An empty query gives `history`; any other searches the whole database, at most 500 rows.
@@ -165,14 +166,27 @@ private:
         std::optional<QImage> thumbnail;
         std::optional<QString> text; ///< where there is no image
     };
+    /// When a tick saw a copy, which is the date of its row, however long its recording takes.
+    struct Seen {
+        Date at;
+        int changeCount = 0;
+    };
+    struct Copy {
+        Pasteboard::Reading reading;
+        Seen seen;
+    };
     struct Recording;
     void poll();
+    void standInLine(Copy copy);
+    void record(const Copy &copy);
+    void recordElsewhere(const Copy &copy);
+    void finishOneRecording();
     [[nodiscard]] Prepared prepare(const Pasteboard::Reading &reading);
-    void record(const Prepared &prepared);
+    void record(const Prepared &prepared, const Seen &seen);
     void cleanUpAfterPoll();
     [[nodiscard]] bool isExcludedApplicationFrontmost() const;
-    bool recordText(const QString &text); ///< false when a protected row of that text stands
-    void stripFormatting(const QString &text);
+    bool recordText(const QString &text, const Seen &seen); ///< false when a protected row of that text stands
+    void stripFormatting(const QString &text, int changeCount);
 
     Ports m_ports;
     MediaStore m_media;
@@ -187,7 +201,8 @@ private:
     int m_lastChangeCount = 0;
     Date m_lastCleanupAt = Date::distantPast();
     std::unique_ptr<Timer> m_timer;
-    std::shared_ptr<Recording> m_recording; ///< a large copy on its way; ticks wait for it
+    std::shared_ptr<Recording> m_recording; ///< a copy on its way that the main thread does not wait for
+    std::deque<Copy> m_line;                ///< what was copied meanwhile
 };
 
 } // namespace tavrine

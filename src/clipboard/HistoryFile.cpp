@@ -73,10 +73,28 @@ void HistoryFile::prepare() {
     if (!m_db)
         open();
     // One look, which waits for nothing, instead of a second for each operation that would only wait in vain again.
-    if (m_busyWait.isHeld() && run(m_db, "BEGIN IMMEDIATE;") == SQLITE_OK) {
-        run(m_db, "ROLLBACK;");
+    if (m_busyWait.isHeld() && tryToWrite() == SQLITE_OK)
         m_busyWait.release();
-    }
+}
+
+int HistoryFile::tryToWrite() {
+    const int code = run(m_db, "BEGIN IMMEDIATE;");
+    if (code == SQLITE_OK)
+        run(m_db, "ROLLBACK;");
+    return code;
+}
+
+bool HistoryFile::wouldWait() {
+    if (m_busyWait.isHeld())
+        return false; // that was waited for already
+    m_busyWait.beginWithoutWaiting();
+    const bool isBusy = tryToWrite() == SQLITE_BUSY;
+    m_busyWait.begin();
+    return isBusy;
+}
+
+void HistoryFile::awaitOther() {
+    (void)tryToWrite();
 }
 
 void HistoryFile::conclude() {

@@ -36,6 +36,10 @@ public:
 
     /// The connection; null when the file cannot be opened, and then every statement fails.
     [[nodiscard]] sqlite3 *db() const { return m_db; }
+    /// True when a write would wait for another program that holds the file. Itself it waits for nothing.
+    [[nodiscard]] bool wouldWait();
+    /// Waits for that program as long as one operation may.
+    void awaitOther();
     /// Grows each time that another file was opened: what was known of the one before is void.
     [[nodiscard]] int generation() const { return m_generation; }
     [[nodiscard]] BusyWait &busyWait() { return m_busyWait; }
@@ -58,6 +62,8 @@ private:
 
     void open();
     void close();
+    /// Writes nothing, and gives SQLite's word on whether it could.
+    int tryToWrite();
     /// SQLite's word on the schema.
     int bringUpToDate();
     void setAside();

@@ -370,6 +370,39 @@ TEST_F(HeldFile, copiesAreShownAtOnceAndWrittenInOrderWhenItIsFree) {
     EXPECT_EQ(contents(rows()), (QStringList{str("three"), str("two"), str("one"), str("kept")}));
 }
 
+TEST_F(HeldFile, aTickDoesNotWaitForItAndEveryCopyThatATickSawIsRecorded) {
+    start();
+    tick(); // what a start leaves for later is over
+    hold();
+    QElapsedTimer timer;
+    timer.start();
+    for (const char *each : {"one", "two", "three"}) {
+        pasteboard.copyFromOutside(str(each));
+        time.advance(ClipboardManager::pollInterval);
+    }
+    EXPECT_LT(timer.elapsed(), 500) << "one operation would have waited for a second";
+    manager->finishRecording();
+    EXPECT_EQ(historyContents(), (QStringList{str("three"), str("two"), str("one")}));
+    letGo();
+    tick();
+    EXPECT_EQ(contents(rows()), (QStringList{str("three"), str("two"), str("one")}));
+}
+
+TEST_F(HeldFile, aTickThatFindsItChangedDoesNotWaitForItEither) {
+    save(str("theirs"));
+    start();
+    tick();
+    ASSERT_EQ(sqlite3_exec(other, "UPDATE items SET content='changed'", nullptr, nullptr, nullptr), SQLITE_OK);
+    hold();
+    QElapsedTimer timer;
+    timer.start();
+    time.advance(ClipboardManager::pollInterval);
+    EXPECT_LT(timer.elapsed(), 500);
+    letGo();
+    tick();
+    EXPECT_EQ(historyContents(), QStringList{str("changed")});
+}
+
 TEST_F(HeldFile, aTextThatWasThereBeforeRisesWhenItIsFree) {
     save(str("old"), 5s);
     save(str("newer"), 1s);

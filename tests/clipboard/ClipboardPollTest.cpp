@@ -333,6 +333,14 @@ class LargeCopy : public ClipboardPoll {
 protected:
     /// One more pixel than a person's key can wait for.
     static QImage large() { return picture(500, 501); }
+    /// Encoding waits from here on until `m_gate` is opened, and then gives so many bytes.
+    void holdEncoding(std::optional<qsizetype> bytes = 1000) {
+        coder.setSize([opened = m_gate.get_future().share(), bytes](double) {
+            opened.wait();
+            return bytes;
+        });
+    }
+    std::promise<void> m_gate;
     /// The tick alone, without what it hands to the other thread.
     void pollOnce() { time.advance(ClipboardManager::pollInterval); }
 };
@@ -369,20 +377,49 @@ TEST_F(LargeCopy, ofTextIsPreparedElsewhereToo) {
 }
 
 TEST_F(LargeCopy, isRecordedBeforeACopyThatFollowsIt) {
-    std::promise<void> gate;
-    coder.setSize([opened = gate.get_future().share()](double) {
-        opened.wait();
-        return std::optional<qsizetype>(1000);
-    });
+    holdEncoding();
     pasteboard.copyFromOutside(large());
     pollOnce();
     pasteboard.copyFromOutside(str("the next"));
     time.advance(5s);
-    EXPECT_TRUE(rows().empty()) << "no tick looks at a copy before the one before it is recorded";
-    gate.set_value();
+    EXPECT_TRUE(rows().empty()) << "no copy is recorded before the one before it";
+    m_gate.set_value();
     manager->finishRecording();
     tick();
     EXPECT_EQ(historyContents(), (QStringList{str("the next"), str("Copied Image")}));
+}
+
+TEST_F(LargeCopy, whatIsCopiedMeanwhileIsRecordedBehindItInItsOrder) {
+    holdEncoding();
+    pasteboard.copyFromOutside(large());
+    pollOnce();
+    for (const char *each : {"one", "two", "three"}) {
+        pasteboard.copyFromOutside(str(each));
+        pollOnce();
+    }
+    m_gate.set_value();
+    manager->finishRecording();
+    EXPECT_EQ(historyContents(), (QStringList{str("three"), str("two"), str("one"), str("Copied Image")}));
+}
+
+TEST_F(LargeCopy, theLineBehindItIsBounded) {
+    holdEncoding();
+    pasteboard.copyFromOutside(large());
+    pollOnce();
+    for (int i = 0; i < 3; ++i) {
+        pasteboard.copyFromOutside(QString(2'000'000, QChar(u'a' + i)));
+        pollOnce();
+    }
+    for (int i = 0; i < 40; ++i) {
+        pasteboard.copyFromOutside(QString::number(i));
+        pollOnce();
+    }
+    m_gate.set_value();
+    manager->finishRecording();
+    ASSERT_EQ(rows().size(), 33U);
+    EXPECT_EQ(rows().front().content, str("39")) << "the newest always has its place";
+    EXPECT_EQ(rows()[30].content.front(), QChar(u'c'));
+    EXPECT_EQ(rows()[31].content.front(), QChar(u'a')) << "of large ones two stand in line";
 }
 
 TEST_F(LargeCopy, isReadAsItStoodWhenItWasSeen) {
@@ -418,6 +455,20 @@ TEST_F(LargeCopy, thatIsUnderWayAtTheEndLeavesNoFile) {
     quit();
     EXPECT_TRUE(storedImages().empty());
     time.advance(1s); // nobody is there to be told
+}
+
+TEST_F(LargeCopy, ofRichTextIsNotStrippedWhereATickHasSeenAnotherCopyAlready) {
+    manager->setStripRichText(true);
+    holdEncoding(std::nullopt);
+    const QStringList types = plainTypes + QStringList{str("public.html"), str("public.png")};
+    pasteboard.setContentsFromOutside(types, str("older"), large());
+    pollOnce();
+    pasteboard.copyFromOutside(str("newer"));
+    pollOnce();
+    m_gate.set_value();
+    manager->finishRecording();
+    EXPECT_EQ(pasteboard.string(), str("newer"));
+    EXPECT_EQ(historyContents(), (QStringList{str("newer"), str("older")}));
 }
 
 TEST_F(LargeCopy, ofRichTextIsNotStrippedWhereAnotherCopyHasFollowed) {
