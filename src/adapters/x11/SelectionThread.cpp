@@ -77,8 +77,8 @@ SelectionThread::~SelectionThread() {
     m_maker.waitForDone();
 }
 
-void SelectionThread::claim(OwnContents contents, int serial) {
-    m_mailbox->post(Claim{std::move(contents), serial});
+void SelectionThread::claim(OwnContents contents, int serial, TimePoint writtenAt) {
+    m_mailbox->post(Claim{std::move(contents), serial, writtenAt});
 }
 
 void SelectionThread::open() {
@@ -213,6 +213,8 @@ void SelectionThread::onSelectionNotice(const xcb_generic_event_t &event) {
     if (isClaim) {
         dropForeign();
         m_owner.release();
+        m_foreignTime = notice.timestamp;
+        m_isForeignTold = false;
         ++m_untoldChanges;
         if (notice.owner != 0)
             startFetch(notice.timestamp);
@@ -249,7 +251,7 @@ void SelectionThread::ownerEnded(xcb_timestamp_t ownerTime, xcb_timestamp_t now)
         return;
     }
     // Nothing outlives this owner. Contents that were told of before have gone with it, and that is a change.
-    const bool hadTypes = m_isForeignPublished;
+    const bool hadTypes = m_published && !m_published->types.isEmpty();
     m_fetch.reset();
     if (hadTypes) {
         ++m_untoldChanges;
@@ -281,25 +283,43 @@ void SelectionThread::reclaim() {
 }
 
 void SelectionThread::publish(ForeignContents contents) {
-    m_isForeignPublished = !contents.types.isEmpty();
-    m_publish(
-        {m_ownSerial, std::exchange(m_untoldChanges, 0), std::make_shared<const ForeignContents>(std::move(contents))});
+    m_published = std::make_shared<const ForeignContents>(std::move(contents));
+    m_isForeignTold = true;
+    m_publish({m_ownSerial, std::exchange(m_untoldChanges, 0), m_published});
 }
 
 void SelectionThread::claimNow(const Claim &claim) {
-    const xcb_timestamp_t time = m_connection.serverTime();
+    const xcb_timestamp_t time = serverTimeOf(claim.writtenAt);
     const xcb_void_cookie_t cookie =
         xcb_set_selection_owner(m_connection.get(), m_connection.window(), m_connection.atoms().clipboard, time);
-    // Everything up to here has been replaced by this write, also when another program was faster than the claim:
-    // then its notice is still to come, and counts.
+    m_ownSerial = claim.serial;
+    if (m_connection.owner(m_connection.atoms().clipboard) != m_connection.window())
+        return yieldTo(claim, time);
+    // Everything up to here has been replaced by this write.
     dropForeign();
+    m_published.reset();
     m_untoldChanges = 0;
     m_claimSequence = cookie.sequence;
-    m_ownSerial = claim.serial;
-    if (m_connection.owner(m_connection.atoms().clipboard) == m_connection.window())
-        m_owner.own(claim.contents, time);
-    else
-        m_owner.release();
+    m_owner.own(claim.contents, time);
+}
+
+void SelectionThread::yieldTo(const Claim &claim, xcb_timestamp_t time) {
+    m_owner.release();
+    const bool isHeardOf = isTimeBefore(time, m_foreignTime);
+    if (!isHeardOf) { // its notice is still to come; what is known of is older than the write
+        dropForeign();
+        m_untoldChanges = 0;
+    } else if (m_isForeignTold) { // what was told under the serial before is not listened to
+        m_publish({claim.serial, 1, m_published});
+    }
+}
+
+xcb_timestamp_t SelectionThread::serverTimeOf(TimePoint moment) {
+    const auto since = std::chrono::steady_clock::now() - moment;
+    const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(since).count();
+    const xcb_timestamp_t now = m_connection.serverTime();
+    const auto then = now - static_cast<xcb_timestamp_t>(std::max<std::int64_t>(milliseconds, 0));
+    return then != XCB_CURRENT_TIME ? then : now; // that number means something else
 }
 
 void SelectionThread::startHandOver() {

@@ -27,10 +27,14 @@ namespace tavrine {
 ///  2. When an owner ends and nobody follows, what it had is claimed for it, as of its own time, so that a claim by a
 ///     person's later action is never refused. A living owner is never replaced: the look and the claim are one step
 ///     for the server. Contents that were cleared on purpose stay cleared.
-///  3. A `ReclaimBrake` ends quarrels over 2.
-///  4. A lost connection ends the thread quietly.
+///  3. An own write counts from when it was made, however late the claim goes out: the server refuses it where another
+///     program was here since.
+///  4. A `ReclaimBrake` ends quarrels over 2.
+///  5. A lost connection ends the thread quietly.
 class SelectionThread {
 public:
+    using TimePoint = std::chrono::steady_clock::time_point;
+
     /// `publish` is called on the reader's thread. With no usable server nothing is ever published. `files` reads
     /// copied files; it must outlive this object.
     SelectionThread(const SelectionLimits &limits, ImageFileReader &files, std::function<void(Publication)> publish);
@@ -39,13 +43,15 @@ public:
     SelectionThread(const SelectionThread &) = delete;
     SelectionThread &operator=(const SelectionThread &) = delete;
 
-    /// Makes the clipboard ours. `serial` grows with each call. Returns at once; called on the main thread.
-    void claim(OwnContents contents, int serial);
+    /// Makes the clipboard ours as of the moment `writtenAt`: a change by another program after it stands, and is told
+    /// of. `serial` grows with each call. Returns at once; called on the main thread.
+    void claim(OwnContents contents, int serial, TimePoint writtenAt);
 
 private:
     struct Claim {
         OwnContents contents;
         int serial;
+        TimePoint writtenAt;
     };
     struct Made {
         SelectionOwner::Order order;
@@ -58,7 +64,6 @@ private:
     struct Stop {};
     using Message = std::variant<Claim, Made, ImageFile, Stop>;
     struct Mailbox;
-    using TimePoint = std::chrono::steady_clock::time_point;
 
     void open();
     void run();
@@ -75,6 +80,8 @@ private:
     void reclaim();
     void publish(ForeignContents contents);
     void claimNow(const Claim &claim);
+    void yieldTo(const Claim &claim, xcb_timestamp_t time);
+    [[nodiscard]] xcb_timestamp_t serverTimeOf(TimePoint moment);
     void startHandOver();
 
     const SelectionLimits m_limits;
@@ -92,7 +99,9 @@ private:
     int m_ownSerial = 0;
     int m_untoldChanges = 0;
     std::optional<unsigned> m_claimSequence; ///< until the first notice that is newer than our claim
-    bool m_isForeignPublished = false;
+    xcb_timestamp_t m_foreignTime = 0;       ///< of the last change that another program made
+    bool m_isForeignTold = false;            ///< it was published
+    std::shared_ptr<const ForeignContents> m_published;
     std::optional<xcb_timestamp_t> m_reclaimTime; ///< set while nobody owns what we hold
     ReclaimBrake m_brake;
     bool m_isStopping = false;

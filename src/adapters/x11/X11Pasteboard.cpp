@@ -112,6 +112,7 @@ Pasteboard::Reading X11Pasteboard::reading() const {
 int X11Pasteboard::clearContents() {
     m_contents = OwnContents{};
     scheduleClaim();
+    m_writtenAt = std::chrono::steady_clock::now();
     return ++m_changeCount;
 }
 
@@ -141,7 +142,9 @@ void X11Pasteboard::scheduleClaim() {
     if (m_isClaimScheduled)
         return;
     m_isClaimScheduled = true;
-    // From here on, what the reader has under way has been replaced.
+    m_writtenAt = std::chrono::steady_clock::now();
+    // What the reader has under way has been replaced. What comes from here on it tells of again, once it has the
+    // claim.
     ++m_ownSerial;
     m_ownImageFile.clear();
     QMetaObject::invokeMethod(
@@ -152,7 +155,7 @@ void X11Pasteboard::claim() {
     if (!std::exchange(m_isClaimScheduled, false))
         return;
     const auto &own = std::get<OwnContents>(m_contents);
-    m_thread->claim(own, m_ownSerial);
+    m_thread->claim(own, m_ownSerial, m_writtenAt);
     readOwnFiles(own);
 }
 

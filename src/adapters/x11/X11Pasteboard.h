@@ -21,7 +21,8 @@ class SelectionThread;
 ///     start waits 0.5 s at most for a server that another program holds; then what stands when it is free is no
 ///     change.
 ///  2. The writes of one turn reach the other programs at its end in one step: none of them ever finds the clipboard
-///     empty in between. They can be read back at once.
+///     empty in between. They can be read back at once. What another program copies after the last `clearContents` of
+///     the turn has replaced them, though it comes before that end.
 ///  3. One transfer brings at most 64 MiB, one change 128 MiB; a picture has at most 128 megapixels. What is larger is
 ///     absent. A silent owner is waited for 4 s, a stalled transfer 1.5 s, all together 10 s; a newer owner ends the
 ///     waiting at once. See `SelectionLimits`.
@@ -70,6 +71,7 @@ private:
     int m_changeCount = 0;
     int m_ownSerial = 0;
     bool m_isClaimScheduled = false;
+    std::chrono::steady_clock::time_point m_writtenAt; ///< when what is to be claimed was begun
     std::variant<Foreign, OwnContents> m_contents;
     QByteArray m_ownImageFile; ///< the first picture among the own files, once it was read
     std::shared_ptr<Counter> m_counter;

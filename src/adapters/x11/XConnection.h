@@ -89,6 +89,11 @@ private:
     std::deque<xcb_window_t> m_retired;
 };
 
+/// The server's times wrap.
+[[nodiscard]] constexpr bool isTimeBefore(xcb_timestamp_t a, xcb_timestamp_t b) {
+    return static_cast<std::int32_t>(a - b) < 0;
+}
+
 /// Sequence numbers wrap.
 [[nodiscard]] constexpr bool isSequenceBefore(unsigned a, unsigned b) {
     return static_cast<int>(a - b) < 0;

@@ -329,6 +329,54 @@ TEST_F(OwnWrites, ofACopyAndAWriteAtTheSameTimeTheWriteStandsInBothPlaces) {
     }
 }
 
+TEST_F(OwnWrites, aCopyMadeAfterAWriteStandsThoughTheTurnOfTheWriteGoesOn) {
+    for (const bool isReadBefore : {true, false}) {
+        const int count = pasteboard().clearContents();
+        pasteboard().setString(QStringLiteral("mine"));
+        std::this_thread::sleep_for(std::chrono::milliseconds(100)); // something else holds the main thread
+        TestOwner other;
+        other.ownText("theirs");
+        if (isReadBefore) {
+            for (int i = 0; i < 500 && other.requestCount("UTF8_STRING") == 0; ++i)
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            std::this_thread::sleep_for(std::chrono::milliseconds(50)); // the reader has told of it, in vain
+        }
+        ASSERT_TRUE(waitUntil([&] { return pasteboard().string() == QStringLiteral("theirs"); }));
+        EXPECT_EQ(pasteboard().changeCount(), count + 1);
+        EXPECT_EQ(pasted("UTF8_STRING"), "theirs");
+        EXPECT_TRUE(other.isOwner());
+        EXPECT_FALSE(waitUntil([&] { return pasteboard().changeCount() != count + 1; }, 100));
+    }
+}
+
+TEST_F(OwnWrites, anEmptyingMadeAfterAWriteStandsThoughTheTurnOfTheWriteGoesOn) {
+    TestOwner other;
+    other.ownText("theirs");
+    ASSERT_TRUE(changed());
+    const int count = pasteboard().clearContents();
+    pasteboard().setString(QStringLiteral("mine"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    other.clear();
+    ASSERT_TRUE(waitUntil([&] { return pasteboard().changeCount() != count; }));
+    EXPECT_EQ(pasteboard().changeCount(), count + 1);
+    EXPECT_FALSE(pasteboard().types());
+    EXPECT_EQ(requestor.owner(), 0U);
+}
+
+TEST_F(OwnWrites, theLastWriteOfATurnCountsWhereACopyCameBetweenTwo) {
+    pasteboard().clearContents();
+    pasteboard().setString(QStringLiteral("first"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    TestOwner other;
+    other.ownText("theirs");
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    const int count = pasteboard().clearContents();
+    pasteboard().setString(QStringLiteral("second"));
+    ASSERT_TRUE(waitUntil([&] { return pasted("UTF8_STRING") == "second"; }));
+    EXPECT_EQ(pasteboard().string(), QStringLiteral("second"));
+    EXPECT_EQ(pasteboard().changeCount(), count);
+}
+
 TEST_F(OwnWrites, whoeverWinsARaceForTheClipboardIsReadHereToo) {
     TestOwner other;
     for (int i = 0; i < 300; ++i) {
