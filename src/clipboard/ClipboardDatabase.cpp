@@ -29,10 +29,28 @@ struct ClipboardDatabase::Parts {
     RowPruner pruner{file, current};
     RowWriter writer{file, current};
 
+    void remove(const QUuid &id) {
+        ClipboardItem item;
+        item.id = id;
+        writer.write({Kind::remove, item});
+    }
+
     void prepare() {
         file.prepare();
         if (writer.hasUnwritten())
             writer.writeWaiting();
+    }
+
+    std::optional<ClipboardItem> findDuplicate(const std::optional<QString> &imageFileName, const QString &content) {
+        if (auto waiting = writer.unwritten().find(imageFileName, content))
+            return waiting;
+        Statement statement(file.db(), imageFileName ? sql::sameContentAndFile : sql::sameContentWithoutFile);
+        statement.bindText(1, content.toUtf8());
+        if (imageFileName)
+            statement.bindText(2, imageFileName->toUtf8());
+        if (statement.step() != Statement::Step::row)
+            return std::nullopt;
+        return readRow(statement).item;
     }
 
     std::optional<std::vector<ClipboardItem>> search(const QString &query, qint64 limit,
@@ -82,10 +100,20 @@ void ClipboardDatabase::record(const ClipboardItem &item) {
     perform([&] { m_parts->writer.write({Kind::record, item}); });
 }
 
+bool ClipboardDatabase::recordText(const ClipboardItem &item) {
+    return perform([&] {
+        const auto duplicate = m_parts->findDuplicate(std::nullopt, item.content);
+        if (duplicate && duplicate->isProtected())
+            return false;
+        if (duplicate)
+            m_parts->remove(duplicate->id);
+        m_parts->writer.write({Kind::record, item});
+        return true;
+    });
+}
+
 void ClipboardDatabase::remove(const QUuid &id) {
-    ClipboardItem item;
-    item.id = id;
-    perform([&] { m_parts->writer.write({Kind::remove, item}); });
+    perform([&] { m_parts->remove(id); });
 }
 
 std::optional<QString> ClipboardDatabase::wholeText(const ClipboardItem &item) {
@@ -164,17 +192,7 @@ void ClipboardDatabase::continueReading(const Reading &reading, const std::share
 
 std::optional<ClipboardItem> ClipboardDatabase::findDuplicate(const std::optional<QString> &imageFileName,
                                                               const QString &content) {
-    return perform([&]() -> std::optional<ClipboardItem> {
-        if (auto waiting = m_parts->writer.unwritten().find(imageFileName, content))
-            return waiting;
-        Statement statement(m_parts->file.db(), imageFileName ? sql::sameContentAndFile : sql::sameContentWithoutFile);
-        statement.bindText(1, content.toUtf8());
-        if (imageFileName)
-            statement.bindText(2, imageFileName->toUtf8());
-        if (statement.step() != Statement::Step::row)
-            return std::nullopt;
-        return readRow(statement).item;
-    });
+    return perform([&] { return m_parts->findDuplicate(imageFileName, content); });
 }
 
 ClipboardDatabase::Pruned ClipboardDatabase::prune(bool imagesOnly, std::optional<Date> before,

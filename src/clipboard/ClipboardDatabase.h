@@ -61,6 +61,9 @@ public:
     /// The same for a new copy whose duplicate was looked for: should the row have to wait, it takes the place of those
     /// that are found then, or gives way to a protected one.
     void record(const ClipboardItem &item);
+    /// The same for a new text without the look before: it takes the place of the unprotected row with that text. False
+    /// when a protected row has it, which stays as it is. For a thread that may wait as long as a large text takes.
+    [[nodiscard]] bool recordText(const ClipboardItem &item);
     void remove(const QUuid &id);
     /// The text of which a cut item has the beginning. None when its row is gone or cannot be read.
     [[nodiscard]] std::optional<QString> wholeText(const ClipboardItem &item);

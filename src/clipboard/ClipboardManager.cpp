@@ -140,16 +140,21 @@ void ClipboardManager::addItem(const QString &content, const std::optional<QStri
         if (thumbnail)
             cacheThumbnail(*thumbnail, *imageFileName);
     }
-    ClipboardItem item;
-    item.id = QUuid::createUuid();
-    item.content = contentOrImage(content, imageFileName);
-    item.date = date.value_or(m_ports.time.now());
+    ClipboardItem item = newItem(contentOrImage(content, imageFileName), date.value_or(m_ports.time.now()));
     item.imageFileName = imageFileName;
     if (imageFileName)
         m_media.claim(*imageFileName);
     m_ports.database.record(item);
     runCleanup();
     reloadHistory();
+}
+
+ClipboardItem ClipboardManager::newItem(const QString &content, Date date) {
+    ClipboardItem item;
+    item.id = QUuid::createUuid();
+    item.content = content;
+    item.date = date;
+    return item;
 }
 
 void ClipboardManager::addToMySaved(const QString &text) {
@@ -160,9 +165,7 @@ void ClipboardManager::addToMySaved(const QString &text) {
     if (auto existing = m_ports.database.findDuplicate(std::nullopt, trimmed)) {
         item = std::move(*existing);
     } else {
-        item.id = QUuid::createUuid();
-        item.content = trimmed;
-        item.date = m_ports.time.now();
+        item = newItem(trimmed, m_ports.time.now());
     }
     item.isSaved = true;
     m_ports.database.save(item);

@@ -160,11 +160,12 @@ private:
     void removeLeftovers();
     void setHistory(std::vector<ClipboardItem> items);
     std::vector<ClipboardItem> protectedItems();
-    /// A copy made ready to be recorded, which is work for any thread.
+    /// A copy made ready to be recorded, or a text that already is, which is work for any thread.
     struct Prepared {
         std::optional<QString> imageFileName; ///< of the stored image
         std::optional<QImage> thumbnail;
         std::optional<QString> text; ///< where there is no image
+        std::optional<bool> isNew;   ///< of a text that is recorded already: false where a protected row has it
     };
     /// When a tick saw a copy, which is the date of its row, however long its recording takes.
     struct Seen {
@@ -185,7 +186,8 @@ private:
     void record(const Prepared &prepared, const Seen &seen);
     void cleanUpAfterPoll();
     [[nodiscard]] bool isExcludedApplicationFrontmost() const;
-    bool recordText(const QString &text, const Seen &seen); ///< false when a protected row of that text stands
+    bool recordText(const Prepared &prepared, const Seen &seen); ///< false when a protected row of that text stands
+    [[nodiscard]] static ClipboardItem newItem(const QString &content, Date date);
     void stripFormatting(const QString &text, int changeCount);
 
     Ports m_ports;

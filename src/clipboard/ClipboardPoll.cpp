@@ -109,8 +109,11 @@ void ClipboardManager::recordElsewhere(const Copy &copy) {
     m_recording = std::make_shared<Recording>();
     m_recording->seen = copy.seen;
     m_recording->queue.async([this, recording = m_recording.get(), reading = copy.reading] {
-        recording->prepared = prepare(reading);
+        Prepared &prepared = recording->prepared;
+        prepared = prepare(reading);
         m_ports.database.awaitOther();
+        if (prepared.text)
+            prepared.isNew = m_ports.database.recordText(newItem(*prepared.text, recording->seen.at));
         m_ports.time.async(this, [this, recording] {
             if (m_recording.get() == recording)
                 finishOneRecording();
@@ -153,7 +156,7 @@ void ClipboardManager::record(const Prepared &prepared, const Seen &seen) {
         addItem(QStringLiteral("Copied Image"), prepared.imageFileName, prepared.thumbnail, seen.at);
         return;
     }
-    if (prepared.text && !recordText(*prepared.text, seen))
+    if (prepared.text && !recordText(prepared, seen))
         return;
     cleanUpAfterPoll();
 }
@@ -164,14 +167,24 @@ void ClipboardManager::cleanUpAfterPoll() {
         reloadHistory();
 }
 
-bool ClipboardManager::recordText(const QString &text, const Seen &seen) {
-    const auto duplicate = m_ports.database.findDuplicate(std::nullopt, text);
-    const bool isKept = duplicate && duplicate->isProtected(); // it stays where it is and keeps its date
-    if (!isKept)
-        addItem(text, std::nullopt, std::nullopt, seen.at);
+bool ClipboardManager::recordText(const Prepared &prepared, const Seen &seen) {
+    const QString &text = *prepared.text;
+    bool isNew = true; // else it stays where it is and keeps its date
+    if (prepared.isNew) {
+        isNew = *prepared.isNew;
+        if (isNew) { // what else adding an item is
+            runCleanup();
+            reloadHistory();
+        }
+    } else {
+        const auto duplicate = m_ports.database.findDuplicate(std::nullopt, text);
+        isNew = !duplicate || !duplicate->isProtected();
+        if (isNew)
+            addItem(text, std::nullopt, std::nullopt, seen.at);
+    }
     if (m_stripRichText)
         stripFormatting(text, seen.changeCount);
-    return !isKept;
+    return isNew;
 }
 
 void ClipboardManager::stripFormatting(const QString &text, int changeCount) {

@@ -371,9 +371,9 @@ TEST_F(LargeCopy, ofTextIsPreparedElsewhereToo) {
     EXPECT_EQ(rows().size(), 1U);
     pasteboard.copyFromOutside(QString(1'000'001, u'y'));
     pollOnce();
-    EXPECT_EQ(rows().size(), 1U);
+    EXPECT_EQ(manager->history().size(), 1U);
     manager->finishRecording();
-    EXPECT_EQ(rows().size(), 2U);
+    EXPECT_EQ(manager->history().size(), 2U);
 }
 
 TEST_F(LargeCopy, isRecordedBeforeACopyThatFollowsIt) {
@@ -387,6 +387,23 @@ TEST_F(LargeCopy, isRecordedBeforeACopyThatFollowsIt) {
     manager->finishRecording();
     tick();
     EXPECT_EQ(historyContents(), (QStringList{str("the next"), str("Copied Image")}));
+}
+
+TEST_F(LargeCopy, ofATextThatIsThereBringsItsRowToTheTop) {
+    const QString large(1'000'001, u'x');
+    copy(large);
+    const QUuid id = rows().front().id;
+    copy(str("between"));
+    copy(large);
+    ASSERT_EQ(contents(rows()), (QStringList{large, str("between")}));
+    EXPECT_NE(rows().front().id, id);
+}
+
+TEST_F(LargeCopy, ofAProtectedTextAddsNothing) {
+    const QString large(1'000'001, u'x');
+    const ClipboardItem pinned = savePinned(large, 5s);
+    copy(large);
+    EXPECT_EQ(rows(), std::vector{pinned});
 }
 
 TEST_F(LargeCopy, whatIsCopiedMeanwhileIsRecordedBehindItInItsOrder) {

@@ -111,5 +111,18 @@ TEST_F(LargeCopies, ofPicturesLeaveTheMainThreadAlone) {
     }
 }
 
+TEST_F(LargeCopies, ofTextLeaveTheMainThreadAlone) {
+    static_cast<void>(copy({{"UTF8_STRING", {.bytes = "so that the history is not empty"}}}));
+    QByteArray bytes(60'000'000, 'x');
+    for (const char first : {'a', 'b'}) {
+        bytes.front() = first;
+        const Times measured = copy({{"UTF8_STRING", {.bytes = bytes}}});
+        std::printf("60 MB of text: recorded after %lld ms, longest stall %lld ms, %.0f MB at most\n",
+                    static_cast<long long>(measured.whole), static_cast<long long>(measured.longestStall),
+                    measured.peak);
+        EXPECT_LT(measured.longestStall, 150) << "below 50 on a quiet machine";
+    }
+}
+
 } // namespace
 } // namespace tavrine
