@@ -118,8 +118,30 @@ void SnipFlow::presentSnip(const QImage &image) {
     printLine(QStringLiteral("DEBUG: AppDelegate - Received snip image callback! Showing preview..."));
     writeToPasteboard(image);
     // The history learns of the capture as of any other copy; without a place for its picture there is no card.
-    if (m_actions.saveImage && m_actions.saveImage(image))
+    if (!m_actions.saveImage)
+        return;
+    if (qint64{image.width()} * image.height() > Pasteboard::largePixels)
+        storeElsewhere(image);
+    else if (m_actions.saveImage(image))
         showSnipPreview(image);
+}
+
+/// Encoding a whole screen takes longer than a hot key may wait. The capture lasts until its card, or the last one's
+/// would come back for that moment.
+void SnipFlow::storeElsewhere(const QImage &image) {
+    ++m_captures;
+    if (m_storings++ == 0)
+        m_storing.emplace(QStringLiteral("com.tavrine.snip.store"));
+    m_storing->async([this, image] {
+        const bool isStored = m_actions.saveImage(image).has_value();
+        m_ports.time.async(this, [this, image, isStored] {
+            if (--m_storings == 0)
+                m_storing.reset();
+            if (isStored)
+                showSnipPreview(image);
+            captureEnded();
+        });
+    });
 }
 
 void SnipFlow::writeToPasteboard(const QImage &image) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/SerialQueue.h"
 #include "capture/SnipFiles.h"
 #include "capture/SnipSaveDialogModel.h"
 #include "capture/SnippetPreviewModel.h"
@@ -47,7 +48,7 @@ public:
     /// What the flow asks of other tools. One that is missing does nothing.
     struct Actions {
         std::function<bool()> mayCaptureScreen; ///< asks the person when it may not
-        /// Keeps the picture for the history; the name of its file, or none.
+        /// Keeps the picture for the history; the name of its file, or none. Called on any thread.
         std::function<std::optional<QString>(const QImage &)> saveImage;
         std::function<void()> activateApplication;
         std::function<void(const QImage &)> openEditorDirectly;
@@ -105,6 +106,7 @@ public:
 private:
     void launchTool();
     void captureEnded();
+    void storeElsewhere(const QImage &image);
     [[nodiscard]] SnippetPreviewModel::Actions cardActions(const QImage &image);
     void writeToPasteboard(const QImage &image);
     [[nodiscard]] QString beginDragFile(const QImage &image);
@@ -120,10 +122,12 @@ private:
     SnipFiles m_files;
     std::shared_ptr<SnippetPreviewModel> m_cardModel;
     std::shared_ptr<SnipSaveDialogModel> m_dialogModel;
-    int m_captures = 0; ///< tools under way
+    int m_captures = 0; ///< under way, from the tool's start to the card
+    int m_storings = 0; ///< pictures on the queue
     bool m_isClearingTheScreen = false;
     FloatingPanel m_card;
     FloatingPanel m_dialog;
+    std::optional<SerialQueue> m_storing; ///< while a large picture is stored; last: its work uses the rest
 };
 
 } // namespace tavrine

@@ -94,6 +94,7 @@ std::optional<QString> MediaStore::filePath(const QString &fileName) const {
 std::optional<QString> MediaStore::saveImage(const QImage &image) {
     if (image.width() <= 0 || image.height() <= 0)
         return std::nullopt;
+    const std::scoped_lock saving(m_saving);
     if (const auto stored = unclaimedFileOf(image))
         return stored;
     std::optional<QByteArray> jpeg;

@@ -40,7 +40,7 @@ public:
 
     /// Stores `image` as a JPEG under a fresh name and answers the name. None when it could not be encoded or written.
     /// A picture that was stored just before, and whose file no row has named yet, has that file: a capture is stored
-    /// once when it is taken and once when the pasteboard's poll meets it.
+    /// once when it is taken and once when the pasteboard's poll meets it, at the same moment perhaps.
     [[nodiscard]] std::optional<QString> saveImage(const QImage &image);
     /// A row names the file from now on.
     void claim(const QString &fileName);
@@ -68,6 +68,7 @@ private:
     ImageCoder &m_coder;
     MovieAsset &m_movieAsset;
     ThumbnailCache m_thumbnailCache;
+    std::mutex m_saving;       ///< one picture at a time: the second may be the same one
     std::mutex m_mutex;        ///< guards the three below: a large copy is stored on a thread of its own
     QSet<QString> m_savedNow;  ///< by this run, from before they are written
     QString m_unclaimed;       ///< the file that was stored last, until a row names it

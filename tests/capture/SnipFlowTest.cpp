@@ -4,6 +4,8 @@
 
 #include <QFileInfo>
 
+#include <future>
+
 namespace tavrine {
 namespace {
 
@@ -50,6 +52,35 @@ TEST_F(SnipFlowTest, aCaptureThatCannotBeStoredStaysOnThePasteboardWithoutACard)
     EXPECT_NE(pasteboard.image(), std::nullopt);
     EXPECT_FALSE(flow->isPreviewShown());
     EXPECT_EQ(windows.made(), 0);
+}
+
+TEST_F(SnipFlowTest, aLargeCaptureIsStoredBesideTheMainThreadAndThenGetsItsCard) {
+    show(picture(10, 10));
+    std::promise<void> gate;
+    whileStoring = [opened = gate.get_future().share()] { opened.wait(); };
+    flow->startCapture();
+    time.advance(200ms);
+    ASSERT_TRUE(picture(501, 500).save(tool(0).arguments().last()));
+    tool(0).finish(0);
+    ASSERT_TRUE(happens([this] { return !captured.empty(); }));
+    EXPECT_EQ(pasteboard.image()->size(), QSize(501, 500));
+    time.advance(100ms);
+    EXPECT_TRUE(windows.visibleTitles().isEmpty()) << "the last card does not come back meanwhile";
+    gate.set_value();
+    ASSERT_TRUE(happens([this] { return card().image().width() == 501; }));
+    EXPECT_EQ(windows.visibleTitles(), QStringList(text("Screenshot")));
+    EXPECT_EQ(card().remaining(), 7.0);
+}
+
+TEST_F(SnipFlowTest, aLargeCaptureThatCannotBeStoredBringsTheLastCardBack) {
+    show(picture(10, 10));
+    storedName.reset();
+    flow->startCapture();
+    time.advance(200ms);
+    ASSERT_TRUE(picture(501, 500).save(tool(0).arguments().last()));
+    tool(0).finish(0);
+    ASSERT_TRUE(happens([this] { return !windows.visibleTitles().isEmpty(); }));
+    EXPECT_EQ(card().image().width(), 10);
 }
 
 TEST_F(SnipFlowTest, aCaptureOfOnePixelGetsACard) {

@@ -82,6 +82,8 @@ protected:
                                   },
                               .saveImage =
                                   [this](const QImage &image) {
+                                      if (whileStoring)
+                                          whileStoring();
                                       stored.append(image);
                                       return storedName;
                                   },
@@ -152,6 +154,7 @@ protected:
     bool mayCapture = true;
     int permissionQuestions = 0;
     std::optional<QString> storedName = text("stored.jpg");
+    std::function<void()> whileStoring; ///< on the thread that stores
     QList<QImage> stored;
     QList<QImage> captured;
     QStringList events;

@@ -4,6 +4,9 @@
 #include <QElapsedTimer>
 #include <QSignalSpy>
 
+#include <atomic>
+#include <thread>
+
 #include <sqlite3.h>
 
 namespace tavrine {
@@ -460,6 +463,25 @@ TEST_F(ClipboardItems, aCaptureThatIsStoredTwiceHasOneFile) {
     copy(capture); // and once more, which is a further row with a file of its own
     EXPECT_EQ(storedImages().size(), 2);
     EXPECT_EQ(rows().size(), 2U);
+}
+
+TEST_F(ClipboardItems, aCaptureThatIsStoredTwiceAtTheSameMomentHasOneFile) {
+    start();
+    std::atomic<int> encodings = 0;
+    coder.setSize([&](double) {
+        ++encodings;
+        std::this_thread::sleep_for(20ms); // long enough for the other to come
+        return std::optional<qsizetype>(1000);
+    });
+    const QImage capture = picture(40, 30);
+    std::optional<QString> other;
+    std::thread beside([&] { other = manager->saveImage(capture); });
+    const auto name = manager->saveImage(capture);
+    beside.join();
+    EXPECT_TRUE(name);
+    EXPECT_EQ(name, other);
+    EXPECT_EQ(encodings, 1);
+    EXPECT_EQ(storedImages().size(), 1);
 }
 
 TEST_F(ClipboardItems, whatAnEarlierRunLeftIsRemovedAtTheStart) {
