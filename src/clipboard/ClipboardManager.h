@@ -127,7 +127,7 @@ public:
     void cacheThumbnail(const QImage &image, const QString &name) { m_media.cacheThumbnail(image, name); }
     [[nodiscard]] ThumbnailCache &thumbnailCache() { return m_media.thumbnailCache(); }
     [[nodiscard]] std::optional<QImage> loadImage(const QString &name) { return m_media.loadImage(name); }
-    [[nodiscard]] std::optional<QString> saveImage(const QImage &image) { return m_media.saveImage(image); }
+    [[nodiscard]] std::optional<QString> saveImage(QImage image) { return m_media.saveImage(std::move(image)); }
     void removeImageFile(const std::optional<QString> &name) { m_media.removeImageFile(name); }
     void removeImageFiles(const QStringList &names) { m_media.removeImageFiles(names); }
     [[nodiscard]] std::optional<QString> imagesDirectory() const { return m_media.imagesDirectory(); }

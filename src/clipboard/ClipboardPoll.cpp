@@ -124,8 +124,8 @@ void ClipboardManager::recordElsewhere(const Copy &copy) {
 ClipboardManager::Prepared ClipboardManager::prepare(const Pasteboard::Reading &reading) {
     // An image comes before text; one that cannot be stored is no error, its text is looked at instead.
     Prepared prepared;
-    if (const auto image = reading.image())
-        prepared.imageFileName = saveImage(*image);
+    if (auto image = reading.image())
+        prepared.imageFileName = saveImage(*std::move(image));
     if (prepared.imageFileName)
         prepared.thumbnail = makeThumbnail(*prepared.imageFileName);
     else

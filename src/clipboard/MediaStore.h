@@ -41,7 +41,7 @@ public:
     /// Stores `image` as a JPEG under a fresh name and answers the name. None when it could not be encoded or written.
     /// A picture that was stored just before, and whose file no row has named yet, has that file: a capture is stored
     /// once when it is taken and once when the pasteboard's poll meets it, at the same moment perhaps.
-    [[nodiscard]] std::optional<QString> saveImage(const QImage &image);
+    [[nodiscard]] std::optional<QString> saveImage(QImage image);
     /// A row names the file from now on.
     void claim(const QString &fileName);
     /// Removes what earlier runs left in the folder of the images: files that no row names (`named` are those that one

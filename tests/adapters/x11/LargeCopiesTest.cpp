@@ -34,18 +34,18 @@ double peakMegabytes() {
     return peak;
 }
 
-QByteArray encoded(QSize size, const char *format) {
+QByteArray encoded(QSize size, const char *format, int alpha = 255) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
     QImageWriter writer(&buffer, format);
     if (qstrcmp(format, "tiff") == 0)
         writer.setCompression(1);
-    QImage image(size, QImage::Format_RGB32);
+    QImage image(size, alpha < 255 ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     for (int y = 0; y < image.height(); ++y) {
         auto *row = reinterpret_cast<QRgb *>(image.scanLine(y));
         for (int x = 0; x < image.width(); ++x)
-            row[x] = qRgb(x / 64, y / 64, (x ^ y) / 128);
+            row[x] = qRgba(x / 64, y / 64, (x ^ y) / 128, alpha);
     }
     writer.write(image);
     return bytes;
@@ -109,6 +109,15 @@ TEST_F(LargeCopies, ofPicturesLeaveTheMainThreadAlone) {
                     static_cast<long long>(times.whole), static_cast<long long>(times.longestStall), times.peak);
         EXPECT_LT(times.longestStall, 150) << format << ": below 50 on a quiet machine";
     }
+}
+
+TEST_F(LargeCopies, ofTransparentPicturesTakeNoMoreMemoryThanOthers) {
+    const QSize size(8000, 5000); // more than are converted beside the picture
+    static_cast<void>(copy({{"image/png", {.bytes = encoded(size, "png")}}})); // what the first one needs once
+    const double opaque = copy({{"image/png", {.bytes = encoded(size, "png")}}}).peak;
+    const double transparent = copy({{"image/png", {.bytes = encoded(size, "png", 128)}}}).peak;
+    std::printf("40 megapixels: %.0f MB at most, transparent %.0f\n", opaque, transparent);
+    EXPECT_LT(transparent, opaque + 28) << "planes beside the pixels would be 57 MB";
 }
 
 TEST_F(LargeCopies, ofTextLeaveTheMainThreadAlone) {
