@@ -7,11 +7,14 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
+#include <thread>
 #include <vector>
 
 #include <xcb/shape.h>
+#include <xcb/xcbext.h>
 
 namespace tavrine {
 namespace {
@@ -46,6 +49,26 @@ void setCardinals(xcb_connection_t *connection, xcb_window_t window, const char 
                         static_cast<quint32>(values.size()), std::data(values));
 }
 
+/// The reply on Qt's connection. None when the server did not give it in time: another program may hold it for itself.
+/// Qt's own reader takes what arrives there, so that a wait for the descriptor could miss it.
+template <class Reply>
+XcbReply<Reply> replyInTime(xcb_connection_t *connection, unsigned int sequence) {
+    constexpr auto betweenLooks = std::chrono::microseconds(200);
+    const auto end = std::chrono::steady_clock::now() + XcbClient::longestWait;
+    xcb_flush(connection);
+    void *answer = nullptr;
+    xcb_generic_error_t *error = nullptr;
+    while (!xcb_poll_for_reply(connection, sequence, &answer, &error)) {
+        if (std::chrono::steady_clock::now() >= end || xcb_connection_has_error(connection)) {
+            xcb_discard_reply(connection, sequence);
+            return nullptr;
+        }
+        std::this_thread::sleep_for(betweenLooks);
+    }
+    std::free(error);
+    return XcbReply<Reply>(static_cast<Reply *>(answer));
+}
+
 /// In device pixels, as X counts them.
 QMargins devicePixels(const QWindow &window, const QMargins &room) {
     const double scale = window.devicePixelRatio();
@@ -65,14 +88,15 @@ xcb_atom_t qtAtom(const char *name) {
     static QHash<QByteArray, xcb_atom_t> known; // Qt has one connection for the life of the process
     if (const auto found = known.constFind(name); found != known.cend())
         return *found;
-    const XcbReply<xcb_intern_atom_reply_t> answer{xcb_intern_atom_reply(
-        connection, xcb_intern_atom(connection, 0, static_cast<quint16>(qstrlen(name)), name), nullptr)};
-    return known[name] = answer ? answer->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+    const auto answer = replyInTime<xcb_intern_atom_reply_t>(
+        connection, xcb_intern_atom(connection, 0, static_cast<quint16>(qstrlen(name)), name).sequence);
+    return answer ? known[name] = answer->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
 }
 
 void flushQtConnection() {
     if (auto *connection = qtConnection())
-        free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+        static_cast<void>(
+            replyInTime<xcb_get_input_focus_reply_t>(connection, xcb_get_input_focus(connection).sequence));
 }
 
 void repeatToWindowManager(QWindow &window, const PanelDescription &description) {

@@ -13,8 +13,9 @@ namespace tavrine {
 /// Qt's own connection, null without X. Requests about a window of Qt's go over it, so that they keep their order with
 /// Qt's own.
 [[nodiscard]] xcb_connection_t *qtConnection();
+/// The atom of that name, or none when the server does not answer in time.
 [[nodiscard]] xcb_atom_t qtAtom(const char *name);
-/// Until the server has done all that was asked of it.
+/// Until the server has done all that was asked of it, or for as long as an `XcbClient` waits.
 void flushQtConnection();
 
 /// Maps a described panel onto a window that Qt made and that is not on the screen: type, states, desktops. The window

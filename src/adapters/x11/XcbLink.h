@@ -25,8 +25,9 @@ using XcbEvent = XcbReply<xcb_generic_event_t>;
 /// A connection to the X server. Every other class that speaks to the server does it through one of these.
 ///
 /// Owned by who uses it; one thread. Waiting for an answer is bounded, since another program may hold the server for
-/// itself; connecting is not. Needs no toolkit and no event loop. Without a server it is there but not open, and a
-/// connection that is lost makes every call harmless.
+/// itself; connecting is not: Qt connects before all others and waits as well, and a class that went on without its
+/// connection would be without it for good. Needs no toolkit and no event loop. Without a server it is there but not
+/// open, and a connection that is lost makes every call harmless.
 class XcbLink {
 public:
     using Wait = std::chrono::milliseconds;

@@ -13,6 +13,7 @@
 #include "clipboard/ClipboardItem.h"
 #include "shell/PanelController.h"
 #include "shell/PasteBack.h"
+#include "support/ServerHolder.h"
 #include "support/TestKeyboard.h"
 
 #include <QApplication>
@@ -251,6 +252,18 @@ TEST_F(X11PanelsTest, aPanelThatTakesNoKeyboardLeavesItWhereItIsAndLetsClicksPas
     EXPECT_TRUE(window.waitForText(QStringLiteral("b")));
 }
 
+TEST_F(X11PanelsTest, aServerThatAnotherProgramHoldsIsNotWaitedForWithoutEnd) {
+    ASSERT_TRUE(showSearchPanel());
+    testing::ServerHolder holder;
+    holder.hold(3s, false);
+    QElapsedTimer timer;
+    timer.start();
+    controller.searchPanel()->setIgnoresMouseEvents(true);
+    EXPECT_LT(timer.elapsed(), 1500);
+    holder.wait();
+    controller.searchPanel()->setIgnoresMouseEvents(false);
+}
+
 TEST_F(X11PanelsTest, aClickElsewhereDismissesThePanelAndAClickInsideDoesNot) {
     ASSERT_TRUE(showSearchPanel());
     settle();
@@ -267,7 +280,14 @@ TEST_F(X11PanelsTest, returnInThePanelPastesIntoTheProgramThePersonCameFrom) {
     ASSERT_TRUE(giveKeyboardTo(window));
     QString expected;
     std::vector<double> times;
+    double slowestLetter = 0; // of the desktop itself, which may be busy with something else
     for (int i = 0; i < 20; ++i) {
+        QElapsedTimer letter;
+        letter.start();
+        keyboard.tap(key::b);
+        expected += QLatin1Char('b');
+        ASSERT_TRUE(waitUntil([&] { return window.text() == expected; }, 5s)) << i;
+        slowestLetter = std::max(slowestLetter, static_cast<double>(letter.nsecsElapsed()) / 1e6);
         ASSERT_TRUE(showSearchPanel());
         text = QStringLiteral("p%1;").arg(i, 3, 10, QLatin1Char('0'));
         expected += text;
@@ -281,10 +301,11 @@ TEST_F(X11PanelsTest, returnInThePanelPastesIntoTheProgramThePersonCameFrom) {
     settle(300ms);
     EXPECT_EQ(window.text(), expected);
     std::sort(times.begin(), times.end());
-    std::printf("Return to the text's arrival, %s: median %.0f ms, longest %.0f ms\n",
-                isManaged ? "with a window manager" : "without one", times[times.size() / 2], times.back());
+    std::printf("Return to the text's arrival, %s: median %.0f ms, longest %.0f ms; of a letter, longest %.0f ms\n",
+                isManaged ? "with a window manager" : "without one", times[times.size() / 2], times.back(),
+                slowestLetter);
     EXPECT_GE(times.front(), 80.0);
-    EXPECT_LT(times.back(), 800.0);
+    EXPECT_LT(times.back(), 800.0 + 10 * slowestLetter);
 }
 
 TEST_F(X11PanelsTest, thePasteGoesToTheProgramThatWasLeftLast) {
