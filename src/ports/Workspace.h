@@ -1,5 +1,8 @@
 #pragma once
 
+#include "base/Program.h"
+
+#include <QCoreApplication>
 #include <QList>
 #include <QMetaType>
 #include <QString>
@@ -28,6 +31,12 @@ struct RunningApplication {
     if (a.processIdentifier != 0 && b.processIdentifier != 0)
         return a.processIdentifier == b.processIdentifier;
     return a.bundleIdentifier == b.bundleIdentifier;
+}
+
+/// Known by its process, or by its name where that is all there is.
+[[nodiscard]] inline bool isThisProgram(const RunningApplication &application) {
+    return application.processIdentifier == QCoreApplication::applicationPid() ||
+           application.bundleIdentifier == ownBundleIdentifier;
 }
 
 /// The desktop and the other programs on it. Lives on the main thread, as long as the process.

@@ -14,9 +14,6 @@
 namespace tavrine {
 namespace {
 
-constexpr Seconds keyboardSettles{0.1}; ///< a window manager takes it from one window before it gives it to another
-constexpr Seconds openingSettles{0.6};  ///< a panel asks again for the keyboard until then
-
 /// In the middle of the main screen, and somewhat above it.
 FloatingPanel::Placement centred(double offset) {
     return [offset](const Screens &screens, QSizeF size) -> std::optional<QRectF> {
@@ -36,12 +33,13 @@ PanelController::PanelController(const Ports &ports, Contents contents, Actions 
       m_search({ports.windows, ports.screens, ports.time},
                traitsOf(searchPanelTraits, centred(searchPanelTraits.offset), FloatingPanel::Placed::atEachShowing)),
       m_emoji({ports.windows, ports.screens, ports.time},
-              traitsOf(emojiPanelTraits, centred(emojiPanelTraits.offset), FloatingPanel::Placed::atEachShowing)) {
+              traitsOf(emojiPanelTraits, centred(emojiPanelTraits.offset), FloatingPanel::Placed::atEachShowing)),
+      m_departure({ports.workspace, ports.windows, ports.time}) {
     m_classic.setOnMoved([this] { saveClassicFrame(); });
     m_classic.setOnClosed([this] { dismissClassicPanel(); });
     m_search.setOnClosed([this] { dismissSearchPanel(); });
     m_emoji.setOnClosed([this] { dismissEmojiPanel(); });
-    connect(&m_ports.pasteBack, &PasteBack::leftForAnother, this, [this] { leave(keyboardSettles); });
+    connect(&m_departure, &Departure::left, this, &PanelController::leave);
 }
 
 PanelController::~PanelController() = default;
@@ -128,7 +126,7 @@ void PanelController::show(FloatingPanel &panel, const PanelTraits &traits) {
     m_ports.pasteBack.noteFrontmost();
     m_ports.activator.activateIgnoringOtherApps();
     panel.show();
-    m_lastShowing = m_ports.time.systemUptime();
+    m_departure.panelShown();
     removePanelMonitors();
     installPanelMonitors();
     m_ports.center.post(QString(traits.openedNotification));
@@ -185,19 +183,10 @@ void PanelController::clickedElsewhere() {
         dismissClassicPanel();
 }
 
-/// The person went to another program by the keyboard. A panel that was just opened has the keyboard a while later, and
-/// another program may have it meanwhile.
-void PanelController::leave(Seconds delay) {
-    m_ports.time.asyncAfter(delay, this, [this] {
-        const Seconds shown = m_ports.time.systemUptime() - m_lastShowing;
-        if (shown < openingSettles)
-            leave(openingSettles - shown);
-        else if (m_ports.pasteBack.isAnotherInFront() && !m_ports.windows.isAsking()) {
-            dismissSearchPanel();
-            dismissEmojiPanel();
-            dismissClassicPanel();
-        }
-    });
+void PanelController::leave() {
+    dismissSearchPanel();
+    dismissEmojiPanel();
+    dismissClassicPanel();
 }
 
 void PanelController::escapePressed() {

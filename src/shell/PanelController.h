@@ -1,5 +1,6 @@
 #pragma once
 
+#include "panels/Departure.h"
 #include "panels/FloatingPanel.h"
 #include "ports/EventMonitors.h"
 
@@ -36,6 +37,7 @@ public:
         EventMonitors &monitors;
         EventPoster &poster;
         Screens &screens;
+        Workspace &workspace;
         PasteBack &pasteBack;
         ApplicationActivator &activator;
         Pasteboard &pasteboard;
@@ -99,7 +101,7 @@ private:
     void installPanelMonitors();
     void clickedElsewhere();
     void escapePressed();
-    void leave(Seconds delay);
+    void leave();
     void pasteIntoTarget();
 
     Ports m_ports;
@@ -108,7 +110,7 @@ private:
     FloatingPanel m_classic;
     FloatingPanel m_search;
     FloatingPanel m_emoji;
-    Seconds m_lastShowing{0}; ///< of any of them, as uptime
+    Departure m_departure;
     std::unique_ptr<EventMonitor> m_clickMonitor;
     std::unique_ptr<EventMonitor> m_keyMonitor;
 };

@@ -1,14 +1,11 @@
 #include "shell/PasteBack.h"
 
 #include "base/NotificationCenter.h"
-#include "base/Program.h"
 #include "base/Time.h"
 #include "base/VirtualKeys.h"
 #include "ports/ApplicationActivator.h"
 #include "ports/EventMonitors.h"
 #include "ports/EventPoster.h"
-
-#include <QCoreApplication>
 
 namespace tavrine {
 namespace {
@@ -19,11 +16,6 @@ constexpr Seconds settling{0.08};  ///< between the target's coming to the front
 constexpr Seconds blindDelay{0.2}; ///< where nothing tells that a target is in front
 
 } // namespace
-
-bool isThisProgram(const RunningApplication &application) {
-    return application.processIdentifier == QCoreApplication::applicationPid() ||
-           application.bundleIdentifier == ownBundleIdentifier;
-}
 
 PasteBack::PasteBack(Workspace &workspace, Time &time) : m_workspace(workspace), m_time(time) {}
 
@@ -39,15 +31,8 @@ void PasteBack::listen() {
 }
 
 void PasteBack::appDidDeactivate(const RunningApplication &application) {
-    if (isThisProgram(application))
-        Q_EMIT leftForAnother();
-    else
+    if (!isThisProgram(application))
         m_previous = application;
-}
-
-bool PasteBack::isAnotherInFront() const {
-    const auto front = m_workspace.frontmostApplication();
-    return front && !isThisProgram(*front);
 }
 
 void PasteBack::noteFrontmost() {

@@ -14,9 +14,6 @@ class ApplicationActivator;
 class EventPoster;
 class Time;
 
-/// Known by its process, or by its name where that is all there is.
-[[nodiscard]] bool isThisProgram(const RunningApplication &application);
-
 /// The program that the person came from, and the paste into it. Lives on the main thread from the launch on. It hears
 /// of the programs that are left, and the last of them that is not this one is the target.
 class PasteBack final : public QObject {
@@ -37,16 +34,10 @@ public:
     /// May have quit meanwhile.
     [[nodiscard]] const std::optional<RunningApplication> &previouslyActiveApplication() const { return m_previous; }
 
-    [[nodiscard]] bool isAnotherInFront() const;
-
     /// Brings the target to the front and types the paste there once it is, or after a while all the same. Without a
     /// target this program gives way, and the keystroke goes to whatever has the keyboard then. Both hands outlive the
     /// wait.
     void paste(ApplicationActivator &activator, EventPoster &poster);
-
-Q_SIGNALS:
-    /// This program was in front and no longer is.
-    void leftForAnother();
 
 private:
     void waitForActivation(EventPoster &poster, const RunningApplication &target, int attempt);

@@ -36,6 +36,7 @@ PanelController &Shell::panels() {
                                    .monitors = desktop.eventMonitors(),
                                    .poster = desktop.eventPoster(),
                                    .screens = desktop.screens(),
+                                   .workspace = desktop.workspace(),
                                    .pasteBack = m_pasteBack,
                                    .activator = desktop.applicationActivator(),
                                    .pasteboard = desktop.pasteboard(),

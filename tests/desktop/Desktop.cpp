@@ -177,8 +177,8 @@ bool Desktop::isAbove(quint32 upper, quint32 lower) const {
 }
 
 quint32 Desktop::activeWindow() const {
-    const QByteArray window = property(m_root, "_NET_ACTIVE_WINDOW");
-    return window.size() == 4 ? *reinterpret_cast<const quint32 *>(window.constData()) : 0;
+    const QByteArray window = property(m_root, "_NET_ACTIVE_WINDOW"); // behind which some managers add a word
+    return window.size() >= 4 ? *reinterpret_cast<const quint32 *>(window.constData()) : 0;
 }
 
 quint32 Desktop::windowOf(qint64 processId) const {

@@ -88,6 +88,19 @@ TEST_F(CapturesOfAProgram, theTextOfACaptureIsCopiedAndItsPictureSavedWithTheNot
     EXPECT_TRUE(waitUntil([&] { return QImage(path).width() > 300; }));
 }
 
+TEST_F(CapturesOfAProgram, theTextOfACaptureGoesWhenThePersonSwitchesToAnotherWindowByTheKeyboard) {
+    ASSERT_TRUE(program.startOnboarded());
+    captureWords();
+    clickInCard(lastOfFive);
+    ASSERT_TRUE(waitUntil([this] { return desktop.hasKeyboard(notepad); }));
+    (void)waitUntil([] { return false; }, 700ms); // until it takes the loss of the keyboard for the person's wish
+    desktop.keyboard.chord({key::leftAlt, key::tab});
+    EXPECT_TRUE(waitUntil([this] { return !desktop.isShown(notepad); }));
+    EXPECT_TRUE(
+        waitUntil([this] { return desktop.activeWindow() == desktop.windowsTitled(QStringLiteral("words")).front(); }));
+    EXPECT_TRUE(waitUntil([this] { return savedCaptures().size() == 1; })) << "as every way of closing does";
+}
+
 TEST_F(CapturesOfAProgram, aCaptureIsUploadedByTheScriptInTheKeyRing) {
     const tavrine::test::HttpServer server;
     const QTemporaryDir ringHome;

@@ -11,6 +11,7 @@ namespace tavrine::testing {
 namespace key {
 inline constexpr int escape = 9;
 inline constexpr int backspace = 22;
+inline constexpr int tab = 23;
 inline constexpr int returnKey = 36;
 inline constexpr int leftControl = 37;
 inline constexpr int leftShift = 50;

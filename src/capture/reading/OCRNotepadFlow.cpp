@@ -26,8 +26,10 @@ FloatingPanel::Traits traits() {
 } // namespace
 
 OCRNotepadFlow::OCRNotepadFlow(const Ports &ports, Actions actions)
-    : m_ports(ports), m_actions(std::move(actions)), m_panel({ports.windows, ports.screens, ports.time}, traits()) {
+    : m_ports(ports), m_actions(std::move(actions)), m_panel({ports.windows, ports.screens, ports.time}, traits()),
+      m_departure({ports.workspace, ports.windows, ports.time}) {
     m_panel.setOnClosed([this] { closeOCRNotepad(); });
+    QObject::connect(&m_departure, &Departure::left, &m_departure, [this] { closeOCRNotepad(); });
 }
 
 OCRNotepadFlow::~OCRNotepadFlow() = default;
@@ -44,6 +46,7 @@ void OCRNotepadFlow::showOCRNotepad(std::shared_ptr<OCRNotepadState> state, std:
     m_state = std::move(state);
     m_panel.build(m_actions.makeView(*m_state, [this] { closeOCRNotepad(); }));
     m_panel.show();
+    m_departure.panelShown();
     m_clickMonitor = m_ports.monitors.addGlobalMonitor(eventMask::leftMouseDown | eventMask::rightMouseDown,
                                                        [this](const InputEvent &) { clicked(); });
 }

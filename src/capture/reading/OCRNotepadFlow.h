@@ -1,6 +1,7 @@
 #pragma once
 
 #include "capture/reading/OCRNotepadState.h"
+#include "panels/Departure.h"
 #include "panels/FloatingPanel.h"
 #include "ports/EventMonitors.h"
 
@@ -18,8 +19,8 @@ class OCRManager;
 /// The notepad that shows the text of a capture: opens it, follows clicks elsewhere, and closes it. There is one at
 /// most. Lives on the main thread, as long as the process.
 ///
-/// Every way of closing (Escape, a click elsewhere, the button, the next notepad) runs the closing action, which saves
-/// the capture.
+/// Every way of closing (Escape, a click elsewhere, a way to another program, the button, the next notepad) runs the
+/// closing action, which saves the capture.
 class OCRNotepadFlow {
 public:
     static constexpr double width = 440;
@@ -32,6 +33,7 @@ public:
         PanelWindows &windows;
         Screens &screens;
         EventMonitors &monitors;
+        Workspace &workspace;
         Time &time;
         OCRManager &manager;
     };
@@ -61,6 +63,7 @@ private:
     Actions m_actions;
     std::shared_ptr<OCRNotepadState> m_state;
     FloatingPanel m_panel;
+    Departure m_departure;
     std::function<void()> m_closeAction;
     std::unique_ptr<EventMonitor> m_clickMonitor;
 };

@@ -35,8 +35,8 @@ struct SnippingTool::Notepad {
     OCRNotepadFlow flow;
 
     Notepad(Shell &shell, std::function<void(const QImage &)> autoSaveSnip)
-        : flow({shell.panelWindows(), shell.desktop().screens(), shell.desktop().eventMonitors(), shell.time(),
-                shell.reading().manager()},
+        : flow({shell.panelWindows(), shell.desktop().screens(), shell.desktop().eventMonitors(),
+                shell.desktop().workspace(), shell.time(), shell.reading().manager()},
                {.makeView =
                     [&shell](OCRNotepadState &state, const auto &onDismiss) {
                         return new OCRNotepadView(state, shell.desktop().pasteboard(), shell.time(), onDismiss);

@@ -133,6 +133,7 @@ protected:
          .monitors = monitors,
          .poster = poster,
          .screens = screens,
+         .workspace = workspace,
          .pasteBack = pasteBack,
          .activator = activator,
          .pasteboard = pasteboard,

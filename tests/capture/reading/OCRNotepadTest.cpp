@@ -2,6 +2,7 @@
 #include "adapters/fake/FakeEventMonitors.h"
 #include "adapters/fake/FakePanelWindow.h"
 #include "adapters/fake/FakeScreens.h"
+#include "adapters/fake/FakeWorkspace.h"
 #include "capture/reading/OCRNotepadFlow.h"
 #include "capture/reading/OCRNotepadModel.h"
 
@@ -22,11 +23,12 @@ protected:
     FakePanelWindows windows;
     FakeScreens screens;
     FakeEventMonitors monitors;
+    FakeWorkspace workspace;
     QPointer<OCRNotepadState> shownState;
     std::function<void()> dismiss;
     std::unique_ptr<OCRNotepadModel> model;
     QList<QImage> saved;
-    OCRNotepadFlow flow{{windows, screens, monitors, time, manager},
+    OCRNotepadFlow flow{{windows, screens, monitors, workspace, time, manager},
                         {.makeView =
                              [this](OCRNotepadState &state, const std::function<void()> &onDismiss) {
                                  shownState = &state;
@@ -142,6 +144,26 @@ TEST_F(OCRNotepadTest, oneThatTheDesktopClosesSavesTheCapture) {
     EXPECT_EQ(monitors.globalCount(), 0);
     time.advance(Seconds{1});
     EXPECT_EQ(saved.size(), 1);
+}
+
+TEST_F(OCRNotepadTest, aWayToAnotherProgramByTheKeyboardClosesAndSaves) {
+    workspace.setFrontmost(ownBundleIdentifier, QCoreApplication::applicationPid());
+    open();
+    time.advance(Seconds{1});
+    workspace.setFrontmost(text("org.example.Editor"));
+    time.advance(Seconds{1});
+    EXPECT_EQ(flow.ocrNotepadWindow(), nullptr);
+    EXPECT_EQ(saved.size(), 1);
+}
+
+TEST_F(OCRNotepadTest, itStaysWhileTheKeyboardIsOnItsWayToIt) {
+    workspace.setFrontmost(ownBundleIdentifier, QCoreApplication::applicationPid());
+    open();
+    workspace.setFrontmost(text("org.example.Editor"));
+    time.advance(Seconds{0.5});
+    workspace.setFrontmost(ownBundleIdentifier, QCoreApplication::applicationPid());
+    time.advance(Seconds{1});
+    EXPECT_NE(flow.ocrNotepadWindow(), nullptr);
 }
 
 TEST_F(OCRNotepadTest, closingTwiceSavesOnce) {
