@@ -19,6 +19,11 @@ public:
     /// Makes this program the one that may take the keyboard, ahead of all others.
     virtual void activateIgnoringOtherApps() = 0;
 
+    /// A window of this program comes to the front and gets the keyboard, as the person wishes it: by the right of the
+    /// launcher that called the program last, where it is not used yet, and by that of this moment otherwise. A right
+    /// that is older than what the person has done elsewhere since may be refused.
+    virtual void bringForward(quint32 window) = 0;
+
     /// This program gives way to what is behind it.
     virtual void hide() = 0;
 };

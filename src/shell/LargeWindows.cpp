@@ -3,6 +3,7 @@
 #include "base/Time.h"
 #include "panels/FittingWindow.h"
 #include "ports/Application.h"
+#include "ports/ApplicationActivator.h"
 
 #include <QEvent>
 
@@ -10,10 +11,8 @@
 
 namespace tavrine {
 
-LargeWindows::LargeWindows(Application &application, Time &time, std::function<void()> activateApplication,
-                           QObject *parent)
-    : QObject(parent), m_application(application), m_time(time), m_activateApplication(std::move(activateApplication)) {
-}
+LargeWindows::LargeWindows(Application &application, Time &time, Activator activator, QObject *parent)
+    : QObject(parent), m_application(application), m_time(time), m_activator(std::move(activator)) {}
 
 LargeWindows::~LargeWindows() {
     for (const QPointer<QWidget> &window : m_windows)
@@ -35,9 +34,12 @@ void LargeWindows::becomeRegular() {
 void LargeWindows::bringForward(Kind kind) {
     if (QWidget *shown = window(kind)) {
         shown->show();
-        shown->raise();
-        shown->activateWindow();
+        m_activator().bringForward(static_cast<quint32>(shown->winId()));
     }
+}
+
+void LargeWindows::activateApplication() {
+    m_activator().activateIgnoringOtherApps();
 }
 
 void LargeWindows::close(Kind kind) {

@@ -13,6 +13,7 @@
 namespace tavrine {
 
 class Application;
+class ApplicationActivator;
 class Time;
 
 /// The large windows, one of each kind at most: who holds them, how they close, and with them the activation policy.
@@ -28,9 +29,9 @@ public:
     /// From the closing of a window to the leaving of the task bar: the next window may be on its way.
     static constexpr Seconds policyDelay{0.1};
 
-    /// `activateApplication` brings this program to the front.
-    LargeWindows(Application &application, Time &time, std::function<void()> activateApplication,
-                 QObject *parent = nullptr);
+    using Activator = std::function<ApplicationActivator &()>; ///< made when it is first needed
+
+    LargeWindows(Application &application, Time &time, Activator activator, QObject *parent = nullptr);
     ~LargeWindows() override;
 
     [[nodiscard]] QWidget *window(Kind kind) const { return m_windows[index(kind)]; }
@@ -41,7 +42,7 @@ public:
     void becomeRegular();
     /// Shown, in front, with the keyboard. Nothing when there is none.
     void bringForward(Kind kind);
-    void activateApplication() { m_activateApplication(); }
+    void activateApplication();
 
     /// Closes the window, which may refuse, and forgets it all the same. Nothing when there is none.
     void close(Kind kind);
@@ -63,7 +64,7 @@ private:
 
     Application &m_application;
     Time &m_time;
-    std::function<void()> m_activateApplication;
+    Activator m_activator;
     std::array<QPointer<QWidget>, 3> m_windows;
 };
 

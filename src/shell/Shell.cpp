@@ -23,7 +23,8 @@ Shell::Shell(const Parts &parts, PanelController::Contents contents)
                        .time = parts.desktop.time(),
                        .clearSelectionWindow = [] {}, // there is no recorder yet
                        .activateApplication = [this] { activateApplication(); }}),
-      m_largeWindows(parts.desktop.application(), parts.desktop.time(), [this] { activateApplication(); }),
+      m_largeWindows(parts.desktop.application(), parts.desktop.time(),
+                     [this]() -> ApplicationActivator & { return m_parts.desktop.applicationActivator(); }),
       m_pasteBack(parts.desktop.workspace(), parts.desktop.time()) {}
 
 Shell::~Shell() = default;

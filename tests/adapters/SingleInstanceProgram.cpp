@@ -9,11 +9,15 @@
 int main(int argc, char **argv) {
     using tavrine::DBusSingleInstance;
     const QCoreApplication application(argc, argv);
-    const auto say = [](const char *text) {
-        std::puts(text);
+    const auto say = [](const QByteArray &text) {
+        std::puts(text.constData());
         std::fflush(stdout);
     };
-    DBusSingleInstance instance([&] { say("reopened"); });
+    DBusSingleInstance instance(qgetenv("DESKTOP_STARTUP_ID"), [&](const QByteArray &startupId) {
+        say("reopened");
+        if (!startupId.isEmpty())
+            say("by " + startupId);
+    });
     switch (instance.start()) {
     case DBusSingleInstance::Start::handedOver:
         say("handed over");

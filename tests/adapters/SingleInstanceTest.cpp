@@ -56,6 +56,16 @@ TEST(SingleInstance, aLaterStartOpensTheFirstAgainAndEndsWell) {
     EXPECT_EQ(first.process.state(), QProcess::Running);
 }
 
+TEST(SingleInstance, aLaterStartHandsOnWhatALauncherCalledIt) {
+    Start first;
+    ASSERT_TRUE(first.says(QStringLiteral("first\n")));
+    qputenv("DESKTOP_STARTUP_ID", "launcher-1_TIME4711");
+    Start second;
+    qunsetenv("DESKTOP_STARTUP_ID");
+    EXPECT_EQ(second.exitCode(), 0);
+    EXPECT_TRUE(first.says(QStringLiteral("by launcher-1_TIME4711\n")));
+}
+
 TEST(SingleInstance, ofManyStartsAtOnceOneRuns) {
     constexpr int count = 6;
     std::vector<std::unique_ptr<Start>> starts;

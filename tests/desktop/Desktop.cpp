@@ -224,6 +224,21 @@ void Desktop::doubleClick(QPoint place) {
     click(place);
 }
 
+quint32 Desktop::time() const {
+    // The notice of a change that changes nothing carries it.
+    const quint32 window = xcb_generate_id(m_connection);
+    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(m_connection, 0, window, m_root, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                      XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+    xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, 0, nullptr);
+    xcb_destroy_window(m_connection, window);
+    xcb_flush(m_connection);
+    const auto event = owned(xcb_wait_for_event(m_connection));
+    return event && (event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY
+               ? reinterpret_cast<const xcb_property_notify_event_t *>(event.get())->time
+               : 0;
+}
+
 qint64 Desktop::windowManager() const {
     const QByteArray window = property(m_root, "_NET_SUPPORTING_WM_CHECK");
     if (window.size() != 4)

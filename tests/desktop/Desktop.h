@@ -41,6 +41,8 @@ public:
     [[nodiscard]] QRect frameOf(quint32 window) const;
     /// The window of a program that is uppermost at a place.
     [[nodiscard]] quint32 topWindowAt(QPoint place);
+    /// The server's present one.
+    [[nodiscard]] quint32 time() const;
     /// The process that runs the window manager; 0 for none.
     [[nodiscard]] qint64 windowManager() const;
     /// The first window of a process on the screen; 0 for none.

@@ -1,6 +1,7 @@
 // The built program with all its real parts: the text of a capture in the notepad, and a capture's way to a server by
 // the person's script in a real key ring.
 
+#include "desktop/Capturing.h"
 #include "desktop/Desktop.h"
 #include "desktop/Program.h"
 #include "support/Wait.h"
@@ -16,7 +17,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto card = "Screenshot";
 constexpr auto notepad = "Extracted Text";
 // Places in the card: its last and its last but one button.
 constexpr QPoint lastOfFive(300, 212);
@@ -37,32 +37,8 @@ protected:
         const QRect area = desktop.geometry(desktop.windowsTitled(QStringLiteral("words")).front());
         ASSERT_TRUE(waitUntil([&] { return area.width() > 400; }));
         (void)waitUntil([] { return false; }, 500ms); // until the terminal has drawn
-        ASSERT_TRUE(succeeds("xdotool", {QStringLiteral("key"), QStringLiteral("super+shift+2")}));
-        ASSERT_TRUE(waitUntil([this] {
-            return succeeds("pgrep", {QStringLiteral("-x"), QStringLiteral("screencapture"), QStringLiteral("-P"),
-                                      QString::number(program.processId())});
-        })) << qPrintable(program.output());
-        (void)waitUntil([] { return false; }, 800ms); // until the tool has frozen the screen
-        drag(area.topLeft() + QPoint(4, 4), area.bottomRight() - QPoint(20, 4));
-        ASSERT_TRUE(waitUntil([this] { return desktop.isShown(card); }));
-    }
-    static bool succeeds(const char *command, const QStringList &arguments) {
-        QProcess process;
-        process.start(QString::fromUtf8(command), arguments);
-        return process.waitForFinished(5000) && process.exitCode() == 0;
-    }
-    void drag(QPoint from, QPoint to) {
-        desktop.keyboard.movePointer(from.x(), from.y());
-        desktop.keyboard.press(1);
-        desktop.keyboard.movePointer((from.x() + to.x()) / 2, (from.y() + to.y()) / 2);
-        desktop.keyboard.movePointer(to.x(), to.y());
-        desktop.keyboard.release(1);
-    }
-    void clickInCard(QPoint place) {
-        (void)waitUntil([] { return false; }, 500ms); // until the card has come in
-        const auto windows = desktop.windowsTitled(QString::fromUtf8(card));
-        ASSERT_EQ(windows.size(), 1U);
-        desktop.click(desktop.geometry(windows.front()).topLeft() + place);
+        ASSERT_TRUE(capturing.take(QRect(area.topLeft() + QPoint(4, 4), area.bottomRight() - QPoint(20, 4))))
+            << qPrintable(program.output());
     }
     [[nodiscard]] QStringList savedCaptures() const {
         return QDir(program.home() + QStringLiteral("/Documents/tavrine")).entryList(QDir::Files);
@@ -70,13 +46,14 @@ protected:
 
     Program program;
     Desktop desktop;
+    Capturing capturing{desktop, program};
     std::unique_ptr<Client> terminal;
 };
 
 TEST_F(CapturesOfAProgram, theTextOfACaptureIsCopiedAndItsPictureSavedWithTheNotepad) {
     ASSERT_TRUE(program.startOnboarded());
     captureWords();
-    clickInCard(lastOfFive);
+    ASSERT_TRUE(capturing.clickInCard(lastOfFive));
     ASSERT_TRUE(waitUntil([this] { return desktop.hasKeyboard(notepad); }));
     EXPECT_TRUE(waitUntil([] { return paste().contains("The quick brown fox jumps\n"); }, 30s)) << paste().constData();
     EXPECT_TRUE(paste().contains("over the lazy dog"));
@@ -91,7 +68,7 @@ TEST_F(CapturesOfAProgram, theTextOfACaptureIsCopiedAndItsPictureSavedWithTheNot
 TEST_F(CapturesOfAProgram, theTextOfACaptureGoesWhenThePersonSwitchesToAnotherWindowByTheKeyboard) {
     ASSERT_TRUE(program.startOnboarded());
     captureWords();
-    clickInCard(lastOfFive);
+    ASSERT_TRUE(capturing.clickInCard(lastOfFive));
     ASSERT_TRUE(waitUntil([this] { return desktop.hasKeyboard(notepad); }));
     (void)waitUntil([] { return false; }, 700ms); // until it takes the loss of the keyboard for the person's wish
     desktop.keyboard.chord({key::leftAlt, key::tab});
@@ -145,9 +122,9 @@ TEST_F(CapturesOfAProgram, aCaptureIsUploadedByTheScriptInTheKeyRing) {
     ASSERT_TRUE(program.startOnboarded("<key>cloudUploadEnabled</key><true/>"));
     (void)waitUntil([] { return false; }, 2s); // until the script has come from the key ring
     captureWords();
-    clickInCard(lastOfSix);
+    ASSERT_TRUE(capturing.clickInCard(lastOfSix));
     EXPECT_TRUE(waitUntil([] { return paste().startsWith("https://own/screenshot-"); }, 30s)) << paste().constData();
-    EXPECT_TRUE(waitUntil([this] { return !desktop.isShown(card); }));
+    EXPECT_TRUE(waitUntil([this] { return !desktop.isShown(captureCard); }));
     keyRing.kill();
     keyRing.waitForFinished();
 }

@@ -1,6 +1,7 @@
 #include "shell/LargeWindows.h"
 
 #include "adapters/fake/FakeApplication.h"
+#include "adapters/fake/FakeApplicationActivator.h"
 #include "adapters/fake/VirtualTime.h"
 
 #include <QCloseEvent>
@@ -27,8 +28,9 @@ protected:
 
     FakeApplication application;
     VirtualTime time;
-    int activations = 0;
-    LargeWindows windows{application, time, [this] { ++activations; }};
+    FakeWorkspace workspace;
+    FakeApplicationActivator activator{workspace};
+    LargeWindows windows{application, time, [this]() -> ApplicationActivator & { return activator; }};
 };
 
 TEST_F(LargeWindowsTest, closingTheSettingsWhileTheEditorIsOpenKeepsTheRegularPolicy) {
@@ -47,6 +49,11 @@ TEST_F(LargeWindowsTest, closingTheLastOneReturnsToAccessoryAfterATenthOfASecond
         time.advance(1ms);
         EXPECT_FALSE(isRegular());
     }
+}
+
+TEST_F(LargeWindowsTest, oneThatComesForwardHasTheDesktopsLeave) {
+    const QWidget *editor = show(Kind::editor);
+    EXPECT_EQ(activator.broughtForward(), std::vector{static_cast<quint32>(editor->winId())});
 }
 
 TEST_F(LargeWindowsTest, aClosedWindowIsForgottenAndDeleted) {

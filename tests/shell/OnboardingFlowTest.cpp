@@ -1,6 +1,7 @@
 #include "shell/OnboardingFlow.h"
 
 #include "adapters/fake/FakeApplication.h"
+#include "adapters/fake/FakeApplicationActivator.h"
 #include "adapters/fake/VirtualTime.h"
 #include "shell/LargeWindows.h"
 
@@ -20,11 +21,12 @@ protected:
 
     VirtualTime time;
     FakeApplication application;
-    int activations = 0;
+    FakeWorkspace workspace;
+    FakeApplicationActivator activator{workspace};
     int welcomes = 0;
     int settingsOpenings = 0;
     std::function<void()> onClose;
-    LargeWindows windows{application, time, [this] { ++activations; }};
+    LargeWindows windows{application, time, [this]() -> ApplicationActivator & { return activator; }};
     std::unique_ptr<OnboardingFlow> flow =
         std::make_unique<OnboardingFlow>(windows, time,
                                          OnboardingFlow::Actions{.makeWelcomeWindow =
@@ -41,7 +43,7 @@ TEST_F(OnboardingFlowTest, showsTheWindowAsARegularProgram) {
     EXPECT_EQ(application.activationPolicy(), ActivationPolicy::regular);
     ASSERT_TRUE(welcome());
     EXPECT_TRUE(welcome()->isVisible());
-    EXPECT_EQ(activations, 1);
+    EXPECT_EQ(activator.ownActivations(), 1);
 }
 
 TEST_F(OnboardingFlowTest, aWindowThatStandsIsShownAgain) {
@@ -50,7 +52,7 @@ TEST_F(OnboardingFlowTest, aWindowThatStandsIsShownAgain) {
     flow->showOnboarding();
     EXPECT_EQ(welcomes, 1);
     EXPECT_TRUE(welcome()->isVisible());
-    EXPECT_EQ(activations, 2);
+    EXPECT_EQ(activator.ownActivations(), 2);
 }
 
 TEST_F(OnboardingFlowTest, finishingOpensTheSettingsAndBringsThemToTheFrontALittleLater) {
@@ -61,10 +63,10 @@ TEST_F(OnboardingFlowTest, finishingOpensTheSettingsAndBringsThemToTheFrontALitt
     windows.keep(Kind::settings, std::make_unique<QWidget>());
     time.advance(299ms);
     EXPECT_FALSE(windows.window(Kind::settings)->isVisible());
-    EXPECT_EQ(activations, 1);
+    EXPECT_EQ(activator.ownActivations(), 1);
     time.advance(1ms);
     EXPECT_TRUE(windows.window(Kind::settings)->isVisible());
-    EXPECT_EQ(activations, 2);
+    EXPECT_EQ(activator.ownActivations(), 2);
 }
 
 TEST_F(OnboardingFlowTest, aFinishedWelcomeWindowIsMadeAnew) {
@@ -78,7 +80,7 @@ TEST_F(OnboardingFlowTest, leavesNothingBehindWhenItGoes) {
     flow->finish();
     flow.reset();
     time.advance(1s);
-    EXPECT_EQ(activations, 0);
+    EXPECT_EQ(activator.ownActivations(), 0);
 }
 
 } // namespace

@@ -23,7 +23,8 @@
 
 namespace tavrine {
 
-LinuxDesktop::LinuxDesktop() = default;
+// The toolkit takes the variable away.
+LinuxDesktop::LinuxDesktop() : m_startupId(qgetenv("DESKTOP_STARTUP_ID")) {}
 LinuxDesktop::~LinuxDesktop() = default;
 
 const Folders &LinuxDesktop::folders() {
@@ -34,7 +35,15 @@ const Folders &LinuxDesktop::folders() {
 
 Instance LinuxDesktop::becomeOnlyInstance(std::function<void()> onReopen) {
     const Instance instance =
-        m_instance.get([&] { return std::make_unique<DBusSingleInstance>(std::move(onReopen)); }).start();
+        m_instance
+            .get([&] {
+                return std::make_unique<DBusSingleInstance>(
+                    m_startupId, [this, onReopen = std::move(onReopen)](const QByteArray &startupId) {
+                        startedAgain(startupId);
+                        onReopen();
+                    });
+            })
+            .start();
     // Before the first widget, at which the toolkit would ask for screen readers itself and wait.
     if (instance == Instance::first)
         m_accessibility = std::make_unique<LateAccessibility>();

@@ -39,10 +39,14 @@ public:
 protected:
     LinuxDesktop();
 
+    /// The program was started again, with a launcher's identifier of that start; empty for none.
+    virtual void startedAgain(const QByteArray & /*startupId*/) {}
+
     /// Where the person's wishes for looks stand when no portal knows them, in the order in which they count.
     [[nodiscard]] virtual std::vector<std::unique_ptr<Appearance>> toolkitSettings();
 
 private:
+    const QByteArray m_startupId; ///< of this start
     std::optional<Folders> m_folders;
     MadeOnce<DBusSingleInstance> m_instance;
     std::unique_ptr<LateAccessibility> m_accessibility;

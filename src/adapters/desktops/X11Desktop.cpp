@@ -49,6 +49,10 @@ ApplicationActivator &X11Desktop::applicationActivator() {
     return x11Activator();
 }
 
+void X11Desktop::startedAgain(const QByteArray &startupId) {
+    x11Activator().noteStartup(startupId);
+}
+
 Screens &X11Desktop::screens() {
     return m_screens.get([] { return std::make_unique<X11Screens>(); });
 }

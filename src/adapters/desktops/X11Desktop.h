@@ -27,6 +27,7 @@ public:
     [[nodiscard]] Pasteboard &pasteboard() override;
 
 protected:
+    void startedAgain(const QByteArray &startupId) override;
     [[nodiscard]] std::vector<std::unique_ptr<Appearance>> toolkitSettings() override;
 
 private:

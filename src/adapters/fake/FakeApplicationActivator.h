@@ -30,6 +30,7 @@ public:
         if (m_own)
             m_workspace.setFrontmost(*m_own);
     }
+    void bringForward(quint32 window) override { m_broughtForward.push_back(window); }
     void hide() override { ++m_hides; }
 
     /// The program ends.
@@ -41,12 +42,14 @@ public:
 
     [[nodiscard]] const std::vector<RunningApplication> &activated() const { return m_activated; }
     [[nodiscard]] int ownActivations() const { return m_ownActivations; }
+    [[nodiscard]] const std::vector<quint32> &broughtForward() const { return m_broughtForward; }
     [[nodiscard]] int hides() const { return m_hides; }
 
 private:
     FakeWorkspace &m_workspace;
     std::vector<RunningApplication> m_quit;
     std::vector<RunningApplication> m_activated;
+    std::vector<quint32> m_broughtForward;
     std::optional<RunningApplication> m_own;
     int m_ownActivations = 0;
     int m_hides = 0;

@@ -24,6 +24,7 @@ using namespace std::chrono_literals;
 
 const QString ownName = ownBundleIdentifier;
 const QString ownPath = u'/' + QString(ownName).replace(u'.', u'/');
+const auto startupIdKey = QStringLiteral("desktop-startup-id"); ///< in the platform data of a call
 const auto interfaceName = QStringLiteral("org.freedesktop.Application");
 constexpr auto longestWait = 2s;
 constexpr auto betweenTries = 20ms;
@@ -46,30 +47,33 @@ class ApplicationAdaptor : public QDBusAbstractAdaptor {
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
 public:
-    ApplicationAdaptor(QObject *exported, std::function<void()> onReopen)
+    ApplicationAdaptor(QObject *exported, DBusSingleInstance::OnReopen onReopen)
         : QDBusAbstractAdaptor(exported), m_onReopen(std::move(onReopen)) {}
 
 public Q_SLOTS:
-    void Activate(const QVariantMap &) { reopen(); }
-    void Open(const QStringList &, const QVariantMap &) { reopen(); }
-    void ActivateAction(const QString &, const QVariantList &, const QVariantMap &) { reopen(); }
+    void Activate(const QVariantMap &platformData) { reopen(platformData); }
+    void Open(const QStringList &, const QVariantMap &platformData) { reopen(platformData); }
+    void ActivateAction(const QString &, const QVariantList &, const QVariantMap &platformData) {
+        reopen(platformData);
+    }
 
 private:
     // In a later turn: the caller waits for the answer, and opening a window takes its time.
-    void reopen() {
+    void reopen(const QVariantMap &platformData) {
         QMetaObject::invokeMethod(
-            this, [this] { m_onReopen(); }, Qt::QueuedConnection);
+            this, [this, startupId = platformData.value(startupIdKey).toString().toUtf8()] { m_onReopen(startupId); },
+            Qt::QueuedConnection);
     }
 
-    std::function<void()> m_onReopen;
+    DBusSingleInstance::OnReopen m_onReopen;
 };
 
 } // namespace
 
 class DBusSingleInstance::Private : public QObject {
 public:
-    explicit Private(std::function<void()> onReopen)
-        : lock(runtimeFolder(), ownBundleIdentifier + u'-' + displayName()) {
+    Private(QByteArray id, OnReopen onReopen)
+        : startupId(std::move(id)), lock(runtimeFolder(), ownBundleIdentifier + u'-' + displayName()) {
         new ApplicationAdaptor(this, std::move(onReopen));
     }
 
@@ -85,7 +89,7 @@ public:
     }
 
     /// As a later one: brings the first forward. None while nobody can be asked.
-    [[nodiscard]] static std::optional<Start> activateOther(const QDBusConnection &bus, QDeadlineTimer deadline) {
+    [[nodiscard]] std::optional<Start> activateOther(const QDBusConnection &bus, QDeadlineTimer deadline) const {
         const auto left = static_cast<int>(qMax<qint64>(1, deadline.remainingTime()));
         const QDBusMessage answer = bus.call(activation(), QDBus::Block, left);
         if (answer.type() == QDBusMessage::ReplyMessage)
@@ -96,6 +100,7 @@ public:
         return Start::otherIsSilent;
     }
 
+    const QByteArray startupId;
     InstanceLock lock;
 
 private:
@@ -112,10 +117,13 @@ private:
         return QString::fromLatin1(QUrl::toPercentEncoding(display));
     }
 
-    [[nodiscard]] static QDBusMessage activation() {
+    [[nodiscard]] QDBusMessage activation() const {
         auto call = QDBusMessage::createMethodCall(ownName, ownPath, interfaceName, QStringLiteral("Activate"));
         call.setAutoStartService(false);
-        call << QVariantMap();
+        QVariantMap platformData;
+        if (!startupId.isEmpty())
+            platformData.insert(startupIdKey, QString::fromUtf8(startupId));
+        call << platformData;
         return call;
     }
 
@@ -153,8 +161,8 @@ private:
     }
 };
 
-DBusSingleInstance::DBusSingleInstance(std::function<void()> onReopen)
-    : d(std::make_unique<Private>(std::move(onReopen))) {}
+DBusSingleInstance::DBusSingleInstance(QByteArray startupId, OnReopen onReopen)
+    : d(std::make_unique<Private>(std::move(startupId), std::move(onReopen))) {}
 
 DBusSingleInstance::~DBusSingleInstance() = default;
 
@@ -171,7 +179,7 @@ DBusSingleInstance::Start DBusSingleInstance::start() {
             reportSilence();
             return Start::otherIsSilent;
         }
-        const auto outcome = Private::activateOther(*bus, *deadline);
+        const auto outcome = d->activateOther(*bus, *deadline);
         if (outcome == Start::otherIsSilent)
             reportSilence();
         if (outcome)

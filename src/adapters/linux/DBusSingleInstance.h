@@ -2,6 +2,8 @@
 
 #include "ports/Instance.h"
 
+#include <QByteArray>
+
 #include <functional>
 #include <memory>
 
@@ -22,8 +24,12 @@ class DBusSingleInstance {
 public:
     using Start = Instance;
 
-    /// `onReopen` is called on the main thread when the program is started again while it runs.
-    explicit DBusSingleInstance(std::function<void()> onReopen);
+    /// Called on the main thread when the program is started again while it runs, with the identifier that a launcher
+    /// gave that start; empty for none.
+    using OnReopen = std::function<void(const QByteArray &startupId)>;
+
+    /// `startupId` is the one of this start.
+    DBusSingleInstance(QByteArray startupId, OnReopen onReopen);
     ~DBusSingleInstance();
 
     /// Waits for nobody where this is the first one; else for the bus and for the other program, 2 s each at most.

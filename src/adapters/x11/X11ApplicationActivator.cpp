@@ -1,17 +1,28 @@
 #include "adapters/x11/X11ApplicationActivator.h"
 
+#include "adapters/x11/X11WindowDescription.h"
+
 #include <QGuiApplication>
 #include <QWindow>
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <utility>
 
 namespace tavrine {
 namespace {
 
+constexpr quint32 sourceApplication = 1;
 constexpr quint32 sourcePager = 2;
 constexpr quint32 iconicState = 3;
+
+/// The end of a startup identifier tells the server's time of the click or the key; 0 where it does not.
+quint32 timeOf(const QByteArray &startupId) {
+    constexpr QByteArrayView mark("_TIME");
+    const auto found = startupId.lastIndexOf(mark);
+    return found < 0 ? 0 : startupId.mid(found + mark.size()).toUInt();
+}
 
 bool isAlive(qint64 processIdentifier) {
     return processIdentifier <= 0 || ::kill(static_cast<pid_t>(processIdentifier), 0) == 0 || errno == EPERM;
@@ -66,6 +77,21 @@ bool X11ApplicationActivator::activate(const RunningApplication &application) {
         return false;
     activateWindow(window);
     return true;
+}
+
+void X11ApplicationActivator::noteStartup(const QByteArray &startupId) {
+    m_startupTime = timeOf(startupId);
+}
+
+void X11ApplicationActivator::bringForward(quint32 window) {
+    flushQtConnection(); // the window must be known before it can be given the keyboard
+    const quint32 startupTime = std::exchange(m_startupTime, 0);
+    if (startupTime == 0 || !hasWindowManager()) {
+        activateWindow(window);
+        return;
+    }
+    const quint32 data[5] = {sourceApplication, startupTime, 0, 0, 0};
+    sendToRoot(window, "_NET_ACTIVE_WINDOW", data);
 }
 
 void X11ApplicationActivator::activateWindow(xcb_window_t window) {

@@ -19,8 +19,12 @@ public:
     bool activate(const RunningApplication &application) override;
     /// Nothing: on this desktop a window takes the keyboard when it is shown, and the program has no part in it.
     void activateIgnoringOtherApps() override {}
+    void bringForward(quint32 window) override;
     /// Minimises what the program has in the task bar; without a window manager gives the keyboard to nobody.
     void hide() override;
+
+    /// A launcher started the program again, by the identifier that it gave that start; empty for none.
+    void noteStartup(const QByteArray &startupId);
 
     /// Gives the window the keyboard.
     void activateWindow(xcb_window_t window);
@@ -42,6 +46,7 @@ private:
     mutable XcbClient m_client; // asking reads from it
     xcb_window_t m_window = XCB_WINDOW_NONE;
     quint32 m_serverTime = 0;
+    quint32 m_startupTime = 0; ///< of a start whose window has not come forward yet; 0 for none
 };
 
 } // namespace tavrine
