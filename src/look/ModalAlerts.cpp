@@ -2,6 +2,7 @@
 
 #include "base/DesktopWords.h"
 #include "look/Button.h"
+#include "look/FittingWindow.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -76,6 +77,7 @@ AlertWindow::AlertWindow(const Alert &alert, const QSize &textArea, QWidget *par
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) {
     setAttribute(Qt::WA_TranslucentBackground, Look::composites());
     setModal(true);
+    fitToScreen(*this);
     setWindowTitle(inDesktopWords(alert.message));
     setAccessibleDescription(inDesktopWords(alert.information));
 

@@ -1,7 +1,7 @@
 #include "shell/LargeWindows.h"
 
 #include "base/Time.h"
-#include "panels/FittingWindow.h"
+#include "look/FittingWindow.h"
 #include "ports/Application.h"
 #include "ports/ApplicationActivator.h"
 

@@ -113,7 +113,7 @@ protected:
     X11Screens screens;
     X11ApplicationActivator activator;
     X11PanelWindows windows{activator};
-    QtFilePanels filePanels;
+    QtFilePanels filePanels{[](QWidget &) {}};
     PosixTaskLauncher launcher{home.path()};
     ScreenSnipper snipper{{launcher, defaults, time, folders.temporary}};
     SerialQueue queue{text("com.tavrine.snip")};

@@ -67,7 +67,11 @@ struct QtDesk {
     void choose(const QString &path) { typeAndAccept(path); }
     void cancel() { shownDialog()->reject(); }
     void settle() { letPass(std::chrono::milliseconds(20)); }
-    QtFilePanels real;
+    QList<QPointer<QWidget>> prepared;
+    QtFilePanels real{[this](QWidget &window) {
+        EXPECT_FALSE(window.isVisible());
+        prepared.append(&window);
+    }};
 };
 
 /// What all panels keep.
@@ -190,6 +194,18 @@ TEST_F(QtFilePanelsTest, thePanelShowsWhatItWasGiven) {
     EXPECT_FALSE(dialog->isModal());
 }
 
+TEST_F(QtFilePanelsTest, aDialogAndItsQuestionsArePreparedBeforeTheyAreShown) {
+    makeFile(text("old.png"));
+    desk.panels().runSavePanel(savePanel(), noted());
+    typeAndAccept(text("old.png"));
+    EXPECT_THAT(desk.prepared, testing::ElementsAre(shownDialog(), shownQuestion()));
+    shownQuestion()->reject();
+    desk.cancel();
+    desk.settle();
+    desk.panels().runOpenPanel({}, noted());
+    EXPECT_EQ(desk.prepared.last(), shownDialog());
+}
+
 TEST_F(QtFilePanelsTest, aNameThatEndsInNoneOfTheSuffixesGetsTheFirst) {
     for (const char *name : {"a", "snip_2026-01-31_12.00.05", "b.jpg", "c.PNG"}) {
         desk.panels().runSavePanel(savePanel(), noted());
@@ -271,7 +287,7 @@ TEST_F(QtFilePanelsTest, anOpenPanelWithoutAFolderStartsWhereThePersonWasLast) {
 
 TEST_F(QtFilePanelsTest, panelsThatGoTakeTheirDialogAlongUnanswered) {
     {
-        QtFilePanels panels;
+        QtFilePanels panels([](QWidget &) {});
         panels.runSavePanel(savePanel(), noted());
         EXPECT_TRUE(desk.isOpen());
     }

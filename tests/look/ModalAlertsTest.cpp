@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QPlainTextEdit>
+#include <QScreen>
 #include <QTest>
 #include <QTimer>
 
@@ -46,6 +47,22 @@ TEST_F(ModalAlertsTest, returnTakesTheFirstButtonAndEscapeTheLast) {
     EXPECT_TRUE(alerts.runModal(question));
     whileShown([](AlertWindow &window) { QTest::keyClick(&window, Qt::Key_Escape); });
     EXPECT_FALSE(alerts.runModal(question));
+}
+
+TEST_F(ModalAlertsTest, beforeAWindowAtTheEdgeOfTheScreenItStandsWhollyOnTheScreen) {
+    const QRect usable = QGuiApplication::primaryScreen()->availableGeometry();
+    QWidget asking;
+    asking.setGeometry(QRect(usable.bottomRight() - QPoint(40, 40), QSize(80, 80)));
+    asking.show();
+    asking.activateWindow();
+    QRect frame;
+    whileShown([&](AlertWindow &window) {
+        QApplication::processEvents();
+        frame = window.frameGeometry();
+        window.reject();
+    });
+    EXPECT_FALSE(alerts.runModal(question));
+    EXPECT_TRUE(usable.contains(frame)) << frame.right() << " " << frame.bottom();
 }
 
 TEST_F(ModalAlertsTest, theButtonsDoWhatTheySay) {

@@ -17,6 +17,7 @@
 #include "adapters/linux/TurboImageCoder.h"
 #include "adapters/linux/XdgAutostart.h"
 #include "adapters/linux/XdgFolders.h"
+#include "look/FittingWindow.h"
 #include "look/ModalAlerts.h"
 
 #include <QCoreApplication>
@@ -83,7 +84,7 @@ Alerts &LinuxDesktop::alerts() {
 }
 
 FilePanels &LinuxDesktop::filePanels() {
-    return m_filePanels.get([] { return std::make_unique<QtFilePanels>(); });
+    return m_filePanels.get([] { return std::make_unique<QtFilePanels>(fitToScreen); });
 }
 
 UrlOpener &LinuxDesktop::urlOpener() {

@@ -33,7 +33,8 @@ QString nearestFolder(const QString &path) {
 /// Asks before it replaces a file, in a window of its own instead of an event loop of its own.
 class SaveDialog final : public QFileDialog {
 public:
-    explicit SaveDialog(QStringList suffixes) : m_suffixes(std::move(suffixes)) {}
+    SaveDialog(QStringList suffixes, const QtFilePanels::Prepare &prepare)
+        : m_suffixes(std::move(suffixes)), m_prepare(prepare) {}
 
     [[nodiscard]] const QString &path() const { return m_path; }
 
@@ -69,6 +70,7 @@ private:
     QMessageBox *tell(const QString &text, QMessageBox::StandardButton button) {
         auto *box = new QMessageBox(QMessageBox::NoIcon, windowTitle(), text, button, this);
         box->setAttribute(Qt::WA_DeleteOnClose);
+        m_prepare(*box);
         box->open();
         return box;
     }
@@ -78,6 +80,7 @@ private:
     }
 
     QStringList m_suffixes;
+    const QtFilePanels::Prepare &m_prepare; ///< of the panels, which outlive their dialog
     QString m_path;
 };
 
@@ -100,7 +103,7 @@ bool QtFilePanels::isFree(Answer &answer) {
 void QtFilePanels::runSavePanel(const SavePanel &panel, Answer answer) {
     if (!isFree(answer))
         return;
-    auto *dialog = new SaveDialog(suffixesOf(panel.filter));
+    auto *dialog = new SaveDialog(suffixesOf(panel.filter), m_prepare);
     dialog->setWindowTitle(panel.title);
     dialog->setOption(QFileDialog::DontUseNativeDialog); // before all else: it replaces the dialog's widgets
     dialog->setAcceptMode(QFileDialog::AcceptSave);
@@ -143,6 +146,7 @@ void QtFilePanels::run(QFileDialog *dialog, const QString &prompt, const QString
         QMetaObject::invokeMethod(
             this, [answer, path] { answer(path); }, Qt::QueuedConnection);
     });
+    m_prepare(*dialog);
     dialog->show();
     dialog->raise();
     dialog->activateWindow();

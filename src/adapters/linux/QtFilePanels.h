@@ -5,7 +5,10 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
+
 class QFileDialog;
+class QWidget;
 
 namespace tavrine {
 
@@ -15,7 +18,11 @@ class QtFilePanels final : public QObject, public FilePanels {
     Q_OBJECT
 
 public:
-    explicit QtFilePanels(QObject *parent = nullptr) : QObject(parent) {}
+    /// Called for each window of a panel, its questions too, before it is shown.
+    using Prepare = std::function<void(QWidget &window)>;
+
+    explicit QtFilePanels(Prepare prepare, QObject *parent = nullptr)
+        : QObject(parent), m_prepare(std::move(prepare)) {}
     /// An open panel goes, and is not answered.
     ~QtFilePanels() override;
 
@@ -26,6 +33,7 @@ private:
     [[nodiscard]] bool isFree(Answer &answer);
     void run(QFileDialog *dialog, const QString &prompt, const QString &directory, Answer answer);
 
+    Prepare m_prepare;
     QPointer<QFileDialog> m_dialog;
     QString m_lastDirectory;
 };

@@ -2,6 +2,7 @@
 
 #include "capture/editor/EditorModel.h"
 #include "look/Control.h"
+#include "look/FittingWindow.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -133,6 +134,7 @@ void ColorPopoverView::chooseCustom() {
                            QColorDialog::ShowAlphaChannel);
         dialog->setWindowTitle(QStringLiteral("Annotation color"));
         dialog->setAttribute(Qt::WA_DeleteOnClose);
+        fitToScreen(*dialog);
         connect(dialog, &QColorDialog::currentColorChanged, &m_model, &EditorModel::setSelectedColor);
         // The window may go on with another picture, for which a new dialog is made.
         connect(&m_model, &QObject::destroyed, dialog, [dialog] { delete dialog; });

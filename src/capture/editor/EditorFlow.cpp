@@ -2,7 +2,7 @@
 
 #include "base/Print.h"
 #include "base/Time.h"
-#include "panels/FittingWindow.h"
+#include "look/FittingWindow.h"
 #include "panels/Placement.h"
 #include "ports/Application.h"
 #include "ports/Screens.h"

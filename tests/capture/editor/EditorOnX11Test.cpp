@@ -8,7 +8,7 @@
 #include "capture/editor/DrawView.h"
 #include "capture/editor/TavrineEditorContainerView.h"
 #include "capture/editor/ToolButton.h"
-#include "panels/FittingWindow.h"
+#include "look/FittingWindow.h"
 #include "support/Eventually.h"
 
 #include <QAbstractButton>

@@ -322,6 +322,18 @@ TEST_F(EditorWindowTest, theDialogOfColoursGoesWithItsPicture) {
     EXPECT_EQ(model().selectedColor(), QColor(Qt::darkYellow));
 }
 
+TEST_F(EditorWindowTest, theDialogOfColoursStandsWhollyOnTheScreen) {
+    edit();
+    const QRect usable = window->screen()->availableGeometry();
+    window->move(usable.bottomRight() - QPoint(60, 60));
+    button("Color")->click();
+    QApplication::activePopupWidget()->findChildren<QAbstractButton *>()[8]->click();
+    auto *dialog = window->findChild<QColorDialog *>();
+    ASSERT_TRUE(dialog);
+    QApplication::processEvents();
+    EXPECT_TRUE(usable.contains(dialog->frameGeometry()));
+}
+
 TEST_F(EditorWindowTest, aStrokeIsStoredInFractionsAndShowsThePill) {
     edit();
     EXPECT_FALSE(pill("Unsaved changes")->isVisible());

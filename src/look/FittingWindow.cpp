@@ -1,4 +1,4 @@
-#include "panels/FittingWindow.h"
+#include "look/FittingWindow.h"
 
 #include <QEvent>
 #include <QPointer>
