@@ -1,5 +1,9 @@
 #include "look/Shadow.h"
 
+#include "look/Metrics.h"
+#include "look/Paint.h"
+#include "look/Theme.h"
+
 #include <QImage>
 #include <QPaintDevice>
 #include <QPainter>
@@ -98,8 +102,6 @@ const Drawing &drawing(qreal radius, qreal scale, const QColor &colour) {
     return last;
 }
 
-} // namespace
-
 void paintShadow(QPainter &painter, const QRectF &rect, qreal radius, const QColor &colour) {
     const qreal scale = painter.device()->devicePixelRatioF();
     const Drawing &shadow = drawing(radius, scale, colour);
@@ -121,6 +123,18 @@ void paintShadow(QPainter &painter, const QRectF &rect, qreal radius, const QCol
                                QRectF(QPointF(from[column], from[row]), QPointF(from[column + 1], from[row + 1])));
         }
     }
+}
+
+} // namespace
+
+void paintPanelShadow(QPainter &painter, const QRectF &panel, const Theme &theme) {
+    preparePainter(painter);
+    paintShadow(painter, panel, radius::panel, theme.shadow);
+    if (!theme.isDark)
+        return;
+    // A dark panel on a dark desktop needs an edge on both sides.
+    const qreal pixel = 1 / painter.device()->devicePixelRatioF();
+    strokeHairline(painter, panel.adjusted(-pixel, -pixel, pixel, pixel), radius::panel + pixel, QColor(0, 0, 0, 120));
 }
 
 } // namespace tavrine::look

@@ -2,8 +2,6 @@
 
 #include "base/Time.h"
 #include "look/Look.h"
-#include "look/Metrics.h"
-#include "look/Paint.h"
 #include "look/Shadow.h"
 #include "panels/Placement.h"
 
@@ -15,12 +13,8 @@ namespace {
 constexpr Seconds untilAnswered{0.05};
 
 void paintPanelShadow(QPainter &painter, const QRectF &panel) {
-    const look::Look *look = look::Look::current();
-    if (!look)
-        return;
-    look::paintShadow(painter, panel, look::radius::panel, look->theme().shadow);
-    if (look->theme().isDark) // a dark panel on a dark desktop needs an edge on both sides
-        look::strokeHairline(painter, panel.adjusted(-1, -1, 1, 1), look::radius::panel + 1, QColor(0, 0, 0, 120));
+    if (const look::Look *look = look::Look::current())
+        look::paintPanelShadow(painter, panel, look->theme());
 }
 
 } // namespace

@@ -6,7 +6,6 @@
 #include "look/Indicators.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
-#include "look/PanelFrame.h"
 #include "look/SearchField.h"
 #include "look/SegmentedControl.h"
 #include "look/Symbols.h"

@@ -3,7 +3,8 @@
 #include "adapters/linux/QtTime.h"
 #include "gallery/Gallery.h"
 #include "look/Look.h"
-#include "look/PanelFrame.h"
+#include "look/PanelSurface.h"
+#include "look/Shadow.h"
 #include "look/Text.h"
 
 #include <QApplication>
@@ -26,12 +27,32 @@ public:
     }
 };
 
+/// A panel with its shadow round it.
+class Framed final : public QWidget {
+public:
+    Framed(QSize panel, QWidget *content, QWidget *parent) : QWidget(parent) {
+        resize(panel.grownBy(shadowMargins));
+        auto *around = new QHBoxLayout(this);
+        around->setContentsMargins(shadowMargins);
+        auto *surface = new PanelSurface;
+        around->addWidget(surface);
+        auto *within = new QHBoxLayout(surface);
+        within->setContentsMargins(0, 0, 0, 0);
+        within->addWidget(content);
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override {
+        QPainter painter(this);
+        paintPanelShadow(painter, QRectF(rect()).marginsRemoved(shadowMargins), themeOf(this));
+    }
+};
+
 QWidget *panels(int rows, bool isDark) {
     auto *ground = new Ground(isDark);
     for (int i = 0; i < 2; ++i) {
-        auto *frame = new PanelFrame(i == 0 ? QSize(680, 500) : QSize(320, 450));
-        frame->setContent(new SamplePanel(i == 0 ? rows : 0));
-        frame->setParent(ground, Qt::Widget);
+        auto *frame =
+            new Framed(i == 0 ? QSize(680, 500) : QSize(320, 450), new SamplePanel(i == 0 ? rows : 0), ground);
         frame->move(i == 0 ? 4 : 90, i == 0 ? 4 : 540);
     }
     return ground;

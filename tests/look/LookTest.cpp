@@ -1,14 +1,10 @@
-#include "look/PanelFrame.h"
+#include "look/Look.h"
 
 #include "adapters/fake/FakeAppearance.h"
 #include "adapters/fake/VirtualTime.h"
-#include "look/Button.h"
-#include "look/Look.h"
 #include "look/ScrollArea.h"
-#include "look/Shadow.h"
 
 #include <QApplication>
-#include <QPainter>
 #include <QPalette>
 #include <QVBoxLayout>
 
@@ -19,77 +15,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class PanelFrameTest : public testing::Test {
+class LookTest : public testing::Test {
 protected:
     VirtualTime time;
     FakeAppearance appearance;
     Look look{time, &appearance};
 };
-
-TEST_F(PanelFrameTest, isThePanelAloneWithMaskedCornersWithoutACompositor) {
-    PanelFrame panel({680, 500});
-    panel.show();
-    EXPECT_EQ(panel.size(), QSize(680, 500));
-    EXPECT_FALSE(panel.mask().contains(QPoint(1, 1)));
-    EXPECT_FALSE(panel.mask().contains(QPoint(678, 498)));
-    EXPECT_TRUE(panel.mask().contains(QPoint(18, 18)));
-    EXPECT_TRUE(panel.mask().contains(QPoint(340, 0)));
-}
-
-TEST_F(PanelFrameTest, hasRoomForItsShadowUnderACompositor) {
-    look.setCompositing(true);
-    PanelFrame panel({680, 500});
-    panel.show();
-    EXPECT_EQ(panel.panelGeometry().size(), QSize(680, 500));
-    EXPECT_EQ(panel.size(), QSize(680, 500).grownBy(shadowMargins));
-    EXPECT_TRUE(panel.mask().isEmpty());
-    const QImage picture = panel.grab().toImage();
-    const QPoint below(panel.width() / 2, panel.height() - shadowMargins.bottom() + 4);
-    EXPECT_GT(qAlpha(picture.pixel(below)), 10);
-    EXPECT_EQ(picture.pixelColor(panel.rect().center()), look.theme().surface);
-}
-
-TEST_F(PanelFrameTest, theShadowEndsBeforeTheWindowDoes) {
-    look.setCompositing(true);
-    PanelFrame panel({320, 450});
-    const QImage picture = panel.grab().toImage();
-    for (int x = 0; x < picture.width(); ++x) {
-        EXPECT_LE(qAlpha(picture.pixel(x, 0)), 8);
-        EXPECT_LE(qAlpha(picture.pixel(x, picture.height() - 1)), 8);
-    }
-    for (int y = 0; y < picture.height(); ++y) {
-        EXPECT_LE(qAlpha(picture.pixel(0, y)), 8);
-        EXPECT_LE(qAlpha(picture.pixel(picture.width() - 1, y)), 8);
-    }
-}
-
-TEST_F(PanelFrameTest, keepsThePanelsPlaceWhenTheCompositorComesAndGoes) {
-    PanelFrame panel({320, 450});
-    panel.movePanel({200, 150});
-    panel.show();
-    look.setCompositing(true);
-    EXPECT_EQ(panel.panelGeometry(), QRect(200, 150, 320, 450));
-    EXPECT_TRUE(panel.isVisible());
-    EXPECT_TRUE(panel.testAttribute(Qt::WA_TranslucentBackground));
-    look.setCompositing(false);
-    EXPECT_EQ(panel.panelGeometry(), QRect(200, 150, 320, 450));
-    EXPECT_FALSE(panel.testAttribute(Qt::WA_TranslucentBackground));
-    EXPECT_FALSE(panel.mask().isEmpty());
-}
-
-TEST_F(PanelFrameTest, givesItsContentThePanelsRectangle) {
-    look.setCompositing(true);
-    PanelFrame panel({320, 450});
-    auto *content = new QWidget;
-    panel.setContent(content);
-    panel.show();
-    EXPECT_EQ(content->geometry(), panel.rect().marginsRemoved(shadowMargins));
-    QPointer<QWidget> old = content;
-    panel.setContent(nullptr);
-    EXPECT_TRUE(old.isNull());
-}
-
-using LookTest = PanelFrameTest;
 
 TEST_F(LookTest, followsTheDesktopsScheme) {
     int changes = 0;
