@@ -1,6 +1,7 @@
 #include "capture/ColorPickerManager.h"
 
 #include "base/Print.h"
+#include "capture/ClearedScreen.h"
 #include "ports/ColorSampler.h"
 #include "ports/Pasteboard.h"
 
@@ -66,6 +67,13 @@ void ColorPickerManager::pickColor() {
         m_isPicking = false;
     });
 
+    m_ports.screen.clearFor([self = QPointer(this)] {
+        if (self)
+            self->showSampler();
+    });
+}
+
+void ColorPickerManager::showSampler() {
     m_activeSampler = m_ports.samplers.makeSampler();
     m_activeSampler->showSampler(
         [owner = QPointer(this), pick = std::weak_ptr(m_timeoutWorkItem)](const std::optional<QColor> &colour) {
@@ -76,6 +84,7 @@ void ColorPickerManager::pickColor() {
 
 void ColorPickerManager::onSelected(const std::weak_ptr<const bool> &pick, const std::optional<QColor> &colour) {
     printLine(QStringLiteral("DEBUG: Color sampler callback received"));
+    m_ports.screen.lookEnded();
     // The late answer of a pick whose time was over finds nothing of its own: what is under way is the next one's.
     if (!pick.expired()) {
         m_timeoutWorkItem.reset();

@@ -14,6 +14,7 @@
 
 namespace tavrine {
 
+class ClearedScreen;
 class ColorSampler;
 class ColorSamplers;
 class Pasteboard;
@@ -50,6 +51,7 @@ public:
         UserDefaults &defaults;
         Pasteboard &pasteboard;
         ColorSamplers &samplers;
+        ClearedScreen &screen;
     };
     using ShowToast = std::function<void(const QString &message, const QString &icon)>;
 
@@ -62,6 +64,7 @@ public:
     void pickColor();
 
 private:
+    void showSampler();
     void onSelected(const std::weak_ptr<const bool> &pick, const std::optional<QColor> &colour);
     void copy(const QColor &colour);
 

@@ -10,6 +10,8 @@
 
 #include <QPointer>
 
+#include <utility>
+
 namespace tavrine {
 namespace {
 
@@ -65,7 +67,8 @@ SnipFlow::SnipFlow(Ports ports, Actions actions, Views views)
              {.description = cardDescription(), .placement = inTheCorner, .motion = motion}),
       m_dialog({m_ports.windows, m_ports.screens, m_ports.time},
                {.description = dialogDescription(), .placement = inTheMiddle, .motion = motion}) {
-    m_ports.snipper.setOnEnd([this] { captureEnded(); });
+    m_ports.screen.setWindows(this);
+    m_ports.snipper.setOnEnd([this] { m_ports.screen.lookEnded(); });
     m_card.setOnClosed([this] { dismissSnipPreview(Dismissal::animated); });
     m_dialog.setOnClosed([this] {
         if (const auto model = m_dialogModel)
@@ -75,6 +78,7 @@ SnipFlow::SnipFlow(Ports ports, Actions actions, Views views)
 
 SnipFlow::~SnipFlow() {
     m_ports.snipper.setOnEnd({});
+    m_ports.screen.setWindows(nullptr);
 }
 
 void SnipFlow::startSnip() {
@@ -83,35 +87,29 @@ void SnipFlow::startSnip() {
 }
 
 void SnipFlow::startCapture() {
-    if (m_isClearingTheScreen)
-        return; // the tool comes in a moment
-    if (!m_card.setAside()) {
-        launchTool();
+    if (std::exchange(m_isStarting, true))
         return;
-    }
-    if (m_cardModel)
-        m_cardModel->setAside(true);
-    m_isClearingTheScreen = true;
-    m_ports.time.asyncAfter(newSnipDelay, this, [this] {
-        m_isClearingTheScreen = false;
-        launchTool();
+    m_ports.screen.clearFor([self = QPointer(this)] {
+        if (!self)
+            return;
+        self->m_isStarting = false;
+        self->m_ports.snipper.startCapture();
     });
 }
 
-void SnipFlow::launchTool() {
-    ++m_captures;
-    m_ports.snipper.startCapture();
+bool SnipFlow::setAside() {
+    const bool wasCardShown = m_card.setAside();
+    const bool wasDialogShown = m_dialog.setAside();
+    if (m_cardModel)
+        m_cardModel->setAside(true);
+    return wasCardShown || wasDialogShown;
 }
 
-/// A capture that ended another's tool may still have its own before it.
-void SnipFlow::captureEnded() {
-    if (m_captures > 0)
-        --m_captures;
-    if (m_captures > 0 || m_isClearingTheScreen)
-        return;
+void SnipFlow::bringBack() {
     m_card.bringBack();
     if (m_cardModel)
         m_cardModel->setAside(false);
+    m_dialog.bringBack(); // last: it is what waits for the person
 }
 
 void SnipFlow::presentSnip(const QImage &image) {
@@ -129,7 +127,7 @@ void SnipFlow::presentSnip(const QImage &image) {
 /// Encoding a whole screen takes longer than a hot key may wait. The capture lasts until its card, or the last one's
 /// would come back for that moment.
 void SnipFlow::storeElsewhere(const QImage &image) {
-    ++m_captures;
+    m_ports.screen.lookGoesOn();
     if (m_storings++ == 0)
         m_storing.emplace(QStringLiteral("com.tavrine.snip.store"));
     m_storing->async([this, image] {
@@ -139,7 +137,7 @@ void SnipFlow::storeElsewhere(const QImage &image) {
                 m_storing.reset();
             if (isStored)
                 showSnipPreview(image);
-            captureEnded();
+            m_ports.screen.lookEnded();
         });
     });
 }

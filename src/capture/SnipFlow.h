@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/SerialQueue.h"
+#include "capture/ClearedScreen.h"
 #include "capture/SnipFiles.h"
 #include "capture/SnipSaveDialogModel.h"
 #include "capture/SnippetPreviewModel.h"
@@ -28,7 +29,7 @@ class UserDefaults;
 /// rules by which a capture becomes a file.
 ///
 /// One instance, as long as the process; lives on the main thread. Its views hold no rules: they show the models.
-class SnipFlow : public QObject {
+class SnipFlow : public QObject, private ClearedScreen::Windows {
     Q_OBJECT
 
 public:
@@ -41,6 +42,7 @@ public:
         PanelWindows &windows;
         FilePanels &filePanels;
         ScreenSnipper &snipper;
+        ClearedScreen &screen;
         SerialQueue &fileQueue;
         Folders folders;
         Uploads &uploads;
@@ -68,16 +70,15 @@ public:
     static constexpr double cardMargin = 18; ///< from the lower left corner of the usable screen
     static constexpr double dialogWidth = 340;
     static constexpr double dialogHeight = 264;
-    static constexpr Seconds newSnipDelay{0.2};      ///< the card is off the screen by then
-    static constexpr Seconds choosePanelDelay{0.05}; ///< and so is the dialog
+    static constexpr Seconds newSnipDelay = ClearedScreen::settling;
+    static constexpr Seconds choosePanelDelay{0.05}; ///< the dialog is off the screen by then
 
     SnipFlow(Ports ports, Actions actions, Views views);
     ~SnipFlow() override;
 
     /// The way of menus and quick actions into a capture, over the permission.
     void startSnip();
-    /// Straight into a capture, for who was in one already. The last capture's card is not in the picture: it is off
-    /// the screen before the tool looks at it, and comes back when nothing takes its place.
+    /// Straight into a capture, for who was in one already. What the last one left on the screen is not in the picture.
     void startCapture();
     /// A capture has come: the pasteboard, the history's file, the card.
     void presentSnip(const QImage &image);
@@ -104,8 +105,8 @@ public:
     [[nodiscard]] SnipSaveDialogModel *saveDialogModel() const { return m_dialogModel.get(); }
 
 private:
-    void launchTool();
-    void captureEnded();
+    bool setAside() override;
+    void bringBack() override;
     void storeElsewhere(const QImage &image);
     [[nodiscard]] SnippetPreviewModel::Actions cardActions(const QImage &image);
     void writeToPasteboard(const QImage &image);
@@ -122,9 +123,8 @@ private:
     SnipFiles m_files;
     std::shared_ptr<SnippetPreviewModel> m_cardModel;
     std::shared_ptr<SnipSaveDialogModel> m_dialogModel;
-    int m_captures = 0; ///< under way, from the tool's start to the card
     int m_storings = 0; ///< pictures on the queue
-    bool m_isClearingTheScreen = false;
+    bool m_isStarting = false; ///< the tool comes in a moment
     FloatingPanel m_card;
     FloatingPanel m_dialog;
     std::optional<SerialQueue> m_storing; ///< while a large picture is stored; last: its work uses the rest

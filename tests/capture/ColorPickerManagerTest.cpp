@@ -5,6 +5,7 @@
 #include "adapters/fake/VirtualTime.h"
 #include "base/NotificationCenter.h"
 #include "base/UserDefaults.h"
+#include "capture/ClearedScreen.h"
 
 #include <QTemporaryDir>
 
@@ -47,9 +48,10 @@ protected:
     UserDefaults defaults{folder.filePath(QStringLiteral("defaults.plist")), time, center};
     FakePasteboard pasteboard;
     FakeColorSamplers samplers{time};
+    ClearedScreen screen{time};
     std::vector<std::pair<std::string, std::string>> toasts;
     std::unique_ptr<ColorPickerManager> picker =
-        std::make_unique<ColorPickerManager>(ColorPickerManager::Ports{time, defaults, pasteboard, samplers},
+        std::make_unique<ColorPickerManager>(ColorPickerManager::Ports{time, defaults, pasteboard, samplers, screen},
                                              [this](const QString &message, const QString &icon) {
                                                  toasts.emplace_back(message.toStdString(), icon.toStdString());
                                              });

@@ -1,6 +1,8 @@
 #include "capture/SnipFlow.h"
 
 #include "SnipTest.h"
+#include "adapters/fake/FakeColorSampler.h"
+#include "capture/ColorPickerManager.h"
 
 #include <QFileInfo>
 
@@ -311,6 +313,37 @@ TEST_F(SnipFlowTest, aCaptureThatEndsAnotherDoesNotFindTheCardBack) {
     tool(1).finish(1);
     time.runPending();
     EXPECT_FALSE(windows.visibleTitles().isEmpty());
+}
+
+TEST_F(SnipFlowTest, theQuestionWhereToSaveIsNotInTheNextCaptureAndWaitsForItsAnswerAfterwards) {
+    show();
+    card().pressSave();
+    time.advance(1s);
+    ASSERT_TRUE(flow->isSaveDialogShown());
+    flow->startCapture();
+    time.advance(200ms);
+    EXPECT_EQ(launcher.tasks().size(), 1);
+    EXPECT_TRUE(windows.visibleTitles().isEmpty());
+    tool(0).finish(1);
+    time.runPending();
+    EXPECT_EQ(windows.visibleTitles().size(), 2);
+    flow->saveDialogModel()->cancel();
+    EXPECT_FALSE(flow->isSaveDialogShown());
+}
+
+TEST_F(SnipFlowTest, theCardIsNotInTheWayOfAPickOfAColour) {
+    show();
+    time.advance(1s);
+    FakeColorSamplers samplers{time};
+    ColorPickerManager picker({time, defaults, pasteboard, samplers, screen}, [](const auto &, const auto &) {});
+    picker.pickColor();
+    EXPECT_TRUE(windows.visibleTitles().isEmpty());
+    EXPECT_EQ(samplers.heldCount(), 0);
+    time.advance(200ms);
+    EXPECT_EQ(samplers.heldCount(), 1);
+    samplers.take(Qt::red);
+    time.runPending();
+    EXPECT_EQ(windows.visibleTitles(), QStringList(text("Screenshot")));
 }
 
 TEST_F(SnipFlowTest, aToolThatCannotBeLaunchedBringsTheCardBack) {

@@ -54,23 +54,24 @@ protected:
         EXPECT_TRUE(picture.save(home.filePath(text("picture.png"))));
         QDir(home.path()).mkdir(text("Documents"));
         snipper.setOnSnipComplete([this](const QImage &image) { flow->presentSnip(image); });
-        flow = std::make_unique<SnipFlow>(
-            SnipFlow::Ports{time, defaults, pasteboard, screens, windows, filePanels, snipper, queue, folders, uploads},
-            SnipFlow::Actions{.mayCaptureScreen = {},
-                              .saveImage = [](const QImage &) { return text("stored.jpg"); },
-                              .activateApplication = {},
-                              .openEditorDirectly = [this](const QImage &) { ++editors; },
-                              .getTextFromSnip = {}},
-            SnipFlow::Views{.card =
-                                [this](const auto &model) {
-                                    card = new SnippetPreviewCard(model);
-                                    return card.data();
-                                },
-                            .saveDialog =
-                                [this](const auto &model) {
-                                    dialog = new SnipSaveDialogView(model);
-                                    return dialog.data();
-                                }});
+        flow =
+            std::make_unique<SnipFlow>(SnipFlow::Ports{time, defaults, pasteboard, screens, windows, filePanels,
+                                                       snipper, screen, queue, folders, uploads},
+                                       SnipFlow::Actions{.mayCaptureScreen = {},
+                                                         .saveImage = [](const QImage &) { return text("stored.jpg"); },
+                                                         .activateApplication = {},
+                                                         .openEditorDirectly = [this](const QImage &) { ++editors; },
+                                                         .getTextFromSnip = {}},
+                                       SnipFlow::Views{.card =
+                                                           [this](const auto &model) {
+                                                               card = new SnippetPreviewCard(model);
+                                                               return card.data();
+                                                           },
+                                                       .saveDialog =
+                                                           [this](const auto &model) {
+                                                               dialog = new SnipSaveDialogView(model);
+                                                               return dialog.data();
+                                                           }});
         keyboard.movePointer(600, 200);
     }
     /// What stands for the region tool: a script that gets the tool's arguments.
@@ -115,6 +116,7 @@ protected:
     X11PanelWindows windows{activator};
     QtFilePanels filePanels{[](QWidget &) {}};
     PosixTaskLauncher launcher{home.path()};
+    ClearedScreen screen{time};
     ScreenSnipper snipper{{launcher, defaults, time, folders.temporary}};
     SerialQueue queue{text("com.tavrine.snip")};
     FakeKeychain keychain;

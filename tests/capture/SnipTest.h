@@ -74,7 +74,8 @@ protected:
 
     void makeFlow() {
         flow = std::make_unique<SnipFlow>(
-            SnipFlow::Ports{time, defaults, pasteboard, screens, windows, panels, snipper, queue, folders, uploads},
+            SnipFlow::Ports{time, defaults, pasteboard, screens, windows, panels, snipper, screen, queue, folders,
+                            uploads},
             SnipFlow::Actions{.mayCaptureScreen =
                                   [this] {
                                       ++permissionQuestions;
@@ -149,6 +150,7 @@ protected:
                      .workerPath = worker.path(),
                      .pngData = pngData}};
     SerialQueue queue{text("com.tavrine.snip")};
+    ClearedScreen screen{time};
     ScreenSnipper snipper{{launcher, defaults, time, folders.temporary}};
 
     bool mayCapture = true;

@@ -4,6 +4,7 @@
 #include "base/PrivateFiles.h"
 #include "base/SerialQueue.h"
 #include "base/Time.h"
+#include "capture/ClearedScreen.h"
 #include "panels/Placement.h"
 #include "ports/Application.h"
 #include "ports/ApplicationActivator.h"
@@ -61,6 +62,16 @@ QRScanner::~QRScanner() {
 }
 
 void QRScanner::startScan() {
+    if (std::exchange(m_isStarting, true))
+        return;
+    m_ports.screen.clearFor([this, alive = std::weak_ptr<int>(m_alive)] {
+        if (!alive.expired())
+            launchTool();
+    });
+}
+
+void QRScanner::launchTool() {
+    m_isStarting = false;
     if (m_currentTask && m_currentTask->isRunning())
         m_currentTask->terminate();
     static_cast<void>(makePrivateFolder(m_ports.temporaryFolder));
@@ -70,11 +81,14 @@ void QRScanner::startScan() {
     m_currentTask = m_ports.launcher.makeTask(captureTool, {QStringLiteral("-i"), QStringLiteral("-x"), path});
     m_currentTask->setTerminationHandler([this, time = &m_ports.time, alive = std::weak_ptr<int>(m_alive), path](int) {
         time->async([this, alive, path] {
-            if (!alive.expired())
-                scan(path);
+            if (alive.expired())
+                return;
+            scan(path);
+            m_ports.screen.lookEnded();
         });
     });
-    static_cast<void>(m_currentTask->launch()); // without the tool nothing happens, and nothing is said
+    if (m_currentTask->launch())
+        m_ports.screen.lookEnded(); // without the tool nothing happens, and nothing is said
 }
 
 void QRScanner::scan(const QString &path) {

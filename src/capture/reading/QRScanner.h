@@ -17,6 +17,7 @@ class Application;
 class ApplicationActivator;
 class CodeDetector;
 class SerialQueue;
+class ClearedScreen;
 class Task;
 class TaskLauncher;
 
@@ -36,6 +37,7 @@ public:
         Screens &screens;
         Application &application;
         ApplicationActivator &activator;
+        ClearedScreen &screen;
         Time &time;
         QString temporaryFolder;
     };
@@ -66,10 +68,13 @@ public:
     [[nodiscard]] PanelWindow *resultPanel() const { return m_resultPanel.window(); }
 
 private:
+    void launchTool();
+
     Ports m_ports;
     Actions m_actions;
     std::shared_ptr<Task> m_currentTask;
     FloatingPanel m_resultPanel;
+    bool m_isStarting = false; ///< the tool comes in a moment
     std::shared_ptr<int> m_alive = std::make_shared<int>();
 };
 

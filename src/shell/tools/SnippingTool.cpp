@@ -46,8 +46,8 @@ struct SnippingTool::Notepad {
 
 SnippingTool::SnippingTool(Shell &shell, EditorTool &editor)
     : m_shell(shell), m_editor(editor),
-      m_snipper({shell.desktop().taskLauncher(), shell.defaults(), shell.time(), shell.desktop().folders().temporary}) {
-}
+      m_snipper({shell.desktop().taskLauncher(), shell.defaults(), shell.time(), shell.desktop().folders().temporary}),
+      m_clearedScreen(shell.time()) {}
 
 SnippingTool::~SnippingTool() = default;
 
@@ -96,6 +96,7 @@ std::unique_ptr<SnipFlow> SnippingTool::makeFlow() {
                         .windows = m_shell.panelWindows(),
                         .filePanels = desktop.filePanels(),
                         .snipper = m_snipper,
+                        .screen = m_clearedScreen,
                         .fileQueue = m_fileQueue,
                         .folders = desktop.folders(),
                         .uploads = m_shell.uploads()},
@@ -132,6 +133,7 @@ std::unique_ptr<QRScanner> SnippingTool::makeScanner() {
                          .screens = desktop.screens(),
                          .application = desktop.application(),
                          .activator = desktop.applicationActivator(),
+                         .screen = m_clearedScreen,
                          .time = desktop.time(),
                          .temporaryFolder = desktop.folders().temporary},
         QRScanner::Actions{.makeView =

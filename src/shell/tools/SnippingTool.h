@@ -2,6 +2,7 @@
 
 #include "base/MadeOnce.h"
 #include "base/SerialQueue.h"
+#include "capture/ClearedScreen.h"
 #include "capture/ScreenSnipper.h"
 #include "shell/tools/Tool.h"
 
@@ -37,6 +38,9 @@ public:
     [[nodiscard]] bool isWaitingForCapture() const { return m_isWaitingForCapture; }
     void showPreviewCard(const ClipboardItem &item);
 
+    /// For what else looks at the screen.
+    [[nodiscard]] ClearedScreen &clearedScreen() { return m_clearedScreen; }
+
     /// Null until there was something to show.
     [[nodiscard]] SnipFlow *flowIfMade() const { return m_flow.ifMade(); }
 
@@ -52,6 +56,7 @@ private:
     EditorTool &m_editor;
     bool m_isWaitingForCapture = false;
     ScreenSnipper m_snipper;
+    ClearedScreen m_clearedScreen;
     SerialQueue m_fileQueue{QStringLiteral("com.tavrine.snip")};
     MadeOnce<SnipFlow> m_flow;
     MadeOnce<Notepad> m_notepad;

@@ -20,8 +20,8 @@ ColorPickerManager &Tools::colorPicker() {
     return m_colorPicker.get([this] {
         Desktop &desktop = m_shell.desktop();
         return std::make_unique<ColorPickerManager>(
-            ColorPickerManager::Ports{desktop.time(), m_shell.defaults(), desktop.pasteboard(),
-                                      desktop.colorSamplers()},
+            ColorPickerManager::Ports{desktop.time(), m_shell.defaults(), desktop.pasteboard(), desktop.colorSamplers(),
+                                      m_snipping.clearedScreen()},
             [this](const QString &message, const QString &icon) { m_shell.showToast(message, icon); });
     });
 }

@@ -7,6 +7,7 @@
 #include "adapters/fake/FakeScreens.h"
 #include "adapters/fake/FakeTaskLauncher.h"
 #include "adapters/fake/FakeWorkspace.h"
+#include "capture/ClearedScreen.h"
 #include "capture/reading/QRResultModel.h"
 
 #include <QDir>
@@ -45,7 +46,8 @@ protected:
     QList<QStringList> shown;
     std::function<void()> dismiss;
     bool hasOtherWindow = false;
-    QRScanner scanner{{launcher, detector, queue, windows, screens, application, activator, time, temporary()},
+    ClearedScreen screen{time};
+    QRScanner scanner{{launcher, detector, queue, windows, screens, application, activator, screen, time, temporary()},
                       {.makeView =
                            [this](const QStringList &codes, const std::function<void()> &onDismiss) {
                                shown.append(codes);
@@ -63,6 +65,32 @@ TEST_F(QRScannerTest, theToolIsAskedForASilentRegion) {
               (QStringList{text("-i"), text("-x"), temporary() + text("/tavrine_qr_1769860800.png")}));
     EXPECT_TRUE(task->wasLaunched());
     EXPECT_TRUE(QDir(temporary()).exists());
+}
+
+/// Something that stands on the screen until it is set aside.
+struct InTheWay final : ClearedScreen::Windows {
+    bool setAside() override { return std::exchange(isShown, false); }
+    void bringBack() override { isShown = true; }
+    bool isShown = true;
+};
+
+TEST_F(QRScannerTest, whatFloatsOverTheDesktopIsNotInTheScan) {
+    InTheWay card;
+    screen.setWindows(&card);
+    scanner.startScan();
+    scanner.startScan(); // an impatient hand
+    EXPECT_FALSE(card.isShown);
+    EXPECT_TRUE(launcher.tasks().isEmpty());
+    time.advance(ClearedScreen::settling);
+    ASSERT_EQ(launcher.tasks().size(), 1);
+    launcher.tasks().last()->finish(1);
+    finishScan();
+    EXPECT_TRUE(card.isShown);
+    launcher.failNextLaunch(text("no such file"));
+    scanner.startScan();
+    time.advance(ClearedScreen::settling);
+    EXPECT_TRUE(card.isShown);
+    screen.setWindows(nullptr);
 }
 
 TEST_F(QRScannerTest, theTimeInTheNameIsWholeSeconds) {
