@@ -34,6 +34,7 @@ public:
 
     /// The folder as the page tells it.
     [[nodiscard]] QString saveFolder() const;
+    [[nodiscard]] bool hasOwnSaveFolder() const { return !storedFolder().isEmpty(); }
     void changeSaveFolder();
     void resetSaveFolder();
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QWidget>
+#include "look/SettingsPage.h"
 
 #include <memory>
 
@@ -10,22 +10,17 @@ class SnipperSettingsModel;
 
 /// The page of the captures in the settings: title, switches and the folder. The editor of the shortcut is handed in
 /// and stands first, since it is the same on the pages of all tools. Main thread; owned by its window.
-class SnipperSettingsView final : public QWidget {
+class SnipperSettingsView final : public look::SettingsPage {
     Q_OBJECT
 public:
     static constexpr auto title = "Snipper & OCR";
     static constexpr auto subtitle = "Capture any region of your screen and extract text instantly.";
 
     /// Takes the editor over; null for none.
-    explicit SnipperSettingsView(std::unique_ptr<SnipperSettingsModel> model, QWidget *shortcutEditor = nullptr);
+    explicit SnipperSettingsView(std::unique_ptr<SnipperSettingsModel> model, look::Card *shortcutEditor = nullptr);
     ~SnipperSettingsView() override;
 
 private:
-    class FolderRow;
-
-    QWidget *soundCard();
-    QWidget *savingCard();
-
     std::unique_ptr<SnipperSettingsModel> m_model;
 };
 

@@ -19,7 +19,6 @@
 namespace tavrine {
 namespace {
 
-constexpr auto quickShotsName = "Tavrine QuickShots";
 
 bool isBareName(const QString &fileName) {
     return !fileName.isEmpty() && !fileName.contains(u'/') && !fileName.contains(QChar::Null) &&

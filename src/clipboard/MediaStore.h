@@ -24,6 +24,7 @@ class UserDefaults;
 /// slash, or is "." or "..") names no file, so that a row from elsewhere cannot reach outside the two folders.
 class MediaStore {
 public:
+    static constexpr auto quickShotsName = "Tavrine QuickShots"; ///< the folder of recordings
     static constexpr int thumbnailMaxPixelSize = 480; ///< longest edge of a thumbnail
 
     MediaStore(Folders folders, UserDefaults &defaults, ImageCoder &coder, MovieAsset &movieAsset);

@@ -11,6 +11,7 @@ class Access;
 class Alerts;
 class Appearance;
 class Application;
+class ApplicationCatalog;
 class ApplicationActivator;
 class CodeDetector;
 class ColorSamplers;
@@ -26,6 +27,7 @@ class PanelWindows;
 class Pasteboard;
 class Recognizer;
 class Screens;
+class ScriptSyntax;
 class StatusItem;
 class TaskLauncher;
 class Time;
@@ -52,6 +54,7 @@ public:
     [[nodiscard]] virtual Application &application() = 0;
     [[nodiscard]] virtual Workspace &workspace() = 0;
     [[nodiscard]] virtual ApplicationActivator &applicationActivator() = 0;
+    [[nodiscard]] virtual ApplicationCatalog &applicationCatalog() = 0;
     [[nodiscard]] virtual LoginItem &loginItem() = 0;
     [[nodiscard]] virtual Updater &updater() = 0;
     [[nodiscard]] virtual Time &time() = 0;
@@ -84,6 +87,7 @@ public:
     [[nodiscard]] virtual Recognizer &recognizer() = 0;
     [[nodiscard]] virtual CodeDetector &screenCodeDetector() = 0;  ///< for what is found on the screen
     [[nodiscard]] virtual CodeDetector &pictureCodeDetector() = 0; ///< for the editor
+    [[nodiscard]] virtual ScriptSyntax *scriptSyntax() = 0; ///< null where there is no engine
     [[nodiscard]] virtual TaskLauncher &taskLauncher() = 0;
 };
 

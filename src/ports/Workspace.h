@@ -56,6 +56,9 @@ public:
     /// The program that has the active window. None when no window is active, or when it names no program.
     [[nodiscard]] virtual std::optional<RunningApplication> frontmostApplication() const = 0;
 
+    /// The programs that have a window, each once, in the order in which their first windows came. Not this one.
+    [[nodiscard]] virtual QList<RunningApplication> runningApplications() const = 0;
+
     /// Shows the files in the file manager, selected. Quiet when there is no file manager.
     virtual void activateFileViewerSelecting(const QList<QUrl> &urls) = 0;
 };

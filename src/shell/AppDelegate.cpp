@@ -38,6 +38,7 @@ AppDelegate::AppDelegate(const Shell::Parts &parts, QObject *parent)
       m_display(parts.desktop.statusItem(), parts.defaults),
       m_hotKeys(parts.desktop.hotKeys(), parts.desktop.eventMonitors(), parts.defaults, parts.desktop.time(),
                 hotKeyActions()),
+      m_settingsPages({m_shell, m_tools, m_hotKeys}),
       m_onboarding(m_shell.largeWindows(), parts.desktop.time(),
                    {.makeWelcomeWindow =
                         [this](std::function<void()> onClose) {
@@ -216,7 +217,7 @@ bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {
     if (editor && editor->isVisible())
         windows.bringForward(LargeWindows::Kind::editor);
     else
-        openMainWindow(QStringLiteral("Home"));
+        openMainWindow(SidebarItem::home);
     return true;
 }
 
@@ -227,21 +228,30 @@ void AppDelegate::dismissFloatingPanels() {
 
 void AppDelegate::handleOpenClipboardSettingsRequested() {
     dismissFloatingPanels();
-    openMainWindow(QStringLiteral("Clipboard"));
+    openMainWindow(SidebarItem::clipboard);
 }
 
 void AppDelegate::handleOpenLofiSettingsRequested() {
     dismissFloatingPanels();
-    openMainWindow(QStringLiteral("Lo-Fi Vibe"));
+    openMainWindow(SidebarItem::lofi);
 }
 
 void AppDelegate::openSettings() {
-    openMainWindow(QStringLiteral("Home"));
+    openMainWindow(SidebarItem::home);
 }
 
-void AppDelegate::openMainWindow(const QString & /*sidebarItem*/) {
-    // Its pages stand alone so far: there is a window only where somebody has made one.
-    m_shell.largeWindows().bringForward(LargeWindows::Kind::settings);
+void AppDelegate::openMainWindow(SidebarItem item) {
+    LargeWindows &windows = m_shell.largeWindows();
+    windows.becomeRegular();
+    if (!windows.window(LargeWindows::Kind::settings))
+        windows.keep(LargeWindows::Kind::settings, m_settingsPages.makeWindow());
+    windows.activateApplication();
+    windows.bringForward(LargeWindows::Kind::settings);
+    const char *notice = item == SidebarItem::clipboard ? "navigateToClipboardSettings"
+                         : item == SidebarItem::lofi    ? "navigateToLofiSettings"
+                                                        : nullptr;
+    if (notice)
+        m_shell.time().async(this, [this, notice] { m_shell.center().post(QLatin1String(notice)); });
 }
 
 void AppDelegate::showOnboarding() {

@@ -5,6 +5,7 @@
 #include "shell/OnboardingFlow.h"
 #include "shell/Shell.h"
 #include "shell/StatusDisplay.h"
+#include "shell/settings/SettingsPages.h"
 #include "shell/tools/Tools.h"
 
 #include <QObject>
@@ -50,8 +51,10 @@ public:
     void onHotKeyPressed();
     void onEmojiPickerHotKeyPressed();
 
-    /// Brings the settings window forward, on the page with this text in the side bar.
-    void openMainWindow(const QString &sidebarItem);
+    /// The only way into the settings window: makes it where there is none, and brings it forward. A new one shows the
+    /// first page, and one that is there stays on its page, whatever `item` is; but the pages of the clipboard and of
+    /// the music are gone to.
+    void openMainWindow(SidebarItem item);
     void openEditor(const std::optional<QImage> &image); ///< nothing while its switch is off
     void showOnboarding();
     void updateStatusItem() { m_display.updateStatusItem(); }
@@ -80,6 +83,7 @@ private:
     Tools m_tools;
     StatusDisplay m_display;
     HotKeyCenter m_hotKeys;
+    SettingsPages m_settingsPages;
     OnboardingFlow m_onboarding;
     std::unique_ptr<StatusMenu> m_statusMenu;
     std::unique_ptr<FlagReactions> m_flagReactions;

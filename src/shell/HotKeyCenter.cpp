@@ -31,6 +31,7 @@ void HotKeyCenter::registerHotkeys() {
         if (ref)
             m_hotKeys.unregisterHotKey(*ref);
     m_hotKeyRefs.clear();
+    m_taken.clear();
     m_hotKeys.removeHandler();
     m_hotKeys.installHandler([this](HotKeyId id) { return handleHotKey(id.id); });
     for (const Trigger trigger : allTriggers)
@@ -52,6 +53,8 @@ void HotKeyCenter::registerHotKey(Trigger trigger) {
                    : QStringLiteral("DEBUG: Failed to register hotkey ID: %1"))
                   .arg(id));
     m_hotKeyRefs.push_back(ref);
+    if (!ref)
+        m_taken.insert(trigger);
 }
 
 KeyboardNext HotKeyCenter::handleHotKey(quint32 id) {

@@ -12,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <vector>
 
 namespace tavrine {
@@ -47,6 +48,9 @@ public:
     /// Brings hot keys, monitors and menu entries in line with flags and preferences.
     void registerHotkeys();
 
+    /// Whether the trigger should have a hot key and has none: another program holds the combination.
+    [[nodiscard]] bool isTakenElsewhere(Trigger trigger) const { return m_taken.contains(trigger); }
+
     /// What a press of the hot key does, and who gets the keys after it. Every other number does nothing.
     KeyboardNext handleHotKey(quint32 id);
 
@@ -67,6 +71,7 @@ private:
     Time &m_time;
     Actions m_actions;
     std::vector<std::optional<HotKeyRef>> m_hotKeyRefs; ///< a registration that failed is an empty entry
+    std::set<Trigger> m_taken;
     std::map<Trigger, DoubleTap> m_doubleTaps;
 };
 

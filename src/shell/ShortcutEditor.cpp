@@ -51,9 +51,13 @@ void ShortcutEditor::check() {
         m_conflict.reset();
 }
 
+QString ShortcutEditor::defaultKeyText() const {
+    return QStringLiteral("Default is ⌘⇧") + firstUppercase(traits(m_trigger).character.fallbackValue());
+}
+
 std::optional<ShortcutEditor::Banner> ShortcutEditor::banner() const {
     if (!m_conflict)
-        return std::nullopt;
+        return takenBanner();
     const auto &[kind, message] = *m_conflict;
     switch (kind) {
     case ShortcutConflict::Kind::desktopKey:
@@ -64,6 +68,14 @@ std::optional<ShortcutEditor::Banner> ShortcutEditor::banner() const {
         break;
     }
     return Banner{message, false};
+}
+
+std::optional<ShortcutEditor::Banner> ShortcutEditor::takenBanner() const {
+    const bool showsStored = m_draftMode == m_committedMode && m_draftKey == m_committedKey;
+    if (!showsStored || m_draftMode != triggerMode::commandShift || !m_actions.isTakenElsewhere(m_trigger))
+        return std::nullopt;
+    return Banner{QStringLiteral("Another program uses ⌘⇧") + m_draftKey + QStringLiteral(" — pick a different key"),
+                  false};
 }
 
 bool ShortcutEditor::hasChanges() const {

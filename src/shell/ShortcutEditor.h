@@ -27,6 +27,8 @@ public:
         std::function<void()> registerHotkeys;
         /// The clipboard's key is stored by the manager of the history, in lower case.
         std::function<void(const QString &)> setHotkeyCharacter;
+        /// Whether the stored key could not be had: another program holds it.
+        std::function<bool(Trigger)> isTakenElsewhere;
     };
 
     /// What the banner under the field says.
@@ -48,11 +50,15 @@ public:
     void setDraftKey(const QString &text);
     void setDraftMode(const QString &mode);
 
+    /// "Default is ⌘⇧V"
+    [[nodiscard]] QString defaultKeyText() const;
+
     [[nodiscard]] QString draftMode() const { return m_draftMode; }
     [[nodiscard]] QString draftKey() const { return m_draftKey; }
     [[nodiscard]] QString committedMode() const { return m_committedMode; }
     [[nodiscard]] QString committedKey() const { return m_committedKey; }
     [[nodiscard]] const std::optional<ShortcutConflict> &conflict() const { return m_conflict; }
+    /// A conflict, or that what is stored does nothing since another program was first.
     [[nodiscard]] std::optional<Banner> banner() const;
     [[nodiscard]] HotkeySaveState saveState() const { return m_saveState; }
     [[nodiscard]] bool hasChanges() const;
@@ -68,6 +74,7 @@ private:
     void checkKey();
     void check();
     void setSaveState(HotkeySaveState state);
+    [[nodiscard]] std::optional<Banner> takenBanner() const;
 
     Trigger m_trigger;
     UserDefaults &m_defaults;

@@ -12,7 +12,7 @@
 #include "look/Toggle.h"
 #include "upload/ScriptEditorView.h"
 #include "upload/TestLogView.h"
-#include "upload/WrappedTextView.h"
+#include "look/WrappedText.h"
 
 #include <QBoxLayout>
 #include <QPainter>

@@ -11,10 +11,10 @@ class Button;
 class ScrollPane;
 class Spinner;
 class Toggle;
+class WrappedText;
 } // namespace look
 class ScriptEditorView;
 class TestLogView;
-class WrappedText;
 
 /// The page of the settings on which the upload script is edited, saved and tried out. Made when it is opened; its
 /// draft goes with it. Main thread.
@@ -47,14 +47,14 @@ private:
     QWidget *m_locked = nullptr;
     ScriptEditorView *m_editor = nullptr;
     QWidget *m_editorFrame = nullptr;
-    WrappedText *m_error = nullptr;
+    look::WrappedText *m_error = nullptr;
     look::Button *m_save = nullptr;
     look::Button *m_test = nullptr;
     look::Spinner *m_spinner = nullptr;
     QWidget *m_result = nullptr;
     TestLogView *m_log = nullptr;
     QWidget *m_logFrame = nullptr;
-    WrappedText *m_outcome = nullptr;
+    look::WrappedText *m_outcome = nullptr;
 };
 
 } // namespace tavrine

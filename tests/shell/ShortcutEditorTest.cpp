@@ -26,7 +26,8 @@ protected:
             trigger, defaults, time,
             ShortcutEditor::Actions{.isFeatureOn = [this](Trigger other) { return !off.contains(other); },
                                     .registerHotkeys = [this] { ++registrations; },
-                                    .setHotkeyCharacter = [this](const QString &key) { hotkeyCharacter = key; }});
+                                    .setHotkeyCharacter = [this](const QString &key) { hotkeyCharacter = key; },
+                                    .isTakenElsewhere = [this](Trigger asked) { return taken.contains(asked); }});
     }
     QString conflictOf(Trigger trigger, const char *key) {
         const auto editor = edit(trigger);
@@ -44,6 +45,7 @@ protected:
     NotificationCenter notifications;
     UserDefaults defaults{folder.filePath(QStringLiteral("preferences.plist")), time, notifications};
     std::set<Trigger> off;
+    std::set<Trigger> taken;
     QString hotkeyCharacter;
     int registrations = 0;
 };

@@ -9,7 +9,7 @@
 #include "upload/ScriptHighlighter.h"
 #include "upload/TestLogView.h"
 #include "upload/UploadFixture.h"
-#include "upload/WrappedTextView.h"
+#include "look/WrappedText.h"
 
 #include <QApplication>
 #include <QTest>
@@ -48,8 +48,8 @@ protected:
         }
         return nullptr;
     }
-    WrappedText *shown(const QString &text) {
-        for (auto *each : view->findChildren<WrappedText *>()) {
+    look::WrappedText *shown(const QString &text) {
+        for (auto *each : view->findChildren<look::WrappedText *>()) {
             if (each->text() == text && each->isVisible())
                 return each;
         }

@@ -1,6 +1,7 @@
 #include "adapters/desktops/LinuxDesktop.h"
 
 #include "adapters/linux/DBusSingleInstance.h"
+#include "adapters/linux/DesktopEntries.h"
 #include "adapters/linux/DesktopLooks.h"
 #include "adapters/linux/DesktopUrlOpener.h"
 #include "adapters/linux/GtkSettingsFiles.h"
@@ -19,6 +20,7 @@
 #include "adapters/linux/XdgFolders.h"
 #include "look/FittingWindow.h"
 #include "look/ModalAlerts.h"
+#include "ports/ScriptSyntax.h"
 
 #include <QCoreApplication>
 
@@ -53,6 +55,10 @@ Instance LinuxDesktop::becomeOnlyInstance(std::function<void()> onReopen) {
 
 Application &LinuxDesktop::application() {
     return m_application.get([] { return std::make_unique<QtApplication>(); });
+}
+
+ApplicationCatalog &LinuxDesktop::applicationCatalog() {
+    return m_applicationCatalog.get([] { return std::make_unique<DesktopEntries>(DesktopEntries::standardFolders()); });
 }
 
 LoginItem &LinuxDesktop::loginItem() {
@@ -120,6 +126,11 @@ CodeDetector &LinuxDesktop::pictureCodeDetector() {
     return m_pictureCodeDetector.get([this] {
         return std::make_unique<ProcessCodeDetector>(folders().programs, ProcessCodeDetector::picturePlugin);
     });
+}
+
+ScriptSyntax *LinuxDesktop::scriptSyntax() {
+    return m_scriptSyntax.get([] { return std::make_unique<PluginLoader<ScriptSyntax>>(QStringLiteral("script_syntax")); })
+        .port();
 }
 
 TaskLauncher &LinuxDesktop::taskLauncher() {

@@ -12,6 +12,8 @@ namespace tavrine {
 
 class DBusSingleInstance;
 class LateAccessibility;
+template <class Port>
+class PluginLoader;
 
 /// What every Linux desktop has, whatever draws its windows. The keepers of the other ports derive from it.
 class LinuxDesktop : public Desktop {
@@ -21,6 +23,7 @@ public:
     [[nodiscard]] const Folders &folders() final;
     [[nodiscard]] Instance becomeOnlyInstance(std::function<void()> onReopen) final;
     [[nodiscard]] Application &application() final;
+    [[nodiscard]] ApplicationCatalog &applicationCatalog() final;
     [[nodiscard]] LoginItem &loginItem() final;
     [[nodiscard]] Updater &updater() final;
     [[nodiscard]] Time &time() final;
@@ -34,6 +37,7 @@ public:
     [[nodiscard]] Recognizer &recognizer() final;
     [[nodiscard]] CodeDetector &screenCodeDetector() final;
     [[nodiscard]] CodeDetector &pictureCodeDetector() final;
+    [[nodiscard]] ScriptSyntax *scriptSyntax() final;
     [[nodiscard]] TaskLauncher &taskLauncher() final;
 
 protected:
@@ -52,6 +56,7 @@ private:
     std::unique_ptr<LateAccessibility> m_accessibility;
     MadeOnce<Time> m_time;
     MadeOnce<Application> m_application;
+    MadeOnce<ApplicationCatalog> m_applicationCatalog;
     MadeOnce<LoginItem> m_loginItem;
     MadeOnce<Updater> m_updater;
     MadeOnce<Appearance> m_appearance;
@@ -64,6 +69,7 @@ private:
     MadeOnce<Recognizer> m_recognizer;
     MadeOnce<CodeDetector> m_screenCodeDetector;
     MadeOnce<CodeDetector> m_pictureCodeDetector;
+    MadeOnce<PluginLoader<ScriptSyntax>> m_scriptSyntax;
     MadeOnce<TaskLauncher> m_taskLauncher;
 };
 

@@ -5,6 +5,7 @@
 #include "adapters/fake/FakeAppearance.h"
 #include "adapters/fake/FakeApplication.h"
 #include "adapters/fake/FakeApplicationActivator.h"
+#include "adapters/fake/FakeApplicationCatalog.h"
 #include "adapters/fake/FakeCodeDetector.h"
 #include "adapters/fake/FakeColorSampler.h"
 #include "adapters/fake/FakeEventMonitors.h"
@@ -19,6 +20,7 @@
 #include "adapters/fake/FakePasteboard.h"
 #include "adapters/fake/FakeRecognizer.h"
 #include "adapters/fake/FakeScreens.h"
+#include "adapters/fake/FakeScriptSyntax.h"
 #include "adapters/fake/FakeStatusItem.h"
 #include "adapters/fake/FakeTaskLauncher.h"
 #include "adapters/fake/FakeUpdater.h"
@@ -43,6 +45,7 @@ public:
     [[nodiscard]] FakeApplication &application() override { return m_application; }
     [[nodiscard]] FakeWorkspace &workspace() override { return m_workspace; }
     [[nodiscard]] FakeApplicationActivator &applicationActivator() override { return m_activator; }
+    [[nodiscard]] FakeApplicationCatalog &applicationCatalog() override { return m_applicationCatalog; }
     [[nodiscard]] FakeLoginItem &loginItem() override { return m_loginItem; }
     [[nodiscard]] FakeUpdater &updater() override { return m_updater; }
     [[nodiscard]] VirtualTime &time() override { return m_time; }
@@ -71,6 +74,7 @@ public:
     [[nodiscard]] FakeRecognizer &recognizer() override { return m_recognizer; }
     [[nodiscard]] FakeCodeDetector &screenCodeDetector() override { return m_screenCodeDetector; }
     [[nodiscard]] FakeCodeDetector &pictureCodeDetector() override { return m_pictureCodeDetector; }
+    [[nodiscard]] FakeScriptSyntax *scriptSyntax() override { return &m_scriptSyntax; }
     [[nodiscard]] FakeTaskLauncher &taskLauncher() override { return m_taskLauncher; }
 
     /// The program is started a second time.
@@ -87,6 +91,7 @@ private:
     FakeApplication m_application;
     FakeWorkspace m_workspace;
     FakeApplicationActivator m_activator{m_workspace};
+    FakeApplicationCatalog m_applicationCatalog;
     FakeLoginItem m_loginItem;
     FakeUpdater m_updater;
     FakeAppearance m_appearance;
@@ -108,6 +113,7 @@ private:
     FakeRecognizer m_recognizer;
     FakeCodeDetector m_screenCodeDetector;
     FakeCodeDetector m_pictureCodeDetector;
+    FakeScriptSyntax m_scriptSyntax;
     FakeTaskLauncher m_taskLauncher;
     std::function<void()> m_onReopen;
     bool m_hasAskedForPanels = false;

@@ -10,6 +10,7 @@ class FakeWorkspace final : public Workspace {
 public:
     [[nodiscard]] NotificationCenter &notificationCenter() override { return m_center; }
     [[nodiscard]] std::optional<RunningApplication> frontmostApplication() const override;
+    [[nodiscard]] QList<RunningApplication> runningApplications() const override { return m_running; }
     void activateFileViewerSelecting(const QList<QUrl> &urls) override;
 
     /// Brings another program's window to the front, or none, and tells of the program that is left by it.
@@ -17,6 +18,8 @@ public:
 
     /// The same, for a program that is known by nothing but its identifier and its process.
     void setFrontmost(const QString &bundleIdentifier, qint64 processIdentifier = 4711);
+
+    void setRunning(QList<RunningApplication> applications) { m_running = std::move(applications); }
 
     /// What was shown in the file manager, call by call.
     [[nodiscard]] const QList<QList<QUrl>> &shownFiles() const { return m_shownFiles; }
@@ -27,6 +30,7 @@ public:
 private:
     NotificationCenter m_center;
     std::optional<RunningApplication> m_frontmost;
+    QList<RunningApplication> m_running;
     QList<QList<QUrl>> m_shownFiles;
     mutable int m_frontmostReads = 0;
 };

@@ -1,7 +1,7 @@
 #include "adapters/x11/X11Workspace.h"
 
 #include "adapters/linux/FileManager.h"
-#include "adapters/x11/KnownPrograms.h"
+#include "adapters/linux/KnownPrograms.h"
 #include "adapters/x11/XcbClient.h"
 #include "base/NotificationCenter.h"
 #include "base/Program.h"
@@ -25,6 +25,9 @@ constexpr auto longestPause = std::chrono::milliseconds(100);
 
 // Dialogues of dialogues and frames of frames end somewhere, unless a program made a ring of them.
 constexpr int deepestChain = 16;
+
+// More than anybody has open; each costs a few round trips to the server.
+constexpr std::size_t mostWindows = 100;
 
 /// What one window says of itself.
 struct WindowFacts {
@@ -52,6 +55,7 @@ public:
 
     void refresh();
     void postNotices();
+    [[nodiscard]] QList<RunningApplication> runningApplications();
 
     NotificationCenter center;
     std::optional<RunningApplication> frontmost;
@@ -311,6 +315,21 @@ std::optional<RunningApplication> X11Workspace::Private::programOf(xcb_window_t 
                               .window = window};
 }
 
+QList<RunningApplication> X11Workspace::Private::runningApplications() {
+    QList<RunningApplication> found;
+    auto windows = m_client.words(m_client.root(), "_NET_CLIENT_LIST");
+    windows.resize(std::min(windows.size(), mostWindows));
+    for (const xcb_window_t window : windows) {
+        const auto program = programOf(window);
+        const auto isSame = [&program](const RunningApplication &other) {
+            return other.bundleIdentifier == program->bundleIdentifier;
+        };
+        if (program && program->processIdentifier != ::getpid() && std::ranges::none_of(found, isSame))
+            found.append(*program);
+    }
+    return found;
+}
+
 X11Workspace::X11Workspace() : d(std::make_unique<Private>()) {}
 X11Workspace::~X11Workspace() = default;
 
@@ -321,6 +340,10 @@ NotificationCenter &X11Workspace::notificationCenter() {
 std::optional<RunningApplication> X11Workspace::frontmostApplication() const {
     d->refresh(); // the notice of a change that is found here is posted in the next turn, never within the question
     return d->frontmost;
+}
+
+QList<RunningApplication> X11Workspace::runningApplications() const {
+    return d->runningApplications();
 }
 
 void X11Workspace::activateFileViewerSelecting(const QList<QUrl> &urls) {

@@ -27,6 +27,8 @@ public:
     [[nodiscard]] NotificationCenter &notificationCenter() override;
     [[nodiscard]] std::optional<RunningApplication> frontmostApplication() const override;
 
+    [[nodiscard]] QList<RunningApplication> runningApplications() const override;
+
     /// Asks the desktop's file manager over D-Bus; without one that understands it, opens the folders.
     void activateFileViewerSelecting(const QList<QUrl> &urls) override;
 

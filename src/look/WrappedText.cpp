@@ -1,5 +1,6 @@
-#include "upload/WrappedTextView.h"
+#include "look/WrappedText.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -13,10 +14,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace tavrine {
-
-using namespace look;
-
+namespace tavrine::look {
 namespace {
 
 constexpr int symbolGap = 8;
@@ -48,9 +46,9 @@ WrappedText::WrappedText(const QString &symbol, const QString &text, Tone tone, 
 
 void WrappedText::set(const QString &symbol, const QString &text, Tone tone) {
     m_symbol = symbol;
-    m_text = text;
+    m_text = inDesktopWords(text);
     m_tone = tone;
-    setAccessibleName(text);
+    setAccessibleName(m_text);
     const bool isLink = tone == Tone::link;
     setCursor(isLink ? Qt::PointingHandCursor : Qt::ArrowCursor);
     setFocusPolicy(isLink ? Qt::TabFocus : Qt::NoFocus);
@@ -123,4 +121,4 @@ void WrappedText::keyPressEvent(QKeyEvent *event) {
         QWidget::keyPressEvent(event);
 }
 
-} // namespace tavrine
+} // namespace tavrine::look

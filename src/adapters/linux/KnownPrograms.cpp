@@ -1,4 +1,4 @@
-#include "adapters/x11/KnownPrograms.h"
+#include "adapters/linux/KnownPrograms.h"
 
 namespace tavrine {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <QWidget>
 
-namespace tavrine {
+namespace tavrine::look {
 
 /// Lines of words that wrap, behind a symbol where there is one. A link can be pressed, with the keyboard too; its
 /// symbol tells of a success.
@@ -40,4 +40,4 @@ private:
     Tone m_tone = Tone::plain;
 };
 
-} // namespace tavrine
+} // namespace tavrine::look

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "ports/ApplicationCatalog.h"
+
+#include <QHash>
+
+namespace tavrine {
+
+/// Programs that a test has installed, by the path of their file.
+class FakeApplicationCatalog final : public ApplicationCatalog {
+public:
+    void install(const QString &path, const InstalledApplication &application) { m_installed[path] = application; }
+
+    [[nodiscard]] std::optional<InstalledApplication> applicationIn(const QString &path) override {
+        const auto found = m_installed.constFind(path);
+        return found == m_installed.cend() ? std::nullopt : std::optional(*found);
+    }
+    [[nodiscard]] QImage icon(const QString &bundleIdentifier, int side) override {
+        for (const InstalledApplication &each : m_installed) {
+            if (each.bundleIdentifier == bundleIdentifier) {
+                QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
+                image.fill(Qt::darkCyan);
+                return image;
+            }
+        }
+        return {};
+    }
+    [[nodiscard]] QString folder() override { return QStringLiteral("/applications"); }
+    [[nodiscard]] QString fileFilter() override { return QStringLiteral("Programs (*.desktop)"); }
+
+private:
+    QHash<QString, InstalledApplication> m_installed;
+};
+
+} // namespace tavrine

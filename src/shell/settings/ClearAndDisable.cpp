@@ -1,0 +1,39 @@
+#include "shell/settings/ClearAndDisable.h"
+
+#include "base/Time.h"
+#include "clipboard/ClipboardManager.h"
+#include "ports/Alerts.h"
+#include "shell/FeatureFlags.h"
+
+#include <QPointer>
+
+namespace tavrine {
+
+ClearAndDisable::ClearAndDisable(Ports ports, QObject *parent) : QObject(parent), m_ports(ports) {}
+
+void ClearAndDisable::ask() {
+    if (m_showClipboardClearConfirm)
+        return;
+    m_showClipboardClearConfirm = true;
+    const QPointer self(this);
+    const bool isWanted = m_ports.alerts.runModal(
+        {.message = QStringLiteral("Clear Clipboard Memory?"),
+         .information = QStringLiteral("All saved texts and images currently stored in Tavrine will be permanently "
+                                       "deleted. This cannot be undone."),
+         .buttons = {QStringLiteral("Clear & Disable"), QStringLiteral("Cancel")}});
+    if (!self)
+        return;
+    m_showClipboardClearConfirm = false;
+    if (!isWanted)
+        return;
+    m_ports.clipboardManager.clearHistory();
+    m_showMemoryCleaningOverlay = true;
+    Q_EMIT changed();
+    m_ports.flags.set(Feature::clipboardHistory, false);
+    m_ports.time.asyncAfter(overlayTime, this, [this] {
+        m_showMemoryCleaningOverlay = false;
+        Q_EMIT changed();
+    });
+}
+
+} // namespace tavrine

@@ -1,0 +1,27 @@
+#include "shell/settings/FeatureRowModel.h"
+
+namespace tavrine {
+
+FeatureRowModel::FeatureRowModel(Feature feature, FeatureFlags &flags, Time &time, QObject *parent)
+    : QObject(parent), m_feature(feature), m_flags(flags), m_time(time) {
+    connect(&flags, &FeatureFlags::published, this, [this](Feature published) {
+        if (published == m_feature)
+            Q_EMIT changed();
+    });
+}
+
+void FeatureRowModel::setOn(bool isOn) {
+    if (isOn == this->isOn())
+        return;
+    m_isStarting = isOn;
+    m_flags.set(m_feature, isOn);
+    if (isOn) {
+        m_time.asyncAfter(startingTime, this, [this] {
+            m_isStarting = false;
+            Q_EMIT changed();
+        });
+    }
+    Q_EMIT changed();
+}
+
+} // namespace tavrine

@@ -1,0 +1,141 @@
+#include "shell/settings/HomeDashboardView.h"
+
+#include "look/Button.h"
+#include "look/Indicators.h"
+#include "look/Look.h"
+#include "look/Metrics.h"
+#include "look/Paint.h"
+#include "look/Tile.h"
+#include "shell/settings/AppIconView.h"
+#include "shell/settings/WhatsNew.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+
+namespace tavrine {
+
+using namespace look;
+
+namespace {
+
+constexpr int iconSide = 56;
+constexpr qreal iconRadius = 13;
+constexpr int noteHeight = 34;
+
+/// One release note: its tag and its words.
+class NoteRow final : public QWidget {
+public:
+    explicit NoteRow(const ReleaseNote &note)
+        : m_tag(QLatin1String(note.tag)), m_text(QLatin1String(note.text)) {
+        setFixedHeight(noteHeight);
+        setAccessibleName(m_tag + QStringLiteral(": ") + m_text);
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override {
+        QPainter painter(this);
+        preparePainter(painter);
+        const Theme &theme = themeOf(this);
+        // The column of the tags is as wide as the longest of them.
+        qreal column = 0;
+        for (const ReleaseNote &note : whatsNew)
+            column = std::max(column, badgeWidth(QLatin1String(note.tag)));
+        paintBadge(painter, QRectF(space::medium, 0, column, height()), m_tag, theme.control, theme.text);
+        const qreal left = space::medium + column + space::medium;
+        paintLine(painter, QRectF(left, 0, width() - left - space::medium, height()), m_text, TextRole::body,
+                  theme.text);
+    }
+
+private:
+    QString m_tag;
+    QString m_text;
+};
+
+} // namespace
+
+HomeDashboardView::HomeDashboardView(const HomeDashboardModel::Ports &ports, const QString &appVersion)
+    : m_model(ports) {
+    setAccessibleName(QStringLiteral("Home"));
+    addHead(appVersion);
+    addPermissions();
+    addWhatsNew();
+    addBanner();
+}
+
+void HomeDashboardView::addHead(const QString &appVersion) {
+    auto *head = new QWidget;
+    head->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    auto *row = new QHBoxLayout(head);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(space::large);
+    row->addWidget(new AppIconView(iconSide, iconRadius));
+    auto *words = new QVBoxLayout;
+    words->setSpacing(space::tiny);
+    words->addWidget(new Label(QStringLiteral("Tavrine"), TextRole::hero));
+    words->addWidget(new Label(QStringLiteral("Version ") + appVersion, TextRole::body, Label::Tone::secondary));
+    row->addLayout(words, 1);
+    add(head);
+}
+
+void HomeDashboardView::addPermissions() {
+    auto *section = new QWidget;
+    auto *inner = new QVBoxLayout(section);
+    inner->setContentsMargins(0, space::huge, 0, 0);
+    inner->setSpacing(space::small);
+    inner->addWidget(new Label(QStringLiteral("Permissions needed"), TextRole::captionStrong, Label::Tone::secondary));
+    auto *card = new Card;
+    inner->addWidget(card);
+    std::vector<SettingsRow *> rows;
+    for (const HomeDashboardModel::PermissionRow &each : HomeDashboardModel::permissionRows) {
+        auto *row = new SettingsRow(QLatin1String(each.symbol), QLatin1String(each.title), QLatin1String(each.subtitle));
+        auto *button = new Button(QStringLiteral("Allow"), ButtonStyle::prominent);
+        button->setButtonSize(ButtonSize::small);
+        button->setAccessibleDescription(QLatin1String(each.title));
+        row->setTrailing(button);
+        connect(button, &QAbstractButton::clicked, &m_model, [this, &each] { m_model.allow(each); });
+        card->add(row);
+        rows.push_back(row);
+    }
+    const auto refresh = [this, section, rows] {
+        section->setVisible(m_model.needsPermissions());
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            rows[i]->setVisible(!(m_model.*HomeDashboardModel::permissionRows.at(i).isGranted)());
+    };
+    add(section);
+    connect(&m_model, &HomeDashboardModel::changed, section, refresh);
+    refresh();
+}
+
+void HomeDashboardView::addWhatsNew() {
+    Card *card = addSection(QStringLiteral("What's New"));
+    for (const ReleaseNote &note : whatsNew)
+        card->add(new NoteRow(note));
+    auto *link = new Button(QStringLiteral("View full changelog"), ButtonStyle::link);
+    link->setSymbol(QStringLiteral("arrow.up.right"));
+    connect(link, &QAbstractButton::clicked, &m_model, &HomeDashboardModel::openChangelog);
+    column().addSpacing(space::small);
+    column().addWidget(link, 0, Qt::AlignLeft);
+}
+
+void HomeDashboardView::addBanner() {
+    Card *card = addSection();
+    auto *row = new SettingsRow(QStringLiteral("bubble.left.and.bubble.right"), QStringLiteral("Join the Community"),
+                                QStringLiteral("Chat with other Tavrine users on Discord"));
+    auto *end = new QWidget;
+    auto *buttons = new QHBoxLayout(end);
+    buttons->setContentsMargins(0, 0, 0, 0);
+    buttons->setSpacing(space::small);
+    auto *open = new Button(QStringLiteral("arrow.up.right"), QStringLiteral("Join the Community"));
+    auto *dismiss = new Button(QStringLiteral("xmark"), QStringLiteral("Dismiss"));
+    buttons->addWidget(open);
+    buttons->addWidget(dismiss);
+    row->setTrailing(end);
+    card->add(row);
+    connect(open, &QAbstractButton::clicked, &m_model, &HomeDashboardModel::openCommunity);
+    connect(dismiss, &QAbstractButton::clicked, &m_model, &HomeDashboardModel::dismissBanner);
+    const auto refresh = [this, card] { card->setVisible(m_model.showsBanner()); };
+    connect(&m_model, &HomeDashboardModel::changed, card, refresh);
+    refresh();
+}
+
+} // namespace tavrine

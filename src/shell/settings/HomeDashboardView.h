@@ -1,0 +1,24 @@
+#pragma once
+
+#include "shell/settings/HomeDashboardModel.h"
+#include "look/SettingsPage.h"
+
+namespace tavrine {
+
+/// The first page: what the program is, what it still needs, what is new in it. Belongs to the window; main thread.
+class HomeDashboardView final : public look::SettingsPage {
+    Q_OBJECT
+
+public:
+    HomeDashboardView(const HomeDashboardModel::Ports &ports, const QString &appVersion);
+
+private:
+    void addHead(const QString &appVersion);
+    void addPermissions();
+    void addWhatsNew();
+    void addBanner();
+
+    HomeDashboardModel m_model;
+};
+
+} // namespace tavrine

@@ -1,0 +1,90 @@
+#include "shell/settings/KeyFieldView.h"
+
+#include "base/DesktopWords.h"
+#include "look/Look.h"
+#include "look/Metrics.h"
+#include "look/Paint.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tavrine {
+namespace {
+
+using namespace look;
+
+const QString modifiers = QStringLiteral("⌘⇧");
+
+/// A letter or digit by its key, also under modifiers that take its text away; else the text.
+QString textOf(const QKeyEvent &event) {
+    const int key = event.key();
+    if ((key >= Qt::Key_A && key <= Qt::Key_Z) || (key >= Qt::Key_0 && key <= Qt::Key_9))
+        return QString(QChar(key));
+    const QString text = event.text();
+    return !text.isEmpty() && text.front().isPrint() && !text.front().isSpace() ? text : QString();
+}
+
+} // namespace
+
+KeyFieldView::KeyFieldView(QWidget *parent) : QWidget(parent) {
+    setFocusPolicy(Qt::StrongFocus);
+    setCursor(Qt::PointingHandCursor);
+    setToolTip(QStringLiteral("Press a key"));
+}
+
+void KeyFieldView::setKey(const QString &key) {
+    if (key == m_key)
+        return;
+    m_key = key;
+    setAccessibleName(QStringLiteral("Shortcut Key"));
+    setAccessibleDescription(inDesktopWords(modifiers + key));
+    updateGeometry();
+    update();
+}
+
+QSize KeyFieldView::sizeHint() const {
+    constexpr int narrowest = 96;
+    return {std::max(narrowest, int(std::ceil(keyCapWidth(modifiers + m_key))) + 2 * space::small), height::control};
+}
+
+void KeyFieldView::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    preparePainter(painter);
+    const Theme &theme = themeOf(this);
+    fillRounded(painter, rect(), radius::control, theme.field);
+    if (hasFocus())
+        paintFocusRing(painter, QRectF(rect()).adjusted(3, 3, -3, -3), radius::badge, theme);
+    else
+        strokeHairline(painter, rect(), radius::control, theme.outline);
+    const QString shown = modifiers + m_key;
+    const qreal wide = keyCapWidth(shown);
+    paintKeyCap(painter, QRectF(std::round((width() - wide) / 2), 0, wide, height()), shown, theme);
+}
+
+void KeyFieldView::keyPressEvent(QKeyEvent *event) {
+    const bool isOurs = event->modifiers() & (Qt::ControlModifier | Qt::AltModifier); // a shortcut of the window
+    const QString text = isOurs ? QString() : textOf(*event);
+    if (text.isEmpty())
+        QWidget::keyPressEvent(event);
+    else
+        Q_EMIT typed(text);
+}
+
+void KeyFieldView::mousePressEvent(QMouseEvent *) {
+    setFocus(Qt::MouseFocusReason);
+}
+
+void KeyFieldView::focusInEvent(QFocusEvent *event) {
+    update();
+    QWidget::focusInEvent(event);
+}
+
+void KeyFieldView::focusOutEvent(QFocusEvent *event) {
+    update();
+    QWidget::focusOutEvent(event);
+}
+
+} // namespace tavrine

@@ -1,0 +1,90 @@
+#include "shell/settings/MainAppView.h"
+
+#include "look/ApplicationIcon.h"
+#include "look/EmptyState.h"
+#include "look/Look.h"
+#include "shell/settings/SidebarView.h"
+
+#include <QGuiApplication>
+#include <QPainter>
+#include <QScreen>
+#include <QShortcut>
+
+namespace tavrine {
+
+MainAppView::MainAppView(NotificationCenter &center, MakePage makePage, QWidget *parent)
+    : QWidget(parent), m_makePage(std::move(makePage)), m_sidebar(new SidebarView(this)),
+      m_toClipboard(center.addObserver(QStringLiteral("navigateToClipboardSettings"),
+                                       [this](const Notification &) { setSelection(SidebarItem::clipboard); })),
+      m_toLofi(center.addObserver(QStringLiteral("navigateToLofiSettings"),
+                                  [this](const Notification &) { setSelection(SidebarItem::lofi); })) {
+    setMinimumSize(smallestSize);
+    connect(m_sidebar, &SidebarView::selected, this, [this](SidebarItem item) { setSelection(item); });
+    addKeys();
+    setSelection(SidebarItem::home);
+}
+
+MainAppView::~MainAppView() = default;
+
+std::unique_ptr<QWidget> MainAppView::makeWindow(NotificationCenter &center, MakePage makePage) {
+    auto window = std::make_unique<MainAppView>(center, std::move(makePage));
+    window->setWindowTitle(QLatin1String(windowTitle));
+    window->setWindowIcon(look::applicationIcon());
+    window->setAttribute(Qt::WA_QuitOnClose, false);
+    window->resize(firstSize);
+    if (const QScreen *screen = QGuiApplication::primaryScreen()) {
+        QRect frame(QPoint(), firstSize);
+        frame.moveCenter(screen->availableGeometry().center());
+        window->move(frame.topLeft());
+    }
+    return window;
+}
+
+/// Ctrl+1 and so on are the first nine pages from the top; Ctrl+comma is the settings key of other programs.
+void MainAppView::addKeys() {
+    const auto key = [this](const QKeySequence &sequence, auto work) {
+        connect(new QShortcut(sequence, this), &QShortcut::activated, this, work);
+    };
+    key(QKeySequence::Close, [this] { window()->close(); });
+    key(Qt::CTRL | Qt::Key_Comma, [this] { setSelection(SidebarItem::general); });
+    const std::vector<SidebarItem> order = SidebarView::order();
+    constexpr int keys = 9;
+    for (int number = 0; number < keys; ++number)
+        key(QKeySequence(int(Qt::CTRL) | (Qt::Key_1 + number)),
+            [this, item = order[static_cast<std::size_t>(number)]] { setSelection(item); });
+}
+
+void MainAppView::setSelection(std::optional<SidebarItem> item) {
+    if (item == m_selection && m_page)
+        return;
+    m_selection = item;
+    m_sidebar->setSelection(item);
+    if (m_page) {
+        m_page->hide();
+        m_page->deleteLater(); // the wish to leave may come from the page
+    }
+    m_page = item ? m_makePage(*item).release() : nullptr;
+    if (!m_page)
+        m_page = new look::EmptyState(QStringLiteral("slider.horizontal.3"), QStringLiteral("Select a feature"));
+    m_page->setParent(this);
+    place();
+    m_page->show();
+}
+
+void MainAppView::place() {
+    m_sidebar->setGeometry(0, 0, SidebarView::width, height());
+    if (m_page)
+        m_page->setGeometry(SidebarView::width, 0, width() - SidebarView::width, height());
+}
+
+void MainAppView::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    painter.fillRect(rect(), look::themeOf(this).surface);
+}
+
+void MainAppView::resizeEvent(QResizeEvent *event) {
+    place();
+    QWidget::resizeEvent(event);
+}
+
+} // namespace tavrine

@@ -1,0 +1,144 @@
+#include "shell/settings/SettingsPages.h"
+
+#include "capture/SnipperSettingsModel.h"
+#include "capture/SnipperSettingsView.h"
+#include "look/EmptyState.h"
+#include "shell/HotKeyCenter.h"
+#include "shell/Shell.h"
+#include "shell/settings/AboutView.h"
+#include "shell/settings/ClearAndDisable.h"
+#include "shell/settings/ClipboardSettingsView.h"
+#include "shell/settings/FeaturesSettingsView.h"
+#include "shell/settings/GeneralSettingsView.h"
+#include "shell/settings/HomeDashboardView.h"
+#include "shell/settings/MainAppView.h"
+#include "shell/settings/MemoryCleaningOverlayView.h"
+#include "shell/settings/PrivacySettingsView.h"
+#include "shell/settings/TriggerSettingsView.h"
+#include "upload/CloudUploadSettingsView.h"
+#include "upload/CustomUploadManager.h"
+#include "upload/UploadScripts.h"
+#include "upload/Uploads.h"
+
+#include <QCoreApplication>
+
+namespace tavrine {
+namespace {
+
+/// The version that the program's entry has named.
+QString appVersion() {
+    constexpr auto unknown = "2.3.1";
+    const QString version = QCoreApplication::applicationVersion();
+    return version.isEmpty() ? QLatin1String(unknown) : version;
+}
+
+} // namespace
+
+std::unique_ptr<QWidget> SettingsPages::makeWindow() {
+    Shell &shell = m_parts.shell;
+    Desktop &desktop = shell.desktop();
+    auto flow = std::make_unique<ClearAndDisable>(
+        ClearAndDisable::Ports{desktop.alerts(), shell.clipboardManager(), shell.flags(), shell.time()});
+    ClearAndDisable *clearAndDisable = flow.get();
+    auto window = MainAppView::makeWindow(
+        shell.center(), [this, clearAndDisable](SidebarItem item) { return make(item, *clearAndDisable); });
+    flow.release()->setParent(window.get());
+    auto *overlay = new MemoryCleaningOverlay(window.get());
+    QObject::connect(clearAndDisable, &ClearAndDisable::changed, overlay, [clearAndDisable, overlay] {
+        overlay->setShown(clearAndDisable->showMemoryCleaningOverlay());
+    });
+    return window;
+}
+
+std::unique_ptr<QWidget> SettingsPages::make(SidebarItem item, ClearAndDisable &clearAndDisable) {
+    Shell &shell = m_parts.shell;
+    Desktop &desktop = shell.desktop();
+    const QString &resources = desktop.folders().resources;
+    switch (item) {
+    case SidebarItem::home:
+        return std::make_unique<HomeDashboardView>(
+            HomeDashboardModel::Ports{shell.defaults(), desktop.access(), shell.time(), desktop.urlOpener(), resources},
+            appVersion());
+    case SidebarItem::general:
+        return std::make_unique<GeneralSettingsView>(GeneralSettingsModel::Ports{
+            shell.defaults(), shell.center(), desktop.loginItem(), shell.clipboardManager()});
+    case SidebarItem::features:
+        return std::make_unique<FeaturesSettingsView>(shell.flags(), shell.time(),
+                                                      [&clearAndDisable] { clearAndDisable.ask(); });
+    case SidebarItem::clipboard:
+        return makeClipboard();
+    case SidebarItem::emoji:
+        return std::make_unique<TriggerSettingsView>(TriggerSettingsView::emojiPicker, makeEditor(Trigger::emojiPicker),
+                                                     shell.flags(), desktop.urlOpener());
+    case SidebarItem::screenRecord:
+        return std::make_unique<TriggerSettingsView>(TriggerSettingsView::screenRecord,
+                                                     makeEditor(Trigger::screenRecorder), shell.flags(),
+                                                     desktop.urlOpener());
+    case SidebarItem::snipper:
+        return makeSnipper();
+    case SidebarItem::cloudUpload:
+        return makeCloudUpload();
+    case SidebarItem::privacy:
+        return std::make_unique<PrivacySettingsView>(PrivacySettingsModel::Ports{
+            desktop.alerts(), shell.clipboardManager(), shell.time(), desktop.urlOpener(), resources});
+    case SidebarItem::about:
+        return std::make_unique<AboutView>(AboutView::Parts{desktop.urlOpener(), resources, appVersion(), {}});
+    case SidebarItem::layout:
+    case SidebarItem::network:
+    case SidebarItem::keepAwake:
+    case SidebarItem::lofi:
+        break;
+    }
+    return std::make_unique<look::EmptyState>(QLatin1String(textOf(item).symbol), QLatin1String(textOf(item).text));
+}
+
+std::unique_ptr<ShortcutEditor> SettingsPages::makeEditor(Trigger trigger) {
+    Shell &shell = m_parts.shell;
+    return std::make_unique<ShortcutEditor>(
+        trigger, shell.defaults(), shell.time(),
+        ShortcutEditor::Actions{
+            .isFeatureOn = [&shell](Trigger other) { return shell.flags().isOn(featureOf(other)); },
+            .registerHotkeys = [this] { m_parts.hotKeys.registerHotkeys(); },
+            .setHotkeyCharacter = [&shell](const QString &key) { shell.clipboardManager().setHotkeyCharacter(key); },
+            .isTakenElsewhere = [this](Trigger asked) { return m_parts.hotKeys.isTakenElsewhere(asked); }});
+}
+
+std::unique_ptr<QWidget> SettingsPages::makeClipboard() {
+    Shell &shell = m_parts.shell;
+    Desktop &desktop = shell.desktop();
+    const ClipboardSettingsModel::Ports ports{shell.clipboardManager(), shell.experienceSettings(),
+                                              shell.defaults(),         shell.center(),
+                                              shell.time(),             desktop.alerts(),
+                                              desktop.filePanels(),     desktop.workspace(),
+                                              desktop.applicationCatalog()};
+    return std::make_unique<ClipboardSettingsView>(
+        ClipboardSettingsView::Parts{ports, shell.flags(), desktop.urlOpener()}, makeEditor(Trigger::clipboard));
+}
+
+std::unique_ptr<QWidget> SettingsPages::makeSnipper() {
+    Shell &shell = m_parts.shell;
+    Desktop &desktop = shell.desktop();
+    auto model = std::make_unique<SnipperSettingsModel>(
+        SnipperSettingsModel::Ports{shell.defaults(), shell.center(), desktop.filePanels(), desktop.folders()});
+    return std::make_unique<SnipperSettingsView>(
+        std::move(model),
+        new ShortcutEditorView(makeEditor(Trigger::capture),
+                               {.typeNote = {},
+                                .keyTitle = QStringLiteral("Capture Hotkey"),
+                                .keyNote = QStringLiteral("Trigger screen capture from anywhere"),
+                                .doubleTapNote = {}},
+                               desktop.urlOpener()));
+}
+
+std::unique_ptr<QWidget> SettingsPages::makeCloudUpload() {
+    Shell &shell = m_parts.shell;
+    Desktop &desktop = shell.desktop();
+    Uploads &uploads = shell.uploads();
+    return std::make_unique<CloudUploadSettingsView>(
+        CloudUploadSettingsModel::Ports{uploads.manager(), shell.time(), desktop.urlOpener(),
+                                        [&desktop] { return desktop.scriptSyntax(); }, uploads.runner(),
+                                        [&uploads] { return uploads.uploadFileName(); }},
+        CloudUploadSettingsModel::Texts{defaultUploadScript(), imgBBUploadScript()});
+}
+
+} // namespace tavrine

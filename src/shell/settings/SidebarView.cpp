@@ -1,0 +1,226 @@
+#include "shell/settings/SidebarView.h"
+
+#include "base/DesktopWords.h"
+#include "look/Control.h"
+#include "look/Indicators.h"
+#include "look/Look.h"
+#include "look/Metrics.h"
+#include "look/Paint.h"
+#include "look/ScrollArea.h"
+#include "look/Symbols.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace tavrine {
+namespace {
+
+using namespace look;
+
+constexpr int rowHeight = 32;
+constexpr int subRowHeight = 26;
+constexpr int symbolLeft = 10;
+constexpr int textLeft = 36;
+constexpr quint64 typingPauseMs = 1000; // as lists of other programs: a longer pause begins a new word
+constexpr auto newBadge = "NEW";
+constexpr qreal badgePoints = 8;
+constexpr qreal subRowPoints = 12.5;
+constexpr qreal dotSide = 4;
+constexpr qreal dotGap = 6;
+
+QString titleOf(SidebarItem item) {
+    return QLatin1String(isSubRow(item) ? subRowTitle : textOf(item).text);
+}
+
+QFont pointed(TextRole role, qreal points) {
+    QFont font = fontFor(role);
+    font.setPixelSize(qRound(points));
+    return font;
+}
+
+} // namespace
+
+class SidebarView::Row final : public Control {
+public:
+    Row(SidebarItem item, SidebarView &view) : Control(&view), m_item(item), m_view(view) {
+        setText(titleOf(item));
+        setAccessibleName(QLatin1String(textOf(item).text));
+        setCheckable(true);
+        setAutoExclusive(true);
+        setFocusPolicy(Qt::ClickFocus);
+        setFixedHeight(isSubRow(item) ? subRowHeight : rowHeight);
+    }
+
+    [[nodiscard]] SidebarItem item() const { return m_item; }
+    void setSelected(bool isSelected, bool isTabStop) {
+        setAutoExclusive(false); // so that none can be selected
+        setChecked(isSelected);
+        setAutoExclusive(true);
+        setFocusPolicy(isTabStop ? Qt::StrongFocus : Qt::ClickFocus);
+    }
+
+protected:
+    void paint(QPainter &painter) override {
+        const QRectF body = rect();
+        const QColor ground = isChecked() ? theme().selection : this->ground(Qt::transparent);
+        fillRounded(painter, body, radius::control, ground);
+        if (isSubRow(m_item))
+            paintSubRow(painter, body);
+        else
+            paintRowOf(painter, body);
+    }
+    void keyPressEvent(QKeyEvent *event) override {
+        if (!m_view.takeKey(*event))
+            Control::keyPressEvent(event);
+    }
+
+private:
+    void paintRowOf(QPainter &painter, const QRectF &body) {
+        paintSymbol(painter, QRectF(symbolLeft, body.top(), symbolsize::medium, body.height()),
+                    QLatin1String(textOf(m_item).symbol), symbolsize::medium,
+                    isChecked() ? theme().accentText : theme().secondaryText);
+        paintLine(painter, body.adjusted(textLeft, 0, -space::small, 0), text(),
+                  isChecked() ? TextRole::bodyStrong : TextRole::body, theme().text);
+    }
+    /// A dot, the title and the badge, six points apart.
+    void paintSubRow(QPainter &painter, const QRectF &body) {
+        qreal left = textLeft;
+        fillRounded(painter, QRectF(left, body.center().y() - dotSide / 2, dotSide, dotSide), dotSide / 2,
+                    theme().secondaryText);
+        left += dotSide + dotGap;
+        painter.setFont(pointed(isChecked() ? TextRole::bodyStrong : TextRole::body, subRowPoints));
+        painter.setPen(theme().text);
+        const QString title = inDesktopWords(text());
+        painter.drawText(body.adjusted(left, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, title);
+        left += painter.fontMetrics().horizontalAdvance(title) + dotGap;
+        const QFont small = pointed(TextRole::captionStrong, badgePoints);
+        const QString badge = QLatin1String(newBadge);
+        const qreal wide = QFontMetricsF(small).horizontalAdvance(badge) + 2 * space::tiny;
+        const QRectF plate(left, body.center().y() - 6, wide, 12);
+        fillRounded(painter, plate, radius::badge, theme().accent);
+        painter.setFont(small);
+        painter.setPen(theme().onAccent);
+        painter.drawText(plate, Qt::AlignCenter, badge);
+    }
+
+    SidebarItem m_item;
+    SidebarView &m_view;
+};
+
+SidebarView::SidebarView(QWidget *parent) : QWidget(parent) {
+    setFixedWidth(width);
+    setAccessibleName(QStringLiteral("Pages"));
+    auto *list = new QWidget;
+    auto *column = new QVBoxLayout(list);
+    column->setContentsMargins(space::medium, space::medium, space::medium, space::medium);
+    column->setSpacing(space::hair);
+    for (const SidebarGroup &group : sidebarGroups) {
+        if (*group.heading) {
+            column->addSpacing(space::medium);
+            auto *heading =
+                new Label(QLatin1String(group.heading), TextRole::captionStrong, Label::Tone::secondary, this);
+            heading->setContentsMargins(symbolLeft, 0, 0, 0);
+            column->addWidget(heading);
+            column->addSpacing(space::hair);
+        }
+        for (const SidebarItem item : group.items) {
+            auto *row = new Row(item, *this);
+            m_rows.push_back(row);
+            column->addWidget(row);
+            connect(row, &QAbstractButton::clicked, this, [this, at = m_rows.size() - 1] { choose(at); });
+        }
+    }
+    column->addStretch();
+    m_pane = new ScrollPane(list, this);
+    setSelection(std::nullopt);
+}
+
+SidebarView::~SidebarView() = default;
+
+std::vector<SidebarItem> SidebarView::order() {
+    std::vector<SidebarItem> items;
+    for (const SidebarGroup &group : sidebarGroups)
+        items.insert(items.end(), group.items.begin(), group.items.end());
+    return items;
+}
+
+void SidebarView::setSelection(std::optional<SidebarItem> item) {
+    m_selection = item;
+    for (Row *row : m_rows)
+        row->setSelected(row->item() == item, item ? row->item() == item : row == m_rows.front());
+}
+
+std::size_t SidebarView::index() const {
+    const auto found = std::ranges::find_if(m_rows, [this](const Row *row) { return row->item() == m_selection; });
+    return found == m_rows.end() ? 0 : static_cast<std::size_t>(found - m_rows.begin());
+}
+
+void SidebarView::choose(std::size_t index) {
+    Row *row = m_rows[index];
+    const bool isOther = m_selection != row->item();
+    setSelection(row->item()); // a click on the selected row would take its mark
+    row->setFocus(Qt::TabFocusReason);
+    if (isOther)
+        Q_EMIT selected(row->item());
+}
+
+bool SidebarView::takeKey(const QKeyEvent &event) {
+    const std::size_t at = index();
+    switch (event.key()) {
+    case Qt::Key_Up:
+        choose(at == 0 ? 0 : at - 1);
+        return true;
+    case Qt::Key_Down:
+        choose(std::min(at + 1, m_rows.size() - 1));
+        return true;
+    case Qt::Key_Home:
+        choose(0);
+        return true;
+    case Qt::Key_End:
+        choose(m_rows.size() - 1);
+        return true;
+    default:
+        return typeAhead(event);
+    }
+}
+
+/// A first letter that is typed again goes on to the next page with it.
+bool SidebarView::typeAhead(const QKeyEvent &event) {
+    const bool hasChord = event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier);
+    if (hasChord || event.text().isEmpty() || !event.text().front().isPrint())
+        return false;
+    const bool isNewWord = event.timestamp() - m_typedAt > typingPauseMs;
+    if (isNewWord && event.text() == QLatin1String(" "))
+        return false; // presses the row
+    m_typed = isNewWord ? event.text() : m_typed + event.text();
+    m_typedAt = event.timestamp();
+    const bool isOneLetter = m_typed.count(m_typed.front(), Qt::CaseInsensitive) == m_typed.size();
+    const QString wanted = isOneLetter ? m_typed.left(1) : m_typed;
+    const std::size_t from = index() + (isOneLetter ? 1 : 0);
+    for (std::size_t step = 0; step < m_rows.size(); ++step) {
+        const std::size_t at = (from + step) % m_rows.size();
+        if (m_rows[at]->text().startsWith(wanted, Qt::CaseInsensitive)) {
+            choose(at);
+            break;
+        }
+    }
+    return true;
+}
+
+void SidebarView::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    preparePainter(painter);
+    const Theme &theme = themeOf(this);
+    painter.fillRect(rect(), over(theme.surface, theme.control));
+    painter.fillRect(QRectF(QWidget::width() - 1, 0, 1, height()), theme.separator);
+}
+
+void SidebarView::resizeEvent(QResizeEvent *event) {
+    m_pane->setGeometry(rect().adjusted(0, 0, -1, 0));
+    QWidget::resizeEvent(event);
+}
+
+} // namespace tavrine

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "shell/settings/SidebarItem.h"
+
+#include <QWidget>
+
+#include <optional>
+#include <vector>
+
+class QKeyEvent;
+
+namespace tavrine {
+
+/// The pages of the settings window, one under the other in their groups. One of them is selected, or none. Belongs to
+/// the window; main thread.
+///
+/// The whole bar is one stop of the Tab key. Within it the arrows, Home and End move the selection, and letters that
+/// are typed lead to the next page whose title begins with them.
+class SidebarView final : public QWidget {
+    Q_OBJECT
+
+public:
+    static constexpr int width = 212;
+
+    explicit SidebarView(QWidget *parent = nullptr);
+    ~SidebarView() override;
+
+    [[nodiscard]] std::optional<SidebarItem> selection() const { return m_selection; }
+    /// Does not emit.
+    void setSelection(std::optional<SidebarItem> item);
+    /// The pages from the top to the bottom.
+    [[nodiscard]] static std::vector<SidebarItem> order();
+
+Q_SIGNALS:
+    /// A person chose another page.
+    void selected(tavrine::SidebarItem item);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    class Row;
+
+    [[nodiscard]] bool takeKey(const QKeyEvent &event);
+    [[nodiscard]] bool typeAhead(const QKeyEvent &event);
+    void choose(std::size_t index);
+    [[nodiscard]] std::size_t index() const;
+
+    std::optional<SidebarItem> m_selection;
+    std::vector<Row *> m_rows;
+    QWidget *m_pane = nullptr;
+    QString m_typed;
+    quint64 m_typedAt = 0;
+};
+
+} // namespace tavrine
