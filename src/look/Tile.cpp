@@ -15,7 +15,10 @@
 namespace tavrine::look {
 namespace {
 
-constexpr qreal disc = 36;
+constexpr qreal disc = 26;
+constexpr qreal discLeft = 8;
+constexpr qreal discGap = 7;
+constexpr qreal textRight = 4;
 constexpr int plate = 28;
 
 } // namespace
@@ -57,19 +60,18 @@ void Tile::paint(QPainter &painter) {
     fillRounded(painter, body, radius::card, ground(colours.elevated));
     strokeHairline(painter, body, radius::card, colours.isDark ? colours.separator : colours.outline);
 
-    const QRectF circle(body.left() + 10, std::round(body.center().y() - disc / 2), disc, disc);
-    fillRounded(painter, circle, disc / 2, mixed(colours.control, colours.accent, m_onPart));
-    paintSymbol(painter, circle, m_symbol, symbolsize::large, m_onPart > 0.5 ? colours.onAccent : colours.text);
-
-    const qreal left = circle.right() + 10;
-    const qreal width = body.right() - 8 - left;
+    // The title stands beside the disc and the line under both: a tile is half a menu wide.
     const qreal middle = body.center().y();
-    if (m_subtitle.isEmpty()) {
-        paintLine(painter, QRectF(left, body.top(), width, body.height()), text(), TextRole::bodyStrong, colours.text);
-        return;
-    }
-    paintLine(painter, QRectF(left, middle - 17, width, 17), text(), TextRole::bodyStrong, colours.text);
-    paintLine(painter, QRectF(left, middle + 1, width, 15), m_subtitle, TextRole::caption, colours.secondaryText);
+    const qreal top = m_subtitle.isEmpty() ? middle - disc / 2 : middle - 21;
+    const QRectF circle(body.left() + discLeft, std::round(top), disc, disc);
+    fillRounded(painter, circle, disc / 2, mixed(colours.control, colours.accent, m_onPart));
+    paintSymbol(painter, circle, m_symbol, symbolsize::medium, m_onPart > 0.5 ? colours.onAccent : colours.text);
+
+    const qreal left = circle.right() + discGap;
+    paintLine(painter, QRectF(left, circle.top(), body.right() - textRight - left, disc), text(), TextRole::callout,
+              colours.text);
+    paintLine(painter, QRectF(circle.left() + 1, circle.bottom() + 2, body.right() - textRight - circle.left(), 15),
+              m_subtitle, TextRole::caption, colours.secondaryText);
 }
 
 SettingsRow::SettingsRow(const QString &symbol, const QString &title, const QString &note, QWidget *parent)
@@ -150,6 +152,16 @@ Card::Card(QWidget *parent) : QWidget(parent) {
 void Card::add(QWidget *widget) {
     m_rows.push_back(widget);
     layout()->addWidget(widget);
+}
+
+void Card::setOrder(const std::vector<QWidget *> &widgets) {
+    auto *column = static_cast<QVBoxLayout *>(layout());
+    for (QWidget *widget : widgets) {
+        column->removeWidget(widget);
+        column->addWidget(widget);
+    }
+    m_rows = widgets;
+    update();
 }
 
 void Card::paintEvent(QPaintEvent *) {

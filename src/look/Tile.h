@@ -70,6 +70,8 @@ class Card : public QWidget {
 public:
     explicit Card(QWidget *parent = nullptr);
     void add(QWidget *widget);
+    /// Puts what it holds into another order.
+    void setOrder(const std::vector<QWidget *> &widgets);
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -97,13 +97,11 @@ void AppDelegate::setupStatusItem() {
                                      StatusMenu::Actions{
                                          .onHotKeyPressed = [this] { onHotKeyPressed(); },
                                          .onEmojiPickerHotKeyPressed = [this] { onEmojiPickerHotKeyPressed(); },
+                                         .pickColor = [this] { pickColor(); },
                                          .checkForUpdates = [this] { checkForUpdates(); },
                                          .quitApp = [this] { quitApp(); },
                                      });
-    m_shell.desktop().statusItem().setOnPress([this](QPoint place) {
-        menuWillOpen();
-        m_statusMenu->popUp(place);
-    });
+    m_shell.desktop().statusItem().setOnPress([this](QPoint place) { trayMenu().press(place); });
 }
 
 void AppDelegate::subscribeToHistory() {
@@ -267,6 +265,18 @@ void AppDelegate::openEditor(const std::optional<QImage> &image) {
 }
 
 // The tray item.
+
+TrayMenu &AppDelegate::trayMenu() {
+    return m_trayMenu.get([this] {
+        return std::make_unique<TrayMenu>(
+            m_shell, m_tools, *m_statusMenu,
+            TrayMenu::Actions{
+                .willOpen = [this] { menuWillOpen(); },
+                .openEditor = [this] { m_shell.center().post(QStringLiteral("openTavrineEditorRequested")); },
+                .openSettings = [this] { openSettings(); },
+                .bringSettingsForward = [this] { m_shell.largeWindows().bringForward(LargeWindows::Kind::settings); }});
+    });
+}
 
 void AppDelegate::menuWillOpen() {
     m_statusMenu->refreshClipboardMenuItem();

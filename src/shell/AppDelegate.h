@@ -5,6 +5,7 @@
 #include "shell/OnboardingFlow.h"
 #include "shell/Shell.h"
 #include "shell/StatusDisplay.h"
+#include "shell/menu/TrayMenu.h"
 #include "shell/settings/SettingsPages.h"
 #include "shell/tools/Tools.h"
 
@@ -63,6 +64,7 @@ public:
     [[nodiscard]] Tools &tools() { return m_tools; }
     [[nodiscard]] StatusDisplay &display() { return m_display; }
     [[nodiscard]] StatusMenu &statusMenu() { return *m_statusMenu; } ///< from the third step of the launch on
+    [[nodiscard]] TrayMenu &trayMenu();                              ///< made when it is first asked for
 
 private:
     [[nodiscard]] PanelController::Contents panelContents();
@@ -86,6 +88,7 @@ private:
     SettingsPages m_settingsPages;
     OnboardingFlow m_onboarding;
     std::unique_ptr<StatusMenu> m_statusMenu;
+    MadeOnce<TrayMenu> m_trayMenu;
     std::unique_ptr<FlagReactions> m_flagReactions;
     std::vector<NotificationCenter::Token> m_observers;
 };

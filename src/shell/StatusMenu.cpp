@@ -1,23 +1,11 @@
 #include "shell/StatusMenu.h"
 
-#include "base/DesktopWords.h"
 #include "clipboard/ClipboardExperienceSettings.h"
-#include "look/MenuStyle.h"
 #include "shell/FeatureFlags.h"
-
-#include <QKeyEvent>
-#include <QMenu>
 
 #include <algorithm>
 
 namespace tavrine {
-namespace {
-
-bool canFire(const StatusMenuEntry &entry) {
-    return entry.isEnabled && entry.action;
-}
-
-} // namespace
 
 QString label(KeyEquivalent keyEquivalent) {
     if (keyEquivalent.character.isNull())
@@ -38,14 +26,13 @@ StatusMenu::StatusMenu(const UserDefaults &defaults, const FeatureFlags &flags,
     refreshClipboardMenuItem();
     add(StatusMenuItem::emojiPicker, QStringLiteral("Emoji Picker"), std::move(actions.onEmojiPickerHotKeyPressed));
     refreshEmojiMenuItem();
+    add(StatusMenuItem::colorPicker, QStringLiteral("Colour Picker"), std::move(actions.pickColor));
     addSeparator();
     add(StatusMenuItem::checkForUpdates, QStringLiteral("Check for Updates…"), std::move(actions.checkForUpdates));
     addSeparator();
     add(StatusMenuItem::quit, QStringLiteral("Quit"), std::move(actions.quitApp));
     entry(StatusMenuItem::quit).keyEquivalent = {QLatin1Char('q')};
 }
-
-StatusMenu::~StatusMenu() = default;
 
 StatusMenuEntry &StatusMenu::entry(StatusMenuItem item) {
     const auto found =
@@ -73,73 +60,6 @@ void StatusMenu::refreshEmojiMenuItem() {
     StatusMenuEntry &item = entry(StatusMenuItem::emojiPicker);
     item.isEnabled = m_flags.isOn(Feature::emojiPicker);
     item.keyEquivalent = commandShiftKey(Trigger::emojiPicker);
-}
-
-void StatusMenu::popUp(QPoint place) {
-    if (!m_menu)
-        build();
-    show();
-    m_menu->popup(place);
-}
-
-void StatusMenu::cancelTracking() {
-    if (m_menu)
-        m_menu->hide();
-}
-
-void StatusMenu::build() {
-    m_menu = std::make_unique<QMenu>();
-    look::dress(*m_menu);
-    m_menu->setSeparatorsCollapsible(true);
-    m_menu->installEventFilter(this);
-    for (size_t i = 0; i < m_entries.size(); ++i) {
-        if (m_entries[i].item == StatusMenuItem::separator) {
-            m_menu->addSeparator();
-            continue;
-        }
-        QAction *action = m_menu->addAction(QString());
-        connect(action, &QAction::triggered, this, [this, i] {
-            if (canFire(m_entries[i]))
-                m_entries[i].action();
-        });
-    }
-}
-
-/// Brings the actions in line with the entries.
-void StatusMenu::show() {
-    const auto actions = m_menu->actions();
-    for (size_t i = 0; i < m_entries.size(); ++i) {
-        const StatusMenuEntry &entry = m_entries[i];
-        if (entry.item == StatusMenuItem::separator)
-            continue;
-        QString text = entry.title;
-        text.replace(QLatin1Char('&'), QLatin1String("&&"));
-        const QString keys = inDesktopWords(label(entry.keyEquivalent));
-        QAction *action = actions[static_cast<qsizetype>(i)];
-        action->setText(keys.isEmpty() ? text : text + QLatin1Char('\t') + keys);
-        action->setEnabled(entry.isEnabled);
-    }
-}
-
-bool StatusMenu::eventFilter(QObject *watched, QEvent *event) {
-    if (event->type() != QEvent::KeyPress)
-        return QObject::eventFilter(watched, event);
-    const auto *key = static_cast<QKeyEvent *>(event);
-    const auto modifiers = key->modifiers() & (Qt::ControlModifier | Qt::MetaModifier | Qt::ShiftModifier);
-    const bool hasShift = modifiers.testFlag(Qt::ShiftModifier);
-    const auto command = modifiers & ~Qt::KeyboardModifiers(Qt::ShiftModifier);
-    if (command != Qt::ControlModifier && command != Qt::MetaModifier)
-        return false;
-    for (const StatusMenuEntry &entry : m_entries) {
-        const KeyEquivalent equivalent = entry.keyEquivalent;
-        if (canFire(entry) && !equivalent.character.isNull() && equivalent.hasShift == hasShift &&
-            key->key() == equivalent.character.toUpper().unicode()) {
-            cancelTracking();
-            entry.action();
-            return true;
-        }
-    }
-    return false;
 }
 
 } // namespace tavrine

@@ -3,21 +3,17 @@
 #include "shell/Triggers.h"
 
 #include <QObject>
-#include <QPoint>
 #include <QString>
 
 #include <functional>
-#include <memory>
 #include <vector>
-
-class QMenu;
 
 namespace tavrine {
 
 class ClipboardExperienceSettings;
 class FeatureFlags;
 
-enum class StatusMenuItem { separator, clipboard, emojiPicker, checkForUpdates, quit };
+enum class StatusMenuItem { separator, clipboard, emojiPicker, colorPicker, checkForUpdates, quit };
 
 /// A key that triggers an entry while the menu is open, and that its label tells. No key when `character` is null.
 struct KeyEquivalent {
@@ -38,8 +34,8 @@ struct StatusMenuEntry {
 /// The text of a key equivalent: "⌘Q", "⌘⇧V", empty for none.
 [[nodiscard]] QString label(KeyEquivalent keyEquivalent);
 
-/// The menu of the tray item. Lives on the main thread; AppDelegate owns it. The entries are data, built once and
-/// refreshed in place; the menu on the screen is made of them at the first press.
+/// The plain entries of the tray item's menu, as data: built once and refreshed in place. Lives on the main thread;
+/// AppDelegate owns it.
 class StatusMenu : public QObject {
     Q_OBJECT
 
@@ -47,13 +43,13 @@ public:
     struct Actions {
         std::function<void()> onHotKeyPressed;
         std::function<void()> onEmojiPickerHotKeyPressed;
+        std::function<void()> pickColor;
         std::function<void()> checkForUpdates;
         std::function<void()> quitApp;
     };
 
     StatusMenu(const UserDefaults &defaults, const FeatureFlags &flags,
                const ClipboardExperienceSettings &experienceSettings, Actions actions, QObject *parent = nullptr);
-    ~StatusMenu() override;
 
     [[nodiscard]] const std::vector<StatusMenuEntry> &entries() const { return m_entries; }
     [[nodiscard]] StatusMenuEntry &entry(StatusMenuItem item);
@@ -62,22 +58,13 @@ public:
     void refreshClipboardMenuItem();
     void refreshEmojiMenuItem();
 
-    void popUp(QPoint place);
-    void cancelTracking();
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
-    void build();
-    void show();
     [[nodiscard]] KeyEquivalent commandShiftKey(Trigger trigger) const; // for one whose key is never empty
 
     const UserDefaults &m_defaults;
     const FeatureFlags &m_flags;
     const ClipboardExperienceSettings &m_experienceSettings;
     std::vector<StatusMenuEntry> m_entries;
-    std::unique_ptr<QMenu> m_menu;
 };
 
 } // namespace tavrine

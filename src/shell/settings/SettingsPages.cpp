@@ -11,6 +11,7 @@
 #include "shell/settings/FeaturesSettingsView.h"
 #include "shell/settings/GeneralSettingsView.h"
 #include "shell/settings/HomeDashboardView.h"
+#include "shell/settings/LayoutSettingsView.h"
 #include "shell/settings/MainAppView.h"
 #include "shell/settings/MemoryCleaningOverlayView.h"
 #include "shell/settings/PrivacySettingsView.h"
@@ -44,9 +45,8 @@ std::unique_ptr<QWidget> SettingsPages::makeWindow() {
         shell.center(), [this, clearAndDisable](SidebarItem item) { return make(item, *clearAndDisable); });
     flow.release()->setParent(window.get());
     auto *overlay = new MemoryCleaningOverlay(window.get());
-    QObject::connect(clearAndDisable, &ClearAndDisable::changed, overlay, [clearAndDisable, overlay] {
-        overlay->setShown(clearAndDisable->showMemoryCleaningOverlay());
-    });
+    QObject::connect(clearAndDisable, &ClearAndDisable::changed, overlay,
+                     [clearAndDisable, overlay] { overlay->setShown(clearAndDisable->showMemoryCleaningOverlay()); });
     return window;
 }
 
@@ -71,9 +71,8 @@ std::unique_ptr<QWidget> SettingsPages::make(SidebarItem item, ClearAndDisable &
         return std::make_unique<TriggerSettingsView>(TriggerSettingsView::emojiPicker, makeEditor(Trigger::emojiPicker),
                                                      shell.flags(), desktop.urlOpener());
     case SidebarItem::screenRecord:
-        return std::make_unique<TriggerSettingsView>(TriggerSettingsView::screenRecord,
-                                                     makeEditor(Trigger::screenRecorder), shell.flags(),
-                                                     desktop.urlOpener());
+        return std::make_unique<TriggerSettingsView>(
+            TriggerSettingsView::screenRecord, makeEditor(Trigger::screenRecorder), shell.flags(), desktop.urlOpener());
     case SidebarItem::snipper:
         return makeSnipper();
     case SidebarItem::cloudUpload:
@@ -84,6 +83,7 @@ std::unique_ptr<QWidget> SettingsPages::make(SidebarItem item, ClearAndDisable &
     case SidebarItem::about:
         return std::make_unique<AboutView>(AboutView::Parts{desktop.urlOpener(), resources, appVersion(), {}});
     case SidebarItem::layout:
+        return std::make_unique<LayoutSettingsView>(shell.flags(), shell.defaults(), shell.center());
     case SidebarItem::network:
     case SidebarItem::keepAwake:
     case SidebarItem::lofi:
@@ -106,10 +106,14 @@ std::unique_ptr<ShortcutEditor> SettingsPages::makeEditor(Trigger trigger) {
 std::unique_ptr<QWidget> SettingsPages::makeClipboard() {
     Shell &shell = m_parts.shell;
     Desktop &desktop = shell.desktop();
-    const ClipboardSettingsModel::Ports ports{shell.clipboardManager(), shell.experienceSettings(),
-                                              shell.defaults(),         shell.center(),
-                                              shell.time(),             desktop.alerts(),
-                                              desktop.filePanels(),     desktop.workspace(),
+    const ClipboardSettingsModel::Ports ports{shell.clipboardManager(),
+                                              shell.experienceSettings(),
+                                              shell.defaults(),
+                                              shell.center(),
+                                              shell.time(),
+                                              desktop.alerts(),
+                                              desktop.filePanels(),
+                                              desktop.workspace(),
                                               desktop.applicationCatalog()};
     return std::make_unique<ClipboardSettingsView>(
         ClipboardSettingsView::Parts{ports, shell.flags(), desktop.urlOpener()}, makeEditor(Trigger::clipboard));
@@ -121,13 +125,12 @@ std::unique_ptr<QWidget> SettingsPages::makeSnipper() {
     auto model = std::make_unique<SnipperSettingsModel>(
         SnipperSettingsModel::Ports{shell.defaults(), shell.center(), desktop.filePanels(), desktop.folders()});
     return std::make_unique<SnipperSettingsView>(
-        std::move(model),
-        new ShortcutEditorView(makeEditor(Trigger::capture),
-                               {.typeNote = {},
-                                .keyTitle = QStringLiteral("Capture Hotkey"),
-                                .keyNote = QStringLiteral("Trigger screen capture from anywhere"),
-                                .doubleTapNote = {}},
-                               desktop.urlOpener()));
+        std::move(model), new ShortcutEditorView(makeEditor(Trigger::capture),
+                                                 {.typeNote = {},
+                                                  .keyTitle = QStringLiteral("Capture Hotkey"),
+                                                  .keyNote = QStringLiteral("Trigger screen capture from anywhere"),
+                                                  .doubleTapNote = {}},
+                                                 desktop.urlOpener()));
 }
 
 std::unique_ptr<QWidget> SettingsPages::makeCloudUpload() {

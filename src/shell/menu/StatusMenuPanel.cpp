@@ -1,0 +1,117 @@
+#include "shell/menu/StatusMenuPanel.h"
+
+#include "base/Time.h"
+#include "panels/Placement.h"
+#include "ports/ApplicationActivator.h"
+#include "ports/Screens.h"
+#include "shell/PasteBack.h"
+#include "shell/menu/StatusMenuView.h"
+
+#include <algorithm>
+
+namespace tavrine {
+namespace {
+
+constexpr double gap = 14;      // from the pointer, which is somewhere on the item, to the menu
+constexpr Seconds settles{0.6}; // until then another program may have the keyboard: see PanelController
+
+std::optional<Screen> screenAt(const Screens &screens, QPointF place) {
+    const QList<Screen> all = screens.screens();
+    const auto found =
+        std::ranges::find_if(all, [place](const Screen &screen) { return screen.frame.contains(place); });
+    return found == all.end() ? mainOrFirstScreen(screens) : std::optional(*found);
+}
+
+} // namespace
+
+StatusMenuPanel::StatusMenuPanel(const Ports &ports, MakeContent makeContent, std::function<void()> willOpen,
+                                 QObject *parent)
+    : QObject(parent), m_ports(ports), m_makeContent(std::move(makeContent)), m_willOpen(std::move(willOpen)),
+      m_height(ports.time, [this] { return m_view ? std::optional(m_view->measuredGrid()) : std::nullopt; }),
+      m_panel(
+          {ports.windows, ports.screens, ports.time},
+          {.description = {.title = QStringLiteral("Tavrine Menu"), .contentSize = {}, .level = windowLevel::popUpMenu},
+           .placement = [this](const Screens &screens, QSizeF) { return frameAt(screens); }}) {
+    m_panel.setOnClosed([this] { cancelTracking(); });
+    connect(&m_ports.pasteBack, &PasteBack::leftForAnother, this, [this] {
+        if (m_ports.time.systemUptime() - m_openedAt > settles)
+            cancelTracking();
+    });
+}
+
+StatusMenuPanel::~StatusMenuPanel() = default;
+
+QPointF StatusMenuPanel::planePoint(QPoint place) const {
+    return {double(place.x()), m_ports.screens.toolkitRect({}).y() - place.y()};
+}
+
+void StatusMenuPanel::press(QPoint place) {
+    if (isOpen()) {
+        cancelTracking();
+        return;
+    }
+    if (m_closedAt.count() >= 0 && m_ports.time.systemUptime() - m_closedAt < samePress)
+        return;
+    m_place = planePoint(place);
+    open();
+}
+
+void StatusMenuPanel::build() {
+    m_view = m_makeContent(m_height);
+    connect(m_view, &StatusMenuView::closeWanted, this, &StatusMenuPanel::cancelTracking);
+    connect(m_view, &StatusMenuView::sizeChanged, this, &StatusMenuPanel::resize);
+    m_height.setNow();
+    m_panel.build(m_view, m_view->sizeHint());
+}
+
+void StatusMenuPanel::open() {
+    m_willOpen();
+    if (!m_panel.isBuilt())
+        build();
+    m_view->refresh();
+    m_height.setNow();
+    m_ports.activator.activateIgnoringOtherApps();
+    m_openedAt = m_ports.time.systemUptime();
+    m_panel.show();
+    m_view->setFocus();
+    const quint32 presses = eventMask::leftMouseDown | eventMask::rightMouseDown;
+    m_clicks = m_ports.monitors.addGlobalMonitor(presses, [this](const InputEvent &) { clickedElsewhere(); });
+    m_ownClicks = m_ports.monitors.addLocalMonitor(presses, [this](const InputEvent &) {
+        clickedElsewhere();
+        return false;
+    });
+}
+
+void StatusMenuPanel::clickedElsewhere() {
+    if (!m_ports.windows.isAsking() && m_panel.isVisibleAndWithout(m_ports.screens.mouseLocation()))
+        m_ports.time.async(this, [this] { cancelTracking(); }); // the monitors end with it
+}
+
+void StatusMenuPanel::cancelTracking() {
+    if (!isOpen())
+        return;
+    m_closedAt = m_ports.time.systemUptime();
+    m_clicks.reset();
+    m_ownClicks.reset();
+    m_panel.dismiss(Dismissal::atOnce);
+}
+
+/// Away from the item: down from a tray at the top, up from one at the bottom.
+std::optional<QRectF> StatusMenuPanel::frameAt(const Screens &screens) const {
+    const auto screen = screenAt(screens, m_place);
+    if (!screen)
+        return std::nullopt;
+    const QSizeF size = m_view->sizeHint();
+    const bool isAtTop = m_place.y() > screen->frame.center().y();
+    const double y = isAtTop ? m_place.y() - gap - size.height() : m_place.y() + gap;
+    return movedInto(usableFrame(*screen), {{m_place.x() - size.width() / 2, y}, size});
+}
+
+void StatusMenuPanel::resize() {
+    if (!isOpen())
+        return;
+    if (const auto frame = frameAt(m_ports.screens))
+        m_panel.window()->setFrame(*frame);
+}
+
+} // namespace tavrine

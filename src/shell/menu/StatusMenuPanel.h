@@ -1,0 +1,77 @@
+#pragma once
+
+#include "panels/FloatingPanel.h"
+#include "ports/EventMonitors.h"
+#include "shell/menu/QuickActionsHeight.h"
+
+#include <QObject>
+#include <QPoint>
+
+#include <functional>
+#include <memory>
+
+namespace tavrine {
+
+class ApplicationActivator;
+class PasteBack;
+class StatusMenuView;
+
+/// The menu's window: where it stands beside the tray item, and when it goes. Main thread; owned by AppDelegate.
+///
+///  1. A press on the item opens it, and another one closes it: whatever closed it a moment before that press was the
+///     press itself.
+///  2. A click anywhere else, Escape, and the keyboard going to another program close it.
+///  3. It grows and shrinks away from the item, and never leaves the screen.
+///  4. Nothing of it exists until it is opened for the first time.
+class StatusMenuPanel final : public QObject {
+    Q_OBJECT
+
+public:
+    static constexpr Seconds samePress{0.4};
+
+    struct Ports {
+        PanelWindows &windows;
+        Screens &screens;
+        EventMonitors &monitors;
+        ApplicationActivator &activator;
+        PasteBack &pasteBack;
+        Time &time;
+    };
+    /// Makes what stands in it; the panel takes it over.
+    using MakeContent = std::function<StatusMenuView *(QuickActionsHeight &height)>;
+
+    /// `willOpen` is called before it is shown or measured.
+    StatusMenuPanel(const Ports &ports, MakeContent makeContent, std::function<void()> willOpen,
+                    QObject *parent = nullptr);
+    ~StatusMenuPanel() override;
+
+    /// The item was pressed at this place, in the toolkit's coordinates.
+    void press(QPoint place);
+    /// Ends what the person does in it. Nothing while it is closed.
+    void cancelTracking();
+    [[nodiscard]] bool isOpen() const { return m_panel.isVisible(); }
+    [[nodiscard]] QuickActionsHeight &height() { return m_height; }
+    [[nodiscard]] QRectF frame() const { return m_panel.frame(); }
+
+private:
+    void open();
+    void build();
+    void resize();
+    void clickedElsewhere();
+    [[nodiscard]] QPointF planePoint(QPoint place) const;
+    [[nodiscard]] std::optional<QRectF> frameAt(const Screens &screens) const;
+
+    Ports m_ports;
+    MakeContent m_makeContent;
+    std::function<void()> m_willOpen;
+    QuickActionsHeight m_height;
+    FloatingPanel m_panel;
+    StatusMenuView *m_view = nullptr;
+    QPointF m_place;
+    Seconds m_closedAt{-1};
+    Seconds m_openedAt{0};
+    std::unique_ptr<EventMonitor> m_clicks;
+    std::unique_ptr<EventMonitor> m_ownClicks;
+};
+
+} // namespace tavrine

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "look/PanelSurface.h"
+#include "shell/StatusMenu.h"
+
+#include <vector>
+
+namespace tavrine {
+
+class QuickActionsGrid;
+class QuickActionsHeight;
+
+/// The menu of the tray item as people see it: the Quick Actions, and the plain entries under them. It paints the
+/// entries as they are, and decides nothing. Lives as long as its panel; main thread.
+///
+/// It takes keys as menus do: arrows move, Return and Space press, a key equivalent fires its entry, Escape closes.
+/// To a screen reader it is a window of buttons.
+class StatusMenuView final : public look::PanelSurface {
+    Q_OBJECT
+
+public:
+    /// Takes the grid over. Menu and height outlive the view.
+    StatusMenuView(StatusMenu &menu, QuickActionsGrid *grid, QuickActionsHeight &height, QWidget *parent = nullptr);
+    ~StatusMenuView() override;
+
+    /// Brings the rows in line with the entries.
+    void refresh();
+    [[nodiscard]] QSize sizeHint() const override;
+    /// Of the Quick Actions, once they have the width of the menu.
+    [[nodiscard]] double measuredGrid() const;
+
+Q_SIGNALS:
+    /// The person is done with the menu, or chose an entry, which fires after it.
+    void closeWanted();
+    /// The menu is to be as high as its size hint.
+    void sizeChanged();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    bool event(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    class Row;
+
+    void fire(StatusMenuItem item);
+    [[nodiscard]] bool fireByKey(const QKeyEvent &event);
+    void moveFocus(int key);
+    void place();
+    [[nodiscard]] int entriesHeight() const;
+
+    StatusMenu &m_menu;
+    QuickActionsGrid *m_grid;
+    QuickActionsHeight &m_height;
+    QWidget *m_clip; ///< cuts the grid to the height that it has at present
+    std::vector<Row *> m_rows;
+};
+
+} // namespace tavrine

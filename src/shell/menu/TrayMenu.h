@@ -1,0 +1,51 @@
+#pragma once
+
+#include "base/MadeOnce.h"
+#include "shell/menu/QuickActionsModel.h"
+#include "shell/menu/StatusMenuPanel.h"
+
+#include <QPoint>
+
+namespace tavrine {
+
+class Shell;
+class StatusMenu;
+class Tools;
+
+/// The menu of the tray item as a whole: the Quick Actions over the tools, the plain entries, and the window.
+/// AppDelegate owns it and makes it at the first press; main thread.
+class TrayMenu final : public QObject {
+    Q_OBJECT
+
+public:
+    struct Actions {
+        std::function<void()> willOpen;
+        std::function<void()> openEditor;
+        std::function<void()> openSettings;
+        std::function<void()> bringSettingsForward;
+    };
+    /// All outlive it.
+    TrayMenu(Shell &shell, Tools &tools, StatusMenu &entries, Actions actions, QObject *parent = nullptr);
+    ~TrayMenu() override;
+
+    void press(QPoint place) { m_panel.press(place); }
+    void cancelTracking() { m_panel.cancelTracking(); }
+    [[nodiscard]] StatusMenuPanel &panel() { return m_panel; }
+    [[nodiscard]] QuickActionsModel &quickActions() { return m_model; }
+
+private:
+    [[nodiscard]] QuickActionsModel::Actions modelActions();
+    [[nodiscard]] StatusMenuPanel::Ports panelPorts();
+    [[nodiscard]] StatusMenuView *makeView(QuickActionsHeight &height);
+    [[nodiscard]] QWidget *makeCard(QuickAction action);
+    [[nodiscard]] bool isBuilt(QuickAction action);
+
+    Shell &m_shell;
+    Tools &m_tools;
+    StatusMenu &m_entries;
+    Actions m_actions;
+    QuickActionsModel m_model;
+    StatusMenuPanel m_panel;
+};
+
+} // namespace tavrine

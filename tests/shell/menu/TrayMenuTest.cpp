@@ -1,0 +1,245 @@
+#include "shell/menu/TrayMenu.h"
+
+#include "ShellTest.h"
+#include "shell/menu/QuickActionsGridView.h"
+#include "shell/menu/StatusMenuView.h"
+
+#include <QApplication>
+#include <QTest>
+
+namespace tavrine {
+namespace {
+
+/// The whole menu within a whole program, on a desktop of fakes: one screen of 1440 by 900 with a bar of 24 on top.
+class TrayMenuTest : public ShellTest {
+protected:
+    void SetUp() override { launch(); }
+
+    StatusMenuPanel &panel() { return delegate->trayMenu().panel(); }
+    void press(QPoint place = {1300, 12}) { desktop.statusItem().press(place); }
+    /// The menu's content, which the fake panel does not show.
+    StatusMenuView &view() {
+        for (QWidget *widget : QApplication::allWidgets()) {
+            if (auto *found = qobject_cast<StatusMenuView *>(widget))
+                return *found;
+        }
+        ADD_FAILURE() << "no menu";
+        std::abort();
+    }
+    look::Control &control(const char *name) {
+        for (auto *each : view().findChildren<look::Control *>()) {
+            if (each->text() == QString::fromUtf8(name) && !each->isHidden())
+                return *each;
+        }
+        ADD_FAILURE() << name;
+        std::abort();
+    }
+    bool shows(const char *name) {
+        return std::ranges::any_of(view().findChildren<look::Control *>(), [name](const look::Control *each) {
+            return each->text() == QString::fromUtf8(name) && !each->isHidden();
+        });
+    }
+    void show() {
+        view().resize(view().sizeHint());
+        view().show();
+    }
+};
+
+TEST_F(TrayMenuTest, nothingOfItExistsUntilItIsPressed) {
+    EXPECT_EQ(desktop.panelWindows().made(), 0);
+    press();
+    EXPECT_EQ(desktop.panelWindows().made(), 1);
+    EXPECT_TRUE(panel().isOpen());
+}
+
+TEST_F(TrayMenuTest, aSecondPressClosesIt) {
+    press();
+    press();
+    EXPECT_FALSE(panel().isOpen());
+}
+
+TEST_F(TrayMenuTest, thePressThatClosedItAsAClickElsewhereDoesNotOpenItAgain) {
+    press();
+    desktop.screens().setMouseLocation({1300, 888});
+    desktop.eventMonitors().mouseDown(eventMask::leftMouseDown, false);
+    time.advance(100ms);
+    EXPECT_FALSE(panel().isOpen());
+    press();
+    EXPECT_FALSE(panel().isOpen());
+    time.advance(400ms);
+    press();
+    EXPECT_TRUE(panel().isOpen());
+}
+
+TEST_F(TrayMenuTest, aClickElsewhereClosesItAndOneInItDoesNot) {
+    press();
+    desktop.screens().setMouseLocation(panel().frame().center());
+    desktop.eventMonitors().mouseDown(eventMask::leftMouseDown, true);
+    time.advance(10ms);
+    EXPECT_TRUE(panel().isOpen());
+    for (const bool isOurs : {false, true}) {
+        desktop.screens().setMouseLocation({10, 10});
+        desktop.eventMonitors().mouseDown(eventMask::rightMouseDown, isOurs);
+        time.advance(10ms);
+        EXPECT_FALSE(panel().isOpen());
+        time.advance(1s);
+        press();
+    }
+    EXPECT_TRUE(panel().isOpen());
+}
+
+TEST_F(TrayMenuTest, closedItWatchesNothing) {
+    const int before = desktop.eventMonitors().globalCount() + desktop.eventMonitors().localCount();
+    press();
+    press();
+    EXPECT_EQ(desktop.eventMonitors().globalCount() + desktop.eventMonitors().localCount(), before);
+}
+
+TEST_F(TrayMenuTest, itHangsFromATrayAtTheTopAndNeverLeavesTheScreen) {
+    press({1435, 12});
+    const QRectF frame = panel().frame();
+    EXPECT_EQ(frame.right(), 1440);
+    EXPECT_LE(maxY(frame), 900 - 24);
+    EXPECT_GE(maxY(frame), 900 - 40);
+}
+
+TEST_F(TrayMenuTest, itStandsOnATrayAtTheBottom) {
+    press({5, 890});
+    const QRectF frame = panel().frame();
+    EXPECT_EQ(frame.left(), 0);
+    EXPECT_NEAR(minY(frame), 10 + 14, 1);
+}
+
+TEST_F(TrayMenuTest, theQuickActionsStandAboveThePlainEntriesInTheirOrder) {
+    press();
+    show();
+    EXPECT_LT(control("Screenshot").mapTo(&view(), QPoint()).y(), control("Clipboard Search").y());
+    EXPECT_EQ(control("Screenshot").mapTo(&view(), QPoint()).y(), 12);
+    EXPECT_LT(control("Clipboard Search").y(), control("Emoji Picker").y());
+    EXPECT_LT(control("Emoji Picker").y(), control("Check for Updates…").y());
+    EXPECT_LT(control("Check for Updates…").y(), control("Quit").y());
+    EXPECT_EQ(view().sizeHint().width(), 290);
+}
+
+TEST_F(TrayMenuTest, anEntryFiresAfterTheMenuIsGone) {
+    press();
+    show();
+    bool wasOpen = true;
+    delegate->statusMenu().entry(StatusMenuItem::quit).action = [&] { wasOpen = panel().isOpen(); };
+    control("Quit").click();
+    EXPECT_FALSE(wasOpen);
+}
+
+TEST_F(TrayMenuTest, aKeyEquivalentFiresWithControlAndWithSuper) {
+    int quits = 0;
+    delegate->statusMenu().entry(StatusMenuItem::quit).action = [&] { ++quits; };
+    for (const auto modifier : {Qt::ControlModifier, Qt::MetaModifier}) {
+        time.advance(1s);
+        press();
+        show();
+        QTest::keyClick(&view(), Qt::Key_Q, modifier);
+        EXPECT_FALSE(panel().isOpen());
+    }
+    EXPECT_EQ(quits, 2);
+    time.advance(1s);
+    press();
+    show();
+    QTest::keyClick(&view(), Qt::Key_Q, Qt::ControlModifier | Qt::ShiftModifier);
+    QTest::keyClick(&view(), Qt::Key_Q);
+    EXPECT_EQ(quits, 2);
+    EXPECT_TRUE(panel().isOpen());
+}
+
+TEST_F(TrayMenuTest, aDisabledEntryFiresInNoWay) {
+    set(Feature::clipboardHistory, false);
+    time.advance(100ms);
+    bool isFired = false;
+    delegate->statusMenu().entry(StatusMenuItem::clipboard).action = [&] { isFired = true; };
+    press();
+    show();
+    EXPECT_FALSE(control("Clipboard Search").isEnabled());
+    control("Clipboard Search").click();
+    QTest::keyClick(&view(), Qt::Key_V, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_FALSE(isFired);
+}
+
+TEST_F(TrayMenuTest, theArrowsGoThroughTheGridAndTheEntriesAndRoundTheEnds) {
+    press();
+    show();
+    view().setFocus();
+    QTest::keyClick(&view(), Qt::Key_Down);
+    QWidget *first = view().focusWidget();
+    ASSERT_TRUE(qobject_cast<look::Tile *>(first));
+    QTest::keyClick(first, Qt::Key_Up);
+    EXPECT_EQ(view().focusWidget(), &control("Quit")) << "past the first comes the last";
+    QTest::keyClick(&control("Quit"), Qt::Key_Up);
+    EXPECT_EQ(view().focusWidget(), &control("Check for Updates…"));
+    control("Screenshot").setFocus();
+    QTest::keyClick(&control("Screenshot"), Qt::Key_Right);
+    EXPECT_EQ(view().focusWidget(), &control("QR Scan"));
+    QTest::keyClick(&control("QR Scan"), Qt::Key_Left);
+    EXPECT_EQ(view().focusWidget(), &control("Screenshot"));
+}
+
+TEST_F(TrayMenuTest, escapeClosesIt) {
+    press();
+    show();
+    QTest::keyClick(&view(), Qt::Key_Escape);
+    EXPECT_FALSE(panel().isOpen());
+}
+
+TEST_F(TrayMenuTest, theDesktopMayCloseIt) {
+    press();
+    desktop.panelWindows().keyWindow()->closeFromOutside();
+    EXPECT_FALSE(panel().isOpen());
+}
+
+TEST_F(TrayMenuTest, aTileIsPressedByTheKeyboard) {
+    press();
+    show();
+    QTest::keyClick(&control("Open Settings"), Qt::Key_Return);
+    EXPECT_FALSE(panel().isOpen());
+    time.advance(180ms);
+    EXPECT_TRUE(window(LargeWindows::Kind::settings));
+}
+
+TEST_F(TrayMenuTest, aFlagThatGoesTakesItsTileAndItsHeightWithIt) {
+    press();
+    show();
+    const double before = panel().height().height();
+    ASSERT_TRUE(shows("Tavrine Editor"));
+    for (const Feature feature : {Feature::tavrineEditor, Feature::snippingTool, Feature::cleaningMode,
+                                  Feature::screenRecorder, Feature::keepAwake, Feature::loFi})
+        set(feature, false);
+    EXPECT_FALSE(shows("Tavrine Editor"));
+    time.advance(50ms);
+    EXPECT_LT(panel().height().height(), before);
+    EXPECT_EQ(panel().frame().height(), view().sizeHint().height());
+}
+
+TEST_F(TrayMenuTest, theMenuIsBuiltOnceAndShowsWhatChanged) {
+    press();
+    StatusMenuView *first = &view();
+    press();
+    delegate->shell().experienceSettings().setSelectedExperience(ClipboardExperience::classic);
+    time.advance(1s);
+    press();
+    EXPECT_EQ(&view(), first);
+    EXPECT_TRUE(shows("Classic Clipboard"));
+}
+
+TEST_F(TrayMenuTest, theEditorsTilePostsItsNotice) {
+    bool isPosted = false;
+    const auto token =
+        center.addObserver(text("openTavrineEditorRequested"), [&](const Notification &) { isPosted = true; });
+    press();
+    show();
+    quietly([this] {
+        control("Tavrine Editor").click();
+        time.advance(150ms);
+    });
+    EXPECT_TRUE(isPosted);
+}
+
+} // namespace
+} // namespace tavrine

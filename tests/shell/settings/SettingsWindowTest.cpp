@@ -1,0 +1,254 @@
+// The settings window within a whole program, on a desktop of fakes.
+
+#include "ShellTest.h"
+#include "look/Button.h"
+#include "look/SegmentedControl.h"
+#include "look/Toggle.h"
+#include "shell/settings/AboutView.h"
+#include "shell/settings/AppIconView.h"
+#include "shell/settings/KeyFieldView.h"
+#include "shell/settings/MainAppView.h"
+#include "shell/settings/SidebarView.h"
+
+#include <QTest>
+
+namespace tavrine {
+namespace {
+
+TEST(Sidebar, theSubRowOfTheScreenshotsIsTheUploadsAndNotTheRecorder) {
+    const auto order = SidebarView::order();
+    const auto snipper = std::ranges::find(order, SidebarItem::snipper);
+    EXPECT_EQ(snipper[1], SidebarItem::cloudUpload);
+    EXPECT_EQ(snipper[2], SidebarItem::screenRecord);
+    EXPECT_TRUE(isSubRow(snipper[1]));
+    EXPECT_STREQ(subRowTitle, "Upload");
+}
+
+TEST(Sidebar, everyPageStandsInItOnceInItsGroups) {
+    using enum SidebarItem;
+    EXPECT_THAT(SidebarView::order(),
+                ElementsAre(home, general, features, layout, snipper, cloudUpload, screenRecord, clipboard, emoji,
+                            network, SidebarItem::keepAwake, lofi, privacy, about));
+    EXPECT_STREQ(sidebarGroups[0].heading, "");
+    EXPECT_STREQ(sidebarGroups[1].heading, "Features");
+    EXPECT_STREQ(sidebarGroups[2].heading, "More");
+    for (const SidebarItemText &text : sidebarItemTexts)
+        EXPECT_EQ(&textOf(text.item), &text) << "the table is in the order of the enumeration";
+}
+
+class SettingsWindow : public ShellTest {
+protected:
+    void SetUp() override {
+        launch();
+        delegate->openSettings();
+    }
+    MainAppView &view() { return *qobject_cast<MainAppView *>(window(LargeWindows::Kind::settings)); }
+    SidebarView &sidebar() { return *view().findChild<SidebarView *>(); }
+    void go(SidebarItem item) {
+        view().setSelection(item);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    template <class T>
+    T *find(const char *name) {
+        for (T *each : view().page()->template findChildren<T *>()) {
+            if (each->accessibleName() == text(name) || buttonText(each) == text(name))
+                return each;
+        }
+        return nullptr;
+    }
+    static QString buttonText(const QWidget *widget) {
+        const auto *button = qobject_cast<const QAbstractButton *>(widget);
+        return button ? button->text() : QString();
+    }
+    void key(int key, Qt::KeyboardModifiers modifiers = {}) {
+        QWidget *target = view().focusWidget() ? view().focusWidget() : &view();
+        QTest::keyClick(target, Qt::Key(key), modifiers);
+    }
+};
+
+TEST_F(SettingsWindow, aNewWindowShowsHomeAndIsOfItsFirstSize) {
+    EXPECT_EQ(view().selection(), SidebarItem::home);
+    EXPECT_EQ(view().size(), QSize(900, 600));
+    EXPECT_EQ(view().minimumSize(), QSize(720, 520));
+    EXPECT_EQ(view().windowTitle(), text("Tavrine"));
+    EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::regular);
+}
+
+TEST_F(SettingsWindow, openingOnTheClipboardMovesAnOpenWindowThereAndOpeningOnHomeLeavesItWhereItIs) {
+    go(SidebarItem::privacy);
+    delegate->openMainWindow(SidebarItem::home);
+    time.advance(0s);
+    EXPECT_EQ(view().selection(), SidebarItem::privacy);
+    delegate->openMainWindow(SidebarItem::clipboard);
+    EXPECT_EQ(view().selection(), SidebarItem::privacy) << "in a later turn";
+    time.advance(0s);
+    EXPECT_EQ(view().selection(), SidebarItem::clipboard);
+    delegate->openMainWindow(SidebarItem::lofi);
+    time.advance(0s);
+    EXPECT_EQ(view().selection(), SidebarItem::lofi);
+}
+
+TEST_F(SettingsWindow, aClosedWindowOpensOnHomeAgainAndTheProgramLeavesTheTaskBar) {
+    go(SidebarItem::about);
+    view().close();
+    EXPECT_EQ(window(LargeWindows::Kind::settings), nullptr);
+    time.advance(100ms);
+    EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::accessory);
+    delegate->openSettings();
+    EXPECT_EQ(view().selection(), SidebarItem::home);
+}
+
+TEST_F(SettingsWindow, onlyThePageThatIsShownExists) {
+    go(SidebarItem::about);
+    EXPECT_EQ(view().findChildren<AboutView *>().size(), 1);
+    go(SidebarItem::general);
+    EXPECT_EQ(view().findChildren<AboutView *>().size(), 0);
+}
+
+TEST_F(SettingsWindow, withoutASelectionItAsksForOne) {
+    view().setSelection(std::nullopt);
+    EXPECT_FALSE(view().selection().has_value());
+    ASSERT_TRUE(view().page());
+    view().setSelection(SidebarItem::general);
+    EXPECT_EQ(view().selection(), SidebarItem::general);
+}
+
+TEST_F(SettingsWindow, everyPageOpensAndEachOfItsControlsHasAName) {
+    for (const SidebarItem item : SidebarView::order()) {
+        go(item);
+        ASSERT_TRUE(view().page()) << textOf(item).text;
+        for (const auto *control : view().page()->findChildren<look::Control *>()) {
+            if (!control->isHidden())
+                EXPECT_FALSE(control->accessibleName().isEmpty() && control->text().isEmpty())
+                    << textOf(item).text << ": " << control->metaObject()->className();
+        }
+    }
+}
+
+TEST_F(SettingsWindow, theArrowsMoveTheSelectionAndStopAtTheEnds) {
+    QTest::keyClick(sidebar().findChild<look::Control *>(), Qt::Key_Down);
+    EXPECT_EQ(view().selection(), SidebarItem::general);
+    key(Qt::Key_End);
+    EXPECT_EQ(view().selection(), SidebarItem::about);
+    key(Qt::Key_Down);
+    EXPECT_EQ(view().selection(), SidebarItem::about);
+    key(Qt::Key_Home);
+    key(Qt::Key_Up);
+    EXPECT_EQ(view().selection(), SidebarItem::home);
+}
+
+TEST_F(SettingsWindow, typedLettersLeadToThePageThatBeginsWithThem) {
+    look::Control *first = sidebar().findChild<look::Control *>();
+    first->setFocus();
+    QTest::keyClicks(first, text("c"));
+    EXPECT_EQ(view().selection(), SidebarItem::clipboard);
+    QTest::keyClicks(view().focusWidget(), text("l"), {}, 1200); // a new word
+    EXPECT_EQ(view().selection(), SidebarItem::lofi);
+    QTest::keyClicks(view().focusWidget(), text("l"));
+    EXPECT_EQ(view().selection(), SidebarItem::layout) << "the next one with this letter";
+}
+
+TEST_F(SettingsWindow, theWholeBarIsOneStopOfTheTabKey) {
+    int stops = 0;
+    for (const auto *row : sidebar().findChildren<look::Control *>())
+        stops += row->focusPolicy() & Qt::TabFocus ? 1 : 0;
+    EXPECT_EQ(stops, 1);
+}
+
+TEST_F(SettingsWindow, theKeysOfPagesAndOfClosing) {
+    QTest::keyClick(&view(), Qt::Key_3, Qt::ControlModifier);
+    EXPECT_EQ(view().selection(), SidebarItem::features);
+    QTest::keyClick(&view(), Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_EQ(view().selection(), SidebarItem::general);
+    QTest::keyClick(&view(), Qt::Key_W, Qt::ControlModifier);
+    EXPECT_EQ(window(LargeWindows::Kind::settings), nullptr);
+}
+
+TEST_F(SettingsWindow, theFifthTapOnTheIconLeavesThePageAsItWas) {
+    go(SidebarItem::about);
+    auto *about = qobject_cast<AboutView *>(view().page());
+    auto *icon = about->findChild<AppIconView *>();
+    const QImage before = about->grab().toImage();
+    for (int tap = 1; tap <= 4; ++tap) {
+        QTest::mouseClick(icon, Qt::LeftButton);
+        EXPECT_EQ(about->tapCount(), tap);
+    }
+    QTest::mouseClick(icon, Qt::LeftButton);
+    EXPECT_EQ(about->tapCount(), 0);
+    EXPECT_EQ(about->grab().toImage(), before);
+}
+
+TEST_F(SettingsWindow, aSwitchOnThePageActsAtOnceAndFollowsTheFlag) {
+    go(SidebarItem::features);
+    auto *toggle = find<look::Toggle>("Emoji Picker");
+    ASSERT_TRUE(toggle);
+    toggle->click();
+    EXPECT_FALSE(delegate->shell().flags().isOn(Feature::emojiPicker));
+    set(Feature::emojiPicker, true);
+    EXPECT_TRUE(toggle->isChecked());
+}
+
+TEST_F(SettingsWindow, clearAndDisableLeavesTheClipboardsRowOff) {
+    go(SidebarItem::features);
+    desktop.alerts().answerNextWithFirstButton();
+    auto *button = find<look::Button>("Clear & Disable");
+    ASSERT_TRUE(button);
+    button->click();
+    EXPECT_FALSE(find<look::Toggle>("Clipboard History")->isChecked());
+    EXPECT_EQ(desktop.alerts().shown().size(), 1);
+}
+
+TEST_F(SettingsWindow, aKeyThatIsTypedIsSavedAndRegisteredAtOnce) {
+    go(SidebarItem::emoji);
+    auto *field = find<KeyFieldView>("Shortcut Key");
+    ASSERT_TRUE(field);
+    EXPECT_EQ(field->key(), text("E"));
+    auto *save = find<look::Button>("Save Changes");
+    ASSERT_TRUE(save);
+    EXPECT_FALSE(save->isVisibleTo(view().page()));
+    QTest::keyClick(field, Qt::Key_K, Qt::MetaModifier | Qt::ShiftModifier);
+    EXPECT_EQ(field->key(), text("K"));
+    EXPECT_TRUE(save->isVisibleTo(view().page()));
+    quietly([&] { save->click(); });
+    EXPECT_EQ(defaults.get<QString>(text("emojiHotkeyKey")), text("K"));
+    EXPECT_EQ(label(delegate->statusMenu().entry(StatusMenuItem::emojiPicker).keyEquivalent), text("⌘⇧K"));
+}
+
+TEST_F(SettingsWindow, aKeyOfAnotherToolCannotBeSaved) {
+    go(SidebarItem::emoji);
+    auto *field = find<KeyFieldView>("Shortcut Key");
+    QTest::keyClick(field, Qt::Key_V);
+    EXPECT_FALSE(find<look::Button>("Save Changes")->isVisibleTo(view().page()));
+}
+
+TEST_F(SettingsWindow, theDoubleTapIsChosenBesideTheKey) {
+    go(SidebarItem::emoji);
+    auto *type = view().page()->findChild<look::SegmentedControl *>();
+    ASSERT_TRUE(type);
+    Q_EMIT type->chosen(1);
+    EXPECT_FALSE(find<KeyFieldView>("Shortcut Key")->isVisibleTo(view().page()));
+    quietly([&] { find<look::Button>("Save Changes")->click(); });
+    EXPECT_EQ(defaults.get<QString>(text("emojiHotkeyMode")), text("doubleOption"));
+}
+
+TEST_F(SettingsWindow, aHundredFlagChangesAreFollowedByAnOpenPage) {
+    go(SidebarItem::features);
+    for (int i = 0; i < 100; ++i)
+        set(Feature::loFi, i % 2 == 1);
+    time.advance(5s);
+    EXPECT_TRUE(find<look::Toggle>("Lo-Fi Vibe Mode")->isChecked());
+}
+
+TEST_F(SettingsWindow, everyKeyOfAWrongTypeLeavesEveryPageStanding) {
+    for (const SidebarItem item : SidebarView::order()) {
+        go(item);
+        for (const char *key : {"layoutOrder", "showInMenuBar", "snipHotkey", "emojiHotkeyMode", "ClipboardExperience",
+                                "speedTheme", "keepAwakeBgColor", "keepAwakeScheduleStartSecs", "lofiCustomTrackPath",
+                                "customSaveDirectoryPath", "discordBannerDismissed", "colorPickerFormat"})
+            defaults.set(text(key), QByteArray("\xff\x00\x01", 3));
+        EXPECT_FALSE(view().page()->grab().isNull()) << textOf(item).text;
+    }
+}
+
+} // namespace
+} // namespace tavrine
