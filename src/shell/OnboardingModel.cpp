@@ -1,5 +1,6 @@
 #include "shell/OnboardingModel.h"
 
+#include "base/Addresses.h"
 #include "ports/UrlOpener.h"
 
 namespace tavrine {
@@ -44,7 +45,7 @@ void OnboardingModel::goForward() {
 }
 
 void OnboardingModel::exploreFeatures() {
-    m_ports.urlOpener.openUrl(QUrl(QLatin1String(featuresAddress)));
+    m_ports.urlOpener.openUrl(addressOf(Address::features, m_ports.resources));
 }
 
 } // namespace tavrine

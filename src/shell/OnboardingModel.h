@@ -28,8 +28,6 @@ class OnboardingModel : public QObject {
     Q_OBJECT
 
 public:
-    static constexpr auto featuresAddress = "https://veltrane.com/tavrine/features";
-
     enum class Page { welcome = 0, features = 1, permissions = 2 };
     static constexpr int pageCount = 3;
 
@@ -100,6 +98,7 @@ public:
         Access &access;
         Time &time;
         UrlOpener &urlOpener;
+        QString resources = {}; ///< the folder of what came with the program
     };
     /// `onClose` is called when the person has finished.
     OnboardingModel(Ports ports, std::function<void()> onClose, QObject *parent = nullptr);

@@ -1,5 +1,6 @@
 #include "upload/CloudUploadSettingsModel.h"
 
+#include "base/Addresses.h"
 #include "base/Time.h"
 #include "ports/ScriptSyntax.h"
 #include "ports/UrlOpener.h"
@@ -136,7 +137,7 @@ void CloudUploadSettingsModel::finishTest(const UploadScriptRunResult &result) {
 }
 
 void CloudUploadSettingsModel::openDocs() {
-    m_ports.urlOpener.openUrl(QUrl(QLatin1String(docsAddress)));
+    m_ports.urlOpener.openUrl(addressOf(Address::uploadScripts, m_ports.resources));
 }
 
 void CloudUploadSettingsModel::openResult() {

@@ -29,7 +29,6 @@ class CloudUploadSettingsModel final : public QObject {
 
 public:
     static constexpr Seconds confirmationTime{1.6};
-    static constexpr auto docsAddress = "https://veltrane.com/docs/custom-upload-script";
     /// A picture of one by one points: what a test uploads.
     static constexpr auto probe =
         "iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAQAAAC1HAwCAAAAC0lEQVR42mNk+A8AAQUBAScY42YAAAAASUVORK5CYII=";
@@ -46,6 +45,7 @@ public:
         std::function<ScriptSyntax *()> syntax; ///< null where there is no engine; asked at each check
         UploadRunner run;
         std::function<QString()> uploadFileName;
+        QString resources = {}; ///< the folder of what came with the program
     };
 
     CloudUploadSettingsModel(Ports ports, Texts texts, QObject *parent = nullptr);

@@ -42,11 +42,26 @@ struct FakeWindows {
     void show(const QString &program, quint32 window) {
         fake.setFrontmost(RunningApplication{program, program, qint64(qHash(program)), window});
     }
-    void open(const QString &program) { show(program, 1); }
+    void open(const QString &program) {
+        show(program, 1);
+        running.append(program);
+        tell();
+    }
     void activate(const QString &program) { show(program, 1); }
     void openSecondWindow(const QString &program) { show(program, 2); }
-    void close(const QString &) { fake.setFrontmost(std::nullopt); }
+    void close(const QString &program) {
+        fake.setFrontmost(std::nullopt);
+        running.removeOne(program);
+        tell();
+    }
+    void tell() {
+        QList<RunningApplication> all;
+        for (const QString &program : running)
+            all.append({program, program, qint64(qHash(program)), 1});
+        fake.setRunning(all);
+    }
     FakeWorkspace fake;
+    QStringList running;
 };
 
 struct FakeSession {

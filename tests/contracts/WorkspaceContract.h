@@ -87,6 +87,25 @@ TYPED_TEST_P(WorkspaceContract, nothingIsFrontmostAfterTheLastProgramEnded) {
     EXPECT_TRUE(eventually([&] { return this->left == QStringList{this->first}; }));
 }
 
+TYPED_TEST_P(WorkspaceContract, theProgramsWithAWindowAreListedOnceInTheOrderOfTheirComing) {
+    EXPECT_TRUE(this->desk.workspace().runningApplications().isEmpty());
+    this->desk.open(this->first);
+    this->desk.open(this->second);
+    ASSERT_TRUE(this->comesToFront(this->second));
+    this->desk.activate(this->first);
+    this->desk.openSecondWindow(this->first);
+    const auto listed = [this] {
+        QStringList names;
+        for (const RunningApplication &each : this->desk.workspace().runningApplications())
+            names.append(each.bundleIdentifier);
+        return names;
+    };
+    EXPECT_TRUE(eventually([&] { return listed() == QStringList({this->first, this->second}); }))
+        << qPrintable(listed().join(u','));
+    this->desk.close(this->second);
+    EXPECT_TRUE(eventually([&] { return listed() == QStringList{this->first}; }));
+}
+
 TYPED_TEST_P(WorkspaceContract, showingNoFilesIsQuiet) {
     this->desk.workspace().activateFileViewerSelecting({});
 }
@@ -94,6 +113,6 @@ TYPED_TEST_P(WorkspaceContract, showingNoFilesIsQuiet) {
 REGISTER_TYPED_TEST_SUITE_P(WorkspaceContract, nothingIsFrontmostOnAnEmptyDesktop,
                             theProgramWithTheActiveWindowIsFrontmost, theProgramThatIsLeftIsTold,
                             anotherWindowOfTheSameProgramIsNoDeparture, nothingIsFrontmostAfterTheLastProgramEnded,
-                            showingNoFilesIsQuiet);
+                            theProgramsWithAWindowAreListedOnceInTheOrderOfTheirComing, showingNoFilesIsQuiet);
 
 } // namespace tavrine::test

@@ -268,7 +268,7 @@ TEST_F(AppDelegateTest, theMenuOpensWithItsEntriesFresh) {
     defaults.set(text("HotkeyCharacter"), text("b"));
     desktop.statusItem().press({10, 10});
     EXPECT_EQ(label(delegate->statusMenu().entry(StatusMenuItem::clipboard).keyEquivalent), text("⌘⇧B"));
-    delegate->statusMenu().cancelTracking();
+    delegate->trayMenu().cancelTracking();
 }
 
 TEST_F(AppDelegateTest, theMenusOwnEntriesDoWhatTheySay) {

@@ -395,7 +395,8 @@ TEST_F(ToolsTest, theLastPageOfTheWelcomeWindowEndsIt) {
         time.advance(1s);
     }
     EXPECT_FALSE(window(LargeWindows::Kind::welcome));
-    EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::accessory);
+    EXPECT_TRUE(window(LargeWindows::Kind::settings)) << "the settings follow it";
+    EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::regular);
     EXPECT_EQ(defaults.get<bool>(text("hasCompletedOnboarding")), true);
 }
 

@@ -5,9 +5,11 @@
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
+#include "look/Tile.h"
 #include "shell/menu/QuickActionsGridView.h"
 #include "shell/menu/QuickActionsHeight.h"
 
+#include <QCoreApplication>
 #include <QKeyEvent>
 #include <QPainter>
 
@@ -195,6 +197,29 @@ void StatusMenuView::moveFocus(int key) {
         });
     if (best)
         best->setFocus(Qt::TabFocusReason);
+}
+
+void StatusMenuView::showEvent(QShowEvent *event) {
+    QCoreApplication::instance()->installEventFilter(this);
+    PanelSurface::showEvent(event);
+}
+
+void StatusMenuView::hideEvent(QHideEvent *event) {
+    QCoreApplication::instance()->removeEventFilter(this);
+    PanelSurface::hideEvent(event);
+}
+
+/// Buttons move the focus by the arrows in their own way; in a menu it is the menu's. Sideways keys are a card's own.
+bool StatusMenuView::eventFilter(QObject *object, QEvent *event) {
+    if (event->type() != QEvent::KeyPress || !object->isWidgetType() || object == this ||
+        !isAncestorOf(static_cast<QWidget *>(object)))
+        return false;
+    const int key = static_cast<QKeyEvent *>(event)->key();
+    const bool isSideways = key == Qt::Key_Left || key == Qt::Key_Right;
+    const bool isOfMenu = key == Qt::Key_Up || key == Qt::Key_Down || (isSideways && qobject_cast<Tile *>(object));
+    if (isOfMenu)
+        moveFocus(key);
+    return isOfMenu;
 }
 
 void StatusMenuView::keyPressEvent(QKeyEvent *event) {

@@ -45,7 +45,7 @@ void MainAppView::addKeys() {
     const auto key = [this](const QKeySequence &sequence, auto work) {
         connect(new QShortcut(sequence, this), &QShortcut::activated, this, work);
     };
-    key(QKeySequence::Close, [this] { window()->close(); });
+    key(Qt::CTRL | Qt::Key_W, [this] { window()->close(); });
     key(Qt::CTRL | Qt::Key_Comma, [this] { setSelection(SidebarItem::general); });
     const std::vector<SidebarItem> order = SidebarView::order();
     constexpr int keys = 9;

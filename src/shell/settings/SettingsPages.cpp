@@ -140,7 +140,8 @@ std::unique_ptr<QWidget> SettingsPages::makeCloudUpload() {
     return std::make_unique<CloudUploadSettingsView>(
         CloudUploadSettingsModel::Ports{uploads.manager(), shell.time(), desktop.urlOpener(),
                                         [&desktop] { return desktop.scriptSyntax(); }, uploads.runner(),
-                                        [&uploads] { return uploads.uploadFileName(); }},
+                                        [&uploads] { return uploads.uploadFileName(); },
+                                        desktop.folders().resources},
         CloudUploadSettingsModel::Texts{defaultUploadScript(), imgBBUploadScript()});
 }
 

@@ -1,10 +1,9 @@
 #include "shell/menu/QuickActionsLayout.h"
 
-#include "shell/menu/LayoutPreferences.h"
-#include "shell/settings/LayoutSettingsModel.h"
-
 #include "adapters/fake/VirtualTime.h"
 #include "base/UserDefaults.h"
+#include "shell/menu/LayoutPreferences.h"
+#include "shell/settings/LayoutSettingsModel.h"
 
 #include <QTemporaryDir>
 
@@ -33,9 +32,8 @@ std::vector<LayoutRow> rowsOf(const QString &order, const std::set<QuickAction> 
 const QString menuOrder = preference::layoutOrder.fallbackValue();
 
 TEST(QuickActionsLayout, withAllTilesOnAndNoStoredOrderTheRowsAreTheMenusOwn) {
-    EXPECT_THAT(rowsOf(menuOrder),
-                testing::ElementsAre(card(loFi), card(keepAwake), tiles(screenshot, screenRecord),
-                                     tiles(qrScan, cleanMode), tiles(settings, editor)));
+    EXPECT_THAT(rowsOf(menuOrder), testing::ElementsAre(card(loFi), card(keepAwake), tiles(screenshot, screenRecord),
+                                                        tiles(qrScan, cleanMode), tiles(settings, editor)));
 }
 
 TEST(QuickActionsLayout, threeStoredIdsGetTheRecorderAndTheEditorAtTheEnd) {
@@ -51,7 +49,7 @@ TEST(QuickActionsLayout, withTheScreenshotHiddenTheRecorderPairsWithTheScanAndAl
 
 TEST(QuickActionsLayout, theRecorderGoesBehindTheFirstScreenshot) {
     EXPECT_EQ(orderedIds(QStringLiteral("qrScan,screenshot,editor,screenshot")),
-              QStringList({"qrScan", "screenshot", "screenRecord", "editor", "screenshot"}));
+              QStringLiteral("qrScan,screenshot,screenRecord,editor,screenshot").split(u','));
 }
 
 TEST(QuickActionsLayout, aStoredRecorderAndEditorStayWhereTheyAre) {
@@ -109,8 +107,7 @@ TEST_F(LayoutPage, theRecorderLosesItsPlaceInTheStoredOrderAndTheMenuGivesItBack
 
 TEST_F(LayoutPage, missingIdsAreAppendedAndUnknownOnesAndDoublesGo) {
     store("editor,,teapot,editor,qrScan");
-    EXPECT_THAT(page().items(),
-                testing::ElementsAre(editor, qrScan, loFi, keepAwake, screenshot, cleanMode, settings));
+    EXPECT_THAT(page().items(), testing::ElementsAre(editor, qrScan, loFi, keepAwake, screenshot, cleanMode, settings));
 }
 
 TEST_F(LayoutPage, aPlaceThatIsDraggedDownGoesBehindTheOneThatItCameOver) {
@@ -163,8 +160,8 @@ TEST_F(LayoutPage, twoSwitchesAreTheToolsOwn) {
 
 TEST_F(LayoutPage, theOtherSwitchesArePreferencesOfTheMenu) {
     LayoutSettingsModel model = page();
-    for (const auto &[action, key] : {std::pair{screenshot, "layoutShowScreenshot"}, {editor, "layoutShowEditor"},
-                                      {qrScan, "layoutShowQRScan"}}) {
+    for (const auto &[action, key] :
+         {std::pair{screenshot, "layoutShowScreenshot"}, {editor, "layoutShowEditor"}, {qrScan, "layoutShowQRScan"}}) {
         model.setShown(action, false);
         EXPECT_EQ(defaults.get<bool>(QLatin1String(key)), false);
         EXPECT_FALSE(model.isShown(action));

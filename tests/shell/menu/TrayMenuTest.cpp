@@ -1,6 +1,6 @@
 #include "shell/menu/TrayMenu.h"
 
-#include "ShellTest.h"
+#include "shell/ShellTest.h"
 #include "shell/menu/QuickActionsGridView.h"
 #include "shell/menu/StatusMenuView.h"
 

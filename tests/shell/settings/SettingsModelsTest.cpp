@@ -1,6 +1,6 @@
 // What the pages of the settings know and do, without their views.
 
-#include "ShellTest.h"
+#include "shell/ShellTest.h"
 #include "shell/settings/ClearAndDisable.h"
 #include "shell/settings/ClipboardSettingsModel.h"
 #include "shell/settings/FeatureRowModel.h"
@@ -293,10 +293,9 @@ TEST_F(SettingsModels, clearHistoryAsksInItsOwnWords) {
     EXPECT_EQ(database.counts().total, 1);
     desktop.alerts().answerNextWithFirstButton();
     model.clearHistory();
-    EXPECT_EQ(desktop.alerts().shown().back(),
-              (Alert{text("Clear clipboard history?"),
-                     text("This cannot be undone."),
-                     {text("Clear All (keep pinned)"), text("Cancel")}}));
+    EXPECT_EQ(desktop.alerts().shown().back(), (Alert{text("Clear clipboard history?"),
+                                                      text("This cannot be undone."),
+                                                      {text("Clear All (keep pinned)"), text("Cancel")}}));
     EXPECT_EQ(database.counts().total, 0);
 }
 
