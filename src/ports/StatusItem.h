@@ -5,6 +5,8 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
+#include <vector>
 
 namespace tavrine {
 
@@ -17,11 +19,28 @@ struct StatusImage {
     bool isTemplate = false;
 };
 
+/// One line of the menu, for trays that draw menus themselves.
+struct StatusMenuLine {
+    int id = 0; ///< above 0, and the same for the same line; 0 for a line between groups
+    QString label;
+    bool isEnabled = true;
+    std::optional<bool> isOn; ///< of a line that is a switch
+    [[nodiscard]] bool isSeparator() const { return id == 0; }
+    bool operator==(const StatusMenuLine &) const = default;
+};
+
+/// The menu as such a tray needs it: asked for when the tray wants it, so that it costs nothing before.
+struct StatusItemMenu {
+    std::function<std::vector<StatusMenuLine>()> lines;
+    std::function<void(int id)> onChosen;
+};
+
 /// The program's place in the desktop's tray. Lives on the main thread.
 ///
 ///  1. The image may have any width.
 ///  2. The item appears in a tray that starts later, and again in one that was restarted.
-///  3. A desktop without a tray costs nothing and breaks nothing.
+///  3. A tray that draws menus itself shows the one that was set; others tell of the press.
+///  4. A desktop without a tray costs nothing and breaks nothing.
 class StatusItem {
 public:
     virtual ~StatusItem() = default;
@@ -31,6 +50,9 @@ public:
     virtual void setToolTip(const QString &toolTip) = 0;
     /// Called when the person asks for the menu, with the place of the click in global coordinates.
     virtual void setOnPress(std::function<void(QPoint)> onPress) = 0;
+    virtual void setMenu(StatusItemMenu menu) = 0;
+    /// The lines are others now.
+    virtual void menuChanged() = 0;
     /// Called when the item is in a tray for the first time since it was out of one.
     virtual void setOnShown(std::function<void()> onShown) = 0;
 };

@@ -52,6 +52,7 @@ AppDelegate::AppDelegate(const Shell::Parts &parts, QObject *parent)
 
 AppDelegate::~AppDelegate() {
     m_shell.desktop().statusItem().setOnPress({});
+    m_shell.desktop().statusItem().setMenu({.lines = [] { return std::vector<StatusMenuLine>(); }, .onChosen = [](int) {}});
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
@@ -103,6 +104,8 @@ void AppDelegate::setupStatusItem() {
                                          .quitApp = [this] { quitApp(); },
                                      });
     m_shell.desktop().statusItem().setOnPress([this](QPoint place) { trayMenu().press(place); });
+    m_shell.desktop().statusItem().setMenu({.lines = [this] { return trayMenu().lines(); },
+                                            .onChosen = [this](int id) { trayMenu().choose(id); }});
 }
 
 void AppDelegate::subscribeToHistory() {

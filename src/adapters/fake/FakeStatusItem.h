@@ -12,6 +12,8 @@ public:
     void setImage(const StatusImage &image) override;
     void setToolTip(const QString &toolTip) override { m_toolTip = toolTip; }
     void setOnPress(std::function<void(QPoint)> onPress) override { m_onPress = std::move(onPress); }
+    void setMenu(StatusItemMenu menu) override { m_menu = std::move(menu); }
+    void menuChanged() override { ++m_menuChanges; }
     void setOnShown(std::function<void()> onShown) override { m_onShown = std::move(onShown); }
 
     /// Starts or ends the desktop's tray.
@@ -19,6 +21,11 @@ public:
 
     /// The person clicks at `place`. Nothing happens while the item is in no tray.
     void press(QPoint place);
+
+    /// As a tray that draws menus itself.
+    [[nodiscard]] std::vector<StatusMenuLine> menuLines() const { return m_menu.lines(); }
+    void choose(int id) { m_menu.onChosen(id); }
+    [[nodiscard]] int menuChanges() const { return m_menuChanges; }
 
     [[nodiscard]] bool isShown() const { return m_isVisible && m_isTrayRunning; }
     [[nodiscard]] const QString &toolTip() const { return m_toolTip; }
@@ -31,6 +38,8 @@ private:
 
     std::function<void(QPoint)> m_onPress;
     std::function<void()> m_onShown;
+    StatusItemMenu m_menu;
+    int m_menuChanges = 0;
     StatusImage m_image;
     QString m_toolTip;
     int m_imageCount = 0;

@@ -49,6 +49,7 @@ class StatusNotifierAdaptor : public QDBusAbstractAdaptor {
     Q_PROPERTY(int WindowId READ windowId)
     Q_PROPERTY(QString IconThemePath READ empty)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
+    Q_PROPERTY(QDBusObjectPath Menu READ menu)
     Q_PROPERTY(QString IconName READ empty)
     Q_PROPERTY(tavrine::StatusNotifierPixmaps IconPixmap READ iconPixmap)
     Q_PROPERTY(QString OverlayIconName READ empty)
@@ -65,6 +66,7 @@ public:
     StatusNotifierPixmaps pixmaps;
     QString toolTipText;
     bool isActive = false;
+    QDBusObjectPath menuPath{QStringLiteral("/NO_DBUSMENU")}; ///< what stands for none in this protocol
 
     [[nodiscard]] QString category() const { return QStringLiteral("ApplicationStatus"); }
     [[nodiscard]] QString id() const { return ownBundleIdentifier; }
@@ -73,6 +75,7 @@ public:
     [[nodiscard]] int windowId() const { return 0; }
     [[nodiscard]] QString empty() const { return {}; }
     [[nodiscard]] bool itemIsMenu() const { return false; }
+    [[nodiscard]] QDBusObjectPath menu() const { return menuPath; }
     [[nodiscard]] StatusNotifierPixmaps iconPixmap() const { return pixmaps; }
     [[nodiscard]] StatusNotifierPixmaps noPixmap() const { return {}; }
     [[nodiscard]] StatusNotifierToolTip toolTip() const { return {{}, {}, toolTipText, {}}; }

@@ -1,5 +1,6 @@
 #include "adapters/linux/StatusNotifierItem.h"
 
+#include "adapters/linux/DBusMenu.h"
 #include "adapters/linux/PortalAppearance.h"
 #include "adapters/linux/SessionBus.h"
 #include "adapters/linux/StatusNotifierAdaptor.h"
@@ -20,6 +21,7 @@ using namespace std::chrono_literals;
 
 const auto watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const auto watcherPath = QStringLiteral("/StatusNotifierWatcher");
+const auto menuPath = QStringLiteral("/MenuBar"); // as other programs call theirs
 const auto itemPath = QStringLiteral("/StatusNotifierItem"); // where a host looks when it is given a bus name
 
 // A session that takes longer to answer than this starts with the next best tray.
@@ -73,6 +75,7 @@ void StatusNotifierItem::onBusOpen(const QDBusConnection &bus) {
     m_appearance = std::make_unique<PortalAppearance>(bus);
     m_appearance->setOnChange([this] { refreshPixmaps(); });
     m_bus->registerObject(itemPath, this, QDBusConnection::ExportAdaptors);
+    exportMenu();
     m_watcher = std::make_unique<QDBusServiceWatcher>(watcherName, bus, QDBusServiceWatcher::WatchForOwnerChange);
     connect(m_watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString &, const QString &, const QString &newOwner) { onWatcherChanged(newOwner); });
@@ -177,6 +180,22 @@ void StatusNotifierItem::registerItem() {
         if (m_handlers.onShown)
             m_handlers.onShown();
     });
+}
+
+void StatusNotifierItem::setMenu(const StatusItemMenu &menu) {
+    m_menu = std::make_unique<DBusMenu>(menu);
+    m_adaptor->menuPath = QDBusObjectPath(menuPath);
+    exportMenu();
+}
+
+void StatusNotifierItem::exportMenu() {
+    if (m_bus && m_menu)
+        m_menu->exportOn(*m_bus, menuPath);
+}
+
+void StatusNotifierItem::menuChanged() {
+    if (m_menu)
+        m_menu->changed();
 }
 
 void StatusNotifierItem::setImage(const StatusImage &image) {

@@ -12,6 +12,7 @@ class QDBusServiceWatcher;
 
 namespace tavrine {
 
+class DBusMenu;
 class PortalAppearance;
 class StatusNotifierAdaptor;
 
@@ -36,6 +37,8 @@ public:
     void setWanted(bool isWanted) override;
     void setImage(const StatusImage &image) override;
     void setToolTip(const QString &toolTip) override;
+    void setMenu(const StatusItemMenu &menu) override;
+    void menuChanged() override;
 
 private Q_SLOTS:
     void askForHost();
@@ -47,6 +50,7 @@ private:
     void requestName();
     void releaseName();
     void registerItem();
+    void exportMenu();
     void refreshPixmaps();
     void press(QPoint place);
 
@@ -54,6 +58,7 @@ private:
     StatusImage m_image;
     std::optional<QDBusConnection> m_bus;
     StatusNotifierAdaptor *m_adaptor;
+    std::unique_ptr<DBusMenu> m_menu;
     std::unique_ptr<PortalAppearance> m_appearance;
     std::unique_ptr<QDBusServiceWatcher> m_watcher;
     Offer m_offer = Offer::unknown;

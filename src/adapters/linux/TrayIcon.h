@@ -28,6 +28,10 @@ public:
     virtual void setWanted(bool isWanted) = 0;
     virtual void setImage(const StatusImage &image) = 0;
     virtual void setToolTip(const QString &toolTip) = 0;
+
+    /// For trays that draw menus themselves; others have no use for it.
+    virtual void setMenu(const StatusItemMenu & /*menu*/) {}
+    virtual void menuChanged() {}
 };
 
 } // namespace tavrine

@@ -62,6 +62,16 @@ void TrayStatusItem::setImage(const StatusImage &image) {
         before->setImage(image);
 }
 
+void TrayStatusItem::setMenu(StatusItemMenu menu) {
+    for (const auto &tray : m_trays)
+        tray->setMenu(menu);
+}
+
+void TrayStatusItem::menuChanged() {
+    for (const auto &tray : m_trays)
+        tray->menuChanged();
+}
+
 void TrayStatusItem::setToolTip(const QString &toolTip) {
     for (const auto &tray : m_trays)
         tray->setToolTip(toolTip);

@@ -22,6 +22,8 @@ public:
     void setImage(const StatusImage &image) override;
     void setToolTip(const QString &toolTip) override;
     void setOnPress(std::function<void(QPoint)> onPress) override { m_onPress = std::move(onPress); }
+    void setMenu(StatusItemMenu menu) override;
+    void menuChanged() override;
     void setOnShown(std::function<void()> onShown) override { m_onShown = std::move(onShown); }
 
 private:

@@ -1,25 +1,84 @@
 #include "shell/menu/TrayMenu.h"
 
+#include "base/DesktopWords.h"
 #include "shell/Shell.h"
 #include "shell/StatusMenu.h"
 #include "shell/menu/QuickActionsGridView.h"
 #include "shell/menu/StatusMenuView.h"
 #include "shell/tools/Tools.h"
 
+#include <algorithm>
+
 namespace tavrine {
+namespace {
+
+// Lines are known to trays by numbers: one for each tile, and one for each entry.
+constexpr int firstTileId = 1;
+constexpr int firstEntryId = 100;
+
+} // namespace
 
 TrayMenu::TrayMenu(Shell &shell, Tools &tools, StatusMenu &entries, Actions actions, QObject *parent)
     : QObject(parent), m_shell(shell), m_tools(tools), m_entries(entries), m_actions(std::move(actions)),
-      m_model(shell.flags(), shell.defaults(), shell.center(), shell.time(), modelActions()),
-      m_panel(
-          panelPorts(), [this](QuickActionsHeight &height) { return makeView(height); }, m_actions.willOpen) {
+      m_model(shell.flags(), shell.defaults(), shell.center(), shell.time(), modelActions()) {
     connect(&m_model, &QuickActionsModel::changed, this, [this] {
-        if (m_panel.isOpen())
-            m_panel.height().setSoon();
+        if (m_panel.ifMade() && panel().isOpen())
+            panel().height().setSoon();
+        m_shell.desktop().statusItem().menuChanged();
     });
 }
 
 TrayMenu::~TrayMenu() = default;
+
+StatusMenuPanel &TrayMenu::panel() {
+    return m_panel.get([this] {
+        return std::make_unique<StatusMenuPanel>(
+            panelPorts(), [this](QuickActionsHeight &height) { return makeView(height); }, m_actions.willOpen);
+    });
+}
+
+void TrayMenu::cancelTracking() {
+    if (m_panel.ifMade())
+        panel().cancelTracking();
+}
+
+std::vector<StatusMenuLine> TrayMenu::lines() {
+    m_actions.willOpen();
+    std::vector<StatusMenuLine> lines;
+    for (const LayoutRow &row : m_model.rows()) {
+        for (const QuickAction action : row.items) {
+            if (textOf(action).isCard)
+                continue;
+            lines.push_back({.id = firstTileId + static_cast<int>(action),
+                             .label = inDesktopWords(QLatin1String(textOf(action).title)),
+                             .isOn = m_model.isToggle(action) ? std::optional(m_model.isOn(action)) : std::nullopt});
+        }
+    }
+    const auto &entries = m_entries.entries();
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (entries[i].item == StatusMenuItem::separator)
+            lines.emplace_back();
+        else
+            lines.push_back({.id = firstEntryId + static_cast<int>(i),
+                             .label = inDesktopWords(entries[i].title),
+                             .isEnabled = entries[i].isEnabled,
+                             .isOn = {}});
+    }
+    return lines;
+}
+
+void TrayMenu::choose(int id) {
+    m_shell.time().async(this, [this, id] {
+        const auto lines = this->lines();
+        const auto line = std::ranges::find(lines, id, &StatusMenuLine::id);
+        if (id == 0 || line == lines.end() || !line->isEnabled)
+            return; // gone, or switched off, since the tray drew it
+        if (id < firstEntryId)
+            m_model.run(static_cast<QuickAction>(id - firstTileId));
+        else
+            m_entries.entries()[static_cast<std::size_t>(id - firstEntryId)].action();
+    });
+}
 
 StatusMenuPanel::Ports TrayMenu::panelPorts() {
     Desktop &desktop = m_shell.desktop();

@@ -2,6 +2,7 @@
 
 #include "base/MadeOnce.h"
 #include "shell/menu/QuickActionsModel.h"
+#include "ports/StatusItem.h"
 #include "shell/menu/StatusMenuPanel.h"
 
 #include <QPoint>
@@ -28,9 +29,16 @@ public:
     TrayMenu(Shell &shell, Tools &tools, StatusMenu &entries, Actions actions, QObject *parent = nullptr);
     ~TrayMenu() override;
 
-    void press(QPoint place) { m_panel.press(place); }
-    void cancelTracking() { m_panel.cancelTracking(); }
-    [[nodiscard]] StatusMenuPanel &panel() { return m_panel; }
+    void press(QPoint place) { panel().press(place); }
+    void cancelTracking();
+    [[nodiscard]] StatusMenuPanel &panel(); ///< made when it is first asked for
+
+    // For a tray that draws menus itself.
+    /// The tiles, and under them the plain entries.
+    [[nodiscard]] std::vector<StatusMenuLine> lines();
+    /// What a press on the line does, in a later turn.
+    void choose(int id);
+
     [[nodiscard]] QuickActionsModel &quickActions() { return m_model; }
 
 private:
@@ -45,7 +53,7 @@ private:
     StatusMenu &m_entries;
     Actions m_actions;
     QuickActionsModel m_model;
-    StatusMenuPanel m_panel;
+    MadeOnce<StatusMenuPanel> m_panel;
 };
 
 } // namespace tavrine

@@ -241,5 +241,42 @@ TEST_F(TrayMenuTest, theEditorsTilePostsItsNotice) {
     EXPECT_TRUE(isPosted);
 }
 
+// For trays that draw menus themselves.
+
+TEST_F(TrayMenuTest, suchATrayGetsTheTilesAndUnderThemTheEntries) {
+    QStringList labels;
+    for (const StatusMenuLine &line : desktop.statusItem().menuLines())
+        labels.append(line.isSeparator() ? text("-") : line.label);
+    EXPECT_EQ(labels.join(u'|'), text("Screenshot|QR Scan|Open Settings|Tavrine Editor|-|Clipboard Search|Emoji Picker|"
+                                      "Colour Picker|-|Check for Updates…|-|Quit"));
+    EXPECT_EQ(desktop.panelWindows().made(), 0) << "it costs no window";
+}
+
+TEST_F(TrayMenuTest, aChosenLineActsInALaterTurnAndOneThatIsGoneOrOffDoesNot) {
+    int quits = 0;
+    delegate->statusMenu().entry(StatusMenuItem::quit).action = [&] { ++quits; };
+    const auto lines = desktop.statusItem().menuLines();
+    desktop.statusItem().choose(lines.back().id);
+    EXPECT_EQ(quits, 0);
+    time.advance(0s);
+    EXPECT_EQ(quits, 1);
+    delegate->statusMenu().entry(StatusMenuItem::quit).isEnabled = false;
+    for (const int id : {lines.back().id, 0, -1, 99, 100, 100'000}) {
+        desktop.statusItem().choose(id);
+        time.advance(1s);
+    }
+    EXPECT_EQ(quits, 1);
+}
+
+TEST_F(TrayMenuTest, suchATrayHearsOfEachChange) {
+    static_cast<void>(desktop.statusItem().menuLines());
+    const int before = desktop.statusItem().menuChanges();
+    set(Feature::tavrineEditor, false);
+    time.advance(10ms);
+    EXPECT_GT(desktop.statusItem().menuChanges(), before);
+    for (const StatusMenuLine &line : desktop.statusItem().menuLines())
+        EXPECT_NE(line.label, text("Tavrine Editor"));
+}
+
 } // namespace
 } // namespace tavrine
