@@ -80,8 +80,9 @@ constexpr Words openTexts[] = {
     {"Snipper uses ⌘⇧%1", "Snipper uses Super+Shift+%1"},
     {"Screen Record uses ⌘⇧%1", "Screen Record uses Super+Shift+%1"},
     {"%1 already uses ⌥ twice — pick a different shortcut", "%1 already uses Alt twice — pick a different shortcut"},
-    {"Another program uses ⌘⇧%1 — pick a different key", "Another program uses Super+Shift+%1 — pick a different key"},
+    {"Another program uses ⌘⇧%1", "Another program uses Super+Shift+%1"},
     {"Conflicts with %1 — pick a different key", "Conflicts with %1 — pick a different key"},
+    {"%1 — pick a different key", "%1 — pick a different key"},
     {"%1 — can't be saved", "%1 — can't be saved"},
 };
 

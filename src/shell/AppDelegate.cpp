@@ -38,7 +38,7 @@ AppDelegate::AppDelegate(const Shell::Parts &parts, QObject *parent)
       m_display(parts.desktop.statusItem(), parts.defaults),
       m_hotKeys(parts.desktop.hotKeys(), parts.desktop.eventMonitors(), parts.defaults, parts.desktop.time(),
                 hotKeyActions()),
-      m_settingsPages({m_shell, m_tools, m_hotKeys}),
+      m_settingsWindow({m_shell, m_tools, m_hotKeys}),
       m_onboarding(m_shell.largeWindows(), parts.desktop.time(),
                    {.makeWelcomeWindow =
                         [this](std::function<void()> onClose) {
@@ -246,7 +246,7 @@ void AppDelegate::openMainWindow(SidebarItem item) {
     LargeWindows &windows = m_shell.largeWindows();
     windows.becomeRegular();
     if (!windows.window(LargeWindows::Kind::settings))
-        windows.keep(LargeWindows::Kind::settings, m_settingsPages.makeWindow());
+        windows.keep(LargeWindows::Kind::settings, m_settingsWindow.makeWindow());
     windows.activateApplication();
     windows.bringForward(LargeWindows::Kind::settings);
     const char *notice = item == SidebarItem::clipboard ? "navigateToClipboardSettings"

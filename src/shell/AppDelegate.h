@@ -6,7 +6,7 @@
 #include "shell/Shell.h"
 #include "shell/StatusDisplay.h"
 #include "shell/menu/TrayMenu.h"
-#include "shell/settings/SettingsPages.h"
+#include "shell/settings/SettingsWindow.h"
 #include "shell/tools/Tools.h"
 
 #include <QObject>
@@ -85,7 +85,7 @@ private:
     Tools m_tools;
     StatusDisplay m_display;
     HotKeyCenter m_hotKeys;
-    SettingsPages m_settingsPages;
+    SettingsWindow m_settingsWindow;
     OnboardingFlow m_onboarding;
     std::unique_ptr<StatusMenu> m_statusMenu;
     MadeOnce<TrayMenu> m_trayMenu;

@@ -35,6 +35,8 @@ TEST(DesktopWords, whatATextIsComposedOfIsSaidToo) {
     EXPECT_EQ(onGnome("Default is ⌘⇧E"), "Default is Super+Shift+E");
     EXPECT_EQ(onGnome("Conflicts with Emoji Picker uses ⌘⇧E — pick a different key"),
               "Conflicts with Emoji Picker uses Super+Shift+E — pick a different key");
+    EXPECT_EQ(onGnome("Another program uses ⌘⇧K — pick a different key"),
+              "Another program uses Super+Shift+K — pick a different key");
     EXPECT_EQ(onGnome("Screen Record already uses ⌥ twice — pick a different shortcut"),
               "Screen Record already uses Alt twice — pick a different shortcut");
 }

@@ -181,8 +181,8 @@ TEST_F(SnipOnX11, saveAsksInADialogThatHasTheKeyboardAndReturnSaves) {
     click(card, "Save");
     ASSERT_TRUE(eventually([this] { return dialog && dialog->isVisible(); }));
     ASSERT_TRUE(eventually([this] { return keyboard.focusedWindow() == dialog->window()->winId(); }));
-    const QRect screen = QApplication::primaryScreen()->availableGeometry();
-    EXPECT_LE((dialog->window()->geometry().center() - screen.center()).manhattanLength(), 2);
+    const QRect available = QApplication::primaryScreen()->availableGeometry();
+    EXPECT_LE((dialog->window()->geometry().center() - available.center()).manhattanLength(), 2);
     keyboard.tap(testing::key::returnKey);
     const QDir saved(folders.documents + text("/tavrine"));
     ASSERT_TRUE(eventually([&] { return saved.entryList(QDir::Files).size() == 1; }));

@@ -7,6 +7,7 @@
 #include "capture/SnippetPreviewCard.h"
 #include "look/Indicators.h"
 #include "look/Toggle.h"
+#include "look/WrappedText.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -249,8 +250,9 @@ protected:
 };
 
 TEST_F(SettingsPageTest, hasItsTitleAndItsSwitches) {
-    EXPECT_THAT(labelsOf(*view), ElementsAre(text("Snipper & OCR"),
-                                             text("Capture any region of your screen and extract text instantly.")));
+    EXPECT_THAT(labelsOf(*view), ElementsAre(text("Snipper & OCR"), text("Capture")));
+    EXPECT_EQ(view->findChild<look::WrappedText *>()->text(),
+              text("Capture any region of your screen and extract text instantly."));
     EXPECT_FALSE(toggle("Off shutter sound").isChecked());
     EXPECT_EQ(toggle("Off shutter sound").accessibleDescription(), text("Silence the camera sound when capturing"));
     EXPECT_FALSE(toggle("Always save without asking").isChecked());

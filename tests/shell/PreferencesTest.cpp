@@ -8,6 +8,8 @@
 #include "shell/PanelTraits.h"
 #include "shell/ShellPreferences.h"
 #include "shell/Triggers.h"
+#include "shell/menu/LayoutPreferences.h"
+#include "shell/settings/HomeDashboardModel.h"
 #include "upload/CustomUploadManager.h"
 #include "utilities/emoji/EmojiPickerStore.h"
 
@@ -60,6 +62,12 @@ std::vector<std::string> allPreferences() {
                                   row(keepAwakeBgColor),
                                   row(showInternetSpeed),
                                   row(classicFrame),
+                                  row(layoutOrder),
+                                  row(layoutShowScreenshot),
+                                  row(layoutShowEditor),
+                                  row(layoutShowQRScan),
+                                  row(layoutShowSubtitles),
+                                  row(discordBannerDismissed),
                                   row(snipMuteSound),
                                   row(snipUseSaveDefault),
                                   row(snipSaveDirectoryPath),
@@ -90,6 +98,11 @@ TEST(Preferences, areKeptUnderTheKeysAndWithTheFallbacksOfTheTable) {
             // The shell.
             "hasCompletedOnboarding: Bool false", "showInMenuBar: Bool true", "TavrineHistoryFrame: String none",
             "keepAwakeShowBgIndicator: Bool false", "keepAwakeBgColor: String #007AFF", "showInternetSpeed: Bool false",
+            "discordBannerDismissed: Bool false",
+            // The Quick Actions.
+            "layoutOrder: String loFi,keepAwake,screenshot,screenRecord,qrScan,cleanMode,settings,editor",
+            "layoutShowScreenshot: Bool true", "layoutShowEditor: Bool true", "layoutShowQRScan: Bool true",
+            "layoutShowSubtitles: Bool true",
             // The switches of the tools.
             "featureNotchShelf: Bool true", "featureSnippingTool: Bool true", "featureScreenRecorder: Bool true",
             "featureTavrineEditor: Bool true", "featureClipboardHistory: Bool true", "featureNetworkSpeed: Bool true",

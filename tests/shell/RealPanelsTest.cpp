@@ -36,6 +36,7 @@ public:
     }
     Application &application() override { return m_fake.application(); }
     Workspace &workspace() override { return m_fake.workspace(); }
+    ApplicationCatalog &applicationCatalog() override { return m_fake.applicationCatalog(); }
     LoginItem &loginItem() override { return m_fake.loginItem(); }
     Updater &updater() override { return m_fake.updater(); }
     Time &time() override { return m_fake.time(); }
@@ -56,6 +57,7 @@ public:
     Recognizer &recognizer() override { return m_fake.recognizer(); }
     CodeDetector &screenCodeDetector() override { return m_fake.screenCodeDetector(); }
     CodeDetector &pictureCodeDetector() override { return m_fake.pictureCodeDetector(); }
+    ScriptSyntax *scriptSyntax() override { return m_fake.scriptSyntax(); }
     TaskLauncher &taskLauncher() override { return m_fake.taskLauncher(); }
 
 private:

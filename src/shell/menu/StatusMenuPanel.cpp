@@ -4,7 +4,6 @@
 #include "panels/Placement.h"
 #include "ports/ApplicationActivator.h"
 #include "ports/Screens.h"
-#include "shell/PasteBack.h"
 #include "shell/menu/StatusMenuView.h"
 
 #include <algorithm>
@@ -12,8 +11,7 @@
 namespace tavrine {
 namespace {
 
-constexpr double gap = 14;      // from the pointer, which is somewhere on the item, to the menu
-constexpr Seconds settles{0.6}; // until then another program may have the keyboard: see PanelController
+constexpr double gap = 14; // from the pointer, which is somewhere on the item, to the menu
 
 std::optional<Screen> screenAt(const Screens &screens, QPointF place) {
     const QList<Screen> all = screens.screens();
@@ -31,12 +29,10 @@ StatusMenuPanel::StatusMenuPanel(const Ports &ports, MakeContent makeContent, st
       m_panel(
           {ports.windows, ports.screens, ports.time},
           {.description = {.title = QStringLiteral("Tavrine Menu"), .contentSize = {}, .level = windowLevel::popUpMenu},
-           .placement = [this](const Screens &screens, QSizeF) { return frameAt(screens); }}) {
+           .placement = [this](const Screens &screens, QSizeF) { return frameAt(screens); }}),
+      m_departure({ports.workspace, ports.windows, ports.time}) {
     m_panel.setOnClosed([this] { cancelTracking(); });
-    connect(&m_ports.pasteBack, &PasteBack::leftForAnother, this, [this] {
-        if (m_ports.time.systemUptime() - m_openedAt > settles)
-            cancelTracking();
-    });
+    connect(&m_departure, &Departure::left, this, &StatusMenuPanel::cancelTracking);
 }
 
 StatusMenuPanel::~StatusMenuPanel() = default;
@@ -71,8 +67,8 @@ void StatusMenuPanel::open() {
     m_view->refresh();
     m_height.setNow();
     m_ports.activator.activateIgnoringOtherApps();
-    m_openedAt = m_ports.time.systemUptime();
     m_panel.show();
+    m_departure.panelShown();
     m_view->setFocus();
     const quint32 presses = eventMask::leftMouseDown | eventMask::rightMouseDown;
     m_clicks = m_ports.monitors.addGlobalMonitor(presses, [this](const InputEvent &) { clickedElsewhere(); });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "panels/Departure.h"
 #include "panels/FloatingPanel.h"
 #include "ports/EventMonitors.h"
 #include "shell/menu/QuickActionsHeight.h"
@@ -13,7 +14,6 @@
 namespace tavrine {
 
 class ApplicationActivator;
-class PasteBack;
 class StatusMenuView;
 
 /// The menu's window: where it stands beside the tray item, and when it goes. Main thread; owned by AppDelegate.
@@ -34,7 +34,7 @@ public:
         Screens &screens;
         EventMonitors &monitors;
         ApplicationActivator &activator;
-        PasteBack &pasteBack;
+        Workspace &workspace;
         Time &time;
     };
     /// Makes what stands in it; the panel takes it over.
@@ -66,10 +66,10 @@ private:
     std::function<void()> m_willOpen;
     QuickActionsHeight m_height;
     FloatingPanel m_panel;
+    Departure m_departure;
     StatusMenuView *m_view = nullptr;
     QPointF m_place;
     Seconds m_closedAt{-1};
-    Seconds m_openedAt{0};
     std::unique_ptr<EventMonitor> m_clicks;
     std::unique_ptr<EventMonitor> m_ownClicks;
 };

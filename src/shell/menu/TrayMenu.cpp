@@ -83,7 +83,7 @@ void TrayMenu::choose(int id) {
 StatusMenuPanel::Ports TrayMenu::panelPorts() {
     Desktop &desktop = m_shell.desktop();
     return {m_shell.panelWindows(),         desktop.screens(),   desktop.eventMonitors(),
-            desktop.applicationActivator(), m_shell.pasteBack(), m_shell.time()};
+            desktop.applicationActivator(), desktop.workspace(), m_shell.time()};
 }
 
 QuickActionsModel::Actions TrayMenu::modelActions() {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/MadeOnce.h"
-#include "shell/menu/QuickActionsModel.h"
 #include "ports/StatusItem.h"
+#include "shell/menu/QuickActionsModel.h"
 #include "shell/menu/StatusMenuPanel.h"
 
 #include <QPoint>

@@ -1,13 +1,13 @@
 #include "shell/settings/ClipboardSettingsView.h"
 
 #include "look/Button.h"
+#include "look/FactRow.h"
+#include "look/FolderRow.h"
 #include "look/Indicators.h"
+#include "look/OutcomeView.h"
 #include "look/SegmentedControl.h"
 #include "look/Toggle.h"
 #include "shell/settings/ExcludedAppsView.h"
-#include "look/FactRow.h"
-#include "look/FolderRow.h"
-#include "look/OutcomeView.h"
 #include "shell/settings/StatisticsView.h"
 
 namespace tavrine {
@@ -41,14 +41,14 @@ void ClipboardSettingsView::addPanel(const Parts &parts, std::unique_ptr<Shortcu
     });
     connect(&m_model, &ClipboardSettingsModel::changed, choice, refresh);
     refresh();
-    addSection(QStringLiteral("Shortcut"),
-               new ShortcutEditorView(
-                   std::move(editor),
-                   {.typeNote = QStringLiteral("Choose how you want to open the clipboard"),
-                    .keyTitle = QStringLiteral("Key"),
-                    .keyNote = {},
-                    .doubleTapNote = QStringLiteral("Tap Option twice quickly to open the clipboard")},
-                   parts.urlOpener));
+    addSection(
+        QStringLiteral("Shortcut"),
+        new ShortcutEditorView(std::move(editor),
+                               {.typeNote = QStringLiteral("Choose how you want to open the clipboard"),
+                                .keyTitle = QStringLiteral("Key"),
+                                .keyNote = {},
+                                .doubleTapNote = QStringLiteral("Tap Option twice quickly to open the clipboard")},
+                               parts.urlOpener));
 }
 
 void ClipboardSettingsView::addHistory() {
@@ -60,16 +60,16 @@ void ClipboardSettingsView::addHistory() {
                               QStringLiteral("Text-based clipboard items have no count limit")));
     card->add(new SettingsRow(QStringLiteral("photo"), QStringLiteral("Image Retention"),
                               QStringLiteral("7 Days (max 50 images)")));
-    card->add(new FactRow(QStringLiteral("tray.fill"), QStringLiteral("Storage Location"),
-                          QStringLiteral("Clipboard history is stored on disk, not in memory, allowing long-term search "
-                                         "without increasing RAM usage.")));
+    card->add(
+        new FactRow(QStringLiteral("tray.fill"), QStringLiteral("Storage Location"),
+                    QStringLiteral("Clipboard history is stored on disk, not in memory, allowing long-term search "
+                                   "without increasing RAM usage.")));
 }
 
 void ClipboardSettingsView::addBehaviour() {
     Card *card = addSection(QStringLiteral("Behaviour"));
-    const auto [stripRow, strip] =
-        makeToggleRow(QStringLiteral("textformat"), QStringLiteral("Strip Formatting"),
-                      QStringLiteral("Keep only the plain text of what you copy"));
+    const auto [stripRow, strip] = makeToggleRow(QStringLiteral("textformat"), QStringLiteral("Strip Formatting"),
+                                                 QStringLiteral("Keep only the plain text of what you copy"));
     const auto [restartRow, restart] =
         makeToggleRow(QStringLiteral("arrow.counterclockwise"), QStringLiteral("Clear on Mac Restart"),
                       QStringLiteral("Wipe history when your Mac reboots"));

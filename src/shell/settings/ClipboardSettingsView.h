@@ -1,7 +1,7 @@
 #pragma once
 
-#include "shell/settings/ClipboardSettingsModel.h"
 #include "look/SettingsPage.h"
+#include "shell/settings/ClipboardSettingsModel.h"
 #include "shell/settings/TriggerSettingsView.h"
 
 namespace tavrine {

@@ -16,8 +16,8 @@ FeatureRowView::FeatureRowView(Feature feature, FeatureFlags &flags, Time &time,
     : SettingsRow(QLatin1String(textOf(feature).icon), QLatin1String(textOf(feature).title),
                   QLatin1String(textOf(feature).description), parent),
       m_model(feature, flags, time), m_end(new QWidget), m_spinner(new Spinner),
-      m_starting(new Label(QString::fromUtf8(FeatureRowModel::startingText), TextRole::caption,
-                           Label::Tone::secondary)),
+      m_starting(
+          new Label(QString::fromUtf8(FeatureRowModel::startingText), TextRole::caption, Label::Tone::secondary)),
       m_toggle(new Toggle) {
     auto *row = new QHBoxLayout(m_end);
     row->setContentsMargins(0, 0, 0, 0);
@@ -57,7 +57,7 @@ void FeatureRowView::mouseReleaseEvent(QMouseEvent *event) {
 FeaturesSettingsView::FeaturesSettingsView(FeatureFlags &flags, Time &time,
                                            const std::function<void()> &clearAndDisable)
     : SettingsPage(QStringLiteral("Features"),
-               QStringLiteral("Enable only what you use. Disabled features stop consuming memory.")) {
+                   QStringLiteral("Enable only what you use. Disabled features stop consuming memory.")) {
     Card *card = addSection();
     for (const FeatureText &text : featureTexts) {
         auto *row = new FeatureRowView(text.feature, flags, time);

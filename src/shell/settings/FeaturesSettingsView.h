@@ -1,8 +1,8 @@
 #pragma once
 
+#include "look/SettingsPage.h"
 #include "look/Tile.h"
 #include "shell/settings/FeatureRowModel.h"
-#include "look/SettingsPage.h"
 
 namespace tavrine {
 

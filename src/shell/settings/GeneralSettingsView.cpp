@@ -10,9 +10,8 @@ using namespace look;
 GeneralSettingsView::GeneralSettingsView(const GeneralSettingsModel::Ports &ports)
     : SettingsPage(QStringLiteral("General"), {}), m_model(ports) {
     Card *card = addSection();
-    const auto [loginRow, login] =
-        makeToggleRow(QStringLiteral("power"), QStringLiteral("Launch at Login"),
-                      QStringLiteral("Start Tavrine automatically when you log in"));
+    const auto [loginRow, login] = makeToggleRow(QStringLiteral("power"), QStringLiteral("Launch at Login"),
+                                                 QStringLiteral("Start Tavrine automatically when you log in"));
     const auto [itemRow, item] =
         makeToggleRow(QStringLiteral("menubar.arrow.up.rectangle"), QStringLiteral("Show in Menu Bar"),
                       QStringLiteral("Hide or show the Tavrine menu bar icon"));

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "shell/settings/GeneralSettingsModel.h"
 #include "look/SettingsPage.h"
+#include "shell/settings/GeneralSettingsModel.h"
 
 namespace tavrine {
 

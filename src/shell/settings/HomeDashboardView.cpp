@@ -25,8 +25,7 @@ constexpr int noteHeight = 34;
 /// One release note: its tag and its words.
 class NoteRow final : public QWidget {
 public:
-    explicit NoteRow(const ReleaseNote &note)
-        : m_tag(QLatin1String(note.tag)), m_text(QLatin1String(note.text)) {
+    explicit NoteRow(const ReleaseNote &note) : m_tag(QLatin1String(note.tag)), m_text(QLatin1String(note.text)) {
         setFixedHeight(noteHeight);
         setAccessibleName(m_tag + QStringLiteral(": ") + m_text);
     }
@@ -87,7 +86,8 @@ void HomeDashboardView::addPermissions() {
     inner->addWidget(card);
     std::vector<SettingsRow *> rows;
     for (const HomeDashboardModel::PermissionRow &each : HomeDashboardModel::permissionRows) {
-        auto *row = new SettingsRow(QLatin1String(each.symbol), QLatin1String(each.title), QLatin1String(each.subtitle));
+        auto *row =
+            new SettingsRow(QLatin1String(each.symbol), QLatin1String(each.title), QLatin1String(each.subtitle));
         auto *button = new Button(QStringLiteral("Allow"), ButtonStyle::prominent);
         button->setButtonSize(ButtonSize::small);
         button->setAccessibleDescription(QLatin1String(each.title));

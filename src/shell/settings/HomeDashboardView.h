@@ -1,7 +1,7 @@
 #pragma once
 
-#include "shell/settings/HomeDashboardModel.h"
 #include "look/SettingsPage.h"
+#include "shell/settings/HomeDashboardModel.h"
 
 namespace tavrine {
 

@@ -80,8 +80,8 @@ void MemoryCleaningOverlay::paintBadge(QPainter &painter, const QPointF &centre)
         const double radians = angle * std::numbers::pi / 180;
         const double way = flight * m_burst;
         const QPointF place = centre + QPointF(std::cos(radians), std::sin(radians)) * way;
-        fillRounded(painter, QRectF(place - QPointF(particleSide / 2, particleSide / 2),
-                                    QSizeF(particleSide, particleSide)),
+        fillRounded(painter,
+                    QRectF(place - QPointF(particleSide / 2, particleSide / 2), QSizeF(particleSide, particleSide)),
                     particleSide / 2, theme.success);
     }
     const double side = badgeSide * std::clamp(m_burst, 0.0, 1.1);

@@ -16,8 +16,7 @@ void PrivacySettingsModel::clearAll() {
     const QPointer self(this);
     const bool isWanted = m_ports.alerts.runModal(
         {.message = QStringLiteral("Clear All Data?"),
-         .information =
-             QStringLiteral("This permanently deletes your clipboard history and cannot be undone."),
+         .information = QStringLiteral("This permanently deletes your clipboard history and cannot be undone."),
          .buttons = {QStringLiteral("Clear All Data"), QStringLiteral("Cancel")}});
     if (!isWanted || !self)
         return;

@@ -1,18 +1,17 @@
 #include "shell/settings/PrivacySettingsView.h"
 
 #include "look/Button.h"
-#include "look/Indicators.h"
-#include "look/Tile.h"
 #include "look/FactRow.h"
+#include "look/Indicators.h"
 #include "look/OutcomeView.h"
+#include "look/Tile.h"
 
 namespace tavrine {
 
 using namespace look;
 
 PrivacySettingsView::PrivacySettingsView(const PrivacySettingsModel::Ports &ports)
-    : SettingsPage(QStringLiteral("Privacy"),
-               QStringLiteral("Your data stays on your Mac. Nothing is ever uploaded.")),
+    : SettingsPage(QStringLiteral("Privacy"), QStringLiteral("Your data stays on your Mac. Nothing is ever uploaded.")),
       m_model(ports) {
     Card *promise = addSection();
     promise->add(new FactRow(QStringLiteral("lock.shield.fill"), QStringLiteral("All data is stored locally"),

@@ -3,11 +3,11 @@
 #include "look/Button.h"
 #include "look/Indicators.h"
 #include "look/Metrics.h"
+#include "look/OutcomeView.h"
 #include "look/SegmentedControl.h"
 #include "look/WrappedText.h"
 #include "ports/UrlOpener.h"
 #include "shell/settings/KeyFieldView.h"
-#include "look/OutcomeView.h"
 
 #include <QHBoxLayout>
 

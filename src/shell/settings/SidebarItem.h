@@ -62,10 +62,9 @@ struct SidebarGroup {
 
 inline constexpr SidebarItem sidebarFirstGroup[] = {SidebarItem::home, SidebarItem::general, SidebarItem::features,
                                                     SidebarItem::layout};
-inline constexpr SidebarItem sidebarToolsGroup[] = {SidebarItem::snipper,      SidebarItem::cloudUpload,
-                                                    SidebarItem::screenRecord, SidebarItem::clipboard,
-                                                    SidebarItem::emoji,        SidebarItem::network,
-                                                    SidebarItem::keepAwake,    SidebarItem::lofi};
+inline constexpr SidebarItem sidebarToolsGroup[] = {
+    SidebarItem::snipper, SidebarItem::cloudUpload, SidebarItem::screenRecord, SidebarItem::clipboard,
+    SidebarItem::emoji,   SidebarItem::network,     SidebarItem::keepAwake,    SidebarItem::lofi};
 inline constexpr SidebarItem sidebarMoreGroup[] = {SidebarItem::privacy, SidebarItem::about};
 
 inline constexpr std::array<SidebarGroup, 3> sidebarGroups{

@@ -25,10 +25,11 @@ SettingsRow *makeFlagRow(Feature feature, const QString &title, const QString &n
         if (flags.isOn(feature) != isOn)
             flags.set(feature, isOn);
     });
-    QObject::connect(&flags, &FeatureFlags::published, toggle, [toggle = toggle, feature](Feature published, bool isOn) {
-        if (published == feature)
-            toggle->setChecked(isOn);
-    });
+    QObject::connect(&flags, &FeatureFlags::published, toggle,
+                     [toggle = toggle, feature](Feature published, bool isOn) {
+                         if (published == feature)
+                             toggle->setChecked(isOn);
+                     });
     return row;
 }
 

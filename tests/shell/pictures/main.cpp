@@ -2,16 +2,19 @@
 // picker takes from a key to its repaint: views_pictures FOLDER EMOJI_TABLE.
 #include "adapters/fake/FakeAccess.h"
 #include "adapters/fake/FakeAppearance.h"
+#include "adapters/fake/FakeDesktop.h"
 #include "adapters/fake/FakeUrlOpener.h"
 #include "adapters/fake/VirtualTime.h"
 #include "base/NotificationCenter.h"
 #include "base/UserDefaults.h"
-#include "clipboard/ClipboardExperienceSettings.h"
+#include "clipboard/ClipboardDatabase.h"
 #include "look/Look.h"
 #include "look/SearchField.h"
 #include "panels/ToastView.h"
+#include "shell/AppDelegate.h"
 #include "shell/OnboardingView.h"
-#include "shell/StatusMenu.h"
+#include "shell/menu/StatusMenuView.h"
+#include "shell/settings/MainAppView.h"
 #include "utilities/emoji/EmojiPickerView.h"
 
 #include <QApplication>
@@ -57,17 +60,42 @@ void measure(EmojiPickerView &view) {
 
 } // namespace
 
-/// The menu of the tray item.
-void saveMenu(UserDefaults &defaults, const QString &path, const QColor &ground) {
-    const FeatureFlags flags(defaults);
-    const ClipboardExperienceSettings experience(defaults);
-    const auto nothing = [] {};
-    StatusMenu menu(defaults, flags, experience, {nothing, nothing, nothing, nothing});
-    menu.popUp({40, 40});
-    QCoreApplication::processEvents();
-    if (QWidget *shown = QApplication::activePopupWidget())
-        save(*shown, path, ground);
-    menu.cancelTracking();
+/// The menu of the tray item, and every page of the settings, of a program on a desktop of fakes.
+void saveMenuAndSettings(const QString &folder, const QString &suffix, const QColor &ground) {
+    QTemporaryDir home;
+    FakeDesktop desktop{{.applicationSupport = home.filePath(QStringLiteral("data")),
+                         .home = home.path(),
+                         .documents = home.filePath(QStringLiteral("Documents")),
+                         .temporary = home.filePath(QStringLiteral("tmp"))}};
+    NotificationCenter center;
+    UserDefaults defaults(home.filePath(QStringLiteral("d.plist")), desktop.time(), center);
+    defaults.set(QStringLiteral("hasCompletedOnboarding"), true);
+    ClipboardDatabase database(home.filePath(QStringLiteral("data/clipboard.db")));
+    AppDelegate delegate(Shell::Parts{desktop, defaults, center, database});
+    delegate.applicationDidFinishLaunching();
+    const auto settle = [&desktop] {
+        desktop.time().advance(std::chrono::seconds(3));
+        QCoreApplication::processEvents();
+    };
+    desktop.statusItem().press({1300, 12});
+    for (QWidget *widget : QApplication::allWidgets()) {
+        if (auto *menu = qobject_cast<StatusMenuView *>(widget)) {
+            menu->resize(menu->sizeHint());
+            menu->show();
+            settle();
+            save(*menu, folder + QStringLiteral("/menu") + suffix, ground);
+        }
+    }
+    delegate.openSettings();
+    auto *window = static_cast<MainAppView *>(delegate.shell().largeWindows().window(LargeWindows::Kind::settings));
+    for (const SidebarItemText &page : sidebarItemTexts) {
+        window->setSelection(page.item);
+        settle();
+        save(*window,
+             folder + QStringLiteral("/settings-") + QString::fromLatin1(page.text).toLower().replace(u' ', u'-') +
+                 suffix,
+             ground);
+    }
 }
 
 int main(int argc, char **argv) {
@@ -112,7 +140,7 @@ int main(int argc, char **argv) {
         }
         measure(picker);
 
-        saveMenu(defaults, folder + QStringLiteral("/menu") + suffix, ground);
+        saveMenuAndSettings(folder, suffix, ground);
 
         for (const char *words : {"Copied to clipboard", "Enable Accessibility to insert automatically"}) {
             ToastView toast(QLatin1String(words), QStringLiteral("checkmark.circle.fill"));

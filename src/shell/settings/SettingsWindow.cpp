@@ -1,4 +1,4 @@
-#include "shell/settings/SettingsPages.h"
+#include "shell/settings/SettingsWindow.h"
 
 #include "capture/SnipperSettingsModel.h"
 #include "capture/SnipperSettingsView.h"
@@ -35,7 +35,7 @@ QString appVersion() {
 
 } // namespace
 
-std::unique_ptr<QWidget> SettingsPages::makeWindow() {
+std::unique_ptr<QWidget> SettingsWindow::makeWindow() {
     Shell &shell = m_parts.shell;
     Desktop &desktop = shell.desktop();
     auto flow = std::make_unique<ClearAndDisable>(
@@ -50,7 +50,7 @@ std::unique_ptr<QWidget> SettingsPages::makeWindow() {
     return window;
 }
 
-std::unique_ptr<QWidget> SettingsPages::make(SidebarItem item, ClearAndDisable &clearAndDisable) {
+std::unique_ptr<QWidget> SettingsWindow::make(SidebarItem item, ClearAndDisable &clearAndDisable) {
     Shell &shell = m_parts.shell;
     Desktop &desktop = shell.desktop();
     const QString &resources = desktop.folders().resources;
@@ -92,7 +92,7 @@ std::unique_ptr<QWidget> SettingsPages::make(SidebarItem item, ClearAndDisable &
     return std::make_unique<look::EmptyState>(QLatin1String(textOf(item).symbol), QLatin1String(textOf(item).text));
 }
 
-std::unique_ptr<ShortcutEditor> SettingsPages::makeEditor(Trigger trigger) {
+std::unique_ptr<ShortcutEditor> SettingsWindow::makeEditor(Trigger trigger) {
     Shell &shell = m_parts.shell;
     return std::make_unique<ShortcutEditor>(
         trigger, shell.defaults(), shell.time(),
@@ -103,7 +103,7 @@ std::unique_ptr<ShortcutEditor> SettingsPages::makeEditor(Trigger trigger) {
             .isTakenElsewhere = [this](Trigger asked) { return m_parts.hotKeys.isTakenElsewhere(asked); }});
 }
 
-std::unique_ptr<QWidget> SettingsPages::makeClipboard() {
+std::unique_ptr<QWidget> SettingsWindow::makeClipboard() {
     Shell &shell = m_parts.shell;
     Desktop &desktop = shell.desktop();
     const ClipboardSettingsModel::Ports ports{shell.clipboardManager(),
@@ -119,7 +119,7 @@ std::unique_ptr<QWidget> SettingsPages::makeClipboard() {
         ClipboardSettingsView::Parts{ports, shell.flags(), desktop.urlOpener()}, makeEditor(Trigger::clipboard));
 }
 
-std::unique_ptr<QWidget> SettingsPages::makeSnipper() {
+std::unique_ptr<QWidget> SettingsWindow::makeSnipper() {
     Shell &shell = m_parts.shell;
     Desktop &desktop = shell.desktop();
     auto model = std::make_unique<SnipperSettingsModel>(
@@ -133,15 +133,14 @@ std::unique_ptr<QWidget> SettingsPages::makeSnipper() {
                                                  desktop.urlOpener()));
 }
 
-std::unique_ptr<QWidget> SettingsPages::makeCloudUpload() {
+std::unique_ptr<QWidget> SettingsWindow::makeCloudUpload() {
     Shell &shell = m_parts.shell;
     Desktop &desktop = shell.desktop();
     Uploads &uploads = shell.uploads();
     return std::make_unique<CloudUploadSettingsView>(
         CloudUploadSettingsModel::Ports{uploads.manager(), shell.time(), desktop.urlOpener(),
                                         [&desktop] { return desktop.scriptSyntax(); }, uploads.runner(),
-                                        [&uploads] { return uploads.uploadFileName(); },
-                                        desktop.folders().resources},
+                                        [&uploads] { return uploads.uploadFileName(); }, desktop.folders().resources},
         CloudUploadSettingsModel::Texts{defaultUploadScript(), imgBBUploadScript()});
 }
 

@@ -17,7 +17,7 @@ class Tools;
 
 /// The one place where the pages of the settings are made: each over the manager that owns what it shows. AppDelegate
 /// owns it; main thread.
-class SettingsPages {
+class SettingsWindow {
 public:
     /// All outlive it, and the windows that it makes.
     struct Parts {
@@ -25,7 +25,7 @@ public:
         Tools &tools;
         HotKeyCenter &hotKeys;
     };
-    explicit SettingsPages(const Parts &parts) : m_parts(parts) {}
+    explicit SettingsWindow(const Parts &parts) : m_parts(parts) {}
 
     /// The window with its first page, not shown yet.
     [[nodiscard]] std::unique_ptr<QWidget> makeWindow();
