@@ -43,6 +43,11 @@ void SystemCalls::sayUnknown(std::initializer_list<int> calls) {
         rule(SCMP_ACT_ERRNO(ENOSYS), call);
 }
 
+void SystemCalls::sayMissing(std::initializer_list<const char *> calls) {
+    for (const char *call : calls)
+        rule(SCMP_ACT_ERRNO(ENOENT), seccomp_syscall_resolve_name(call));
+}
+
 void SystemCalls::allowComputing() {
     allow({"read",
            "write",

@@ -27,6 +27,8 @@ public:
     void allow(int call, std::vector<scmp_arg_cmp> conditions);
     /// For newer forms of a call whose arguments a filter cannot see: the C library then uses the older one.
     void sayUnknown(std::initializer_list<int> calls);
+    /// For calls that name a file: there is none, which libraries expect, unlike a refusal. Of no name that is allowed.
+    void sayMissing(std::initializer_list<const char *> calls);
 
     /// What every program needs to go on with what it has open: to read and write it, to take and give back memory that
     /// is not executable, to wait, to know the time, to catch its signals and to end.

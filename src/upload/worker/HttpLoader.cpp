@@ -1,5 +1,7 @@
 #include "upload/worker/HttpLoader.h"
 
+#include "walls/NetworkWalls.h"
+
 #include <cstdlib>
 
 #include <dlfcn.h>
@@ -18,13 +20,7 @@ HttpLoader::HttpLoader() {
 }
 
 std::vector<std::string> HttpLoader::places() const {
-    std::vector<std::string> places{"/etc", "/usr", "/lib", "/lib64", "/var/lib/ca-certificates"};
-    // Who looks names up for this machine keeps their file elsewhere, mostly below /run. The rest of that folder is
-    // none of our business: the session's sockets are there, and the keys to the screen.
-    for (const char *linked : {"/etc/resolv.conf", "/etc/hosts", "/etc/nsswitch.conf"}) {
-        if (const std::unique_ptr<char, decltype(&std::free)> path{realpath(linked, nullptr), &std::free})
-            places.emplace_back(path.get());
-    }
+    std::vector<std::string> places = placesOfNetwork();
     places.insert(places.end(), m_folders.begin(), m_folders.end());
     return places;
 }
