@@ -192,6 +192,14 @@ int WholeFileWriter::write(std::string_view piece) {
     return m_error;
 }
 
+int WholeFileWriter::descriptor() const {
+    return m_error == 0 ? m_unfinished->file() : -1;
+}
+
+void WholeFileWriter::fail(int error) {
+    m_error = error;
+}
+
 int WholeFileWriter::commit() {
     if (m_error == 0 && m_options.isDurable && ::fsync(m_unfinished->file()) != 0)
         m_error = errno;

@@ -41,6 +41,11 @@ public:
     int write(std::string_view piece);
     int commit();
 
+    /// For another that writes into the file: it stays the writer's. -1 after a failure.
+    [[nodiscard]] int descriptor() const;
+    /// Has the commit fail with `error`, one of errno's numbers, for what that other met.
+    void fail(int error);
+
 private:
     class Unfinished;
 
