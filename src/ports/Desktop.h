@@ -13,8 +13,11 @@ class Appearance;
 class Application;
 class ApplicationCatalog;
 class ApplicationActivator;
+class AudioDevices;
+class AudioPlayers;
 class CodeDetector;
 class ColorSamplers;
+class Downloads;
 class EventMonitors;
 class EventPoster;
 class FilePanels;
@@ -88,6 +91,9 @@ public:
     [[nodiscard]] virtual CodeDetector &screenCodeDetector() = 0;  ///< for what is found on the screen
     [[nodiscard]] virtual CodeDetector &pictureCodeDetector() = 0; ///< for the editor
     [[nodiscard]] virtual ScriptSyntax *scriptSyntax() = 0; ///< null where there is no engine
+    [[nodiscard]] virtual AudioPlayers &audioPlayers() = 0;
+    [[nodiscard]] virtual AudioDevices &audioDevices() = 0;
+    [[nodiscard]] virtual Downloads &downloads() = 0;
     [[nodiscard]] virtual TaskLauncher &taskLauncher() = 0;
 };
 

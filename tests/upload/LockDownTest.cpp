@@ -185,5 +185,26 @@ TEST_F(LockDown, thePersonsFilesAreOutOfTheNetworkProcessesReachWhereTheKernelCa
         EXPECT_EQ(attempt("network", thing), expected) << thing;
 }
 
+TEST_F(LockDown, thePlayerHasTheSoundServersSocketAndMemoryToShareWithIt) {
+    for (const char *thing : {"local-socket", "socket-pair", "memory-file", "thread", "map-some-memory", "read-limit"})
+        EXPECT_EQ(attempt("player", thing), QStringLiteral("done")) << thing;
+}
+
+TEST_F(LockDown, thePlayerFindsNoFile) {
+    expectAll("player", "No such file or directory",
+              {"read", "read-proc", "read-run", "read-private", "write", "write-both", "create"});
+    expectAll("player", "EPERM",
+              {"create-old", "open-newer", "remove", "rename", "truncate", "change-mode", "change-owner", "change-time",
+               "make-folder", "link", "mount", "read-attribute", "remove-attribute"});
+}
+
+TEST_F(LockDown, thePlayerHasNothingElse) {
+    expectAll("player", "EPERM",
+              {"socket", "execute", "fork", "clone", "trace", "read-process", "namespace", "signal", "signal-by-file",
+               "pidfd", "lower-limit", "read-limit-of-another", "lower-limit-of-another", "undo-privileges", "map-code",
+               "make-code", "measure", "call-that-nobody-knows"});
+    expectAll("player", "Cannot allocate memory", {"map-memory"});
+}
+
 } // namespace
 } // namespace tavrine

@@ -1,6 +1,7 @@
-// Does one forbidden thing natively, from inside the locks, and prints what came of it: locked-program script|network
-// THING. Prints "done" or the name of the error.
+// Does one forbidden thing natively, from inside the locks, and prints what came of it: locked-program
+// script|network|player THING. Prints "done" or the name of the error.
 
+#include "programs/player/Walls.h"
 #include "upload/worker/HttpLoader.h"
 #include "upload/worker/LockDown.h"
 #include "upload/worker/ScriptWorld.h"
@@ -193,10 +194,12 @@ int main(int argc, char **argv) {
     std::optional<tavrine::ScriptWorld> world;
     const bool isScript = std::strcmp(argv[1], "script") == 0;
     const bool isNetwork = std::strcmp(argv[1], "network") == 0;
+    const bool isPlayer = std::strcmp(argv[1], "player") == 0;
     if (isScript)
         world.emplace(tavrine::ScriptWorld::Outside{});
     if (const auto error = isScript    ? tavrine::lockScriptProcess()
                            : isNetwork ? tavrine::lockNetworkProcess(tavrine::HttpLoader().places())
+                           : isPlayer  ? tavrine::lockPlayer()
                                        : std::nullopt) {
         std::printf("not locked: %s", error->c_str());
         return 1;

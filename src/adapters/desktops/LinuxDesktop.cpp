@@ -4,10 +4,12 @@
 #include "adapters/linux/DesktopEntries.h"
 #include "adapters/linux/DesktopLooks.h"
 #include "adapters/linux/DesktopUrlOpener.h"
+#include "adapters/linux/DownloaderProcess.h"
 #include "adapters/linux/GtkSettingsFiles.h"
 #include "adapters/linux/LateAccessibility.h"
 #include "adapters/linux/NoFeedUpdater.h"
 #include "adapters/linux/NoMovieAsset.h"
+#include "adapters/linux/PlayerProcess.h"
 #include "adapters/linux/PluginKeychain.h"
 #include "adapters/linux/PluginLoader.h"
 #include "adapters/linux/PosixTaskLauncher.h"
@@ -131,6 +133,22 @@ CodeDetector &LinuxDesktop::pictureCodeDetector() {
 ScriptSyntax *LinuxDesktop::scriptSyntax() {
     return m_scriptSyntax.get([] { return std::make_unique<PluginLoader<ScriptSyntax>>(QStringLiteral("script_syntax")); })
         .port();
+}
+
+PlayerProcesses &LinuxDesktop::players() {
+    return m_players.get([this] { return std::make_unique<PlayerProcesses>(folders().programs); });
+}
+
+AudioPlayers &LinuxDesktop::audioPlayers() {
+    return players();
+}
+
+AudioDevices &LinuxDesktop::audioDevices() {
+    return players();
+}
+
+Downloads &LinuxDesktop::downloads() {
+    return m_downloads.get([this] { return std::make_unique<DownloaderProcesses>(folders().programs); });
 }
 
 TaskLauncher &LinuxDesktop::taskLauncher() {

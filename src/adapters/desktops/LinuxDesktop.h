@@ -12,6 +12,7 @@ namespace tavrine {
 
 class DBusSingleInstance;
 class LateAccessibility;
+class PlayerProcesses;
 template <class Port>
 class PluginLoader;
 
@@ -38,6 +39,9 @@ public:
     [[nodiscard]] CodeDetector &screenCodeDetector() final;
     [[nodiscard]] CodeDetector &pictureCodeDetector() final;
     [[nodiscard]] ScriptSyntax *scriptSyntax() final;
+    [[nodiscard]] AudioPlayers &audioPlayers() final;
+    [[nodiscard]] AudioDevices &audioDevices() final;
+    [[nodiscard]] Downloads &downloads() final;
     [[nodiscard]] TaskLauncher &taskLauncher() final;
 
 protected:
@@ -50,6 +54,8 @@ protected:
     [[nodiscard]] virtual std::vector<std::unique_ptr<Appearance>> toolkitSettings();
 
 private:
+    [[nodiscard]] PlayerProcesses &players();
+
     const QByteArray m_startupId; ///< of this start
     std::optional<Folders> m_folders;
     MadeOnce<DBusSingleInstance> m_instance;
@@ -70,6 +76,8 @@ private:
     MadeOnce<CodeDetector> m_screenCodeDetector;
     MadeOnce<CodeDetector> m_pictureCodeDetector;
     MadeOnce<PluginLoader<ScriptSyntax>> m_scriptSyntax;
+    MadeOnce<PlayerProcesses> m_players;
+    MadeOnce<Downloads> m_downloads;
     MadeOnce<TaskLauncher> m_taskLauncher;
 };
 

@@ -6,8 +6,10 @@
 #include "adapters/fake/FakeApplication.h"
 #include "adapters/fake/FakeApplicationActivator.h"
 #include "adapters/fake/FakeApplicationCatalog.h"
+#include "adapters/fake/FakeAudioPlayers.h"
 #include "adapters/fake/FakeCodeDetector.h"
 #include "adapters/fake/FakeColorSampler.h"
+#include "adapters/fake/FakeDownloads.h"
 #include "adapters/fake/FakeEventMonitors.h"
 #include "adapters/fake/FakeEventPoster.h"
 #include "adapters/fake/FakeFilePanels.h"
@@ -75,6 +77,9 @@ public:
     [[nodiscard]] FakeCodeDetector &screenCodeDetector() override { return m_screenCodeDetector; }
     [[nodiscard]] FakeCodeDetector &pictureCodeDetector() override { return m_pictureCodeDetector; }
     [[nodiscard]] FakeScriptSyntax *scriptSyntax() override { return &m_scriptSyntax; }
+    [[nodiscard]] FakeAudioPlayers &audioPlayers() override { return m_audioPlayers; }
+    [[nodiscard]] FakeAudioPlayers &audioDevices() override { return m_audioPlayers; }
+    [[nodiscard]] FakeDownloads &downloads() override { return m_downloads; }
     [[nodiscard]] FakeTaskLauncher &taskLauncher() override { return m_taskLauncher; }
 
     /// The program is started a second time.
@@ -114,6 +119,8 @@ private:
     FakeCodeDetector m_screenCodeDetector;
     FakeCodeDetector m_pictureCodeDetector;
     FakeScriptSyntax m_scriptSyntax;
+    FakeAudioPlayers m_audioPlayers{m_time};
+    FakeDownloads m_downloads{m_time};
     FakeTaskLauncher m_taskLauncher;
     std::function<void()> m_onReopen;
     bool m_hasAskedForPanels = false;

@@ -1,0 +1,129 @@
+#include "programs/player/Music.h"
+
+#include <clocale>
+#include <utility>
+
+namespace tavrine {
+namespace {
+
+constexpr std::uint64_t lookRequest = 1;
+
+struct Setting {
+    const char *option;
+    const char *value;
+};
+
+/// A player of sounds and of nothing else: no settings of the person's mpv, no scripts, no downloads, no pictures, no
+/// other files than the one.
+constexpr Setting settings[] = {
+    {"config", "no"},
+    {"terminal", "no"},
+    {"load-scripts", "no"},
+    {"load-stats-overlay", "no"},
+    {"load-osd-console", "no"},
+    {"load-auto-profiles", "no"},
+    {"osc", "no"},
+    {"ytdl", "no"},
+    {"input-default-bindings", "no"},
+    {"vid", "no"},
+    {"sid", "no"},
+    {"vo", "null"},
+    {"audio-display", "no"},
+    {"access-references", "no"},
+    {"ordered-chapters", "no"},
+    {"audio-file-auto", "no"},
+    {"sub-auto", "no"},
+    {"cover-art-auto", "no"},
+    {"autoload-files", "no"},
+    {"resume-playback", "no"},
+    {"reset-on-next-file", "pause"},
+    // Of a local file nothing is kept but what is decoded next.
+    {"cache", "no"},
+    {"demuxer-max-bytes", "2MiB"},
+    {"demuxer-max-back-bytes", "0"},
+    // The output is opened once and never again, so that nothing is heard elsewhere; and loops have no gap.
+    {"ao", "pulse"},
+    {"gapless-audio", "yes"},
+    {"audio-client-name", "Tavrine"},
+    {"force-media-title", "Lo-Fi Vibe"},
+    {"replaygain", "no"},
+    {"pause", "yes"},
+};
+
+} // namespace
+
+Music::Music(Handlers handlers, void (*wake)(void *), void *data)
+    : m_handlers(std::move(handlers)), m_wake(wake), m_data(data) {}
+
+void Music::set(const char *option, const char *value) {
+    if (m_error >= 0)
+        m_error = mpv_set_option_string(m_mpv, option, value);
+}
+
+std::optional<std::string> Music::open(int descriptor) {
+    std::setlocale(LC_NUMERIC, "C"); // as the library asks
+    m_mpv = mpv_create();
+    if (!m_mpv)
+        return "there is no memory for a player";
+    for (const auto &[option, value] : settings)
+        set(option, value);
+    if (m_error >= 0)
+        m_error = mpv_initialize(m_mpv);
+    if (m_error >= 0) {
+        mpv_set_wakeup_callback(m_mpv, m_wake, m_data);
+        const std::string place = "fd://" + std::to_string(descriptor);
+        const char *load[] = {"loadfile", place.c_str(), nullptr};
+        m_error = mpv_command_async(m_mpv, 0, load);
+    }
+    return m_error < 0 ? std::optional<std::string>(mpv_error_string(m_error)) : std::nullopt;
+}
+
+void Music::play(int loops) {
+    mpv_set_property_string(m_mpv, "loop-file", loops < 0 ? "inf" : std::to_string(loops).c_str());
+    mpv_set_property_string(m_mpv, "pause", "no");
+}
+
+void Music::look() {
+    mpv_get_property_async(m_mpv, lookRequest, "time-pos", MPV_FORMAT_DOUBLE);
+}
+
+void Music::work() {
+    for (const mpv_event *event = mpv_wait_event(m_mpv, 0); event->event_id != MPV_EVENT_NONE;
+         event = mpv_wait_event(m_mpv, 0))
+        handle(*event);
+}
+
+void Music::handle(const mpv_event &event) {
+    switch (event.event_id) {
+    case MPV_EVENT_PLAYBACK_RESTART: // for every loop, too
+        if (!std::exchange(m_isReady, true))
+            m_handlers.ready();
+        break;
+    case MPV_EVENT_END_FILE:
+        end(*static_cast<const mpv_event_end_file *>(event.data));
+        break;
+    case MPV_EVENT_GET_PROPERTY_REPLY:
+        if (event.reply_userdata == lookRequest && event.error >= 0) {
+            const double position =
+                *static_cast<const double *>(static_cast<const mpv_event_property *>(event.data)->data);
+            if (std::exchange(m_position, position) != position)
+                m_handlers.wentOn();
+        }
+        break;
+    default:
+        break;
+    }
+}
+
+void Music::end(const mpv_event_end_file &end) {
+    if (end.reason == MPV_END_FILE_REASON_REDIRECT)
+        return; // a list of others, none of which can be opened; their ends follow
+    if (end.reason == MPV_END_FILE_REASON_ERROR)
+        m_handlers.failed(end.error == MPV_ERROR_AO_INIT_FAILED, mpv_error_string(end.error));
+    else if (m_isReady)
+        m_handlers.ended();
+    else // a file in which there is nothing
+        m_handlers.failed(false, mpv_error_string(MPV_ERROR_NOTHING_TO_PLAY));
+}
+
+} // namespace tavrine
