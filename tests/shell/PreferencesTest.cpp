@@ -12,6 +12,7 @@
 #include "shell/settings/HomeDashboardModel.h"
 #include "upload/CustomUploadManager.h"
 #include "utilities/emoji/EmojiPickerStore.h"
+#include "utilities/lofi/LofiManager.h"
 
 #include <gmock/gmock.h>
 
@@ -85,7 +86,9 @@ std::vector<std::string> allPreferences() {
                                   row(mySaveSeeded),
                                   row(lastLaunchDate),
                                   row(recentEmojis),
-                                  row(pinnedEmojis)};
+                                  row(pinnedEmojis),
+                                  row(lofiCustomTrackPath),
+                                  row(lofiCustomTrackName)};
     for (const FeatureText &text : featureTexts)
         rows.push_back(row(text.preference));
     return rows;
@@ -120,6 +123,8 @@ TEST(Preferences, areKeptUnderTheKeysAndWithTheFallbacksOfTheTable) {
             // Captures, colours, uploads.
             "snipMuteSound: Bool false", "snipUseSaveDefault: Bool false", "snipSaveDirectoryPath: String none",
             "colorPickerFormat: String Hex (#RRGGBB)", "cloudUploadEnabled: Bool false",
+            // Music.
+            "lofiCustomTrackPath: String none", "lofiCustomTrackName: String none",
             // Emoji.
             "EmojiPickerRecentEmojis: [String] 🖤 🚀 😎 😆 ⌘ 😇 💬 ◦ 👊 🤝 ✅ 💰 😬 🔫 → "
             "🤷",

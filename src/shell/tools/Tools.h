@@ -5,6 +5,7 @@
 #include "shell/tools/ClipboardTool.h"
 #include "shell/tools/EditorTool.h"
 #include "shell/tools/EmojiPickerTool.h"
+#include "shell/tools/LofiTool.h"
 #include "shell/tools/SnippingTool.h"
 
 #include <array>
@@ -29,6 +30,7 @@ public:
     [[nodiscard]] SnippingTool &snipping() { return m_snipping; }
     [[nodiscard]] ClipboardTool &clipboard() { return m_clipboard; }
     [[nodiscard]] EmojiPickerTool &emojiPicker() { return m_emojiPicker; }
+    [[nodiscard]] LofiTool &lofi() { return m_lofi; }
 
     /// Has no switch of its own.
     [[nodiscard]] ColorPickerManager &colorPicker();
@@ -39,6 +41,7 @@ private:
     SnippingTool m_snipping;
     ClipboardTool m_clipboard;
     EmojiPickerTool m_emojiPicker;
+    LofiTool m_lofi;
     MadeOnce<ColorPickerManager> m_colorPicker;
     std::array<Tool *, featureTexts.size()> m_byFeature{};
 };

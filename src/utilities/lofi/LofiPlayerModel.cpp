@@ -1,0 +1,117 @@
+#include "utilities/lofi/LofiPlayerModel.h"
+
+#include "base/NotificationCenter.h"
+#include "ports/UrlOpener.h"
+#include "utilities/lofi/LofiManager.h"
+#include "utilities/lofi/LofiTracks.h"
+
+namespace tavrine {
+
+LofiPlayerModel::LofiPlayerModel(Ports ports) : m_ports(ports) {
+    connect(&ports.manager, &LofiManager::changed, this, &LofiPlayerModel::changed);
+}
+
+QString LofiPlayerModel::title() const {
+    return m_ports.manager.customTrackName().value_or(QStringLiteral("Lo-Fi Vibe"));
+}
+
+QString LofiPlayerModel::statusLine() const {
+    constexpr int hundred = 100;
+    if (isDownloading())
+        return QStringLiteral("Downloading... %1%").arg(static_cast<int>(downloadProgress() * hundred));
+    return m_ports.manager.isPlaying() ? QStringLiteral("Now Playing") : QStringLiteral("Tap to play");
+}
+
+bool LofiPlayerModel::isGlowing() const {
+    return m_ports.manager.isPlaying();
+}
+
+QString LofiPlayerModel::icon() const {
+    return m_ports.manager.isPlaying() ? QStringLiteral("pause.fill") : QStringLiteral("play.fill");
+}
+
+QString LofiPlayerModel::playActionName() const {
+    return m_ports.manager.isPlaying() ? QStringLiteral("Pause") : QStringLiteral("Play");
+}
+
+bool LofiPlayerModel::isDownloading() const {
+    return m_ports.manager.isDownloading();
+}
+
+double LofiPlayerModel::downloadProgress() const {
+    return m_ports.manager.downloadProgress();
+}
+
+void LofiPlayerModel::toggle() {
+    if (m_ports.manager.isPlaying())
+        m_ports.manager.pause();
+    else
+        m_ports.manager.play();
+}
+
+QString LofiPlayerModel::activeTrackTitle() const {
+    return m_ports.manager.customTrackName().value_or(QStringLiteral("Default Lo-Fi Track"));
+}
+
+QString LofiPlayerModel::activeTrackNote() const {
+    return hasCustomTrack() ? QStringLiteral("Using custom audio file from your Mac")
+                            : QStringLiteral("Using built-in Lo-Fi streaming tracks");
+}
+
+bool LofiPlayerModel::hasCustomTrack() const {
+    return m_ports.manager.customTrackName().has_value();
+}
+
+QList<LofiPlayerModel::Command> LofiPlayerModel::commands() const {
+    QList<Command> commands{Command::openSettings, Command::browseInternet, Command::chooseLocalFile};
+    if (hasCustomTrack())
+        commands.append(Command::resetToDefault);
+    return commands;
+}
+
+QString LofiPlayerModel::titleOf(Command command) {
+    switch (command) {
+    case Command::openSettings:
+        return QStringLiteral("Lo-Fi Vibe Settings…");
+    case Command::browseInternet:
+        return QStringLiteral("Download Lo-Fi Music from Internet…");
+    case Command::chooseLocalFile:
+        return QStringLiteral("Choose Local Audio File…");
+    case Command::resetToDefault:
+        break;
+    }
+    return QStringLiteral("Reset to Default Lo-Fi Track");
+}
+
+QString LofiPlayerModel::symbolOf(Command command) {
+    switch (command) {
+    case Command::openSettings:
+        return QStringLiteral("gearshape");
+    case Command::browseInternet:
+        return QStringLiteral("globe");
+    case Command::chooseLocalFile:
+        return QStringLiteral("folder");
+    case Command::resetToDefault:
+        break;
+    }
+    return QStringLiteral("arrow.counterclockwise");
+}
+
+void LofiPlayerModel::perform(Command command) {
+    switch (command) {
+    case Command::openSettings:
+        m_ports.center.post(QStringLiteral("openLofiSettingsRequested"));
+        break;
+    case Command::browseInternet:
+        m_ports.urlOpener.openUrl(lofiTracks::browsingPage());
+        break;
+    case Command::chooseLocalFile:
+        m_ports.manager.chooseCustomTrack();
+        break;
+    case Command::resetToDefault:
+        m_ports.manager.resetToDefaultTrack();
+        break;
+    }
+}
+
+} // namespace tavrine
