@@ -282,6 +282,16 @@ TEST_P(PulseAudioTest, manyPressesLeaveOnePlayerAndNoDescriptor) {
     EXPECT_TRUE(eventually([&] { return descriptors() <= before; })) << descriptors() << " of " << before;
 }
 
+TEST_P(PulseAudioTest, aLoopOfAMomentEndsWithAReason) {
+    QFile file(tone);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(toneWave(0.001));
+    file.close();
+    play();
+    EXPECT_TRUE(eventually([this] { return ended.has_value(); }));
+    EXPECT_EQ(ended, text("the sound is too short to be repeated"));
+}
+
 TEST_P(PulseAudioTest, thereIsNoPlayerWhereItsProgramIsMissing) {
     PlayerProcesses nowhere(folder.path());
     QString reason;

@@ -40,6 +40,7 @@ private:
     mpv_handle *m_mpv = nullptr; // never destroyed: the process ends, and the library would take its time
     int m_error = 0;
     bool m_isReady = false;
+    bool m_isEndless = false;
     double m_position = -1;
 };
 

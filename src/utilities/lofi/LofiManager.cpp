@@ -192,6 +192,7 @@ void LofiManager::chooseCustomTrack() {
 
 void LofiManager::importCustomTrack(const QString &path) {
     const QString destination = tracksFolder() + QLatin1Char('/') + lofiTracks::customFileName(lastComponent(path));
+    m_imports.append(destination);
     const auto isStopped = [stop = m_isImportStopped] { return stop->load(); };
     m_ports.fileQueue.async([self = QPointer(this), time = &m_ports.time, isStopped, path, destination] {
         const FileResult result = copyWholeFile(path, destination, isStopped);
@@ -203,6 +204,7 @@ void LofiManager::importCustomTrack(const QString &path) {
 }
 
 void LofiManager::finishImport(const QString &path, const QString &destination, const FileResult &result) {
+    m_imports.removeOne(destination);
     if (!result) {
         print("❌ Failed to copy custom audio track: ", result.reason());
         return;
@@ -217,6 +219,9 @@ void LofiManager::finishImport(const QString &path, const QString &destination, 
 
 void LofiManager::resetToDefaultTrack() {
     *std::exchange(m_isImportStopped, std::make_shared<std::atomic<bool>>(false)) = true;
+    const QStringList imports = std::exchange(m_imports, {});
+    for (const QString &copy : imports) // those that are whole already and not yet known
+        QFile::remove(copy);
     if (const auto path = preference::lofiCustomTrackPath.stored(m_ports.defaults))
         QFile::remove(*path);
     preference::lofiCustomTrackPath.remove(m_ports.defaults);

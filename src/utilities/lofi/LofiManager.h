@@ -8,6 +8,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QStringList>
 #include <QUrl>
 
 #include <atomic>
@@ -106,6 +107,7 @@ private:
     std::unique_ptr<DownloadTask> m_downloadTask;
     int m_request = 0; ///< counts what takes the place of a play that has not begun yet
     std::shared_ptr<std::atomic<bool>> m_isImportStopped; ///< of the imports since the last reset
+    QStringList m_imports;                                ///< where they go, until they are over
 };
 
 } // namespace tavrine

@@ -209,6 +209,15 @@ TEST_F(LofiImportTest, aResetWhilePlayingGoesOnWithABuiltInTrack) {
         "⏹️ Lofi playback stopped\n✅ Found local track: track_2.mp3\n▶️ Playing lofi track: track_2.mp3\n");
 }
 
+TEST_F(LofiImportTest, aResetTakesBackAnImportThatHasJustBeenCopied) {
+    manager->importCustomTrack(mine("a.mp3"));
+    queue.sync([] {});
+    EXPECT_THAT(kept(), ElementsAre(text("custom_a.mp3")));
+    EXPECT_EQ(printedBy([this] { manager->resetToDefaultTrack(); }), "");
+    EXPECT_EQ(manager->customTrackName(), std::nullopt);
+    EXPECT_THAT(kept(), IsEmpty());
+}
+
 TEST_F(LofiImportTest, aResetWithoutATrackDoesNothing) {
     EXPECT_EQ(printedBy([this] { manager->resetToDefaultTrack(); }), "");
     import(mine("a.mp3"));
