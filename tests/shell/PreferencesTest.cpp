@@ -11,6 +11,7 @@
 #include "shell/menu/LayoutPreferences.h"
 #include "shell/settings/HomeDashboardModel.h"
 #include "upload/CustomUploadManager.h"
+#include "utilities/awake/KeepAwakePreferences.h"
 #include "utilities/emoji/EmojiPickerStore.h"
 #include "utilities/lofi/LofiManager.h"
 
@@ -24,6 +25,9 @@ QString typed(const char *type, const QString &fallback) {
 }
 QString shown(bool value) {
     return typed("Bool", value ? QStringLiteral("true") : QStringLiteral("false"));
+}
+QString shown(qint64 value) {
+    return typed("Int", QString::number(value));
 }
 QString shown(const QString &value) {
     return typed("String", value.isEmpty() ? QStringLiteral("none") : value);
@@ -85,6 +89,13 @@ std::vector<std::string> allPreferences() {
                                   row(databaseMigrated),
                                   row(mySaveSeeded),
                                   row(lastLaunchDate),
+                                  row(keepAwakeMode),
+                                  row(keepAwakeDuration),
+                                  row(keepAwakeChargingOnly),
+                                  row(keepAwakeScheduleEnabled),
+                                  row(keepAwakeWeekdaysOnly),
+                                  row(keepAwakeScheduleStartSecs),
+                                  row(keepAwakeScheduleEndSecs),
                                   row(recentEmojis),
                                   row(pinnedEmojis),
                                   row(lofiCustomTrackPath),
@@ -125,6 +136,11 @@ TEST(Preferences, areKeptUnderTheKeysAndWithTheFallbacksOfTheTable) {
             "colorPickerFormat: String Hex (#RRGGBB)", "cloudUploadEnabled: Bool false",
             // Music.
             "lofiCustomTrackPath: String none", "lofiCustomTrackName: String none",
+            // Keep Awake.
+            "keepAwakeModeV2: String displayAwake", "keepAwakeDuration: String indefinite",
+            "keepAwakeChargingOnly: Bool false", "keepAwakeScheduleEnabled: Bool false",
+            "keepAwakeWeekdaysOnly: Bool true", "keepAwakeScheduleStartSecs: Int 32400",
+            "keepAwakeScheduleEndSecs: Int 64800",
             // Emoji.
             "EmojiPickerRecentEmojis: [String] 🖤 🚀 😎 😆 ⌘ 😇 💬 ◦ 👊 🤝 ✅ 💰 😬 🔫 → "
             "🤷",
