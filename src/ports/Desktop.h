@@ -15,6 +15,7 @@ class ApplicationCatalog;
 class ApplicationActivator;
 class AudioDevices;
 class AudioPlayers;
+class Calendar;
 class CodeDetector;
 class ColorSamplers;
 class Downloads;
@@ -28,6 +29,8 @@ class LoginItem;
 class MovieAsset;
 class PanelWindows;
 class Pasteboard;
+class PowerAssertions;
+class PowerSource;
 class Recognizer;
 class Screens;
 class ScriptSyntax;
@@ -36,6 +39,7 @@ class TaskLauncher;
 class Time;
 class Updater;
 class UrlOpener;
+class UserNotifications;
 class Workspace;
 struct Folders;
 
@@ -61,6 +65,11 @@ public:
     [[nodiscard]] virtual LoginItem &loginItem() = 0;
     [[nodiscard]] virtual Updater &updater() = 0;
     [[nodiscard]] virtual Time &time() = 0;
+    [[nodiscard]] virtual Calendar &calendar() = 0;
+
+    // The machine.
+    [[nodiscard]] virtual PowerAssertions &powerAssertions() = 0;
+    [[nodiscard]] virtual PowerSource &powerSource() = 0;
 
     // The screen.
     [[nodiscard]] virtual Appearance &appearance() = 0;
@@ -81,6 +90,7 @@ public:
     [[nodiscard]] virtual Alerts &alerts() = 0;
     [[nodiscard]] virtual FilePanels &filePanels() = 0;
     [[nodiscard]] virtual UrlOpener &urlOpener() = 0;
+    [[nodiscard]] virtual UserNotifications &userNotifications() = 0;
     [[nodiscard]] virtual Keychain &keychain() = 0;
 
     // Contents.

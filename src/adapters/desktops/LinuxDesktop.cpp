@@ -3,10 +3,13 @@
 #include "adapters/linux/DBusSingleInstance.h"
 #include "adapters/linux/DesktopEntries.h"
 #include "adapters/linux/DesktopLooks.h"
+#include "adapters/linux/DesktopNotifications.h"
 #include "adapters/linux/DesktopUrlOpener.h"
 #include "adapters/linux/DownloaderProcess.h"
 #include "adapters/linux/GtkSettingsFiles.h"
+#include "adapters/linux/InhibitingServices.h"
 #include "adapters/linux/LateAccessibility.h"
+#include "adapters/linux/LinuxPowerAssertions.h"
 #include "adapters/linux/NoFeedUpdater.h"
 #include "adapters/linux/NoMovieAsset.h"
 #include "adapters/linux/PlayerProcess.h"
@@ -17,7 +20,9 @@
 #include "adapters/linux/QtFilePanels.h"
 #include "adapters/linux/QtTime.h"
 #include "adapters/linux/ReaderProcess.h"
+#include "adapters/linux/SystemCalendar.h"
 #include "adapters/linux/TurboImageCoder.h"
+#include "adapters/linux/UPowerSource.h"
 #include "adapters/linux/XdgAutostart.h"
 #include "adapters/linux/XdgFolders.h"
 #include "look/FittingWindow.h"
@@ -77,6 +82,23 @@ Time &LinuxDesktop::time() {
     return m_time.get([] { return std::make_unique<QtTime>(); });
 }
 
+Calendar &LinuxDesktop::calendar() {
+    return m_calendar.get([] { return std::make_unique<SystemCalendar>(); });
+}
+
+PowerAssertions &LinuxDesktop::powerAssertions() {
+    return m_powerAssertions.get(
+        [this] { return std::make_unique<LinuxPowerAssertions>(powerKeepers(), makePowerManagementKeeper()); });
+}
+
+std::vector<std::unique_ptr<PowerKeeper>> LinuxDesktop::powerKeepers() {
+    return makeInhibitingServices();
+}
+
+PowerSource &LinuxDesktop::powerSource() {
+    return m_powerSource.get([] { return std::make_unique<UPowerSource>(); });
+}
+
 Appearance &LinuxDesktop::appearance() {
     return m_appearance.get([this] { return std::make_unique<DesktopLooks>(toolkitSettings()); });
 }
@@ -97,6 +119,10 @@ FilePanels &LinuxDesktop::filePanels() {
 
 UrlOpener &LinuxDesktop::urlOpener() {
     return m_urlOpener.get([] { return std::make_unique<DesktopUrlOpener>(); });
+}
+
+UserNotifications &LinuxDesktop::userNotifications() {
+    return m_userNotifications.get([] { return std::make_unique<DesktopNotifications>(); });
 }
 
 Keychain &LinuxDesktop::keychain() {

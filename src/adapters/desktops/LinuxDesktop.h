@@ -15,6 +15,7 @@ class LateAccessibility;
 class PlayerProcesses;
 template <class Port>
 class PluginLoader;
+class PowerKeeper;
 
 /// What every Linux desktop has, whatever draws its windows. The keepers of the other ports derive from it.
 class LinuxDesktop : public Desktop {
@@ -28,10 +29,14 @@ public:
     [[nodiscard]] LoginItem &loginItem() final;
     [[nodiscard]] Updater &updater() final;
     [[nodiscard]] Time &time() final;
+    [[nodiscard]] Calendar &calendar() final;
+    [[nodiscard]] PowerAssertions &powerAssertions() final;
+    [[nodiscard]] PowerSource &powerSource() final;
     [[nodiscard]] Appearance &appearance() final;
     [[nodiscard]] Alerts &alerts() final;
     [[nodiscard]] FilePanels &filePanels() final;
     [[nodiscard]] UrlOpener &urlOpener() final;
+    [[nodiscard]] UserNotifications &userNotifications() final;
     [[nodiscard]] Keychain &keychain() final;
     [[nodiscard]] ImageCoder &imageCoder() final;
     [[nodiscard]] MovieAsset &movieAsset() final;
@@ -53,6 +58,9 @@ protected:
     /// Where the person's wishes for looks stand when no portal knows them, in the order in which they count.
     [[nodiscard]] virtual std::vector<std::unique_ptr<Appearance>> toolkitSettings();
 
+    /// What keeps the machine awake, all at once.
+    [[nodiscard]] virtual std::vector<std::unique_ptr<PowerKeeper>> powerKeepers();
+
 private:
     [[nodiscard]] PlayerProcesses &players();
 
@@ -61,6 +69,9 @@ private:
     MadeOnce<DBusSingleInstance> m_instance;
     std::unique_ptr<LateAccessibility> m_accessibility;
     MadeOnce<Time> m_time;
+    MadeOnce<Calendar> m_calendar;
+    MadeOnce<PowerAssertions> m_powerAssertions;
+    MadeOnce<PowerSource> m_powerSource;
     MadeOnce<Application> m_application;
     MadeOnce<ApplicationCatalog> m_applicationCatalog;
     MadeOnce<LoginItem> m_loginItem;
@@ -69,6 +80,7 @@ private:
     MadeOnce<Alerts> m_alerts;
     MadeOnce<FilePanels> m_filePanels;
     MadeOnce<UrlOpener> m_urlOpener;
+    MadeOnce<UserNotifications> m_userNotifications;
     MadeOnce<Keychain> m_keychain;
     MadeOnce<ImageCoder> m_imageCoder;
     MadeOnce<MovieAsset> m_movieAsset;

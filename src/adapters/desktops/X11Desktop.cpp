@@ -11,6 +11,7 @@
 #include "adapters/x11/X11HotKeys.h"
 #include "adapters/x11/X11PanelWindow.h"
 #include "adapters/x11/X11Pasteboard.h"
+#include "adapters/x11/X11ScreenSaverKeeper.h"
 #include "adapters/x11/X11Screens.h"
 #include "adapters/x11/X11Workspace.h"
 #include "adapters/x11/XEmbedTrayIcon.h"
@@ -96,6 +97,12 @@ std::vector<std::unique_ptr<Appearance>> X11Desktop::toolkitSettings() {
     auto settings = LinuxDesktop::toolkitSettings();
     settings.insert(settings.begin(), std::make_unique<XSettingsAppearance>());
     return settings;
+}
+
+std::vector<std::unique_ptr<PowerKeeper>> X11Desktop::powerKeepers() {
+    auto keepers = LinuxDesktop::powerKeepers();
+    keepers.push_back(std::make_unique<X11ScreenSaverKeeper>());
+    return keepers;
 }
 
 Pasteboard &X11Desktop::pasteboard() {

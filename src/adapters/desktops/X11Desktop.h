@@ -29,6 +29,7 @@ public:
 protected:
     void startedAgain(const QByteArray &startupId) override;
     [[nodiscard]] std::vector<std::unique_ptr<Appearance>> toolkitSettings() override;
+    [[nodiscard]] std::vector<std::unique_ptr<PowerKeeper>> powerKeepers() override;
 
 private:
     [[nodiscard]] X11ApplicationActivator &x11Activator();

@@ -7,6 +7,7 @@
 #include "adapters/fake/FakeApplicationActivator.h"
 #include "adapters/fake/FakeApplicationCatalog.h"
 #include "adapters/fake/FakeAudioPlayers.h"
+#include "adapters/fake/FakeCalendar.h"
 #include "adapters/fake/FakeCodeDetector.h"
 #include "adapters/fake/FakeColorSampler.h"
 #include "adapters/fake/FakeDownloads.h"
@@ -20,6 +21,8 @@
 #include "adapters/fake/FakeMovieAsset.h"
 #include "adapters/fake/FakePanelWindow.h"
 #include "adapters/fake/FakePasteboard.h"
+#include "adapters/fake/FakePowerAssertions.h"
+#include "adapters/fake/FakePowerSource.h"
 #include "adapters/fake/FakeRecognizer.h"
 #include "adapters/fake/FakeScreens.h"
 #include "adapters/fake/FakeScriptSyntax.h"
@@ -27,6 +30,7 @@
 #include "adapters/fake/FakeTaskLauncher.h"
 #include "adapters/fake/FakeUpdater.h"
 #include "adapters/fake/FakeUrlOpener.h"
+#include "adapters/fake/FakeUserNotifications.h"
 #include "adapters/fake/FakeWorkspace.h"
 #include "adapters/fake/VirtualTime.h"
 #include "ports/Desktop.h"
@@ -51,6 +55,9 @@ public:
     [[nodiscard]] FakeLoginItem &loginItem() override { return m_loginItem; }
     [[nodiscard]] FakeUpdater &updater() override { return m_updater; }
     [[nodiscard]] VirtualTime &time() override { return m_time; }
+    [[nodiscard]] FakeCalendar &calendar() override { return m_calendar; }
+    [[nodiscard]] FakePowerAssertions &powerAssertions() override { return m_powerAssertions; }
+    [[nodiscard]] FakePowerSource &powerSource() override { return m_powerSource; }
     [[nodiscard]] FakeAppearance &appearance() override { return m_appearance; }
     [[nodiscard]] FakeScreens &screens() override { return m_screens; }
     [[nodiscard]] FakePanelWindows &panelWindows() override {
@@ -69,6 +76,7 @@ public:
     [[nodiscard]] FakeAlerts &alerts() override { return m_alerts; }
     [[nodiscard]] FakeFilePanels &filePanels() override { return m_filePanels; }
     [[nodiscard]] FakeUrlOpener &urlOpener() override { return m_urlOpener; }
+    [[nodiscard]] FakeUserNotifications &userNotifications() override { return m_userNotifications; }
     [[nodiscard]] FakeKeychain &keychain() override { return m_keychain; }
     [[nodiscard]] FakePasteboard &pasteboard() override { return m_pasteboard; }
     [[nodiscard]] FakeImageCoder &imageCoder() override { return m_imageCoder; }
@@ -93,6 +101,9 @@ public:
 private:
     Folders m_folders;
     VirtualTime m_time;
+    FakeCalendar m_calendar;
+    FakePowerAssertions m_powerAssertions{m_time};
+    FakePowerSource m_powerSource;
     FakeApplication m_application;
     FakeWorkspace m_workspace;
     FakeApplicationActivator m_activator{m_workspace};
@@ -111,6 +122,7 @@ private:
     FakeAlerts m_alerts;
     FakeFilePanels m_filePanels{m_time};
     FakeUrlOpener m_urlOpener;
+    FakeUserNotifications m_userNotifications{m_time};
     FakeKeychain m_keychain;
     FakePasteboard m_pasteboard;
     FakeImageCoder m_imageCoder;
