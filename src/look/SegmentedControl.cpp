@@ -41,10 +41,11 @@ SegmentedControl::SegmentedControl(const QStringList &texts, QWidget *parent) : 
         const int index = int(m_segments.size());
         one->setChecked(index == 0);
         connect(one, &QAbstractButton::clicked, this, [this, index] {
-            if (index == m_current)
-                return;
-            setCurrent(index);
-            Q_EMIT chosen(index);
+            if (index != m_current) {
+                setCurrent(index);
+                Q_EMIT chosen(index);
+            }
+            Q_EMIT pressed(index);
         });
         m_segments.push_back(one);
     }

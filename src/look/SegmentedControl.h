@@ -26,6 +26,8 @@ public:
 Q_SIGNALS:
     /// A person chose another segment.
     void chosen(int index);
+    /// A person pressed a segment, the present one too.
+    void pressed(int index);
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -283,6 +283,7 @@ TrayMenu &AppDelegate::trayMenu() {
 }
 
 void AppDelegate::menuWillOpen() {
+    m_tools.keepAwake().menuWillOpen();
     m_statusMenu->refreshClipboardMenuItem();
     m_statusMenu->refreshEmojiMenuItem();
 }

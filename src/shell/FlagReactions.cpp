@@ -59,7 +59,11 @@ FlagReactions::FlagReactions(const Parts &parts) : m_parts(parts) {
                     m_parts.menu.refreshClipboardMenuItem();
                 });
             });
-    deliver([this] { m_parts.display.setKeepAwake({}); }); // its first value counts as well
+    const auto tellDisplay = [this, &keepAwake = parts.tools.keepAwake()] {
+        deliver([this, state = keepAwake.state()] { m_parts.display.setKeepAwake(state); });
+    };
+    connect(&parts.tools.keepAwake(), &KeepAwakeTool::stateChanged, this, tellDisplay);
+    tellDisplay(); // its first value counts as well
 }
 
 void FlagReactions::deliver(std::function<void()> work) {

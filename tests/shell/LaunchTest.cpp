@@ -24,7 +24,8 @@ TEST_F(Launch, withNoPreferencesEveryFlagIsOnAndTheWelcomeWindowComesAfterAFifth
         EXPECT_TRUE(delegate->shell().flags().isOn(each.feature)) << each.property;
     EXPECT_EQ(outputOf([&] { delegate->applicationDidFinishLaunching(); }),
               "DEBUG: Registering Hotkeys...\nDEBUG: Hotkey registered successfully for ID: 1\n"
-              "DEBUG: Hotkey registered successfully for ID: 2\nDEBUG: Hotkey registered successfully for ID: 6\n");
+              "DEBUG: Hotkey registered successfully for ID: 2\nDEBUG: Hotkey registered successfully for ID: 6\n"
+              "[KeepAwake] No battery power source found — assuming plugged in\n");
     time.advance(199ms);
     EXPECT_FALSE(window(LargeWindows::Kind::welcome));
     time.advance(1ms);

@@ -7,13 +7,14 @@ namespace tavrine {
 
 Tools::Tools(Shell &shell)
     : m_shell(shell), m_editor(shell), m_snipping(shell, m_editor), m_clipboard(shell), m_emojiPicker(shell),
-      m_lofi(shell) {
+      m_lofi(shell), m_keepAwake(shell) {
     Tools &tools = *this;
     tools[Feature::snippingTool] = &m_snipping;
     tools[Feature::tavrineEditor] = &m_editor;
     tools[Feature::clipboardHistory] = &m_clipboard;
     tools[Feature::loFi] = &m_lofi;
     tools[Feature::emojiPicker] = &m_emojiPicker;
+    tools[Feature::keepAwake] = &m_keepAwake;
 }
 
 Tools::~Tools() = default;

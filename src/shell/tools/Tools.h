@@ -5,6 +5,7 @@
 #include "shell/tools/ClipboardTool.h"
 #include "shell/tools/EditorTool.h"
 #include "shell/tools/EmojiPickerTool.h"
+#include "shell/tools/KeepAwakeTool.h"
 #include "shell/tools/LofiTool.h"
 #include "shell/tools/SnippingTool.h"
 
@@ -31,6 +32,7 @@ public:
     [[nodiscard]] ClipboardTool &clipboard() { return m_clipboard; }
     [[nodiscard]] EmojiPickerTool &emojiPicker() { return m_emojiPicker; }
     [[nodiscard]] LofiTool &lofi() { return m_lofi; }
+    [[nodiscard]] KeepAwakeTool &keepAwake() { return m_keepAwake; }
 
     /// Has no switch of its own.
     [[nodiscard]] ColorPickerManager &colorPicker();
@@ -42,6 +44,7 @@ private:
     ClipboardTool m_clipboard;
     EmojiPickerTool m_emojiPicker;
     LofiTool m_lofi;
+    KeepAwakeTool m_keepAwake;
     MadeOnce<ColorPickerManager> m_colorPicker;
     std::array<Tool *, featureTexts.size()> m_byFeature{};
 };

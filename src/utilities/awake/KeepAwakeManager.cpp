@@ -109,6 +109,7 @@ void KeepAwakeManager::makeAssertion(Deadline deadline) {
     m_assertionId =
         m_ports.assertions.createWithName(rowOf(mode).assertion, QLatin1String(assertionName),
                                           [this, mode, deadline](int result) { onCreated(result, mode, deadline); });
+    Q_EMIT changed();
 }
 
 void KeepAwakeManager::onCreated(int result, KeepAwakeMode mode, Deadline deadline) {
@@ -131,9 +132,8 @@ void KeepAwakeManager::releaseAssertion() {
 }
 
 void KeepAwakeManager::setAwake(bool isAwake) {
-    if (std::exchange(m_isAwake, isAwake) == isAwake)
-        return;
-    Q_EMIT awakeStateChanged();
+    if (std::exchange(m_isAwake, isAwake) != isAwake)
+        Q_EMIT awakeStateChanged();
     Q_EMIT changed();
 }
 
@@ -157,6 +157,7 @@ void KeepAwakeManager::disable(Cause cause) {
     setAutoDisabledForBattery(cause == Cause::battery);
     releaseAssertion();
     clearDurationTimer();
+    Q_EMIT changed();
     m_ports.time.async(this, [this] {
         if (!isHolding()) // it may have been asked for anew meanwhile, whose answer tells
             setAwake(false);
@@ -164,7 +165,7 @@ void KeepAwakeManager::disable(Cause cause) {
 }
 
 void KeepAwakeManager::toggle() {
-    if (m_isAwake)
+    if (isHolding())
         disable();
     else
         enable();

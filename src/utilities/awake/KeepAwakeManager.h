@@ -55,6 +55,8 @@ public:
     ~KeepAwakeManager() override;
 
     [[nodiscard]] bool isAwake() const { return m_isAwake; }
+    /// Whether an assertion is held or asked for: what the switch shows, so that it follows the hand.
+    [[nodiscard]] bool isHolding() const { return m_assertionId != 0; }
     [[nodiscard]] bool isPluggedIn() const { return m_isPluggedIn; }
     [[nodiscard]] KeepAwakeMode selectedMode() const { return m_selectedMode; }
     [[nodiscard]] KeepAwakeDuration selectedDuration() const { return m_selectedDuration; }
@@ -101,7 +103,6 @@ private:
     enum class Cause { asked, battery };
     enum class Deadline { kept, reset };
 
-    [[nodiscard]] bool isHolding() const { return m_assertionId != 0; }
     [[nodiscard]] bool readPowerSource();
     void publishPluggedIn(bool isPluggedIn);
     void makeAssertion(Deadline deadline);

@@ -137,6 +137,16 @@ TEST_F(KeepAwake, ofTwoCallsInOneTurnTheLaterOneHolds) {
     EXPECT_TRUE(assertions.held().empty());
 }
 
+TEST_F(KeepAwake, theSwitchFollowsTheHandBeforeTheAnswer) {
+    assertions.setHanging(true);
+    after([&] { manager->toggle(); });
+    EXPECT_TRUE(manager->isHolding());
+    EXPECT_FALSE(manager->isAwake());
+    after([&] { manager->toggle(); });
+    EXPECT_FALSE(manager->isHolding());
+    EXPECT_TRUE(assertions.held().empty());
+}
+
 TEST_F(KeepAwake, aModeThatIsChosenBeforeTheAnswerIsTheOneThatIsHeld) {
     after([&] {
         manager->enable();
