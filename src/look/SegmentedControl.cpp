@@ -16,6 +16,7 @@ namespace {
 
 constexpr int inset = 2;
 constexpr int padding = 14;
+constexpr int least = 6; // of padding, where there is little room
 
 class Segment final : public Control {
 public:
@@ -23,6 +24,9 @@ public:
         setText(inDesktopWords(text));
         setCheckable(true);
         setAutoExclusive(true);
+    }
+    [[nodiscard]] QSize sizeHint() const override {
+        return {int(std::ceil(lineWidth(text(), TextRole::callout))), height::control - 2 * inset};
     }
 
 protected:
@@ -74,8 +78,27 @@ QSize SegmentedControl::sizeHint() const {
 
 QRectF SegmentedControl::segment(double index) const {
     const QRectF track = QRectF(rect()).adjusted(inset, inset, -inset, -inset);
-    const qreal each = track.width() / qreal(std::max<size_t>(1, m_segments.size()));
-    return {track.left() + index * each, track.top(), each, track.height()};
+    const auto count = qreal(std::max<size_t>(1, m_segments.size()));
+    const qreal each = track.width() / count;
+    qreal needed = 0;
+    qreal widest = 0;
+    for (const Control *one : m_segments) {
+        needed += one->sizeHint().width();
+        widest = std::max(widest, qreal(one->sizeHint().width()));
+    }
+    // All as wide as each other where the widest has its room; else each gets what it needs.
+    const qreal spare = (track.width() - needed) / count;
+    const auto width = [&](size_t i) {
+        return widest + 2 * least <= each ? each : m_segments[i]->sizeHint().width() + spare;
+    };
+    qreal left = track.left();
+    const auto whole = size_t(std::clamp(std::floor(index), 0.0, count - 1));
+    for (size_t i = 0; i < whole; ++i)
+        left += width(i);
+    const double part = index - double(whole); // on its way to the next, or beyond an end
+    const size_t next = std::min(whole + 1, m_segments.size() - 1);
+    const qreal own = width(whole);
+    return {left + part * own, track.top(), own + std::clamp(part, 0.0, 1.0) * (width(next) - own), track.height()};
 }
 
 void SegmentedControl::resizeEvent(QResizeEvent *event) {

@@ -214,6 +214,34 @@ TEST_F(ControlsTest, aSegmentIsChosenByAClick) {
     EXPECT_EQ(time.timerCount(), 0);
 }
 
+TEST_F(ControlsTest, aSegmentThatIsPressedAgainSaysSoAndIsNoOtherChoice) {
+    auto *segments = show(new SegmentedControl({QStringLiteral("Day"), QStringLiteral("Week")}));
+    int chosen = 0;
+    std::vector<int> pressed;
+    QObject::connect(segments, &SegmentedControl::chosen, segments, [&] { ++chosen; });
+    QObject::connect(segments, &SegmentedControl::pressed, segments, [&](int index) { pressed.push_back(index); });
+    for (const int x : {segments->width() - 10, segments->width() - 10, 10})
+        QTest::mouseClick(segments->childAt(x, 10), Qt::LeftButton);
+    EXPECT_EQ(pressed, (std::vector{1, 1, 0}));
+    EXPECT_EQ(chosen, 2);
+}
+
+TEST_F(ControlsTest, segmentsAreAsWideAsEachOtherUntilTheWidestHasNoRoom) {
+    auto *segments = show(new SegmentedControl({QStringLiteral("Day"), QStringLiteral("All the weeks")}));
+    const auto widths = [&] {
+        QList<int> found;
+        for (const auto *each : segments->findChildren<QAbstractButton *>())
+            found.append(each->width());
+        return found;
+    };
+    segments->resize(400, segments->height());
+    EXPECT_LE(std::abs(widths().first() - widths().last()), 1);
+    segments->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    segments->resize(140, segments->height());
+    EXPECT_GT(widths().last(), widths().first() + 20);
+    EXPECT_LE(widths().first() + widths().last(), 140);
+}
+
 TEST_F(ControlsTest, theClearButtonIsThereWhileThereIsText) {
     auto *field = show(new SearchField(QStringLiteral("Search")));
     auto *clear = field->findChild<Button *>();

@@ -5,7 +5,6 @@
 #include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/SegmentedControl.h"
-#include "look/Tile.h"
 #include "look/Toggle.h"
 #include "utilities/awake/KeepAwakePartsView.h"
 #include "utilities/awake/TimeFieldView.h"
@@ -18,7 +17,7 @@ namespace tavrine {
 namespace {
 
 constexpr int margin = look::space::medium;
-constexpr int switchRowHeight = 34;
+constexpr int contentWidth = KeepAwakeControlView::cardWidth - 2 * margin;
 
 QVBoxLayout *columnIn(QWidget *widget) {
     auto *column = new QVBoxLayout(widget);
@@ -58,7 +57,7 @@ KeepAwakeControlView::KeepAwakeControlView(std::unique_ptr<KeepAwakeControlModel
             [this](int index) { m_model->manager().setDuration(keepAwakeDurations[size_t(index)].duration); });
     column->addWidget(m_durations);
 
-    m_paused = new NoteLine(QLatin1String(KeepAwakeControlModel::pausedNote));
+    m_paused = new NoteLine(QLatin1String(KeepAwakeControlModel::pausedNote), contentWidth);
     column->addWidget(m_paused);
     m_disclosure = new DisclosureButton(QLatin1String(KeepAwakeControlModel::advancedTitle));
     connect(m_disclosure, &QAbstractButton::clicked, this, [this] { m_model->toggleAdvancedPanel(); });
@@ -76,7 +75,7 @@ QWidget *KeepAwakeControlView::makeAdvancedPanel() {
     auto *panel = new QWidget;
     auto *column = columnIn(panel);
     column->addWidget(makeModes());
-    m_lidNote = new NoteLine(QLatin1String(KeepAwakeControlModel::lidNote));
+    m_lidNote = new NoteLine(QLatin1String(KeepAwakeControlModel::lidNote), contentWidth);
     column->addWidget(m_lidNote);
     column->addWidget(
         makeSwitchRow(KeepAwakeControlModel::chargingOnlyTitle, m_chargingOnly, &KeepAwakeManager::setChargingOnly));
@@ -120,11 +119,9 @@ QWidget *KeepAwakeControlView::makeTimes() {
 
 QWidget *KeepAwakeControlView::makeSwitchRow(const char *title, look::Toggle *&toggle,
                                              void (KeepAwakeManager::*set)(bool)) {
-    toggle = new look::Toggle;
+    auto *row = new SwitchRow(QLatin1String(title));
+    toggle = &row->toggle();
     connect(toggle, &QAbstractButton::clicked, this, [this, set](bool isOn) { (m_model->manager().*set)(isOn); });
-    auto *row = new look::SettingsRow(QString(), QLatin1String(title));
-    row->setTrailing(toggle);
-    row->setFixedHeight(switchRowHeight);
     return row;
 }
 

@@ -8,6 +8,8 @@
 #include "utilities/awake/KeepAwakeControlModel.h"
 
 #include <QFontMetricsF>
+#include <QHBoxLayout>
+#include <QMouseEvent>
 #include <QPainter>
 
 #include <cmath>
@@ -16,6 +18,8 @@ namespace tavrine {
 namespace {
 
 constexpr qreal disc = 36;
+constexpr int switchRowHeight = 34;
+constexpr qreal textIndent = look::space::small + 2;
 constexpr qreal noteIndent = look::symbolsize::small + look::space::small;
 constexpr int noteFlags = int(Qt::AlignLeft) | int(Qt::AlignTop) | int(Qt::TextWordWrap);
 
@@ -62,7 +66,7 @@ void KeepAwakeModeButton::paint(QPainter &painter) {
     const look::Theme &colours = theme();
     look::fillRounded(painter, rect(), look::radius::control, ground(isChecked() ? colours.control : Qt::transparent));
     const qreal mark = look::symbolsize::medium;
-    const qreal left = look::space::small + 2;
+    const qreal left = textIndent;
     const qreal wide = width() - 2 * left - mark - look::space::small;
     const qreal middle = height() / 2.0;
     look::paintLine(painter, QRectF(left, middle - 16, wide, 16), text(), look::TextRole::body, colours.text);
@@ -83,7 +87,7 @@ void DisclosureButton::paint(QPainter &painter) {
     const look::Theme &colours = theme();
     look::fillRounded(painter, rect(), look::radius::control, ground(Qt::transparent));
     const qreal mark = look::symbolsize::small;
-    const qreal left = look::space::small + 2;
+    const qreal left = textIndent;
     look::paintLine(painter, QRectF(left, 0, width() - 2 * left - mark, height()), text(), look::TextRole::callout,
                     colours.secondaryText);
     look::paintSymbol(painter, QRectF(width() - left - mark, 0, mark, height()),
@@ -91,17 +95,34 @@ void DisclosureButton::paint(QPainter &painter) {
                       colours.secondaryText);
 }
 
-NoteLine::NoteLine(const QString &text, QWidget *parent) : QWidget(parent), m_text(inDesktopWords(text)) {
-    setAccessibleName(m_text);
-    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    policy.setHeightForWidth(true);
-    setSizePolicy(policy);
+SwitchRow::SwitchRow(const QString &title, QWidget *parent)
+    : QWidget(parent), m_title(inDesktopWords(title)), m_toggle(new look::Toggle) {
+    m_toggle->setAccessibleName(m_title);
+    setFixedHeight(switchRowHeight);
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addStretch();
+    row->addWidget(m_toggle);
 }
 
-int NoteLine::heightForWidth(int width) const {
+void SwitchRow::mouseReleaseEvent(QMouseEvent *event) {
+    if (event->button() == Qt::LeftButton && rect().contains(event->pos()))
+        m_toggle->click();
+}
+
+void SwitchRow::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    look::preparePainter(painter);
+    look::paintLine(painter, QRectF(textIndent, 0, m_toggle->x() - 2 * textIndent, height()), m_title,
+                    look::TextRole::body, look::themeOf(this).text);
+}
+
+NoteLine::NoteLine(const QString &text, int width, QWidget *parent) : QWidget(parent), m_text(inDesktopWords(text)) {
+    setAccessibleName(m_text);
     const QFontMetricsF metrics(look::fontFor(look::TextRole::caption));
     const QRectF room(0, 0, width - noteIndent, 1000);
-    return int(std::ceil(metrics.boundingRect(room, noteFlags, m_text).height())) + look::space::tiny;
+    const qreal height = metrics.boundingRect(room, noteFlags, m_text).height();
+    setFixedSize(width, int(std::ceil(height)) + look::space::tiny);
 }
 
 void NoteLine::paintEvent(QPaintEvent *) {

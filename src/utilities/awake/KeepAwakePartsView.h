@@ -1,6 +1,7 @@
 #pragma once
 
 #include "look/Control.h"
+#include "look/Toggle.h"
 #include "utilities/awake/KeepAwakeMode.h"
 
 #include <QWidget>
@@ -52,15 +53,30 @@ protected:
     void paint(QPainter &painter) override;
 };
 
+/// A title with a switch at its end; a click anywhere on it presses the switch.
+class SwitchRow final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit SwitchRow(const QString &title, QWidget *parent = nullptr);
+    [[nodiscard]] look::Toggle &toggle() { return *m_toggle; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    QString m_title;
+    look::Toggle *m_toggle;
+};
+
 /// A small remark behind a sign, over as many lines as it needs.
 class NoteLine final : public QWidget {
     Q_OBJECT
 
 public:
-    explicit NoteLine(const QString &text, QWidget *parent = nullptr);
-    [[nodiscard]] bool hasHeightForWidth() const override { return true; }
-    [[nodiscard]] int heightForWidth(int width) const override;
-    [[nodiscard]] QSize sizeHint() const override { return {200, heightForWidth(200)}; }
+    /// `width` points wide, and as high as the text is then.
+    NoteLine(const QString &text, int width, QWidget *parent = nullptr);
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -20,11 +20,16 @@ namespace {
 constexpr int arrows = 16;
 constexpr int padding = 16;
 
+/// Without seconds, which some languages have in their short form.
+QString format() {
+    return QLocale().timeFormat(QLocale::ShortFormat).remove(QStringLiteral(":ss"));
+}
+
 } // namespace
 
 TimeField::TimeField(const QString &name, QWidget *parent) : QTimeEdit(parent) {
     setAccessibleName(name);
-    setDisplayFormat(QLocale().timeFormat(QLocale::ShortFormat));
+    setDisplayFormat(format());
     setFont(look::fontFor(look::TextRole::body));
     setFrame(false);
     setWrapping(true); // after the last minute of the day comes the first
@@ -41,7 +46,7 @@ void TimeField::setTimeOfDay(TimeOfDay time) {
 
 QSize TimeField::sizeHint() const {
     const QFontMetricsF metrics(font());
-    const QString widest = QLocale().toString(QTime(20, 58), QLocale::ShortFormat);
+    const QString widest = QLocale().toString(QTime(20, 58), format());
     return {int(std::ceil(metrics.horizontalAdvance(widest))) + padding + arrows, look::height::control};
 }
 
