@@ -240,12 +240,17 @@ bool ScrollPane::focusNextPrevChild(bool next) {
     const bool isMoved = ScrollArea::focusNextPrevChild(next);
     // What has the keyboard must be in sight.
     const QWidget *focused = QApplication::focusWidget();
-    if (isMoved && focused && m_content->isAncestorOf(focused)) {
-        const QRect area(focused->mapTo(m_content, QPoint(0, 0)), focused->size());
-        if (area.top() < offset() || area.bottom() > offset() + height())
-            scrollTo(area.center().y() - height() / 2.0, true);
-    }
+    if (isMoved && focused)
+        reveal(*focused);
     return isMoved;
+}
+
+void ScrollPane::reveal(const QWidget &widget) {
+    if (!m_content->isAncestorOf(&widget))
+        return;
+    const QRect area(widget.mapTo(m_content, QPoint(0, 0)), widget.size());
+    if (area.top() < offset() || area.bottom() > offset() + height())
+        scrollTo(area.center().y() - height() / 2.0, true);
 }
 
 } // namespace tavrine::look

@@ -52,6 +52,8 @@ class ScrollPane : public ScrollArea {
     Q_OBJECT
 public:
     explicit ScrollPane(QWidget *content, QWidget *parent = nullptr);
+    /// Scrolls until a widget within the content is in sight.
+    void reveal(const QWidget &widget);
 
 protected:
     [[nodiscard]] qreal contentHeight() const override;

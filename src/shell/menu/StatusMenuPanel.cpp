@@ -79,7 +79,8 @@ void StatusMenuPanel::open() {
 }
 
 void StatusMenuPanel::clickedElsewhere() {
-    if (!m_ports.windows.isAsking() && m_panel.isVisibleAndWithout(m_ports.screens.mouseLocation()))
+    if (!m_ports.windows.isAsking() && !StatusMenuView::hasMenuOpen() &&
+        m_panel.isVisibleAndWithout(m_ports.screens.mouseLocation()))
         m_ports.time.async(this, [this] { cancelTracking(); }); // the monitors end with it
 }
 
@@ -97,10 +98,11 @@ std::optional<QRectF> StatusMenuPanel::frameAt(const Screens &screens) const {
     const auto screen = screenAt(screens, m_place);
     if (!screen)
         return std::nullopt;
-    const QSizeF size = m_view->sizeHint();
+    const QRectF usable = usableFrame(*screen);
+    const QSizeF size = QSizeF(m_view->sizeHint()).boundedTo(usable.size());
     const bool isAtTop = m_place.y() > screen->frame.center().y();
     const double y = isAtTop ? m_place.y() - gap - size.height() : m_place.y() + gap;
-    return movedInto(usableFrame(*screen), {{m_place.x() - size.width() / 2, y}, size});
+    return movedInto(usable, {{m_place.x() - size.width() / 2, y}, size});
 }
 
 void StatusMenuPanel::resize() {

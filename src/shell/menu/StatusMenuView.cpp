@@ -5,11 +5,12 @@
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
+#include "look/ScrollArea.h"
 #include "look/Tile.h"
 #include "shell/menu/QuickActionsGridView.h"
 #include "shell/menu/QuickActionsHeight.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QKeyEvent>
 #include <QPainter>
 
@@ -79,10 +80,12 @@ private:
 };
 
 StatusMenuView::StatusMenuView(StatusMenu &menu, QuickActionsGrid *grid, QuickActionsHeight &height, QWidget *parent)
-    : PanelSurface(radius::card, parent), m_menu(menu), m_grid(grid), m_height(height), m_clip(new QWidget(this)) {
+    : PanelSurface(radius::card, parent), m_menu(menu), m_grid(grid), m_height(height),
+      m_pane(new ScrollPane(grid, this)) {
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName(QStringLiteral("Tavrine"));
-    grid->setParent(m_clip);
+    connect(grid, &QuickActionsGrid::measureChanged, this,
+            [grid] { QCoreApplication::postEvent(grid, new QEvent(QEvent::LayoutRequest)); });
     for (const StatusMenuEntry &entry : menu.entries()) {
         auto *row = new Row(entry.item, this);
         connect(row, &QAbstractButton::clicked, this, [this, item = entry.item] { fire(item); });
@@ -114,14 +117,18 @@ QSize StatusMenuView::sizeHint() const {
     return {QuickActionsGrid::width, qRound(m_height.height()) + entriesHeight()};
 }
 
+bool StatusMenuView::hasMenuOpen() {
+    return QApplication::activePopupWidget() != nullptr;
+}
+
 double StatusMenuView::measuredGrid() const {
     return m_grid->measuredHeight();
 }
 
 void StatusMenuView::place() {
-    const int high = qRound(m_height.height());
-    m_clip->setGeometry(0, 0, width(), high);
-    m_grid->setGeometry(0, 0, QuickActionsGrid::width, std::max(high, m_grid->measuredHeight()));
+    // A screen may have no room for all of it.
+    const int high = std::min(qRound(m_height.height()), height() - entriesHeight());
+    m_pane->setGeometry(0, 0, width(), std::max(high, 0));
     int y = high;
     for (Row *row : m_rows) {
         row->setGeometry(margin, y, width() - 2 * margin, row->height());
@@ -195,8 +202,10 @@ void StatusMenuView::moveFocus(int key) {
             const int top = frameOf(control).top();
             return isDown ? top : -top;
         });
-    if (best)
+    if (best) {
         best->setFocus(Qt::TabFocusReason);
+        m_pane->reveal(*best);
+    }
 }
 
 void StatusMenuView::showEvent(QShowEvent *event) {

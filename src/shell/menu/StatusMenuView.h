@@ -7,6 +7,9 @@
 
 namespace tavrine {
 
+namespace look {
+class ScrollPane;
+}
 class QuickActionsGrid;
 class QuickActionsHeight;
 
@@ -28,6 +31,8 @@ public:
     [[nodiscard]] QSize sizeHint() const override;
     /// Of the Quick Actions, once they have the width of the menu.
     [[nodiscard]] double measuredGrid() const;
+    /// While a menu of one of its cards is open: what is pressed there is no press elsewhere.
+    [[nodiscard]] static bool hasMenuOpen();
 
 Q_SIGNALS:
     /// The person is done with the menu, or chose an entry, which fires after it.
@@ -55,7 +60,7 @@ private:
     StatusMenu &m_menu;
     QuickActionsGrid *m_grid;
     QuickActionsHeight &m_height;
-    QWidget *m_clip; ///< cuts the grid to the height that it has at present
+    look::ScrollPane *m_pane; ///< shows as much of the grid as its height and the screen let
     std::vector<Row *> m_rows;
 };
 

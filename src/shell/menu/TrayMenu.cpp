@@ -26,6 +26,10 @@ TrayMenu::TrayMenu(Shell &shell, Tools &tools, StatusMenu &entries, Actions acti
             panel().height().setSoon();
         m_shell.desktop().statusItem().menuChanged();
     });
+    connect(&m_tools.keepAwake(), &KeepAwakeTool::showAdvancedPanelChanged, this, [this] {
+        if (m_panel.ifMade())
+            panel().height().animate(QuickActionsHeight::panelLength);
+    });
 }
 
 TrayMenu::~TrayMenu() = default;
@@ -120,8 +124,10 @@ bool TrayMenu::isBuilt(QuickAction action) {
     return true;
 }
 
-QWidget *TrayMenu::makeCard(QuickAction /*action*/) {
-    return nullptr;
+QWidget *TrayMenu::makeCard(QuickAction action) {
+    if (action == QuickAction::loFi)
+        return m_tools.lofi().makeMiniPlayer();
+    return m_tools.keepAwake().makeControlView([this] { cancelTracking(); });
 }
 
 StatusMenuView *TrayMenu::makeView(QuickActionsHeight &height) {

@@ -11,11 +11,13 @@
 #include "shell/settings/FeaturesSettingsView.h"
 #include "shell/settings/GeneralSettingsView.h"
 #include "shell/settings/HomeDashboardView.h"
+#include "shell/settings/KeepAwakeSettingsView.h"
 #include "shell/settings/LayoutSettingsView.h"
 #include "shell/settings/MainAppView.h"
 #include "shell/settings/MemoryCleaningOverlayView.h"
 #include "shell/settings/PrivacySettingsView.h"
 #include "shell/settings/TriggerSettingsView.h"
+#include "shell/tools/Tools.h"
 #include "upload/CloudUploadSettingsView.h"
 #include "upload/CustomUploadManager.h"
 #include "upload/UploadScripts.h"
@@ -84,9 +86,13 @@ std::unique_ptr<QWidget> SettingsWindow::make(SidebarItem item, ClearAndDisable 
         return std::make_unique<AboutView>(AboutView::Parts{desktop.urlOpener(), resources, appVersion(), {}});
     case SidebarItem::layout:
         return std::make_unique<LayoutSettingsView>(shell.flags(), shell.defaults(), shell.center());
-    case SidebarItem::network:
     case SidebarItem::keepAwake:
+        return std::make_unique<KeepAwakeSettingsView>(
+            std::make_unique<KeepAwakeSettingsModel>(shell.defaults(), shell.center()),
+            m_parts.tools.keepAwake().makeControlView({}));
     case SidebarItem::lofi:
+        return std::unique_ptr<QWidget>(m_parts.tools.lofi().makeSettingsView());
+    case SidebarItem::network:
         break;
     }
     return std::make_unique<look::EmptyState>(QLatin1String(textOf(item).symbol), QLatin1String(textOf(item).text));
