@@ -6,6 +6,7 @@
 #include "shell/menu/QuickActionsGridView.h"
 #include "shell/menu/StatusMenuView.h"
 #include "shell/tools/Tools.h"
+#include "utilities/awake/KeepAwakeControlView.h"
 
 #include <algorithm>
 
@@ -26,10 +27,7 @@ TrayMenu::TrayMenu(Shell &shell, Tools &tools, StatusMenu &entries, Actions acti
             panel().height().setSoon();
         m_shell.desktop().statusItem().menuChanged();
     });
-    connect(&m_tools.keepAwake(), &KeepAwakeTool::showAdvancedPanelChanged, this, [this] {
-        if (m_panel.ifMade())
-            panel().height().animate(QuickActionsHeight::panelLength);
-    });
+    connect(&tools.keepAwake(), &KeepAwakeTool::showAdvancedPanelChanged, this, &TrayMenu::animateHeight);
 }
 
 TrayMenu::~TrayMenu() = default;
@@ -127,7 +125,14 @@ bool TrayMenu::isBuilt(QuickAction action) {
 QWidget *TrayMenu::makeCard(QuickAction action) {
     if (action == QuickAction::loFi)
         return m_tools.lofi().makeMiniPlayer();
-    return m_tools.keepAwake().makeControlView([this] { cancelTracking(); });
+    KeepAwakeControlView *card = m_tools.keepAwake().makeControlView([this] { cancelTracking(); });
+    connect(card, &KeepAwakeControlView::measureChanged, this, &TrayMenu::animateHeight);
+    return card;
+}
+
+void TrayMenu::animateHeight() {
+    if (m_panel.ifMade() && panel().isOpen())
+        panel().height().animate(QuickActionsHeight::panelLength);
 }
 
 StatusMenuView *TrayMenu::makeView(QuickActionsHeight &height) {

@@ -47,6 +47,7 @@ private:
     [[nodiscard]] StatusMenuView *makeView(QuickActionsHeight &height);
     [[nodiscard]] QWidget *makeCard(QuickAction action);
     [[nodiscard]] bool isBuilt(QuickAction action);
+    void animateHeight();
 
     Shell &m_shell;
     Tools &m_tools;

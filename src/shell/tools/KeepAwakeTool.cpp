@@ -45,7 +45,7 @@ void KeepAwakeTool::menuWillOpen() {
         made->setShowAdvancedPanel(false);
 }
 
-QWidget *KeepAwakeTool::makeControlView(std::function<void()> beforeAlert) {
+KeepAwakeControlView *KeepAwakeTool::makeControlView(std::function<void()> beforeAlert) {
     return new KeepAwakeControlView(std::make_unique<KeepAwakeControlModel>(
         KeepAwakeControlModel::Parts{manager(), m_shell.desktop().alerts(), m_shell.time(), std::move(beforeAlert)}));
 }

@@ -5,10 +5,9 @@
 #include "shell/tools/Tool.h"
 #include "utilities/awake/KeepAwakeManager.h"
 
-class QWidget;
-
 namespace tavrine {
 
+class KeepAwakeControlView;
 class Shell;
 
 /// Keeping the machine awake: its manager, made when the switch is first on, and its card in the menu.
@@ -29,7 +28,7 @@ public:
     /// The panel of the modes is closed whenever the menu opens.
     void menuWillOpen();
     /// The card. `beforeAlert` is called before it asks the person something: a menu would stand in the way.
-    [[nodiscard]] QWidget *makeControlView(std::function<void()> beforeAlert);
+    [[nodiscard]] KeepAwakeControlView *makeControlView(std::function<void()> beforeAlert);
 
 Q_SIGNALS:
     void stateChanged();

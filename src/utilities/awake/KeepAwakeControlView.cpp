@@ -144,6 +144,9 @@ void KeepAwakeControlView::refresh() {
     m_weekdaysRow->setVisible(m_model->showsTimes());
     m_weekdaysOnly->setChecked(manager.weekdaysOnly());
     updateGeometry();
+    layout()->activate();
+    if (const int measured = sizeHint().height(); std::exchange(m_measured, measured) != measured)
+        Q_EMIT measureChanged();
 }
 
 void KeepAwakeControlView::paintEvent(QPaintEvent *) {

@@ -31,6 +31,10 @@ public:
     explicit KeepAwakeControlView(std::unique_ptr<KeepAwakeControlModel> model);
     ~KeepAwakeControlView() override;
 
+Q_SIGNALS:
+    /// It wants to be higher or lower than it was.
+    void measureChanged();
+
 protected:
     void paintEvent(QPaintEvent *event) override;
     void showEvent(QShowEvent *event) override;
@@ -44,6 +48,7 @@ private:
     void refresh();
 
     std::unique_ptr<KeepAwakeControlModel> m_model;
+    int m_measured = 0;
     KeepAwakeHeader *m_header = nullptr;
     look::Toggle *m_switch = nullptr;
     look::SegmentedControl *m_durations = nullptr;

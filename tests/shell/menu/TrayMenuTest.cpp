@@ -3,6 +3,8 @@
 #include "shell/ShellTest.h"
 #include "shell/menu/QuickActionsGridView.h"
 #include "shell/menu/StatusMenuView.h"
+#include "utilities/awake/KeepAwakeControlView.h"
+#include "utilities/lofi/LofiMiniPlayer.h"
 
 #include <QApplication>
 #include <QTest>
@@ -114,6 +116,13 @@ TEST_F(TrayMenuTest, theQuickActionsStandAboveThePlainEntriesInTheirOrder) {
     press();
     show();
     EXPECT_LT(control("Screenshot").mapTo(&view(), QPoint()).y(), control("Clipboard Search").y());
+    const auto *music = view().findChild<LofiMiniPlayer *>();
+    const auto *card = view().findChild<KeepAwakeControlView *>();
+    ASSERT_TRUE(music && card);
+    EXPECT_EQ(music->mapTo(&view(), QPoint()), QPoint(12, 12));
+    EXPECT_EQ(card->mapTo(&view(), QPoint()).y(), 12 + music->height() + 8);
+    EXPECT_EQ(control("Screenshot").mapTo(&view(), QPoint()).y(),
+              card->mapTo(&view(), QPoint()).y() + card->height() + 8);
     EXPECT_LT(control("Clipboard Search").y(), control("Emoji Picker").y());
     EXPECT_LT(control("Emoji Picker").y(), control("Check for Updates…").y());
     EXPECT_LT(control("Check for Updates…").y(), control("Quit").y());
@@ -215,6 +224,28 @@ TEST_F(TrayMenuTest, aFlagThatGoesTakesItsTileAndItsHeightWithIt) {
     time.advance(50ms);
     EXPECT_LT(panel().height().height(), before);
     EXPECT_EQ(panel().frame().height(), view().sizeHint().height());
+}
+
+TEST_F(TrayMenuTest, theMenuGrowsWithTheModesOfKeepAwakeAndOpensWithoutThem) {
+    press();
+    show();
+    const double before = panel().height().height();
+    quietly([this] { control("Advanced Awake modes").click(); });
+    QCoreApplication::processEvents();
+    time.advance(20ms + 180ms);
+    const double halfway = panel().height().height();
+    EXPECT_GT(halfway, before);
+    time.advance(300ms);
+    const double whole = panel().height().height();
+    EXPECT_GT(whole, halfway);
+    EXPECT_EQ(whole, view().measuredGrid());
+    quietly([this] { control("Schedule").click(); });
+    QCoreApplication::processEvents();
+    quietly([this] { time.advance(1s); });
+    EXPECT_GT(panel().height().height(), whole);
+    press();
+    press();
+    EXPECT_FALSE(delegate->tools().keepAwake().manager().showAdvancedPanel());
 }
 
 TEST_F(TrayMenuTest, theMenuIsBuiltOnceAndShowsWhatChanged) {

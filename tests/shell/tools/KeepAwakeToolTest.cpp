@@ -1,7 +1,6 @@
 // Keep Awake within the program: its launch, its switch, and what the tray item tells of it.
 #include "../ShellTest.h"
-
-#include <QWidget>
+#include "utilities/awake/KeepAwakeControlView.h"
 
 namespace tavrine {
 namespace {
@@ -117,7 +116,7 @@ TEST_F(KeepAwakeToolTest, theCardAsksForPowerOnceWhatIsInItsWayIsGone) {
     launch();
     after([&] { awake().setMode(KeepAwakeMode::lidClosed); });
     int alertsBefore = -1;
-    const std::unique_ptr<QWidget> card(
+    const std::unique_ptr<KeepAwakeControlView> card(
         tool().makeControlView([&] { alertsBefore = int(desktop.alerts().shown().size()); }));
     card->show();
     after([&] { awake().toggle(); });
