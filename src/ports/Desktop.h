@@ -24,6 +24,7 @@ class EventPoster;
 class FilePanels;
 class HotKeys;
 class ImageCoder;
+class InterfaceCounters;
 class Keychain;
 class LoginItem;
 class MovieAsset;
@@ -31,6 +32,7 @@ class PanelWindows;
 class Pasteboard;
 class PowerAssertions;
 class PowerSource;
+class PathMonitor;
 class Recognizer;
 class Screens;
 class ScriptSyntax;
@@ -92,6 +94,10 @@ public:
     [[nodiscard]] virtual UrlOpener &urlOpener() = 0;
     [[nodiscard]] virtual UserNotifications &userNotifications() = 0;
     [[nodiscard]] virtual Keychain &keychain() = 0;
+
+    // The machine.
+    [[nodiscard]] virtual InterfaceCounters &interfaceCounters() = 0;
+    [[nodiscard]] virtual PathMonitor &pathMonitor() = 0;
 
     // Contents.
     [[nodiscard]] virtual Pasteboard &pasteboard() = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QImage>
 #include <QPoint>
 #include <QString>
@@ -10,13 +11,23 @@
 
 namespace tavrine {
 
-/// What the item shows. A template image is a mask: the desktop's own colour for such symbols takes its place.
+/// What a tray gives an image to be drawn on.
+struct StatusGround {
+    double scale = 1;               ///< device pixels per point
+    QColor label = QColor(0, 0, 0); ///< the tray's own colour for text and symbols
+    bool isSquare = false;          ///< whatever is drawn is fitted into a square
+};
+
+/// What the item shows. A template image is a mask: the tray's label colour takes its place.
 struct StatusImage {
-    /// Draws the image for `scale` device pixels per point; the result has scale times `width` by `height` pixels.
-    std::function<QImage(double scale)> draw;
+    /// Draws the image: scale times `width` by `height` pixels. On a square ground a wide image may draw itself as a
+    /// square of its height instead, so that it can be read there.
+    std::function<QImage(const StatusGround &ground)> draw;
     int width = 0;
     int height = 0;
     bool isTemplate = false;
+    /// Two images of one identity look the same. One without is like no other.
+    QString identity = {};
 };
 
 /// One line of the menu, for trays that draw menus themselves.
@@ -41,6 +52,7 @@ struct StatusItemMenu {
 ///  2. The item appears in a tray that starts later, and again in one that was restarted.
 ///  3. A tray that draws menus itself shows the one that was set; others tell of the press.
 ///  4. A desktop without a tray costs nothing and breaks nothing.
+///  5. An image that looks like the last one is not drawn again.
 class StatusItem {
 public:
     virtual ~StatusItem() = default;

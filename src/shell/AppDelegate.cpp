@@ -35,7 +35,7 @@ void debug(const char *text) {
 
 AppDelegate::AppDelegate(const Shell::Parts &parts, QObject *parent)
     : QObject(parent), m_shell(parts, panelContents()), m_tools(m_shell),
-      m_display(parts.desktop.statusItem(), parts.defaults),
+      m_display({parts.desktop.statusItem(), parts.defaults, m_shell.flags(), m_tools.networkSpeed().monitor()}),
       m_hotKeys(parts.desktop.hotKeys(), parts.desktop.eventMonitors(), parts.defaults, parts.desktop.time(),
                 hotKeyActions()),
       m_settingsWindow({m_shell, m_tools, m_hotKeys}),
@@ -62,6 +62,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     launch(Feature::notchShelf);
     debug("Registering Hotkeys...");
     m_hotKeys.registerHotkeys();
+    startSpeedObservers();
     launch(Feature::networkSpeed);
     subscribeToHistory();
     launch(Feature::clipboardHistory);
@@ -106,6 +107,22 @@ void AppDelegate::setupStatusItem() {
     m_shell.desktop().statusItem().setOnPress([this](QPoint place) { trayMenu().press(place); });
     m_shell.desktop().statusItem().setMenu({.lines = [this] { return trayMenu().lines(); },
                                             .onChosen = [this](int id) { trayMenu().choose(id); }});
+}
+
+void AppDelegate::startSpeedObservers() {
+    connect(&m_tools.networkSpeed().monitor(), &NetworkMonitor::published, this, [this] { updateStatusItemSoon(); });
+    observe(m_shell.center(), UserDefaults::didChangeNotification,
+            [this](const Notification &) { updateStatusItemSoon(); });
+    updateStatusItem();
+}
+
+/// Once a turn, however much has changed in it.
+void AppDelegate::updateStatusItemSoon() {
+    if (!std::exchange(m_isUpdateDue, true))
+        m_shell.time().async(this, [this] {
+            m_isUpdateDue = false;
+            updateStatusItem();
+        });
 }
 
 void AppDelegate::subscribeToHistory() {

@@ -73,6 +73,8 @@ private:
     void open(Trigger trigger);
     [[nodiscard]] bool isFeatureOn(Trigger trigger);
     void setupStatusItem();
+    void startSpeedObservers();
+    void updateStatusItemSoon();
     void subscribeToHistory();
     void showFreshCapture(const std::optional<ClipboardItem> &newest);
     void decideOnboarding();
@@ -91,6 +93,7 @@ private:
     MadeOnce<TrayMenu> m_trayMenu;
     std::unique_ptr<FlagReactions> m_flagReactions;
     std::vector<NotificationCenter::Token> m_observers;
+    bool m_isUpdateDue = false;
 };
 
 } // namespace tavrine

@@ -11,7 +11,4 @@ inline constexpr Preference<bool> showInMenuBar{"showInMenuBar", true};
 inline constexpr Preference<bool> keepAwakeShowBgIndicator{"keepAwakeShowBgIndicator", false};
 inline constexpr Preference<QString> keepAwakeBgColor{"keepAwakeBgColor", "#007AFF"};
 
-/// Whether the speed meter takes the icon's place.
-inline constexpr Preference<bool> showInternetSpeed{"showInternetSpeed", false};
-
 } // namespace tavrine::preference

@@ -4,6 +4,8 @@
 
 namespace tavrine {
 
+class FeatureFlags;
+class NetworkMonitor;
 class StatusItem;
 class UserDefaults;
 
@@ -16,19 +18,30 @@ struct KeepAwakeState {
 /// What the tray item shows: its picture, its tip, and whether it is there. AppDelegate owns it; main thread.
 class StatusDisplay {
 public:
-    StatusDisplay(StatusItem &item, const UserDefaults &defaults) : m_item(item), m_defaults(defaults) {}
+    /// All outlive the display.
+    struct Parts {
+        StatusItem &item;
+        const UserDefaults &defaults;
+        const FeatureFlags &flags;
+        const NetworkMonitor &monitor;
+    };
 
-    /// Visibility by the preference, and the icon.
+    explicit StatusDisplay(const Parts &parts) : m_parts(parts) {}
+
+    /// Visibility by the preference, and the icon, whatever is to be shown in its place later.
     void setUp();
     void setVisible(bool isVisible);
-    /// Tip and icon.
+    /// Tip and picture.
     void setKeepAwake(const KeepAwakeState &state);
-    /// Draws it with the present values.
+    /// Shows the figures of the speed meter where its switch is on and the person wants them, else the icon, with the
+    /// present values. Draws nothing while that looks the same.
     void updateStatusItem();
 
 private:
-    StatusItem &m_item;
-    const UserDefaults &m_defaults;
+    [[nodiscard]] bool showsSpeed() const;
+    void showIcon();
+
+    Parts m_parts;
     KeepAwakeState m_keepAwake;
 };
 

@@ -85,11 +85,17 @@ QColor indicatorColor(const QString &text) {
 
 StatusImage statusIcon(bool isAwake, bool showsIndicator, const QString &color) {
     if (isAwake && showsIndicator)
-        return {.draw = [pill = indicatorColor(color)](double scale) { return drawPill(scale, pill); },
-                .width = pillWidth,
-                .height = pillHeight,
-                .isTemplate = false};
-    return {.draw = drawSymbol, .width = symbolEdge, .height = symbolEdge, .isTemplate = true};
+        return {
+            .draw = [pill = indicatorColor(color)](const StatusGround &ground) { return drawPill(ground.scale, pill); },
+            .width = pillWidth,
+            .height = pillHeight,
+            .isTemplate = false,
+            .identity = QStringLiteral("pill ") + indicatorColor(color).name()};
+    return {.draw = [](const StatusGround &ground) { return drawSymbol(ground.scale); },
+            .width = symbolEdge,
+            .height = symbolEdge,
+            .isTemplate = true,
+            .identity = QStringLiteral("symbol")};
 }
 
 StatusImage statusIcon(bool isAwake, const UserDefaults &defaults) {

@@ -7,6 +7,7 @@
 #include "shell/StatusIcon.h"
 #include "support/Eventually.h"
 #include "support/StatusNotifierTray.h"
+#include "utilities/meter/SpeedImage.h"
 
 #include <QCursor>
 #include <QDBusMessage>
@@ -116,6 +117,25 @@ TEST_F(StatusNotifierItemTest, aChangeIsToldOnceAndOnlyWhenThereIsOne) {
     ASSERT_TRUE(eventually([&] { return tray.signalsSeen().size() >= 2; }));
     letPass(100ms);
     EXPECT_EQ(tray.signalsSeen(), QStringList({QStringLiteral("NewIcon"), QStringLiteral("NewToolTip")}));
+}
+
+TEST_F(StatusNotifierItemTest, theSpeedMeterIsASquareHereThatFollowsTheAppearanceOfTheDesktop) {
+    item->setImage(speedImage({.download = QStringLiteral("12.3MB"), .upload = QStringLiteral("   0 B")}));
+    ASSERT_TRUE(isShown());
+    const auto isInked = [this](const QColor &color) {
+        const QImage image = tray.pixmaps().value(1).toImage();
+        if (image.size() != QSize(44, 44))
+            return false;
+        int pixels = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                pixels += image.pixelColor(x, y) == color ? 1 : 0;
+        return pixels > 50;
+    };
+    EXPECT_TRUE(eventually([&] { return isInked(lightSymbolColor); }));
+    EXPECT_EQ(tray.pixmaps().value(0).toImage().size(), QSize(22, 22));
+    Portal portal(2);
+    EXPECT_TRUE(eventually([&] { return isInked(darkSymbolColor); }));
 }
 
 TEST_F(StatusNotifierItemTest, everyWayOfPressingAsksForTheMenu) {

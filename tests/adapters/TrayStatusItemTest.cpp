@@ -13,7 +13,10 @@ struct PlainTray final : TrayIcon {
     [[nodiscard]] Offer offer() const override { return m_offer; }
     [[nodiscard]] bool keepsShape() const override { return m_keepsShape; }
     void setWanted(bool isWanted) override { m_isWanted = isWanted; }
-    void setImage(const StatusImage &) override { m_gotImageWhileWanted = m_isWanted; }
+    void setImage(const StatusImage &) override {
+        m_gotImageWhileWanted = m_isWanted;
+        ++m_images;
+    }
     void setToolTip(const QString &) override {}
 
     void offers(Offer offer) {
@@ -25,6 +28,7 @@ struct PlainTray final : TrayIcon {
     bool m_keepsShape;
     bool m_isWanted = false;
     bool m_gotImageWhileWanted = false; // at the last image
+    int m_images = 0;
 };
 
 class TrayStatusItemTest : public testing::Test {
@@ -115,6 +119,23 @@ TEST_F(TrayStatusItemTest, aTrayThatIsLeftForAnImageIsLeftBeforeItHearsOfTheImag
     EXPECT_TRUE(newer->m_gotImageWhileWanted);
     item.setImage(imageOf(70, 22));
     EXPECT_FALSE(newer->m_gotImageWhileWanted);
+}
+
+TEST_F(TrayStatusItemTest, anImageOfTheSameIdentityIsNotHandedOnAndOneWithoutAlwaysIs) {
+    StatusImage image = imageOf(18, 18);
+    item.setImage(image);
+    item.setImage(image);
+    EXPECT_EQ(newer->m_images, 2);
+    image.identity = QStringLiteral("one");
+    item.setImage(image);
+    item.setImage(image);
+    EXPECT_EQ(newer->m_images, 3);
+    image.identity = QStringLiteral("another");
+    item.setImage(image);
+    EXPECT_EQ(newer->m_images, 4);
+    image.identity.clear();
+    item.setImage(image);
+    EXPECT_EQ(newer->m_images, 5);
 }
 
 TEST_F(TrayStatusItemTest, aHiddenItemIsInNoTray) {

@@ -12,8 +12,9 @@ namespace tavrine::test {
 /// An image in one colour.
 inline StatusImage plainImage(int width, int height, QColor color = Qt::red) {
     return {.draw =
-                [width, height, color](double scale) {
-                    QImage image(qRound(width * scale), qRound(height * scale), QImage::Format_ARGB32_Premultiplied);
+                [width, height, color](const StatusGround &ground) {
+                    QImage image(qRound(width * ground.scale), qRound(height * ground.scale),
+                                 QImage::Format_ARGB32_Premultiplied);
                     image.fill(color);
                     return image;
                 },

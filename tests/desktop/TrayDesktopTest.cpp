@@ -1,12 +1,14 @@
 // The status item in trays that people use, seen on the screen.
 
 #include "adapters/linux/StatusNotifierItem.h"
+#include "adapters/linux/StatusPixels.h"
 #include "adapters/linux/TrayStatusItem.h"
 #include "adapters/x11/XEmbedTrayIcon.h"
 #include "shell/StatusIcon.h"
 #include "support/Eventually.h"
 #include "support/Program.h"
 #include "support/StatusNotifierTray.h"
+#include "utilities/meter/SpeedImage.h"
 
 #include <QDir>
 #include <QFile>
@@ -23,6 +25,10 @@ namespace tavrine::test {
 namespace {
 
 using namespace std::chrono_literals;
+
+QString words(const char *text) {
+    return QString::fromLatin1(text);
+}
 
 constexpr QColor pillColor{255, 0, 170}; // on no desktop by itself
 
@@ -144,8 +150,9 @@ TEST_F(TrayOnTheDesktop, thePanelShowsAWideImageAtFullHeightAndASquareOneAgainAf
     ASSERT_TRUE(eventually([&] { return !placeOf(pillColor).isNull(); }));
     constexpr QColor meterColor{0, 170, 255};
     item->setImage({.draw =
-                        [meterColor](double scale) {
-                            QImage image(qRound(70 * scale), qRound(22 * scale), QImage::Format_ARGB32_Premultiplied);
+                        [meterColor](const StatusGround &ground) {
+                            QImage image(qRound(70 * ground.scale), qRound(22 * ground.scale),
+                                         QImage::Format_ARGB32_Premultiplied);
                             image.fill(meterColor);
                             return image;
                         },
@@ -159,6 +166,33 @@ TEST_F(TrayOnTheDesktop, thePanelShowsAWideImageAtFullHeightAndASquareOneAgainAf
     EXPECT_TRUE(placeOf(pillColor).isNull());
     item->setImage(statusIcon(true, true, pillColor.name()));
     EXPECT_TRUE(eventually([&] { return placeOf(meterColor).isNull() && !placeOf(pillColor).isNull(); }));
+}
+
+TEST_F(TrayOnTheDesktop, theOlderTrayShowsTheSpeedMeterAtFullHeightWithTheWidthOfItsKind) {
+    startTrayer();
+    const auto isShownAt = [this](double width, bool isConnected) {
+        item->setImage(speedImage({.download = QStringLiteral("12.3MB"),
+                                   .upload = QStringLiteral("   0 B"),
+                                   .isAwake = true,
+                                   .isConnected = isConnected,
+                                   .indicator = pillColor}));
+        item->setVisible(true);
+        return eventually([&] {
+            const QRect place = placeOf(pillColor);
+            return place.height() >= 22 && std::abs(place.width() * 22.0 / place.height() - width) < 3;
+        });
+    };
+    EXPECT_TRUE(isShownAt(70, true));
+    EXPECT_TRUE(isShownAt(92, false));
+    EXPECT_TRUE(isShownAt(70, true));
+}
+
+TEST_F(TrayOnTheDesktop, symbolsAreDarkInALightTrayThatNamesNoColour) {
+    trayer.emplace(words("trayer"), QStringList{words("--edge"), words("top"), words("--height"), words("24"),
+                                                words("--widthtype"), words("request")});
+    item->setImage(statusIcon(false, false, {}));
+    item->setVisible(true);
+    EXPECT_TRUE(eventually([] { return placeOf(darkSymbolColor).height() > 10; }));
 }
 
 TEST_F(TrayOnTheDesktop, theIconIsInAPanelThatRestarts) {

@@ -44,11 +44,13 @@ TEST_F(FlagReactionsTest, toolsWithATriggerAreFollowedByTheHotKeys) {
 }
 
 TEST_F(FlagReactionsTest, theMeterIsFollowedByADrawing) {
-    const int images = desktop.statusItem().imageCount();
+    defaults.set(text("showInternetSpeed"), true);
+    time.runPending();
+    EXPECT_EQ(desktop.statusItem().image().width, 70);
     EXPECT_THAT(callsAfter(Feature::networkSpeed, false), ElementsAre("networkSpeed off"));
-    EXPECT_EQ(desktop.statusItem().imageCount(), images + 1);
+    EXPECT_EQ(desktop.statusItem().image().width, 18);
     EXPECT_THAT(callsAfter(Feature::networkSpeed, true), ElementsAre("networkSpeed on"));
-    EXPECT_EQ(desktop.statusItem().imageCount(), images + 2);
+    EXPECT_EQ(desktop.statusItem().image().width, 70);
 }
 
 TEST_F(FlagReactionsTest, aToolThatIsNotBuiltYetIsPassedOver) {

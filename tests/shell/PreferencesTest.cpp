@@ -14,6 +14,7 @@
 #include "utilities/awake/KeepAwakePreferences.h"
 #include "utilities/emoji/EmojiPickerStore.h"
 #include "utilities/lofi/LofiManager.h"
+#include "utilities/meter/SpeedPreferences.h"
 
 #include <gmock/gmock.h>
 
@@ -66,6 +67,8 @@ std::vector<std::string> allPreferences() {
                                   row(keepAwakeShowBgIndicator),
                                   row(keepAwakeBgColor),
                                   row(showInternetSpeed),
+                                  row(speedDisplayMode),
+                                  row(speedTheme),
                                   row(classicFrame),
                                   row(layoutOrder),
                                   row(layoutShowScreenshot),
@@ -111,12 +114,15 @@ TEST(Preferences, areKeptUnderTheKeysAndWithTheFallbacksOfTheTable) {
         testing::UnorderedElementsAre(
             // The shell.
             "hasCompletedOnboarding: Bool false", "showInMenuBar: Bool true", "TavrineHistoryFrame: String none",
-            "keepAwakeShowBgIndicator: Bool false", "keepAwakeBgColor: String #007AFF", "showInternetSpeed: Bool false",
+            "keepAwakeShowBgIndicator: Bool false", "keepAwakeBgColor: String #007AFF",
             "discordBannerDismissed: Bool false",
             // The Quick Actions.
             "layoutOrder: String loFi,keepAwake,screenshot,screenRecord,qrScan,cleanMode,settings,editor",
             "layoutShowScreenshot: Bool true", "layoutShowEditor: Bool true", "layoutShowQRScan: Bool true",
             "layoutShowSubtitles: Bool true",
+            // The speed meter.
+            "showInternetSpeed: Bool false", "speedDisplayMode: String Download Only",
+            "speedTheme: String Glass Effect",
             // The switches of the tools.
             "featureNotchShelf: Bool true", "featureSnippingTool: Bool true", "featureScreenRecorder: Bool true",
             "featureTavrineEditor: Bool true", "featureClipboardHistory: Bool true", "featureNetworkSpeed: Bool true",

@@ -13,7 +13,7 @@ TEST(StatusIcon, isATemplateOfEighteenPointsUnlessAwakeAndIndicated) {
         EXPECT_TRUE(icon.isTemplate);
         EXPECT_EQ(icon.width, 18);
         EXPECT_EQ(icon.height, 18);
-        EXPECT_EQ(icon.draw(2).size(), QSize(36, 36));
+        EXPECT_EQ(icon.draw({.scale = 2}).size(), QSize(36, 36));
     }
 }
 
@@ -22,7 +22,7 @@ TEST(StatusIcon, isAPillOfTheChosenColourWhenAwakeAndIndicated) {
     EXPECT_FALSE(icon.isTemplate);
     EXPECT_EQ(icon.width, 28);
     EXPECT_EQ(icon.height, 22);
-    const QImage image = icon.draw(4);
+    const QImage image = icon.draw({.scale = 4});
     EXPECT_EQ(image.size(), QSize(112, 88));
     EXPECT_EQ(image.pixelColor(56, 2), QColor(0xFF, 0x80, 0x00)); // the full height
     EXPECT_EQ(image.pixelColor(2, 44), QColor(0xFF, 0x80, 0x00)); // the full width
@@ -31,8 +31,8 @@ TEST(StatusIcon, isAPillOfTheChosenColourWhenAwakeAndIndicated) {
 }
 
 TEST(StatusIcon, theSymbolOnThePillIsWhiteAndCentred) {
-    const QImage pill = statusIcon(true, true, QStringLiteral("#000000")).draw(4);
-    const QImage symbol = statusIcon(false, false, {}).draw(4);
+    const QImage pill = statusIcon(true, true, QStringLiteral("#000000")).draw({.scale = 4});
+    const QImage symbol = statusIcon(false, false, {}).draw({.scale = 4});
     for (int y = 0; y < symbol.height(); ++y)
         for (int x = 0; x < symbol.width(); ++x)
             ASSERT_NEAR(pill.pixelColor(x + 20, y + 8).red(), symbol.pixelColor(x, y).alpha(), 2) << x << ", " << y;

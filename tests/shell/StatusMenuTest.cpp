@@ -83,16 +83,16 @@ TEST_F(StatusMenuTest, theIconIsColouredOnlyWhileAwakeAndWanted) {
     const StatusImage pill = statusIcon(true, defaults);
     EXPECT_FALSE(pill.isTemplate);
     EXPECT_EQ(QSize(pill.width, pill.height), QSize(28, 22));
-    EXPECT_EQ(pill.draw(2.0).size(), QSize(56, 44));
-    EXPECT_EQ(pill.draw(1.0).pixelColor(3, 11), QColor(0x00, 0x7a, 0xff));
-    EXPECT_EQ(pill.draw(1.0).pixelColor(0, 0).alpha(), 0);
+    EXPECT_EQ(pill.draw({.scale = 2.0}).size(), QSize(56, 44));
+    EXPECT_EQ(pill.draw({.scale = 1.0}).pixelColor(3, 11), QColor(0x00, 0x7a, 0xff));
+    EXPECT_EQ(pill.draw({.scale = 1.0}).pixelColor(0, 0).alpha(), 0);
 }
 
 TEST_F(StatusMenuTest, aColourThatDoesNotParseIsTheSystemBlue) {
     defaults.set(text("keepAwakeShowBgIndicator"), true);
     const auto color = [&](const char *stored) {
         defaults.set(text("keepAwakeBgColor"), text(stored));
-        return statusIcon(true, defaults).draw(1.0).pixelColor(3, 11);
+        return statusIcon(true, defaults).draw({.scale = 1.0}).pixelColor(3, 11);
     };
     EXPECT_EQ(color("#FF8000"), QColor(0xff, 0x80, 0x00));
     EXPECT_EQ(color("#ff8000"), QColor(0xff, 0x80, 0x00));
@@ -103,7 +103,7 @@ TEST_F(StatusMenuTest, aColourThatDoesNotParseIsTheSystemBlue) {
 TEST_F(StatusMenuTest, theTemplateIsBlackOnClearInEachScale) {
     const StatusImage icon = statusIcon(false, defaults);
     for (const double scale : {1.0, 1.5, 2.0}) {
-        const QImage image = icon.draw(scale);
+        const QImage image = icon.draw({.scale = scale});
         EXPECT_EQ(image.width(), static_cast<int>(18 * scale));
         int opaque = 0;
         for (int y = 0; y < image.height(); ++y) {

@@ -10,6 +10,8 @@
 #include "adapters/linux/InhibitingServices.h"
 #include "adapters/linux/LateAccessibility.h"
 #include "adapters/linux/LinuxPowerAssertions.h"
+#include "adapters/linux/NetlinkCounters.h"
+#include "adapters/linux/NetlinkPathMonitor.h"
 #include "adapters/linux/NoFeedUpdater.h"
 #include "adapters/linux/NoMovieAsset.h"
 #include "adapters/linux/PlayerProcess.h"
@@ -130,6 +132,14 @@ Keychain &LinuxDesktop::keychain() {
         return std::make_unique<PluginKeychain>(
             [] { return qobject_cast<Keychain *>(loadPlugin(QStringLiteral("keychain"))); });
     });
+}
+
+InterfaceCounters &LinuxDesktop::interfaceCounters() {
+    return m_interfaceCounters.get([] { return std::make_unique<NetlinkCounters>(); });
+}
+
+PathMonitor &LinuxDesktop::pathMonitor() {
+    return m_pathMonitor.get([] { return std::make_unique<NetlinkPathMonitor>(); });
 }
 
 ImageCoder &LinuxDesktop::imageCoder() {

@@ -38,6 +38,8 @@ public:
     [[nodiscard]] UrlOpener &urlOpener() final;
     [[nodiscard]] UserNotifications &userNotifications() final;
     [[nodiscard]] Keychain &keychain() final;
+    [[nodiscard]] InterfaceCounters &interfaceCounters() final;
+    [[nodiscard]] PathMonitor &pathMonitor() final;
     [[nodiscard]] ImageCoder &imageCoder() final;
     [[nodiscard]] MovieAsset &movieAsset() final;
     [[nodiscard]] Recognizer &recognizer() final;
@@ -82,6 +84,8 @@ private:
     MadeOnce<UrlOpener> m_urlOpener;
     MadeOnce<UserNotifications> m_userNotifications;
     MadeOnce<Keychain> m_keychain;
+    MadeOnce<InterfaceCounters> m_interfaceCounters;
+    MadeOnce<PathMonitor> m_pathMonitor;
     MadeOnce<ImageCoder> m_imageCoder;
     MadeOnce<MovieAsset> m_movieAsset;
     MadeOnce<Recognizer> m_recognizer;

@@ -16,6 +16,7 @@
 #include "adapters/fake/FakeFilePanels.h"
 #include "adapters/fake/FakeHotKeys.h"
 #include "adapters/fake/FakeImageCoder.h"
+#include "adapters/fake/FakeInterfaceCounters.h"
 #include "adapters/fake/FakeKeychain.h"
 #include "adapters/fake/FakeLoginItem.h"
 #include "adapters/fake/FakeMovieAsset.h"
@@ -23,6 +24,7 @@
 #include "adapters/fake/FakePasteboard.h"
 #include "adapters/fake/FakePowerAssertions.h"
 #include "adapters/fake/FakePowerSource.h"
+#include "adapters/fake/FakePathMonitor.h"
 #include "adapters/fake/FakeRecognizer.h"
 #include "adapters/fake/FakeScreens.h"
 #include "adapters/fake/FakeScriptSyntax.h"
@@ -78,6 +80,8 @@ public:
     [[nodiscard]] FakeUrlOpener &urlOpener() override { return m_urlOpener; }
     [[nodiscard]] FakeUserNotifications &userNotifications() override { return m_userNotifications; }
     [[nodiscard]] FakeKeychain &keychain() override { return m_keychain; }
+    [[nodiscard]] FakeInterfaceCounters &interfaceCounters() override { return m_interfaceCounters; }
+    [[nodiscard]] FakePathMonitor &pathMonitor() override { return m_pathMonitor; }
     [[nodiscard]] FakePasteboard &pasteboard() override { return m_pasteboard; }
     [[nodiscard]] FakeImageCoder &imageCoder() override { return m_imageCoder; }
     [[nodiscard]] FakeMovieAsset &movieAsset() override { return m_movieAsset; }
@@ -124,6 +128,8 @@ private:
     FakeUrlOpener m_urlOpener;
     FakeUserNotifications m_userNotifications{m_time};
     FakeKeychain m_keychain;
+    FakeInterfaceCounters m_interfaceCounters;
+    FakePathMonitor m_pathMonitor{m_time};
     FakePasteboard m_pasteboard;
     FakeImageCoder m_imageCoder;
     FakeMovieAsset m_movieAsset;

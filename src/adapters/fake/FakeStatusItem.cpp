@@ -9,8 +9,10 @@ void FakeStatusItem::setVisible(bool visible) {
 }
 
 void FakeStatusItem::setImage(const StatusImage &image) {
-    m_image = image;
     ++m_imageCount;
+    if (m_image.identity.isEmpty() || m_image.identity != image.identity)
+        ++m_drawings;
+    m_image = image;
 }
 
 void FakeStatusItem::setTrayRunning(bool isRunning) {

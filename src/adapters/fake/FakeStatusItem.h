@@ -30,8 +30,9 @@ public:
     [[nodiscard]] bool isShown() const { return m_isVisible && m_isTrayRunning; }
     [[nodiscard]] const QString &toolTip() const { return m_toolTip; }
     [[nodiscard]] const StatusImage &image() const { return m_image; }
-    [[nodiscard]] QImage render(double scale) const { return m_image.draw ? m_image.draw(scale) : QImage(); }
+    [[nodiscard]] QImage render(double scale) const { return m_image.draw ? m_image.draw({.scale = scale}) : QImage(); }
     [[nodiscard]] int imageCount() const { return m_imageCount; } ///< how often an image was set
+    [[nodiscard]] int drawings() const { return m_drawings; }     ///< those that do not look like the one before
 
 private:
     void tellIfShown(bool wasShown);
@@ -43,6 +44,7 @@ private:
     StatusImage m_image;
     QString m_toolTip;
     int m_imageCount = 0;
+    int m_drawings = 0;
     bool m_isVisible = false;
     bool m_isTrayRunning = true;
 };

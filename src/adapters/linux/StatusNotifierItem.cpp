@@ -211,7 +211,8 @@ void StatusNotifierItem::refreshPixmaps() {
         m_appearance && m_appearance->settings().colorScheme == ColorScheme::light ? darkSymbolColor : lightSymbolColor;
     StatusNotifierPixmaps pixmaps;
     for (const double scale : {1.0, 2.0})
-        if (const QImage image = statusPixels(m_image, scale, color); !image.isNull())
+        if (const QImage image = statusPixels(m_image, {.scale = scale, .label = color, .isSquare = !keepsShape()});
+            !image.isNull())
             pixmaps.append(StatusNotifierPixmap::fromImage(image));
     if (pixmaps == m_adaptor->pixmaps)
         return;

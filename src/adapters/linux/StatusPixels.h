@@ -12,8 +12,11 @@ namespace tavrine {
 inline constexpr QColor lightSymbolColor{0xf2, 0xf2, 0xf2};
 inline constexpr QColor darkSymbolColor{0x2e, 0x34, 0x36};
 
-/// The image at `scale` device pixels per point, a template in `symbolColor`. Null when there is nothing to draw or the
-/// result would be larger than any tray (2048 pixels).
-[[nodiscard]] QImage statusPixels(const StatusImage &image, double scale, const QColor &symbolColor);
+/// The one of the two that is easier to see on `background`. The light one where that is mostly transparent.
+[[nodiscard]] QColor symbolColorOn(const QImage &background);
+
+/// The image on that ground, a template in its label colour. Null when there is nothing to draw or the result would be
+/// larger than any tray (2048 pixels).
+[[nodiscard]] QImage statusPixels(const StatusImage &image, const StatusGround &ground);
 
 } // namespace tavrine

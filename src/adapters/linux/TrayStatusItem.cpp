@@ -50,6 +50,8 @@ void TrayStatusItem::setVisible(bool visible) {
 }
 
 void TrayStatusItem::setImage(const StatusImage &image) {
+    if (std::exchange(m_identity, image.identity) == image.identity && !image.identity.isEmpty())
+        return;
     m_isWide = 2 * image.width > 3 * image.height;
     // A tray that is left by this need not hear of the image any more: Xfce's ends when an item changes and goes at
     // once.

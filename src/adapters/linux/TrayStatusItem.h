@@ -34,6 +34,7 @@ private:
     std::function<void(QPoint)> m_onPress;
     std::function<void()> m_onShown;
     TrayIcon *m_chosen = nullptr;
+    QString m_identity; ///< of the last image
     bool m_isWide = false;
     bool m_isVisible = false;
     bool m_isShown = false;

@@ -4,6 +4,7 @@
 #include "adapters/x11/XcbClient.h"
 #include "adapters/x11/XcbPicture.h"
 
+#include <QDeadlineTimer>
 #include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
@@ -21,6 +22,8 @@ using namespace std::chrono_literals;
 constexpr auto toolTipDelay = 700ms; // as the toolkits wait
 constexpr int usualHeight = 24;      // asked for until the tray says what it gives
 constexpr int largestEdge = 1024;
+// Reading the background wipes the icon for a moment, which must not be seen with every figure of the speed meter.
+constexpr auto backgroundLasts = 10s;
 
 /// The tray counts pixels; windows are placed in points.
 QPoint toPoints(QPoint pixels) {
@@ -58,6 +61,7 @@ private:
     void readColors();
     void makeWindow();
     [[nodiscard]] QImage background();
+    [[nodiscard]] QImage readBackground();
     [[nodiscard]] QSize shapeFor(int height) const;
     void askForShape(QSize shape);
     void setWords(const char *property, xcb_atom_t type, std::initializer_list<quint32> words);
@@ -66,7 +70,9 @@ private:
     QTimer m_toolTipTimer;
     QPoint m_hoverPlace;
     std::optional<XcbPicture> m_picture;
-    QColor m_symbolColor = lightSymbolColor;
+    std::optional<QColor> m_symbolColor; // where the tray names one
+    QImage m_background;                 // as it was read last; null when it may be another one by now
+    QDeadlineTimer m_backgroundEnd;
     QSize m_size;       // of the window, as the tray has it
     QSize m_shapeAsked; // last; a tray that gives another one is not asked again
     xcb_window_t m_window = XCB_WINDOW_NONE;
@@ -128,7 +134,7 @@ void XEmbedTrayIcon::Private::setTray(xcb_window_t owner) {
 /// Twelve words: red, green and blue of the symbol colour and of three that are for warnings, 16 bits each.
 void XEmbedTrayIcon::Private::readColors() {
     const auto words = client.words(tray, "_NET_SYSTEM_TRAY_COLORS");
-    m_symbolColor = lightSymbolColor;
+    m_symbolColor.reset();
     if (words.size() >= 3)
         m_symbolColor = QColor::fromRgba64(static_cast<quint16>(words[0]), static_cast<quint16>(words[1]),
                                            static_cast<quint16>(words[2]));
@@ -138,6 +144,7 @@ void XEmbedTrayIcon::Private::dock() {
     if (tray == XCB_WINDOW_NONE || m_window != XCB_WINDOW_NONE)
         return;
     makeWindow();
+    m_background = {};
     constexpr quint32 requestDock = 0;
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
@@ -276,6 +283,7 @@ void XEmbedTrayIcon::Private::onEvent(const xcb_generic_event_t &event) {
         break;
     }
     case XCB_EXPOSE:
+        m_background = {};
         m_isDrawingDue = true;
         break;
     case XCB_BUTTON_PRESS:
@@ -313,6 +321,7 @@ void XEmbedTrayIcon::Private::onPropertyOfTray(xcb_atom_t property) {
 
 void XEmbedTrayIcon::Private::onConfigured(QSize size) {
     m_isDrawingDue = m_isDrawingDue || size != m_size;
+    m_background = {}; // it may have been moved
     m_size = size;
 }
 
@@ -339,13 +348,21 @@ void XEmbedTrayIcon::Private::hover(bool isInside, QPoint place) {
         m_showToolTip({}, {});
 }
 
-/// What the tray shows beneath the icon, where it offers no transparency.
 QImage XEmbedTrayIcon::Private::background() {
+    if (m_background.size() != m_size || m_backgroundEnd.hasExpired()) {
+        m_background = readBackground();
+        m_backgroundEnd.setRemainingTime(backgroundLasts);
+    }
+    return m_background;
+}
+
+/// What the tray shows beneath the icon, where it offers no transparency.
+QImage XEmbedTrayIcon::Private::readBackground() {
     QImage pixels(m_size, QImage::Format_ARGB32_Premultiplied);
     pixels.fill(Qt::transparent);
-    xcb_clear_area(client.connection(), 0, m_window, 0, 0, 0, 0);
     if (m_picture->hasAlpha())
         return pixels;
+    xcb_clear_area(client.connection(), 0, m_window, 0, 0, 0, 0);
     const auto answer = client.reply<xcb_get_image_reply_t>(
         xcb_get_image(client.connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, m_window, 0, 0,
                       static_cast<quint16>(m_size.width()), static_cast<quint16>(m_size.height()), ~0U));
@@ -368,8 +385,9 @@ void XEmbedTrayIcon::Private::draw() {
     if (shape != m_size && std::exchange(m_shapeAsked, shape) != shape)
         askForShape(shape);
     const double scale = std::min(double(m_size.width()) / image.width, double(m_size.height()) / image.height);
-    const QImage pixels = statusPixels(image, scale, m_symbolColor);
     QImage canvas = background();
+    const QImage pixels =
+        statusPixels(image, {.scale = scale, .label = m_symbolColor ? *m_symbolColor : symbolColorOn(canvas)});
     if (!pixels.isNull()) {
         QPainter painter(&canvas);
         painter.drawImage(QPoint((m_size.width() - pixels.width()) / 2, (m_size.height() - pixels.height()) / 2),

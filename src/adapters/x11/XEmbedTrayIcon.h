@@ -12,8 +12,8 @@ namespace tavrine {
 /// comes or goes. Each docking makes a window anew, in the visual that the tray names. The window has the image's
 /// shape; the image is drawn at whatever size the tray gives, in the middle.
 ///
-/// A template takes the symbol colour that the tray names, else a light one. Where the tray offers no transparency, the
-/// tray's own background is drawn beneath.
+/// Where the tray offers no transparency, its own background is drawn beneath. Symbols and text take the colour that
+/// the tray names, else one that stands out from that background, else a light one.
 class XEmbedTrayIcon final : public TrayIcon {
 public:
     /// Shows `text` beside the pointer, which rests at `place`; an empty text hides what is shown. Trays of this kind

@@ -7,6 +7,7 @@
 #include "shell/tools/EmojiPickerTool.h"
 #include "shell/tools/KeepAwakeTool.h"
 #include "shell/tools/LofiTool.h"
+#include "shell/tools/NetworkSpeedTool.h"
 #include "shell/tools/SnippingTool.h"
 
 #include <array>
@@ -33,6 +34,7 @@ public:
     [[nodiscard]] EmojiPickerTool &emojiPicker() { return m_emojiPicker; }
     [[nodiscard]] LofiTool &lofi() { return m_lofi; }
     [[nodiscard]] KeepAwakeTool &keepAwake() { return m_keepAwake; }
+    [[nodiscard]] NetworkSpeedTool &networkSpeed() { return m_networkSpeed; }
 
     /// Has no switch of its own.
     [[nodiscard]] ColorPickerManager &colorPicker();
@@ -45,6 +47,7 @@ private:
     EmojiPickerTool m_emojiPicker;
     LofiTool m_lofi;
     KeepAwakeTool m_keepAwake;
+    NetworkSpeedTool m_networkSpeed;
     MadeOnce<ColorPickerManager> m_colorPicker;
     std::array<Tool *, featureTexts.size()> m_byFeature{};
 };
