@@ -21,6 +21,7 @@ class ColorSamplers;
 class Downloads;
 class EventMonitors;
 class EventPoster;
+class EventTaps;
 class FilePanels;
 class HotKeys;
 class ImageCoder;
@@ -86,6 +87,7 @@ public:
     [[nodiscard]] virtual HotKeys &hotKeys() = 0;
     [[nodiscard]] virtual EventMonitors &eventMonitors() = 0;
     [[nodiscard]] virtual EventPoster &eventPoster() = 0;
+    [[nodiscard]] virtual EventTaps &eventTaps() = 0;
 
     // The person.
     [[nodiscard]] virtual Access &access() = 0;

@@ -8,6 +8,7 @@
 #include "adapters/x11/X11Compositor.h"
 #include "adapters/x11/X11EventMonitors.h"
 #include "adapters/x11/X11EventPoster.h"
+#include "adapters/x11/X11EventTap.h"
 #include "adapters/x11/X11HotKeys.h"
 #include "adapters/x11/X11PanelWindow.h"
 #include "adapters/x11/X11Pasteboard.h"
@@ -35,7 +36,7 @@ std::vector<std::unique_ptr<TrayIcon>> trayIcons() {
 
 } // namespace
 
-X11Desktop::X11Desktop() = default;
+X11Desktop::X11Desktop() : m_silence(std::make_shared<KeyboardSilence>()) {}
 X11Desktop::~X11Desktop() = default;
 
 Workspace &X11Desktop::workspace() {
@@ -75,11 +76,11 @@ void X11Desktop::watchCompositing(std::function<void(bool isComposited)> handler
 }
 
 HotKeys &X11Desktop::hotKeys() {
-    return m_hotKeys.get([] { return std::make_unique<X11HotKeys>(); });
+    return m_hotKeys.get([this] { return std::make_unique<X11HotKeys>(m_silence); });
 }
 
 EventMonitors &X11Desktop::eventMonitors() {
-    return m_eventMonitors.get([] { return std::make_unique<X11EventMonitors>(); });
+    return m_eventMonitors.get([this] { return std::make_unique<X11EventMonitors>(m_silence); });
 }
 
 EventPoster &X11Desktop::eventPoster() {
@@ -87,6 +88,10 @@ EventPoster &X11Desktop::eventPoster() {
     return m_eventPoster.get([this] {
         return std::make_unique<X11EventPoster>([this] { return pasteboard().string().value_or(QString()); });
     });
+}
+
+EventTaps &X11Desktop::eventTaps() {
+    return m_eventTaps.get([this] { return std::make_unique<X11EventTaps>(m_silence); });
 }
 
 Access &X11Desktop::access() {

@@ -4,6 +4,7 @@
 
 namespace tavrine {
 
+class KeyboardSilence;
 class X11ApplicationActivator;
 class X11Compositor;
 
@@ -23,6 +24,7 @@ public:
     [[nodiscard]] HotKeys &hotKeys() override;
     [[nodiscard]] EventMonitors &eventMonitors() override;
     [[nodiscard]] EventPoster &eventPoster() override;
+    [[nodiscard]] EventTaps &eventTaps() override;
     [[nodiscard]] Access &access() override;
     [[nodiscard]] Pasteboard &pasteboard() override;
 
@@ -34,6 +36,7 @@ protected:
 private:
     [[nodiscard]] X11ApplicationActivator &x11Activator();
 
+    const std::shared_ptr<KeyboardSilence> m_silence; ///< while keys are dropped
     MadeOnce<Pasteboard> m_pasteboard;
     MadeOnce<Workspace> m_workspace;
     MadeOnce<StatusItem> m_statusItem;
@@ -43,6 +46,7 @@ private:
     MadeOnce<X11ApplicationActivator> m_activator;
     MadeOnce<PanelWindows> m_panelWindows;
     MadeOnce<EventPoster> m_eventPoster;
+    MadeOnce<EventTaps> m_eventTaps;
     MadeOnce<Screens> m_screens;
     MadeOnce<ColorSamplers> m_colorSamplers;
     std::unique_ptr<X11Compositor> m_compositor;

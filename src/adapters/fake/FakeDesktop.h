@@ -13,6 +13,7 @@
 #include "adapters/fake/FakeDownloads.h"
 #include "adapters/fake/FakeEventMonitors.h"
 #include "adapters/fake/FakeEventPoster.h"
+#include "adapters/fake/FakeEventTap.h"
 #include "adapters/fake/FakeFilePanels.h"
 #include "adapters/fake/FakeHotKeys.h"
 #include "adapters/fake/FakeImageCoder.h"
@@ -74,6 +75,7 @@ public:
     [[nodiscard]] FakeHotKeys &hotKeys() override { return m_hotKeys; }
     [[nodiscard]] FakeEventMonitors &eventMonitors() override { return m_eventMonitors; }
     [[nodiscard]] FakeEventPoster &eventPoster() override { return m_eventPoster; }
+    [[nodiscard]] FakeEventTaps &eventTaps() override { return m_eventTaps; }
     [[nodiscard]] FakeAccess &access() override { return m_access; }
     [[nodiscard]] FakeAlerts &alerts() override { return m_alerts; }
     [[nodiscard]] FakeFilePanels &filePanels() override { return m_filePanels; }
@@ -122,6 +124,7 @@ private:
     FakeHotKeys m_hotKeys;
     FakeEventMonitors m_eventMonitors;
     FakeEventPoster m_eventPoster;
+    FakeEventTaps m_eventTaps{m_time};
     FakeAccess m_access;
     FakeAlerts m_alerts;
     FakeFilePanels m_filePanels{m_time};

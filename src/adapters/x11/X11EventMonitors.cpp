@@ -53,8 +53,8 @@ private:
     std::shared_ptr<Entry> m_entry;
 };
 
-X11EventMonitors::X11EventMonitors()
-    : m_client([this](const xcb_generic_event_t &event) { handle(event); }),
+X11EventMonitors::X11EventMonitors(std::shared_ptr<const KeyboardSilence> silence)
+    : m_silence(std::move(silence)), m_client([this](const xcb_generic_event_t &event) { handle(event); }),
       m_map(m_client, [this] { takeHeldKeys(); }) {
     if (m_client.isConnected())
         qApp->installEventFilter(this);
@@ -167,6 +167,8 @@ void X11EventMonitors::onRawKey(int keycode, bool isPress, quint32 time) {
             tellFlags();
         return;
     }
+    if (m_silence && m_silence->covers(time))
+        return;
     if (const quint32 flag = m_map.keyboard().modifierFlagOf(keycode, m_group)) {
         if (m_heldModifiers.emplace(keycode, flag).second) // a key that repeats is held already
             tellFlags();

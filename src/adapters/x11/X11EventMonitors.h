@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/x11/KeyboardSilence.h"
 #include "adapters/x11/X11KeyboardMap.h"
 #include "adapters/x11/XcbClient.h"
 #include "ports/EventMonitors.h"
@@ -21,7 +22,8 @@ namespace tavrine {
 /// of ours may be gone before the raw event of the key that closed it arrives, so presses are known by their time.
 class X11EventMonitors final : public QObject, public EventMonitors {
 public:
-    X11EventMonitors();
+    /// In `silence`, where there is one, nothing that goes down is told.
+    explicit X11EventMonitors(std::shared_ptr<const KeyboardSilence> silence = {});
     ~X11EventMonitors() override;
 
     [[nodiscard]] std::unique_ptr<EventMonitor> addGlobalMonitor(quint32 mask, GlobalHandler handler) override;
@@ -51,6 +53,7 @@ private:
     bool tell(const Entries &entries, const InputEvent &event);
     [[nodiscard]] bool isPointerOverOurWindow();
 
+    std::shared_ptr<const KeyboardSilence> m_silence;
     XcbClient m_client;
     X11KeyboardMap m_map;
     Entries m_global;

@@ -23,19 +23,19 @@ quint32 ownWindows() {
 
 } // namespace
 
-X11HotKeys::X11HotKeys() : m_onThread(new QObject) {
+X11HotKeys::X11HotKeys(std::shared_ptr<const KeyboardSilence> silence) : m_onThread(new QObject) {
     m_thread.setObjectName(QStringLiteral("hot keys"));
     m_onThread->moveToThread(&m_thread);
     QObject::connect(&m_thread, &QThread::finished, m_onThread, &QObject::deleteLater);
     m_thread.start();
     QMetaObject::invokeMethod(
         m_onThread,
-        [this, windows = ownWindows()] {
+        [this, windows = ownWindows(), silence = std::move(silence)] {
             const auto tell = [this](HotKeyRef ref, quint32 press) {
                 QMetaObject::invokeMethod(
                     &m_mainThread, [this, ref, press] { onPress(ref, press); }, Qt::QueuedConnection);
             };
-            m_grabs = new X11KeyGrabs(windows, tell, m_onThread);
+            m_grabs = new X11KeyGrabs(windows, silence, tell, m_onThread);
         },
         Qt::QueuedConnection);
 }

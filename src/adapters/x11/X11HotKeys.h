@@ -6,9 +6,11 @@
 #include <QThread>
 
 #include <map>
+#include <memory>
 
 namespace tavrine {
 
+class KeyboardSilence;
 class X11KeyGrabs;
 
 /// Hot keys as passive grabs on the root window, which are kept on a thread of their own (see X11KeyGrabs).
@@ -17,7 +19,8 @@ class X11KeyGrabs;
 /// no hot key can be registered.
 class X11HotKeys final : public HotKeys {
 public:
-    X11HotKeys();
+    /// In `silence`, where there is one, no press counts.
+    explicit X11HotKeys(std::shared_ptr<const KeyboardSilence> silence = {});
     ~X11HotKeys() override;
 
     void installHandler(Handler handler) override { m_handler = std::move(handler); }

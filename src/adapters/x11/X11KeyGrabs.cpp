@@ -23,8 +23,9 @@ std::vector<quint16> combinations(const std::vector<quint16> &bits) {
 
 } // namespace
 
-X11KeyGrabs::X11KeyGrabs(quint32 ownWindows, OnPress onPress, QObject *parent)
-    : QObject(parent), m_onPress(std::move(onPress)),
+X11KeyGrabs::X11KeyGrabs(quint32 ownWindows, std::shared_ptr<const KeyboardSilence> silence, OnPress onPress,
+                         QObject *parent)
+    : QObject(parent), m_onPress(std::move(onPress)), m_silence(std::move(silence)),
       m_client([this](const xcb_generic_event_t &event) { handle(event); }), m_map(m_client, [this] { onMap(); }),
       m_ownWindows(ownWindows) {
     m_again.setSingleShot(true);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/x11/KeyboardSilence.h"
 #include "adapters/x11/X11KeyboardMap.h"
 
 #include <QObject>
@@ -24,7 +25,8 @@ namespace tavrine {
 ///     it goes on by itself.
 ///  3. While another program holds both keyboard and pointer, as for a menu, presses are known from the raw events,
 ///     which pass every grab. A keyboard that alone is held is meant to be (a virtual machine, a remote desktop), and a
-///     window over the whole screen that holds both is a locked screen, or a screen frozen by us.
+///     window over the whole screen that holds both is a locked screen, or a screen frozen by us. While this program
+///     drops all keys, none counts.
 class X11KeyGrabs : public QObject {
 public:
     static constexpr std::chrono::milliseconds longestFreeze{1000};
@@ -36,8 +38,8 @@ public:
     /// `onPress` is called on this object's thread, with the number of the press.
     using OnPress = std::function<void(Key key, quint32 press)>;
 
-    /// `ownWindows` is the base of this program's window numbers.
-    X11KeyGrabs(quint32 ownWindows, OnPress onPress, QObject *parent);
+    /// `ownWindows` is the base of this program's window numbers. `silence` may be null.
+    X11KeyGrabs(quint32 ownWindows, std::shared_ptr<const KeyboardSilence> silence, OnPress onPress, QObject *parent);
 
     [[nodiscard]] Result add(Key key, quint8 keycode, quint32 modifiers);
     void remove(Key key);
@@ -72,6 +74,7 @@ private:
     [[nodiscard]] std::vector<quint16> meaning() const;
 
     OnPress m_onPress;
+    std::shared_ptr<const KeyboardSilence> m_silence;
     XcbClient m_client;
     X11KeyboardMap m_map;
     std::map<Key, Grab> m_grabs;

@@ -62,6 +62,8 @@ void X11KeyGrabs::onKeyPress(const xcb_key_press_event_t &press) {
 }
 
 void X11KeyGrabs::onRawKey(quint8 keycode, quint32 time) {
+    if (m_silence && m_silence->covers(time))
+        return;
     const auto key = m_isFrozen ? std::nullopt : keyFor(keycode, m_modifiers);
     if (!key)
         return;

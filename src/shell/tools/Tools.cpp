@@ -6,13 +6,14 @@
 namespace tavrine {
 
 Tools::Tools(Shell &shell)
-    : m_shell(shell), m_editor(shell), m_snipping(shell, m_editor), m_clipboard(shell), m_emojiPicker(shell),
-      m_lofi(shell), m_keepAwake(shell), m_networkSpeed(shell) {
+    : m_shell(shell), m_editor(shell), m_snipping(shell, m_editor), m_clipboard(shell), m_cleaningMode(shell),
+      m_emojiPicker(shell), m_lofi(shell), m_keepAwake(shell), m_networkSpeed(shell) {
     Tools &tools = *this;
     tools[Feature::snippingTool] = &m_snipping;
     tools[Feature::tavrineEditor] = &m_editor;
     tools[Feature::clipboardHistory] = &m_clipboard;
     tools[Feature::loFi] = &m_lofi;
+    tools[Feature::cleaningMode] = &m_cleaningMode;
     tools[Feature::networkSpeed] = &m_networkSpeed;
     tools[Feature::emojiPicker] = &m_emojiPicker;
     tools[Feature::keepAwake] = &m_keepAwake;

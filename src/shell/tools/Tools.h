@@ -2,6 +2,7 @@
 
 #include "base/MadeOnce.h"
 #include "shell/FeatureFlags.h"
+#include "shell/tools/CleaningModeTool.h"
 #include "shell/tools/ClipboardTool.h"
 #include "shell/tools/EditorTool.h"
 #include "shell/tools/EmojiPickerTool.h"
@@ -31,6 +32,7 @@ public:
     [[nodiscard]] EditorTool &editor() { return m_editor; }
     [[nodiscard]] SnippingTool &snipping() { return m_snipping; }
     [[nodiscard]] ClipboardTool &clipboard() { return m_clipboard; }
+    [[nodiscard]] CleaningModeTool &cleaningMode() { return m_cleaningMode; }
     [[nodiscard]] EmojiPickerTool &emojiPicker() { return m_emojiPicker; }
     [[nodiscard]] LofiTool &lofi() { return m_lofi; }
     [[nodiscard]] KeepAwakeTool &keepAwake() { return m_keepAwake; }
@@ -44,6 +46,7 @@ private:
     EditorTool m_editor;
     SnippingTool m_snipping;
     ClipboardTool m_clipboard;
+    CleaningModeTool m_cleaningMode;
     EmojiPickerTool m_emojiPicker;
     LofiTool m_lofi;
     KeepAwakeTool m_keepAwake;

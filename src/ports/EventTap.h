@@ -1,0 +1,37 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace tavrine {
+
+/// Drops every key of every keyboard, whoever it is for, from the moment at which it drops them until it is destroyed.
+/// Lives on the main thread.
+///
+///  1. Modifiers, media keys, shortcuts of the desktop and of this program die as well. The pointer is free.
+///  2. To the others all keys are up when it begins and when it ends, and locks and the layout are as they were: what
+///     keys did to them meanwhile is taken back, what the person did by other means stays.
+///  3. The end of this process, however it comes, ends it.
+class EventTap {
+public:
+    enum class State {
+        waiting,  ///< another program holds the keyboard; for a second at most
+        dropping, ///< in force
+        ended,    ///< it was not to be had in time, or the desktop is gone
+    };
+
+    virtual ~EventTap() = default;
+    [[nodiscard]] virtual State state() const = 0;
+};
+
+/// Where taps come from. Lives on the main thread, as long as the process.
+class EventTaps {
+public:
+    virtual ~EventTaps() = default;
+
+    /// A tap, which drops keys when the call returns unless it has to wait. Null where this program may not have one.
+    /// `onChange` is called when its state changes later, never within the call; it may destroy the tap.
+    [[nodiscard]] virtual std::unique_ptr<EventTap> create(std::function<void()> onChange) = 0;
+};
+
+} // namespace tavrine
