@@ -19,12 +19,13 @@ bool joinsOn(std::string_view rest) {
     return QChar::isMark(character) || isHangulPart || character == 0x200D;
 }
 
-std::size_t placeOfCut(std::string_view utf8) {
-    constexpr std::size_t longestCharacter = 128; // nobody writes more accents; what does so is cut within
-    for (std::size_t place = longestBeginning; place > longestBeginning - longestCharacter; --place)
+/// At most `longest`, which is less than there is.
+std::size_t placeOfCut(std::string_view utf8, std::size_t longest) {
+    constexpr std::size_t longestCharacter = 64; // nobody writes more accents; what does so is cut within
+    for (std::size_t place = longest; place > longest - longestCharacter; --place)
         if (!isContinuation(utf8[place]) && !joinsOn(utf8.substr(place)))
             return place;
-    return longestBeginning;
+    return longest;
 }
 
 bool isWholeLink(std::string_view utf8) {
@@ -42,28 +43,39 @@ bool isWholeLink(std::string_view utf8) {
 
 } // namespace
 
-std::optional<Beginning> beginningOf(std::string_view utf8) {
-    if (utf8.size() <= longestWholeText)
+std::size_t longestWholeTextOf(std::size_t protectedCount) {
+    std::size_t longest = longestWholeText;
+    while (longest > leastWholeText && protectedCount * longest > protectedTextInAll)
+        longest /= 2;
+    return longest;
+}
+
+std::optional<Beginning> beginningOf(std::string_view utf8, std::size_t longestWhole) {
+    if (utf8.size() <= longestWhole)
         return std::nullopt;
     Beginning beginning;
-    beginning.text = QByteArray(utf8.data(), static_cast<qsizetype>(placeOfCut(utf8)));
+    beginning.text = QByteArray(utf8.data(), static_cast<qsizetype>(placeOfCut(utf8, longestWhole / 2)));
     beginning.cut.wholeBytes = static_cast<qint64>(utf8.size());
     beginning.cut.hasAt = utf8.find('@') != std::string_view::npos;
     beginning.cut.isLink = !beginning.cut.hasAt && isWholeLink(utf8);
     return beginning;
 }
 
-ClipboardItem shortened(ClipboardItem whole) {
+ClipboardItem shortened(ClipboardItem item, std::size_t longestWhole) {
     constexpr qsizetype mostBytesPerUnit = 3;
-    if (whole.cut || whole.content.size() * mostBytesPerUnit <= static_cast<qsizetype>(longestWholeText))
-        return whole;
-    const QByteArray utf8 = whole.content.toUtf8();
-    if (const auto beginning = beginningOf({utf8.constData(), static_cast<std::size_t>(utf8.size())})) {
-        whole.content = QString::fromUtf8(beginning->text);
-        whole.cut = beginning->cut;
-        whole.cut->isLink = whole.cut->isLink && !whole.imageFileName;
+    const std::size_t longest = item.cut ? longestWhole / 2 : longestWhole;
+    if (item.content.size() * mostBytesPerUnit <= static_cast<qsizetype>(longest))
+        return item;
+    const QByteArray bytes = item.content.toUtf8();
+    const std::string_view utf8(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    if (item.cut && utf8.size() > longest) {
+        item.content = QString::fromUtf8(bytes.first(static_cast<qsizetype>(placeOfCut(utf8, longest))));
+    } else if (const auto beginning = item.cut ? std::nullopt : beginningOf(utf8, longestWhole)) {
+        item.content = QString::fromUtf8(beginning->text);
+        item.cut = beginning->cut;
+        item.cut->isLink = item.cut->isLink && !item.imageFileName;
     }
-    return whole;
+    return item;
 }
 
 QByteArray columnOf(const Beginning &beginning) {

@@ -13,7 +13,13 @@ namespace tavrine {
 /// length is pasted without a look at the file.
 inline constexpr std::size_t longestWholeText = 2048;
 /// Of a longer one this much stays: several lines on any screen.
-inline constexpr std::size_t longestBeginning = 1024;
+inline constexpr std::size_t longestBeginning = longestWholeText / 2;
+/// A history has all protected rows, however many a person keeps. Where they are many, shorter texts stay whole, so
+/// that all together take a million bytes or little more; the least is a line on any screen.
+inline constexpr std::size_t protectedTextInAll = 1'000'000;
+inline constexpr std::size_t leastWholeText = 256;
+/// The longest text that each of so many protected items holds whole; of a longer one half as much stays.
+[[nodiscard]] std::size_t longestWholeTextOf(std::size_t protectedCount);
 
 struct Beginning {
     QByteArray text;
@@ -22,10 +28,10 @@ struct Beginning {
 
 /// The beginning of a text and what has to be known of the whole. None when the text may stay whole. The cut falls
 /// between characters, and never between a letter and its accent: what is found in a beginning is in the whole.
-[[nodiscard]] std::optional<Beginning> beginningOf(std::string_view utf8);
+[[nodiscard]] std::optional<Beginning> beginningOf(std::string_view utf8, std::size_t longestWhole = longestWholeText);
 
-/// The item as lists hold it.
-[[nodiscard]] ClipboardItem shortened(ClipboardItem whole);
+/// The item as lists hold it; one that is cut already may become shorter.
+[[nodiscard]] ClipboardItem shortened(ClipboardItem item, std::size_t longestWhole = longestWholeText);
 
 // The form in which a beginning travels through a column of SQLite: its text, a NUL, and what is known of the whole.
 // Every text of a row ends at its first NUL, so nothing else reads behind it.

@@ -1,6 +1,7 @@
 #include "clipboard/HistoryLoader.h"
 
 #include "clipboard/ClipboardDatabaseSql.h"
+#include "clipboard/CutText.h"
 #include "clipboard/HistoryFile.h"
 #include "clipboard/PlannedReader.h"
 #include "clipboard/RowReading.h"
@@ -81,7 +82,8 @@ void HistoryLoader::warmUp() {
 std::optional<std::vector<ClipboardItem>> HistoryLoader::loadByStatement(std::optional<Date> since, qint64 limit) {
     // The limit bounds the unprotected rows alone, so the protected ones are counted on top of it.
     const qint64 protectedCount = readCount(m_file.db(), sql::countProtected);
-    Request request{since, saturatedSum(limit, protectedCount), 0};
+    Request request{since, saturatedSum(limit, protectedCount),
+                    longestWholeTextOf(static_cast<std::size_t>(protectedCount)), 0};
     (void)Statement::checkedInt(request.wanted);
     request.rowLimit = request.wanted;
     if (limit >= 0) {
@@ -146,7 +148,7 @@ std::optional<CurrentRows::Load> HistoryLoader::runOn(sqlite3 *db, const Request
         load.hasOnlyPlainFlags = load.stamp && reader && reader->hasOnlyPlainFlags();
     }
     for (; step == Statement::Step::row; step = statement.step())
-        load.rows.push_back(readListRow(statement, db != m_file.db()));
+        load.rows.push_back(readListRow(statement, db != m_file.db(), request.longestProtected));
     if (step == Statement::Step::done)
         return load;
     m_file.noteFailure(statement.code());

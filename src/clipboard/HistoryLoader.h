@@ -28,7 +28,8 @@ public:
 private:
     struct Request {
         std::optional<Date> since;
-        qint64 wanted = 0;   ///< rows that the caller gets at most, protected ones included
+        qint64 wanted = 0;                ///< rows that the caller gets at most, protected ones included
+        std::size_t longestProtected = 0; ///< the longest text that a protected row holds whole
         qint64 rowLimit = 0; ///< rows that are read: as many as memory can keep, for the statement costs the same
     };
     /// None when the file cannot be read.

@@ -47,6 +47,7 @@ void RecentRows::fill(const std::vector<Row> &rows, std::optional<Date> since, b
             raiseFloor(row->item.date);
     }
     m_askedFor = std::min(static_cast<std::size_t>(limit), m_unprotected.size());
+    shortenProtected();
     trim();
 }
 
@@ -127,7 +128,7 @@ bool RecentRows::isNothingToPrune(qint64 mediaCount, std::optional<Date> before,
 void RecentRows::saved(const ClipboardItem &asItReadsBack) {
     if (!m_isWarm)
         return;
-    removed(asItReadsBack.id);
+    takeOut(asItReadsBack.id);
     if (asItReadsBack.isProtected())
         insertProtected(asItReadsBack);
     else
@@ -135,10 +136,16 @@ void RecentRows::saved(const ClipboardItem &asItReadsBack) {
     const bool isMedia = !asItReadsBack.isProtected() && hasFile(asItReadsBack);
     if (isMedia && m_mediaFloor && asItReadsBack.date < *m_mediaFloor)
         m_mediaFloor = asItReadsBack.date;
+    shortenProtected();
     trim();
 }
 
 void RecentRows::removed(const QUuid &id) {
+    takeOut(id);
+    shortenProtected();
+}
+
+void RecentRows::takeOut(const QUuid &id) {
     const auto hasId = [&](const ClipboardItem &item) { return item.id == id; };
     if (const auto it = std::find_if(m_unprotected.begin(), m_unprotected.end(), hasId); it != m_unprotected.end()) {
         m_textLength -= it->content.size();
@@ -174,7 +181,18 @@ void RecentRows::insertProtected(const ClipboardItem &item) {
     if (place != m_protected.end() && precedence(*place) == precedence(item))
         forget();
     else
-        m_protected.insert(place, item);
+        m_protected.insert(place, shortened(item, m_longestProtected));
+}
+
+void RecentRows::shortenProtected() {
+    const std::size_t longest = longestWholeTextOf(m_protected.size());
+    if (longest > m_longestProtected)
+        return forget(); // the file has more of them than is here
+    if (longest == m_longestProtected)
+        return;
+    m_longestProtected = longest;
+    for (ClipboardItem &item : m_protected)
+        item = shortened(std::move(item), longest);
 }
 
 void RecentRows::insertUnprotected(const ClipboardItem &item) {

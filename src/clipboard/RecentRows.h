@@ -1,6 +1,7 @@
 #pragma once
 
 #include "clipboard/ClipboardItem.h"
+#include "clipboard/CutText.h"
 
 #include <cstddef>
 #include <deque>
@@ -28,8 +29,10 @@ namespace tavrine {
 ///     written here, its content is a text, both flags are 0 or 1, the date is a number. Rows that other programs wrote
 ///     otherwise are left below the floor, or keep it cold when they are protected or their date has no place there.
 ///  5. No unprotected row with a file is older than the media floor, if there is one.
-///  6. An answer that it gives is the one that the statement would give. What it cannot prove it declines.
-///  7. Unprotected rows that nobody asked for are dropped, the oldest first, beyond `maximumRows` rows or beyond
+///  6. An answer that it gives is the one that the statement would give, save that a search may find of a protected row
+///     a longer beginning in the file. What it cannot prove it declines.
+///  7. The texts of the protected rows are as short as their number wants it (see `CutText.h`).
+///  8. Unprotected rows that nobody asked for are dropped, the oldest first, beyond `maximumRows` rows or beyond
 ///     `maximumTextLength` characters.
 class RecentRows {
 public:
@@ -81,12 +84,15 @@ private:
     [[nodiscard]] bool isAboveFloor(Date date) const { return !m_floor || date > *m_floor; }
     void raiseFloor(Date date);
     void insertProtected(const ClipboardItem &item);
+    void takeOut(const QUuid &id);
+    void shortenProtected();
     void insertUnprotected(const ClipboardItem &item);
     void trim();
 
     bool m_isWarm = false;
-    std::vector<ClipboardItem> m_protected;  ///< in the statement's order
-    std::deque<ClipboardItem> m_unprotected; ///< newest first
+    std::vector<ClipboardItem> m_protected;            ///< in the statement's order
+    std::deque<ClipboardItem> m_unprotected;           ///< newest first
+    std::size_t m_longestProtected = longestWholeText; ///< as far as their texts are whole
     std::optional<Date> m_floor;
     std::optional<Date> m_mediaFloor;
     qsizetype m_textLength = 0; ///< of the unprotected rows

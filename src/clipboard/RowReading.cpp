@@ -30,12 +30,12 @@ RecentRows::Row readRow(const Statement &statement) {
     return row;
 }
 
-RecentRows::Row readListRow(const Statement &statement, bool isPlanned) {
+RecentRows::Row readListRow(const Statement &statement, bool isPlanned, std::size_t longestProtected) {
     RecentRows::Row row = readRow(statement);
     if (isPlanned)
         row.item.cut = cutOfColumn(statement.behindNul(contentColumn));
-    else if (row.isReachable)
-        row.item = shortened(std::move(row.item));
+    if (row.isReachable && (!isPlanned || row.item.isProtected()))
+        row.item = shortened(std::move(row.item), row.item.isProtected() ? longestProtected : longestWholeText);
     return row;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "clipboard/CutText.h"
 #include "clipboard/RecentRows.h"
 
 #include <QByteArray>
@@ -17,8 +18,9 @@ class Statement;
 [[nodiscard]] RecentRows::Row readRow(const Statement &statement);
 
 /// The same for a list: of a long text the beginning alone. `isPlanned`: the statement runs on a planned reader, which
-/// cuts by itself.
-[[nodiscard]] RecentRows::Row readListRow(const Statement &statement, bool isPlanned);
+/// cuts by itself. `longestProtected`: how long a text a protected row may hold whole.
+[[nodiscard]] RecentRows::Row readListRow(const Statement &statement, bool isPlanned,
+                                          std::size_t longestProtected = longestWholeText);
 
 /// The whole text of the row with that id; none when there is no such row or it cannot be read.
 [[nodiscard]] std::optional<QString> readWholeText(sqlite3 *db, const QUuid &id);

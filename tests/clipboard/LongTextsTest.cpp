@@ -1,6 +1,8 @@
 #include "DatabaseFixture.h"
 #include "clipboard/CutText.h"
 
+#include <numeric>
+
 #include <gmock/gmock.h>
 
 namespace tavrine {
@@ -138,6 +140,53 @@ TEST_F(LongTexts, wherePeopleCopiedALotALoadReadsNoMoreRowsThanAListShows) {
     EXPECT_THAT(trace.texts, testing::IsEmpty());
     EXPECT_EQ(cold.loadProtectedAndRecent({}, 400).size(), 400U);
     EXPECT_THAT(trace.texts, testing::Not(testing::IsEmpty()));
+}
+
+// Protected rows, which a history has all of.
+
+qsizetype textIn(const std::vector<ClipboardItem> &items) {
+    return std::accumulate(items.begin(), items.end(), qsizetype{0},
+                           [](qsizetype sum, const ClipboardItem &item) { return sum + item.content.size(); });
+}
+
+std::string savedRows(int count, int length) {
+    return "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<" + std::to_string(count) +
+           ") INSERT INTO items(id,content,date,is_saved) SELECT printf('00000000-0000-4000-8000-%012d',i), "
+           "printf('%.*c'," +
+           std::to_string(length) + ",'x')||i, i, 1 FROM n";
+}
+
+TEST_F(LongTexts, ofProtectedRowsTakeABoundedMemoryHoweverManyThereAre) {
+    Outside outside(path);
+    ASSERT_TRUE(outside.run(savedRows(5000, 1990)));
+    ClipboardDatabase cold(path);
+    const auto fromTheFile = cold.loadProtectedAndRecent({}, 200);
+    const auto fromMemory = cold.loadProtectedAndRecent({}, 200);
+    ASSERT_EQ(fromTheFile.size(), 5000U);
+    EXPECT_LE(textIn(fromTheFile), 1'000'000);
+    EXPECT_EQ(fromMemory, fromTheFile);
+    EXPECT_EQ(cold.wholeText(fromTheFile.front()), QString(1990, QLatin1Char('x')) + str("5000"));
+    ClipboardItem item = fromTheFile.front();
+    item.isPinned = true;
+    cold.save(item);
+    EXPECT_EQ(cold.loadAll({}, 1).front().content, QString(1990, QLatin1Char('x')) + str("5000"));
+}
+
+TEST_F(LongTexts, ofProtectedRowsAreCutAsTheirNumberGrowsAndWholeAgainAsItShrinks) {
+    Outside outside(path);
+    ASSERT_TRUE(outside.run(savedRows(488, 1990)));
+    ClipboardDatabase each(path);
+    const auto isCut = [&] { return each.loadProtectedAndRecent({}, 10).back().cut.has_value(); };
+    EXPECT_FALSE(isCut());
+    ClipboardItem one = text(str("one more"), 1000);
+    one.isSaved = true;
+    each.save(one);
+    EXPECT_TRUE(isCut());
+    EXPECT_EQ(each.loadProtectedAndRecent({}, 10), loadedAnew());
+    one.isSaved = false;
+    each.save(one);
+    EXPECT_FALSE(isCut());
+    EXPECT_EQ(each.loadProtectedAndRecent({}, 10), loadedAnew());
 }
 
 // Readings that nobody waits for.
