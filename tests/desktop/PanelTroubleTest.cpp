@@ -18,8 +18,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto openingBound = 3000ms;
-constexpr auto pasteBound = 5000ms;
+// How long what has to come is waited for on a desktop that may be busy; how fast it comes is measured elsewhere.
+constexpr auto openingBound = 10s;
+constexpr auto pasteBound = 10s;
 constexpr auto question = "Add to My Saved";
 constexpr auto longEnough = 1200ms; ///< a paste or a panel that comes at all is there by then
 
@@ -50,6 +51,10 @@ protected:
     bool hasArrived(PasteTarget &target, const QString &text) {
         return waitUntil([&] { return target.text() == text; }, pasteBound);
     }
+    /// The same where an earlier paste may have come before it, once, however late.
+    bool hasArrivedBehind(PasteTarget &target, const QString &earlier, const QString &text) {
+        return waitUntil([&] { return target.text() == text || target.text() == earlier + text; }, pasteBound);
+    }
     static QString str(const char *utf8) { return QString::fromUtf8(utf8); }
     [[nodiscard]] QRect panel(const char *title) const {
         const auto windows = desktop.windowsTitled(QLatin1String(title));
@@ -78,7 +83,7 @@ TEST_F(PanelTrouble, aTargetThatQuitsDuringTheWaitCostsThatPasteAndNoOther) {
     EXPECT_TRUE(before.isEmpty() || before == str("first text")) << qPrintable(before);
     desktop.activate(desktop.windowOf(stays.processId()));
     ASSERT_NO_FATAL_FAILURE(choose("second"));
-    EXPECT_TRUE(hasArrived(stays, before + str("second text"))) << qPrintable(stays.text());
+    EXPECT_TRUE(hasArrivedBehind(stays, str("first text"), str("second text"))) << qPrintable(stays.text());
 }
 
 TEST_F(PanelTrouble, aTargetThatQuitsWhileThePanelIsOpenLeavesTheContentOnThePasteboard) {
@@ -93,10 +98,9 @@ TEST_F(PanelTrouble, aTargetThatQuitsWhileThePanelIsOpenLeavesTheContentOnThePas
     EXPECT_TRUE(waitUntil([] { return paste() == "first text"; }));
     LineTarget next(TAVRINE_CLIENTS "/gtk-entry");
     ASSERT_TRUE(next.isReady());
-    pass(500ms);
-    const QString before = next.text(); // empty, unless it was there before the keystroke
+    pass(500ms); // it stays empty, unless it was there before the keystroke
     ASSERT_NO_FATAL_FAILURE(choose("second"));
-    EXPECT_TRUE(hasArrived(next, before + str("second text"))) << qPrintable(next.text());
+    EXPECT_TRUE(hasArrivedBehind(next, str("first text"), str("second text"))) << qPrintable(next.text());
 }
 
 TEST_F(PanelTrouble, aTargetThatNeverActivatesKeepsTheProgramFromNothing) {
@@ -118,7 +122,7 @@ TEST_F(PanelTrouble, aTargetThatNeverActivatesKeepsTheProgramFromNothing) {
     const QString before = target.text();
     EXPECT_TRUE(before.isEmpty() || before == str("first text")) << qPrintable(before);
     ASSERT_NO_FATAL_FAILURE(choose("second"));
-    EXPECT_TRUE(hasArrived(target, before + str("second text"))) << qPrintable(target.text());
+    EXPECT_TRUE(hasArrivedBehind(target, str("first text"), str("second text"))) << qPrintable(target.text());
 }
 
 TEST_F(PanelTrouble, aFullScreenTargetHasThePanelAboveItAndGetsThePaste) {
@@ -173,18 +177,18 @@ TEST_F(PanelTrouble, aSecondTriggerDuringAPasteOpensThePanelAndThePasteComesOnce
     LineTarget target(TAVRINE_CLIENTS "/gtk-entry");
     ASSERT_TRUE(target.isReady());
     ASSERT_NO_FATAL_FAILURE(choose("first"));
-    desktop.openClipboardPanel(); // within the 80 ms in which the target settles
+    ASSERT_TRUE(isClosed(clipboardPanel)); // a trigger before that would close it
+    desktop.openClipboardPanel();          // within the 80 ms in which the target settles
     EXPECT_TRUE(waitUntil([this] { return desktop.hasKeyboard(clipboardPanel); }, openingBound));
     pass(longEnough);
     // Whoever has the keyboard gets the keystroke, which is the panel's field if the person was that fast.
     EXPECT_TRUE(target.text().isEmpty() || target.text() == str("first text")) << qPrintable(target.text());
     EXPECT_EQ(other.text(), QString());
     EXPECT_TRUE(desktop.hasKeyboard(clipboardPanel));
-    const QString before = target.text();
     desktop.pressEscape();
     ASSERT_TRUE(isClosed(clipboardPanel));
     ASSERT_NO_FATAL_FAILURE(choose("second"));
-    EXPECT_TRUE(hasArrived(target, before + str("second text"))) << qPrintable(target.text());
+    EXPECT_TRUE(hasArrivedBehind(target, str("first text"), str("second text"))) << qPrintable(target.text());
 }
 
 TEST_F(PanelTrouble, settingsOfTheWrongTypeCountAsAbsent) {

@@ -8,6 +8,8 @@
 #include "upload/worker/WorkerRecord.h"
 #include "upload/worker/WorkerText.h"
 
+#include <chrono>
+
 #include <gtest/gtest.h>
 
 namespace tavrine {
@@ -91,6 +93,29 @@ TEST(Frames, arrivingInPiecesTheyAreWholeAgain) {
     EXPECT_EQ(reader.text(), "");
     EXPECT_TRUE(reader.isAtEnd());
     EXPECT_EQ(reader.number(), std::nullopt);
+}
+
+TEST(Frames, whatIsTakenOutCostsTheSameHoweverMuchIsBehindIt) {
+    // A large frame that is under way lies behind many small ones.
+    const auto timeFor = [](std::size_t behind) {
+        const std::string small = FrameWriter(FrameKind::log).text("line").take();
+        std::string bytes;
+        for (int i = 0; i < 20'000; ++i)
+            bytes += small;
+        bytes += FrameWriter(FrameKind::request).text(std::string(behind, 'x')).take();
+        bytes.pop_back(); // so that it is never whole
+        FrameAssembler frames;
+        frames.add(bytes);
+        const auto begin = std::chrono::steady_clock::now();
+        int taken = 0;
+        for (; frames.next(); ++taken)
+            frames.add({});
+        EXPECT_EQ(taken, 20'000);
+        return std::chrono::steady_clock::now() - begin;
+    };
+    static_cast<void>(timeFor(1000));
+    const auto little = timeFor(1000) + std::chrono::milliseconds(5); // below that the clock is the measure
+    EXPECT_LT(timeFor(4'000'000), 10 * little);
 }
 
 TEST(Frames, aLengthOrKindThatIsNoneBreaksTheStream) {
