@@ -1,7 +1,9 @@
 #include "adapters/x11/X11PanelView.h"
 
+#include "adapters/linux/IdleMemory.h"
 #include "adapters/x11/X11WindowDescription.h"
 
+#include <QBackingStore>
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QMouseEvent>
@@ -16,6 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto moveSettles = 150ms;      ///< without a further step it is over
+constexpr auto untilRest = 1s;           ///< a panel that was just closed is often wanted again
 constexpr qint64 noticesMayBeLate = 400; ///< milliseconds, in which a window manager tells of our own steps
 
 Qt::WindowFlags flagsFor(const PanelDescription &description) {
@@ -52,6 +55,9 @@ X11PanelView::X11PanelView(const PanelDescription &description)
         if (onMoved)
             onMoved();
     });
+    m_restsSoon.setSingleShot(true);
+    m_restsSoon.setInterval(untilRest);
+    QObject::connect(&m_restsSoon, &QTimer::timeout, this, [this] { rest(); });
     m_sinceAsked.start();
     m_desktop = wholeDesktop();
 }
@@ -130,6 +136,23 @@ void X11PanelView::closeEvent(QCloseEvent *event) {
     event->ignore(); // it goes by the program's own way, which answers what it asked
     if (onClosed)
         onClosed();
+}
+
+void X11PanelView::showEvent(QShowEvent *event) {
+    m_restsSoon.stop();
+    QWidget::showEvent(event);
+}
+
+void X11PanelView::hideEvent(QHideEvent *event) {
+    QWidget::hideEvent(event);
+    m_restsSoon.start();
+}
+
+/// The picture of a hidden panel takes a megabyte or more, and its next showing paints all of it anyway.
+void X11PanelView::rest() {
+    if (QBackingStore *picture = backingStore())
+        picture->resize({});
+    giveIdleMemoryBack();
 }
 
 void X11PanelView::mousePressEvent(QMouseEvent *event) {

@@ -40,18 +40,22 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
     void moveEvent(QMoveEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
     [[nodiscard]] bool isMovedByWindowManager();
+    void rest();
 
     PanelDescription m_description;
     QRect m_frame;
     QElapsedTimer m_sinceAsked; ///< for another frame
     QRect m_desktop;            ///< all screens together, when it was last looked at
     QTimer m_moveEnds;          ///< runs while the person moves it through the window manager
+    QTimer m_restsSoon;         ///< runs from the moment at which it was hidden
     std::optional<QPoint> m_grip;
     bool m_ignoresMouseEvents;
     bool m_isComposited = false;

@@ -14,6 +14,7 @@
 #include "support/Wait.h"
 
 #include <QApplication>
+#include <QBackingStore>
 #include <QProcess>
 #include <QScreen>
 #include <QWidget>
@@ -108,6 +109,26 @@ TEST_F(X11PanelFrames, aPanelThatShrinksAwayComesBackInItsSizeEachTime) {
         panel.dismiss(Dismissal::animated);
         ASSERT_TRUE(goesOff()) << round;
     }
+}
+
+TEST_F(X11PanelFrames, aPanelThatIsHiddenForAWhileGivesItsPictureBackAndPaintsItAnew) {
+    auto *content = new QWidget;
+    content->setAutoFillBackground(true);
+    content->setPalette(QPalette(Qt::white, Qt::darkGreen));
+    panel.build(content);
+    const auto shown = [this] {
+        return QGuiApplication::primaryScreen()->grabWindow(0).toImage().pixelColor(wanted().center());
+    };
+    ASSERT_TRUE(show());
+    ASSERT_TRUE(waitUntil([&] { return shown() == QColor(Qt::darkGreen); }));
+    panel.dismiss(Dismissal::animated);
+    ASSERT_TRUE(goesOff());
+    const QBackingStore *picture = content->window()->backingStore();
+    ASSERT_NE(picture, nullptr);
+    EXPECT_FALSE(picture->size().isEmpty()) << "often it is wanted again soon";
+    EXPECT_TRUE(waitUntil([picture] { return picture->size().isEmpty(); }, std::chrono::seconds(3)));
+    ASSERT_TRUE(show());
+    EXPECT_TRUE(waitUntil([&] { return shown() == QColor(Qt::darkGreen); })) << shown().name().toStdString();
 }
 
 TEST_F(X11PanelFrames, aPanelShownAgainWhileItShrinksHasItsSize) {
