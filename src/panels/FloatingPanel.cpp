@@ -98,8 +98,10 @@ QRectF FloatingPanel::frame() const {
 }
 
 void FloatingPanel::place() {
-    if (const auto frame = m_traits.placement(m_ports.screens, m_traits.description.contentSize))
-        m_window->setFrame(*frame);
+    const auto frame = m_traits.placement(m_ports.screens, m_traits.description.contentSize);
+    if (frame)
+        m_window->setFrame(isWhollyOnAScreen(m_ports.screens, *frame) ? *frame
+                                                                      : movedOntoAScreen(m_ports.screens, *frame));
 }
 
 /// A screen that goes takes no window with it, and one that shrinks leaves none outside.

@@ -26,7 +26,8 @@ enum class Dismissal { atOnce, animated };
 ///     that is released is taken apart, and is absent at once, though it may still fade: the next can come meanwhile.
 ///  2. It fades in and out, and may shrink on its way. Where the desktop cannot show that, it comes and goes at once.
 ///     Its frame is the one that it was given, whatever an animation does to it.
-///  3. A screen that goes or shrinks under it leaves no part of it outside.
+///  3. No part of it is outside of the screen's free part, which it is cut to where that is smaller; nor when a screen
+///     goes or shrinks under it.
 ///  4. What it holds is destroyed in a later turn, because its own button may be what closes it, and not while a
 ///     question of the program is open, which its content may be waiting for.
 ///  5. The desktop may ask for its end as well (Alt+F4): `onClosed` answers that, and a dismissal where nobody does.

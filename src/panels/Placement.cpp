@@ -51,6 +51,7 @@ QRectF centredIn(const QRectF &area, QSizeF size, double above) {
 }
 
 QRectF movedInto(const QRectF &area, QRectF frame) {
+    frame.setSize(frame.size().boundedTo(area.size()));
     frame.moveTo(movedStart(frame.x(), frame.width(), area.x(), area.x() + area.width()),
                  movedStart(minY(frame), frame.height(), minY(area), maxY(area)));
     return frame;
@@ -70,7 +71,8 @@ QRectF movedOntoAScreen(const Screens &screens, const QRectF &frame) {
     const auto most = std::max_element(all.begin(), all.end(),
                                        [&](const Screen &a, const Screen &b) { return shared(a) < shared(b); });
     const auto screen = most != all.end() && shared(*most) > 0 ? std::optional(*most) : mainOrFirstScreen(screens);
-    return screen ? movedInto(usableFrame(*screen), frame) : frame;
+    const QRectF usable = screen ? usableFrame(*screen) : QRectF();
+    return usable.isEmpty() ? frame : movedInto(usable, frame);
 }
 
 } // namespace tavrine

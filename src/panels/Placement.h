@@ -19,7 +19,7 @@ namespace tavrine {
 
 /// In the middle of the area, and `above` it.
 [[nodiscard]] QRectF centredIn(const QRectF &area, QSizeF size, double above = 0);
-/// Moved into the area by the shortest way; what is larger than the area keeps its lower left corner in it.
+/// Moved into the area by the shortest way, and cut to its size where it is larger.
 [[nodiscard]] QRectF movedInto(const QRectF &area, QRectF frame);
 
 /// True when one screen has the whole of it in its usable frame.

@@ -286,6 +286,25 @@ TEST_F(FloatingPanelTest, keepsToTheVisiblePartOfTheScreen) {
     EXPECT_EQ(panel.window()->frame().topLeft(), QPointF(78, 58));
 }
 
+TEST_F(FloatingPanelTest, onAScreenThatIsSmallerItIsCutToItAndOnALargerOneItHasItsSizeAgain) {
+    const auto at = [](const Screens &all, QSizeF size) -> std::optional<QRectF> {
+        const auto first = screenForTool(all);
+        return first ? std::optional(centredIn(usableFrame(*first), size, 60)) : std::nullopt;
+    };
+    FloatingPanel large({windows, screens, time},
+                        {.description = {.title = QStringLiteral("L"), .contentSize = {680, 500}}, .placement = at});
+    screens.setScreens({screen(1, {0, 0, 512, 300})});
+    large.build(nullptr);
+    large.show();
+    EXPECT_EQ(large.frame(), QRectF(0, 0, 512, 300));
+    screens.setScreens({screen(1, {0, 0, 1024, 600})});
+    large.show();
+    EXPECT_EQ(large.frame(), QRectF(172, 100, 680, 500)) << "whole, and as far up as there is room";
+    screens.setScreens({screen(1, {0, 0, 1920, 1080})});
+    large.show();
+    EXPECT_EQ(large.frame(), QRectF(620, 350, 680, 500));
+}
+
 TEST_F(FloatingPanelTest, withoutAScreenItStillComes) {
     screens.setScreens({});
     show();
