@@ -25,6 +25,7 @@ constexpr Words wholeTexts[] = {
     {"Hide or show the Tavrine menu bar icon", "Hide or show the Tavrine tray icon"},
     {"Show in Menu Bar", "Show in Tray"},
     {"Live upload and download speeds in the menu bar", "Live upload and download speeds in the tray"},
+    {"Replace the menu bar icon with the live speed", "Replace the tray icon with the live speed"},
     {"Menu bar indicator settings", "Tray indicator settings"},
     {"Menu Bar Indicator", "Tray Indicator"},
     {"Colour the menu bar icon when Keep Awake is on", "Colour the tray icon when Keep Awake is on"},

@@ -57,6 +57,16 @@ public:
     Recognizer &recognizer() override { return m_fake.recognizer(); }
     CodeDetector &screenCodeDetector() override { return m_fake.screenCodeDetector(); }
     CodeDetector &pictureCodeDetector() override { return m_fake.pictureCodeDetector(); }
+    Calendar &calendar() override { return m_fake.calendar(); }
+    PowerAssertions &powerAssertions() override { return m_fake.powerAssertions(); }
+    PowerSource &powerSource() override { return m_fake.powerSource(); }
+    EventTaps &eventTaps() override { return m_fake.eventTaps(); }
+    UserNotifications &userNotifications() override { return m_fake.userNotifications(); }
+    InterfaceCounters &interfaceCounters() override { return m_fake.interfaceCounters(); }
+    PathMonitor &pathMonitor() override { return m_fake.pathMonitor(); }
+    AudioPlayers &audioPlayers() override { return m_fake.audioPlayers(); }
+    AudioDevices &audioDevices() override { return m_fake.audioDevices(); }
+    Downloads &downloads() override { return m_fake.downloads(); }
     ScriptSyntax *scriptSyntax() override { return m_fake.scriptSyntax(); }
     TaskLauncher &taskLauncher() override { return m_fake.taskLauncher(); }
 

@@ -97,9 +97,20 @@ QuickActionsModel::Actions TrayMenu::modelActions() {
             .openEditor = m_actions.openEditor,
             .openSettings = m_actions.openSettings,
             .bringSettingsForward = m_actions.bringSettingsForward,
-            .isCleaning = [] { return false; },
-            .toggleCleaning = [] {},
+            .isCleaning = [this] { return m_tools.cleaningMode().manager().isCleaning(); },
+            .toggleCleaning = [this] { toggleCleaning(); },
             .onDismissMenu = [this] { cancelTracking(); }};
+}
+
+/// Whatever the tile shows: a block that is still waited for is given up as well.
+void TrayMenu::toggleCleaning() {
+    KeyboardCleanerManager &cleaner = m_tools.cleaningMode().manager();
+    connect(&cleaner, &KeyboardCleanerManager::isCleaningPublished, &m_model, &QuickActionsModel::cleaningChanged,
+            Qt::UniqueConnection);
+    if (cleaner.isCleaning() || cleaner.isStarting())
+        cleaner.stopCleaning();
+    else
+        cleaner.startCleaning();
 }
 
 /// A place whose tool there is not yet stays out of the menu.

@@ -48,6 +48,7 @@ private:
     [[nodiscard]] QWidget *makeCard(QuickAction action);
     [[nodiscard]] bool isBuilt(QuickAction action);
     void animateHeight();
+    void toggleCleaning();
 
     Shell &m_shell;
     Tools &m_tools;

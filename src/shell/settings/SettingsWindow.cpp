@@ -2,7 +2,6 @@
 
 #include "capture/SnipperSettingsModel.h"
 #include "capture/SnipperSettingsView.h"
-#include "look/EmptyState.h"
 #include "shell/HotKeyCenter.h"
 #include "shell/Shell.h"
 #include "shell/settings/AboutView.h"
@@ -15,6 +14,7 @@
 #include "shell/settings/LayoutSettingsView.h"
 #include "shell/settings/MainAppView.h"
 #include "shell/settings/MemoryCleaningOverlayView.h"
+#include "shell/settings/NetworkSettingsView.h"
 #include "shell/settings/PrivacySettingsView.h"
 #include "shell/settings/TriggerSettingsView.h"
 #include "shell/tools/Tools.h"
@@ -22,6 +22,7 @@
 #include "upload/CustomUploadManager.h"
 #include "upload/UploadScripts.h"
 #include "upload/Uploads.h"
+#include "utilities/awake/KeepAwakeControlView.h"
 
 #include <QCoreApplication>
 
@@ -93,9 +94,10 @@ std::unique_ptr<QWidget> SettingsWindow::make(SidebarItem item, ClearAndDisable 
     case SidebarItem::lofi:
         return std::unique_ptr<QWidget>(m_parts.tools.lofi().makeSettingsView());
     case SidebarItem::network:
-        break;
+        return std::make_unique<NetworkSettingsView>(
+            std::make_unique<NetworkSettingsModel>(shell.defaults(), shell.center()));
     }
-    return std::make_unique<look::EmptyState>(QLatin1String(textOf(item).symbol), QLatin1String(textOf(item).text));
+    return nullptr;
 }
 
 std::unique_ptr<ShortcutEditor> SettingsWindow::makeEditor(Trigger trigger) {
