@@ -386,9 +386,12 @@ TEST_F(HeldFile, aTickDoesNotWaitForItAndEveryCopyThatATickSawIsRecorded) {
     EXPECT_LT(timer.elapsed(), 500) << "one operation would have waited for a second";
     manager->finishRecording();
     EXPECT_EQ(historyContents(), (QStringList{str("three"), str("two"), str("one")}));
+    pasteboard.copyFromOutside(str("four"));
+    time.advance(ClipboardManager::pollInterval);
+    EXPECT_EQ(historyContents().front(), str("four")) << "a file that was waited for in vain is not waited for again";
     letGo();
     tick();
-    EXPECT_EQ(contents(rows()), (QStringList{str("three"), str("two"), str("one")}));
+    EXPECT_EQ(contents(rows()), (QStringList{str("four"), str("three"), str("two"), str("one")}));
 }
 
 TEST_F(HeldFile, aTickThatFindsItChangedDoesNotWaitForItEither) {

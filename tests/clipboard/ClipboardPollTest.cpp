@@ -480,11 +480,12 @@ TEST_F(LargeCopy, ofRichTextIsNotStrippedWhereATickHasSeenAnotherCopyAlready) {
     const QStringList types = plainTypes + QStringList{str("public.html"), str("public.png")};
     pasteboard.setContentsFromOutside(types, str("older"), large());
     pollOnce();
-    pasteboard.copyFromOutside(str("newer"));
+    pasteboard.setContentsFromOutside(plainTypes + QStringList{str("public.html")}, str("newer"));
     pollOnce();
     m_gate.set_value();
     manager->finishRecording();
     EXPECT_EQ(pasteboard.string(), str("newer"));
+    EXPECT_EQ(pasteboard.clearCount(), 1) << "it is stripped itself";
     EXPECT_EQ(historyContents(), (QStringList{str("newer"), str("older")}));
 }
 
