@@ -63,7 +63,14 @@ X11PanelView::X11PanelView(const PanelDescription &description)
 }
 
 QMargins X11PanelView::room() const {
-    return m_isComposited && m_description.hasShadow ? m_description.shadow.room : QMargins();
+    return m_isComposited && m_hasRoom && m_description.hasShadow ? m_description.shadow.room : QMargins();
+}
+
+/// A window manager moves one that is larger than the screen, and the panel in it off the screen.
+bool X11PanelView::isThereRoom() const {
+    const QRect whole = m_frame.marginsAdded(m_description.shadow.room);
+    const QScreen *under = QGuiApplication::screenAt(m_frame.center());
+    return !under || (whole.width() <= under->geometry().width() && whole.height() <= under->geometry().height());
 }
 
 void X11PanelView::setFrame(const QRect &frame) {
@@ -83,10 +90,13 @@ void X11PanelView::insistOnFrame() {
 }
 
 void X11PanelView::setComposited(bool isComposited) {
-    if (std::exchange(m_isComposited, isComposited) == isComposited)
-        return;
-    if (isComposited)
+    const QMargins before = room();
+    const bool isNews = std::exchange(m_isComposited, isComposited) != isComposited;
+    m_hasRoom = isThereRoom();
+    if (isNews && isComposited)
         clearMask(); // of a content that masked its corners
+    if (!isNews && room() == before)
+        return;
     layout()->setContentsMargins(room());
     if (isVisible()) {
         describeToDesktop(*windowHandle(), m_description, room());

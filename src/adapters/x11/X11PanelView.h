@@ -27,7 +27,7 @@ public:
     /// Before a showing: gives the window its frame, whatever the toolkit believes that it has.
     void insistOnFrame();
 
-    /// Gives the shadow its room, where there is one and the desktop can show it.
+    /// Gives the shadow its room, where there is one and the desktop can show it. Before each showing.
     void setComposited(bool isComposited);
     [[nodiscard]] QMargins room() const;
     void setIgnoresMouseEvents(bool ignores);
@@ -48,6 +48,7 @@ protected:
 
 private:
     [[nodiscard]] bool isMovedByWindowManager();
+    [[nodiscard]] bool isThereRoom() const;
     void rest();
 
     PanelDescription m_description;
@@ -59,6 +60,7 @@ private:
     std::optional<QPoint> m_grip;
     bool m_ignoresMouseEvents;
     bool m_isComposited = false;
+    bool m_hasRoom = true; ///< on the screen, for the shadow
 };
 
 } // namespace tavrine

@@ -131,6 +131,19 @@ TEST_F(X11PanelFrames, aPanelThatIsHiddenForAWhileGivesItsPictureBackAndPaintsIt
     EXPECT_TRUE(waitUntil([&] { return shown() == QColor(Qt::darkGreen); })) << shown().name().toStdString();
 }
 
+TEST_F(X11PanelFrames, aPanelThatIsLargerThanTheScreenStandsInItsFreePart) {
+    FloatingPanel::Traits large = traits();
+    large.description.contentSize = QSizeF(desktop.size()) * 1.1;
+    FloatingPanel whole({windows, screens, time}, large);
+    whole.build(new QWidget);
+    whole.show();
+    ASSERT_TRUE(waitUntil([this] { return desktop.hasKeyboard(title); }));
+    settle(300ms);
+    const Screen screen = screens.screens().constFirst();
+    EXPECT_EQ(QSizeF(desktop.geometry(window()).size()), screen.visibleFrame.size()) << "without room for a shadow";
+    EXPECT_TRUE(QRect(QPoint(), desktop.size()).contains(desktop.geometry(window())));
+}
+
 TEST_F(X11PanelFrames, aPanelShownAgainWhileItShrinksHasItsSize) {
     panel.build(new QWidget);
     for (int round = 0; round < 6; ++round) {
