@@ -56,6 +56,30 @@ TEST_F(TrayMenuTest, nothingOfItExistsUntilItIsPressed) {
     EXPECT_TRUE(panel().isOpen());
 }
 
+TEST_F(TrayMenuTest, theTileOfTheCleanerBlocksTheKeyboardAndAClickOnItEndsThat) {
+    press();
+    show();
+    const QuickActionsModel &tiles = delegate->trayMenu().quickActions();
+    control("Clean Mode").click();
+    EXPECT_FALSE(desktop.eventTaps().keyArrives());
+    EXPECT_TRUE(tiles.isOn(QuickAction::cleanMode));
+    EXPECT_EQ(tiles.subtitle(QuickAction::cleanMode), text("Input Blocked"));
+    control("Clean Mode").click();
+    EXPECT_TRUE(desktop.eventTaps().keyArrives());
+    EXPECT_FALSE(tiles.isOn(QuickAction::cleanMode));
+    EXPECT_EQ(tiles.subtitle(QuickAction::cleanMode), text("Active"));
+}
+
+TEST_F(TrayMenuTest, afterCancelInTheCleanersPromptItsTileShowsTheOffState) {
+    desktop.eventTaps().setPermitted(false);
+    press();
+    show();
+    control("Clean Mode").click();
+    time.advance(1s);
+    EXPECT_EQ(desktop.alerts().shown().size(), 1);
+    EXPECT_FALSE(delegate->trayMenu().quickActions().isOn(QuickAction::cleanMode));
+}
+
 TEST_F(TrayMenuTest, aSecondPressClosesIt) {
     press();
     press();
