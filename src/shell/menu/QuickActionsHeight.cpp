@@ -28,7 +28,12 @@ void QuickActionsHeight::setNow() {
 }
 
 void QuickActionsHeight::setSoon() {
-    m_time.asyncAfter(measureDelay, this, [this] { setNow(); });
+    m_time.asyncAfter(measureDelay, this, [this] {
+        if (isAnimating())
+            animate(panelLength); // a jump to the end would be taken back by the next step
+        else
+            setNow();
+    });
 }
 
 void QuickActionsHeight::animate(Seconds duration) {

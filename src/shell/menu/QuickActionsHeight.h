@@ -17,7 +17,7 @@ class QuickActionsHeight : public QObject {
 
 public:
     static constexpr double smallest = 44;
-    static constexpr Seconds measureDelay{0.05}; ///< after a switch was flipped
+    static constexpr Seconds measureDelay{0.05}; ///< after a switch was flipped or a preference written
     static constexpr Seconds settleDelay{0.02};  ///< before an animation: what is to be measured is laid out by then
     static constexpr Seconds step{1.0 / 60.0};
     static constexpr double smallestDifference = 0.5;

@@ -16,7 +16,7 @@ namespace tavrine {
 class ApplicationActivator;
 class StatusMenuView;
 
-/// The menu's window: where it stands beside the tray item, and when it goes. Main thread; owned by AppDelegate.
+/// The menu's window: where it stands beside the tray item, and when it goes. Main thread; owned by TrayMenu.
 ///
 ///  1. A press on the item opens it, and another one closes it: whatever closed it a moment before that press was the
 ///     press itself.

@@ -10,6 +10,7 @@
 #include "shell/menu/QuickActionsGridView.h"
 #include "shell/menu/QuickActionsHeight.h"
 
+#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QPainter>
@@ -225,6 +226,8 @@ bool StatusMenuView::eventFilter(QObject *object, QEvent *event) {
         return false;
     const int key = static_cast<QKeyEvent *>(event)->key();
     const bool isSideways = key == Qt::Key_Left || key == Qt::Key_Right;
+    if (qobject_cast<QAbstractSpinBox *>(object) || qobject_cast<QAbstractSpinBox *>(object->parent()))
+        return false; // the arrows step it
     const bool isOfMenu = key == Qt::Key_Up || key == Qt::Key_Down || (isSideways && qobject_cast<Tile *>(object));
     if (isOfMenu)
         moveFocus(key);

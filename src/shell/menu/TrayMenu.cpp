@@ -22,15 +22,23 @@ constexpr int firstEntryId = 100;
 TrayMenu::TrayMenu(Shell &shell, Tools &tools, StatusMenu &entries, Actions actions, QObject *parent)
     : QObject(parent), m_shell(shell), m_tools(tools), m_entries(entries), m_actions(std::move(actions)),
       m_model(shell.flags(), shell.defaults(), shell.center(), shell.time(), modelActions()) {
-    connect(&m_model, &QuickActionsModel::changed, this, [this] {
-        if (m_panel.ifMade() && panel().isOpen())
-            panel().height().setSoon();
-        m_shell.desktop().statusItem().menuChanged();
-    });
+    connect(&m_model, &QuickActionsModel::changed, this, &TrayMenu::tellSoon);
     connect(&tools.keepAwake(), &KeepAwakeTool::showAdvancedPanelChanged, this, &TrayMenu::animateHeight);
 }
 
 TrayMenu::~TrayMenu() = default;
+
+/// Once for all that changes within a turn: one choice may write several preferences.
+void TrayMenu::tellSoon() {
+    if (std::exchange(m_isTelling, true))
+        return;
+    m_shell.time().async(this, [this] {
+        m_isTelling = false;
+        if (m_panel.ifMade() && panel().isOpen())
+            panel().height().setSoon();
+        m_shell.desktop().statusItem().menuChanged();
+    });
+}
 
 StatusMenuPanel &TrayMenu::panel() {
     return m_panel.get([this] {
@@ -45,7 +53,8 @@ void TrayMenu::cancelTracking() {
 }
 
 std::vector<StatusMenuLine> TrayMenu::lines() {
-    m_actions.willOpen();
+    m_entries.refreshClipboardMenuItem();
+    m_entries.refreshEmojiMenuItem();
     std::vector<StatusMenuLine> lines;
     for (const LayoutRow &row : m_model.rows()) {
         for (const QuickAction action : row.items) {
@@ -135,7 +144,7 @@ bool TrayMenu::isBuilt(QuickAction action) {
 
 QWidget *TrayMenu::makeCard(QuickAction action) {
     if (action == QuickAction::loFi)
-        return m_tools.lofi().makeMiniPlayer();
+        return m_tools.lofi().makeMiniPlayer([this] { cancelTracking(); });
     KeepAwakeControlView *card = m_tools.keepAwake().makeControlView([this] { cancelTracking(); });
     connect(card, &KeepAwakeControlView::measureChanged, this, &TrayMenu::animateHeight);
     return card;

@@ -14,7 +14,7 @@ class StatusMenu;
 class Tools;
 
 /// The menu of the tray item as a whole: the Quick Actions over the tools, the plain entries, and the window.
-/// AppDelegate owns it and makes it at the first press; main thread.
+/// AppDelegate owns it and makes it at the first press, or when a tray first asks for its lines; main thread.
 class TrayMenu final : public QObject {
     Q_OBJECT
 
@@ -47,6 +47,7 @@ private:
     [[nodiscard]] StatusMenuView *makeView(QuickActionsHeight &height);
     [[nodiscard]] QWidget *makeCard(QuickAction action);
     [[nodiscard]] bool isBuilt(QuickAction action);
+    void tellSoon();
     void animateHeight();
     void toggleCleaning();
 
@@ -55,6 +56,7 @@ private:
     StatusMenu &m_entries;
     Actions m_actions;
     QuickActionsModel m_model;
+    bool m_isTelling = false;
     MadeOnce<StatusMenuPanel> m_panel;
 };
 

@@ -32,6 +32,7 @@ private:
     FeatureFlags &m_flags;
     Time &m_time;
     bool m_isStarting = false;
+    int m_starts = 0;
 };
 
 } // namespace tavrine

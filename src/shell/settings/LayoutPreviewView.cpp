@@ -10,6 +10,8 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace tavrine {
 
 using namespace look;
@@ -66,6 +68,7 @@ protected:
     }
     void mouseReleaseEvent(QMouseEvent *) override {
         setCursor(Qt::OpenHandCursor);
+        m_view.m_over.reset();
         m_view.m_model.performDrop();
     }
     void keyPressEvent(QKeyEvent *event) override {
@@ -156,12 +159,12 @@ void LayoutPreviewView::moveTo(const std::map<QuickAction, QRect> &places, bool 
 
 /// By where things will stand, not by where they are on their way.
 void LayoutPreviewView::dragged(QuickAction action, QPoint place) {
-    for (const auto &[target, rect] : places()) {
-        if (target != action && rect.contains(place)) {
-            m_model.dropEntered(target);
-            return;
-        }
-    }
+    const auto where = places();
+    const auto found = std::ranges::find_if(where, [place](const auto &each) { return each.second.contains(place); });
+    const auto over = found == where.end() ? std::nullopt : std::optional(found->first);
+    // Said once for each that is entered: the row may bring the same one under the pointer again.
+    if (std::exchange(m_over, over) != over && over && *over != action)
+        m_model.dropEntered(*over);
 }
 
 void LayoutPreviewView::paintEvent(QPaintEvent *) {
@@ -174,6 +177,11 @@ void LayoutPreviewView::paintEvent(QPaintEvent *) {
     if (m_rows.empty())
         paintLine(painter, menu, QStringLiteral("All items hidden"), TextRole::body, theme.secondaryText,
                   Qt::AlignHCenter);
+}
+
+/// The window is moved by its ground, and not by this.
+void LayoutPreviewView::mousePressEvent(QMouseEvent *event) {
+    event->accept();
 }
 
 void LayoutPreviewView::resizeEvent(QResizeEvent *event) {

@@ -6,6 +6,7 @@
 #include <QWidget>
 
 #include <map>
+#include <optional>
 
 namespace tavrine {
 
@@ -24,6 +25,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private:
@@ -38,6 +40,7 @@ private:
     std::map<QuickAction, Item *> m_items;
     std::vector<LayoutRow> m_rows;
     look::Motion m_motion;
+    std::optional<QuickAction> m_over; ///< what the dragged place is over
 };
 
 } // namespace tavrine

@@ -3,12 +3,16 @@
 #include "look/ApplicationIcon.h"
 #include "look/EmptyState.h"
 #include "look/Look.h"
+#include "look/Tile.h"
 #include "shell/settings/SidebarView.h"
 
+#include <QAbstractButton>
 #include <QGuiApplication>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QScreen>
 #include <QShortcut>
+#include <QWindow>
 
 namespace tavrine {
 
@@ -69,6 +73,7 @@ void MainAppView::setSelection(std::optional<SidebarItem> item) {
     m_page->setParent(this);
     place();
     m_page->show();
+    m_page->lower(); // what lies over the window stays over it
 }
 
 void MainAppView::place() {
@@ -80,6 +85,15 @@ void MainAppView::place() {
 void MainAppView::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     painter.fillRect(rect(), look::themeOf(this).surface);
+}
+
+void MainAppView::mousePressEvent(QMouseEvent *event) {
+    for (const QWidget *at = childAt(event->pos()); at && at != this; at = at->parentWidget()) {
+        if (qobject_cast<const look::Card *>(at) || qobject_cast<const QAbstractButton *>(at))
+            return;
+    }
+    if (event->button() == Qt::LeftButton && windowHandle())
+        windowHandle()->startSystemMove();
 }
 
 void MainAppView::resizeEvent(QResizeEvent *event) {

@@ -16,8 +16,8 @@ class SidebarView;
 /// The settings: the side bar, and the page that is selected in it. It holds no setting itself. Belongs to the window;
 /// main thread.
 ///
-/// Only the page that is shown exists. "navigateToClipboardSettings" and "navigateToLofiSettings" lead to their pages
-/// for as long as the view lives.
+/// The window is moved by its ground, beside everything that can be pressed. Only the page that is shown exists.
+/// "navigateToClipboardSettings" and "navigateToLofiSettings" lead to their pages for as long as the view lives.
 class MainAppView final : public QWidget {
     Q_OBJECT
 
@@ -42,6 +42,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private:

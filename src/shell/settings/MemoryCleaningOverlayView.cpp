@@ -26,7 +26,7 @@ constexpr qreal flight = 96; // from the badge's middle, where a spark ends
 constexpr Seconds leavingTime{0.5};
 constexpr double groundOpacity = 0.9;
 
-// As fractions: when the check sets in after the burst.
+// When the check sets in after the burst.
 constexpr double checkDelaySeconds = 0.15;
 
 } // namespace

@@ -90,7 +90,7 @@ std::unique_ptr<QWidget> SettingsWindow::make(SidebarItem item, ClearAndDisable 
     case SidebarItem::keepAwake:
         return std::make_unique<KeepAwakeSettingsView>(
             std::make_unique<KeepAwakeSettingsModel>(shell.defaults(), shell.center()),
-            m_parts.tools.keepAwake().makeControlView({}));
+            shell.flags().isOn(Feature::keepAwake) ? m_parts.tools.keepAwake().makeControlView({}) : nullptr);
     case SidebarItem::lofi:
         return std::unique_ptr<QWidget>(m_parts.tools.lofi().makeSettingsView());
     case SidebarItem::network:

@@ -4,7 +4,8 @@
 
 namespace tavrine {
 
-/// The release notes that the first page of the settings shows: the newest version's, shortest first to read.
+/// The release notes that the first page of the settings shows: the newest version's, what is new before what is
+/// better.
 struct ReleaseNote {
     const char *tag;
     const char *text;

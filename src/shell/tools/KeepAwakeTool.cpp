@@ -17,6 +17,8 @@ KeepAwakeManager &KeepAwakeTool::manager() {
         connect(manager.get(), &KeepAwakeManager::awakeStateChanged, this, &KeepAwakeTool::stateChanged);
         connect(manager.get(), &KeepAwakeManager::showAdvancedPanelChanged, this,
                 &KeepAwakeTool::showAdvancedPanelChanged);
+        if (!m_shell.flags().isOn(Feature::keepAwake))
+            manager->setFeatureOn(false);
         return manager;
     });
 }

@@ -39,13 +39,13 @@ LofiManager &LofiTool::manager() {
     });
 }
 
-std::unique_ptr<LofiPlayerModel> LofiTool::makeModel() {
+std::unique_ptr<LofiPlayerModel> LofiTool::makeModel(std::function<void()> beforeLeaving) {
     return std::make_unique<LofiPlayerModel>(
-        LofiPlayerModel::Ports{manager(), m_shell.center(), m_shell.desktop().urlOpener()});
+        LofiPlayerModel::Ports{manager(), m_shell.center(), m_shell.desktop().urlOpener(), std::move(beforeLeaving)});
 }
 
-QWidget *LofiTool::makeMiniPlayer() {
-    return new LofiMiniPlayer(makeModel());
+QWidget *LofiTool::makeMiniPlayer(std::function<void()> beforeLeaving) {
+    return new LofiMiniPlayer(makeModel(std::move(beforeLeaving)));
 }
 
 QWidget *LofiTool::makeSettingsView() {

@@ -4,6 +4,8 @@
 #include "base/SerialQueue.h"
 #include "shell/tools/Tool.h"
 
+#include <functional>
+
 class QWidget;
 
 namespace tavrine {
@@ -20,12 +22,14 @@ public:
 
     void setOn(bool isOn) override;
 
-    [[nodiscard]] QWidget *makeMiniPlayer();   ///< the card among the quick actions
+    /// The card among the quick actions. `beforeLeaving` is called before it opens another window: a menu would stand
+    /// in the way.
+    [[nodiscard]] QWidget *makeMiniPlayer(std::function<void()> beforeLeaving);
     [[nodiscard]] QWidget *makeSettingsView(); ///< the page of the settings
     [[nodiscard]] LofiManager &manager();
 
 private:
-    [[nodiscard]] std::unique_ptr<LofiPlayerModel> makeModel();
+    [[nodiscard]] std::unique_ptr<LofiPlayerModel> makeModel(std::function<void()> beforeLeaving = {});
 
     Shell &m_shell;
     SerialQueue m_fileQueue{QStringLiteral("com.tavrine.lofi")};

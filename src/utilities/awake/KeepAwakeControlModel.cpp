@@ -39,19 +39,16 @@ void KeepAwakeControlModel::alertSoon() {
 }
 
 void KeepAwakeControlModel::alert() {
-    if (!manager().showLidClosedNoPowerWarning() || std::exchange(m_isAlerting, true))
-        return;
+    if (!manager().beginWarning())
+        return; // not wanted any more, or asked by other controls that are on the screen too
     if (m_parts.beforeAlert)
         m_parts.beforeAlert();
     const QPointer<KeepAwakeManager> manager(&m_parts.manager);
-    const QPointer<KeepAwakeControlModel> self(this);
     m_parts.alerts.runModal({.message = QLatin1String(alertTitle),
                              .information = QLatin1String(alertText),
                              .buttons = {QStringLiteral("OK")}});
-    if (self)
-        m_isAlerting = false;
     if (manager)
-        manager->setShowLidClosedNoPowerWarning(false);
+        manager->endWarning();
 }
 
 } // namespace tavrine

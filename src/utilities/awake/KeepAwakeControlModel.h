@@ -61,7 +61,6 @@ private:
 
     Parts m_parts;
     bool m_isOnScreen = false;
-    bool m_isAlerting = false;
 };
 
 } // namespace tavrine

@@ -172,6 +172,7 @@ void KeepAwakeManager::toggle() {
 }
 
 void KeepAwakeManager::setFeatureOn(bool isOn) {
+    m_isFeatureOn = isOn;
     m_scheduleTimer.reset();
     if (!isOn)
         disable();
@@ -304,11 +305,13 @@ void KeepAwakeManager::endPastSession() {
 // The schedule.
 
 void KeepAwakeManager::startScheduleTimer() {
+    if (!m_isFeatureOn)
+        return;
     m_scheduleTimer = m_ports.time.repeat(scheduleInterval, [this] { checkSchedule(); });
 }
 
 void KeepAwakeManager::checkSchedule() {
-    if (!m_scheduleEnabled)
+    if (!m_scheduleEnabled || !m_isFeatureOn)
         return;
     const DateComponents now = m_ports.calendar.components(m_ports.time.now());
     const bool isDayOff = m_weekdaysOnly && isWeekend(now);

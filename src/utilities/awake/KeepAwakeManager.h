@@ -7,6 +7,8 @@
 
 #include <QObject>
 
+#include <utility>
+
 namespace tavrine {
 
 class Calendar;
@@ -17,7 +19,7 @@ class UserNotifications;
 /// Keeps the machine awake, with one assertion at most. The person, a timer, the schedule and the power source switch
 /// it on and off; a stop by the battery undoes itself when power comes back, and no other does.
 ///
-/// One instance, made when the tool is first on; main thread. Making it is its launch: the preferences are read, the
+/// One instance, made when the tool is first on or shown; main thread. Making it is its launch: the preferences are read, the
 /// power source too, and the ticks run. It always starts asleep.
 ///
 ///  1. `isAwake` and `isPluggedIn` are what people see; they change in a later turn than what changes them, and
@@ -90,7 +92,12 @@ public:
     void setWeekdaysOnly(bool weekdaysOnly);
 
     void setShowAdvancedPanel(bool isShown);
-    /// Whoever has warned the person takes the wish for the warning back.
+    /// The wish for the warning is taken by one of those who can warn, and given back with its end.
+    [[nodiscard]] bool beginWarning() { return m_showLidClosedNoPowerWarning && !std::exchange(m_isWarning, true); }
+    void endWarning() {
+        m_isWarning = false;
+        setShowLidClosedNoPowerWarning(false);
+    }
     void setShowLidClosedNoPowerWarning(bool isWanted);
 
 Q_SIGNALS:
@@ -132,12 +139,14 @@ private:
     KeepAwakeMode m_selectedMode = KeepAwakeMode::displayAwake;
     KeepAwakeDuration m_selectedDuration = KeepAwakeDuration::indefinite;
     bool m_chargingOnly = false;
+    bool m_isFeatureOn = true;
     bool m_scheduleEnabled = false;
     TimeOfDay m_scheduleStart;
     TimeOfDay m_scheduleEnd;
     bool m_weekdaysOnly = true;
     bool m_showAdvancedPanel = false;
     bool m_showLidClosedNoPowerWarning = false;
+    bool m_isWarning = false;
     quint32 m_assertionId = 0; ///< also of one whose result has not come yet; 0 for none
     std::unique_ptr<Timer> m_powerPollTimer;
     std::unique_ptr<Timer> m_scheduleTimer;

@@ -59,6 +59,8 @@ QString LofiManager::tracksFolder() const {
 }
 
 void LofiManager::play() {
+    if (!m_ports.mayPlay())
+        return;
     const auto custom = preference::lofiCustomTrackPath.stored(m_ports.defaults);
     if (custom && QFileInfo::exists(*custom)) {
         playFile(*custom, Origin::custom);
@@ -197,10 +199,18 @@ void LofiManager::importCustomTrack(const QString &path) {
     m_ports.fileQueue.async([self = QPointer(this), time = &m_ports.time, isStopped, path, destination] {
         const FileResult result = copyWholeFile(path, destination, isStopped);
         time->async([self, isStopped, path, destination, result] {
-            if (self && !isStopped())
+            if (!self)
+                return;
+            if (!isStopped())
                 self->finishImport(path, destination, result);
+            else if (result && !self->isKnown(destination))
+                QFile::remove(destination); // it was whole at the moment of the reset
         });
     });
+}
+
+bool LofiManager::isKnown(const QString &copy) const {
+    return m_imports.contains(copy) || preference::lofiCustomTrackPath.stored(m_ports.defaults) == copy;
 }
 
 void LofiManager::finishImport(const QString &path, const QString &destination, const FileResult &result) {

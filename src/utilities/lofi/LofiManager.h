@@ -56,7 +56,7 @@ public:
         QString applicationSupport;
         QList<QUrl> trackUrls;
         std::function<int(int count)> anyOf; ///< a number from 0 below `count`, each as likely
-        std::function<bool()> mayPlay;       ///< asked when a download is over, which may be long after the press
+        std::function<bool()> mayPlay;       ///< asked at each play, and when a download is over
     };
 
     explicit LofiManager(Ports ports);
@@ -77,7 +77,7 @@ public:
     void resetToDefaultTrack();
 
 Q_SIGNALS:
-    /// One of the four above is another.
+    /// `isPlaying`, the download or the name of the track.
     void changed();
 
 private:
@@ -92,6 +92,7 @@ private:
     void endDownload(double progress);
     void outputDeviceChanged();
     void finishImport(const QString &path, const QString &destination, const FileResult &result);
+    [[nodiscard]] bool isKnown(const QString &copy) const; ///< chosen, or being imported
     void playAgain();
 
     void setPlaying(bool isPlaying);

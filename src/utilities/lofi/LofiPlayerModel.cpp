@@ -7,8 +7,8 @@
 
 namespace tavrine {
 
-LofiPlayerModel::LofiPlayerModel(Ports ports) : m_ports(ports) {
-    connect(&ports.manager, &LofiManager::changed, this, &LofiPlayerModel::changed);
+LofiPlayerModel::LofiPlayerModel(Ports ports) : m_ports(std::move(ports)) {
+    connect(&m_ports.manager, &LofiManager::changed, this, &LofiPlayerModel::changed);
 }
 
 QString LofiPlayerModel::title() const {
@@ -98,6 +98,8 @@ QString LofiPlayerModel::symbolOf(Command command) {
 }
 
 void LofiPlayerModel::perform(Command command) {
+    if (m_ports.beforeLeaving && command != Command::resetToDefault)
+        m_ports.beforeLeaving();
     switch (command) {
     case Command::openSettings:
         m_ports.center.post(QStringLiteral("openLofiSettingsRequested"));

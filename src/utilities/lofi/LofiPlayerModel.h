@@ -4,6 +4,8 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
+
 namespace tavrine {
 
 class LofiManager;
@@ -21,6 +23,7 @@ public:
         LofiManager &manager;
         NotificationCenter &center;
         UrlOpener &urlOpener;
+        std::function<void()> beforeLeaving = {}; ///< called before another window is opened
     };
 
     /// What there is to do beside playing.

@@ -199,6 +199,21 @@ TEST_F(Height, aNewAnimationEndsTheOneThatRuns) {
     EXPECT_EQ(height.height(), 60);
 }
 
+TEST_F(Height, aPreferenceThatIsWrittenWhileItRunsDoesNotMakeItJump) {
+    height.setNow();
+    wanted = 200;
+    height.animate(360ms);
+    height.setSoon();
+    double last = height.height();
+    for (int step = 0; step < 40; ++step) {
+        time.advance(16ms);
+        EXPECT_GE(height.height(), last);
+        EXPECT_LT(height.height() - last, 20) << "a jump";
+        last = height.height();
+    }
+    EXPECT_EQ(height.height(), 200);
+}
+
 TEST_F(Height, withoutAContentNothingMoves) {
     wanted.reset();
     height.setNow();

@@ -341,6 +341,25 @@ TEST_F(TrayMenuTest, aChosenLineActsInALaterTurnAndOneThatIsGoneOrOffDoesNot) {
     EXPECT_EQ(quits, 1);
 }
 
+TEST_F(TrayMenuTest, aTrayThatReadsTheLinesFoldsNothingUnderThePointer) {
+    press();
+    show();
+    quietly([this] { control("Advanced Awake modes").click(); });
+    static_cast<void>(desktop.statusItem().menuLines());
+    EXPECT_TRUE(delegate->tools().keepAwake().manager().showAdvancedPanel());
+}
+
+TEST_F(TrayMenuTest, aChoiceThatWritesSeveralPreferencesIsToldOnce) {
+    static_cast<void>(desktop.statusItem().menuLines());
+    time.advance(10ms);
+    const int before = desktop.statusItem().menuChanges();
+    quietly([this] {
+        delegate->tools().keepAwake().manager().setChargingOnly(true);
+        time.advance(10ms);
+    });
+    EXPECT_EQ(desktop.statusItem().menuChanges(), before + 1);
+}
+
 TEST_F(TrayMenuTest, suchATrayHearsOfEachChange) {
     static_cast<void>(desktop.statusItem().menuLines());
     const int before = desktop.statusItem().menuChanges();

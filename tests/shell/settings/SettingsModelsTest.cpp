@@ -103,6 +103,27 @@ TEST_F(SettingsModels, aFeatureThatIsSwitchedOffSaysNothing) {
     EXPECT_FALSE(row.isStarting());
 }
 
+TEST_F(SettingsModels, aFeatureThatIsStartedAnewIsStartingForItsWholeTime) {
+    FeatureRowModel row(Feature::loFi, delegate->shell().flags(), time);
+    row.setOn(false);
+    row.setOn(true);
+    time.advance(2s);
+    row.setOn(false);
+    row.setOn(true);
+    time.advance(2499ms);
+    EXPECT_TRUE(row.isStarting());
+    time.advance(1ms);
+    EXPECT_FALSE(row.isStarting());
+}
+
+TEST_F(SettingsModels, aFeatureThatIsSwitchedOffElsewhereIsNotStartingAnyMore) {
+    FeatureRowModel row(Feature::loFi, delegate->shell().flags(), time);
+    row.setOn(false);
+    row.setOn(true);
+    set(Feature::loFi, false);
+    EXPECT_FALSE(row.isStarting());
+}
+
 // Clearing.
 
 TEST_F(SettingsModels, clearAndDisableAsksClearsTellsAndSwitchesTheHistoryOff) {

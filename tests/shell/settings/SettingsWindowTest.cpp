@@ -7,10 +7,14 @@
 #include "shell/settings/AboutView.h"
 #include "shell/settings/AppIconView.h"
 #include "shell/settings/KeyFieldView.h"
+#include "shell/settings/LayoutPreviewView.h"
 #include "shell/settings/MainAppView.h"
 #include "shell/settings/SidebarView.h"
+#include "utilities/lofi/LofiManager.h"
 
 #include <QApplication>
+#include <QMouseEvent>
+#include <QSet>
 #include <QTest>
 
 namespace tavrine {
@@ -235,6 +239,69 @@ TEST_F(SettingsWindow, theDoubleTapIsChosenBesideTheKey) {
     EXPECT_FALSE(find<KeyFieldView>("Shortcut Key")->isVisibleTo(view().page()));
     quietly([&] { find<look::Button>("Save Changes")->click(); });
     EXPECT_EQ(defaults.get<QString>(text("emojiHotkeyMode")), text("doubleOption"));
+}
+
+TEST_F(SettingsWindow, keepAwakeSwitchedOffOnTheLayoutPageReleasesTheMachine) {
+    quietly([this] {
+        delegate->tools().keepAwake().manager().enable();
+        time.advance(1s);
+    });
+    ASSERT_TRUE(delegate->tools().keepAwake().manager().isAwake());
+    go(SidebarItem::layout);
+    quietly([this] {
+        find<look::Toggle>("Keep Awake")->click();
+        time.advance(1s);
+    });
+    EXPECT_FALSE(delegate->tools().keepAwake().manager().isAwake());
+    EXPECT_TRUE(desktop.powerAssertions().held().empty());
+}
+
+TEST_F(SettingsWindow, thePageOfAToolThatIsOffStartsNothing) {
+    set(Feature::keepAwake, false);
+    set(Feature::loFi, false);
+    defaults.set(text("keepAwakeScheduleEnabled"), true);
+    defaults.set(text("keepAwakeWeekdaysOnly"), false);
+    defaults.set(text("keepAwakeScheduleStartSecs"), qint64{0});
+    defaults.set(text("keepAwakeScheduleEndSecs"), qint64{86'340});
+    quietly([this] {
+        go(SidebarItem::keepAwake);
+        static_cast<void>(delegate->tools().keepAwake().manager());
+        time.advance(600s);
+        go(SidebarItem::lofi);
+        delegate->tools().lofi().manager().play();
+        time.advance(10s);
+    });
+    EXPECT_FALSE(delegate->tools().keepAwake().manager().isAwake());
+    EXPECT_FALSE(delegate->tools().lofi().manager().isPlaying());
+    EXPECT_FALSE(delegate->tools().lofi().manager().isDownloading());
+}
+
+TEST_F(SettingsWindow, aPlaceThatIsDraggedOverAnotherTakesItsPlaceOnce) {
+    go(SidebarItem::layout);
+    auto *preview = view().page()->findChild<LayoutPreviewView *>();
+    const auto item = [preview](const char *name) -> look::Control * {
+        for (auto *each : preview->findChildren<look::Control *>()) {
+            if (each->text() == text(name))
+                return each;
+        }
+        return nullptr;
+    };
+    const auto stored = [this] { return defaults.get<QString>(text("layoutOrder"), QString()); };
+    look::Control *dragged = item("Screenshot");
+    ASSERT_TRUE(dragged);
+    const QPoint onCard = item("Keep Awake")->geometry().center();
+    QTest::mousePress(dragged, Qt::LeftButton);
+    QStringList orders;
+    for (int move = 0; move < 6; ++move) {
+        const QPoint place = onCard + QPoint(move, 0);
+        QMouseEvent event(QEvent::MouseMove, dragged->mapFrom(preview, place), dragged->mapToGlobal(QPoint()),
+                          Qt::NoButton, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(dragged, &event);
+        orders.append(stored());
+    }
+    QTest::mouseRelease(dragged, Qt::LeftButton);
+    EXPECT_EQ(orders.front(), text("loFi,screenshot,keepAwake,qrScan,cleanMode,editor,settings"));
+    EXPECT_EQ(QSet<QString>(orders.begin(), orders.end()).size(), 1) << orders.join(u' ').toStdString();
 }
 
 TEST_F(SettingsWindow, aHundredFlagChangesAreFollowedByAnOpenPage) {

@@ -74,7 +74,7 @@ TEST_F(LofiToolTest, theTracksAreFetchedFromWhatCameWithTheProgram) {
 
 TEST_F(LofiToolTest, everyViewShowsTheOneManager) {
     addTrack();
-    const std::unique_ptr<QWidget> card(tool().makeMiniPlayer());
+    const std::unique_ptr<QWidget> card(tool().makeMiniPlayer({}));
     const std::unique_ptr<QWidget> page(tool().makeSettingsView());
     ASSERT_TRUE(qobject_cast<LofiMiniPlayer *>(card.get()));
     ASSERT_TRUE(qobject_cast<LofiSettingsView *>(page.get()));
