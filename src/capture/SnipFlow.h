@@ -123,7 +123,7 @@ private:
     SnipFiles m_files;
     std::shared_ptr<SnippetPreviewModel> m_cardModel;
     std::shared_ptr<SnipSaveDialogModel> m_dialogModel;
-    int m_storings = 0; ///< pictures on the queue
+    int m_storings = 0;        ///< pictures on the queue
     bool m_isStarting = false; ///< the tool comes in a moment
     FloatingPanel m_card;
     FloatingPanel m_dialog;

@@ -19,7 +19,6 @@
 namespace tavrine {
 namespace {
 
-
 bool isBareName(const QString &fileName) {
     return !fileName.isEmpty() && !fileName.contains(u'/') && !fileName.contains(QChar::Null) &&
            fileName != QLatin1String(".") && fileName != QLatin1String("..");

@@ -25,7 +25,7 @@ class UserDefaults;
 class MediaStore {
 public:
     static constexpr auto quickShotsName = "Tavrine QuickShots"; ///< the folder of recordings
-    static constexpr int thumbnailMaxPixelSize = 480; ///< longest edge of a thumbnail
+    static constexpr int thumbnailMaxPixelSize = 480;            ///< longest edge of a thumbnail
 
     MediaStore(Folders folders, UserDefaults &defaults, ImageCoder &coder, MovieAsset &movieAsset);
 

@@ -50,8 +50,8 @@ struct ToggleRow {
 
 /// A row whose switch is a preference, and follows it whoever changes it. Both outlive the row.
 [[nodiscard]] SettingsRow *makePreferenceRow(const QString &symbol, const QString &title, const QString &note,
-                                                   const Preference<bool> &preference, UserDefaults &defaults,
-                                                   NotificationCenter &center);
+                                             const Preference<bool> &preference, UserDefaults &defaults,
+                                             NotificationCenter &center);
 
 /// Calls `refresh` now, and after each change of the preferences for as long as `owner` lives.
 void followPreferences(QObject &owner, NotificationCenter &center, std::function<void()> refresh);

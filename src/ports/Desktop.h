@@ -108,7 +108,7 @@ public:
     [[nodiscard]] virtual Recognizer &recognizer() = 0;
     [[nodiscard]] virtual CodeDetector &screenCodeDetector() = 0;  ///< for what is found on the screen
     [[nodiscard]] virtual CodeDetector &pictureCodeDetector() = 0; ///< for the editor
-    [[nodiscard]] virtual ScriptSyntax *scriptSyntax() = 0; ///< null where there is no engine
+    [[nodiscard]] virtual ScriptSyntax *scriptSyntax() = 0;        ///< null where there is no engine
     [[nodiscard]] virtual AudioPlayers &audioPlayers() = 0;
     [[nodiscard]] virtual AudioDevices &audioDevices() = 0;
     [[nodiscard]] virtual Downloads &downloads() = 0;

@@ -43,16 +43,16 @@ AppDelegate::AppDelegate(const Shell::Parts &parts, QObject *parent)
                    {.makeWelcomeWindow =
                         [this](std::function<void()> onClose) {
                             Desktop &desktop = m_shell.desktop();
-                            return OnboardingView::makeWindow(
-                                {m_shell.defaults(), desktop.access(), desktop.time(), desktop.urlOpener(),
-                                 desktop.folders().resources},
-                                std::move(onClose));
+                            return OnboardingView::makeWindow({m_shell.defaults(), desktop.access(), desktop.time(),
+                                                               desktop.urlOpener(), desktop.folders().resources},
+                                                              std::move(onClose));
                         },
                     .openSettings = [this] { openSettings(); }}) {}
 
 AppDelegate::~AppDelegate() {
     m_shell.desktop().statusItem().setOnPress({});
-    m_shell.desktop().statusItem().setMenu({.lines = [] { return std::vector<StatusMenuLine>(); }, .onChosen = [](int) {}});
+    m_shell.desktop().statusItem().setMenu(
+        {.lines = [] { return std::vector<StatusMenuLine>(); }, .onChosen = [](int) {}});
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
@@ -105,8 +105,8 @@ void AppDelegate::setupStatusItem() {
                                          .quitApp = [this] { quitApp(); },
                                      });
     m_shell.desktop().statusItem().setOnPress([this](QPoint place) { trayMenu().press(place); });
-    m_shell.desktop().statusItem().setMenu({.lines = [this] { return trayMenu().lines(); },
-                                            .onChosen = [this](int id) { trayMenu().choose(id); }});
+    m_shell.desktop().statusItem().setMenu(
+        {.lines = [this] { return trayMenu().lines(); }, .onChosen = [this](int id) { trayMenu().choose(id); }});
 }
 
 void AppDelegate::startSpeedObservers() {

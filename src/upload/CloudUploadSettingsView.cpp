@@ -10,9 +10,9 @@
 #include "look/ScrollArea.h"
 #include "look/Tile.h"
 #include "look/Toggle.h"
+#include "look/WrappedText.h"
 #include "upload/ScriptEditorView.h"
 #include "upload/TestLogView.h"
-#include "look/WrappedText.h"
 
 #include <QBoxLayout>
 #include <QPainter>

@@ -87,7 +87,8 @@ TEST_F(StatusNotifierItemTest, tellsWhatItIs) {
     EXPECT_EQ(tray.properties().value(QStringLiteral("ItemIsMenu")), QVariant(false));
     EXPECT_EQ(property("IconName"), QString());
     EXPECT_EQ(tray.toolTip().title, QStringLiteral("Tavrine"));
-    EXPECT_EQ(tray.properties().value(QStringLiteral("Menu")).value<QDBusObjectPath>().path(), QStringLiteral("/NO_DBUSMENU"));
+    EXPECT_EQ(tray.properties().value(QStringLiteral("Menu")).value<QDBusObjectPath>().path(),
+              QStringLiteral("/NO_DBUSMENU"));
     EXPECT_TRUE(tray.items().constFirst().startsWith(QStringLiteral("org.kde.StatusNotifierItem-")));
 }
 

@@ -100,8 +100,9 @@ TYPED_TEST_P(WorkspaceContract, theProgramsWithAWindowAreListedOnceInTheOrderOfT
             names.append(each.bundleIdentifier);
         return names;
     };
-    EXPECT_TRUE(eventually([&] { return listed() == QStringList({this->first, this->second}); }))
-        << qPrintable(listed().join(u','));
+    EXPECT_TRUE(eventually([&] {
+        return listed() == QStringList({this->first, this->second});
+    })) << qPrintable(listed().join(u','));
     this->desk.close(this->second);
     EXPECT_TRUE(eventually([&] { return listed() == QStringList{this->first}; }));
 }

@@ -11,7 +11,8 @@ protected:
         menu = std::make_unique<StatusMenu>(
             defaults, delegate->shell().flags(), experience(),
             StatusMenu::Actions{[this] { done += text("clipboard "); }, [this] { done += text("emoji "); },
-                                [this] { done += text("colour "); }, [this] { done += text("updates "); }, [this] { done += text("quit "); }});
+                                [this] { done += text("colour "); }, [this] { done += text("updates "); },
+                                [this] { done += text("quit "); }});
     }
 
     ClipboardExperienceSettings &experience() { return delegate->shell().experienceSettings(); }
@@ -25,7 +26,8 @@ TEST_F(StatusMenuTest, theEntriesStandInTheirOrder) {
     for (const StatusMenuEntry &each : menu->entries())
         items.push_back(each.item);
     using enum StatusMenuItem;
-    EXPECT_THAT(items, ElementsAre(separator, clipboard, emojiPicker, colorPicker, separator, checkForUpdates, separator, quit));
+    EXPECT_THAT(items, ElementsAre(separator, clipboard, emojiPicker, colorPicker, separator, checkForUpdates,
+                                   separator, quit));
     EXPECT_EQ(menu->entry(emojiPicker).title, text("Emoji Picker"));
     EXPECT_EQ(menu->entry(checkForUpdates).title, text("Check for Updates…"));
     EXPECT_EQ(menu->entry(colorPicker).title, text("Colour Picker"));

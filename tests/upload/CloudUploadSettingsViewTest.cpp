@@ -5,11 +5,11 @@
 #include "look/Button.h"
 #include "look/Theme.h"
 #include "look/Toggle.h"
+#include "look/WrappedText.h"
 #include "upload/ScriptEditorView.h"
 #include "upload/ScriptHighlighter.h"
 #include "upload/TestLogView.h"
 #include "upload/UploadFixture.h"
-#include "look/WrappedText.h"
 
 #include <QApplication>
 #include <QTest>

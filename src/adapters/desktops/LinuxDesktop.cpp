@@ -167,7 +167,8 @@ CodeDetector &LinuxDesktop::pictureCodeDetector() {
 }
 
 ScriptSyntax *LinuxDesktop::scriptSyntax() {
-    return m_scriptSyntax.get([] { return std::make_unique<PluginLoader<ScriptSyntax>>(QStringLiteral("script_syntax")); })
+    return m_scriptSyntax
+        .get([] { return std::make_unique<PluginLoader<ScriptSyntax>>(QStringLiteral("script_syntax")); })
         .port();
 }
 

@@ -121,8 +121,7 @@ uint DBusMenuAdaptor::GetLayout(int parentId, int recursionDepth, const QStringL
     return m_menu.m_revision;
 }
 
-QList<DBusMenuProperties> DBusMenuAdaptor::GetGroupProperties(const QList<int> &ids,
-                                                              const QStringList &propertyNames) {
+QList<DBusMenuProperties> DBusMenuAdaptor::GetGroupProperties(const QList<int> &ids, const QStringList &propertyNames) {
     const auto found = m_menu.properties(ids, propertyNames);
     return {found.begin(), found.end()};
 }

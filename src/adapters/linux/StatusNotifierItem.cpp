@@ -21,7 +21,7 @@ using namespace std::chrono_literals;
 
 const auto watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const auto watcherPath = QStringLiteral("/StatusNotifierWatcher");
-const auto menuPath = QStringLiteral("/MenuBar"); // as other programs call theirs
+const auto menuPath = QStringLiteral("/MenuBar");            // as other programs call theirs
 const auto itemPath = QStringLiteral("/StatusNotifierItem"); // where a host looks when it is given a bus name
 
 // A session that takes longer to answer than this starts with the next best tray.

@@ -19,8 +19,8 @@ class UserNotifications;
 /// Keeps the machine awake, with one assertion at most. The person, a timer, the schedule and the power source switch
 /// it on and off; a stop by the battery undoes itself when power comes back, and no other does.
 ///
-/// One instance, made when the tool is first on or shown; main thread. Making it is its launch: the preferences are read, the
-/// power source too, and the ticks run. It always starts asleep.
+/// One instance, made when the tool is first on or shown; main thread. Making it is its launch: the preferences are
+/// read, the power source too, and the ticks run. It always starts asleep.
 ///
 ///  1. `isAwake` and `isPluggedIn` are what people see; they change in a later turn than what changes them, and
 ///     `isAwake` becomes true when the machine has answered. Decisions go by the assertion that is held or asked for,
