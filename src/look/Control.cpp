@@ -11,6 +11,8 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include <utility>
+
 namespace tavrine::look {
 
 Control::Control(QWidget *parent) : QAbstractButton(parent) {
@@ -79,13 +81,21 @@ void Control::focusInEvent(QFocusEvent *event) {
     QAbstractButton::focusInEvent(event);
 }
 
+/// Not deleted at once: the ring is a child of a widget above, which may be going through its children just now.
+void Control::dropRing() {
+    if (QWidget *ring = std::exchange(m_ring, nullptr)) {
+        ring->hide();
+        ring->deleteLater();
+    }
+}
+
 void Control::focusOutEvent(QFocusEvent *event) {
-    delete m_ring;
+    dropRing();
     QAbstractButton::focusOutEvent(event);
 }
 
 void Control::hideEvent(QHideEvent *event) {
-    delete m_ring;
+    dropRing();
     ToolTip::hide();
     QAbstractButton::hideEvent(event);
 }

@@ -44,6 +44,7 @@ protected:
 private:
     [[nodiscard]] const Theme &themeOfThis() const;
     void hoverTo(double part);
+    void dropRing();
 
     Motion m_hover;
     double m_hoverPart = 0;

@@ -124,6 +124,7 @@ TEST_F(ControlsTest, onlyTheKeyboardShowsTheFocusRing) {
     EXPECT_TRUE(rings.first()->geometry().contains(button->geometry()));
     button->clearFocus();
     EXPECT_FALSE(button->showsFocus());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(window.findChildren<FocusRing *>().isEmpty());
 }
 

@@ -161,7 +161,7 @@ void X11PanelView::hideEvent(QHideEvent *event) {
 /// The picture of a hidden panel takes a megabyte or more, and its next showing paints all of it anyway.
 void X11PanelView::rest() {
     if (QBackingStore *picture = backingStore())
-        picture->resize({});
+        picture->resize(QSize(1, 1)); // none at all is no size for it
     giveIdleMemoryBack();
 }
 

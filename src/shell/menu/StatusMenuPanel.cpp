@@ -46,7 +46,7 @@ void StatusMenuPanel::press(QPoint place) {
         cancelTracking();
         return;
     }
-    if (m_closedAt.count() >= 0 && m_ports.time.systemUptime() - m_closedAt < samePress)
+    if (m_pressedElsewhereAt && m_ports.time.systemUptime() - *m_pressedElsewhereAt < samePress)
         return;
     m_place = planePoint(place);
     open();
@@ -81,13 +81,15 @@ void StatusMenuPanel::open() {
 void StatusMenuPanel::clickedElsewhere() {
     if (!m_ports.windows.isAsking() && !StatusMenuView::hasMenuOpen() &&
         m_panel.isVisibleAndWithout(m_ports.screens.mouseLocation()))
-        m_ports.time.async(this, [this] { cancelTracking(); }); // the monitors end with it
+        m_ports.time.async(this, [this] { // the monitors end with it
+            m_pressedElsewhereAt = m_ports.time.systemUptime();
+            cancelTracking();
+        });
 }
 
 void StatusMenuPanel::cancelTracking() {
     if (!isOpen())
         return;
-    m_closedAt = m_ports.time.systemUptime();
     m_clicks.reset();
     m_ownClicks.reset();
     m_panel.dismiss(Dismissal::atOnce);

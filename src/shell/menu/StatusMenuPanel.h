@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace tavrine {
 
@@ -18,8 +19,8 @@ class StatusMenuView;
 
 /// The menu's window: where it stands beside the tray item, and when it goes. Main thread; owned by TrayMenu.
 ///
-///  1. A press on the item opens it, and another one closes it: whatever closed it a moment before that press was the
-///     press itself.
+///  1. A press on the item opens it, and another one closes it: a press elsewhere that closed it a moment before was
+///     that press itself.
 ///  2. A click anywhere else, Escape, and the keyboard going to another program close it.
 ///  3. It grows and shrinks away from the item, and never leaves the screen.
 ///  4. Nothing of it exists until it is opened for the first time.
@@ -69,7 +70,7 @@ private:
     Departure m_departure;
     StatusMenuView *m_view = nullptr;
     QPointF m_place;
-    Seconds m_closedAt{-1};
+    std::optional<Seconds> m_pressedElsewhereAt; ///< which closed it; it may have been a press of the item
     std::unique_ptr<EventMonitor> m_clicks;
     std::unique_ptr<EventMonitor> m_ownClicks;
 };

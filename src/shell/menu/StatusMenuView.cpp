@@ -83,7 +83,7 @@ private:
 StatusMenuView::StatusMenuView(StatusMenu &menu, QuickActionsGrid *grid, QuickActionsHeight &height, QWidget *parent)
     : PanelSurface(radius::card, parent), m_menu(menu), m_grid(grid), m_height(height),
       m_pane(new ScrollPane(grid, this)) {
-    setFocusPolicy(Qt::StrongFocus);
+    setFocusPolicy(Qt::NoFocus); // has the keyboard at first, and is no stop of the Tab key
     setAccessibleName(QStringLiteral("Tavrine"));
     connect(grid, &QuickActionsGrid::measureChanged, this,
             [grid] { QCoreApplication::postEvent(grid, new QEvent(QEvent::LayoutRequest)); });

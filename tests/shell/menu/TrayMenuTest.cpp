@@ -99,6 +99,14 @@ TEST_F(TrayMenuTest, thePressThatClosedItAsAClickElsewhereDoesNotOpenItAgain) {
     EXPECT_TRUE(panel().isOpen());
 }
 
+TEST_F(TrayMenuTest, afterEscapeAPressOpensItAtOnce) {
+    press();
+    show();
+    QTest::keyClick(&view(), Qt::Key_Escape);
+    press();
+    EXPECT_TRUE(panel().isOpen());
+}
+
 TEST_F(TrayMenuTest, aClickElsewhereClosesItAndOneInItDoesNot) {
     press();
     desktop.screens().setMouseLocation(panel().frame().center());

@@ -174,6 +174,19 @@ TEST_F(SettingsWindow, theKeysOfPagesAndOfClosing) {
     EXPECT_EQ(window(LargeWindows::Kind::settings), nullptr);
 }
 
+TEST_F(SettingsWindow, thePageMayGoWhileAControlOfItHasTheKeyboardAndItsRing) {
+    QApplication::setActiveWindow(&view());
+    for (const SidebarItem item : {SidebarItem::features, SidebarItem::home, SidebarItem::clipboard}) {
+        go(item);
+        auto *control = view().page()->findChild<look::Control *>();
+        ASSERT_TRUE(control);
+        control->setFocus(Qt::TabFocusReason);
+        EXPECT_TRUE(control->showsFocus());
+        QTest::keyClick(&view(), Qt::Key_2, Qt::ControlModifier);
+        EXPECT_EQ(view().selection(), SidebarItem::general);
+    }
+}
+
 TEST_F(SettingsWindow, theFifthTapOnTheIconLeavesThePageAsItWas) {
     go(SidebarItem::about);
     auto *about = qobject_cast<AboutView *>(view().page());
