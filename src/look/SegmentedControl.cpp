@@ -61,6 +61,11 @@ void SegmentedControl::setCurrent(int index) {
         return;
     m_current = index;
     m_segments[size_t(index)]->setChecked(true);
+    if (!isVisible()) { // what nobody has seen elsewhere does not come from there
+        m_motion.stop();
+        m_plate = index;
+        return;
+    }
     const double from = m_plate;
     m_motion.start(Spring::responding(0.3, 0.825), [this, from, index](double value) {
         m_plate = from + (index - from) * value;

@@ -12,7 +12,7 @@ struct ReleaseNote {
 };
 
 inline constexpr std::array whatsNew{
-    ReleaseNote{"NEW", "One settings window for everything, and Quick Actions in the tray menu"},
+    ReleaseNote{"NEW", "A settings window, and Quick Actions in the tray menu"},
     ReleaseNote{"NEW", "Keep Awake, Clean Mode, network speed and Lo-Fi"},
     ReleaseNote{"NEW", "QR codes from anywhere on the screen"},
     ReleaseNote{"IMPROVED", "Long texts in the clipboard history cost no memory"},
