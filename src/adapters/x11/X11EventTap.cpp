@@ -8,6 +8,8 @@
 #include <QTimer>
 #include <QWindow>
 
+#include <utility>
+
 namespace tavrine {
 namespace {
 
@@ -18,7 +20,7 @@ constexpr auto betweenTries = 20ms;
 
 class X11EventTap final : public EventTap {
 public:
-    X11EventTap(std::shared_ptr<KeyboardSilence> silence, std::function<void()> onChange)
+    X11EventTap(std::shared_ptr<KeyboardSilence> silence, SessionEvents &sessionEvents, std::function<void()> onChange)
         : m_silence(std::move(silence)), m_onChange(std::move(onChange)),
           m_client([this](const xcb_generic_event_t &event) { handle(event); }, [this] { onDrained(); }),
           m_hold(m_client) {
@@ -28,11 +30,11 @@ public:
             return;
         borrowFromOwnMenus();
         m_state = State::waiting;
+        m_listening = sessionEvents.listen([this] { giveWay(); });
         attempt();
     }
     ~X11EventTap() override {
-        m_hold.giveBack();
-        m_client.drain(); // the time of what was dropped last
+        giveBack();
         m_silence->end();
         for (const auto &menu : m_lenders)
             if (menu && menu->isVisible())
@@ -73,6 +75,24 @@ private:
             m_again.start(0);
     }
 
+    void giveBack() {
+        m_hold.giveBack();
+        m_client.drain(); // the time of what was dropped last
+    }
+
+    /// To the lock screen, which needs the pointer as well.
+    void giveWay() {
+        if (m_state == State::ended)
+            return;
+        giveBack();
+        m_again.stop();
+        if (m_state != State::ended)
+            change(State::ended);
+        for (const auto menus = std::exchange(m_lenders, {}); const auto &menu : menus)
+            if (menu)
+                menu->close();
+    }
+
     void onDrained() {
         if (!m_client.isConnected() && m_state != State::ended)
             change(State::ended);
@@ -105,12 +125,13 @@ private:
     QDeadlineTimer m_deadline{longestWait};
     std::vector<QPointer<QWindow>> m_lenders;
     State m_state = State::ended;
+    SessionEvents::Listening m_listening;
 };
 
 } // namespace
 
 std::unique_ptr<EventTap> X11EventTaps::create(std::function<void()> onChange) {
-    auto tap = std::make_unique<X11EventTap>(m_silence, std::move(onChange));
+    auto tap = std::make_unique<X11EventTap>(m_silence, m_sessionEvents, std::move(onChange));
     if (tap->state() == EventTap::State::ended)
         return nullptr;
     return tap;

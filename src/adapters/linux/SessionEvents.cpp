@@ -1,0 +1,94 @@
+#include "adapters/linux/SessionEvents.h"
+
+#include "adapters/linux/SystemBus.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace tavrine {
+namespace {
+
+struct Notice {
+    const char *interface;
+    const char *name;
+    const char *slot;
+};
+
+constexpr Notice ofLogind[] = {
+    {"org.freedesktop.login1.Manager", "PrepareForSleep", SLOT(onActive(bool))},
+    {"org.freedesktop.login1.Session", "Lock", SLOT(onLock())},
+};
+// Desktops that lock without a word to logind.
+constexpr Notice ofLockScreens[] = {
+    {"org.freedesktop.ScreenSaver", "ActiveChanged", SLOT(onActive(bool))},
+    {"org.gnome.ScreenSaver", "ActiveChanged", SLOT(onActive(bool))},
+    {"org.cinnamon.ScreenSaver", "ActiveChanged", SLOT(onActive(bool))},
+    {"org.mate.ScreenSaver", "ActiveChanged", SLOT(onActive(bool))},
+    {"org.xfce.ScreenSaver", "ActiveChanged", SLOT(onActive(bool))},
+};
+
+} // namespace
+
+SessionEvents::Listening SessionEvents::listen(std::function<void()> sleepsOrLocks) {
+    if (!std::exchange(m_isFollowing, true))
+        follow();
+    const auto listener = m_listeners.insert(m_listeners.end(), std::move(sleepsOrLocks));
+    if (m_listeners.size() == 1)
+        attachAll(true);
+    return {this, [listener](SessionEvents *self) {
+                self->m_listeners.erase(listener);
+                if (self->m_listeners.empty())
+                    self->attachAll(false);
+            }};
+}
+
+void SessionEvents::follow() {
+    systemBus::follow(this, [this](const QDBusConnection &bus) { take(&SessionEvents::m_systemBus, bus); });
+    sessionBus::follow(this, [this](const QDBusConnection &bus) { take(&SessionEvents::m_sessionBus, bus); });
+}
+
+void SessionEvents::take(Bus SessionEvents::*bus, const QDBusConnection &opened) {
+    if (!opened.isConnected())
+        return;
+    this->*bus = opened;
+    if (!m_listeners.empty())
+        attach(bus, true);
+}
+
+void SessionEvents::attachAll(bool isToHear) {
+    attach(&SessionEvents::m_systemBus, isToHear);
+    attach(&SessionEvents::m_sessionBus, isToHear);
+}
+
+void SessionEvents::attach(Bus SessionEvents::*bus, bool isToHear) {
+    Bus &connection = this->*bus;
+    if (!connection)
+        return;
+    const auto attachTo = [&](const Notice &notice) {
+        const auto interface = QLatin1String(notice.interface);
+        const auto name = QLatin1String(notice.name);
+        // No service name: with one, QtDBus would wait for the bus to tell who has it. No path: each session has its
+        // own.
+        if (isToHear)
+            connection->connect(QString(), QString(), interface, name, this, notice.slot);
+        else
+            connection->disconnect(QString(), QString(), interface, name, this, notice.slot);
+    };
+    if (bus == &SessionEvents::m_systemBus)
+        std::for_each(std::begin(ofLogind), std::end(ofLogind), attachTo);
+    else
+        std::for_each(std::begin(ofLockScreens), std::end(ofLockScreens), attachTo);
+}
+
+void SessionEvents::onActive(bool isActive) {
+    if (isActive)
+        onLock();
+}
+
+void SessionEvents::onLock() {
+    for (const auto &listener : m_listeners)
+        listener();
+}
+
+} // namespace tavrine

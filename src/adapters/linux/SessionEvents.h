@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QObject>
+
+#include <functional>
+#include <list>
+#include <memory>
+#include <optional>
+
+namespace tavrine {
+
+/// Hears that the machine goes to sleep or that a session is locked, from logind and from whoever draws the lock
+/// screen. Lives on the main thread, as long as the process. The buses are asked for nothing while nobody listens.
+///
+/// Anybody on a bus can say so, and of any session: good for giving way, not for more.
+class SessionEvents final : public QObject {
+    Q_OBJECT
+
+public:
+    /// Ends the listening; outlived by the events.
+    using Listening = std::shared_ptr<void>;
+
+    /// `sleepsOrLocks` is called each time, perhaps several times for the same, and does not end the listening within
+    /// the call. Nothing that was said before is heard, nor what is said until the buses are open.
+    [[nodiscard]] Listening listen(std::function<void()> sleepsOrLocks);
+
+private Q_SLOTS:
+    void onActive(bool isActive);
+    void onLock();
+
+private:
+    using Bus = std::optional<QDBusConnection>;
+
+    void take(Bus SessionEvents::*bus, const QDBusConnection &opened);
+    void follow();
+    void attach(Bus SessionEvents::*bus, bool isToHear);
+    void attachAll(bool isToHear);
+
+    bool m_isFollowing = false;
+    Bus m_systemBus;
+    Bus m_sessionBus;
+    std::list<std::function<void()>> m_listeners;
+};
+
+} // namespace tavrine
