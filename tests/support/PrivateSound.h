@@ -32,6 +32,10 @@ public:
         for (const char *device : {"one", "two"})
             addDevice(QLatin1String(device));
         setDefault(QStringLiteral("one"));
+        // Or the default input follows the default output, and PulseAudio carries recordings along with it: who listens
+        // to one device would hear the other.
+        if (kind == SoundServerKind::pulseAudio)
+            control({QStringLiteral("set-default-source"), QStringLiteral("one.monitor")});
     }
     ~PrivateSound() {
         end();

@@ -39,7 +39,10 @@ public:
         m_program.start(QStringLiteral("parec"),
                         {QStringLiteral("-d"), device + QStringLiteral(".monitor"), QStringLiteral("--raw"),
                          QStringLiteral("--format=s16le"), QStringLiteral("--rate=%1").arg(PrivateSound::rate),
-                         QStringLiteral("--channels=1"), QStringLiteral("--latency-msec=5")});
+                         QStringLiteral("--channels=1"), QStringLiteral("--latency-msec=5"),
+                         // PipeWire carries recordings along to another default device; PulseAudio does not know these.
+                         QStringLiteral("--property=node.dont-reconnect=true"),
+                         QStringLiteral("--property=node.dont-move=true")});
         m_program.waitForStarted();
         ::close(ends[1]);
         m_thread = std::thread([this] { listen(); });
@@ -60,6 +63,9 @@ public:
         const std::lock_guard lock(m_mutex);
         return m_changed;
     }
+    /// All that came, so far. A device that nobody listened to takes its time, two seconds at most, until it comes
+    /// quickly.
+    [[nodiscard]] qsizetype samples() const { return m_samples; }
     /// Samples louder than silence, so far.
     [[nodiscard]] qsizetype loudSamples() const { return m_loud; }
     /// From now on.
@@ -96,6 +102,7 @@ private:
         for (const std::int16_t sample : samples)
             loud += std::abs(sample) > quiet ? 1 : 0;
         m_loud += loud;
+        m_samples += static_cast<qsizetype>(samples.size());
         const std::lock_guard lock(m_mutex);
         if (m_isHeard.exchange(loud > 0) != (loud > 0))
             m_changed = Clock::now();
@@ -108,6 +115,7 @@ private:
     mutable std::mutex m_mutex;
     std::atomic<bool> m_isHeard = false;
     std::atomic<qsizetype> m_loud = 0;
+    std::atomic<qsizetype> m_samples = 0;
     Clock::time_point m_changed;
     bool m_keeps = false;
     std::vector<std::int16_t> m_kept;

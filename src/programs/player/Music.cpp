@@ -79,6 +79,7 @@ std::optional<std::string> Music::open(int descriptor) {
 }
 
 void Music::play(int loops) {
+    m_isPlaying = true;
     m_isEndless = loops < 0;
     mpv_set_property_string(m_mpv, "loop-file", loops < 0 ? "inf" : std::to_string(loops).c_str());
     mpv_set_property_string(m_mpv, "pause", "no");
@@ -121,12 +122,14 @@ void Music::end(const mpv_event_end_file &end) {
         return; // a list of others, none of which can be opened; their ends follow
     if (end.reason == MPV_END_FILE_REASON_ERROR)
         m_handlers.failed(end.error == MPV_ERROR_AO_INIT_FAILED, mpv_error_string(end.error));
+    else if (!m_isReady) // a file in which there is nothing
+        m_handlers.failed(false, mpv_error_string(MPV_ERROR_NOTHING_TO_PLAY));
+    else if (!m_isPlaying) // the library is through with a moment of sound while it still holds it at its beginning
+        m_handlers.failed(false, "the sound is too short to be played");
     else if (m_isEndless) // the library ends loops in which it gets nowhere
         m_handlers.failed(false, "the sound is too short to be repeated");
-    else if (m_isReady)
+    else
         m_handlers.ended();
-    else // a file in which there is nothing
-        m_handlers.failed(false, mpv_error_string(MPV_ERROR_NOTHING_TO_PLAY));
 }
 
 } // namespace tavrine

@@ -14,7 +14,7 @@ class Music {
 public:
     struct Handlers {
         std::function<void()> ready; ///< decoding has begun, and the way to the output is open
-        std::function<void()> ended; ///< after the last loop
+        std::function<void()> ended; ///< after the last loop; without a play it is a failure
         std::function<void(bool isOutputToBlame, const std::string &words)> failed;
         std::function<void()> wentOn; ///< in answer to `look`, when the sound is further than at the last one
     };
@@ -40,6 +40,7 @@ private:
     mpv_handle *m_mpv = nullptr; // never destroyed: the process ends, and the library would take its time
     int m_error = 0;
     bool m_isReady = false;
+    bool m_isPlaying = false;
     bool m_isEndless = false;
     double m_position = -1;
 };
