@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QImage>
+#include <QProcess>
 
 #include <gtest/gtest.h>
 
@@ -65,13 +66,14 @@ TEST_F(CapturesOfAProgram, theTextOfACaptureIsCopiedAndItsPictureSavedWithTheNot
     EXPECT_TRUE(waitUntil([&] { return QImage(path).width() > 300; }));
 }
 
-TEST_F(CapturesOfAProgram, theTextOfACaptureGoesWhenThePersonSwitchesToAnotherWindowByTheKeyboard) {
+TEST_F(CapturesOfAProgram, theTextOfACaptureGoesWhenThePersonGoesToAnotherWindowByATaskBar) {
     ASSERT_TRUE(program.startOnboarded());
     captureWords();
     ASSERT_TRUE(capturing.clickInCard(lastOfFive));
     ASSERT_TRUE(waitUntil([this] { return desktop.hasKeyboard(notepad); }));
     (void)waitUntil([] { return false; }, 700ms); // until it takes the loss of the keyboard for the person's wish
-    desktop.keyboard.chord({key::leftAlt, key::tab});
+    const auto words = desktop.windowsTitled(QStringLiteral("words")).front();
+    QProcess::execute(QStringLiteral("wmctrl"), {QStringLiteral("-i"), QStringLiteral("-a"), QString::number(words)});
     EXPECT_TRUE(waitUntil([this] { return !desktop.isShown(notepad); }));
     EXPECT_TRUE(
         waitUntil([this] { return desktop.activeWindow() == desktop.windowsTitled(QStringLiteral("words")).front(); }));
