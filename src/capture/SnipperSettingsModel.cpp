@@ -28,6 +28,14 @@ void SnipperSettingsModel::setSavesWithoutAsking(bool savesWithoutAsking) {
     preference::snipUseSaveDefault.set(m_ports.defaults, savesWithoutAsking);
 }
 
+ColorFormat SnipperSettingsModel::colorFormat() const {
+    return preference::colorPickerFormat.get(m_ports.defaults);
+}
+
+void SnipperSettingsModel::setColorFormat(ColorFormat format) {
+    preference::colorPickerFormat.set(m_ports.defaults, format);
+}
+
 QString SnipperSettingsModel::storedFolder() const {
     return preference::snipSaveDirectoryPath.get(m_ports.defaults);
 }

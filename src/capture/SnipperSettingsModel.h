@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/NotificationCenter.h"
+#include "capture/ColorPickerManager.h"
 #include "ports/Folders.h"
 
 #include <QObject>
@@ -31,6 +32,10 @@ public:
     void setSoundMuted(bool isMuted);
     [[nodiscard]] bool savesWithoutAsking() const;
     void setSavesWithoutAsking(bool savesWithoutAsking);
+
+    /// How a picked colour is written.
+    [[nodiscard]] ColorFormat colorFormat() const;
+    void setColorFormat(ColorFormat format);
 
     /// The folder as the page tells it.
     [[nodiscard]] QString saveFolder() const;

@@ -1,6 +1,7 @@
 #include "capture/SnipperSettingsView.h"
 
 #include "capture/SnipperSettingsModel.h"
+#include "look/ChoiceButton.h"
 #include "look/FolderRow.h"
 #include "look/Tile.h"
 #include "look/Toggle.h"
@@ -27,7 +28,17 @@ SnipperSettingsView::SnipperSettingsView(std::unique_ptr<SnipperSettingsModel> m
     saving->add(folder);
     saving->add(alwaysRow);
 
-    const auto refresh = [this, sound = sound, always = always, folder] {
+    QStringList labels;
+    for (const auto &[format, label] : colorFormatLabels)
+        labels.append(QLatin1String(label));
+    auto *color = new ChoiceButton(labels);
+    auto *colorRow = new SettingsRow(QStringLiteral("eyedropper"), QStringLiteral("Colour Format"),
+                                     QStringLiteral("How the Colour Picker writes what it copies"));
+    colorRow->setTrailing(color);
+    addSection()->add(colorRow);
+
+    const auto refresh = [this, sound = sound, always = always, folder, color] {
+        color->setCurrent(static_cast<int>(m_model->colorFormat()));
         sound->setChecked(m_model->isSoundMuted());
         always->setChecked(m_model->savesWithoutAsking());
         folder->setFolder(m_model->saveFolder(), m_model->hasOwnSaveFolder());
@@ -37,6 +48,8 @@ SnipperSettingsView::SnipperSettingsView(std::unique_ptr<SnipperSettingsModel> m
     connect(shown, &SnipperSettingsModel::changed, this, refresh);
     connect(sound, &QAbstractButton::toggled, shown, &SnipperSettingsModel::setSoundMuted);
     connect(always, &QAbstractButton::toggled, shown, &SnipperSettingsModel::setSavesWithoutAsking);
+    connect(color, &ChoiceButton::chosen, shown,
+            [shown](int index) { shown->setColorFormat(static_cast<ColorFormat>(index)); });
     connect(folder, &FolderRow::changePressed, shown, &SnipperSettingsModel::changeSaveFolder);
     connect(folder, &FolderRow::resetPressed, shown, &SnipperSettingsModel::resetSaveFolder);
 }

@@ -25,6 +25,13 @@ TEST_F(SnipperSettingsModelTest, theSwitchesAreThePreferences) {
     EXPECT_EQ(defaults.get<bool>(text("snipMuteSound")), false);
 }
 
+TEST_F(SnipperSettingsModelTest, theColourFormatIsStoredAsItsLabelAndAnUnknownOneShowsAsHex) {
+    model.setColorFormat(ColorFormat::rgb);
+    EXPECT_EQ(defaults.get<QString>(text("colorPickerFormat")), text("RGB (255, 255, 255)"));
+    defaults.set(text("colorPickerFormat"), text("nonsense"));
+    EXPECT_EQ(model.colorFormat(), ColorFormat::hex);
+}
+
 TEST_F(SnipperSettingsModelTest, thePageFollowsWhoeverChangesThePreferences) {
     int changes = 0;
     QObject::connect(&model, &SnipperSettingsModel::changed, &model, [&] { ++changes; });
