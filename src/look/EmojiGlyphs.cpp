@@ -1,5 +1,6 @@
 #include "look/EmojiGlyphs.h"
 
+#include "look/DrawnGlyphs.h"
 #include "look/EmojiText.h"
 #include "look/Ligatures.h"
 #include "look/Text.h"
@@ -72,13 +73,20 @@ QPixmap EmojiGlyphs::picture(const QString &emoji, const QColor &textColour, qre
 }
 
 QPixmap EmojiGlyphs::drawn(const QString &sequence, const QColor &textColour, qreal scale) {
+    const int side = int(std::ceil(m_side * scale));
+    if (const DrawnGlyphs *before = m_drawnBefore ? m_drawnBefore(side) : nullptr) {
+        if (const QImage picture = before->picture(sequence); !picture.isNull()) {
+            QPixmap pixmap = QPixmap::fromImage(picture);
+            pixmap.setDevicePixelRatio(scale);
+            return pixmap;
+        }
+    }
     const bool isPicture = isEmojiPresentation(sequence);
     const QString emoji = isPicture ? withoutEmojiSelectors(sequence) : sequence;
     QFont font = isPicture ? m_emojiFont : m_textFont;
     const QList<uint> letters = emoji.toUcs4();
     if (letters.isEmpty() || !QFontMetricsF(font).inFontUcs4(letters.front()))
         return {};
-    const int side = int(std::ceil(m_side * scale));
     font.setPixelSize(std::max(1, int(side * glyphPart)));
     QPixmap picture(side, side);
     picture.fill(Qt::transparent);

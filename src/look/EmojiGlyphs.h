@@ -7,7 +7,12 @@
 #include <QRawFont>
 #include <QString>
 
+#include <functional>
+#include <utility>
+
 namespace tavrine::look {
+
+class DrawnGlyphs;
 
 /// Pictures of emojis. Colour glyphs are slow to paint as text, so each is drawn once and kept; the least recently used
 /// go when all together would take more than a bound. Belongs to a view; main thread only.
@@ -25,6 +30,11 @@ public:
     /// `sidePoints` is the side of the square that a glyph is fitted into.
     explicit EmojiGlyphs(int sidePoints, qsizetype bytes = limitBytes);
 
+    /// Where pictures of `side` pixels an edge were drawn before; asked whenever one is missing, and answers null where
+    /// there are none.
+    using DrawnBefore = std::function<const DrawnGlyphs *(int side)>;
+    void setDrawnBefore(DrawnBefore drawnBefore) { m_drawnBefore = std::move(drawnBefore); }
+
     /// At `scale` device pixels a point. Null when no font on this desktop has the emoji.
     [[nodiscard]] QPixmap picture(const QString &emoji, const QColor &textColour, qreal scale);
 
@@ -35,6 +45,7 @@ private:
     [[nodiscard]] QPixmap drawn(const QString &sequence, const QColor &textColour, qreal scale);
 
     int m_side;
+    DrawnBefore m_drawnBefore;
     QFont m_emojiFont;
     QFont m_textFont;
     QRawFont m_rawFont; ///< the first family of `m_emojiFont`, at the size that was drawn last

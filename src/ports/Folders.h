@@ -14,6 +14,7 @@ struct Folders {
     QString preferences = {}; ///< holds one file for each program
     QString programs = {};    ///< this program's own file, and those that come with it
     QString resources = {};   ///< what came with the program and is only read
+    QString caches = {};      ///< what can be made anew, the program's own
     bool operator==(const Folders &) const = default;
 };
 

@@ -46,6 +46,7 @@ Folders xdgFolders() {
         .preferences = location(QStandardPaths::GenericConfigLocation),
         .programs = programs,
         .resources = QDir::cleanPath(programs + QStringLiteral("/../share/tavrine")),
+        .caches = location(QStandardPaths::GenericCacheLocation) + QStringLiteral("/Tavrine"),
     };
 }
 

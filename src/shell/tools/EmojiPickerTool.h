@@ -8,6 +8,7 @@ class QWidget;
 namespace tavrine {
 
 class EmojiPickerStore;
+class EmojiPictures;
 class Shell;
 
 /// The emoji picker: its table, from the first opening on, and its panel.
@@ -24,6 +25,7 @@ public:
 private:
     Shell &m_shell;
     MadeOnce<EmojiPickerStore> m_store;
+    MadeOnce<EmojiPictures> m_pictures;
 };
 
 } // namespace tavrine

@@ -32,6 +32,9 @@ public:
                     std::function<void(const EmojiItem &)> onCopy, QWidget *parent = nullptr);
     ~EmojiPickerView() override;
 
+    /// Where its pictures were drawn before.
+    void setDrawnBefore(look::EmojiGlyphs::DrawnBefore drawnBefore) { m_glyphs.setDrawnBefore(std::move(drawnBefore)); }
+
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:
