@@ -33,7 +33,7 @@ struct Entry {
     quint32 units;
     quint64 picture; ///< its first byte in the file
     quint32 bytes;   ///< of the packed picture
-    quint32 unused;
+    quint32 isSign;  ///< 1 or 0
 };
 
 /// Changes with the file, as far as its name, size and time tell.
@@ -43,15 +43,14 @@ QByteArray stampOf(const QString &path) {
            QByteArray::number(info.lastModified().toMSecsSinceEpoch());
 }
 
-QByteArray stampOf(const GlyphSources &sources) {
-    return sources.family.toUtf8() + '\0' + stampOf(sources.fontFile) + '\0' + stampOf(sources.table);
+/// The font's file stands in front: the stamp tells it, since finding it anew costs more than all else here.
+QByteArray stampOf(const GlyphSources &sources, const QString &fontFile) {
+    return stampOf(fontFile) + '\0' + stampOf(sources.table) + '\0' + sources.family.toUtf8() + '\0' +
+           sources.textFont.toUtf8();
 }
 
-/// Whether `stamp` is what it would be today. It names the font's file itself: finding that anew costs more than all
-/// else here.
-bool isOfToday(const QByteArray &stamp, const QString &family, const QString &table) {
-    const QList<QByteArray> parts = stamp.split('\0');
-    return parts.size() > 1 && stamp == stampOf({family, QString::fromUtf8(parts[1]), table, 0});
+bool isOfToday(const QByteArray &stamp, const GlyphSources &sources) {
+    return stamp == stampOf(sources, QString::fromUtf8(stamp.left(stamp.indexOf('\0'))));
 }
 
 template <class Value>
@@ -115,13 +114,13 @@ bool tellsLength(const QByteArray &packed, qsizetype length) {
 
 } // namespace
 
-QByteArray drawnGlyphsData(const GlyphSources &sources, std::vector<DrawnGlyph> glyphs) {
+QByteArray drawnGlyphsData(const GlyphSources &sources, const QString &fontFile, std::vector<DrawnGlyph> glyphs) {
     std::erase_if(glyphs, [&](const DrawnGlyph &glyph) {
         return glyph.picture.size() != QSize(sources.side, sources.side) ||
                glyph.picture.format() != QImage::Format_ARGB32_Premultiplied;
     });
     std::ranges::sort(glyphs, {}, &DrawnGlyph::emoji);
-    const QByteArray stamp = stampOf(sources);
+    const QByteArray stamp = stampOf(sources, fontFile);
     Header header{magic, quint32(sources.side), quint32(glyphs.size()), quint32(stamp.size()), 0};
     for (const DrawnGlyph &glyph : glyphs)
         header.textUnits += quint32(glyph.emoji.size());
@@ -131,7 +130,8 @@ QByteArray drawnGlyphsData(const GlyphSources &sources, std::vector<DrawnGlyph> 
     for (const DrawnGlyph &glyph : glyphs) {
         const QByteArray picture = packed(glyph.picture);
         const Entry entry{quint32(texts.size()), quint32(glyph.emoji.size()),
-                          quint64(tableSize(header) + pictures.size()), quint32(picture.size()), 0};
+                          quint64(tableSize(header) + pictures.size()), quint32(picture.size()),
+                          glyph.isSign ? 1U : 0U};
         bytes.append(reinterpret_cast<const char *>(&entry), sizeof(entry));
         texts += glyph.emoji;
         pictures += picture;
@@ -144,8 +144,8 @@ QByteArray drawnGlyphsData(const GlyphSources &sources, std::vector<DrawnGlyph> 
 DrawnGlyphs::DrawnGlyphs() = default;
 DrawnGlyphs::~DrawnGlyphs() = default;
 
-std::unique_ptr<DrawnGlyphs> DrawnGlyphs::open(const QString &path, const QString &family, const QString &table,
-                                               int side) {
+std::unique_ptr<DrawnGlyphs> DrawnGlyphs::open(const QString &path, const GlyphSources &sources) {
+    const int side = sources.side;
     auto file = std::make_unique<QFile>(path);
     if (side <= 0 || side > largestSide || !QFileInfo(path).isFile() ||
         !file->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
@@ -154,7 +154,7 @@ std::unique_ptr<DrawnGlyphs> DrawnGlyphs::open(const QString &path, const QStrin
     if (own.isEmpty())
         return nullptr;
     const auto header = valueAt<Header>(own, 0);
-    if (!isOfToday(stampIn(own, header), family, table))
+    if (!isOfToday(stampIn(own, header), sources))
         return nullptr;
     std::unique_ptr<DrawnGlyphs> glyphs(new DrawnGlyphs);
     glyphs->m_file = std::move(file);
@@ -164,7 +164,7 @@ std::unique_ptr<DrawnGlyphs> DrawnGlyphs::open(const QString &path, const QStrin
     return glyphs;
 }
 
-QImage DrawnGlyphs::picture(const QString &emoji) const {
+std::optional<DrawnGlyph> DrawnGlyphs::glyph(const QString &emoji) const {
     qsizetype begin = 0;
     for (qsizetype end = m_count; begin < end;) {
         const qsizetype middle = begin + (end - begin) / 2;
@@ -174,18 +174,18 @@ QImage DrawnGlyphs::picture(const QString &emoji) const {
             end = middle;
     }
     if (begin == m_count)
-        return {};
+        return std::nullopt;
     const Entry entry = entryAt(m_table, begin);
     const qsizetype expected = qsizetype{m_side} * m_side * bytesPerPixel;
     if (textOf(m_table, entry) != emoji || !m_file->seek(qint64(entry.picture)))
-        return {};
+        return std::nullopt;
     const QByteArray stored = m_file->read(qint64{entry.bytes});
     const QByteArray pixels = tellsLength(stored, expected) ? qUncompress(stored) : QByteArray();
     if (pixels.size() != expected)
-        return {};
-    return QImage(reinterpret_cast<const uchar *>(pixels.constData()), m_side, m_side, m_side * bytesPerPixel,
-                  QImage::Format_ARGB32_Premultiplied)
-        .copy();
+        return std::nullopt;
+    const QImage picture(reinterpret_cast<const uchar *>(pixels.constData()), m_side, m_side, m_side * bytesPerPixel,
+                         QImage::Format_ARGB32_Premultiplied);
+    return DrawnGlyph{emoji, picture.copy(), entry.isSign == 1};
 }
 
 } // namespace tavrine::look

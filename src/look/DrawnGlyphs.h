@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QFile;
@@ -21,34 +22,34 @@ namespace tavrine::look {
 /// What the pictures were made of.
 struct GlyphSources {
     QString family;   ///< the font of emojis
-    QString fontFile; ///< where that lies
+    QString textFont; ///< the font of text signs such as arrows, as `QFont::toString` has it
     QString table;    ///< the file that lists the emojis
     int side = 0;     ///< pixels of a picture's edge
+    bool operator==(const GlyphSources &) const = default;
 };
 
 /// A picture as it is stored: a square of the sources' side, as `QImage::Format_ARGB32_Premultiplied`.
 struct DrawnGlyph {
     QString emoji;
     QImage picture;
+    bool isSign = false; ///< has the text's colour: what the picture tells is where it is inked
 };
 
-/// The file's bytes. Glyphs with pictures of another form are left out.
-[[nodiscard]] QByteArray drawnGlyphsData(const GlyphSources &sources, std::vector<DrawnGlyph> glyphs);
+/// The file's bytes; `fontFile` is where the font of emojis lies. Glyphs with pictures of another form are left out.
+[[nodiscard]] QByteArray drawnGlyphsData(const GlyphSources &sources, const QString &fontFile,
+                                         std::vector<DrawnGlyph> glyphs);
 
 /// One such file, open. Only its table is in memory. Any thread, one at a time.
 class DrawnGlyphs {
 public:
-    /// Null when there is none at `path` that was made of the font of `family` and of `table` as they are now, with
-    /// this side.
-    [[nodiscard]] static std::unique_ptr<DrawnGlyphs> open(const QString &path, const QString &family,
-                                                           const QString &table, int side);
+    /// Null when there is none at `path` that was made of these sources as they are now.
+    [[nodiscard]] static std::unique_ptr<DrawnGlyphs> open(const QString &path, const GlyphSources &sources);
     ~DrawnGlyphs();
     DrawnGlyphs(const DrawnGlyphs &) = delete;
     DrawnGlyphs &operator=(const DrawnGlyphs &) = delete;
 
-    /// Null when it is not among them.
-    [[nodiscard]] QImage picture(const QString &emoji) const;
-    [[nodiscard]] int side() const { return m_side; }
+    /// None when it is not among them.
+    [[nodiscard]] std::optional<DrawnGlyph> glyph(const QString &emoji) const;
     [[nodiscard]] qsizetype count() const { return m_count; }
 
 private:

@@ -53,6 +53,13 @@ QImage glyphPicture(const QString &emoji, const QFont &font, const QRawFont &raw
     return picture.format() == QImage::Format_ARGB32_Premultiplied ? picture : QImage(); // else it is a mere shape
 }
 
+QImage inked(QImage sign, const QColor &colour) {
+    QPainter painter(&sign);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(sign.rect(), colour);
+    return sign;
+}
+
 } // namespace
 
 EmojiGlyphs::EmojiGlyphs(int sidePoints, qsizetype bytes)
@@ -75,8 +82,8 @@ QPixmap EmojiGlyphs::picture(const QString &emoji, const QColor &textColour, qre
 QPixmap EmojiGlyphs::drawn(const QString &sequence, const QColor &textColour, qreal scale) {
     const int side = int(std::ceil(m_side * scale));
     if (const DrawnGlyphs *before = m_drawnBefore ? m_drawnBefore(side) : nullptr) {
-        if (const QImage picture = before->picture(sequence); !picture.isNull()) {
-            QPixmap pixmap = QPixmap::fromImage(picture);
+        if (const auto glyph = before->glyph(sequence)) {
+            QPixmap pixmap = QPixmap::fromImage(glyph->isSign ? inked(glyph->picture, textColour) : glyph->picture);
             pixmap.setDevicePixelRatio(scale);
             return pixmap;
         }

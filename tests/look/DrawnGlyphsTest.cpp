@@ -23,8 +23,8 @@ protected:
     void SetUp() override {
         write(font, "a font");
         write(table, "a table");
-        write(path, drawnGlyphsData({family, font, table, side},
-                                    {{dog, square(Qt::red)}, {cat, square(Qt::blue)}, {ant, square(Qt::green)}}));
+        write(path, drawnGlyphsData(sources, font,
+                                    {{dog, square(Qt::red)}, {cat, square(Qt::blue)}, {ant, square(Qt::green), true}}));
     }
     static void write(const QString &to, const QByteArray &bytes) {
         QFile file(to);
@@ -35,14 +35,24 @@ protected:
         QFile file(path);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
+    template <class Value>
+    [[nodiscard]] GlyphSources with(Value GlyphSources::*field, const Value &value) const {
+        GlyphSources others = sources;
+        others.*field = value;
+        return others;
+    }
+    [[nodiscard]] static QImage picture(const DrawnGlyphs &glyphs, const QString &emoji) {
+        const auto glyph = glyphs.glyph(emoji);
+        return glyph ? glyph->picture : QImage();
+    }
     [[nodiscard]] std::unique_ptr<DrawnGlyphs> open(int edge = side) const {
-        return DrawnGlyphs::open(path, family, table, edge);
+        return DrawnGlyphs::open(path, with(&GlyphSources::side, edge));
     }
 
     QTemporaryDir folder;
-    QString family = QStringLiteral("Emoji Font");
     QString font = folder.filePath(QStringLiteral("font.ttf"));
     QString table = folder.filePath(QStringLiteral("emojis.json"));
+    GlyphSources sources{QStringLiteral("Emoji Font"), QStringLiteral("Sans,9"), table, side};
     QString path = folder.filePath(QStringLiteral("drawn"));
     QString dog = QString::fromUtf8("🐕");
     QString cat = QString::fromUtf8("🐈");
@@ -53,23 +63,24 @@ TEST_F(DrawnGlyphsFile, everyPictureComesBackAsItWasDrawn) {
     const auto glyphs = open();
     ASSERT_TRUE(glyphs);
     EXPECT_EQ(glyphs->count(), 3);
-    EXPECT_EQ(glyphs->picture(dog), square(Qt::red));
-    EXPECT_EQ(glyphs->picture(cat), square(Qt::blue));
-    EXPECT_EQ(glyphs->picture(ant), square(Qt::green));
+    EXPECT_EQ(picture(*glyphs, dog), square(Qt::red));
+    EXPECT_EQ(picture(*glyphs, cat), square(Qt::blue));
+    EXPECT_EQ(picture(*glyphs, ant), square(Qt::green));
 }
 
 TEST_F(DrawnGlyphsFile, anEmojiThatWasNotDrawnHasNoPicture) {
     const auto glyphs = open();
     ASSERT_TRUE(glyphs);
     for (const char *emoji : {"🦊", "🐉", "🐁", "a", ""})
-        EXPECT_TRUE(glyphs->picture(QString::fromUtf8(emoji)).isNull()) << emoji;
+        EXPECT_TRUE(picture(*glyphs, QString::fromUtf8(emoji)).isNull()) << emoji;
 }
 
 TEST_F(DrawnGlyphsFile, isNotReadOnceWhatItWasMadeOfHasChanged) {
     ASSERT_TRUE(open());
     EXPECT_FALSE(open(side + 1));
-    EXPECT_FALSE(DrawnGlyphs::open(path, QStringLiteral("Another Font"), table, side));
-    EXPECT_FALSE(DrawnGlyphs::open(path, family, font, side));
+    EXPECT_FALSE(DrawnGlyphs::open(path, with(&GlyphSources::family, QStringLiteral("Another Font"))));
+    EXPECT_FALSE(DrawnGlyphs::open(path, with(&GlyphSources::textFont, QStringLiteral("Serif,10"))));
+    EXPECT_FALSE(DrawnGlyphs::open(path, with(&GlyphSources::table, font)));
     write(font, "a newer font");
     EXPECT_FALSE(open());
     write(font, "a font");
@@ -83,8 +94,8 @@ TEST_F(DrawnGlyphsFile, isNotReadOnceTheFontIsGone) {
 }
 
 TEST_F(DrawnGlyphsFile, thatIsMissingOrNoFileIsNone) {
-    EXPECT_FALSE(DrawnGlyphs::open(folder.filePath(QStringLiteral("missing")), family, table, side));
-    EXPECT_FALSE(DrawnGlyphs::open(folder.path(), family, table, side));
+    EXPECT_FALSE(DrawnGlyphs::open(folder.filePath(QStringLiteral("missing")), sources));
+    EXPECT_FALSE(DrawnGlyphs::open(folder.path(), sources));
 }
 
 TEST_F(DrawnGlyphsFile, thatEndsTooEarlyGivesWhatIsWhole) {
@@ -95,10 +106,10 @@ TEST_F(DrawnGlyphsFile, thatEndsTooEarlyGivesWhatIsWhole) {
         if (!glyphs)
             continue;
         for (const QString &emoji : {dog, cat, ant}) {
-            const QImage picture = glyphs->picture(emoji);
-            EXPECT_TRUE(picture.isNull() || picture.size() == QSize(side, side)) << length;
+            const QImage image = picture(*glyphs, emoji);
+            EXPECT_TRUE(image.isNull() || image.size() == QSize(side, side)) << length;
         }
-        EXPECT_TRUE(glyphs->picture(dog).isNull() || glyphs->picture(cat).isNull() || glyphs->picture(ant).isNull());
+        EXPECT_TRUE(picture(*glyphs, dog).isNull() || picture(*glyphs, cat).isNull() || picture(*glyphs, ant).isNull());
     }
 }
 
@@ -111,20 +122,31 @@ TEST_F(DrawnGlyphsFile, thatIsDamagedAnywhereGivesPicturesOrNone) {
             write(path, damaged);
             const auto glyphs = open();
             for (const QString &emoji : {dog, cat, ant}) {
-                const QImage picture = glyphs ? glyphs->picture(emoji) : QImage();
-                EXPECT_TRUE(picture.isNull() || picture.size() == QSize(side, side)) << place;
+                const QImage image = glyphs ? picture(*glyphs, emoji) : QImage();
+                EXPECT_TRUE(image.isNull() || image.size() == QSize(side, side)) << place;
             }
         }
     }
 }
 
+TEST_F(DrawnGlyphsFile, aSignIsShownInTheTextsColour) {
+    const auto glyphs = open();
+    ASSERT_TRUE(glyphs && glyphs->glyph(ant));
+    EXPECT_TRUE(glyphs->glyph(ant)->isSign);
+    EXPECT_FALSE(glyphs->glyph(dog)->isSign);
+    EmojiGlyphs pictures(side);
+    pictures.setDrawnBefore([&](int) { return glyphs.get(); });
+    EXPECT_EQ(pictures.picture(ant, Qt::yellow, 1).toImage().pixelColor(3, 3), QColor(Qt::yellow));
+    EXPECT_EQ(pictures.picture(ant, Qt::black, 1).toImage().pixelColor(3, 3), QColor(Qt::black));
+    EXPECT_EQ(pictures.picture(dog, Qt::yellow, 1).toImage().pixelColor(3, 3), QColor(Qt::red));
+}
+
 TEST_F(DrawnGlyphsFile, leavesOutPicturesOfAnotherSize) {
-    write(path,
-          drawnGlyphsData({family, font, table, side}, {{dog, square(Qt::red, side + 1)}, {cat, square(Qt::blue)}}));
+    write(path, drawnGlyphsData(sources, font, {{dog, square(Qt::red, side + 1)}, {cat, square(Qt::blue)}}));
     const auto glyphs = open();
     ASSERT_TRUE(glyphs);
     EXPECT_EQ(glyphs->count(), 1);
-    EXPECT_TRUE(glyphs->picture(dog).isNull());
+    EXPECT_TRUE(picture(*glyphs, dog).isNull());
 }
 
 TEST_F(DrawnGlyphsFile, isAskedBeforeAGlyphIsDrawn) {

@@ -1,9 +1,11 @@
-// TavrineGlyphs TABLE SIDE FILE: draws every emoji of TABLE that the desktop's colour font has, in squares of SIDE
-// pixels, into FILE. The file is there whole or not at all. Exit status 0 when it is.
+// TavrineGlyphs TABLE SIDE FONT FILE: draws every emoji of TABLE that the desktop's fonts have, in squares of SIDE
+// pixels, into FILE; FONT is that of text signs, as QFont::toString has it. The file is there whole or not at all. Exit
+// status 0 when it is.
 #include "base/WholeFile.h"
 #include "look/DrawnGlyphs.h"
 #include "look/EmojiGlyphs.h"
 #include "look/EmojiText.h"
+#include "look/Text.h"
 #include "utilities/emoji/EmojiTable.h"
 
 #include <QDir>
@@ -50,16 +52,18 @@ QString fileOfFont(const QString &family) {
     return QFile::decodeName(reinterpret_cast<const char *>(file));
 }
 
+QImage inColour(look::EmojiGlyphs &glyphs, const QString &emoji, const QColor &colour) {
+    return glyphs.picture(emoji, colour, 1).toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
 std::vector<look::DrawnGlyph> drawn(const std::vector<EmojiItem> &items, int side) {
     look::EmojiGlyphs glyphs(side, 0);
     std::vector<look::DrawnGlyph> pictures;
     for (const EmojiItem &item : items) {
-        // Signs of the text are in the text's colour, and quick to draw.
-        if (!look::isEmojiPresentation(item.emoji))
-            continue;
-        const QImage picture = glyphs.picture(item.emoji, Qt::black, 1).toImage();
+        const QImage picture = inColour(glyphs, item.emoji, Qt::black);
+        // What changes with the text's colour is a sign of the text, whatever font it came from.
         if (!picture.isNull())
-            pictures.push_back({item.emoji, picture.convertToFormat(QImage::Format_ARGB32_Premultiplied)});
+            pictures.push_back({item.emoji, picture, inColour(glyphs, item.emoji, Qt::white) != picture});
     }
     return pictures;
 }
@@ -72,16 +76,20 @@ int main(int argc, char **argv) {
     const QGuiApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     const int side = arguments.value(2).toInt();
-    if (arguments.size() != 4 || side <= 0 || side > largestSide) {
-        std::fputs("usage: TavrineGlyphs TABLE SIDE FILE\n", stderr);
+    if (arguments.size() != 5 || side <= 0 || side > largestSide) {
+        std::fputs("usage: TavrineGlyphs TABLE SIDE FONT FILE\n", stderr);
         return 2;
     }
-    const QString &path = arguments[3];
+    const QString &path = arguments[4];
+    QFont font;
+    if (font.fromString(arguments[3]))
+        QGuiApplication::setFont(font);
     if (look::emojiFamilies().isEmpty())
         return 1;
     const QString family = look::emojiFamilies().first();
-    const look::GlyphSources sources{family, fileOfFont(family), arguments[1], side};
-    const QByteArray data = look::drawnGlyphsData(sources, drawn(loadEmojiTable(arguments[1]), side));
+    const look::GlyphSources sources{family, arguments[3], arguments[1], side};
+    const QByteArray data =
+        look::drawnGlyphsData(sources, fileOfFont(family), drawn(loadEmojiTable(arguments[1]), side));
     QDir().mkpath(QFileInfo(path).path());
     return writeWholeFile(path.toStdString(), {std::string_view(data.constData(), size_t(data.size()))}) == 0 ? 0 : 1;
 }

@@ -2,6 +2,7 @@
 
 #include "base/Time.h"
 #include "look/EmojiText.h"
+#include "look/Text.h"
 #include "ports/TaskLauncher.h"
 
 namespace tavrine {
@@ -28,13 +29,15 @@ QString EmojiPictures::pathOf(int side) const {
 }
 
 std::unique_ptr<look::DrawnGlyphs> EmojiPictures::open(int side) const {
-    return look::DrawnGlyphs::open(pathOf(side), look::emojiFamilies().first(), m_ports.table, side);
+    return look::DrawnGlyphs::open(pathOf(side), {look::emojiFamilies().first(),
+                                                  look::fontFor(look::TextRole::body).toString(), m_ports.table, side});
 }
 
 // Once in a run for each size: what failed now fails again, and the pictures are drawn as they are needed.
 void EmojiPictures::draw(int side) {
-    const auto task =
-        m_ports.launcher.makeTask(QLatin1String(program), {m_ports.table, QString::number(side), pathOf(side)});
+    const auto task = m_ports.launcher.makeTask(
+        QLatin1String(program),
+        {m_ports.table, QString::number(side), look::fontFor(look::TextRole::body).toString(), pathOf(side)});
     task->setTerminationHandler([self = QPointer(this), &time = m_ports.time, side](int terminationStatus) {
         time.async([self, side, terminationStatus] {
             if (!self)
