@@ -33,7 +33,7 @@ void stepBack() {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     const rlimit limit{longestSeconds, longestSeconds};
     ::setrlimit(RLIMIT_CPU, &limit);
-    ::setpriority(PRIO_PROCESS, 0, 19);
+    ::setpriority(PRIO_PROCESS, 0, 10);
 }
 
 QString fileOfFont(const QString &family) {
