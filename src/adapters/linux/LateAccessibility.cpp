@@ -7,9 +7,14 @@
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QPointer>
+#include <QThread>
 #include <QVariantMap>
 
 #include <thread>
+#include <vector>
+
+// Of QtCore, for tools that watch a program: the function at this place hears of each object as it is made.
+extern Q_CORE_EXPORT quintptr qtHookData[]; // NOLINT(readability-identifier-naming)
 
 namespace tavrine {
 namespace {
@@ -27,6 +32,25 @@ const auto connectionName = QStringLiteral("a11y"); // as Qt's bridge names it: 
 
 // Nobody waits meanwhile, and one who hangs may go on after a night.
 constexpr auto longestAnswer = 24h;
+
+constexpr int placeOfNewObjects = 3;
+
+/// The object of Qt's bridge that opens its bus. Nothing leads from the bridge to it, so it is seen while it is made.
+QObject *makeBridgeAndFindItsBus() {
+    static std::vector<QPointer<QObject>> made;
+    const quintptr before =
+        std::exchange(qtHookData[placeOfNewObjects], reinterpret_cast<quintptr>(+[](QObject *object) {
+                          if (QThread::currentThread() == QCoreApplication::instance()->thread())
+                              made.emplace_back(object);
+                      }));
+    QAccessible::setRootObject(QCoreApplication::instance());
+    qtHookData[placeOfNewObjects] = before;
+    for (const QPointer<QObject> &object : std::exchange(made, {})) {
+        if (object && object->metaObject()->indexOfSlot(bridgeSignature) >= 0)
+            return object;
+    }
+    return nullptr;
+}
 
 /// As Qt has it.
 bool isAlwaysWanted() {
@@ -48,25 +72,18 @@ LateAccessibility::LateAccessibility(Begin begin)
     sessionBus::follow(this, [this](const QDBusConnection &bus) { onBusOpen(bus); });
 }
 
-/// A bridge that is given the address of its bus asks nobody for it. It opens that bus in its next turn, which is
-/// taken from it here and given back when somebody has tried the bus.
+/// A bridge that is given the address of its bus asks nobody for it. It opens that bus at once or in its next turn, by
+/// Qt's version. What comes of an address that leads nowhere is put away, so that it can be told the true one.
 void LateAccessibility::makeBridge() {
     qputenv(addressVariable, "later");
-    QCoreApplication::instance()->installEventFilter(this);
-    QAccessible::setRootObject(QCoreApplication::instance());
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
-    QCoreApplication::instance()->removeEventFilter(this);
+    m_bridge = makeBridgeAndFindItsBus();
+    if (m_bridge)
+        QCoreApplication::removePostedEvents(m_bridge, QEvent::MetaCall);
+    QDBusConnection::disconnectFromBus(connectionName);
     if (m_fixedAddress.isEmpty())
         qunsetenv(addressVariable); // what is started is to find its own
     else
         qputenv(addressVariable, m_fixedAddress.toLocal8Bit());
-}
-
-bool LateAccessibility::eventFilter(QObject *watched, QEvent *event) {
-    if (event->type() != QEvent::MetaCall || watched->metaObject()->indexOfSlot(bridgeSignature) < 0)
-        return false;
-    m_bridge = watched;
-    return true;
 }
 
 void LateAccessibility::onBusOpen(const QDBusConnection &bus) {

@@ -31,8 +31,6 @@ public:
     /// True when Qt's bridge was made and waits for its address. It is only where there are screen readers: on X11.
     [[nodiscard]] bool hasBridge() const { return m_bridge != nullptr; }
 
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private Q_SLOTS:
     void ask();
 
