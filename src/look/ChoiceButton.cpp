@@ -6,6 +6,7 @@
 #include "look/Paint.h"
 #include "look/Symbols.h"
 
+#include <QAccessibleActionInterface>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
@@ -47,6 +48,18 @@ void ChoiceButton::paint(QPainter &painter) {
     paintLine(painter, words, text(), TextRole::body, theme().text);
     paintSymbol(painter, QRectF(width() - arrowRoom, 0, arrowRoom - 4, height()),
                 QStringLiteral("chevron.up.chevron.down"), symbolsize::small, theme().secondaryText);
+}
+
+QStringList ChoiceButton::actionNames() const {
+    return {QAccessibleActionInterface::pressAction(), QAccessibleActionInterface::increaseAction(),
+            QAccessibleActionInterface::decreaseAction()};
+}
+
+void ChoiceButton::act(const QString &name) {
+    if (name == QAccessibleActionInterface::pressAction())
+        click();
+    else
+        choose(m_current + (name == QAccessibleActionInterface::increaseAction() ? 1 : -1));
 }
 
 void ChoiceButton::choose(int index) {

@@ -19,6 +19,11 @@ public:
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
 
+    [[nodiscard]] QAccessible::Role accessibleRole() const override { return QAccessible::ButtonMenu; }
+    /// Besides the menu, which is a window that screen readers do not see.
+    [[nodiscard]] QStringList actionNames() const override;
+    void act(const QString &name) override;
+
 Q_SIGNALS:
     /// A person chose another one.
     void chosen(int index);

@@ -1,12 +1,14 @@
 #include "look/Control.h"
 
 #include "base/DesktopWords.h"
+#include "look/Accessibility.h"
 #include "look/FocusRing.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/ToolTip.h"
 
+#include <QAccessibleActionInterface>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QPainter>
@@ -18,10 +20,25 @@ namespace tavrine::look {
 Control::Control(QWidget *parent) : QAbstractButton(parent) {
     setFocusPolicy(Qt::TabFocus);
     setAttribute(Qt::WA_Hover, false);
+    installAccessibility();
 }
 
 Control::~Control() {
     delete m_ring;
+}
+
+QAccessible::Role Control::accessibleRole() const {
+    if (!isCheckable())
+        return QAccessible::Button;
+    return autoExclusive() ? QAccessible::RadioButton : QAccessible::CheckBox;
+}
+
+QStringList Control::actionNames() const {
+    return {isCheckable() ? QAccessibleActionInterface::toggleAction() : QAccessibleActionInterface::pressAction()};
+}
+
+void Control::act(const QString &) {
+    click();
 }
 
 qreal Control::cornerRadius() const {

@@ -4,6 +4,7 @@
 #include "look/Theme.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QPointer>
 
 class QPainter;
@@ -19,6 +20,13 @@ public:
     ~Control() override;
 
     [[nodiscard]] bool showsFocus() const { return m_ring != nullptr; }
+
+    // To a screen reader.
+    [[nodiscard]] virtual QAccessible::Role accessibleRole() const;
+    /// What can be done with it. The first is what a click does.
+    [[nodiscard]] virtual QStringList actionNames() const;
+    /// Does one of them.
+    virtual void act(const QString &name);
 
 protected:
     /// Paints within `rect()`; the painter is prepared.

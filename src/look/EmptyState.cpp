@@ -1,6 +1,7 @@
 #include "look/EmptyState.h"
 
 #include "base/DesktopWords.h"
+#include "look/Accessibility.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -15,6 +16,7 @@ namespace tavrine::look {
 EmptyState::EmptyState(const QString &symbol, const QString &title, const QString &note, QWidget *parent)
     : QWidget(parent) {
     setAttribute(Qt::WA_TransparentForMouseEvents);
+    setRole(*this, QAccessible::StaticText);
     set(symbol, title, note);
 }
 

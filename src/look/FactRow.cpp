@@ -1,6 +1,7 @@
 #include "look/FactRow.h"
 
 #include "base/DesktopWords.h"
+#include "look/Accessibility.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -23,6 +24,7 @@ FactRow::FactRow(const QString &symbol, const QString &title, const QString &tex
     QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
+    setRole(*this, QAccessible::StaticText);
     setAccessibleName(m_title);
     setAccessibleDescription(m_text);
 }

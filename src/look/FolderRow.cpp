@@ -1,5 +1,6 @@
 #include "look/FolderRow.h"
 
+#include "look/Accessibility.h"
 #include "look/Button.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -22,6 +23,7 @@ constexpr int plateTop = 15;
 FolderRow::FolderRow(const QString &title, QWidget *parent)
     : QWidget(parent), m_title(title), m_reset(new Button(QStringLiteral("Reset to Default Folder"))) {
     setFixedHeight(rowHeight);
+    setRole(*this, QAccessible::Grouping);
     setAccessibleName(title);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(2 * space::medium + plateSide, 0, space::medium, space::medium);

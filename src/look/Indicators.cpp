@@ -1,6 +1,7 @@
 #include "look/Indicators.h"
 
 #include "base/DesktopWords.h"
+#include "look/Accessibility.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 
@@ -13,6 +14,7 @@
 namespace tavrine::look {
 
 Spinner::Spinner(QWidget *parent) : QWidget(parent) {
+    setRole(*this, QAccessible::Animation);
     setAccessibleName(QStringLiteral("Busy"));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
@@ -72,6 +74,7 @@ HintBar::HintBar(std::vector<KeyHint> leading, std::vector<KeyHint> trailing, QW
             hint.label = inDesktopWords(hint.label);
     }
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setRole(*this, QAccessible::StaticText);
     nameItself();
 }
 
@@ -120,6 +123,7 @@ void HintBar::paintEvent(QPaintEvent *) {
 
 Label::Label(const QString &text, TextRole role, Tone tone, QWidget *parent)
     : QWidget(parent), m_text(inDesktopWords(text)), m_role(role), m_tone(tone) {
+    setRole(*this, QAccessible::StaticText);
     setAccessibleName(m_text);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }

@@ -1,5 +1,6 @@
 #include "look/OutcomeView.h"
 
+#include "look/Accessibility.h"
 #include "look/Button.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -16,6 +17,7 @@ namespace tavrine::look {
 OutcomeView::OutcomeView(Button *button, const QString &doneText, QWidget *parent)
     : QWidget(parent), m_button(button), m_doneText(doneText) {
     button->setParent(this);
+    setRole(*this, QAccessible::Grouping);
 }
 
 void OutcomeView::setDone(bool isDone) {
@@ -26,6 +28,7 @@ void OutcomeView::setDone(bool isDone) {
     m_button->setVisible(!isDone);
     if (!isDone && hadKeyboard)
         m_button->setFocus();
+    setRole(*this, isDone ? QAccessible::StaticText : QAccessible::Grouping);
     setAccessibleName(isDone ? m_doneText : QString());
     QAccessibleEvent event(this, QAccessible::NameChanged);
     QAccessible::updateAccessibility(&event);

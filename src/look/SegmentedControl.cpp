@@ -1,6 +1,7 @@
 #include "look/SegmentedControl.h"
 
 #include "base/DesktopWords.h"
+#include "look/Accessibility.h"
 #include "look/Control.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -54,6 +55,7 @@ SegmentedControl::SegmentedControl(const QStringList &texts, QWidget *parent) : 
         m_segments.push_back(one);
     }
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    setRole(*this, QAccessible::Grouping);
 }
 
 void SegmentedControl::setCurrent(int index) {

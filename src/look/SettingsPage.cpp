@@ -1,5 +1,6 @@
 #include "look/SettingsPage.h"
 
+#include "look/Accessibility.h"
 #include "look/Indicators.h"
 #include "look/Metrics.h"
 #include "look/ScrollArea.h"
@@ -18,6 +19,7 @@ SettingsPage::SettingsPage(QWidget *parent) : QWidget(parent) {
     m_column->setSpacing(0);
     m_column->setAlignment(Qt::AlignTop);
     m_pane = new ScrollPane(page, this);
+    setRole(*this, QAccessible::Grouping);
 }
 
 SettingsPage::SettingsPage(const QString &title, const QString &subtitle, QWidget *parent) : SettingsPage(parent) {

@@ -1,6 +1,7 @@
 #include "look/Tile.h"
 
 #include "base/DesktopWords.h"
+#include "look/Accessibility.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -77,16 +78,27 @@ void Tile::paint(QPainter &painter) {
 SettingsRow::SettingsRow(const QString &symbol, const QString &title, const QString &note, QWidget *parent)
     : QWidget(parent), m_symbol(symbol), m_title(inDesktopWords(title)), m_note(inDesktopWords(note)) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setRole(*this, QAccessible::StaticText);
+    setAccessibleName(m_title);
+    setAccessibleDescription(m_note);
 }
 
+/// Its words are the control's from now on, so that they are read once.
 void SettingsRow::setTrailing(QWidget *widget) {
     m_trailing = widget;
     widget->setParent(this);
+    setRole(*this, QAccessible::Grouping);
+    setAccessibleName({});
+    setAccessibleDescription({});
     if (widget->accessibleName().isEmpty()) {
-        const auto *button = qobject_cast<QAbstractButton *>(widget);
-        if (!button || button->text().isEmpty())
+        const auto *control = qobject_cast<Control *>(widget);
+        const bool hasOwnWords = control && !control->text().isEmpty() &&
+                                 control->accessibleRole() != QAccessible::ButtonMenu; // whose text is its value
+        if (!hasOwnWords)
             widget->setAccessibleName(m_title);
     }
+    if (widget->accessibleDescription().isEmpty())
+        widget->setAccessibleDescription(m_note);
     updateGeometry();
 }
 
@@ -143,6 +155,7 @@ void SettingsRow::paintEvent(QPaintEvent *) {
 }
 
 Card::Card(QWidget *parent) : QWidget(parent) {
+    setRole(*this, QAccessible::Grouping);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);

@@ -1,6 +1,7 @@
 #include "look/WrappedText.h"
 
 #include "base/DesktopWords.h"
+#include "look/Accessibility.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -41,6 +42,7 @@ WrappedText::WrappedText(const QString &symbol, const QString &text, Tone tone, 
     QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
+    installAccessibility();
     set(symbol, text, tone);
 }
 
@@ -49,9 +51,8 @@ void WrappedText::set(const QString &symbol, const QString &text, Tone tone) {
     m_text = inDesktopWords(text);
     m_tone = tone;
     setAccessibleName(m_text);
-    const bool isLink = tone == Tone::link;
-    setCursor(isLink ? Qt::PointingHandCursor : Qt::ArrowCursor);
-    setFocusPolicy(isLink ? Qt::TabFocus : Qt::NoFocus);
+    setCursor(isLink() ? Qt::PointingHandCursor : Qt::ArrowCursor);
+    setFocusPolicy(isLink() ? Qt::TabFocus : Qt::NoFocus);
     updateGeometry();
     update();
 }
@@ -94,7 +95,7 @@ void WrappedText::paintEvent(QPaintEvent *) {
         const int line = painter.fontMetrics().height();
         paintSymbol(painter, QRectF(0, 0, symbolsize::medium, line), m_symbol, symbolsize::medium, mark);
     }
-    if (m_tone == Tone::link) {
+    if (isLink()) {
         QFont underlined = painter.font();
         underlined.setUnderline(true);
         painter.setFont(underlined);
@@ -108,14 +109,14 @@ void WrappedText::paintEvent(QPaintEvent *) {
 }
 
 void WrappedText::mouseReleaseEvent(QMouseEvent *event) {
-    if (m_tone == Tone::link && event->button() == Qt::LeftButton && rect().contains(event->pos()))
+    if (isLink() && event->button() == Qt::LeftButton && rect().contains(event->pos()))
         Q_EMIT pressed();
 }
 
 void WrappedText::keyPressEvent(QKeyEvent *event) {
     const bool isPress =
         event->key() == Qt::Key_Space || event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (m_tone == Tone::link && isPress)
+    if (isLink() && isPress)
         Q_EMIT pressed();
     else
         QWidget::keyPressEvent(event);

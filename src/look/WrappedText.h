@@ -17,6 +17,7 @@ public:
 
     void set(const QString &symbol, const QString &text, Tone tone);
     [[nodiscard]] const QString &text() const { return m_text; }
+    [[nodiscard]] bool isLink() const { return m_tone == Tone::link; }
     [[nodiscard]] const QString &symbol() const { return m_symbol; }
 
     [[nodiscard]] bool hasHeightForWidth() const override { return true; }

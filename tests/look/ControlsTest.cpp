@@ -56,6 +56,28 @@ TEST_F(ControlsTest, aButtonIsCalledByItsWords) {
     EXPECT_EQ(nameOf(button), QStringLiteral("Save"));
 }
 
+TEST_F(ControlsTest, aScreenReaderPressesAControlAsAHandDoesInALaterTurn) {
+    auto *toggle = show(new Toggle);
+    auto *choices = show(new SegmentedControl({QStringLiteral("One"), QStringLiteral("Two")}));
+    int chosen = -1;
+    int clicks = 0;
+    QObject::connect(toggle, &QAbstractButton::clicked, toggle, [&] { ++clicks; });
+    QObject::connect(choices, &SegmentedControl::chosen, choices, [&](int index) { chosen = index; });
+    for (Control *control : {static_cast<Control *>(toggle), choices->findChildren<Control *>().last()}) {
+        auto *actions = QAccessible::queryAccessibleInterface(control)->actionInterface();
+        ASSERT_TRUE(actions->actionNames().contains(QAccessibleActionInterface::toggleAction()));
+        actions->doAction(QAccessibleActionInterface::toggleAction());
+    }
+    EXPECT_EQ(clicks, 0);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(clicks, 1);
+    EXPECT_TRUE(toggle->isChecked());
+    EXPECT_EQ(chosen, 1);
+    toggle->setEnabled(false);
+    EXPECT_FALSE(QAccessible::queryAccessibleInterface(toggle)->actionInterface()->actionNames().contains(
+        QAccessibleActionInterface::toggleAction()));
+}
+
 TEST_F(ControlsTest, aSymbolAloneIsCalledByItsToolTip) {
     auto *button = show(new Button(QStringLiteral("trash"), QStringLiteral("Delete item")));
     EXPECT_EQ(roleOf(button), QAccessible::PushButton);

@@ -1,6 +1,7 @@
 #include "shell/menu/StatusMenuView.h"
 
 #include "base/DesktopWords.h"
+#include "look/Accessibility.h"
 #include "look/Control.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -35,8 +36,10 @@ class StatusMenuView::Row final : public Control {
 public:
     Row(StatusMenuItem item, QWidget *parent) : Control(parent), m_item(item) {
         setFixedHeight(isSeparator() ? separatorHeight : rowHeight);
-        if (isSeparator())
+        if (isSeparator()) {
             setFocusPolicy(Qt::NoFocus);
+            setRole(*this, QAccessible::Separator);
+        }
     }
 
     [[nodiscard]] StatusMenuItem item() const { return m_item; }

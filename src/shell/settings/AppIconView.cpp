@@ -1,5 +1,6 @@
 #include "shell/settings/AppIconView.h"
 
+#include "look/Accessibility.h"
 #include "look/ApplicationIcon.h"
 #include "look/Paint.h"
 #include "look/Symbols.h"
@@ -15,6 +16,7 @@ namespace tavrine {
 AppIconView::AppIconView(int side, qreal cornerRadius, QWidget *parent)
     : QWidget(parent), m_cornerRadius(cornerRadius) {
     setFixedSize(side, side);
+    look::setRole(*this, QAccessible::Graphic);
     setAccessibleName(QStringLiteral("Tavrine"));
 }
 

@@ -1,5 +1,6 @@
 #include "shell/settings/HomeDashboardView.h"
 
+#include "look/Accessibility.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
@@ -27,6 +28,7 @@ class NoteRow final : public QWidget {
 public:
     explicit NoteRow(const ReleaseNote &note) : m_tag(QLatin1String(note.tag)), m_text(QLatin1String(note.text)) {
         setFixedHeight(noteHeight);
+        setRole(*this, QAccessible::StaticText);
         setAccessibleName(m_tag + QStringLiteral(": ") + m_text);
     }
 

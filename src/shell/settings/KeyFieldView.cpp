@@ -1,6 +1,7 @@
 #include "shell/settings/KeyFieldView.h"
 
 #include "base/DesktopWords.h"
+#include "look/Accessibility.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -31,6 +32,7 @@ QString textOf(const QKeyEvent &event) {
 
 KeyFieldView::KeyFieldView(QWidget *parent) : QWidget(parent) {
     setFocusPolicy(Qt::StrongFocus);
+    setRole(*this, QAccessible::HotkeyField);
     setCursor(Qt::PointingHandCursor);
     setToolTip(QStringLiteral("Press a key"));
 }

@@ -1,5 +1,6 @@
 #include "shell/settings/LayoutPreviewView.h"
 
+#include "look/Accessibility.h"
 #include "look/Control.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -25,6 +26,8 @@ constexpr int itemHeight = 44;
 constexpr int emptyHeight = 96;
 constexpr double draggedScale = 0.94;
 constexpr double draggedOpacity = 0.6;
+const QString moveEarlier = QStringLiteral("Move Earlier");
+const QString moveLater = QStringLiteral("Move Later");
 const Spring reorder = Spring::responding(0.3, 0.825);
 
 } // namespace
@@ -37,6 +40,9 @@ public:
         setFocusPolicy(Qt::StrongFocus);
         setCursor(Qt::OpenHandCursor);
     }
+
+    [[nodiscard]] QStringList actionNames() const override { return {moveEarlier, moveLater}; }
+    void act(const QString &name) override { m_view.m_model.moveBy(m_action, name == moveLater ? 1 : -1); }
 
 protected:
     void paint(QPainter &painter) override {
@@ -87,6 +93,7 @@ private:
 
 LayoutPreviewView::LayoutPreviewView(LayoutSettingsModel &model, QWidget *parent) : QWidget(parent), m_model(model) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setRole(*this, QAccessible::Grouping);
     setAccessibleName(QStringLiteral("PREVIEW"));
     connect(&model, &LayoutSettingsModel::changed, this, &LayoutPreviewView::refresh);
     refresh();

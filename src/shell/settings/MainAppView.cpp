@@ -73,7 +73,8 @@ void MainAppView::setSelection(std::optional<SidebarItem> item) {
     m_page->setParent(this);
     place();
     m_page->show();
-    m_page->lower(); // what lies over the window stays over it
+    m_page->lower();    // what lies over the window stays over it
+    m_sidebar->lower(); // and comes first to a screen reader
 }
 
 void MainAppView::place() {

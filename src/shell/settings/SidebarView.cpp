@@ -1,6 +1,7 @@
 #include "shell/settings/SidebarView.h"
 
 #include "base/DesktopWords.h"
+#include "look/Accessibility.h"
 #include "look/Control.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
@@ -112,6 +113,7 @@ private:
 
 SidebarView::SidebarView(QWidget *parent) : QWidget(parent) {
     setFixedWidth(width);
+    setRole(*this, QAccessible::Grouping);
     setAccessibleName(QStringLiteral("Pages"));
     auto *list = new QWidget;
     auto *column = new QVBoxLayout(list);

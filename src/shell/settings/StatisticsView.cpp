@@ -1,5 +1,6 @@
 #include "shell/settings/StatisticsView.h"
 
+#include "look/Accessibility.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -18,6 +19,7 @@ constexpr int cardHeight = 76;
 
 StatisticsView::StatisticsView(ClipboardSettingsModel &model, QWidget *parent) : QWidget(parent), m_model(model) {
     setFixedHeight(cardHeight);
+    setRole(*this, QAccessible::StaticText);
     connect(&model, &ClipboardSettingsModel::statisticsChanged, this, &StatisticsView::refresh);
     refresh();
 }

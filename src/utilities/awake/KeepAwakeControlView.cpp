@@ -1,5 +1,6 @@
 #include "utilities/awake/KeepAwakeControlView.h"
 
+#include "look/Accessibility.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -30,6 +31,7 @@ QVBoxLayout *columnIn(QWidget *widget) {
 
 KeepAwakeControlView::KeepAwakeControlView(std::unique_ptr<KeepAwakeControlModel> model) : m_model(std::move(model)) {
     setFixedWidth(cardWidth);
+    look::setRole(*this, QAccessible::Grouping);
     setAccessibleName(QLatin1String(KeepAwakeControlModel::title));
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(margin, margin, margin, margin);

@@ -1,6 +1,7 @@
 #include "utilities/awake/KeepAwakePartsView.h"
 
 #include "base/DesktopWords.h"
+#include "look/Accessibility.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -27,6 +28,7 @@ constexpr int noteFlags = int(Qt::AlignLeft) | int(Qt::AlignTop) | int(Qt::TextW
 
 KeepAwakeHeader::KeepAwakeHeader(QWidget *parent) : QWidget(parent) {
     setFixedHeight(int(disc));
+    look::setRole(*this, QAccessible::StaticText);
 }
 
 void KeepAwakeHeader::set(bool isAwake, const QString &status) {
@@ -118,6 +120,7 @@ void SwitchRow::paintEvent(QPaintEvent *) {
 }
 
 NoteLine::NoteLine(const QString &text, int width, QWidget *parent) : QWidget(parent), m_text(inDesktopWords(text)) {
+    look::setRole(*this, QAccessible::StaticText);
     setAccessibleName(m_text);
     const QFontMetricsF metrics(look::fontFor(look::TextRole::caption));
     const QRectF room(0, 0, width - noteIndent, 1000);

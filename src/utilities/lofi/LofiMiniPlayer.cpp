@@ -1,5 +1,6 @@
 #include "utilities/lofi/LofiMiniPlayer.h"
 
+#include "look/Accessibility.h"
 #include "look/Control.h"
 #include "look/Look.h"
 #include "look/MenuStyle.h"
@@ -72,6 +73,7 @@ LofiMiniPlayer::LofiMiniPlayer(std::unique_ptr<LofiPlayerModel> model, QWidget *
     : QWidget(parent), m_model(std::move(model)), m_button(new PlayButton(this)),
       m_glowPart(m_model->isGlowing() ? 1 : 0) {
     setFixedHeight(cardHeight);
+    look::setRole(*this, QAccessible::Grouping);
     setMinimumWidth(cardWidth);
     connect(m_button, &QAbstractButton::clicked, m_model.get(), [this] { m_model->toggle(); });
     connect(m_model.get(), &LofiPlayerModel::changed, this, [this] { refresh(); });

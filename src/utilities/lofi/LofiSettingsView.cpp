@@ -1,6 +1,7 @@
 #include "utilities/lofi/LofiSettingsView.h"
 
 #include "base/DesktopWords.h"
+#include "look/Accessibility.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
@@ -30,6 +31,7 @@ class LofiSettingsView::TrackRow final : public QWidget {
 public:
     explicit TrackRow(LofiPlayerModel &model) : m_model(model) {
         setFixedHeight(trackRowHeight);
+        look::setRole(*this, QAccessible::StaticText);
         auto *row = new QHBoxLayout(this);
         row->setContentsMargins(look::space::medium, 0, look::space::medium, 0);
         row->setSpacing(look::space::small);
