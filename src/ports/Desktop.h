@@ -28,6 +28,7 @@ class ImageCoder;
 class InterfaceCounters;
 class Keychain;
 class LoginItem;
+class MicrophoneSessions;
 class MovieAsset;
 class PanelWindows;
 class Pasteboard;
@@ -35,6 +36,7 @@ class PowerAssertions;
 class PowerSource;
 class PathMonitor;
 class Recognizer;
+class ScreenStreams;
 class Screens;
 class ScriptSyntax;
 class StatusItem;
@@ -80,6 +82,7 @@ public:
     [[nodiscard]] virtual PanelWindows &panelWindows() = 0;
     [[nodiscard]] virtual StatusItem &statusItem() = 0;
     [[nodiscard]] virtual ColorSamplers &colorSamplers() = 0;
+    [[nodiscard]] virtual ScreenStreams &screenStreams() = 0;
     /// Calls `handler` with whether windows can let others show through: now, and at every change.
     virtual void watchCompositing(std::function<void(bool isComposited)> handler) = 0;
 
@@ -111,6 +114,7 @@ public:
     [[nodiscard]] virtual ScriptSyntax *scriptSyntax() = 0;        ///< null where there is no engine
     [[nodiscard]] virtual AudioPlayers &audioPlayers() = 0;
     [[nodiscard]] virtual AudioDevices &audioDevices() = 0;
+    [[nodiscard]] virtual MicrophoneSessions &microphoneSessions() = 0;
     [[nodiscard]] virtual Downloads &downloads() = 0;
     [[nodiscard]] virtual TaskLauncher &taskLauncher() = 0;
 };

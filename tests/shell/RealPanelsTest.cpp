@@ -43,6 +43,7 @@ public:
     Appearance &appearance() override { return m_fake.appearance(); }
     StatusItem &statusItem() override { return m_fake.statusItem(); }
     ColorSamplers &colorSamplers() override { return m_fake.colorSamplers(); }
+    ScreenStreams &screenStreams() override { return m_fake.screenStreams(); }
     void watchCompositing(std::function<void(bool)> handler) override { m_fake.watchCompositing(std::move(handler)); }
     HotKeys &hotKeys() override { return m_fake.hotKeys(); }
     EventPoster &eventPoster() override { return m_fake.eventPoster(); }
@@ -66,6 +67,7 @@ public:
     PathMonitor &pathMonitor() override { return m_fake.pathMonitor(); }
     AudioPlayers &audioPlayers() override { return m_fake.audioPlayers(); }
     AudioDevices &audioDevices() override { return m_fake.audioDevices(); }
+    MicrophoneSessions &microphoneSessions() override { return m_fake.microphoneSessions(); }
     Downloads &downloads() override { return m_fake.downloads(); }
     ScriptSyntax *scriptSyntax() override { return m_fake.scriptSyntax(); }
     TaskLauncher &taskLauncher() override { return m_fake.taskLauncher(); }

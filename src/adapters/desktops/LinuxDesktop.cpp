@@ -13,6 +13,7 @@
 #include "adapters/linux/NetlinkCounters.h"
 #include "adapters/linux/NetlinkPathMonitor.h"
 #include "adapters/linux/NoFeedUpdater.h"
+#include "adapters/linux/NoMicrophoneSessions.h"
 #include "adapters/linux/NoMovieAsset.h"
 #include "adapters/linux/PlayerProcess.h"
 #include "adapters/linux/PluginKeychain.h"
@@ -182,6 +183,10 @@ AudioPlayers &LinuxDesktop::audioPlayers() {
 
 AudioDevices &LinuxDesktop::audioDevices() {
     return players();
+}
+
+MicrophoneSessions &LinuxDesktop::microphoneSessions() {
+    return m_microphoneSessions.get([] { return std::make_unique<NoMicrophoneSessions>(); });
 }
 
 Downloads &LinuxDesktop::downloads() {

@@ -48,6 +48,7 @@ public:
     [[nodiscard]] ScriptSyntax *scriptSyntax() final;
     [[nodiscard]] AudioPlayers &audioPlayers() final;
     [[nodiscard]] AudioDevices &audioDevices() final;
+    [[nodiscard]] MicrophoneSessions &microphoneSessions() final;
     [[nodiscard]] Downloads &downloads() final;
     [[nodiscard]] TaskLauncher &taskLauncher() final;
 
@@ -93,6 +94,7 @@ private:
     MadeOnce<CodeDetector> m_pictureCodeDetector;
     MadeOnce<PluginLoader<ScriptSyntax>> m_scriptSyntax;
     MadeOnce<PlayerProcesses> m_players;
+    MadeOnce<MicrophoneSessions> m_microphoneSessions;
     MadeOnce<Downloads> m_downloads;
     MadeOnce<TaskLauncher> m_taskLauncher;
 };

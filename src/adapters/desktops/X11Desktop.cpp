@@ -1,5 +1,6 @@
 #include "adapters/desktops/X11Desktop.h"
 
+#include "adapters/linux/NoScreenStreams.h"
 #include "adapters/linux/StatusNotifierItem.h"
 #include "adapters/linux/TrayStatusItem.h"
 #include "adapters/x11/X11Access.h"
@@ -69,6 +70,10 @@ StatusItem &X11Desktop::statusItem() {
 
 ColorSamplers &X11Desktop::colorSamplers() {
     return m_colorSamplers.get([] { return std::make_unique<X11ColorSamplers>(); });
+}
+
+ScreenStreams &X11Desktop::screenStreams() {
+    return m_screenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
 }
 
 void X11Desktop::watchCompositing(std::function<void(bool isComposited)> handler) {

@@ -20,6 +20,7 @@ public:
     [[nodiscard]] PanelWindows &panelWindows() override;
     [[nodiscard]] StatusItem &statusItem() override;
     [[nodiscard]] ColorSamplers &colorSamplers() override;
+    [[nodiscard]] ScreenStreams &screenStreams() override;
     void watchCompositing(std::function<void(bool isComposited)> handler) override;
     [[nodiscard]] HotKeys &hotKeys() override;
     [[nodiscard]] EventMonitors &eventMonitors() override;
@@ -49,6 +50,7 @@ private:
     MadeOnce<EventTaps> m_eventTaps;
     MadeOnce<Screens> m_screens;
     MadeOnce<ColorSamplers> m_colorSamplers;
+    MadeOnce<ScreenStreams> m_screenStreams;
     std::unique_ptr<X11Compositor> m_compositor;
 };
 

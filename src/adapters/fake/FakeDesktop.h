@@ -20,6 +20,7 @@
 #include "adapters/fake/FakeInterfaceCounters.h"
 #include "adapters/fake/FakeKeychain.h"
 #include "adapters/fake/FakeLoginItem.h"
+#include "adapters/fake/FakeMicrophoneSessions.h"
 #include "adapters/fake/FakeMovieAsset.h"
 #include "adapters/fake/FakePanelWindow.h"
 #include "adapters/fake/FakePasteboard.h"
@@ -27,6 +28,7 @@
 #include "adapters/fake/FakePowerAssertions.h"
 #include "adapters/fake/FakePowerSource.h"
 #include "adapters/fake/FakeRecognizer.h"
+#include "adapters/fake/FakeScreenStreams.h"
 #include "adapters/fake/FakeScreens.h"
 #include "adapters/fake/FakeScriptSyntax.h"
 #include "adapters/fake/FakeStatusItem.h"
@@ -69,6 +71,7 @@ public:
     }
     [[nodiscard]] FakeStatusItem &statusItem() override { return m_statusItem; }
     [[nodiscard]] FakeColorSamplers &colorSamplers() override { return m_colorSamplers; }
+    [[nodiscard]] FakeScreenStreams &screenStreams() override { return m_screenStreams; }
     void watchCompositing(std::function<void(bool isComposited)> handler) override {
         handler(m_panelWindows.isComposited());
     }
@@ -93,6 +96,7 @@ public:
     [[nodiscard]] FakeScriptSyntax *scriptSyntax() override { return &m_scriptSyntax; }
     [[nodiscard]] FakeAudioPlayers &audioPlayers() override { return m_audioPlayers; }
     [[nodiscard]] FakeAudioPlayers &audioDevices() override { return m_audioPlayers; }
+    [[nodiscard]] FakeMicrophoneSessions &microphoneSessions() override { return m_microphoneSessions; }
     [[nodiscard]] FakeDownloads &downloads() override { return m_downloads; }
     [[nodiscard]] FakeTaskLauncher &taskLauncher() override { return m_taskLauncher; }
 
@@ -121,6 +125,7 @@ private:
     FakePanelWindows m_panelWindows;
     FakeStatusItem m_statusItem;
     FakeColorSamplers m_colorSamplers{m_time};
+    FakeScreenStreams m_screenStreams{m_time};
     FakeHotKeys m_hotKeys;
     FakeEventMonitors m_eventMonitors;
     FakeEventPoster m_eventPoster;
@@ -141,6 +146,7 @@ private:
     FakeCodeDetector m_pictureCodeDetector;
     FakeScriptSyntax m_scriptSyntax;
     FakeAudioPlayers m_audioPlayers{m_time};
+    FakeMicrophoneSessions m_microphoneSessions{m_time};
     FakeDownloads m_downloads{m_time};
     FakeTaskLauncher m_taskLauncher;
     std::function<void()> m_onReopen;

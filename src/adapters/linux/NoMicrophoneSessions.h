@@ -1,0 +1,21 @@
+#pragma once
+
+#include "ports/MicrophoneSession.h"
+
+#include <QTimer>
+
+namespace tavrine {
+
+/// Stands where no microphone can be heard: there are none.
+class NoMicrophoneSessions final : public MicrophoneSessions {
+public:
+    void devices(DevicesAnswer answer) override {
+        QTimer::singleShot(0, [answer = std::move(answer)] { answer({}); });
+    }
+    [[nodiscard]] std::unique_ptr<MicrophoneSession> makeSession(const MicrophoneDevice & /*device*/,
+                                                                 SampleHandler /*handler*/) override {
+        return nullptr;
+    }
+};
+
+} // namespace tavrine
