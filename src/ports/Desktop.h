@@ -30,6 +30,7 @@ class Keychain;
 class LoginItem;
 class MicrophoneSessions;
 class MovieAsset;
+class MovieWriters;
 class PanelWindows;
 class Pasteboard;
 class PowerAssertions;
@@ -108,6 +109,7 @@ public:
     [[nodiscard]] virtual Pasteboard &pasteboard() = 0;
     [[nodiscard]] virtual ImageCoder &imageCoder() = 0;
     [[nodiscard]] virtual MovieAsset &movieAsset() = 0;
+    [[nodiscard]] virtual MovieWriters &movieWriters() = 0;
     [[nodiscard]] virtual Recognizer &recognizer() = 0;
     [[nodiscard]] virtual CodeDetector &screenCodeDetector() = 0;  ///< for what is found on the screen
     [[nodiscard]] virtual CodeDetector &pictureCodeDetector() = 0; ///< for the editor

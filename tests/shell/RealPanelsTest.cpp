@@ -55,6 +55,7 @@ public:
     Pasteboard &pasteboard() override { return m_fake.pasteboard(); }
     ImageCoder &imageCoder() override { return m_fake.imageCoder(); }
     MovieAsset &movieAsset() override { return m_fake.movieAsset(); }
+    MovieWriters &movieWriters() override { return m_fake.movieWriters(); }
     Recognizer &recognizer() override { return m_fake.recognizer(); }
     CodeDetector &screenCodeDetector() override { return m_fake.screenCodeDetector(); }
     CodeDetector &pictureCodeDetector() override { return m_fake.pictureCodeDetector(); }

@@ -15,6 +15,7 @@
 #include "adapters/linux/NoFeedUpdater.h"
 #include "adapters/linux/NoMicrophoneSessions.h"
 #include "adapters/linux/NoMovieAsset.h"
+#include "adapters/linux/NoMovieWriters.h"
 #include "adapters/linux/PlayerProcess.h"
 #include "adapters/linux/PluginKeychain.h"
 #include "adapters/linux/PluginLoader.h"
@@ -149,6 +150,10 @@ ImageCoder &LinuxDesktop::imageCoder() {
 
 MovieAsset &LinuxDesktop::movieAsset() {
     return m_movieAsset.get([] { return std::make_unique<NoMovieAsset>(); });
+}
+
+MovieWriters &LinuxDesktop::movieWriters() {
+    return m_movieWriters.get([] { return std::make_unique<NoMovieWriters>(); });
 }
 
 Recognizer &LinuxDesktop::recognizer() {

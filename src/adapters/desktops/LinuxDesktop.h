@@ -42,6 +42,7 @@ public:
     [[nodiscard]] PathMonitor &pathMonitor() final;
     [[nodiscard]] ImageCoder &imageCoder() final;
     [[nodiscard]] MovieAsset &movieAsset() final;
+    [[nodiscard]] MovieWriters &movieWriters() final;
     [[nodiscard]] Recognizer &recognizer() final;
     [[nodiscard]] CodeDetector &screenCodeDetector() final;
     [[nodiscard]] CodeDetector &pictureCodeDetector() final;
@@ -89,6 +90,7 @@ private:
     MadeOnce<PathMonitor> m_pathMonitor;
     MadeOnce<ImageCoder> m_imageCoder;
     MadeOnce<MovieAsset> m_movieAsset;
+    MadeOnce<MovieWriters> m_movieWriters;
     MadeOnce<Recognizer> m_recognizer;
     MadeOnce<CodeDetector> m_screenCodeDetector;
     MadeOnce<CodeDetector> m_pictureCodeDetector;

@@ -22,6 +22,7 @@
 #include "adapters/fake/FakeLoginItem.h"
 #include "adapters/fake/FakeMicrophoneSessions.h"
 #include "adapters/fake/FakeMovieAsset.h"
+#include "adapters/fake/FakeMovieWriter.h"
 #include "adapters/fake/FakePanelWindow.h"
 #include "adapters/fake/FakePasteboard.h"
 #include "adapters/fake/FakePathMonitor.h"
@@ -90,6 +91,7 @@ public:
     [[nodiscard]] FakePasteboard &pasteboard() override { return m_pasteboard; }
     [[nodiscard]] FakeImageCoder &imageCoder() override { return m_imageCoder; }
     [[nodiscard]] FakeMovieAsset &movieAsset() override { return m_movieAsset; }
+    [[nodiscard]] FakeMovieWriters &movieWriters() override { return m_movieWriters; }
     [[nodiscard]] FakeRecognizer &recognizer() override { return m_recognizer; }
     [[nodiscard]] FakeCodeDetector &screenCodeDetector() override { return m_screenCodeDetector; }
     [[nodiscard]] FakeCodeDetector &pictureCodeDetector() override { return m_pictureCodeDetector; }
@@ -148,6 +150,7 @@ private:
     FakeAudioPlayers m_audioPlayers{m_time};
     FakeMicrophoneSessions m_microphoneSessions{m_time};
     FakeDownloads m_downloads{m_time};
+    FakeMovieWriters m_movieWriters{m_time};
     FakeTaskLauncher m_taskLauncher;
     std::function<void()> m_onReopen;
     bool m_hasAskedForPanels = false;
