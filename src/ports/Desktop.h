@@ -31,6 +31,7 @@ class LoginItem;
 class MicrophoneSessions;
 class MovieAsset;
 class MovieWriters;
+class MoviePlayers;
 class PanelWindows;
 class Pasteboard;
 class PowerAssertions;
@@ -110,6 +111,7 @@ public:
     [[nodiscard]] virtual ImageCoder &imageCoder() = 0;
     [[nodiscard]] virtual MovieAsset &movieAsset() = 0;
     [[nodiscard]] virtual MovieWriters &movieWriters() = 0;
+    [[nodiscard]] virtual MoviePlayers &moviePlayers() = 0;
     [[nodiscard]] virtual Recognizer &recognizer() = 0;
     [[nodiscard]] virtual CodeDetector &screenCodeDetector() = 0;  ///< for what is found on the screen
     [[nodiscard]] virtual CodeDetector &pictureCodeDetector() = 0; ///< for the editor

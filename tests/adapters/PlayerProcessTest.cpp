@@ -358,6 +358,24 @@ TEST(PlayerProtocol, onlyNumbersOfLoopsAreCommands) {
         EXPECT_EQ(playerProtocol::loopsIn(line), std::nullopt) << line;
 }
 
+TEST(PlayerProtocol, everyCommandForAMovieComesBackAsItWentAndNothingElseIsOne) {
+    using playerProtocol::MovieCommand;
+    for (const auto command : {MovieCommand::play, MovieCommand::pause, MovieCommand::mute, MovieCommand::unmute}) {
+        const std::string line = playerProtocol::lineOf(command);
+        EXPECT_EQ(line.back(), '\n');
+        EXPECT_EQ(playerProtocol::movieCommandIn({line.data(), line.size() - 1}), command);
+    }
+    for (const char *line : {"", "play -1", "Play", "mute ", "stop", "quit"})
+        EXPECT_EQ(playerProtocol::movieCommandIn(line), std::nullopt) << line;
+}
+
+TEST(PlayerProtocol, onlyANumberOf32BitsIsAWindow) {
+    EXPECT_EQ(playerProtocol::windowIn("1"), 1U);
+    EXPECT_EQ(playerProtocol::windowIn("4294967295"), 4294967295U);
+    for (const char *argument : {"", "0", "-1", "4294967296", "0x10", " 7", "7 ", "window"})
+        EXPECT_EQ(playerProtocol::windowIn(argument), std::nullopt) << argument;
+}
+
 TEST(HelperLines, piecesBecomeLines) {
     HelperLines lines;
     EXPECT_TRUE(lines.take("rea").empty());

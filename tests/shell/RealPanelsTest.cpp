@@ -56,6 +56,7 @@ public:
     ImageCoder &imageCoder() override { return m_fake.imageCoder(); }
     MovieAsset &movieAsset() override { return m_fake.movieAsset(); }
     MovieWriters &movieWriters() override { return m_fake.movieWriters(); }
+    MoviePlayers &moviePlayers() override { return m_fake.moviePlayers(); }
     Recognizer &recognizer() override { return m_fake.recognizer(); }
     CodeDetector &screenCodeDetector() override { return m_fake.screenCodeDetector(); }
     CodeDetector &pictureCodeDetector() override { return m_fake.pictureCodeDetector(); }

@@ -62,6 +62,8 @@ constexpr Control controls[] = {
     {"undo-privileges", "done"},
     {"socket", "done"},
     {"local-socket", "done"},
+    {"local-datagram-socket", "done"},
+    {"call-local-socket", "No such file or directory"},
     {"socket-pair", "done"},
     {"datagram-pair", "done"},
     {"duplicate", "done"},
@@ -186,24 +188,35 @@ TEST_F(LockDown, thePersonsFilesAreOutOfTheNetworkProcessesReachWhereTheKernelCa
 }
 
 TEST_F(LockDown, thePlayerHasTheSoundServersSocketAndMemoryToShareWithIt) {
-    for (const char *thing : {"local-socket", "socket-pair", "memory-file", "thread", "map-some-memory", "read-limit"})
-        EXPECT_EQ(attempt("player", thing), QStringLiteral("done")) << thing;
+    for (const char *player : {"player", "movie-player"})
+        for (const char *thing :
+             {"local-socket", "socket-pair", "memory-file", "thread", "map-some-memory", "read-limit"})
+            EXPECT_EQ(attempt(player, thing), QStringLiteral("done")) << player << " " << thing;
+}
+
+TEST_F(LockDown, thePlayerOfMoviesCallsNobodyAnyMore) {
+    EXPECT_EQ(attempt("player", "call-local-socket"), QStringLiteral("No such file or directory"));
+    expectAll("movie-player", "EPERM", {"call-local-socket", "local-datagram-socket", "datagram-pair"});
 }
 
 TEST_F(LockDown, thePlayerFindsNoFile) {
-    expectAll("player", "No such file or directory",
-              {"read", "read-proc", "read-run", "read-private", "write", "write-both", "create"});
-    expectAll("player", "EPERM",
-              {"create-old", "open-newer", "remove", "rename", "truncate", "change-mode", "change-owner", "change-time",
-               "make-folder", "link", "mount", "read-attribute", "remove-attribute"});
+    for (const char *player : {"player", "movie-player"}) {
+        expectAll(player, "No such file or directory",
+                  {"read", "read-proc", "read-run", "read-private", "write", "write-both", "create"});
+        expectAll(player, "EPERM",
+                  {"create-old", "open-newer", "remove", "rename", "truncate", "change-mode", "change-owner",
+                   "change-time", "make-folder", "link", "mount", "read-attribute", "remove-attribute"});
+    }
 }
 
 TEST_F(LockDown, thePlayerHasNothingElse) {
-    expectAll("player", "EPERM",
-              {"socket", "execute", "fork", "clone", "trace", "read-process", "namespace", "signal", "signal-by-file",
-               "pidfd", "lower-limit", "read-limit-of-another", "lower-limit-of-another", "undo-privileges", "map-code",
-               "make-code", "measure", "call-that-nobody-knows"});
-    expectAll("player", "Cannot allocate memory", {"map-memory"});
+    for (const char *player : {"player", "movie-player"}) {
+        expectAll(player, "EPERM",
+                  {"socket", "execute", "fork", "clone", "trace", "read-process", "namespace", "signal",
+                   "signal-by-file", "pidfd", "lower-limit", "read-limit-of-another", "lower-limit-of-another",
+                   "undo-privileges", "map-code", "make-code", "measure", "call-that-nobody-knows"});
+        expectAll(player, "Cannot allocate memory", {"map-memory"});
+    }
 }
 
 } // namespace

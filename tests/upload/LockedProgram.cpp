@@ -24,6 +24,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -96,6 +97,14 @@ bool canReadProcess() {
     return isDone(syscall(SYS_process_vm_readv, getpid(), &local, 1, &remote, 1, 0));
 }
 
+/// Of the session's bus and whoever else listens: any socket of this machine.
+bool canCallLocalSocket() {
+    const int file = socket(AF_UNIX, SOCK_STREAM, 0);
+    const sockaddr_un address{.sun_family = AF_UNIX, .sun_path = "/run/nobody"};
+    return isDone(static_cast<int>(
+        syscall(SYS_connect, file, reinterpret_cast<const sockaddr *>(&address), socklen_t{sizeof address})));
+}
+
 bool canMakePair(int type) {
     int pair[2];
     return isDone(socketpair(AF_UNIX, type, 0, pair));
@@ -166,6 +175,8 @@ const Things processes{
 const Things others{
     {"socket", canConnect},
     {"local-socket", [] { return isDone(socket(AF_UNIX, SOCK_STREAM, 0)); }},
+    {"local-datagram-socket", [] { return isDone(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)); }},
+    {"call-local-socket", canCallLocalSocket},
     {"socket-pair", [] { return canMakePair(SOCK_STREAM); }},
     {"datagram-pair", [] { return canMakePair(SOCK_DGRAM | SOCK_CLOEXEC); }},
     {"duplicate", [] { return isDone(fcntl(0, F_DUPFD, 0)); }},
@@ -195,12 +206,14 @@ int main(int argc, char **argv) {
     const bool isScript = std::strcmp(argv[1], "script") == 0;
     const bool isNetwork = std::strcmp(argv[1], "network") == 0;
     const bool isPlayer = std::strcmp(argv[1], "player") == 0;
+    const bool isMoviePlayer = std::strcmp(argv[1], "movie-player") == 0;
     if (isScript)
         world.emplace(tavrine::ScriptWorld::Outside{});
-    if (const auto error = isScript    ? tavrine::lockScriptProcess()
-                           : isNetwork ? tavrine::lockNetworkProcess(tavrine::HttpLoader().places())
-                           : isPlayer  ? tavrine::lockPlayer()
-                                       : std::nullopt) {
+    if (const auto error = isScript        ? tavrine::lockScriptProcess()
+                           : isNetwork     ? tavrine::lockNetworkProcess(tavrine::HttpLoader().places())
+                           : isPlayer      ? tavrine::lockSoundPlayer()
+                           : isMoviePlayer ? tavrine::lockMoviePlayer()
+                                           : std::nullopt) {
         std::printf("not locked: %s", error->c_str());
         return 1;
     }

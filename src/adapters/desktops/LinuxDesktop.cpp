@@ -10,6 +10,7 @@
 #include "adapters/linux/InhibitingServices.h"
 #include "adapters/linux/LateAccessibility.h"
 #include "adapters/linux/LinuxPowerAssertions.h"
+#include "adapters/linux/MoviePlayerProcess.h"
 #include "adapters/linux/NetlinkCounters.h"
 #include "adapters/linux/NetlinkPathMonitor.h"
 #include "adapters/linux/NoFeedUpdater.h"
@@ -154,6 +155,10 @@ MovieAsset &LinuxDesktop::movieAsset() {
 
 MovieWriters &LinuxDesktop::movieWriters() {
     return m_movieWriters.get([] { return std::make_unique<NoMovieWriters>(); });
+}
+
+MoviePlayers &LinuxDesktop::moviePlayers() {
+    return m_moviePlayers.get([this] { return std::make_unique<MoviePlayerProcesses>(folders().programs); });
 }
 
 Recognizer &LinuxDesktop::recognizer() {

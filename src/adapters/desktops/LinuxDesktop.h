@@ -43,6 +43,7 @@ public:
     [[nodiscard]] ImageCoder &imageCoder() final;
     [[nodiscard]] MovieAsset &movieAsset() final;
     [[nodiscard]] MovieWriters &movieWriters() final;
+    [[nodiscard]] MoviePlayers &moviePlayers() final;
     [[nodiscard]] Recognizer &recognizer() final;
     [[nodiscard]] CodeDetector &screenCodeDetector() final;
     [[nodiscard]] CodeDetector &pictureCodeDetector() final;
@@ -91,6 +92,7 @@ private:
     MadeOnce<ImageCoder> m_imageCoder;
     MadeOnce<MovieAsset> m_movieAsset;
     MadeOnce<MovieWriters> m_movieWriters;
+    MadeOnce<MoviePlayers> m_moviePlayers;
     MadeOnce<Recognizer> m_recognizer;
     MadeOnce<CodeDetector> m_screenCodeDetector;
     MadeOnce<CodeDetector> m_pictureCodeDetector;

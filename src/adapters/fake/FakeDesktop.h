@@ -23,6 +23,7 @@
 #include "adapters/fake/FakeMicrophoneSessions.h"
 #include "adapters/fake/FakeMovieAsset.h"
 #include "adapters/fake/FakeMovieWriter.h"
+#include "adapters/fake/FakeMoviePlayers.h"
 #include "adapters/fake/FakePanelWindow.h"
 #include "adapters/fake/FakePasteboard.h"
 #include "adapters/fake/FakePathMonitor.h"
@@ -92,6 +93,7 @@ public:
     [[nodiscard]] FakeImageCoder &imageCoder() override { return m_imageCoder; }
     [[nodiscard]] FakeMovieAsset &movieAsset() override { return m_movieAsset; }
     [[nodiscard]] FakeMovieWriters &movieWriters() override { return m_movieWriters; }
+    [[nodiscard]] FakeMoviePlayers &moviePlayers() override { return m_moviePlayers; }
     [[nodiscard]] FakeRecognizer &recognizer() override { return m_recognizer; }
     [[nodiscard]] FakeCodeDetector &screenCodeDetector() override { return m_screenCodeDetector; }
     [[nodiscard]] FakeCodeDetector &pictureCodeDetector() override { return m_pictureCodeDetector; }
@@ -143,6 +145,7 @@ private:
     FakePasteboard m_pasteboard;
     FakeImageCoder m_imageCoder;
     FakeMovieAsset m_movieAsset;
+    FakeMoviePlayers m_moviePlayers{m_time};
     FakeRecognizer m_recognizer;
     FakeCodeDetector m_screenCodeDetector;
     FakeCodeDetector m_pictureCodeDetector;

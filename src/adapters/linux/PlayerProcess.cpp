@@ -1,19 +1,14 @@
 #include "adapters/linux/PlayerProcess.h"
 
 #include "adapters/linux/HelperProcess.h"
+#include "adapters/linux/PlainFile.h"
 #include "adapters/linux/PlayerProtocol.h"
 
-#include <QFile>
 #include <QPointer>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <optional>
 #include <utility>
-
-#include <fcntl.h>
-#include <sys/stat.h>
 
 namespace tavrine {
 
@@ -23,17 +18,6 @@ using Failure = AudioPlayers::Failure;
 namespace {
 
 constexpr auto outputChanged = "the output device has changed";
-
-/// The sound, opened without waiting for what is no plain file.
-std::variant<Failure, Descriptor> openSound(const QString &path) {
-    Descriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat status {};
-    if (!file.isOpen() || ::fstat(file.number(), &status) != 0)
-        return Failure{Failure::Cause::circumstances, QString::fromLocal8Bit(std::strerror(errno))};
-    if (!S_ISREG(status.st_mode))
-        return Failure{Failure::Cause::contents, QStringLiteral("not a plain file")};
-    return file;
-}
 
 } // namespace
 
@@ -139,12 +123,14 @@ PlayerProcesses::~PlayerProcesses() = default;
 
 void PlayerProcesses::makePlayer(const QString &path, Answer answer) {
     auto &player = m_beginning.emplace_back(std::make_unique<ProcessPlayer>(*this, std::move(answer)));
-    auto sound = openSound(path);
-    if (const auto *failure = std::get_if<Failure>(&sound))
-        QMetaObject::invokeMethod(
-            this, [player = player.get(), failure = *failure] { player->fail(failure); }, Qt::QueuedConnection);
-    else
-        player->start(m_program, std::get<Descriptor>(sound).number(), m_patience);
+    const PlainFile sound = openPlainFile(path);
+    if (sound.file.isOpen()) {
+        player->start(m_program, sound.file.number(), m_patience);
+        return;
+    }
+    const Failure failure{sound.isThere ? Failure::Cause::contents : Failure::Cause::circumstances, sound.reason};
+    QMetaObject::invokeMethod(
+        this, [player = player.get(), failure] { player->fail(failure); }, Qt::QueuedConnection);
 }
 
 std::unique_ptr<ProcessPlayer> PlayerProcesses::take(ProcessPlayer *player) {

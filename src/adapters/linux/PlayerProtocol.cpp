@@ -3,6 +3,7 @@
 #include "adapters/linux/HelperLines.h"
 
 #include <charconv>
+#include <utility>
 
 namespace tavrine::playerProtocol {
 namespace {
@@ -23,6 +24,21 @@ constexpr Word words[] = {
 };
 
 constexpr std::string_view playWord = "play ";
+
+constexpr std::pair<MovieCommand, std::string_view> movieWords[] = {
+    {MovieCommand::play, "play"},
+    {MovieCommand::pause, "pause"},
+    {MovieCommand::mute, "mute"},
+    {MovieCommand::unmute, "unmute"},
+};
+
+/// None unless all of `text` is a number of this kind.
+template <class Number>
+std::optional<Number> numberIn(std::string_view text) {
+    Number number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
+}
 
 } // namespace
 
@@ -54,10 +70,27 @@ std::optional<int> loopsIn(std::string_view line) {
     if (!line.starts_with(playWord))
         return std::nullopt;
     line.remove_prefix(playWord.size());
-    int loops = 0;
-    const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), loops);
-    const bool isWhole = error == std::errc() && end == line.data() + line.size();
-    return isWhole && loops >= -1 ? std::optional(loops) : std::nullopt;
+    const auto loops = numberIn<int>(line);
+    return loops && *loops >= -1 ? loops : std::nullopt;
+}
+
+std::string lineOf(MovieCommand command) {
+    for (const auto &[each, word] : movieWords)
+        if (each == command)
+            return std::string(word) + '\n';
+    return {};
+}
+
+std::optional<MovieCommand> movieCommandIn(std::string_view line) {
+    for (const auto &[each, word] : movieWords)
+        if (word == line)
+            return each;
+    return std::nullopt;
+}
+
+std::optional<std::uint32_t> windowIn(std::string_view argument) {
+    const auto window = numberIn<std::uint32_t>(argument);
+    return window && *window != 0 ? window : std::nullopt;
 }
 
 } // namespace tavrine::playerProtocol

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -7,22 +8,24 @@
 namespace tavrine::playerProtocol {
 
 /// What the resident program and TavrinePlayer tell each other: lines on the player's standard input and output, and
-/// the sound as an open file. Either side checks what it gets. Without Qt.
+/// the sound or the movie as an open file. Without arguments it plays a sound; with a window's number it shows a movie
+/// there. Either side checks what it gets. Without Qt.
 
-inline constexpr int soundFile = 3; ///< the descriptor of the sound, open for reading, in the player
+inline constexpr int mediaFile = 3; ///< the descriptor of the sound or movie, open for reading, in the player
 
-/// While it plays the player says that it is alive as long as the sound goes on, this often; whoever says nothing for
-/// several times as long hangs.
+/// While it plays the player says that it is alive as long as the sound goes on, this often; that of a movie says so
+/// while it is paused, too. Whoever says nothing for several times as long hangs.
 inline constexpr int secondsBetweenSigns = 2;
 
 struct Report {
     enum class Kind {
-        ready,          ///< the first of the sound is decoded and the output is open: a play is heard at once
+        ready,          ///< the first of the sound is decoded and the output is open: a play is heard at once; or the
+                        ///< first frame of the movie is shown
         alive,          ///< the sound went on since the last time
         ended,          ///< the last loop is over; the player ends
         outputChanged,  ///< sound goes elsewhere now, or nowhere; the player has gone silent and ends
-        contentsFailed, ///< the file holds no sound that can be played; the player ends
-        outputFailed,   ///< sound has nowhere to go; the player ends
+        contentsFailed, ///< the file holds nothing that can be played; the player ends
+        outputFailed,   ///< sound or pictures have nowhere to go; the player ends
     };
     Kind kind;
     std::string words = {}; ///< of a failure
@@ -34,8 +37,16 @@ struct Report {
 /// None for anything that a player could not have meant. The line comes without its end.
 [[nodiscard]] std::optional<Report> reportIn(std::string_view line);
 
-/// The one command there is: to play, and then `loops` times more; -1 is for ever.
+/// The one command for a sound: to play, and then `loops` times more; -1 is for ever.
 [[nodiscard]] std::string playLine(int loops);
 [[nodiscard]] std::optional<int> loopsIn(std::string_view line);
+
+/// The commands for a movie, which is paused and heard at first.
+enum class MovieCommand { play, pause, mute, unmute };
+[[nodiscard]] std::string lineOf(MovieCommand command);
+[[nodiscard]] std::optional<MovieCommand> movieCommandIn(std::string_view line);
+
+/// A window's number, as an argument names it: a decimal number of 32 bits that is not 0.
+[[nodiscard]] std::optional<std::uint32_t> windowIn(std::string_view argument);
 
 } // namespace tavrine::playerProtocol

@@ -1,5 +1,7 @@
 #include "programs/player/Music.h"
 
+#include "programs/player/MpvSettings.h"
+
 #include <clocale>
 #include <utility>
 
@@ -8,46 +10,14 @@ namespace {
 
 constexpr std::uint64_t lookRequest = 1;
 
-struct Setting {
-    const char *option;
-    const char *value;
-};
-
-/// A player of sounds and of nothing else: no settings of the person's mpv, no scripts, no downloads, no pictures, no
-/// other files than the one.
-constexpr Setting settings[] = {
-    {"config", "no"},
-    {"terminal", "no"},
-    {"load-scripts", "no"},
-    {"load-stats-overlay", "no"},
-    {"load-osd-console", "no"},
-    {"load-auto-profiles", "no"},
-    {"osc", "no"},
-    {"ytdl", "no"},
-    {"input-default-bindings", "no"},
+/// Sounds alone.
+constexpr MpvSetting settings[] = {
     {"vid", "no"},
-    {"sid", "no"},
     {"vo", "null"},
-    {"audio-display", "no"},
-    {"access-references", "no"},
-    {"ordered-chapters", "no"},
-    {"audio-file-auto", "no"},
-    {"sub-auto", "no"},
-    {"cover-art-auto", "no"},
-    {"autoload-files", "no"},
-    {"resume-playback", "no"},
-    {"reset-on-next-file", "pause"},
-    // Of a local file nothing is kept but what is decoded next.
-    {"cache", "no"},
-    {"demuxer-max-bytes", "2MiB"},
-    {"demuxer-max-back-bytes", "0"},
     // The output is opened once and never again, so that nothing is heard elsewhere; and loops have no gap.
     {"ao", "pulse"},
     {"gapless-audio", "yes"},
-    {"audio-client-name", "Tavrine"},
     {"force-media-title", "Lo-Fi Vibe"},
-    {"replaygain", "no"},
-    {"pause", "yes"},
 };
 
 } // namespace
@@ -55,18 +25,14 @@ constexpr Setting settings[] = {
 Music::Music(Handlers handlers, void (*wake)(void *), void *data)
     : m_handlers(std::move(handlers)), m_wake(wake), m_data(data) {}
 
-void Music::set(const char *option, const char *value) {
-    if (m_error >= 0)
-        m_error = mpv_set_option_string(m_mpv, option, value);
-}
-
 std::optional<std::string> Music::open(int descriptor) {
     std::setlocale(LC_NUMERIC, "C"); // as the library asks
     m_mpv = mpv_create();
     if (!m_mpv)
         return "there is no memory for a player";
-    for (const auto &[option, value] : settings)
-        set(option, value);
+    m_error = setAll(m_mpv, mpvSettings);
+    if (m_error >= 0)
+        m_error = setAll(m_mpv, settings);
     if (m_error >= 0)
         m_error = mpv_initialize(m_mpv);
     if (m_error >= 0) {

@@ -30,7 +30,6 @@ public:
     void work();
 
 private:
-    void set(const char *option, const char *value);
     void handle(const mpv_event &event);
     void end(const mpv_event_end_file &end);
 

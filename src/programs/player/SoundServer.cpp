@@ -26,9 +26,10 @@ SoundServer::~SoundServer() {
     pa_context_unref(m_context);
 }
 
-std::optional<std::string> SoundServer::connect(std::chrono::milliseconds longest) {
+std::optional<std::string> SoundServer::connect(std::chrono::milliseconds longest, Missing missing) {
     const auto failed = [this] { return std::string(pa_strerror(pa_context_errno(m_context))); };
-    if (pa_context_connect(m_context, nullptr, PA_CONTEXT_NOFLAGS, nullptr) < 0)
+    if (pa_context_connect(m_context, nullptr, missing == Missing::left ? PA_CONTEXT_NOAUTOSPAWN : PA_CONTEXT_NOFLAGS,
+                           nullptr) < 0)
         return failed();
     const auto end = std::chrono::steady_clock::now() + longest;
     bool hasAsked = false;

@@ -13,6 +13,9 @@ namespace tavrine {
 /// PulseAudio and to PipeWire alike. One thread, that of `loop`.
 class SoundServer {
 public:
+    /// What becomes of a server that does not run.
+    enum class Missing { started, left };
+
     /// `loop` outlives it.
     explicit SoundServer(pa_mainloop *loop);
     ~SoundServer();
@@ -20,7 +23,8 @@ public:
     SoundServer &operator=(const SoundServer &) = delete;
 
     /// Waits for the server and for its word on where sound goes. Why there is none, otherwise.
-    [[nodiscard]] std::optional<std::string> connect(std::chrono::milliseconds longest);
+    [[nodiscard]] std::optional<std::string> connect(std::chrono::milliseconds longest,
+                                                     Missing missing = Missing::started);
 
     /// Once connected: where the server is, for others who look for it.
     [[nodiscard]] std::string address() const;

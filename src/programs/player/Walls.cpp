@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <functional>
 
 #include <fcntl.h>
 #include <linux/memfd.h>
@@ -20,11 +21,10 @@ namespace {
 constexpr std::size_t mostMemory = std::size_t(1) << 30;
 constexpr rlim_t mostDescriptors = 64;
 
-void allowSoundServer(SystemCalls &calls) {
-    calls.allow(SCMP_SYS(socket), {argumentIs(0, AF_UNIX)});
-    calls.allow(SCMP_SYS(socketpair), {argumentIs(0, AF_UNIX)});
-    calls.allow({"connect", "getsockname", "getpeername", "setsockopt", "getsockopt", "shutdown", "recvmsg", "sendmsg",
-                 "writev", "readv"});
+/// The use of sockets that are connected.
+void allowServers(SystemCalls &calls) {
+    calls.allow({"getsockname", "getpeername", "setsockopt", "getsockopt", "shutdown", "recvmsg", "sendmsg", "writev",
+                 "readv"});
     // Sound travels through memory that both map; it has no name.
     calls.allow({"memfd_create", "ftruncate", "fallocate"});
     for (const std::uint64_t command : {F_GETFD, F_SETFD, F_GETFL, F_SETFL, F_DUPFD_CLOEXEC, F_ADD_SEALS, F_GET_SEALS})
@@ -45,13 +45,33 @@ void allowTheRest(SystemCalls &calls) {
     calls.sayUnknown({SCMP_SYS(io_uring_setup), SCMP_SYS(io_uring_enter), SCMP_SYS(io_uring_register)});
 }
 
-LockDownError filterPlayer() {
+LockDownError filter(const std::function<void(SystemCalls &calls)> &allowWay) {
     SystemCalls calls;
     calls.allowComputing();
     calls.allowThreads();
-    allowSoundServer(calls);
+    allowServers(calls);
     allowTheRest(calls);
+    allowWay(calls);
     return calls.load();
+}
+
+LockDownError filterSoundPlayer() {
+    return filter([](SystemCalls &calls) {
+        for (const int call : {SCMP_SYS(socket), SCMP_SYS(socketpair)})
+            calls.allow(call, {argumentIs(0, AF_UNIX)});
+        calls.allow({"connect"});
+    });
+}
+
+/// Sockets are made, and take the place of those that are open already. They cannot be connected; those of other types
+/// would not need to be.
+LockDownError filterMoviePlayer() {
+    return filter([](SystemCalls &calls) {
+        constexpr std::uint64_t typeBits = 0xF;
+        for (const int call : {SCMP_SYS(socket), SCMP_SYS(socketpair)})
+            calls.allow(call, {argumentIs(0, AF_UNIX), argumentHas(1, typeBits, SOCK_STREAM)});
+        calls.allow({"dup3"});
+    });
 }
 
 LockDownError forbidNewRights() {
@@ -59,12 +79,20 @@ LockDownError forbidNewRights() {
                                                        : std::string("no_new_privs: ") + std::strerror(errno);
 }
 
-} // namespace
-
-LockDownError lockPlayer() {
+LockDownError lock(LockDownError (*filterCalls)()) {
     return inOrder(std::array{+[] { return limitMemory(mostMemory); }, +[] { return limit("core", RLIMIT_CORE, 0); },
                               +[] { return limit("descriptors", RLIMIT_NOFILE, mostDescriptors); }, &forbidNewRights,
-                              +[] { return allowFilesOnlyIn({}); }, &filterPlayer});
+                              +[] { return allowFilesOnlyIn({}); }, filterCalls});
+}
+
+} // namespace
+
+LockDownError lockSoundPlayer() {
+    return lock(&filterSoundPlayer);
+}
+
+LockDownError lockMoviePlayer() {
+    return lock(&filterMoviePlayer);
 }
 
 } // namespace tavrine

@@ -9,6 +9,9 @@ namespace tavrine {
 /// thread there is, with the libraries loaded, the sound open and not yet read.
 ///
 /// Others of the same person may look into it: the sound server does, to know with whom it speaks.
-[[nodiscard]] LockDownError lockPlayer();
+[[nodiscard]] LockDownError lockSoundPlayer();
+
+/// The same for one that shows pictures, with its doors open (Doors.h): it reaches nothing but these.
+[[nodiscard]] LockDownError lockMoviePlayer();
 
 } // namespace tavrine
