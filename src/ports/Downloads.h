@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 namespace tavrine {
 
@@ -38,10 +39,20 @@ public:
     virtual void resume() = 0;
 };
 
+/// What a download may be at most.
+struct DownloadBounds {
+    enum class Schemes {
+        all,
+        secure, ///< https alone, also where a redirect leads
+    };
+    Schemes schemes = Schemes::all;
+    qint64 mostBytes = qint64(512) << 20; ///< more is an error; never more than this
+};
+
 /// Fetches files. Lives on the main thread, as long as the process; what is fetched is received elsewhere.
 ///
 /// Addresses are of the schemes http, https and file; any other is an error, as is an answer of the server that says
-/// that there is no such file, a server from which nothing comes for half a minute, and more than half a gibibyte. A
+/// that there is no such file, a server from which nothing comes for half a minute, and more than `bounds` let in. A
 /// redirect leads to http and https alone.
 class Downloads {
 public:
@@ -50,7 +61,12 @@ public:
     /// `destination` is the file that is to be; what arrives is kept in its folder, without a name where the file
     /// system knows such files.
     [[nodiscard]] virtual std::unique_ptr<DownloadTask> downloadTask(const QUrl &url, const QString &destination,
-                                                                     DownloadTask::Handlers handlers) = 0;
+                                                                     DownloadTask::Handlers handlers,
+                                                                     const DownloadBounds &bounds) = 0;
+    [[nodiscard]] std::unique_ptr<DownloadTask> downloadTask(const QUrl &url, const QString &destination,
+                                                             DownloadTask::Handlers handlers) {
+        return downloadTask(url, destination, std::move(handlers), DownloadBounds());
+    }
 };
 
 } // namespace tavrine

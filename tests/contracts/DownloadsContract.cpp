@@ -86,7 +86,7 @@ struct RealNet {
 template <class Net>
 class DownloadsContract : public testing::Test {
 protected:
-    void fetch(const QUrl &url) {
+    void fetch(const QUrl &url, const DownloadBounds &bounds = {}) {
         lastWritten = 0;
         finishes = 0;
         completions = 0;
@@ -109,7 +109,8 @@ protected:
                                                      ++completions;
                                                      error = words;
                                                      task.reset();
-                                                 }});
+                                                 }},
+                                            bounds);
         task->resume();
         EXPECT_EQ(completions, 0);
     }
@@ -189,6 +190,28 @@ TYPED_TEST(DownloadsContract, anAddressOfAnotherKindIsAnError) {
         this->fetch(QUrl(text(address)));
         EXPECT_TRUE(this->isComplete()) << address;
         EXPECT_EQ(this->error, text("unsupported URL")) << address;
+    }
+    EXPECT_EQ(this->kept(), QStringList());
+}
+
+TYPED_TEST(DownloadsContract, moreBytesThanAreLetInAreAnErrorAndThatManyAreNone) {
+    this->fetch(this->net.music(), {.mostBytes = 299'999});
+    this->net.arrive();
+    EXPECT_TRUE(this->isComplete());
+    EXPECT_EQ(this->error, text("the file is too large"));
+    EXPECT_EQ(this->finishes, 0);
+    EXPECT_EQ(this->kept(), QStringList());
+    this->fetch(this->net.music(), {.mostBytes = 300'000});
+    this->net.arrive();
+    EXPECT_TRUE(this->isComplete());
+    EXPECT_EQ(this->contents().size(), 300'000);
+}
+
+TYPED_TEST(DownloadsContract, whereOnlySecureAddressesCountAnyOtherIsAnError) {
+    for (const QUrl &url : {this->net.music(), QUrl::fromLocalFile(text("/etc/hostname")), QUrl(text("ftp://a/b"))}) {
+        this->fetch(url, {.schemes = DownloadBounds::Schemes::secure});
+        EXPECT_TRUE(this->isComplete()) << url.toString().toStdString();
+        EXPECT_EQ(this->error, text("unsupported URL")) << url.toString().toStdString();
     }
     EXPECT_EQ(this->kept(), QStringList());
 }

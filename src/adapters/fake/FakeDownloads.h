@@ -17,9 +17,11 @@ class FakeDownloads final : public Downloads {
 public:
     explicit FakeDownloads(Time &time) : m_time(time) {}
 
+    using Downloads::downloadTask;
     [[nodiscard]] std::unique_ptr<DownloadTask> downloadTask(const QUrl &url, const QString &destination,
-                                                             DownloadTask::Handlers handlers) override {
-        return std::make_unique<Task>(*this, url, destination, std::move(handlers));
+                                                             DownloadTask::Handlers handlers,
+                                                             const DownloadBounds &bounds) override {
+        return std::make_unique<Task>(*this, url, destination, std::move(handlers), bounds);
     }
 
     /// Those that were begun, the oldest first.
@@ -65,18 +67,22 @@ private:
 
     class Task final : public QObject, public DownloadTask {
     public:
-        Task(FakeDownloads &owner, QUrl url, QString destination, Handlers given)
-            : handlers(std::move(given)), m_owner(owner), m_url(std::move(url)), m_destination(std::move(destination)) {
-        }
+        Task(FakeDownloads &owner, QUrl url, QString destination, Handlers given, const DownloadBounds &bounds)
+            : handlers(std::move(given)), m_owner(owner), m_url(std::move(url)), m_destination(std::move(destination)),
+              m_bounds(bounds) {}
         [[nodiscard]] const QUrl &originalRequestUrl() const override { return m_url; }
         void resume() override {
             m_owner.m_task = this;
             m_owner.m_begun.append(m_url);
             const QString scheme = m_url.scheme();
-            if (scheme != QLatin1String("http") && scheme != QLatin1String("https") && !m_url.isLocalFile())
+            const bool isOther = m_bounds.schemes == DownloadBounds::Schemes::all &&
+                                 (scheme == QLatin1String("http") || m_url.isLocalFile());
+            if (scheme != QLatin1String("https") && !isOther)
                 m_owner.fail(QStringLiteral("unsupported URL"));
         }
         void finish(const QByteArray &contents, int moveError) {
+            if (contents.size() > m_bounds.mostBytes)
+                return complete(QStringLiteral("the file is too large"));
             const QPointer<Task> self(this);
             File file(m_destination, contents, moveError);
             if (const auto handler = handlers.didFinishDownloading)
@@ -96,6 +102,7 @@ private:
         FakeDownloads &m_owner;
         QUrl m_url;
         QString m_destination;
+        DownloadBounds m_bounds;
     };
 
     void later(std::function<void(Task &task)> work) {

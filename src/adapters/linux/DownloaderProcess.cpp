@@ -20,9 +20,11 @@ using downloadProtocol::Report;
 /// How much longer than the server the downloader may be silent, which says how far it is each second.
 constexpr std::chrono::seconds grace{30};
 
-bool isFetchable(const QUrl &url) {
+bool isFetchable(const QUrl &url, DownloadBounds::Schemes schemes) {
     const QString scheme = url.scheme();
-    return url.isValid() && (scheme == QLatin1String("https") || scheme == QLatin1String("http") || url.isLocalFile());
+    if (!url.isValid() || scheme == QLatin1String("https"))
+        return url.isValid();
+    return schemes == DownloadBounds::Schemes::all && (scheme == QLatin1String("http") || url.isLocalFile());
 }
 
 class ArrivedFile final : public DownloadedFile {
@@ -39,14 +41,15 @@ private:
 
 class ProcessDownload final : public QObject, public DownloadTask {
 public:
-    ProcessDownload(QString program, std::chrono::seconds patience, QUrl url, QString destination, Handlers handlers)
+    ProcessDownload(QString program, std::chrono::seconds patience, QUrl url, QString destination, Handlers handlers,
+                    const DownloadBounds &bounds)
         : m_program(std::move(program)), m_patience(patience), m_url(std::move(url)),
-          m_destination(std::move(destination)), m_handlers(std::move(handlers)) {}
+          m_destination(std::move(destination)), m_handlers(std::move(handlers)), m_bounds(bounds) {}
 
     [[nodiscard]] const QUrl &originalRequestUrl() const override { return m_url; }
 
     void resume() override {
-        if (!isFetchable(m_url)) {
+        if (!isFetchable(m_url, m_bounds.schemes)) {
             completeLater(QStringLiteral("unsupported URL"));
             return;
         }
@@ -58,7 +61,10 @@ public:
         m_process = std::make_unique<HelperProcess>(
             HelperProcess::Start{.program = m_program,
                                  .arguments = {QString::fromLatin1(m_url.toEncoded(QUrl::RemoveFragment)),
-                                               QString::number(m_patience.count())},
+                                               QString::number(m_patience.count()), QString::number(m_bounds.mostBytes),
+                                               QLatin1String(m_bounds.schemes == DownloadBounds::Schemes::secure
+                                                                 ? downloadProtocol::secureSchemes
+                                                                 : downloadProtocol::allSchemes)},
                                  .file = m_writer->descriptor(),
                                  .longestSilence = m_patience + grace},
             HelperProcess::Handlers{
@@ -103,6 +109,7 @@ private:
     QUrl m_url;
     QString m_destination;
     Handlers m_handlers;
+    DownloadBounds m_bounds;
     std::unique_ptr<WholeFileWriter> m_writer;
     std::unique_ptr<HelperProcess> m_process;
 };
@@ -110,8 +117,9 @@ private:
 } // namespace
 
 std::unique_ptr<DownloadTask> DownloaderProcesses::downloadTask(const QUrl &url, const QString &destination,
-                                                                DownloadTask::Handlers handlers) {
-    return std::make_unique<ProcessDownload>(m_program, m_patience, url, destination, std::move(handlers));
+                                                                DownloadTask::Handlers handlers,
+                                                                const DownloadBounds &bounds) {
+    return std::make_unique<ProcessDownload>(m_program, m_patience, url, destination, std::move(handlers), bounds);
 }
 
 } // namespace tavrine

@@ -17,8 +17,10 @@ public:
     explicit DownloaderProcesses(const QString &programFolder, std::chrono::seconds patience = longestSilence)
         : m_program(programFolder + QStringLiteral("/TavrineDownloader")), m_patience(patience) {}
 
+    using Downloads::downloadTask;
     [[nodiscard]] std::unique_ptr<DownloadTask> downloadTask(const QUrl &url, const QString &destination,
-                                                             DownloadTask::Handlers handlers) override;
+                                                             DownloadTask::Handlers handlers,
+                                                             const DownloadBounds &bounds) override;
 
 private:
     QString m_program;

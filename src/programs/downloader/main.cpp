@@ -1,6 +1,6 @@
-// TavrineDownloader ADDRESS SECONDS: fetches what is behind an address into the file that it was given open, and says
-// how far it is; a server from which nothing comes for so long is given up. Ends with its last line, or with whoever
-// started it.
+// TavrineDownloader ADDRESS SECONDS BYTES SCHEMES: fetches what is behind an address into the file that it was given
+// open, and says how far it is; a server from which nothing comes for so long is given up, and one that sends more.
+// SCHEMES is "all" or "secure". Ends with its last line, or with whoever started it.
 #include "adapters/linux/DownloadProtocol.h"
 #include "walls/NetworkWalls.h"
 
@@ -10,6 +10,8 @@
 #include <cstring>
 #include <ctime>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include <curl/curl.h>
 #include <poll.h>
@@ -47,18 +49,42 @@ std::string part(const char *address, CURLUPart which) {
     return text;
 }
 
+struct Wanted {
+    const char *address;
+    long mostSecondsOfSilence;
+    std::int64_t mostBytes;
+    bool isSecure;
+};
+
+/// None for what nobody of ours wants.
+std::optional<Wanted> wantedIn(int count, char **arguments) {
+    constexpr int arity = 5;
+    if (count != arity)
+        return std::nullopt;
+    const std::string schemes = arguments[4];
+    const Wanted wanted{.address = arguments[1],
+                        .mostSecondsOfSilence = std::strtol(arguments[2], nullptr, 10),
+                        .mostBytes = std::strtoll(arguments[3], nullptr, 10),
+                        .isSecure = schemes != downloadProtocol::allSchemes};
+    const bool isSense = wanted.mostSecondsOfSilence > 0 && wanted.mostBytes > 0 &&
+                         wanted.mostBytes <= downloadProtocol::mostBytes &&
+                         (!wanted.isSecure || schemes == downloadProtocol::secureSchemes);
+    return isSense ? std::optional(wanted) : std::nullopt;
+}
+
 class Download {
 public:
-    Download(const char *address, long mostSecondsOfSilence) : m_curl(curl_easy_init(), &curl_easy_cleanup) {
-        set(CURLOPT_URL, address);
-        set(CURLOPT_PROTOCOLS_STR, "http,https,file");
-        set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+    explicit Download(const Wanted &wanted)
+        : m_curl(curl_easy_init(), &curl_easy_cleanup), m_mostBytes(wanted.mostBytes) {
+        set(CURLOPT_URL, wanted.address);
+        set(CURLOPT_PROTOCOLS_STR, wanted.isSecure ? "https" : "http,https,file");
+        set(CURLOPT_REDIR_PROTOCOLS_STR, wanted.isSecure ? "https" : "http,https");
         set(CURLOPT_FOLLOWLOCATION, 1L);
         set(CURLOPT_MAXREDIRS, mostRedirects);
         set(CURLOPT_FAILONERROR, 1L); // the page that says why is no music
-        set(CURLOPT_CONNECTTIMEOUT, mostSecondsOfSilence);
+        set(CURLOPT_CONNECTTIMEOUT, wanted.mostSecondsOfSilence);
         set(CURLOPT_LOW_SPEED_LIMIT, 1L);
-        set(CURLOPT_LOW_SPEED_TIME, mostSecondsOfSilence);
+        set(CURLOPT_LOW_SPEED_TIME, wanted.mostSecondsOfSilence);
         set(CURLOPT_NOSIGNAL, 1L);
         set(CURLOPT_USERAGENT, "Tavrine/" TAVRINE_VERSION);
         set(CURLOPT_ERRORBUFFER, m_words);
@@ -89,7 +115,7 @@ private:
     static std::size_t receive(const char *bytes, std::size_t, std::size_t count, void *self) {
         auto *const download = static_cast<Download *>(self);
         download->m_written += static_cast<std::int64_t>(count);
-        if (download->m_written > downloadProtocol::mostBytes) {
+        if (download->m_written > download->m_mostBytes) {
             download->m_failure = "the file is too large";
             return 0;
         }
@@ -126,6 +152,7 @@ private:
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> m_curl;
     char m_words[CURL_ERROR_SIZE] = {};
     const char *m_failure = nullptr;
+    std::int64_t m_mostBytes;
     std::int64_t m_written = 0;
     timespec m_reported{};
 };
@@ -136,15 +163,14 @@ int main(int count, char **arguments) {
     prctl(PR_SET_PDEATHSIG, SIGKILL); // also when it is killed
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN); // the write tells
-    constexpr int arity = 3;
-    const long mostSecondsOfSilence = count == arity ? std::strtol(arguments[2], nullptr, 10) : 0;
-    if (mostSecondsOfSilence <= 0)
+    const auto wanted = wantedIn(count, arguments);
+    if (!wanted)
         return EXIT_FAILURE;
     curl_global_init(CURL_GLOBAL_DEFAULT);
     std::vector<std::string> places = placesOfNetwork();
-    if (part(arguments[1], CURLUPART_SCHEME) == "file")
-        places = {part(arguments[1], CURLUPART_PATH)};
+    if (part(wanted->address, CURLUPART_SCHEME) == "file")
+        places = {part(wanted->address, CURLUPART_PATH)};
     if (const LockDownError error = lockNetworkProcess(places, {.memory = mostMemory, .calls = {"fsync"}}))
         fail("the downloader is not locked in: " + *error);
-    Download(arguments[1], mostSecondsOfSilence).run();
+    Download(*wanted).run();
 }
