@@ -48,6 +48,7 @@ struct FakeDesk : WithVirtualTime {
         return texts;
     }
     void refuse() { fake.setGranted(false); }
+    void press(const QString &identifier) { fake.press(identifier); }
     FakeUserNotifications fake{time};
 };
 

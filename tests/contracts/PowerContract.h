@@ -149,7 +149,8 @@ REGISTER_TYPED_TEST_SUITE_P(PowerSourceContract, aMachineWithoutABatteryHasNoSou
                             aMachineWithABatterySaysWhatItDrawsOnAndFollowsThePlug);
 
 /// What all notifications keep. `Desk` has: UserNotifications &notifications(); QStringList shown(), title and body of
-/// each that is to be seen; void refuse(), before anything; bool eventually(condition).
+/// each that is to be seen; void refuse(), before anything; void press(identifier), as the person does with what is
+/// shown under it; bool eventually(condition).
 template <class Desk>
 class UserNotificationsContract : public testing::Test {
 public:
@@ -193,7 +194,30 @@ TYPED_TEST_P(UserNotificationsContract, aDesktopThatShowsNoneHasNotGrantedThem) 
     EXPECT_FALSE(this->desk.eventually([&] { return !this->desk.shown().isEmpty(); }));
 }
 
+TYPED_TEST_P(UserNotificationsContract, aPressIsToldOfTheOneThatIsPressed) {
+    EXPECT_EQ(this->authorization(), true);
+    QStringList pressed;
+    const auto add = [&](const char *identifier, const char *body, std::function<void()> onPress) {
+        this->desk.notifications().add({QLatin1String(identifier), QStringLiteral("A title"), QLatin1String(body)},
+                                       std::move(onPress));
+        EXPECT_TRUE(this->desk.eventually(
+            [&] { return this->desk.shown().contains(QStringLiteral("A title: ") + QLatin1String(body)); }));
+    };
+    add("one", "first", [&] { pressed.append(QStringLiteral("first")); });
+    add("two", "second", [&] { pressed.append(QStringLiteral("second")); });
+    add("three", "third", {});
+    this->desk.press(QStringLiteral("three"));
+    this->desk.press(QStringLiteral("two"));
+    EXPECT_TRUE(this->desk.eventually([&] { return pressed == QStringList(QStringLiteral("second")); }));
+    add("two", "fourth", {});
+    this->desk.press(QStringLiteral("two"));
+    this->desk.press(QStringLiteral("one"));
+    EXPECT_TRUE(this->desk.eventually([&] { return pressed.size() > 1; }));
+    EXPECT_EQ(pressed, QStringList({QStringLiteral("second"), QStringLiteral("first")}));
+}
+
 REGISTER_TYPED_TEST_SUITE_P(UserNotificationsContract, aNotificationIsShownInTheWordsOfTheDesktop,
-                            oneUnderTheSameIdentifierTakesItsPlace, aDesktopThatShowsNoneHasNotGrantedThem);
+                            oneUnderTheSameIdentifierTakesItsPlace, aDesktopThatShowsNoneHasNotGrantedThem,
+                            aPressIsToldOfTheOneThatIsPressed);
 
 } // namespace tavrine::test

@@ -113,6 +113,16 @@ struct NotifyingDesk : WithRealTime {
     UserNotifications &notifications() { return real; }
     QStringList shown() { return listener.shown.values(); }
     void refuse() { server.end(); }
+    /// Each was given the next number when it was new.
+    void press(const QString &identifier) {
+        static const QStringList inOrder{QStringLiteral("one"), QStringLiteral("two"), QStringLiteral("three")};
+        letPass(std::chrono::milliseconds(50)); // the number is on its way
+        static_cast<void>(server.call(
+            QStringLiteral("/org/freedesktop/Notifications"), QStringLiteral("org.freedesktop.DBus.Mock"),
+            QStringLiteral("EmitSignal"),
+            {QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("ActionInvoked"), QStringLiteral("us"),
+             QVariantList{uint(inOrder.indexOf(identifier) + 1), QStringLiteral("default")}}));
+    }
 
     DBusMock server{DBusMock::Bus::session, QStringLiteral("notification_daemon"),
                     QStringLiteral("org.freedesktop.Notifications")};

@@ -4,8 +4,10 @@
 #include "base/DesktopWords.h"
 #include "base/Program.h"
 
-#include <QDBusMessage>
+#include <QStringList>
 #include <QVariantMap>
+
+#include <utility>
 
 namespace tavrine {
 namespace {
@@ -15,8 +17,10 @@ using namespace std::chrono_literals;
 const auto service = QStringLiteral("org.freedesktop.Notifications");
 constexpr auto longestAnswer = 24h; // nobody waits meanwhile
 
+const auto path = QStringLiteral("/org/freedesktop/Notifications");
+
 QDBusMessage callOf(const QString &method) {
-    return QDBusMessage::createMethodCall(service, QStringLiteral("/org/freedesktop/Notifications"), service, method);
+    return QDBusMessage::createMethodCall(service, path, service, method);
 }
 
 } // namespace
@@ -37,27 +41,47 @@ void DesktopNotifications::requestAuthorization(std::function<void(bool isGrante
     });
 }
 
-void DesktopNotifications::add(const UserNotification &notification) {
-    sessionBus::whenOpen(this, [this, notification](const QDBusConnection &bus) {
+void DesktopNotifications::add(const UserNotification &notification, std::function<void()> pressed) {
+    sessionBus::whenOpen(this, [this, notification, pressed = std::move(pressed)](const QDBusConnection &bus) {
         if (bus.isConnected())
-            show(bus, notification);
+            show(bus, notification, pressed);
     });
 }
 
-void DesktopNotifications::show(const QDBusConnection &bus, const UserNotification &notification) {
+void DesktopNotifications::show(QDBusConnection bus, const UserNotification &notification,
+                                const std::function<void()> &pressed) {
     constexpr int desktopsOwnTime = -1;
     const Shown before = m_shown.value(notification.identifier);
     const uint replaced = before.server == m_server ? before.number : 0;
+    QStringList actions;
+    if (pressed) {
+        // A press on the message itself, which some servers do not know, and a button.
+        actions = {QStringLiteral("default"), QStringLiteral("Open"), QStringLiteral("open"), QStringLiteral("Open")};
+        if (std::exchange(m_heardOn, bus.name()) != bus.name())
+            bus.connect(QString(), path, service, QStringLiteral("ActionInvoked"), this,
+                        SLOT(onActionInvoked(QDBusMessage)));
+    }
     auto call = callOf(QStringLiteral("Notify"));
     call << QStringLiteral("Tavrine") << replaced << QString(ownBundleIdentifier) << inDesktopWords(notification.title)
-         << inDesktopWords(notification.body) << QStringList() << QVariantMap() << desktopsOwnTime;
+         << inDesktopWords(notification.body) << actions << QVariantMap() << desktopsOwnTime;
     sessionBus::ask(
         bus, call, this,
-        [this, identifier = notification.identifier](const QDBusPendingCall &reply) {
+        [this, identifier = notification.identifier, pressed](const QDBusPendingCall &reply) {
             if (!reply.isError())
-                m_shown[identifier] = {reply.reply().service(), reply.reply().arguments().value(0).toUInt()};
+                m_shown[identifier] = {reply.reply().service(), reply.reply().arguments().value(0).toUInt(), pressed};
         },
         longestAnswer);
+}
+
+/// Of anybody's message, and maybe by anybody: only the server that shows ours counts, and its number of ours.
+void DesktopNotifications::onActionInvoked(const QDBusMessage &signal) {
+    for (const Shown &shown : std::as_const(m_shown)) {
+        if (shown.pressed && shown.server == signal.service() && shown.number == signal.arguments().value(0).toUInt()) {
+            const auto pressed = shown.pressed; // it may show the next one
+            pressed();
+            return;
+        }
+    }
 }
 
 } // namespace tavrine

@@ -3,6 +3,7 @@
 #include "ports/UserNotifications.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QHash>
 #include <QObject>
 
@@ -15,18 +16,24 @@ class DesktopNotifications final : public QObject, public UserNotifications {
 
 public:
     void requestAuthorization(std::function<void(bool isGranted)> answered) override;
-    void add(const UserNotification &notification) override;
+    using UserNotifications::add;
+    void add(const UserNotification &notification, std::function<void()> pressed) override;
+
+private Q_SLOTS:
+    void onActionInvoked(const QDBusMessage &signal);
 
 private:
-    void show(const QDBusConnection &bus, const UserNotification &notification);
+    void show(QDBusConnection bus, const UserNotification &notification, const std::function<void()> &pressed);
 
     /// What stands under an identifier, by the server that gave the number: another server's numbers are others'.
     struct Shown {
         QString server;
         uint number = 0;
+        std::function<void()> pressed = {};
     };
     QHash<QString, Shown> m_shown;
-    QString m_server; ///< that answered last
+    QString m_server;       ///< that answered last
+    QString m_heardOn = {}; ///< the connection on which presses are heard of
 };
 
 } // namespace tavrine
