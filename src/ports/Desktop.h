@@ -32,6 +32,7 @@ class MicrophoneSessions;
 class MovieAsset;
 class MovieWriters;
 class MoviePlayers;
+class PackageUpdates;
 class PanelWindows;
 class Pasteboard;
 class PowerAssertions;
@@ -44,7 +45,7 @@ class ScriptSyntax;
 class StatusItem;
 class TaskLauncher;
 class Time;
-class Updater;
+class UpdateFeed;
 class UrlOpener;
 class UserNotifications;
 class Workspace;
@@ -70,7 +71,8 @@ public:
     [[nodiscard]] virtual ApplicationActivator &applicationActivator() = 0;
     [[nodiscard]] virtual ApplicationCatalog &applicationCatalog() = 0;
     [[nodiscard]] virtual LoginItem &loginItem() = 0;
-    [[nodiscard]] virtual Updater &updater() = 0;
+    [[nodiscard]] virtual PackageUpdates &packageUpdates() = 0;
+    [[nodiscard]] virtual UpdateFeed *updateFeed() = 0; ///< null where the build names none
     [[nodiscard]] virtual Time &time() = 0;
     [[nodiscard]] virtual Calendar &calendar() = 0;
 

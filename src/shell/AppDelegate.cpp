@@ -6,7 +6,6 @@
 #include "capture/ColorPickerManager.h"
 #include "ports/Application.h"
 #include "ports/StatusItem.h"
-#include "ports/Updater.h"
 #include "shell/FlagReactions.h"
 #include "shell/OnboardingView.h"
 #include "shell/StatusMenu.h"
@@ -57,7 +56,7 @@ AppDelegate::~AppDelegate() {
 
 void AppDelegate::applicationDidFinishLaunching() {
     m_shell.pasteBack().listen();
-    m_shell.desktop().updater().start();
+    startUpdater();
     setupStatusItem();
     launch(Feature::notchShelf);
     debug("Registering Hotkeys...");
@@ -85,6 +84,15 @@ void AppDelegate::applicationDidFinishLaunching() {
 void AppDelegate::launch(Feature feature) {
     if (Tool *tool = m_tools[feature])
         tool->launch(m_shell.flags().isOn(feature));
+}
+
+void AppDelegate::startUpdater() {
+    Desktop &desktop = m_shell.desktop();
+    m_updaterController = std::make_unique<SoftwareUpdater>(
+        SoftwareUpdater::Ports{desktop.time(), m_shell.defaults(), desktop.packageUpdates(), desktop.updateFeed(),
+                               desktop.userNotifications(), desktop.urlOpener()},
+        QStringLiteral(TAVRINE_VERSION));
+    m_updaterController->start();
 }
 
 void AppDelegate::setupStatusItem() {
@@ -306,7 +314,7 @@ void AppDelegate::menuWillOpen() {
 }
 
 void AppDelegate::checkForUpdates() {
-    m_shell.desktop().updater().checkForUpdates();
+    m_updaterController->checkForUpdates();
 }
 
 void AppDelegate::quitApp() {

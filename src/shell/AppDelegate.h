@@ -8,6 +8,7 @@
 #include "shell/menu/TrayMenu.h"
 #include "shell/settings/SettingsWindow.h"
 #include "shell/tools/Tools.h"
+#include "shell/updates/SoftwareUpdater.h"
 
 #include <QObject>
 
@@ -73,6 +74,7 @@ private:
     void open(Trigger trigger);
     [[nodiscard]] bool isFeatureOn(Trigger trigger);
     void setupStatusItem();
+    void startUpdater();
     void startSpeedObservers();
     void updateStatusItemSoon();
     void subscribeToHistory();
@@ -89,6 +91,7 @@ private:
     HotKeyCenter m_hotKeys;
     SettingsWindow m_settingsWindow;
     OnboardingFlow m_onboarding;
+    std::unique_ptr<SoftwareUpdater> m_updaterController; ///< from the second step of the launch on
     std::unique_ptr<StatusMenu> m_statusMenu;
     MadeOnce<TrayMenu> m_trayMenu;
     std::unique_ptr<FlagReactions> m_flagReactions;

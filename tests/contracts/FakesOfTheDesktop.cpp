@@ -3,15 +3,12 @@
 #include "adapters/fake/FakeApplication.h"
 #include "adapters/fake/FakeLoginItem.h"
 #include "adapters/fake/FakeStatusItem.h"
-#include "adapters/fake/FakeUpdater.h"
 #include "adapters/fake/FakeWorkspace.h"
-#include "adapters/linux/NoFeedUpdater.h"
 #include "adapters/linux/QtApplication.h"
 #include "adapters/linux/XdgAutostart.h"
 #include "contracts/ApplicationContract.h"
 #include "contracts/LoginItemContract.h"
 #include "contracts/StatusItemContract.h"
-#include "contracts/UpdaterContract.h"
 #include "contracts/WorkspaceContract.h"
 
 #include <QDir>
@@ -119,22 +116,6 @@ struct QtProcess {
     QtApplication real;
 };
 
-struct FakeBuild {
-    Updater &updater() { return fake; }
-    QStringList told() { return fake.messages(); }
-    FakeUpdater fake;
-};
-
-struct BuildWithoutFeed {
-    Updater &updater() { return real; }
-    QStringList told() { return texts; }
-    QStringList texts;
-    NoFeedUpdater real{[this](const QString &title, const QString &text) {
-        EXPECT_EQ(title, QStringLiteral("Tavrine"));
-        texts.append(text);
-    }};
-};
-
 } // namespace
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, StatusItemContract, FakeDesk);
@@ -143,7 +124,5 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Fake, LoginItemContract, FakeSession);
 INSTANTIATE_TYPED_TEST_SUITE_P(XdgAutostart, LoginItemContract, AutostartFolder);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ApplicationContract, FakeProcess);
 INSTANTIATE_TYPED_TEST_SUITE_P(Qt, ApplicationContract, QtProcess);
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, UpdaterContract, FakeBuild);
-INSTANTIATE_TYPED_TEST_SUITE_P(NoFeed, UpdaterContract, BuildWithoutFeed);
 
 } // namespace tavrine::test

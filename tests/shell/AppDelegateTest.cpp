@@ -273,10 +273,29 @@ TEST_F(AppDelegateTest, theMenuOpensWithItsEntriesFresh) {
 
 TEST_F(AppDelegateTest, theMenusOwnEntriesDoWhatTheySay) {
     delegate->statusMenu().entry(StatusMenuItem::checkForUpdates).action();
-    EXPECT_EQ(desktop.updater().messages().size(), 1);
+    time.runPending();
+    ASSERT_EQ(desktop.userNotifications().shown().size(), 1);
+    EXPECT_THAT(desktop.userNotifications().shown().front().body.toStdString(), HasSubstr("look for updates"));
     EXPECT_FALSE(desktop.application().isTerminated());
     delegate->statusMenu().entry(StatusMenuItem::quit).action();
     EXPECT_TRUE(desktop.application().isTerminated());
+}
+
+TEST_F(AppDelegateTest, theEntryThatLooksForUpdatesIsThereToBePressedWhileItLooks) {
+    desktop.packageUpdates().setHanging(true);
+    const StatusMenuEntry &entry = delegate->statusMenu().entry(StatusMenuItem::checkForUpdates);
+    EXPECT_EQ(entry.title, text("Check for Updates…"));
+    EXPECT_TRUE(entry.isEnabled);
+    entry.action();
+    desktop.statusItem().press({10, 10});
+    EXPECT_TRUE(entry.isEnabled);
+    delegate->trayMenu().cancelTracking();
+}
+
+TEST_F(AppDelegateTest, theUpdaterLooksByItselfTwoMinutesAfterTheLaunchAndNotInIt) {
+    EXPECT_THAT(desktop.packageUpdates().asked(), IsEmpty());
+    quietly([&] { time.advance(2min - 1s); }); // of which the launch had one
+    EXPECT_EQ(desktop.packageUpdates().asked().size(), 1);
 }
 
 } // namespace

@@ -82,13 +82,14 @@ TEST_F(Launch, theStepsComeOneAfterTheOther) {
     construct();
     manager().setPaused(false);
     std::vector<std::string> log;
+    bool hasUpdater = false;
     const RecordingTool::Note note = [&](const std::string &call) {
         std::string line = call;
         desktop.workspace().setFrontmost(text("org.example.one"), 1001);
         desktop.workspace().setFrontmost(text("org.example.two"), 1002);
         if (!delegate->shell().pasteBack().previouslyActiveApplication())
             line += ", deaf";
-        if (desktop.updater().starts() > 0)
+        if (hasUpdater)
             line += ", updater";
         if (desktop.statusItem().imageCount() > 0)
             line += ", tray item";
@@ -101,7 +102,10 @@ TEST_F(Launch, theStepsComeOneAfterTheOther) {
         tool = &recorders.emplace_back(each.property, tool, note);
     }
     desktop.hotKeys().setOnInstallation([&] { note("hot keys"); });
-    desktop.updater().setOnStart([&] { note("updater starts"); });
+    desktop.setOnPackageUpdates([&] {
+        hasUpdater = true;
+        note("updater starts");
+    });
     desktop.access().setAccessibilityTrusted(false);
     desktop.access().setOnAccessibilityPrompt([&] { note("onboarding decided"); });
     quietly([&] { delegate->applicationDidFinishLaunching(); });
@@ -112,7 +116,7 @@ TEST_F(Launch, theStepsComeOneAfterTheOther) {
                                  "keepAwake launched, updater, tray item, history paused",
                                  "onboarding decided, updater, tray item, history paused"));
     desktop.access().setOnAccessibilityPrompt({});
-    desktop.updater().setOnStart({});
+    desktop.setOnPackageUpdates({});
 }
 
 TEST_F(Launch, noticesAreHeardOnceTheLaunchIsOver) {

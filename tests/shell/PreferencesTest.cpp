@@ -10,6 +10,7 @@
 #include "shell/Triggers.h"
 #include "shell/menu/LayoutPreferences.h"
 #include "shell/settings/HomeDashboardModel.h"
+#include "shell/updates/UpdatePreferences.h"
 #include "upload/CustomUploadManager.h"
 #include "utilities/awake/KeepAwakePreferences.h"
 #include "utilities/emoji/EmojiPickerStore.h"
@@ -76,6 +77,9 @@ std::vector<std::string> allPreferences() {
                                   row(layoutShowQRScan),
                                   row(layoutShowSubtitles),
                                   row(discordBannerDismissed),
+                                  row(updatesCheckAutomatically),
+                                  row(updatesLastCheck),
+                                  row(updatesToldVersion),
                                   row(snipMuteSound),
                                   row(snipUseSaveDefault),
                                   row(snipSaveDirectoryPath),
@@ -115,7 +119,8 @@ TEST(Preferences, areKeptUnderTheKeysAndWithTheFallbacksOfTheTable) {
             // The shell.
             "hasCompletedOnboarding: Bool false", "showInMenuBar: Bool true", "TavrineHistoryFrame: String none",
             "keepAwakeShowBgIndicator: Bool false", "keepAwakeBgColor: String #007AFF",
-            "discordBannerDismissed: Bool false",
+            "discordBannerDismissed: Bool false", "updatesCheckAutomatically: Bool true",
+            "updatesLastCheck: Date never", "updatesToldVersion: String none",
             // The Quick Actions.
             "layoutOrder: String loFi,keepAwake,screenshot,screenRecord,qrScan,cleanMode,settings,editor",
             "layoutShowScreenshot: Bool true", "layoutShowEditor: Bool true", "layoutShowQRScan: Bool true",

@@ -38,7 +38,8 @@ public:
     Workspace &workspace() override { return m_fake.workspace(); }
     ApplicationCatalog &applicationCatalog() override { return m_fake.applicationCatalog(); }
     LoginItem &loginItem() override { return m_fake.loginItem(); }
-    Updater &updater() override { return m_fake.updater(); }
+    PackageUpdates &packageUpdates() override { return m_fake.packageUpdates(); }
+    UpdateFeed *updateFeed() override { return m_fake.updateFeed(); }
     Time &time() override { return m_fake.time(); }
     Appearance &appearance() override { return m_fake.appearance(); }
     StatusItem &statusItem() override { return m_fake.statusItem(); }

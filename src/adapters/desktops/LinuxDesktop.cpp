@@ -1,5 +1,6 @@
 #include "adapters/desktops/LinuxDesktop.h"
 
+#include "adapters/linux/AppcastFeed.h"
 #include "adapters/linux/DBusSingleInstance.h"
 #include "adapters/linux/DesktopEntries.h"
 #include "adapters/linux/DesktopLooks.h"
@@ -13,10 +14,10 @@
 #include "adapters/linux/MoviePlayerProcess.h"
 #include "adapters/linux/NetlinkCounters.h"
 #include "adapters/linux/NetlinkPathMonitor.h"
-#include "adapters/linux/NoFeedUpdater.h"
 #include "adapters/linux/NoMicrophoneSessions.h"
 #include "adapters/linux/NoMovieAsset.h"
 #include "adapters/linux/NoMovieWriters.h"
+#include "adapters/linux/PackageKitUpdates.h"
 #include "adapters/linux/PlayerProcess.h"
 #include "adapters/linux/PluginKeychain.h"
 #include "adapters/linux/PluginLoader.h"
@@ -79,8 +80,20 @@ LoginItem &LinuxDesktop::loginItem() {
     });
 }
 
-Updater &LinuxDesktop::updater() {
-    return m_updater.get([] { return std::make_unique<NoFeedUpdater>(NoFeedUpdater::byDesktopNotification()); });
+PackageUpdates &LinuxDesktop::packageUpdates() {
+    return m_packageUpdates.get([] { return std::make_unique<PackageKitUpdates>(QStringLiteral(TAVRINE_PACKAGE)); });
+}
+
+UpdateFeed *LinuxDesktop::updateFeed() {
+    const auto address = QStringLiteral(TAVRINE_UPDATE_FEED);
+    if (!m_updateFeed && !address.isEmpty())
+        m_updateFeed =
+            std::make_unique<AppcastFeed>(AppcastFeed::Parts{.downloads = downloads(),
+                                                             .temporary = folders().temporary,
+                                                             .programs = folders().programs,
+                                                             .address = QUrl(address),
+                                                             .keys = QStringLiteral(TAVRINE_UPDATE_KEYS).split(u',')});
+    return m_updateFeed.get();
 }
 
 Time &LinuxDesktop::time() {

@@ -27,7 +27,8 @@ public:
     [[nodiscard]] Application &application() final;
     [[nodiscard]] ApplicationCatalog &applicationCatalog() final;
     [[nodiscard]] LoginItem &loginItem() final;
-    [[nodiscard]] Updater &updater() final;
+    [[nodiscard]] PackageUpdates &packageUpdates() final;
+    [[nodiscard]] UpdateFeed *updateFeed() final;
     [[nodiscard]] Time &time() final;
     [[nodiscard]] Calendar &calendar() final;
     [[nodiscard]] PowerAssertions &powerAssertions() final;
@@ -80,7 +81,8 @@ private:
     MadeOnce<Application> m_application;
     MadeOnce<ApplicationCatalog> m_applicationCatalog;
     MadeOnce<LoginItem> m_loginItem;
-    MadeOnce<Updater> m_updater;
+    MadeOnce<PackageUpdates> m_packageUpdates;
+    std::unique_ptr<UpdateFeed> m_updateFeed;
     MadeOnce<Appearance> m_appearance;
     MadeOnce<Alerts> m_alerts;
     MadeOnce<FilePanels> m_filePanels;

@@ -24,6 +24,7 @@
 #include "adapters/fake/FakeMovieAsset.h"
 #include "adapters/fake/FakeMovieWriter.h"
 #include "adapters/fake/FakeMoviePlayers.h"
+#include "adapters/fake/FakePackageUpdates.h"
 #include "adapters/fake/FakePanelWindow.h"
 #include "adapters/fake/FakePasteboard.h"
 #include "adapters/fake/FakePathMonitor.h"
@@ -35,7 +36,7 @@
 #include "adapters/fake/FakeScriptSyntax.h"
 #include "adapters/fake/FakeStatusItem.h"
 #include "adapters/fake/FakeTaskLauncher.h"
-#include "adapters/fake/FakeUpdater.h"
+#include "adapters/fake/FakeUpdateFeed.h"
 #include "adapters/fake/FakeUrlOpener.h"
 #include "adapters/fake/FakeUserNotifications.h"
 #include "adapters/fake/FakeWorkspace.h"
@@ -60,7 +61,12 @@ public:
     [[nodiscard]] FakeApplicationActivator &applicationActivator() override { return m_activator; }
     [[nodiscard]] FakeApplicationCatalog &applicationCatalog() override { return m_applicationCatalog; }
     [[nodiscard]] FakeLoginItem &loginItem() override { return m_loginItem; }
-    [[nodiscard]] FakeUpdater &updater() override { return m_updater; }
+    [[nodiscard]] FakePackageUpdates &packageUpdates() override {
+        if (m_onPackageUpdates)
+            m_onPackageUpdates();
+        return m_packageUpdates;
+    }
+    [[nodiscard]] FakeUpdateFeed *updateFeed() override { return m_hasUpdateFeed ? &m_updateFeed : nullptr; }
     [[nodiscard]] VirtualTime &time() override { return m_time; }
     [[nodiscard]] FakeCalendar &calendar() override { return m_calendar; }
     [[nodiscard]] FakePowerAssertions &powerAssertions() override { return m_powerAssertions; }
@@ -109,6 +115,10 @@ public:
         if (m_onReopen)
             m_onReopen();
     }
+    /// The build names a feed, or none.
+    void setUpdateFeed(bool isNamed) { m_hasUpdateFeed = isNamed; }
+    /// `asked` is called when the program reaches for the system's packages.
+    void setOnPackageUpdates(std::function<void()> asked) { m_onPackageUpdates = std::move(asked); }
     /// Whether the program has asked for the maker of panels.
     [[nodiscard]] bool hasAskedForPanels() const { return m_hasAskedForPanels; }
 
@@ -123,7 +133,8 @@ private:
     FakeApplicationActivator m_activator{m_workspace};
     FakeApplicationCatalog m_applicationCatalog;
     FakeLoginItem m_loginItem;
-    FakeUpdater m_updater;
+    FakePackageUpdates m_packageUpdates{m_time};
+    FakeUpdateFeed m_updateFeed{m_time};
     FakeAppearance m_appearance;
     FakeScreens m_screens;
     FakePanelWindows m_panelWindows;
@@ -156,6 +167,8 @@ private:
     FakeMovieWriters m_movieWriters{m_time};
     FakeTaskLauncher m_taskLauncher;
     std::function<void()> m_onReopen;
+    std::function<void()> m_onPackageUpdates;
+    bool m_hasUpdateFeed = false;
     bool m_hasAskedForPanels = false;
 };
 
