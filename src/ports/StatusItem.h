@@ -62,6 +62,8 @@ public:
     virtual void setToolTip(const QString &toolTip) = 0;
     /// Called when the person asks for the menu, with the place of the click in global coordinates.
     virtual void setOnPress(std::function<void(QPoint)> onPress) = 0;
+    /// The same for a press with the middle button, or whatever else the tray has for a second thing to do.
+    virtual void setOnSecondaryPress(std::function<void(QPoint)> onSecondaryPress) = 0;
     virtual void setMenu(StatusItemMenu menu) = 0;
     /// The lines are others now.
     virtual void menuChanged() = 0;

@@ -50,6 +50,7 @@ AppDelegate::AppDelegate(const Shell::Parts &parts, QObject *parent)
 
 AppDelegate::~AppDelegate() {
     m_shell.desktop().statusItem().setOnPress({});
+    m_shell.desktop().statusItem().setOnSecondaryPress({});
     m_shell.desktop().statusItem().setMenu(
         {.lines = [] { return std::vector<StatusMenuLine>(); }, .onChosen = [](int) {}});
 }
@@ -113,6 +114,7 @@ void AppDelegate::setupStatusItem() {
                                          .quitApp = [this] { quitApp(); },
                                      });
     m_shell.desktop().statusItem().setOnPress([this](QPoint place) { trayMenu().press(place); });
+    m_shell.desktop().statusItem().setOnSecondaryPress([this](QPoint place) { secondaryPress(place); });
     m_shell.desktop().statusItem().setMenu(
         {.lines = [this] { return trayMenu().lines(); }, .onChosen = [this](int id) { trayMenu().choose(id); }});
 }
@@ -305,6 +307,14 @@ TrayMenu &AppDelegate::trayMenu() {
                 .openSettings = [this] { openSettings(); },
                 .bringSettingsForward = [this] { m_shell.largeWindows().bringForward(LargeWindows::Kind::settings); }});
     });
+}
+
+/// The clipboard is what people want most often; without it there is the menu.
+void AppDelegate::secondaryPress(QPoint place) {
+    if (m_shell.flags().isOn(Feature::clipboardHistory))
+        onHotKeyPressed();
+    else
+        trayMenu().press(place);
 }
 
 void AppDelegate::menuWillOpen() {

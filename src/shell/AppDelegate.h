@@ -75,6 +75,7 @@ private:
     [[nodiscard]] bool isFeatureOn(Trigger trigger);
     void setupStatusItem();
     void startUpdater();
+    void secondaryPress(QPoint place);
     void startSpeedObservers();
     void updateStatusItemSoon();
     void subscribeToHistory();

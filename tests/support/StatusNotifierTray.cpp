@@ -99,4 +99,10 @@ void StatusNotifierTray::call(const QString &method, QPoint place) {
     m_bus.asyncCall(message);
 }
 
+void StatusNotifierTray::scroll(int delta) {
+    auto message = QDBusMessage::createMethodCall(m_items.value(0), itemPath, itemInterface, QStringLiteral("Scroll"));
+    message << delta << QStringLiteral("vertical");
+    m_bus.asyncCall(message);
+}
+
 } // namespace tavrine::test

@@ -37,6 +37,8 @@ public:
     [[nodiscard]] const QStringList &signalsSeen() const { return m_signals; }
 
     void call(const QString &method, QPoint place);
+    /// A notch of the wheel over the icon.
+    void scroll(int delta);
 
 public Q_SLOTS:
     Q_SCRIPTABLE void RegisterStatusNotifierItem(const QString &service);

@@ -26,6 +26,11 @@ void FakeStatusItem::press(QPoint place) {
         m_onPress(place);
 }
 
+void FakeStatusItem::pressWithTheMiddleButton(QPoint place) {
+    if (isShown() && m_onSecondaryPress)
+        m_onSecondaryPress(place);
+}
+
 void FakeStatusItem::tellIfShown(bool wasShown) {
     if (isShown() && !wasShown && m_onShown)
         m_onShown();

@@ -12,6 +12,7 @@ public:
     void setImage(const StatusImage &image) override;
     void setToolTip(const QString &toolTip) override { m_toolTip = toolTip; }
     void setOnPress(std::function<void(QPoint)> onPress) override { m_onPress = std::move(onPress); }
+    void setOnSecondaryPress(std::function<void(QPoint)> onPress) override { m_onSecondaryPress = std::move(onPress); }
     void setMenu(StatusItemMenu menu) override { m_menu = std::move(menu); }
     void menuChanged() override { ++m_menuChanges; }
     void setOnShown(std::function<void()> onShown) override { m_onShown = std::move(onShown); }
@@ -21,6 +22,7 @@ public:
 
     /// The person clicks at `place`. Nothing happens while the item is in no tray.
     void press(QPoint place);
+    void pressWithTheMiddleButton(QPoint place);
 
     /// As a tray that draws menus itself.
     [[nodiscard]] std::vector<StatusMenuLine> menuLines() const { return m_menu.lines(); }
@@ -38,6 +40,7 @@ private:
     void tellIfShown(bool wasShown);
 
     std::function<void(QPoint)> m_onPress;
+    std::function<void(QPoint)> m_onSecondaryPress;
     std::function<void()> m_onShown;
     StatusItemMenu m_menu;
     int m_menuChanges = 0;

@@ -23,8 +23,8 @@ QImage StatusNotifierPixmap::toImage() const {
     return image;
 }
 
-StatusNotifierAdaptor::StatusNotifierAdaptor(QObject *exported, std::function<void(QPoint)> onPress)
-    : QDBusAbstractAdaptor(exported), m_onPress(std::move(onPress)) {
+StatusNotifierAdaptor::StatusNotifierAdaptor(QObject *exported, OnPress onPress, OnPress onSecondaryPress)
+    : QDBusAbstractAdaptor(exported), m_onPress(std::move(onPress)), m_onSecondaryPress(std::move(onSecondaryPress)) {
     qDBusRegisterMetaType<StatusNotifierPixmap>();
     qDBusRegisterMetaType<StatusNotifierPixmaps>();
     qDBusRegisterMetaType<StatusNotifierToolTip>();

@@ -60,8 +60,10 @@ class StatusNotifierAdaptor : public QDBusAbstractAdaptor {
     Q_PROPERTY(tavrine::StatusNotifierToolTip ToolTip READ toolTip)
 
 public:
-    /// `onPress` is called with the place that the host gives.
-    StatusNotifierAdaptor(QObject *exported, std::function<void(QPoint)> onPress);
+    using OnPress = std::function<void(QPoint)>;
+
+    /// Both are called with the place that the host gives.
+    StatusNotifierAdaptor(QObject *exported, OnPress onPress, OnPress onSecondaryPress);
 
     StatusNotifierPixmaps pixmaps;
     QString toolTipText;
@@ -83,8 +85,8 @@ public:
 public Q_SLOTS:
     void Activate(int x, int y) { m_onPress({x, y}); }
     void ContextMenu(int x, int y) { m_onPress({x, y}); }
-    void SecondaryActivate(int x, int y) { m_onPress({x, y}); }
-    void Scroll(int, const QString &) {}
+    void SecondaryActivate(int x, int y) { m_onSecondaryPress({x, y}); }
+    void Scroll(int, const QString &) {} // a wheel over an icon is mostly an accident
     void ProvideXdgActivationToken(const QString &) {}
 
 Q_SIGNALS:
@@ -96,7 +98,8 @@ Q_SIGNALS:
     void NewStatus(const QString &status);
 
 private:
-    std::function<void(QPoint)> m_onPress;
+    OnPress m_onPress;
+    OnPress m_onSecondaryPress;
 };
 
 QDBusArgument &operator<<(QDBusArgument &argument, const StatusNotifierPixmap &pixmap);

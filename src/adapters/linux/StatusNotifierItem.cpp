@@ -50,7 +50,9 @@ QPoint toPoints(QPoint pixels) {
 } // namespace
 
 StatusNotifierItem::StatusNotifierItem()
-    : m_adaptor(new StatusNotifierAdaptor(this, [this](QPoint place) { press(place); })) {
+    : m_adaptor(new StatusNotifierAdaptor(
+          this, [this](QPoint place) { tell(&Handlers::onPress, place); },
+          [this](QPoint place) { tell(&Handlers::onSecondaryPress, place); })) {
     sessionBus::follow(this, [this](const QDBusConnection &bus) { onBusOpen(bus); });
     QTimer::singleShot(longestUnknown, this, [this] {
         if (m_offer == Offer::unknown)
@@ -226,15 +228,15 @@ void StatusNotifierItem::setToolTip(const QString &toolTip) {
         Q_EMIT m_adaptor->NewToolTip();
 }
 
-void StatusNotifierItem::press(QPoint place) {
+void StatusNotifierItem::tell(std::function<void(QPoint)> Handlers::*whom, QPoint place) {
     // Hosts that know no place say (0, 0); the pointer is on the icon then. In a later turn: the host waits for the
     // answer to its call, and a menu may run a loop of its own.
     const QPoint point = place.isNull() ? QCursor::pos() : toPoints(place);
     QMetaObject::invokeMethod(
         this,
-        [this, point] {
-            if (m_handlers.onPress)
-                m_handlers.onPress(point);
+        [this, whom, point] {
+            if (m_handlers.*whom)
+                (m_handlers.*whom)(point);
         },
         Qt::QueuedConnection);
 }

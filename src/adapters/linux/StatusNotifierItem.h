@@ -52,7 +52,7 @@ private:
     void registerItem();
     void exportMenu();
     void refreshPixmaps();
-    void press(QPoint place);
+    void tell(std::function<void(QPoint)> Handlers::*whom, QPoint place);
 
     Handlers m_handlers;
     StatusImage m_image;

@@ -14,6 +14,7 @@ public:
         std::function<void()> onOfferChanged;
         std::function<void()> onShown; ///< the tray has taken the icon in
         std::function<void(QPoint)> onPress;
+        std::function<void(QPoint)> onSecondaryPress;
     };
 
     virtual ~TrayIcon() = default;

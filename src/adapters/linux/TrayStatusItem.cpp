@@ -14,6 +14,11 @@ TrayStatusItem::TrayStatusItem(std::vector<std::unique_ptr<TrayIcon>> trays) : m
                                [this](QPoint place) {
                                    if (m_onPress)
                                        m_onPress(place);
+                               },
+                           .onSecondaryPress =
+                               [this](QPoint place) {
+                                   if (m_onSecondaryPress)
+                                       m_onSecondaryPress(place);
                                }});
 }
 

@@ -22,6 +22,7 @@ public:
     void setImage(const StatusImage &image) override;
     void setToolTip(const QString &toolTip) override;
     void setOnPress(std::function<void(QPoint)> onPress) override { m_onPress = std::move(onPress); }
+    void setOnSecondaryPress(std::function<void(QPoint)> onPress) override { m_onSecondaryPress = std::move(onPress); }
     void setMenu(StatusItemMenu menu) override;
     void menuChanged() override;
     void setOnShown(std::function<void()> onShown) override { m_onShown = std::move(onShown); }
@@ -32,6 +33,7 @@ private:
 
     std::vector<std::unique_ptr<TrayIcon>> m_trays;
     std::function<void(QPoint)> m_onPress;
+    std::function<void(QPoint)> m_onSecondaryPress;
     std::function<void()> m_onShown;
     TrayIcon *m_chosen = nullptr;
     QString m_identity; ///< of the last image

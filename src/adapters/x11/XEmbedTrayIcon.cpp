@@ -326,14 +326,16 @@ void XEmbedTrayIcon::Private::onConfigured(QSize size) {
 }
 
 void XEmbedTrayIcon::Private::onButton(const xcb_button_press_event_t &press) {
+    constexpr xcb_button_t middleButton = 2;
     constexpr xcb_button_t lastButton = 3; // those above are the wheel
     hover(false);
-    if (press.detail > lastButton || !handlers.onPress)
+    const auto &tell = press.detail == middleButton ? handlers.onSecondaryPress : handlers.onPress;
+    if (press.detail > lastButton || !tell)
         return;
     // The press holds the pointer for this connection until the button is let go; the menu that opens now needs it.
     xcb_ungrab_pointer(client.connection(), press.time);
     client.flush();
-    handlers.onPress(toPoints({press.root_x, press.root_y}));
+    tell(toPoints({press.root_x, press.root_y}));
 }
 
 void XEmbedTrayIcon::Private::hover(bool isInside, QPoint place) {

@@ -48,6 +48,7 @@ void StatusMenuPanel::press(QPoint place) {
     }
     if (m_pressedElsewhereAt && m_ports.time.systemUptime() - *m_pressedElsewhereAt < samePress)
         return;
+    m_pressedAt = place;
     m_place = planePoint(place);
     open();
 }
@@ -64,7 +65,7 @@ void StatusMenuPanel::open() {
     m_willOpen();
     if (!m_panel.isBuilt())
         build();
-    m_view->refresh();
+    m_view->prepare(m_pressedAt);
     m_height.setNow();
     m_ports.activator.activateIgnoringOtherApps();
     m_panel.show();

@@ -69,7 +69,8 @@ private:
     FloatingPanel m_panel;
     Departure m_departure;
     StatusMenuView *m_view = nullptr;
-    QPointF m_place;
+    QPoint m_pressedAt;
+    QPointF m_place;                             ///< the same place in the plane of the screens
     std::optional<Seconds> m_pressedElsewhereAt; ///< which closed it; it may have been a press of the item
     std::unique_ptr<EventMonitor> m_clicks;
     std::unique_ptr<EventMonitor> m_ownClicks;

@@ -15,6 +15,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QWindow>
 
 #include <algorithm>
 #include <cmath>
@@ -103,6 +104,13 @@ StatusMenuView::StatusMenuView(StatusMenu &menu, QuickActionsGrid *grid, QuickAc
 }
 
 StatusMenuView::~StatusMenuView() = default;
+
+void StatusMenuView::prepare(QPoint place) {
+    m_openedAt = place;
+    m_isPressedInside = false;
+    lead(nullptr);
+    refresh();
+}
 
 void StatusMenuView::refresh() {
     const auto &entries = m_menu.entries();
@@ -222,8 +230,57 @@ void StatusMenuView::hideEvent(QHideEvent *event) {
     PanelSurface::hideEvent(event);
 }
 
+/// What can be pressed at a place of the window.
+Control *StatusMenuView::controlAt(QPoint placeInWindow) const {
+    for (QWidget *at = window()->childAt(placeInWindow); at && at != this; at = at->parentWidget()) {
+        if (auto *control = qobject_cast<Control *>(at))
+            return control->isEnabled() && (control->focusPolicy() & Qt::TabFocus) ? control : nullptr;
+    }
+    return nullptr;
+}
+
+/// As if the pointer came over it; the toolkit tells nobody of a pointer whose button went down elsewhere.
+void StatusMenuView::lead(Control *to) {
+    if (m_ledTo == to)
+        return;
+    if (m_ledTo) {
+        QEvent leave(QEvent::Leave);
+        QCoreApplication::sendEvent(m_ledTo, &leave);
+    }
+    m_ledTo = to;
+    if (to) {
+        QEnterEvent enter({}, {}, {});
+        QCoreApplication::sendEvent(to, &enter);
+    }
+}
+
+/// A press on the item may go on into the menu. It chooses where it is let go, once it has left the item.
+bool StatusMenuView::followHeldPress(const QMouseEvent &event) {
+    const bool isFromOutside = !m_isPressedInside;
+    if (event.type() == QEvent::MouseButtonPress)
+        m_isPressedInside = true;
+    else if (event.buttons() == Qt::NoButton)
+        m_isPressedInside = false;
+    const bool isHeldMove = event.type() == QEvent::MouseMove && event.buttons() != Qt::NoButton;
+    const bool isRelease = event.type() == QEvent::MouseButtonRelease;
+    const QPoint way = event.globalPosition().toPoint() - m_openedAt;
+    if (!isFromOutside || !(isHeldMove || isRelease) || way.manhattanLength() < QApplication::startDragDistance())
+        return false;
+    lead(controlAt(event.position().toPoint()));
+    if (isRelease && m_ledTo) {
+        Control *chosen = m_ledTo;
+        lead(nullptr);
+        chosen->click();
+    }
+    return true;
+}
+
 /// Buttons move the focus by the arrows in their own way; in a menu it is the menu's. Sideways keys are a card's own.
 bool StatusMenuView::eventFilter(QObject *object, QEvent *event) {
+    const bool isMouse = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseMove ||
+                         event->type() == QEvent::MouseButtonRelease;
+    if (isMouse && object == window()->windowHandle())
+        return followHeldPress(*static_cast<QMouseEvent *>(event));
     if (event->type() != QEvent::KeyPress || !object->isWidgetType() || object == this ||
         !isAncestorOf(static_cast<QWidget *>(object)))
         return false;

@@ -3,13 +3,18 @@
 #include "look/PanelSurface.h"
 #include "shell/StatusMenu.h"
 
+#include <QPointer>
+
 #include <vector>
+
+class QMouseEvent;
 
 namespace tavrine {
 
 namespace look {
+class Control;
 class ScrollPane;
-}
+} // namespace look
 class QuickActionsGrid;
 class QuickActionsHeight;
 
@@ -17,6 +22,7 @@ class QuickActionsHeight;
 /// entries as they are, and decides nothing. Lives as long as its panel; main thread.
 ///
 /// It takes keys as menus do: arrows move, Return and Space press, a key equivalent fires its entry, Escape closes.
+/// A press that began on the item and is still held chooses what it is let go over.
 /// To a screen reader it is a window of buttons.
 class StatusMenuView final : public look::PanelSurface {
     Q_OBJECT
@@ -26,8 +32,8 @@ public:
     StatusMenuView(StatusMenu &menu, QuickActionsGrid *grid, QuickActionsHeight &height, QWidget *parent = nullptr);
     ~StatusMenuView() override;
 
-    /// Brings the rows in line with the entries.
-    void refresh();
+    /// It comes now, by a press at this place of the screen.
+    void prepare(QPoint place);
     [[nodiscard]] QSize sizeHint() const override;
     /// Of the Quick Actions, once they have the width of the menu.
     [[nodiscard]] double measuredGrid() const;
@@ -51,7 +57,11 @@ protected:
 private:
     class Row;
 
+    void refresh();
     void fire(StatusMenuItem item);
+    bool followHeldPress(const QMouseEvent &event);
+    void lead(look::Control *to);
+    [[nodiscard]] look::Control *controlAt(QPoint placeInWindow) const;
     [[nodiscard]] bool fireByKey(const QKeyEvent &event);
     void moveFocus(int key);
     void place();
@@ -62,6 +72,9 @@ private:
     QuickActionsHeight &m_height;
     look::ScrollPane *m_pane; ///< shows as much of the grid as its height and the screen let
     std::vector<Row *> m_rows;
+    QPoint m_openedAt;
+    QPointer<look::Control> m_ledTo; ///< by a press that is held since before it came
+    bool m_isPressedInside = false;
 };
 
 } // namespace tavrine

@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QTest>
+#include <QWindow>
 
 namespace tavrine {
 namespace {
@@ -46,6 +47,15 @@ protected:
     void show() {
         view().resize(view().sizeHint());
         view().show();
+    }
+    /// As the window gets it from the desktop, over the middle of a control.
+    void held(QEvent::Type type, const look::Control &over) {
+        const QPoint place = over.mapTo(view().window(), over.rect().center());
+        const bool isRelease = type == QEvent::MouseButtonRelease;
+        QMouseEvent event(type, place, over.mapToGlobal(over.rect().center()),
+                          type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
+                          isRelease ? Qt::NoButton : Qt::LeftButton, {});
+        QCoreApplication::sendEvent(view().window()->windowHandle(), &event);
     }
 };
 
@@ -222,6 +232,74 @@ TEST_F(TrayMenuTest, theArrowsGoThroughTheGridAndTheEntriesAndRoundTheEnds) {
     EXPECT_EQ(view().focusWidget(), &control("QR Scan"));
     QTest::keyClick(&control("QR Scan"), Qt::Key_Left);
     EXPECT_EQ(view().focusWidget(), &control("Screenshot"));
+}
+
+TEST_F(TrayMenuTest, aPressThatIsHeldFromTheItemChoosesWhatItIsLetGoOver) {
+    int quits = 0;
+    delegate->statusMenu().entry(StatusMenuItem::quit).action = [&] { ++quits; };
+    press();
+    show();
+    look::Control &quit = control("Quit");
+    held(QEvent::MouseMove, quit);
+    EXPECT_TRUE(quit.hasFocus() || view().focusWidget() == &quit) << "it shows what it would choose";
+    EXPECT_TRUE(panel().isOpen());
+    held(QEvent::MouseButtonRelease, quit);
+    EXPECT_FALSE(panel().isOpen());
+    EXPECT_EQ(quits, 1);
+    time.advance(1s);
+    press();
+    show();
+    held(QEvent::MouseMove, control("Clean Mode"));
+    held(QEvent::MouseButtonRelease, control("Clean Mode"));
+    EXPECT_TRUE(delegate->trayMenu().quickActions().isOn(QuickAction::cleanMode));
+}
+
+TEST_F(TrayMenuTest, aPressThatIsLetGoOnTheItemLeavesItOpen) {
+    int quits = 0;
+    delegate->statusMenu().entry(StatusMenuItem::quit).action = [&] { ++quits; };
+    press();
+    show();
+    // A small screen may have the menu under the pointer that just pressed.
+    const QPoint there = control("Quit").mapToGlobal(control("Quit").rect().center());
+    press();
+    time.advance(1s);
+    press(there);
+    show();
+    held(QEvent::MouseButtonRelease, control("Quit"));
+    EXPECT_EQ(quits, 0);
+    EXPECT_TRUE(panel().isOpen());
+}
+
+TEST_F(TrayMenuTest, aPressThatBeganInTheMenuIsNoHeldOne) {
+    int quits = 0;
+    delegate->statusMenu().entry(StatusMenuItem::quit).action = [&] { ++quits; };
+    press();
+    show();
+    held(QEvent::MouseButtonPress, control("Emoji Picker"));
+    held(QEvent::MouseMove, control("Quit"));
+    held(QEvent::MouseButtonRelease, control("Quit"));
+    EXPECT_EQ(quits, 0);
+    EXPECT_TRUE(panel().isOpen());
+}
+
+TEST_F(TrayMenuTest, aDisabledEntryIsNotChosenByAHeldPress) {
+    delegate->statusMenu().entry(StatusMenuItem::quit).isEnabled = false;
+    press();
+    show();
+    held(QEvent::MouseMove, control("Quit"));
+    held(QEvent::MouseButtonRelease, control("Quit"));
+    EXPECT_TRUE(panel().isOpen());
+}
+
+TEST_F(TrayMenuTest, theMiddleButtonOpensTheClipboardOrTheMenuWhereThereIsNone) {
+    record();
+    desktop.statusItem().pressWithTheMiddleButton({1300, 12});
+    EXPECT_THAT(takeCalls(), ElementsAre("clipboardHistory opened"));
+    EXPECT_FALSE(delegate->trayMenu().panel().isOpen());
+    set(Feature::clipboardHistory, false);
+    quietly([this] { time.advance(1s); });
+    desktop.statusItem().pressWithTheMiddleButton({1300, 12});
+    EXPECT_TRUE(delegate->trayMenu().panel().isOpen());
 }
 
 TEST_F(TrayMenuTest, escapeClosesIt) {

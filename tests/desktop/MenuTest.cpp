@@ -1,0 +1,76 @@
+// The menu of the built program in a tray of the older kind, by hand.
+
+#include "desktop/Desktop.h"
+#include "desktop/Program.h"
+#include "support/Wait.h"
+
+#include <gtest/gtest.h>
+
+using namespace tavrine::testing;
+
+namespace {
+
+constexpr auto menuTitle = "Tavrine Menu";
+
+class Menu : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(program.startOnboarded());
+        // Its bar is as wide as what it holds: the icon.
+        ASSERT_TRUE(waitUntil([this] {
+            const auto bars = desktop.windowsTitled(QStringLiteral("panel"));
+            const QRect bar = bars.empty() ? QRect() : desktop.geometry(bars.front());
+            icon = bar.center();
+            return bar.width() >= 18 && bar.width() < 100;
+        }));
+        (void)waitUntil([] { return false; }, std::chrono::milliseconds(300)); // the tray settles
+    }
+    QRect menu() const {
+        const auto windows = desktop.windowsTitled(QLatin1String(menuTitle));
+        return windows.empty() ? QRect() : desktop.geometry(windows.front());
+    }
+    bool comes() {
+        return waitUntil([this] { return desktop.isShown(menuTitle); });
+    }
+    bool goes() {
+        return waitUntil([this] { return !desktop.isShown(menuTitle); });
+    }
+    void move(QPoint place) { desktop.keyboard.movePointer(place.x(), place.y()); }
+
+    Desktop desktop;
+    Client tray{QStringLiteral("trayer"),
+                {QStringLiteral("--edge"), QStringLiteral("top"), QStringLiteral("--height"), QStringLiteral("24"),
+                 QStringLiteral("--widthtype"), QStringLiteral("request")}};
+    Program program;
+    QPoint icon;
+};
+
+TEST_F(Menu, aPressOnTheIconThatIsLetGoOverAnEntryChoosesIt) {
+    move(icon);
+    desktop.keyboard.press(1);
+    ASSERT_TRUE(comes());
+    const QRect frame = menu();
+    for (int y = icon.y(); y < frame.bottom() - 18; y += 12) // Quit is the last one
+        move({frame.center().x(), y});
+    move({frame.center().x(), frame.bottom() - 18});
+    EXPECT_TRUE(program.isRunning());
+    desktop.keyboard.release(1);
+    EXPECT_TRUE(waitUntil([this] { return !program.isRunning(); }));
+}
+
+TEST_F(Menu, aClickOnTheIconLeavesItOpenAndASecondOneClosesIt) {
+    desktop.click(icon);
+    ASSERT_TRUE(comes());
+    desktop.click(icon);
+    EXPECT_TRUE(goes());
+    (void)waitUntil([this] { return desktop.isShown(menuTitle); }, std::chrono::milliseconds(500));
+    EXPECT_FALSE(desktop.isShown(menuTitle));
+}
+
+TEST_F(Menu, theMiddleButtonOpensTheClipboard) {
+    desktop.keyboard.click(2, icon.x(), icon.y());
+    EXPECT_TRUE(waitUntil([this] { return desktop.hasKeyboard(clipboardPanel); }));
+    EXPECT_FALSE(desktop.isShown(menuTitle));
+}
+
+} // namespace
