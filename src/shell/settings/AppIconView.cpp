@@ -5,7 +5,6 @@
 #include "look/Paint.h"
 #include "look/Symbols.h"
 
-#include <QIcon>
 #include <QLinearGradient>
 #include <QMouseEvent>
 #include <QPainter>
@@ -14,7 +13,7 @@
 namespace tavrine {
 
 AppIconView::AppIconView(int side, qreal cornerRadius, QWidget *parent)
-    : QWidget(parent), m_cornerRadius(cornerRadius) {
+    : QWidget(parent), m_cornerRadius(cornerRadius), m_icon(look::applicationIcon()) {
     setFixedSize(side, side);
     look::setRole(*this, QAccessible::Graphic);
     setAccessibleName(QStringLiteral("Tavrine"));
@@ -24,9 +23,8 @@ void AppIconView::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     look::preparePainter(painter);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    const QIcon icon = look::applicationIcon();
-    if (!icon.isNull()) {
-        icon.paint(&painter, rect());
+    if (!m_icon.isNull()) {
+        m_icon.paint(&painter, rect());
         return;
     }
     QPainterPath shape;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QIcon>
 #include <QWidget>
 
 namespace tavrine {
@@ -20,6 +21,7 @@ protected:
 
 private:
     qreal m_cornerRadius;
+    QIcon m_icon;
 };
 
 } // namespace tavrine

@@ -90,6 +90,11 @@ void LofiMiniPlayer::refresh() {
     m_button->setToolTip(m_model->playActionName());
     m_button->setAccessibleDescription(m_model->title() + QStringLiteral(", ") + m_model->statusLine());
     const double goal = m_model->isGlowing() ? 1 : 0;
+    if (goal == m_glowPart) { // a card that comes into sight moves nothing
+        m_glow.stop();
+        update();
+        return;
+    }
     m_glow.start(glowTime, look::easeInOut, [this, from = m_glowPart, goal](double value) {
         m_glowPart = from + (goal - from) * value;
         update();
