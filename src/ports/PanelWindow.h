@@ -68,6 +68,8 @@ class PanelWindow {
 public:
     virtual ~PanelWindow() = default;
 
+    /// By which others know the window as long as it is there.
+    [[nodiscard]] virtual qint64 windowNumber() const = 0;
     [[nodiscard]] virtual bool isVisible() const = 0;
     [[nodiscard]] virtual QRectF frame() const = 0;
     virtual void setFrame(const QRectF &frame) = 0;

@@ -201,6 +201,17 @@ TEST_P(PanelDesktopContract, aPanelKeepsItsFrameThroughShowingAndOrderingOut) {
     EXPECT_EQ(panel->frame(), QRectF(400, 300, 300, 200));
 }
 
+TEST_P(PanelDesktopContract, everyPanelHasANumberThatStaysWithIt) {
+    const auto panel = showPanel();
+    const auto other = desktop->windows().makePanel({.title = {}, .contentSize = QSizeF(30, 20)});
+    const qint64 number = panel->windowNumber();
+    EXPECT_NE(number, 0);
+    EXPECT_NE(number, other->windowNumber());
+    panel->orderOut();
+    panel->makeKeyAndOrderFront();
+    EXPECT_EQ(panel->windowNumber(), number);
+}
+
 TEST_P(PanelDesktopContract, alphaIsReadBackAsItWasSet) {
     const auto panel = showPanel();
     panel->setAlpha(0.123);

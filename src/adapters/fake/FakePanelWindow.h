@@ -17,7 +17,7 @@ public:
     public:
         Window(FakePanelWindows &desktop, PanelDescription description)
             : m_desktop(desktop), m_description(std::move(description)),
-              m_frame(QPointF(0, 0), m_description.contentSize) {
+              m_frame(QPointF(0, 0), m_description.contentSize), m_number(desktop.m_made) {
             m_desktop.m_windows.push_back(this);
         }
         ~Window() override {
@@ -26,6 +26,7 @@ public:
             delete m_content.data();
         }
 
+        [[nodiscard]] qint64 windowNumber() const override { return m_number; }
         [[nodiscard]] bool isVisible() const override { return m_isVisible; }
         [[nodiscard]] QRectF frame() const override { return m_frame; }
         void setFrame(const QRectF &frame) override { m_frame = frame; }
@@ -75,6 +76,7 @@ public:
         FakePanelWindows &m_desktop;
         PanelDescription m_description;
         QRectF m_frame;
+        qint64 m_number;
         QPointer<QWidget> m_content;
         std::function<void()> m_onMoved;
         std::function<void()> m_onClosed;

@@ -22,6 +22,7 @@ public:
     X11PanelWindow(const PanelDescription &description, X11ApplicationActivator &activator)
         : m_description(description), m_activator(activator), m_view(description) {}
 
+    [[nodiscard]] qint64 windowNumber() const override { return static_cast<qint64>(m_view.winId()); }
     [[nodiscard]] bool isVisible() const override { return m_view.isVisible(); }
     [[nodiscard]] QRectF frame() const override { return flippedRect(m_view.frame()); }
     void setFrame(const QRectF &frame) override {
