@@ -1,0 +1,136 @@
+#pragma once
+
+#include "recording/CountdownModel.h"
+#include "recording/RecordingPreview.h"
+#include "recording/RecordingSelection.h"
+#include "recording/ScreenRecordingEngine.h"
+
+#include <QStringList>
+
+#include <vector>
+
+namespace tavrine {
+
+/// Walks a person through a recording: permission, area, set-up, countdown, the recording with its border and stop bar,
+/// and the preview. One instance, as long as the process; lives on the main thread.
+///
+///  1. Nothing keeps the flow from being started twice. An overlay that is open is replaced by the next, and a
+///     recording under way by the next one; what was recorded of it is shown once the person is free again.
+///  2. Every movie that was finished and neither saved nor deleted is shown in a preview, one after the other.
+class ScreenRecorder final : public QObject {
+    Q_OBJECT
+
+public:
+    /// All outlive it.
+    struct Ports {
+        RecordingSelection::Ports selection;
+        ScreenRecordingEngine::Ports engine;
+        RecordingPreview::Ports preview;
+    };
+    struct Actions {
+        std::function<bool()> isEnabled;        ///< the switch of the feature
+        std::function<bool()> mayCaptureScreen; ///< asks the person when it may not
+        std::function<void()> activateApplication;
+        std::function<void()> showMicrophoneAlert;
+        std::function<void(const QString &message, const QString &icon)> showToast;
+    };
+    struct Content {
+        QWidget *view = nullptr;
+        QSizeF fittingSize;
+    };
+    /// What stands in the windows, taken over by them. One that is missing leaves its window empty.
+    struct Views {
+        RecordingSelection::View selection;
+        std::function<QWidget *(const QRectF &appKitRect, const Screen &screen)> border;
+        std::function<Content(ScreenRecorder &recorder)> stopBar;
+        std::function<QWidget *(std::shared_ptr<CountdownModel>)> countdown;
+        RecordingPreview::View preview;
+    };
+
+    static constexpr Seconds restartDelay{0.15};
+    static constexpr Seconds durationStep{1.0};
+    static constexpr std::chrono::seconds silenceIsTold{3}; ///< of a microphone that should be heard
+    static constexpr QSizeF leastStopBar{200, 40};
+    static constexpr double stopBarBelowTop = 40;
+
+    ScreenRecorder(const Ports &ports, Actions actions, RecordingPreview::Saving saving, Views views);
+    ~ScreenRecorder() override;
+
+    void startScreenRecording();
+    /// Ends the recording and leads to the preview.
+    void stopRecording();
+    /// Ends the recording and throws it away.
+    void cancelRecording();
+    /// Cancels, and records the same area anew.
+    void restartRecording();
+    /// Gives everything up, in a later turn.
+    void unload();
+
+    /// Shows these recordings, which an earlier run has left, as soon as the person is free.
+    void offer(const QStringList &paths);
+    /// For an alert that would lie under it.
+    void clearSelectionWindow() { m_selection.clear(); }
+    /// The bar has another size now.
+    void fitStopBar(QSizeF fittingSize);
+
+    [[nodiscard]] bool isRecording() const { return m_isRecording; }
+    [[nodiscard]] Seconds recordingDuration() const { return m_recordingDuration; }
+    /// The recording should have sound and has heard none for some seconds.
+    [[nodiscard]] bool isMicrophoneSilent() const { return m_isMicrophoneSilent; }
+    [[nodiscard]] const std::optional<QString> &tempOutputPath() const { return m_tempOutputPath; }
+
+    // The windows; null while there are none.
+    [[nodiscard]] PanelWindow *overlayWindow() const { return m_selection.window(); }
+    [[nodiscard]] PanelWindow *borderOverlayWindow() const { return m_border.window(); }
+    [[nodiscard]] PanelWindow *floatingStopWindow() const { return m_stopBar.window(); }
+    [[nodiscard]] PanelWindow *countdownWindow() const { return m_countdown.window(); }
+    [[nodiscard]] PanelWindow *previewWindow() const { return m_preview.window(); }
+    // What is behind them.
+    [[nodiscard]] ScreenRecorderSelectionModel *selectionModel() const { return m_selection.model(); }
+    [[nodiscard]] ScreenRecordingPreviewModel *previewModel() const { return m_preview.model(); }
+
+Q_SIGNALS:
+    void recordingChanged(); ///< state, duration, or whether the microphone is heard
+
+private:
+    using Engine = std::shared_ptr<ScreenRecordingEngine>;
+
+    void selected(const RecordingArea &area, int delaySeconds);
+    void startRecording(const RecordingArea &area);
+    void startEngine(const Engine &engine, const RecordingArea &area);
+    void started(const std::optional<RecordingError> &error);
+    void tick();
+    void endRecording();
+    void stopEngine(const Engine &engine, ScreenRecordingEngine::StopCompletion then);
+    void drop(const ScreenRecordingEngine *gone);
+    void dropSoon(const Engine &engine);
+    void finishOther(const Engine &engine);
+    void showBorder(const RecordingArea &area);
+    void showStopBar(const RecordingArea &area);
+    void hideCountdown();
+    void tearDown();
+    void offerSoon();
+    [[nodiscard]] bool isFree() const;
+
+    Ports m_ports;
+    Actions m_actions;
+    Views m_views;
+    RecordingSelection m_selection;
+    OverlayWindow m_border;
+    OverlayWindow m_stopBar;
+    OverlayWindow m_countdown;
+    std::shared_ptr<CountdownModel> m_countdownModel;
+    RecordingPreview m_preview;
+    Engine m_recordingEngine;
+    std::vector<Engine> m_leavingEngines; ///< until they have answered
+    std::unique_ptr<Timer> m_durationTimer;
+    std::optional<QString> m_tempOutputPath;
+    std::optional<RecordingArea> m_lastArea;
+    QStringList m_unseen; ///< recordings that are still to be shown
+    Seconds m_recordingDuration{0};
+    bool m_isRecording = false;
+    bool m_isMicrophoneSilent = false;
+    bool m_isRestarting = false; ///< the next recording begins in a moment
+};
+
+} // namespace tavrine
