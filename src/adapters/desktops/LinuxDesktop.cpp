@@ -16,7 +16,6 @@
 #include "adapters/linux/NetlinkPathMonitor.h"
 #include "adapters/linux/NoMicrophoneSessions.h"
 #include "adapters/linux/NoMovieAsset.h"
-#include "adapters/linux/NoMovieWriters.h"
 #include "adapters/linux/PackageKitUpdates.h"
 #include "adapters/linux/PlayerProcess.h"
 #include "adapters/linux/PluginKeychain.h"
@@ -26,6 +25,7 @@
 #include "adapters/linux/QtFilePanels.h"
 #include "adapters/linux/QtTime.h"
 #include "adapters/linux/ReaderProcess.h"
+#include "adapters/linux/RecorderProcess.h"
 #include "adapters/linux/SystemCalendar.h"
 #include "adapters/linux/TurboImageCoder.h"
 #include "adapters/linux/UPowerSource.h"
@@ -167,7 +167,7 @@ MovieAsset &LinuxDesktop::movieAsset() {
 }
 
 MovieWriters &LinuxDesktop::movieWriters() {
-    return m_movieWriters.get([] { return std::make_unique<NoMovieWriters>(); });
+    return m_movieWriters.get([this] { return std::make_unique<RecorderProcesses>(folders().programs); });
 }
 
 MoviePlayers &LinuxDesktop::moviePlayers() {

@@ -1,6 +1,7 @@
 #include "adapters/linux/HelperProcess.h"
 
-#include <QFile>
+#include "adapters/linux/HelperStart.h"
+
 #include <QPointer>
 #include <QSocketNotifier>
 
@@ -9,10 +10,8 @@
 #include <csignal>
 #include <cstring>
 #include <utility>
-#include <vector>
 
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,7 +19,7 @@
 namespace tavrine {
 namespace {
 
-constexpr int fileOfHelper = 3;
+constexpr int fileOfHelper = highestHelperNumber;
 
 QString textOf(int error) {
     return QString::fromLocal8Bit(std::strerror(error));
@@ -37,43 +36,11 @@ struct Pipe {
             return false;
         const Descriptor first(ends[0]);
         const Descriptor second(ends[1]);
-        reading = Descriptor(fcntl(first.number(), F_DUPFD_CLOEXEC, fileOfHelper + 1));
-        writing = Descriptor(fcntl(second.number(), F_DUPFD_CLOEXEC, fileOfHelper + 1));
+        reading = aboveHelperNumbers(first.number());
+        writing = aboveHelperNumbers(second.number());
         return reading.isOpen() && writing.isOpen();
     }
 };
-
-/// What a fresh process has: the two pipes, silence for its complaints, and the file.
-int spawn(pid_t &pid, const HelperProcess::Start &start, int input, int output) {
-    posix_spawn_file_actions_t actions{};
-    posix_spawnattr_t attributes{};
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    if (start.file >= 0)
-        posix_spawn_file_actions_adddup2(&actions, start.file, fileOfHelper);
-    posix_spawn_file_actions_addclosefrom_np(&actions, start.file >= 0 ? fileOfHelper + 1 : fileOfHelper);
-    posix_spawnattr_init(&attributes);
-    sigset_t none;
-    sigset_t all;
-    sigemptyset(&none);
-    sigfillset(&all);
-    posix_spawnattr_setsigmask(&attributes, &none);
-    posix_spawnattr_setsigdefault(&attributes, &all);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    std::vector<QByteArray> texts{QFile::encodeName(start.program)};
-    for (const QString &argument : start.arguments)
-        texts.push_back(argument.toUtf8());
-    std::vector<char *> arguments;
-    for (QByteArray &text : texts)
-        arguments.push_back(text.data());
-    arguments.push_back(nullptr);
-    const int error = posix_spawn(&pid, texts.front().constData(), &actions, &attributes, arguments.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    posix_spawnattr_destroy(&attributes);
-    return error;
-}
 
 /// Takes the ended process off the list of the kernel, whenever it ends: one that waits for a disk is not waited for.
 void reapLater(pid_t pid) {
@@ -113,18 +80,21 @@ HelperProcess::~HelperProcess() {
 int HelperProcess::start(const Start &start) {
     Pipe input;
     Pipe output;
-    Start given = start;
     Descriptor file;
     if (!input.open() || !output.open())
         return errno;
+    HelperStart helper{
+        .program = start.program,
+        .arguments = start.arguments,
+        .descriptors = {{input.reading.number(), STDIN_FILENO}, {output.writing.number(), STDOUT_FILENO}}};
     if (start.file >= 0) {
-        file = Descriptor(fcntl(start.file, F_DUPFD_CLOEXEC, fileOfHelper + 1));
+        file = aboveHelperNumbers(start.file);
         if (!file.isOpen())
             return errno;
-        given.file = file.number();
+        helper.descriptors.emplace_back(file.number(), fileOfHelper);
     }
     pid_t pid = 0;
-    if (const int error = spawn(pid, given, input.reading.number(), output.writing.number()))
+    if (const int error = startHelper(pid, helper))
         return error;
     m_pid = pid;
     m_input = std::move(input.writing);
