@@ -18,7 +18,6 @@
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 
 namespace tavrine::test {
