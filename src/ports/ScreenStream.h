@@ -5,6 +5,7 @@
 #include <QRectF>
 #include <QSize>
 #include <QString>
+#include <QtPlugin>
 
 #include <chrono>
 #include <functional>
@@ -123,3 +124,6 @@ public:
 };
 
 } // namespace tavrine
+
+#define TAVRINE_SCREEN_STREAMS "tavrine.ScreenStreams" // by which its plugins name it
+Q_DECLARE_INTERFACE(tavrine::ScreenStreams, TAVRINE_SCREEN_STREAMS)

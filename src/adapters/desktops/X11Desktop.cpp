@@ -1,6 +1,7 @@
 #include "adapters/desktops/X11Desktop.h"
 
 #include "adapters/linux/NoScreenStreams.h"
+#include "adapters/linux/PluginLoader.h"
 #include "adapters/linux/StatusNotifierItem.h"
 #include "adapters/linux/TrayStatusItem.h"
 #include "adapters/x11/X11Access.h"
@@ -73,7 +74,11 @@ ColorSamplers &X11Desktop::colorSamplers() {
 }
 
 ScreenStreams &X11Desktop::screenStreams() {
-    return m_screenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
+    ScreenStreams *const streams =
+        m_screenStreams
+            .get([] { return std::make_unique<PluginLoader<ScreenStreams>>(QStringLiteral("screen_stream")); })
+            .port();
+    return streams ? *streams : m_noScreenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
 }
 
 void X11Desktop::watchCompositing(std::function<void(bool isComposited)> handler) {

@@ -6,7 +6,8 @@
 
 namespace tavrine {
 
-/// Stands where nothing can see the screen: the content is not told, and a stream does not start.
+/// Stands where nothing can see the screen, or the plugin that could is missing: the content is not told, and a stream
+/// does not start.
 class NoScreenStreams final : public ScreenStreams {
 public:
     void getShareableContent(ContentAnswer answer) override {

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "adapters/x11/stream/WindowLayer.h"
+#include "ports/ScreenStream.h"
+
+#include <chrono>
+
+namespace tavrine {
+
+/// What would be seen where windows lie that are kept out of a picture.
+///
+/// The server shows nothing of what a window covers, and keeps nothing of it either. So it is asked to keep the
+/// windows that lie there, whole, beside showing them, and the place is drawn again from them: the root window's own
+/// picture, then each window from the lowest up. Nothing is asked for while the windows lie outside of the area. What
+/// the server keeps for us ends with the connection.
+///
+/// Without a compositor what a window covered before it was kept has to be drawn anew by its program; until then the
+/// place is said to be unsettled, for a short while at most, and after that what is below shows.
+///
+/// Lives on the stream's thread. All areas are of the root window, in pixels.
+class KeptOutWindows {
+public:
+    KeptOutWindows(XcbLink &link, const QRect &area, const QList<WindowNumber> &windows);
+    ~KeptOutWindows();
+    KeptOutWindows(const KeptOutWindows &) = delete;
+    KeptOutWindows &operator=(const KeptOutWindows &) = delete;
+
+    /// False when the server lacks what it takes, or is late. Without windows to keep out there is nothing to do.
+    [[nodiscard]] bool open();
+    /// True when the event may have changed the picture.
+    [[nodiscard]] bool handle(const xcb_generic_event_t &event);
+
+    /// What is known of the windows may be wrong.
+    void doubt() { m_isOld = m_isTreeOld = !m_clients.isEmpty(); }
+
+    /// Brings everything up to date with the events, and begins to ask what has changed; `take` gives the answer: of
+    /// the picture, and of what is hidden.
+    void ask();
+    [[nodiscard]] QRegion take();
+
+    /// Where the windows lie within the area.
+    [[nodiscard]] const QRegion &hidden() const { return m_hidden; }
+    /// False while something hidden was not drawn yet.
+    [[nodiscard]] bool isSettled(std::chrono::steady_clock::time_point now) const;
+
+    /// Draws `part` of what is hidden. In the drawable it stands at its place less `origin`.
+    void draw(const QRegion &part);
+    [[nodiscard]] xcb_drawable_t drawable() const { return m_pixmap; }
+    [[nodiscard]] QPoint origin() const { return m_hidden.boundingRect().topLeft(); }
+
+private:
+    [[nodiscard]] bool load();
+    void update();
+    void findTopLevels();
+    void findHidden();
+    [[nodiscard]] QRegion coveredPartOf(const WindowStack::Window &window) const;
+    void follow();
+    void makePicture();
+    void makeBackground();
+    void forgetPicture();
+    [[nodiscard]] bool isKeptOut(xcb_window_t window) const;
+
+    XcbLink &m_link;
+    QRect m_area;
+    QList<WindowNumber> m_clients;
+    std::vector<xcb_window_t> m_topLevels; ///< that the clients are in
+    WindowStack m_stack;
+    PictureFormats m_formats;
+    std::vector<std::unique_ptr<WindowLayer>> m_layers; ///< from the lowest to the uppermost
+    std::map<xcb_window_t, QRegion> m_covers;           ///< what each of the top-levels covers of the area
+    QRegion m_hidden;                                   ///< all of that
+    QRegion m_changed;                                  ///< of the hidden parts, since the last look
+    xcb_pixmap_t m_pixmap = 0;
+    xcb_render_picture_t m_picture = 0;
+    xcb_pixmap_t m_backgroundPixmap = 0;
+    xcb_render_picture_t m_background = 0;
+    int m_damageNotice = -1;
+    int m_shapeNotice = -1;
+    xcb_atom_t m_compositor = 0;
+    bool m_isComposited = false;
+    bool m_isOld = false;     ///< an event has changed where windows lie
+    bool m_isTreeOld = false; ///< and the stack cannot say how
+    std::chrono::steady_clock::time_point m_settles{};
+};
+
+} // namespace tavrine

@@ -1,0 +1,381 @@
+// What an X server's screen gives a stream: windows that are kept out, the pointer, monitors, and servers in trouble.
+#include "adapters/linux/PluginLoader.h"
+#include "support/Eventually.h"
+#include "support/FramePicture.h"
+#include "support/ScreenClient.h"
+#include "support/TestKeyboard.h"
+
+#include <QDir>
+#include <QGuiApplication>
+#include <QProcess>
+#include <QScreen>
+
+#include <cmath>
+#include <csignal>
+#include <random>
+
+#include <gmock/gmock.h>
+
+namespace tavrine::test {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ScreenClient;
+
+constexpr QRect area{100, 80, 320, 240};
+
+std::string describe(const QImage &seen, const QImage &expected) {
+    int wrong = 0;
+    QPoint first(-1, -1);
+    for (int y = 0; y < seen.height(); ++y)
+        for (int x = 0; x < seen.width(); ++x)
+            if ((seen.pixel(x, y) & 0xffffffU) != (expected.pixel(x, y) & 0xffffffU) && wrong++ == 0)
+                first = {x, y};
+    return wrong == 0 ? std::string()
+                      : QStringLiteral("%1 wrong, the first at %2,%3: %4 instead of %5")
+                            .arg(wrong)
+                            .arg(first.x())
+                            .arg(first.y())
+                            .arg(seen.pixel(first), 0, 16)
+                            .arg(expected.pixel(first), 0, 16)
+                            .toStdString();
+}
+
+class ScreenStreamTest : public ::testing::Test {
+protected:
+    ScreenStreamTest() {
+        board = client.add(client.wholeScreen(), 0x303030);
+        for (const QPoint place : {area.center(), client.wholeScreen().bottomRight()})
+            static_cast<void>(shown(place, 0x303030));
+    }
+
+    std::unique_ptr<ScreenStream> start(const QList<WindowNumber> &keptOut, const QRect &where = area,
+                                        bool showsPointer = false) {
+        ScreenStreamConfiguration configuration;
+        configuration.sourceRect = where;
+        configuration.width = where.width();
+        configuration.height = where.height();
+        configuration.showsCursor = showsPointer;
+        const auto display = static_cast<quint32>(qHash(QGuiApplication::primaryScreen()->name()));
+        auto stream = plugin.port()->makeStream(
+            {display, keptOut}, configuration,
+            {[this](const ScreenSample &sample) { take(sample); }, [this](const QString &error) { ended = error; }});
+        std::optional<std::optional<QString>> answer;
+        stream->startCapture([&](std::optional<QString> error) { answer = std::move(error); });
+        EXPECT_TRUE(eventually([&] { return answer && frames() > 0; }));
+        EXPECT_EQ(answer->value_or(QString()), QString());
+        return stream;
+    }
+    /// As whoever writes a movie: only what is said to have changed is taken over.
+    void take(const ScreenSample &sample) {
+        const std::lock_guard lock(mutex);
+        const QImage whole = pictureOf(*sample.frame);
+        if (followed.isNull())
+            followed = QImage(whole.size(), QImage::Format_RGB32);
+        for (const QRect &rect : sample.frame->changed)
+            for (int y = rect.top(); y <= rect.bottom(); ++y)
+                std::copy_n(reinterpret_cast<const QRgb *>(whole.constScanLine(y)) + rect.x(), rect.width(),
+                            reinterpret_cast<QRgb *>(followed.scanLine(y)) + rect.x());
+        isTold = isTold && followed == whole;
+        ++count;
+    }
+    int frames() {
+        const std::lock_guard lock(mutex);
+        return count;
+    }
+    QImage picture() {
+        const std::lock_guard lock(mutex);
+        return followed;
+    }
+    /// Whether every difference was told so far.
+    bool isAllTold() {
+        const std::lock_guard lock(mutex);
+        return isTold;
+    }
+    /// The screen, once it shows the colour at a place: a compositor takes its time.
+    QImage shown(QPoint place, quint32 colour) {
+        EXPECT_TRUE(
+            eventually([&] { return (client.screen(QRect(place, QSize(1, 1))).pixel(0, 0) & 0xffffffU) == colour; }));
+        return client.screen(area);
+    }
+    quint32 seenAt(int x, int y) { return picture().pixel(x, y) & 0xffffffU; }
+    bool comesToBe(const QImage &expected, std::chrono::milliseconds longest = 3s) {
+        return eventually([&] { return describe(picture(), expected).empty(); }, longest);
+    }
+
+    ScreenClient client;
+    quint32 board = 0;
+    PluginLoader<ScreenStreams> plugin{QStringLiteral("screen_stream")};
+    std::optional<QString> ended;
+    std::mutex mutex;
+    QImage followed;
+    int count = 0;
+    bool isTold = true;
+};
+
+TEST_F(ScreenStreamTest, aWindowThatIsKeptOutShowsWhatIsBelowFromTheFirstFrameOn) {
+    const auto below = client.add(area.adjusted(20, 20, -20, -20), 0x4080c0);
+    const QImage without = shown(area.center(), 0x4080c0);
+    const auto bar = client.add(QRect(area.center() - QPoint(60, 20), QSize(120, 40)), 0xff0000);
+    const auto stream = start({bar});
+    EXPECT_EQ(describe(picture(), without), "");
+    client.paint(below, {100, 90, 40, 20}, 0xabcdef);
+    QImage painted = without;
+    for (int y = 0; y < 20; ++y)
+        for (int x = 0; x < 40; ++x)
+            painted.setPixel(120 + x, 110 + y, 0xffabcdef);
+    EXPECT_TRUE(comesToBe(painted)) << describe(picture(), painted);
+    client.paint(bar, {0, 0, 120, 40}, 0x00ff00);
+    letPass(60ms);
+    EXPECT_EQ(describe(picture(), painted), "");
+    EXPECT_TRUE(isAllTold());
+}
+
+TEST_F(ScreenStreamTest, whatLiesUnderAKeptOutWindowIsRightAfterAnythingThatWindowsDo) {
+    struct Known {
+        quint32 id;
+        QRect place;
+        quint32 colour;
+        bool isMapped = true;
+    };
+    std::mt19937 random(7);
+    const auto between = [&](int from, int to) { return std::uniform_int_distribution<int>(from, to)(random); };
+    const auto anywhere = [&] {
+        return QRect(area.x() + between(-60, 260), area.y() + between(-60, 200), between(20, 200), between(20, 160));
+    };
+    std::vector<Known> windows; // the lowest first
+    const QRect barPlace(area.center() - QPoint(70, 40), QSize(140, 80));
+    const auto bar = client.add(barPlace, 0xff0000);
+    const auto stream = start({bar});
+    const auto expected = [&] {
+        QImage image(area.size(), QImage::Format_RGB32);
+        image.fill(0xff303030);
+        for (const Known &window : windows)
+            if (window.isMapped)
+                for (int y = 0; y < image.height(); ++y)
+                    for (int x = 0; x < image.width(); ++x)
+                        if (window.place.contains(QPoint(x, y) + area.topLeft()))
+                            image.setPixel(x, y, 0xff000000 | window.colour);
+        return image;
+    };
+    for (int step = 0; step < 80; ++step) {
+        const int what = windows.size() < 3 ? 0 : between(0, 7);
+        const auto which = windows.empty() ? windows.end() : windows.begin() + between(0, int(windows.size()) - 1);
+        if (what == 0 && windows.size() < 8) {
+            const QRect place = anywhere();
+            const auto colour = static_cast<quint32>(between(1, 0xffffff));
+            windows.push_back({client.add(place, colour), place, colour});
+            client.raise(bar);
+        } else if (what == 1) {
+            client.destroy(which->id);
+            windows.erase(which);
+        } else if (what == 2) {
+            client.setMapped(which->id, which->isMapped = !which->isMapped);
+        } else if (what == 3 || what == 4) {
+            client.move(which->id, which->place = anywhere());
+        } else if (what == 5) {
+            client.move(which->id, which->place = QRect(anywhere().topLeft(), which->place.size()));
+        } else if (what == 6) {
+            client.raise(which->id);
+            std::rotate(which, which + 1, windows.end());
+            client.raise(bar);
+        } else {
+            client.raise(which->id); // above what is kept out
+            std::rotate(which, which + 1, windows.end());
+        }
+        const QImage wanted = expected();
+        ASSERT_TRUE(comesToBe(wanted)) << "step " << step << " " << what << ": " << describe(picture(), wanted);
+    }
+    EXPECT_TRUE(isAllTold());
+}
+
+TEST_F(ScreenStreamTest, aKeptOutWindowMayMoveComeAndGo) {
+    const QImage without = shown(area.center(), 0x303030);
+    const auto bar = client.add(QRect(area.topLeft() + QPoint(10, 10), QSize(60, 30)), 0xff0000);
+    const auto stream = start({bar});
+    for (int step = 0; step < 20; ++step)
+        client.move(bar, QRect(area.topLeft() + QPoint(10 + step * 9, 10 + step * 5), QSize(60, 30)));
+    letPass(60ms);
+    EXPECT_TRUE(comesToBe(without)) << describe(picture(), without);
+    client.setMapped(bar, false);
+    letPass(60ms);
+    client.setMapped(bar, true);
+    letPass(60ms);
+    EXPECT_TRUE(comesToBe(without)) << describe(picture(), without);
+    client.destroy(bar);
+    letPass(60ms);
+    EXPECT_TRUE(comesToBe(without)) << describe(picture(), without);
+    client.paint(board, QRect(area.topLeft(), QSize(5, 5)), 0xffffff);
+    EXPECT_TRUE(eventually([&] { return seenAt(2, 2) == 0xffffff; }));
+}
+
+TEST_F(ScreenStreamTest, aProgramThatDrawsLateIsWaitedForAndOneThatHangsIsNot) {
+    const auto bare = client.addBare(area);
+    client.paint(bare, QRect(QPoint(), area.size()), 0x00aa00);
+    const auto bar = client.add(QRect(area.center(), QSize(50, 30)), 0xff0000);
+    std::atomic<bool> isOver = false;
+    std::thread program([&] { // as it does when the server asks it to
+        while (!isOver) {
+            std::this_thread::sleep_for(20ms);
+            client.paint(bare, QRect(QPoint(), area.size()), 0x00bb00);
+        }
+    });
+    auto stream = start({bar});
+    const quint32 first = seenAt(170, 130);
+    isOver = true;
+    program.join();
+    EXPECT_TRUE(first == 0x00aa00U || first == 0x00bb00U) << first; // with a compositor nothing was ever covered
+    stream.reset();
+
+    client.raise(bare);
+    client.raise(bar);
+    stream = start({bar});
+    EXPECT_NE(seenAt(170, 130), 0xff0000U);
+}
+
+TEST_F(ScreenStreamTest, aShapedWindowBelowCoversOnlyWhatItIs) {
+    const auto below = client.add(area, 0x4080c0);
+    client.shape(below, {QRect(0, 0, 150, 240), QRect(200, 100, 60, 60)});
+    static_cast<void>(shown(area.topLeft(), 0x4080c0));
+    const QImage without = shown(area.topLeft() + QPoint(160, 0), 0x303030);
+    const auto bar = client.add(area.adjusted(60, 60, -60, -60), 0xff0000);
+    const auto stream = start({bar});
+    EXPECT_TRUE(comesToBe(without)) << describe(picture(), without);
+    client.setMapped(bar, false);
+    client.shape(below, {QRect(90, 90, 100, 20)});
+    const QImage after = shown(area.topLeft(), 0x303030);
+    client.setMapped(bar, true);
+    EXPECT_TRUE(comesToBe(after)) << describe(picture(), after);
+}
+
+TEST_F(ScreenStreamTest, aTranslucentWindowBelowLooksAsOnTheScreen) {
+    const auto glass = client.addTranslucent(area.adjusted(40, 40, -40, -40), 0x80400000);
+    const QImage without = shown(area.center(), client.isComposited() ? 0x581818 : 0x400000);
+    const auto bar = client.add(area.adjusted(80, 80, -80, -80), 0xff0000);
+    const auto stream = start({bar});
+    EXPECT_TRUE(comesToBe(without)) << describe(picture(), without);
+    static_cast<void>(glass);
+}
+
+TEST_F(ScreenStreamTest, theRootWindowsOwnPictureIsSeenAndFollowed) {
+    client.setBackground(0x225588);
+    client.setMapped(board, false);
+    const auto bar = client.add(area.adjusted(80, 80, -80, -80), 0xff0000);
+    const auto stream = start({bar});
+    EXPECT_EQ(seenAt(160, 120), 0x225588U);
+    client.setBackground(0x885522);
+    EXPECT_TRUE(eventually([&] { return seenAt(160, 120) == 0x885522U; }));
+}
+
+TEST_F(ScreenStreamTest, windowsThatAreKeptOutCostNothingOutsideTheArea) {
+    client.add(area, 0x4080c0);
+    const auto bar = client.add(QRect(area.bottomLeft() + QPoint(0, 20), QSize(100, 40)), 0xff0000);
+    const auto frame = client.add(area.adjusted(-4, -4, 4, 4), 0xff0000);
+    client.shape(frame, {QRect(0, 0, 328, 4), QRect(0, 244, 328, 4), QRect(0, 4, 4, 240), QRect(324, 4, 4, 240)});
+    static_cast<void>(shown(area.center(), 0x4080c0));
+    letPass(100ms); // a compositor has what it needs for new windows
+    const int before = client.resourcesOfOthers();
+    auto plain = start({});
+    const int alone = client.resourcesOfOthers() - before;
+    plain.reset();
+    ASSERT_TRUE(eventually([&] { return client.resourcesOfOthers() == before; }));
+    const auto stream = start({bar, frame});
+    letPass(50ms);
+    EXPECT_LE(client.resourcesOfOthers() - before, alone + 3); // its ears: for the root window, and for both shapes
+    EXPECT_EQ(seenAt(0, 0), 0x4080c0U);
+}
+
+TEST_F(ScreenStreamTest, thePointerIsDrawnWhereItPointsAndTakenAwayAgain) {
+    client.setPointer(board, QSize(16, 12), QPoint(4, 2), 0xff00ffff);
+    client.warpPointer(area.topLeft() + QPoint(50, 60));
+    const auto stream = start({}, area, true);
+    EXPECT_EQ(seenAt(46, 58), 0x00ffffU);
+    EXPECT_EQ(seenAt(61, 69), 0x00ffffU);
+    EXPECT_EQ(seenAt(45, 58), 0x303030U);
+    EXPECT_EQ(seenAt(62, 69), 0x303030U);
+    for (int i = 0; i < 20; ++i) { // over a screen on which nothing else changes
+        const QPoint place(30 + i * 12, 40 + i * 7);
+        client.warpPointer(area.topLeft() + place);
+        ASSERT_TRUE(eventually([&] { return seenAt(place.x(), place.y()) == 0x00ffffU; }, 1s)) << i;
+        letPass(i % 3 == 0 ? 40ms : 0ms);
+    }
+    EXPECT_EQ(seenAt(50, 60), 0x303030U);
+    client.setPointer(board, QSize(10, 10), QPoint(5, 5), 0x80800000); // half of a red
+    EXPECT_TRUE(eventually([&] { return seenAt(30 + 19 * 12, 40 + 19 * 7) == 0x981818U; }));
+    client.warpPointer({5, 5});
+    EXPECT_TRUE(eventually([&] { return seenAt(30 + 19 * 12, 40 + 19 * 7) == 0x303030U; }));
+    EXPECT_TRUE(isAllTold());
+}
+
+TEST_F(ScreenStreamTest, theMouseIsSeenToMoveToo) {
+    client.setPointer(board, QSize(8, 8), QPoint(0, 0), 0xff00ffff);
+    testing::TestKeyboard person;
+    person.movePointer(area.x() + 10, area.y() + 10);
+    const auto stream = start({}, area, true);
+    for (int i = 0; i < 200; ++i)
+        person.movePointer(area.x() + 10 + i, area.y() + 10 + i / 2);
+    EXPECT_TRUE(eventually([&] { return seenAt(209, 109) == 0x00ffffU; }, 1s));
+    EXPECT_EQ(seenAt(12, 12), 0x303030U);
+    EXPECT_TRUE(isAllTold());
+}
+
+TEST_F(ScreenStreamTest, outsideOfTheScreenThePictureIsBlack) {
+    const QRect whole = client.wholeScreen();
+    const QRect over(whole.right() - 99, whole.bottom() - 49, 200, 100);
+    const auto stream = start({}, over);
+    EXPECT_EQ(seenAt(0, 0), 0x303030U);
+    EXPECT_EQ(seenAt(99, 49), 0x303030U);
+    EXPECT_EQ(seenAt(100, 49), 0U);
+    EXPECT_EQ(seenAt(99, 50), 0U);
+    client.paint(board, whole, 0x515151);
+    EXPECT_TRUE(eventually([&] { return seenAt(99, 49) == 0x515151U; }));
+    EXPECT_EQ(seenAt(199, 99), 0U);
+}
+
+TEST_F(ScreenStreamTest, aStormOfChangesGivesSixtyFramesASecondAndNoMore) {
+    const auto stream = start({}, client.wholeScreen());
+    std::atomic<bool> isOver = false;
+    std::thread storm([&] {
+        ScreenClient other;
+        for (quint32 i = 0; !isOver; ++i) {
+            for (int j = 0; j < 40; ++j)
+                other.paintOften(board, QRect((j * 37 + int(i) * 11) % 1200, (j * 53) % 700, 30, 20),
+                                 i * 7919 & 0xffffff);
+            std::this_thread::sleep_for(4ms);
+        }
+    });
+    letPass(200ms);
+    const int before = frames();
+    letPass(1s);
+    const int inOneSecond = frames() - before;
+    isOver = true;
+    storm.join();
+    EXPECT_LE(inOneSecond, 62);
+    EXPECT_GE(inOneSecond, 2); // however busy the machine is
+    EXPECT_TRUE(eventually([&] { return describe(picture(), client.screen(client.wholeScreen())).empty(); }));
+    EXPECT_TRUE(isAllTold());
+}
+
+TEST_F(ScreenStreamTest, nothingIsLeftAfterManyStarts) {
+    const auto below = client.add(area, 0x4080c0);
+    const auto bar = client.add(QRect(area.center(), QSize(50, 30)), 0xff0000);
+    static_cast<void>(below);
+    const auto descriptors = [] { return QDir(QStringLiteral("/proc/self/fd")).entryList().size(); };
+    const auto threads = [] { return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).size(); };
+    static_cast<void>(start({bar}));
+    letPass(100ms);
+    const int resources = client.resourcesOfOthers();
+    const auto before = std::pair(descriptors(), threads());
+    for (int i = 0; i < 20; ++i) {
+        const auto stream = start({bar});
+        std::optional<QString> unused;
+        bool isStopped = false;
+        stream->stopCapture([&](std::optional<QString>) { isStopped = true; });
+        ASSERT_TRUE(eventually([&] { return isStopped; }));
+    }
+    EXPECT_TRUE(eventually([&] { return std::pair(descriptors(), threads()) == before; })) << descriptors();
+    EXPECT_TRUE(eventually([&] { return client.resourcesOfOthers() == resources; })) << client.resourcesOfOthers();
+}
+
+} // namespace
+} // namespace tavrine::test
