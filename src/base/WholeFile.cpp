@@ -118,11 +118,11 @@ int rename(const std::string &from, const std::string &to) {
 class WholeFileWriter::Unfinished {
 public:
     Unfinished(const std::string &path, mode_t mode) : m_path(path) {
-        m_file = Descriptor(::open(folderOf(path).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
+        m_file = Descriptor(::open(folderOf(path).c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
         if (m_file.isOpen() || (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL))
             return;
         m_beside = takeNameBeside(path, [&](const std::string &name) {
-            m_file = Descriptor(::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+            m_file = Descriptor(::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
             return m_file.isOpen();
         });
     }

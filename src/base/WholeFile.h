@@ -41,7 +41,7 @@ public:
     int write(std::string_view piece);
     int commit();
 
-    /// For another that writes into the file: it stays the writer's. -1 after a failure.
+    /// For another that writes into the file, and reads what it wrote: it stays the writer's. -1 after a failure.
     [[nodiscard]] int descriptor() const;
     /// Has the commit fail with `error`, one of errno's numbers, for what that other met.
     void fail(int error);

@@ -1,5 +1,6 @@
 #include "clipboard/ClipboardListView.h"
 
+#include "clipboard/ClipboardManager.h"
 #include "look/EmptyState.h"
 #include "look/Paint.h"
 #include "look/VirtualList.h"
@@ -16,7 +17,12 @@ constexpr qsizetype longestSpoken = 200; // a screen reader that reads out a who
 ClipboardListView::ClipboardListView(ClipboardManager &manager, look::SearchField *search,
                                      look::PanelKeys::Handler keys, size_t actionCount, qreal cornerRadius,
                                      QWidget *parent)
-    : ListPanel(search, std::move(keys), cornerRadius, parent), m_thumbnails(manager), m_actionCount(actionCount) {}
+    : ListPanel(search, std::move(keys), cornerRadius, parent), m_thumbnails(manager), m_actionCount(actionCount) {
+    connect(&manager, &ClipboardManager::thumbnailMade, this, [this](const QString &fileName) {
+        m_thumbnails.retry(fileName);
+        list().update();
+    });
+}
 
 void ClipboardListView::follow(ClipboardListModel &model) {
     m_model = &model;

@@ -39,8 +39,9 @@ std::function<void()> onMainQueue(Time &time, QObject *owner, std::function<void
 } // namespace
 
 ClipboardManager::ClipboardManager(Ports ports, QObject *parent)
-    : QObject(parent), m_ports(std::move(ports)),
-      m_media(m_ports.folders, m_ports.defaults, m_ports.imageCoder, m_ports.movieAsset),
+    : QObject(parent), m_ports(std::move(ports)), m_media(m_ports.folders, m_ports.defaults, m_ports.imageCoder),
+      m_recordingThumbnails(m_media, m_ports.movieAsset,
+                            [this](const QString &fileName) { Q_EMIT thumbnailMade(fileName); }),
       m_isPaused(!preference::featureClipboardHistory.get(m_ports.defaults)) {
     // The order counts: old items are in the database before a clear can apply to them.
     loadSettings();
@@ -134,7 +135,9 @@ void ClipboardManager::addItem(const QString &content, const std::optional<QStri
         removeImageFile(duplicate->imageFileName);
         m_ports.database.remove(duplicate->id);
     }
-    if (imageFileName) {
+    if (imageFileName && isRecordingFileName(*imageFileName)) {
+        wantRecordingThumbnail(*imageFileName);
+    } else if (imageFileName) {
         if (!thumbnail)
             thumbnail = makeThumbnail(*imageFileName);
         if (thumbnail)

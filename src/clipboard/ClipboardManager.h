@@ -4,6 +4,7 @@
 #include "clipboard/ClipboardItem.h"
 #include "clipboard/ExcludedApp.h"
 #include "clipboard/MediaStore.h"
+#include "clipboard/RecordingThumbnails.h"
 #include "clipboard/RetentionPeriod.h"
 #include "ports/Folders.h"
 #include "ports/Pasteboard.h"
@@ -106,7 +107,8 @@ public:
     void reloadHistory();
 
     // Items.
-    /// Makes the file's thumbnail unless it comes along. The date is now unless another one is given.
+    /// Makes the file's thumbnail unless it comes along; that of a recording, later. The date is now unless another one
+    /// is given.
     void addItem(const QString &content, const std::optional<QString> &imageFileName = std::nullopt,
                  std::optional<QImage> thumbnail = std::nullopt, std::optional<Date> date = std::nullopt);
     void addToMySaved(const QString &text);
@@ -125,6 +127,8 @@ public:
     [[nodiscard]] MediaStore &media() { return m_media; }
     [[nodiscard]] std::optional<QImage> makeThumbnail(const QString &name) { return m_media.makeThumbnail(name); }
     void cacheThumbnail(const QImage &image, const QString &name) { m_media.cacheThumbnail(image, name); }
+    /// Has the thumbnail of a recording made and cached, without waiting for it; `thumbnailMade` follows.
+    void wantRecordingThumbnail(const QString &name) { m_recordingThumbnails.want(name); }
     [[nodiscard]] ThumbnailCache &thumbnailCache() { return m_media.thumbnailCache(); }
     [[nodiscard]] std::optional<QImage> loadImage(const QString &name) { return m_media.loadImage(name); }
     [[nodiscard]] std::optional<QString> saveImage(QImage image) { return m_media.saveImage(std::move(image)); }
@@ -145,6 +149,8 @@ public:
 
 Q_SIGNALS:
     void historyChanged();
+    /// The thumbnail of a recording is in the cache.
+    void thumbnailMade(const QString &fileName);
     void hotkeyCharacterChanged();
     void retentionPeriodChanged();
     void launchAtLoginChanged();
@@ -192,6 +198,7 @@ private:
 
     Ports m_ports;
     MediaStore m_media;
+    RecordingThumbnails m_recordingThumbnails;
     std::vector<ClipboardItem> m_history;
     QString m_hotkeyCharacter;
     RetentionPeriod m_retentionPeriod{};

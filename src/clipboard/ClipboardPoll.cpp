@@ -50,6 +50,7 @@ void ClipboardManager::startMonitoring() {
 void ClipboardManager::pauseMonitoring() {
     m_isPaused = true;
     m_timer.reset();
+    m_recordingThumbnails.forgetAll();
     thumbnailCache().removeAllObjects();
     setHistory(protectedItems());
 }

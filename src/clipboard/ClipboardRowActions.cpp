@@ -31,6 +31,10 @@ std::optional<QImage> thumbnail(ClipboardManager &manager, const ClipboardItem &
         return std::nullopt;
     if (auto cached = manager.thumbnailCache().object(*item.imageFileName))
         return cached;
+    if (isRecordingFileName(*item.imageFileName)) {
+        manager.wantRecordingThumbnail(*item.imageFileName);
+        return std::nullopt;
+    }
     auto made = manager.makeThumbnail(*item.imageFileName);
     if (made)
         manager.cacheThumbnail(*made, *item.imageFileName);

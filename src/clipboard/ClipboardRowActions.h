@@ -20,7 +20,7 @@ void toggleSaved(ClipboardManager &manager, ClipboardItem item);
 void remove(ClipboardManager &manager, const ClipboardItem &item);
 
 /// The picture for a row that is being shown: from the cache, else made now and cached. None for an item without a
-/// file, and when the file is gone or unreadable.
+/// file, when the file is gone or unreadable, and for a recording that has none yet: it is asked for.
 [[nodiscard]] std::optional<QImage> thumbnail(ClipboardManager &manager, const ClipboardItem &item);
 
 } // namespace clipboardRow

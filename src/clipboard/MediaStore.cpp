@@ -7,7 +7,6 @@
 #include "clipboard/ClipboardPreferences.h"
 #include "clipboard/JpegLadder.h"
 #include "ports/ImageCoder.h"
-#include "ports/MovieAsset.h"
 
 #include <QDirIterator>
 #include <QFile>
@@ -75,8 +74,8 @@ QImage onWhite(QImage image) {
 
 } // namespace
 
-MediaStore::MediaStore(Folders folders, UserDefaults &defaults, ImageCoder &coder, MovieAsset &movieAsset)
-    : m_folders(std::move(folders)), m_defaults(defaults), m_coder(coder), m_movieAsset(movieAsset) {}
+MediaStore::MediaStore(Folders folders, UserDefaults &defaults, ImageCoder &coder)
+    : m_folders(std::move(folders)), m_defaults(defaults), m_coder(coder) {}
 
 std::optional<QString> MediaStore::imagesDirectory() const {
     if (m_folders.applicationSupport.isEmpty())
@@ -182,11 +181,8 @@ std::optional<QImage> MediaStore::loadImage(const QString &fileName) const {
 }
 
 std::optional<QImage> MediaStore::makeThumbnail(const QString &fileName) const {
-    const std::optional<QString> path = filePath(fileName);
-    if (!path)
-        return std::nullopt;
-    return isRecordingFileName(fileName) ? m_movieAsset.firstFrame(*path)
-                                         : m_coder.thumbnail(*path, thumbnailMaxPixelSize);
+    const std::optional<QString> path = isRecordingFileName(fileName) ? std::nullopt : filePath(fileName);
+    return path ? m_coder.thumbnail(*path, thumbnailMaxPixelSize) : std::nullopt;
 }
 
 void MediaStore::cacheThumbnail(const QImage &thumbnail, const QString &fileName) {

@@ -14,7 +14,6 @@
 namespace tavrine {
 
 class ImageCoder;
-class MovieAsset;
 class UserDefaults;
 
 /// The files of the history: the images in a folder of the program's own, the recordings in one of the person's.
@@ -27,7 +26,7 @@ public:
     static constexpr auto quickShotsName = "Tavrine QuickShots"; ///< the folder of recordings
     static constexpr int thumbnailMaxPixelSize = 480;            ///< longest edge of a thumbnail
 
-    MediaStore(Folders folders, UserDefaults &defaults, ImageCoder &coder, MovieAsset &movieAsset);
+    MediaStore(Folders folders, UserDefaults &defaults, ImageCoder &coder);
 
     /// The folder of the images; it is made when it does not stand. None when the person has no folder for data.
     [[nodiscard]] std::optional<QString> imagesDirectory() const;
@@ -50,7 +49,7 @@ public:
     bool removeLeftovers(const QSet<QString> &named, int most);
     [[nodiscard]] std::optional<QImage> loadImage(const QString &fileName) const;
 
-    /// Decodes the file now, on this thread. A recording gives its first frame at full size.
+    /// Decodes the file now, on this thread. None for a recording: see `RecordingThumbnails`.
     [[nodiscard]] std::optional<QImage> makeThumbnail(const QString &fileName) const;
     void cacheThumbnail(const QImage &thumbnail, const QString &fileName);
     [[nodiscard]] ThumbnailCache &thumbnailCache() { return m_thumbnailCache; }
@@ -67,7 +66,6 @@ private:
     Folders m_folders;
     UserDefaults &m_defaults;
     ImageCoder &m_coder;
-    MovieAsset &m_movieAsset;
     ThumbnailCache m_thumbnailCache;
     std::mutex m_saving;       ///< one picture at a time: the second may be the same one
     std::mutex m_mutex;        ///< guards the three below: a large copy is stored on a thread of its own

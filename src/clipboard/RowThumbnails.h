@@ -20,6 +20,8 @@ public:
     /// unreadable, which is found out once until `retry`.
     [[nodiscard]] QPixmap thumbnail(const ClipboardItem &item, qreal side, qreal scale);
     void retry() { m_missing.clear(); }
+    /// There is one now.
+    void retry(const QString &fileName) { m_missing.remove(fileName); }
 
 private:
     static constexpr qsizetype countLimit = 60; ///< as many as the large ones that are kept

@@ -18,23 +18,27 @@ struct MovieFacts {
     bool operator==(const MovieFacts &) const = default;
 };
 
-/// Looks into movie files, which others may have made: what reads them runs elsewhere. Lives on the main thread.
+/// Looks into movie files, which others may have made: what reads them runs elsewhere, and nobody waits for it. Each
+/// answer comes once, in a later turn, within seconds whatever the file is; a copy takes as long as its disks do. Lives
+/// on the main thread.
 class MovieAsset {
 public:
+    using FrameAnswer = std::function<void(std::optional<QImage> frame)>;
     using FactsAnswer = std::function<void(std::optional<MovieFacts> facts)>;
     using CopyAnswer = std::function<void(bool completed)>;
 
     virtual ~MovieAsset() = default;
 
-    /// The first frame of the movie at `path` that is not black, or the frame at time 0 where all of its beginning is;
-    /// upright, at full size. None when there is none, or when no decoder is installed.
-    [[nodiscard]] virtual std::optional<QImage> firstFrame(const QString &path) = 0;
+    /// The frame at time 0 of the movie at `path`, upright, made smaller where one of its edges has more than
+    /// `longestEdge` pixels. None when there is none.
+    virtual void firstFrame(const QString &path, int longestEdge, FrameAnswer answer) = 0;
 
-    /// `answer` comes once, later: none when there is no movie at `path`.
+    /// None when there is no movie at `path`.
     virtual void facts(const QString &path, FactsAnswer answer) = 0;
 
     /// Copies the first video track of the movie at `source` to a new movie at `target`, without coding it anew.
-    /// `answer` comes once, later; after false there is no file at `target`.
+    /// The copy has its name only when it is whole, with its index in front; after false there is nothing new at
+    /// `target`.
     virtual void copyVideoTrack(const QString &source, const QString &target, CopyAnswer answer) = 0;
 };
 

@@ -419,5 +419,18 @@ TEST_F(ClipboardSearchViewTest, aHugeTextPaintsAsFastAsAShortOne) {
     EXPECT_LT(clock.elapsed(), 10 * 100) << "a tenth of a second for a panel, on a slow machine under a debugger";
 }
 
+TEST_F(ClipboardSearchViewTest, theRowOfARecordingShowsItsPictureWhenThatIsMade) {
+    write(quickShotsFolder + str("/A.mp4"));
+    save(str("[Screen Recording] A"), 1s, str("A.mp4"));
+    QImage frame(64, 36, QImage::Format_RGB32);
+    frame.fill(Qt::magenta);
+    movies.setFrame(frame);
+    startPanel();
+    EXPECT_EQ(shown().last(), str("Screenshot"));
+    EXPECT_EQ(pixelsLike(Qt::magenta), 0);
+    movies.answerAll();
+    EXPECT_GT(pixelsLike(Qt::magenta), 500) << "in the turn in which it was made";
+}
+
 } // namespace
 } // namespace tavrine

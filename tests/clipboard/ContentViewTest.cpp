@@ -182,5 +182,18 @@ TEST_F(ContentViewTest, aPictureRowHasRoomForItsThumbnail) {
     EXPECT_GE(list().rowRect(3).height(), 56);
 }
 
+TEST_F(ContentViewTest, theRowOfARecordingShowsItsPictureUnderItsBadgeWhenThatIsMade) {
+    write(quickShotsFolder + str("/A.mp4"));
+    save(str("[Screen Recording] A"), 1s, str("A.mp4"));
+    QImage frame(64, 36, QImage::Format_RGB32);
+    frame.fill(Qt::magenta);
+    movies.setFrame(frame);
+    startPanel();
+    EXPECT_EQ(shown().last(), str("Screen Recording"));
+    EXPECT_EQ(pixelsLike(Qt::magenta), 0);
+    movies.answerAll();
+    EXPECT_GT(pixelsLike(Qt::magenta), 500) << "in the turn in which it was made";
+}
+
 } // namespace
 } // namespace tavrine

@@ -15,7 +15,7 @@ using testing::internal::GetCapturedStdout;
 
 class Media : public ManagerTest {
 protected:
-    MediaStore store{folders, defaults, coder, movies};
+    MediaStore store{folders, defaults, coder};
 
     QByteArray stored(const QString &fileName) {
         QFile file(imagesFolder + u'/' + fileName);
@@ -165,7 +165,7 @@ TEST_F(Media, aFolderThatCannotBeMadeMeansNoImage) {
 
 TEST_F(Media, withoutAFolderForDataThereIsNoImage) {
     folders.applicationSupport.clear();
-    MediaStore homeless(folders, defaults, coder, movies);
+    MediaStore homeless(folders, defaults, coder);
     EXPECT_EQ(homeless.imagesDirectory(), std::nullopt);
     EXPECT_EQ(homeless.saveImage(picture(3, 2)), std::nullopt);
     EXPECT_EQ(homeless.loadImage(str("A.jpg")), std::nullopt);
@@ -260,7 +260,7 @@ TEST_F(Media, theDesktopsFolderIsTheResultThoughItCannotBeMade) {
 TEST_F(Media, withoutAnyFolderForDocumentsThereIsNone) {
     write(home.path() + str("/Documents"), "a file in the way");
     folders.documents.clear();
-    MediaStore homeless(folders, defaults, coder, movies);
+    MediaStore homeless(folders, defaults, coder);
     CaptureStdout();
     EXPECT_EQ(homeless.quickShotsDirectory(), std::nullopt);
     EXPECT_EQ(homeless.filePath(str("A.mp4")), std::nullopt);
@@ -275,19 +275,11 @@ TEST_F(Media, aThumbnailHasFourHundredAndEightyPixelsAtMost) {
     EXPECT_EQ(store.makeThumbnail(store.saveImage(picture(480, 480)).value())->size(), QSize(480, 480));
 }
 
-TEST_F(Media, aRecordingsThumbnailIsItsFirstFrameAtFullSize) {
-    write(quickShotsFolder + str("/A.mp4"));
-    movies.setFrame(picture(1920, 1080));
-    EXPECT_EQ(store.makeThumbnail(str("A.mp4"))->size(), QSize(1920, 1080));
-    EXPECT_EQ(movies.asked(), QStringList{quickShotsFolder + str("/A.mp4")});
-}
-
 TEST_F(Media, whatIsMissingBrokenOrNotDecodableHasNoThumbnail) {
     write(imagesFolder + str("/broken.jpg"), "no picture");
     EXPECT_EQ(store.makeThumbnail(str("missing.jpg")), std::nullopt);
     EXPECT_EQ(store.makeThumbnail(str("broken.jpg")), std::nullopt);
     EXPECT_EQ(store.loadImage(str("broken.jpg")), std::nullopt);
-    EXPECT_EQ(store.makeThumbnail(str("missing.mp4")), std::nullopt);
 }
 
 TEST_F(Media, aThumbnailCostsFourBytesAPixel) {

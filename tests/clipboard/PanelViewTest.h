@@ -87,6 +87,15 @@ protected:
         return std::nullopt;
     }
     QImage grabbed() { return window.grab().toImage(); }
+    /// Of what shows.
+    int pixelsLike(const QColor &color) {
+        const QImage image = grabbed().convertToFormat(QImage::Format_RGB32);
+        int count = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                count += image.pixel(x, y) == color.rgb() ? 1 : 0;
+        return count;
+    }
 
     QWidget window;
     QStringList pasted;

@@ -76,7 +76,8 @@ TEST_F(SavedRecording, isMovedRecordedCopiedShownAndTold) {
     EXPECT_FALSE(QFile::exists(source));
     ASSERT_EQ(historyContents(), QStringList{str("[Screen Recording] Demo")});
     EXPECT_EQ(manager->history().front().imageFileName, str("Demo.mp4"));
-    EXPECT_TRUE(manager->thumbnailCache().object(str("Demo.mp4")));
+    movies.answer();
+    EXPECT_TRUE(manager->thumbnailCache().object(str("Demo.mp4"))) << "made before a row asks";
     EXPECT_EQ(pasteboard.writtenFileUrls(), QList{QUrl::fromLocalFile(target)});
     EXPECT_EQ(workspace.shownFiles(), QList<QList<QUrl>>({{QUrl::fromLocalFile(target)}}));
 }

@@ -1,6 +1,4 @@
 #include "adapters/fake/FakeImageCoder.h"
-#include "adapters/fake/FakeMovieAsset.h"
-#include "adapters/linux/NoMovieAsset.h"
 #include "adapters/linux/TurboImageCoder.h"
 
 #include <QColor>
@@ -259,24 +257,6 @@ TEST_F(TurboCoder, aPictureOfMoreThanTheCapIsNotDecoded) {
     EXPECT_EQ(coder.load(writePng(beyond)), std::nullopt);
     EXPECT_EQ(coder.thumbnail(writePng(beyond), 480), std::nullopt);
     EXPECT_EQ(coder.bitmapRepresentation(beyond), nullptr);
-}
-
-// Movies.
-
-template <class Asset>
-class MovieAssetContract : public Files {
-protected:
-    Asset asset;
-};
-
-using Assets = testing::Types<FakeMovieAsset, NoMovieAsset>;
-TYPED_TEST_SUITE(MovieAssetContract, Assets);
-
-TYPED_TEST(MovieAssetContract, whatIsNoMovieHasNoFirstFrame) {
-    EXPECT_EQ(this->asset.firstFrame(this->folder.filePath(QStringLiteral("missing.mp4"))), std::nullopt);
-    EXPECT_EQ(this->asset.firstFrame(this->folder.path()), std::nullopt);
-    EXPECT_EQ(this->asset.firstFrame(this->write("no movie")), std::nullopt);
-    EXPECT_EQ(this->asset.firstFrame(QString()), std::nullopt);
 }
 
 } // namespace

@@ -8,23 +8,29 @@
 
 namespace tavrine::test {
 
-/// Makes a movie at `path`, with the program that everybody makes movies with: `picture` and `sound` are sources as its
-/// filters name them, the latter may be empty; `options` go before the file's name.
+/// Runs the program that everybody makes movies with.
+inline void ffmpeg(const QStringList &arguments) {
+    QProcess program;
+    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    program.start(QStringLiteral("ffmpeg"), QStringList{QStringLiteral("-nostdin"), QStringLiteral("-loglevel"),
+                                                        QStringLiteral("error"), QStringLiteral("-y")} +
+                                                arguments);
+    ASSERT_TRUE(program.waitForFinished() && program.exitCode() == 0) << arguments.join(u' ').toStdString();
+}
+
+/// Makes a movie at `path`: `picture` and `sound` are sources as the program's filters name them, the latter may be
+/// empty; `options` go before the file's name.
 inline void makeMovie(const QString &path, const QString &picture, const QString &sound = {},
                       const QStringList &options = {}) {
-    QStringList arguments{QStringLiteral("-nostdin"), QStringLiteral("-loglevel"), QStringLiteral("error"),
-                          QStringLiteral("-y")};
+    QStringList arguments;
     for (const QString &source : {picture, sound})
         if (!source.isEmpty())
             arguments += {QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"), source};
     if (!options.contains(QStringLiteral("-c:v")))
         arguments +=
             {QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"), QStringLiteral("ultrafast")};
-    arguments += {QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p")};
-    QProcess program;
-    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    program.start(QStringLiteral("ffmpeg"), arguments + options + QStringList(path));
-    ASSERT_TRUE(program.waitForFinished() && program.exitCode() == 0) << path.toStdString();
+    ffmpeg(arguments + QStringList{QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p")} + options +
+           QStringList(path));
 }
 
 /// A colour, for as long, at 30 frames a second.

@@ -11,11 +11,11 @@
 #include "adapters/linux/InhibitingServices.h"
 #include "adapters/linux/LateAccessibility.h"
 #include "adapters/linux/LinuxPowerAssertions.h"
+#include "adapters/linux/MovieAssetProcess.h"
 #include "adapters/linux/MoviePlayerProcess.h"
 #include "adapters/linux/NetlinkCounters.h"
 #include "adapters/linux/NetlinkPathMonitor.h"
 #include "adapters/linux/NoMicrophoneSessions.h"
-#include "adapters/linux/NoMovieAsset.h"
 #include "adapters/linux/PackageKitUpdates.h"
 #include "adapters/linux/PlayerProcess.h"
 #include "adapters/linux/PluginKeychain.h"
@@ -163,7 +163,7 @@ ImageCoder &LinuxDesktop::imageCoder() {
 }
 
 MovieAsset &LinuxDesktop::movieAsset() {
-    return m_movieAsset.get([] { return std::make_unique<NoMovieAsset>(); });
+    return m_movieAsset.get([this] { return std::make_unique<ProcessMovieAsset>(folders().programs); });
 }
 
 MovieWriters &LinuxDesktop::movieWriters() {

@@ -7,12 +7,12 @@
 #include <QList>
 #include <QStringList>
 
+#include <algorithm>
 #include <utility>
 
 namespace tavrine {
 
-/// Movies that all begin with the same frame, as long as their file is there. Facts and copies are answered when the
-/// test says so.
+/// Movies that all begin with the same frame, as long as their file is there. Answers come when the test says so.
 class FakeMovieAsset final : public MovieAsset {
 public:
     struct Copy {
@@ -21,9 +21,12 @@ public:
         bool operator==(const Copy &) const = default;
     };
 
-    [[nodiscard]] std::optional<QImage> firstFrame(const QString &path) override {
+    void firstFrame(const QString &path, int longestEdge, FrameAnswer answer) override {
         m_asked.append(path);
-        return m_frame && QFileInfo(path).isFile() ? m_frame : std::nullopt;
+        std::optional<QImage> frame = m_frame && QFileInfo(path).isFile() ? m_frame : std::nullopt;
+        if (frame && std::max(frame->width(), frame->height()) > longestEdge)
+            frame = frame->scaled(longestEdge, longestEdge, Qt::KeepAspectRatio);
+        m_answers.append([frame, answer = std::move(answer)] { answer(frame); });
     }
 
     void facts(const QString &path, FactsAnswer answer) override {
@@ -43,11 +46,15 @@ public:
     void setFacts(std::optional<MovieFacts> facts) { m_facts = facts; }
     void setCopiesSucceed(bool succeed) { m_copiesSucceed = succeed; }
 
-    /// Gives the answers that are due.
+    /// Gives the answers that are due, in the order of the questions.
     void answer() {
-        for (const std::function<void()> &due : std::exchange(m_answers, {})) {
+        for (const std::function<void()> &due : std::exchange(m_answers, {}))
             due();
-        }
+    }
+    /// And those to the questions that follow from them.
+    void answerAll() {
+        while (!m_answers.isEmpty())
+            answer();
     }
 
     /// The paths that a frame was asked of.

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <tuple>
 #include <utility>
 
 #include <fcntl.h>
@@ -19,7 +20,8 @@
 namespace tavrine {
 namespace {
 
-constexpr int fileOfHelper = highestHelperNumber;
+constexpr int fileOfHelper = 3;
+constexpr int resultOfHelper = highestHelperNumber;
 
 QString textOf(int error) {
     return QString::fromLocal8Bit(std::strerror(error));
@@ -81,17 +83,21 @@ int HelperProcess::start(const Start &start) {
     Pipe input;
     Pipe output;
     Descriptor file;
+    Descriptor result;
     if (!input.open() || !output.open())
         return errno;
     HelperStart helper{
         .program = start.program,
         .arguments = start.arguments,
         .descriptors = {{input.reading.number(), STDIN_FILENO}, {output.writing.number(), STDOUT_FILENO}}};
-    if (start.file >= 0) {
-        file = aboveHelperNumbers(start.file);
-        if (!file.isOpen())
+    for (const auto &[wanted, copy, number] :
+         {std::tuple(start.file, &file, fileOfHelper), std::tuple(start.result, &result, resultOfHelper)}) {
+        if (wanted < 0)
+            continue;
+        *copy = aboveHelperNumbers(wanted);
+        if (!copy->isOpen())
             return errno;
-        helper.descriptors.emplace_back(file.number(), fileOfHelper);
+        helper.descriptors.emplace_back(copy->number(), number);
     }
     pid_t pid = 0;
     if (const int error = startHelper(pid, helper))

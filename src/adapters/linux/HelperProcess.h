@@ -27,6 +27,7 @@ public:
         QString program; ///< its file
         QStringList arguments;
         int file = -1;                              ///< becomes its descriptor 3; -1 for none
+        int result = -1;                            ///< becomes its descriptor 4 beside a `file`; -1 for none
         std::chrono::milliseconds longestSilence{}; ///< until `setLongestSilence` says otherwise
     };
     struct Handlers {

@@ -26,7 +26,7 @@ struct HelperStart {
 };
 
 /// The highest number that a helper is started with.
-inline constexpr int highestHelperNumber = 3;
+inline constexpr int highestHelperNumber = 4;
 
 /// 0 and `pid`, or errno's number. Any thread.
 [[nodiscard]] int startHelper(pid_t &pid, const HelperStart &start);

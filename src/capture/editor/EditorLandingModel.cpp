@@ -51,6 +51,11 @@ void EditorLandingModel::historyChanged() {
     Q_EMIT recentImagesChanged();
 }
 
+void EditorLandingModel::thumbnailArrived(const QString &fileName) {
+    m_missingThumbnails.remove(fileName);
+    Q_EMIT thumbnailMade(fileName);
+}
+
 std::optional<QImage> EditorLandingModel::thumbnail(const QString &fileName) {
     if (m_missingThumbnails.contains(fileName))
         return std::nullopt;

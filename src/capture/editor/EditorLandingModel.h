@@ -45,7 +45,8 @@ public:
     struct History {
         std::function<std::vector<RecentImage>()> images; ///< those with a file, in the history's order
         std::function<std::optional<QImage>(const QString &fileName)> cachedThumbnail;
-        std::function<std::optional<QImage>(const QString &fileName)> makeThumbnail; ///< decodes, and caches
+        /// Decodes, and caches; what takes longer comes with `thumbnailArrived`.
+        std::function<std::optional<QImage>(const QString &fileName)> makeThumbnail;
         std::function<std::optional<QImage>(const QString &fileName)> loadImage;
     };
     /// All outlive the model.
@@ -69,6 +70,8 @@ public:
     [[nodiscard]] const std::vector<RecentImage> &recentImages() const { return m_recentImages; }
     /// To be called when the history is another.
     void historyChanged();
+    /// To be called when there is a thumbnail that could not be made at once.
+    void thumbnailArrived(const QString &fileName);
     /// None while it is not made; `thumbnailMade` follows when it is. One is made in each turn of the main queue, so
     /// that a window of many tiles opens at once and stays quick.
     [[nodiscard]] std::optional<QImage> thumbnail(const QString &fileName);

@@ -49,4 +49,9 @@ void TavrineEditorContainerView::historyChanged() {
         m_landing->model().historyChanged();
 }
 
+void TavrineEditorContainerView::thumbnailArrived(const QString &fileName) {
+    if (m_landing)
+        m_landing->model().thumbnailArrived(fileName);
+}
+
 } // namespace tavrine

@@ -29,6 +29,8 @@ public:
     void select(const QImage &image);
     /// To be called when the clipboard's history is another.
     void historyChanged();
+    /// To be called when the history's thumbnail of a file is made that could not be made at once.
+    void thumbnailArrived(const QString &fileName);
 
     [[nodiscard]] EditorView *editor() const { return m_editor; }
     [[nodiscard]] TavrineEditorLandingView *landing() const { return m_landing; }

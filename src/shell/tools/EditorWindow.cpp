@@ -2,6 +2,7 @@
 
 #include "capture/editor/TavrineEditorContainerView.h"
 #include "clipboard/ClipboardManager.h"
+#include "clipboard/ClipboardRowActions.h"
 
 namespace tavrine {
 namespace {
@@ -21,10 +22,9 @@ EditorLandingModel::History historyOf(ClipboardManager &manager) {
             .cachedThumbnail = [&manager](const QString &name) { return manager.thumbnailCache().object(name); },
             .makeThumbnail =
                 [&manager](const QString &name) {
-                    std::optional<QImage> thumbnail = manager.makeThumbnail(name);
-                    if (thumbnail)
-                        manager.cacheThumbnail(*thumbnail, name);
-                    return thumbnail;
+                    ClipboardItem item;
+                    item.imageFileName = name;
+                    return clipboardRow::thumbnail(manager, item);
                 },
             .loadImage = [&manager](const QString &name) { return manager.loadImage(name); }};
 }
@@ -40,6 +40,8 @@ std::unique_ptr<QWidget> makeContent(const EditorFlow::Window &window, const Edi
         container->select(*window.image);
     QObject::connect(&parts.clipboardManager, &ClipboardManager::historyChanged, container.get(),
                      &TavrineEditorContainerView::historyChanged);
+    QObject::connect(&parts.clipboardManager, &ClipboardManager::thumbnailMade, container.get(),
+                     &TavrineEditorContainerView::thumbnailArrived);
     return container;
 }
 

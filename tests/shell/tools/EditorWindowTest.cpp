@@ -90,6 +90,25 @@ TEST_F(EditorWindowShellTest, thePageShowsTheImagesOfTheHistoryAsTheyCome) {
     manager().addItem(text("Copied Image"), manager().saveImage(picture(50, 20))); // nobody is left to hear of it
 }
 
+TEST_F(EditorWindowShellTest, theTileOfARecordingGetsItsThumbnailLater) {
+    const QString folder = manager().quickShotsDirectory().value();
+    QFile movie(folder + text("/A.mp4"));
+    ASSERT_TRUE(movie.open(QIODevice::WriteOnly));
+    desktop.movieAsset().setFrame(picture(30, 20));
+    manager().addItem(text("[Screen Recording] A"), text("A.mp4"));
+    const auto window = make(landing());
+    EditorLandingModel &model = qobject_cast<TavrineEditorContainerView *>(window.get())->landing()->model();
+    EXPECT_FALSE(model.thumbnail(text("A.mp4")));
+    time.advance(0ms);
+    EXPECT_FALSE(model.thumbnail(text("A.mp4")));
+    QStringList announced;
+    QObject::connect(&model, &EditorLandingModel::thumbnailMade, &model,
+                     [&](const QString &name) { announced.append(name); });
+    desktop.movieAsset().answerAll();
+    EXPECT_EQ(announced, QStringList{text("A.mp4")});
+    EXPECT_TRUE(model.thumbnail(text("A.mp4")));
+}
+
 TEST_F(EditorWindowShellTest, aClosedEditorReleasesItsPictures) {
     bool isReleased = false;
     const auto release = [](void *flag) { *static_cast<bool *>(flag) = true; };
