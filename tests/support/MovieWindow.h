@@ -31,6 +31,12 @@ public:
 
     [[nodiscard]] xcb_window_t id() const { return m_window; }
 
+    void resize(std::uint32_t newWidth, std::uint32_t newHeight) {
+        const std::uint32_t values[] = {newWidth, newHeight};
+        xcb_configure_window(m_connection, m_window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, values);
+        settle();
+    }
+
     /// What everybody sees there now.
     [[nodiscard]] QColor color(std::int16_t x = width / 2, std::int16_t y = height / 2) const {
         xcb_get_image_reply_t *const image = xcb_get_image_reply(

@@ -19,6 +19,7 @@ constexpr MpvSetting settings[] = {
     {"loop-file", "inf"},
     {"keep-open", "yes"}, // a single frame, with which no loop gets further, stays where it is
     {"force-media-title", "Recording"},
+    {"pulse-buffer", "40"}, // milliseconds, after which a word to be silent counts
     // The window has an owner, who has the keys and the pointer.
     {"input-vo-keyboard", "no"},
     {"input-cursor", "no"},

@@ -80,6 +80,17 @@ struct Desk {
         add(QStringLiteral("Kept for good: the address of the workshop"), false, true);
         add(QStringLiteral("Kept and pinned: message of thanks"), true, true);
     }
+    /// Of recordings alone: wide, high, pinned, saved, and one whose file is gone.
+    void addRecordings() {
+        const std::array sizes{QSize(480, 270), QSize(200, 480), QSize(480, 40), QSize(480, 300)};
+        for (size_t i = 0; i < sizes.size(); ++i) {
+            const QString file = QStringLiteral("recording_%1.mp4").arg(i);
+            add(QStringLiteral("[Screen Recording] recording %1").arg(i), i == 2, i == 3, file);
+            manager->cacheThumbnail(photograph().scaled(sizes.at(i)), file);
+        }
+        add(QStringLiteral("[Screen Recording] gone"), false, false, QStringLiteral("gone.mp4"));
+        manager->reloadHistory();
+    }
     void addMany(int count) {
         for (int i = 0; i < count; ++i)
             add(QStringLiteral("message %1: a line of text of a length that is common").arg(i));
@@ -189,6 +200,21 @@ void paintClassic(Desk &desk, const QString &folder, bool isDark) {
     write(panel.window, folder + QStringLiteral("/classic-nothing") + end, isDark);
 }
 
+void paintRecordings(const QString &folder, bool isDark) {
+    const QString end = isDark ? QStringLiteral("-dark.png") : QStringLiteral("-light.png");
+    Desk desk;
+    desk.start();
+    desk.addRecordings();
+    Panel search(searchView(desk), "Clipboard Search", {680, 500});
+    search.show();
+    openSearch(desk);
+    write(search.window, folder + QStringLiteral("/search-recordings") + end, isDark);
+    Panel classic(classicView(desk), "Classic Clipboard", {320, 450});
+    classic.show();
+    desk.center.post(QStringLiteral("floatingPanelOpened"));
+    write(classic.window, folder + QStringLiteral("/classic-recordings") + end, isDark);
+}
+
 void paintAlert(const QString &folder, bool isDark) {
     look::AlertWindow alert({QStringLiteral("Add to My Saved"),
                              QStringLiteral("Create a custom clipboard item you use often."),
@@ -269,6 +295,7 @@ int main(int argc, char **argv) {
         paintSearch(desk, folder, isDark);
         paintClassic(desk, folder, isDark);
         paintAlert(folder, isDark);
+        paintRecordings(folder, isDark);
         Desk bare;
         bare.start();
         Panel panel(searchView(bare), "Clipboard Search", {680, 500});
