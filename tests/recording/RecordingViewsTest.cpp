@@ -1,0 +1,287 @@
+#include "adapters/fake/FakeFilePanels.h"
+#include "adapters/fake/FakeMovieAsset.h"
+#include "adapters/fake/FakeMoviePlayers.h"
+#include "adapters/fake/VirtualTime.h"
+#include "recording/CountdownModel.h"
+#include "recording/CountdownOverlayView.h"
+#include "recording/FloatingStopBarView.h"
+#include "recording/RecorderTest.h"
+#include "recording/RecordingBorderView.h"
+#include "recording/RecordingSetupCardView.h"
+#include "recording/ScreenRecorderSelectionView.h"
+#include "recording/ScreenRecordingPreviewView.h"
+
+#include <QAbstractButton>
+#include <QLineEdit>
+#include <QTest>
+
+namespace tavrine {
+namespace {
+
+QAbstractButton *button(const QWidget &view, const char *name) {
+    for (auto *each : view.findChildren<QAbstractButton *>())
+        if (each->text() == text(name) || each->accessibleName() == text(name))
+            return each;
+    return nullptr;
+}
+
+void expectNames(const QWidget &view) {
+    for (const auto *each : view.findChildren<QAbstractButton *>())
+        EXPECT_FALSE(each->text().isEmpty() && each->accessibleName().isEmpty());
+}
+
+class SelectionView : public testing::Test {
+protected:
+    SelectionView() {
+        view.resize(1000, 600);
+        view.show();
+    }
+    void drag(QPoint from, QPoint to) {
+        QTest::mousePress(&view, Qt::LeftButton, {}, from);
+        QTest::mouseMove(&view, to);
+        QTest::mouseRelease(&view, Qt::LeftButton, {}, to);
+    }
+    [[nodiscard]] RecordingSetupCardView &card() { return *view.findChild<RecordingSetupCardView *>(); }
+
+    QStringList calls;
+    std::shared_ptr<ScreenRecorderSelectionModel> model = std::make_shared<ScreenRecorderSelectionModel>(
+        QSizeF(1000, 600), 1.0,
+        ScreenRecorderSelectionModel::Actions{.onMic = [this] { calls << text("mic"); },
+                                              .onStart = [this] { calls << text("start"); },
+                                              .onCancel = [this] { calls << text("cancel"); }});
+    ScreenRecorderSelectionView view{model};
+};
+
+TEST_F(SelectionView, aDragOpensTheCardOverTheArea) {
+    EXPECT_TRUE(card().isHidden());
+    EXPECT_EQ(view.cursor().shape(), Qt::CrossCursor);
+    drag({100, 100}, {700, 500});
+    EXPECT_EQ(model->selection(), QRectF(100, 100, 600, 400));
+    EXPECT_TRUE(card().isVisible());
+    EXPECT_LE((card().geometry().center() - QPoint(400, 300)).manhattanLength(), 4); // rounded
+    expectNames(card());
+}
+
+TEST_F(SelectionView, theCardStaysOnTheScreen) {
+    drag({980, 580}, {999, 599});
+    EXPECT_TRUE(view.rect().contains(card().geometry()));
+    model->closeCard();
+    drag({0, 0}, {15, 15});
+    EXPECT_TRUE(view.rect().contains(card().geometry()));
+}
+
+TEST_F(SelectionView, aClickOnTheCardIsNoneOnTheOverlay) {
+    drag({100, 100}, {700, 500});
+    QTest::mouseClick(&card(), Qt::LeftButton, {}, {5, 60});
+    EXPECT_TRUE(model->isConfirming());
+    EXPECT_THAT(calls, IsEmpty());
+}
+
+TEST_F(SelectionView, aClickAloneCancels) {
+    QTest::mouseClick(&view, Qt::LeftButton, {}, {50, 50});
+    EXPECT_THAT(calls, ElementsAre(text("cancel")));
+}
+
+TEST_F(SelectionView, theRightButtonDragsNothing) {
+    QTest::mouseClick(&view, Qt::RightButton, {}, {50, 50});
+    EXPECT_THAT(calls, IsEmpty());
+    EXPECT_EQ(model->selection(), std::nullopt);
+}
+
+TEST_F(SelectionView, arrowsMoveTheAreaAndWithShiftResizeIt) {
+    drag({100, 100}, {300, 200});
+    QTest::keyClick(&view, Qt::Key_Left);
+    QTest::keyClick(&view, Qt::Key_Down);
+    EXPECT_EQ(model->selection(), QRectF(99, 101, 200, 100));
+    QTest::keyClick(&view, Qt::Key_Right, Qt::ShiftModifier);
+    QTest::keyClick(&view, Qt::Key_Up, Qt::ShiftModifier);
+    EXPECT_EQ(model->selection(), QRectF(99, 101, 201, 99));
+    QTest::keyClick(&view, Qt::Key_Down, Qt::ControlModifier);
+    EXPECT_EQ(model->selection(), QRectF(99, 111, 201, 99));
+}
+
+TEST_F(SelectionView, returnTakesTheWholeScreenAndThenStarts) {
+    QTest::keyClick(&view, Qt::Key_Return);
+    EXPECT_EQ(model->selection(), QRectF(0, 0, 1000, 600));
+    EXPECT_THAT(calls, IsEmpty());
+    QTest::keyClick(&view, Qt::Key_Enter);
+    EXPECT_THAT(calls, ElementsAre(text("start")));
+}
+
+TEST_F(SelectionView, theCardsControlsDoWhatTheySay) {
+    model->selectAll();
+    button(card(), "Mic")->click();
+    EXPECT_FALSE(button(card(), "Mic")->isChecked()); // not before it was granted
+    button(card(), "System")->click();
+    EXPECT_TRUE(model->includesSystemAudio());
+    button(card(), "5 Seconds")->click();
+    EXPECT_EQ(model->timerDelay(), 5);
+    button(card(), "Start Recording")->click();
+    EXPECT_THAT(calls, ElementsAre(text("mic"), text("start")));
+    button(card(), "Close")->click();
+    EXPECT_TRUE(card().isHidden());
+    EXPECT_TRUE(model->includesSystemAudio());
+}
+
+TEST_F(SelectionView, onADesktopWithoutTranslucentWindowsTheFrozenScreenShows) {
+    QPixmap frozen(1000, 600);
+    frozen.fill(Qt::green);
+    ScreenRecorderSelectionView opaque(model, frozen);
+    opaque.resize(1000, 600);
+    model->drag({100, 100}, {300, 200});
+    const QImage picture = opaque.grab().toImage();
+    EXPECT_EQ(picture.pixelColor(150, 150), QColor(Qt::green));
+    EXPECT_LT(picture.pixelColor(50, 500).green(), 200); // under the veil
+    EXPECT_GT(picture.pixelColor(50, 500).green(), 100);
+}
+
+class StopBarView : public RecorderTest {};
+
+TEST_F(StopBarView, itShowsTheTimeAndEndsTheRecordingInThreeWays) {
+    record();
+    FloatingStopBarView bar(*recorder);
+    expectNames(bar);
+    EXPECT_GE(bar.sizeHint().height(), 40);
+    EXPECT_EQ(button(bar, "Restart")->toolTip(), text("Restart recording from 00:00"));
+    EXPECT_EQ(button(bar, "Cancel")->toolTip(), text("Discard recording without saving"));
+    button(bar, "Restart")->click();
+    time.advance(1s);
+    ASSERT_TRUE(happens([this] { return recorder->isRecording(); }));
+    awaitPicture();
+    EXPECT_EQ(streams.streams().size(), 2U);
+    button(bar, "Stop")->click();
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    recorder->previewModel()->pressDelete();
+    record();
+    button(bar, "Cancel")->click();
+    EXPECT_FALSE(recorder->isRecording());
+    settle();
+    EXPECT_THAT(temporaryFiles(), IsEmpty());
+}
+
+TEST_F(StopBarView, itGrowsWhenItHasMoreToSay) {
+    access.setMicrophone(MicrophoneAuthorization::authorized);
+    auto &card = selectArea();
+    card.pressMic();
+    card.start();
+    ASSERT_TRUE(happens([this] { return recorder->isRecording(); }));
+    FloatingStopBarView bar(*recorder);
+    const QSize before = bar.sizeHint();
+    QList<QSize> sizes;
+    QObject::connect(&bar, &FloatingStopBarView::fittingSizeChanged, [&](const QSize &size) { sizes << size; });
+    time.advance(1s);
+    EXPECT_THAT(sizes, IsEmpty());
+    mediaNow += 3s;
+    time.advance(1s);
+    ASSERT_EQ(sizes.size(), 1);
+    EXPECT_GT(sizes.first().width(), before.width() + 100);
+    const QRectF frame = recorder->floatingStopWindow()->frame();
+    recorder->fitStopBar(sizes.first());
+    const QRectF grown = recorder->floatingStopWindow()->frame();
+    EXPECT_EQ(grown.size(), QSizeF(sizes.first()));
+    EXPECT_EQ(grown.center().x(), frame.center().x());
+    EXPECT_EQ(maxY(grown), maxY(frame));
+}
+
+TEST(BorderView, itsWindowIsTheLineOutsideOfTheArea) {
+    RecordingBorderView view({100, 200, 320, 240}, 900);
+    view.resize(1440, 900);
+    view.show();
+    const QRegion mask = view.mask();
+    const QRect area(100, 900 - 200 - 240, 320, 240);
+    EXPECT_TRUE((mask & area).isEmpty());
+    EXPECT_EQ(mask.boundingRect(), area.adjusted(-4, -4, 4, 4)); // 6 wider, and half of the line's 2 on each side
+    EXPECT_FALSE(mask.contains(QPoint(98, 600)));                // between the line and the area
+    EXPECT_TRUE(mask.contains(QPoint(97, 600)));
+}
+
+class PreviewView : public testing::Test {
+protected:
+    [[nodiscard]] std::shared_ptr<ScreenRecordingPreviewModel> makeModel() {
+        using Choice = ScreenRecordingPreviewModel::Choice;
+        return std::make_shared<ScreenRecordingPreviewModel>(
+            home.filePath(text("movie.mp4")), text("recording_1"), text("/home/ada/Films"),
+            ScreenRecordingPreviewModel::Ports{asset, players, panels},
+            ScreenRecordingPreviewModel::Actions{
+                .onSave = [this](const Choice &choice) { calls << text("save ") + choice.fileName; },
+                .onCopy = [this](const Choice &choice) { calls << text("copy ") + choice.fileName; },
+                .onCancel = [this] { calls << text("delete"); },
+                .onFolderChosen = [](const QString &) {}});
+    }
+
+    QTemporaryDir home;
+    VirtualTime time;
+    FakeMovieAsset asset;
+    FakeMoviePlayers players{time};
+    FakeFilePanels panels{time};
+    QStringList calls;
+    std::shared_ptr<ScreenRecordingPreviewModel> model = makeModel();
+};
+
+TEST_F(PreviewView, theMoviePlaysInAWindowOfItsOwnOnceItIsShown) {
+    ScreenRecordingPreviewView view(model);
+    view.resize(380, 430);
+    EXPECT_TRUE(players.movies().empty());
+    view.show();
+    ASSERT_EQ(players.movies().size(), 1U);
+    EXPECT_NE(players.movies().front()->window, view.winId());
+    EXPECT_TRUE(players.movies().front()->isPlaying);
+    view.hide();
+    view.show();
+    EXPECT_EQ(players.movies().size(), 1U);
+    model->stop();
+}
+
+TEST_F(PreviewView, theControlsDoWhatTheySay) {
+    ScreenRecordingPreviewView view(model);
+    view.resize(380, 430);
+    expectNames(view);
+    auto *field = view.findChild<QLineEdit *>();
+    EXPECT_EQ(field->text(), text("recording_1"));
+    field->setText(text(" other "));
+    button(view, "Save Video")->click();
+    button(view, "Copy Video")->click();
+    button(view, "Delete")->click();
+    EXPECT_THAT(calls, ElementsAre(text("save other"), text("copy other"), text("delete")));
+    button(view, "Include Audio")->click();
+    EXPECT_TRUE(model->isMuted());
+    EXPECT_FALSE(button(view, "Include Audio")->isChecked());
+    button(view, "Change...")->click();
+    EXPECT_EQ(panels.openPanels().size(), 1);
+    EXPECT_EQ(button(view, "Copy Video")->toolTip(),
+              text("Copy video file directly to macOS clipboard (Cmd+V to paste anywhere)"));
+}
+
+TEST_F(PreviewView, returnInTheNameSavesAndNowhereElse) {
+    ScreenRecordingPreviewView view(model);
+    QTest::keyClick(&view, Qt::Key_Return);
+    EXPECT_THAT(calls, IsEmpty());
+    QTest::keyClick(view.findChild<QLineEdit *>(), Qt::Key_Return);
+    EXPECT_THAT(calls, ElementsAre(text("save recording_1")));
+}
+
+TEST_F(PreviewView, withoutSoundThereIsNothingToSwitch) {
+    ScreenRecordingPreviewView view(model);
+    QFile file(model->filePath());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    asset.setFacts(MovieFacts{.naturalSize = {10, 10}, .hasAudioTrack = false, .duration = 1s});
+    model->load();
+    asset.answer();
+    EXPECT_FALSE(button(view, "Include Audio")->isEnabled());
+    EXPECT_FALSE(button(view, "Include Audio")->isChecked());
+}
+
+TEST(CountdownView, itIsCalledWhatItShows) {
+    VirtualTime time;
+    auto model = std::make_shared<CountdownModel>(3, time, [] {});
+    CountdownOverlayView view(model);
+    view.resize(800, 600);
+    view.show();
+    model->appear();
+    EXPECT_EQ(view.accessibleName(), text("Recording starts in 3"));
+    time.advance(1s);
+    EXPECT_EQ(view.accessibleName(), text("Recording starts in 2"));
+}
+
+} // namespace
+} // namespace tavrine
