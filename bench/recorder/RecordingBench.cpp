@@ -111,22 +111,25 @@ double finish(MovieWriter &writer, MediaTime end) {
 }
 
 int record(const char *path, int seconds) {
-    test::ScreenFrames frames(size, 6);
+    test::ScreenFrames frames(size, 12);
     Pattern pattern(frames);
     auto writer = begin(path);
     if (!writer)
         return 1;
     const auto begun = std::chrono::steady_clock::now();
-    int left = 0;
+    int late = 0;
     for (int i = 0; i < seconds * framesPerSecond; ++i) {
         const MediaTime time = i * MediaTime(1s) / framesPerSecond;
-        left += !writer->appendVideo({.status = 0, .presentationTime = time, .frame = pattern.next()});
+        const auto frame = pattern.next();
+        late += !writer->isVideoReadyForMoreMediaData();
+        while (!writer->appendVideo({.status = 0, .presentationTime = time, .frame = frame}))
+            std::this_thread::sleep_for(1ms);
         writer->appendAudio({.presentationTime = time, .data = QByteArray(735 * 8, '\0')});
         std::this_thread::sleep_until(begun + (i + 1) * 1s / framesPerSecond);
     }
     const double length = finish(*writer, MediaTime(1s) * seconds);
     std::this_thread::sleep_for(300ms); // it is reaped
-    std::printf("%.3f %d %.1f\n", secondsOfChildren() / seconds, left, length);
+    std::printf("%.3f %d %.1f\n", secondsOfChildren() / seconds, late, length);
     return writer->status() == MovieWriterStatus::completed ? 0 : 1;
 }
 
