@@ -386,6 +386,17 @@ TEST_F(RecorderProcessTest, aMovieIsThePersonsAlone) {
               QFile::ReadOwner | QFile::WriteOwner);
 }
 
+TEST_F(RecorderProcessTest, theEncoderHasItsSocketAndItsFileAndNothingElseOfOurs) {
+    begin();
+    ASSERT_TRUE(appendMoving(0ms));
+    ASSERT_TRUE(eventually([&] { return boxesOf(path).contains("mdat"); }));
+    const QDir open(QStringLiteral("/proc/%1/fd").arg(recorder()));
+    EXPECT_EQ(open.entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System, QDir::Name),
+              (QStringList{text("0"), text("1"), text("2"), text("3")}));
+    EXPECT_EQ(QFile::symLinkTarget(open.filePath(text("1"))), text("/dev/null"));
+    EXPECT_EQ(QFile::symLinkTarget(open.filePath(text("2"))), text("/dev/null"));
+}
+
 TEST_F(RecorderProcessTest, aFolderThatVanishesIsToldAtTheEnd) {
     begin();
     appendSecondsOfPictures(0.3);

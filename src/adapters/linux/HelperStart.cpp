@@ -30,11 +30,12 @@ int startHelper(pid_t &pid, const HelperStart &start) {
     posix_spawnattr_t attributes{};
     posix_spawn_file_actions_init(&actions);
     int highest = STDERR_FILENO;
+    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        posix_spawn_file_actions_addopen(&actions, standard, "/dev/null", O_RDWR, 0);
     for (const auto &[from, to] : start.descriptors) {
         posix_spawn_file_actions_adddup2(&actions, from, to);
         highest = std::max(highest, to);
     }
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addclosefrom_np(&actions, highest + 1);
     posix_spawnattr_init(&attributes);
     sigset_t none;

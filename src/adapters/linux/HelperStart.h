@@ -11,8 +11,8 @@
 
 namespace tavrine {
 
-/// How a program of the house is started: with these descriptors and silence for its complaints, no signal blocked or
-/// ignored, and nothing else of ours.
+/// How a program of the house is started: with these descriptors, nothing in place of the standard ones that are not
+/// among them, no signal blocked or ignored, and nothing else of ours.
 struct HelperStart {
     enum class Group {
         ours,

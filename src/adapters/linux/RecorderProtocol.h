@@ -16,7 +16,7 @@ namespace tavrine::recorderProtocol {
 inline constexpr int socket = 0; ///< descriptors, in the recorder
 inline constexpr int file = 3;   ///< the movie's, empty and open for writing
 
-inline constexpr std::size_t longestMessage = 64 * 1024;
+inline constexpr std::size_t longestMessage = std::size_t(64) * 1024;
 inline constexpr int leastSide = 2;
 inline constexpr int mostSide = 16'384;           ///< the encoder's own
 inline constexpr std::uint32_t mostBuffers = 64;  ///< numbers of buffers are below

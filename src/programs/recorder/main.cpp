@@ -91,7 +91,7 @@ Recording::Error record(Recording &recording) {
             return std::nullopt;
         if (message.kind == Message::Kind::message) {
             const auto taken = [] { say({Report::Kind::taken}); };
-            if (const Recording::Error error = recording.take(message.bytes, std::move(message.memory), taken))
+            if (Recording::Error error = recording.take(message.bytes, std::move(message.memory), taken))
                 return error;
         }
         const auto next = recording.writeWhatIsDue(Clock::now());
