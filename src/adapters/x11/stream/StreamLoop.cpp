@@ -73,6 +73,9 @@ bool StreamLoop::hasExtensions() {
                                XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
                                    XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE | XCB_RANDR_NOTIFY_MASK_RESOURCE_CHANGE);
     }
+    // Monitors that a person makes out of parts of the screen are told by a notice of the root window.
+    const std::uint32_t notices = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection, m_link.root(), XCB_CW_EVENT_MASK, &notices);
     return (!m_plan.showsPointer || m_pointer.open()) && m_keptOut.open();
 }
 
@@ -125,6 +128,8 @@ void StreamLoop::handle(const xcb_generic_event_t &event) {
     if (type == m_damageNotice && eventAs<xcb_damage_notify_event_t>(event).damage == m_damage)
         isNews = m_isDamaged = true;
     else if (m_monitorsNotice >= 0 && (type == m_monitorsNotice || type == m_monitorsNotice + XCB_RANDR_NOTIFY))
+        isNews = m_areMonitorsOld = true;
+    else if (type == XCB_CONFIGURE_NOTIFY && eventAs<xcb_configure_notify_event_t>(event).window == m_link.root())
         isNews = m_areMonitorsOld = true;
     else if (type != 0) // an error belongs to a request about a window that went meanwhile
         isNews = (m_plan.showsPointer && m_pointer.handle(event)) || m_keptOut.handle(event);

@@ -1,0 +1,126 @@
+// Streams of servers that lack something, change their monitors, hang and end.
+#include "adapters/x11/ScreenStreamFixture.h"
+#include "support/PrivateScreen.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+
+namespace tavrine::test {
+namespace {
+
+using testing::PrivateScreen;
+
+struct Server {
+    explicit Server(const QStringList &options) : screen(options) {}
+    PrivateScreen screen;
+};
+
+class ScreenStreamTrouble : public Server, public ScreenStreamTest {
+protected:
+    explicit ScreenStreamTrouble(const QStringList &options = {}) : Server(options) {}
+
+    /// How long the answer took. The main thread does not wait for it.
+    std::chrono::milliseconds stop(ScreenStream &stream) {
+        QElapsedTimer timer;
+        timer.start();
+        bool isStopped = false;
+        stream.stopCapture([&](std::optional<QString>) { isStopped = true; });
+        EXPECT_LT(timer.elapsed(), 50);
+        EXPECT_TRUE(eventually([&] { return isStopped; }));
+        return std::chrono::milliseconds(timer.elapsed());
+    }
+};
+
+class WithoutSharedMemory : public ScreenStreamTrouble {
+protected:
+    WithoutSharedMemory() : ScreenStreamTrouble({QStringLiteral("-extension"), QStringLiteral("MIT-SHM")}) {}
+};
+
+TEST_F(WithoutSharedMemory, thePicturesAreTheSame) {
+    const auto below = client.add(area.adjusted(20, 20, -20, -20), 0x4080c0);
+    const QImage without = client.screen(area);
+    const auto bar = client.add(QRect(area.center() - QPoint(60, 20), QSize(120, 40)), 0xff0000);
+    client.setPointer(board, QSize(8, 8), QPoint(), 0xff00ffff);
+    const auto stream = start({bar});
+    EXPECT_TRUE(comesToBe(without)) << describe(picture(), without);
+    client.paint(below, {100, 90, 40, 20}, 0xabcdef);
+    EXPECT_TRUE(eventually([&] { return seenAt(125, 115) == 0xabcdefU; }));
+    EXPECT_TRUE(isAllTold());
+}
+
+TEST_F(ScreenStreamTrouble, aMonitorThatGoesLeavesBlackBehind) {
+    const auto stream = start({});
+    const auto xrandr = [](const QStringList &arguments) {
+        QProcess program;
+        program.start(QStringLiteral("xrandr"), arguments);
+        program.waitForFinished();
+    };
+    xrandr({QStringLiteral("--setmonitor"), QStringLiteral("half"), QStringLiteral("200/50x800/200+0+0"),
+            QStringLiteral("screen")});
+    EXPECT_TRUE(eventually([&] { return seenAt(150, 20) == 0; }));
+    EXPECT_EQ(seenAt(99, 20), 0x303030U);
+    EXPECT_EQ(seenAt(100, 20), 0U);
+    client.paint(board, client.wholeScreen(), 0x515151);
+    EXPECT_TRUE(eventually([&] { return seenAt(99, 20) == 0x515151U; }));
+    EXPECT_EQ(seenAt(100, 20), 0U);
+    xrandr({QStringLiteral("--delmonitor"), QStringLiteral("half")});
+    EXPECT_TRUE(eventually([&] { return seenAt(150, 20) == 0x515151U; }));
+    EXPECT_EQ(ended, std::nullopt);
+    EXPECT_TRUE(isAllTold());
+}
+
+TEST_F(ScreenStreamTrouble, aServerThatEndsEndsTheStreamWithWords) {
+    const auto stream = start({});
+    screen.end();
+    ASSERT_TRUE(eventually([&] { return ended.has_value(); }));
+    EXPECT_FALSE(ended->isEmpty());
+    bool isAnswered = false;
+    stream->stopCapture([&](std::optional<QString> error) { isAnswered = error.has_value(); });
+    EXPECT_TRUE(eventually([&] { return isAnswered; }));
+}
+
+TEST_F(ScreenStreamTrouble, aServerThatHangsForAWhileIsSeenAgain) {
+    const auto bar = client.add(QRect(area.center(), QSize(50, 30)), 0xff0000);
+    const auto stream = start({bar}, area, true);
+    client.paintOften(board, area, 0x717171);
+    screen.hang();
+    letPass(1300ms);
+    screen.goOn();
+    client.paint(board, area, 0x626262);
+    EXPECT_TRUE(eventually([&] { return seenAt(5, 5) == 0x626262U && seenAt(170, 130) == 0x626262U; }));
+    EXPECT_EQ(ended, std::nullopt);
+    EXPECT_TRUE(isAllTold());
+}
+
+TEST_F(ScreenStreamTrouble, aStopIsAnsweredByAServerThatHangs) {
+    auto stream = start({});
+    client.paintOften(board, area, 0x717171);
+    screen.hang();
+    letPass(50ms);
+    EXPECT_LT(stop(*stream), 1500ms);
+    stream.reset();
+
+    ScreenStreamConfiguration configuration;
+    configuration.sourceRect = area;
+    configuration.width = area.width();
+    configuration.height = area.height();
+    const auto display = static_cast<quint32>(qHash(QGuiApplication::primaryScreen()->name()));
+    stream = plugin.port()->makeStream({display, {}}, configuration, {});
+    std::optional<QString> startError;
+    stream->startCapture([&](std::optional<QString> error) { startError = error.value_or(QString()); });
+    letPass(50ms);
+    EXPECT_EQ(startError, std::nullopt);
+    EXPECT_LT(stop(*stream), 1500ms);
+    EXPECT_TRUE(startError && !startError->isEmpty());
+
+    std::optional<bool> isError;
+    plugin.port()->getShareableContent([&](const std::variant<QString, ShareableContent> &answer) {
+        isError = std::holds_alternative<QString>(answer);
+    });
+    EXPECT_TRUE(eventually([&] { return isError.has_value(); }, 2s));
+    EXPECT_TRUE(isError.value_or(false));
+    screen.goOn();
+}
+
+} // namespace
+} // namespace tavrine::test
