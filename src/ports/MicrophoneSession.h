@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <QtPlugin>
 
 #include <functional>
 #include <memory>
@@ -53,9 +54,12 @@ public:
     /// `answer` comes once, later, within a second.
     virtual void devices(DevicesAnswer answer) = 0;
 
-    /// Hears `device`; null when it is gone.
+    /// Hears `device`; null when the last answer of `devices` did not name it.
     [[nodiscard]] virtual std::unique_ptr<MicrophoneSession> makeSession(const MicrophoneDevice &device,
                                                                          SampleHandler handler) = 0;
 };
 
 } // namespace tavrine
+
+#define TAVRINE_MICROPHONE_SESSIONS "tavrine.MicrophoneSessions" // by which its plugins name it
+Q_DECLARE_INTERFACE(tavrine::MicrophoneSessions, TAVRINE_MICROPHONE_SESSIONS)

@@ -59,6 +59,20 @@ public:
                                    QStringLiteral("sink_name=") + name, QStringLiteral("rate=%1").arg(rate),
                                    QStringLiteral("channels=2")});
     }
+    /// Something to be heard: nothing, or a tone of 440 Hz.
+    void addMicrophone(const QString &name) {
+        m_modules[name] = control({QStringLiteral("load-module"), QStringLiteral("module-null-source"),
+                                   QStringLiteral("source_name=") + name, QStringLiteral("rate=%1").arg(rate)});
+        setDefaultMicrophone(name);
+    }
+    void addTone(const QString &name) {
+        m_modules[name] = control({QStringLiteral("load-module"), QStringLiteral("module-sine-source"),
+                                   QStringLiteral("source_name=") + name, QStringLiteral("rate=%1").arg(rate)});
+    }
+    static void setDefaultMicrophone(const QString &name) { control({QStringLiteral("set-default-source"), name}); }
+    static void setSuspended(const QString &microphone, bool isSuspended) {
+        control({QStringLiteral("suspend-source"), microphone, QString::number(isSuspended ? 1 : 0)});
+    }
     void removeDevice(const QString &name) { control({QStringLiteral("unload-module"), m_modules.take(name)}); }
     void setDefault(const QString &name) { control({QStringLiteral("set-default-sink"), name}); }
     /// The streams that are there.
@@ -70,6 +84,11 @@ public:
 
     void hang() { signal(SIGSTOP); }
     void goOn() { signal(SIGCONT); }
+    /// PulseAudio, after its end, without the devices.
+    void startAgain() {
+        QFile::remove(socketOfPulseAudio());
+        startPulseAudio();
+    }
     void end() {
         for (auto program = m_programs.rbegin(); program != m_programs.rend(); ++program) {
             (*program)->kill();

@@ -209,7 +209,13 @@ AudioDevices &LinuxDesktop::audioDevices() {
 }
 
 MicrophoneSessions &LinuxDesktop::microphoneSessions() {
-    return m_microphoneSessions.get([] { return std::make_unique<NoMicrophoneSessions>(); });
+    MicrophoneSessions *const sessions =
+        m_microphoneSessions
+            .get([] {
+                return std::make_unique<PluginLoader<MicrophoneSessions>>(QStringLiteral("microphone_sessions"));
+            })
+            .port();
+    return sessions ? *sessions : m_noMicrophoneSessions.get([] { return std::make_unique<NoMicrophoneSessions>(); });
 }
 
 Downloads &LinuxDesktop::downloads() {

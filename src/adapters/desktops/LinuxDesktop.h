@@ -100,7 +100,8 @@ private:
     MadeOnce<CodeDetector> m_pictureCodeDetector;
     MadeOnce<PluginLoader<ScriptSyntax>> m_scriptSyntax;
     MadeOnce<PlayerProcesses> m_players;
-    MadeOnce<MicrophoneSessions> m_microphoneSessions;
+    MadeOnce<PluginLoader<MicrophoneSessions>> m_microphoneSessions;
+    MadeOnce<MicrophoneSessions> m_noMicrophoneSessions;
     MadeOnce<Downloads> m_downloads;
     MadeOnce<TaskLauncher> m_taskLauncher;
 };

@@ -16,7 +16,10 @@ public:
     explicit FakeMicrophoneSessions(Time &time) : m_time(time) {}
 
     void devices(DevicesAnswer answer) override {
-        auto work = [this, answer = std::move(answer)] { answer(m_devices); };
+        auto work = [this, answer = std::move(answer)] {
+            m_told = m_devices;
+            answer(m_devices);
+        };
         if (m_isSlow)
             m_waiting.push_back(std::move(work));
         else
@@ -24,7 +27,7 @@ public:
     }
     [[nodiscard]] std::unique_ptr<MicrophoneSession> makeSession(const MicrophoneDevice &device,
                                                                  SampleHandler handler) override {
-        const bool isThere = std::any_of(m_devices.begin(), m_devices.end(), [&](const MicrophoneDevice &each) {
+        const bool isThere = std::any_of(m_told.begin(), m_told.end(), [&](const MicrophoneDevice &each) {
             return each.uniqueID == device.uniqueID;
         });
         if (!isThere || std::exchange(m_isNextRefused, false))
@@ -101,6 +104,7 @@ private:
                                        .localizedName = QStringLiteral("Built-in Microphone"),
                                        .isDefault = true,
                                        .isBuiltIn = true}};
+    QList<MicrophoneDevice> m_told = m_devices;
     bool m_isNextRefused = false;
     bool m_isSlow = false;
     std::vector<std::function<void()>> m_waiting;

@@ -6,7 +6,7 @@
 
 namespace tavrine {
 
-/// Stands where no microphone can be heard: there are none.
+/// Stands where no microphone can be heard, as the plugin that could is missing: there are none.
 class NoMicrophoneSessions final : public MicrophoneSessions {
 public:
     void devices(DevicesAnswer answer) override {
