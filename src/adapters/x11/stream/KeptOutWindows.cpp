@@ -175,11 +175,24 @@ QRegion KeptOutWindows::coveredPartOf(const WindowStack::Window &window) const {
 }
 
 void KeptOutWindows::update() {
-    m_isOld = false;
-    if (m_isTreeOld)
-        m_isTreeOld = !load();
+    const auto stack = m_stack;
+    const auto topLevels = m_topLevels;
+    const auto covers = m_covers;
     const QRegion before = m_hidden;
-    findHidden();
+    static_cast<void>(m_link.takeIsLate());
+    const bool isLoaded = !m_isTreeOld || load();
+    if (isLoaded)
+        findHidden();
+    if (m_link.takeIsLate() || !isLoaded) {
+        // What was known stands until the server answers: a window that is let go meanwhile would not be whole again.
+        m_stack = stack;
+        m_topLevels = topLevels;
+        m_covers = covers;
+        m_hidden = before;
+        m_isLate = true;
+        return;
+    }
+    m_isOld = m_isTreeOld = false;
     m_isComposited = !m_hidden.isEmpty() && isCompositorRunning(m_link);
     // What was hidden is the screen's again, and the other way round.
     m_changed += m_hidden ^ before;

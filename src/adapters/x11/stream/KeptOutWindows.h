@@ -4,6 +4,7 @@
 #include "ports/ScreenStream.h"
 
 #include <chrono>
+#include <utility>
 
 namespace tavrine {
 
@@ -32,6 +33,8 @@ public:
 
     /// What is known of the windows may be wrong.
     void doubt() { m_isOld = m_isTreeOld = !m_clients.isEmpty(); }
+    /// True when the server did not answer in time since the last question.
+    [[nodiscard]] bool takeIsLate() { return std::exchange(m_isLate, false); }
 
     /// Brings everything up to date with the events, and begins to ask what has changed; `take` gives the answer: of
     /// the picture, and of what is hidden.
@@ -78,6 +81,7 @@ private:
     int m_shapeNotice = -1;
     xcb_atom_t m_compositor = 0;
     bool m_isComposited = false;
+    bool m_isLate = false;
     bool m_isOld = false;     ///< an event has changed where windows lie
     bool m_isTreeOld = false; ///< and the stack cannot say how
     std::chrono::steady_clock::time_point m_settles{};

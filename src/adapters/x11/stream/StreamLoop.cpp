@@ -12,6 +12,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock; // CLOCK_MONOTONIC
 
+/// A program draws what is to be seen of it within a few milliseconds.
+constexpr std::chrono::milliseconds untilSettled{3};
+
 MediaTime now() {
     return Clock::now().time_since_epoch();
 }
@@ -174,22 +177,25 @@ void StreamLoop::look(FrameBuffers::Buffer &buffer) {
     const std::uint64_t lastLook = m_pointer.seen().look;
     takeChanges();
     if (m_plan.showsPointer && m_pointer.seen().look != lastLook)
-        m_needed = now();      // it may go on without a pause, and then nothing is told of it
-    if (m_link.takeIsLate()) { // what the answer would have said is not known
+        m_needed = now(); // it may go on without a pause, and then nothing is told of it
+    const bool isPictureLate = m_keptOut.takeIsLate();
+    if (m_link.takeIsLate() || isPictureLate) { // what the answer would have said is not known
         m_isDamaged = m_areMonitorsOld = true;
         m_keptOut.doubt();
     }
-    const MediaTime moment = m_pacer.look(now(), needed);
     m_buffers.change(m_changed);
-    const bool isPointerElsewhere = m_plan.showsPointer && m_pointer.seen().look != m_givenLook;
-    const bool isSeen = !m_changed.isEmpty() ||
-                        (isPointerElsewhere && (m_givenPointer | m_pointer.seen().area).intersects(m_plan.area));
-    if (!m_keptOut.isSettled(Clock::now()) || m_areMonitorsOld || (isSeen && !refresh(buffer))) {
-        m_needed = now(); // again, an interval later
-        m_buffers.change(m_changed);
+    if (!m_keptOut.isSettled(Clock::now())) {
+        m_needed = now() + untilSettled;
         return;
     }
-    if (isSeen)
+    const MediaTime moment = m_pacer.look(now(), needed);
+    const QRect pointers = m_givenPointer | m_pointer.seen().area;
+    const bool isPointerElsewhere =
+        m_plan.showsPointer && m_pointer.seen().look != m_givenLook && pointers.intersects(m_plan.area);
+    const bool isSeen = !m_changed.isEmpty() || isPointerElsewhere;
+    if (m_areMonitorsOld || (isSeen && !refresh(buffer)))
+        m_needed = now(); // again, an interval later
+    else if (isSeen)
         give(buffer, moment);
 }
 
