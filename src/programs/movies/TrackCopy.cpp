@@ -40,8 +40,6 @@ public:
             return error;
         AVDictionary *options = nullptr;
         av_dict_set(&options, "movflags", "+faststart", 0);
-        if (from->time_base.num == 1) // or times would be rounded
-            av_dict_set_int(&options, "video_track_timescale", from->time_base.den, 0);
         error = avformat_write_header(m_context, &options);
         av_dict_free(&options);
         return error;
@@ -69,7 +67,7 @@ private:
         if (const int error = avcodec_parameters_copy(to->codecpar, from->codecpar); error < 0)
             return error;
         to->codecpar->codec_tag = 0; // this format's own
-        to->time_base = from->time_base;
+        to->time_base = from->time_base; // so that no time is rounded
         to->avg_frame_rate = from->avg_frame_rate;
         to->sample_aspect_ratio = from->sample_aspect_ratio;
         for (int i = 0; i < from->nb_side_data; ++i) { // how it is turned, among others
