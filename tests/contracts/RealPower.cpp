@@ -130,6 +130,26 @@ struct NotifyingDesk : WithRealTime {
     DesktopNotifications real;
 };
 
+TEST(DesktopNotificationsTest, aPressThatAnotherProgramMakesUpIsNone) {
+    NotifyingDesk desk;
+    int presses = 0;
+    desk.notifications().add({QStringLiteral("one"), QStringLiteral("A title"), QStringLiteral("first")},
+                             [&] { ++presses; });
+    ASSERT_TRUE(desk.eventually([&] { return !desk.shown().isEmpty(); }));
+    auto stranger = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("stranger"));
+    auto signal =
+        QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/Notifications"),
+                                   QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("ActionInvoked"));
+    signal << 1U << QStringLiteral("default");
+    letPass(std::chrono::milliseconds(50)); // the number is on its way
+    EXPECT_TRUE(stranger.send(signal));
+    letPass(std::chrono::milliseconds(50));
+    EXPECT_EQ(presses, 0);
+    desk.press(QStringLiteral("one"));
+    EXPECT_TRUE(desk.eventually([&] { return presses == 1; }));
+    QDBusConnection::disconnectFromBus(QStringLiteral("stranger"));
+}
+
 } // namespace
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, PowerAssertionsContract, Machine);

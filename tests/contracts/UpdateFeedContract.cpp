@@ -4,6 +4,8 @@
 #include "adapters/fake/VirtualTime.h"
 #include "adapters/linux/AppcastFeed.h"
 #include "adapters/linux/DownloaderProcess.h"
+#include "adapters/linux/HelperProcess.h"
+#include "base/Descriptor.h"
 #include "shell/updates/UpdateOutcome.h"
 #include "support/Eventually.h"
 
@@ -15,7 +17,9 @@
 
 #include <optional>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 namespace tavrine::test {
 namespace {
@@ -268,7 +272,7 @@ TEST_F(AppcastFeedTest, theSignatureOfAnotherFeedIsNone) {
 
 TEST_F(AppcastFeedTest, aFeedOfWhichAnythingIsOtherwiseIsRefused) {
     const QByteArray good = makers().sign(feedBytes);
-    for (qsizetype place = 0; place < good.size(); place += 23) {
+    for (qsizetype place = 0; place < good.size(); place += 61) {
         QByteArray changed = good;
         changed[place] = static_cast<char>(changed[place] ^ 1);
         EXPECT_EQ(kindOf(changed), Kind::refused) << place;
@@ -330,6 +334,26 @@ TEST_F(AppcastFeedTest, withoutAVerifierThatSaysSoNothingIsSigned) {
         ASSERT_TRUE(QFile::setPermissions(program, QFile::ReadOwner | QFile::ExeOwner));
         EXPECT_EQ(fetched().kind, Kind::noAnswer) << script;
     }
+}
+
+TEST_F(AppcastFeedTest, theVerifierReadsItsFirstByteBehindWalls) {
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    const Descriptor reading(ends[0]);
+    Descriptor writing(ends[1]);
+    std::vector<std::string> lines;
+    HelperProcess verifier({.program = net.programs + text("/TavrineFeedVerifier"),
+                            .arguments = {makers().publicKey()},
+                            .file = reading.number()},
+                           {.line = [&](const std::string &line) { lines.push_back(line); }, .ended = {}});
+    const QString status = text("/proc/%1/status").arg(verifier.processIdentifier());
+    EXPECT_TRUE(eventually([&] { return read(status).contains("Seccomp:\t2\n"); }));
+    EXPECT_TRUE(lines.empty());
+    const QByteArray feed = makers().sign(feedBytes);
+    ASSERT_EQ(::write(writing.number(), feed.constData(), static_cast<std::size_t>(feed.size())), feed.size());
+    writing.close();
+    EXPECT_TRUE(eventually([&] { return !lines.empty(); }));
+    EXPECT_THAT(lines, testing::ElementsAre("good"));
 }
 
 TEST_F(AppcastFeedTest, aKeyThatIsNoneSignsNothing) {
