@@ -21,7 +21,7 @@ constexpr int flags = int(Qt::AlignLeft) | int(Qt::AlignTop) | int(Qt::TextWordW
 
 FactRow::FactRow(const QString &symbol, const QString &title, const QString &text, QWidget *parent)
     : QWidget(parent), m_symbol(symbol), m_title(inDesktopWords(title)), m_text(inDesktopWords(text)) {
-    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Minimum);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
     setRole(*this, QAccessible::StaticText);

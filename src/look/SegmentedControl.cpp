@@ -19,6 +19,12 @@ constexpr int inset = 2;
 constexpr int padding = 14;
 constexpr int least = 6; // of padding, where there is little room
 
+/// Neighbours share their edge and no pixel.
+QRect wholePixels(const QRectF &rect) {
+    return {QPoint(qRound(rect.left()), qRound(rect.top())),
+            QPoint(qRound(rect.right()) - 1, qRound(rect.bottom()) - 1)};
+}
+
 class Segment final : public Control {
 public:
     Segment(const QString &text, QWidget *parent) : Control(parent) {
@@ -110,7 +116,7 @@ QRectF SegmentedControl::segment(double index) const {
 
 void SegmentedControl::resizeEvent(QResizeEvent *event) {
     for (size_t i = 0; i < m_segments.size(); ++i)
-        m_segments[i]->setGeometry(segment(double(i)).toAlignedRect());
+        m_segments[i]->setGeometry(wholePixels(segment(double(i))));
     QWidget::resizeEvent(event);
 }
 

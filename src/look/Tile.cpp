@@ -7,11 +7,13 @@
 #include "look/Paint.h"
 #include "look/Symbols.h"
 
+#include <QFontMetrics>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tavrine::look {
 namespace {
@@ -21,6 +23,31 @@ constexpr qreal discLeft = 8;
 constexpr qreal discGap = 7;
 constexpr qreal textRight = 4;
 constexpr int plate = 28;
+constexpr int titleLine = 18;
+constexpr int noteLine = 16;
+constexpr int wordsGap = 2;
+constexpr int wordsMargin = 11;   // over and under a title with its note
+constexpr int shortestNote = 180; // beside a control; a narrower column is no pleasure to read
+constexpr int wrapping = int(Qt::AlignLeft) | int(Qt::AlignTop) | int(Qt::TextWordWrap);
+
+/// Of words in a column, whose single line has a fixed height.
+int heightOfWords(const QString &words, TextRole role, int width, int line) {
+    if (words.isEmpty())
+        return 0;
+    if (lineWidth(words, role) <= width)
+        return line;
+    return QFontMetrics(fontFor(role)).boundingRect(QRect(0, 0, width, 10000), wrapping, words).height();
+}
+
+void paintWords(QPainter &painter, const QRect &place, const QString &words, TextRole role, const QColor &colour) {
+    if (lineWidth(words, role) <= place.width()) {
+        paintLine(painter, place, words, role, colour);
+        return;
+    }
+    painter.setFont(fontFor(role));
+    painter.setPen(colour);
+    painter.drawText(place, wrapping, words);
+}
 
 } // namespace
 
@@ -77,7 +104,9 @@ void Tile::paint(QPainter &painter) {
 
 SettingsRow::SettingsRow(const QString &symbol, const QString &title, const QString &note, QWidget *parent)
     : QWidget(parent), m_symbol(symbol), m_title(inDesktopWords(title)), m_note(inDesktopWords(note)) {
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Minimum); // higher than its hint where it wraps
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
     setRole(*this, QAccessible::StaticText);
     setAccessibleName(m_title);
     setAccessibleDescription(m_note);
@@ -117,12 +146,35 @@ QSize SettingsRow::sizeHint() const {
     return {420, m_note.isEmpty() ? 48 : 58};
 }
 
+SettingsRow::Places SettingsRow::places(int width) const {
+    const int left = space::medium + (m_symbol.isEmpty() ? 0 : plate + space::medium);
+    const int whole = std::max(1, width - left - space::medium);
+    const QSize control = m_trailing ? m_trailing->sizeHint().boundedTo({whole, 10000}) : QSize(0, 0);
+    const int beside = m_trailing ? whole - control.width() - space::medium : whole;
+    const int needed =
+        std::max(int(std::ceil(lineWidth(m_title, TextRole::body))),
+                 m_note.isEmpty() ? 0 : std::min(shortestNote, int(lineWidth(m_note, TextRole::caption))));
+    const bool isUnder = m_trailing && beside < std::min(needed, whole);
+    const int wide = isUnder ? whole : beside;
+    const int title = heightOfWords(m_title, TextRole::body, wide, titleLine);
+    const int note = heightOfWords(m_note, TextRole::caption, wide, noteLine);
+    const int words = title + (note > 0 ? wordsGap + note : 0);
+    const int end = isUnder ? words + space::small + control.height() : words;
+    Places found;
+    found.height = std::max(sizeHint().height(), end + 2 * wordsMargin);
+    const int top = (found.height - end) / 2 - (note > 0 && !isUnder ? 1 : 0);
+    found.title = {left, top, wide, title};
+    found.note = {left, top + title + wordsGap, wide, note};
+    found.trailing =
+        isUnder
+            ? QRect(QPoint(left, top + words + space::small), control)
+            : QRect(QPoint(width - space::medium - control.width(), (found.height - control.height()) / 2), control);
+    return found;
+}
+
 void SettingsRow::resizeEvent(QResizeEvent *event) {
-    if (m_trailing) {
-        const QSize size = m_trailing->sizeHint();
-        m_trailing->setGeometry(
-            QRect(QPoint(width() - space::medium - size.width(), (height() - size.height()) / 2), size));
-    }
+    if (m_trailing)
+        m_trailing->setGeometry(places(width()).trailing);
     QWidget::resizeEvent(event);
 }
 
@@ -136,22 +188,15 @@ void SettingsRow::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     preparePainter(painter);
     const Theme &theme = themeOf(this);
-    qreal left = space::medium;
     if (!m_symbol.isEmpty()) {
-        const QRectF place(left, std::round((height() - plate) / 2.0), plate, plate);
+        const QRectF place(space::medium, std::round((height() - plate) / 2.0), plate, plate);
         const bool isColoured = m_plate.isValid();
         paintSymbolPlate(painter, place, m_symbol, isColoured ? m_plate : theme.control,
                          isColoured ? QColor(Qt::white) : theme.text);
-        left = place.right() + space::medium;
     }
-    const qreal right = (m_trailing ? m_trailing->x() : width()) - space::medium;
-    if (m_note.isEmpty()) {
-        paintLine(painter, QRectF(left, 0, right - left, height()), m_title, TextRole::body, theme.text);
-        return;
-    }
-    const qreal middle = height() / 2.0;
-    paintLine(painter, QRectF(left, middle - 19, right - left, 18), m_title, TextRole::body, theme.text);
-    paintLine(painter, QRectF(left, middle + 1, right - left, 16), m_note, TextRole::caption, theme.secondaryText);
+    const Places places = this->places(width());
+    paintWords(painter, places.title, m_title, TextRole::body, theme.text);
+    paintWords(painter, places.note, m_note, TextRole::caption, theme.secondaryText);
 }
 
 Card::Card(QWidget *parent) : QWidget(parent) {
@@ -159,7 +204,7 @@ Card::Card(QWidget *parent) : QWidget(parent) {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Minimum); // as high as its rows, whose words may wrap
 }
 
 void Card::add(QWidget *widget) {

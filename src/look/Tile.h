@@ -35,7 +35,8 @@ private:
     double m_onPart = 0;
 };
 
-/// A row of a card: a symbol on a plate, a title, a note under it, and a widget at the right end.
+/// A row of a card: a symbol on a plate, a title, a note under it, and a widget at the right end, or under the words
+/// where these have too little room beside it. Words that are longer than the row wrap.
 class SettingsRow : public QWidget {
     Q_OBJECT
 public:
@@ -49,6 +50,8 @@ public:
 
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override { return {200, sizeHint().height()}; }
+    [[nodiscard]] bool hasHeightForWidth() const override { return true; }
+    [[nodiscard]] int heightForWidth(int width) const override { return places(width).height; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -57,6 +60,14 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    struct Places {
+        QRect title;
+        QRect note;
+        QRect trailing;
+        int height = 0;
+    };
+    [[nodiscard]] Places places(int width) const;
+
     QString m_symbol;
     QString m_title;
     QString m_note;

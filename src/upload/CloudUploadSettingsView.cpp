@@ -120,9 +120,9 @@ QWidget *CloudUploadSettingsView::makeEditing() {
     column->setSpacing(space::small);
 
     QBoxLayout *caption = row();
-    caption->addWidget(new Label(QStringLiteral("function uploadImage(imageBase64, fileName) { … }"), TextRole::callout,
-                                 Label::Tone::secondary),
-                       1);
+    caption->addWidget(new WrappedText({}, QStringLiteral("function uploadImage(imageBase64, fileName) { … }"),
+                                       WrappedText::Tone::secondary),
+                       1, Qt::AlignVCenter);
     auto *imgbb = new Button(QStringLiteral("Use ImgBB Template"));
     imgbb->setButtonSize(ButtonSize::small);
     imgbb->setSymbol(QStringLiteral("wand.and.stars"));

@@ -7,6 +7,7 @@
 #include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/Symbols.h"
+#include "look/WrappedText.h"
 
 #include <QHBoxLayout>
 #include <QIcon>
@@ -71,8 +72,9 @@ ExcludedAppsView::ExcludedAppsView(ClipboardSettingsModel &model, QWidget *paren
       m_add(new Button(QStringLiteral("Add Application…"))) {
     auto *none = new QVBoxLayout(m_none);
     none->setContentsMargins(space::medium, space::large, space::medium, space::large);
-    none->addWidget(new Label(QStringLiteral("Copies are recorded from every application but password managers."),
-                              TextRole::callout, Label::Tone::secondary));
+    none->addWidget(new WrappedText({},
+                                    QStringLiteral("Copies are recorded from every application but password managers."),
+                                    WrappedText::Tone::secondary));
     add(m_none);
     auto *rows = new QVBoxLayout(m_rows);
     rows->setContentsMargins(0, 0, 0, 0);

@@ -10,8 +10,12 @@
 #include "shell/settings/AppIconView.h"
 #include "shell/settings/WhatsNew.h"
 
+#include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QPainter>
+
+#include <algorithm>
+#include <cmath>
 
 namespace tavrine {
 
@@ -27,27 +31,49 @@ constexpr int noteHeight = 34;
 class NoteRow final : public QWidget {
 public:
     explicit NoteRow(const ReleaseNote &note) : m_tag(QLatin1String(note.tag)), m_text(QLatin1String(note.text)) {
-        setFixedHeight(noteHeight);
+        QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Minimum); // higher than its hint where it wraps
+        policy.setHeightForWidth(true);
+        setSizePolicy(policy);
         setRole(*this, QAccessible::StaticText);
         setAccessibleName(m_tag + QStringLiteral(": ") + m_text);
     }
+
+    [[nodiscard]] bool hasHeightForWidth() const override { return true; }
+    [[nodiscard]] int heightForWidth(int width) const override {
+        const QRect room(0, 0, width - textLeft() - space::medium, 10000);
+        const int words = QFontMetrics(fontFor(TextRole::body)).boundingRect(room, wrapping, m_text).height();
+        return std::max(noteHeight, words + 2 * space::small);
+    }
+    [[nodiscard]] QSize sizeHint() const override { return {420, noteHeight}; }
 
 protected:
     void paintEvent(QPaintEvent *) override {
         QPainter painter(this);
         preparePainter(painter);
         const Theme &theme = themeOf(this);
-        // The column of the tags is as wide as the longest of them.
-        qreal column = 0;
-        for (const ReleaseNote &note : whatsNew)
-            column = std::max(column, badgeWidth(QLatin1String(note.tag)));
-        paintBadge(painter, QRectF(space::medium, 0, column, height()), m_tag, theme.control, theme.text);
-        const qreal left = space::medium + column + space::medium;
-        paintLine(painter, QRectF(left, 0, width() - left - space::medium, height()), m_text, TextRole::body,
-                  theme.text);
+        paintBadge(painter, QRectF(space::medium, 0, badgeColumn(), noteHeight), m_tag, theme.control, theme.text);
+        const QRect words(textLeft(), 0, width() - textLeft() - space::medium, height());
+        if (height() == noteHeight) {
+            paintLine(painter, words, m_text, TextRole::body, theme.text);
+            return;
+        }
+        painter.setFont(fontFor(TextRole::body));
+        painter.setPen(theme.text);
+        painter.drawText(words.adjusted(0, space::small, 0, 0), wrapping, m_text);
     }
 
 private:
+    static constexpr int wrapping = int(Qt::AlignLeft) | int(Qt::AlignTop) | int(Qt::TextWordWrap);
+
+    /// As wide as the longest of the tags.
+    [[nodiscard]] static int badgeColumn() {
+        qreal column = 0;
+        for (const ReleaseNote &note : whatsNew)
+            column = std::max(column, badgeWidth(QLatin1String(note.tag)));
+        return int(std::ceil(column));
+    }
+    [[nodiscard]] static int textLeft() { return int(space::medium) + badgeColumn() + int(space::medium); }
+
     QString m_tag;
     QString m_text;
 };

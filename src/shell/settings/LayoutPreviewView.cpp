@@ -57,8 +57,14 @@ protected:
         const QRectF symbol(space::small, 0, symbolsize::large, height());
         paintSymbol(painter, symbol, QLatin1String(textOf(m_action).icon), symbolsize::medium, theme().text);
         const qreal left = symbol.right() + space::small;
-        paintLine(painter, QRectF(left, 0, width() - left - space::tiny, height()), text(), TextRole::callout,
-                  theme().text);
+        const QRectF words(left, 0, width() - left - space::tiny, height());
+        if (lineWidth(text(), TextRole::callout) <= words.width()) {
+            paintLine(painter, words, text(), TextRole::callout, theme().text);
+            return;
+        }
+        painter.setFont(fontFor(TextRole::mini));
+        painter.setPen(theme().text);
+        painter.drawText(words, int(Qt::AlignLeft) | int(Qt::AlignVCenter) | int(Qt::TextWordWrap), text());
     }
     void mousePressEvent(QMouseEvent *event) override {
         if (event->button() != Qt::LeftButton)
