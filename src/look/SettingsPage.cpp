@@ -14,10 +14,13 @@ namespace tavrine::look {
 
 SettingsPage::SettingsPage(QWidget *parent) : QWidget(parent) {
     auto *page = new QWidget;
-    m_column = new QVBoxLayout(page);
+    auto *whole = new QVBoxLayout(page);
+    whole->setContentsMargins(0, 0, 0, 0);
+    m_column = new QVBoxLayout;
+    whole->addLayout(m_column);
+    whole->addStretch(1); // what a page has no use for stays below it
     m_column->setContentsMargins(space::huge, space::huge, space::huge, space::huge);
     m_column->setSpacing(0);
-    m_column->setAlignment(Qt::AlignTop);
     m_pane = new ScrollPane(page, this);
     setRole(*this, QAccessible::Grouping);
 }

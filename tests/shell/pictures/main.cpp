@@ -88,13 +88,16 @@ void saveMenuAndSettings(const QString &folder, const QString &suffix, const QCo
     }
     delegate.openSettings();
     auto *window = static_cast<MainAppView *>(delegate.shell().largeWindows().window(LargeWindows::Kind::settings));
-    for (const SidebarItemText &page : sidebarItemTexts) {
-        window->setSelection(page.item);
-        settle();
-        save(*window,
-             folder + QStringLiteral("/settings-") + QString::fromLatin1(page.text).toLower().replace(u' ', u'-') +
-                 suffix,
-             ground);
+    for (const QSize size : {MainAppView::firstSize, MainAppView::smallestSize}) {
+        window->resize(size);
+        const QString name =
+            size == MainAppView::smallestSize ? QStringLiteral("/small-") : QStringLiteral("/settings-");
+        for (const SidebarItemText &page : sidebarItemTexts) {
+            window->setSelection(page.item);
+            settle();
+            save(*window, folder + name + QString::fromLatin1(page.text).toLower().replace(u' ', u'-') + suffix,
+                 ground);
+        }
     }
 }
 

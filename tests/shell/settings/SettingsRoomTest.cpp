@@ -3,6 +3,7 @@
 
 #include "look/Control.h"
 #include "look/Text.h"
+#include "look/Tile.h"
 #include "shell/ShellTest.h"
 #include "shell/settings/MainAppView.h"
 #include "shell/settings/SidebarView.h"
@@ -154,6 +155,18 @@ TEST_F(SettingsRoom, wordsHalfAsLongAgainAreCutOnNoPage) {
     defaults.set(text("cloudUploadEnabled"), true);
     for (const SidebarItem item : SidebarView::order())
         expectRoom(item);
+}
+
+TEST_F(SettingsRoom, inALargeWindowNoRowIsHigherThanItsWords) {
+    view().resize(1400, 1200);
+    for (const SidebarItem item : SidebarView::order()) {
+        go(item);
+        for (const auto *row : view().page()->findChildren<look::SettingsRow *>()) {
+            if (row->isVisibleTo(view().page())) {
+                EXPECT_EQ(row->height(), row->heightForWidth(row->width())) << textOf(item).text;
+            }
+        }
+    }
 }
 
 TEST_F(SettingsRoom, theBarOfThePagesHasRoomForLongWords) {
