@@ -1,23 +1,27 @@
 #include "shell/settings/MainAppView.h"
 
 #include "look/ApplicationIcon.h"
+#include "look/Draft.h"
 #include "look/EmptyState.h"
 #include "look/Look.h"
 #include "look/Tile.h"
 #include "shell/settings/SidebarView.h"
 
 #include <QAbstractButton>
+#include <QCloseEvent>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QScreen>
 #include <QShortcut>
 #include <QWindow>
 
 namespace tavrine {
 
-MainAppView::MainAppView(NotificationCenter &center, MakePage makePage, QWidget *parent)
-    : QWidget(parent), m_makePage(std::move(makePage)), m_sidebar(new SidebarView(this)),
+MainAppView::MainAppView(NotificationCenter &center, MakePage makePage, AskToSave askToSave, QWidget *parent)
+    : QWidget(parent), m_makePage(std::move(makePage)), m_askToSave(std::move(askToSave)),
+      m_sidebar(new SidebarView(this)),
       m_toClipboard(center.addObserver(QStringLiteral("navigateToClipboardSettings"),
                                        [this](const Notification &) { setSelection(SidebarItem::clipboard); })),
       m_toLofi(center.addObserver(QStringLiteral("navigateToLofiSettings"),
@@ -30,8 +34,8 @@ MainAppView::MainAppView(NotificationCenter &center, MakePage makePage, QWidget 
 
 MainAppView::~MainAppView() = default;
 
-std::unique_ptr<QWidget> MainAppView::makeWindow(NotificationCenter &center, MakePage makePage) {
-    auto window = std::make_unique<MainAppView>(center, std::move(makePage));
+std::unique_ptr<QWidget> MainAppView::makeWindow(NotificationCenter &center, MakePage makePage, AskToSave askToSave) {
+    auto window = std::make_unique<MainAppView>(center, std::move(makePage), std::move(askToSave));
     window->setWindowTitle(QLatin1String(windowTitle));
     window->setWindowIcon(look::applicationIcon());
     window->setAttribute(Qt::WA_QuitOnClose, false);
@@ -59,8 +63,9 @@ void MainAppView::addKeys() {
 }
 
 void MainAppView::setSelection(std::optional<SidebarItem> item) {
-    if (item == m_selection && m_page)
+    if (m_isAsking || (item == m_selection && m_page))
         return;
+    settleDrafts();
     m_selection = item;
     m_sidebar->setSelection(item);
     if (m_page) {
@@ -75,6 +80,34 @@ void MainAppView::setSelection(std::optional<SidebarItem> item) {
     m_page->show();
     m_page->lower();    // what lies over the window stays over it
     m_sidebar->lower(); // and comes first to a screen reader
+}
+
+/// Asks once for all that a page holds.
+void MainAppView::settleDrafts() {
+    std::vector<look::Draft *> unsaved;
+    if (m_page && !m_isAsking) {
+        for (QWidget *widget : m_page->findChildren<QWidget *>()) {
+            if (auto *draft = dynamic_cast<look::Draft *>(widget); draft && draft->isUnsaved())
+                unsaved.push_back(draft);
+        }
+    }
+    if (unsaved.empty())
+        return;
+    const QPointer self(this);
+    m_isAsking = true;
+    const bool isWanted = m_askToSave();
+    if (!self)
+        return;
+    m_isAsking = false;
+    for (look::Draft *draft : unsaved) {
+        if (isWanted)
+            draft->saveDraft();
+    }
+}
+
+void MainAppView::closeEvent(QCloseEvent *event) {
+    settleDrafts();
+    QWidget::closeEvent(event);
 }
 
 void MainAppView::place() {

@@ -2,6 +2,7 @@
 
 #include "capture/SnipperSettingsModel.h"
 #include "capture/SnipperSettingsView.h"
+#include "ports/Alerts.h"
 #include "shell/HotKeyCenter.h"
 #include "shell/Shell.h"
 #include "shell/settings/AboutView.h"
@@ -45,7 +46,13 @@ std::unique_ptr<QWidget> SettingsWindow::makeWindow() {
         ClearAndDisable::Ports{desktop.alerts(), shell.clipboardManager(), shell.flags(), shell.time()});
     ClearAndDisable *clearAndDisable = flow.get();
     auto window = MainAppView::makeWindow(
-        shell.center(), [this, clearAndDisable](SidebarItem item) { return make(item, *clearAndDisable); });
+        shell.center(), [this, clearAndDisable](SidebarItem item) { return make(item, *clearAndDisable); },
+        [&desktop] {
+            return desktop.alerts().runModal(
+                {.message = QStringLiteral("Save the new shortcut?"),
+                 .information = QStringLiteral("It does nothing until it is saved."),
+                 .buttons = {QStringLiteral("Save Changes"), QStringLiteral("Don't Save")}});
+        });
     flow.release()->setParent(window.get());
     auto *overlay = new MemoryCleaningOverlay(window.get());
     QObject::connect(clearAndDisable, &ClearAndDisable::changed, overlay,

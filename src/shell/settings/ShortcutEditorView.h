@@ -1,5 +1,6 @@
 #pragma once
 
+#include "look/Draft.h"
 #include "look/Tile.h"
 #include "shell/ShortcutEditor.h"
 
@@ -16,7 +17,7 @@ class WrappedText;
 
 /// The rows of a page in which the trigger of one tool is chosen: the kind, the key, what stands in the way, and the
 /// control that saves. It draws its editor and decides nothing. Belongs to its page; main thread.
-class ShortcutEditorView final : public look::Card {
+class ShortcutEditorView final : public look::Card, public look::Draft {
     Q_OBJECT
 
 public:
@@ -32,6 +33,9 @@ public:
     ShortcutEditorView(std::unique_ptr<ShortcutEditor> editor, Texts texts, UrlOpener &urlOpener,
                        QWidget *parent = nullptr);
     ~ShortcutEditorView() override;
+
+    [[nodiscard]] bool isUnsaved() const override { return m_editor->hasChanges(); }
+    void saveDraft() override { m_editor->save(); }
 
 private:
     class SaveRow;

@@ -237,6 +237,37 @@ TEST_F(SettingsWindow, aKeyThatIsTypedIsSavedAndRegisteredAtOnce) {
     EXPECT_EQ(label(delegate->statusMenu().entry(StatusMenuItem::emojiPicker).keyEquivalent), text("⌘⇧K"));
 }
 
+TEST_F(SettingsWindow, aShortcutThatIsNotSavedIsAskedForBeforeItsPageGoes) {
+    const auto type = [this](Qt::Key key) {
+        go(SidebarItem::emoji);
+        QTest::keyClick(find<KeyFieldView>("Shortcut Key"), key);
+    };
+    type(Qt::Key_K);
+    go(SidebarItem::home);
+    EXPECT_EQ(desktop.alerts().shown().size(), 1);
+    EXPECT_EQ(view().selection(), SidebarItem::home);
+    EXPECT_FALSE(defaults.contains(text("emojiHotkeyKey"))) << "it was not wanted";
+    type(Qt::Key_K);
+    desktop.alerts().answerNextWithFirstButton();
+    quietly([this] { go(SidebarItem::home); });
+    EXPECT_EQ(defaults.get<QString>(text("emojiHotkeyKey")), text("K"));
+    type(Qt::Key_J);
+    desktop.alerts().answerNextWithFirstButton();
+    quietly([this] { view().close(); });
+    EXPECT_EQ(defaults.get<QString>(text("emojiHotkeyKey")), text("J"));
+    EXPECT_EQ(desktop.alerts().shown().size(), 3);
+    EXPECT_EQ(window(LargeWindows::Kind::settings), nullptr);
+}
+
+TEST_F(SettingsWindow, aPageWithoutADraftGoesWithoutAQuestion) {
+    for (const SidebarItem item : SidebarView::order())
+        go(item);
+    go(SidebarItem::emoji);
+    QTest::keyClick(find<KeyFieldView>("Shortcut Key"), Qt::Key_V); // the clipboard's, which cannot be saved
+    view().close();
+    EXPECT_TRUE(desktop.alerts().shown().isEmpty());
+}
+
 TEST_F(SettingsWindow, aKeyOfAnotherToolCannotBeSaved) {
     go(SidebarItem::emoji);
     auto *field = find<KeyFieldView>("Shortcut Key");
