@@ -67,6 +67,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     subscribeToHistory();
     launch(Feature::clipboardHistory);
     launch(Feature::snippingTool);
+    launch(Feature::screenRecorder);
     launch(Feature::keepAwake);
     m_flagReactions =
         std::make_unique<FlagReactions>(FlagReactions::Parts{m_shell, m_tools, m_hotKeys, *m_statusMenu, m_display});

@@ -21,7 +21,11 @@ Shell::Shell(const Parts &parts, PanelController::Contents contents)
                        .alerts = parts.desktop.alerts(),
                        .urlOpener = parts.desktop.urlOpener(),
                        .time = parts.desktop.time(),
-                       .clearSelectionWindow = [] {}, // there is no recorder yet
+                       .clearSelectionWindow =
+                           [this] {
+                               if (m_clearSelectionWindow)
+                                   m_clearSelectionWindow();
+                           },
                        .activateApplication = [this] { activateApplication(); }}),
       m_largeWindows(parts.desktop.application(), parts.desktop.time(),
                      [this]() -> ApplicationActivator & { return m_parts.desktop.applicationActivator(); }),

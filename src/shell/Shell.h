@@ -49,6 +49,8 @@ public:
     [[nodiscard]] FeatureFlags &flags() { return m_flags; }
     [[nodiscard]] ClipboardExperienceSettings &experienceSettings() { return m_experienceSettings; }
     [[nodiscard]] WindowManager &windowManager() { return m_windowManager; }
+    /// What an alert calls that would lie under the recorder's overlay; empty for none.
+    void setClearSelectionWindow(std::function<void()> clear) { m_clearSelectionWindow = std::move(clear); }
     [[nodiscard]] LargeWindows &largeWindows() { return m_largeWindows; }
 
     [[nodiscard]] PanelController &panels();
@@ -74,6 +76,7 @@ private:
     WindowManager m_windowManager;
     LargeWindows m_largeWindows;
     PasteBack m_pasteBack;
+    std::function<void()> m_clearSelectionWindow;
     bool m_watchesCompositing = false;
     MadeOnce<ToastManager> m_toasts;
     MadeOnce<PanelController> m_panels;

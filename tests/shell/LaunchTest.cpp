@@ -25,6 +25,7 @@ TEST_F(Launch, withNoPreferencesEveryFlagIsOnAndTheWelcomeWindowComesAfterAFifth
     EXPECT_EQ(outputOf([&] { delegate->applicationDidFinishLaunching(); }),
               "DEBUG: Registering Hotkeys...\nDEBUG: Hotkey registered successfully for ID: 1\n"
               "DEBUG: Hotkey registered successfully for ID: 2\nDEBUG: Hotkey registered successfully for ID: 6\n"
+              "DEBUG: Hotkey registered successfully for ID: 7\n"
               "[KeepAwake] No battery power source found — assuming plugged in\n");
     time.advance(199ms);
     EXPECT_FALSE(window(LargeWindows::Kind::welcome));
@@ -57,8 +58,9 @@ TEST_F(Launch, theToolsComeUpInTheirOrder) {
     construct();
     record();
     quietly([&] { delegate->applicationDidFinishLaunching(); });
-    EXPECT_THAT(takeCalls(), ElementsAre("notchShelf launched", "hot keys", "networkSpeed launched off",
-                                         "clipboardHistory launched", "snippingTool launched", "keepAwake launched"));
+    EXPECT_THAT(takeCalls(),
+                ElementsAre("notchShelf launched", "hot keys", "networkSpeed launched off", "clipboardHistory launched",
+                            "snippingTool launched", "screenRecorder launched", "keepAwake launched"));
     time.advance(1min);
     EXPECT_THAT(takeCalls(), IsEmpty());
 }
@@ -113,6 +115,7 @@ TEST_F(Launch, theStepsComeOneAfterTheOther) {
                                  "hot keys, updater, tray item", "networkSpeed launched off, updater, tray item",
                                  "clipboardHistory launched off, updater, tray item",
                                  "snippingTool launched, updater, tray item, history paused",
+                                 "screenRecorder launched, updater, tray item, history paused",
                                  "keepAwake launched, updater, tray item, history paused",
                                  "onboarding decided, updater, tray item, history paused"));
     desktop.access().setOnAccessibilityPrompt({});

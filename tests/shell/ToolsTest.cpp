@@ -89,7 +89,7 @@ TEST_F(ToolsTest, aLaunchRegistersTheKeysOfTheToolsThatAreThereAndMakesNothingEl
     for (const auto &each : desktop.hotKeys().registrations())
         ids.push_back(each.id.id);
     EXPECT_THAT(ids, testing::UnorderedElementsAre(traits(Trigger::clipboard).hotKeyId,
-                                                   traits(Trigger::emojiPicker).hotKeyId, 6U));
+                                                   traits(Trigger::emojiPicker).hotKeyId, 6U, 7U));
     time.advance(5s);
     EXPECT_FALSE(desktop.hasAskedForPanels());
     EXPECT_EQ(desktop.panelWindows().made(), 0);

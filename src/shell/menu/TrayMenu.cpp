@@ -101,7 +101,7 @@ QuickActionsModel::Actions TrayMenu::modelActions() {
     return {.isBuilt = [this](QuickAction action) { return isBuilt(action); },
             .mayCaptureScreen = [this] { return m_shell.windowManager().mayCaptureScreen(); },
             .startSnip = [this] { m_tools.snipping().startCapture(); },
-            .startScreenRecording = [] {},
+            .startScreenRecording = [this] { m_tools.screenRecorder().startScreenRecording(); },
             .startQrScan = [this] { m_tools.snipping().startQrScan(); },
             .openEditor = m_actions.openEditor,
             .openSettings = m_actions.openSettings,

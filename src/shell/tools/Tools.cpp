@@ -7,7 +7,7 @@ namespace tavrine {
 
 Tools::Tools(Shell &shell)
     : m_shell(shell), m_editor(shell), m_snipping(shell, m_editor), m_clipboard(shell), m_cleaningMode(shell),
-      m_emojiPicker(shell), m_lofi(shell), m_keepAwake(shell), m_networkSpeed(shell) {
+      m_emojiPicker(shell), m_lofi(shell), m_keepAwake(shell), m_networkSpeed(shell), m_screenRecorder(shell) {
     Tools &tools = *this;
     tools[Feature::snippingTool] = &m_snipping;
     tools[Feature::tavrineEditor] = &m_editor;
@@ -17,6 +17,7 @@ Tools::Tools(Shell &shell)
     tools[Feature::networkSpeed] = &m_networkSpeed;
     tools[Feature::emojiPicker] = &m_emojiPicker;
     tools[Feature::keepAwake] = &m_keepAwake;
+    tools[Feature::screenRecorder] = &m_screenRecorder;
 }
 
 Tools::~Tools() = default;

@@ -9,6 +9,7 @@
 #include "shell/tools/KeepAwakeTool.h"
 #include "shell/tools/LofiTool.h"
 #include "shell/tools/NetworkSpeedTool.h"
+#include "shell/tools/ScreenRecorderTool.h"
 #include "shell/tools/SnippingTool.h"
 
 #include <array>
@@ -37,6 +38,7 @@ public:
     [[nodiscard]] LofiTool &lofi() { return m_lofi; }
     [[nodiscard]] KeepAwakeTool &keepAwake() { return m_keepAwake; }
     [[nodiscard]] NetworkSpeedTool &networkSpeed() { return m_networkSpeed; }
+    [[nodiscard]] ScreenRecorderTool &screenRecorder() { return m_screenRecorder; }
 
     /// Has no switch of its own.
     [[nodiscard]] ColorPickerManager &colorPicker();
@@ -51,6 +53,7 @@ private:
     LofiTool m_lofi;
     KeepAwakeTool m_keepAwake;
     NetworkSpeedTool m_networkSpeed;
+    ScreenRecorderTool m_screenRecorder;
     MadeOnce<ColorPickerManager> m_colorPicker;
     std::array<Tool *, featureTexts.size()> m_byFeature{};
 };

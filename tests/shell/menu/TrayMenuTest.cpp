@@ -229,8 +229,8 @@ TEST_F(TrayMenuTest, theArrowsGoThroughTheGridAndTheEntriesAndRoundTheEnds) {
     EXPECT_EQ(view().focusWidget(), &control("Check for Updates…"));
     control("Screenshot").setFocus();
     QTest::keyClick(&control("Screenshot"), Qt::Key_Right);
-    EXPECT_EQ(view().focusWidget(), &control("QR Scan"));
-    QTest::keyClick(&control("QR Scan"), Qt::Key_Left);
+    EXPECT_EQ(view().focusWidget(), &control("Record Screen"));
+    QTest::keyClick(&control("Record Screen"), Qt::Key_Left);
     EXPECT_EQ(view().focusWidget(), &control("Screenshot"));
 }
 
@@ -406,8 +406,8 @@ TEST_F(TrayMenuTest, suchATrayGetsTheTilesAndUnderThemTheEntries) {
     for (const StatusMenuLine &line : desktop.statusItem().menuLines())
         labels.append(line.isSeparator() ? text("-") : line.label);
     EXPECT_EQ(labels.join(u'|'),
-              text("Screenshot|QR Scan|Clean Mode|Open Settings|Tavrine Editor|-|Clipboard Search|Emoji Picker|"
-                   "Colour Picker|-|Check for Updates…|-|Quit"));
+              text("Screenshot|Record Screen|QR Scan|Clean Mode|Open Settings|Tavrine Editor|-|Clipboard Search|"
+                   "Emoji Picker|Colour Picker|-|Check for Updates…|-|Quit"));
     EXPECT_EQ(desktop.panelWindows().made(), 0) << "it costs no window";
 }
 
