@@ -66,7 +66,7 @@ private:
             return AVERROR(ENOMEM);
         if (const int error = avcodec_parameters_copy(to->codecpar, from->codecpar); error < 0)
             return error;
-        to->codecpar->codec_tag = 0; // this format's own
+        to->codecpar->codec_tag = 0;     // this format's own
         to->time_base = from->time_base; // so that no time is rounded
         to->avg_frame_rate = from->avg_frame_rate;
         to->sample_aspect_ratio = from->sample_aspect_ratio;
