@@ -205,6 +205,18 @@ TEST_F(PackageKitTest, aDaemonThatIsKilledHasNotAnswered) {
     }
 }
 
+TEST_F(PackageKitTest, aDaemonThatIsKilledBetweenItsAnswerAndItsLastSignalHasNotAnswered) {
+    bool isBegun = false;
+    insteadOf("GetUpdates", [&](QDBusConnection &, const QString &) { isBegun = true; });
+    ask();
+    ASSERT_TRUE(eventually([&] { return isBegun; }));
+    letPass(50ms); // its answer is on its way
+    EXPECT_FALSE(answer);
+    mock.end();
+    EXPECT_TRUE(eventually([this] { return answer.has_value(); }));
+    EXPECT_EQ(answer, Answer{});
+}
+
 TEST_F(PackageKitTest, aTransactionThatGoesBeforeItHasFinishedIsNoAnswer) {
     insteadOf("GetUpdates",
               [](QDBusConnection &bus, const QString &path) { PackageKitMock::emitSignal(bus, path, "Destroy", {}); });

@@ -281,6 +281,7 @@ TEST_F(AppcastFeedTest, aFeedOfWhichAnythingIsOtherwiseIsRefused) {
     for (const QByteArray &changed :
          {QByteArray(), QByteArray("\n"), good.sliced(line), good.chopped(1), good + '\n', good + "<!-- more -->\n",
           ' ' + good, QByteArray(good).replace("ed25519 ", "ed25519  "), QByteArray(good).replace("==", "=A"),
+          QByteArray(good).replace("ed25519", "ed25518"), QByteArray(good).replace(" -->", " ->>"),
           good.first(line) + "<!-- ed25519  -->\n", good.first(line) + QByteArray(3, '\0') + good.sliced(line)})
         EXPECT_EQ(kindOf(changed), Kind::refused) << changed.toStdString();
 }

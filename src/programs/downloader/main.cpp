@@ -77,8 +77,8 @@ public:
     explicit Download(const Wanted &wanted)
         : m_curl(curl_easy_init(), &curl_easy_cleanup), m_mostBytes(wanted.mostBytes) {
         set(CURLOPT_URL, wanted.address);
-        set(CURLOPT_PROTOCOLS_STR, wanted.isSecure ? "https" : "http,https,file");
-        set(CURLOPT_REDIR_PROTOCOLS_STR, wanted.isSecure ? "https" : "http,https");
+        set(CURLOPT_PROTOCOLS_STR, wanted.isSecure ? "https" : "http,https,file"); // a redirect's, too
+        set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
         set(CURLOPT_FOLLOWLOCATION, 1L);
         set(CURLOPT_MAXREDIRS, mostRedirects);
         set(CURLOPT_FAILONERROR, 1L); // the page that says why is no music

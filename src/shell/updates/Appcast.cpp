@@ -46,7 +46,6 @@ private:
     void take(QXmlStreamReader::TokenType token) {
         switch (token) {
         case QXmlStreamReader::DTD:
-        case QXmlStreamReader::EntityReference:
             m_isSound = false;
             return;
         case QXmlStreamReader::StartElement:
