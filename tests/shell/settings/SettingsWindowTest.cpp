@@ -356,6 +356,38 @@ TEST_F(SettingsWindow, aHundredFlagChangesAreFollowedByAnOpenPage) {
     EXPECT_TRUE(find<look::Toggle>("Lo-Fi Vibe Mode")->isChecked());
 }
 
+TEST_F(SettingsWindow, aHundredFlagChangesInASecondAreFollowedByMenuAndWindowTogether) {
+    desktop.statusItem().press({1300, 12});
+    go(SidebarItem::features);
+    quietly([this] {
+        for (int i = 0; i < 100; ++i) {
+            set(featureTexts[static_cast<std::size_t>(i) % featureTexts.size()].feature, i / 10 % 2 == 1);
+            time.advance(10ms);
+        }
+        time.advance(5s);
+    });
+    EXPECT_TRUE(delegate->trayMenu().panel().isOpen());
+    for (const FeatureText &each : featureTexts)
+        EXPECT_TRUE(find<look::Toggle>(each.title)->isChecked()) << each.title;
+}
+
+TEST_F(SettingsWindow, anOrderOfTenThousandIdsWithDoublesAndUnknownOnesIsShownOnceEach) {
+    QStringList ids;
+    for (int i = 0; i < 10'000; ++i)
+        ids.append(i % 3 == 0 ? text("editor") : i % 3 == 1 ? text("nobody") : text("loFi"));
+    for (const QString &order : {ids.join(u','), QString(), text(",,,")}) {
+        defaults.set(text("layoutOrder"), order);
+        desktop.statusItem().press({1300, 12});
+        const auto rows = delegate->trayMenu().quickActions().rows();
+        EXPECT_LE(rows.size(), quickActionTexts.size());
+        desktop.statusItem().press({1300, 12});
+        go(SidebarItem::home);
+        go(SidebarItem::layout);
+        EXPECT_EQ(view().page()->findChild<LayoutPreviewView *>()->findChildren<look::Control *>().size(), 7);
+        time.advance(1s);
+    }
+}
+
 TEST_F(SettingsWindow, everyKeyOfAWrongTypeLeavesEveryPageStanding) {
     for (const SidebarItem item : SidebarView::order()) {
         go(item);
