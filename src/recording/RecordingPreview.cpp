@@ -127,7 +127,7 @@ void RecordingPreview::goOn(const QString &original, const QString &path, const 
     m_saving.saveRecording(path, choice.fileName);
     const bool isSaved = !QFile::exists(path);
     if (use == Use::copy)
-        copy(path, savedPath, isSaved && wasTaken);
+        copy(path, isSaved ? savedPath : QString(), isSaved && wasTaken);
     if (!isSaved)
         saveFailed(original, path, use);
     else if (original != path)
@@ -135,8 +135,8 @@ void RecordingPreview::goOn(const QString &original, const QString &path, const 
     m_actions.onLeft();
 }
 
-/// Saving has put the file on the pasteboard already. Under a name that was taken before there is another recording,
-/// which nobody asked for.
+/// `savedPath` is empty when it was not saved. Saving has put the file on the pasteboard already. Under a name that was
+/// taken before there is another recording, which nobody asked for.
 void RecordingPreview::copy(const QString &path, const QString &savedPath, bool wasTaken) {
     if (!wasTaken) {
         const bool isThere = !savedPath.isEmpty() && QFile::exists(savedPath);

@@ -216,6 +216,15 @@ TEST_F(Preview, whatCouldNotBeSavedIsCopiedFromWhereItIsAndShownAgain) {
     EXPECT_THAT(temporaryFiles(), IsEmpty());
 }
 
+TEST_F(Preview, whatCouldNotBeSavedIsNotMistakenForWhatHasItsName) {
+    ASSERT_TRUE(QFile::copy(leftover("old.mp4"), shot("clip.mp4")));
+    saves = false;
+    const QString path = recordAndStop().filePath();
+    preview().setFileName(text("clip"));
+    preview().pressCopy();
+    EXPECT_THAT(copied(), ElementsAre(QUrl::fromLocalFile(path)));
+}
+
 TEST_F(Preview, aMutedRecordingIsSavedAsACopyWithoutSound) {
     auto &model = recordAndStop();
     const QString original = model.filePath();
