@@ -49,7 +49,8 @@ ScreenRecorder::ScreenRecorder(const Ports &ports, Actions actions, RecordingPre
            .showToast = [this](const QString &message, const QString &icon) { m_actions.showToast(message, icon); },
            .onUnseen = [this](const QString &path) { m_unseen.append(path); },
            .onLeft = [this] { offerSoon(); }},
-          m_views.preview) {}
+          m_views.preview),
+      m_screenChanges(ports.selection.screens.onChange([this] { keepStopBarOnScreen(); })) {}
 
 ScreenRecorder::~ScreenRecorder() = default;
 
@@ -93,7 +94,9 @@ void ScreenRecorder::hideCountdown() {
 void ScreenRecorder::startRecording(const RecordingArea &area) {
     m_lastArea = area;
     const QString &folder = m_ports.preview.folders.temporary;
-    makePrivateFolder(folder); // when it cannot be made, the writer tells
+    makePrivateFolder(folder);        // when it cannot be made, the writer tells
+    m_recordingDuration = Seconds{0}; // the bar shows it from now on
+    m_isMicrophoneSilent = false;
     m_tempOutputPath = folder + QStringLiteral("/tavrine-rec-") + freshUuidString() + QStringLiteral(".mp4");
     showBorder(area);
     showStopBar(area);
@@ -311,6 +314,14 @@ void ScreenRecorder::showStopBar(const RecordingArea &area) {
         m_stopBar.show(overScreen(stopBarTitle(), size, false), frame, content.view,
                        OverlayWindow::Keyboard::leftWhereItIs);
     });
+}
+
+/// Without its bar nobody could end a recording.
+void ScreenRecorder::keepStopBarOnScreen() {
+    PanelWindow *window = m_stopBar.window();
+    const Screens &screens = m_ports.selection.screens;
+    if (window && !isWhollyOnAScreen(screens, window->frame()))
+        window->setFrame(movedOntoAScreen(screens, window->frame()));
 }
 
 void ScreenRecorder::fitStopBar(QSizeF fittingSize) {

@@ -107,6 +107,7 @@ private:
     void finishOther(const Engine &engine);
     void showBorder(const RecordingArea &area);
     void showStopBar(const RecordingArea &area);
+    void keepStopBarOnScreen();
     void hideCountdown();
     void tearDown();
     void offerSoon();
@@ -131,6 +132,7 @@ private:
     bool m_isRecording = false;
     bool m_isMicrophoneSilent = false;
     bool m_isRestarting = false; ///< the next recording begins in a moment
+    Screens::Token m_screenChanges;
 };
 
 } // namespace tavrine

@@ -310,6 +310,53 @@ TEST_F(Recorder, theBarShowsNothingUntilTheRecordingRuns) {
     EXPECT_EQ(recorder->recordingDuration(), 2s);
 }
 
+TEST_F(Recorder, theNextRecordingBeginsAtZeroAndKnowsNothingOfTheLast) {
+    access.setMicrophone(MicrophoneAuthorization::authorized);
+    auto &card = selectArea();
+    card.pressMic();
+    card.start();
+    ASSERT_TRUE(happens([this] { return recorder->isRecording(); }));
+    mediaNow += 7s;
+    time.advance(7s);
+    ASSERT_TRUE(recorder->isMicrophoneSilent());
+    selectArea(); // over the recording, which goes on
+    EXPECT_EQ(recorder->recordingDuration(), 7s);
+    recorder->selectionModel()->start();
+    EXPECT_EQ(recorder->recordingDuration(), 0s); // the bar that is made now shows it
+    EXPECT_FALSE(recorder->isMicrophoneSilent());
+    ASSERT_TRUE(happens([this] { return recorder->isRecording(); }));
+    time.advance(2s);
+    recorder->stopRecording();
+    EXPECT_EQ(recorder->recordingDuration(), 2s);
+    streams.beSlow();
+    selectArea().start();
+    time.runPending();
+    EXPECT_TRUE(recorder->floatingStopWindow());
+    EXPECT_EQ(recorder->recordingDuration(), 0s);
+    streams.answerAll();
+}
+
+TEST_F(Recorder, theBarStaysWithinReachWhenItsScreenGoes) {
+    const Screen left = screens.screens().first();
+    Screen right = left;
+    right.number = 2;
+    right.frame = right.visibleFrame = QRectF(1440, 100, 800, 600);
+    screens.setScreens({left, right});
+    screens.setMouseLocation({1500, 300});
+    streams.setContent({.displays = {{1}, {2}}, .windows = {}});
+    record();
+    const QRectF there = recorder->floatingStopWindow()->frame();
+    EXPECT_TRUE(right.frame.contains(there));
+    Screen higher = right;
+    higher.frame = higher.visibleFrame = QRectF(1440, 0, 800, 900);
+    screens.setScreens({left, higher});
+    EXPECT_EQ(recorder->floatingStopWindow()->frame(), there); // it is on a screen
+    screens.setScreens({left});
+    EXPECT_TRUE(left.frame.contains(recorder->floatingStopWindow()->frame()));
+    EXPECT_EQ(recorder->floatingStopWindow()->frame().size(), there.size());
+    EXPECT_TRUE(recorder->isRecording()); // the person ends it
+}
+
 TEST_F(Recorder, theMovieLiesInTheFolderOfTemporaryFiles) {
     record();
     const QString path = *recorder->tempOutputPath();
