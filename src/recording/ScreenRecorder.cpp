@@ -225,13 +225,10 @@ void ScreenRecorder::finishOther(const Engine &engine) {
 void ScreenRecorder::cancelRecording() {
     endRecording();
     const auto path = std::exchange(m_tempOutputPath, std::nullopt);
-    const auto removeFile = [path] {
-        if (path)
-            QFile::remove(*path);
-    };
     if (const Engine engine = std::exchange(m_recordingEngine, nullptr))
-        stopEngine(engine, [removeFile](const auto &, const auto &) { removeFile(); }); // it may be made only now
-    removeFile();
+        stopEngine(engine, [](const auto &, const auto &) {}); // which makes no file from here on
+    if (path)
+        QFile::remove(*path);
     offerSoon();
 }
 
@@ -319,9 +316,8 @@ void ScreenRecorder::showStopBar(const RecordingArea &area) {
 /// Without its bar nobody could end a recording.
 void ScreenRecorder::keepStopBarOnScreen() {
     PanelWindow *window = m_stopBar.window();
-    const Screens &screens = m_ports.selection.screens;
-    if (window && !isWhollyOnAScreen(screens, window->frame()))
-        window->setFrame(movedOntoAScreen(screens, window->frame()));
+    if (window)
+        window->setFrame(movedOntoAScreen(m_ports.selection.screens, window->frame()));
 }
 
 void ScreenRecorder::fitStopBar(QSizeF fittingSize) {
