@@ -190,6 +190,7 @@ TEST_F(Recorder, theSystemSwitchWithADeniedMicrophoneShowsThePromptAndRecordsNot
     auto &card = selectArea();
     card.flipSystemAudio();
     card.start();
+    EXPECT_TRUE(recorder->overlayWindow()); // it is the prompt that takes it away
     time.advance(1min);
     EXPECT_EQ(events.last(), text("microphone alert"));
     EXPECT_THAT(writers.movies, IsEmpty());
@@ -213,6 +214,21 @@ TEST_F(Recorder, aMicrophoneRefusedAtTheStartRecordsNothing) {
     access.answerMicrophone(false);
     time.advance(1min);
     EXPECT_EQ(events.last(), text("microphone alert"));
+    EXPECT_THAT(writers.movies, IsEmpty());
+}
+
+TEST_F(Recorder, aQuestionForTheMicrophoneThatWasLeftOpenIsAskedOnceMore) {
+    auto &card = selectArea();
+    card.flipSystemAudio();
+    card.start();
+    access.answerMicrophone(false);
+    access.setMicrophone(MicrophoneAuthorization::notDetermined); // closed without an answer
+    time.runPending();
+    EXPECT_EQ(access.microphonePrompts(), 2);
+    EXPECT_TRUE(recorder->overlayWindow());
+    EXPECT_FALSE(events.contains(text("microphone alert")));
+    access.answerMicrophone(true); // it starts nothing by itself
+    time.advance(1min);
     EXPECT_THAT(writers.movies, IsEmpty());
 }
 
@@ -453,6 +469,30 @@ TEST_F(Recorder, aStopBeforeTheRecordingHasBegunBeginsNone) {
     EXPECT_EQ(windows.living(), 0);
     EXPECT_THAT(writers.movies, IsEmpty());
     EXPECT_FALSE(recorder->isRecording());
+}
+
+TEST_F(Recorder, aCancelBeforeTheRecordingHasBegunBeginsNone) {
+    selectArea().start();
+    recorder->cancelRecording(); // in the same turn
+    time.advance(1min);
+    EXPECT_EQ(windows.living(), 0);
+    EXPECT_THAT(writers.movies, IsEmpty());
+}
+
+TEST_F(Recorder, aScreenThatIsCapturedOnlyAfterTheStopIsNoRecording) {
+    streams.beSlow();
+    selectArea().start();
+    time.runPending();
+    streams.answerAll(); // what there is to see …
+    streams.beSlow();
+    time.runPending();
+    ASSERT_EQ(streams.streams().size(), 1U);
+    recorder->stopRecording();
+    streams.answerAll(); // … and that it is seen
+    settle();
+    EXPECT_FALSE(recorder->isRecording());
+    EXPECT_EQ(time.timerCount(), 0);
+    EXPECT_EQ(windows.living(), 0);
 }
 
 TEST_F(Recorder, aStopWhileTheRecordingBeginsLeavesNoTimerBehind) {

@@ -210,6 +210,7 @@ TEST_F(Engine, aRefusedVideoInputIsErrorTwoAndLeavesNoFile) {
     writers.refuseVideo(true);
     start();
     EXPECT_EQ(startError, (RecordingError{RecordingError::Code::videoRefused, text("Could not attach video output.")}));
+    EXPECT_EQ(movie().status, MovieWriterStatus::cancelled);
     EXPECT_FALSE(QFile::exists(request.outputPath));
 }
 
@@ -400,6 +401,7 @@ TEST_F(Engine, aBusyWriterLosesPicturesAndNobodyWaits) {
     deliver(complete, 3s);
     EXPECT_EQ(stop().path, request.outputPath);
     EXPECT_THAT(movie().pictures, ElementsAre(1s, 3s));
+    EXPECT_EQ(movie().refusals, 0); // it was not even asked
 }
 
 // Sound.
@@ -412,6 +414,7 @@ TEST_F(Engine, soundFromBeforeTheFirstPictureIsLeftOut) {
     hear(3s);
     stop();
     EXPECT_THAT(movie().sounds, ElementsAre(3s));
+    EXPECT_EQ(movie().refusals, 0);
     EXPECT_TRUE(movie().isAudioFinished);
 }
 
@@ -423,6 +426,7 @@ TEST_F(Engine, aBusyWriterLosesSound) {
     hear(3s);
     stop();
     EXPECT_THAT(movie().sounds, IsEmpty());
+    EXPECT_EQ(movie().refusals, 0);
 }
 
 // Stopping.
@@ -492,8 +496,20 @@ TEST_F(Engine, aStopBeforeTheStreamIsThereFindsNone) {
     time.runPending();
     EXPECT_EQ(startAnswers, 1);
     EXPECT_THAT(microphones.sessions(), IsEmpty()); // nobody is heard any more
+    EXPECT_EQ(engine->microphoneSilence(), std::nullopt);
     engine.reset();
     EXPECT_TRUE(stream().isDropped);
+}
+
+TEST_F(Engine, aStopBeforeTheMicrophoneIsOpenOpensNone) {
+    request.includeAudio = true;
+    microphones.beSlow();
+    start();
+    deliver(complete, 1s);
+    EXPECT_EQ(stop().path, request.outputPath);
+    microphones.answerAll();
+    time.runPending();
+    EXPECT_THAT(microphones.sessions(), IsEmpty());
 }
 
 TEST_F(Engine, aStopBeforeTheWriterIsThereCompletesWithNeither) {

@@ -21,6 +21,7 @@ struct FakeMovie {
     std::optional<MediaTime> sessionStart;
     std::vector<MediaTime> pictures; ///< the moments of those that were taken
     std::vector<MediaTime> sounds;
+    int refusals = 0; ///< samples that came although it was not ready
     bool isVideoFinished = false;
     bool isAudioFinished = false;
     std::optional<MediaTime> end; ///< what `finishWriting` was told
@@ -108,7 +109,7 @@ private:
         }
         bool appendVideo(const ScreenSample &sample) override {
             if (!isVideoReadyForMoreMediaData() || !sample.frame)
-                return false;
+                return refuse();
             m_movie->pictures.push_back(sample.presentationTime);
             if (m_movie->holdsFrames)
                 m_movie->held.push_back(sample.frame);
@@ -116,7 +117,7 @@ private:
         }
         bool appendAudio(const AudioSample &sample) override {
             if (!isAudioReadyForMoreMediaData())
-                return false;
+                return refuse();
             m_movie->sounds.push_back(sample.presentationTime);
             return true;
         }
@@ -139,6 +140,10 @@ private:
         [[nodiscard]] QString outputPath() const override { return m_movie->path; }
 
     private:
+        [[nodiscard]] bool refuse() {
+            ++m_movie->refusals;
+            return false;
+        }
         [[nodiscard]] bool isWriting() const { return m_movie->status == MovieWriterStatus::writing && !m_movie->end; }
 
         FakeMovieWriters &m_owner;
