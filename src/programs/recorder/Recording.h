@@ -73,7 +73,6 @@ private:
     std::uint64_t m_fragmentTicks = 0; ///< of the first picture that waits
     std::optional<Clock::time_point> m_waitingSince;
     Clock::time_point m_extended;
-    bool m_hasWrittenFirst = false;
 };
 
 } // namespace tavrine

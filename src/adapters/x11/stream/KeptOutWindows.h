@@ -79,7 +79,6 @@ private:
     xcb_render_picture_t m_background = 0;
     int m_damageNotice = -1;
     int m_shapeNotice = -1;
-    xcb_atom_t m_compositor = 0;
     bool m_isComposited = false;
     bool m_isLate = false;
     bool m_isOld = false;     ///< an event has changed where windows lie
