@@ -17,7 +17,8 @@ bool SnipperSettingsModel::isSoundMuted() const {
 }
 
 void SnipperSettingsModel::setSoundMuted(bool isMuted) {
-    preference::snipMuteSound.set(m_ports.defaults, isMuted);
+    if (isMuted != isSoundMuted())
+        preference::snipMuteSound.set(m_ports.defaults, isMuted);
 }
 
 bool SnipperSettingsModel::savesWithoutAsking() const {
@@ -25,7 +26,8 @@ bool SnipperSettingsModel::savesWithoutAsking() const {
 }
 
 void SnipperSettingsModel::setSavesWithoutAsking(bool savesWithoutAsking) {
-    preference::snipUseSaveDefault.set(m_ports.defaults, savesWithoutAsking);
+    if (savesWithoutAsking != this->savesWithoutAsking())
+        preference::snipUseSaveDefault.set(m_ports.defaults, savesWithoutAsking);
 }
 
 ColorFormat SnipperSettingsModel::colorFormat() const {

@@ -44,7 +44,8 @@ void CloudUploadSettingsModel::takeSavedScript() {
 }
 
 void CloudUploadSettingsModel::setEnabled(bool isEnabled) {
-    m_ports.uploadManager.setEnabled(isEnabled);
+    if (isEnabled != this->isEnabled())
+        m_ports.uploadManager.setEnabled(isEnabled);
 }
 
 void CloudUploadSettingsModel::setDraftScript(const QString &script) {

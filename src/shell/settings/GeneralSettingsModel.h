@@ -28,7 +28,7 @@ public:
     [[nodiscard]] bool launchAtLogin() const { return m_launchAtLogin; }
     void setLaunchAtLogin(bool isOn);
 
-    /// At once: the item's owner hears of each change.
+    /// At once: the item's owner hears of each change, whoever made it.
     [[nodiscard]] bool showInMenuBar() const;
     void setShowInMenuBar(bool isVisible);
 
@@ -36,8 +36,11 @@ Q_SIGNALS:
     void changed();
 
 private:
+    void preferencesChanged();
+
     Ports m_ports;
     bool m_launchAtLogin;
+    bool m_toldVisible; ///< what the item's owner has heard last
     NotificationCenter::Token m_observer;
 };
 

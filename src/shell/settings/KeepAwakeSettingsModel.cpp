@@ -15,7 +15,8 @@ bool KeepAwakeSettingsModel::showsIndicator() const {
 }
 
 void KeepAwakeSettingsModel::setShowsIndicator(bool isShown) {
-    preference::keepAwakeShowBgIndicator.set(m_defaults, isShown);
+    if (isShown != showsIndicator())
+        preference::keepAwakeShowBgIndicator.set(m_defaults, isShown);
 }
 
 QColor KeepAwakeSettingsModel::indicatorColor() const {

@@ -12,7 +12,8 @@ bool NetworkSettingsModel::showsInternetSpeed() const {
 }
 
 void NetworkSettingsModel::setShowsInternetSpeed(bool shows) {
-    preference::showInternetSpeed.set(m_defaults, shows);
+    if (shows != showsInternetSpeed())
+        preference::showInternetSpeed.set(m_defaults, shows);
 }
 
 SpeedDisplayMode NetworkSettingsModel::displayMode() const {
