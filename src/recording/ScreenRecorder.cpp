@@ -326,7 +326,10 @@ void ScreenRecorder::fitStopBar(QSizeF fittingSize) {
         return;
     const QSizeF size = fittingSize.expandedTo(leastStopBar);
     const QRectF frame = window->frame();
-    window->setFrame({frame.center().x() - size.width() / 2, maxY(frame) - size.height(), size.width(), size.height()});
+    // Its right end stays, where "Stop" is: growing round its middle brought "Restart" under a pointer on its way
+    // there.
+    const double right = frame.x() + frame.width();
+    window->setFrame({right - size.width(), maxY(frame) - size.height(), size.width(), size.height()});
 }
 
 } // namespace tavrine

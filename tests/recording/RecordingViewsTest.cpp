@@ -179,7 +179,7 @@ TEST_F(StopBarView, itGrowsWhenItHasMoreToSay) {
     recorder->fitStopBar(sizes.first());
     const QRectF grown = recorder->floatingStopWindow()->frame();
     EXPECT_EQ(grown.size(), QSizeF(sizes.first()));
-    EXPECT_EQ(grown.center().x(), frame.center().x());
+    EXPECT_EQ(grown.right(), frame.right()); // "Stop" stays under a pointer that is on its way there
     EXPECT_EQ(maxY(grown), maxY(frame));
 }
 

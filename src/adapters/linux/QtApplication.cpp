@@ -12,7 +12,8 @@ void QtApplication::setActivationPolicy(ActivationPolicy policy) {
 }
 
 void QtApplication::terminate() {
-    QCoreApplication::quit();
+    // Not quit(), which asks the windows first: a panel goes by the program's own way and would say no.
+    QCoreApplication::exit(0);
 }
 
 } // namespace tavrine

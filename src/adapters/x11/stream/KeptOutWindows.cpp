@@ -1,6 +1,7 @@
 #include "adapters/x11/stream/KeptOutWindows.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 #include <xcb/composite.h>
@@ -193,7 +194,9 @@ void KeptOutWindows::update() {
         return;
     }
     m_isOld = m_isTreeOld = false;
-    m_isComposited = !m_hidden.isEmpty() && isCompositorRunning(m_link);
+    const bool wasComposited = std::exchange(m_isComposited, !m_hidden.isEmpty() && isCompositorRunning(m_link));
+    if (wasComposited != m_isComposited)
+        forgetPicture();
     // What was hidden is the screen's again, and the other way round.
     m_changed += m_hidden ^ before;
     if (m_hidden.boundingRect() != before.boundingRect())
@@ -240,7 +243,10 @@ void KeptOutWindows::makePicture() {
                       static_cast<std::uint16_t>(area.height()));
     m_picture = m_link.newId();
     xcb_render_create_picture(connection, m_picture, m_pixmap, m_formats.forVisual(screen.root_visual), 0, nullptr);
-    makeBackground();
+    if (m_isComposited)
+        makeComposedBackground();
+    else
+        makeBackground();
 }
 
 /// The server itself paints the root window's picture into a window that has that of its parent. It is there for no
@@ -251,6 +257,7 @@ void KeptOutWindows::makeBackground() {
     const xcb_window_t window = m_link.newId();
     const std::uint32_t values[] = {XCB_BACK_PIXMAP_PARENT_RELATIVE, 1};
     xcb_grab_server(connection); // nobody else hears of it before it is gone
+    m_backgroundOrigin = area.topLeft();
     xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, m_link.root(), static_cast<std::int16_t>(area.x()),
                       static_cast<std::int16_t>(area.y()), static_cast<std::uint16_t>(area.width()),
                       static_cast<std::uint16_t>(area.height()), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
@@ -267,6 +274,53 @@ void KeptOutWindows::makeBackground() {
     m_background = m_link.newId();
     xcb_render_create_picture(connection, m_background, m_backgroundPixmap,
                               m_formats.forVisual(m_link.screen().root_visual), 0, nullptr);
+}
+
+/// Under a compositor the root window's own picture is seen nowhere. What is seen is the pixmap that a property names,
+/// over and over; without one, one colour, which is taken from beside what is hidden.
+void KeptOutWindows::makeComposedBackground() {
+    auto *const connection = m_link.connection();
+    m_backgroundOrigin = {};
+    m_background = m_link.newId();
+    const auto named = m_link.words(m_link.ask(m_link.root(), m_link.atom("_XROOTPMAP_ID")));
+    const auto geometry =
+        named.empty() ? nullptr : m_link.reply<xcb_get_geometry_reply_t>(xcb_get_geometry(connection, named.front()));
+    if (geometry && geometry->depth == m_link.screen().root_depth) {
+        const std::uint32_t repeat = XCB_RENDER_REPEAT_NORMAL;
+        xcb_render_create_picture(connection, m_background, named.front(),
+                                  m_formats.forVisual(m_link.screen().root_visual), XCB_RENDER_CP_REPEAT, &repeat);
+        return;
+    }
+    const std::uint32_t pixel = colourBesideTheHidden().value_or(0);
+    const auto wide = [pixel](int shift) { return static_cast<std::uint16_t>((pixel >> shift & 0xFF) * 0x101); };
+    xcb_render_create_solid_fill(connection, m_background, {wide(16), wide(8), wide(0), 0xFFFF});
+}
+
+/// The nearest pixel where nothing but the background is seen.
+std::optional<std::uint32_t> KeptOutWindows::colourBesideTheHidden() {
+    QRegion taken = m_hidden;
+    for (const WindowStack::Window &window : m_stack.windows())
+        if (window.isMapped && !isKeptOut(window.id))
+            taken += window.area;
+    const QRect screen(0, 0, m_link.screen().width_in_pixels, m_link.screen().height_in_pixels);
+    const QPoint middle = m_hidden.boundingRect().center();
+    std::optional<QPoint> nearest;
+    for (const QRect &free : QRegion(screen) - taken) {
+        const QPoint place(std::clamp(middle.x(), free.left(), free.right()),
+                           std::clamp(middle.y(), free.top(), free.bottom()));
+        if (!nearest || (place - middle).manhattanLength() < (*nearest - middle).manhattanLength())
+            nearest = place;
+    }
+    if (!nearest)
+        return std::nullopt;
+    const auto image = m_link.reply<xcb_get_image_reply_t>(
+        xcb_get_image(m_link.connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, m_link.root(),
+                      static_cast<std::int16_t>(nearest->x()), static_cast<std::int16_t>(nearest->y()), 1, 1, ~0U));
+    if (!image || xcb_get_image_data_length(image.get()) < 4)
+        return std::nullopt;
+    std::uint32_t pixel = 0;
+    std::memcpy(&pixel, xcb_get_image_data(image.get()), sizeof(pixel));
+    return pixel;
 }
 
 void KeptOutWindows::forgetPicture() {
@@ -299,8 +353,10 @@ void KeptOutWindows::draw(const QRegion &part) {
     auto *const connection = m_link.connection();
     const QRect whole = m_hidden.boundingRect();
     const xcb_xfixes_region_t region = makeRegion(m_link, part, whole.topLeft());
+    const auto x = static_cast<std::int16_t>(whole.x() - m_backgroundOrigin.x());
+    const auto y = static_cast<std::int16_t>(whole.y() - m_backgroundOrigin.y());
     xcb_xfixes_set_picture_clip_region(connection, m_picture, region, 0, 0);
-    xcb_render_composite(connection, XCB_RENDER_PICT_OP_SRC, m_background, XCB_NONE, m_picture, 0, 0, 0, 0, 0, 0,
+    xcb_render_composite(connection, XCB_RENDER_PICT_OP_SRC, m_background, XCB_NONE, m_picture, x, y, 0, 0, 0, 0,
                          static_cast<std::uint16_t>(whole.width()), static_cast<std::uint16_t>(whole.height()));
     for (const auto &layer : m_layers)
         layer->draw(m_picture, whole.topLeft(), region, m_isComposited);

@@ -60,6 +60,8 @@ private:
     void follow();
     void makePicture();
     void makeBackground();
+    void makeComposedBackground();
+    [[nodiscard]] std::optional<std::uint32_t> colourBesideTheHidden();
     void forgetPicture();
     [[nodiscard]] bool isKeptOut(xcb_window_t window) const;
 
@@ -77,6 +79,7 @@ private:
     xcb_render_picture_t m_picture = 0;
     xcb_pixmap_t m_backgroundPixmap = 0;
     xcb_render_picture_t m_background = 0;
+    QPoint m_backgroundOrigin; ///< the place on the screen of its upper left corner
     int m_damageNotice = -1;
     int m_shapeNotice = -1;
     bool m_isComposited = false;
