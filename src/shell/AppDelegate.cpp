@@ -284,6 +284,17 @@ void AppDelegate::openMainWindow(SidebarItem item) {
         m_shell.time().async(this, [this, notice] { m_shell.center().post(QLatin1String(notice)); });
 }
 
+/// Once more, when the menu is gone for certain: the desktop may have given the front to another meanwhile. Who has
+/// closed the window by then wants none.
+void AppDelegate::bringSettingsForward() {
+    LargeWindows &windows = m_shell.largeWindows();
+    if (!windows.window(LargeWindows::Kind::settings))
+        return;
+    windows.becomeRegular();
+    windows.activateApplication();
+    windows.bringForward(LargeWindows::Kind::settings);
+}
+
 void AppDelegate::showOnboarding() {
     m_onboarding.showOnboarding();
 }
@@ -306,7 +317,7 @@ TrayMenu &AppDelegate::trayMenu() {
                 .willOpen = [this] { menuWillOpen(); },
                 .openEditor = [this] { m_shell.center().post(QStringLiteral("openTavrineEditorRequested")); },
                 .openSettings = [this] { openSettings(); },
-                .bringSettingsForward = [this] { m_shell.largeWindows().bringForward(LargeWindows::Kind::settings); }});
+                .bringSettingsForward = [this] { bringSettingsForward(); }});
     });
 }
 

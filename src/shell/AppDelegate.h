@@ -45,6 +45,7 @@ public:
     void handleOpenClipboardSettingsRequested();
     void handleOpenLofiSettingsRequested();
     void menuWillOpen();
+    void bringSettingsForward();
     void checkForUpdates();
     void startSnip();
     void pickColor();

@@ -1,6 +1,7 @@
 #include "ShellTest.h"
 #include "capture/SnipFlow.h"
 #include "capture/editor/TavrineEditorContainerView.h"
+#include "shell/menu/TrayMenu.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -150,6 +151,29 @@ TEST_F(AppDelegateTest, theEditorDoesNotOpenWhileItsSwitchIsOff) {
         delegate->openEditor(QImage());
     });
     EXPECT_FALSE(window(LargeWindows::Kind::editor));
+}
+
+TEST_F(AppDelegateTest, theSettingsTileBringsTheWindowForwardTwiceWhateverCameBetween) {
+    const FakeApplicationActivator &activator = desktop.applicationActivator();
+    delegate->trayMenu().quickActions().run(QuickAction::settings);
+    time.advance(180ms);
+    ASSERT_TRUE(window(LargeWindows::Kind::settings));
+    const int activations = activator.ownActivations();
+    const std::size_t forwards = activator.broughtForward().size();
+    desktop.application().setActivationPolicy(ActivationPolicy::accessory);
+    time.advance(120ms);
+    EXPECT_EQ(activator.ownActivations(), activations + 1);
+    EXPECT_EQ(activator.broughtForward().size(), forwards + 1);
+    EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::regular);
+}
+
+TEST_F(AppDelegateTest, theSettingsTileLeavesAWindowClosedThatIsClosedAtOnce) {
+    delegate->trayMenu().quickActions().run(QuickAction::settings);
+    time.advance(180ms);
+    window(LargeWindows::Kind::settings)->close();
+    time.advance(1s);
+    EXPECT_FALSE(window(LargeWindows::Kind::settings));
+    EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::accessory);
 }
 
 TEST_F(AppDelegateTest, theTrayItemFollowsItsNotice) {
