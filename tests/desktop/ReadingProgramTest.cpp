@@ -71,7 +71,8 @@ TEST_F(CapturesOfAProgram, theTextOfACaptureGoesWhenThePersonSwitchesToAnotherWi
     ASSERT_TRUE(capturing.clickInCard(lastOfFive));
     ASSERT_TRUE(waitUntil([this] { return desktop.hasKeyboard(notepad); }));
     (void)waitUntil([] { return false; }, 700ms); // until it takes the loss of the keyboard for the person's wish
-    // As long as a finger holds it: a window manager whose grab comes after Alt has been let go waits for that for ever.
+    // As long as a finger holds it: a window manager whose grab comes after Alt has been let go waits for that for
+    // ever.
     desktop.keyboard.down(key::leftAlt);
     desktop.keyboard.tap(key::tab);
     (void)waitUntil([] { return false; }, 200ms);
