@@ -11,10 +11,17 @@ namespace tavrine {
 /// Kinds of events, as bits of a mask.
 namespace eventMask {
 inline constexpr quint32 leftMouseDown = 1U << 1;
+inline constexpr quint32 leftMouseUp = 1U << 2;
 inline constexpr quint32 rightMouseDown = 1U << 3;
+inline constexpr quint32 rightMouseUp = 1U << 4;
+inline constexpr quint32 mouseMoved = 1U << 5;
+inline constexpr quint32 leftMouseDragged = 1U << 6;
+inline constexpr quint32 rightMouseDragged = 1U << 7;
 inline constexpr quint32 keyDown = 1U << 10;
 inline constexpr quint32 flagsChanged = 1U << 12;
 inline constexpr quint32 scrollWheel = 1U << 22;
+inline constexpr quint32 otherMouseUp = 1U << 26;
+inline constexpr quint32 otherMouseDragged = 1U << 27;
 } // namespace eventMask
 
 /// Modifier keys that are down, as bits. The low 16 bits carry nothing that anybody may rely on.
