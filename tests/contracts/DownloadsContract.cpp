@@ -305,6 +305,7 @@ TEST_F(DownloaderTest, aDownloaderThatCrashesIsAnErrorAndTheEndOfTheTaskEndsIt) 
     ::kill(children().front(), SIGKILL);
     EXPECT_TRUE(isComplete());
     EXPECT_EQ(error, text("the downloader: it ended unexpectedly"));
+    ASSERT_TRUE(eventually([&] { return children().isEmpty(); })); // it closes its pipe before it has ended
     fetch(net.server.at(text("/endless")));
     ASSERT_EQ(children().size(), 1);
     task.reset();

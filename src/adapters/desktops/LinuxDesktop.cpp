@@ -50,20 +50,17 @@ const Folders &LinuxDesktop::folders() {
 }
 
 Instance LinuxDesktop::becomeOnlyInstance(std::function<void()> onReopen) {
-    const Instance instance =
-        m_instance
-            .get([&] {
-                return std::make_unique<DBusSingleInstance>(
-                    m_startupId, [this, onReopen = std::move(onReopen)](const QByteArray &startupId) {
-                        startedAgain(startupId);
-                        onReopen();
-                    });
-            })
-            .start();
-    // Before the first widget, at which the toolkit would ask for screen readers itself and wait.
-    if (instance == Instance::first)
-        m_accessibility = std::make_unique<LateAccessibility>();
-    return instance;
+    // Before the first widget, at which the toolkit would ask for screen readers itself and wait, and before a bus.
+    m_accessibility = std::make_unique<LateAccessibility>();
+    return m_instance
+        .get([&] {
+            return std::make_unique<DBusSingleInstance>(
+                m_startupId, [this, onReopen = std::move(onReopen)](const QByteArray &startupId) {
+                    startedAgain(startupId);
+                    onReopen();
+                });
+        })
+        .start();
 }
 
 Application &LinuxDesktop::application() {

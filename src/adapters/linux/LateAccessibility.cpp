@@ -59,16 +59,21 @@ bool isAlwaysWanted() {
 
 } // namespace
 
-LateAccessibility::LateAccessibility()
-    : LateAccessibility([this](const QString &address) {
-          if (m_bridge)
-              QMetaObject::invokeMethod(m_bridge, bridgeSlot, Q_ARG(QString, address));
-      }) {
-    makeBridge();
+LateAccessibility::LateAccessibility() : m_fixedAddress(qEnvironmentVariable(addressVariable)) {
+    makeBridge(); // before a bus is opened: the bridge waits for who opens one
+    m_begin = [this](const QString &address) {
+        if (m_bridge)
+            QMetaObject::invokeMethod(m_bridge, bridgeSlot, Q_ARG(QString, address));
+    };
+    followBus();
 }
 
 LateAccessibility::LateAccessibility(Begin begin)
     : m_begin(std::move(begin)), m_fixedAddress(qEnvironmentVariable(addressVariable)) {
+    followBus();
+}
+
+void LateAccessibility::followBus() {
     sessionBus::follow(this, [this](const QDBusConnection &bus) { onBusOpen(bus); });
 }
 

@@ -16,7 +16,8 @@ namespace tavrine {
 /// Left to itself, Qt asks for one when the first widget gets an accessible name, and waits on the main thread for the
 /// session bus and for the owner of org.a11y.Bus, 25 s a call. This object has Qt's bridge made without a question and
 /// asks itself, without waiting: whether anybody wants it, and whether the accessibility bus and its registry answer.
-/// Who hangs is heard on coming to itself. Made on the main thread right after the application; lives as long.
+/// Who hangs is heard on coming to itself. Made on the main thread right after the application and before anything
+/// opens a bus, since making the bridge waits for whoever opens one; lives as long.
 class LateAccessibility final : public QObject {
     Q_OBJECT
 
@@ -36,6 +37,7 @@ private Q_SLOTS:
 
 private:
     void makeBridge();
+    void followBus();
     void onBusOpen(const QDBusConnection &bus);
     void askForAddress();
     void openBus(const QString &address);
