@@ -48,7 +48,8 @@ protected:
                     answer(files.contains(path));
                 }};
     }
-    [[nodiscard]] std::string output() {
+    /// What was printed since the last call.
+    std::string output() {
         const std::string printed = testing::internal::GetCapturedStdout();
         testing::internal::CaptureStdout();
         return printed;

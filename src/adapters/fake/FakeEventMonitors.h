@@ -12,6 +12,8 @@ namespace tavrine {
 class FakeEventMonitors final : public EventMonitors {
 public:
     [[nodiscard]] std::unique_ptr<EventMonitor> addGlobalMonitor(quint32 mask, GlobalHandler handler) override {
+        if (m_isBroken)
+            return nullptr;
         return add(mask, true, [handler = std::move(handler)](const InputEvent &event) {
             handler(event);
             return false;
@@ -36,6 +38,12 @@ public:
     void mouseDown(quint32 type, bool isOverOurWindow) {
         tell({.type = type, .modifierFlags = 0, .keyCode = -1, .scrollDelta = {}}, !isOverOurWindow);
     }
+
+    /// The mouse moves, is dragged or released, over another program's window or ours.
+    void mouse(quint32 type, bool isOverOurWindow = false) { mouseDown(type, isOverOurWindow); }
+
+    /// No global monitor can be installed while it is.
+    void setBroken(bool isBroken) { m_isBroken = isBroken; }
 
     [[nodiscard]] int globalCount() const { return count(true); }
     [[nodiscard]] int localCount() const { return count(false); }
@@ -73,6 +81,7 @@ private:
 
     std::vector<std::shared_ptr<Entry>> m_entries;
     bool m_isActive = false;
+    bool m_isBroken = false;
 };
 
 } // namespace tavrine
