@@ -30,6 +30,12 @@ struct Screen {
     return rect.y() + rect.height();
 }
 
+/// The pointer at one moment.
+struct PointerReading {
+    QPointF location;
+    quint32 pressedButtons = 0; ///< bit 0 is the left button, bit 1 the right one, bit 2 the middle one
+};
+
 /// The screens of the desktop and the pointer on them. Lives on the main thread, as long as the process.
 class Screens {
 public:
@@ -48,10 +54,10 @@ public:
     /// A rectangle of this plane where the toolkit has it, whose own plane starts at the top.
     [[nodiscard]] virtual QRectF toolkitRect(const QRectF &rect) const = 0;
 
-    [[nodiscard]] virtual QPointF mouseLocation() const = 0;
-
-    /// Bit 0 is the left button, bit 1 the right one, bit 2 the middle one.
-    [[nodiscard]] virtual quint32 pressedMouseButtons() const = 0;
+    /// Where the pointer is, and what is pressed. Cheap enough to be asked many times a second.
+    [[nodiscard]] virtual PointerReading pointer() const = 0;
+    [[nodiscard]] QPointF mouseLocation() const { return pointer().location; }
+    [[nodiscard]] quint32 pressedMouseButtons() const { return pointer().pressedButtons; }
 
     /// Calls `handler` after screens came, went, moved, or changed their visible frame.
     [[nodiscard]] virtual Token onChange(std::function<void()> handler) = 0;

@@ -24,8 +24,7 @@ public:
         const double height = m_screens.isEmpty() ? 0 : m_screens.first().frame.height();
         return {rect.x(), height - rect.y() - rect.height(), rect.width(), rect.height()};
     }
-    [[nodiscard]] QPointF mouseLocation() const override { return m_mouse; }
-    [[nodiscard]] quint32 pressedMouseButtons() const override { return m_buttons; }
+    [[nodiscard]] PointerReading pointer() const override { return {m_mouse, m_buttons}; }
     [[nodiscard]] Token onChange(std::function<void()> handler) override {
         auto token = std::make_shared<std::function<void()>>(std::move(handler));
         m_listeners.push_back(token);

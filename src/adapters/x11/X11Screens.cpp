@@ -1,6 +1,5 @@
 #include "adapters/x11/X11Screens.h"
 
-#include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QTimer>
@@ -23,6 +22,15 @@ QRectF pointsOnScreen(const QRect &device, const QScreen &screen) {
     const QPointF corner = screen.geometry().topLeft();
     const double scale = screen.devicePixelRatio();
     return {corner + (QPointF(device.topLeft()) - corner) / scale, QSizeF(device.size()) / scale};
+}
+
+/// On Qt's plane. Between the screens, as on the first.
+QPointF pointOfDevice(QPoint device) {
+    const auto screens = QGuiApplication::screens();
+    for (const QScreen *screen : screens)
+        if (deviceRect(*screen).contains(device))
+            return pointsOnScreen({device, QSize()}, *screen).topLeft();
+    return screens.isEmpty() ? QPointF(device) : pointsOnScreen({device, QSize()}, *screens.first()).topLeft();
 }
 
 } // namespace
@@ -163,19 +171,18 @@ std::optional<Screen> X11Screens::mainScreen() const {
     return all.isEmpty() ? std::nullopt : std::optional(all.first());
 }
 
-QPointF X11Screens::mouseLocation() const {
-    return flippedPoint(QCursor::pos());
-}
-
-quint32 X11Screens::pressedMouseButtons() const {
+PointerReading X11Screens::pointer() const {
     if (!m_client.isConnected())
-        return 0;
-    const auto pointer =
-        m_client.reply<xcb_query_pointer_reply_t>(xcb_query_pointer(m_client.connection(), m_client.root()));
-    if (!pointer)
-        return 0;
-    return (pointer->mask & XCB_BUTTON_MASK_1 ? 1U : 0U) | (pointer->mask & XCB_BUTTON_MASK_3 ? 2U : 0U) |
-           (pointer->mask & XCB_BUTTON_MASK_2 ? 4U : 0U);
+        return {};
+    const auto answer =
+        m_client.quickReply<xcb_query_pointer_reply_t>(xcb_query_pointer(m_client.connection(), m_client.root()));
+    if (!answer)
+        return m_pointer;
+    const quint16 mask = answer->mask;
+    m_pointer.location = flippedPoint(pointOfDevice({answer->root_x, answer->root_y}));
+    m_pointer.pressedButtons = (mask & XCB_BUTTON_MASK_1 ? 1U : 0U) | (mask & XCB_BUTTON_MASK_3 ? 2U : 0U) |
+                               (mask & XCB_BUTTON_MASK_2 ? 4U : 0U);
+    return m_pointer;
 }
 
 } // namespace tavrine

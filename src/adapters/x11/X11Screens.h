@@ -25,8 +25,7 @@ public:
     [[nodiscard]] QList<Screen> screens() const override;
     [[nodiscard]] std::optional<Screen> mainScreen() const override;
     [[nodiscard]] QRectF toolkitRect(const QRectF &rect) const override { return flippedRect(rect); }
-    [[nodiscard]] QPointF mouseLocation() const override;
-    [[nodiscard]] quint32 pressedMouseButtons() const override;
+    [[nodiscard]] PointerReading pointer() const override;
     [[nodiscard]] Token onChange(std::function<void()> handler) override;
 
 private:
@@ -35,7 +34,8 @@ private:
     [[nodiscard]] std::vector<QRect> workAreas() const; ///< in device pixels
     [[nodiscard]] std::optional<QPoint> middleOfFocusedWindow() const;
 
-    mutable XcbClient m_client; // asking reads from it
+    mutable XcbClient m_client;       // asking reads from it
+    mutable PointerReading m_pointer; ///< the last one: what holds while the server does not answer
     std::vector<std::weak_ptr<std::function<void()>>> m_listeners;
     bool m_isChangePosted = false;
 };

@@ -45,6 +45,14 @@ public:
         drainSoon();
         return answer;
     }
+    /// For what is asked many times a second: another turn follows only where events were read on the way.
+    template <class Reply, class Cookie>
+    [[nodiscard]] XcbReply<Reply> quickReply(Cookie cookie) {
+        auto answer = m_link.reply<Reply>(cookie);
+        if (m_link.hasReadEvent())
+            drainSoon();
+        return answer;
+    }
     [[nodiscard]] bool takeIsLate() { return m_link.takeIsLate(); }
 
     /// Reads of a property start with `ask`, so that several can be under way, and end with one of the others. What is

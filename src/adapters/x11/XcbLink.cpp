@@ -70,6 +70,12 @@ std::optional<bool> XcbLink::isRefused(xcb_void_cookie_t cookie) {
     return isRefused;
 }
 
+bool XcbLink::hasReadEvent() {
+    if (!m_next)
+        m_next.reset(xcb_poll_for_queued_event(m_connection));
+    return m_next != nullptr;
+}
+
 bool XcbLink::finish() {
     return reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(m_connection)) != nullptr;
 }

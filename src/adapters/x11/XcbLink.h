@@ -84,7 +84,11 @@ public:
     [[nodiscard]] std::string text(xcb_get_property_cookie_t cookie);
 
     /// The next event that has arrived; none when there is no more. Never waits.
-    [[nodiscard]] XcbEvent nextEvent() { return XcbEvent{xcb_poll_for_event(m_connection)}; }
+    [[nodiscard]] XcbEvent nextEvent() {
+        return m_next ? std::move(m_next) : XcbEvent{xcb_poll_for_event(m_connection)};
+    }
+    /// Whether one was read along with an answer: the socket tells of it no more. Reads nothing itself.
+    [[nodiscard]] bool hasReadEvent();
     /// Waits until something can be read, for `longest` at most.
     void waitForInput(Wait longest) const;
 
@@ -93,6 +97,7 @@ private:
 
     xcb_connection_t *m_connection;
     xcb_screen_t *m_screen = nullptr;
+    XcbEvent m_next; ///< taken out of xcb, which hides how many it has
     std::map<std::string, xcb_atom_t> m_atoms;
     Wait m_longestWait;
     int m_screenNumber = 0;

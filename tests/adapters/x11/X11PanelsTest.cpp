@@ -20,6 +20,7 @@
 #include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QPointer>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QWidget>
 #include <QWindow>
@@ -343,6 +344,32 @@ TEST_F(X11PanelsTest, theScreenAndThePointerAreToldFromTheBottomLeft) {
     keyboard.movePointer(100, 50);
     EXPECT_TRUE(waitUntil([&] { return screens.mouseLocation() == QPointF(100, 750); }, 1s));
     EXPECT_EQ(screens.pressedMouseButtons(), 0U);
+    ASSERT_TRUE(keyboard.grabPointer()); // no menu of the window manager opens
+    quint32 pressed = 0;
+    for (const int button : {1, 3, 2}) {
+        keyboard.press(button);
+        pressed = pressed << 1 | 1;
+        EXPECT_EQ(screens.pointer().pressedButtons, pressed);
+    }
+    for (const int button : {2, 3, 1})
+        keyboard.release(button);
+    keyboard.ungrabPointer();
+    EXPECT_EQ(screens.pointer().pressedButtons, 0U);
+    EXPECT_EQ(screens.pointer().location, QPointF(100, 750));
+}
+
+TEST_F(X11PanelsTest, whatArrivesWithTheAnswerAboutThePointerIsNotForgotten) {
+    int changes = 0;
+    const auto listening = screens.onChange([&] { ++changes; });
+    settle(50ms);
+    changes = 0;
+    ASSERT_EQ(QProcess::execute(QStringLiteral("xprop"),
+                                {QStringLiteral("-root"), QStringLiteral("-f"), QStringLiteral("_NET_WORKAREA"),
+                                 QStringLiteral("32c"), QStringLiteral("-set"), QStringLiteral("_NET_WORKAREA"),
+                                 QStringLiteral("0, 0, 1280, 700")}),
+              0);
+    (void)screens.pointer(); // has read the notice
+    EXPECT_TRUE(waitUntil([&] { return changes == 1; }));
 }
 
 } // namespace
