@@ -1,0 +1,102 @@
+#include "adapters/x11/X11EdgeWindow.h"
+
+#include "adapters/x11/X11Compositor.h"
+#include "adapters/x11/X11EdgeView.h"
+#include "adapters/x11/X11Screens.h"
+#include "adapters/x11/X11WindowDescription.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWindow>
+
+namespace tavrine {
+namespace {
+
+class X11EdgeWindow final : public EdgeWindow {
+public:
+    X11EdgeWindow(const EdgeWindowDescription &description, X11ApplicationActivator &activator)
+        : m_activator(activator), m_view(description), m_frame(QPointF(), description.largestSize) {
+        m_forDesktop.level = description.level;
+        m_forDesktop.collectionBehavior = description.collectionBehavior;
+        m_forDesktop.canBecomeKey = false;
+        // The plane of the frames hangs on the first screen's lower edge: where that moves, an equal frame lies
+        // elsewhere.
+        QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, &m_view, [this] { followScreens(); });
+        followScreens();
+    }
+    ~X11EdgeWindow() override { returnKeyboard(); }
+
+    [[nodiscard]] qint64 windowNumber() const override { return static_cast<qint64>(m_view.winId()); }
+    [[nodiscard]] bool isVisible() const override { return m_view.isVisible(); }
+    [[nodiscard]] QRectF frame() const override { return m_frame; }
+    void setFrame(const QRectF &frame, std::chrono::milliseconds duration) override {
+        m_frame = frame;
+        m_view.setFrame(flippedRect(frame), duration);
+    }
+    [[nodiscard]] bool ignoresMouseEvents() const override { return m_view.ignoresMouseEvents(); }
+    void setIgnoresMouseEvents(bool ignores) override { m_view.setIgnoresMouseEvents(ignores); }
+
+    void orderFrontRegardless() override {
+        if (!m_view.isVisible()) {
+            m_compositor = std::make_unique<X11Compositor>([this](bool isRunning) { m_view.setComposited(isRunning); });
+            describeToDesktop(*m_view.windowHandle(), m_forDesktop, {});
+            m_view.show();
+        }
+        m_view.raise();
+        m_view.flush();
+    }
+
+    void orderOut() override {
+        returnKeyboard();
+        m_compositor.reset();
+        m_view.hide();
+        m_view.flush();
+    }
+
+    void takeKeyboard() override {
+        if (!m_view.isVisible())
+            return;
+        const auto own = static_cast<xcb_window_t>(m_view.winId());
+        if (const xcb_window_t focused = m_activator.focusedWindow(); focused != own)
+            m_focusBefore = focused;
+        flushQtConnection(); // a window that is not on the screen yet cannot have it
+        m_activator.focusWindow(own);
+    }
+
+    void returnKeyboard() override {
+        const auto before = std::exchange(m_focusBefore, xcb_window_t{XCB_WINDOW_NONE});
+        const auto own = static_cast<xcb_window_t>(m_view.winId());
+        if (before == XCB_WINDOW_NONE || m_activator.focusedWindow() != own)
+            return; // the person has given it to somebody meanwhile
+        m_activator.focusWindow(before);
+        if (m_activator.focusedWindow() == own) // who had it has gone
+            m_activator.focusWindow(XCB_INPUT_FOCUS_POINTER_ROOT);
+    }
+
+    void setContentView(QWidget *content) override { m_view.setContent(content); }
+
+private:
+    void followScreens() {
+        QObject::disconnect(m_screenMoves);
+        if (QScreen *first = QGuiApplication::primaryScreen())
+            m_screenMoves = QObject::connect(first, &QScreen::geometryChanged, &m_view,
+                                             [this] { m_view.setFrame(flippedRect(m_frame), {}); });
+        m_view.setFrame(flippedRect(m_frame), {});
+    }
+
+    X11ApplicationActivator &m_activator;
+    X11EdgeView m_view;
+    PanelDescription m_forDesktop;
+    QRectF m_frame;
+    QMetaObject::Connection m_screenMoves;
+    std::unique_ptr<X11Compositor> m_compositor; ///< watched while the window is shown
+    xcb_window_t m_focusBefore = XCB_WINDOW_NONE;
+};
+
+} // namespace
+
+std::unique_ptr<EdgeWindow> X11EdgeWindows::makeEdgeWindow(const EdgeWindowDescription &description) {
+    return std::make_unique<X11EdgeWindow>(description, m_activator);
+}
+
+} // namespace tavrine
