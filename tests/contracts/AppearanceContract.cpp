@@ -198,6 +198,17 @@ TEST(GtkSettingsFilesTest, theNewerVersionsFileCountsFirst) {
     EXPECT_EQ(GtkSettingsFiles(files.folder()).settings().colorScheme, ColorScheme::noPreference);
 }
 
+TEST(GtkSettingsFilesTest, nameTheThemesOfIconsAndSounds) {
+    SettingsFiles files;
+    EXPECT_EQ(gtkThemes(files.folder()).hasEventSounds, std::nullopt);
+    files.write("gtk-3.0", "gtk-icon-theme-name=Papirus\ngtk-sound-theme-name=ocean\ngtk-enable-event-sounds=0\n");
+    files.write("gtk-4.0", "gtk-icon-theme-name=Adwaita\n");
+    const DesktopThemes themes = gtkThemes(files.folder());
+    EXPECT_EQ(themes.icons, QStringLiteral("Adwaita"));
+    EXPECT_EQ(themes.sounds, QStringLiteral("ocean"));
+    EXPECT_EQ(themes.hasEventSounds, false);
+}
+
 TEST(GtkSettingsFilesTest, aFileThatIsReplacedIsReadAnew) {
     SettingsFiles files;
     files.write("gtk-3.0", "gtk-theme-name=Adwaita\n");

@@ -124,6 +124,10 @@ std::vector<std::unique_ptr<Appearance>> LinuxDesktop::toolkitSettings() {
     return settings;
 }
 
+DesktopThemes LinuxDesktop::themes() {
+    return gtkThemes(folders().preferences);
+}
+
 Alerts &LinuxDesktop::alerts() {
     return m_alerts.get([] { return std::make_unique<look::ModalAlerts>(); });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/linux/DesktopThemes.h"
 #include "base/MadeOnce.h"
 #include "ports/Desktop.h"
 #include "ports/Folders.h"
@@ -63,6 +64,9 @@ protected:
 
     /// Where the person's wishes for looks stand when no portal knows them, in the order in which they count.
     [[nodiscard]] virtual std::vector<std::unique_ptr<Appearance>> toolkitSettings();
+
+    /// The icons and sounds that toolkits of this desktop use now.
+    [[nodiscard]] virtual DesktopThemes themes();
 
     /// What keeps the machine awake, all at once.
     [[nodiscard]] virtual std::vector<std::unique_ptr<PowerKeeper>> powerKeepers();

@@ -110,8 +110,23 @@ Access &X11Desktop::access() {
 
 std::vector<std::unique_ptr<Appearance>> X11Desktop::toolkitSettings() {
     auto settings = LinuxDesktop::toolkitSettings();
-    settings.insert(settings.begin(), std::make_unique<XSettingsAppearance>());
+    auto service = std::make_unique<XSettingsAppearance>();
+    m_settings = service.get();
+    settings.insert(settings.begin(), std::move(service));
     return settings;
+}
+
+DesktopThemes X11Desktop::themes() {
+    static_cast<void>(appearance());
+    DesktopThemes themes = m_settings->themes();
+    const DesktopThemes files = LinuxDesktop::themes();
+    if (themes.icons.isEmpty())
+        themes.icons = files.icons;
+    if (themes.sounds.isEmpty())
+        themes.sounds = files.sounds;
+    if (!themes.hasEventSounds)
+        themes.hasEventSounds = files.hasEventSounds;
+    return themes;
 }
 
 std::vector<std::unique_ptr<PowerKeeper>> X11Desktop::powerKeepers() {

@@ -7,6 +7,7 @@ namespace tavrine {
 class KeyboardSilence;
 class X11ApplicationActivator;
 class X11Compositor;
+class XSettingsAppearance;
 
 /// A desktop whose windows an X server draws.
 class X11Desktop final : public LinuxDesktop {
@@ -32,6 +33,7 @@ public:
 protected:
     void startedAgain(const QByteArray &startupId) override;
     [[nodiscard]] std::vector<std::unique_ptr<Appearance>> toolkitSettings() override;
+    [[nodiscard]] DesktopThemes themes() override;
     [[nodiscard]] std::vector<std::unique_ptr<PowerKeeper>> powerKeepers() override;
 
 private:
@@ -53,6 +55,7 @@ private:
     MadeOnce<PluginLoader<ScreenStreams>> m_screenStreams;
     MadeOnce<ScreenStreams> m_noScreenStreams;
     std::unique_ptr<X11Compositor> m_compositor;
+    const XSettingsAppearance *m_settings = nullptr; ///< the appearance's, once that is made
 };
 
 } // namespace tavrine

@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 
 #include <optional>
 
@@ -12,38 +13,65 @@ namespace {
 
 constexpr qint64 longestFile = 65536;
 
-/// Whether the file asks for dark; none when it says nothing of it.
-std::optional<bool> wantsDark(const QString &path) {
+using Settings = QHash<QByteArray, QByteArray>;
+
+/// What the file sets; nothing when there is none.
+Settings settingsOf(const QString &path) {
+    Settings settings;
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) // a pipe would be waited for
-        return std::nullopt;
-    std::optional<bool> prefersDark;
-    std::optional<bool> isThemeDark;
+        return settings;
     bool isSettings = false;
     for (const QByteArray &rawLine : file.read(longestFile).split('\n')) {
         const QByteArray line = rawLine.trimmed();
         const auto equals = line.indexOf('=');
-        if (line.startsWith('[')) {
+        if (line.startsWith('['))
             isSettings = line == "[Settings]";
-        } else if (isSettings && equals > 0) {
-            const QByteArray key = line.first(equals).trimmed();
-            const QByteArray value = line.sliced(equals + 1).trimmed();
-            if (key == "gtk-application-prefer-dark-theme")
-                prefersDark = value == "1" || value.toLower() == "true";
-            else if (key == "gtk-theme-name")
-                isThemeDark = isDarkTheme(QString::fromUtf8(value));
-        }
+        else if (isSettings && equals > 0)
+            settings.insert(line.first(equals).trimmed(), line.sliced(equals + 1).trimmed());
     }
-    if (prefersDark || isThemeDark)
-        return prefersDark.value_or(false) || isThemeDark.value_or(false);
-    return std::nullopt;
+    return settings;
+}
+
+std::optional<bool> claim(const Settings &settings, const char *key) {
+    const auto found = settings.constFind(key);
+    if (found == settings.constEnd())
+        return std::nullopt;
+    return *found == "1" || found->toLower() == "true";
+}
+
+/// Whether the file asks for dark; none when it says nothing of it.
+std::optional<bool> wantsDark(const QString &path) {
+    const Settings settings = settingsOf(path);
+    const std::optional<bool> prefersDark = claim(settings, "gtk-application-prefer-dark-theme");
+    const auto theme = settings.constFind("gtk-theme-name");
+    if (!prefersDark && theme == settings.constEnd())
+        return std::nullopt;
+    return prefersDark.value_or(false) || (theme != settings.constEnd() && isDarkTheme(QString::fromUtf8(*theme)));
+}
+
+QStringList filesIn(const QString &configFolder) {
+    return {configFolder + QStringLiteral("/gtk-4.0/settings.ini"),
+            configFolder + QStringLiteral("/gtk-3.0/settings.ini")};
 }
 
 } // namespace
 
-GtkSettingsFiles::GtkSettingsFiles(const QString &configFolder)
-    : m_files{configFolder + QStringLiteral("/gtk-4.0/settings.ini"),
-              configFolder + QStringLiteral("/gtk-3.0/settings.ini")} {
+DesktopThemes gtkThemes(const QString &configFolder) {
+    DesktopThemes themes;
+    for (const QString &file : filesIn(configFolder)) {
+        const Settings settings = settingsOf(file);
+        if (themes.icons.isEmpty())
+            themes.icons = QString::fromUtf8(settings.value("gtk-icon-theme-name"));
+        if (themes.sounds.isEmpty())
+            themes.sounds = QString::fromUtf8(settings.value("gtk-sound-theme-name"));
+        if (!themes.hasEventSounds)
+            themes.hasEventSounds = claim(settings, "gtk-enable-event-sounds");
+    }
+    return themes;
+}
+
+GtkSettingsFiles::GtkSettingsFiles(const QString &configFolder) : m_files(filesIn(configFolder)) {
     const auto onNotice = [this] { read(); };
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, onNotice);
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, onNotice);

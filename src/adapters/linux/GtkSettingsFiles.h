@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/linux/DesktopThemes.h"
 #include "ports/Appearance.h"
 
 #include <QFileSystemWatcher>
@@ -28,5 +29,8 @@ private:
     DesktopAppearance m_settings;
     std::function<void()> m_onChange;
 };
+
+/// The themes that these files name, read now.
+[[nodiscard]] DesktopThemes gtkThemes(const QString &configFolder);
 
 } // namespace tavrine

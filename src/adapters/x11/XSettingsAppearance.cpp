@@ -51,9 +51,10 @@ private:
 
 } // namespace
 
-QString themeNameIn(const QByteArray &settings) {
+XSettings settingsIn(const QByteArray &bytes) {
     enum Type : quint32 { integer = 0, text = 1, colour = 2 };
-    Reader reader(settings);
+    XSettings settings;
+    Reader reader(bytes);
     reader.skip(8); // byte order and serial number
     for (quint32 left = reader.number(4); left > 0 && reader.isGood(); --left) {
         const quint32 type = reader.number(1);
@@ -62,15 +63,25 @@ QString themeNameIn(const QByteArray &settings) {
         reader.skip(4); // when it changed
         if (type == text) {
             const QByteArray value = reader.text(reader.number(4));
-            if (name == "Net/ThemeName" && reader.isGood())
-                return QString::fromUtf8(value);
-        } else if (type == integer || type == colour) {
-            reader.skip(type == integer ? 4 : 8);
+            if (!reader.isGood())
+                break;
+            if (name == "Net/ThemeName")
+                settings.theme = QString::fromUtf8(value);
+            else if (name == "Net/IconThemeName")
+                settings.themes.icons = QString::fromUtf8(value);
+            else if (name == "Net/SoundThemeName")
+                settings.themes.sounds = QString::fromUtf8(value);
+        } else if (type == integer) {
+            const quint32 value = reader.number(4);
+            if (name == "Net/EnableEventSounds" && reader.isGood())
+                settings.themes.hasEventSounds = value != 0;
+        } else if (type == colour) {
+            reader.skip(8);
         } else {
             break;
         }
     }
-    return {};
+    return settings;
 }
 
 XSettingsAppearance::XSettingsAppearance() : m_client([this](const xcb_generic_event_t &event) { handle(event); }) {
@@ -97,8 +108,10 @@ void XSettingsAppearance::read() {
     if (m_service)
         bytes = QByteArray::fromStdString(m_client.link().text(
             m_client.link().ask(m_service, m_client.atom("_XSETTINGS_SETTINGS"), longestSettings)));
+    const XSettings settings = settingsIn(bytes);
+    m_themes = settings.themes;
     DesktopAppearance now;
-    if (isDarkTheme(themeNameIn(bytes)))
+    if (isDarkTheme(settings.theme))
         now.colorScheme = ColorScheme::dark;
     if (std::exchange(m_settings, now) != now && m_onChange)
         m_onChange();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/linux/DesktopThemes.h"
 #include "adapters/x11/XcbClient.h"
 #include "ports/Appearance.h"
 
@@ -8,9 +9,13 @@
 
 namespace tavrine {
 
-/// The theme's name ("Net/ThemeName") in what a desktop's settings service keeps on the X server; empty when there is
-/// none, or when the bytes are not what they should be.
-[[nodiscard]] QString themeNameIn(const QByteArray &settings);
+/// What a desktop's settings service keeps on the X server and this program follows.
+struct XSettings {
+    QString theme; ///< "Net/ThemeName"
+    DesktopThemes themes;
+};
+/// Nothing of what is missing, and of what stands behind bytes that are not what they should be.
+[[nodiscard]] XSettings settingsIn(const QByteArray &bytes);
 
 /// Dark looks by the theme of the desktop's settings service (XSETTINGS), which toolkits of all kinds follow. Lives on
 /// the main thread, on a connection of its own; a service that comes later or goes is heard.
@@ -20,6 +25,8 @@ public:
 
     [[nodiscard]] DesktopAppearance settings() const override { return m_settings; }
     void setOnChange(std::function<void()> onChange) override { m_onChange = std::move(onChange); }
+    /// As the service tells them now.
+    [[nodiscard]] const DesktopThemes &themes() const { return m_themes; }
 
 private:
     void handle(const xcb_generic_event_t &event);
@@ -29,6 +36,7 @@ private:
     XcbClient m_client;
     std::function<void()> m_onChange;
     DesktopAppearance m_settings;
+    DesktopThemes m_themes;
     xcb_window_t m_service = XCB_WINDOW_NONE;
 };
 

@@ -13,36 +13,56 @@ QByteArray padded(QByteArray text) {
     return text;
 }
 
+QByteArray number(quint32 value) {
+    return {reinterpret_cast<const char *>(&value), sizeof value};
+}
+
+QByteArray head(char type, const QByteArray &name) {
+    return QByteArray(1, type) + '\0' + QByteArray(1, static_cast<char>(name.size())) + '\0' + padded(name) +
+           QByteArray(4, '\0');
+}
+
+QByteArray words(const QByteArray &name, const QByteArray &value) {
+    return head(1, name) + number(static_cast<quint32>(value.size())) + padded(value);
+}
+
 /// What a settings service on a little-endian machine keeps.
 QByteArray settingsWithTheme(const QByteArray &theme) {
-    const auto number = [](quint32 value) { return QByteArray(reinterpret_cast<const char *>(&value), sizeof value); };
-    const auto head = [](char type, const QByteArray &name) {
-        return QByteArray(1, type) + '\0' + QByteArray(1, static_cast<char>(name.size())) + '\0' + padded(name) +
-               QByteArray(4, '\0');
-    };
     return QByteArray(1, '\0') + QByteArray(3, '\0') + number(7) + number(3) + head(0, "Net/DoubleClickTime") +
-           number(400) + head(2, "Net/Colour") + QByteArray(8, '\x7f') + head(1, "Net/ThemeName") +
-           number(static_cast<quint32>(theme.size())) + padded(theme);
+           number(400) + head(2, "Net/Colour") + QByteArray(8, '\x7f') + words("Net/ThemeName", theme);
 }
 
 TEST(XSettings, theThemesNameIsFoundBehindOtherSettings) {
-    EXPECT_EQ(themeNameIn(settingsWithTheme("Adwaita-dark")), QStringLiteral("Adwaita-dark"));
-    EXPECT_EQ(themeNameIn(settingsWithTheme("Arc")), QStringLiteral("Arc"));
+    EXPECT_EQ(settingsIn(settingsWithTheme("Adwaita-dark")).theme, QStringLiteral("Adwaita-dark"));
+    EXPECT_EQ(settingsIn(settingsWithTheme("Arc")).theme, QStringLiteral("Arc"));
+}
+
+TEST(XSettings, theThemesOfIconsAndSoundsAreFoundAndWhetherThereAreSounds) {
+    EXPECT_EQ(settingsIn(settingsWithTheme("Arc")).themes.hasEventSounds, std::nullopt);
+    const auto bytes = [](quint32 sounds) {
+        return QByteArray(8, '\0') + number(3) + words("Net/IconThemeName", "Papirus") +
+               head(0, "Net/EnableEventSounds") + number(sounds) + words("Net/SoundThemeName", "ocean");
+    };
+    const DesktopThemes themes = settingsIn(bytes(1)).themes;
+    EXPECT_EQ(themes.icons, QStringLiteral("Papirus"));
+    EXPECT_EQ(themes.sounds, QStringLiteral("ocean"));
+    EXPECT_EQ(themes.hasEventSounds, true);
+    EXPECT_EQ(settingsIn(bytes(0)).themes.hasEventSounds, false);
 }
 
 TEST(XSettings, bytesThatEndTooEarlyGiveNoName) {
     const QByteArray whole = settingsWithTheme("Adwaita-dark");
     for (qsizetype length = 0; length < whole.size(); ++length)
-        EXPECT_EQ(themeNameIn(whole.first(length)), QString()) << length;
+        EXPECT_EQ(settingsIn(whole.first(length)).theme, QString()) << length;
 }
 
 TEST(XSettings, lengthsBeyondTheEndAndUnknownKindsGiveNoName) {
     QByteArray endless = settingsWithTheme("Adwaita-dark");
     endless.replace(8, 4, QByteArray(4, '\xff')); // four thousand million settings
-    EXPECT_EQ(themeNameIn(endless), QStringLiteral("Adwaita-dark"));
+    EXPECT_EQ(settingsIn(endless).theme, QStringLiteral("Adwaita-dark"));
     QByteArray unknown = settingsWithTheme("Adwaita-dark");
     unknown[12] = 9;
-    EXPECT_EQ(themeNameIn(unknown), QString());
+    EXPECT_EQ(settingsIn(unknown).theme, QString());
 }
 
 TEST(XSettings, aThemeIsDarkByAPartOfItsName) {
