@@ -142,7 +142,7 @@ void NotchWindowController::dismiss() {
     });
     if (m_window)
         m_window->returnKeyboard();
-    updateHovering();
+    updateHovering(m_ports.screens.mouseLocation());
 }
 
 // The mouse.
@@ -178,22 +178,22 @@ void NotchWindowController::addMonitors() {
 void NotchWindowController::mouseEvent(const InputEvent &event) {
     m_lastMouseCheckTime = m_time.now();
     handleForFileDrags(event.type);
-    updateHovering();
+    updateHovering(m_ports.screens.mouseLocation());
 }
 
-/// Runs twenty times a second, day and night: two checks, and no memory.
+/// Runs twenty times a second, day and night: one question, two checks, and no memory.
 void NotchWindowController::poll() {
     if (!m_pollingTimer)
         return; // the first one may come after the end
+    const PointerReading pointer = m_ports.screens.pointer();
     // A release that no monitor saw.
-    if (m_viewModel.isFileDragActive() && m_ports.screens.pressedMouseButtons() == 0)
+    if (m_viewModel.isFileDragActive() && pointer.pressedButtons == 0)
         completeDrag();
-    updateHovering();
+    updateHovering(pointer.location);
 }
 
-void NotchWindowController::updateHovering() {
+void NotchWindowController::updateHovering(const QPointF &mouse) {
     m_lastMouseCheckTime = m_time.now();
-    const QPointF mouse = m_ports.screens.mouseLocation();
     const QRectF &screen = m_pinnedScreen.frame;
     bool isInside = m_hasKeyboard || isInHoverBand(mouse, screen);
     if (!isInside && m_viewModel.isHovering() && m_window)

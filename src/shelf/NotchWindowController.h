@@ -75,7 +75,7 @@ private:
     void addMonitors();
     void mouseEvent(const InputEvent &event);
     void poll();
-    void updateHovering();
+    void updateHovering(const QPointF &mouse);
     void setHovering(bool isHovering);
 
     // Drags.
