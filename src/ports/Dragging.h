@@ -9,6 +9,7 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 
@@ -51,6 +52,8 @@ struct DraggedItem {
 ///     forms of the desktop's file managers, a picture as PNG besides TIFF.
 class Dragging {
 public:
+    static constexpr std::chrono::milliseconds answerLimit{150};
+
     virtual ~Dragging() = default;
 
     /// Reads what was dropped. To be called within the drop's event; the answer comes in a later turn, or, where it

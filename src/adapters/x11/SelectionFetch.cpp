@@ -6,8 +6,6 @@
 
 #include <algorithm>
 
-#include <unistd.h>
-
 namespace tavrine {
 namespace {
 
@@ -15,12 +13,6 @@ constexpr int maxQuestions = 3; // see `SelectionLimits::askAgain`
 
 constexpr auto copiedFiles = "x-special/gnome-copied-files";
 constexpr auto cutMark = "application/x-kde-cutselection"; ///< "1" beside files that wait to be moved
-
-QByteArray hostName() {
-    char name[256] = {};
-    ::gethostname(name, sizeof name - 1);
-    return name;
-}
 
 } // namespace
 
@@ -201,7 +193,7 @@ void SelectionFetch::advanceFiles() {
     if (m_transfer)
         return;
     if (const Received *got = find(m_current); got && fileTargets().contains(m_current)) {
-        const QList<QByteArray> paths = selection::parseLocalPaths(got->bytes, hostName(), m_limits.files);
+        const QList<QByteArray> paths = selection::parseLocalPaths(got->bytes, selection::hostName(), m_limits.files);
         if (!paths.isEmpty()) {
             m_stage = Stage::imageFile;
             m_hooks.readImageFile(paths);

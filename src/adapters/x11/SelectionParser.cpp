@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+#include <unistd.h>
+
 namespace tavrine::selection {
 namespace {
 
@@ -121,6 +123,12 @@ std::optional<QString> decodeText(QByteArrayView bytes, TextEncoding encoding) {
                            QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
     QString text = decoder.decode(bytes);
     return text.isEmpty() ? std::nullopt : std::optional(std::move(text));
+}
+
+QByteArray hostName() {
+    char name[256] = {};
+    ::gethostname(name, sizeof name - 1);
+    return name;
 }
 
 QList<QByteArray> parseLocalPaths(QByteArrayView bytes, QByteArrayView hostName, int maxCount) {

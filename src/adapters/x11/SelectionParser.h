@@ -37,6 +37,9 @@ enum class TextEncoding {
 /// The text, as it stands: a NUL inside it stays, and so does a byte order mark. None when nothing is left.
 [[nodiscard]] std::optional<QString> decodeText(QByteArrayView bytes, TextEncoding encoding);
 
+/// This machine's name, by which URIs may call it.
+[[nodiscard]] QByteArray hostName();
+
 /// The absolute paths of the local files named in a "text/uri-list" or "x-special/gnome-copied-files", in file system
 /// encoding. A file is local when its URI has no host, "localhost" or `hostName`.
 [[nodiscard]] QList<QByteArray> parseLocalPaths(QByteArrayView bytes, QByteArrayView hostName, int maxCount);

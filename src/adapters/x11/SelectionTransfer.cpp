@@ -7,9 +7,10 @@
 namespace tavrine {
 
 SelectionTransfer::SelectionTransfer(XConnection &connection, xcb_window_t window, xcb_atom_t target,
-                                     xcb_timestamp_t time, qsizetype maxBytes, Excess excess)
-    : m_connection(connection), m_window(window), m_target(target), m_time(time), m_maxBytes(maxBytes),
-      m_excess(excess), m_lastProgress(std::chrono::steady_clock::now()) {
+                                     xcb_timestamp_t time, qsizetype maxBytes, Excess excess, xcb_atom_t selection)
+    : m_connection(connection), m_window(window),
+      m_selection(selection != XCB_ATOM_NONE ? selection : connection.atoms().clipboard), m_target(target),
+      m_time(time), m_maxBytes(maxBytes), m_excess(excess), m_lastProgress(std::chrono::steady_clock::now()) {
     ask(window);
 }
 
@@ -19,7 +20,7 @@ SelectionTransfer::~SelectionTransfer() {
 }
 
 void SelectionTransfer::ask(xcb_window_t window) const {
-    xcb_convert_selection(m_connection.get(), window, m_connection.atoms().clipboard, m_target, m_target, m_time);
+    xcb_convert_selection(m_connection.get(), window, m_selection, m_target, m_target, m_time);
 }
 
 void SelectionTransfer::askAgain() {

@@ -34,9 +34,9 @@ public:
     };
 
     /// Asks the owner for `target` as of `time`, into a property of `window`. With `Excess::cutOff` the beginning of
-    /// what is larger than `maxBytes` is the value.
+    /// what is larger than `maxBytes` is the value. Without a `selection` it is the clipboard's owner.
     SelectionTransfer(XConnection &connection, xcb_window_t window, xcb_atom_t target, xcb_timestamp_t time,
-                      qsizetype maxBytes, Excess excess = Excess::refused);
+                      qsizetype maxBytes, Excess excess = Excess::refused, xcb_atom_t selection = XCB_ATOM_NONE);
     ~SelectionTransfer();
     SelectionTransfer(const SelectionTransfer &) = delete;
     SelectionTransfer &operator=(const SelectionTransfer &) = delete;
@@ -66,6 +66,7 @@ private:
     XConnection &m_connection;
     xcb_window_t m_window; ///< once answered, that of the answer
     std::vector<xcb_window_t> m_furtherWindows;
+    xcb_atom_t m_selection;
     xcb_atom_t m_target;
     xcb_timestamp_t m_time;
     qsizetype m_maxBytes;

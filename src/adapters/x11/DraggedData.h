@@ -1,0 +1,32 @@
+#pragma once
+
+#include "ports/Dragging.h"
+
+#include <QMimeData>
+
+#include <future>
+
+namespace tavrine {
+
+/// An item that is dragged out, in the forms in which other programs ask for it. A picture is packed on a thread of its
+/// own while the pointer is on its way. Main thread; the toolkit keeps it until who takes it has it.
+class DraggedData final : public QMimeData {
+    Q_OBJECT
+
+public:
+    explicit DraggedData(const DraggedItem &item);
+
+    [[nodiscard]] QStringList formats() const override;
+    [[nodiscard]] bool hasFormat(const QString &type) const override { return formats().contains(type); }
+    /// As a drop of it within this program.
+    [[nodiscard]] DroppedContent dropped() const;
+
+protected:
+    [[nodiscard]] QVariant retrieveData(const QString &type, QMetaType preferred) const override;
+
+private:
+    const DraggedItem m_item;
+    std::shared_future<QByteArray> m_png;
+};
+
+} // namespace tavrine

@@ -1,0 +1,171 @@
+#include "adapters/x11/X11Dragging.h"
+
+#include "adapters/x11/DraggedData.h"
+#include "adapters/x11/PasteboardImage.h"
+#include "adapters/x11/X11WindowDescription.h"
+
+#include <QCoreApplication>
+#include <QDrag>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QPointer>
+#include <QWidget>
+#include <QWindow>
+
+#include <algorithm>
+
+namespace tavrine {
+namespace {
+
+/// Forms of another drag within this program.
+DroppedContent readWithin(const QMimeData &data, const DropLimits &limits) {
+    QList<QByteArray> targets;
+    const auto formats = data.formats();
+    for (const QString &format : formats)
+        targets.append(format.toLatin1());
+    return readDroppedForms(targets, limits, [&data](const QByteArray &target) {
+        return std::optional(DroppedForm{target, data.data(QString::fromLatin1(target))});
+    });
+}
+
+quint32 operationOf(Qt::DropAction action) {
+    switch (action) {
+    case Qt::IgnoreAction:
+        return dragOperation::none;
+    case Qt::MoveAction:
+    case Qt::TargetMoveAction:
+        return dragOperation::move;
+    default:
+        return dragOperation::copy;
+    }
+}
+
+} // namespace
+
+/// A drop that was not here when its event had to end.
+struct X11Dragging::Late {
+    std::unique_ptr<DropReader> reader;
+    std::function<void(const DroppedContent &)> completion;
+};
+
+X11Dragging::X11Dragging(const SelectionLimits &limits) : m_limits(limits) {
+    pasteboardImage::allowPixels(limits.imagePixels);
+    qApp->installNativeEventFilter(this);
+}
+
+X11Dragging::~X11Dragging() {
+    qApp->removeNativeEventFilter(this);
+}
+
+bool X11Dragging::nativeEventFilter(const QByteArray &type, void *message, qintptr *) {
+    if (type != "xcb_generic_event_t")
+        return false;
+    const auto &event = *static_cast<const xcb_generic_event_t *>(message);
+    const int kind = event.response_type & 0x7f;
+    if (kind == XCB_CLIENT_MESSAGE) {
+        const auto &words = reinterpret_cast<const xcb_client_message_event_t &>(event).data.data32;
+        const xcb_atom_t name = reinterpret_cast<const xcb_client_message_event_t &>(event).type;
+        if (name == qtAtom("XdndEnter")) {
+            m_drop = {};
+            m_drop.source = words[0];
+            m_drop.hasMoreTypes = (words[1] & 1) != 0;
+            std::copy_if(words + 2, words + 5, std::back_inserter(m_drop.types),
+                         [](quint32 atom) { return atom != 0; });
+        } else if (name == qtAtom("XdndDrop") && words[0] == m_drop.source) {
+            m_drop.time = words[2];
+        }
+    } else if ((kind == XCB_KEY_PRESS || kind == XCB_KEY_RELEASE) && m_mask &&
+               !std::exchange(m_isReconsidering, true)) {
+        QMetaObject::invokeMethod(this, &X11Dragging::reconsider, Qt::QueuedConnection);
+    }
+    return false;
+}
+
+Drop X11Dragging::currentDrop(const QMimeData &offered) const {
+    Drop drop = m_drop;
+    const auto formats = offered.formats();
+    for (const QString &format : formats)
+        drop.names.append(format.toLatin1());
+    return drop;
+}
+
+void X11Dragging::readDrop(const QMimeData &offered, std::function<void(const DroppedContent &)> completion) {
+    if (const auto *own = qobject_cast<const DraggedData *>(&offered))
+        return completion(own->dropped());
+    if (!offered.inherits("QInternalMimeData")) // the toolkit's own, for what comes from another program
+        return completion(readWithin(offered, {.imagePixels = m_limits.imagePixels}));
+    auto late = std::make_unique<Late>();
+    Late *const mine = late.get();
+    late->completion = std::move(completion);
+    late->reader = std::make_unique<DropReader>(currentDrop(offered), m_limits, [this, mine] {
+        QMetaObject::invokeMethod(
+            this, [this, mine] { finish(mine->reader.get()); }, Qt::QueuedConnection);
+    });
+    if (const auto content = late->reader->waitFor(answerLimit)) {
+        late->reader.reset();
+        return late->completion(*content);
+    }
+    m_late.push_back(std::move(late));
+}
+
+void X11Dragging::finish(const DropReader *reader) {
+    const auto found =
+        std::find_if(m_late.begin(), m_late.end(), [=](const auto &l) { return l->reader.get() == reader; });
+    const std::unique_ptr<Late> late = std::move(*found);
+    m_late.erase(found);
+    const DroppedContent content = late->reader->take();
+    late->reader.reset();
+    late->completion(content);
+}
+
+void X11Dragging::holdKeyboard(QWidget &source) {
+    auto *connection = qtConnection();
+    if (!connection || !source.window()->windowHandle())
+        return;
+    // Another program may hold it. Then the drag goes on without its keys.
+    const auto cookie = xcb_grab_keyboard(connection, 0, static_cast<xcb_window_t>(source.window()->winId()),
+                                          XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    xcb_discard_reply(connection, cookie.sequence);
+    xcb_flush(connection);
+}
+
+void X11Dragging::releaseKeyboard() {
+    if (auto *connection = qtConnection()) {
+        xcb_ungrab_keyboard(connection, XCB_CURRENT_TIME);
+        xcb_flush(connection);
+    }
+}
+
+/// A key went down or up, which may mean another operation. The toolkit keeps what a drag offers from its beginning to
+/// its end, so the drag ends and another begins with the button still down.
+void X11Dragging::reconsider() {
+    m_isReconsidering = false;
+    if (m_mask && m_mask() != m_offered) {
+        m_isBegunAgain = true;
+        QDrag::cancel();
+    }
+}
+
+quint32 X11Dragging::beginDragging(QWidget &source, const DraggedItem &item, std::function<quint32()> mask) {
+    if (m_mask)
+        return dragOperation::none;
+    m_mask = std::move(mask);
+    holdKeyboard(source);
+    Qt::DropAction done = Qt::IgnoreAction;
+    do {
+        m_isBegunAgain = false;
+        m_offered = m_mask();
+        const Qt::DropAction offered = m_offered == dragOperation::move ? Qt::MoveAction : Qt::CopyAction;
+        // The view may go meanwhile, so the drag does not belong to it.
+        auto *drag = new QDrag(QCoreApplication::instance());
+        drag->setMimeData(new DraggedData(item));
+        drag->setPixmap(item.draggingImage);
+        drag->setHotSpot(item.hotSpot);
+        done = drag->exec(offered, offered);
+    } while (m_isBegunAgain && done == Qt::IgnoreAction);
+    releaseKeyboard();
+    m_mask = nullptr;
+    return operationOf(done);
+}
+
+} // namespace tavrine

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "adapters/x11/DropReader.h"
+#include "ports/Dragging.h"
+
+#include <QAbstractNativeEventFilter>
+#include <QObject>
+
+#include <memory>
+#include <vector>
+
+namespace tavrine {
+
+/// Drags by the XDND protocol. Lives on the main thread, as long as the process.
+///
+/// Qt's own way to a drop's data waits 5 s for each form of a program that hangs, and takes a late answer for that to
+/// the next question. So a drop is read on a thread and a connection of its own, which ask with the time of the drop's
+/// event: by it a program knows which drag is meant. Within the event they are waited for, since programs take a drag
+/// back once they hear that it has ended.
+///
+/// A drag out of this program offers one operation at a time, by what `mask` says: file managers that are offered both
+/// move a file within its file system. While it goes on the keyboard is held, so that Escape ends it and a modifier
+/// changes the operation, whoever has the keyboard. The operation that is told as done is the one that was agreed on
+/// when the button was released; whether a file has left its place is to be looked at.
+class X11Dragging final : public QObject, public Dragging, private QAbstractNativeEventFilter {
+    Q_OBJECT
+
+public:
+    explicit X11Dragging(const SelectionLimits &limits = {});
+    ~X11Dragging() override;
+
+    void readDrop(const QMimeData &offered, std::function<void(const DroppedContent &)> completion) override;
+    [[nodiscard]] quint32 beginDragging(QWidget &source, const DraggedItem &item,
+                                        std::function<quint32()> mask) override;
+
+private:
+    struct Late;
+
+    bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
+    [[nodiscard]] Drop currentDrop(const QMimeData &offered) const;
+    void finish(const DropReader *reader);
+    void holdKeyboard(QWidget &source);
+    void releaseKeyboard();
+    void reconsider();
+
+    const SelectionLimits m_limits;
+    Drop m_drop; ///< the present or the last
+    std::vector<std::unique_ptr<Late>> m_late;
+
+    std::function<quint32()> m_mask; ///< of the present drag out of this program
+    quint32 m_offered = dragOperation::none;
+    bool m_isReconsidering = false;
+    bool m_isBegunAgain = false;
+};
+
+} // namespace tavrine
