@@ -57,6 +57,10 @@ public:
 ///  3. A flags-changed event tells the flags after the change. A key that repeats makes none. Option is either Alt
 ///     key as the layout has it; the key that reaches a third level of the layout is none.
 ///  4. A local monitor may swallow a key or a scroll event; then nothing else in the program sees it.
+///  5. A drag is for the window where the button was pressed, wherever it goes. While a view of this program drags
+///     data, that drag consumes its own moves, and only its release is told, to the local monitors.
+///  6. Moves and drags that come fast are told as one, a hundred times a second and more. A release is told each time,
+///     after the moves before it.
 class EventMonitors {
 public:
     using GlobalHandler = std::function<void(const InputEvent &)>;

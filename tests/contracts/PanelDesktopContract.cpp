@@ -42,6 +42,8 @@ public:
     virtual void tapKey(int keyCode) = 0;
     /// With the left button, at a place in points from the bottom left.
     virtual void click(QPointF place) = 0;
+    /// With a button of its number: pressed at one place, released at the other. 0 for a move without one.
+    virtual void drag(int button, QPointF from, QPointF to) = 0;
     /// Another program comes up and takes the keyboard, and it ends.
     virtual RunningApplication startProgram() = 0;
     virtual void endProgram(const RunningApplication &application) = 0;
@@ -72,7 +74,22 @@ public:
     void click(QPointF place) override {
         m_screens.setMouseLocation(place);
         const auto *key = m_windows.keyWindow();
-        m_monitors.mouseDown(eventMask::leftMouseDown, key && key->frame().contains(place));
+        m_monitors.mouse(eventMask::leftMouseDown, key && key->frame().contains(place));
+    }
+    void drag(int button, QPointF from, QPointF to) override {
+        const auto *key = m_windows.keyWindow();
+        const auto isOver = [&](QPointF place) { return key && key->frame().contains(place); };
+        m_screens.setMouseLocation(to);
+        if (button == 0)
+            return m_monitors.mouse(eventMask::mouseMoved, isOver(to));
+        m_monitors.mouse(button == 1   ? eventMask::leftMouseDragged
+                         : button == 3 ? eventMask::rightMouseDragged
+                                       : eventMask::otherMouseDragged,
+                         isOver(from));
+        m_monitors.mouse(button == 1   ? eventMask::leftMouseUp
+                         : button == 3 ? eventMask::rightMouseUp
+                                       : eventMask::otherMouseUp,
+                         isOver(from));
     }
     RunningApplication startProgram() override {
         const RunningApplication program{QStringLiteral("org.example.%1").arg(++m_last), {}, 1000 + m_last, 0};
@@ -110,6 +127,26 @@ public:
     }
     void click(QPointF place) override {
         m_keyboard.click(1, static_cast<int>(place.x()), 800 - static_cast<int>(place.y()));
+        settle();
+    }
+    void drag(int button, QPointF from, QPointF to) override {
+        const auto move = [this](QPointF place) {
+            m_keyboard.movePointer(static_cast<int>(place.x()), 800 - static_cast<int>(place.y()));
+        };
+        if (button == 0)
+            return move(to), settle();
+        move(from);
+        settle();                              // of the way there nothing is told any more
+        const bool isMenuButton = button != 1; // on the bare desktop
+        if (isMenuButton) {
+            EXPECT_TRUE(m_keyboard.grabPointer());
+        }
+        m_keyboard.press(button);
+        move((from + to) / 2);
+        move(to);
+        m_keyboard.release(button);
+        if (isMenuButton)
+            m_keyboard.ungrabPointer();
         settle();
     }
     RunningApplication startProgram() override {
@@ -176,6 +213,18 @@ protected:
         });
     }
 
+    /// In their order, a row of equal ones as one.
+    static std::vector<quint32> kinds(const std::vector<InputEvent> &events) {
+        std::vector<quint32> kinds;
+        for (const InputEvent &event : events)
+            if (kinds.empty() || kinds.back() != event.type)
+                kinds.push_back(event.type);
+        return kinds;
+    }
+
+    static constexpr quint32 drags = eventMask::leftMouseUp | eventMask::rightMouseUp | eventMask::otherMouseUp |
+                                     eventMask::leftMouseDragged | eventMask::rightMouseDragged |
+                                     eventMask::otherMouseDragged;
     std::unique_ptr<Desktop> desktop = GetParam()();
     std::vector<InputEvent> global;
     std::vector<InputEvent> local;
@@ -258,6 +307,57 @@ TEST_P(PanelDesktopContract, aClickGoesToTheWindowUnderIt) {
     desktop->click({5, 5});
     EXPECT_EQ(global.size(), 1U);
     EXPECT_EQ(desktop->screens().mouseLocation(), QPointF(5, 5));
+}
+
+TEST_P(PanelDesktopContract, theDragOfEachButtonIsToldWithItsRelease) {
+    const auto watcher = watchGlobally(drags);
+    desktop->drag(1, {5, 5}, {50, 5});
+    EXPECT_THAT(kinds(global), ElementsAre(eventMask::leftMouseDragged, eventMask::leftMouseUp));
+    global.clear();
+    desktop->drag(3, {5, 5}, {50, 5});
+    EXPECT_THAT(kinds(global), ElementsAre(eventMask::rightMouseDragged, eventMask::rightMouseUp));
+    global.clear();
+    desktop->drag(2, {5, 5}, {50, 5});
+    EXPECT_THAT(kinds(global), ElementsAre(eventMask::otherMouseDragged, eventMask::otherMouseUp));
+}
+
+TEST_P(PanelDesktopContract, aDragIsForWhoeverGotThePress) {
+    const auto panel = showPanel();
+    ASSERT_TRUE(panelHasKeyboard());
+    const auto watcher = watchGlobally(drags);
+    const auto localWatcher = watchLocally(drags);
+    local.clear();
+    desktop->drag(1, {5, 5}, panel->frame().center());
+    EXPECT_THAT(kinds(global), ElementsAre(eventMask::leftMouseDragged, eventMask::leftMouseUp));
+    EXPECT_THAT(local, IsEmpty());
+    global.clear();
+    desktop->drag(1, panel->frame().center(), {5, 5});
+    EXPECT_THAT(global, IsEmpty());
+    EXPECT_THAT(kinds(local), ElementsAre(eventMask::leftMouseDragged, eventMask::leftMouseUp));
+}
+
+TEST_P(PanelDesktopContract, aMoveIsForTheWindowUnderThePointer) {
+    const auto panel = showPanel();
+    ASSERT_TRUE(panelHasKeyboard());
+    desktop->drag(0, {}, {5, 5});
+    const auto watcher = watchGlobally(eventMask::mouseMoved);
+    const auto localWatcher = watchLocally(eventMask::mouseMoved);
+    local.clear();
+    desktop->drag(0, {}, {50, 5});
+    EXPECT_THAT(kinds(global), ElementsAre(eventMask::mouseMoved));
+    EXPECT_THAT(local, IsEmpty());
+    global.clear();
+    desktop->drag(0, {}, panel->frame().center());
+    EXPECT_THAT(global, IsEmpty());
+    EXPECT_THAT(kinds(local), ElementsAre(eventMask::mouseMoved));
+}
+
+TEST_P(PanelDesktopContract, whatNobodyAskedForIsNotTold) {
+    const auto watcher = watchGlobally(eventMask::leftMouseUp);
+    const auto localWatcher = watchLocally(eventMask::leftMouseUp);
+    desktop->drag(1, {5, 5}, {50, 5});
+    EXPECT_EQ(global.size(), 1U);
+    EXPECT_THAT(local, IsEmpty());
 }
 
 TEST_P(PanelDesktopContract, aMonitorThatEndedIsNotCalled) {

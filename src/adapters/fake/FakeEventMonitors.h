@@ -34,13 +34,12 @@ public:
     void keyDown(int keyCode) {
         send({.type = eventMask::keyDown, .modifierFlags = 0, .keyCode = keyCode, .scrollDelta = {}});
     }
-    /// A mouse-down goes to the window under the pointer, whoever is active.
-    void mouseDown(quint32 type, bool isOverOurWindow) {
-        tell({.type = type, .modifierFlags = 0, .keyCode = -1, .scrollDelta = {}}, !isOverOurWindow);
+    /// What the mouse does goes to the window under the pointer, whoever is active, and until all buttons are up to the
+    /// one where the first was pressed.
+    void mouse(quint32 type, bool isForOurWindow = false) {
+        tell({.type = type, .modifierFlags = 0, .keyCode = -1, .scrollDelta = {}}, !isForOurWindow);
     }
-
-    /// The mouse moves, is dragged or released, over another program's window or ours.
-    void mouse(quint32 type, bool isOverOurWindow = false) { mouseDown(type, isOverOurWindow); }
+    void mouseDown(quint32 type, bool isOverOurWindow) { mouse(type, isOverOurWindow); }
 
     /// No global monitor can be installed while it is.
     void setBroken(bool isBroken) { m_isBroken = isBroken; }

@@ -29,10 +29,22 @@ quint32 flagsOf(Qt::KeyboardModifiers modifiers) {
     return flags;
 }
 
-quint32 buttonType(Qt::MouseButton button) {
-    if (button == Qt::LeftButton)
-        return eventMask::leftMouseDown;
-    return button == Qt::RightButton ? eventMask::rightMouseDown : 0;
+constexpr quint32 releases = eventMask::leftMouseUp | eventMask::rightMouseUp | eventMask::otherMouseUp;
+constexpr quint32 motions =
+    eventMask::mouseMoved | eventMask::leftMouseDragged | eventMask::rightMouseDragged | eventMask::otherMouseDragged;
+
+/// 0 for a press that nobody can ask for.
+quint32 typeOf(const QMouseEvent &mouse) {
+    const auto oneOf = [](Qt::MouseButtons buttons, quint32 left, quint32 right, quint32 other) {
+        return buttons & Qt::LeftButton ? left : buttons & Qt::RightButton ? right : other;
+    };
+    if (mouse.type() == QEvent::MouseButtonPress)
+        return oneOf(mouse.button(), eventMask::leftMouseDown, eventMask::rightMouseDown, 0);
+    if (mouse.type() == QEvent::MouseButtonRelease)
+        return oneOf(mouse.button(), eventMask::leftMouseUp, eventMask::rightMouseUp, eventMask::otherMouseUp);
+    return mouse.buttons() == Qt::NoButton ? eventMask::mouseMoved
+                                           : oneOf(mouse.buttons(), eventMask::leftMouseDragged,
+                                                   eventMask::rightMouseDragged, eventMask::otherMouseDragged);
 }
 
 } // namespace
@@ -55,7 +67,7 @@ private:
 
 X11EventMonitors::X11EventMonitors(std::shared_ptr<const KeyboardSilence> silence)
     : m_silence(std::move(silence)), m_client([this](const xcb_generic_event_t &event) { handle(event); }),
-      m_map(m_client, [this] { takeHeldKeys(); }) {
+      m_map(m_client, [this] { takeHeldKeys(); }), m_mouse([this](quint32 type) { tellMouse(type); }) {
     if (m_client.isConnected())
         qApp->installEventFilter(this);
 }
@@ -95,6 +107,12 @@ void X11EventMonitors::announceVersion() {
 }
 
 void X11EventMonitors::select() {
+    quint32 asked = 0;
+    for (const auto &entry : m_global)
+        asked |= entry->mask;
+    m_mouse.watch(asked & motions    ? X11MouseEvents::Wanted::all
+                  : asked & releases ? X11MouseEvents::Wanted::releases
+                                     : X11MouseEvents::Wanted::nothing);
     if (m_inputOpcode == 0 && m_client.isConnected())
         announceVersion();
     if (m_inputOpcode == 0)
@@ -199,6 +217,10 @@ void X11EventMonitors::onRawButton(quint32 button, quint32 time) {
         tell(m_global, {.type = type, .modifierFlags = flags(), .keyCode = -1, .scrollDelta = {}});
 }
 
+void X11EventMonitors::tellMouse(quint32 type) {
+    tell(m_global, {.type = type, .modifierFlags = flags(), .keyCode = -1, .scrollDelta = {}});
+}
+
 bool X11EventMonitors::isPointerOverOurWindow() {
     std::vector<xcb_window_t> ours;
     const auto windows = QGuiApplication::topLevelWindows();
@@ -230,6 +252,12 @@ void X11EventMonitors::tellFlags() {
     tell(QGuiApplication::focusWindow() ? m_local : m_global, event);
 }
 
+bool X11EventMonitors::tellOwnMouse(const QMouseEvent &mouse) {
+    const InputEvent event{
+        .type = typeOf(mouse), .modifierFlags = flagsOf(mouse.modifiers()), .keyCode = -1, .scrollDelta = {}};
+    return tell(m_local, event) && mouse.type() == QEvent::MouseButtonPress;
+}
+
 bool X11EventMonitors::tell(const Entries &entries, const InputEvent &event) {
     const Entries present = entries; // a handler may add or end monitors
     for (const auto &entry : present)
@@ -245,8 +273,10 @@ bool X11EventMonitors::eventFilter(QObject *watched, QEvent *event) {
         return false;
     if (event->type() == QEvent::KeyPress)
         m_ownKeyTime = static_cast<quint32>(static_cast<const QKeyEvent &>(*event).timestamp());
-    else if (event->type() == QEvent::MouseButtonPress)
+    else if (event->type() == QEvent::MouseButtonPress) {
         m_ownPressTime = static_cast<quint32>(static_cast<const QMouseEvent &>(*event).timestamp());
+        m_mouse.noteOwnPress(m_ownPressTime);
+    }
     if (m_local.empty())
         return false;
     switch (event->type()) {
@@ -264,13 +294,10 @@ bool X11EventMonitors::eventFilter(QObject *watched, QEvent *event) {
                               .keyCode = -1,
                               .scrollDelta = wheel.angleDelta()});
     }
-    case QEvent::MouseButtonPress: {
-        const auto &mouse = static_cast<const QMouseEvent &>(*event);
-        const quint32 type = buttonType(mouse.button());
-        return type &&
-               tell(m_local,
-                    {.type = type, .modifierFlags = flagsOf(mouse.modifiers()), .keyCode = -1, .scrollDelta = {}});
-    }
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseMove:
+        return tellOwnMouse(static_cast<const QMouseEvent &>(*event));
     default:
         return false;
     }

@@ -2,6 +2,7 @@
 
 #include "adapters/x11/KeyboardSilence.h"
 #include "adapters/x11/X11KeyboardMap.h"
+#include "adapters/x11/X11MouseEvents.h"
 #include "adapters/x11/XcbClient.h"
 #include "ports/EventMonitors.h"
 
@@ -11,13 +12,15 @@
 #include <memory>
 #include <vector>
 
+class QMouseEvent;
+
 namespace tavrine {
 
 /// Monitors over the raw events of XInput 2.2, and over Qt's events for what swallows.
 ///
 /// Lives on the main thread, on a connection of its own that is told of raw events only while a monitor wants them.
 /// Raw events pass every grab and every drag; they carry no modifiers, so the keys that are down are kept here.
-/// Modifiers are told from the raw events for global and local monitors alike; keys, clicks and wheels of this
+/// Modifiers are told from the raw events for global and local monitors alike; keys, clicks, wheels and moves of this
 /// program's windows come from Qt, where they can be swallowed. Both roads tell of one press, in either order: a window
 /// of ours may be gone before the raw event of the key that closed it arrives, so presses are known by their time.
 class X11EventMonitors final : public QObject, public EventMonitors {
@@ -50,7 +53,9 @@ private:
     void takeHeldKeys();
     [[nodiscard]] quint32 flags() const;
     void tellFlags();
+    void tellMouse(quint32 type);
     bool tell(const Entries &entries, const InputEvent &event);
+    bool tellOwnMouse(const QMouseEvent &mouse);
     [[nodiscard]] bool isPointerOverOurWindow();
 
     std::shared_ptr<const KeyboardSilence> m_silence;
@@ -62,6 +67,7 @@ private:
     std::shared_ptr<int> m_alive = std::make_shared<int>();
     quint32 m_ownKeyTime = 0; ///< when the last key went down that a window of ours has had from Qt
     quint32 m_ownPressTime = 0;
+    X11MouseEvents m_mouse;
     quint32 m_selected = 0;
     quint32 m_lastTime = 0;
     int m_group = 0;

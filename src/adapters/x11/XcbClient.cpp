@@ -57,6 +57,11 @@ void XcbClient::drain() {
     m_isDraining = false;
 }
 
+void XcbClient::setReading(bool isReading) {
+    if (m_notifier)
+        m_notifier->setEnabled(isReading && isConnected());
+}
+
 void XcbClient::onReadable() {
     m_isDrainPosted = false;
     drain();

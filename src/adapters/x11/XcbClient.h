@@ -67,6 +67,8 @@ public:
     /// Hands all events that have arrived to the handler. Called by itself when the server sends something.
     void drain();
     void flush() { m_link.flush(); }
+    /// Whether what the server sends is read as it comes. While it is not, the server keeps it.
+    void setReading(bool isReading);
 
 private:
     void drainSoon();

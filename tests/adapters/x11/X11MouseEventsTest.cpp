@@ -1,0 +1,175 @@
+// What the mouse does, as the monitors tell of it, where it is fast, under way, or this program's own.
+
+#include "adapters/x11/X11EventMonitors.h"
+#include "support/PrivateScreen.h"
+#include "support/TestKeyboard.h"
+#include "support/Wait.h"
+
+#include <QDrag>
+#include <QElapsedTimer>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QRasterWindow>
+#include <QThread>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+#include <gmock/gmock.h>
+
+namespace tavrine {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::waitUntil;
+
+constexpr quint32 everyRelease = eventMask::leftMouseUp | eventMask::rightMouseUp | eventMask::otherMouseUp;
+constexpr quint32 everyMotion =
+    eventMask::mouseMoved | eventMask::leftMouseDragged | eventMask::rightMouseDragged | eventMask::otherMouseDragged;
+
+class X11MouseEventsTest : public ::testing::Test {
+protected:
+    void watch(quint32 mask) {
+        monitor = monitors.addGlobalMonitor(mask, [this](const InputEvent &event) { types.push_back(event.type); });
+    }
+    /// What was done has arrived.
+    void settle() {
+        (void)waitUntil([] { return false; }, 60ms);
+    }
+
+    testing::TestKeyboard keyboard;
+    X11EventMonitors monitors;
+    std::vector<quint32> types;
+    size_t toldBefore = 0;
+    std::unique_ptr<EventMonitor> monitor;
+};
+
+TEST_F(X11MouseEventsTest, aFloodOfMotionsTakesFewTurnsAndEachReleaseIsTold) {
+    keyboard.movePointer(1000, 600);
+    watch(everyRelease | everyMotion);
+    QElapsedTimer clock;
+    clock.start();
+    std::atomic<bool> isOver = false;
+    std::thread person([&] {
+        testing::TestKeyboard fast;
+        for (int i = 0; i < 3000; ++i) {
+            fast.movePointer(1000 + i % 100, 600);
+            if (i % 100 == 50)
+                fast.press(1);
+            if (i % 100 == 70)
+                fast.release(1);
+        }
+        isOver = true;
+    });
+    // A turn of the loop for each thing that comes, and none of its own.
+    int turns = 0;
+    const auto count = [&] {
+        if (types.size() != toldBefore)
+            ++turns;
+        toldBefore = types.size();
+    };
+    while (!isOver) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
+        count();
+    }
+    person.join();
+    EXPECT_TRUE(waitUntil([&] { return std::count(types.begin(), types.end(), eventMask::leftMouseUp) == 30; }));
+    EXPECT_LE(turns, clock.elapsed() / X11MouseEvents::shortestPause.count() + 2);
+    // In order: no drag after the release of its button.
+    for (size_t i = 1; i < types.size(); ++i)
+        EXPECT_FALSE(types[i] == eventMask::leftMouseUp && types[i - 1] == eventMask::mouseMoved) << i;
+}
+
+TEST_F(X11MouseEventsTest, aDragThatWasUnderWayBeforeTheWatchingBeganIsToldWithItsButton) {
+    keyboard.movePointer(1000, 600);
+    keyboard.press(1);
+    watch(everyRelease | everyMotion);
+    keyboard.movePointer(1010, 600);
+    EXPECT_TRUE(waitUntil([&] { return types == std::vector{eventMask::leftMouseDragged}; }));
+    keyboard.release(1);
+    EXPECT_TRUE(waitUntil([&] { return types.back() == eventMask::leftMouseUp; }));
+}
+
+TEST_F(X11MouseEventsTest, theWheelIsNoButton) {
+    watch(everyRelease | everyMotion);
+    ASSERT_TRUE(keyboard.grabPointer());
+    for (const int wheel : {4, 5, 6, 7}) {
+        keyboard.press(wheel);
+        keyboard.release(wheel);
+    }
+    settle();
+    keyboard.ungrabPointer();
+    EXPECT_THAT(types, IsEmpty());
+}
+
+TEST_F(X11MouseEventsTest, monitorsThatAreAddedAnewWorkAfterTheServerWasLost) {
+    auto first = std::make_unique<testing::PrivateScreen>();
+    X11EventMonitors there;
+    const auto add = [&] {
+        return there.addGlobalMonitor(everyMotion, [&](const InputEvent &event) { types.push_back(event.type); });
+    };
+    monitor = add();
+    first->end();
+    settle();
+    const testing::PrivateScreen second;
+    testing::TestKeyboard person;
+    monitor.reset();
+    monitor = add();
+    person.movePointer(10, 10);
+    EXPECT_TRUE(waitUntil([&] { return !types.empty(); }));
+    monitor.reset();
+}
+
+/// A window out of which text is dragged.
+class DraggedOutOf final : public QRasterWindow {
+public:
+    bool isDragging = false;
+    bool wasDragged = false;
+
+protected:
+    void mouseMoveEvent(QMouseEvent *event) override {
+        if (event->buttons() == Qt::NoButton || std::exchange(isDragging, true))
+            return;
+        auto *drag = new QDrag(this);
+        auto *text = new QMimeData;
+        text->setText(QStringLiteral("text"));
+        drag->setMimeData(text);
+        (void)drag->exec(Qt::CopyAction);
+        wasDragged = true;
+    }
+};
+
+TEST_F(X11MouseEventsTest, theMovesOfADragThatThisProgramLeadsAreItsOwn) {
+    DraggedOutOf window;
+    window.setGeometry(300, 300, 100, 100);
+    window.show();
+    ASSERT_TRUE(waitUntil([&] { return window.isActive(); }));
+    watch(everyRelease | everyMotion);
+    std::vector<quint32> inside;
+    const auto local = monitors.addLocalMonitor(everyRelease | everyMotion, [&](const InputEvent &event) {
+        if (window.isDragging)
+            inside.push_back(event.type);
+        return false;
+    });
+    std::thread person([&] {
+        testing::TestKeyboard hand;
+        hand.movePointer(350, 350);
+        hand.press(1);
+        for (int i = 0; i < 50; ++i) {
+            hand.movePointer(350 + i * 10, 350);
+            QThread::msleep(4);
+        }
+        hand.release(1);
+    });
+    EXPECT_TRUE(waitUntil([&] { return window.wasDragged && !inside.empty(); }));
+    person.join();
+    settle();
+    EXPECT_THAT(inside, ElementsAre(eventMask::leftMouseUp));
+    EXPECT_EQ(std::count_if(types.begin(), types.end(), [](quint32 type) { return type != eventMask::mouseMoved; }), 0);
+}
+
+} // namespace
+} // namespace tavrine
