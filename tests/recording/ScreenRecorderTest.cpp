@@ -181,8 +181,14 @@ TEST_F(Recorder, theSystemSwitchAloneRecordsTheMicrophone) {
     auto &card = selectArea();
     card.flipSystemAudio();
     card.start();
-    EXPECT_TRUE(happens([this] { return microphones.sessions().size() == 1; }));
-    EXPECT_TRUE(writers.movies.front()->audio);
+    ASSERT_TRUE(happens([this] { return microphones.sessions().size() == 1 && recorder->isRecording(); }));
+    awaitPicture();
+    const QByteArray sound(8, '\1');
+    microphones.deliver({2s, sound});
+    ASSERT_TRUE(happens([&] { return sound.isDetached(); })); // whoever was given it has done with it
+    recorder->stopRecording();
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_THAT(writers.movies.front()->sounds, ElementsAre(2s));
 }
 
 TEST_F(Recorder, theSystemSwitchWithADeniedMicrophoneShowsThePromptAndRecordsNothing) {
@@ -545,12 +551,13 @@ TEST_F(Recorder, aCancelWhileTheFileIsBeingMadeThrowsItAwayToo) {
 
 TEST_F(Recorder, aRestartRecordsTheSameAreaAnewWithoutACountdown) {
     auto &card = selectArea({10, 20, 300, 200});
-    card.setTimerDelay(3);
+    card.setTimerDelay(5);
     card.start();
-    time.advance(3s);
+    time.advance(5s);
     ASSERT_TRUE(happens([this] { return recorder->isRecording(); }));
     awaitPicture();
     time.advance(7s);
+    EXPECT_EQ(recorder->recordingDuration(), 7s);
     const QString first = *recorder->tempOutputPath();
     recorder->restartRecording();
     EXPECT_FALSE(QFile::exists(first));

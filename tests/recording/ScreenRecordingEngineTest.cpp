@@ -165,6 +165,14 @@ TEST_F(Engine, theStreamShowsTheAreaInItsOwnPixels) {
     EXPECT_EQ(stream().filter.displayID, FakeScreenStreams::displayID);
 }
 
+TEST_F(Engine, aPointOnAScreenOfScaleOneIsAMovieOfTwoPixelsAtTheLowestRate) {
+    request.area = QRectF(100, 200, 1, 1);
+    start();
+    EXPECT_EQ(movie().video, (MovieVideoSettings{2, 2, 4'000'000, 60}));
+    EXPECT_EQ(stream().configuration.sourceRect, QRectF(100, 900 - 200 - 1, 1, 1));
+    EXPECT_EQ(QSize(stream().configuration.width, stream().configuration.height), QSize(2, 2));
+}
+
 TEST_F(Engine, onlyListedWindowsAreLeftOutOfThePicture) {
     streams.setContent({.displays = {{1}}, .windows = {{7}, {8}, {9}}});
     request.excludedWindows = {9, 3, 7}; // 3 has closed meanwhile

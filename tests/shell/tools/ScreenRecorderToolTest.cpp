@@ -52,6 +52,17 @@ protected:
         recorder().selectionModel()->start();
         ASSERT_TRUE(happens([this] { return recorder().isRecording(); }));
     }
+    void recordToThePreview() {
+        record();
+        // The first picture is on its way to the writer; without it there would be no movie.
+        ASSERT_TRUE(test::eventually([this] {
+            time.advance(20ms);
+            desktop.screenStreams().paint({20, 30, 5, 5}, 0xFF0000FF);
+            return desktop.movieWriters().movies.front()->status == MovieWriterStatus::writing;
+        }));
+        recorder().stopRecording();
+        ASSERT_TRUE(happens([this] { return recorder().previewModel(); }));
+    }
 };
 
 TEST_F(ScreenRecorderToolTest, nothingOfItIsThereBeforeItsFirstUse) {
@@ -65,15 +76,7 @@ TEST_F(ScreenRecorderToolTest, theHotKeyLeadsToASavedMovie) {
     desktop.hotKeys().press(22, hotKeyModifier::command | hotKeyModifier::shift); // the key "6"
     time.runPending();
     ASSERT_TRUE(tool().recorderIfMade());
-    record();
-    // The first picture is on its way to the writer; without it there would be no movie.
-    ASSERT_TRUE(test::eventually([this] {
-        time.advance(20ms);
-        desktop.screenStreams().paint({20, 30, 5, 5}, 0xFF0000FF);
-        return desktop.movieWriters().movies.front()->status == MovieWriterStatus::writing;
-    }));
-    recorder().stopRecording();
-    ASSERT_TRUE(happens([this] { return recorder().previewModel(); }));
+    recordToThePreview();
     recorder().previewModel()->setFileName(text("My clip!"));
     recorder().previewModel()->pressCopy();
     const QString saved = home.filePath(text("Documents/Tavrine QuickShots/My_clip_.mp4"));
@@ -82,6 +85,18 @@ TEST_F(ScreenRecorderToolTest, theHotKeyLeadsToASavedMovie) {
     EXPECT_EQ(manager().history().front().content, text("[Screen Recording] My clip!"));
     EXPECT_EQ(defaults.get<QString>(text("customSaveDirectoryPath")),
               home.filePath(text("Documents/Tavrine QuickShots")));
+}
+
+TEST_F(ScreenRecorderToolTest, aBlankInFrontOfANameIsTrimmedAndAnExclamationMarkAtItsEndIsAnUnderscore) {
+    launchProgram();
+    tool().startScreenRecording();
+    recordToThePreview();
+    recorder().previewModel()->setFileName(text(" Look, here!"));
+    recorder().previewModel()->pressCopy();
+    const QString saved = home.filePath(text("Documents/Tavrine QuickShots/Look__here_.mp4"));
+    EXPECT_THAT(desktop.pasteboard().writtenFileUrls(), ElementsAre(QUrl::fromLocalFile(saved)));
+    EXPECT_TRUE(QFile::exists(saved));
+    EXPECT_EQ(manager().history().front().content, text("[Screen Recording] Look, here!"));
 }
 
 TEST_F(ScreenRecorderToolTest, theTileStartsIt) {
