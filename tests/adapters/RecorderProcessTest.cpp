@@ -148,7 +148,7 @@ TEST_F(RecorderProcessTest, everyPictureKeepsItsMomentAndTheLastStaysUntilTheEnd
     EXPECT_EQ(complaintsAbout(path), "");
 }
 
-TEST_F(RecorderProcessTest, colorsAreReadBackWithinTwoStepsInTheMovieThatIsWrittenAndInTheFinishedOne) {
+TEST_F(RecorderProcessTest, colorsAreReadBackWithinTwoStepsWhileTheMovieIsWrittenAndWhenItIsFinished) {
     const QList<QColor> colors{Qt::red, Qt::green, Qt::blue, Qt::white, Qt::black, QColor(128, 128, 128)};
     begin();
     for (int i = 0; i < colors.size(); ++i)
@@ -167,6 +167,11 @@ TEST_F(RecorderProcessTest, colorsAreReadBackWithinTwoStepsInTheMovieThatIsWritt
                         << "frame " << frame << " at " << at << " channel " << channel;
             }
     };
+    constexpr int some = 30;
+    ASSERT_TRUE(
+        eventually([&] { return pixelsOf(path).size() >= qsizetype{some} * size.width() * size.height() * 3; }));
+    ASSERT_EQ(writer->status(), MovieWriterStatus::writing);
+    expectColors(some);
     ASSERT_TRUE(finish(1s));
     expectColors(60);
 }

@@ -1,66 +1,60 @@
-// The built program with all its real parts: an area is recorded by the hot key, while it changes in a known way, and
-// the movie's pictures are looked at.
+// The built program with all its real parts: an area is recorded by the hot key, while another program counts in it and
+// a tone is heard, and the movie is compared with what that program says it drew.
 
 #include "desktop/Desktop.h"
 #include "desktop/Program.h"
+#include "support/CountingWindow.h"
+#include "support/MovieReading.h"
+#include "support/SoundRecording.h"
 #include "support/Wait.h"
 
 #include <QColor>
 #include <QDir>
-#include <QProcess>
 
 #include <gmock/gmock.h>
 
+using namespace tavrine::test;
 using namespace tavrine::testing;
 using namespace std::chrono_literals;
 
 namespace {
+
+using Clock = CountingWindow::Clock;
+using Seconds = std::chrono::duration<double>;
 
 constexpr int keySix = 15;
 constexpr QRect area(100, 140, 320, 240);
 constexpr auto overlay = "Select Area to Record";
 constexpr auto bar = "Recording";
 constexpr auto preview = "Recording Complete";
-constexpr auto each = 400ms; ///< colour
+constexpr auto pace = 20ms;                    ///< longer than a frame, so that each number can be one
+constexpr std::size_t count = 50;              ///< of the numbers
+constexpr auto frameLength = 1'000'000us / 60; ///< the shortest
 
-QByteArray outputOf(const QString &command, const QStringList &arguments) {
-    QProcess process;
-    process.start(command, arguments);
-    return process.waitForFinished() ? process.readAllStandardOutput() : QByteArray();
-}
-
-/// The colour of a movie's picture at a place, one for each picture that differs from the one before; by name where it
-/// is near a plain one.
-QStringList coloursOf(const QString &path, QPoint place) {
-    const QByteArray frames =
-        outputOf(QStringLiteral("ffmpeg"), {QStringLiteral("-loglevel"), QStringLiteral("error"), QStringLiteral("-i"),
-                                            path, QStringLiteral("-f"), QStringLiteral("rawvideo"),
-                                            QStringLiteral("-pix_fmt"), QStringLiteral("rgb24"), QStringLiteral("-")});
-    const qsizetype length = qsizetype{3} * area.width() * area.height();
-    QStringList found;
-    for (qsizetype start = 0; start + length <= frames.size(); start += length) {
-        const auto *pixel = reinterpret_cast<const uchar *>(frames.constData()) + start +
-                            qsizetype{3} * (place.y() * area.width() + place.x());
-        QString name = QStringLiteral("other");
-        for (const char *plain : {"red", "lime", "blue", "white"}) {
-            const QColor colour(QString::fromLatin1(plain));
-            if (std::abs(colour.red() - pixel[0]) + std::abs(colour.green() - pixel[1]) +
-                    std::abs(colour.blue() - pixel[2]) <
-                24)
-                name = QString::fromLatin1(plain);
-        }
-        if (found.isEmpty() || found.last() != name)
-            found << name;
+/// A sound server on which a tone is played; the programs that are started below find it and its microphone, which
+/// hears the tone.
+struct WithSound {
+    WithSound() {
+        sound.addMicrophoneBefore(QStringLiteral("one"), QStringLiteral("microphone"));
+        QFile file(folder.filePath(QStringLiteral("tone.wav")));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(toneWave(60));
+        file.close();
+        tone.emplace(QStringLiteral("paplay"), QStringList{QStringLiteral("--device=one"), file.fileName()});
     }
-    return found;
-}
+    QTemporaryDir folder;
+    PrivateSound sound{SoundServerKind::pulseAudio};
+    std::optional<Client> tone;
+    /// A device that nobody listens to takes two seconds until its sound comes at once.
+    SoundRecording listener{QStringLiteral("one")};
+};
 
-class RecordingsOfAProgram : public ::testing::Test {
+class RecordingsOfAProgram : public WithSound, public ::testing::Test {
 protected:
     static void pass(std::chrono::milliseconds length) {
         (void)waitUntil([] { return false; }, length);
     }
-    /// By the hot key, a drag and Return.
+    /// By the hot key, a drag, the microphone's switch and the button, by keys.
     void startRecording() {
         desktop.keyboard.chord({key::leftSuper, key::leftShift, keySix});
         ASSERT_TRUE(waitUntil([this] { return desktop.hasKeyboard(overlay); })) << qPrintable(program.output());
@@ -71,62 +65,186 @@ protected:
         desktop.keyboard.movePointer(area.left() + area.width(), area.top() + area.height());
         desktop.keyboard.release(1);
         pass(200ms);
-        desktop.pressReturn();
+        for (int i = 0; i < 2; ++i) // to the cross and to the microphone
+            desktop.keyboard.tap(key::tab);
+        desktop.keyboard.tap(key::space);
+        for (int i = 0; i < 3; ++i) // to the other switch, to the delays and to the button
+            desktop.keyboard.tap(key::tab);
+        desktop.keyboard.tap(key::space);
         ASSERT_TRUE(waitUntil([this] { return desktop.isShown(bar); })) << qPrintable(program.output());
         ASSERT_TRUE(waitUntil([this] { return !desktop.isShown(overlay); }));
+        ASSERT_TRUE(
+            waitUntil([this] { return program.output().contains(QLatin1String("from first SCStream frame")); }));
     }
     void clickAtTheRightEnd(const char *title, QPoint fromTheLowerRightCorner) {
         const auto windows = desktop.windowsTitled(QString::fromUtf8(title));
         ASSERT_EQ(windows.size(), 1U);
         desktop.click(desktop.geometry(windows.front()).bottomRight() - fromTheLowerRightCorner);
     }
-
     /// What is behind all windows, from now on.
     static void fillScreen(const char *colour) {
-        (void)outputOf(QStringLiteral("xsetroot"), {QStringLiteral("-solid"), QString::fromLatin1(colour)});
+        (void)runProgram(QStringLiteral("xsetroot"), {QStringLiteral("-solid"), QString::fromLatin1(colour)});
+    }
+    /// The only file of a folder; empty when there is none.
+    [[nodiscard]] static QString fileIn(const QString &folder) {
+        const QStringList files = QDir(folder).entryList(QDir::Files);
+        return files.size() == 1 ? folder + u'/' + files.constFirst() : QString();
+    }
+    [[nodiscard]] QString movieThatIsWritten() const {
+        return fileIn(program.home() + QStringLiteral("/.cache/Tavrine/tmp"));
     }
 
     Program program;
     Desktop desktop;
 };
 
-TEST_F(RecordingsOfAProgram, whatHappensInTheAreaIsInTheMovieAndNothingElse) {
-    fillScreen("black");
-    ASSERT_TRUE(program.startOnboarded());
-    startRecording();
-    pass(each);
-    for (const char *colour : {"red", "lime", "blue", "white"}) {
-        fillScreen(colour);
-        pass(each);
+constexpr qsizetype pictureBytes = qsizetype{3} * area.width() * area.height();
+
+QColor colourAt(const QByteArray &pixels, qsizetype picture, QPoint place) {
+    const auto *pixel = reinterpret_cast<const uchar *>(pixels.constData()) + picture * pictureBytes +
+                        qsizetype{3} * (place.y() * area.width() + place.x());
+    return {pixel[0], pixel[1], pixel[2]};
+}
+
+bool isRed(const QColor &colour) {
+    return colour.red() > 220 && colour.green() < 30 && colour.blue() < 30;
+}
+
+bool endsInRed(const QByteArray &pixels) {
+    const qsizetype pictures = pixels.size() / pictureBytes;
+    return pictures > 0 && isRed(colourAt(pixels, pictures - 1, {area.width() / 2, area.height() / 2}));
+}
+
+/// What a movie shows: the numbers, each at its moment in seconds of the movie.
+struct Shown {
+    int number = 0;
+    double time = 0;
+};
+
+/// The pictures from the first number to the last one.
+std::vector<Shown> numbersIn(const QByteArray &pixels, const std::vector<PacketTime> &packets) {
+    std::vector<Shown> shown;
+    EXPECT_EQ(pixels.size(), qsizetype(packets.size()) * pictureBytes);
+    for (std::size_t i = 0; i < packets.size(); ++i) {
+        const auto *picture = reinterpret_cast<const uchar *>(pixels.constData()) + qsizetype(i) * pictureBytes;
+        const auto number = CountingWindow::numberIn(picture, area.size());
+        if (number)
+            shown.push_back({*number, packets[i].start});
+        else
+            EXPECT_TRUE(shown.empty() || endsInRed(pixels.first(qsizetype(i + 1) * pictureBytes)))
+                << "a picture that shows no number, at " << packets[i].start;
+        for (const int x : {0, area.width() - 1}) // the red frame lies outside
+            EXPECT_TRUE(!number || !isRed(colourAt(pixels, qsizetype(i), {x, 75})));
     }
+    return shown;
+}
+
+/// When the movie began, from when to when at most: every number of it was on the screen at its moment and the next one
+/// was not.
+std::pair<Clock::time_point, Clock::time_point> beginningOf(const std::vector<Shown> &shown,
+                                                            const std::vector<CountingWindow::Draw> &draws) {
+    auto earliest = Clock::time_point::min();
+    auto latest = Clock::time_point::max();
+    for (const Shown &each : shown) {
+        const auto time = std::chrono::duration_cast<Clock::duration>(Seconds(each.time));
+        const auto number = static_cast<std::size_t>(each.number);
+        // A frame stands for the moment at which it was due, if it came less than half a frame after it.
+        earliest = std::max(earliest, draws.at(number).before - frameLength / 2 - time);
+        if (number + 1 < draws.size())
+            latest = std::min(latest, draws[number + 1].after - time);
+    }
+    return {earliest, latest};
+}
+
+/// What the program that counts says of itself.
+struct Drawn {
+    std::vector<CountingWindow::Draw> numbers;
+    Seconds late;    ///< all in all
+    Seconds longest; ///< of that
+};
+
+/// A number is missing where the machine was too busy, and nowhere else. The way of a frame has five more steps at
+/// which a busy machine keeps it waiting as it does those who draw.
+void expectAllOf(const Drawn &drawn, const std::vector<Shown> &shown) {
+    std::size_t found = shown.empty() ? 0 : 1;
+    for (std::size_t i = 1; i < shown.size(); ++i) {
+        const auto from = static_cast<std::size_t>(shown[i - 1].number);
+        const auto to = static_cast<std::size_t>(shown[i].number);
+        ASSERT_TRUE(from <= to && to < drawn.numbers.size()) << from << " and " << to;
+        found += from < to ? 1 : 0; // what is drawn while a frame is read gives another one of the same
+        EXPECT_LT(drawn.numbers[to].before - drawn.numbers[from].before, 3 * pace + 6 * drawn.longest)
+            << "after " << from;
+    }
+    const std::size_t missing = drawn.numbers.size() - found;
+    EXPECT_LE(double(missing), 0.05 * double(drawn.numbers.size()) + 1.5 * drawn.late / Seconds(pace));
+    EXPECT_GE(found, 2U);
+}
+
+/// Of 500 Hz, in whole tenths of a second.
+double secondsOfToneIn(const std::vector<float> &samples) {
+    constexpr std::size_t tenth = 4410;
+    int tenths = 0;
+    for (std::size_t start = 0; start + tenth <= samples.size(); start += tenth) {
+        int turns = 0;
+        float loudest = 0;
+        for (std::size_t i = start + 1; i < start + tenth; ++i) {
+            turns += (samples[i] > 0) != (samples[i - 1] > 0) ? 1 : 0;
+            loudest = std::max(loudest, samples[i]);
+        }
+        tenths += turns >= 98 && turns <= 102 && loudest > 0.2F ? 1 : 0;
+    }
+    return tenths * 0.1;
+}
+
+TEST_F(RecordingsOfAProgram, whatIsDrawnInTheAreaIsInTheMovieAtItsMomentAndWhatIsHeardTooAndNothingElse) {
+    fillScreen("red");
+    ASSERT_TRUE(program.startOnboarded());
+    ASSERT_TRUE(waitUntil([this] { return listener.isHeard(); }));
+    ASSERT_NO_FATAL_FAILURE(startRecording());
+    std::optional<CountingWindow> counting;
+    counting.emplace(area, pace); // it would lie above the overlay
+    counting->begin();
+    ASSERT_TRUE(waitUntil([&] { return counting->draws().size() >= count; }));
+    counting->end();
+    const Drawn drawn{counting->draws(), counting->lateness(), counting->longestLateness()};
+    counting.reset();
+    ASSERT_TRUE(waitUntil([&] { return endsInRed(pixelsOf(movieThatIsWritten())); })) << qPrintable(program.output());
+    const auto beforeStop = Clock::now();
     clickAtTheRightEnd(bar, {40, 20});
-    ASSERT_TRUE(waitUntil([this] { return desktop.isShown(preview); })) << qPrintable(program.output());
-    EXPECT_FALSE(desktop.isShown(bar));
-    pass(500ms);
+    ASSERT_TRUE(waitUntil([this] { return program.output().contains(QLatin1String("stop() invoked")); }));
+    const auto afterStop = Clock::now();
+    EXPECT_TRUE(waitUntil([this] { return !desktop.isShown(bar); }));
+    ASSERT_TRUE(waitUntil([this] { return desktop.hasKeyboard(preview); })) << qPrintable(program.output());
+    pass(200ms);
     clickAtTheRightEnd(preview, {60, 30});
-    const QString shots = program.home() + QStringLiteral("/Documents/Tavrine QuickShots");
-    ASSERT_TRUE(waitUntil([&] { return QDir(shots).entryList(QDir::Files).size() == 1; }))
-        << qPrintable(program.output());
-    const QString path = shots + u'/' + QDir(shots).entryList(QDir::Files).constFirst();
-    const QStringList ofCentre{QStringLiteral("red"), QStringLiteral("lime"), QStringLiteral("blue"),
-                               QStringLiteral("white")};
-    EXPECT_EQ(coloursOf(path, {160, 120}).mid(1), ofCentre); // after black
-    EXPECT_EQ(coloursOf(path, {0, 0}).mid(1), ofCentre);     // the frame lies outside
-    const QByteArray facts = outputOf(
-        QStringLiteral("ffprobe"),
-        {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-select_streams"), QStringLiteral("v:0"),
-         QStringLiteral("-show_entries"), QStringLiteral("stream=width,height,profile:format=duration"),
-         QStringLiteral("-of"), QStringLiteral("default=noprint_wrappers=1:nokey=1"), path});
-    const QByteArrayList lines = facts.trimmed().split('\n');
-    ASSERT_EQ(lines.size(), 4) << facts.constData();
-    EXPECT_EQ(lines[0], "High");
-    EXPECT_EQ(lines[1], "320");
-    EXPECT_EQ(lines[2], "240");
-    EXPECT_GT(lines[3].toDouble(), 1.9); // five of 400 ms
-    EXPECT_LT(lines[3].toDouble(), 4.0);
+    QString path;
+    ASSERT_TRUE(waitUntil([&] {
+        path = fileIn(program.home() + QStringLiteral("/Documents/Tavrine QuickShots"));
+        return !path.isEmpty();
+    })) << qPrintable(program.output());
     EXPECT_TRUE(waitUntil([this] {
         return !program.rows("SELECT content FROM items WHERE content LIKE '[Screen Recording]%'").isEmpty();
     }));
+
+    EXPECT_EQ(complaintsAbout(path), "");
+    const auto streams = streamsOf(path);
+    ASSERT_EQ(streams.size(), 2);
+    EXPECT_EQ(streams[0][QLatin1String("profile")].toString(), QStringLiteral("High"));
+    EXPECT_EQ(QSize(streams[0][QLatin1String("width")].toInt(), streams[0][QLatin1String("height")].toInt()),
+              area.size());
+    EXPECT_EQ(streams[1][QLatin1String("codec_name")].toString(), QStringLiteral("aac"));
+
+    const auto packets = packetsOf(path);
+    for (std::size_t i = 1; i < packets.size(); ++i)
+        EXPECT_GE(packets[i].start - packets[i - 1].start, Seconds(frameLength).count() - 0.001) << i;
+    const auto shown = numbersIn(pixelsOf(path), packets);
+    expectAllOf(drawn, shown);
+    const auto [earliest, latestBeginning] = beginningOf(shown, drawn.numbers);
+    EXPECT_LE(earliest, latestBeginning) << "off by " << Seconds(earliest - latestBeginning).count();
+    const double length = streams[0][QLatin1String("duration")].toString().toDouble();
+    EXPECT_GE(length, Seconds(beforeStop - latestBeginning).count());
+    EXPECT_LE(length, Seconds(afterStop - earliest).count());
+    EXPECT_GE(secondsOfToneIn(soundOf(path)), length / 2);
 }
 
 } // namespace

@@ -69,6 +69,13 @@ public:
         m_modules[name] = control({QStringLiteral("load-module"), QStringLiteral("module-sine-source"),
                                    QStringLiteral("source_name=") + name, QStringLiteral("rate=%1").arg(rate)});
     }
+    /// It hears what is played on the device. A device's own monitor is no microphone.
+    void addMicrophoneBefore(const QString &device, const QString &name) {
+        m_modules[name] =
+            control({QStringLiteral("load-module"), QStringLiteral("module-remap-source"),
+                     QStringLiteral("source_name=") + name, QStringLiteral("master=%1.monitor").arg(device)});
+        setDefaultMicrophone(name);
+    }
     static void setDefaultMicrophone(const QString &name) { control({QStringLiteral("set-default-source"), name}); }
     static void setSuspended(const QString &microphone, bool isSuspended) {
         control({QStringLiteral("suspend-source"), microphone, QString::number(isSuspended ? 1 : 0)});
