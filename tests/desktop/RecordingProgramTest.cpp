@@ -6,6 +6,7 @@
 #include "support/CountingWindow.h"
 #include "support/MovieReading.h"
 #include "support/SoundRecording.h"
+#include "support/TonePlayer.h"
 #include "support/Wait.h"
 
 #include <QColor>
@@ -31,20 +32,11 @@ constexpr auto pace = 20ms;                    ///< longer than a frame, so that
 constexpr std::size_t count = 50;              ///< of the numbers
 constexpr auto frameLength = 1'000'000us / 60; ///< the shortest
 
-/// A sound server on which a tone is played; the programs that are started below find it and its microphone, which
-/// hears the tone.
+/// A sound server with a microphone that hears what is played; the programs that are started below find it.
 struct WithSound {
-    WithSound() {
-        sound.addMicrophoneBefore(QStringLiteral("one"), QStringLiteral("microphone"));
-        QFile file(folder.filePath(QStringLiteral("tone.wav")));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(toneWave(60));
-        file.close();
-        tone.emplace(QStringLiteral("paplay"), QStringList{QStringLiteral("--device=one"), file.fileName()});
-    }
-    QTemporaryDir folder;
+    WithSound() { sound.addMicrophoneBefore(QStringLiteral("one"), QStringLiteral("microphone")); }
     PrivateSound sound{SoundServerKind::pulseAudio};
-    std::optional<Client> tone;
+    TonePlayer tone{"one"};
     /// A device that nobody listens to takes two seconds until its sound comes at once.
     SoundRecording listener{QStringLiteral("one")};
 };
@@ -139,29 +131,30 @@ std::vector<Shown> numbersIn(const QByteArray &pixels, const std::vector<PacketT
     return shown;
 }
 
-/// When the movie began, from when to when at most: every number of it was on the screen at its moment and the next one
-/// was not.
-std::pair<Clock::time_point, Clock::time_point> beginningOf(const std::vector<Shown> &shown,
-                                                            const std::vector<CountingWindow::Draw> &draws) {
-    auto earliest = Clock::time_point::min();
-    auto latest = Clock::time_point::max();
-    for (const Shown &each : shown) {
-        const auto time = std::chrono::duration_cast<Clock::duration>(Seconds(each.time));
-        const auto number = static_cast<std::size_t>(each.number);
-        // A frame stands for the moment at which it was due, if it came less than half a frame after it.
-        earliest = std::max(earliest, draws.at(number).before - frameLength / 2 - time);
-        if (number + 1 < draws.size())
-            latest = std::min(latest, draws[number + 1].after - time);
-    }
-    return {earliest, latest};
-}
-
 /// What the program that counts says of itself.
 struct Drawn {
     std::vector<CountingWindow::Draw> numbers;
     Seconds late;    ///< all in all
     Seconds longest; ///< of that
 };
+
+/// When the movie began, from when to when at most: every number of it was on the screen at its moment and the next one
+/// was not.
+std::pair<Clock::time_point, Clock::time_point> beginningOf(const std::vector<Shown> &shown, const Drawn &drawn) {
+    auto earliest = Clock::time_point::min();
+    auto latest = Clock::time_point::max();
+    // A frame stands for the moment at which it was due, if it came less than half a frame after it; and while it is
+    // read a busy machine may keep its reader waiting.
+    const auto busy = frameLength / 2 + std::chrono::duration_cast<Clock::duration>(drawn.longest);
+    for (const Shown &each : shown) {
+        const auto time = std::chrono::duration_cast<Clock::duration>(Seconds(each.time));
+        const auto number = static_cast<std::size_t>(each.number);
+        earliest = std::max(earliest, drawn.numbers.at(number).before - busy - time);
+        if (number + 1 < drawn.numbers.size())
+            latest = std::min(latest, drawn.numbers[number + 1].after - time);
+    }
+    return {earliest, latest};
+}
 
 /// A number is missing where the machine was too busy, and nowhere else. The way of a frame has five more steps at
 /// which a busy machine keeps it waiting as it does those who draw.
@@ -180,30 +173,36 @@ void expectAllOf(const Drawn &drawn, const std::vector<Shown> &shown) {
     EXPECT_GE(found, 2U);
 }
 
-/// Of 500 Hz, in whole tenths of a second.
-double secondsOfToneIn(const std::vector<float> &samples) {
-    constexpr std::size_t tenth = 4410;
-    int tenths = 0;
-    for (std::size_t start = 0; start + tenth <= samples.size(); start += tenth) {
-        int turns = 0;
-        float loudest = 0;
-        for (std::size_t i = start + 1; i < start + tenth; ++i) {
-            turns += (samples[i] > 0) != (samples[i - 1] > 0) ? 1 : 0;
-            loudest = std::max(loudest, samples[i]);
-        }
-        tenths += turns >= 98 && turns <= 102 && loudest > 0.2F ? 1 : 0;
+/// When the tone begins, in seconds of the movie, and for how long it is heard.
+struct ToneHeard {
+    double start = -1;
+    double length = 0;
+};
+
+ToneHeard toneIn(const std::vector<float> &samples, double trackStart) {
+    constexpr int rate = 44'100;
+    constexpr std::size_t wave = rate / TonePlayer::hertz;
+    ToneHeard tone;
+    for (std::size_t i = 0; i + wave <= samples.size(); i += wave) {
+        const auto loudest = std::max_element(samples.begin() + qsizetype(i), samples.begin() + qsizetype(i + wave));
+        if (*loudest < TonePlayer::level / 2)
+            continue;
+        if (tone.start < 0)
+            tone.start = trackStart + double(i) / rate;
+        tone.length += double(wave) / rate;
     }
-    return tenths * 0.1;
+    return tone;
 }
 
 TEST_F(RecordingsOfAProgram, whatIsDrawnInTheAreaIsInTheMovieAtItsMomentAndWhatIsHeardTooAndNothingElse) {
     fillScreen("red");
     ASSERT_TRUE(program.startOnboarded());
-    ASSERT_TRUE(waitUntil([this] { return listener.isHeard(); }));
+    ASSERT_TRUE(waitUntil([this] { return listener.samples() > 0; }));
     ASSERT_NO_FATAL_FAILURE(startRecording());
     std::optional<CountingWindow> counting;
     counting.emplace(area, pace); // it would lie above the overlay
     counting->begin();
+    const auto toneHeard = tone.begin();
     ASSERT_TRUE(waitUntil([&] { return counting->draws().size() >= count; }));
     counting->end();
     const Drawn drawn{counting->draws(), counting->lateness(), counting->longestLateness()};
@@ -239,12 +238,18 @@ TEST_F(RecordingsOfAProgram, whatIsDrawnInTheAreaIsInTheMovieAtItsMomentAndWhatI
         EXPECT_GE(packets[i].start - packets[i - 1].start, Seconds(frameLength).count() - 0.001) << i;
     const auto shown = numbersIn(pixelsOf(path), packets);
     expectAllOf(drawn, shown);
-    const auto [earliest, latestBeginning] = beginningOf(shown, drawn.numbers);
-    EXPECT_LE(earliest, latestBeginning) << "off by " << Seconds(earliest - latestBeginning).count();
+    const auto [earliest, latest] = beginningOf(shown, drawn);
+    EXPECT_LE(earliest, latest) << "off by " << Seconds(earliest - latest).count();
     const double length = streams[0][QLatin1String("duration")].toString().toDouble();
-    EXPECT_GE(length, Seconds(beforeStop - latestBeginning).count());
+    EXPECT_GE(length, Seconds(beforeStop - latest).count());
     EXPECT_LE(length, Seconds(afterStop - earliest).count());
-    EXPECT_GE(secondsOfToneIn(soundOf(path)), length / 2);
+    const ToneHeard heard = toneIn(soundOf(path), streams[1][QLatin1String("start_time")].toString().toDouble());
+    ASSERT_GE(heard.start, 0);
+    // Its start and what is seen at that moment.
+    const auto toneSeen = std::chrono::duration_cast<Clock::duration>(Seconds(heard.start));
+    EXPECT_GE(latest + toneSeen, toneHeard - 40ms);
+    EXPECT_LE(earliest + toneSeen, toneHeard + 40ms);
+    EXPECT_GE(heard.length, 0.9 * (length - heard.start) - 0.2);
 }
 
 } // namespace
