@@ -11,14 +11,18 @@ namespace tavrine::testing {
 /// is, so that this one may be stopped and ended.
 class PrivateScreen {
 public:
-    explicit PrivateScreen(const QStringList &options = {}, const QString &size = QStringLiteral("1280x800x24"))
+    /// Within a window of the test's own display: its screen can be turned.
+    enum class Kind { onItsOwn, inAWindow };
+
+    explicit PrivateScreen(const QStringList &options = {}, const QString &size = QStringLiteral("1280x800x24"),
+                           Kind kind = Kind::onItsOwn)
         : m_before(qgetenv("DISPLAY")) {
+        QStringList arguments{QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen")};
+        if (kind == Kind::onItsOwn)
+            arguments << QStringLiteral("0");
+        arguments << size << QStringLiteral("-nolisten") << QStringLiteral("tcp") << QStringLiteral("-noreset");
         m_server.setStandardErrorFile(QProcess::nullDevice());
-        m_server.start(QStringLiteral("Xvfb"),
-                       QStringList{QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                                   QStringLiteral("0"), size, QStringLiteral("-nolisten"), QStringLiteral("tcp"),
-                                   QStringLiteral("-noreset")} +
-                           options);
+        m_server.start(kind == Kind::onItsOwn ? QStringLiteral("Xvfb") : QStringLiteral("Xephyr"), arguments + options);
         m_server.waitForReadyRead(10'000);
         qputenv("DISPLAY", ":" + m_server.readLine().trimmed());
     }

@@ -6,6 +6,7 @@
 #include "support/ScreenClient.h"
 
 #include <QGuiApplication>
+#include <QProcess>
 #include <QScreen>
 
 #include <mutex>
@@ -40,18 +41,21 @@ class ScreenStreamTest : public ::testing::Test {
 protected:
     ScreenStreamTest() {
         board = client.add(client.wholeScreen(), 0x303030);
+        if (!client.isComposited())
+            return;
         for (const QPoint place : {area.center(), client.wholeScreen().bottomRight()})
             static_cast<void>(shown(place, 0x303030));
     }
 
     std::unique_ptr<ScreenStream> start(const QList<WindowNumber> &keptOut, const QRect &where = area,
-                                        bool showsPointer = false) {
+                                        bool showsPointer = false,
+                                        const QScreen &screen = *QGuiApplication::primaryScreen()) {
         ScreenStreamConfiguration configuration;
         configuration.sourceRect = where;
         configuration.width = where.width();
         configuration.height = where.height();
         configuration.showsCursor = showsPointer;
-        const auto display = static_cast<quint32>(qHash(QGuiApplication::primaryScreen()->name()));
+        const auto display = static_cast<quint32>(qHash(screen.name()));
         auto stream = plugin.port()->makeStream(
             {display, keptOut}, configuration,
             {[this](const ScreenSample &sample) { take(sample); }, [this](const QString &error) { ended = error; }});
@@ -96,6 +100,14 @@ protected:
     quint32 seenAt(int x, int y) { return picture().pixel(x, y) & 0xffffffU; }
     bool comesToBe(const QImage &expected, std::chrono::milliseconds longest = 3s) {
         return eventually([&] { return describe(picture(), expected).empty(); }, longest);
+    }
+
+    /// Of a screen that `xrandr` knows.
+    static bool xrandr(const QStringList &arguments) {
+        QProcess program;
+        program.setStandardErrorFile(QProcess::nullDevice());
+        program.start(QStringLiteral("xrandr"), arguments);
+        return program.waitForFinished() && program.exitCode() == 0;
     }
 
     ScreenClient client;

@@ -2,8 +2,6 @@
 #include "adapters/x11/ScreenStreamFixture.h"
 #include "support/TestKeyboard.h"
 
-#include <QDir>
-
 #include <atomic>
 #include <random>
 #include <thread>
@@ -268,27 +266,6 @@ TEST_F(ScreenStreamTest, aStormOfChangesGivesSixtyFramesASecondAndNoMore) {
     EXPECT_GE(inOneSecond, 2); // however busy the machine is
     EXPECT_TRUE(eventually([&] { return describe(picture(), client.screen(client.wholeScreen())).empty(); }));
     EXPECT_TRUE(isAllTold());
-}
-
-TEST_F(ScreenStreamTest, nothingIsLeftAfterManyStarts) {
-    const auto below = client.add(area, 0x4080c0);
-    const auto bar = client.add(QRect(area.center(), QSize(50, 30)), 0xff0000);
-    static_cast<void>(below);
-    const auto descriptors = [] { return QDir(QStringLiteral("/proc/self/fd")).entryList().size(); };
-    const auto threads = [] { return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).size(); };
-    static_cast<void>(start({bar}));
-    letPass(100ms);
-    const int resources = client.resourcesOfOthers();
-    const auto before = std::pair(descriptors(), threads());
-    for (int i = 0; i < 20; ++i) {
-        const auto stream = start({bar});
-        std::optional<QString> unused;
-        bool isStopped = false;
-        stream->stopCapture([&](std::optional<QString>) { isStopped = true; });
-        ASSERT_TRUE(eventually([&] { return isStopped; }));
-    }
-    EXPECT_TRUE(eventually([&] { return std::pair(descriptors(), threads()) == before; })) << descriptors();
-    EXPECT_TRUE(eventually([&] { return client.resourcesOfOthers() == resources; })) << client.resourcesOfOthers();
 }
 
 } // namespace

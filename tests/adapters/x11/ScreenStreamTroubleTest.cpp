@@ -3,7 +3,6 @@
 #include "support/PrivateScreen.h"
 
 #include <QElapsedTimer>
-#include <QProcess>
 
 namespace tavrine::test {
 namespace {
@@ -50,20 +49,15 @@ TEST_F(WithoutSharedMemory, thePicturesAreTheSame) {
 
 TEST_F(ScreenStreamTrouble, aMonitorThatGoesLeavesBlackBehind) {
     const auto stream = start({});
-    const auto xrandr = [](const QStringList &arguments) {
-        QProcess program;
-        program.start(QStringLiteral("xrandr"), arguments);
-        program.waitForFinished();
-    };
-    xrandr({QStringLiteral("--setmonitor"), QStringLiteral("half"), QStringLiteral("200/50x800/200+0+0"),
-            QStringLiteral("screen")});
+    ASSERT_TRUE(xrandr({QStringLiteral("--setmonitor"), QStringLiteral("half"), QStringLiteral("200/50x800/200+0+0"),
+                        QStringLiteral("screen")}));
     EXPECT_TRUE(eventually([&] { return seenAt(150, 20) == 0; }));
     EXPECT_EQ(seenAt(99, 20), 0x303030U);
     EXPECT_EQ(seenAt(100, 20), 0U);
     client.paint(board, client.wholeScreen(), 0x515151);
     EXPECT_TRUE(eventually([&] { return seenAt(99, 20) == 0x515151U; }));
     EXPECT_EQ(seenAt(100, 20), 0U);
-    xrandr({QStringLiteral("--delmonitor"), QStringLiteral("half")});
+    ASSERT_TRUE(xrandr({QStringLiteral("--delmonitor"), QStringLiteral("half")}));
     EXPECT_TRUE(eventually([&] { return seenAt(150, 20) == 0x515151U; }));
     EXPECT_EQ(ended, std::nullopt);
     EXPECT_TRUE(isAllTold());
