@@ -32,22 +32,13 @@ constexpr auto pace = 20ms;                    ///< longer than a frame, so that
 constexpr std::size_t count = 50;              ///< of the numbers
 constexpr auto frameLength = 1'000'000us / 60; ///< the shortest
 
-/// A sound server with a microphone that hears what is played; the programs that are started below find it.
-struct WithSound {
-    WithSound() { sound.addMicrophoneBefore(QStringLiteral("one"), QStringLiteral("microphone")); }
-    PrivateSound sound{SoundServerKind::pulseAudio};
-    TonePlayer tone{"one"};
-    /// A device that nobody listens to takes two seconds until its sound comes at once.
-    SoundRecording listener{QStringLiteral("one")};
-};
-
-class RecordingsOfAProgram : public WithSound, public ::testing::Test {
+class RecordingsOfAProgram : public ::testing::Test {
 protected:
     static void pass(std::chrono::milliseconds length) {
         (void)waitUntil([] { return false; }, length);
     }
-    /// By the hot key, a drag, the microphone's switch and the button, by keys.
-    void startRecording() {
+    /// By the hot key, a drag, the switch of the microphone and the button: by keys.
+    void startRecording(bool hasSound) {
         desktop.keyboard.chord({key::leftSuper, key::leftShift, keySix});
         ASSERT_TRUE(waitUntil([this] { return desktop.hasKeyboard(overlay); })) << qPrintable(program.output());
         desktop.keyboard.movePointer(area.left(), area.top());
@@ -57,12 +48,13 @@ protected:
         desktop.keyboard.movePointer(area.left() + area.width(), area.top() + area.height());
         desktop.keyboard.release(1);
         pass(200ms);
-        for (int i = 0; i < 2; ++i) // to the cross and to the microphone
-            desktop.keyboard.tap(key::tab);
-        desktop.keyboard.tap(key::space);
-        for (int i = 0; i < 3; ++i) // to the other switch, to the delays and to the button
-            desktop.keyboard.tap(key::tab);
-        desktop.keyboard.tap(key::space);
+        if (hasSound) {
+            for (const int keycode : {key::tab, key::tab, key::space}) // the cross, the microphone
+                desktop.keyboard.tap(keycode);
+            for (const int keycode : {key::tab, key::tab, key::tab}) // the other switch, the delays, the button
+                desktop.keyboard.tap(keycode);
+        }
+        desktop.pressReturn();
         ASSERT_TRUE(waitUntil([this] { return desktop.isShown(bar); })) << qPrintable(program.output());
         ASSERT_TRUE(waitUntil([this] { return !desktop.isShown(overlay); }));
         ASSERT_TRUE(
@@ -89,6 +81,17 @@ protected:
     Program program;
     Desktop desktop;
 };
+
+/// A sound server with a microphone that hears what is played; the programs that are started below find it.
+struct WithSound {
+    WithSound() { sound.addMicrophoneBefore(QStringLiteral("one"), QStringLiteral("microphone")); }
+    PrivateSound sound{SoundServerKind::pulseAudio};
+    TonePlayer tone{"one"};
+    /// A device that nobody listens to takes two seconds until its sound comes at once.
+    SoundRecording listener{QStringLiteral("one")};
+};
+
+class RecordingsWithSound : public WithSound, public RecordingsOfAProgram {};
 
 constexpr qsizetype pictureBytes = qsizetype{3} * area.width() * area.height();
 
@@ -194,11 +197,11 @@ ToneHeard toneIn(const std::vector<float> &samples, double trackStart) {
     return tone;
 }
 
-TEST_F(RecordingsOfAProgram, whatIsDrawnInTheAreaIsInTheMovieAtItsMomentAndWhatIsHeardTooAndNothingElse) {
+TEST_F(RecordingsWithSound, whatIsDrawnInTheAreaIsInTheMovieAtItsMomentAndWhatIsHeardTooAndNothingElse) {
     fillScreen("red");
     ASSERT_TRUE(program.startOnboarded());
     ASSERT_TRUE(waitUntil([this] { return listener.samples() > 0; }));
-    ASSERT_NO_FATAL_FAILURE(startRecording());
+    ASSERT_NO_FATAL_FAILURE(startRecording(true));
     std::optional<CountingWindow> counting;
     counting.emplace(area, pace); // it would lie above the overlay
     counting->begin();
@@ -250,6 +253,28 @@ TEST_F(RecordingsOfAProgram, whatIsDrawnInTheAreaIsInTheMovieAtItsMomentAndWhatI
     EXPECT_GE(latest + toneSeen, toneHeard - 40ms);
     EXPECT_LE(earliest + toneSeen, toneHeard + 40ms);
     EXPECT_GE(heard.length, 0.9 * (length - heard.start) - 0.2);
+}
+
+TEST_F(RecordingsOfAProgram, oneThatIsKilledWhileItRecordsShowsTheMovieWhenItIsStartedAgain) {
+    ASSERT_TRUE(program.startOnboarded());
+    ASSERT_NO_FATAL_FAILURE(startRecording(false));
+    CountingWindow counting(area, pace);
+    counting.begin();
+    const auto showsNumbers = [this](int least) {
+        const QString path = movieThatIsWritten();
+        const auto packets = packetsOf(path);
+        const auto shown = numbersIn(pixelsOf(path).first(qsizetype(packets.size()) * pictureBytes), packets);
+        return !shown.empty() && shown.back().number >= least;
+    };
+    ASSERT_TRUE(waitUntil([&] { return counting.draws().size() >= count / 2; }));
+    program.kill9();
+    counting.end();
+    ASSERT_TRUE(program.startOnboarded());
+    ASSERT_TRUE(waitUntil([this] { return desktop.isShown(preview); })) << qPrintable(program.output());
+    EXPECT_EQ(complaintsAbout(movieThatIsWritten()), "");
+    EXPECT_TRUE(showsNumbers(2));
+    EXPECT_FALSE(desktop.isShown(bar));
+    EXPECT_EQ(boxesOf(movieThatIsWritten()).value(2), "moov"); // the encoder has finished it
 }
 
 } // namespace

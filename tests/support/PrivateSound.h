@@ -77,6 +77,9 @@ public:
         setDefaultMicrophone(name);
     }
     static void setDefaultMicrophone(const QString &name) { control({QStringLiteral("set-default-source"), name}); }
+    static void setMuted(const QString &microphone, bool isMuted) {
+        control({QStringLiteral("set-source-mute"), microphone, QString::number(isMuted ? 1 : 0)});
+    }
     static void setSuspended(const QString &microphone, bool isSuspended) {
         control({QStringLiteral("suspend-source"), microphone, QString::number(isSuspended ? 1 : 0)});
     }

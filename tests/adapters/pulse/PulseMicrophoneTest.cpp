@@ -48,7 +48,9 @@ protected:
         float value = 0;
         for (qsizetype i = 0; i + qsizetype{sizeof value} <= sample.data.size(); i += qsizetype{sizeof value}) {
             std::memcpy(&value, sample.data.constData() + i, sizeof value);
-            loud += std::abs(value) > 0.01F ? 1 : 0;
+            const bool isLoud = std::abs(value) > 0.01F;
+            loud += isLoud ? 1 : 0;
+            quiet = isLoud ? 0 : quiet + 1;
         }
         ++count;
     }
@@ -76,6 +78,7 @@ protected:
     int overlaps = 0;
     int count = 0;
     qint64 loud = 0;
+    qint64 quiet = 0; ///< since the last of those
 };
 
 TEST_F(PulseMicrophoneTest, soundIsPlacedAtTheTimeAtWhichItIsHeard) {
@@ -101,6 +104,29 @@ TEST_F(PulseMicrophoneTest, aMicrophoneThatIsPulledOutGivesWayToTheDefaultOneAnd
     EXPECT_EQ(read(loud), before);
     sound.addTone(QStringLiteral("tone"));
     EXPECT_TRUE(eventually([&] { return read(loud) > before + 1000; }));
+    EXPECT_EQ(read(overlaps), 0);
+}
+
+TEST_F(PulseMicrophoneTest, anotherDefaultMicrophoneIsNotListenedToWhileTheChosenOneIsThere) {
+    sound.addMicrophone(QStringLiteral("quiet"));
+    sound.addTone(QStringLiteral("tone"));
+    const auto session = listen(QStringLiteral("tone"));
+    ASSERT_TRUE(eventually([&] { return read(loud) > 1000; }));
+    sound.setDefaultMicrophone(QStringLiteral("quiet"));
+    const qint64 before = read(loud);
+    EXPECT_TRUE(eventually([&] { return read(loud) > before + qint64{3} * microphoneSampleRate; }));
+    EXPECT_EQ(read(overlaps), 0);
+}
+
+TEST_F(PulseMicrophoneTest, aMutedMicrophoneGivesSilenceAndIsNotMissing) {
+    sound.addTone(QStringLiteral("tone"));
+    const auto session = listen(QStringLiteral("tone"));
+    ASSERT_TRUE(eventually([&] { return read(loud) > 1000; }));
+    sound.setMuted(QStringLiteral("tone"), true);
+    ASSERT_TRUE(eventually([&] { return read(quiet) > microphoneSampleRate / 2; }));
+    const qint64 silent = read(loud);
+    sound.setMuted(QStringLiteral("tone"), false);
+    EXPECT_TRUE(eventually([&] { return read(loud) > silent + 1000; }));
     EXPECT_EQ(read(overlaps), 0);
 }
 
