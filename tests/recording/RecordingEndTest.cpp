@@ -128,12 +128,13 @@ TEST_F(RecordingEnd, aCancelWhileTheFileIsBeingMadeThrowsItAwayToo) {
 
 TEST_F(RecordingEnd, aRestartRecordsTheSameAreaAnewWithoutACountdown) {
     auto &card = selectArea({10, 20, 300, 200});
-    card.setTimerDelay(3);
+    card.setTimerDelay(5);
     card.start();
-    time.advance(3s);
+    time.advance(5s);
     ASSERT_TRUE(happens([this] { return recorder->isRecording(); }));
     awaitPicture();
     time.advance(7s);
+    EXPECT_EQ(recorder->recordingDuration(), 7s);
     const QString first = *recorder->tempOutputPath();
     recorder->restartRecording();
     EXPECT_FALSE(QFile::exists(first));

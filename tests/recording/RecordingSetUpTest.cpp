@@ -181,8 +181,14 @@ TEST_F(RecordingSetUp, theSystemSwitchAloneRecordsTheMicrophone) {
     auto &card = selectArea();
     card.flipSystemAudio();
     card.start();
-    EXPECT_TRUE(happens([this] { return microphones.sessions().size() == 1; }));
-    EXPECT_TRUE(writers.movies.front()->audio);
+    ASSERT_TRUE(happens([this] { return microphones.sessions().size() == 1 && recorder->isRecording(); }));
+    awaitPicture();
+    const QByteArray sound(8, '\1');
+    microphones.deliver({2s, sound});
+    ASSERT_TRUE(happens([&] { return sound.isDetached(); })); // whoever was given it has done with it
+    recorder->stopRecording();
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_THAT(writers.movies.front()->sounds, ElementsAre(2s));
 }
 
 TEST_F(RecordingSetUp, theSystemSwitchWithADeniedMicrophoneShowsThePromptAndRecordsNothing) {

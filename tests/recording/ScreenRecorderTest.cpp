@@ -70,6 +70,21 @@ TEST_F(Recorder, theNextRecordingBeginsAtZeroAndKnowsNothingOfTheLast) {
     streams.answerAll();
 }
 
+TEST_F(Recorder, aClockThatIsSetAndAMachineThatSleepsChangeNeitherTheBarNorTheMovie) {
+    record();
+    time.advance(2s);
+    time.setWallClock({time.now().secondsSince1970 - 86'400.0 * 400});
+    time.setSystemUptime(time.systemUptime() + 8h);
+    time.runPending();
+    EXPECT_EQ(recorder->recordingDuration(), 2s);
+    time.advance(3s);
+    EXPECT_EQ(recorder->recordingDuration(), 5s);
+    mediaNow = 6s;
+    recorder->stopRecording();
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_EQ(writers.movies.front()->end, 6s);
+}
+
 TEST_F(Recorder, theBarStaysWithinReachWhenItsScreenGoes) {
     const Screen left = screens.screens().first();
     Screen right = left;
