@@ -15,6 +15,9 @@ namespace tavrine {
 /// The numbers are the platform's.
 enum class MovieWriterStatus { unknown = 0, writing = 1, completed = 2, failed = 3, cancelled = 4 };
 
+/// Why a writer failed, as far as it says something to a person.
+enum class MovieWriterFailure { other, diskIsFull };
+
 /// H.264, High profile, BT.709 of limited range.
 struct MovieVideoSettings {
     int width = 0; ///< pixels, even
@@ -39,7 +42,8 @@ struct MovieAudioSettings {
 /// encoder's, or the disk's room. A finished movie has its index before its data.
 class MovieWriter {
 public:
-    /// Called once, on a thread of the writer's, when `status` is final.
+    /// Called once, on a thread of the writer's, when `status` is final; never once the writer is gone. It must not
+    /// destroy the writer.
     using Completion = std::function<void()>;
 
     virtual ~MovieWriter() = default;
@@ -65,11 +69,15 @@ public:
     virtual void markAudioAsFinished() = 0;
     /// Ends and removes the file. Nothing is left.
     virtual void cancelWriting() = 0;
+    /// Called as a completion when the movie has ended though nobody asked for it: `status` is `failed`, or `completed`
+    /// where the encoder was told to end by another. Set before `startWriting`.
+    virtual void setOnEndedByItself(Completion handler) = 0;
     /// Writes out what is left. The last picture is shown up to `endTime`, if that is later.
     virtual void finishWriting(MediaTime endTime, Completion completion) = 0;
 
     [[nodiscard]] virtual MovieWriterStatus status() const = 0;
     [[nodiscard]] virtual std::optional<QString> error() const = 0; ///< in words
+    [[nodiscard]] virtual MovieWriterFailure failure() const = 0;   ///< of one that failed
     [[nodiscard]] virtual QString outputPath() const = 0;
 };
 

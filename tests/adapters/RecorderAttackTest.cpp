@@ -75,7 +75,7 @@ public:
         tell(messageOf(Start{.width = 64, .height = 48, .bitRate = 4'000'000, .frameRate = 60}));
         tell(messageOf(Session{.time = 100}));
     }
-    /// Its next report; none when it has ended.
+    /// Its next report, but for those of the end that comes nearer; none when it has ended.
     [[nodiscard]] std::optional<Report> report() const {
         while (true) {
             pollfd socket{m_socket.number(), POLLIN, 0};
@@ -85,7 +85,9 @@ public:
             const ssize_t count = ::recv(m_socket.number(), bytes, sizeof bytes, 0);
             if (count < 0 && errno == ECONNRESET)
                 continue;
-            return count > 0 ? reportIn({bytes, std::size_t(count)}) : std::nullopt;
+            const auto report = count > 0 ? reportIn({bytes, std::size_t(count)}) : std::nullopt;
+            if (!report || report->kind != Report::Kind::writing)
+                return report;
         }
     }
     /// Its status as the system tells it.
@@ -249,6 +251,8 @@ TEST_F(RecorderAttack, aFullDiskEndsTheMovieWithWhatFitted) {
     {
         auto made = recorders.makeWriter(path);
         const auto &writer = std::get<std::unique_ptr<MovieWriter>>(made);
+        const auto endings = std::make_shared<std::atomic<int>>(0);
+        writer->setOnEndedByItself([endings] { ++*endings; });
         constexpr QSize size(320, 180);
         ASSERT_TRUE(
             writer->addVideoInput({.width = size.width(), .height = size.height(), .averageBitRate = 4'000'000}));
@@ -268,6 +272,8 @@ TEST_F(RecorderAttack, aFullDiskEndsTheMovieWithWhatFitted) {
         }
         EXPECT_TRUE(eventually([&] { return writer->status() == MovieWriterStatus::failed; }));
         EXPECT_EQ(writer->error(), text("No space left on device"));
+        EXPECT_EQ(writer->failure(), MovieWriterFailure::diskIsFull);
+        EXPECT_TRUE(eventually([&] { return *endings == 1; })); // nobody has asked
         expectPlayable(30);
         EXPECT_EQ(boxesOf(path), (QList<QByteArray>{"ftyp", "free", "moov", "free", "mdat"}));
     }

@@ -4,6 +4,7 @@
 #include "adapters/linux/RecorderSession.h"
 #include "support/Eventually.h"
 #include "support/MovieReading.h"
+#include "support/Recorders.h"
 #include "support/ScreenFrames.h"
 
 #include <QCoreApplication>
@@ -30,27 +31,15 @@ QString text(const char *utf8) {
     return QString::fromUtf8(utf8);
 }
 
-QList<pid_t> recordersOf(qint64 parent) {
-    QList<pid_t> found;
-    const QDir tasks(QStringLiteral("/proc/%1/task").arg(parent));
-    for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        QFile children(tasks.filePath(task + text("/children")));
-        if (!children.open(QIODevice::ReadOnly))
-            continue;
-        for (const QByteArray &child : children.readAll().split(' ')) {
-            QFile name(QStringLiteral("/proc/%1/comm").arg(child.toInt()));
-            if (name.open(QIODevice::ReadOnly) && name.readAll().startsWith("TavrineRecorder"))
-                found.append(child.toInt());
-        }
-    }
-    return found;
-}
-
 constexpr QSize size(320, 180);
 constexpr MediaTime start = 1000s;
 
 class RecorderProcessTest : public testing::Test {
 protected:
+    ~RecorderProcessTest() override {
+        writer.reset();
+        EXPECT_TRUE(eventually([] { return recorder() == 0; })); // the next test counts its own
+    }
     std::unique_ptr<MovieWriter> make(const QString &where) {
         auto made = recorders.makeWriter(where);
         if (auto *whole = std::get_if<std::unique_ptr<MovieWriter>>(&made))
@@ -66,6 +55,7 @@ protected:
         if (hasSound) {
             ASSERT_TRUE(writer->addAudioInput({}));
         }
+        writer->setOnEndedByItself([count = endings] { ++*count; });
         ASSERT_TRUE(writer->startWriting()) << writer->error().value_or(QString()).toStdString();
         writer->startSessionAtSourceTime(start);
     }
@@ -113,6 +103,7 @@ protected:
     QString path = folder.filePath(text("a recording.mp4"));
     RecorderProcesses recorders{QCoreApplication::applicationDirPath(), 10s};
     ScreenFrames frames{size, 12};
+    std::shared_ptr<std::atomic<int>> endings = std::make_shared<std::atomic<int>>(0); ///< that nobody asked for
     std::unique_ptr<MovieWriter> writer;
     QString words;
 };
@@ -327,6 +318,7 @@ TEST_F(RecorderProcessTest, anEncoderThatIsAskedToEndFinishesTheMovie) {
     ::kill(recorder(), SIGTERM);
     EXPECT_TRUE(eventually([&] { return writer->status() != MovieWriterStatus::writing; }));
     EXPECT_EQ(writer->status(), MovieWriterStatus::completed);
+    EXPECT_TRUE(eventually([&] { return *endings == 1; })); // and not because we asked
     expectPlayable(30);
 }
 
@@ -360,13 +352,39 @@ TEST_F(RecorderProcessTest, anEncoderThatStandsStillRefusesWhatItCannotHoldAndIs
     EXPECT_LT(sounds, 1'000);
     EXPECT_GE(sounds, 30);
     EXPECT_FALSE(writer->isAudioReadyForMoreMediaData());
-    EXPECT_LT(timer.elapsed(), 250); // nothing waited
+    EXPECT_LT(timer.elapsed(), 5'000); // nothing waited for it
     EXPECT_TRUE(finish(2s, 2s));
     EXPECT_EQ(writer->status(), MovieWriterStatus::failed);
     EXPECT_EQ(writer->error(), text("the encoder does not answer"));
     EXPECT_TRUE(held.expired());
     EXPECT_TRUE(eventually([] { return recorder() == 0; }));
     expectPlayable(20);
+}
+
+/// Says three times that it gets on and then that it is done, each `pause` after the other.
+void writeSlowProgram(const QString &path, const char *pause) {
+    QFile program(path);
+    ASSERT_TRUE(program.open(QIODevice::WriteOnly));
+    program.write("#!/bin/sh\nfor kind in 2 2 2 3; do sleep " + QByteArray(pause) +
+                  "; printf \"\\00$kind\\000\\000\\000\" >&0; done\nsleep 30\n");
+    program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+TEST_F(RecorderProcessTest, anEndThatTakesLongIsWaitedForAsLongAsItComesNearer) {
+    recorders = RecorderProcesses(folder.path(), 2s);
+    writeSlowProgram(folder.filePath(text("TavrineRecorder")), "0.8");
+    begin();
+    ASSERT_TRUE(finish(1s, 20s)); // 3.2 s later
+    EXPECT_EQ(writer->status(), MovieWriterStatus::completed) << writer->error().value_or(QString()).toStdString();
+}
+
+TEST_F(RecorderProcessTest, anEndThatComesNoNearerIsGivenUp) {
+    recorders = RecorderProcesses(folder.path(), 100ms);
+    writeSlowProgram(folder.filePath(text("TavrineRecorder")), "20");
+    begin();
+    ASSERT_TRUE(finish(1s));
+    EXPECT_EQ(writer->status(), MovieWriterStatus::failed);
+    EXPECT_EQ(writer->error(), text("the encoder does not answer"));
 }
 
 TEST_F(RecorderProcessTest, aProgramThatIsNotThereIsAnErrorAndMayBeTriedAgain) {

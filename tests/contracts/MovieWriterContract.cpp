@@ -3,6 +3,7 @@
 #include "adapters/fake/VirtualTime.h"
 #include "adapters/linux/RecorderProcess.h"
 #include "support/Eventually.h"
+#include "support/Recorders.h"
 #include "support/ScreenFrames.h"
 
 #include <QCoreApplication>
@@ -10,6 +11,7 @@
 #include <QTemporaryDir>
 
 #include <atomic>
+#include <csignal>
 
 #include <gmock/gmock.h>
 
@@ -29,6 +31,12 @@ struct FakeStudio {
         time.runPending();
         return condition();
     }
+    void breakEncoder(MovieWriter & /*writer*/) { fake.die(text("dead")); }
+    /// Nothing is left to be done.
+    bool settles() {
+        time.advance(1min);
+        return true;
+    }
     VirtualTime time;
     FakeMovieWriters fake{time};
 };
@@ -38,6 +46,12 @@ struct RealStudio {
     template <class Condition>
     bool eventually(Condition condition) {
         return test::eventually(condition);
+    }
+    void breakEncoder(MovieWriter & /*writer*/) {
+        ::kill(recordersOf(QCoreApplication::applicationPid()).value(0), SIGKILL);
+    }
+    bool settles() {
+        return test::eventually([] { return recordersOf(QCoreApplication::applicationPid()).isEmpty(); });
     }
     RecorderProcesses real{QCoreApplication::applicationDirPath()};
 };
@@ -50,10 +64,12 @@ protected:
         auto *whole = std::get_if<std::unique_ptr<MovieWriter>>(&made);
         ASSERT_TRUE(whole) << std::get<QString>(made).toStdString();
         writer = std::move(*whole);
+        writer->setOnEndedByItself([count = endings] { ++*count; });
         EXPECT_EQ(writer->status(), MovieWriterStatus::unknown);
         EXPECT_EQ(writer->outputPath(), path);
     }
-    void begin() {
+    void begin(const QString &name = text("movie.mp4")) {
+        path = folder.filePath(name);
         make();
         ASSERT_TRUE(writer->addVideoInput(video));
         ASSERT_TRUE(writer->addAudioInput({}));
@@ -82,6 +98,8 @@ protected:
     Studio studio;
     ScreenFrames frames{QSize(64, 48)};
     std::shared_ptr<std::atomic<int>> completions = std::make_shared<std::atomic<int>>(0);
+    std::shared_ptr<std::atomic<int>> endings = std::make_shared<std::atomic<int>>(0); ///< that nobody asked for
+    std::shared_ptr<int> alive = std::make_shared<int>();
     std::unique_ptr<MovieWriter> writer;
 };
 
@@ -101,6 +119,7 @@ TYPED_TEST(MovieWriterContract, aFinishedMovieStandsAtItsPath) {
     EXPECT_EQ(this->writer->error(), std::nullopt);
     EXPECT_EQ(this->kept(), QStringList(text("movie.mp4")));
     EXPECT_GT(QFileInfo(this->path).size(), 0);
+    EXPECT_EQ(*this->endings, 0);
 }
 
 TYPED_TEST(MovieWriterContract, nothingIsTakenBeforeTheStartOrAfterItsInputEnded) {
@@ -146,6 +165,7 @@ TYPED_TEST(MovieWriterContract, aCancelledMovieLeavesNothing) {
     EXPECT_EQ(this->writer->status(), MovieWriterStatus::cancelled);
     EXPECT_FALSE(this->append(20ms));
     EXPECT_EQ(this->kept(), QStringList());
+    EXPECT_EQ(*this->endings, 0);
 }
 
 TYPED_TEST(MovieWriterContract, aWriterThatNeverStartedLeavesNothing) {
@@ -173,6 +193,39 @@ TYPED_TEST(MovieWriterContract, aCancelledMovieThatIsFinishedTellsItAllTheSame) 
     this->finish();
     EXPECT_TRUE(this->isFinished());
     EXPECT_EQ(this->writer->status(), MovieWriterStatus::cancelled);
+}
+
+TYPED_TEST(MovieWriterContract, anEndThatNobodyAskedForIsToldOnceAndWhatWasWrittenStays) {
+    this->begin();
+    EXPECT_TRUE(this->append(0ms));
+    EXPECT_TRUE(this->studio.eventually([this] { return QFileInfo(this->path).size() > 0; }));
+    this->studio.breakEncoder(*this->writer);
+    EXPECT_TRUE(this->studio.eventually([this] { return *this->endings == 1; }));
+    EXPECT_EQ(this->writer->status(), MovieWriterStatus::failed);
+    EXPECT_EQ(this->writer->failure(), MovieWriterFailure::other);
+    EXPECT_FALSE(this->append(20ms));
+    this->finish();
+    EXPECT_TRUE(this->isFinished());
+    EXPECT_EQ(this->writer->status(), MovieWriterStatus::failed);
+    EXPECT_EQ(*this->endings, 1);
+    EXPECT_EQ(this->kept(), QStringList(text("movie.mp4")));
+}
+
+TYPED_TEST(MovieWriterContract, aWriterThatHasGoneTellsNobody) {
+    this->begin();
+    EXPECT_TRUE(this->append(0ms));
+    this->writer->finishWriting(this->start + 1s, [count = this->completions, gone = std::weak_ptr(this->alive)] {
+        EXPECT_FALSE(gone.expired());
+        ++*count;
+    });
+    this->writer.reset();
+    this->alive.reset(); // as the clock and all else that a completion may name
+    EXPECT_TRUE(this->studio.settles());
+    this->begin(text("other.mp4"));
+    EXPECT_TRUE(this->append(0ms));
+    this->writer.reset();
+    EXPECT_TRUE(this->studio.settles());
+    EXPECT_EQ(*this->endings, 0);
 }
 
 TYPED_TEST(MovieWriterContract, aFileThatStandsThereIsLeftAlone) {

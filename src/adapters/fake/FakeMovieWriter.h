@@ -27,6 +27,8 @@ struct FakeMovie {
     std::optional<MediaTime> end; ///< what `finishWriting` was told
     MovieWriterStatus status = MovieWriterStatus::unknown;
     std::optional<QString> error;
+    MovieWriterFailure failure = MovieWriterFailure::other;
+    MovieWriter::Completion onEndedByItself;
 
     // The encoder.
     bool isVideoReady = true;
@@ -35,7 +37,8 @@ struct FakeMovie {
     std::deque<std::shared_ptr<const ScreenFrame>> held;
 };
 
-/// Writers whose movies are a word in a file. A finished movie is told with the next turn of `Time`.
+/// Writers whose movies are a word in a file, which is there with the first picture. A finished movie is told with the
+/// next turn of `Time`.
 class FakeMovieWriters final : public MovieWriters {
 public:
     explicit FakeMovieWriters(Time &time) : m_time(time) {}
@@ -58,13 +61,23 @@ public:
     void refuseAudio(bool isRefused) { m_refusesAudio = isRefused; }
     /// The next movie that is to be finished fails, with this error or none.
     void failNextFinish(std::optional<QString> error) { m_finishErrors.push_back(std::move(error)); }
-    /// The encoder of the newest movie dies.
-    void die(const QString &error) {
-        FakeMovie &movie = *movies.back();
-        movie.status = MovieWriterStatus::failed;
-        movie.error = error;
-        movie.held.clear();
+    /// From now on movies that are to be finished are not: the encoder hangs, until `finishHung`.
+    void hang() { m_isHung = true; }
+    /// They are told now.
+    void finishHung() {
+        m_isHung = false;
+        for (const Time::Work &finish : std::exchange(m_hung, {}))
+            m_time.async(finish);
     }
+    /// The encoder of the newest movie dies.
+    void die(const QString &error, MovieWriterFailure failure = MovieWriterFailure::other) {
+        FakeMovie &movie = *movies.back();
+        movie.error = error;
+        movie.failure = failure;
+        endByItself(movie, MovieWriterStatus::failed);
+    }
+    /// Another program has told it to end, and it has.
+    void endByRequest() { endByItself(*movies.back(), MovieWriterStatus::completed); }
 
     std::vector<std::shared_ptr<FakeMovie>> movies; ///< the oldest first
 
@@ -74,6 +87,7 @@ private:
         Writer(FakeMovieWriters &owner, std::shared_ptr<FakeMovie> movie) : m_owner(owner), m_movie(std::move(movie)) {}
         ~Writer() override {
             m_movie->held.clear();
+            m_movie->onEndedByItself = nullptr;
             if (m_movie->status == MovieWriterStatus::unknown)
                 QFile::remove(m_movie->path);
         }
@@ -110,6 +124,8 @@ private:
         bool appendVideo(const ScreenSample &sample) override {
             if (!isVideoReadyForMoreMediaData() || !sample.frame)
                 return refuse();
+            if (m_movie->pictures.empty())
+                write(*m_movie);
             m_movie->pictures.push_back(sample.presentationTime);
             if (m_movie->holdsFrames)
                 m_movie->held.push_back(sample.frame);
@@ -128,15 +144,19 @@ private:
             m_movie->held.clear();
             QFile::remove(m_movie->path);
         }
+        void setOnEndedByItself(Completion handler) override { m_movie->onEndedByItself = std::move(handler); }
         void finishWriting(MediaTime endTime, Completion completion) override {
             m_movie->end = endTime;
-            m_owner.m_time.async([movie = m_movie, &owner = m_owner, completion = std::move(completion)] {
+            m_owner.tell([movie = m_movie, &owner = m_owner, completion = std::move(completion),
+                          writer = std::weak_ptr(m_alive)] {
                 owner.finish(*movie);
-                completion();
+                if (!writer.expired())
+                    completion();
             });
         }
         [[nodiscard]] MovieWriterStatus status() const override { return m_movie->status; }
         [[nodiscard]] std::optional<QString> error() const override { return m_movie->error; }
+        [[nodiscard]] MovieWriterFailure failure() const override { return m_movie->failure; }
         [[nodiscard]] QString outputPath() const override { return m_movie->path; }
 
     private:
@@ -148,16 +168,31 @@ private:
 
         FakeMovieWriters &m_owner;
         std::shared_ptr<FakeMovie> m_movie;
+        std::shared_ptr<int> m_alive = std::make_shared<int>();
     };
 
+    static bool write(const FakeMovie &movie) {
+        QFile file(movie.path);
+        return file.open(QIODevice::WriteOnly | QIODevice::ExistingOnly) && file.write("movie") > 0;
+    }
+    static void endByItself(FakeMovie &movie, MovieWriterStatus status) {
+        movie.status = status;
+        movie.held.clear();
+        if (const auto tell = std::exchange(movie.onEndedByItself, nullptr))
+            tell();
+    }
+    void tell(Time::Work finish) {
+        if (m_isHung)
+            m_hung.push_back(std::move(finish));
+        else
+            m_time.async(std::move(finish));
+    }
     void finish(FakeMovie &movie) {
         movie.held.clear();
-        if (movie.status == MovieWriterStatus::failed || movie.status == MovieWriterStatus::cancelled)
+        if (movie.status != MovieWriterStatus::unknown && movie.status != MovieWriterStatus::writing)
             return;
-        QFile file(movie.path);
         const bool isWritten = movie.status == MovieWriterStatus::writing && m_finishErrors.empty() &&
-                               !movie.pictures.empty() && file.open(QIODevice::WriteOnly | QIODevice::ExistingOnly) &&
-                               file.write("movie") > 0;
+                               !movie.pictures.empty() && write(movie);
         movie.status = isWritten ? MovieWriterStatus::completed : MovieWriterStatus::failed;
         if (isWritten)
             return;
@@ -172,6 +207,8 @@ private:
     std::deque<std::optional<QString>> m_finishErrors;
     bool m_refusesVideo = false;
     bool m_refusesAudio = false;
+    bool m_isHung = false;
+    std::vector<Time::Work> m_hung;
 };
 
 } // namespace tavrine

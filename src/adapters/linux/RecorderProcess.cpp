@@ -92,6 +92,7 @@ public:
     void markVideoAsFinished() override { m_isVideoFinished = true; }
     void markAudioAsFinished() override { m_isAudioFinished = true; }
     void cancelWriting() override { m_session->cancel(); }
+    void setOnEndedByItself(Completion handler) override { m_session->setOnEndedByItself(std::move(handler)); }
     void finishWriting(MediaTime endTime, Completion completion) override {
         m_isVideoFinished = m_isAudioFinished = true;
         m_session->finish(messageOf(recorderProtocol::Finish{.time = endTime.count()}), m_patience,
@@ -100,6 +101,7 @@ public:
 
     [[nodiscard]] MovieWriterStatus status() const override { return m_session->status(); }
     [[nodiscard]] std::optional<QString> error() const override { return m_session->error(); }
+    [[nodiscard]] MovieWriterFailure failure() const override { return m_session->failure(); }
     [[nodiscard]] QString outputPath() const override { return m_path; }
 
 private:

@@ -10,11 +10,12 @@ namespace tavrine {
 /// is started before the first picture.
 class RecorderProcesses final : public MovieWriters {
 public:
-    /// From `finishWriting` to the end of the process. What waits for the disk is 32 MB at most.
-    static constexpr std::chrono::seconds longestEnding{30};
+    /// Of a process that was told to end. It says each time that some megabytes have reached the disk, so that a disk
+    /// of 400 kB/s is waited for; an encoder that stands still is not.
+    static constexpr std::chrono::seconds longestSilence{10};
 
     /// `programFolder` is where this program's own file stands.
-    explicit RecorderProcesses(const QString &programFolder, std::chrono::milliseconds patience = longestEnding)
+    explicit RecorderProcesses(const QString &programFolder, std::chrono::milliseconds patience = longestSilence)
         : m_program(programFolder + QStringLiteral("/TavrineRecorder")), m_patience(patience) {}
 
     /// The file is this person's alone. One that stands there already is left alone, with an error.

@@ -184,8 +184,9 @@ std::optional<Report> reportIn(std::string_view message) {
         return std::nullopt;
     std::memcpy(&kind, message.data(), sizeof kind);
     const Report report{.kind = Report::Kind(kind), .words = std::string(message.substr(sizeof kind))};
-    if (!isWithin(kind, std::uint32_t(Report::Kind::taken), std::uint32_t(Report::Kind::failed)) ||
-        (report.kind == Report::Kind::failed) == report.words.empty())
+    const bool isFailure = report.kind == Report::Kind::failed || report.kind == Report::Kind::diskIsFull;
+    if (!isWithin(kind, std::uint32_t(Report::Kind::taken), std::uint32_t(Report::Kind::diskIsFull)) ||
+        isFailure == report.words.empty())
         return std::nullopt;
     return report;
 }

@@ -10,7 +10,8 @@
 /// are of one build and one machine, so numbers travel as they are. Without Qt.
 ///
 /// First comes a `Start`, then a `Session`, then pictures and sound, then a `Finish`; the end of the socket ends the
-/// movie, too. The recorder answers each picture by `taken`, in order, when it has read it, and says how it ended.
+/// movie, too. The recorder answers each picture by `taken`, in order, when it has read it, says `writing` each time
+/// that it has got on with the end of the movie, and says how it ended.
 namespace tavrine::recorderProtocol {
 
 inline constexpr int socket = 0; ///< descriptors, in the recorder
@@ -85,9 +86,9 @@ enum class Kind : std::uint32_t { start = 1, session, picture, sound, finish };
 
 /// From the recorder.
 struct Report {
-    enum class Kind : std::uint32_t { taken = 1, finished, failed };
+    enum class Kind : std::uint32_t { taken = 1, writing, finished, failed, diskIsFull };
     Kind kind;
-    std::string words = {}; ///< of a failure
+    std::string words = {}; ///< of a failure, which a full disk is too
     bool operator==(const Report &) const = default;
 };
 [[nodiscard]] std::string messageOf(const Report &report);

@@ -3,6 +3,7 @@
 #include "adapters/linux/HelperStart.h"
 #include "adapters/linux/RecorderProtocol.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -104,23 +105,37 @@ void RecorderSession::wake() const {
 void RecorderSession::finish(const std::string &lastMessage, std::chrono::milliseconds patience,
                              MovieWriter::Completion completion) {
     const std::lock_guard lock(m_mutex);
+    m_completion = std::move(completion);
     if (m_status != MovieWriterStatus::writing) { // nobody listens any more
-        std::thread(std::move(completion)).detach();
+        std::thread([self = shared_from_this()] { self->tellEnd(); }).detach();
         return;
     }
     m_lastMessage = lastMessage;
-    m_deadline = Clock::now() + patience;
-    m_completion = std::move(completion);
-    wake();
+    setDeadline(patience);
 }
 
 void RecorderSession::abandon(std::chrono::milliseconds patience) {
+    const std::lock_guard calling(m_calling); // what is being called is waited for
     const std::lock_guard lock(m_mutex);
+    m_completion = nullptr;
+    m_onEndedByItself = nullptr;
     if (m_status != MovieWriterStatus::writing || m_deadline)
         return;
-    m_deadline = Clock::now() + patience;
     ::shutdown(m_socket.number(), SHUT_WR);
+    setDeadline(patience);
+}
+
+void RecorderSession::setDeadline(std::chrono::milliseconds patience) {
+    m_patience = patience;
+    m_lastDeadline = Clock::now() + longestEnding;
+    m_deadline = Clock::now() + patience;
     wake();
+}
+
+void RecorderSession::noteLife() {
+    const std::lock_guard lock(m_mutex);
+    if (m_deadline)
+        m_deadline = std::min(Clock::now() + m_patience, m_lastDeadline);
 }
 
 void RecorderSession::cancel() {
@@ -130,6 +145,7 @@ void RecorderSession::cancel() {
     if (m_status == MovieWriterStatus::writing)
         ::shutdown(m_socket.number(), SHUT_RDWR); // the listener ends the process
     m_status = MovieWriterStatus::cancelled;
+    m_onEndedByItself = nullptr;
     removeFile();
 }
 
@@ -208,12 +224,18 @@ std::optional<std::optional<QString>> RecorderSession::hear() {
     const auto report = recorderProtocol::reportIn({bytes.data(), static_cast<std::size_t>(count)});
     if (!report)
         return QStringLiteral("the encoder makes no sense");
+    noteLife();
     switch (report->kind) {
     case Report::Kind::taken:
         letFrameGo();
         return std::nullopt;
+    case Report::Kind::writing:
+        return std::nullopt;
     case Report::Kind::finished:
         return isFileInPlace() ? std::optional<QString>() : QStringLiteral("the file is gone");
+    case Report::Kind::diskIsFull:
+        m_failure = MovieWriterFailure::diskIsFull;
+        [[fallthrough]];
     case Report::Kind::failed:
         return QString::fromStdString(report->words);
     }
@@ -232,11 +254,9 @@ void RecorderSession::letFrameGo() {
 
 void RecorderSession::end(std::optional<QString> error) {
     std::deque<std::shared_ptr<const ScreenFrame>> held;
-    MovieWriter::Completion completion;
     {
         const std::lock_guard lock(m_mutex);
         m_held.swap(held);
-        completion = std::exchange(m_completion, nullptr);
         if (m_status == MovieWriterStatus::writing) {
             if (error && !m_hasTaken)
                 removeFile(); // without a picture it is no movie
@@ -245,6 +265,19 @@ void RecorderSession::end(std::optional<QString> error) {
         }
     }
     held.clear();
+    tellEnd();
+}
+
+void RecorderSession::tellEnd() {
+    const std::lock_guard calling(m_calling);
+    MovieWriter::Completion completion;
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto byItself = std::exchange(m_onEndedByItself, nullptr);
+        completion = std::exchange(m_completion, nullptr);
+        if (!completion)
+            completion = byItself;
+    }
     if (completion)
         completion();
 }

@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include <sys/types.h>
 
@@ -23,6 +24,9 @@ public:
     /// As many pictures as any stream hands out, and more: a stream with all of them out waits with the newest picture,
     /// where one that is refused would be lost.
     static constexpr std::size_t mostHeldFrames = 8;
+    /// Of a process that was told to end, whatever it says meanwhile: what waits for the disk and the index of ten
+    /// hours at 400 kB/s.
+    static constexpr std::chrono::minutes longestEnding{3};
 
     /// `file` is the movie's at `path`.
     RecorderSession(const std::string &path, Descriptor file) : m_path(path), m_file(std::move(file)) {}
@@ -39,15 +43,18 @@ public:
     /// There is room for more.
     [[nodiscard]] bool takesMore() const;
 
-    /// `lastMessage` is told as soon as it fits; a process that has not ended `patience` later is killed.
+    /// Called when it ends though nobody told it to. Before `start`.
+    void setOnEndedByItself(MovieWriter::Completion handler) { m_onEndedByItself = std::move(handler); }
+    /// `lastMessage` is told as soon as it fits. A process that then says nothing for `patience` is killed.
     void finish(const std::string &lastMessage, std::chrono::milliseconds patience, MovieWriter::Completion completion);
     /// The process is ended and the file removed.
     void cancel();
-    /// Nobody will tell it more; it ends with what it has.
+    /// Nobody will tell it more; it ends with what it has. Nothing is called any more when this returns.
     void abandon(std::chrono::milliseconds patience);
 
     [[nodiscard]] MovieWriterStatus status() const { return m_status; }
     [[nodiscard]] std::optional<QString> error() const;
+    [[nodiscard]] MovieWriterFailure failure() const { return m_failure; }
     /// Why it never began.
     void setError(const QString &error);
     /// If it is still the file that was made.
@@ -65,9 +72,15 @@ private:
     [[nodiscard]] std::optional<std::optional<QString>> hear();
     /// Until there may be something to do. False when that is too late.
     [[nodiscard]] bool wait();
+    /// With the lock held.
+    void setDeadline(std::chrono::milliseconds patience);
+    /// It lives: the deadline moves, if there is one.
+    void noteLife();
     void letFrameGo();
     [[nodiscard]] bool isFileInPlace() const;
     void end(std::optional<QString> error);
+    /// Calls whoever waits for the end.
+    void tellEnd();
 
     const std::string m_path;
     const Descriptor m_file;
@@ -75,13 +88,18 @@ private:
     Descriptor m_wake;
     pid_t m_pid = 0;
     std::atomic<MovieWriterStatus> m_status = MovieWriterStatus::unknown;
+    std::atomic<MovieWriterFailure> m_failure = MovieWriterFailure::other;
 
+    std::mutex m_calling;       ///< held while one of the writer's handlers is called; before the other
     mutable std::mutex m_mutex; // for what follows
     std::deque<std::shared_ptr<const ScreenFrame>> m_held;
     std::optional<QString> m_error;
     std::optional<std::string> m_lastMessage;
+    std::chrono::milliseconds m_patience{};
     std::optional<Clock::time_point> m_deadline;
+    Clock::time_point m_lastDeadline; ///< whatever it says
     MovieWriter::Completion m_completion;
+    MovieWriter::Completion m_onEndedByItself;
     bool m_hasTaken = false; ///< a picture
 };
 

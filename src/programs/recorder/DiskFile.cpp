@@ -1,13 +1,21 @@
 #include "programs/recorder/DiskFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
 #include <unistd.h>
 
 namespace tavrine {
+namespace {
 
-DiskFile::DiskFile(int descriptor) : m_descriptor(descriptor), m_thread([this] { run(); }) {}
+/// Of one call.
+constexpr std::size_t mostAtOnce = std::size_t(1) << 20;
+
+} // namespace
+
+DiskFile::DiskFile(int descriptor, std::function<void()> onProgress)
+    : m_descriptor(descriptor), m_onProgress(std::move(onProgress)), m_thread([this] { run(); }) {}
 
 DiskFile::~DiskFile() {
     {
@@ -86,7 +94,6 @@ void DiskFile::carryOut(const Operation &operation) {
             break;
         if (const int error = writeAt(operation.offset, operation.bytes))
             fail(error);
-        m_hasUnsynced = true;
         break;
     case Operation::Kind::sync:
         syncNow();
@@ -105,18 +112,22 @@ void DiskFile::appendNow(const std::string &bytes) {
         return;
     }
     m_length += bytes.size();
-    m_hasUnsynced = true;
 }
 
-int DiskFile::writeAt(std::uint64_t offset, const std::string &bytes) const {
+int DiskFile::writeAt(std::uint64_t offset, const std::string &bytes) {
     for (std::size_t done = 0; done < bytes.size();) {
-        const ssize_t written =
-            ::pwrite(m_descriptor, bytes.data() + done, bytes.size() - done, static_cast<off_t>(offset + done));
+        const ssize_t written = ::pwrite(m_descriptor, bytes.data() + done, std::min(bytes.size() - done, mostAtOnce),
+                                         static_cast<off_t>(offset + done));
         if (written < 0 && errno == EINTR)
             continue;
         if (written <= 0)
             return written < 0 ? errno : EIO;
         done += static_cast<std::size_t>(written);
+        m_hasUnsynced = true;
+        m_unsyncedBytes += static_cast<std::size_t>(written);
+        m_onProgress();
+        if (m_unsyncedBytes >= mostUnsynced)
+            syncNow();
     }
     return 0;
 }
@@ -130,7 +141,9 @@ void DiskFile::fail(int error) {
 void DiskFile::syncNow() {
     if (::fdatasync(m_descriptor) != 0)
         fail(errno);
+    m_onProgress();
     m_hasUnsynced = false;
+    m_unsyncedBytes = 0;
     m_synced = std::chrono::steady_clock::now();
 }
 

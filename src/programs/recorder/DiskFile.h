@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -18,9 +19,13 @@ public:
     static constexpr std::chrono::milliseconds syncPeriod{1000};
     /// Bytes that wait for the disk, at most; whoever has more waits, too. Eight seconds of the best picture.
     static constexpr std::size_t mostWaiting = std::size_t(32) << 20;
+    /// Bytes that wait for the disk within the kernel, so that a slow one shows that it gets on.
+    static constexpr std::size_t mostUnsynced = std::size_t(4) << 20;
 
-    /// `descriptor` stays its owner's. The file is empty.
-    explicit DiskFile(int descriptor);
+    /// `descriptor` stays its owner's. The file is empty. `onProgress` is called on the file's thread each time that
+    /// something was written.
+    explicit DiskFile(
+        int descriptor, std::function<void()> onProgress = [] {});
     ~DiskFile() override; ///< writes what waits
     DiskFile(const DiskFile &) = delete;
     DiskFile &operator=(const DiskFile &) = delete;
@@ -45,11 +50,12 @@ private:
     void carryOut(const Operation &operation);
     void appendNow(const std::string &bytes);
     /// 0 or errno's number.
-    [[nodiscard]] int writeAt(std::uint64_t offset, const std::string &bytes) const;
+    [[nodiscard]] int writeAt(std::uint64_t offset, const std::string &bytes);
     void fail(int error);
     void syncNow();
 
     const int m_descriptor;
+    const std::function<void()> m_onProgress;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<Operation> m_waiting;
@@ -62,6 +68,7 @@ private:
     std::uint64_t m_length = 0;
     int m_error = 0;
     bool m_hasUnsynced = false;
+    std::size_t m_unsyncedBytes = 0;
     std::chrono::steady_clock::time_point m_synced = std::chrono::steady_clock::now();
     std::thread m_thread;
 };

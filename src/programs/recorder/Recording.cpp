@@ -1,6 +1,7 @@
 #include "programs/recorder/Recording.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <ctime>
 
@@ -185,8 +186,10 @@ Recording::Error Recording::finish(Clock::time_point now) {
     const std::uint64_t least = ticksPerSecond / static_cast<std::uint64_t>(m_start.frameRate);
     const auto duration = static_cast<std::uint32_t>(std::clamp<std::uint64_t>(lastDuration, least, std::uint32_t(-1)));
     const auto soundLength = static_cast<std::uint64_t>(m_placement ? m_placement->length() : 0);
-    if (const int error = m_movie->finish(duration, soundLength))
+    if (const int error = m_movie->finish(duration, soundLength)) {
+        m_isDiskFull = error == ENOSPC || error == EDQUOT;
         return std::strerror(error);
+    }
     return isSoundWhole ? std::nullopt : Error("the encoder of sound failed");
 }
 

@@ -29,8 +29,9 @@ public:
     /// From one key picture to the next, at which players can begin.
     static constexpr std::chrono::seconds keyPeriod{3};
 
-    /// `file` is open for writing and empty.
-    explicit Recording(int file) : m_disk(file) {}
+    /// `file` is open for writing and empty. `onProgress` is called on a thread of its own each time that something was
+    /// written.
+    Recording(int file, std::function<void()> onProgress) : m_disk(file, std::move(onProgress)) {}
 
     /// One message; `memory` is the descriptor that came with it, or -1. `pictureTaken` is called when a picture's
     /// memory is not needed any more.
@@ -44,6 +45,8 @@ public:
 
     /// Ends the movie with all that came.
     [[nodiscard]] Error finish(Clock::time_point now);
+    /// The error of that is one of a disk without room, or with none for this person.
+    [[nodiscard]] bool isDiskFull() const { return m_isDiskFull; }
 
 private:
     [[nodiscard]] Error start(const recorderProtocol::Start &start);
@@ -73,6 +76,7 @@ private:
     std::uint64_t m_fragmentTicks = 0; ///< of the first picture that waits
     std::optional<Clock::time_point> m_waitingSince;
     Clock::time_point m_extended;
+    bool m_isDiskFull = false;
 };
 
 } // namespace tavrine

@@ -4,6 +4,7 @@
 #include "programs/recorder/Walls.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -21,17 +22,27 @@ namespace {
 
 using Clock = Recording::Clock;
 
-/// Of the last writing, after which whoever waits has gone.
+/// Without anything written at the end, after which whoever waits has gone.
 constexpr unsigned mostSecondsOfEnding = 60;
+
+std::atomic<bool> isEnding = false;
 
 void say(const Report &report) {
     const std::string message = messageOf(report);
     static_cast<void>(::send(recorderProtocol::socket, message.data(), message.size(), MSG_NOSIGNAL | MSG_DONTWAIT));
 }
 
-[[noreturn]] void leave(const Recording::Error &error) {
-    say(error ? Report{Report::Kind::failed, *error} : Report{Report::Kind::finished});
+[[noreturn]] void leave(const Recording::Error &error, Report::Kind failure = Report::Kind::failed) {
+    say(error ? Report{failure, *error} : Report{Report::Kind::finished});
     std::_Exit(error ? EXIT_FAILURE : EXIT_SUCCESS);
+}
+
+/// Whoever waits for the end hears that it comes nearer.
+void tellProgress() {
+    if (!isEnding)
+        return;
+    ::alarm(mostSecondsOfEnding);
+    say({Report::Kind::writing});
 }
 
 struct Message {
@@ -119,9 +130,10 @@ int main() {
     giveWay();
     if (const LockDownError error = lockRecorder())
         leave("the recorder is not locked in: " + *error);
-    static Recording recording(recorderProtocol::file);
+    static Recording recording(recorderProtocol::file, tellProgress);
     const Recording::Error error = record(recording);
+    isEnding = true;
     ::alarm(mostSecondsOfEnding);
     const Recording::Error ending = recording.finish(Clock::now());
-    leave(error ? error : ending);
+    leave(error ? error : ending, !error && recording.isDiskFull() ? Report::Kind::diskIsFull : Report::Kind::failed);
 }

@@ -35,8 +35,9 @@ TEST(RecorderProtocol, everyMessageComesBackAsItWent) {
     ASSERT_TRUE(sound);
     EXPECT_EQ(sound->samples, samples);
     EXPECT_EQ(sound->time, 3);
-    for (const Report &report : {Report{Report::Kind::taken}, Report{Report::Kind::finished},
-                                 Report{Report::Kind::failed, "No space left on device"}})
+    for (const Report &report : {Report{Report::Kind::taken}, Report{Report::Kind::writing},
+                                 Report{Report::Kind::finished}, Report{Report::Kind::failed, "Input/output error"},
+                                 Report{Report::Kind::diskIsFull, "No space left on device"}})
         EXPECT_EQ(reportIn(messageOf(report)), report);
 }
 
@@ -80,6 +81,8 @@ TEST(RecorderProtocol, numbersThatNobodyMeansAreRefused) {
     EXPECT_FALSE(soundIn(messageOf(0, samples.data(), samples.size()), 2));
     EXPECT_FALSE(soundIn(messageOf(0, samples.data(), 3), 2));
     EXPECT_FALSE(reportIn(messageOf(Report{Report::Kind::failed})));
+    EXPECT_FALSE(reportIn(messageOf(Report{Report::Kind::diskIsFull})));
+    EXPECT_FALSE(reportIn(messageOf(Report{Report::Kind(6), "words"})));
     EXPECT_FALSE(reportIn(messageOf(Report{Report::Kind::taken, "words"})));
 }
 
