@@ -51,18 +51,24 @@ RecordingPreview::~RecordingPreview() {
         m_model->stop();
 }
 
-void RecordingPreview::show(const QString &path) {
+void RecordingPreview::show(const ShownRecording &recording) {
     if (m_model) {
-        m_actions.onUnseen(m_model->filePath());
+        m_actions.onUnseen(shown());
         close();
     }
     m_actions.activateApplication();
     m_model = std::make_shared<ScreenRecordingPreviewModel>(
-        path, recordingName(m_ports.time.now()), firstFolder(),
-        ScreenRecordingPreviewModel::Ports{m_ports.asset, m_ports.players, m_ports.filePanels}, modelActions(path));
+        recording.path, recording.name.isEmpty() ? recordingName(m_ports.time.now()) : recording.name, firstFolder(),
+        ScreenRecordingPreviewModel::Ports{m_ports.asset, m_ports.players, m_ports.filePanels},
+        modelActions(recording.path));
+    m_model->setNotice(recording.notice);
     m_panel.build(m_view ? m_view(m_model) : nullptr);
     m_panel.show();
     m_model->load();
+}
+
+ShownRecording RecordingPreview::shown() const {
+    return {.path = m_model->filePath(), .name = m_model->fileName(), .notice = m_model->notice()};
 }
 
 /// Where recordings go; where that cannot be known, where they would go by rule.
@@ -129,7 +135,7 @@ void RecordingPreview::goOn(const QString &original, const QString &path, const 
     if (use == Use::copy)
         copy(path, isSaved ? savedPath : QString(), isSaved && wasTaken);
     if (!isSaved)
-        saveFailed(original, path, use);
+        saveFailed(original, path, choice, use);
     else if (original != path)
         QFile::remove(original);
     m_actions.onLeft();
@@ -146,11 +152,11 @@ void RecordingPreview::copy(const QString &path, const QString &savedPath, bool 
     m_actions.showToast(QStringLiteral("Video Copied to Clipboard!"), QStringLiteral("doc.on.doc.fill"));
 }
 
-void RecordingPreview::saveFailed(const QString &original, const QString &path, Use use) {
+void RecordingPreview::saveFailed(const QString &original, const QString &path, const Choice &choice, Use use) {
     if (original != path && use == Use::save) // a copy is what the pasteboard names
         QFile::remove(path);
     m_actions.showToast(QStringLiteral("Couldn't save the recording"), QStringLiteral("exclamationmark.triangle.fill"));
-    m_actions.onUnseen(original);
+    m_actions.onUnseen({.path = original, .name = choice.fileName});
 }
 
 } // namespace tavrine

@@ -8,6 +8,13 @@ namespace tavrine {
 
 class Pasteboard;
 
+/// A recording that is to be looked at.
+struct ShownRecording {
+    QString path;
+    QString name = {};   ///< that the person gave it before; empty for none
+    QString notice = {}; ///< what went wrong with it, for the person; empty for nothing
+};
+
 /// The window in which a finished recording is looked at, named, saved, copied or thrown away. Belongs to the recorder;
 /// main thread.
 ///
@@ -41,8 +48,8 @@ public:
     struct Actions {
         std::function<void()> activateApplication;
         std::function<void(const QString &message, const QString &icon)> showToast;
-        std::function<void(const QString &path)> onUnseen; ///< to be shown another time
-        std::function<void()> onLeft;                      ///< the next may come
+        std::function<void(const ShownRecording &recording)> onUnseen; ///< to be shown another time
+        std::function<void()> onLeft;                                  ///< the next may come
     };
     using View = std::function<QWidget *(std::shared_ptr<ScreenRecordingPreviewModel>)>;
 
@@ -52,7 +59,7 @@ public:
     RecordingPreview(Ports ports, Saving saving, Actions actions, View view);
     ~RecordingPreview() override;
 
-    void show(const QString &path);
+    void show(const ShownRecording &recording);
     /// Takes the window off the screen; the file stays where it is.
     void close();
 
@@ -60,6 +67,8 @@ public:
     /// Null while none is open.
     [[nodiscard]] PanelWindow *window() const { return m_panel.window(); }
     [[nodiscard]] ScreenRecordingPreviewModel *model() const { return m_model.get(); }
+    /// While one is open: it, with the name as it is now.
+    [[nodiscard]] ShownRecording shown() const;
 
 private:
     using Choice = ScreenRecordingPreviewModel::Choice;
@@ -71,7 +80,7 @@ private:
     void finish(const QString &path, const Choice &choice, Use use);
     void goOn(const QString &original, const QString &path, const Choice &choice, Use use);
     void copy(const QString &path, const QString &savedPath, bool wasTaken);
-    void saveFailed(const QString &original, const QString &path, Use use);
+    void saveFailed(const QString &original, const QString &path, const Choice &choice, Use use);
 
     Ports m_ports;
     Saving m_saving;

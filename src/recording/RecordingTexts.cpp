@@ -47,4 +47,17 @@ QString recordingName(Date now) {
     return QStringLiteral("recording_") + QLocale::c().toString(moment, QStringLiteral("yyyy-MM-dd_HH.mm.ss"));
 }
 
+QString endNotice(RecordingEnd end, std::optional<MovieWriterFailure> failure, bool isThere) {
+    const bool isDiskFull = failure == MovieWriterFailure::diskIsFull;
+    if (end == RecordingEnd::byItself)
+        return isDiskFull ? QStringLiteral("Recording stopped: the disk is full")
+                          : QStringLiteral("Recording stopped unexpectedly");
+    if (!failure)
+        return {};
+    if (!isThere)
+        return QStringLiteral("The recording couldn't be written");
+    return isDiskFull ? QStringLiteral("The disk is full: the recording lacks its end")
+                      : QStringLiteral("The recording may lack its end");
+}
+
 } // namespace tavrine

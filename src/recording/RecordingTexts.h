@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Date.h"
+#include "ports/MovieWriter.h"
 
 #include <QString>
 
@@ -14,5 +15,12 @@ namespace tavrine {
 
 /// "recording_" and the moment, in local time.
 [[nodiscard]] QString recordingName(Date now);
+
+/// Whether somebody wanted the end of a recording.
+enum class RecordingEnd { wanted, byItself };
+
+/// What a person is told of the end of a recording, when it is not what they think it is; else empty. `failure`: the
+/// movie could not be written to its end. `isThere`: there is something to look at.
+[[nodiscard]] QString endNotice(RecordingEnd end, std::optional<MovieWriterFailure> failure, bool isThere);
 
 } // namespace tavrine

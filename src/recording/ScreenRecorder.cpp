@@ -5,6 +5,7 @@
 #include "base/Time.h"
 #include "base/Uuid.h"
 #include "panels/Placement.h"
+#include "recording/RecordingLeftovers.h"
 
 #include <QFile>
 #include <QPointer>
@@ -31,6 +32,14 @@ QString stopBarTitle() {
     return QStringLiteral("Recording");
 }
 
+/// In the middle of the screen's upper edge.
+QRectF placeOfBar(const Screen &screen, QSizeF size) {
+    const QRectF &frame = screen.frame;
+    return {frame.x() + (frame.width() - size.width()) * 0.5,
+            minY(frame) + frame.height() - size.height() - ScreenRecorder::stopBarBelowTop, size.width(),
+            size.height()};
+}
+
 } // namespace
 
 ScreenRecorder::ScreenRecorder(const Ports &ports, Actions actions, RecordingPreview::Saving saving, Views views)
@@ -42,14 +51,16 @@ ScreenRecorder::ScreenRecorder(const Ports &ports, Actions actions, RecordingPre
                    .onCancelled = [this] { offerSoon(); }},
                   m_views.selection),
       m_border(ports.selection.windows, ports.selection.time), m_stopBar(ports.selection.windows, ports.selection.time),
+      m_finishing(ports.selection.windows, ports.selection.time),
       m_countdown(ports.selection.windows, ports.selection.time),
       m_preview(
           ports.preview, std::move(saving),
           {.activateApplication = [this] { m_actions.activateApplication(); },
            .showToast = [this](const QString &message, const QString &icon) { m_actions.showToast(message, icon); },
-           .onUnseen = [this](const QString &path) { m_unseen.append(path); },
+           .onUnseen = [this](const ShownRecording &recording) { m_unseen.push_back(recording); },
            .onLeft = [this] { offerSoon(); }},
           m_views.preview),
+      m_leaving(ports.selection.time),
       m_screenChanges(ports.selection.screens.onChange([this] { keepStopBarOnScreen(); })) {}
 
 ScreenRecorder::~ScreenRecorder() = default;
@@ -97,6 +108,7 @@ void ScreenRecorder::startRecording(const RecordingArea &area) {
     makePrivateFolder(folder);        // when it cannot be made, the writer tells
     m_recordingDuration = Seconds{0}; // the bar shows it from now on
     m_isMicrophoneSilent = false;
+    stopAwaiting(); // the bar takes the place of its sign
     m_tempOutputPath = folder + QStringLiteral("/tavrine-rec-") + freshUuidString() + QStringLiteral(".mp4");
     showBorder(area);
     showStopBar(area);
@@ -115,6 +127,12 @@ void ScreenRecorder::startEngine(const Engine &engine, const RecordingArea &area
     for (const PanelWindow *window : {m_border.window(), m_stopBar.window()})
         if (window)
             own.append(window->windowNumber());
+    engine->setOnWriterEnded([this, self = QPointer(this), weak = std::weak_ptr(engine)] {
+        if (!self || weak.lock() != m_recordingEngine)
+            return;
+        endRecording();
+        finish(RecordingEnd::byItself);
+    });
     engine->start({.displayID = area.screen.number,
                    .area = area.appKitRect,
                    .excludedWindows = own,
@@ -132,7 +150,7 @@ void ScreenRecorder::started(const std::optional<RecordingError> &error) {
         printLine(QStringLiteral("DEBUG: Failed to start ScreenCaptureKit recording: ") + error->description());
         m_border.hide();
         m_stopBar.hide();
-        dropSoon(std::exchange(m_recordingEngine, nullptr)); // this is its own call
+        m_leaving.dropSoon(std::exchange(m_recordingEngine, nullptr)); // this is its own call
         offerSoon();
         return;
     }
@@ -160,73 +178,62 @@ void ScreenRecorder::endRecording() {
     Q_EMIT recordingChanged();
 }
 
-/// Keeps the engine until it has answered. `then` is called on its thread.
-void ScreenRecorder::stopEngine(const Engine &engine, ScreenRecordingEngine::StopCompletion then) {
-    m_leavingEngines.push_back(engine);
-    engine->stop([this, self = QPointer(this), &time = m_ports.selection.time, gone = engine.get(),
-                  then = std::move(then)](const auto &path, const auto &error) {
-        then(path, error);
-        time.async([this, self, gone] {
-            if (self)
-                drop(gone);
-        });
-    });
-}
-
-void ScreenRecorder::drop(const ScreenRecordingEngine *gone) {
-    std::erase_if(m_leavingEngines, [gone](const Engine &one) { return one.get() == gone; });
-}
-
-void ScreenRecorder::dropSoon(const Engine &engine) {
-    m_leavingEngines.push_back(engine);
-    m_ports.selection.time.async(this, [this, gone = engine.get()] { drop(gone); });
-}
-
 void ScreenRecorder::stopRecording() {
     printLine(QStringLiteral("DEBUG: ScreenRecorder.stopRecording() called"));
     endRecording();
-    const Engine engine = std::exchange(m_recordingEngine, nullptr);
-    if (!engine) {
+    if (m_recordingEngine)
+        finish(RecordingEnd::wanted);
+    else
         printLine(QStringLiteral("DEBUG: stopRecording() found no active recordingEngine"));
-        return;
-    }
-    stopEngine(engine,
-               [this, self = QPointer(this), &time = m_ports.selection.time](const auto &path, const auto &error) {
-                   if (error)
-                       printLine(QStringLiteral("DEBUG: Recording finish error: ") + *error);
-                   else if (!path)
-                       printLine(QStringLiteral("DEBUG: Recording finished with no output URL and no error"));
-                   else
-                       printLine(QStringLiteral("DEBUG: Recording finished successfully at ") + *path +
-                                 QStringLiteral(", showing preview"));
-                   time.async([this, self, path] {
-                       if (self && path)
-                           m_preview.show(*path);
-                       else if (self)
-                           offerSoon();
+}
+
+void ScreenRecorder::finish(RecordingEnd end) {
+    m_tempOutputPath.reset(); // no cancel that follows is meant for it
+    const auto log = [](const auto &path, const auto &error) {
+        if (error)
+            printLine(QStringLiteral("DEBUG: Recording finish error: ") + *error);
+        else if (!path)
+            printLine(QStringLiteral("DEBUG: Recording finished with no output URL and no error"));
+        else
+            printLine(QStringLiteral("DEBUG: Recording finished successfully at ") + *path +
+                      QStringLiteral(", showing preview"));
+    };
+    m_leaving.stop(std::exchange(m_recordingEngine, nullptr), log,
+                   [this, end, awaited = awaitMovie()](const auto &gone) {
+                       if (!awaited.expired())
+                           stopAwaiting();
+                       take(gone, end, true);
                    });
-               });
 }
 
 /// A recording that another has replaced is no less the person's.
 void ScreenRecorder::finishOther(const Engine &engine) {
     m_durationTimer.reset();
     m_isRecording = false;
-    stopEngine(engine, [this, self = QPointer(this), &time = m_ports.selection.time](const auto &path, const auto &) {
-        time.async([this, self, path] {
-            if (!self || !path)
-                return;
-            m_unseen.append(*path);
-            offerSoon();
-        });
-    });
+    m_leaving.stop(
+        engine, [](const auto &, const auto &) {},
+        [this](const auto &gone) { take(gone, RecordingEnd::wanted, false); });
+}
+
+/// What was written is the person's, whole or not.
+void ScreenRecorder::take(const ScreenRecordingEngine &engine, RecordingEnd end, bool isShownAtOnce) {
+    const ShownRecording recording{.path = engine.outputPath()};
+    const bool isThere = mayHoldPictures(recording.path);
+    const QString notice = endNotice(end, engine.failure(), isThere);
+    if (!notice.isEmpty())
+        m_actions.showToast(notice, QStringLiteral("exclamationmark.triangle.fill"));
+    if (isThere && isShownAtOnce && m_actions.isEnabled())
+        m_preview.show({.path = recording.path, .notice = notice});
+    else if (isThere)
+        m_unseen.push_back({.path = recording.path, .notice = notice});
+    offerSoon();
 }
 
 void ScreenRecorder::cancelRecording() {
     endRecording();
     const auto path = std::exchange(m_tempOutputPath, std::nullopt);
     if (const Engine engine = std::exchange(m_recordingEngine, nullptr))
-        stopEngine(engine, [](const auto &, const auto &) {}); // which makes no file from here on
+        m_leaving.stop(engine); // which makes no file from here on
     if (path)
         QFile::remove(*path);
     offerSoon();
@@ -263,29 +270,32 @@ void ScreenRecorder::tearDown() {
     hideCountdown();
     m_countdown.hide();
     m_preview.close();
+    stopAwaiting();
     if (const Engine engine = std::exchange(m_recordingEngine, nullptr))
-        stopEngine(engine, [](const auto &, const auto &) {});
+        m_leaving.stop(engine);
     Q_EMIT recordingChanged();
 }
 
 // What was recorded and not seen.
 
 void ScreenRecorder::offer(const QStringList &paths) {
-    m_unseen.append(paths);
+    for (const QString &path : paths)
+        m_unseen.push_back({.path = path});
     offerSoon();
 }
 
 bool ScreenRecorder::isFree() const {
-    return !m_selection.window() && !m_countdownModel && !m_recordingEngine && !m_isRestarting && !m_preview.isOpen() &&
-           m_actions.isEnabled();
+    return !m_selection.window() && !m_countdownModel && !m_recordingEngine && !m_isRestarting && !m_awaited &&
+           !m_preview.isOpen() && m_actions.isEnabled();
 }
 
 void ScreenRecorder::offerSoon() {
     m_ports.selection.time.async(this, [this] {
-        while (isFree() && !m_unseen.isEmpty()) {
-            const QString path = m_unseen.takeFirst();
-            if (QFile::exists(path))
-                m_preview.show(path);
+        while (isFree() && !m_unseen.empty()) {
+            const ShownRecording next = m_unseen.front();
+            m_unseen.erase(m_unseen.begin());
+            if (QFile::exists(next.path))
+                m_preview.show(next);
         }
     });
 }
@@ -304,13 +314,31 @@ void ScreenRecorder::showStopBar(const RecordingArea &area) {
     m_ports.selection.time.async(this, [this, area] {
         const Content content = m_views.stopBar ? m_views.stopBar(*this) : Content{};
         const QSizeF size = content.fittingSize.expandedTo(leastStopBar);
-        const QRectF &screen = area.screen.frame;
-        const QRectF frame(screen.x() + (screen.width() - size.width()) * 0.5,
-                           minY(screen) + screen.height() - size.height() - stopBarBelowTop, size.width(),
-                           size.height());
-        m_stopBar.show(overScreen(stopBarTitle(), size, false), frame, content.view,
+        m_stopBar.show(overScreen(stopBarTitle(), size, false), placeOfBar(area.screen, size), content.view,
                        OverlayWindow::Keyboard::leftWhereItIs);
     });
+}
+
+/// Where the bar was, when the movie of a recording that has ended takes long.
+std::weak_ptr<int> ScreenRecorder::awaitMovie() {
+    m_awaited = std::make_shared<int>();
+    m_ports.selection.time.asyncAfter(untilFinishingIsShown, this, [this, awaited = std::weak_ptr(m_awaited)] {
+        if (!awaited.expired())
+            showFinishing(m_lastArea->screen);
+    });
+    return m_awaited;
+}
+
+void ScreenRecorder::showFinishing(const Screen &screen) {
+    const Content content = m_views.finishing ? m_views.finishing() : Content{};
+    const QSizeF size = content.fittingSize;
+    m_finishing.show(overScreen(QStringLiteral("Finishing"), size, true), placeOfBar(screen, size), content.view,
+                     OverlayWindow::Keyboard::leftWhereItIs);
+}
+
+void ScreenRecorder::stopAwaiting() {
+    m_awaited.reset();
+    m_finishing.clear();
 }
 
 /// Without its bar nobody could end a recording.

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "recording/CountdownModel.h"
+#include "recording/LeavingEngines.h"
 #include "recording/RecordingPreview.h"
 #include "recording/RecordingSelection.h"
-#include "recording/ScreenRecordingEngine.h"
+#include "recording/RecordingTexts.h"
 
 #include <QStringList>
 
@@ -16,7 +17,8 @@ namespace tavrine {
 ///
 ///  1. Nothing keeps the flow from being started twice. An overlay that is open is replaced by the next, and a
 ///     recording under way by the next one; what was recorded of it is shown once the person is free again.
-///  2. Every movie that was finished and neither saved nor deleted is shown in a preview, one after the other.
+///  2. Every movie that has a picture and was neither saved nor deleted is shown in a preview, one after the other.
+///  3. A recording that ends by itself, for want of room or of its encoder, ends for the person at that moment.
 class ScreenRecorder final : public QObject {
     Q_OBJECT
 
@@ -43,12 +45,14 @@ public:
         RecordingSelection::View selection;
         std::function<QWidget *(const QRectF &appKitRect, const Screen &screen)> border;
         std::function<Content(ScreenRecorder &recorder)> stopBar;
+        std::function<Content()> finishing;
         std::function<QWidget *(std::shared_ptr<CountdownModel>)> countdown;
         RecordingPreview::View preview;
     };
 
     static constexpr Seconds restartDelay{0.15};
     static constexpr Seconds durationStep{1.0};
+    static constexpr Seconds untilFinishingIsShown{0.3};    ///< what is there before that needs no words
     static constexpr std::chrono::seconds silenceIsTold{3}; ///< of a microphone that should be heard
     static constexpr QSizeF leastStopBar{200, 40};
     static constexpr double stopBarBelowTop = 40;
@@ -83,6 +87,7 @@ public:
     [[nodiscard]] PanelWindow *overlayWindow() const { return m_selection.window(); }
     [[nodiscard]] PanelWindow *borderOverlayWindow() const { return m_border.window(); }
     [[nodiscard]] PanelWindow *floatingStopWindow() const { return m_stopBar.window(); }
+    [[nodiscard]] PanelWindow *finishingWindow() const { return m_finishing.window(); }
     [[nodiscard]] PanelWindow *countdownWindow() const { return m_countdown.window(); }
     [[nodiscard]] PanelWindow *previewWindow() const { return m_preview.window(); }
     // What is behind them.
@@ -93,7 +98,7 @@ Q_SIGNALS:
     void recordingChanged(); ///< state, duration, or whether the microphone is heard
 
 private:
-    using Engine = std::shared_ptr<ScreenRecordingEngine>;
+    using Engine = LeavingEngines::Engine;
 
     void selected(const RecordingArea &area, int delaySeconds);
     void startRecording(const RecordingArea &area);
@@ -101,12 +106,14 @@ private:
     void started(const std::optional<RecordingError> &error);
     void tick();
     void endRecording();
-    void stopEngine(const Engine &engine, ScreenRecordingEngine::StopCompletion then);
-    void drop(const ScreenRecordingEngine *gone);
-    void dropSoon(const Engine &engine);
+    void finish(RecordingEnd end);
     void finishOther(const Engine &engine);
+    void take(const ScreenRecordingEngine &engine, RecordingEnd end, bool isShownAtOnce);
+    [[nodiscard]] std::weak_ptr<int> awaitMovie();
+    void stopAwaiting();
     void showBorder(const RecordingArea &area);
     void showStopBar(const RecordingArea &area);
+    void showFinishing(const Screen &screen);
     void keepStopBarOnScreen();
     void hideCountdown();
     void tearDown();
@@ -119,15 +126,17 @@ private:
     RecordingSelection m_selection;
     OverlayWindow m_border;
     OverlayWindow m_stopBar;
+    OverlayWindow m_finishing;
     OverlayWindow m_countdown;
     std::shared_ptr<CountdownModel> m_countdownModel;
     RecordingPreview m_preview;
     Engine m_recordingEngine;
-    std::vector<Engine> m_leavingEngines; ///< until they have answered
+    LeavingEngines m_leaving;
     std::unique_ptr<Timer> m_durationTimer;
-    std::optional<QString> m_tempOutputPath;
+    std::optional<QString> m_tempOutputPath; ///< of the recording under way
     std::optional<RecordingArea> m_lastArea;
-    QStringList m_unseen; ///< recordings that are still to be shown
+    std::vector<ShownRecording> m_unseen; ///< still to be shown
+    std::shared_ptr<int> m_awaited;       ///< there while somebody waits for the movie of a recording that has ended
     Seconds m_recordingDuration{0};
     bool m_isRecording = false;
     bool m_isMicrophoneSilent = false;

@@ -126,10 +126,21 @@ std::optional<RecordingError> ScreenRecordingEngine::setUpWriter(const Request &
         writer->cancelWriting();
         return RecordingError{RecordingError::Code::videoRefused, QStringLiteral("Could not attach video output.")};
     }
+    writer->setOnEndedByItself([weak = weak_from_this(), &time = m_ports.time] {
+        time.async([weak] {
+            if (const auto self = weak.lock())
+                self->writerEnded();
+        });
+    });
     m_hasVideoInput = true;
     m_hasAudioInput = request.includeAudio && writer->addAudioInput({});
     m_writer = std::move(writer);
     return std::nullopt;
+}
+
+void ScreenRecordingEngine::writerEnded() const {
+    if (!m_isStopped && m_onWriterEnded)
+        m_onWriterEnded();
 }
 
 /// Nothing of it stays, the empty file included.
@@ -288,6 +299,12 @@ void ScreenRecordingEngine::tellEnd(const StopCompletion &completion) const {
         completion(m_writer->outputPath(), std::nullopt);
     else
         completion(std::nullopt, error);
+}
+
+std::optional<MovieWriterFailure> ScreenRecordingEngine::failure() const {
+    if (!m_writer || m_writer->status() != MovieWriterStatus::failed)
+        return std::nullopt;
+    return m_writer->failure();
 }
 
 } // namespace tavrine

@@ -58,8 +58,17 @@ public:
     /// `completion` comes once, later, on the main thread: when the screen is captured, or with why it is not.
     void start(const Request &request, StartCompletion completion);
 
+    /// Called once at most, on the main thread: the writer has ended by itself, and nothing is recorded any more. What
+    /// it has written is to be had by `stop`. Before `start`.
+    void setOnWriterEnded(std::function<void()> handler) { m_onWriterEnded = std::move(handler); }
+
     /// Ends the recording. `completion` comes once, later, on a thread that is not the main one. Called once.
     void stop(StopCompletion completion);
+    // Main thread, once `stop` has answered.
+    /// Of a movie that could not be written to its end; none of any other.
+    [[nodiscard]] std::optional<MovieWriterFailure> failure() const;
+    /// Of the movie, whatever has come of it; empty where none was begun.
+    [[nodiscard]] QString outputPath() const { return m_writer ? m_writer->outputPath() : QString(); }
 
     /// How long the microphone, which should be heard, has given no sound. None without sound in the recording.
     [[nodiscard]] std::optional<MediaTime> microphoneSilence() const { return m_silence.silence(m_ports.now()); }
@@ -69,6 +78,7 @@ private:
 
     void capture(const Content &content, const Request &request, const StartCompletion &completion);
     [[nodiscard]] std::optional<RecordingError> setUpWriter(const Request &request, QSize pixels);
+    void writerEnded() const;
     void captureRuns(const Request &request);
     void abandon();
     void cancelWriting();
@@ -88,6 +98,7 @@ private:
 
     Ports m_ports;
     SilenceWatch m_silence;
+    std::function<void()> m_onWriterEnded;
 
     std::unique_ptr<MovieWriter> m_writer; ///< made on the main thread; the queue's from the first picture on
     bool m_hasVideoInput = false;

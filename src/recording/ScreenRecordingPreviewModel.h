@@ -46,6 +46,8 @@ public:
     /// Ends the player; presses do nothing any more.
     void stop();
 
+    /// Before it is shown.
+    void setNotice(const QString &notice) { m_notice = notice; }
     void setFileName(const QString &name) { m_fileName = name; }
     void toggleMuted();
     void pressChange();
@@ -56,6 +58,8 @@ public:
     [[nodiscard]] const QString &filePath() const { return m_filePath; }
     [[nodiscard]] const QString &fileName() const { return m_fileName; }
     [[nodiscard]] const QString &targetFolder() const { return m_targetFolder; }
+    /// What went wrong with the recording, for the person; empty for nothing.
+    [[nodiscard]] const QString &notice() const { return m_notice; }
     [[nodiscard]] QString fileSizeText() const;
     [[nodiscard]] QString audioText() const; ///< what stands beside the switch
     [[nodiscard]] bool isMuted() const { return m_isMuted; }
@@ -74,6 +78,7 @@ private:
 
     QString m_filePath;
     QString m_fileName;
+    QString m_notice;
     QString m_targetFolder;
     Ports m_ports;
     Actions m_actions;

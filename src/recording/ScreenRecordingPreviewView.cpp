@@ -195,6 +195,8 @@ ScreenRecordingPreviewView::ScreenRecordingPreviewView(std::shared_ptr<ScreenRec
     column->setContentsMargins(margin, margin - 2, margin, margin);
     column->setSpacing(look::space::small);
     column->addWidget(makeHeader());
+    if (!m_model->notice().isEmpty())
+        column->addWidget(new look::Label(m_model->notice(), look::TextRole::callout, look::Label::Tone::danger));
     column->addWidget(m_screen, 1);
     column->addSpacing(look::space::tiny);
     column->addWidget(makeAudioRow());

@@ -4,11 +4,11 @@
 namespace tavrine {
 namespace {
 
-class RecordingEnd : public RecorderTest {};
+class EndOfARecording : public RecorderTest {};
 
 // Stopping.
 
-TEST_F(RecordingEnd, aStopLeadsToThePreview) {
+TEST_F(EndOfARecording, aStopLeadsToThePreview) {
     record();
     const QString path = *recorder->tempOutputPath();
     static_cast<void>(output());
@@ -27,13 +27,13 @@ TEST_F(RecordingEnd, aStopLeadsToThePreview) {
                                            ", showing preview\n"));
 }
 
-TEST_F(RecordingEnd, aStopWithoutARecordingSaysSo) {
+TEST_F(EndOfARecording, aStopWithoutARecordingSaysSo) {
     recorder->stopRecording();
     EXPECT_EQ(output(), "DEBUG: ScreenRecorder.stopRecording() called\n"
                         "DEBUG: stopRecording() found no active recordingEngine\n");
 }
 
-TEST_F(RecordingEnd, aStopBeforeTheFirstPictureShowsNothing) {
+TEST_F(EndOfARecording, aStopBeforeTheFirstPictureShowsNothing) {
     streams.withholdFrames();
     selectArea().start();
     ASSERT_TRUE(happens([this] { return recorder->isRecording(); }));
@@ -45,16 +45,16 @@ TEST_F(RecordingEnd, aStopBeforeTheFirstPictureShowsNothing) {
     EXPECT_THAT(temporaryFiles(), IsEmpty());
 }
 
-TEST_F(RecordingEnd, aStopBeforeTheRecordingHasBegunBeginsNone) {
+TEST_F(EndOfARecording, aStopBeforeTheRecordingHasBegunBeginsNone) {
     selectArea().start();
     recorder->stopRecording(); // in the same turn
     time.advance(1min);
-    EXPECT_EQ(windows.living(), 0);
+    EXPECT_TRUE(happens([this] { return windows.living() == 0; }));
     EXPECT_THAT(writers.movies, IsEmpty());
     EXPECT_FALSE(recorder->isRecording());
 }
 
-TEST_F(RecordingEnd, aCancelBeforeTheRecordingHasBegunBeginsNone) {
+TEST_F(EndOfARecording, aCancelBeforeTheRecordingHasBegunBeginsNone) {
     selectArea().start();
     recorder->cancelRecording(); // in the same turn
     time.advance(1min);
@@ -62,7 +62,7 @@ TEST_F(RecordingEnd, aCancelBeforeTheRecordingHasBegunBeginsNone) {
     EXPECT_THAT(writers.movies, IsEmpty());
 }
 
-TEST_F(RecordingEnd, aScreenThatIsCapturedOnlyAfterTheStopIsNoRecording) {
+TEST_F(EndOfARecording, aScreenThatIsCapturedOnlyAfterTheStopIsNoRecording) {
     streams.beSlow();
     selectArea().start();
     time.runPending();
@@ -78,7 +78,7 @@ TEST_F(RecordingEnd, aScreenThatIsCapturedOnlyAfterTheStopIsNoRecording) {
     EXPECT_EQ(windows.living(), 0);
 }
 
-TEST_F(RecordingEnd, aStopWhileTheRecordingBeginsLeavesNoTimerBehind) {
+TEST_F(EndOfARecording, aStopWhileTheRecordingBeginsLeavesNoTimerBehind) {
     streams.beSlow();
     selectArea().start();
     time.runPending();
@@ -91,19 +91,173 @@ TEST_F(RecordingEnd, aStopWhileTheRecordingBeginsLeavesNoTimerBehind) {
     EXPECT_EQ(windows.living(), 0);
 }
 
-TEST_F(RecordingEnd, aMovieThatCannotBeFinishedStaysWhereItIsAndNothingIsShown) {
+TEST_F(EndOfARecording, aMovieThatCannotBeFinishedIsShownAsFarAsItGoesAndThePersonIsTold) {
     record();
+    const QString path = *recorder->tempOutputPath();
     writers.failNextFinish(text("disk full"));
     recorder->stopRecording();
-    settle();
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
     EXPECT_THAT(output(), HasSubstr("DEBUG: Recording finish error: disk full\n"));
-    EXPECT_FALSE(recorder->previewWindow());
-    EXPECT_THAT(temporaryFiles(), testing::SizeIs(1));
+    EXPECT_EQ(recorder->previewModel()->filePath(), path);
+    EXPECT_EQ(recorder->previewModel()->notice(), text("The recording may lack its end"));
+    EXPECT_THAT(toasts, ElementsAre(text("The recording may lack its end|exclamationmark.triangle.fill")));
+}
+
+TEST_F(EndOfARecording, aMovieThatIsWholeComesWithoutAWord) {
+    EXPECT_THAT(recordAndStop().notice(), text(""));
+    EXPECT_THAT(toasts, IsEmpty());
+}
+
+TEST_F(EndOfARecording, aCancelRightAfterTheStopIsNotMeantForTheMovie) {
+    record();
+    const QString path = *recorder->tempOutputPath();
+    recorder->stopRecording();
+    recorder->cancelRecording(); // the bar is there for the rest of the turn
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_EQ(recorder->previewModel()->filePath(), path);
+    EXPECT_TRUE(QFile::exists(path));
+}
+
+// An end that nobody asked for.
+
+TEST_F(EndOfARecording, anEncoderThatDiesEndsTheRecordingAtOnceAndShowsWhatThereIs) {
+    record();
+    const QString path = *recorder->tempOutputPath();
+    writers.die(text("the encoder ended unexpectedly"));
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_FALSE(recorder->isRecording());
+    EXPECT_FALSE(recorder->floatingStopWindow());
+    EXPECT_FALSE(recorder->borderOverlayWindow());
+    EXPECT_EQ(time.timerCount(), 0);
+    EXPECT_EQ(recorder->previewModel()->filePath(), path);
+    EXPECT_EQ(recorder->previewModel()->notice(), text("Recording stopped unexpectedly"));
+    EXPECT_THAT(toasts, ElementsAre(text("Recording stopped unexpectedly|exclamationmark.triangle.fill")));
+    EXPECT_THAT(output(), HasSubstr("DEBUG: Recording finish error: the encoder ended unexpectedly\n"));
+    settle(); // the screen is not captured any more
+}
+
+TEST_F(EndOfARecording, aFullDiskIsNamed) {
+    record();
+    writers.die(text("No space left on device"), MovieWriterFailure::diskIsFull);
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_EQ(recorder->previewModel()->notice(), text("Recording stopped: the disk is full"));
+}
+
+TEST_F(EndOfARecording, anEncoderThatAnotherProgramEndsLeavesAWholeMovieAndAWord) {
+    record();
+    writers.endByRequest();
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_FALSE(recorder->isRecording());
+    EXPECT_THAT(output(), HasSubstr("DEBUG: Recording finished successfully at "));
+    EXPECT_EQ(recorder->previewModel()->notice(), text("Recording stopped unexpectedly"));
+}
+
+TEST_F(EndOfARecording, anEncoderThatDiesBeforeItHasWrittenAnythingIsToldAndNothingIsShown) {
+    record();
+    QFile::remove(*recorder->tempOutputPath());
+    writers.die(text("the encoder ended unexpectedly"));
+    ASSERT_TRUE(happens([this] { return !recorder->floatingStopWindow(); }));
+    settle();
+    EXPECT_THAT(toasts, ElementsAre(text("Recording stopped unexpectedly|exclamationmark.triangle.fill")));
+    EXPECT_FALSE(recorder->previewModel());
+}
+
+TEST_F(EndOfARecording, anEncoderThatDiesAfterTheStopEndsNothingTwice) {
+    record();
+    writers.hang();
+    recorder->stopRecording();
+    ASSERT_TRUE(happens([this] { return writers.movies.front()->end.has_value(); }));
+    writers.die(text("the encoder ended unexpectedly"));
+    writers.finishHung();
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_EQ(toasts.size(), 1);
+    EXPECT_EQ(recorder->previewModel()->notice(), text("The recording may lack its end"));
+}
+
+TEST_F(EndOfARecording, aRecordingThatEndsByItselfWhileTheNextIsSetUpIsShownOverIt) {
+    record();
+    selectArea();
+    writers.die(text("the encoder ended unexpectedly"));
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_TRUE(recorder->overlayWindow());
+}
+
+// A movie that takes long.
+
+TEST_F(EndOfARecording, aMovieThatTakesLongSaysSo) {
+    record();
+    writers.hang();
+    recorder->stopRecording();
+    ASSERT_TRUE(happens([this] { return writers.movies.front()->end.has_value(); }));
+    time.advance(299ms);
+    EXPECT_FALSE(recorder->finishingWindow());
+    time.advance(1ms);
+    ASSERT_TRUE(recorder->finishingWindow());
+    const auto &sign = fake(recorder->finishingWindow());
+    EXPECT_TRUE(sign.description().ignoresMouseEvents);
+    EXPECT_FALSE(sign.isKey());
+    time.advance(30s);
+    EXPECT_TRUE(recorder->finishingWindow());
+    writers.finishHung();
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_FALSE(recorder->finishingWindow());
+}
+
+TEST_F(EndOfARecording, aMovieThatIsThereSoonNeedsNoSign) {
+    recordAndStop();
+    time.advance(1s);
+    EXPECT_FALSE(recorder->finishingWindow());
+}
+
+TEST_F(EndOfARecording, theNextRecordingTakesThePlaceOfTheSignAndIsNotDisturbed) {
+    record();
+    writers.hang();
+    recorder->stopRecording();
+    time.advance(1s);
+    ASSERT_TRUE(recorder->finishingWindow());
+    record();
+    EXPECT_FALSE(recorder->finishingWindow()); // it would be in the picture
+    time.advance(1s);
+    EXPECT_FALSE(recorder->finishingWindow());
+    writers.finishHung();
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_TRUE(recorder->isRecording());
+}
+
+TEST_F(EndOfARecording, whatWasLeftWaitsForAMovieThatTakesLong) {
+    record();
+    writers.hang();
+    recorder->stopRecording();
+    recorder->offer({leftover("tavrine-rec-1.mp4")});
+    time.advance(1s);
+    EXPECT_FALSE(recorder->previewModel());
+    writers.finishHung();
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_EQ(recorder->previewModel()->filePath(), writers.movies.front()->path);
+}
+
+TEST_F(EndOfARecording, switchingItOffTakesTheSignAndTheMovieComesWhenItIsOnAgain) {
+    record();
+    writers.hang();
+    recorder->stopRecording();
+    time.advance(1s);
+    isEnabled = false;
+    recorder->unload();
+    time.runPending();
+    EXPECT_EQ(windows.living(), 0);
+    writers.finishHung();
+    settle();
+    EXPECT_FALSE(recorder->previewModel());
+    isEnabled = true;
+    recorder->offer({});
+    time.runPending();
+    ASSERT_TRUE(recorder->previewModel());
+    EXPECT_EQ(recorder->previewModel()->filePath(), writers.movies.front()->path);
 }
 
 // Cancelling and beginning anew.
 
-TEST_F(RecordingEnd, aCancelThrowsTheFileAway) {
+TEST_F(EndOfARecording, aCancelThrowsTheFileAway) {
     record();
     recorder->cancelRecording();
     EXPECT_FALSE(recorder->isRecording());
@@ -114,7 +268,7 @@ TEST_F(RecordingEnd, aCancelThrowsTheFileAway) {
     EXPECT_EQ(time.timerCount(), 0);
 }
 
-TEST_F(RecordingEnd, aCancelWhileTheFileIsBeingMadeThrowsItAwayToo) {
+TEST_F(EndOfARecording, aCancelWhileTheFileIsBeingMadeThrowsItAwayToo) {
     streams.beSlow();
     selectArea().start();
     time.runPending();
@@ -126,7 +280,7 @@ TEST_F(RecordingEnd, aCancelWhileTheFileIsBeingMadeThrowsItAwayToo) {
     EXPECT_EQ(windows.living(), 0);
 }
 
-TEST_F(RecordingEnd, aRestartRecordsTheSameAreaAnewWithoutACountdown) {
+TEST_F(EndOfARecording, aRestartRecordsTheSameAreaAnewWithoutACountdown) {
     auto &card = selectArea({10, 20, 300, 200});
     card.setTimerDelay(5);
     card.start();
@@ -151,13 +305,13 @@ TEST_F(RecordingEnd, aRestartRecordsTheSameAreaAnewWithoutACountdown) {
     EXPECT_EQ(streams.streams().size(), 2U);
 }
 
-TEST_F(RecordingEnd, aRestartWithoutARecordingDoesNothing) {
+TEST_F(EndOfARecording, aRestartWithoutARecordingDoesNothing) {
     recorder->restartRecording();
     time.advance(1s);
     EXPECT_EQ(windows.made(), 0);
 }
 
-TEST_F(RecordingEnd, aRecordingThatAnotherReplacesIsShownOnceThePersonIsFree) {
+TEST_F(EndOfARecording, aRecordingThatAnotherReplacesIsShownOnceThePersonIsFree) {
     record();
     const QString first = *recorder->tempOutputPath();
     record();

@@ -1,5 +1,6 @@
 // What becomes of a recording: the preview, saving, copying, and what an earlier run has left.
 #include "recording/RecorderTest.h"
+#include "recording/RecordingLeftovers.h"
 #include "recording/RecordingTexts.h"
 
 namespace tavrine {
@@ -205,12 +206,14 @@ TEST_F(Preview, aNameThatWasTakenCopiesTheNewRecordingAndNotTheOldOne) {
 TEST_F(Preview, whatCouldNotBeSavedIsCopiedFromWhereItIsAndShownAgain) {
     saves = false;
     const QString path = recordAndStop().filePath();
+    preview().setFileName(text(" My clip "));
     preview().pressCopy();
     EXPECT_THAT(copied(), ElementsAre(QUrl::fromLocalFile(path)));
     EXPECT_EQ(toasts.last(), text("Couldn't save the recording|exclamationmark.triangle.fill"));
     time.runPending();
     ASSERT_TRUE(recorder->previewModel());
     EXPECT_EQ(preview().filePath(), path);
+    EXPECT_EQ(preview().fileName(), text("My clip"));
     saves = true;
     preview().pressSave();
     EXPECT_THAT(temporaryFiles(), IsEmpty());
@@ -289,6 +292,35 @@ TEST_F(Preview, aWindowThatTheDesktopClosesKeepsTheFile) {
 
 // What was recorded and not seen.
 
+TEST_F(Preview, aFileCertainlyHoldsNoPictureWhenItIsEmptyOrAMovieThatWasOnlyBegun) {
+    const auto mayHold = [this](const QByteArray &content) {
+        QFile file(leftover("tavrine-rec-1.mp4"));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        file.close();
+        return mayHoldPictures(file.fileName());
+    };
+    const auto box = [](const char *type, int bytes) {
+        QByteArray whole(bytes, '\0');
+        whole[2] = char(bytes >> 8);
+        whole[3] = char(bytes);
+        return whole.replace(4, 4, type);
+    };
+    const QByteArray begun = box("ftyp", 24) + box("moov", 600) + box("free", 4000);
+    EXPECT_FALSE(mayHold({}));
+    EXPECT_FALSE(mayHold(begun));
+    for (const qsizetype cut : {8, 20, 24, 27, 100, 623, 624, 1000})
+        EXPECT_FALSE(mayHold(begun.first(cut))) << cut;
+    EXPECT_FALSE(mayHold(begun + "\0\0\1"));
+    EXPECT_TRUE(mayHold(begun + box("moof", 100)));
+    EXPECT_TRUE(mayHold(begun + box("moof", 100).first(9)));
+    EXPECT_TRUE(mayHold(box("ftyp", 24) + box("free", 600) + box("moov", 600) + box("mdat", 16)));
+    EXPECT_TRUE(mayHold(QByteArray(5000, '\0'))); // whatever that is
+    EXPECT_TRUE(mayHold("notes"));
+    EXPECT_TRUE(mayHold("notes that somebody has made"));
+    EXPECT_FALSE(mayHoldPictures(folders.temporary + text("/none.mp4")));
+    EXPECT_FALSE(mayHoldPictures({}));
+}
+
 TEST_F(Preview, whatAnEarlierRunHasLeftIsShownOneAfterTheOther) {
     const QString first = leftover("tavrine-rec-1.mp4");
     const QString second = leftover("tavrine-rec-2.mp4");
@@ -343,6 +375,7 @@ TEST_F(Preview, whatWasLeftIsNotShownWhileTheRecorderIsOff) {
 
 TEST_F(Preview, aPreviewThatAnotherReplacesComesBack) {
     const QString first = recordAndStop().filePath();
+    preview().setFileName(text("half a na"));
     record();
     recorder->stopRecording();
     ASSERT_TRUE(happens([&] { return preview().filePath() != first; }));
@@ -352,6 +385,7 @@ TEST_F(Preview, aPreviewThatAnotherReplacesComesBack) {
     time.runPending();
     ASSERT_TRUE(recorder->previewModel());
     EXPECT_EQ(preview().filePath(), first);
+    EXPECT_EQ(preview().fileName(), text("half a na"));
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "look/Look.h"
 #include "ports/Folders.h"
 #include "recording/CountdownOverlayView.h"
+#include "recording/FinishingView.h"
 #include "recording/FloatingStopBarView.h"
 #include "recording/RecordingBorderView.h"
 #include "recording/RecordingLeftovers.h"
@@ -34,6 +35,11 @@ ScreenRecorder::Content stopBar(ScreenRecorder &recorder) {
     QObject::connect(bar, &FloatingStopBarView::fittingSizeChanged, &recorder,
                      [&recorder](const QSize &size) { recorder.fitStopBar(size); });
     return {bar, bar->sizeHint()};
+}
+
+ScreenRecorder::Content finishing() {
+    auto *sign = new FinishingView;
+    return {sign, sign->sizeHint()};
 }
 
 } // namespace
@@ -107,6 +113,7 @@ std::unique_ptr<ScreenRecorder> ScreenRecorderTool::makeRecorder() {
             .border = [](const QRectF &area,
                          const Screen &screen) { return new RecordingBorderView(area, screen.frame.height()); },
             .stopBar = stopBar,
+            .finishing = finishing,
             .countdown = [](const auto &model) { return new CountdownOverlayView(model); },
             .preview = [](const auto &model) { return new ScreenRecordingPreviewView(model); }});
 }
