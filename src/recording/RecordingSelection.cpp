@@ -32,7 +32,10 @@ void RecordingSelection::open(const Screen &screen) {
     m_model = std::make_shared<ScreenRecorderSelectionModel>(
         screen.frame.size(), screen.scale,
         ScreenRecorderSelectionModel::Actions{
-            .onMic = [this] { pressMic(); }, .onStart = [this] { start(); }, .onCancel = [this] { cancel(); }});
+            .onMic = [this] { pressMic(); },
+            .onStart = [this] { start(); },
+            .onCancel = [this] { cancel(); },
+            .onStop = m_actions.isRecording() ? std::function([this] { stopRecording(); }) : nullptr});
     m_window.show(overlayDescription(screen), screen.frame, m_view ? m_view(m_model) : nullptr,
                   OverlayWindow::Keyboard::taken);
     m_window.window()->setOnClosed([this] { cancel(); });
@@ -63,6 +66,15 @@ void RecordingSelection::cancel() {
         return;
     clear();
     m_actions.onCancelled();
+}
+
+/// The key that opens the overlay is the way to the recorder for who has no pointer, and the bar takes no keys.
+void RecordingSelection::stopRecording() {
+    clear();
+    if (m_actions.isRecording())
+        m_actions.stopRecording();
+    else // it has ended meanwhile
+        m_actions.onCancelled();
 }
 
 void RecordingSelection::clear() {

@@ -32,6 +32,8 @@ public:
         std::function<void()> showMicrophoneAlert;
         std::function<void(const RecordingArea &area, int delaySeconds)> onSelect;
         std::function<void()> onCancelled;
+        std::function<bool()> isRecording;
+        std::function<void()> stopRecording;
     };
     using View = std::function<QWidget *(std::shared_ptr<ScreenRecorderSelectionModel>)>;
 
@@ -50,6 +52,7 @@ public:
 private:
     [[nodiscard]] bool swallowsKey(int keyCode);
     void cancel();
+    void stopRecording();
     void pressMic();
     void start();
     void startAnswered(const std::weak_ptr<ScreenRecorderSelectionModel> &asked, bool isGranted);

@@ -40,6 +40,11 @@ void ScreenRecorderSelectionModel::endDrag() {
     }
 }
 
+void ScreenRecorderSelectionModel::stopRecording() {
+    if (m_actions.onStop && !m_isConfirming)
+        m_actions.onStop();
+}
+
 void ScreenRecorderSelectionModel::selectAll() {
     if (m_startPoint)
         return;

@@ -25,6 +25,7 @@ public:
         std::function<void()> onMic;   ///< the switch of the microphone was pressed
         std::function<void()> onStart; ///< with the area and the switches as they are
         std::function<void()> onCancel;
+        std::function<void()> onStop = {}; ///< none while nothing is recorded
     };
 
     static constexpr double leastSide = 10; ///< an area is wider and higher than that
@@ -37,6 +38,9 @@ public:
     void drag(QPointF start, QPointF location);
     void endDrag();
     void cancel() { m_actions.onCancel(); }
+    /// Of the recording that is under way, for who has no pointer. Nothing where there is none.
+    void stopRecording();
+    [[nodiscard]] bool canStopRecording() const { return m_actions.onStop != nullptr; }
     /// For who has no pointer: the whole screen, while there is no area yet.
     void selectAll();
 

@@ -27,7 +27,15 @@ constexpr int labelHeight = 26;
 constexpr int labelGap = 8;
 constexpr int hintWidth = 320;
 constexpr int hintHeight = 68;
+constexpr int stopHintHeight = 24; ///< more, with a recording under way
 constexpr double manyPoints = 10;
+
+QString cancelHint() {
+    return QStringLiteral("Press ESC to cancel");
+}
+QString stopHint() {
+    return QStringLiteral("Press Space to stop the recording");
+}
 
 } // namespace
 
@@ -35,7 +43,8 @@ ScreenRecorderSelectionView::ScreenRecorderSelectionView(std::shared_ptr<ScreenR
                                                          QPixmap frozen)
     : m_model(std::move(model)), m_frozen(std::move(frozen)), m_card(new RecordingSetupCardView(m_model, this)) {
     setAccessibleName(QStringLiteral("Drag to select area to record"));
-    setAccessibleDescription(QStringLiteral("Press ESC to cancel"));
+    setAccessibleDescription(m_model->canStopRecording() ? stopHint() + QStringLiteral(". ") + cancelHint()
+                                                         : cancelHint());
     setFocusPolicy(Qt::StrongFocus);
     m_card->hide();
     connect(m_model.get(), &ScreenRecorderSelectionModel::changed, this, &ScreenRecorderSelectionView::refresh);
@@ -118,6 +127,10 @@ void ScreenRecorderSelectionView::keyPressEvent(QKeyEvent *event) {
         else if (!m_grip)
             m_model->selectAll();
         return;
+    case Qt::Key_Space:
+        if (!m_grip)
+            m_model->stopRecording();
+        return;
     case Qt::Key_Left:
         by = {-step, 0};
         break;
@@ -182,13 +195,18 @@ void ScreenRecorderSelectionView::paintSelection(QPainter &painter) const {
 }
 
 void ScreenRecorderSelectionView::paintHints(QPainter &painter) const {
-    const QRectF body(std::round((width() - hintWidth) / 2.0), std::round(height() * 0.2), hintWidth, hintHeight);
+    const double stopHeight = m_model->canStopRecording() ? stopHintHeight : 0;
+    const QRectF body(std::round((width() - hintWidth) / 2.0), std::round(height() * 0.2), hintWidth,
+                      hintHeight + stopHeight);
     look::fillRounded(painter, body, look::radius::panel, plate);
     look::strokeHairline(painter, body, look::radius::panel, QColor(255, 255, 255, 40));
-    look::paintLine(painter, body.adjusted(0, 10, 0, -34), QStringLiteral("Drag to select area to record"),
+    look::paintLine(painter, body.adjusted(0, 10, 0, -34 - stopHeight), QStringLiteral("Drag to select area to record"),
                     look::TextRole::heading, onPlate, Qt::AlignHCenter);
-    look::paintLine(painter, body.adjusted(0, 36, 0, -12), QStringLiteral("Press ESC to cancel"),
-                    look::TextRole::callout, onPlateQuiet, Qt::AlignHCenter);
+    look::paintLine(painter, body.adjusted(0, 36, 0, -12 - stopHeight), cancelHint(), look::TextRole::callout,
+                    onPlateQuiet, Qt::AlignHCenter);
+    if (stopHeight > 0)
+        look::paintLine(painter, body.adjusted(0, 36 + stopHeight, 0, -12), stopHint(), look::TextRole::callout,
+                        onPlate, Qt::AlignHCenter);
 }
 
 } // namespace tavrine

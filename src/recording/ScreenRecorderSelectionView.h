@@ -14,7 +14,7 @@ class ScreenRecorderSelectionModel;
 /// The overlay on which an area is dragged, with the setup card over it. Fills its window; main thread.
 ///
 /// Arrow keys move the confirmed area, with Shift they resize it, ten points at a time with Ctrl. Return starts;
-/// before there is an area it takes the whole screen.
+/// before there is an area it takes the whole screen, and the space bar ends a recording that is under way.
 class ScreenRecorderSelectionView final : public QWidget {
     Q_OBJECT
 

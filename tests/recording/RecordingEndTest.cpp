@@ -118,6 +118,31 @@ TEST_F(EndOfARecording, aCancelRightAfterTheStopIsNotMeantForTheMovie) {
     EXPECT_TRUE(QFile::exists(path));
 }
 
+TEST_F(EndOfARecording, theOverlayOfTheNextOneEndsItForWhoHasNoPointer) {
+    recorder->startScreenRecording();
+    EXPECT_FALSE(recorder->selectionModel()->canStopRecording());
+    recorder->selectionModel()->cancel();
+    record();
+    const QString path = *recorder->tempOutputPath();
+    recorder->startScreenRecording();
+    ASSERT_TRUE(recorder->selectionModel()->canStopRecording());
+    recorder->selectionModel()->stopRecording();
+    EXPECT_FALSE(recorder->overlayWindow());
+    EXPECT_FALSE(recorder->isRecording());
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_EQ(recorder->previewModel()->filePath(), path);
+}
+
+TEST_F(EndOfARecording, anOverlayThatIsOlderThanTheEndOnlyGoes) {
+    record();
+    recorder->startScreenRecording();
+    recorder->cancelRecording();
+    static_cast<void>(output());
+    recorder->selectionModel()->stopRecording();
+    EXPECT_FALSE(recorder->overlayWindow());
+    EXPECT_EQ(output().find("stopRecording() called"), std::string::npos);
+}
+
 // An end that nobody asked for.
 
 TEST_F(EndOfARecording, anEncoderThatDiesEndsTheRecordingAtOnceAndShowsWhatThereIs) {

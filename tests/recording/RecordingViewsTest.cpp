@@ -2,8 +2,10 @@
 #include "adapters/fake/FakeMovieAsset.h"
 #include "adapters/fake/FakeMoviePlayers.h"
 #include "adapters/fake/VirtualTime.h"
+#include "look/Indicators.h"
 #include "recording/CountdownModel.h"
 #include "recording/CountdownOverlayView.h"
+#include "recording/FinishingView.h"
 #include "recording/FloatingStopBarView.h"
 #include "recording/RecorderTest.h"
 #include "recording/RecordingBorderView.h"
@@ -51,6 +53,29 @@ protected:
                                               .onCancel = [this] { calls << text("cancel"); }});
     ScreenRecorderSelectionView view{model};
 };
+
+TEST_F(SelectionView, theSpaceBarEndsARecordingAndSaysSoOnlyWhileThereIsOne) {
+    EXPECT_EQ(view.accessibleDescription(), text("Press ESC to cancel"));
+    QTest::keyClick(&view, Qt::Key_Space);
+    EXPECT_THAT(calls, IsEmpty());
+    ScreenRecorderSelectionView over(std::make_shared<ScreenRecorderSelectionModel>(
+        QSizeF(1000, 600), 1.0,
+        ScreenRecorderSelectionModel::Actions{
+            .onMic = {}, .onStart = {}, .onCancel = {}, .onStop = [this] { calls << text("stop"); }}));
+    over.resize(1000, 600);
+    EXPECT_EQ(over.accessibleDescription(), text("Press Space to stop the recording. Press ESC to cancel"));
+    over.show();
+    QTest::keyClick(&over, Qt::Key_Space);
+    EXPECT_THAT(calls, ElementsAre(text("stop")));
+    calls.clear();
+    QTest::mousePress(&over, Qt::LeftButton, {}, {100, 100});
+    QTest::keyClick(&over, Qt::Key_Space); // in the middle of a drag
+    EXPECT_THAT(calls, IsEmpty());
+    QTest::mouseMove(&over, {700, 500});
+    QTest::mouseRelease(&over, Qt::LeftButton, {}, {700, 500});
+    QTest::keyClick(&over, Qt::Key_Space); // over the card
+    EXPECT_THAT(calls, IsEmpty());
+}
 
 TEST_F(SelectionView, aDragOpensTheCardOverTheArea) {
     EXPECT_TRUE(card().isHidden());
@@ -195,6 +220,13 @@ TEST(BorderView, itsWindowIsTheLineOutsideOfTheArea) {
     EXPECT_TRUE(mask.contains(QPoint(97, 600)));
 }
 
+TEST(Finishing, itIsCalledWhatItShowsAndIsAsHighAsTheBar) {
+    const FinishingView view;
+    EXPECT_EQ(view.accessibleName(), text("Finishing…"));
+    EXPECT_EQ(view.sizeHint().height(), 44);
+    EXPECT_GT(view.sizeHint().width(), 100);
+}
+
 class PreviewView : public testing::Test {
 protected:
     [[nodiscard]] std::shared_ptr<ScreenRecordingPreviewModel> makeModel() {
@@ -230,6 +262,16 @@ TEST_F(PreviewView, theMoviePlaysInAWindowOfItsOwnOnceItIsShown) {
     view.show();
     EXPECT_EQ(players.movies().size(), 1U);
     model->stop();
+}
+
+TEST_F(PreviewView, whatWentWrongStandsAboveTheMovie) {
+    const auto hasLine = [](const QWidget &view, const char *words) {
+        return std::ranges::any_of(view.findChildren<look::Label *>(),
+                                   [&](const look::Label *label) { return label->text() == text(words); });
+    };
+    EXPECT_FALSE(hasLine(ScreenRecordingPreviewView(model), ""));
+    model->setNotice(text("Recording stopped: the disk is full"));
+    EXPECT_TRUE(hasLine(ScreenRecordingPreviewView(model), "Recording stopped: the disk is full"));
 }
 
 TEST_F(PreviewView, theControlsDoWhatTheySay) {

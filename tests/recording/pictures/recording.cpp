@@ -5,6 +5,7 @@
 #include "look/Look.h"
 #include "recording/CountdownModel.h"
 #include "recording/CountdownOverlayView.h"
+#include "recording/FinishingView.h"
 #include "recording/FloatingStopBarView.h"
 #include "recording/RecordingBorderView.h"
 #include "recording/ScreenRecorder.h"
@@ -76,6 +77,13 @@ void showSelection(const Studio &studio) {
     };
     using Model = ScreenRecorderSelectionModel;
     overlay("overlay", [](Model &) {});
+    {
+        ScreenRecorderSelectionView view(std::make_shared<ScreenRecorderSelectionModel>(
+            screen, 1.0,
+            ScreenRecorderSelectionModel::Actions{.onMic = {}, .onStart = {}, .onCancel = {}, .onStop = [] {}}));
+        view.resize(screen);
+        studio.save(view, "overlay-recording");
+    }
     overlay("overlay-drag", [](Model &model) { model.drag({160, 230}, {640, 500}); });
     overlay("overlay-drag-bottom", [](Model &model) { model.drag({300, 260}, {1024, 600}); });
     overlay("overlay-drag-small", [](Model &model) { model.drag({2, 3}, {9, 12}); });
@@ -97,12 +105,13 @@ void showPreview(const Studio &studio, VirtualTime &time, const QString &path) {
     FakeMoviePlayers players(time);
     FakeFilePanels panels(time);
     const auto preview = [&](const char *name, const QString &fileName, const QString &folder, bool hasAudio,
-                             QSize size, auto prepare) {
+                             QSize size, auto prepare, const QString &notice = {}) {
         asset.setFacts(
             MovieFacts{.naturalSize = size, .hasAudioTrack = hasAudio, .duration = std::chrono::seconds(127)});
         auto model = std::make_shared<ScreenRecordingPreviewModel>(
             path, fileName, folder, ScreenRecordingPreviewModel::Ports{asset, players, panels},
             ScreenRecordingPreviewModel::Actions{});
+        model->setNotice(notice);
         ScreenRecordingPreviewView view(model);
         view.resize(RecordingPreview::size.toSize());
         model->load();
@@ -127,6 +136,9 @@ void showPreview(const Studio &studio, VirtualTime &time, const QString &path) {
             QStringLiteral("A rather long name of a recording that somebody gave it on a Friday, take 12"),
             QStringLiteral("/home/ada/Documents/Work/Customers/A rather long name of a customer/Films/2026"), false,
             {2560, 300}, [](Model &, QWidget &) {});
+    preview(
+        "preview-broken", plainName, plainFolder, true, {1280, 720}, [](Model &, QWidget &) {},
+        QStringLiteral("Recording stopped: the disk is full"));
     players.failNext(QStringLiteral("no decoder"));
     preview("preview-failed", plainName, plainFolder, true, {1280, 720},
             [&time](Model &, QWidget &) { time.runPending(); });
@@ -158,6 +170,7 @@ void showBar(const Studio &studio, const QString &home) {
                  bar = new FloatingStopBarView(of);
                  return ScreenRecorder::Content{bar, bar->sizeHint()};
              },
+         .finishing = {},
          .countdown = {},
          .preview = {}});
     recorder.startScreenRecording();
@@ -174,6 +187,9 @@ void showBar(const Studio &studio, const QString &home) {
     now += ScreenRecorder::silenceIsTold;
     time.advance(Seconds{1});
     show("bar-silent");
+    FinishingView finishing;
+    finishing.resize(finishing.sizeHint());
+    studio.save(finishing, "finishing", {40, 30}, {500, 110});
 }
 
 } // namespace
