@@ -42,7 +42,7 @@ ClipboardManager::ClipboardManager(Ports ports, QObject *parent)
     : QObject(parent), m_ports(std::move(ports)), m_media(m_ports.folders, m_ports.defaults, m_ports.imageCoder),
       m_recordingThumbnails(m_media, m_ports.movieAsset,
                             [this](const QString &fileName) { Q_EMIT thumbnailMade(fileName); }),
-      m_isPaused(!preference::featureClipboardHistory.get(m_ports.defaults)) {
+      m_recordingMover(m_ports.time), m_isPaused(!preference::featureClipboardHistory.get(m_ports.defaults)) {
     // The order counts: old items are in the database before a clear can apply to them.
     loadSettings();
     migrateHistory();
@@ -204,12 +204,22 @@ std::shared_ptr<HistoryRead> ClipboardManager::beginFilter(std::vector<Clipboard
                                         onMainQueue(m_ports.time, owner, std::move(whenDone)));
 }
 
-void ClipboardManager::saveRecording(const QString &source, const std::optional<QString> &name) {
-    const std::optional<QString> folder = quickShotsDirectory();
-    const std::optional<QString> target = folder ? moveRecording(source, *folder, name) : std::nullopt;
-    if (!target)
-        return;
-    const QString fileName = QFileInfo(*target).fileName();
+void ClipboardManager::saveRecording(const QString &source, const std::optional<QString> &name,
+                                     RecordingMover::Then then) {
+    const auto saved = [this, name, then = std::move(then)](const std::optional<QString> &target) {
+        if (target)
+            addRecording(*target, name);
+        if (then)
+            then(target);
+    };
+    if (const std::optional<QString> folder = quickShotsDirectory())
+        m_recordingMover.move(source, *folder, name, saved);
+    else
+        saved(std::nullopt);
+}
+
+void ClipboardManager::addRecording(const QString &target, const std::optional<QString> &name) {
+    const QString fileName = QFileInfo(target).fileName();
     const QString caption = recordingCaption(name);
     // The row of an older recording whose file the person has removed may have both in common with this one. It goes
     // here, alone: as a duplicate it would take the new file with it.
@@ -217,11 +227,11 @@ void ClipboardManager::saveRecording(const QString &source, const std::optional<
         m_ports.database.remove(stale->id);
     addItem(caption, fileName);
 
-    const QList<QUrl> urls{QUrl::fromLocalFile(*target)};
+    const QList<QUrl> urls{QUrl::fromLocalFile(target)};
     m_ports.pasteboard.clearContents();
     m_ports.pasteboard.writeFileUrls(urls);
     m_ports.workspace.activateFileViewerSelecting(urls);
-    printLine(QStringLiteral("Successfully saved screen recording to QuickShots: ") + *target);
+    printLine(QStringLiteral("Successfully saved screen recording to QuickShots: ") + target);
 }
 
 } // namespace tavrine

@@ -4,6 +4,7 @@
 #include "clipboard/ClipboardItem.h"
 #include "clipboard/ExcludedApp.h"
 #include "clipboard/MediaStore.h"
+#include "clipboard/RecordingMover.h"
 #include "clipboard/RecordingThumbnails.h"
 #include "clipboard/RetentionPeriod.h"
 #include "ports/Folders.h"
@@ -136,8 +137,9 @@ public:
     void removeImageFiles(const QStringList &names) { m_media.removeImageFiles(names); }
     [[nodiscard]] std::optional<QString> imagesDirectory() const { return m_media.imagesDirectory(); }
     [[nodiscard]] std::optional<QString> quickShotsDirectory() const { return m_media.quickShotsDirectory(); }
-    /// Moves the movie at the path `source` to the recordings, records it, copies it and shows it.
-    void saveRecording(const QString &source, const std::optional<QString> &name);
+    /// Moves the movie at the path `source` to the recordings, records it, copies it and shows it; then `then` is told
+    /// its path, or none when it is where it was. Another file system takes its time: see `RecordingMover`.
+    void saveRecording(const QString &source, const std::optional<QString> &name, RecordingMover::Then then = {});
 
     // Retention and export.
     bool runCleanup(); ///< true when it removed anything; the caller then reloads
@@ -191,6 +193,7 @@ private:
     [[nodiscard]] Prepared prepare(const Pasteboard::Reading &reading);
     void record(const Prepared &prepared, const Seen &seen);
     void cleanUpAfterPoll();
+    void addRecording(const QString &target, const std::optional<QString> &name);
     [[nodiscard]] bool isExcludedApplicationFrontmost() const;
     bool recordText(const Prepared &prepared, const Seen &seen); ///< false when a protected row of that text stands
     [[nodiscard]] static ClipboardItem newItem(const QString &content, Date date);
@@ -199,6 +202,7 @@ private:
     Ports m_ports;
     MediaStore m_media;
     RecordingThumbnails m_recordingThumbnails;
+    RecordingMover m_recordingMover;
     std::vector<ClipboardItem> m_history;
     QString m_hotkeyCharacter;
     RetentionPeriod m_retentionPeriod{};

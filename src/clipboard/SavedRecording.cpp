@@ -1,13 +1,8 @@
 #include "clipboard/SavedRecording.h"
 
-#include "base/FileResult.h"
-#include "base/Print.h"
 #include "base/Uuid.h"
 
-#include <QFile>
 #include <QFileInfo>
-
-#include <cstdio>
 
 namespace tavrine {
 namespace {
@@ -49,28 +44,13 @@ QString recordingBaseName(const std::optional<QString> &name) {
     return base;
 }
 
-std::optional<QString> moveRecording(const QString &source, const QString &folder, const std::optional<QString> &name) {
+QString recordingTarget(const QString &source, const QString &folder, const std::optional<QString> &name,
+                        const std::function<bool(const QString &path)> &isTaken) {
     const QString base = folder + u'/' + recordingBaseName(name);
     const QString suffix = QFileInfo(source).suffix();
     const QString extension = u'.' + (suffix.isEmpty() ? QStringLiteral("mp4") : suffix);
-    QString target = base + extension;
-    if (QFileInfo::exists(target))
-        target = base + u'_' + freshUuidString().first(6) + extension;
-    QFile::remove(target);
-
-    const auto moved =
-        FileResult::ofCall(std::rename(QFile::encodeName(source).constData(), QFile::encodeName(target).constData()));
-    if (moved)
-        return target;
-    printLine(QStringLiteral("moveItem failed (") + moved.reason() + QStringLiteral("), falling back to copyItem..."));
-
-    QFile file(source);
-    if (!file.copy(target)) {
-        printLine(QStringLiteral("Failed to save screen recording file: ") + file.errorString());
-        return std::nullopt;
-    }
-    file.remove();
-    return target;
+    const QString target = base + extension;
+    return isTaken(target) ? base + u'_' + freshUuidString().first(6) + extension : target;
 }
 
 QString recordingCaption(const std::optional<QString> &name) {

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 namespace tavrine {
@@ -10,12 +11,10 @@ namespace tavrine {
 /// of every character that is no letter, mark or digit; a fresh UUID when there is no name.
 [[nodiscard]] QString recordingBaseName(const std::optional<QString> &name);
 
-/// Moves the movie at `source` into `folder`, under `name` made fit to be a file name, and answers its path there. A
-/// file that has the name already stays: the newcomer gets six random characters more. Between file systems the movie
-/// is copied and the source removed. None when that failed too, and then the source is still there; both failures are
-/// told on standard output.
-[[nodiscard]] std::optional<QString> moveRecording(const QString &source, const QString &folder,
-                                                   const std::optional<QString> &name);
+/// The path in `folder` of the movie at `source`, under `name` made fit to be a file name. A path that `isTaken` gets
+/// six random characters more.
+[[nodiscard]] QString recordingTarget(const QString &source, const QString &folder, const std::optional<QString> &name,
+                                      const std::function<bool(const QString &path)> &isTaken);
 
 /// What the history calls a recording.
 [[nodiscard]] QString recordingCaption(const std::optional<QString> &name);

@@ -9,7 +9,6 @@
 #include "recording/RecordingTexts.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QPointer>
 #include <QUrl>
 
@@ -28,13 +27,6 @@ PanelDescription previewDescription() {
 std::optional<QRectF> inTheCorner(const Screens &screens, QSizeF size) {
     const auto screen = screenForTool(screens);
     return screen ? std::optional(QRectF(screen->frame.topLeft() + RecordingPreview::margin, size)) : std::nullopt;
-}
-
-/// "clip.mp4": the extension of the movie itself.
-QString fileNameOf(const QString &base, const QString &path) {
-    const QString suffix = QFileInfo(path).suffix();
-    return (base.isEmpty() ? QStringLiteral("recording") : base) + QLatin1Char('.') +
-           (suffix.isEmpty() ? QStringLiteral("mp4") : suffix);
 }
 
 } // namespace
@@ -62,13 +54,17 @@ void RecordingPreview::show(const ShownRecording &recording) {
         ScreenRecordingPreviewModel::Ports{m_ports.asset, m_ports.players, m_ports.filePanels},
         modelActions(recording.path));
     m_model->setNotice(recording.notice);
+    m_model->setMuted(recording.isMuted);
     m_panel.build(m_view ? m_view(m_model) : nullptr);
     m_panel.show();
     m_model->load();
 }
 
 ShownRecording RecordingPreview::shown() const {
-    return {.path = m_model->filePath(), .name = m_model->fileName(), .notice = m_model->notice()};
+    return {.path = m_model->filePath(),
+            .name = m_model->fileName(),
+            .notice = m_model->notice(),
+            .isMuted = m_model->isMuted()};
 }
 
 /// Where recordings go; where that cannot be known, where they would go by rule.
@@ -100,8 +96,10 @@ void RecordingPreview::close() {
     m_panel.release(Dismissal::atOnce);
 }
 
-/// Nobody said that the recording may go; the next start of the program shows it again.
+/// Nobody said that the recording may go.
 void RecordingPreview::closedFromOutside() {
+    if (m_model)
+        m_actions.onPutOff(shown());
     close();
     m_actions.onLeft();
 }
@@ -126,37 +124,46 @@ void RecordingPreview::finish(const QString &path, const Choice &choice, Use use
 void RecordingPreview::goOn(const QString &original, const QString &path, const Choice &choice, Use use) {
     if (!choice.targetFolder.isEmpty())
         m_saving.setCustomSaveDirectoryPath(choice.targetFolder);
-    const auto folder = m_saving.quickShotsDirectory();
-    const QString savedPath =
-        folder ? *folder + QLatin1Char('/') + fileNameOf(m_saving.baseName(choice.fileName), path) : QString();
-    const bool wasTaken = folder && QFile::exists(savedPath);
-    m_saving.saveRecording(path, choice.fileName);
-    const bool isSaved = !QFile::exists(path);
+    const auto isTold = std::make_shared<bool>(false);
+    m_saving.saveRecording(
+        path, choice.fileName,
+        [this, self = QPointer(this), isTold, original, path, choice, use](const std::optional<QString> &savedPath) {
+            *isTold = true;
+            if (self)
+                goneOn(original, path, savedPath, choice, use);
+        });
+    if (!*isTold) // it goes to another disk
+        m_actions.showToast(QString::fromUtf8("Saving the recording…"), QStringLiteral("square.and.arrow.down"));
+}
+
+void RecordingPreview::goneOn(const QString &original, const QString &path, const std::optional<QString> &savedPath,
+                              const Choice &choice, Use use) {
     if (use == Use::copy)
-        copy(path, isSaved ? savedPath : QString(), isSaved && wasTaken);
-    if (!isSaved)
+        copy(savedPath.value_or(path));
+    if (!savedPath)
         saveFailed(original, path, choice, use);
     else if (original != path)
         QFile::remove(original);
+    else if (choice.isMuted) // nobody would look for a voice in it
+        warn(QStringLiteral("The recording couldn't be muted: it has its sound"));
     m_actions.onLeft();
 }
 
-/// `savedPath` is empty when it was not saved. Saving has put the file on the pasteboard already. Under a name that was
-/// taken before there is another recording, which nobody asked for.
-void RecordingPreview::copy(const QString &path, const QString &savedPath, bool wasTaken) {
-    if (!wasTaken) {
-        const bool isThere = !savedPath.isEmpty() && QFile::exists(savedPath);
-        m_ports.pasteboard.clearContents();
-        m_ports.pasteboard.writeFileUrls({QUrl::fromLocalFile(isThere ? savedPath : path)});
-    }
+void RecordingPreview::copy(const QString &path) {
+    m_ports.pasteboard.clearContents();
+    m_ports.pasteboard.writeFileUrls({QUrl::fromLocalFile(path)});
     m_actions.showToast(QStringLiteral("Video Copied to Clipboard!"), QStringLiteral("doc.on.doc.fill"));
 }
 
 void RecordingPreview::saveFailed(const QString &original, const QString &path, const Choice &choice, Use use) {
     if (original != path && use == Use::save) // a copy is what the pasteboard names
         QFile::remove(path);
-    m_actions.showToast(QStringLiteral("Couldn't save the recording"), QStringLiteral("exclamationmark.triangle.fill"));
-    m_actions.onUnseen({.path = original, .name = choice.fileName});
+    warn(QStringLiteral("Couldn't save the recording"));
+    m_actions.onUnseen({.path = original, .name = choice.fileName, .isMuted = choice.isMuted});
+}
+
+void RecordingPreview::warn(const QString &words) {
+    m_actions.showToast(words, QStringLiteral("exclamationmark.triangle.fill"));
 }
 
 } // namespace tavrine

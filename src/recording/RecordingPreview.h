@@ -13,6 +13,7 @@ struct ShownRecording {
     QString path;
     QString name = {};   ///< that the person gave it before; empty for none
     QString notice = {}; ///< what went wrong with it, for the person; empty for nothing
+    bool isMuted = false;
 };
 
 /// The window in which a finished recording is looked at, named, saved, copied or thrown away. Belongs to the recorder;
@@ -40,15 +41,16 @@ public:
         std::function<std::optional<QString>()> quickShotsDirectory;
         std::function<QString()> customSaveDirectoryPath;
         std::function<void(const QString &folder)> setCustomSaveDirectoryPath;
-        /// Moves the movie there and tells the history, the pasteboard and the file manager of it.
-        std::function<void(const QString &path, const QString &name)> saveRecording;
-        /// A name as that makes it fit for a file, without the extension.
-        std::function<QString(const QString &name)> baseName;
+        /// Moves the movie there and tells the history, the pasteboard and the file manager of it. `then` is told its
+        /// new path, or none when it is where it was; within the call unless that takes long.
+        using Then = std::function<void(const std::optional<QString> &savedPath)>;
+        std::function<void(const QString &path, const QString &name, Then then)> saveRecording;
     };
     struct Actions {
         std::function<void()> activateApplication;
         std::function<void(const QString &message, const QString &icon)> showToast;
         std::function<void(const ShownRecording &recording)> onUnseen; ///< to be shown another time
+        std::function<void(const ShownRecording &recording)> onPutOff; ///< the same, but not at once
         std::function<void()> onLeft;                                  ///< the next may come
     };
     using View = std::function<QWidget *(std::shared_ptr<ScreenRecordingPreviewModel>)>;
@@ -79,8 +81,11 @@ private:
     void closedFromOutside();
     void finish(const QString &path, const Choice &choice, Use use);
     void goOn(const QString &original, const QString &path, const Choice &choice, Use use);
-    void copy(const QString &path, const QString &savedPath, bool wasTaken);
+    void goneOn(const QString &original, const QString &path, const std::optional<QString> &savedPath,
+                const Choice &choice, Use use);
+    void copy(const QString &path);
     void saveFailed(const QString &original, const QString &path, const Choice &choice, Use use);
+    void warn(const QString &words);
 
     Ports m_ports;
     Saving m_saving;

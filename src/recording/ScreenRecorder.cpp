@@ -60,6 +60,7 @@ ScreenRecorder::ScreenRecorder(const Ports &ports, Actions actions, RecordingPre
           {.activateApplication = [this] { m_actions.activateApplication(); },
            .showToast = [this](const QString &message, const QString &icon) { m_actions.showToast(message, icon); },
            .onUnseen = [this](const ShownRecording &recording) { m_unseen.push_back(recording); },
+           .onPutOff = [this](const ShownRecording &recording) { m_putOff.push_back(recording); },
            .onLeft = [this] { offerSoon(); }},
           m_views.preview),
       m_leaving(ports.selection.time),
@@ -271,6 +272,8 @@ void ScreenRecorder::tearDown() {
     m_stopBar.hide();
     hideCountdown();
     m_countdown.hide();
+    if (m_preview.isOpen()) // nobody has looked at it to its end
+        m_unseen.push_back(m_preview.shown());
     m_preview.close();
     stopAwaiting();
     if (const Engine engine = std::exchange(m_recordingEngine, nullptr))
@@ -283,6 +286,8 @@ void ScreenRecorder::tearDown() {
 void ScreenRecorder::offer(const QStringList &paths) {
     for (const QString &path : paths)
         m_unseen.push_back({.path = path});
+    m_unseen.insert(m_unseen.end(), m_putOff.begin(), m_putOff.end());
+    m_putOff.clear();
     offerSoon();
 }
 

@@ -70,7 +70,8 @@ public:
     /// Gives everything up, in a later turn.
     void unload();
 
-    /// Shows these recordings, which an earlier run has left, as soon as the person is free.
+    /// Shows these recordings, which an earlier run has left, and those that were put off, as soon as the person is
+    /// free.
     void offer(const QStringList &paths);
     /// For an alert that would lie under it.
     void clearSelectionWindow() { m_selection.clear(); }
@@ -136,6 +137,7 @@ private:
     std::optional<QString> m_tempOutputPath; ///< of the recording under way
     std::optional<RecordingArea> m_lastArea;
     std::vector<ShownRecording> m_unseen; ///< still to be shown
+    std::vector<ShownRecording> m_putOff; ///< whose preview the desktop has closed
     std::shared_ptr<int> m_awaited;       ///< there while somebody waits for the movie of a recording that has ended
     Seconds m_recordingDuration{0};
     bool m_isRecording = false;

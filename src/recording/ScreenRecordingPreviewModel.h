@@ -46,8 +46,10 @@ public:
     /// Ends the player; presses do nothing any more.
     void stop();
 
-    /// Before it is shown.
+    // Before it is shown.
     void setNotice(const QString &notice) { m_notice = notice; }
+    void setMuted(bool isMuted) { m_isMuted = isMuted; }
+
     void setFileName(const QString &name) { m_fileName = name; }
     void toggleMuted();
     void pressChange();

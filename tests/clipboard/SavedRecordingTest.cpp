@@ -2,9 +2,11 @@
 
 #include "ManagerTest.h"
 #include "base/Uuid.h"
+#include "support/Eventually.h"
 
 #include <QRegularExpression>
 
+#include <sys/mount.h>
 #include <sys/stat.h>
 
 namespace tavrine {
@@ -61,11 +63,36 @@ protected:
     /// Saves and answers the lines printed meanwhile.
     QString saveRecording(const std::optional<QString> &name) {
         CaptureStdout();
-        manager->saveRecording(source, name);
+        std::optional<std::optional<QString>> told;
+        manager->saveRecording(source, name, [&told](const auto &target) { told = target; });
+        isTold = told.has_value();
+        EXPECT_TRUE(test::eventually([&] {
+            time.runPending();
+            return told.has_value();
+        }));
+        answer = told.value_or(std::nullopt);
         return QString::fromStdString(GetCapturedStdout());
+    }
+    /// Moves the source to a file system of its own, and gives the folder.
+    std::unique_ptr<QTemporaryDir> sendFarAway(const QByteArray &film) {
+        auto memory = std::make_unique<QTemporaryDir>(str("/dev/shm/tavrine-test-XXXXXX"));
+        source = memory->path() + str("/movie.mp4");
+        write(source, film);
+        struct stat here {};
+        struct stat there {};
+        EXPECT_EQ(stat(QFile::encodeName(home.path()).constData(), &here), 0);
+        EXPECT_EQ(stat(QFile::encodeName(memory->path()).constData(), &there), 0);
+        EXPECT_NE(here.st_dev, there.st_dev);
+        return memory;
+    }
+    /// All files there, by whatever name.
+    [[nodiscard]] QStringList everything() const {
+        return QDir(quickShotsFolder).entryList(QDir::Files | QDir::Hidden, QDir::Name);
     }
 
     QString source = home.path() + str("/tmp/tavrine-rec-1.mp4");
+    std::optional<QString> answer;
+    bool isTold = false; ///< within the call
 };
 
 TEST_F(SavedRecording, isMovedRecordedCopiedShownAndTold) {
@@ -73,6 +100,8 @@ TEST_F(SavedRecording, isMovedRecordedCopiedShownAndTold) {
     movies.setFrame(picture(8, 6));
     EXPECT_EQ(saveRecording(str("Demo")), str("Successfully saved screen recording to QuickShots: ") + target + u'\n');
     EXPECT_EQ(content(target), "the movie");
+    EXPECT_EQ(answer, target);
+    EXPECT_TRUE(isTold); // a new name takes no time
     EXPECT_FALSE(QFile::exists(source));
     ASSERT_EQ(historyContents(), QStringList{str("[Screen Recording] Demo")});
     EXPECT_EQ(manager->history().front().imageFileName, str("Demo.mp4"));
@@ -151,21 +180,64 @@ TEST_F(SavedRecording, goesToTheFolderThatThePersonChose) {
 }
 
 TEST_F(SavedRecording, isCopiedFromAnotherFileSystemAndItsSourceRemoved) {
-    QTemporaryDir memory(str("/dev/shm/tavrine-test-XXXXXX")); // always a file system of its own
-    source = memory.path() + str("/movie.mp4");
-    write(source, "from afar");
-    struct stat here {};
-    struct stat there {};
-    ASSERT_EQ(stat(QFile::encodeName(home.path()).constData(), &here), 0);
-    ASSERT_EQ(stat(QFile::encodeName(memory.path()).constData(), &there), 0);
-    ASSERT_NE(here.st_dev, there.st_dev);
+    const auto memory = sendFarAway("from afar");
     EXPECT_EQ(saveRecording(str("Demo")),
               str("moveItem failed (Invalid cross-device link), falling back to copyItem...\n"
                   "Successfully saved screen recording to QuickShots: ") +
                   quickShotsFolder + str("/Demo.mp4\n"));
     EXPECT_EQ(content(quickShotsFolder + str("/Demo.mp4")), "from afar");
+    EXPECT_FALSE(isTold); // nobody waits for it
+    EXPECT_EQ(answer, quickShotsFolder + str("/Demo.mp4"));
     EXPECT_FALSE(QFile::exists(source));
     EXPECT_EQ(rows().size(), 1U);
+    EXPECT_EQ(everything(), QStringList{str("Demo.mp4")});
+}
+
+TEST_F(SavedRecording, twoOfOneNameOnTheirWayFromAfarAreTwoFiles) {
+    const auto memory = sendFarAway("the first");
+    const QString first = source;
+    int told = 0;
+    CaptureStdout();
+    manager->saveRecording(first, str("Demo"), [&](const auto &) { ++told; });
+    source = memory->path() + str("/second.mp4");
+    write(source, "the second");
+    manager->saveRecording(source, str("Demo"), [&](const auto &) { ++told; });
+    EXPECT_TRUE(test::eventually([&] {
+        time.runPending();
+        return told == 2;
+    }));
+    GetCapturedStdout();
+    ASSERT_EQ(recordings().size(), 2);
+    EXPECT_EQ(content(quickShotsFolder + str("/Demo.mp4")), "the first");
+    EXPECT_EQ(content(quickShotsFolder + u'/' + recordings()[1]), "the second");
+}
+
+TEST_F(SavedRecording, theEndOfTheProgramGivesUpACopyAndLeavesNothingOfIt) {
+    const auto memory = sendFarAway(QByteArray(64 << 20, 'x'));
+    CaptureStdout();
+    manager->saveRecording(source, str("Demo"), [](const auto &) { ADD_FAILURE() << "nobody is there to hear it"; });
+    quit();
+    time.advance(1min);
+    GetCapturedStdout();
+    EXPECT_TRUE(QFile::exists(source));
+    EXPECT_EQ(everything(), QStringList());
+}
+
+TEST_F(SavedRecording, aTargetWithoutRoomKeepsTheSourceAndLeavesNothing) {
+    QTemporaryDir disk;
+    const QByteArray name = QFile::encodeName(disk.path());
+    if (::mount("none", name.constData(), "tmpfs", 0, "size=1m") != 0) {
+        GTEST_LOG_(INFO) << "only root can make a small disk";
+        return;
+    }
+    defaults.set(str("customSaveDirectoryPath"), disk.path());
+    write(source, QByteArray(3 << 20, 'x'));
+    EXPECT_TRUE(
+        saveRecording(str("Demo")).contains(str("Failed to save screen recording file: No space left on device\n")));
+    EXPECT_EQ(answer, std::nullopt);
+    EXPECT_TRUE(QFile::exists(source));
+    EXPECT_EQ(QDir(disk.path()).entryList(QDir::Files | QDir::Hidden), QStringList());
+    EXPECT_TRUE(test::eventually([&] { return ::umount(name.constData()) == 0; }));
 }
 
 TEST_F(SavedRecording, whenItCanBeNeitherMovedNorCopiedItStaysAndNothingIsRecorded) {
@@ -176,6 +248,7 @@ TEST_F(SavedRecording, whenItCanBeNeitherMovedNorCopiedItStaysAndNothingIsRecord
         << qPrintable(printed);
     EXPECT_EQ(printed.count(u'\n'), 2);
     EXPECT_EQ(content(source), "the movie");
+    EXPECT_EQ(answer, std::nullopt);
     EXPECT_TRUE(rows().empty());
     EXPECT_EQ(pasteboard.string(), str("before"));
     EXPECT_TRUE(workspace.shownFiles().isEmpty());

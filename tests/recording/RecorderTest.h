@@ -14,10 +14,10 @@
 #include "adapters/fake/VirtualTime.h"
 #include "recording/ScreenRecorder.h"
 #include "support/Eventually.h"
+#include "support/TestHome.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 
@@ -33,12 +33,10 @@ inline QString text(const char *utf8) {
     return QString::fromUtf8(utf8);
 }
 
-/// The recorder over fakes, in a home of its own and in a time zone that is not UTC: 12:00:00 UTC is 21:00:00 here.
+/// The recorder over fakes.
 class RecorderTest : public testing::Test {
 protected:
     RecorderTest() {
-        qputenv("TZ", "Asia/Tokyo");
-        tzset();
         access.setScreenCaptureGranted(true);
         QDir(home.path()).mkpath(text("Shots"));
         make();
@@ -74,18 +72,27 @@ protected:
                         customFolder = folder;
                         events << text("folder ") + QFileInfo(folder).fileName();
                     },
-                .saveRecording = [this](const QString &path, const QString &name) { save(path, name); },
-                .baseName = [](QString name) { return name.replace(u' ', u'_').replace(u'!', u'_'); }},
+                .saveRecording = [this](const QString &path, const QString &name,
+                                        RecordingPreview::Saving::Then then) { save(path, name, std::move(then)); }},
             ScreenRecorder::Views{});
     }
     /// As the history does it: moves the movie and puts it on the pasteboard.
-    void save(const QString &path, const QString &name) {
+    void save(const QString &path, const QString &name, const RecordingPreview::Saving::Then &then) {
         saved << name;
-        const QString target = *shots + text("/") + savedAs.value_or(name) + text(".mp4");
-        if (!saves || !QFile::rename(path, target))
-            return;
-        pasteboard.clearContents();
-        pasteboard.writeFileUrls({QUrl::fromLocalFile(target)});
+        const auto move = [this, path, name, then] {
+            const QString target = *shots + text("/") + savedAs.value_or(name) + text(".mp4");
+            if (!saves || !QFile::rename(path, target)) {
+                then(std::nullopt);
+                return;
+            }
+            pasteboard.clearContents();
+            pasteboard.writeFileUrls({QUrl::fromLocalFile(target)});
+            then(target);
+        };
+        if (savesSlowly)
+            time.asyncAfter(10s, move);
+        else
+            move();
     }
 
     /// The flow up to the card, with this area.
@@ -135,10 +142,8 @@ protected:
     [[nodiscard]] FakePanelWindows::Window &fake(PanelWindow *window) {
         return *static_cast<FakePanelWindows::Window *>(window);
     }
-    [[nodiscard]] QStringList temporaryFiles() const {
-        return QDir(folders.temporary).entryList(QDir::Files | QDir::Hidden, QDir::Name);
-    }
-    [[nodiscard]] QStringList savedFiles() const { return QDir(*shots).entryList(QDir::Files, QDir::Name); }
+    [[nodiscard]] QStringList temporaryFiles() const { return test::TestHome::filesIn(folders.temporary); }
+    [[nodiscard]] QStringList savedFiles() const { return test::TestHome::filesIn(*shots); }
     QString leftover(const char *name) {
         QDir().mkpath(folders.temporary);
         const QString path = folders.temporary + text("/") + text(name);
@@ -147,11 +152,8 @@ protected:
         return path;
     }
 
-    QTemporaryDir home;
-    Folders folders{.applicationSupport = home.filePath(text(".local/share")),
-                    .home = home.path(),
-                    .documents = home.filePath(text("Documents")),
-                    .temporary = home.filePath(text(".cache/Tavrine/tmp"))};
+    test::TestHome home;
+    Folders folders = home.folders();
     VirtualTime time;
     FakeAccess access;
     FakeScreens screens;
@@ -169,6 +171,7 @@ protected:
     bool isEnabled = true;
     bool mayCapture = true;
     bool saves = true;
+    bool savesSlowly = false; ///< to another disk
     std::optional<QString> shots = home.filePath(text("Shots"));
     std::optional<QString> savedAs; ///< another name than the one that was asked for
     QString customFolder;

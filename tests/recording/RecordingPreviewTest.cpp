@@ -228,6 +228,29 @@ TEST_F(Preview, whatCouldNotBeSavedIsNotMistakenForWhatHasItsName) {
     EXPECT_THAT(copied(), ElementsAre(QUrl::fromLocalFile(path)));
 }
 
+TEST_F(Preview, aMovieOnItsWayToAnotherDiskIsToldAndTheNextIsShownAfterIt) {
+    savesSlowly = true;
+    auto &model = recordAndStop();
+    model.setFileName(text("clip"));
+    recorder->offer({leftover("tavrine-rec-1.mp4")});
+    model.pressCopy();
+    EXPECT_FALSE(recorder->previewWindow());
+    EXPECT_THAT(toasts, ElementsAre(text("Saving the recording…|square.and.arrow.down")));
+    EXPECT_THAT(copied(), IsEmpty());
+    time.advance(10s);
+    EXPECT_EQ(toasts.last(), text("Video Copied to Clipboard!|doc.on.doc.fill"));
+    EXPECT_THAT(copied(), ElementsAre(QUrl::fromLocalFile(shot("clip.mp4"))));
+    EXPECT_TRUE(recorder->previewModel());
+}
+
+TEST_F(Preview, theEndOfTheProgramWhileAMovieIsOnItsWayIsNobodysLoss) {
+    savesSlowly = true;
+    recordAndStop().pressSave();
+    recorder.reset();
+    time.advance(10s);
+    EXPECT_EQ(savedFiles().size(), 1);
+}
+
 TEST_F(Preview, aMutedRecordingIsSavedAsACopyWithoutSound) {
     auto &model = recordAndStop();
     const QString original = model.filePath();
@@ -246,7 +269,7 @@ TEST_F(Preview, aMutedRecordingIsSavedAsACopyWithoutSound) {
     EXPECT_THAT(temporaryFiles(), IsEmpty()); // the one with sound is not wanted any more
 }
 
-TEST_F(Preview, aMutedCopyThatFailsLeavesTheRecordingAsItIs) {
+TEST_F(Preview, aMutedCopyThatFailsLeavesTheRecordingAsItIsAndSaysSo) {
     asset.setCopiesSucceed(false);
     auto &model = recordAndStop();
     model.toggleMuted();
@@ -254,7 +277,9 @@ TEST_F(Preview, aMutedCopyThatFailsLeavesTheRecordingAsItIs) {
     asset.answer();
     time.runPending();
     EXPECT_EQ(savedFiles().size(), 1);
-    EXPECT_EQ(toasts.size(), 1);
+    EXPECT_THAT(toasts, ElementsAre(text("Video Copied to Clipboard!|doc.on.doc.fill"),
+                                    text("The recording couldn't be muted: it has its sound|"
+                                         "exclamationmark.triangle.fill")));
     EXPECT_THAT(temporaryFiles(), IsEmpty());
 }
 
@@ -268,6 +293,7 @@ TEST_F(Preview, aMutedCopyThatCannotBeSavedGoesAndTheRecordingIsShownAgain) {
     time.runPending();
     ASSERT_TRUE(recorder->previewModel());
     EXPECT_EQ(preview().filePath(), original);
+    EXPECT_TRUE(preview().isMuted()); // as the person wanted it
     EXPECT_THAT(temporaryFiles(), ElementsAre(QFileInfo(original).fileName()));
 }
 
@@ -288,6 +314,10 @@ TEST_F(Preview, aWindowThatTheDesktopClosesKeepsTheFile) {
     time.runPending();
     EXPECT_FALSE(recorder->previewWindow());
     EXPECT_TRUE(QFile::exists(path));
+    recorder->offer({}); // as when it is switched on
+    time.runPending();
+    ASSERT_TRUE(recorder->previewModel());
+    EXPECT_EQ(preview().filePath(), path);
 }
 
 // What was recorded and not seen.

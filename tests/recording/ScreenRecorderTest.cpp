@@ -219,6 +219,9 @@ TEST_F(Recorder, unloadingDuringThePreviewClosesItAndKeepsTheFile) {
     EXPECT_FALSE(recorder->previewWindow());
     EXPECT_THAT(temporaryFiles(), testing::SizeIs(1));
     EXPECT_EQ(windows.living(), 0);
+    recorder->offer({}); // it is on again
+    time.runPending();
+    EXPECT_TRUE(recorder->previewModel());
 }
 
 TEST_F(Recorder, theEndOfTheProgramDuringARecordingTakesItsWindows) {

@@ -2,7 +2,6 @@
 
 #include "base/UserDefaults.h"
 #include "clipboard/ClipboardPreferences.h"
-#include "clipboard/SavedRecording.h"
 #include "look/Look.h"
 #include "ports/Folders.h"
 #include "recording/CountdownOverlayView.h"
@@ -56,7 +55,15 @@ ScreenRecorderTool::~ScreenRecorderTool() {
 }
 
 void ScreenRecorderTool::launch(bool isOn) {
-    const QStringList left = isOn ? recordingLeftovers(m_shell.desktop().folders().temporary) : QStringList();
+    if (isOn)
+        showLeftovers();
+}
+
+/// Once: what comes later into their folder is this run's own.
+void ScreenRecorderTool::showLeftovers() {
+    if (std::exchange(m_hasLooked, true))
+        return;
+    const QStringList left = recordingLeftovers(m_shell.desktop().folders().temporary);
     if (left.isEmpty())
         return;
     m_shell.time().asyncAfter(untilLeftoversAreShown, [this, alive = std::weak_ptr(m_alive), left] {
@@ -66,8 +73,13 @@ void ScreenRecorderTool::launch(bool isOn) {
 }
 
 void ScreenRecorderTool::setOn(bool isOn) {
-    if (ScreenRecorder *recorder = m_recorder.ifMade(); recorder && !isOn)
+    ScreenRecorder *const recorder = m_recorder.ifMade();
+    if (recorder && isOn)
+        recorder->offer({}); // what it had not shown yet
+    else if (recorder)
         recorder->unload();
+    if (isOn)
+        showLeftovers();
 }
 
 void ScreenRecorderTool::open(Trigger /*trigger*/) {
@@ -104,9 +116,10 @@ std::unique_ptr<ScreenRecorder> ScreenRecorderTool::makeRecorder() {
             .customSaveDirectoryPath = [this] { return preference::customSaveDirectoryPath.get(m_shell.defaults()); },
             .setCustomSaveDirectoryPath =
                 [this](const QString &folder) { preference::customSaveDirectoryPath.set(m_shell.defaults(), folder); },
-            .saveRecording = [this](const QString &path,
-                                    const QString &name) { m_shell.clipboardManager().saveRecording(path, name); },
-            .baseName = [](const QString &name) { return recordingBaseName(name); }},
+            .saveRecording =
+                [this](const QString &path, const QString &name, RecordingPreview::Saving::Then then) {
+                    m_shell.clipboardManager().saveRecording(path, name, std::move(then));
+                }},
         ScreenRecorder::Views{
             .selection =
                 [&screens](const auto &model) { return new ScreenRecorderSelectionView(model, frozenScreen(screens)); },

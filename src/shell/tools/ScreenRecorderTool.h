@@ -8,7 +8,8 @@ namespace tavrine {
 class ScreenRecorder;
 class Shell;
 
-/// Recordings of the screen. What an earlier run has left of them, it shows a while after the launch.
+/// Recordings of the screen. What an earlier run has left of them, it shows a while after the launch, or after it was
+/// switched on.
 class ScreenRecorderTool final : public Tool {
 public:
     static constexpr Seconds untilLeftoversAreShown{2.0}; ///< the person sees the desktop first
@@ -27,11 +28,13 @@ public:
     [[nodiscard]] ScreenRecorder *recorderIfMade() const { return m_recorder.ifMade(); }
 
 private:
+    void showLeftovers();
     [[nodiscard]] ScreenRecorder &recorder();
     [[nodiscard]] std::unique_ptr<ScreenRecorder> makeRecorder();
 
     Shell &m_shell;
     MadeOnce<ScreenRecorder> m_recorder;
+    bool m_hasLooked = false; ///< for leftovers
     std::shared_ptr<int> m_alive = std::make_shared<int>();
 };
 

@@ -165,12 +165,55 @@ TEST_F(ScreenRecorderToolTest, whatACrashHasLeftIsShownAfterTheLaunch) {
     EXPECT_FALSE(QFile::exists(left));
 }
 
-TEST_F(ScreenRecorderToolTest, whileItIsOffWhatWasLeftStays) {
+TEST_F(ScreenRecorderToolTest, allThatWasLeftIsShownAtOneStartOneAfterTheOther) {
+    for (const char *name : {"tavrine-rec-1.mp4", "tavrine-rec-2.mp4", "tavrine-rec-3.mp4"})
+        leave(name);
+    launchProgram(2s);
+    QStringList shown;
+    while (recorder().previewModel() && shown.size() < 4) {
+        shown << QFileInfo(recorder().previewModel()->filePath()).fileName();
+        if (shown.size() % 2 == 0)
+            recorder().previewModel()->pressSave();
+        else
+            recorder().previewModel()->pressDelete();
+        time.runPending();
+    }
+    shown.sort();
+    EXPECT_EQ(shown, (QStringList{text("tavrine-rec-1.mp4"), text("tavrine-rec-2.mp4"), text("tavrine-rec-3.mp4")}));
+}
+
+TEST_F(ScreenRecorderToolTest, whatWasNotSeenIsShownAgainWhenItIsSwitchedOffAndOn) {
+    leave("tavrine-rec-1.mp4");
+    leave("tavrine-rec-2.mp4");
+    launchProgram(2s);
+    const QString first = recorder().previewModel()->filePath();
+    set(Feature::screenRecorder, false);
+    time.advance(1s);
+    EXPECT_FALSE(recorder().previewModel());
+    set(Feature::screenRecorder, true);
+    time.advance(1s);
+    QStringList shown;
+    while (recorder().previewModel() && shown.size() < 3) {
+        shown << recorder().previewModel()->filePath();
+        recorder().previewModel()->pressDelete();
+        time.runPending();
+    }
+    EXPECT_EQ(shown.size(), 2);
+    EXPECT_TRUE(shown.contains(first));
+}
+
+TEST_F(ScreenRecorderToolTest, whileItIsOffWhatWasLeftStaysAndIsShownOnceItIsOn) {
     defaults.set(text("featureScreenRecorder"), false);
     const QString left = leave("tavrine-rec-0B7E6A1C.mp4");
+    const QString begun = leave("tavrine-rec-BEGUN.mp4", QByteArray::fromHex("00000008667479700000100866726565"));
     launchProgram(1min);
     EXPECT_FALSE(tool().recorderIfMade());
     EXPECT_TRUE(QFile::exists(left));
+    set(Feature::screenRecorder, true);
+    time.advance(3s);
+    ASSERT_TRUE(tool().recorderIfMade());
+    EXPECT_EQ(recorder().previewModel()->filePath(), left);
+    EXPECT_FALSE(QFile::exists(begun)); // there is no picture in it
 }
 
 } // namespace
