@@ -14,13 +14,13 @@
 #include "capture/SnipFlow.h"
 #include "ports/Keychain.h"
 #include "support/Eventually.h"
+#include "support/TestHome.h"
 #include "upload/CustomUploadManager.h"
 #include "upload/FakeWorker.h"
 #include "upload/Uploads.h"
 
 #include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 
@@ -57,12 +57,10 @@ public:
     void cancel() {} // no call of this one waits
 };
 
-/// The capture tool over fakes and a home of its own, in a time zone that is not UTC: 12:00:00 UTC is 21:00:00 here.
+/// The capture tool over fakes.
 class SnipTest : public testing::Test {
 protected:
     SnipTest() {
-        qputenv("TZ", "Asia/Tokyo");
-        tzset();
         QDir(home.path()).mkpath(text("Documents"));
         snipper.setOnSnipComplete([this](const QImage &image) {
             captured.append(image);
@@ -116,9 +114,7 @@ protected:
     [[nodiscard]] QString documents(const char *name = "") {
         return folders.documents + text("/tavrine") + (*name ? text("/") + text(name) : QString());
     }
-    [[nodiscard]] static QStringList filesIn(const QString &folder) {
-        return QDir(folder).entryList(QDir::Files | QDir::Hidden, QDir::Name);
-    }
+    [[nodiscard]] static QStringList filesIn(const QString &folder) { return test::TestHome::filesIn(folder); }
     [[nodiscard]] QStringList temporaryFiles() { return filesIn(folders.temporary); }
     [[nodiscard]] FakeTaskLauncher::FakeTask &tool(qsizetype index) { return *launcher.tasks().at(index); }
     [[nodiscard]] std::string outputOf(const std::function<void()> &action) {
@@ -127,11 +123,8 @@ protected:
         return testing::internal::GetCapturedStdout();
     }
 
-    QTemporaryDir home;
-    Folders folders{.applicationSupport = home.filePath(text(".local/share")),
-                    .home = home.path(),
-                    .documents = home.filePath(text("Documents")),
-                    .temporary = home.filePath(text(".cache/Tavrine/tmp"))};
+    test::TestHome home;
+    Folders folders = home.folders();
     VirtualTime time;
     NotificationCenter center;
     UserDefaults defaults{home.filePath(text("defaults.plist")), time, center};
