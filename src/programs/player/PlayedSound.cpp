@@ -1,14 +1,13 @@
 #include "programs/player/PlayedSound.h"
 
-#include "adapters/linux/HelperLines.h"
 #include "adapters/linux/PlayerProtocol.h"
+#include "programs/player/Commands.h"
 #include "programs/player/Music.h"
 #include "programs/player/Reports.h"
 #include "programs/player/SoundServer.h"
 #include "programs/player/Walls.h"
 
 #include <array>
-#include <cerrno>
 #include <cstdlib>
 
 #include <sys/eventfd.h>
@@ -71,13 +70,7 @@ private:
     }
 
     void readCommands() {
-        std::array<char, 256> bytes{};
-        const ssize_t count = ::read(STDIN_FILENO, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR)
-            return;
-        if (count <= 0) // whoever started us has gone
-            std::_Exit(EXIT_SUCCESS);
-        for (const std::string &line : m_lines.take({bytes.data(), static_cast<std::size_t>(count)}))
+        for (const std::string &line : m_commands.read())
             if (const auto loops = playerProtocol::loopsIn(line))
                 play(*loops);
     }
@@ -108,7 +101,7 @@ private:
     SoundServer m_server{m_loop};
     int m_wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     Music m_music;
-    HelperLines m_lines;
+    Commands m_commands;
     std::array<Watched, 2> m_works{};
     int m_count = 0;
 };

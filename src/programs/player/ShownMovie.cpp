@@ -1,7 +1,7 @@
 #include "programs/player/ShownMovie.h"
 
-#include "adapters/linux/HelperLines.h"
 #include "adapters/linux/PlayerProtocol.h"
+#include "programs/player/Commands.h"
 #include "programs/player/Doors.h"
 #include "programs/player/Movie.h"
 #include "programs/player/Reports.h"
@@ -95,13 +95,7 @@ private:
     }
 
     void readCommands() {
-        std::array<char, 256> bytes{};
-        const ssize_t count = ::read(STDIN_FILENO, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR)
-            return;
-        if (count <= 0) // whoever started us has gone
-            std::_Exit(EXIT_SUCCESS);
-        for (const std::string &line : m_lines.take({bytes.data(), static_cast<std::size_t>(count)}))
+        for (const std::string &line : m_commands.read())
             if (const auto command = playerProtocol::movieCommandIn(line))
                 obey(*command);
     }
@@ -121,7 +115,7 @@ private:
 
     int m_wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     int m_signs = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK);
-    HelperLines m_lines;
+    Commands m_commands;
     Movie m_movie{{.ready = [] { say({Report::Kind::ready}); },
                    .failed =
                        [](bool isOutputToBlame, const std::string &words) {
