@@ -251,12 +251,17 @@ TEST_F(RecorderProcessTest, twentyMinutesWithoutSoundAreSilenceInNoTime) {
     EXPECT_NEAR(packets.back().start, 1200.1, 0.1);
 }
 
-TEST_F(RecorderProcessTest, aTrackOfSoundThatNeverCameIsLeftOut) {
+TEST_F(RecorderProcessTest, aTrackOfSoundThatNeverCameStaysEmpty) {
     begin(true);
     appendSecondsOfPictures(0.2);
     ASSERT_TRUE(finish(200ms));
     EXPECT_EQ(writer->status(), MovieWriterStatus::completed);
-    EXPECT_EQ(streamsOf(path).size(), 1);
+    expectPlayable(12);
+    ASSERT_EQ(streamsOf(path).size(), 2);
+    const QJsonObject sound = streamsOf(path).value(1);
+    EXPECT_EQ(sound[QLatin1String("codec_name")].toString(), text("aac"));
+    EXPECT_EQ(sound[QLatin1String("nb_frames")].toString(text("0")), text("0"));
+    EXPECT_TRUE(packetsOf(path, "a").empty());
 }
 
 TEST_F(RecorderProcessTest, theFirstPictureCanBePlayedBeforeTheSecondComes) {

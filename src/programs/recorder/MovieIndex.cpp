@@ -344,13 +344,14 @@ std::string openMovie(const MovieFormat &format) {
 std::string wholeMovie(const MovieFormat &format, const SampleTables &tables, std::uint64_t soundLength) {
     const std::uint64_t pictures =
         std::accumulate(tables.pictureDurations.begin(), tables.pictureDurations.end(), std::uint64_t(0));
-    const bool hasSound = format.sound && !tables.packetSizes.empty();
     const std::uint64_t packets = tables.packetSizes.size();
     std::optional<Track> sound;
-    if (hasSound) {
+    if (format.sound) {
         const auto priming = static_cast<std::uint64_t>(format.sound->priming);
         const std::uint64_t most = packets * samplesPerPacket;
         sound = soundTrackOf(*format.sound, packets, std::min(soundLength, most > priming ? most - priming : 0));
+        if (packets == 0) // nothing of an empty track can be skipped
+            sound->skipped = 0;
     }
     BoxWriter out;
     out.box("moov", [&] {
