@@ -9,6 +9,22 @@
 #include <utility>
 
 namespace tavrine {
+namespace {
+
+/// A row shows a square out of the middle, of 56 points, on screens of up to three pixels a point.
+constexpr int leastShortEdge = 3 * 56;
+constexpr int mostLongEdge = 4096; ///< of a strip, however thin it is
+
+/// The longest edge that a frame of this size should have been asked for: a strip that was made smaller to
+/// `longestEdge` shows less in a row than it has.
+int edgeForARow(QSize size, int longestEdge) {
+    const int shortEdge = std::max(1, std::min(size.width(), size.height()));
+    if (std::max(size.width(), size.height()) < longestEdge || shortEdge >= leastShortEdge)
+        return longestEdge;
+    return std::clamp(longestEdge * leastShortEdge / shortEdge, longestEdge, mostLongEdge);
+}
+
+} // namespace
 
 RecordingThumbnails::RecordingThumbnails(MediaStore &media, MovieAsset &movies,
                                          std::function<void(const QString &fileName)> onMade)
@@ -45,25 +61,37 @@ void RecordingThumbnails::makeNext() {
     m_making = std::make_shared<QString>(std::move(m_wanted.front()));
     m_wanted.pop_front();
     const QString path = m_media.filePath(*m_making).value_or(QString());
-    const Stamp stamp = stampOf(path);
-    m_movies.firstFrame(path, MediaStore::thumbnailMaxPixelSize,
-                        [this, path, stamp, wanted = std::weak_ptr(m_making)](const std::optional<QImage> &frame) {
-                            const auto making = wanted.lock(); // we are there as long as it is
-                            if (!making || making != m_making)
-                                return;
-                            const QString fileName = *making;
-                            m_making.reset();
-                            if (!frame && m_failed.size() >= mostFailed)
-                                m_failed.clear();
-                            if (!frame)
-                                m_failed.insert(fileName, stamp);
-                            const bool isMade = frame && stampOf(path) == stamp; // it may have been removed meanwhile
-                            if (isMade)
-                                m_media.cacheThumbnail(*frame, fileName);
-                            makeNext();
-                            if (isMade)
-                                m_onMade(fileName);
-                        });
+    make(path, stampOf(path), MediaStore::thumbnailMaxPixelSize);
+}
+
+void RecordingThumbnails::make(const QString &path, const Stamp &stamp, int longestEdge) {
+    const auto answer = [this, path, stamp, longestEdge, wanted = std::weak_ptr(m_making)](const auto &frame) {
+        const auto making = wanted.lock(); // we are there as long as it is
+        if (!making || making != m_making)
+            return;
+        const bool isFirst = longestEdge == MediaStore::thumbnailMaxPixelSize;
+        const int edge = frame && isFirst ? edgeForARow(frame->size(), longestEdge) : longestEdge;
+        if (edge > longestEdge)
+            make(path, stamp, edge);
+        else
+            made(path, stamp, frame);
+    };
+    m_movies.firstFrame(path, longestEdge, answer);
+}
+
+void RecordingThumbnails::made(const QString &path, const Stamp &stamp, const std::optional<QImage> &frame) {
+    const QString fileName = *m_making;
+    m_making.reset();
+    if (!frame && m_failed.size() >= mostFailed)
+        m_failed.clear();
+    if (!frame)
+        m_failed.insert(fileName, stamp);
+    const bool isMade = frame && stampOf(path) == stamp; // it may have been removed meanwhile
+    if (isMade)
+        m_media.cacheThumbnail(*frame, fileName);
+    makeNext();
+    if (isMade)
+        m_onMade(fileName);
 }
 
 } // namespace tavrine

@@ -2,11 +2,13 @@
 
 #include <QDateTime>
 #include <QHash>
+#include <QImage>
 #include <QString>
 
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace tavrine {
 
@@ -41,6 +43,8 @@ private:
     [[nodiscard]] static Stamp stampOf(const QString &path);
 
     void makeNext();
+    void make(const QString &path, const Stamp &stamp, int longestEdge);
+    void made(const QString &path, const Stamp &stamp, const std::optional<QImage> &frame);
 
     static constexpr qsizetype mostFailed = 1000;
 

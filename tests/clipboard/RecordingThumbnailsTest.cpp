@@ -52,6 +52,23 @@ TEST_F(RecordingThumbnailsTest, itHasFourHundredAndEightyPixelsAtMostAsThoseOfIm
     EXPECT_EQ(paint("A.mp4")->size(), QSize(480, 270));
 }
 
+TEST_F(RecordingThumbnailsTest, aStripKeepsAsMuchOfItsShortEdgeAsARowShows) {
+    for (const auto &[size, kept] :
+         {std::pair(QSize(1920, 60), QSize(1920, 60)), // all of it
+          std::pair(QSize(3840, 400), QSize(1612, 168)), std::pair(QSize(60, 1920), QSize(60, 1920)),
+          std::pair(QSize(8000, 20), QSize(4096, 10)), std::pair(QSize(300, 10), QSize(300, 10)),
+          std::pair(QSize(1371, 480), QSize(480, 168))}) {
+        quit();
+        start();
+        movies.setFrame(picture(size.width(), size.height()));
+        record("A.mp4");
+        static_cast<void>(paint("A.mp4"));
+        movies.answerAll();
+        ASSERT_TRUE(paint("A.mp4"));
+        EXPECT_EQ(paint("A.mp4")->size(), kept) << size.width();
+    }
+}
+
 TEST_F(RecordingThumbnailsTest, moviesAreLookedIntoOneAtATimeTheLastAskedForFirst) {
     for (const char *name : {"A.mp4", "B.mov", "C.mp4"}) {
         record(name);
