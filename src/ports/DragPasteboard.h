@@ -14,7 +14,9 @@ namespace tavrine {
 ///  3. `isDragging` is true from the moment a drag is known until its button is released, it is cancelled, or its
 ///  program
 ///     is gone. A stroke that drags no data, as over text, a slider or a title bar, never makes it true.
-///  4. None of the calls waits for another program.
+///  4. A drag that began in this program counts and is held like any other, but `isDragging` speaks of other programs:
+///     it is false meanwhile.
+///  5. None of the calls waits for another program.
 class DragPasteboard {
 public:
     virtual ~DragPasteboard() = default;

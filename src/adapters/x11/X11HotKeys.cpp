@@ -1,5 +1,6 @@
 #include "adapters/x11/X11HotKeys.h"
 
+#include "adapters/x11/OwnWindows.h"
 #include "adapters/x11/X11KeyGrabs.h"
 #include "base/VirtualKeys.h"
 
@@ -14,12 +15,6 @@ using namespace std::chrono_literals;
 
 // Twice what the thread waits for the server's answer; the registration goes on without the main thread.
 constexpr auto longestWait = 400ms;
-
-/// The base of the numbers of this program's windows; 0 where it has none.
-quint32 ownWindows() {
-    const auto *x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-    return x11 && x11->connection() ? xcb_get_setup(x11->connection())->resource_id_base : 0U;
-}
 
 } // namespace
 

@@ -1,5 +1,7 @@
 #include "adapters/x11/X11MouseEvents.h"
 
+#include "adapters/x11/PressedPointers.h"
+
 #include <QGuiApplication>
 #include <QWindow>
 
@@ -134,24 +136,11 @@ void X11MouseEvents::onButton(quint16 device, quint32 button, bool isPress, quin
 
 /// What is pressed when the watching begins.
 void X11MouseEvents::takePointers() {
-    auto *const connection = m_client->connection();
     m_pointers.clear();
-    const auto devices = m_client->link().reply<xcb_input_xi_query_device_reply_t>(
-        xcb_input_xi_query_device(connection, XCB_INPUT_DEVICE_ALL_MASTER));
-    if (!devices)
-        return;
-    for (auto device = xcb_input_xi_query_device_infos_iterator(devices.get()); device.rem > 0;
-         xcb_input_xi_device_info_next(&device)) {
-        if (device.data->type != XCB_INPUT_DEVICE_TYPE_MASTER_POINTER)
-            continue;
-        const auto answer = m_client->link().reply<xcb_input_xi_query_pointer_reply_t>(
-            xcb_input_xi_query_pointer(connection, m_client->root(), device.data->deviceid));
-        Pointer &pointer = m_pointers[device.data->deviceid];
-        if (answer && answer->buttons_len > 0)
-            pointer.buttons = *xcb_input_xi_query_pointer_buttons(answer.get()) & ~wheelButtons;
-        if (pointer.buttons != 0 && m_ownPressCount > 0 && QGuiApplication::mouseButtons() != Qt::NoButton)
-            pointer.press = m_ownPresses[(m_ownPressCount - 1) % m_ownPresses.size()];
-    }
+    const bool isDownHere = m_ownPressCount > 0 && QGuiApplication::mouseButtons() != Qt::NoButton;
+    for (const auto &[device, buttons] : pressedPointers(m_client->link()))
+        m_pointers[device] = {.buttons = buttons,
+                              .press = isDownHere ? m_ownPresses[(m_ownPressCount - 1) % m_ownPresses.size()] : 0U};
 }
 
 void X11MouseEvents::onDrained() {

@@ -1,0 +1,269 @@
+// Drags by programs that behave badly, or as the toolkits do.
+
+#include "adapters/x11/X11DragPasteboard.h"
+
+#include "adapters/x11/DragQuestion.h"
+#include "adapters/x11/DragWatch.h"
+#include "adapters/x11/TestOwner.h"
+#include "support/Eventually.h"
+#include "support/PrivateScreen.h"
+#include "support/TestKeyboard.h"
+
+#include <gtest/gtest.h>
+
+namespace tavrine::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+const QByteArray files = "file:///home/somebody/a.txt\r\n";
+
+class X11DragPasteboardTest : public ::testing::Test {
+protected:
+    X11DragPasteboardTest() {
+        hand.movePointer(5, 5);
+        watch();
+    }
+    ~X11DragPasteboardTest() override { hand.release(1); }
+    void watch() {
+        pasteboard = X11DragPasteboards().watch();
+        pasteboard->setOnChange([this] { ++changes; });
+        letPass(60ms); // it has connected
+    }
+    bool isDragging() {
+        return eventually([this] { return pasteboard->isDragging(); });
+    }
+    bool areFiles() {
+        return eventually([this] { return pasteboard->holdsFileReference(); });
+    }
+    bool isOver() {
+        return eventually([this] { return !pasteboard->isDragging(); });
+    }
+    /// The next drag is seen as ever.
+    void expectItWorks() {
+        TestOwner other("XdndSelection");
+        hand.press(1);
+        other.own({{"text/uri-list", {.bytes = files}}});
+        EXPECT_TRUE(isDragging());
+        EXPECT_TRUE(areFiles());
+        hand.release(1);
+        EXPECT_TRUE(isOver());
+    }
+
+    testing::TestKeyboard hand;
+    TestOwner owner{"XdndSelection"};
+    std::unique_ptr<DragPasteboard> pasteboard;
+    int changes = 0;
+    int moves = 0;
+};
+
+TEST_F(X11DragPasteboardTest, whoTakesTheSelectionWithoutAPressDragsNothing) {
+    owner.own({{"text/uri-list", {.bytes = files}}});
+    letPass(100ms);
+    EXPECT_EQ(changes, 0);
+    EXPECT_EQ(owner.requestCount(), 0);
+    expectItWorks();
+}
+
+TEST_F(X11DragPasteboardTest, anOwnerThatNeverAnswersHoldsNothingAndIsAskedOnce) {
+    hand.press(1);
+    owner.own({}, Answer::silent());
+    ASSERT_TRUE(isDragging());
+    for (int i = 0; i < 200; ++i)
+        hand.movePointer(100 + i, 100);
+    letPass(300ms);
+    EXPECT_FALSE(pasteboard->holdsFileReference());
+    EXPECT_EQ(owner.requestCount(), 1);
+    hand.release(1);
+    EXPECT_TRUE(isOver());
+    expectItWorks();
+}
+
+TEST_F(X11DragPasteboardTest, rubbishIsNoFile) {
+    const Answer rubbish[] = {
+        {.bytes = QByteArray(1'000'000, 'x')},
+        {.bytes = QByteArray(4000, '\0'), .type = "ATOM", .format = 32},
+        {.bytes = {}, .type = "ATOM", .format = 32},
+        {.bytes = "abc", .type = "STRING", .format = 16},
+        {.manner = Answer::Manner::piecemeal, .bytes = QByteArray(1000, 'y'), .isEndless = true},
+        Answer::refused(),
+    };
+    for (const Answer &each : rubbish) {
+        hand.press(1);
+        owner.own({{"text/uri-list", {.bytes = files}}}, each);
+        EXPECT_TRUE(isDragging());
+        letPass(100ms);
+        EXPECT_FALSE(pasteboard->holdsFileReference());
+        hand.release(1);
+        EXPECT_TRUE(isOver());
+    }
+    expectItWorks();
+}
+
+TEST_F(X11DragPasteboardTest, linksAreNoFiles) {
+    hand.press(1);
+    owner.own({{"text/uri-list", {.bytes = "# a comment: file:///a\r\nhttps://example.org/\r\n"}}});
+    ASSERT_TRUE(isDragging());
+    ASSERT_TRUE(eventually([this] { return owner.requestCount("text/uri-list") == 1; }));
+    letPass(200ms);
+    EXPECT_FALSE(pasteboard->holdsFileReference());
+}
+
+TEST_F(X11DragPasteboardTest, aFileBehindALinkIsAFile) {
+    hand.press(1);
+    owner.own({{"text/uri-list", {.bytes = "https://example.org/\r\nFILE:///a\n"}}});
+    EXPECT_TRUE(areFiles());
+}
+
+TEST_F(X11DragPasteboardTest, aListThatIsGivenOnlyAtTheDropCountsByItsName) {
+    for (const Answer &answer : {Answer::refused(), Answer::silent()}) {
+        hand.press(1);
+        owner.own({{"text/uri-list", answer}});
+        EXPECT_TRUE(areFiles());
+        hand.release(1);
+        EXPECT_TRUE(isOver());
+    }
+}
+
+TEST_F(X11DragPasteboardTest, aListThatComesPiecemealIsTakenToItsEnd) {
+    QByteArray many;
+    for (int i = 0; i < 20'000; ++i)
+        many += "file:///home/somebody/" + QByteArray::number(i) + "\r\n";
+    hand.press(1);
+    owner.own({{"text/uri-list", {.manner = Answer::Manner::piecemeal, .bytes = many}}});
+    EXPECT_TRUE(areFiles());
+    EXPECT_TRUE(eventually([&] { return owner.pieceCount() >= many.size() / 65536; }));
+}
+
+TEST_F(X11DragPasteboardTest, anEndlessListCostsLittle) {
+    hand.press(1);
+    const Answer endless{.manner = Answer::Manner::piecemeal, .bytes = QByteArray(1'000'000, 'z'), .isEndless = true};
+    owner.own({{"text/uri-list", endless}});
+    ASSERT_TRUE(isDragging());
+    EXPECT_TRUE(eventually([&] { return owner.pieceCount() >= 100; }));
+    hand.release(1);
+    EXPECT_TRUE(isOver());
+    letPass(50ms);
+    const int pieces = owner.pieceCount();
+    letPass(100ms);
+    EXPECT_LE(owner.pieceCount(), pieces + 1);
+    expectItWorks();
+}
+
+TEST_F(X11DragPasteboardTest, aProgramThatEndsHasEndedItsDrag) {
+    hand.press(1);
+    owner.own({{"text/uri-list", {.bytes = files}}});
+    ASSERT_TRUE(areFiles());
+    owner.end();
+    EXPECT_TRUE(isOver());
+    hand.release(1);
+}
+
+TEST_F(X11DragPasteboardTest, anOwnerWithoutItsWindowHasEndedItsDrag) {
+    hand.press(1);
+    owner.own({{"text/uri-list", {.bytes = files}}});
+    ASSERT_TRUE(areFiles());
+    owner.destroyWindow();
+    EXPECT_TRUE(isOver());
+}
+
+TEST_F(X11DragPasteboardTest, escapeEndsADragWhoeverHoldsTheKeyboard) {
+    hand.press(1);
+    owner.own({{"text/uri-list", {.bytes = files}}});
+    ASSERT_TRUE(areFiles());
+    ASSERT_TRUE(hand.grabKeyboard());
+    hand.tap(testing::key::v);
+    letPass(60ms);
+    EXPECT_TRUE(pasteboard->isDragging());
+    hand.tap(testing::key::escape);
+    EXPECT_TRUE(isOver());
+    hand.ungrabKeyboard();
+}
+
+TEST_F(X11DragPasteboardTest, theWheelAndASecondButtonDoNotEndADrag) {
+    ASSERT_TRUE(hand.grabPointer());
+    hand.press(1);
+    owner.own({{"text/uri-list", {.bytes = files}}});
+    ASSERT_TRUE(areFiles());
+    for (const int button : {4, 5, 3}) {
+        hand.press(button);
+        hand.release(button);
+    }
+    letPass(60ms);
+    EXPECT_TRUE(pasteboard->isDragging());
+    hand.release(1);
+    EXPECT_TRUE(isOver());
+    hand.ungrabPointer();
+}
+
+TEST_F(X11DragPasteboardTest, aClientThatTakesTheSelectionOverAndOverIsFollowedAFewTimes) {
+    hand.press(1);
+    owner.ownAndEndRepeatedly(1000);
+    letPass(100ms);
+    EXPECT_LE(pasteboard->changeCount(), DragWatch::mostNotices);
+    hand.release(1);
+    letPass(60ms);
+    EXPECT_FALSE(pasteboard->isDragging());
+    expectItWorks();
+}
+
+TEST_F(X11DragPasteboardTest, withoutAPressSuchAClientIsNoDrag) {
+    owner.ownAndEndRepeatedly(1000);
+    letPass(100ms);
+    EXPECT_EQ(changes, 0);
+    expectItWorks();
+}
+
+TEST_F(X11DragPasteboardTest, whatIsNamedLikeQtIsAskedAtMotionsFortyTimesAtMost) {
+    owner.own({});
+    XcbLink link(XcbLink::forEver);
+    const QByteArray name = "Qt Selection Owner for somebody";
+    xcb_change_property(link.connection(), XCB_PROP_MODE_REPLACE, link.selectionOwner(link.atom("XdndSelection")),
+                        XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, static_cast<quint32>(name.size()), name.constData());
+    ASSERT_TRUE(link.finish());
+    hand.press(1);
+    owner.own({{"text/uri-list", Answer::refused()}}, Answer::refused());
+    ASSERT_TRUE(isDragging());
+    EXPECT_TRUE(eventually([&] {
+        hand.movePointer(100 + ++moves % 500, 100);
+        return owner.requestCount() == DragQuestion::mostTries;
+    }));
+    for (int i = 0; i < 100; ++i)
+        hand.movePointer(100 + i, 100);
+    letPass(200ms);
+    EXPECT_EQ(owner.requestCount("text/uri-list"), DragQuestion::mostTries);
+    EXPECT_EQ(owner.requestCount("TARGETS"), 0);
+}
+
+TEST_F(X11DragPasteboardTest, anotherConnectionIsMadeWhenTheServerWasLost) {
+    pasteboard.reset();
+    auto first = std::make_unique<testing::PrivateScreen>();
+    watch();
+    {
+        testing::TestKeyboard there;
+        there.movePointer(5, 5);
+        TestOwner ownerThere("XdndSelection");
+        there.press(1);
+        ownerThere.own({{"text/uri-list", {.bytes = files}}});
+        ASSERT_TRUE(areFiles());
+        first->end();
+        EXPECT_TRUE(isOver());
+        EXPECT_FALSE(pasteboard->holdsFileReference());
+    }
+    const testing::PrivateScreen second;
+    letPass(1100ms);
+    testing::TestKeyboard there;
+    TestOwner ownerThere("XdndSelection");
+    EXPECT_TRUE(eventually([&] { // it tries after a while
+        there.release(1);
+        letPass(20ms);
+        there.press(1);
+        ownerThere.own({{"text/uri-list", {.bytes = files}}});
+        letPass(100ms);
+        return pasteboard->isDragging();
+    }));
+    pasteboard.reset();
+}
+
+} // namespace
+} // namespace tavrine::test
