@@ -3,7 +3,7 @@
 #include "adapters/fake/FakeDragPasteboard.h"
 #include "adapters/fake/VirtualTime.h"
 #include "adapters/x11/TestOwner.h"
-#include "adapters/x11/X11DragPasteboard.h"
+#include "adapters/x11/X11DragPasteboards.h"
 #include "support/Eventually.h"
 #include "support/TestKeyboard.h"
 

@@ -1,6 +1,6 @@
 // Drags by programs that behave badly, or as the toolkits do.
 
-#include "adapters/x11/X11DragPasteboard.h"
+#include "adapters/x11/X11DragPasteboards.h"
 
 #include "adapters/x11/DragQuestion.h"
 #include "adapters/x11/DragWatch.h"

@@ -1,4 +1,4 @@
-#include "adapters/x11/X11DragPasteboard.h"
+#include "adapters/x11/X11DragPasteboards.h"
 
 #include "adapters/x11/DragWatch.h"
 #include "adapters/x11/OwnWindows.h"
