@@ -1,6 +1,7 @@
 // Icons and small pictures of files, under one contract over the fake and over the desktop's theme.
 #include "adapters/fake/FakeFileIcons.h"
 #include "adapters/fake/VirtualTime.h"
+#include "adapters/linux/DrawnFileIcon.h"
 #include "adapters/linux/ThemeFileIcons.h"
 #include "adapters/linux/ThumbnailReader.h"
 #include "support/Eventually.h"
@@ -33,6 +34,10 @@ QImage photo(int width, int height) {
 
 class Files : public testing::Test {
 protected:
+    Files() { // where there is no desktop
+        QIcon::setThemeSearchPaths({text("/usr/share/icons")});
+        QIcon::setThemeName({});
+    }
     [[nodiscard]] QString path(const char *name) const { return m_folder.filePath(text(name)); }
     QString write(const char *name, const QByteArray &data) {
         QFile file(path(name));
@@ -172,6 +177,16 @@ TEST_F(ThemeFileIconsTest, aFolderAndAProgramAreKnownWhateverTheirNames) {
     write("program", "text");
     ASSERT_EQ(::chmod(QFile::encodeName(path("program")).constData(), 0755), 0);
     EXPECT_NE(icon(path("program")), plain);
+}
+
+TEST_F(ThemeFileIconsTest, theThemesIconsAreShown) {
+    const QImage drawn = drawnFileIcon(text("text-x-generic"), 48);
+    EXPECT_NE(icon(text("/a/b.txt")), drawn);
+    EXPECT_EQ(icon(text("/a/b.txt")), QIcon::fromTheme(text("text-x-generic")).pixmap(QSize(48, 48), 1).toImage());
+    QIcon::setThemeSearchPaths({text("/nowhere")});
+    themes.icons = text("nobody has this theme");
+    letPass(10ms); // another turn
+    EXPECT_EQ(icon(text("/a/b.txt")), drawnFileIcon(text("text-plain"), 48));
 }
 
 TEST_F(ThemeFileIconsTest, theKindIsToldByTheWholeEnding) {

@@ -1,0 +1,97 @@
+#include "shelf/DropDetectionView.h"
+
+#include "base/Print.h"
+#include "base/Time.h"
+#include "ports/Dragging.h"
+#include "shelf/NotchViewModel.h"
+#include "shelf/ShelfDrop.h"
+
+#include <QDragEnterEvent>
+#include <QMimeData>
+
+#include <algorithm>
+
+namespace tavrine {
+namespace {
+
+/// Files, addresses, pictures and texts in all their forms. Browsers give a picture's bytes without saying that it is
+/// one.
+bool mayBeKept(const QMimeData &data) {
+    const QStringList formats = data.formats();
+    return std::any_of(formats.begin(), formats.end(), [](const QString &format) {
+        return format.startsWith(QStringLiteral("text/")) || format.startsWith(QStringLiteral("image/")) ||
+               format == QStringLiteral("application/rtf") || format == QStringLiteral("application/octet-stream") ||
+               format == QStringLiteral("application/x-qt-image");
+    });
+}
+
+/// The shelf never takes a thing away from where it was, whatever the other program proposes.
+void answerCopy(QDropEvent &event) {
+    event.setDropAction(Qt::CopyAction);
+    event.accept();
+}
+
+} // namespace
+
+DropDetectionView::DropDetectionView(NotchViewModel &viewModel, Time &time, Dragging &dragging, QWidget *parent)
+    : QWidget(parent), m_viewModel(&viewModel), m_time(time), m_dragging(dragging) {
+    setAcceptDrops(true);
+}
+
+void DropDetectionView::setContent(QWidget *shelf) {
+    delete m_content.data();
+    m_content = shelf;
+    shelf->setParent(this);
+    shelf->setGeometry(rect());
+    shelf->show();
+    setFocusProxy(shelf);
+}
+
+void DropDetectionView::resizeEvent(QResizeEvent *event) {
+    QWidget::resizeEvent(event);
+    if (m_content)
+        m_content->setGeometry(rect());
+}
+
+void DropDetectionView::setTargetActive(bool isActive) {
+    m_time.async(this, [this, isActive] {
+        if (!m_viewModel)
+            return;
+        m_viewModel->setDragTargetActive(isActive);
+        if (isActive)
+            m_viewModel->setHovering(true);
+    });
+}
+
+void DropDetectionView::dragEnterEvent(QDragEnterEvent *event) {
+    if (!mayBeKept(*event->mimeData()))
+        return;
+    printLine(QStringLiteral("[NotchShelf] Drag entered!"));
+    setTargetActive(true);
+    answerCopy(*event);
+}
+
+void DropDetectionView::dragMoveEvent(QDragMoveEvent *event) {
+    answerCopy(*event);
+}
+
+void DropDetectionView::dragLeaveEvent(QDragLeaveEvent *) {
+    printLine(QStringLiteral("[NotchShelf] Drag exited"));
+    setTargetActive(false);
+}
+
+/// The desktop tells of no end of its own after a drop: it is this one.
+void DropDetectionView::dropEvent(QDropEvent *event) {
+    answerCopy(*event);
+    m_dragging.readDrop(*event->mimeData(),
+                        [self = QPointer(this), model = m_viewModel](const DroppedContent &content) {
+                            static_cast<void>(performDragOperation(model, content));
+                            printLine(QStringLiteral("[NotchShelf] Drag ended"));
+                            if (self)
+                                self->setTargetActive(false);
+                            else if (model)
+                                model->setDragTargetActive(false);
+                        });
+}
+
+} // namespace tavrine

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+namespace tavrine {
+
+class Dragging;
+class NotchViewModel;
+class Time;
+
+/// The content of the shelf's window: it takes drops, and everything else is done by the view within it, which it fills
+/// with it. Main thread.
+///
+/// The answer to a drag is a copy, always. The model is told in a turn of its own, never within the toolkit's call.
+class DropDetectionView final : public QWidget {
+    Q_OBJECT
+public:
+    DropDetectionView(NotchViewModel &viewModel, Time &time, Dragging &dragging, QWidget *parent = nullptr);
+
+    /// Takes it over.
+    void setContent(QWidget *shelf);
+
+protected:
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void setTargetActive(bool isActive);
+
+    QPointer<NotchViewModel> m_viewModel;
+    Time &m_time;
+    Dragging &m_dragging;
+    QPointer<QWidget> m_content;
+};
+
+} // namespace tavrine
