@@ -240,6 +240,24 @@ TEST_F(RecorderAttack, aParentThatIsKilledAtAnyMomentLeavesAFinishedMovie) {
     }
 }
 
+TEST_F(RecorderAttack, aDiskThatIsFullFromTheBeginningIsNamed) {
+    const QByteArray disk = QFile::encodeName(folder.path());
+    if (::mount("none", disk.constData(), "tmpfs", 0, "size=64k") != 0) {
+        GTEST_LOG_(INFO) << "only root can make a small disk";
+        return;
+    }
+    path = folder.filePath(text("movie.mp4"));
+    {
+        Recorder recorder(path);
+        recorder.begin();
+        recorder.tell(messageOf(Finish{.time = 200})); // without a picture
+        const auto report = recorder.report();
+        ASSERT_TRUE(report);
+        EXPECT_EQ(report->kind, Report::Kind::diskIsFull);
+    }
+    EXPECT_TRUE(eventually([&] { return ::umount(disk.constData()) == 0; }));
+}
+
 TEST_F(RecorderAttack, aFullDiskEndsTheMovieWithWhatFitted) {
     const QByteArray disk = QFile::encodeName(folder.path());
     if (::mount("none", disk.constData(), "tmpfs", 0, "size=2m") != 0) {

@@ -174,9 +174,15 @@ std::optional<Recording::Clock::time_point> Recording::writeWhatIsDue(Clock::tim
     return m_waitingSince ? std::min(extension, *m_waitingSince + fragmentLength) : extension;
 }
 
+void Recording::noteRoom(int error) {
+    m_isDiskFull = error == ENOSPC || error == EDQUOT;
+}
+
 Recording::Error Recording::finish(Clock::time_point now) {
-    if (!m_lastNumber)
+    if (!m_lastNumber) {
+        noteRoom(m_disk.settle().error);
         return "there was no picture";
+    }
     const bool isSoundWhole = !m_sound || m_sound->finish();
     std::uint64_t lastDuration = shownUntil(now);
     if (m_endTime) {
@@ -187,7 +193,7 @@ Recording::Error Recording::finish(Clock::time_point now) {
     const auto duration = static_cast<std::uint32_t>(std::clamp<std::uint64_t>(lastDuration, least, std::uint32_t(-1)));
     const auto soundLength = static_cast<std::uint64_t>(m_placement ? m_placement->length() : 0);
     if (const int error = m_movie->finish(duration, soundLength)) {
-        m_isDiskFull = error == ENOSPC || error == EDQUOT;
+        noteRoom(error);
         return std::strerror(error);
     }
     return isSoundWhole ? std::nullopt : Error("the encoder of sound failed");

@@ -57,6 +57,8 @@ private:
     /// How long the last picture has been shown, as far as this machine's clock tells.
     [[nodiscard]] std::uint32_t shownUntil(Clock::time_point now) const;
     void writeFragment(std::uint32_t lastDuration);
+    /// Whether the disk has no room, by an error of errno's; 0 is none.
+    void noteRoom(int error);
 
     DiskFile m_disk;
     recorderProtocol::Start m_start;
