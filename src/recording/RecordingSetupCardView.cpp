@@ -18,6 +18,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace tavrine {
 namespace {
@@ -50,8 +51,13 @@ private:
     QString m_title;
 };
 
-QWidget *sectionTitle(const char *title) {
+look::Label *sectionTitle(const char *title) {
     return new look::Label(QLatin1String(title), look::TextRole::captionStrong, look::Label::Tone::secondary);
+}
+
+look::Label *hint() {
+    return new look::Label(QStringLiteral("Either one records the microphone"), look::TextRole::caption,
+                           look::Label::Tone::secondary);
 }
 
 } // namespace
@@ -65,11 +71,14 @@ RecordingSetupCardView::RecordingSetupCardView(std::shared_ptr<ScreenRecorderSel
     column->setSpacing(look::space::small);
     column->addWidget(makeHeader());
     column->addSpacing(look::space::tiny);
-    column->addWidget(sectionTitle("AUDIO INPUTS"));
+    column->addWidget(makeAudioTitle());
+    m_switches = new QBoxLayout(QBoxLayout::TopToBottom);
+    m_switches->setSpacing(look::space::small);
+    column->addLayout(m_switches);
     m_mic = addSwitch("mic.fill", "Mic");
     m_system = addSwitch("speaker.wave.2.fill", "System");
-    column->addWidget(new look::Label(QStringLiteral("Either one records the microphone"), look::TextRole::caption,
-                                      look::Label::Tone::secondary));
+    m_hint = hint();
+    column->addWidget(m_hint);
     column->addSpacing(look::space::small);
     column->addWidget(sectionTitle("START DELAY"));
     QStringList delays;
@@ -97,7 +106,22 @@ RecordingSetupCardView::RecordingSetupCardView(std::shared_ptr<ScreenRecorderSel
     });
     connect(m_system, &QAbstractButton::clicked, m_model.get(), &ScreenRecorderSelectionModel::flipSystemAudio);
     connect(m_model.get(), &ScreenRecorderSelectionModel::changed, this, &RecordingSetupCardView::refresh);
+    setLow(false);
     refresh();
+}
+
+void RecordingSetupCardView::fitInto(int height) {
+    if (std::exchange(m_room, height) == height)
+        return;
+    setLow(false);
+    setLow(sizeHint().height() > height);
+}
+
+void RecordingSetupCardView::setLow(bool isLow) {
+    m_switches->setDirection(isLow ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    m_hint->setVisible(!isLow);
+    m_hintAbove->setVisible(isLow);
+    layout()->activate();
 }
 
 QWidget *RecordingSetupCardView::makeHeader() {
@@ -113,6 +137,16 @@ QWidget *RecordingSetupCardView::makeHeader() {
     return header;
 }
 
+QWidget *RecordingSetupCardView::makeAudioTitle() {
+    auto *title = new QWidget;
+    auto *row = new QHBoxLayout(title);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(sectionTitle("AUDIO INPUTS"), 1);
+    m_hintAbove = hint();
+    row->addWidget(m_hintAbove);
+    return title;
+}
+
 look::Toggle *RecordingSetupCardView::addSwitch(const char *symbol, const char *title) {
     auto *row = new SwitchRow(QLatin1String(symbol), QLatin1String(title));
     auto *line = new QHBoxLayout(row);
@@ -121,7 +155,7 @@ look::Toggle *RecordingSetupCardView::addSwitch(const char *symbol, const char *
     toggle->setAccessibleName(QLatin1String(title));
     line->addStretch();
     line->addWidget(toggle);
-    layout()->addWidget(row);
+    m_switches->addWidget(row);
     return toggle;
 }
 

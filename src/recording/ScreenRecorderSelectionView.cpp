@@ -69,14 +69,18 @@ void ScreenRecorderSelectionView::refresh() {
     placeCard();
 }
 
-/// In the middle of the area, as far as the screen lets it.
+/// In the middle of the area, as far as the screen lets it. Where it does not fit at all, its lower end is seen, with
+/// the button.
 void ScreenRecorderSelectionView::placeCard() {
     if (!m_model->isConfirming())
         return;
+    m_card->fitInto(height() - 2 * look::space::large);
     const QSize size = m_card->sizeHint().expandedTo(m_card->minimumSize()); // its width is fixed
     const QPoint middle = selection().center() - QPoint(size.width() / 2, size.height() / 2);
     const auto within = [](int place, int length, int room) {
-        return std::max(0, std::min(std::max(place, look::space::large), room - length - look::space::large));
+        const int spare = room - length;
+        const int gap = std::clamp(spare / 2, 0, look::space::large);
+        return spare < 0 ? spare : std::clamp(place, gap, spare - gap);
     };
     const QRect place(QPoint(within(middle.x(), size.width(), width()), within(middle.y(), size.height(), height())),
                       size);

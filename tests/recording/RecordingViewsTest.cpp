@@ -2,6 +2,7 @@
 #include "adapters/fake/FakeMovieAsset.h"
 #include "adapters/fake/FakeMoviePlayers.h"
 #include "adapters/fake/VirtualTime.h"
+#include "look/Button.h"
 #include "look/Indicators.h"
 #include "recording/CountdownModel.h"
 #include "recording/CountdownOverlayView.h"
@@ -93,6 +94,35 @@ TEST_F(SelectionView, theCardStaysOnTheScreen) {
     model->closeCard();
     drag({0, 0}, {15, 15});
     EXPECT_TRUE(view.rect().contains(card().geometry()));
+}
+
+TEST_F(SelectionView, onALowScreenTheCardIsLowerAndStillWhole) {
+    drag({10, 10}, {400, 250});
+    const int full = card().height();
+    view.resize(512, 300); // 1024 by 600 pixels at twice their size
+    EXPECT_LT(card().height(), full);
+    EXPECT_TRUE(view.rect().contains(card().geometry())) << card().height();
+    QRegion taken;
+    for (const char *name : {"Close", "Mic", "System", "None (0s)", "3 Seconds", "5 Seconds", "Start Recording"}) {
+        const auto *each = button(card(), name);
+        const QRect place(each->mapTo(&view, QPoint()), each->size());
+        EXPECT_TRUE(each->isVisible() && card().geometry().contains(place)) << name;
+        EXPECT_FALSE(taken.intersects(place)) << name;
+        taken += place;
+    }
+    int hints = 0;
+    for (const auto *label : card().findChildren<look::Label *>())
+        hints += label->text() == text("Either one records the microphone") && label->isVisible() ? 1 : 0;
+    EXPECT_EQ(hints, 1);
+    view.resize(1000, 600);
+    EXPECT_EQ(card().height(), full);
+}
+
+TEST_F(SelectionView, onAScreenThatIsTooLowForTheCardItsButtonIsWithinReach) {
+    view.resize(400, 160);
+    drag({10, 10}, {200, 100});
+    const auto *start = button(card(), "Start Recording");
+    EXPECT_TRUE(view.rect().contains(QRect(start->mapTo(&view, QPoint()), start->size())));
 }
 
 TEST_F(SelectionView, aClickOnTheCardIsNoneOnTheOverlay) {

@@ -66,14 +66,13 @@ struct Studio {
 };
 
 void showSelection(const Studio &studio) {
-    const auto overlay = [&studio](const char *name, auto prepare) {
-        auto model =
-            std::make_shared<ScreenRecorderSelectionModel>(screen, 1.0, ScreenRecorderSelectionModel::Actions{});
+    const auto overlay = [&studio](const char *name, auto prepare, QSize size = screen) {
+        auto model = std::make_shared<ScreenRecorderSelectionModel>(size, 1.0, ScreenRecorderSelectionModel::Actions{});
         ScreenRecorderSelectionView view(model);
-        view.resize(screen);
+        view.resize(size);
         view.show();
         prepare(*model);
-        studio.save(view, name);
+        studio.save(view, name, {}, size);
     };
     using Model = ScreenRecorderSelectionModel;
     overlay("overlay", [](Model &) {});
@@ -98,6 +97,8 @@ void showSelection(const Studio &studio) {
         model.endDrag();
     });
     overlay("card-everything", [](Model &model) { model.selectAll(); });
+    overlay(
+        "card-low", [](Model &model) { model.selectAll(); }, screen / 2);
 }
 
 void showPreview(const Studio &studio, VirtualTime &time, const QString &path) {
