@@ -10,7 +10,8 @@ namespace tavrine {
 ///
 ///  1. Modifiers, media keys, shortcuts of the desktop and of this program die as well. The pointer is free.
 ///  2. To the others all keys are up when it begins and when it ends, and locks and the layout are as they were: what
-///     keys did to them meanwhile is taken back, what the person did by other means stays.
+///     keys did to them meanwhile is taken back, what the person did by other means stays. So are the aids that keys
+///     switch on, as a Shift that is pressed five times does.
 ///  3. The end of this process, however it comes, ends it. So do the machine's going to sleep and a lock of the
 ///     session, as far as anybody tells of them: the lock screen needs the keyboard.
 class EventTap {
@@ -18,7 +19,8 @@ public:
     enum class State {
         waiting,  ///< another program holds the keyboard; for a second at most
         dropping, ///< in force
-        ended,    ///< it was not to be had in time, or the desktop is gone, or the session is locked; keys pass
+        ended,    ///< it was not to be had in time, or the desktop is gone; keys pass
+        gaveWay,  ///< the machine goes to sleep or the session is locked, be it while it waited; keys pass
     };
 
     virtual ~EventTap() = default;

@@ -27,6 +27,11 @@ public:
         for (Tap *tap : std::vector(m_taps))
             tap->change(EventTap::State::ended);
     }
+    /// The session is locked.
+    void lock() {
+        for (Tap *tap : std::vector(m_taps))
+            tap->change(EventTap::State::gaveWay);
+    }
     /// Whether a key reaches a program.
     [[nodiscard]] bool keyArrives() const {
         return std::none_of(m_taps.begin(), m_taps.end(),

@@ -82,26 +82,28 @@ private:
 
     /// To the lock screen, which needs the pointer as well.
     void giveWay() {
-        if (m_state == State::ended)
+        if (isOver())
             return;
         giveBack();
         m_again.stop();
-        if (m_state != State::ended)
-            change(State::ended);
+        if (!isOver()) // the connection may have gone meanwhile
+            change(State::gaveWay);
         for (const auto menus = std::exchange(m_lenders, {}); const auto &menu : menus)
             if (menu)
                 menu->close();
     }
 
     void onDrained() {
-        if (!m_client.isConnected() && m_state != State::ended)
+        if (!m_client.isConnected() && !isOver())
             change(State::ended);
     }
+
+    [[nodiscard]] bool isOver() const { return m_state == State::ended || m_state == State::gaveWay; }
 
     /// In a turn of its own: whoever hears of it may destroy the tap.
     void change(State state) {
         m_state = state;
-        if (state == State::ended)
+        if (isOver())
             m_silence->end();
         QMetaObject::invokeMethod(&m_again, m_onChange, Qt::QueuedConnection);
     }

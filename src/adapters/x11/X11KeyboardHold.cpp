@@ -3,6 +3,7 @@
 #include "adapters/x11/X11Keyboard.h"
 
 #include <algorithm>
+#include <array>
 
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
@@ -16,6 +17,8 @@ namespace {
 
 constexpr quint8 allModifiers = 0xff;
 constexpr quint16 lockParts = XCB_XKB_STATE_PART_MODIFIER_LOCK | XCB_XKB_STATE_PART_GROUP_LOCK;
+constexpr quint32 allAids = 0x1fff; // XCB_XKB_BOOL_CTRL_*
+constexpr quint32 enabledAids = XCB_XKB_CONTROL_CONTROLS_ENABLED;
 
 } // namespace
 
@@ -71,14 +74,34 @@ void X11KeyboardHold::releaseKeys(const std::vector<quint8> &keys) {
 }
 
 void X11KeyboardHold::remember(quint16 device) {
-    Locks &locks = m_held[device];
+    Settings &settings = m_held[device];
     if (m_firstXkbEvent == 0)
         return;
     xcb_xkb_select_events_details_t details{};
     details.affectState = details.stateDetails = lockParts;
-    xcb_xkb_select_events_aux(m_client.connection(), device, XCB_XKB_EVENT_TYPE_STATE_NOTIFY, 0, 0, 0, 0, &details);
-    if (const auto state = m_client.reply<xcb_xkb_get_state_reply_t>(xcb_xkb_get_state(m_client.connection(), device)))
-        locks = {state->lockedMods, static_cast<quint8>(state->lockedGroup)};
+    details.affectCtrls = details.ctrlDetails = enabledAids;
+    xcb_xkb_select_events_aux(m_client.connection(), device,
+                              XCB_XKB_EVENT_TYPE_STATE_NOTIFY | XCB_XKB_EVENT_TYPE_CONTROLS_NOTIFY, 0, 0, 0, 0,
+                              &details);
+    const auto state = xcb_xkb_get_state(m_client.connection(), device);
+    const auto controls = xcb_xkb_get_controls(m_client.connection(), device);
+    if (const auto answer = m_client.reply<xcb_xkb_get_state_reply_t>(state)) {
+        settings.lockedModifiers = answer->lockedMods;
+        settings.lockedGroup = static_cast<quint8>(answer->lockedGroup);
+    }
+    if (const auto answer = m_client.reply<xcb_xkb_get_controls_reply_t>(controls))
+        settings.aids = answer->enabledControls;
+}
+
+void X11KeyboardHold::putBack(quint16 device, const Settings &settings) {
+    if (settings.aids) {
+        const std::array<quint8, 32> repeats{}; // one bit for each key; nothing is changed by it
+        xcb_xkb_set_controls(m_client.connection(), device, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, allAids,
+                             *settings.aids & allAids, enabledAids, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                             repeats.data());
+    }
+    xcb_xkb_latch_lock_state(m_client.connection(), device, allModifiers, settings.lockedModifiers, 1,
+                             settings.lockedGroup, allModifiers, 1, 0);
 }
 
 bool X11KeyboardHold::take() {
@@ -129,10 +152,9 @@ void X11KeyboardHold::giveBack() {
         return;
     // What is down is let go while the keyboards are still held: it would go on repeating, for somebody else.
     releaseKeys(keysDown(m_client));
-    for (const auto &[device, locks] : m_held) {
+    for (const auto &[device, settings] : m_held) {
         if (m_firstXkbEvent != 0)
-            xcb_xkb_latch_lock_state(m_client.connection(), device, allModifiers, locks.modifiers, 1, locks.group,
-                                     allModifiers, 1, 0);
+            putBack(device, settings);
         xcb_input_xi_ungrab_device(m_client.connection(), XCB_CURRENT_TIME, device);
     }
     m_held.clear();
@@ -150,13 +172,30 @@ X11KeyboardHold::Notice X11KeyboardHold::take(const xcb_generic_event_t &event) 
         notice.time = generic.time;
         return notice;
     }
-    if (m_firstXkbEvent == 0 || eventType(event) != m_firstXkbEvent || event.pad0 != XCB_XKB_STATE_NOTIFY)
-        return notice;
-    // A lock or a layout that no key has set: a program did, for the person, and it stays.
-    const auto &state = eventAs<xcb_xkb_state_notify_event_t>(event);
-    if (const auto held = m_held.find(state.deviceID); held != m_held.end() && state.keycode == 0)
-        held->second = {state.lockedMods, state.lockedGroup};
+    if (m_firstXkbEvent != 0 && eventType(event) == m_firstXkbEvent)
+        followRequest(event);
     return notice;
+}
+
+/// A lock, a layout or an aid that no key has set: a program did, for the person, and it stays.
+void X11KeyboardHold::followRequest(const xcb_generic_event_t &event) {
+    const auto settingsOf = [this](quint8 device, quint8 keycode) {
+        const auto held = keycode == 0 ? m_held.find(device) : m_held.end();
+        return held == m_held.end() ? nullptr : &held->second;
+    };
+    if (event.pad0 == XCB_XKB_STATE_NOTIFY) {
+        const auto &state = eventAs<xcb_xkb_state_notify_event_t>(event);
+        if (Settings *settings = settingsOf(state.deviceID, state.keycode)) {
+            settings->lockedModifiers = state.lockedMods;
+            settings->lockedGroup = state.lockedGroup;
+        }
+    } else if (event.pad0 == XCB_XKB_CONTROLS_NOTIFY) {
+        const auto &controls = eventAs<xcb_xkb_controls_notify_event_t>(event);
+        Settings *settings = settingsOf(controls.deviceID, controls.keycode);
+        if (settings && settings->aids) // those that it did not change may be a key's doing
+            *settings->aids = (*settings->aids & ~controls.enabledControlChanges) |
+                              (controls.enabledControls & controls.enabledControlChanges);
+    }
 }
 
 } // namespace tavrine

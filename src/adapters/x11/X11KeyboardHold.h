@@ -3,6 +3,7 @@
 #include "adapters/x11/XcbClient.h"
 
 #include <map>
+#include <optional>
 
 namespace tavrine {
 
@@ -19,7 +20,7 @@ public:
     [[nodiscard]] bool take();
     /// Takes those that have come since. False when another program was faster.
     [[nodiscard]] bool takeNew();
-    /// Gives the keyboards back: no key down, locks and layout as they were.
+    /// Gives the keyboards back: no key down; locks, layout and the aids that keys switch as they were.
     void giveBack();
 
     /// What an event of the connection is to the hold.
@@ -31,9 +32,10 @@ public:
     [[nodiscard]] Notice take(const xcb_generic_event_t &event);
 
 private:
-    struct Locks {
-        quint8 modifiers = 0;
-        quint8 group = 0;
+    struct Settings {
+        quint8 lockedModifiers = 0;
+        quint8 lockedGroup = 0;
+        std::optional<quint32> aids; ///< sticky, slow, bouncing and mouse keys and their like: what is on, if known
     };
 
     [[nodiscard]] std::vector<quint16> masters();
@@ -42,9 +44,11 @@ private:
     void ungrabAll(const std::vector<quint16> &devices);
     void releaseKeys(const std::vector<quint8> &keys);
     void remember(quint16 device);
+    void putBack(quint16 device, const Settings &settings);
+    void followRequest(const xcb_generic_event_t &event);
 
     XcbClient &m_client;
-    std::map<quint16, Locks> m_held; ///< with the locks as they shall be afterwards
+    std::map<quint16, Settings> m_held; ///< as they shall be afterwards
     quint8 m_inputOpcode = 0;
     quint8 m_firstXkbEvent = 0;
 };

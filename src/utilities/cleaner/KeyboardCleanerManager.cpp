@@ -30,6 +30,9 @@ void KeyboardCleanerManager::onChange() {
     case EventTap::State::dropping:
         setCleaning(true);
         break;
+    case EventTap::State::gaveWay:
+        stopCleaning();
+        break;
     case EventTap::State::ended: {
         const bool wasCleaning = m_isCleaning;
         stopCleaning();

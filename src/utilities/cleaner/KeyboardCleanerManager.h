@@ -16,7 +16,8 @@ class UrlOpener;
 ///  1. `isCleaning` says that the block is in force, and nothing less: it stays false while another program holds the
 ///     keyboard, for a second at most, and becomes false when the desktop is lost, the machine goes to sleep or the
 ///     session is locked.
-///  2. Where the block is not to be had, the person is told how to allow it, a turn later.
+///  2. Where the block is not to be had, the person is told how to allow it, a turn later. A lock of the session or a
+///     sleep that comes before it is no reason to.
 class KeyboardCleanerManager : public QObject {
     Q_OBJECT
 

@@ -106,7 +106,7 @@ TEST_P(EventTapInSessionTest, theKeyboardIsFreeForTheLockScreenAndIsNotTakenAgai
     ASSERT_EQ(tap->state(), State::dropping);
     EXPECT_FALSE(keyboard.grabKeyboard());
     ASSERT_TRUE(endsWhenTold());
-    EXPECT_EQ(tap->state(), State::ended);
+    EXPECT_EQ(tap->state(), State::gaveWay);
     EXPECT_TRUE(keyboard.grabKeyboard());
     keyboard.ungrabKeyboard();
     tell(false);
@@ -138,7 +138,7 @@ TEST_P(EventTapAndSleepTest, aTapThatWaitsForTheKeyboardTakesItNoMore) {
     letPass(50ms);
     ASSERT_EQ(tap->state(), State::waiting);
     tell(true);
-    EXPECT_TRUE(eventually([this] { return tap->state() == State::ended; }, 500ms)); // sooner than by itself
+    EXPECT_TRUE(eventually([this] { return tap->state() == State::gaveWay; }, 500ms)); // sooner than by itself
     keyboard.ungrabKeyboard();
     letPass(100ms);
     EXPECT_TRUE(keyboard.grabKeyboard());

@@ -13,6 +13,8 @@
 #include <QRasterWindow>
 #include <QTemporaryDir>
 
+#include <array>
+
 #include <xcb/xinput.h>
 // The C header has a member of this name, which C++ keeps for itself.
 #define explicit explicitParts
@@ -233,6 +235,53 @@ TEST_F(X11EventTapTest, theLayoutThatKeysChangedIsAsBeforeAndOneThatThePersonCho
     tap.reset();
     EXPECT_EQ(group(), 1);
     (void)output("setxkbmap -layout us -option ''");
+}
+
+/// The aids of the keyboard, as the server has them.
+class KeyboardAids {
+public:
+    KeyboardAids() { (void)selectKeyboardNotices(m_client); }
+    ~KeyboardAids() { set(XCB_XKB_BOOL_CTRL_STICKY_KEYS | XCB_XKB_BOOL_CTRL_ACCESS_X_KEYS, 0); }
+    KeyboardAids(const KeyboardAids &) = delete;
+    KeyboardAids &operator=(const KeyboardAids &) = delete;
+
+    /// As a program does for the person.
+    void set(uint32_t which, uint32_t on) {
+        std::array<uint8_t, 32> repeats{};
+        xcb_xkb_set_controls(m_client.connection(), XCB_XKB_ID_USE_CORE_KBD, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, which, on,
+                             XCB_XKB_CONTROL_CONTROLS_ENABLED, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                             repeats.data());
+        (void)areOn(which);
+    }
+    [[nodiscard]] bool areOn(uint32_t which) {
+        const auto answer = m_client.reply<xcb_xkb_get_controls_reply_t>(
+            xcb_xkb_get_controls(m_client.connection(), XCB_XKB_ID_USE_CORE_KBD));
+        return answer && (answer->enabledControls & which) == which;
+    }
+
+private:
+    XcbClient m_client{[](const xcb_generic_event_t &) {}};
+};
+
+TEST_F(X11EventTapTest, anAidThatKeysSwitchedOnIsOffAgainAndOneThatThePersonChoseStays) {
+    constexpr auto sticky = XCB_XKB_BOOL_CTRL_STICKY_KEYS;
+    constexpr int tapsForSticky = 5;
+    KeyboardAids aids;
+    aids.set(sticky | XCB_XKB_BOOL_CTRL_ACCESS_X_KEYS, XCB_XKB_BOOL_CTRL_ACCESS_X_KEYS);
+    ASSERT_FALSE(aids.areOn(sticky));
+    start();
+    for (int i = 0; i < tapsForSticky; ++i)
+        keyboard.tap(key::leftShift);
+    EXPECT_TRUE(aids.areOn(sticky)) << "the keys do nothing here, and this test shows nothing";
+    settle();
+    tap.reset();
+    EXPECT_FALSE(aids.areOn(sticky));
+    start();
+    aids.set(sticky, sticky); // from the settings of the desktop
+    settle();
+    tap.reset();
+    EXPECT_TRUE(aids.areOn(sticky));
+    EXPECT_TRUE(aids.areOn(XCB_XKB_BOOL_CTRL_ACCESS_X_KEYS));
 }
 
 TEST_F(X11EventTapTest, theMouseStaysFree) {

@@ -135,6 +135,23 @@ TEST_F(KeyboardCleanerTest, stoppingDuringTheWaitEndsItWithoutAPrompt) {
     EXPECT_TRUE(alerts.shown().isEmpty());
 }
 
+TEST_F(KeyboardCleanerTest, aLockOfTheSessionEndsTheModeAndTheWaitForItWithoutAPrompt) {
+    for (const bool isWaiting : {true, false}) {
+        if (isWaiting)
+            taps.hold();
+        else
+            taps.letGo();
+        manager.startCleaning();
+        EXPECT_EQ(manager.isStarting(), isWaiting);
+        taps.lock();
+        time.advance(2s);
+        EXPECT_FALSE(manager.isStarting());
+        EXPECT_FALSE(manager.isCleaning());
+        EXPECT_TRUE(taps.keyArrives());
+        EXPECT_TRUE(alerts.shown().isEmpty()) << isWaiting;
+    }
+}
+
 TEST_F(KeyboardCleanerTest, aDesktopThatIsLostEndsTheModeWithoutAPrompt) {
     manager.startCleaning();
     taps.lose();
