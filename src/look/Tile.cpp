@@ -22,6 +22,7 @@ constexpr qreal disc = 26;
 constexpr qreal discLeft = 8;
 constexpr qreal discGap = 7;
 constexpr qreal textRight = 4;
+constexpr qreal titleLeading = 14; // of a title in two lines
 constexpr int plate = 28;
 constexpr int titleLine = 18;
 constexpr int noteLine = 16;
@@ -47,6 +48,18 @@ void paintWords(QPainter &painter, const QRect &place, const QString &words, Tex
     painter.setFont(fontFor(role));
     painter.setPen(colour);
     painter.drawText(place, wrapping, words);
+}
+
+/// Parted at a blank where one line is too narrow, with as much as fits in the first.
+QStringList inTwoLines(const QString &words, TextRole role, qreal width) {
+    qsizetype end = -1;
+    if (lineWidth(words, role) > width) {
+        for (qsizetype blank = words.indexOf(u' '); blank >= 0; blank = words.indexOf(u' ', blank + 1)) {
+            if (lineWidth(words.left(blank), role) <= width)
+                end = blank;
+        }
+    }
+    return end < 0 ? QStringList{words} : QStringList{words.left(end), words.mid(end + 1)};
 }
 
 } // namespace
@@ -88,18 +101,50 @@ void Tile::paint(QPainter &painter) {
     fillRounded(painter, body, radius::card, ground(colours.elevated));
     strokeHairline(painter, body, radius::card, colours.isDark ? colours.separator : colours.outline);
 
-    // The title stands beside the disc and the line under both: a tile is half a menu wide.
+    const Places at = places();
+    fillRounded(painter, at.disc, disc / 2, mixed(colours.control, colours.accent, m_onPart));
+    paintSymbol(painter, at.disc, m_symbol, symbolsize::medium, m_onPart > 0.5 ? colours.onAccent : colours.text);
+    const Title title = this->title(at.title.width());
+    QRectF line(at.title.left(), at.title.center().y() - titleLeading * qreal(title.lines.size()) / 2, at.title.width(),
+                titleLeading);
+    for (const QString &words : title.lines) {
+        paintLine(painter, line, words, title.role, colours.text);
+        line.translate(0, titleLeading);
+    }
+    paintLine(painter, at.subtitle, m_subtitle, TextRole::caption, colours.secondaryText);
+}
+
+/// The title stands beside the disc and the line under both: a tile is half a menu wide.
+Tile::Places Tile::places() const {
+    const QRectF body = rect();
     const qreal middle = body.center().y();
     const qreal top = m_subtitle.isEmpty() ? middle - disc / 2 : middle - 21;
     const QRectF circle(body.left() + discLeft, std::round(top), disc, disc);
-    fillRounded(painter, circle, disc / 2, mixed(colours.control, colours.accent, m_onPart));
-    paintSymbol(painter, circle, m_symbol, symbolsize::medium, m_onPart > 0.5 ? colours.onAccent : colours.text);
-
     const qreal left = circle.right() + discGap;
-    paintLine(painter, QRectF(left, circle.top(), body.right() - textRight - left, disc), text(), TextRole::callout,
-              colours.text);
-    paintLine(painter, QRectF(circle.left() + 1, circle.bottom() + 2, body.right() - textRight - circle.left(), 15),
-              m_subtitle, TextRole::caption, colours.secondaryText);
+    return {circle, QRectF(left, circle.top(), body.right() - textRight - left, disc),
+            QRectF(circle.left() + 1, circle.bottom() + 2, body.right() - textRight - circle.left(), 15)};
+}
+
+Tile::Title Tile::title(qreal width) const {
+    for (const TextRole role : {TextRole::callout, TextRole::caption, TextRole::mini}) {
+        const QStringList lines = inTwoLines(text(), role, width);
+        if (std::ranges::all_of(lines, [&](const QString &line) { return lineWidth(line, role) <= width; }))
+            return {lines, role, false};
+    }
+    return {inTwoLines(text(), TextRole::callout, width), TextRole::callout, true};
+}
+
+bool Tile::isCut() const {
+    const Places at = places();
+    return title(at.title.width()).isCut || lineWidth(m_subtitle, TextRole::caption) > at.subtitle.width();
+}
+
+bool Tile::event(QEvent *event) {
+    if (event->type() == QEvent::ToolTip) {
+        const QString note = m_subtitle.isEmpty() ? QString() : u'\n' + m_subtitle;
+        setToolTip(isCut() ? text() + note : QString());
+    }
+    return Control::event(event);
 }
 
 SettingsRow::SettingsRow(const QString &symbol, const QString &title, const QString &note, QWidget *parent)

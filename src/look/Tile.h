@@ -1,7 +1,9 @@
 #pragma once
 
 #include "look/Control.h"
+#include "look/Text.h"
 
+#include <QStringList>
 #include <QWidget>
 
 #include <vector>
@@ -9,7 +11,8 @@
 namespace tavrine::look {
 
 /// A tile of a grid of controls: a symbol on a disc, a title and a line under it. A checkable tile is a switch whose
-/// disc is filled while it is on.
+/// disc is filled while it is on. A title that is too long takes two lines, or smaller letters; what is cut
+/// nevertheless is told in full by the tool tip.
 class Tile : public Control {
     Q_OBJECT
 public:
@@ -25,10 +28,25 @@ public:
     [[nodiscard]] QSize minimumSizeHint() const override { return {100, 48}; }
 
 protected:
+    bool event(QEvent *event) override;
     void paint(QPainter &painter) override;
     [[nodiscard]] qreal cornerRadius() const override;
 
 private:
+    struct Places {
+        QRectF disc;
+        QRectF title;
+        QRectF subtitle;
+    };
+    [[nodiscard]] Places places() const;
+    struct Title {
+        QStringList lines; ///< one or two
+        TextRole role;
+        bool isCut;
+    };
+    [[nodiscard]] Title title(qreal width) const;
+    [[nodiscard]] bool isCut() const;
+
     QString m_symbol;
     QString m_subtitle;
     Motion m_motion;
@@ -45,6 +63,7 @@ public:
     /// Takes the widget over. A widget without words is called by the row's title.
     void setTrailing(QWidget *widget);
     void setNote(const QString &note);
+    [[nodiscard]] const QString &note() const { return m_note; }
     /// The plate's colour; none: a grey one.
     void setPlate(const QColor &colour);
 

@@ -73,7 +73,7 @@ void FlagReactions::deliver(std::function<void()> work) {
 void FlagReactions::react(Feature feature, bool isOn) {
     const Reaction reaction = reactionOf(feature);
     if (reaction.entry != StatusMenuItem::separator)
-        m_parts.menu.entry(reaction.entry).isEnabled = isOn;
+        m_parts.menu.setEnabled(reaction.entry, isOn);
     if (Tool *tool = m_parts.tools[feature])
         tool->setOn(isOn);
     if (reaction.registersHotKeys)

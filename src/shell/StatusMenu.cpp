@@ -47,19 +47,31 @@ KeyEquivalent StatusMenu::commandShiftKey(Trigger trigger) const {
     return {storedCharacter(m_defaults, trigger).front(), true};
 }
 
+void StatusMenu::show(StatusMenuItem item, const Face &face) {
+    StatusMenuEntry &entry = this->entry(item);
+    if (entry.title == face.title && entry.isEnabled == face.isEnabled && entry.keyEquivalent == face.keyEquivalent)
+        return;
+    entry.title = face.title;
+    entry.isEnabled = face.isEnabled;
+    entry.keyEquivalent = face.keyEquivalent;
+    Q_EMIT changed();
+}
+
+void StatusMenu::setEnabled(StatusMenuItem item, bool isEnabled) {
+    const StatusMenuEntry &shown = entry(item);
+    show(item, {shown.title, isEnabled, shown.keyEquivalent});
+}
+
 void StatusMenu::refreshClipboardMenuItem() {
-    StatusMenuEntry &item = entry(StatusMenuItem::clipboard);
-    item.title = m_experienceSettings.selectedExperience() == ClipboardExperience::search
-                     ? QStringLiteral("Clipboard Search")
-                     : QStringLiteral("Classic Clipboard");
-    item.isEnabled = m_flags.isOn(Feature::clipboardHistory);
-    item.keyEquivalent = commandShiftKey(Trigger::clipboard);
+    show(StatusMenuItem::clipboard, {m_experienceSettings.selectedExperience() == ClipboardExperience::search
+                                         ? QStringLiteral("Clipboard Search")
+                                         : QStringLiteral("Classic Clipboard"),
+                                     m_flags.isOn(Feature::clipboardHistory), commandShiftKey(Trigger::clipboard)});
 }
 
 void StatusMenu::refreshEmojiMenuItem() {
-    StatusMenuEntry &item = entry(StatusMenuItem::emojiPicker);
-    item.isEnabled = m_flags.isOn(Feature::emojiPicker);
-    item.keyEquivalent = commandShiftKey(Trigger::emojiPicker);
+    show(StatusMenuItem::emojiPicker,
+         {QStringLiteral("Emoji Picker"), m_flags.isOn(Feature::emojiPicker), commandShiftKey(Trigger::emojiPicker)});
 }
 
 } // namespace tavrine

@@ -57,8 +57,19 @@ public:
     /// Title, enabled state and key equivalent by the preferences.
     void refreshClipboardMenuItem();
     void refreshEmojiMenuItem();
+    void setEnabled(StatusMenuItem item, bool isEnabled);
+
+Q_SIGNALS:
+    /// An entry is another than it was.
+    void changed();
 
 private:
+    struct Face {
+        QString title;
+        bool isEnabled;
+        KeyEquivalent keyEquivalent;
+    };
+    void show(StatusMenuItem item, const Face &face);
     [[nodiscard]] KeyEquivalent commandShiftKey(Trigger trigger) const; // for one whose key is never empty
 
     const UserDefaults &m_defaults;

@@ -6,6 +6,8 @@
 #include "ports/Screens.h"
 #include "shell/menu/StatusMenuView.h"
 
+#include <QApplication>
+
 #include <algorithm>
 
 namespace tavrine {
@@ -77,6 +79,18 @@ void StatusMenuPanel::open() {
         clickedElsewhere();
         return false;
     });
+    if (m_ports.screens.pressedMouseButtons() != 0)
+        m_heldPulse = m_ports.time.repeat(heldPulse, [this] { followHeldPress(); });
+}
+
+void StatusMenuPanel::followHeldPress() {
+    const bool isHeld = m_ports.screens.pressedMouseButtons() != 0;
+    const auto ended = isHeld ? nullptr : std::move(m_heldPulse);
+    const QPointF pointer = m_ports.screens.mouseLocation();
+    const QRectF frame = m_panel.frame();
+    const double way = (pointer - m_place).manhattanLength();
+    if (way >= QApplication::startDragDistance())
+        m_view->followHeldPress(QPointF(pointer.x() - frame.left(), maxY(frame) - pointer.y()).toPoint(), isHeld);
 }
 
 void StatusMenuPanel::clickedElsewhere() {
@@ -93,6 +107,7 @@ void StatusMenuPanel::cancelTracking() {
         return;
     m_clicks.reset();
     m_ownClicks.reset();
+    m_heldPulse.reset();
     m_panel.dismiss(Dismissal::atOnce);
 }
 

@@ -24,11 +24,14 @@ class StatusMenuView;
 ///  2. A click anywhere else, Escape, and the keyboard going to another program close it.
 ///  3. It grows and shrinks away from the item, and never leaves the screen.
 ///  4. Nothing of it exists until it is opened for the first time.
+///  5. A press that is still held when it opens chooses what it is let go over, also where the tray keeps the pointer
+///     for itself until then.
 class StatusMenuPanel final : public QObject {
     Q_OBJECT
 
 public:
     static constexpr Seconds samePress{0.4};
+    static constexpr Seconds heldPulse{1.0 / 60};
 
     struct Ports {
         PanelWindows &windows;
@@ -59,6 +62,7 @@ private:
     void build();
     void resize();
     void clickedElsewhere();
+    void followHeldPress();
     [[nodiscard]] QPointF planePoint(QPoint place) const;
     [[nodiscard]] std::optional<QRectF> frameAt(const Screens &screens) const;
 
@@ -74,6 +78,7 @@ private:
     std::optional<Seconds> m_pressedElsewhereAt; ///< which closed it; it may have been a press of the item
     std::unique_ptr<EventMonitor> m_clicks;
     std::unique_ptr<EventMonitor> m_ownClicks;
+    std::unique_ptr<Timer> m_heldPulse; ///< while a press is held that opened it
 };
 
 } // namespace tavrine

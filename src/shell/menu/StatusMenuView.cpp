@@ -6,6 +6,7 @@
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
+#include "look/PanelKeys.h"
 #include "look/ScrollArea.h"
 #include "look/Tile.h"
 #include "shell/menu/QuickActionsGridView.h"
@@ -29,6 +30,12 @@ namespace {
 constexpr int rowHeight = 28;
 constexpr int separatorHeight = 9;
 constexpr int margin = 5;
+
+/// By what the layout calls the key; a digit also by its place, where Shift writes something else.
+bool isPressOf(const QKeyEvent &event, QChar character) {
+    const QChar key = character.toUpper();
+    return event.key() == key.unicode() || (key.isDigit() && virtualKeyOf(event) == keyCode(QString(key)));
+}
 
 } // namespace
 
@@ -96,6 +103,7 @@ StatusMenuView::StatusMenuView(StatusMenu &menu, QuickActionsGrid *grid, QuickAc
         connect(row, &QAbstractButton::clicked, this, [this, item = entry.item] { fire(item); });
         m_rows.push_back(row);
     }
+    connect(&menu, &StatusMenu::changed, this, &StatusMenuView::refresh);
     connect(&height, &QuickActionsHeight::changed, this, [this] {
         place();
         Q_EMIT sizeChanged();
@@ -108,6 +116,7 @@ StatusMenuView::~StatusMenuView() = default;
 void StatusMenuView::prepare(QPoint place) {
     m_openedAt = place;
     m_isPressedInside = false;
+    m_isHeldPressOver = false;
     lead(nullptr);
     refresh();
 }
@@ -166,7 +175,7 @@ bool StatusMenuView::fireByKey(const QKeyEvent &event) {
     for (const StatusMenuEntry &entry : m_menu.entries()) {
         const KeyEquivalent equivalent = entry.keyEquivalent;
         if (!equivalent.character.isNull() && equivalent.hasShift == hasShift &&
-            event.key() == equivalent.character.toUpper().unicode()) {
+            isPressOf(event, equivalent.character)) {
             fire(entry.item);
             return true;
         }
@@ -230,9 +239,9 @@ void StatusMenuView::hideEvent(QHideEvent *event) {
     PanelSurface::hideEvent(event);
 }
 
-/// What can be pressed at a place of the window.
-Control *StatusMenuView::controlAt(QPoint placeInWindow) const {
-    for (QWidget *at = window()->childAt(placeInWindow); at && at != this; at = at->parentWidget()) {
+/// What can be pressed at a place of the view.
+Control *StatusMenuView::controlAt(QPoint place) const {
+    for (QWidget *at = childAt(place); at && at != this; at = at->parentWidget()) {
         if (auto *control = qobject_cast<Control *>(at))
             return control->isEnabled() && (control->focusPolicy() & Qt::TabFocus) ? control : nullptr;
     }
@@ -266,13 +275,18 @@ bool StatusMenuView::followHeldPress(const QMouseEvent &event) {
     const QPoint way = event.globalPosition().toPoint() - m_openedAt;
     if (!isFromOutside || !(isHeldMove || isRelease) || way.manhattanLength() < QApplication::startDragDistance())
         return false;
-    lead(controlAt(event.position().toPoint()));
-    if (isRelease && m_ledTo) {
-        Control *chosen = m_ledTo;
-        lead(nullptr);
-        chosen->click();
-    }
+    followHeldPress(mapFrom(window(), event.position().toPoint()), !isRelease);
     return true;
+}
+
+void StatusMenuView::followHeldPress(QPoint place, bool isHeld) {
+    if (m_isHeldPressOver)
+        return;
+    m_isHeldPressOver = !isHeld;
+    Control *under = controlAt(place);
+    lead(isHeld ? under : nullptr);
+    if (!isHeld && under)
+        under->click();
 }
 
 /// Buttons move the focus by the arrows in their own way; in a menu it is the menu's. Sideways keys are a card's own.

@@ -19,7 +19,7 @@ class QuickActionsGrid;
 class QuickActionsHeight;
 
 /// The menu of the tray item as people see it: the Quick Actions, and the plain entries under them. It paints the
-/// entries as they are, and decides nothing. Lives as long as its panel; main thread.
+/// entries as they are, also while they change, and decides nothing. Lives as long as its panel; main thread.
 ///
 /// It takes keys as menus do: arrows move, Return and Space press, a key equivalent fires its entry, Escape closes.
 /// A press that began on the item and is still held chooses what it is let go over.
@@ -39,6 +39,9 @@ public:
     [[nodiscard]] double measuredGrid() const;
     /// While a menu of one of its cards is open: what is pressed there is no press elsewhere.
     [[nodiscard]] static bool hasMenuOpen();
+    /// The pointer is here, in a press that began before the menu came; the window itself does not hear of it where the
+    /// tray keeps the pointer. `isHeld`: the button is still down.
+    void followHeldPress(QPoint place, bool isHeld);
 
 Q_SIGNALS:
     /// The person is done with the menu, or chose an entry, which fires after it.
@@ -61,7 +64,7 @@ private:
     void fire(StatusMenuItem item);
     bool followHeldPress(const QMouseEvent &event);
     void lead(look::Control *to);
-    [[nodiscard]] look::Control *controlAt(QPoint placeInWindow) const;
+    [[nodiscard]] look::Control *controlAt(QPoint place) const;
     [[nodiscard]] bool fireByKey(const QKeyEvent &event);
     void moveFocus(int key);
     void place();
@@ -75,6 +78,7 @@ private:
     QPoint m_openedAt;
     QPointer<look::Control> m_ledTo; ///< by a press that is held since before it came
     bool m_isPressedInside = false;
+    bool m_isHeldPressOver = false;
 };
 
 } // namespace tavrine

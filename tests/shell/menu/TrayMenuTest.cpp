@@ -1,63 +1,15 @@
-#include "shell/menu/TrayMenu.h"
+#include "shell/menu/TrayMenuTest.h"
 
-#include "shell/ShellTest.h"
-#include "shell/menu/QuickActionsGridView.h"
-#include "shell/menu/StatusMenuView.h"
+#include "look/Tile.h"
+#include "support/PaintedWords.h"
 #include "utilities/awake/KeepAwakeControlView.h"
 #include "utilities/lofi/LofiMiniPlayer.h"
 
-#include <QApplication>
+#include <QHelpEvent>
 #include <QTest>
-#include <QWindow>
 
 namespace tavrine {
 namespace {
-
-/// The whole menu within a whole program, on a desktop of fakes: one screen of 1440 by 900 with a bar of 24 on top.
-class TrayMenuTest : public ShellTest {
-protected:
-    void SetUp() override { launch(); }
-
-    StatusMenuPanel &panel() { return delegate->trayMenu().panel(); }
-    void press(QPoint place = {1300, 12}) { desktop.statusItem().press(place); }
-    /// The menu's content, which the fake panel does not show.
-    StatusMenuView &view() {
-        for (QWidget *widget : QApplication::allWidgets()) {
-            if (auto *found = qobject_cast<StatusMenuView *>(widget))
-                return *found;
-        }
-        ADD_FAILURE() << "no menu";
-        std::abort();
-    }
-    look::Control &control(const char *name) {
-        for (auto *each : view().findChildren<look::Control *>()) {
-            const bool isIt =
-                each->text() == QString::fromUtf8(name) || each->accessibleName() == QString::fromUtf8(name);
-            if (isIt && !each->isHidden())
-                return *each;
-        }
-        ADD_FAILURE() << name;
-        std::abort();
-    }
-    bool shows(const char *name) {
-        return std::ranges::any_of(view().findChildren<look::Control *>(), [name](const look::Control *each) {
-            return each->text() == QString::fromUtf8(name) && !each->isHidden();
-        });
-    }
-    void show() {
-        view().resize(view().sizeHint());
-        view().show();
-    }
-    /// As the window gets it from the desktop, over the middle of a control.
-    void held(QEvent::Type type, const look::Control &over) {
-        const QPoint place = over.mapTo(view().window(), over.rect().center());
-        const bool isRelease = type == QEvent::MouseButtonRelease;
-        QMouseEvent event(type, place, over.mapToGlobal(over.rect().center()),
-                          type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
-                          isRelease ? Qt::NoButton : Qt::LeftButton, {});
-        QCoreApplication::sendEvent(view().window()->windowHandle(), &event);
-    }
-};
 
 TEST_F(TrayMenuTest, nothingOfItExistsUntilItIsPressed) {
     EXPECT_EQ(desktop.panelWindows().made(), 0);
@@ -105,14 +57,6 @@ TEST_F(TrayMenuTest, thePressThatClosedItAsAClickElsewhereDoesNotOpenItAgain) {
     press();
     EXPECT_FALSE(panel().isOpen());
     time.advance(400ms);
-    press();
-    EXPECT_TRUE(panel().isOpen());
-}
-
-TEST_F(TrayMenuTest, afterEscapeAPressOpensItAtOnce) {
-    press();
-    show();
-    QTest::keyClick(&view(), Qt::Key_Escape);
     press();
     EXPECT_TRUE(panel().isOpen());
 }
@@ -182,146 +126,59 @@ TEST_F(TrayMenuTest, anEntryFiresAfterTheMenuIsGone) {
     EXPECT_FALSE(wasOpen);
 }
 
-TEST_F(TrayMenuTest, aKeyEquivalentFiresWithControlAndWithSuper) {
-    int quits = 0;
-    delegate->statusMenu().entry(StatusMenuItem::quit).action = [&] { ++quits; };
-    for (const auto modifier : {Qt::ControlModifier, Qt::MetaModifier}) {
-        time.advance(1s);
-        press();
-        show();
-        QTest::keyClick(&view(), Qt::Key_Q, modifier);
-        EXPECT_FALSE(panel().isOpen());
-    }
-    EXPECT_EQ(quits, 2);
-    time.advance(1s);
+TEST_F(TrayMenuTest, theEntriesOfAnOpenMenuFollowWhatChanges) {
     press();
     show();
-    QTest::keyClick(&view(), Qt::Key_Q, Qt::ControlModifier | Qt::ShiftModifier);
-    QTest::keyClick(&view(), Qt::Key_Q);
-    EXPECT_EQ(quits, 2);
-    EXPECT_TRUE(panel().isOpen());
-}
-
-TEST_F(TrayMenuTest, aDisabledEntryFiresInNoWay) {
     set(Feature::clipboardHistory, false);
-    time.advance(100ms);
-    bool isFired = false;
-    delegate->statusMenu().entry(StatusMenuItem::clipboard).action = [&] { isFired = true; };
-    press();
-    show();
+    set(Feature::emojiPicker, false);
+    time.advance(0s);
     EXPECT_FALSE(control("Clipboard Search").isEnabled());
-    control("Clipboard Search").click();
-    QTest::keyClick(&view(), Qt::Key_V, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_FALSE(isFired);
+    EXPECT_FALSE(control("Emoji Picker").isEnabled());
+    quietly([this] {
+        set(Feature::clipboardHistory, true);
+        time.advance(0s);
+    });
+    EXPECT_TRUE(control("Clipboard Search").isEnabled());
+    delegate->shell().experienceSettings().setSelectedExperience(ClipboardExperience::classic);
+    time.advance(0s);
+    EXPECT_TRUE(shows("Classic Clipboard"));
+    EXPECT_FALSE(shows("Clipboard Search"));
 }
 
-TEST_F(TrayMenuTest, theArrowsGoThroughTheGridAndTheEntriesAndRoundTheEnds) {
+TEST_F(TrayMenuTest, ofWordsHalfAsLongAgainTheTilesShowTheTitlesAndTellInFullWhatTheyCut) {
+    const QFont before = QApplication::font();
+    QFont longer = before;
+    longer.setStretch(150);
+    QApplication::setFont(longer);
     press();
     show();
-    view().setFocus();
-    QTest::keyClick(&view(), Qt::Key_Down);
-    QWidget *first = view().focusWidget();
-    ASSERT_TRUE(first);
-    EXPECT_NE(first, &view());
-    QTest::keyClick(first, Qt::Key_Up);
-    EXPECT_EQ(view().focusWidget(), &control("Quit")) << "past the first comes the last";
-    QTest::keyClick(&control("Quit"), Qt::Key_Up);
-    EXPECT_EQ(view().focusWidget(), &control("Check for Updates…"));
-    control("Screenshot").setFocus();
-    QTest::keyClick(&control("Screenshot"), Qt::Key_Right);
-    EXPECT_EQ(view().focusWidget(), &control("Record Screen"));
-    QTest::keyClick(&control("Record Screen"), Qt::Key_Left);
-    EXPECT_EQ(view().focusWidget(), &control("Screenshot"));
+    for (auto *tile : view().findChildren<look::Tile *>()) {
+        test::WordsDevice device(tile->size());
+        tile->render(&device);
+        const QStringList words = device.words();
+        EXPECT_EQ(words.join(u' ').left(tile->text().size()), tile->text());
+        QHelpEvent asked(QEvent::ToolTip, {}, {});
+        QCoreApplication::sendEvent(tile, &asked);
+        const bool isCut = words.join(u' ').contains(QChar(0x2026));
+        EXPECT_EQ(tile->toolTip().contains(tile->accessibleDescription()), isCut) << tile->text().toStdString();
+    }
+    QApplication::setFont(before);
 }
 
-TEST_F(TrayMenuTest, aPressThatIsHeldFromTheItemChoosesWhatItIsLetGoOver) {
-    int quits = 0;
-    delegate->statusMenu().entry(StatusMenuItem::quit).action = [&] { ++quits; };
+TEST_F(TrayMenuTest, wordsThatFitHaveNoToolTip) {
     press();
     show();
-    look::Control &quit = control("Quit");
-    held(QEvent::MouseMove, quit);
-    EXPECT_TRUE(quit.hasFocus() || view().focusWidget() == &quit) << "it shows what it would choose";
-    EXPECT_TRUE(panel().isOpen());
-    held(QEvent::MouseButtonRelease, quit);
-    EXPECT_FALSE(panel().isOpen());
-    EXPECT_EQ(quits, 1);
-    time.advance(1s);
-    press();
-    show();
-    held(QEvent::MouseMove, control("Clean Mode"));
-    held(QEvent::MouseButtonRelease, control("Clean Mode"));
-    EXPECT_TRUE(delegate->trayMenu().quickActions().isOn(QuickAction::cleanMode));
-}
-
-TEST_F(TrayMenuTest, aPressThatIsLetGoOnTheItemLeavesItOpen) {
-    int quits = 0;
-    delegate->statusMenu().entry(StatusMenuItem::quit).action = [&] { ++quits; };
-    press();
-    show();
-    // A small screen may have the menu under the pointer that just pressed.
-    const QPoint there = control("Quit").mapToGlobal(control("Quit").rect().center());
-    press();
-    time.advance(1s);
-    press(there);
-    show();
-    held(QEvent::MouseButtonRelease, control("Quit"));
-    EXPECT_EQ(quits, 0);
-    EXPECT_TRUE(panel().isOpen());
-}
-
-TEST_F(TrayMenuTest, aPressThatBeganInTheMenuIsNoHeldOne) {
-    int quits = 0;
-    delegate->statusMenu().entry(StatusMenuItem::quit).action = [&] { ++quits; };
-    press();
-    show();
-    held(QEvent::MouseButtonPress, control("Emoji Picker"));
-    held(QEvent::MouseMove, control("Quit"));
-    held(QEvent::MouseButtonRelease, control("Quit"));
-    EXPECT_EQ(quits, 0);
-    EXPECT_TRUE(panel().isOpen());
-}
-
-TEST_F(TrayMenuTest, aDisabledEntryIsNotChosenByAHeldPress) {
-    delegate->statusMenu().entry(StatusMenuItem::quit).isEnabled = false;
-    press();
-    show();
-    held(QEvent::MouseMove, control("Quit"));
-    held(QEvent::MouseButtonRelease, control("Quit"));
-    EXPECT_TRUE(panel().isOpen());
-}
-
-TEST_F(TrayMenuTest, theMiddleButtonOpensTheClipboardOrTheMenuWhereThereIsNone) {
-    record();
-    desktop.statusItem().pressWithTheMiddleButton({1300, 12});
-    EXPECT_THAT(takeCalls(), ElementsAre("clipboardHistory opened"));
-    EXPECT_FALSE(delegate->trayMenu().panel().isOpen());
-    set(Feature::clipboardHistory, false);
-    quietly([this] { time.advance(1s); });
-    desktop.statusItem().pressWithTheMiddleButton({1300, 12});
-    EXPECT_TRUE(delegate->trayMenu().panel().isOpen());
-}
-
-TEST_F(TrayMenuTest, escapeClosesIt) {
-    press();
-    show();
-    QTest::keyClick(&view(), Qt::Key_Escape);
-    EXPECT_FALSE(panel().isOpen());
+    for (auto *tile : view().findChildren<look::Tile *>()) {
+        QHelpEvent asked(QEvent::ToolTip, {}, {});
+        QCoreApplication::sendEvent(tile, &asked);
+        EXPECT_EQ(tile->toolTip(), QString());
+    }
 }
 
 TEST_F(TrayMenuTest, theDesktopMayCloseIt) {
     press();
     desktop.panelWindows().keyWindow()->closeFromOutside();
     EXPECT_FALSE(panel().isOpen());
-}
-
-TEST_F(TrayMenuTest, aTileIsPressedByTheKeyboard) {
-    press();
-    show();
-    QTest::keyClick(&control("Open Settings"), Qt::Key_Return);
-    EXPECT_FALSE(panel().isOpen());
-    time.advance(180ms);
-    EXPECT_TRUE(window(LargeWindows::Kind::settings));
 }
 
 TEST_F(TrayMenuTest, aFlagThatGoesTakesItsTileAndItsHeightWithIt) {
