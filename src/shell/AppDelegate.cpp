@@ -37,7 +37,7 @@ AppDelegate::AppDelegate(const Shell::Parts &parts, QObject *parent)
       m_display({parts.desktop.statusItem(), parts.defaults, m_shell.flags(), m_tools.networkSpeed().monitor()}),
       m_hotKeys(parts.desktop.hotKeys(), parts.desktop.eventMonitors(), parts.defaults, parts.desktop.time(),
                 hotKeyActions()),
-      m_settingsWindow({m_shell, m_tools, m_hotKeys}),
+      m_settingsWindow({m_shell, m_tools, m_hotKeys, [this]() -> SoftwareUpdater & { return *m_updaterController; }}),
       m_onboarding(m_shell.largeWindows(), parts.desktop.time(),
                    {.makeWelcomeWindow =
                         [this](std::function<void()> onClose) {
@@ -94,6 +94,7 @@ void AppDelegate::startUpdater() {
         SoftwareUpdater::Ports{desktop.time(), m_shell.defaults(), desktop.packageUpdates(), desktop.updateFeed(),
                                desktop.userNotifications(), desktop.urlOpener()},
         QStringLiteral(TAVRINE_VERSION));
+    connect(m_updaterController.get(), &SoftwareUpdater::unheard, this, &AppDelegate::showAbout);
     m_updaterController->start();
 }
 
@@ -282,6 +283,13 @@ void AppDelegate::openMainWindow(SidebarItem item) {
                                                         : nullptr;
     if (notice)
         m_shell.time().async(this, [this, notice] { m_shell.center().post(QLatin1String(notice)); });
+}
+
+/// Where the outcome of a look for updates stands.
+void AppDelegate::showAbout() {
+    openMainWindow(SidebarItem::about);
+    if (QWidget *settings = m_shell.largeWindows().window(LargeWindows::Kind::settings))
+        SettingsWindow::select(*settings, SidebarItem::about);
 }
 
 /// Once more, when the menu is gone for certain: the desktop may have given the front to another meanwhile. Who has

@@ -76,6 +76,7 @@ private:
     [[nodiscard]] bool isFeatureOn(Trigger trigger);
     void setupStatusItem();
     void startUpdater();
+    void showAbout();
     void secondaryPress(QPoint place);
     void startSpeedObservers();
     void updateStatusItemSoon();

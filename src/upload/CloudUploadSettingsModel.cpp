@@ -91,13 +91,20 @@ bool CloudUploadSettingsModel::passesSyntaxCheck() {
     return true;
 }
 
-void CloudUploadSettingsModel::save() {
+bool CloudUploadSettingsModel::isUnsaved() const {
+    const QString saved = m_ports.uploadManager.savedScript();
+    if (!saved.isEmpty())
+        return m_draftScript != saved;
+    return m_draftScript != m_texts.defaultScript && !m_draftScript.trimmed().isEmpty();
+}
+
+bool CloudUploadSettingsModel::save() {
     if (!passesSyntaxCheck())
-        return;
+        return false;
     // Only a first look: a comment passes, and the worker tells of it.
     if (!m_draftScript.contains(QLatin1String("uploadImage"))) {
         fail(QStringLiteral("Your script must define a function named uploadImage(imageBase64, fileName)."));
-        return;
+        return false;
     }
     m_syntaxError.reset();
     m_syntaxErrorLine.reset();
@@ -108,6 +115,7 @@ void CloudUploadSettingsModel::save() {
         m_saveConfirmation = false;
         Q_EMIT changed();
     });
+    return true;
 }
 
 void CloudUploadSettingsModel::testScript() {

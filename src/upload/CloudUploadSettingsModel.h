@@ -53,6 +53,8 @@ public:
 
     [[nodiscard]] bool isEnabled() const;
     [[nodiscard]] const QString &draftScript() const { return m_draftScript; }
+    /// Whether something would be lost with the page.
+    [[nodiscard]] bool isUnsaved() const;
     [[nodiscard]] const std::optional<QString> &syntaxError() const { return m_syntaxError; }
     /// The line of the syntax error, from 1; none when it has none, or when the draft is another since.
     [[nodiscard]] std::optional<int> syntaxErrorLine() const { return m_syntaxErrorLine; }
@@ -70,7 +72,8 @@ public:
     /// The person types.
     void setDraftScript(const QString &script);
     void useImgbbTemplate();
-    void save();
+    /// False when the script cannot be saved, which the syntax error tells.
+    bool save();
     void testScript();
     void openDocs();
     void openResult();

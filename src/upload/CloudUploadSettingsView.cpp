@@ -100,6 +100,10 @@ CloudUploadSettingsView::CloudUploadSettingsView(CloudUploadSettingsModel::Ports
 
 CloudUploadSettingsView::~CloudUploadSettingsView() = default;
 
+look::Draft::Question CloudUploadSettingsView::question() const {
+    return {QStringLiteral("Save the upload script?"), QStringLiteral("What you changed in it is lost otherwise.")};
+}
+
 QWidget *CloudUploadSettingsView::makeHeader() {
     auto *card = new Card;
     auto *header = new SettingsRow(QStringLiteral("icloud.and.arrow.up.fill"), QStringLiteral("Custom Upload Script"),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "look/Draft.h"
 #include "upload/CloudUploadSettingsModel.h"
 
 #include <QWidget>
@@ -17,8 +18,8 @@ class ScriptEditorView;
 class TestLogView;
 
 /// The page of the settings on which the upload script is edited, saved and tried out. Made when it is opened; its
-/// draft goes with it. Main thread.
-class CloudUploadSettingsView final : public QWidget {
+/// draft goes with it, and whoever closes it asks first. Main thread.
+class CloudUploadSettingsView final : public QWidget, public look::Draft {
     Q_OBJECT
 
 public:
@@ -27,6 +28,9 @@ public:
     ~CloudUploadSettingsView() override;
 
     [[nodiscard]] QSize sizeHint() const override { return {660, 600}; }
+    [[nodiscard]] bool isUnsaved() const override { return m_model.isUnsaved(); }
+    [[nodiscard]] Question question() const override;
+    [[nodiscard]] bool saveDraft() override { return m_model.save(); }
 
 protected:
     void resizeEvent(QResizeEvent *event) override;

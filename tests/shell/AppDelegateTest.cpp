@@ -1,7 +1,9 @@
 #include "ShellTest.h"
 #include "capture/SnipFlow.h"
 #include "capture/editor/TavrineEditorContainerView.h"
+#include "look/Tile.h"
 #include "shell/menu/TrayMenu.h"
+#include "shell/settings/MainAppView.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -303,6 +305,20 @@ TEST_F(AppDelegateTest, theMenusOwnEntriesDoWhatTheySay) {
     EXPECT_FALSE(desktop.application().isTerminated());
     delegate->statusMenu().entry(StatusMenuItem::quit).action();
     EXPECT_TRUE(desktop.application().isTerminated());
+}
+
+TEST_F(AppDelegateTest, withoutNotificationsWhatThePersonAskedOfUpdatesStandsOnTheAboutPage) {
+    desktop.userNotifications().setGranted(false);
+    quietly([this] {
+        delegate->statusMenu().entry(StatusMenuItem::checkForUpdates).action();
+        time.runPending();
+    });
+    auto *settings = qobject_cast<MainAppView *>(window(LargeWindows::Kind::settings));
+    ASSERT_TRUE(settings);
+    EXPECT_EQ(settings->selection(), SidebarItem::about);
+    const auto rows = settings->page()->findChildren<look::SettingsRow *>();
+    EXPECT_TRUE(std::ranges::any_of(
+        rows, [](const look::SettingsRow *row) { return row->note().contains(text("look for updates")); }));
 }
 
 TEST_F(AppDelegateTest, theEntryThatLooksForUpdatesIsThereToBePressedWhileItLooks) {

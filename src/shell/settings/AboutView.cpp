@@ -7,6 +7,7 @@
 #include "look/Tile.h"
 #include "ports/UrlOpener.h"
 #include "shell/settings/AppIconView.h"
+#include "shell/updates/SoftwareUpdater.h"
 
 #include <QVBoxLayout>
 
@@ -48,8 +49,27 @@ AboutView::AboutView(const Parts &parts) {
     add(centred(version, TextRole::body, Label::Tone::secondary));
     column().addSpacing(space::medium);
     Card *card = addSection();
+    card->add(makeUpdates(parts.updater));
     card->add(linkRow("envelope", "Support", parts.urlOpener, addressOf(Address::support, parts.resources)));
     card->add(linkRow("globe", "Developer Website", parts.urlOpener, addressOf(Address::website, parts.resources)));
+}
+
+/// The outcome stands here also for a desktop that shows no notifications.
+QWidget *AboutView::makeUpdates(SoftwareUpdater &updater) {
+    auto *row = new SettingsRow(QStringLiteral("square.and.arrow.down"), QStringLiteral("Updates"));
+    auto *button = new Button(QStringLiteral("Check Now"));
+    button->setButtonSize(ButtonSize::small);
+    const auto show = [row, button, &updater] {
+        const QString status = updater.status();
+        row->setNote(status.isEmpty() ? QStringLiteral("Not looked for since Tavrine was started") : status);
+        button->setAccessibleDescription(row->note());
+        button->setEnabled(updater.state() != SoftwareUpdater::State::lookingForPerson);
+    };
+    show();
+    row->setTrailing(button);
+    connect(&updater, &SoftwareUpdater::changed, row, show);
+    connect(button, &QAbstractButton::clicked, &updater, &SoftwareUpdater::checkForUpdates);
+    return row;
 }
 
 QWidget *AboutView::makeIcon() {

@@ -4,15 +4,18 @@
 
 namespace tavrine {
 
+class SoftwareUpdater;
 class UrlOpener;
 
-/// Who made the program, and which one it is. Belongs to the window; main thread.
+/// Who made the program, which one it is, and what the last look for a newer one brought. Belongs to the window; main
+/// thread.
 class AboutView final : public look::SettingsPage {
     Q_OBJECT
 
 public:
     struct Parts {
-        UrlOpener &urlOpener; ///< outlives the page
+        UrlOpener &urlOpener;     ///< outlives the page
+        SoftwareUpdater &updater; ///< may go before it
         QString resources;
         QString appVersion;
         QString buildNumber; ///< empty when the build has none
@@ -27,6 +30,7 @@ private:
     static constexpr int tapsInARound = 5;
 
     [[nodiscard]] QWidget *makeIcon();
+    [[nodiscard]] QWidget *makeUpdates(SoftwareUpdater &updater);
 
     int m_tapCount = 0;
 };

@@ -30,7 +30,9 @@ void ClearAndDisable::ask() {
     m_showMemoryCleaningOverlay = true;
     Q_EMIT changed();
     m_ports.flags.set(Feature::clipboardHistory, false);
-    m_ports.time.asyncAfter(overlayTime, this, [this] {
+    m_ports.time.asyncAfter(overlayTime, this, [this, run = ++m_run] {
+        if (run != m_run)
+            return; // another began meanwhile, and is told of as long as this one was
         m_showMemoryCleaningOverlay = false;
         Q_EMIT changed();
     });

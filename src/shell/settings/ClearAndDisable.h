@@ -41,6 +41,7 @@ private:
     Ports m_ports;
     bool m_showClipboardClearConfirm = false;
     bool m_showMemoryCleaningOverlay = false;
+    int m_run = 0;
 };
 
 } // namespace tavrine

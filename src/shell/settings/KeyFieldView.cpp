@@ -5,6 +5,8 @@
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
+#include "look/PanelKeys.h"
+#include "shell/Triggers.h"
 
 #include <QKeyEvent>
 #include <QPainter>
@@ -19,11 +21,16 @@ using namespace look;
 
 const QString modifiers = QStringLiteral("⌘⇧");
 
-/// A letter or digit by its key, also under modifiers that take its text away; else the text.
+/// A letter or digit by its key, also under modifiers that take its text away; a digit also by its place, where the
+/// key or Shift writes something else; else the text.
 QString textOf(const QKeyEvent &event) {
     const int key = event.key();
     if ((key >= Qt::Key_A && key <= Qt::Key_Z) || (key >= Qt::Key_0 && key <= Qt::Key_9))
         return QString(QChar(key));
+    const int place = virtualKeyOf(event);
+    for (char16_t digit = u'0'; digit <= u'9'; ++digit)
+        if (keyCode(QString(QChar(digit))) == place)
+            return QString(QChar(digit));
     const QString text = event.text();
     return !text.isEmpty() && text.front().isPrint() && !text.front().isSpace() ? text : QString();
 }
@@ -67,7 +74,11 @@ void KeyFieldView::paintEvent(QPaintEvent *) {
 }
 
 void KeyFieldView::keyPressEvent(QKeyEvent *event) {
-    const bool isOurs = event->modifiers() & (Qt::ControlModifier | Qt::AltModifier); // a shortcut of the window
+    const auto modifiers = event->modifiers();
+    const bool isWholeChord =
+        modifiers.testFlags(Qt::ControlModifier | Qt::ShiftModifier); // typed as it is pressed later
+    const bool isOurs =                                               // a shortcut of the window
+        modifiers.testFlag(Qt::AltModifier) || (modifiers.testFlag(Qt::ControlModifier) && !isWholeChord);
     const QString text = isOurs ? QString() : textOf(*event);
     if (text.isEmpty())
         QWidget::keyPressEvent(event);

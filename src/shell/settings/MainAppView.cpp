@@ -1,7 +1,6 @@
 #include "shell/settings/MainAppView.h"
 
 #include "look/ApplicationIcon.h"
-#include "look/Draft.h"
 #include "look/EmptyState.h"
 #include "look/Look.h"
 #include "look/Tile.h"
@@ -65,7 +64,8 @@ void MainAppView::addKeys() {
 void MainAppView::setSelection(std::optional<SidebarItem> item) {
     if (m_isAsking || (item == m_selection && m_page))
         return;
-    settleDrafts();
+    if (!settleDrafts())
+        return;
     m_selection = item;
     m_sidebar->setSelection(item);
     if (m_page) {
@@ -82,32 +82,33 @@ void MainAppView::setSelection(std::optional<SidebarItem> item) {
     m_sidebar->lower(); // and comes first to a screen reader
 }
 
-/// Asks once for all that a page holds.
-void MainAppView::settleDrafts() {
+/// Asks for what the page holds. False when the page has to stay.
+bool MainAppView::settleDrafts() {
     std::vector<look::Draft *> unsaved;
     if (m_page && !m_isAsking) {
-        for (QWidget *widget : m_page->findChildren<QWidget *>()) {
+        for (QWidget *widget : QList<QWidget *>{m_page} + m_page->findChildren<QWidget *>()) {
             if (auto *draft = dynamic_cast<look::Draft *>(widget); draft && draft->isUnsaved())
                 unsaved.push_back(draft);
         }
     }
-    if (unsaved.empty())
-        return;
-    const QPointer self(this);
-    m_isAsking = true;
-    const bool isWanted = m_askToSave();
-    if (!self)
-        return;
-    m_isAsking = false;
     for (look::Draft *draft : unsaved) {
-        if (isWanted)
-            draft->saveDraft();
+        const QPointer self(this);
+        m_isAsking = true;
+        const bool isWanted = m_askToSave(draft->question());
+        if (!self)
+            return false;
+        m_isAsking = false;
+        if (isWanted && !draft->saveDraft())
+            return false;
     }
+    return true;
 }
 
 void MainAppView::closeEvent(QCloseEvent *event) {
-    settleDrafts();
-    QWidget::closeEvent(event);
+    if (settleDrafts())
+        QWidget::closeEvent(event);
+    else
+        event->ignore();
 }
 
 void MainAppView::place() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/NotificationCenter.h"
+#include "look/Draft.h"
 #include "shell/settings/SidebarItem.h"
 
 #include <QWidget>
@@ -16,9 +17,10 @@ class SidebarView;
 /// The settings: the side bar, and the page that is selected in it. It holds no setting itself. Belongs to the window;
 /// main thread.
 ///
-/// A page with something unsaved goes when the person was asked whether to save it.
-/// The window is moved by its ground, beside everything that can be pressed. Only the page that is shown exists.
-/// "navigateToClipboardSettings" and "navigateToLofiSettings" lead to their pages for as long as the view lives.
+/// A page with something unsaved goes when the person was asked whether to save it, and stays when it shall be saved
+/// and cannot. The window is moved by its ground, beside everything that can be pressed. Only the page that is shown
+/// exists. "navigateToClipboardSettings" and "navigateToLofiSettings" lead to their pages for as long as the view
+/// lives.
 class MainAppView final : public QWidget {
     Q_OBJECT
 
@@ -30,7 +32,7 @@ public:
     using MakePage = std::function<std::unique_ptr<QWidget>(SidebarItem)>;
 
     /// True to save what is unsaved. The main loop may run meanwhile.
-    using AskToSave = std::function<bool()>;
+    using AskToSave = std::function<bool(const look::Draft::Question &)>;
 
     /// A new view shows the first page.
     MainAppView(NotificationCenter &center, MakePage makePage, AskToSave askToSave, QWidget *parent = nullptr);
@@ -53,7 +55,7 @@ protected:
 
 private:
     void addKeys();
-    void settleDrafts();
+    [[nodiscard]] bool settleDrafts();
     void place();
 
     MakePage m_makePage;

@@ -47,10 +47,10 @@ std::unique_ptr<QWidget> SettingsWindow::makeWindow() {
     ClearAndDisable *clearAndDisable = flow.get();
     auto window = MainAppView::makeWindow(
         shell.center(), [this, clearAndDisable](SidebarItem item) { return make(item, *clearAndDisable); },
-        [&desktop] {
+        [&desktop](const look::Draft::Question &question) {
             return desktop.alerts().runModal(
-                {.message = QStringLiteral("Save the new shortcut?"),
-                 .information = QStringLiteral("It does nothing until it is saved."),
+                {.message = question.message,
+                 .information = question.information,
                  .buttons = {QStringLiteral("Save Changes"), QStringLiteral("Don't Save")}});
         });
     flow.release()->setParent(window.get());
@@ -58,6 +58,11 @@ std::unique_ptr<QWidget> SettingsWindow::makeWindow() {
     QObject::connect(clearAndDisable, &ClearAndDisable::changed, overlay,
                      [clearAndDisable, overlay] { overlay->setShown(clearAndDisable->showMemoryCleaningOverlay()); });
     return window;
+}
+
+void SettingsWindow::select(QWidget &window, SidebarItem item) {
+    if (auto *view = qobject_cast<MainAppView *>(&window))
+        view->setSelection(item);
 }
 
 std::unique_ptr<QWidget> SettingsWindow::make(SidebarItem item, ClearAndDisable &clearAndDisable) {
@@ -91,7 +96,8 @@ std::unique_ptr<QWidget> SettingsWindow::make(SidebarItem item, ClearAndDisable 
         return std::make_unique<PrivacySettingsView>(PrivacySettingsModel::Ports{
             desktop.alerts(), shell.clipboardManager(), shell.time(), desktop.urlOpener(), resources});
     case SidebarItem::about:
-        return std::make_unique<AboutView>(AboutView::Parts{desktop.urlOpener(), resources, appVersion(), {}});
+        return std::make_unique<AboutView>(
+            AboutView::Parts{desktop.urlOpener(), m_parts.updater(), resources, appVersion(), {}});
     case SidebarItem::layout:
         return std::make_unique<LayoutSettingsView>(shell.flags(), shell.defaults(), shell.center());
     case SidebarItem::keepAwake:

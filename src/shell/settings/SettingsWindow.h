@@ -13,6 +13,7 @@ namespace tavrine {
 class ClearAndDisable;
 class HotKeyCenter;
 class Shell;
+class SoftwareUpdater;
 class Tools;
 
 /// The one place where the pages of the settings are made: each over the manager that owns what it shows. AppDelegate
@@ -24,11 +25,14 @@ public:
         Shell &shell;
         Tools &tools;
         HotKeyCenter &hotKeys;
+        std::function<SoftwareUpdater &()> updater; ///< there is one once the program is launched
     };
-    explicit SettingsWindow(const Parts &parts) : m_parts(parts) {}
+    explicit SettingsWindow(Parts parts) : m_parts(std::move(parts)) {}
 
     /// The window with its first page, not shown yet.
     [[nodiscard]] std::unique_ptr<QWidget> makeWindow();
+    /// Leads to a page of such a window.
+    static void select(QWidget &window, SidebarItem item);
 
 private:
     [[nodiscard]] std::unique_ptr<QWidget> make(SidebarItem item, ClearAndDisable &clearAndDisable);

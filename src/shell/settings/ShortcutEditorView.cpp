@@ -98,6 +98,15 @@ ShortcutEditorView::ShortcutEditorView(std::unique_ptr<ShortcutEditor> editor, T
 
 ShortcutEditorView::~ShortcutEditorView() = default;
 
+look::Draft::Question ShortcutEditorView::question() const {
+    return {QStringLiteral("Save the new shortcut?"), QStringLiteral("It does nothing until it is saved.")};
+}
+
+bool ShortcutEditorView::saveDraft() {
+    m_editor->save();
+    return true; // what stands in its way makes it no draft
+}
+
 void ShortcutEditorView::addTypeRow() {
     auto *row = new SettingsRow(QStringLiteral("keyboard"), QStringLiteral("Shortcut Type"), m_texts.typeNote);
     m_type = new SegmentedControl({QStringLiteral("Global Shortcut"), QStringLiteral("Double Option")});

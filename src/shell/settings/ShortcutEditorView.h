@@ -35,7 +35,8 @@ public:
     ~ShortcutEditorView() override;
 
     [[nodiscard]] bool isUnsaved() const override { return m_editor->hasChanges(); }
-    void saveDraft() override { m_editor->save(); }
+    [[nodiscard]] Question question() const override;
+    [[nodiscard]] bool saveDraft() override;
 
 private:
     class SaveRow;

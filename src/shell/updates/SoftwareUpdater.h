@@ -54,18 +54,32 @@ public:
     void checkForUpdates();
 
     [[nodiscard]] State state() const { return m_state; }
+    /// That it looks because the person asked, or what the last look brought; empty before the first one.
+    [[nodiscard]] QString status() const;
+
+Q_SIGNALS:
+    /// The state or the status is another.
+    void changed();
+    /// The person asked, and the desktop shows no notification of what came of it.
+    void unheard();
 
 private:
     void lookIfDue();
     void look(State state);
     void onFinished(const UpdateOutcome &outcome);
     void tellByItself(const UpdateOutcome &outcome);
-    void tell(const UpdateOutcome &outcome);
-    void say(const QString &sentence, std::function<void()> pressed, std::function<void()> shown);
+    void tell(const UpdateOutcome &outcome, State asked);
+    struct Echoes {
+        std::function<void()> pressed = {}; ///< by the person
+        std::function<void()> shown = {};   ///< by the desktop
+        std::function<void()> unshown = {}; ///< not by the desktop, but as a line
+    };
+    void say(const QString &sentence, Echoes echoes);
 
     Ports m_ports;
     QString m_version;
     State m_state = State::idle;
+    QString m_lastSentence;
     Date m_began;
     std::unique_ptr<UpdateCheck> m_check;
     std::unique_ptr<Timer> m_pulse;

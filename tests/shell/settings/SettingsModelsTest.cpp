@@ -148,6 +148,20 @@ TEST_F(SettingsModels, clearAndDisableAsksClearsTellsAndSwitchesTheHistoryOff) {
     EXPECT_FALSE(FeatureRowModel(Feature::clipboardHistory, delegate->shell().flags(), time).isOn());
 }
 
+TEST_F(SettingsModels, aSecondClearingIsToldOfAsLongAsTheFirst) {
+    ClearAndDisable flow({desktop.alerts(), manager(), delegate->shell().flags(), time});
+    desktop.alerts().answerNextWithFirstButton();
+    flow.ask();
+    time.advance(2s);
+    set(Feature::clipboardHistory, true);
+    desktop.alerts().answerNextWithFirstButton();
+    flow.ask();
+    time.advance(2399ms);
+    EXPECT_TRUE(flow.showMemoryCleaningOverlay());
+    time.advance(1ms);
+    EXPECT_FALSE(flow.showMemoryCleaningOverlay());
+}
+
 TEST_F(SettingsModels, clearAndDisableThatIsCancelledChangesNothing) {
     add("one");
     ClearAndDisable flow({desktop.alerts(), manager(), delegate->shell().flags(), time});

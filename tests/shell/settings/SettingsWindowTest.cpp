@@ -1,21 +1,16 @@
-// The settings window within a whole program, on a desktop of fakes.
+#include "shell/settings/SettingsWindowTest.h"
 
 #include "look/Button.h"
-#include "look/SegmentedControl.h"
+#include "look/Tile.h"
 #include "look/Toggle.h"
-#include "shell/ShellTest.h"
 #include "shell/settings/AboutView.h"
 #include "shell/settings/AppIconView.h"
-#include "shell/settings/KeyFieldView.h"
 #include "shell/settings/LayoutPreviewView.h"
-#include "shell/settings/MainAppView.h"
-#include "shell/settings/SidebarView.h"
 #include "utilities/lofi/LofiManager.h"
 
 #include <QApplication>
 #include <QMouseEvent>
 #include <QSet>
-#include <QTest>
 
 namespace tavrine {
 namespace {
@@ -41,37 +36,7 @@ TEST(Sidebar, everyPageStandsInItOnceInItsGroups) {
         EXPECT_EQ(&textOf(text.item), &text) << "the table is in the order of the enumeration";
 }
 
-class SettingsWindow : public ShellTest {
-protected:
-    void SetUp() override {
-        launch();
-        delegate->openSettings();
-    }
-    MainAppView &view() { return *qobject_cast<MainAppView *>(window(LargeWindows::Kind::settings)); }
-    SidebarView &sidebar() { return *view().findChild<SidebarView *>(); }
-    void go(SidebarItem item) {
-        view().setSelection(item);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-    template <class T>
-    T *find(const char *name) {
-        for (T *each : view().page()->template findChildren<T *>()) {
-            if (each->accessibleName() == text(name) || buttonText(each) == text(name))
-                return each;
-        }
-        return nullptr;
-    }
-    static QString buttonText(const QWidget *widget) {
-        const auto *button = qobject_cast<const QAbstractButton *>(widget);
-        return button ? button->text() : QString();
-    }
-    void key(int key, Qt::KeyboardModifiers modifiers = {}) {
-        QWidget *target = view().focusWidget() ? view().focusWidget() : &view();
-        QTest::keyClick(target, Qt::Key(key), modifiers);
-    }
-};
-
-TEST_F(SettingsWindow, aNewWindowShowsHomeAndIsOfItsFirstSize) {
+TEST_F(SettingsWindowTest, aNewWindowShowsHomeAndIsOfItsFirstSize) {
     EXPECT_EQ(view().selection(), SidebarItem::home);
     EXPECT_EQ(view().size(), QSize(900, 600));
     EXPECT_EQ(view().minimumSize(), QSize(720, 520));
@@ -79,7 +44,7 @@ TEST_F(SettingsWindow, aNewWindowShowsHomeAndIsOfItsFirstSize) {
     EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::regular);
 }
 
-TEST_F(SettingsWindow, openingOnTheClipboardMovesAnOpenWindowThereAndOpeningOnHomeLeavesItWhereItIs) {
+TEST_F(SettingsWindowTest, openingOnTheClipboardMovesAnOpenWindowThereAndOpeningOnHomeLeavesItWhereItIs) {
     go(SidebarItem::privacy);
     delegate->openMainWindow(SidebarItem::home);
     time.advance(0s);
@@ -93,7 +58,7 @@ TEST_F(SettingsWindow, openingOnTheClipboardMovesAnOpenWindowThereAndOpeningOnHo
     EXPECT_EQ(view().selection(), SidebarItem::lofi);
 }
 
-TEST_F(SettingsWindow, aClosedWindowOpensOnHomeAgainAndTheProgramLeavesTheTaskBar) {
+TEST_F(SettingsWindowTest, aClosedWindowOpensOnHomeAgainAndTheProgramLeavesTheTaskBar) {
     go(SidebarItem::about);
     view().close();
     EXPECT_EQ(window(LargeWindows::Kind::settings), nullptr);
@@ -103,14 +68,14 @@ TEST_F(SettingsWindow, aClosedWindowOpensOnHomeAgainAndTheProgramLeavesTheTaskBa
     EXPECT_EQ(view().selection(), SidebarItem::home);
 }
 
-TEST_F(SettingsWindow, onlyThePageThatIsShownExists) {
+TEST_F(SettingsWindowTest, onlyThePageThatIsShownExists) {
     go(SidebarItem::about);
     EXPECT_EQ(view().findChildren<AboutView *>().size(), 1);
     go(SidebarItem::general);
     EXPECT_EQ(view().findChildren<AboutView *>().size(), 0);
 }
 
-TEST_F(SettingsWindow, withoutASelectionItAsksForOne) {
+TEST_F(SettingsWindowTest, withoutASelectionItAsksForOne) {
     view().setSelection(std::nullopt);
     EXPECT_FALSE(view().selection().has_value());
     ASSERT_TRUE(view().page());
@@ -118,7 +83,7 @@ TEST_F(SettingsWindow, withoutASelectionItAsksForOne) {
     EXPECT_EQ(view().selection(), SidebarItem::general);
 }
 
-TEST_F(SettingsWindow, everyPageOpensAndEachOfItsControlsHasAName) {
+TEST_F(SettingsWindowTest, everyPageOpensAndEachOfItsControlsHasAName) {
     for (const SidebarItem item : SidebarView::order()) {
         go(item);
         ASSERT_TRUE(view().page()) << textOf(item).text;
@@ -130,7 +95,7 @@ TEST_F(SettingsWindow, everyPageOpensAndEachOfItsControlsHasAName) {
     }
 }
 
-TEST_F(SettingsWindow, theArrowsMoveTheSelectionAndStopAtTheEnds) {
+TEST_F(SettingsWindowTest, theArrowsMoveTheSelectionAndStopAtTheEnds) {
     QTest::keyClick(sidebar().findChild<look::Control *>(), Qt::Key_Down);
     EXPECT_EQ(view().selection(), SidebarItem::general);
     key(Qt::Key_End);
@@ -142,7 +107,7 @@ TEST_F(SettingsWindow, theArrowsMoveTheSelectionAndStopAtTheEnds) {
     EXPECT_EQ(view().selection(), SidebarItem::home);
 }
 
-TEST_F(SettingsWindow, typedLettersLeadToThePageThatBeginsWithThem) {
+TEST_F(SettingsWindowTest, typedLettersLeadToThePageThatBeginsWithThem) {
     QWidget *target = sidebar().findChild<look::Control *>();
     const auto type = [&](char letter, quint64 at) {
         QKeyEvent event(QEvent::KeyPress, Qt::Key_A + (letter - 'a'), {}, QString(QLatin1Char(letter)));
@@ -157,14 +122,14 @@ TEST_F(SettingsWindow, typedLettersLeadToThePageThatBeginsWithThem) {
     EXPECT_EQ(type('e', 9000), SidebarItem::keepAwake) << "still the same word";
 }
 
-TEST_F(SettingsWindow, theWholeBarIsOneStopOfTheTabKey) {
+TEST_F(SettingsWindowTest, theWholeBarIsOneStopOfTheTabKey) {
     int stops = 0;
     for (const auto *row : sidebar().findChildren<look::Control *>())
         stops += row->focusPolicy() & Qt::TabFocus ? 1 : 0;
     EXPECT_EQ(stops, 1);
 }
 
-TEST_F(SettingsWindow, theKeysOfPagesAndOfClosing) {
+TEST_F(SettingsWindowTest, theKeysOfPagesAndOfClosing) {
     QApplication::setActiveWindow(&view());
     QTest::keyClick(&view(), Qt::Key_3, Qt::ControlModifier);
     EXPECT_EQ(view().selection(), SidebarItem::features);
@@ -174,7 +139,7 @@ TEST_F(SettingsWindow, theKeysOfPagesAndOfClosing) {
     EXPECT_EQ(window(LargeWindows::Kind::settings), nullptr);
 }
 
-TEST_F(SettingsWindow, thePageMayGoWhileAControlOfItHasTheKeyboardAndItsRing) {
+TEST_F(SettingsWindowTest, thePageMayGoWhileAControlOfItHasTheKeyboardAndItsRing) {
     QApplication::setActiveWindow(&view());
     for (const SidebarItem item : {SidebarItem::features, SidebarItem::home, SidebarItem::clipboard}) {
         go(item);
@@ -187,7 +152,7 @@ TEST_F(SettingsWindow, thePageMayGoWhileAControlOfItHasTheKeyboardAndItsRing) {
     }
 }
 
-TEST_F(SettingsWindow, theFifthTapOnTheIconLeavesThePageAsItWas) {
+TEST_F(SettingsWindowTest, theFifthTapOnTheIconLeavesThePageAsItWas) {
     go(SidebarItem::about);
     auto *about = qobject_cast<AboutView *>(view().page());
     auto *icon = about->findChild<AppIconView *>();
@@ -201,7 +166,23 @@ TEST_F(SettingsWindow, theFifthTapOnTheIconLeavesThePageAsItWas) {
     EXPECT_EQ(about->grab().toImage(), before);
 }
 
-TEST_F(SettingsWindow, aSwitchOnThePageActsAtOnceAndFollowsTheFlag) {
+TEST_F(SettingsWindowTest, theAboutPageLooksForUpdatesAndFollowsTheLook) {
+    go(SidebarItem::about);
+    auto *button = find<look::Button>("Check Now");
+    ASSERT_TRUE(button);
+    const auto *row = qobject_cast<look::SettingsRow *>(button->parentWidget());
+    EXPECT_EQ(row->note(), text("Not looked for since Tavrine was started"));
+    button->click();
+    EXPECT_FALSE(button->isEnabled());
+    EXPECT_THAT(row->note().toStdString(), HasSubstr("is looking"));
+    time.runPending();
+    EXPECT_TRUE(button->isEnabled());
+    EXPECT_THAT(row->note().toStdString(), HasSubstr("does not look for updates by itself"));
+    EXPECT_EQ(button->accessibleDescription(), row->note());
+    EXPECT_EQ(desktop.userNotifications().added(), 1);
+}
+
+TEST_F(SettingsWindowTest, aSwitchOnThePageActsAtOnceAndFollowsTheFlag) {
     go(SidebarItem::features);
     auto *toggle = find<look::Toggle>("Emoji Picker");
     ASSERT_TRUE(toggle);
@@ -211,7 +192,7 @@ TEST_F(SettingsWindow, aSwitchOnThePageActsAtOnceAndFollowsTheFlag) {
     EXPECT_TRUE(toggle->isChecked());
 }
 
-TEST_F(SettingsWindow, clearAndDisableLeavesTheClipboardsRowOff) {
+TEST_F(SettingsWindowTest, clearAndDisableLeavesTheClipboardsRowOff) {
     go(SidebarItem::features);
     desktop.alerts().answerNextWithFirstButton();
     auto *button = find<look::Button>("Clear & Disable");
@@ -221,71 +202,7 @@ TEST_F(SettingsWindow, clearAndDisableLeavesTheClipboardsRowOff) {
     EXPECT_EQ(desktop.alerts().shown().size(), 1);
 }
 
-TEST_F(SettingsWindow, aKeyThatIsTypedIsSavedAndRegisteredAtOnce) {
-    go(SidebarItem::emoji);
-    auto *field = find<KeyFieldView>("Shortcut Key");
-    ASSERT_TRUE(field);
-    EXPECT_EQ(field->key(), text("E"));
-    auto *save = find<look::Button>("Save Changes");
-    ASSERT_TRUE(save);
-    EXPECT_FALSE(save->isVisibleTo(view().page()));
-    QTest::keyClick(field, Qt::Key_K, Qt::MetaModifier | Qt::ShiftModifier);
-    EXPECT_EQ(field->key(), text("K"));
-    EXPECT_TRUE(save->isVisibleTo(view().page()));
-    quietly([&] { save->click(); });
-    EXPECT_EQ(defaults.get<QString>(text("emojiHotkeyKey")), text("K"));
-    EXPECT_EQ(label(delegate->statusMenu().entry(StatusMenuItem::emojiPicker).keyEquivalent), text("⌘⇧K"));
-}
-
-TEST_F(SettingsWindow, aShortcutThatIsNotSavedIsAskedForBeforeItsPageGoes) {
-    const auto type = [this](Qt::Key key) {
-        go(SidebarItem::emoji);
-        QTest::keyClick(find<KeyFieldView>("Shortcut Key"), key);
-    };
-    type(Qt::Key_K);
-    go(SidebarItem::home);
-    EXPECT_EQ(desktop.alerts().shown().size(), 1);
-    EXPECT_EQ(view().selection(), SidebarItem::home);
-    EXPECT_FALSE(defaults.contains(text("emojiHotkeyKey"))) << "it was not wanted";
-    type(Qt::Key_K);
-    desktop.alerts().answerNextWithFirstButton();
-    quietly([this] { go(SidebarItem::home); });
-    EXPECT_EQ(defaults.get<QString>(text("emojiHotkeyKey")), text("K"));
-    type(Qt::Key_J);
-    desktop.alerts().answerNextWithFirstButton();
-    quietly([this] { view().close(); });
-    EXPECT_EQ(defaults.get<QString>(text("emojiHotkeyKey")), text("J"));
-    EXPECT_EQ(desktop.alerts().shown().size(), 3);
-    EXPECT_EQ(window(LargeWindows::Kind::settings), nullptr);
-}
-
-TEST_F(SettingsWindow, aPageWithoutADraftGoesWithoutAQuestion) {
-    for (const SidebarItem item : SidebarView::order())
-        go(item);
-    go(SidebarItem::emoji);
-    QTest::keyClick(find<KeyFieldView>("Shortcut Key"), Qt::Key_V); // the clipboard's, which cannot be saved
-    view().close();
-    EXPECT_TRUE(desktop.alerts().shown().isEmpty());
-}
-
-TEST_F(SettingsWindow, aKeyOfAnotherToolCannotBeSaved) {
-    go(SidebarItem::emoji);
-    auto *field = find<KeyFieldView>("Shortcut Key");
-    QTest::keyClick(field, Qt::Key_V);
-    EXPECT_FALSE(find<look::Button>("Save Changes")->isVisibleTo(view().page()));
-}
-
-TEST_F(SettingsWindow, theDoubleTapIsChosenBesideTheKey) {
-    go(SidebarItem::emoji);
-    auto *type = view().page()->findChild<look::SegmentedControl *>();
-    ASSERT_TRUE(type);
-    Q_EMIT type->chosen(1);
-    EXPECT_FALSE(find<KeyFieldView>("Shortcut Key")->isVisibleTo(view().page()));
-    quietly([&] { find<look::Button>("Save Changes")->click(); });
-    EXPECT_EQ(defaults.get<QString>(text("emojiHotkeyMode")), text("doubleOption"));
-}
-
-TEST_F(SettingsWindow, keepAwakeSwitchedOffOnTheLayoutPageReleasesTheMachine) {
+TEST_F(SettingsWindowTest, keepAwakeSwitchedOffOnTheLayoutPageReleasesTheMachine) {
     quietly([this] {
         delegate->tools().keepAwake().manager().enable();
         time.advance(1s);
@@ -300,7 +217,7 @@ TEST_F(SettingsWindow, keepAwakeSwitchedOffOnTheLayoutPageReleasesTheMachine) {
     EXPECT_TRUE(desktop.powerAssertions().held().empty());
 }
 
-TEST_F(SettingsWindow, thePageOfAToolThatIsOffStartsNothing) {
+TEST_F(SettingsWindowTest, thePageOfAToolThatIsOffStartsNothing) {
     set(Feature::keepAwake, false);
     set(Feature::loFi, false);
     defaults.set(text("keepAwakeScheduleEnabled"), true);
@@ -320,7 +237,7 @@ TEST_F(SettingsWindow, thePageOfAToolThatIsOffStartsNothing) {
     EXPECT_FALSE(delegate->tools().lofi().manager().isDownloading());
 }
 
-TEST_F(SettingsWindow, aPlaceThatIsDraggedOverAnotherTakesItsPlaceOnce) {
+TEST_F(SettingsWindowTest, aPlaceThatIsDraggedOverAnotherTakesItsPlaceOnce) {
     go(SidebarItem::layout);
     auto *preview = view().page()->findChild<LayoutPreviewView *>();
     const auto item = [preview](const char *name) -> look::Control * {
@@ -348,7 +265,7 @@ TEST_F(SettingsWindow, aPlaceThatIsDraggedOverAnotherTakesItsPlaceOnce) {
     EXPECT_EQ(QSet<QString>(orders.begin(), orders.end()).size(), 1) << orders.join(u' ').toStdString();
 }
 
-TEST_F(SettingsWindow, aHundredFlagChangesAreFollowedByAnOpenPage) {
+TEST_F(SettingsWindowTest, aHundredFlagChangesAreFollowedByAnOpenPage) {
     go(SidebarItem::features);
     for (int i = 0; i < 100; ++i)
         set(Feature::loFi, i % 2 == 1);
@@ -356,7 +273,7 @@ TEST_F(SettingsWindow, aHundredFlagChangesAreFollowedByAnOpenPage) {
     EXPECT_TRUE(find<look::Toggle>("Lo-Fi Vibe Mode")->isChecked());
 }
 
-TEST_F(SettingsWindow, aHundredFlagChangesInASecondAreFollowedByMenuAndWindowTogether) {
+TEST_F(SettingsWindowTest, aHundredFlagChangesInASecondAreFollowedByMenuAndWindowTogether) {
     desktop.statusItem().press({1300, 12});
     go(SidebarItem::features);
     quietly([this] {
@@ -371,7 +288,7 @@ TEST_F(SettingsWindow, aHundredFlagChangesInASecondAreFollowedByMenuAndWindowTog
         EXPECT_TRUE(find<look::Toggle>(each.title)->isChecked()) << each.title;
 }
 
-TEST_F(SettingsWindow, anOrderOfTenThousandIdsWithDoublesAndUnknownOnesIsShownOnceEach) {
+TEST_F(SettingsWindowTest, anOrderOfTenThousandIdsWithDoublesAndUnknownOnesIsShownOnceEach) {
     QStringList ids;
     for (int i = 0; i < 10'000; ++i)
         ids.append(i % 3 == 0 ? text("editor") : i % 3 == 1 ? text("nobody") : text("loFi"));
@@ -388,7 +305,7 @@ TEST_F(SettingsWindow, anOrderOfTenThousandIdsWithDoublesAndUnknownOnesIsShownOn
     }
 }
 
-TEST_F(SettingsWindow, everyKeyOfAWrongTypeLeavesEveryPageStanding) {
+TEST_F(SettingsWindowTest, everyKeyOfAWrongTypeLeavesEveryPageStanding) {
     for (const SidebarItem item : SidebarView::order()) {
         go(item);
         for (const char *key : {"layoutOrder", "showInMenuBar", "snipHotkey", "emojiHotkeyMode", "ClipboardExperience",

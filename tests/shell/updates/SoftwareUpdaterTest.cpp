@@ -399,6 +399,52 @@ TEST_F(SoftwareUpdaterTest, whereTheDesktopDoesNotSayWithinFiveSecondsWhetherItS
     EXPECT_EQ(outputOf([this] { time.advance(1ms); }), std::string(noSource) + '\n');
 }
 
+TEST_F(SoftwareUpdaterTest, whatAPersonAskedForAndNoNotificationTellsIsUnheard) {
+    start();
+    int unheard = 0;
+    QObject::connect(updater.get(), &SoftwareUpdater::unheard, updater.get(), [&] { ++unheard; });
+    askByHand();
+    EXPECT_EQ(unheard, 0) << "it is shown";
+    notifications.setGranted(false);
+    packages.setHanging(true);
+    static_cast<void>(outputOf([this] {
+        updater->checkForUpdates();
+        time.advance(SoftwareUpdater::quietLook + 1s);
+    }));
+    EXPECT_EQ(unheard, 0) << "that it looks is no outcome";
+    static_cast<void>(outputOf([this] {
+        packages.answer();
+        time.advance(1s);
+    }));
+    EXPECT_EQ(unheard, 1);
+    packages.setHanging(false);
+    notifications.setGranted(true);
+    notifications.setHanging(true);
+    static_cast<void>(outputOf([this] {
+        askByHand();
+        time.advance(SoftwareUpdater::longestAnswer);
+    }));
+    EXPECT_EQ(unheard, 2);
+    offerPackage("2.4.0");
+    static_cast<void>(outputOf([this] { time.advance(24h); }));
+    EXPECT_EQ(unheard, 2) << "nobody asked";
+}
+
+TEST_F(SoftwareUpdaterTest, itsStatusIsThatItLooksForThePersonAndThenWhatTheLastLookBrought) {
+    start();
+    QStringList all;
+    QObject::connect(updater.get(), &SoftwareUpdater::changed, updater.get(), [&] { all += updater->status(); });
+    EXPECT_EQ(updater->status(), QString());
+    offerPackage("2.4.0");
+    askByHand();
+    ASSERT_EQ(all.size(), 2);
+    EXPECT_EQ(text("Tavrine: ") + all[0], text(looking));
+    EXPECT_EQ(text("Tavrine: ") + all[1], text(package));
+    offerNothing();
+    time.advance(25h);
+    EXPECT_EQ(text("Tavrine: ") + updater->status(), text(upToDate)) << "by itself";
+}
+
 TEST_F(SoftwareUpdaterTest, aVersionThatOnlyALineToldOfIsToldAgain) {
     start();
     offerPackage("2.4.0");
