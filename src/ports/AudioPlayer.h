@@ -47,6 +47,9 @@ public:
 
     virtual ~AudioPlayers() = default;
 
+    /// The person may want to hear something in a moment: what is slow only once in a program's life may be done now.
+    virtual void expectPlayer() = 0;
+
     /// A player of the file at `path`. What sounds is read and decoded elsewhere, so that the answer comes in a later
     /// turn, once, and within seconds whatever the file is: a player only when the file's first sound is decoded and
     /// can be heard at once. Whoever does not want the player any more by then drops it.

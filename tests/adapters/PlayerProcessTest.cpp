@@ -151,6 +151,28 @@ const auto nameOfKind = [](const auto &each) {
 INSTANTIATE_TEST_SUITE_P(Servers, PlayerProcessTest, bothKinds, nameOfKind);
 INSTANTIATE_TEST_SUITE_P(Servers, OwnServerTest, bothKinds, nameOfKind);
 
+TEST_P(PlayerProcessTest, aPlayThatIsExpectedReadsAheadOnceAndLeavesNoProgram) {
+    const auto running = [] { return playersOf(QCoreApplication::applicationPid()); };
+    players.expectPlayer();
+    EXPECT_EQ(running().size(), 1);
+    EXPECT_TRUE(eventually([&] { return running().isEmpty(); }));
+    players.expectPlayer();
+    EXPECT_TRUE(running().isEmpty()) << "they are in memory";
+}
+
+TEST_P(PlayerProcessTest, aPlayThatComesWhileItReadsAheadWaitsForNothing) {
+    players.expectPlayer();
+    makeReady();
+}
+
+TEST_P(PlayerProcessTest, afterAPlayNothingIsReadAhead) {
+    makeReady();
+    player.reset();
+    EXPECT_TRUE(eventually([] { return playersOf(QCoreApplication::applicationPid()).isEmpty(); }));
+    players.expectPlayer();
+    EXPECT_TRUE(playersOf(QCoreApplication::applicationPid()).isEmpty());
+}
+
 TEST_P(PlayerProcessTest, aPressIsHeardAtOnceAndSoIsThePause) {
     playUntilHeard(); // whatever comes from the disk has come
     player.reset();

@@ -28,6 +28,7 @@ public:
         std::function<void(const QString &reason)> onEnd = {};
     };
 
+    void expectPlayer() override { ++m_expectations; }
     void makePlayer(const QString &path, Answer answer) override {
         auto work = [this, path, answer = std::move(answer), failure = std::exchange(m_nextFailure, std::nullopt)] {
             if (failure)
@@ -81,6 +82,7 @@ public:
                 paths.append(sound->path);
         return paths;
     }
+    [[nodiscard]] int expectations() const { return m_expectations; }
     [[nodiscard]] bool hasListener() const { return m_listener != nullptr; }
 
 private:
@@ -114,6 +116,7 @@ private:
     Time &m_time;
     std::function<void()> m_listener;
     std::optional<Failure> m_nextFailure;
+    int m_expectations = 0;
     bool m_isSlow = false;
     std::vector<std::function<void()>> m_waiting;
     std::vector<std::shared_ptr<Sound>> m_sounds;

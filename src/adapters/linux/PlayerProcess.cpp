@@ -121,7 +121,21 @@ PlayerProcesses::PlayerProcesses(const QString &programFolder, std::chrono::mill
 
 PlayerProcesses::~PlayerProcesses() = default;
 
+/// The player's libraries are two hundred files. From a cold disk they take longer than all else, and no later player
+/// waits for them.
+void PlayerProcesses::expectPlayer() {
+    if (std::exchange(m_hasStarted, true))
+        return;
+    m_readingAhead = std::make_unique<HelperProcess>(
+        HelperProcess::Start{.program = m_program,
+                             .arguments = {QString::fromLatin1(playerProtocol::readAheadArgument)},
+                             .longestSilence = m_patience},
+        HelperProcess::Handlers{.line = [](const std::string &) {},
+                                .ended = [this](const QString &) { m_readingAhead.reset(); }});
+}
+
 void PlayerProcesses::makePlayer(const QString &path, Answer answer) {
+    m_hasStarted = true;
     auto &player = m_beginning.emplace_back(std::make_unique<ProcessPlayer>(*this, std::move(answer)));
     const PlainFile sound = openPlainFile(path);
     if (sound.file.isOpen()) {

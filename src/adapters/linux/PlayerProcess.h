@@ -10,6 +10,7 @@
 
 namespace tavrine {
 
+class HelperProcess;
 class ProcessPlayer;
 
 /// Sounds in TavrinePlayer, a process for each: what crashes or hangs there costs the music and no more, and at rest
@@ -26,6 +27,7 @@ public:
     explicit PlayerProcesses(const QString &programFolder, std::chrono::milliseconds patience = longestSilence);
     ~PlayerProcesses() override;
 
+    void expectPlayer() override;
     void makePlayer(const QString &path, Answer answer) override;
     void setDefaultOutputListener(std::function<void()> handler) override { m_listener = std::move(handler); }
 
@@ -38,6 +40,8 @@ private:
     std::chrono::milliseconds m_patience;
     std::function<void()> m_listener;
     std::list<std::unique_ptr<ProcessPlayer>> m_beginning;
+    bool m_hasStarted = false; ///< one of the programs, so that its libraries are in memory
+    std::unique_ptr<HelperProcess> m_readingAhead;
 };
 
 } // namespace tavrine

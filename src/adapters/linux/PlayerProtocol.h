@@ -7,6 +7,9 @@
 
 namespace tavrine::playerProtocol {
 
+/// With it the program does nothing but start, which reads its libraries.
+inline constexpr auto readAheadArgument = "--read-ahead";
+
 /// What the resident program and TavrinePlayer tell each other: lines on the player's standard input and output, and
 /// the sound or the movie as an open file. Without arguments it plays a sound; with a window's number it shows a movie
 /// there. Either side checks what it gets. Without Qt.

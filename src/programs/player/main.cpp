@@ -1,11 +1,12 @@
 // TavrinePlayer: plays the sound that it was given open, or with a window's number shows the movie there, as it is told
-// on standard input, until it is killed.
+// on standard input, until it is killed. Told to read ahead, it ends at once.
 #include "adapters/linux/PlayerProtocol.h"
 #include "programs/player/PlayedSound.h"
 #include "programs/player/ShownMovie.h"
 
 #include <csignal>
 #include <cstdlib>
+#include <string_view>
 
 #include <sys/prctl.h>
 
@@ -17,6 +18,8 @@ int main(int argc, char **argv) {
     std::signal(SIGPIPE, SIG_IGN);
     if (argc == 1)
         playSound();
+    if (argc == 2 && std::string_view(argv[1]) == playerProtocol::readAheadArgument)
+        return EXIT_SUCCESS;
     if (const auto window = argc == 2 ? playerProtocol::windowIn(argv[1]) : std::nullopt)
         showMovie(*window);
     return EXIT_FAILURE;

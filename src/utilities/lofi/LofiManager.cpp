@@ -58,6 +58,11 @@ QString LofiManager::tracksFolder() const {
     return folder;
 }
 
+void LofiManager::expectPlay() {
+    if (!m_isPlaying && m_ports.mayPlay())
+        m_ports.players.expectPlayer();
+}
+
 void LofiManager::play() {
     if (!m_ports.mayPlay())
         return;

@@ -68,6 +68,8 @@ public:
     [[nodiscard]] const std::optional<QString> &customTrackName() const { return m_customTrackName; }
     [[nodiscard]] const QList<QUrl> &trackUrls() const { return m_ports.trackUrls; }
 
+    /// The person may be about to play.
+    void expectPlay();
     void play();
     void pause();
     void stop();

@@ -51,7 +51,10 @@ void paintGlow(QPainter &painter, const QRectF &plate, const QColor &colour, dou
 
 class LofiMiniPlayer::PlayButton final : public look::Control {
 public:
-    explicit PlayButton(QWidget *parent) : Control(parent) { resize(buttonSide, buttonSide); }
+    PlayButton(QWidget *parent, std::function<void()> approached)
+        : Control(parent), m_approached(std::move(approached)) {
+        resize(buttonSide, buttonSide);
+    }
 
     void setSymbol(const QString &symbol) {
         m_symbol = symbol;
@@ -64,13 +67,22 @@ protected:
         look::paintSymbol(painter, rect(), m_symbol, look::symbolsize::medium, theme().onAccent);
     }
     [[nodiscard]] qreal cornerRadius() const override { return buttonSide / 2.0; }
+    void enterEvent(QEnterEvent *event) override {
+        Control::enterEvent(event);
+        m_approached();
+    }
+    void focusInEvent(QFocusEvent *event) override {
+        Control::focusInEvent(event);
+        m_approached();
+    }
 
 private:
+    std::function<void()> m_approached; ///< by the pointer or the keyboard
     QString m_symbol;
 };
 
 LofiMiniPlayer::LofiMiniPlayer(std::unique_ptr<LofiPlayerModel> model, QWidget *parent)
-    : QWidget(parent), m_model(std::move(model)), m_button(new PlayButton(this)),
+    : QWidget(parent), m_model(std::move(model)), m_button(new PlayButton(this, [this] { m_model->expectToggle(); })),
       m_glowPart(m_model->isGlowing() ? 1 : 0) {
     setFixedHeight(cardHeight);
     look::setRole(*this, QAccessible::Grouping);

@@ -42,6 +42,10 @@ double LofiPlayerModel::downloadProgress() const {
     return m_ports.manager.downloadProgress();
 }
 
+void LofiPlayerModel::expectToggle() {
+    m_ports.manager.expectPlay();
+}
+
 void LofiPlayerModel::toggle() {
     if (m_ports.manager.isPlaying())
         m_ports.manager.pause();

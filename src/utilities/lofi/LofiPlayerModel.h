@@ -39,6 +39,8 @@ public:
     [[nodiscard]] QString playActionName() const; ///< what the button is called
     [[nodiscard]] bool isDownloading() const;
     [[nodiscard]] double downloadProgress() const;
+    /// The pointer or the keyboard has come to the button.
+    void expectToggle();
     void toggle();
 
     // The settings page.

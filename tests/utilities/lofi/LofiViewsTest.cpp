@@ -54,6 +54,25 @@ TEST_F(LofiViewsTest, theCardHasItsWidthAndIsCalledWhatItShows) {
     EXPECT_EQ(playButton()->accessibleName(), text("Play"));
 }
 
+TEST_F(LofiViewsTest, aPlayIsExpectedWhenThePointerOrTheKeyboardComesToTheButtonAndNotBefore) {
+    QWidget elsewhere;
+    elsewhere.show();
+    elsewhere.setFocus();
+    EXPECT_EQ(players.expectations(), 0);
+    QEnterEvent enter({}, {}, {});
+    QApplication::sendEvent(playButton(), &enter);
+    EXPECT_EQ(players.expectations(), 1);
+    QFocusEvent focus(QEvent::FocusIn, Qt::TabFocusReason);
+    QApplication::sendEvent(playButton(), &focus);
+    EXPECT_EQ(players.expectations(), 2);
+    EXPECT_TRUE(players.sounds().empty());
+    writeTrack("track_1.mp3");
+    printedBy([this] { QTest::mouseClick(playButton(), Qt::LeftButton); });
+    ASSERT_TRUE(manager->isPlaying());
+    QApplication::sendEvent(playButton(), &enter);
+    EXPECT_EQ(players.expectations(), 2) << "the button pauses now";
+}
+
 TEST_F(LofiViewsTest, theButtonPlaysAndPausesByMouseAndKeyboard) {
     writeTrack("track_1.mp3");
     printedBy([this] { QTest::mouseClick(playButton(), Qt::LeftButton); });
