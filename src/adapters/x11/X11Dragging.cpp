@@ -3,6 +3,7 @@
 #include "adapters/x11/DraggedData.h"
 #include "adapters/x11/PasteboardImage.h"
 #include "adapters/x11/X11WindowDescription.h"
+#include "adapters/x11/XcbLink.h"
 
 #include <QCoreApplication>
 #include <QDrag>
@@ -13,6 +14,9 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <cstring>
+
+#include <xcb/xinput.h>
 
 namespace tavrine {
 namespace {
@@ -40,6 +44,17 @@ quint32 operationOf(Qt::DropAction action) {
     }
 }
 
+/// By the server: the toolkit has not heard of a button that was released while nobody of this program had the pointer.
+bool isButtonDown() {
+    constexpr XcbLink::Wait longest{200};
+    constexpr int buttons = XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3;
+    XcbLink link(longest);
+    if (!link.isOpen())
+        return false;
+    const auto pointer = link.reply<xcb_query_pointer_reply_t>(xcb_query_pointer(link.connection(), link.root()));
+    return pointer && (pointer->mask & buttons) != 0;
+}
+
 } // namespace
 
 /// A drop that was not here when its event had to end.
@@ -60,25 +75,63 @@ X11Dragging::~X11Dragging() {
 bool X11Dragging::nativeEventFilter(const QByteArray &type, void *message, qintptr *) {
     if (type != "xcb_generic_event_t")
         return false;
-    const auto &event = *static_cast<const xcb_generic_event_t *>(message);
-    const int kind = event.response_type & 0x7f;
-    if (kind == XCB_CLIENT_MESSAGE) {
-        const auto &words = reinterpret_cast<const xcb_client_message_event_t &>(event).data.data32;
-        const xcb_atom_t name = reinterpret_cast<const xcb_client_message_event_t &>(event).type;
-        if (name == qtAtom("XdndEnter")) {
-            m_drop = {};
-            m_drop.source = words[0];
-            m_drop.hasMoreTypes = (words[1] & 1) != 0;
-            std::copy_if(words + 2, words + 5, std::back_inserter(m_drop.types),
-                         [](quint32 atom) { return atom != 0; });
-        } else if (name == qtAtom("XdndDrop") && words[0] == m_drop.source) {
-            m_drop.time = words[2];
-        }
-    } else if ((kind == XCB_KEY_PRESS || kind == XCB_KEY_RELEASE) && m_mask &&
-               !std::exchange(m_isReconsidering, true)) {
-        QMetaObject::invokeMethod(this, &X11Dragging::reconsider, Qt::QueuedConnection);
+    auto &event = *static_cast<xcb_generic_event_t *>(message);
+    switch (eventType(event)) {
+    case XCB_CLIENT_MESSAGE:
+        takeMessage(eventAs<xcb_client_message_event_t>(event));
+        break;
+    case XCB_SELECTION_REQUEST:
+        putRight(reinterpret_cast<xcb_selection_request_event_t &>(event));
+        break;
+    case XCB_KEY_PRESS:
+    case XCB_KEY_RELEASE:
+        if (m_mask && !std::exchange(m_isReconsidering, true))
+            QMetaObject::invokeMethod(this, &X11Dragging::reconsider, Qt::QueuedConnection);
+        break;
+    case XCB_GE_GENERIC:
+        if (const auto &release = eventAs<xcb_input_button_release_event_t>(event);
+            m_mask && release.event_type == XCB_INPUT_BUTTON_RELEASE)
+            m_releasedAt = release.time;
+        break;
+    default:
+        break;
     }
     return false;
+}
+
+void X11Dragging::takeMessage(const xcb_client_message_event_t &message) {
+    const auto &words = message.data.data32;
+    if (message.type == qtAtom("XdndEnter")) {
+        m_drop = {};
+        m_drop.source = words[0];
+        m_drop.hasMoreTypes = (words[1] & 1) != 0;
+        std::copy_if(words + 2, words + 5, std::back_inserter(m_drop.types), [](quint32 atom) { return atom != 0; });
+    } else if (message.type == qtAtom("XdndDrop") && words[0] == m_drop.source) {
+        m_drop.time = words[2];
+    }
+}
+
+/// Qt knows a drop by its time and answers under it; who asked with another time hears the answer under its own.
+void X11Dragging::putRight(xcb_selection_request_event_t &request) {
+    if (m_mask || m_releasedAt == XCB_CURRENT_TIME || request.time == m_releasedAt ||
+        request.selection != qtAtom("XdndSelection"))
+        return;
+    xcb_selection_notify_event_t notice{};
+    notice.response_type = XCB_SELECTION_NOTIFY;
+    notice.time = std::exchange(request.time, m_releasedAt);
+    notice.requestor = request.requestor;
+    notice.selection = request.selection;
+    notice.target = request.target;
+    notice.property = request.property;
+    QMetaObject::invokeMethod(
+        this,
+        [notice] {
+            char event[32] = {}; // the protocol sends 32 bytes, and the structure is shorter
+            std::memcpy(event, &notice, sizeof notice);
+            xcb_send_event(qtConnection(), 0, notice.requestor, XCB_EVENT_MASK_NO_EVENT, event);
+            xcb_flush(qtConnection());
+        },
+        Qt::QueuedConnection);
 }
 
 Drop X11Dragging::currentDrop(const QMimeData &offered) const {
@@ -162,7 +215,7 @@ quint32 X11Dragging::beginDragging(QWidget &source, const DraggedItem &item, std
         drag->setPixmap(item.draggingImage);
         drag->setHotSpot(item.hotSpot);
         done = drag->exec(offered, offered);
-    } while (m_isBegunAgain && done == Qt::IgnoreAction);
+    } while (m_isBegunAgain && done == Qt::IgnoreAction && isButtonDown());
     releaseKeyboard();
     m_mask = nullptr;
     return operationOf(done);
