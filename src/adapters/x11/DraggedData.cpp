@@ -1,6 +1,7 @@
 #include "adapters/x11/DraggedData.h"
 
 #include "adapters/x11/PasteboardImage.h"
+#include "adapters/x11/SelectionSiblings.h"
 
 namespace tavrine {
 namespace {
@@ -9,6 +10,11 @@ constexpr QLatin1String uriList("text/uri-list");
 constexpr QLatin1String plainText("text/plain");
 constexpr QLatin1String png("image/png");
 constexpr QLatin1String tiff("image/tiff");
+
+// The toolkit lists the other two of each file.
+constexpr const char *fileForms[] = {"text/uri-list", "text/x-moz-url", "text/plain"};
+constexpr const char *pictureForms[] = {"image/png", "image/tiff"};
+constexpr const char *textForms[] = {"UTF8_STRING", "text/plain;charset=utf-8", "text/plain", "STRING", "TEXT"};
 
 } // namespace
 
@@ -37,6 +43,26 @@ QVariant DraggedData::retrieveData(const QString &type, QMetaType) const {
     if (m_item.string && type == plainText)
         return *m_item.string;
     return {};
+}
+
+std::span<const char *const> DraggedData::forms() const {
+    if (m_item.url)
+        return fileForms;
+    if (m_item.image)
+        return pictureForms;
+    return textForms;
+}
+
+QByteArray DraggedData::bytes(const char *target) const {
+    if (m_item.url && qstrcmp(target, "text/plain") == 0) // for a field of text, as the clipboard gives it
+        return m_item.url->toLocalFile().toUtf8();
+    if (m_item.url && qstrcmp(target, "text/x-moz-url") == 0) {
+        const QString both = m_item.url->toString(QUrl::FullyEncoded) + QLatin1Char('\n') + m_item.url->fileName();
+        return {reinterpret_cast<const char *>(both.utf16()), both.size() * qsizetype{sizeof(char16_t)}};
+    }
+    if (m_item.string)
+        return selection::makeForm(target, m_item.string->toUtf8(), 0);
+    return data(QString::fromLatin1(target));
 }
 
 DroppedContent DraggedData::dropped() const {

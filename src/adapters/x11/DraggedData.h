@@ -5,6 +5,7 @@
 #include <QMimeData>
 
 #include <future>
+#include <span>
 
 namespace tavrine {
 
@@ -18,6 +19,10 @@ public:
 
     [[nodiscard]] QStringList formats() const override;
     [[nodiscard]] bool hasFormat(const QString &type) const override { return formats().contains(type); }
+    /// The targets under which programs ask for it.
+    [[nodiscard]] std::span<const char *const> forms() const;
+    /// The item as one of them.
+    [[nodiscard]] QByteArray bytes(const char *target) const;
     /// As a drop of it within this program.
     [[nodiscard]] DroppedContent dropped() const;
 

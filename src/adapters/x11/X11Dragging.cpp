@@ -16,8 +16,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include <xcb/xinput.h>
-
 namespace tavrine {
 namespace {
 
@@ -75,23 +73,17 @@ X11Dragging::~X11Dragging() {
 bool X11Dragging::nativeEventFilter(const QByteArray &type, void *message, qintptr *) {
     if (type != "xcb_generic_event_t")
         return false;
-    auto &event = *static_cast<xcb_generic_event_t *>(message);
+    const auto &event = *static_cast<const xcb_generic_event_t *>(message);
     switch (eventType(event)) {
     case XCB_CLIENT_MESSAGE:
         takeMessage(eventAs<xcb_client_message_event_t>(event));
         break;
     case XCB_SELECTION_REQUEST:
-        putRight(reinterpret_cast<xcb_selection_request_event_t &>(event));
-        break;
+        return answer(eventAs<xcb_selection_request_event_t>(event));
     case XCB_KEY_PRESS:
     case XCB_KEY_RELEASE:
         if (m_mask && !std::exchange(m_isReconsidering, true))
             QMetaObject::invokeMethod(this, &X11Dragging::reconsider, Qt::QueuedConnection);
-        break;
-    case XCB_GE_GENERIC:
-        if (const auto &release = eventAs<xcb_input_button_release_event_t>(event);
-            m_mask && release.event_type == XCB_INPUT_BUTTON_RELEASE)
-            m_releasedAt = release.time;
         break;
     default:
         break;
@@ -111,27 +103,31 @@ void X11Dragging::takeMessage(const xcb_client_message_event_t &message) {
     }
 }
 
-/// Qt knows a drop by its time and answers under it; who asked with another time hears the answer under its own.
-void X11Dragging::putRight(xcb_selection_request_event_t &request) {
-    if (m_mask || m_releasedAt == XCB_CURRENT_TIME || request.time == m_releasedAt ||
-        request.selection != qtAtom("XdndSelection"))
-        return;
+bool X11Dragging::answer(const xcb_selection_request_event_t &request) const {
+    constexpr qsizetype largestPiece = qsizetype{256} * 1024; // more goes piecemeal, which is the toolkit's matter
+    auto *connection = qtConnection();
+    if (!m_dragged || request.property == XCB_ATOM_NONE || request.selection != qtAtom("XdndSelection"))
+        return false;
+    const auto forms = m_dragged->forms();
+    const auto form =
+        std::find_if(forms.begin(), forms.end(), [&](const char *each) { return qtAtom(each) == request.target; });
+    const QByteArray bytes = form != forms.end() ? m_dragged->bytes(*form) : QByteArray();
+    if (bytes.isEmpty() || bytes.size() > largestPiece)
+        return false;
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, request.requestor, request.property, request.target, 8,
+                        static_cast<quint32>(bytes.size()), bytes.constData());
     xcb_selection_notify_event_t notice{};
     notice.response_type = XCB_SELECTION_NOTIFY;
-    notice.time = std::exchange(request.time, m_releasedAt);
+    notice.time = request.time;
     notice.requestor = request.requestor;
     notice.selection = request.selection;
     notice.target = request.target;
     notice.property = request.property;
-    QMetaObject::invokeMethod(
-        this,
-        [notice] {
-            char event[32] = {}; // the protocol sends 32 bytes, and the structure is shorter
-            std::memcpy(event, &notice, sizeof notice);
-            xcb_send_event(qtConnection(), 0, notice.requestor, XCB_EVENT_MASK_NO_EVENT, event);
-            xcb_flush(qtConnection());
-        },
-        Qt::QueuedConnection);
+    char event[32] = {}; // the protocol sends 32 bytes, and the structure is shorter
+    std::memcpy(event, &notice, sizeof notice);
+    xcb_send_event(connection, 0, request.requestor, XCB_EVENT_MASK_NO_EVENT, event);
+    xcb_flush(connection);
+    return true;
 }
 
 Drop X11Dragging::currentDrop(const QMimeData &offered) const {
@@ -211,7 +207,8 @@ quint32 X11Dragging::beginDragging(QWidget &source, const DraggedItem &item, std
         const Qt::DropAction offered = m_offered == dragOperation::move ? Qt::MoveAction : Qt::CopyAction;
         // The view may go meanwhile, so the drag does not belong to it.
         auto *drag = new QDrag(QCoreApplication::instance());
-        drag->setMimeData(new DraggedData(item));
+        m_dragged = new DraggedData(item);
+        drag->setMimeData(m_dragged);
         drag->setPixmap(item.draggingImage);
         drag->setHotSpot(item.hotSpot);
         done = drag->exec(offered, offered);

@@ -5,11 +5,14 @@
 
 #include <QAbstractNativeEventFilter>
 #include <QObject>
+#include <QPointer>
 
 #include <memory>
 #include <vector>
 
 namespace tavrine {
+
+class DraggedData;
 
 /// Drags by the XDND protocol. Lives on the main thread, as long as the process.
 ///
@@ -21,8 +24,9 @@ namespace tavrine {
 /// A drag out of this program offers one operation at a time, by what `mask` says: file managers that are offered both
 /// move a file within its file system. While it goes on the keyboard is held, so that Escape ends it and a modifier
 /// changes the operation, whoever has the keyboard. The operation that is told as done is the one that was agreed on
-/// when the button was released; whether a file has left its place is to be looked at. GTK 4 asks for what was dropped
-/// with another time than that of the drop, which Qt answers with nothing: the question is put right on its way.
+/// when the button was released; whether a file has left its place is to be looked at. Who asks for what is dragged
+/// is answered here, whatever time it names: Qt answers nobody but who names the drop's own, and GTK 4 names that of
+/// the entering, and browsers, which look into a drag before it is dropped, none.
 class X11Dragging final : public QObject, public Dragging, private QAbstractNativeEventFilter {
     Q_OBJECT
 
@@ -39,7 +43,7 @@ private:
 
     bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
     void takeMessage(const xcb_client_message_event_t &message);
-    void putRight(xcb_selection_request_event_t &request);
+    [[nodiscard]] bool answer(const xcb_selection_request_event_t &request) const;
     [[nodiscard]] Drop currentDrop(const QMimeData &offered) const;
     void finish(const DropReader *reader);
     void holdKeyboard(QWidget &source);
@@ -52,7 +56,7 @@ private:
 
     std::function<quint32()> m_mask; ///< of the present drag out of this program
     quint32 m_offered = dragOperation::none;
-    xcb_timestamp_t m_releasedAt = XCB_CURRENT_TIME; ///< the button of the last of them
+    QPointer<DraggedData> m_dragged; ///< of the present or the last, until who took it is done
     bool m_isReconsidering = false;
     bool m_isBegunAgain = false;
 };
