@@ -137,13 +137,13 @@ void NotchShelfView::follow() {
     if (!m_viewModel)
         return;
     m_pane->refresh();
-    show(m_viewModel->isDragTargetActive() ? Content::dropTarget
-         : m_viewModel->showsItems()       ? Content::items
-         : m_viewModel->showsDropHint()    ? Content::dropHint
-                                           : Content::nothing);
+    showContent(m_viewModel->isDragTargetActive() ? Content::dropTarget
+                : m_viewModel->showsItems()       ? Content::items
+                : m_viewModel->showsDropHint()    ? Content::dropHint
+                                                  : Content::nothing);
 }
 
-void NotchShelfView::show(Content content) {
+void NotchShelfView::showContent(Content content) {
     if (content == m_content)
         return;
     if (m_content == Content::items) {

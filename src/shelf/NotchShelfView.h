@@ -50,7 +50,7 @@ private:
     class Pane;
 
     void follow();
-    void show(Content content);
+    void showContent(Content content);
     void pulse();
     void place();
     void recolour();

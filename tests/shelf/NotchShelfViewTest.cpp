@@ -1,0 +1,347 @@
+#include "look/Button.h"
+#include "shelf/NotchShape.h"
+#include "shelf/ShelfViewTest.h"
+
+#include <QAccessible>
+#include <QMimeData>
+#include <QPainter>
+
+namespace tavrine {
+namespace {
+
+using Content = NotchShelfView::Content;
+
+TEST(NotchOutline, fillsTheFrameButForItsShouldersAndRoundLowerCorners) {
+    for (const QSizeF size : {QSizeF(300, 24), QSizeF(300, 79), QSizeF(550, 224)}) {
+        const QPainterPath shape = notchOutline(size);
+        EXPECT_EQ(shape.boundingRect(), QRectF({}, size));
+        EXPECT_TRUE(shape.contains(QPointF(size.width() / 2, size.height() - 1)));
+        EXPECT_TRUE(shape.contains(QPointF(notchShoulder + 1, size.height() / 2)));
+        EXPECT_FALSE(shape.contains(QPointF(notchShoulder + 1, size.height() - 1)));
+        EXPECT_FALSE(shape.contains(QPointF(size.width() - notchShoulder - 1, size.height() - 1)));
+        EXPECT_FALSE(shape.contains(QPointF(1, size.height() / 2)));
+    }
+}
+
+TEST(NotchOutline, ofNothingIsNothing) {
+    for (const QSizeF size : {QSizeF(), QSizeF(0, 0), QSizeF(300, 0), QSizeF(10, 24), QSizeF(300, -5)})
+        EXPECT_TRUE(notchOutline(size).isEmpty());
+    EXPECT_FALSE(notchOutline({300, 1}).isEmpty());
+}
+
+TEST(ItemCount, isToldInWords) {
+    EXPECT_EQ(itemCountText(1), text("1 item"));
+    EXPECT_EQ(itemCountText(2), text("2 items"));
+    EXPECT_EQ(itemCountText(0), text("0 items"));
+}
+
+class NotchShelf : public ShelfViewTest {
+protected:
+    /// How the content looks, in one size.
+    [[nodiscard]] QImage look() {
+        QImage image(view.size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        view.render(&image, {}, {}, QWidget::DrawChildren);
+        return image;
+    }
+    [[nodiscard]] look::Button &clearAll() const { return *view.findChild<look::Button *>(); }
+};
+
+TEST_F(NotchShelf, atRestThereIsNothingButTheBlackShape) {
+    view.resize(300, 24);
+    QImage shape(view.size(), QImage::Format_ARGB32_Premultiplied);
+    shape.fill(Qt::transparent);
+    QPainter painter(&shape);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillPath(notchOutline(shape.size()), Qt::black);
+    painter.end();
+    EXPECT_EQ(look(), shape);
+    EXPECT_EQ(shelf->content(), Content::nothing);
+}
+
+TEST_F(NotchShelf, whatItShowsFollowsFromTheModel) {
+    model.setFileDragActive(true);
+    EXPECT_EQ(shelf->content(), Content::dropHint);
+    model.setDragTargetActive(true);
+    EXPECT_EQ(shelf->content(), Content::dropTarget);
+    model.setDragTargetActive(false);
+    model.setFileDragActive(false);
+    EXPECT_EQ(shelf->content(), Content::nothing);
+    model.setHovering(true);
+    EXPECT_EQ(shelf->content(), Content::nothing);
+    addFiles(1);
+    EXPECT_EQ(shelf->content(), Content::items);
+    model.setFileDragActive(true);
+    EXPECT_EQ(shelf->content(), Content::nothing); // neither the items nor the hint
+    EXPECT_THAT(tiles(), IsEmpty());
+    model.setFileDragActive(false);
+    EXPECT_EQ(shelf->content(), Content::items);
+    model.clearAll();
+    EXPECT_EQ(shelf->content(), Content::nothing);
+}
+
+TEST_F(NotchShelf, eachPromptLooksDifferent) {
+    view.resize(300, 79);
+    const QImage nothing = look();
+    model.setFileDragActive(true);
+    rest();
+    const QImage hint = look();
+    model.setDragTargetActive(true);
+    rest();
+    EXPECT_NE(hint, nothing);
+    EXPECT_NE(look(), hint);
+    EXPECT_NE(look(), nothing);
+}
+
+TEST_F(NotchShelf, theRowIsHeadedByTheNumberOfItems) {
+    addFiles(1);
+    const auto names = [this] {
+        QStringList all;
+        for (const auto *widget : view.findChildren<QWidget *>())
+            all << widget->accessibleName();
+        return all;
+    };
+    EXPECT_THAT(names(), testing::Contains(text("1 item")));
+    addFiles(2);
+    EXPECT_THAT(names(), testing::Contains(text("3 items")));
+}
+
+TEST_F(NotchShelf, clearAllEmptiesTheShelf) {
+    addFiles(3);
+    EXPECT_EQ(clearAll().text(), text("Clear All"));
+    QTest::mouseClick(&clearAll(), Qt::LeftButton);
+    EXPECT_THAT(model.items(), IsEmpty());
+    EXPECT_THAT(tiles(), IsEmpty());
+}
+
+TEST_F(NotchShelf, thePromptsSymbolSwellsAndSinksAndRestsBefore) {
+    EXPECT_EQ(shelf->pulseScale(), 1.0);
+    model.setDragTargetActive(true);
+    double most = 1;
+    double least = 2;
+    for (int i = 0; i < 200; ++i) {
+        time.advance(16ms);
+        most = std::max(most, shelf->pulseScale());
+        least = std::min(least, shelf->pulseScale());
+    }
+    EXPECT_GT(most, 1.1);
+    EXPECT_LT(most, 1.2);
+    EXPECT_LT(least, 1.02);
+    model.setDragTargetActive(false);
+    EXPECT_EQ(shelf->pulseScale(), 1.0);
+}
+
+TEST_F(NotchShelf, nothingTicksAtRest) {
+    addFiles(3);
+    EXPECT_FALSE(look::Look::current()->clock().isTicking());
+    model.setFileDragActive(true);
+    EXPECT_TRUE(look::Look::current()->clock().isTicking());
+    rest();
+    EXPECT_FALSE(look::Look::current()->clock().isTicking()); // no prompt: the shelf is not empty
+    model.setFileDragActive(false);
+    model.setHovering(false);
+    rest();
+    EXPECT_FALSE(look::Look::current()->clock().isTicking());
+}
+
+TEST_F(NotchShelf, whereTheDesktopWantsNoMotionNothingMoves) {
+    appearance.set({.reducesMotion = true});
+    addFiles(2);
+    const QImage before = look();
+    model.setDragTargetActive(true);
+    EXPECT_FALSE(look::Look::current()->clock().isTicking());
+    const QImage prompt = look();
+    rest();
+    EXPECT_EQ(look(), prompt);
+    model.setDragTargetActive(false);
+    EXPECT_EQ(look(), before); // there at once
+    EXPECT_EQ(shelf->pulseScale(), 1.0);
+}
+
+TEST_F(NotchShelf, aPromptComesWithTheSpring) {
+    view.resize(300, 79);
+    model.setFileDragActive(true);
+    time.advance(16ms);
+    const QImage early = look();
+    rest();
+    EXPECT_NE(look(), early);
+}
+
+TEST_F(NotchShelf, theRowHangsFromTheWindowsLowerEdge) {
+    addFiles(1);
+    const int below = view.height() - tile().mapTo(&view, QPoint(0, 0)).y();
+    view.resize(300, 120); // on its way
+    EXPECT_EQ(view.height() - tile().mapTo(&view, QPoint(0, 0)).y(), below);
+}
+
+TEST_F(NotchShelf, escapeLeavesTheShelf) {
+    addFiles(1);
+    row().setFocus(Qt::TabFocusReason);
+    QTest::keyClick(&row(), Qt::Key_Escape);
+    EXPECT_EQ(dismissals, 1);
+    clearAll().setFocus(Qt::TabFocusReason);
+    QTest::keyClick(&clearAll(), Qt::Key_Escape);
+    EXPECT_EQ(dismissals, 2);
+}
+
+TEST_F(NotchShelf, aWindowThatGetsTheKeyboardGivesItToTheRowAndOneThatLosesItIsLeft) {
+    addFiles(2);
+    clearAll().setFocus();
+    QEvent activate(QEvent::WindowActivate);
+    QCoreApplication::sendEvent(shelf, &activate);
+    EXPECT_TRUE(row().hasFocus());
+    EXPECT_EQ(row().current(), 0);
+    QEvent deactivate(QEvent::WindowDeactivate);
+    QCoreApplication::sendEvent(shelf, &deactivate);
+    EXPECT_EQ(dismissals, 1);
+}
+
+TEST_F(NotchShelf, tabGoesFromTheRowToTheButtonAndBack) {
+    addFiles(2);
+    row().setFocus(Qt::TabFocusReason);
+    QTest::keyClick(&row(), Qt::Key_Tab);
+    EXPECT_TRUE(clearAll().hasFocus());
+    QTest::keyClick(&clearAll(), Qt::Key_Backtab);
+    EXPECT_TRUE(row().hasFocus());
+}
+
+TEST_F(NotchShelf, aModelThatGoesFirstLeavesAnEmptyView) {
+    auto other = std::make_unique<NotchViewModel>(modelPorts());
+    NotchShelfView orphan(*other, {time, icons, dragging, pasteboard, urls}, {});
+    other->addText(text("held"));
+    other->setHovering(true);
+    time.runPending();
+    orphan.resize(open);
+    orphan.show();
+    other.reset();
+    rest();
+    QTest::keyClick(&orphan.row(), Qt::Key_Delete);
+    QTest::keyClick(&orphan, Qt::Key_Escape);
+}
+
+// Drops.
+
+class DropDetection : public ShelfViewTest {
+protected:
+    DropDetection() {
+        data.setUrls({file("/home/ada/report.pdf")});
+        dragging.setDroppedContent({.types = {text("text/uri-list")},
+                                    .fileUrls = {file("/home/ada/report.pdf")},
+                                    .fileUrlString = {},
+                                    .images = {},
+                                    .string = {}});
+    }
+    Qt::DropAction enter() { return enter(view); }
+    /// The toolkit gives moves and drops to what was entered last.
+    Qt::DropAction enter(QWidget &into) {
+        QDragEnterEvent event({10, 10}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        event.ignore();
+        QCoreApplication::sendEvent(&into, &event);
+        return event.isAccepted() ? event.dropAction() : Qt::IgnoreAction;
+    }
+    void leave() {
+        QDragLeaveEvent event;
+        QCoreApplication::sendEvent(&view, &event);
+    }
+    Qt::DropAction drop() { return drop(view); }
+    Qt::DropAction drop(QWidget &onto) {
+        QDropEvent event({10, 10}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        event.setDropAction(Qt::MoveAction);
+        QCoreApplication::sendEvent(&onto, &event);
+        return event.isAccepted() ? event.dropAction() : Qt::IgnoreAction;
+    }
+    QMimeData data;
+};
+
+TEST_F(DropDetection, aDragThatEntersOpensTheShelfInALaterTurnAndIsAnsweredWithACopy) {
+    EXPECT_EQ(enter(), Qt::CopyAction);
+    EXPECT_EQ(output(), "[NotchShelf] Drag entered!\n");
+    EXPECT_FALSE(model.isDragTargetActive());
+    time.runPending();
+    EXPECT_TRUE(model.isDragTargetActive());
+    EXPECT_TRUE(model.isHovering());
+}
+
+TEST_F(DropDetection, everyMoveIsAnsweredWithACopy) {
+    enter();
+    QDragMoveEvent move({20, 10}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+    move.setDropAction(Qt::MoveAction);
+    move.ignore();
+    QCoreApplication::sendEvent(&view, &move);
+    EXPECT_TRUE(move.isAccepted());
+    EXPECT_EQ(move.dropAction(), Qt::CopyAction);
+}
+
+TEST_F(DropDetection, aDragThatLeavesIsForgottenButNotThePointer) {
+    enter();
+    time.runPending();
+    output();
+    leave();
+    EXPECT_EQ(output(), "[NotchShelf] Drag exited\n");
+    time.runPending();
+    EXPECT_FALSE(model.isDragTargetActive());
+    EXPECT_TRUE(model.isHovering());
+}
+
+TEST_F(DropDetection, aDropIsHeldAsACopyAndEndsTheDrag) {
+    enter();
+    time.runPending();
+    output();
+    EXPECT_EQ(drop(), Qt::CopyAction); // the other program keeps its file
+    time.runPending();
+    EXPECT_EQ(output(), "[NotchShelf] Performing drag operation!\n"
+                        "[NotchShelf] Pasteboard types: [text/uri-list]\n"
+                        "[NotchShelf] Found 1 file URLs\n"
+                        "[NotchShelf] Drag ended\n");
+    ASSERT_EQ(model.items().size(), 1);
+    EXPECT_FALSE(model.isDragTargetActive());
+}
+
+TEST_F(DropDetection, aDropOfWhatCannotBeReadClosesTheShelf) {
+    dragging.setDroppedContent({});
+    enter();
+    time.runPending();
+    drop();
+    time.runPending();
+    EXPECT_THAT(model.items(), IsEmpty());
+    EXPECT_FALSE(model.isDragTargetActive());
+}
+
+TEST_F(DropDetection, whatCanNeverBeKeptIsNotTaken) {
+    data.clear();
+    data.setData(text("application/x-color"), "red");
+    EXPECT_EQ(enter(), Qt::IgnoreAction);
+    time.runPending();
+    EXPECT_FALSE(model.isDragTargetActive());
+    for (const char *type : {"text/uri-list", "text/plain", "text/html", "image/png", "application/octet-stream"}) {
+        data.clear();
+        data.setData(text(type), "x");
+        EXPECT_EQ(enter(), Qt::CopyAction) << type;
+    }
+}
+
+TEST_F(DropDetection, aViewThatGoesBeforeTheContentHasComeDoesNoHarm) {
+    auto *other = new DropDetectionView(model, time, dragging);
+    enter(*other);
+    time.runPending();
+    drop(*other);
+    EXPECT_TRUE(model.isDragTargetActive());
+    delete other;
+    time.runPending();
+    EXPECT_EQ(model.items().size(), 1);
+    EXPECT_FALSE(model.isDragTargetActive());
+}
+
+TEST_F(DropDetection, withoutAModelADropIsRefusedInWords) {
+    auto other = std::make_unique<NotchViewModel>(modelPorts());
+    DropDetectionView orphan(*other, time, dragging);
+    enter(orphan);
+    other.reset();
+    drop(orphan);
+    output();
+    time.runPending();
+    EXPECT_THAT(output(), HasSubstr("[NotchShelf] Error: viewModel is nil\n"));
+}
+
+} // namespace
+} // namespace tavrine
