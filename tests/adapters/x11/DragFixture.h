@@ -3,8 +3,10 @@
 #include "adapters/x11/DropView.h"
 #include "adapters/x11/ForeignDrag.h"
 
+#include <QDrag>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <atomic>
 #include <thread>
@@ -93,11 +95,25 @@ protected:
         isPressed = false;
     }
     /// Out of this window to a place of another, by a hand of its own: the drag's loop runs on this thread. With
-    /// `during` in between, over the place.
-    void dragOut(const DraggedItem &item, QPoint to, const std::function<void(testing::TestKeyboard &)> &during = {}) {
+    /// `during` in between, over the place; the button is released once the place would do what is `wanted`.
+    void dragOut(const DraggedItem &item, QPoint to, Qt::DropAction wanted = Qt::CopyAction,
+                 const std::function<void(testing::TestKeyboard &)> &during = {}) {
         view->item = item;
         view->done.reset();
         std::atomic<bool> isOver = false;
+        std::atomic<bool> isWanted = wanted == Qt::IgnoreAction;
+        QList<QPointer<QDrag>> known;
+        QTimer look;
+        QObject::connect(&look, &QTimer::timeout, qApp, [&] {
+            for (QDrag *drag : qApp->findChildren<QDrag *>(QString(), Qt::FindDirectChildrenOnly)) {
+                if (known.contains(drag))
+                    continue;
+                known.append(drag);
+                QObject::connect(drag, &QDrag::actionChanged, &look,
+                                 [&, wanted](Qt::DropAction action) { isWanted = isWanted || action == wanted; });
+            }
+        });
+        look.start(2);
         std::thread hand([&] {
             testing::TestKeyboard fingers;
             const auto pause = [](int milliseconds) {
@@ -112,14 +128,14 @@ protected:
             }
             if (during)
                 during(fingers);
-            for (int i = 0; i < 6; ++i) { // a hand is never quite still
+            for (int i = 0; i < 4 || (!isWanted && i < 200); ++i) { // a hand is never quite still
                 fingers.movePointer(to.x() + i % 2, to.y());
                 pause(50);
             }
             fingers.release(1);
             isOver = true;
         });
-        (void)waitUntil([&] { return isOver && (view.isNull() || view->done); });
+        (void)waitUntil([&] { return isOver && (view.isNull() || view->done); }, std::chrono::seconds(20));
         hand.join();
     }
 

@@ -82,14 +82,14 @@ TEST_F(X11DragPrograms, theOperationIsTheOneThatTheMaskSaysAtTheEndAndFollowsThe
     view->mask = [this] {
         return desktop.keyboard.isDown(testing::key::leftControl) ? dragOperation::move : dragOperation::copy;
     };
-    dragOut(file(QStringLiteral("/tmp/a")), place(),
+    dragOut(file(QStringLiteral("/tmp/a")), place(), Qt::MoveAction,
             [](testing::TestKeyboard &fingers) { fingers.down(testing::key::leftControl); });
     desktop.keyboard.up(testing::key::leftControl);
     EXPECT_EQ(view->done, dragOperation::move);
     EXPECT_TRUE(target->says(QStringLiteral("took move"))) << target->said().join(QLatin1Char('|')).toStdString();
     target->forget();
     desktop.keyboard.down(testing::key::leftControl);
-    dragOut(file(QStringLiteral("/tmp/b")), place(),
+    dragOut(file(QStringLiteral("/tmp/b")), place(), Qt::CopyAction,
             [](testing::TestKeyboard &fingers) { fingers.up(testing::key::leftControl); });
     EXPECT_EQ(view->done, dragOperation::copy);
     EXPECT_TRUE(target->says(QStringLiteral("took copy"))) << target->said().join(QLatin1Char('|')).toStdString();
@@ -97,7 +97,7 @@ TEST_F(X11DragPrograms, theOperationIsTheOneThatTheMaskSaysAtTheEndAndFollowsThe
 
 TEST_F(X11DragPrograms, escapeEndsADragWhoeverHasTheKeyboard) {
     const auto target = program(QStringLiteral("gtk3"), "files", files);
-    dragOut(file(QStringLiteral("/tmp/a")), place(),
+    dragOut(file(QStringLiteral("/tmp/a")), place(), Qt::IgnoreAction,
             [](testing::TestKeyboard &fingers) { fingers.tap(testing::key::escape); });
     EXPECT_EQ(view->done, dragOperation::none);
     EXPECT_FALSE(target->hasSaid(QStringLiteral("took")));
@@ -107,7 +107,7 @@ TEST_F(X11DragPrograms, escapeEndsADragWhoeverHasTheKeyboard) {
 
 TEST_F(X11DragPrograms, aDragGoesOnWithoutTheWindowThatItBeganIn) {
     const auto target = program(QStringLiteral("gtk3"), "files", files);
-    dragOut(file(QStringLiteral("/tmp/a")), place(), [this](testing::TestKeyboard &) {
+    dragOut(file(QStringLiteral("/tmp/a")), place(), Qt::CopyAction, [this](testing::TestKeyboard &) {
         QMetaObject::invokeMethod(
             qApp, [this] { window.reset(); }, Qt::QueuedConnection);
         std::this_thread::sleep_for(100ms);

@@ -120,7 +120,7 @@ TEST_F(DragsAtLength, aFileThatIsDraggedIntoThunarIsCopiedAndWithTheKeyMoved) {
     EXPECT_EQ(view->done, dragOperation::copy);
     QFile::remove(inThere());
     view->mask = [] { return dragOperation::move; };
-    dragOut(file(here()), at(330, 280));
+    dragOut(file(here()), at(330, 280), Qt::MoveAction);
     EXPECT_TRUE(waitUntil([this] { return QFile::exists(inThere()) && !QFile::exists(here()); }));
     EXPECT_EQ(view->done, dragOperation::move);
 }
@@ -141,7 +141,7 @@ TEST_F(DragsAtLength, aFileThatIsDraggedIntoPcmanfmIsCopiedAndWithTheKeyMoved) {
     EXPECT_TRUE(QFile::exists(here())) << "copied";
     QFile::remove(inThere());
     view->mask = [] { return dragOperation::move; };
-    dragOut(file(here()), at(330, 250));
+    dragOut(file(here()), at(330, 250), Qt::MoveAction);
     EXPECT_TRUE(waitUntil([this] { return QFile::exists(inThere()) && !QFile::exists(here()); }));
 }
 

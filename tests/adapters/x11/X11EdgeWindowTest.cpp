@@ -2,6 +2,7 @@
 // with and without a compositor and a window manager.
 #include "adapters/x11/X11EdgeWindow.h"
 
+#include "adapters/x11/ForeignWindow.h"
 #include "adapters/x11/X11ApplicationActivator.h"
 #include "adapters/x11/X11Screens.h"
 #include "desktop/Desktop.h"
@@ -10,12 +11,14 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPointer>
 #include <QProcess>
 #include <QScreen>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <QWidget>
 
@@ -293,6 +296,163 @@ TEST_F(X11EdgeWindowTest, aCompositorThatComesAndGoesMeanwhileChangesNothingThat
         window->setFrame(frame(300, 79), 100ms);
         EXPECT_TRUE(waitUntil([this] { return isShownAs(pixels({300, 79})); }));
     }
+}
+
+/// What stands at the top of a screen below it.
+class BelowTheEdge : public X11EdgeWindowTest {
+protected:
+    void SetUp() override {
+        X11EdgeWindowTest::SetUp();
+        ground.setMapped(below, false);
+    }
+    /// A program's window with the keyboard, on a strict window manager too.
+    quint32 windowWithKeyboard(testing::ForeignWindow &program) {
+        EXPECT_TRUE(waitUntil([&] { return desktop.windowOf(program.processId()) != 0; }));
+        const quint32 foreign = desktop.windowOf(program.processId());
+        EXPECT_TRUE(waitUntil([&] {
+            desktop.activate(foreign);
+            (void)waitUntil([] { return false; }, 50ms);
+            return desktop.activeWindow() == foreign;
+        }));
+        EXPECT_TRUE(program.waitForFocus());
+        return foreign;
+    }
+    [[nodiscard]] QPoint middle() const { return pixels({300, 24}).center(); }
+    void showAtRest() {
+        window->setFrame(frame(300, 24), 0ms);
+        window->orderFrontRegardless();
+        ASSERT_TRUE(waitUntil([this] { return shownAt(middle()) == QColor(notchColour); }));
+    }
+    [[nodiscard]] bool hasManager() const { return desktop.windowManager() != 0; }
+};
+
+TEST_F(BelowTheEdge, aFullScreenProgramGetsItsClicksAndKeysAndTheWindowStaysAboveIt) {
+    testing::ForeignWindow program(QStringLiteral(TAVRINE_QT_LINE_EDIT));
+    const quint32 foreign = windowWithKeyboard(program);
+    showAtRest();
+    desktop.setFullScreen(foreign, true);
+    ASSERT_TRUE(waitUntil([&] { return desktop.geometry(foreign).size() == desktop.size(); }));
+    window->orderFrontRegardless();
+    EXPECT_TRUE(waitUntil([this] { return shownAt(middle()) == QColor(notchColour); }));
+    desktop.click(middle());
+    EXPECT_EQ(content->clicks, 0);
+    desktop.type("abc");
+    EXPECT_TRUE(program.waitForText(QStringLiteral("abc"), 10s)) << program.text().toStdString();
+    EXPECT_EQ(desktop.activeWindow(), foreign);
+}
+
+TEST_F(BelowTheEdge, noListOfTheWindowManagerHasIt) {
+    testing::ForeignWindow program(QStringLiteral(TAVRINE_QT_LINE_EDIT));
+    const quint32 foreign = windowWithKeyboard(program);
+    showAtRest();
+    QProcess list;
+    list.start(QStringLiteral("wmctrl"), {QStringLiteral("-l")});
+    ASSERT_TRUE(list.waitForFinished(10000));
+    EXPECT_FALSE(list.readAllStandardOutput().contains(title));
+    desktop.keyboard.down(testing::key::leftAlt);
+    desktop.keyboard.tap(testing::key::tab);
+    (void)waitUntil([] { return false; }, 200ms);
+    desktop.keyboard.up(testing::key::leftAlt);
+    (void)waitUntil([] { return false; }, 100ms);
+    EXPECT_EQ(desktop.activeWindow(), foreign) << "the only one to switch to";
+}
+
+TEST_F(BelowTheEdge, aPanelAtTheTopGetsItsClicks) {
+    QTemporaryDir folder;
+    const QString clicked = folder.filePath(QStringLiteral("clicked"));
+    QFile settings(folder.filePath(QStringLiteral("tint2rc")));
+    ASSERT_TRUE(settings.open(QIODevice::WriteOnly));
+    settings.write("panel_items = P\npanel_position = top center horizontal\npanel_size = 100% 30\npanel_layer = top\n"
+                   "button = new\nbutton_text = a button that is wide enough to lie below the middle of the screen\n"
+                   "panel_padding = 300 0 0\nbutton_lclick_command = touch " +
+                   clicked.toUtf8() + "\n");
+    settings.close();
+    QProcess panel;
+    panel.start(QStringLiteral("tint2"), {QStringLiteral("-c"), settings.fileName()});
+    ASSERT_TRUE(waitUntil([this] { return !desktop.windowsTitled(QStringLiteral("tint2")).empty(); }));
+    showAtRest();
+    EXPECT_TRUE(waitUntil([&] {
+        desktop.click(middle());
+        return QFile::exists(clicked);
+    }));
+    EXPECT_EQ(content->clicks, 0);
+    EXPECT_EQ(shownAt(middle()), QColor(notchColour)) << "it is drawn above the panel";
+    panel.kill();
+    panel.waitForFinished();
+}
+
+TEST_F(BelowTheEdge, aWindowManagerThatIsReplacedChangesNothing) {
+    showAtRest();
+    QProcess manager;
+    manager.start(QStringLiteral("openbox"), {QStringLiteral("--replace")});
+    ASSERT_TRUE(waitUntil([&] { return desktop.windowManager() == manager.processId(); }));
+    EXPECT_TRUE(waitUntil([this] { return shownAt(middle()) == QColor(notchColour); }));
+    window->setFrame(frame(300, 79), 100ms);
+    EXPECT_TRUE(waitUntil([this] { return shownAt({middle().x(), 70}) == QColor(notchColour); }));
+    manager.kill();
+    manager.waitForFinished();
+    EXPECT_TRUE(waitUntil([this] { return shownAt(middle()) == QColor(notchColour); }));
+    QProcess::startDetached(QStringLiteral("openbox"), {}); // for the tests that follow; it ends with the display
+    EXPECT_TRUE(waitUntil([this] { return hasManager(); }));
+}
+
+TEST_F(BelowTheEdge, aScreenThatIsResizedWhileItGrowsLeavesItAtTheNewPlace) {
+    showAtRest();
+    window->setFrame(frame(465, 224), 400ms);
+    ASSERT_TRUE(waitUntil([this] { return content->height() > 50; }));
+    const auto xrandr = [](std::initializer_list<const char *> words) {
+        QStringList arguments;
+        for (const char *word : words)
+            arguments.append(QLatin1String(word));
+        EXPECT_EQ(QProcess::execute(QStringLiteral("xrandr"), arguments), 0);
+    };
+    xrandr({"--newmode", "small", "40", "800", "840", "968", "1056", "600", "601", "605", "628"});
+    xrandr({"--addmode", "screen", "small"});
+    xrandr({"--output", "screen", "--mode", "small"});
+    EXPECT_TRUE(waitUntil([] { return QGuiApplication::primaryScreen()->geometry().size() == QSize(800, 600); }));
+    window->setFrame(frame(465, 224), 250ms);
+    EXPECT_TRUE(waitUntil([this] {
+        return shownAt({400 - 200, 100}) == QColor(notchColour) && shownAt({400 + 200, 220}) == QColor(notchColour);
+    }));
+    EXPECT_EQ(content->size(), QSize(465, 224));
+    xrandr({"--output", "screen", "--mode", "1280x800"});
+    xrandr({"--delmode", "screen", "small"});
+    xrandr({"--rmmode", "small"});
+    EXPECT_TRUE(waitUntil([] { return QGuiApplication::primaryScreen()->geometry().size() == QSize(1280, 800); }));
+}
+
+/// Two monitors side by side, the right one with twice the pixels for a point. Run with that scale set.
+TEST_F(X11EdgeWindowTest, twoScreensOfDifferentScaleHaveItInTheirOwnPixels) {
+    const auto xrandr = [](const QStringList &arguments) {
+        return QProcess::execute(QStringLiteral("xrandr"), arguments) == 0;
+    };
+    ASSERT_TRUE(xrandr({QStringLiteral("--setmonitor"), QStringLiteral("left"), QStringLiteral("1280/300x800/200+0+0"),
+                        QStringLiteral("screen")}));
+    ASSERT_TRUE(xrandr({QStringLiteral("--setmonitor"), QStringLiteral("right"),
+                        QStringLiteral("1280/300x800/200+1280+0"), QStringLiteral("none")}));
+    ASSERT_TRUE(waitUntil([this] { return screens.screens().size() == 2; }));
+    for (const int screen : {0, 1, 0}) {
+        const int scale = screen == 0 ? 1 : 2;
+        ASSERT_EQ(screens.screens().at(screen).scale, scale);
+        const auto part = [&](int width, int height) {
+            return QRect(QPoint(640 + 1280 * screen - width * scale / 2, 0), QSize(width, height) * scale);
+        };
+        window->setFrame(frame(300, 24, screen), 0ms);
+        window->orderFrontRegardless();
+        window->setIgnoresMouseEvents(false);
+        EXPECT_TRUE(waitUntil([&] { return isShownAs(part(300, 24)); })) << screen;
+        EXPECT_EQ(content->size(), QSize(300, 24));
+        window->setFrame(frame(464, 224, screen), 100ms);
+        EXPECT_TRUE(waitUntil([&] { return isShownAs(part(464, 224)); })) << screen;
+        const QRect whole = part(464, 224);
+        const auto takes = [&](QPoint place) { return desktop.keyboard.windowAt(place.x(), place.y()) != below; };
+        EXPECT_TRUE(waitUntil([&] { return takes(whole.center() + QPoint(0, whole.height() / 2 - 8)); }));
+        EXPECT_TRUE(takes({whole.left() + 10, 10}));
+        EXPECT_FALSE(takes({whole.left() - 3, 10}));
+        EXPECT_FALSE(takes({whole.center().x(), whole.bottom() + 3}));
+    }
+    EXPECT_TRUE(xrandr({QStringLiteral("--delmonitor"), QStringLiteral("right")}));
+    EXPECT_TRUE(xrandr({QStringLiteral("--delmonitor"), QStringLiteral("left")}));
 }
 
 } // namespace
