@@ -127,8 +127,12 @@ TEST_F(NotchShelf, thePromptsSymbolSwellsAndSinksAndRestsBefore) {
     EXPECT_GT(most, 1.1);
     EXPECT_LT(most, 1.2);
     EXPECT_LT(least, 1.02);
+    time.advance(400ms); // half of the way
+    EXPECT_GT(shelf->pulseScale(), 1.01);
     model.setDragTargetActive(false);
     EXPECT_EQ(shelf->pulseScale(), 1.0);
+    rest();
+    EXPECT_FALSE(look::Look::current()->clock().isTicking());
 }
 
 TEST_F(NotchShelf, nothingTicksAtRest) {
