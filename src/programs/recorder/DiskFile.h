@@ -20,7 +20,7 @@ public:
     /// Bytes that wait for the disk, at most; whoever has more waits, too. Eight seconds of the best picture.
     static constexpr std::size_t mostWaiting = std::size_t(32) << 20;
     /// Bytes that wait for the disk within the kernel, so that a slow one shows that it gets on.
-    static constexpr std::size_t mostUnsynced = std::size_t(4) << 20;
+    static constexpr std::size_t mostUnsynced = std::size_t(2) << 20;
 
     /// `descriptor` stays its owner's. The file is empty. `onProgress` is called on the file's thread each time that
     /// something was written.
