@@ -11,7 +11,7 @@ enum class SessionNotice {
     screensDidWake,       ///< the screens were switched on again
     activeSpaceDidChange, ///< another desktop is shown
     didBecomeActive,      ///< a window of this program got the keyboard while none had it
-    didUnhide,            ///< the program's windows are shown again
+    didUnhide,            ///< the desktop's windows, this program's among them, are shown again
     screenIsUnlocked,     ///< the lock screen went
 };
 

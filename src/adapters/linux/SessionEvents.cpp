@@ -16,8 +16,9 @@ struct Notice {
 };
 
 constexpr Notice ofLogind[] = {
-    {"org.freedesktop.login1.Manager", "PrepareForSleep", SLOT(onActive(bool))},
+    {"org.freedesktop.login1.Manager", "PrepareForSleep", SLOT(onSleep(bool))},
     {"org.freedesktop.login1.Session", "Lock", SLOT(onLock())},
+    {"org.freedesktop.login1.Session", "Unlock", SLOT(onUnlock())},
 };
 // Desktops that lock without a word to logind.
 constexpr Notice ofLockScreens[] = {
@@ -30,10 +31,10 @@ constexpr Notice ofLockScreens[] = {
 
 } // namespace
 
-SessionEvents::Listening SessionEvents::listen(std::function<void()> sleepsOrLocks) {
+SessionEvents::Listening SessionEvents::listen(std::function<void(SessionEvent)> handler) {
     if (!std::exchange(m_isFollowing, true))
         follow();
-    const auto listener = m_listeners.insert(m_listeners.end(), std::move(sleepsOrLocks));
+    const auto listener = m_listeners.insert(m_listeners.end(), std::move(handler));
     if (m_listeners.size() == 1)
         attachAll(true);
     return {this, [listener](SessionEvents *self) {
@@ -81,14 +82,9 @@ void SessionEvents::attach(Bus SessionEvents::*bus, bool isToHear) {
         std::for_each(std::begin(ofLockScreens), std::end(ofLockScreens), attachTo);
 }
 
-void SessionEvents::onActive(bool isActive) {
-    if (isActive)
-        onLock();
-}
-
-void SessionEvents::onLock() {
+void SessionEvents::tell(SessionEvent event) {
     for (const auto &listener : m_listeners)
-        listener();
+        listener(event);
 }
 
 } // namespace tavrine

@@ -10,8 +10,10 @@
 
 namespace tavrine {
 
-/// Hears that the machine goes to sleep or that a session is locked, from logind and from whoever draws the lock
-/// screen. Lives on the main thread, as long as the process. The buses are asked for nothing while nobody listens.
+enum class SessionEvent { goesToSleep, wokeUp, isLocked, isUnlocked };
+
+/// Hears that the machine goes to sleep or that a session is locked, and the end of both, from logind and from whoever
+/// draws the lock screen. Lives on the main thread. The buses are asked for nothing while nobody listens.
 ///
 /// Anybody on a bus can say so, and of any session: good for giving way, not for more.
 class SessionEvents final : public QObject {
@@ -21,13 +23,15 @@ public:
     /// Ends the listening; outlived by the events.
     using Listening = std::shared_ptr<void>;
 
-    /// `sleepsOrLocks` is called each time, perhaps several times for the same, and does not end the listening within
+    /// `handler` is called each time, perhaps several times for the same, and does not end the listening within
     /// the call. Nothing that was said before is heard, nor what is said until the buses are open.
-    [[nodiscard]] Listening listen(std::function<void()> sleepsOrLocks);
+    [[nodiscard]] Listening listen(std::function<void(SessionEvent)> handler);
 
 private Q_SLOTS:
-    void onActive(bool isActive);
-    void onLock();
+    void onSleep(bool begins) { tell(begins ? SessionEvent::goesToSleep : SessionEvent::wokeUp); }
+    void onActive(bool isActive) { tell(isActive ? SessionEvent::isLocked : SessionEvent::isUnlocked); }
+    void onLock() { tell(SessionEvent::isLocked); }
+    void onUnlock() { tell(SessionEvent::isUnlocked); }
 
 private:
     using Bus = std::optional<QDBusConnection>;
@@ -36,11 +40,12 @@ private:
     void follow();
     void attach(Bus SessionEvents::*bus, bool isToHear);
     void attachAll(bool isToHear);
+    void tell(SessionEvent event);
 
     bool m_isFollowing = false;
     Bus m_systemBus;
     Bus m_sessionBus;
-    std::list<std::function<void()>> m_listeners;
+    std::list<std::function<void(SessionEvent)>> m_listeners;
 };
 
 } // namespace tavrine

@@ -30,7 +30,10 @@ public:
             return;
         borrowFromOwnMenus();
         m_state = State::waiting;
-        m_listening = sessionEvents.listen([this] { giveWay(); });
+        m_listening = sessionEvents.listen([this](SessionEvent event) {
+            if (event == SessionEvent::goesToSleep || event == SessionEvent::isLocked)
+                giveWay();
+        });
         attempt();
     }
     ~X11EventTap() override {

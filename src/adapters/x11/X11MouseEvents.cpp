@@ -70,8 +70,9 @@ void X11MouseEvents::watch(Wanted wanted) {
 }
 
 void X11MouseEvents::connectAnew() {
-    if (m_client)
-        m_client.release()->deleteLater(); // it may be at work
+    if (m_client) // it may be at work, and goes with the next turn
+        QMetaObject::invokeMethod(
+            this, [old = std::shared_ptr<XcbClient>(std::move(m_client))] {}, Qt::QueuedConnection);
     m_pause.stop();
     m_wanted = Wanted::nothing;
     m_inputOpcode = 0;
