@@ -220,6 +220,13 @@ TEST_F(ThemeFileIconsTest, anotherThemeIsFollowed) {
     EXPECT_EQ(QIcon::themeName(), text("hicolor-of-somebody"));
 }
 
+TEST_F(ThemeFileIconsTest, whereTheDesktopNamesNoThemeOneThatIsThereIsShown) {
+    themes.icons.clear();
+    QIcon::setThemeName(text("hicolor")); // as the toolkit has it then
+    static_cast<void>(icon(text("/a/b.txt")));
+    EXPECT_EQ(QIcon::themeName(), text("Adwaita"));
+}
+
 TEST_F(ThemeFileIconsTest, aPipeWithoutAWriterIsNotWaitedFor) {
     ASSERT_EQ(::mkfifo(QFile::encodeName(path("pipe")).constData(), 0600), 0);
     QElapsedTimer timer;

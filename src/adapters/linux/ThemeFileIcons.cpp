@@ -67,7 +67,7 @@ void ThemeFileIcons::followTheme() {
     if (m_looks)
         m_looks->allow(lookLimit);
     const QString theme = m_themes().icons;
-    if (theme == m_theme && !QIcon::themeName().isEmpty())
+    if (theme == m_theme)
         return;
     m_theme = theme;
     m_icons.clear();

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace tavrine {
@@ -56,7 +57,7 @@ private:
     QMimeDatabase m_types;
     QHash<QString, Kind> m_kinds; ///< by ending, or by name for a file without one
     QCache<std::pair<QString, int>, QImage> m_icons{iconLimit};
-    QString m_theme;
+    std::optional<QString> m_theme; ///< that the desktop named; none before the first icon
     QTimer m_turn;
     int m_namings = 0; ///< in this turn
     std::unique_ptr<FileLooks> m_looks;
