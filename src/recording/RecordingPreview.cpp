@@ -132,8 +132,12 @@ void RecordingPreview::goOn(const QString &original, const QString &path, const 
             if (self)
                 goneOn(original, path, savedPath, choice, use);
         });
-    if (!*isTold) // it goes to another disk
-        m_actions.showToast(QString::fromUtf8("Saving the recording…"), QStringLiteral("square.and.arrow.down"));
+    if (*isTold)
+        return;
+    m_ports.time.asyncAfter(untilSavingIsTold, this, [this, isTold] { // it goes to another disk
+        if (!*isTold)
+            m_actions.showToast(QString::fromUtf8("Saving the recording…"), QStringLiteral("square.and.arrow.down"));
+    });
 }
 
 void RecordingPreview::goneOn(const QString &original, const QString &path, const std::optional<QString> &savedPath,

@@ -57,6 +57,7 @@ public:
 
     static constexpr QSizeF size{380, 430};
     static constexpr QPointF margin{24, 48}; ///< from the lower left corner of the screen
+    static constexpr Seconds untilSavingIsTold{0.3};
 
     RecordingPreview(Ports ports, Saving saving, Actions actions, View view);
     ~RecordingPreview() override;

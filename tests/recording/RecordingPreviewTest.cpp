@@ -235,6 +235,9 @@ TEST_F(Preview, aMovieOnItsWayToAnotherDiskIsToldAndTheNextIsShownAfterIt) {
     recorder->offer({leftover("tavrine-rec-1.mp4")});
     model.pressCopy();
     EXPECT_FALSE(recorder->previewWindow());
+    time.advance(299ms);
+    EXPECT_THAT(toasts, IsEmpty());
+    time.advance(1ms);
     EXPECT_THAT(toasts, ElementsAre(text("Saving the recording…|square.and.arrow.down")));
     EXPECT_THAT(copied(), IsEmpty());
     time.advance(10s);
