@@ -162,6 +162,23 @@ void ScreenClient::setBackground(std::uint32_t colour) {
     finish();
 }
 
+void ScreenClient::setWallpaper(const QImage &tile) {
+    const QImage image = tile.convertToFormat(QImage::Format_RGB32);
+    const auto width = static_cast<std::uint16_t>(image.width());
+    const auto height = static_cast<std::uint16_t>(image.height());
+    const xcb_pixmap_t pixmap = xcb_generate_id(m_connection);
+    xcb_create_pixmap(m_connection, screenOf(m_connection).root_depth, pixmap, m_root, width, height);
+    xcb_put_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, m_context, width, height, 0, 0, 0,
+                  screenOf(m_connection).root_depth, static_cast<std::uint32_t>(image.sizeInBytes()),
+                  image.constBits());
+    xcb_change_window_attributes(m_connection, m_root, XCB_CW_BACK_PIXMAP, &pixmap);
+    xcb_clear_area(m_connection, 0, m_root, 0, 0, 0, 0);
+    for (const char *property : {"_XROOTPMAP_ID", "ESETROOT_PMAP_ID"})
+        xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_root, atom(property), XCB_ATOM_PIXMAP, 32, 1,
+                            &pixmap);
+    finish();
+}
+
 void ScreenClient::setPointer(Window window, QSize size, QPoint hotSpot, std::uint32_t colour) {
     const Reply<xcb_render_query_pict_formats_reply_t> formats(
         xcb_render_query_pict_formats_reply(m_connection, xcb_render_query_pict_formats(m_connection), nullptr),

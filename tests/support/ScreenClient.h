@@ -40,6 +40,8 @@ public:
     void paintOften(Window window, const QRect &area, std::uint32_t colour);
     /// Of the root window itself, from then on.
     void setBackground(std::uint32_t colour);
+    /// The picture of the root window, over and over, told as those do who set one.
+    void setWallpaper(const QImage &tile);
 
     /// Gives the window a pointer of that size, in one premultiplied colour.
     void setPointer(Window window, QSize size, QPoint hotSpot, std::uint32_t colour);

@@ -179,6 +179,83 @@ TEST_F(ScreenStreamTest, underAKeptOutWindowOverNoOtherIsWhatIsSeenBesideIt) {
     EXPECT_TRUE(eventually([&] { return seenAt(160, 120) == beside && seenAt(100, 100) == beside; }));
 }
 
+/// Every pixel of it differs from its neighbours.
+QImage wallpaper(quint32 seed) {
+    QImage tile(190, 70, QImage::Format_RGB32);
+    for (int y = 0; y < tile.height(); ++y)
+        for (int x = 0; x < tile.width(); ++x)
+            tile.setPixel(x, y, 0xff000000 | ((seed + quint32(x)) * 0x010305U + quint32(y) * 0x050301U) % 0xffffffU);
+    return tile;
+}
+
+/// As it is seen, wherever it begins.
+QImage wallpaperOver(const QRect &place, const QImage &tile) {
+    QImage image(place.size(), QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, tile.pixel((place.x() + x) % tile.width(), (place.y() + y) % tile.height()));
+    return image;
+}
+
+TEST_F(ScreenStreamTest, aWallpaperUnderAKeptOutWindowIsAsBesideItAndFollowedWhenItChanges) {
+    client.setWallpaper(wallpaper(1));
+    client.setMapped(board, false);
+    const QImage first = wallpaperOver(area, wallpaper(1));
+    static_cast<void>(shown(area.topLeft(), first.pixel(0, 0) & 0xffffffU));
+    const auto bar = client.add(area.adjusted(81, 83, -79, -85), 0xff0000);
+    const auto stream = start({bar});
+    EXPECT_TRUE(comesToBe(first)) << describe(picture(), first);
+    const auto above = client.add(QRect(area.center(), QSize(300, 20)), 0x4080c0); // half under the bar, half beside it
+    client.raise(bar);
+    EXPECT_TRUE(eventually([&] { return seenAt(162, 122) == 0x4080c0U && seenAt(310, 122) == 0x4080c0U; }));
+    client.destroy(above);
+    client.setWallpaper(wallpaper(99));
+    const QImage second = wallpaperOver(area, wallpaper(99));
+    EXPECT_TRUE(comesToBe(second)) << describe(picture(), second);
+    EXPECT_TRUE(isAllTold());
+}
+
+/// Where the window begins in a line of the picture; -1 where it is not.
+int firstIn(const QImage &picture, int line, quint32 colour) {
+    for (int x = 0; x < picture.width(); ++x)
+        if ((picture.pixel(x, line) & 0xffffffU) == colour)
+            return x;
+    return -1;
+}
+
+TEST_F(ScreenStreamTest, aWindowThatMovesUnderAKeptOutOneStaysInOnePiece) {
+    const auto below = client.add(QRect(area.x() + 120, area.y() + 20, 50, 200), 0x4080c0);
+    const auto bar = client.add(area.adjusted(0, 90, 0, -90), 0xff0000);
+    const auto stream = start({bar});
+    std::atomic<bool> isOver = false;
+    std::chrono::duration<double> late{};
+    std::thread mover([&] {
+        ScreenClient other;
+        for (int i = 0; !isOver; ++i) {
+            const auto next = std::chrono::steady_clock::now() + 4ms;
+            other.move(below, QRect(area.x() + 20 + i * 7 % 230, area.y() + 20, 50, 200));
+            std::this_thread::sleep_until(next);
+            late += std::chrono::steady_clock::now() - next;
+        }
+    });
+    const auto begun = std::chrono::steady_clock::now();
+    int seen = 0;
+    int torn = 0;
+    for (int last = frames(); seen < 60; last = frames()) {
+        ASSERT_TRUE(eventually([&] { return frames() > last; }));
+        const QImage one = picture();
+        ++seen;
+        torn += firstIn(one, 30, 0x4080c0) != firstIn(one, 120, 0x4080c0) ? 1 : 0;
+    }
+    const std::chrono::duration<double> length = std::chrono::steady_clock::now() - begun;
+    isOver = true;
+    mover.join();
+    // A busy machine keeps the stream waiting between its questions, as it does the mover; and then frames are overdue.
+    const double overdue = std::max(length / (seen * 1s / 60.0) - 1, 0.0);
+    EXPECT_LE(torn, seen * (0.1 + late / length + overdue));
+    EXPECT_TRUE(isAllTold());
+}
+
 TEST_F(ScreenStreamTest, windowsThatAreKeptOutCostNothingOutsideTheArea) {
     client.add(area, 0x4080c0);
     const auto bar = client.add(QRect(area.bottomLeft() + QPoint(0, 20), QSize(100, 40)), 0xff0000);

@@ -4,6 +4,11 @@
 
 namespace tavrine {
 
+QRegion ofFewRects(const QRegion &region) {
+    constexpr int manyRects = 64;
+    return region.rectCount() > manyRects ? QRegion(region.boundingRect()) : region;
+}
+
 struct FrameBuffers::Shared {
     std::shared_ptr<Waker> waker;
     std::atomic<bool> isAwaited = false;
@@ -37,12 +42,8 @@ FrameBuffers::Buffer *FrameBuffers::free() {
 }
 
 void FrameBuffers::change(const QRegion &changed) {
-    constexpr int manyRects = 64; // more cost more to keep apart than to read
-    for (Slot &slot : m_slots) {
-        slot.pending += changed;
-        if (slot.pending.rectCount() > manyRects)
-            slot.pending = slot.pending.boundingRect();
-    }
+    for (Slot &slot : m_slots)
+        slot.pending = ofFewRects(slot.pending + changed);
 }
 
 std::shared_ptr<const ScreenFrame> FrameBuffers::give(const Buffer &buffer, std::vector<QRect> changed) {

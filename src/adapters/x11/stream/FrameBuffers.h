@@ -11,6 +11,10 @@
 
 namespace tavrine {
 
+/// Many rectangles cost more to keep apart than to read what lies between them. What is read more than is told to have
+/// changed would be seen before it is told, so both go through here.
+[[nodiscard]] QRegion ofFewRects(const QRegion &region);
+
 /// The buffers of a stream: which of them others hold, and what each is behind the screen.
 ///
 /// Lives on the stream's thread. A frame may be let go on any thread, and later than the stream.

@@ -33,6 +33,8 @@ public:
 
     /// What is known of the windows may be wrong.
     void doubt() { m_isOld = m_isTreeOld = !m_clients.isEmpty(); }
+    /// Windows have moved, come or gone where something is hidden, and `ask` was not called since.
+    [[nodiscard]] bool isOld() const { return m_isOld; }
     /// True when the server did not answer in time since the last question.
     [[nodiscard]] bool takeIsLate() { return std::exchange(m_isLate, false); }
 

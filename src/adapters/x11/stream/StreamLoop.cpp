@@ -12,6 +12,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock; // CLOCK_MONOTONIC
 
+/// A window that is dragged moves once in a frame; one that moves all the time has to be shown as well.
+constexpr int mostTries = 3;
+
 /// A program draws what is to be seen of it within a few milliseconds.
 constexpr std::chrono::milliseconds untilSettled{3};
 
@@ -154,6 +157,7 @@ void StreamLoop::readMonitorsAgain() {
 /// What is different since the last look, whatever the reason. Everything is asked before the first answer is waited
 /// for.
 void StreamLoop::takeChanges() {
+    static_cast<void>(m_link.takeIsLate());
     if (m_areMonitorsOld)
         readMonitorsAgain();
     const unsigned int question = std::exchange(m_isDamaged, false) ? askRegion(m_link, m_damage) : 0;
@@ -167,23 +171,22 @@ void StreamLoop::takeChanges() {
     if (m_plan.showsPointer)
         m_pointer.take();
     changed += m_keptOut.take();
-    m_changed += changed.translated(-m_plan.area.topLeft()) & QRect({}, m_plan.area.size());
-}
-
-void StreamLoop::look(FrameBuffers::Buffer &buffer) {
-    const MediaTime needed = *m_needed;
-    m_needed.reset();
-    static_cast<void>(m_link.takeIsLate());
-    const std::uint64_t lastLook = m_pointer.seen().look;
-    takeChanges();
-    if (m_plan.showsPointer && m_pointer.seen().look != lastLook)
-        m_needed = now(); // it may go on without a pause, and then nothing is told of it
+    m_changed = ofFewRects(m_changed + (changed.translated(-m_plan.area.topLeft()) & QRect({}, m_plan.area.size())));
+    m_buffers.change(m_changed);
     const bool isPictureLate = m_keptOut.takeIsLate();
     if (m_link.takeIsLate() || isPictureLate) { // what the answer would have said is not known
         m_isDamaged = m_areMonitorsOld = true;
         m_keptOut.doubt();
     }
-    m_buffers.change(m_changed);
+}
+
+void StreamLoop::look(FrameBuffers::Buffer &buffer) {
+    const MediaTime needed = *m_needed;
+    m_needed.reset();
+    const std::uint64_t lastLook = m_pointer.seen().look;
+    takeChanges();
+    if (m_plan.showsPointer && m_pointer.seen().look != lastLook)
+        m_needed = now(); // it may go on without a pause, and then nothing is told of it
     if (!m_keptOut.isSettled(Clock::now())) {
         m_needed = now() + untilSettled;
         return;
@@ -193,10 +196,24 @@ void StreamLoop::look(FrameBuffers::Buffer &buffer) {
     const bool isPointerElsewhere =
         m_plan.showsPointer && m_pointer.seen().look != m_givenLook && pointers.intersects(m_plan.area);
     const bool isSeen = !m_changed.isEmpty() || isPointerElsewhere;
-    if (m_areMonitorsOld || (isSeen && !refresh(buffer)))
+    if (m_areMonitorsOld || (isSeen && !refreshInOnePiece(buffer)))
         m_needed = now(); // again, an interval later
     else if (isSeen)
         give(buffer, moment);
+}
+
+/// What is hidden is drawn from windows where they were known to be, and the rest is read as it is seen. A window that
+/// has moved in between would be torn in two; the server has told of it by the time of its last answer.
+bool StreamLoop::refreshInOnePiece(FrameBuffers::Buffer &buffer) {
+    for (int tries = 1; refresh(buffer); ++tries) {
+        readEvents();
+        if (!m_keptOut.isOld() || tries == mostTries)
+            return true;
+        takeChanges();
+        if (m_areMonitorsOld || !m_keptOut.isSettled(Clock::now()))
+            return false;
+    }
+    return false;
 }
 
 /// Makes the buffer's picture that of the screen. False when something of it is not here; it is not to be given then.

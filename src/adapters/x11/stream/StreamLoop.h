@@ -36,6 +36,7 @@ private:
 
     void look(FrameBuffers::Buffer &buffer);
     void takeChanges();
+    [[nodiscard]] bool refreshInOnePiece(FrameBuffers::Buffer &buffer);
     [[nodiscard]] bool refresh(FrameBuffers::Buffer &buffer);
     void readRoot(FrameBuffers::Buffer &buffer, const QRegion &part);
     void readHidden(FrameBuffers::Buffer &buffer, const QRegion &part);
