@@ -12,8 +12,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A program draws what was covered within a few milliseconds; one that hangs is not waited for.
-constexpr auto longestUnsettled = 150ms;
+/// A program draws what was covered within a few milliseconds; one that hangs is not waited for, and the first frame
+/// has to be there 150 ms after the start.
+constexpr auto longestUnsettled = 80ms;
 constexpr int deepestWindow = 16;
 
 } // namespace

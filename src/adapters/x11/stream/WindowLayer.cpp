@@ -109,6 +109,8 @@ void WindowLayer::forgetContents() {
 }
 
 void WindowLayer::follow(const WindowStack::Window &state) {
+    if (!m_area.isNull()) // what is still to be drawn moves with it
+        unpainted.translate(state.area.topLeft() - m_area.topLeft());
     m_area = state.area;
     m_border = state.border;
     if (m_content == state.content)
