@@ -19,9 +19,13 @@ class Calendar;
 class CodeDetector;
 class ColorSamplers;
 class Downloads;
+class DragPasteboards;
+class Dragging;
+class EdgeWindows;
 class EventMonitors;
 class EventPoster;
 class EventTaps;
+class FileIcons;
 class FilePanels;
 class HotKeys;
 class ImageCoder;
@@ -42,7 +46,9 @@ class Recognizer;
 class ScreenStreams;
 class Screens;
 class ScriptSyntax;
+class SessionNotices;
 class StatusItem;
+class SystemSounds;
 class TaskLauncher;
 class Time;
 class UpdateFeed;
@@ -64,8 +70,11 @@ public:
     [[nodiscard]] virtual const Folders &folders() = 0;
 
     // The program among others.
-    /// `onReopen` is called when the program is started again while it runs.
-    [[nodiscard]] virtual Instance becomeOnlyInstance(std::function<void()> onReopen) = 0;
+    /// `action` is what this start asks for. `onReopen` is called when the program is started again while it runs, with
+    /// what that start asks for: a word out of `startAction`, empty, or one that nobody knows.
+    [[nodiscard]] virtual Instance becomeOnlyInstance(const QString &action,
+                                                      std::function<void(const QString &action)> onReopen) = 0;
+    [[nodiscard]] virtual SessionNotices &sessionNotices() = 0;
     [[nodiscard]] virtual Application &application() = 0;
     [[nodiscard]] virtual Workspace &workspace() = 0;
     [[nodiscard]] virtual ApplicationActivator &applicationActivator() = 0;
@@ -84,6 +93,7 @@ public:
     [[nodiscard]] virtual Appearance &appearance() = 0;
     [[nodiscard]] virtual Screens &screens() = 0;
     [[nodiscard]] virtual PanelWindows &panelWindows() = 0;
+    [[nodiscard]] virtual EdgeWindows &edgeWindows() = 0;
     [[nodiscard]] virtual StatusItem &statusItem() = 0;
     [[nodiscard]] virtual ColorSamplers &colorSamplers() = 0;
     [[nodiscard]] virtual ScreenStreams &screenStreams() = 0;
@@ -95,6 +105,8 @@ public:
     [[nodiscard]] virtual EventMonitors &eventMonitors() = 0;
     [[nodiscard]] virtual EventPoster &eventPoster() = 0;
     [[nodiscard]] virtual EventTaps &eventTaps() = 0;
+    [[nodiscard]] virtual DragPasteboards &dragPasteboards() = 0;
+    [[nodiscard]] virtual Dragging &dragging() = 0;
 
     // The person.
     [[nodiscard]] virtual Access &access() = 0;
@@ -118,6 +130,8 @@ public:
     [[nodiscard]] virtual CodeDetector &screenCodeDetector() = 0;  ///< for what is found on the screen
     [[nodiscard]] virtual CodeDetector &pictureCodeDetector() = 0; ///< for the editor
     [[nodiscard]] virtual ScriptSyntax *scriptSyntax() = 0;        ///< null where there is no engine
+    [[nodiscard]] virtual FileIcons &fileIcons() = 0;
+    [[nodiscard]] virtual SystemSounds &systemSounds() = 0;
     [[nodiscard]] virtual AudioPlayers &audioPlayers() = 0;
     [[nodiscard]] virtual AudioDevices &audioDevices() = 0;
     [[nodiscard]] virtual MicrophoneSessions &microphoneSessions() = 0;

@@ -252,6 +252,13 @@ bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {
     return true;
 }
 
+void AppDelegate::startedAgain(const QString &action) {
+    if (action == startAction::shelf && m_shell.flags().isOn(Feature::notchShelf))
+        m_tools.notchShelf().openWithKeyboard();
+    else
+        applicationShouldHandleReopen(false);
+}
+
 void AppDelegate::dismissFloatingPanels() {
     if (PanelController *panels = m_shell.panelsIfMade())
         panels->orderOutAllPanels();

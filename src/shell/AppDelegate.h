@@ -42,6 +42,8 @@ public:
     void handleOpenTavrineEditorRequested() { openEditor({}); }
     void handleRestartSnip();
     bool applicationShouldHandleReopen(bool hasVisibleWindows); ///< always true
+    /// The program was started again, for something that a start can ask for; for all else it comes forward.
+    void startedAgain(const QString &action);
     void handleOpenClipboardSettingsRequested();
     void handleOpenLofiSettingsRequested();
     void menuWillOpen();

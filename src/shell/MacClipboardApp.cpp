@@ -13,13 +13,20 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 using namespace tavrine;
 
 namespace {
 
+/// The one word that a start can have: `--shelf`. All else is the toolkit's, or nobody's.
+QString requestedAction(int argc, char **argv) {
+    const bool asksForShelf = argc == 2 && std::strcmp(argv[1], "--shelf") == 0;
+    return asksForShelf ? QString(startAction::shelf) : QString();
+}
+
 /// From the launch to the end of the main loop, with everything that the program owns.
-int run(Desktop &desktop, ClipboardDatabase &database, AppDelegate *&delegate) {
+int run(Desktop &desktop, ClipboardDatabase &database, const QString &action, AppDelegate *&delegate) {
     look::Look look(desktop.time(), &desktop.appearance());
     NotificationCenter &center = NotificationCenter::defaultCenter();
     UserDefaults defaults(QStringLiteral("%1/%2.plist").arg(desktop.folders().preferences, ownBundleIdentifier),
@@ -27,6 +34,8 @@ int run(Desktop &desktop, ClipboardDatabase &database, AppDelegate *&delegate) {
     AppDelegate appDelegate({desktop, defaults, center, database});
     delegate = &appDelegate;
     appDelegate.applicationDidFinishLaunching();
+    if (!action.isEmpty())
+        appDelegate.startedAgain(action);
     const int status = QApplication::exec();
     delegate = nullptr;
     return status;
@@ -51,9 +60,10 @@ int main(int argc, char **argv) {
     QApplication::setQuitOnLastWindowClosed(false);
 
     AppDelegate *delegate = nullptr;
-    const Instance instance = desktop->becomeOnlyInstance([&delegate] {
+    const QString action = requestedAction(argc, argv);
+    const Instance instance = desktop->becomeOnlyInstance(action, [&delegate](const QString &asked) {
         if (delegate)
-            delegate->applicationShouldHandleReopen(false);
+            delegate->startedAgain(asked);
     });
     if (instance != Instance::first) {
         std::fflush(nullptr);
@@ -61,7 +71,7 @@ int main(int argc, char **argv) {
         std::_Exit(instance == Instance::handedOver ? EXIT_SUCCESS : EXIT_FAILURE);
     }
 
-    const int status = run(*desktop, database, delegate);
+    const int status = run(*desktop, database, action, delegate);
     desktop.reset(); // hands what it holds of the clipboard over
     std::fflush(nullptr);
     // What there was to write is written. The toolkit's own end would wait for buses that may hang.

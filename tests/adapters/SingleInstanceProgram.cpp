@@ -1,4 +1,4 @@
-// A program that runs once: prints what it became and each time it is opened again.
+// A program that runs once: prints what it became and each time it is opened again. usage: NAME [ACTION]
 
 #include "adapters/linux/DBusSingleInstance.h"
 
@@ -13,11 +13,14 @@ int main(int argc, char **argv) {
         std::puts(text.constData());
         std::fflush(stdout);
     };
-    DBusSingleInstance instance(qgetenv("DESKTOP_STARTUP_ID"), [&](const QByteArray &startupId) {
-        say("reopened");
-        if (!startupId.isEmpty())
-            say("by " + startupId);
-    });
+    DBusSingleInstance instance(qgetenv("DESKTOP_STARTUP_ID"), QCoreApplication::arguments().value(1),
+                                [&](const QByteArray &startupId, const QString &action) {
+                                    say("reopened");
+                                    if (!startupId.isEmpty())
+                                        say("by " + startupId);
+                                    if (!action.isEmpty())
+                                        say("for " + action.toUtf8());
+                                });
     switch (instance.start()) {
     case DBusSingleInstance::Start::handedOver:
         say("handed over");

@@ -17,12 +17,12 @@ using namespace std::chrono_literals;
 class Start {
 public:
     explicit Start(const QString &bus = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
-                   const QString &display = qEnvironmentVariable("DISPLAY")) {
+                   const QString &display = qEnvironmentVariable("DISPLAY"), const QString &action = {}) {
         auto environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus);
         environment.insert(QStringLiteral("DISPLAY"), display);
         process.setProcessEnvironment(environment);
-        process.start(QStringLiteral(SINGLE_INSTANCE_PROGRAM), QStringList());
+        process.start(QStringLiteral(SINGLE_INSTANCE_PROGRAM), action.isEmpty() ? QStringList() : QStringList(action));
         process.waitForStarted();
     }
     ~Start() {
@@ -64,6 +64,15 @@ TEST(SingleInstance, aLaterStartHandsOnWhatALauncherCalledIt) {
     qunsetenv("DESKTOP_STARTUP_ID");
     EXPECT_EQ(second.exitCode(), 0);
     EXPECT_TRUE(first.says(QStringLiteral("by launcher-1_TIME4711\n")));
+}
+
+TEST(SingleInstance, aLaterStartHandsOnWhatItAsksFor) {
+    Start first;
+    ASSERT_TRUE(first.says(QStringLiteral("first\n")));
+    Start second(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), qEnvironmentVariable("DISPLAY"),
+                 QStringLiteral("shelf"));
+    EXPECT_EQ(second.exitCode(), 0);
+    EXPECT_TRUE(first.says(QStringLiteral("reopened\nfor shelf\n")));
 }
 
 TEST(SingleInstance, ofManyStartsAtOnceOneRuns) {

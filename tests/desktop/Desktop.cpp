@@ -7,6 +7,7 @@
 #include <memory>
 
 #include <xcb/res.h>
+#include <xcb/shape.h>
 #include <xcb/xcb.h>
 
 namespace tavrine::testing {
@@ -164,6 +165,28 @@ quint32 Desktop::overlayAt(QPoint place) const {
             found = window; // they come from the lowest to the uppermost
     });
     return found;
+}
+
+QRect Desktop::inputOf(quint32 window) const {
+    const auto shape = owned(xcb_shape_get_rectangles_reply(
+        m_connection, xcb_shape_get_rectangles(m_connection, window, XCB_SHAPE_SK_INPUT), nullptr));
+    QRect bounds;
+    const xcb_rectangle_t *parts = shape ? xcb_shape_get_rectangles_rectangles(shape.get()) : nullptr;
+    for (int part = 0; parts && part < xcb_shape_get_rectangles_rectangles_length(shape.get()); ++part)
+        bounds |= QRect(parts[part].x, parts[part].y, parts[part].width, parts[part].height);
+    return bounds;
+}
+
+int Desktop::brightnessAt(QPoint place) const {
+    const auto image = owned(
+        xcb_get_image_reply(m_connection,
+                            xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root,
+                                          static_cast<qint16>(place.x()), static_cast<qint16>(place.y()), 1, 1, ~0U),
+                            nullptr));
+    if (!image || xcb_get_image_data_length(image.get()) < 3)
+        return 0;
+    const quint8 *const colour = xcb_get_image_data(image.get());
+    return std::max({colour[0], colour[1], colour[2]});
 }
 
 bool Desktop::isAbove(quint32 upper, quint32 lower) const {

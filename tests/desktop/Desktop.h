@@ -31,6 +31,10 @@ public:
     [[nodiscard]] bool hasKeyboard(const char *title) const;
     /// The uppermost window at a place that no window manager knows, whether or not it takes clicks; 0 for none.
     [[nodiscard]] quint32 overlayAt(QPoint place) const;
+    /// Where a window takes the mouse, in pixels of the window; the bounds of all its parts.
+    [[nodiscard]] QRect inputOf(quint32 window) const;
+    /// The brightest part of the screen's colour at a place, from 0 to 255; on a screen of 24 bits.
+    [[nodiscard]] int brightnessAt(QPoint place) const;
     [[nodiscard]] bool isAbove(quint32 upper, quint32 lower) const;
     /// As the window manager tells it; the keyboard itself may be with a window inside it.
     [[nodiscard]] quint32 activeWindow() const;

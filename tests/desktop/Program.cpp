@@ -100,10 +100,10 @@ bool Program::addRows(const QStringList &contents) const {
     return isDone;
 }
 
-std::unique_ptr<QProcess> Program::startAgain() const {
+std::unique_ptr<QProcess> Program::startAgain(const QStringList &arguments) const {
     auto process = std::make_unique<QProcess>();
     process->setProcessEnvironment(environment);
-    process->start(QStringLiteral(TAVRINE_BINARY), QStringList());
+    process->start(QStringLiteral(TAVRINE_BINARY), arguments);
     return process;
 }
 

@@ -30,7 +30,7 @@ public:
     /// now.
     [[nodiscard]] bool addRows(const QStringList &contents) const;
     /// A further start of the same program in the same home; the process is the caller's.
-    [[nodiscard]] std::unique_ptr<QProcess> startAgain() const;
+    [[nodiscard]] std::unique_ptr<QProcess> startAgain(const QStringList &arguments = {}) const;
     void kill9();
     [[nodiscard]] bool isRunning() const;
     [[nodiscard]] qint64 processId() const { return m_process ? m_process->processId() : 0; }

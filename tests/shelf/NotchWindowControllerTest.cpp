@@ -356,6 +356,7 @@ TEST_F(NotchWindow, whatWasDraggedBeforeTheShelfWasThereOpensNothing) {
     controller.reset();
     drags.begin(true);
     drags.end();
+    time.runPending(); // heard by nobody
     make();
     screens.setPressedMouseButtons(1);
     monitors.mouse(eventMask::leftMouseDragged);

@@ -23,6 +23,7 @@ TEST_F(Launch, withNoPreferencesEveryFlagIsOnAndTheWelcomeWindowComesAfterAFifth
     for (const FeatureText &each : featureTexts)
         EXPECT_TRUE(delegate->shell().flags().isOn(each.feature)) << each.property;
     EXPECT_EQ(outputOf([&] { delegate->applicationDidFinishLaunching(); }),
+              "[NotchShelf] Starting mouse monitoring (restart #1)\n"
               "DEBUG: Registering Hotkeys...\nDEBUG: Hotkey registered successfully for ID: 1\n"
               "DEBUG: Hotkey registered successfully for ID: 2\nDEBUG: Hotkey registered successfully for ID: 6\n"
               "DEBUG: Hotkey registered successfully for ID: 7\n"

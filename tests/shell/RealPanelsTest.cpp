@@ -31,9 +31,15 @@ public:
     EventMonitors &eventMonitors() override { return m_monitors; }
 
     const Folders &folders() override { return m_fake.folders(); }
-    Instance becomeOnlyInstance(std::function<void()> onReopen) override {
-        return m_fake.becomeOnlyInstance(std::move(onReopen));
+    Instance becomeOnlyInstance(const QString &action, std::function<void(const QString &)> onReopen) override {
+        return m_fake.becomeOnlyInstance(action, std::move(onReopen));
     }
+    SessionNotices &sessionNotices() override { return m_fake.sessionNotices(); }
+    EdgeWindows &edgeWindows() override { return m_fake.edgeWindows(); }
+    DragPasteboards &dragPasteboards() override { return m_fake.dragPasteboards(); }
+    Dragging &dragging() override { return m_fake.dragging(); }
+    FileIcons &fileIcons() override { return m_fake.fileIcons(); }
+    SystemSounds &systemSounds() override { return m_fake.systemSounds(); }
     Application &application() override { return m_fake.application(); }
     Workspace &workspace() override { return m_fake.workspace(); }
     ApplicationCatalog &applicationCatalog() override { return m_fake.applicationCatalog(); }

@@ -27,6 +27,8 @@
 #include "adapters/linux/ReaderProcess.h"
 #include "adapters/linux/RecorderProcess.h"
 #include "adapters/linux/SystemCalendar.h"
+#include "adapters/linux/ThemeFileIcons.h"
+#include "adapters/linux/ThemeSounds.h"
 #include "adapters/linux/TurboImageCoder.h"
 #include "adapters/linux/UPowerSource.h"
 #include "adapters/linux/XdgAutostart.h"
@@ -49,15 +51,16 @@ const Folders &LinuxDesktop::folders() {
     return *m_folders;
 }
 
-Instance LinuxDesktop::becomeOnlyInstance(std::function<void()> onReopen) {
+Instance LinuxDesktop::becomeOnlyInstance(const QString &action, std::function<void(const QString &)> onReopen) {
     // Before the first widget, at which the toolkit would ask for screen readers itself and wait, and before a bus.
     m_accessibility = std::make_unique<LateAccessibility>();
     return m_instance
         .get([&] {
             return std::make_unique<DBusSingleInstance>(
-                m_startupId, [this, onReopen = std::move(onReopen)](const QByteArray &startupId) {
+                m_startupId, action,
+                [this, onReopen = std::move(onReopen)](const QByteArray &startupId, const QString &asked) {
                     startedAgain(startupId);
-                    onReopen();
+                    onReopen(asked);
                 });
         })
         .start();
@@ -195,6 +198,15 @@ ScriptSyntax *LinuxDesktop::scriptSyntax() {
     return m_scriptSyntax
         .get([] { return std::make_unique<PluginLoader<ScriptSyntax>>(QStringLiteral("script_syntax")); })
         .port();
+}
+
+FileIcons &LinuxDesktop::fileIcons() {
+    return m_fileIcons.get([this] { return std::make_unique<ThemeFileIcons>([this] { return themes(); }); });
+}
+
+SystemSounds &LinuxDesktop::systemSounds() {
+    return m_systemSounds.get(
+        [this] { return std::make_unique<ThemeSounds>(folders().programs, [this] { return themes(); }); });
 }
 
 PlayerProcesses &LinuxDesktop::players() {

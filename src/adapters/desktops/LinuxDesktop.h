@@ -24,7 +24,8 @@ public:
     ~LinuxDesktop() override;
 
     [[nodiscard]] const Folders &folders() final;
-    [[nodiscard]] Instance becomeOnlyInstance(std::function<void()> onReopen) final;
+    [[nodiscard]] Instance becomeOnlyInstance(const QString &action,
+                                              std::function<void(const QString &)> onReopen) final;
     [[nodiscard]] Application &application() final;
     [[nodiscard]] ApplicationCatalog &applicationCatalog() final;
     [[nodiscard]] LoginItem &loginItem() final;
@@ -50,6 +51,8 @@ public:
     [[nodiscard]] CodeDetector &screenCodeDetector() final;
     [[nodiscard]] CodeDetector &pictureCodeDetector() final;
     [[nodiscard]] ScriptSyntax *scriptSyntax() final;
+    [[nodiscard]] FileIcons &fileIcons() final;
+    [[nodiscard]] SystemSounds &systemSounds() final;
     [[nodiscard]] AudioPlayers &audioPlayers() final;
     [[nodiscard]] AudioDevices &audioDevices() final;
     [[nodiscard]] MicrophoneSessions &microphoneSessions() final;
@@ -103,6 +106,8 @@ private:
     MadeOnce<CodeDetector> m_screenCodeDetector;
     MadeOnce<CodeDetector> m_pictureCodeDetector;
     MadeOnce<PluginLoader<ScriptSyntax>> m_scriptSyntax;
+    MadeOnce<FileIcons> m_fileIcons;
+    MadeOnce<SystemSounds> m_systemSounds;
     MadeOnce<PlayerProcesses> m_players;
     MadeOnce<PluginLoader<MicrophoneSessions>> m_microphoneSessions;
     MadeOnce<MicrophoneSessions> m_noMicrophoneSessions;

@@ -8,6 +8,9 @@
 #include "adapters/x11/X11ApplicationActivator.h"
 #include "adapters/x11/X11ColorSampler.h"
 #include "adapters/x11/X11Compositor.h"
+#include "adapters/x11/X11DragPasteboards.h"
+#include "adapters/x11/X11Dragging.h"
+#include "adapters/x11/X11EdgeWindow.h"
 #include "adapters/x11/X11EventMonitors.h"
 #include "adapters/x11/X11EventPoster.h"
 #include "adapters/x11/X11EventTap.h"
@@ -16,6 +19,7 @@
 #include "adapters/x11/X11Pasteboard.h"
 #include "adapters/x11/X11ScreenSaverKeeper.h"
 #include "adapters/x11/X11Screens.h"
+#include "adapters/x11/X11SessionNotices.h"
 #include "adapters/x11/X11Workspace.h"
 #include "adapters/x11/XEmbedTrayIcon.h"
 #include "adapters/x11/XSettingsAppearance.h"
@@ -41,6 +45,10 @@ std::vector<std::unique_ptr<TrayIcon>> trayIcons() {
 X11Desktop::X11Desktop() : m_silence(std::make_shared<KeyboardSilence>()) {}
 X11Desktop::~X11Desktop() = default;
 
+SessionNotices &X11Desktop::sessionNotices() {
+    return m_sessionNotices.get([] { return std::make_unique<X11SessionNotices>(); });
+}
+
 Workspace &X11Desktop::workspace() {
     return m_workspace.get([] { return std::make_unique<X11Workspace>(); });
 }
@@ -63,6 +71,10 @@ Screens &X11Desktop::screens() {
 
 PanelWindows &X11Desktop::panelWindows() {
     return m_panelWindows.get([this] { return std::make_unique<X11PanelWindows>(x11Activator()); });
+}
+
+EdgeWindows &X11Desktop::edgeWindows() {
+    return m_edgeWindows.get([this] { return std::make_unique<X11EdgeWindows>(x11Activator()); });
 }
 
 StatusItem &X11Desktop::statusItem() {
@@ -102,6 +114,14 @@ EventPoster &X11Desktop::eventPoster() {
 
 EventTaps &X11Desktop::eventTaps() {
     return m_eventTaps.get([this] { return std::make_unique<X11EventTaps>(m_silence); });
+}
+
+DragPasteboards &X11Desktop::dragPasteboards() {
+    return m_dragPasteboards.get([] { return std::make_unique<X11DragPasteboards>(); });
+}
+
+Dragging &X11Desktop::dragging() {
+    return m_dragging.get([] { return std::make_unique<X11Dragging>(); });
 }
 
 Access &X11Desktop::access() {

@@ -15,10 +15,12 @@ public:
     X11Desktop();
     ~X11Desktop() override;
 
+    [[nodiscard]] SessionNotices &sessionNotices() override;
     [[nodiscard]] Workspace &workspace() override;
     [[nodiscard]] ApplicationActivator &applicationActivator() override;
     [[nodiscard]] Screens &screens() override;
     [[nodiscard]] PanelWindows &panelWindows() override;
+    [[nodiscard]] EdgeWindows &edgeWindows() override;
     [[nodiscard]] StatusItem &statusItem() override;
     [[nodiscard]] ColorSamplers &colorSamplers() override;
     [[nodiscard]] ScreenStreams &screenStreams() override;
@@ -27,6 +29,8 @@ public:
     [[nodiscard]] EventMonitors &eventMonitors() override;
     [[nodiscard]] EventPoster &eventPoster() override;
     [[nodiscard]] EventTaps &eventTaps() override;
+    [[nodiscard]] DragPasteboards &dragPasteboards() override;
+    [[nodiscard]] Dragging &dragging() override;
     [[nodiscard]] Access &access() override;
     [[nodiscard]] Pasteboard &pasteboard() override;
 
@@ -48,6 +52,10 @@ private:
     MadeOnce<Access> m_access;
     MadeOnce<X11ApplicationActivator> m_activator;
     MadeOnce<PanelWindows> m_panelWindows;
+    MadeOnce<EdgeWindows> m_edgeWindows;
+    MadeOnce<DragPasteboards> m_dragPasteboards;
+    MadeOnce<Dragging> m_dragging;
+    MadeOnce<SessionNotices> m_sessionNotices;
     MadeOnce<EventPoster> m_eventPoster;
     MadeOnce<EventTaps> m_eventTaps;
     MadeOnce<Screens> m_screens;

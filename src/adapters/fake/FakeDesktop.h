@@ -11,9 +11,13 @@
 #include "adapters/fake/FakeCodeDetector.h"
 #include "adapters/fake/FakeColorSampler.h"
 #include "adapters/fake/FakeDownloads.h"
+#include "adapters/fake/FakeDragPasteboard.h"
+#include "adapters/fake/FakeDragging.h"
+#include "adapters/fake/FakeEdgeWindow.h"
 #include "adapters/fake/FakeEventMonitors.h"
 #include "adapters/fake/FakeEventPoster.h"
 #include "adapters/fake/FakeEventTap.h"
+#include "adapters/fake/FakeFileIcons.h"
 #include "adapters/fake/FakeFilePanels.h"
 #include "adapters/fake/FakeHotKeys.h"
 #include "adapters/fake/FakeImageCoder.h"
@@ -34,7 +38,9 @@
 #include "adapters/fake/FakeScreenStreams.h"
 #include "adapters/fake/FakeScreens.h"
 #include "adapters/fake/FakeScriptSyntax.h"
+#include "adapters/fake/FakeSessionNotices.h"
 #include "adapters/fake/FakeStatusItem.h"
+#include "adapters/fake/FakeSystemSounds.h"
 #include "adapters/fake/FakeTaskLauncher.h"
 #include "adapters/fake/FakeUpdateFeed.h"
 #include "adapters/fake/FakeUrlOpener.h"
@@ -52,10 +58,12 @@ public:
     explicit FakeDesktop(Folders folders) : m_folders(std::move(folders)) {}
 
     [[nodiscard]] const Folders &folders() override { return m_folders; }
-    [[nodiscard]] Instance becomeOnlyInstance(std::function<void()> onReopen) override {
+    [[nodiscard]] Instance becomeOnlyInstance(const QString & /*action*/,
+                                              std::function<void(const QString &)> onReopen) override {
         m_onReopen = std::move(onReopen);
         return Instance::first;
     }
+    [[nodiscard]] FakeSessionNotices &sessionNotices() override { return m_sessionNotices; }
     [[nodiscard]] FakeApplication &application() override { return m_application; }
     [[nodiscard]] FakeWorkspace &workspace() override { return m_workspace; }
     [[nodiscard]] FakeApplicationActivator &applicationActivator() override { return m_activator; }
@@ -77,6 +85,7 @@ public:
         m_hasAskedForPanels = true;
         return m_panelWindows;
     }
+    [[nodiscard]] FakeEdgeWindows &edgeWindows() override { return m_edgeWindows; }
     [[nodiscard]] FakeStatusItem &statusItem() override { return m_statusItem; }
     [[nodiscard]] FakeColorSamplers &colorSamplers() override { return m_colorSamplers; }
     [[nodiscard]] FakeScreenStreams &screenStreams() override { return m_screenStreams; }
@@ -87,6 +96,8 @@ public:
     [[nodiscard]] FakeEventMonitors &eventMonitors() override { return m_eventMonitors; }
     [[nodiscard]] FakeEventPoster &eventPoster() override { return m_eventPoster; }
     [[nodiscard]] FakeEventTaps &eventTaps() override { return m_eventTaps; }
+    [[nodiscard]] FakeDragPasteboards &dragPasteboards() override { return m_dragPasteboards; }
+    [[nodiscard]] FakeDragging &dragging() override { return m_dragging; }
     [[nodiscard]] FakeAccess &access() override { return m_access; }
     [[nodiscard]] FakeAlerts &alerts() override { return m_alerts; }
     [[nodiscard]] FakeFilePanels &filePanels() override { return m_filePanels; }
@@ -104,6 +115,8 @@ public:
     [[nodiscard]] FakeCodeDetector &screenCodeDetector() override { return m_screenCodeDetector; }
     [[nodiscard]] FakeCodeDetector &pictureCodeDetector() override { return m_pictureCodeDetector; }
     [[nodiscard]] FakeScriptSyntax *scriptSyntax() override { return &m_scriptSyntax; }
+    [[nodiscard]] FakeFileIcons &fileIcons() override { return m_fileIcons; }
+    [[nodiscard]] FakeSystemSounds &systemSounds() override { return m_systemSounds; }
     [[nodiscard]] FakeAudioPlayers &audioPlayers() override { return m_audioPlayers; }
     [[nodiscard]] FakeAudioPlayers &audioDevices() override { return m_audioPlayers; }
     [[nodiscard]] FakeMicrophoneSessions &microphoneSessions() override { return m_microphoneSessions; }
@@ -111,9 +124,9 @@ public:
     [[nodiscard]] FakeTaskLauncher &taskLauncher() override { return m_taskLauncher; }
 
     /// The program is started a second time.
-    void reopen() {
+    void reopen(const QString &action = {}) {
         if (m_onReopen)
-            m_onReopen();
+            m_onReopen(action);
     }
     /// The build names a feed, or none.
     void setUpdateFeed(bool isNamed) { m_hasUpdateFeed = isNamed; }
@@ -138,6 +151,8 @@ private:
     FakeAppearance m_appearance;
     FakeScreens m_screens;
     FakePanelWindows m_panelWindows;
+    FakeSessionNotices m_sessionNotices{m_time};
+    FakeEdgeWindows m_edgeWindows;
     FakeStatusItem m_statusItem;
     FakeColorSamplers m_colorSamplers{m_time};
     FakeScreenStreams m_screenStreams{m_time};
@@ -145,6 +160,8 @@ private:
     FakeEventMonitors m_eventMonitors;
     FakeEventPoster m_eventPoster;
     FakeEventTaps m_eventTaps{m_time};
+    FakeDragPasteboards m_dragPasteboards{m_time};
+    FakeDragging m_dragging{m_time};
     FakeAccess m_access;
     FakeAlerts m_alerts;
     FakeFilePanels m_filePanels{m_time};
@@ -161,12 +178,14 @@ private:
     FakeCodeDetector m_screenCodeDetector;
     FakeCodeDetector m_pictureCodeDetector;
     FakeScriptSyntax m_scriptSyntax;
+    FakeFileIcons m_fileIcons{m_time};
+    FakeSystemSounds m_systemSounds;
     FakeAudioPlayers m_audioPlayers{m_time};
     FakeMicrophoneSessions m_microphoneSessions{m_time};
     FakeDownloads m_downloads{m_time};
     FakeMovieWriters m_movieWriters{m_time};
     FakeTaskLauncher m_taskLauncher;
-    std::function<void()> m_onReopen;
+    std::function<void(const QString &)> m_onReopen;
     std::function<void()> m_onPackageUpdates;
     bool m_hasUpdateFeed = false;
     bool m_hasAskedForPanels = false;

@@ -40,8 +40,7 @@ bool isNobody(const QDBusError &error) {
            error.name() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
 }
 
-/// What launchers and later starts call. The program opens no files and offers no actions by name, so all three bring
-/// it forward.
+/// What launchers and later starts call. The program opens no files: to be asked to is to be brought forward.
 class ApplicationAdaptor : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
@@ -53,16 +52,16 @@ public:
 public Q_SLOTS:
     void Activate(const QVariantMap &platformData) { reopen(platformData); }
     void Open(const QStringList &, const QVariantMap &platformData) { reopen(platformData); }
-    void ActivateAction(const QString &, const QVariantList &, const QVariantMap &platformData) {
-        reopen(platformData);
+    void ActivateAction(const QString &action, const QVariantList &, const QVariantMap &platformData) {
+        reopen(platformData, action);
     }
 
 private:
     // In a later turn: the caller waits for the answer, and opening a window takes its time.
-    void reopen(const QVariantMap &platformData) {
+    void reopen(const QVariantMap &platformData, const QString &action = {}) {
+        const QByteArray startupId = platformData.value(startupIdKey).toString().toUtf8();
         QMetaObject::invokeMethod(
-            this, [this, startupId = platformData.value(startupIdKey).toString().toUtf8()] { m_onReopen(startupId); },
-            Qt::QueuedConnection);
+            this, [this, startupId, action] { m_onReopen(startupId, action); }, Qt::QueuedConnection);
     }
 
     DBusSingleInstance::OnReopen m_onReopen;
@@ -72,8 +71,9 @@ private:
 
 class DBusSingleInstance::Private : public QObject {
 public:
-    Private(QByteArray id, OnReopen onReopen)
-        : startupId(std::move(id)), lock(runtimeFolder(), ownBundleIdentifier + u'-' + displayName()) {
+    Private(QByteArray id, QString asked, OnReopen onReopen)
+        : startupId(std::move(id)), action(std::move(asked)),
+          lock(runtimeFolder(), ownBundleIdentifier + u'-' + displayName()) {
         new ApplicationAdaptor(this, std::move(onReopen));
     }
 
@@ -101,6 +101,7 @@ public:
     }
 
     const QByteArray startupId;
+    const QString action;
     InstanceLock lock;
 
 private:
@@ -118,8 +119,12 @@ private:
     }
 
     [[nodiscard]] QDBusMessage activation() const {
-        auto call = QDBusMessage::createMethodCall(ownName, ownPath, interfaceName, QStringLiteral("Activate"));
+        auto call = QDBusMessage::createMethodCall(ownName, ownPath, interfaceName,
+                                                   action.isEmpty() ? QStringLiteral("Activate")
+                                                                    : QStringLiteral("ActivateAction"));
         call.setAutoStartService(false);
+        if (!action.isEmpty())
+            call << action << QVariantList();
         QVariantMap platformData;
         if (!startupId.isEmpty())
             platformData.insert(startupIdKey, QString::fromUtf8(startupId));
@@ -161,8 +166,8 @@ private:
     }
 };
 
-DBusSingleInstance::DBusSingleInstance(QByteArray startupId, OnReopen onReopen)
-    : d(std::make_unique<Private>(std::move(startupId), std::move(onReopen))) {}
+DBusSingleInstance::DBusSingleInstance(QByteArray startupId, QString action, OnReopen onReopen)
+    : d(std::make_unique<Private>(std::move(startupId), std::move(action), std::move(onReopen))) {}
 
 DBusSingleInstance::~DBusSingleInstance() = default;
 

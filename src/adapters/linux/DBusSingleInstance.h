@@ -3,6 +3,7 @@
 #include "ports/Instance.h"
 
 #include <QByteArray>
+#include <QString>
 
 #include <functional>
 #include <memory>
@@ -25,11 +26,11 @@ public:
     using Start = Instance;
 
     /// Called on the main thread when the program is started again while it runs, with the identifier that a launcher
-    /// gave that start; empty for none.
-    using OnReopen = std::function<void(const QByteArray &startupId)>;
+    /// gave that start; empty for none. `action` is what that start asks for, in a caller's words; empty for nothing.
+    using OnReopen = std::function<void(const QByteArray &startupId, const QString &action)>;
 
-    /// `startupId` is the one of this start.
-    DBusSingleInstance(QByteArray startupId, OnReopen onReopen);
+    /// `startupId` and `action` are those of this start.
+    DBusSingleInstance(QByteArray startupId, QString action, OnReopen onReopen);
     ~DBusSingleInstance();
 
     /// Waits for nobody where this is the first one; else for the bus and for the other program, 2 s each at most.

@@ -7,7 +7,8 @@ namespace tavrine {
 
 Tools::Tools(Shell &shell)
     : m_shell(shell), m_editor(shell), m_snipping(shell, m_editor), m_clipboard(shell), m_cleaningMode(shell),
-      m_emojiPicker(shell), m_lofi(shell), m_keepAwake(shell), m_networkSpeed(shell), m_screenRecorder(shell) {
+      m_emojiPicker(shell), m_lofi(shell), m_keepAwake(shell), m_networkSpeed(shell), m_notchShelf(shell),
+      m_screenRecorder(shell) {
     Tools &tools = *this;
     tools[Feature::snippingTool] = &m_snipping;
     tools[Feature::tavrineEditor] = &m_editor;
@@ -15,6 +16,7 @@ Tools::Tools(Shell &shell)
     tools[Feature::loFi] = &m_lofi;
     tools[Feature::cleaningMode] = &m_cleaningMode;
     tools[Feature::networkSpeed] = &m_networkSpeed;
+    tools[Feature::notchShelf] = &m_notchShelf;
     tools[Feature::emojiPicker] = &m_emojiPicker;
     tools[Feature::keepAwake] = &m_keepAwake;
     tools[Feature::screenRecorder] = &m_screenRecorder;

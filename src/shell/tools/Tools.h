@@ -9,6 +9,7 @@
 #include "shell/tools/KeepAwakeTool.h"
 #include "shell/tools/LofiTool.h"
 #include "shell/tools/NetworkSpeedTool.h"
+#include "shell/tools/NotchShelfTool.h"
 #include "shell/tools/ScreenRecorderTool.h"
 #include "shell/tools/SnippingTool.h"
 
@@ -26,7 +27,7 @@ public:
     Tools(const Tools &) = delete;
     Tools &operator=(const Tools &) = delete;
 
-    /// The tool behind a switch. Null for one that is not built yet.
+    /// The tool behind a switch.
     [[nodiscard]] Tool *&operator[](Feature feature) { return m_byFeature[static_cast<std::size_t>(feature)]; }
 
     // For what only one of them can do.
@@ -38,6 +39,7 @@ public:
     [[nodiscard]] LofiTool &lofi() { return m_lofi; }
     [[nodiscard]] KeepAwakeTool &keepAwake() { return m_keepAwake; }
     [[nodiscard]] NetworkSpeedTool &networkSpeed() { return m_networkSpeed; }
+    [[nodiscard]] NotchShelfTool &notchShelf() { return m_notchShelf; }
     [[nodiscard]] ScreenRecorderTool &screenRecorder() { return m_screenRecorder; }
 
     /// Has no switch of its own.
@@ -53,6 +55,7 @@ private:
     LofiTool m_lofi;
     KeepAwakeTool m_keepAwake;
     NetworkSpeedTool m_networkSpeed;
+    NotchShelfTool m_notchShelf;
     ScreenRecorderTool m_screenRecorder;
     MadeOnce<ColorPickerManager> m_colorPicker;
     std::array<Tool *, featureTexts.size()> m_byFeature{};

@@ -1,0 +1,176 @@
+// The built program with all its real parts, and other programs that drag: what a person does with the shelf.
+
+#include "desktop/Desktop.h"
+#include "desktop/Program.h"
+#include "support/Wait.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QUrl>
+
+#include <gmock/gmock.h>
+
+using namespace tavrine::testing;
+using namespace std::chrono_literals;
+using ::testing::HasSubstr;
+
+namespace {
+
+constexpr int restingHeight = 24;
+constexpr int dropHeight = 79;
+constexpr int itemsHeight = 224;
+
+/// A foreign window that drags one thing and takes others.
+class DragClient {
+public:
+    DragClient(const QString &kind, const QString &file) {
+        m_process.start(QStringLiteral(TAVRINE_CLIENTS "/gtk-drag"), {QStringLiteral("3"), kind, file});
+    }
+    ~DragClient() {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+    void kill9() { m_process.kill(); }
+    [[nodiscard]] bool says(const QByteArray &line, std::chrono::milliseconds limit = 10s) {
+        return waitUntil([&] { return (m_said += m_process.readAllStandardOutput()).contains(line); }, limit);
+    }
+    [[nodiscard]] const QByteArray &said() const { return m_said; }
+
+private:
+    QProcess m_process;
+    QByteArray m_said;
+};
+
+class ShelfOfAProgram : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(program.startOnboarded());
+        ASSERT_TRUE(waitUntil([this] { return desktop.windowsTitled(QStringLiteral("NotchShelf")).size() == 1; }))
+            << qPrintable(program.output());
+        shelf = desktop.windowsTitled(QStringLiteral("NotchShelf")).front();
+        top = QPoint(desktop.size().width() / 2, 0);
+        desktop.keyboard.movePointer(10, desktop.size().height() - 10);
+    }
+    void TearDown() override { desktop.keyboard.release(1); }
+
+    QString write(const char *name, const QByteArray &content) {
+        const QString path = program.home() + u'/' + QString::fromUtf8(name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        return path;
+    }
+    /// A file, and the list that a program drags it by.
+    QString listOf(const QString &path) {
+        return write("dragged.list", QUrl::fromLocalFile(path).toEncoded() + "\r\n");
+    }
+
+    /// The middle of the other program's window, once it is there and takes clicks.
+    [[nodiscard]] QPoint whereToDragFrom(DragClient &client) {
+        EXPECT_TRUE(client.says("ready")) << client.said().constData();
+        QPoint middle;
+        EXPECT_TRUE(waitUntil([&] {
+            // What it drags beside the pointer has the same title.
+            for (const quint32 window : desktop.windowsTitled(QStringLiteral("gtk-drag")))
+                if (desktop.geometry(window).width() == 300)
+                    middle = desktop.geometry(window).center();
+            return !middle.isNull() && desktop.title(desktop.topWindowAt(middle)) == QStringLiteral("gtk-drag");
+        }));
+        return middle;
+    }
+    void beginDrag(QPoint from) {
+        desktop.keyboard.movePointer(from.x(), from.y());
+        desktop.keyboard.press(1);
+        for (int step = 1; step <= 5; ++step)
+            desktop.keyboard.movePointer(from.x(), from.y() + 4 * step);
+    }
+    /// By steps, as a hand does it.
+    void moveTo(QPoint from, QPoint to) {
+        for (int step = 1; step <= 10; ++step) {
+            const QPoint place = from + (to - from) * step / 10;
+            desktop.keyboard.movePointer(place.x(), place.y());
+        }
+    }
+    [[nodiscard]] bool hasHeight(int height) {
+        return waitUntil([&] { return desktop.inputOf(shelf).height() == height; });
+    }
+    [[nodiscard]] bool prints(const char *line) {
+        return waitUntil([&] { return program.output().contains(QString::fromUtf8(line)); });
+    }
+    /// A drag by a foreign program that ends on the shelf.
+    void dropOnShelf(DragClient &client, int opensTo) {
+        const QPoint from = whereToDragFrom(client);
+        beginDrag(from);
+        ASSERT_TRUE(client.says("begin"));
+        ASSERT_TRUE(hasHeight(opensTo)) << qPrintable(program.output());
+        moveTo(from, top + QPoint(0, 12));
+        ASSERT_TRUE(prints("[NotchShelf] Drag entered!")) << qPrintable(program.output());
+        ASSERT_TRUE(hasHeight(dropHeight));
+        desktop.keyboard.release(1);
+        ASSERT_TRUE(client.says("dropped")) << qPrintable(program.output());
+    }
+
+    Desktop desktop;
+    Program program;
+    quint32 shelf = 0;
+    QPoint top; ///< the middle of the screen's upper edge
+};
+
+TEST_F(ShelfOfAProgram, aFileThatIsDraggedAnywhereOpensItAndIsHeldWhereItLies) {
+    const QString path = write("Report.txt", "words");
+    DragClient client(QStringLiteral("files"), listOf(path));
+    dropOnShelf(client, dropHeight);
+    ASSERT_TRUE(prints("[NotchShelf] Found 1 file URLs")) << qPrintable(program.output());
+    ASSERT_TRUE(hasHeight(itemsHeight)); // the pointer is still there
+    EXPECT_THAT(client.said(), HasSubstr("dropped copy"));
+    EXPECT_TRUE(QFile::exists(path));
+}
+
+TEST_F(ShelfOfAProgram, aTextThatIsDraggedOpensNothingAndCanBeDroppedAllTheSame) {
+    DragClient client(QStringLiteral("text"), write("words.txt", "some words"));
+    beginDrag(whereToDragFrom(client));
+    ASSERT_TRUE(client.says("begin"));
+    ASSERT_TRUE(hasHeight(restingHeight)); // it takes drops
+    EXPECT_FALSE(waitUntil([&] { return desktop.inputOf(shelf).height() != restingHeight; }, 300ms));
+    desktop.keyboard.release(1);
+    ASSERT_TRUE(hasHeight(0));
+    dropOnShelf(client, restingHeight);
+    EXPECT_TRUE(hasHeight(itemsHeight));
+}
+
+TEST_F(ShelfOfAProgram, aClickAtTheTopReachesWhatIsBelow) {
+    EXPECT_TRUE(desktop.geometry(shelf).contains(top));
+    EXPECT_NE(desktop.keyboard.windowAt(top.x(), top.y()), shelf);
+    EXPECT_NE(desktop.keyboard.windowAt(top.x(), top.y() + 12), shelf);
+}
+
+TEST_F(ShelfOfAProgram, aDragThatIsCancelledOrWhoseProgramDiesClosesIt) {
+    const QString list = listOf(write("Report.txt", "words"));
+    DragClient client(QStringLiteral("files"), list);
+    beginDrag(whereToDragFrom(client));
+    ASSERT_TRUE(hasHeight(dropHeight));
+    desktop.pressEscape();
+    EXPECT_TRUE(hasHeight(0));
+    desktop.keyboard.release(1);
+    ASSERT_TRUE(client.says("failed"));
+    beginDrag(whereToDragFrom(client));
+    ASSERT_TRUE(hasHeight(dropHeight));
+    client.kill9();
+    EXPECT_TRUE(hasHeight(0));
+}
+
+TEST_F(ShelfOfAProgram, aStartThatAsksForItOpensItForTheKeyboardAndEscapeGivesTheKeyboardBack) {
+    DragClient client(QStringLiteral("text"), write("words.txt", "some words"));
+    dropOnShelf(client, restingHeight);
+    desktop.keyboard.movePointer(10, desktop.size().height() - 10);
+    ASSERT_TRUE(hasHeight(0));
+    const auto focus = desktop.keyboard.focusedWindow();
+    const auto start = program.startAgain({QStringLiteral("--shelf")});
+    EXPECT_TRUE(hasHeight(itemsHeight)) << qPrintable(program.output());
+    EXPECT_TRUE(waitUntil([&] { return desktop.hasKeyboard("NotchShelf"); }));
+    desktop.pressEscape();
+    EXPECT_TRUE(hasHeight(0));
+    EXPECT_TRUE(waitUntil([&] { return desktop.keyboard.focusedWindow() == focus; }));
+    EXPECT_TRUE(waitUntil([&] { return start->state() == QProcess::NotRunning; }));
+}
+
+} // namespace
