@@ -36,6 +36,11 @@ public:
     DragProgram &operator=(const DragProgram &) = delete;
 
     [[nodiscard]] bool isShown() const { return m_frame.isValid(); }
+    /// Drags that it says it began since the last question.
+    [[nodiscard]] int takeBegun() {
+        m_process.waitForReadyRead(0);
+        return static_cast<int>(m_process.readAllStandardOutput().count("drag\n"));
+    }
     [[nodiscard]] qint64 processId() const { return m_process.processId(); }
     [[nodiscard]] QPoint middleOf(Field field) const {
         return {m_frame.x() + m_frame.width() / 2, m_frame.y() + m_frame.height() * (2 * field + 1) / 10};

@@ -48,6 +48,7 @@ TEST_P(ForeignDragsTest, filesOpenAndNothingElseDoes) {
         EXPECT_FALSE(stroke(field, false).isOpened) << field;
     EXPECT_EQ(stroke(DragProgram::slider, false).drags, 0);
     EXPECT_EQ(stroke(DragProgram::file, true).drags, 1) << "again, after others";
+    EXPECT_GE(program.takeBegun(), 4); // the strokes that drag did so
     const auto move = opener.stroke(program.titleBar(), program.titleBar() + QPoint(30, 0), false);
     EXPECT_FALSE(move.isOpened);
     EXPECT_EQ(move.drags, 0);

@@ -33,6 +33,8 @@ protected:
             content->setText(m_text);
         auto *drag = new QDrag(this);
         drag->setMimeData(content);
+        std::puts("drag");
+        std::fflush(stdout);
         drag->exec(Qt::CopyAction);
     }
 
