@@ -241,22 +241,22 @@ void ShelfItemDragSourceView::mouseDoubleClickEvent(QMouseEvent *event) {
     m_parts.open(m_item);
 }
 
+/// As large as what is in it: on a desktop that shows no window through another, what is transparent is black.
 QPixmap ShelfItemDragSourceView::draggingImage() const {
     const qreal scale = devicePixelRatioF();
-    QPixmap image(QSize(static_cast<int>(draggedSide), static_cast<int>(draggedSide)) * scale);
+    const QPixmap picture = m_parts.pictures.picture(m_item, pictureSide, scale);
+    const QSizeF frame(draggedSide, draggedSide);
+    const QSizeF size = picture.isNull() ? frame : picture.deviceIndependentSize().scaled(frame, Qt::KeepAspectRatio);
+    QPixmap image((size * scale).toSize().expandedTo(QSize(1, 1)));
     image.setDevicePixelRatio(scale);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     look::preparePainter(painter);
-    const QRectF frame(0, 0, draggedSide, draggedSide);
-    const QPixmap picture = m_parts.pictures.picture(m_item, pictureSide, scale);
-    if (picture.isNull()) {
-        look::paintSymbol(painter, frame, QStringLiteral("doc.fill"), draggedSide - 6, QColor(0x6A, 0x6E, 0x78));
-        return image;
-    }
-    const QSizeF size = picture.deviceIndependentSize().scaled(frame.size(), Qt::KeepAspectRatio);
-    painter.drawPixmap(QRectF(QPointF((draggedSide - size.width()) / 2, (draggedSide - size.height()) / 2), size),
-                       picture, picture.rect());
+    const QRectF whole({}, image.deviceIndependentSize());
+    if (picture.isNull())
+        look::paintSymbol(painter, whole, QStringLiteral("doc.fill"), draggedSide - 6, QColor(0x6A, 0x6E, 0x78));
+    else
+        painter.drawPixmap(whole, picture, picture.rect());
     return image;
 }
 
@@ -271,7 +271,7 @@ void ShelfItemDragSourceView::startDragging() {
     m_didStartDragging = true;
     update();
     dragged.draggingImage = draggingImage();
-    dragged.hotSpot = QPoint(static_cast<int>(draggedSide) / 2, static_cast<int>(draggedSide) / 2);
+    dragged.hotSpot = QRectF({}, dragged.draggingImage.deviceIndependentSize()).center().toPoint();
     const bool isFile = m_item.type == ItemType::file;
     const auto mask = [isFile, modifiers = m_parts.modifiers] {
         return isFile && isCommand(modifiers()) ? dragOperation::move : dragOperation::copy;

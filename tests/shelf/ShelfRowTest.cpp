@@ -59,6 +59,16 @@ TEST_F(ShelfTile, aFileIsDraggedAsItsAddressWithASmallPicture) {
     EXPECT_EQ(dragging.source(), &tile());
 }
 
+TEST_F(ShelfTile, theDraggedPictureFillsItsFrameOneWayAndHasNoBorderTheOther) {
+    model.addImage(picture(300, 100));
+    addFiles(0);
+    pull(tile(), middle, middle + QPointF(20, 0));
+    const DraggedItem &item = dragging.items().at(0);
+    EXPECT_EQ(item.draggingImage.deviceIndependentSize(), QSizeF(50, 16)); // 58 by 19, on whole pixels
+    EXPECT_EQ(item.draggingImage.toImage().pixelColor(0, 0), QColor(Qt::red));
+    EXPECT_EQ(item.hotSpot, QPoint(25, 8));
+}
+
 TEST_F(ShelfTile, textsAndImagesAreDraggedAsTheyAreAndAlwaysCopied) {
     model.addText(text("some words"));
     model.addImage(picture(30, 40));
