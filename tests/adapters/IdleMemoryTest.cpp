@@ -1,5 +1,6 @@
 #include "adapters/linux/IdleMemory.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -61,6 +62,18 @@ TEST(IdleMemory, theLettersOfALargeFontAreReadAgainFromItsFile) {
     giveIdleMemoryBack();
     EXPECT_EQ(font.resident(), 0);
     EXPECT_TRUE(font.isWhole());
+}
+
+TEST(IdleMemory, whatTheSystemKnowsOfItsFontsIsReadAgainFromItsFile) {
+    const QTemporaryDir folder;
+    ASSERT_TRUE(QDir(folder.path()).mkpath(QStringLiteral("fontconfig")));
+    const MappedFile cache(folder.filePath(QStringLiteral("fontconfig/0bd3dc09-le64.cache-8")), large / 8);
+    const MappedFile other(folder.filePath(QStringLiteral("fontconfig/fonts.conf")), large / 8);
+    ASSERT_TRUE(cache.isWhole() && other.isWhole());
+    giveIdleMemoryBack();
+    EXPECT_EQ(cache.resident(), 0);
+    EXPECT_EQ(other.resident(), large / 8 / 1024);
+    EXPECT_TRUE(cache.isWhole());
 }
 
 TEST(IdleMemory, aSmallFontAndWhatIsNoFontStay) {

@@ -16,8 +16,13 @@ bool isFont(std::string_view path) {
     return path.ends_with(".ttf") || path.ends_with(".otf") || path.ends_with(".ttc");
 }
 
+/// What the system knows of its fonts: all of it is read when a family is looked for, and hardly anything afterwards.
+bool isFontCache(std::string_view path) {
+    return path.find("/fontconfig/") != std::string_view::npos && path.find(".cache-") != std::string_view::npos;
+}
+
 /// A line of the process's own map: a range, its rights, and behind other things the file.
-void giveFontBack(const char *line) {
+void giveBack(const char *line) {
     uintptr_t begin = 0;
     uintptr_t end = 0;
     char rights[5] = "";
@@ -28,7 +33,8 @@ void giveFontBack(const char *line) {
     if (path.ends_with('\n'))
         path.remove_suffix(1);
     // Only what cannot have been written to: the file has the same.
-    if (end - begin >= largeFont && std::string_view(rights) == "r--p" && isFont(path))
+    const std::string_view readOnly(rights, 3);
+    if (readOnly == "r--" && ((end - begin >= largeFont && isFont(path)) || isFontCache(path)))
         madvise(reinterpret_cast<void *>(begin), end - begin, MADV_DONTNEED);
 }
 
@@ -41,7 +47,7 @@ void giveIdleMemoryBack() {
         return;
     char line[4352]; // the longest path, and what stands before it
     while (std::fgets(line, sizeof(line), maps))
-        giveFontBack(line);
+        giveBack(line);
     std::fclose(maps);
 }
 
