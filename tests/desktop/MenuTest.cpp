@@ -1,7 +1,8 @@
-// The menu of the built program in a tray of the older kind, by hand.
+// The menu of the built program in a tray of either kind, by hand.
 
 #include "desktop/Desktop.h"
 #include "desktop/Program.h"
+#include "support/StatusNotifierTray.h"
 #include "support/Wait.h"
 
 #include <gtest/gtest.h>
@@ -71,6 +72,34 @@ TEST_F(Menu, theMiddleButtonOpensTheClipboard) {
     desktop.keyboard.click(2, icon.x(), icon.y());
     EXPECT_TRUE(waitUntil([this] { return desktop.hasKeyboard(clipboardPanel); }));
     EXPECT_FALSE(desktop.isShown(menuTitle));
+}
+
+class MenuOverTheBus : public testing::Test {
+protected:
+    void SetUp() override {
+        tray.start();
+        ASSERT_TRUE(program.startOnboarded());
+        ASSERT_TRUE(waitUntil([this] { return !tray.items().isEmpty() && !tray.properties().isEmpty(); }));
+    }
+
+    Desktop desktop;
+    tavrine::test::StatusNotifierTray tray;
+    Program program;
+};
+
+TEST_F(MenuOverTheBus, aPressThatTheTrayKeepsForItselfChoosesWhereItIsLetGo) {
+    const QPoint icon(640, 4);
+    desktop.keyboard.movePointer(icon.x(), icon.y());
+    ASSERT_TRUE(desktop.keyboard.grabPointer()); // as a window has it from a press to its release
+    desktop.keyboard.press(1);
+    tray.call(QStringLiteral("Activate"), icon);
+    ASSERT_TRUE(waitUntil([this] { return desktop.isShown(menuTitle); }));
+    const QRect frame = desktop.geometry(desktop.windowsTitled(QLatin1String(menuTitle)).front());
+    desktop.keyboard.movePointer(frame.center().x(), frame.bottom() - 18); // Quit is the last one
+    EXPECT_TRUE(program.isRunning());
+    desktop.keyboard.release(1);
+    desktop.keyboard.ungrabPointer();
+    EXPECT_TRUE(waitUntil([this] { return !program.isRunning(); }));
 }
 
 } // namespace

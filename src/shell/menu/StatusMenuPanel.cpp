@@ -84,9 +84,9 @@ void StatusMenuPanel::open() {
 }
 
 void StatusMenuPanel::followHeldPress() {
-    const bool isHeld = m_ports.screens.pressedMouseButtons() != 0;
+    const auto [pointer, buttons] = m_ports.screens.pointer();
+    const bool isHeld = buttons != 0;
     const auto ended = isHeld ? nullptr : std::move(m_heldPulse);
-    const QPointF pointer = m_ports.screens.mouseLocation();
     const QRectF frame = m_panel.frame();
     const double way = (pointer - m_place).manhattanLength();
     if (way >= QApplication::startDragDistance())
