@@ -24,9 +24,9 @@ QString text(const char *utf8) {
     return QString::fromUtf8(utf8);
 }
 
-/// On a machine that does other things beside: three times what is promised on a quiet one.
-constexpr auto startBound = 600ms;
-constexpr auto silenceBound = 150ms;
+/// What takes longer is broken, on a machine however busy. How soon it is on a quiet one, the test prints.
+constexpr auto startBound = 3s;
+constexpr auto silenceBound = 3s;
 
 /// The processes whose parent is this one and which are players.
 QList<pid_t> playersOf(qint64 parent) {
