@@ -167,6 +167,27 @@ TEST_F(RecorderProcessTest, colorsAreReadBackWithinTwoStepsWhileTheMovieIsWritte
     expectColors(60);
 }
 
+TEST_F(RecorderProcessTest, aBrowserAndAPlayerOfMoviesPlayIt) {
+    begin(true);
+    for (int i = 0; i < 120; ++i)
+        ASSERT_TRUE(append(i * 1s / 60, frames.plain(i < 60 ? QColor(20, 160, 60) : QColor(200, 40, 90))));
+    EXPECT_TRUE(writer->appendAudio({.presentationTime = start, .data = tone(2 * microphoneSampleRate)}));
+    ASSERT_TRUE(finish(2s));
+    const auto player = runProgram(text("mpv"), {text("--vo=null"), text("--ao=null"), text("--no-config"),
+                                                 text("--untimed"), text("--msg-level=all=warn"), path});
+    EXPECT_EQ(player.exitCode, 0) << (player.output + player.complaints).constData();
+    const auto browser = runProgram(text(PLAYS_IN_A_BROWSER), {path, text("1.5")});
+    const QJsonObject told = QJsonDocument::fromJson(browser.output).object();
+    EXPECT_EQ(QSize(told[QLatin1String("width")].toInt(), told[QLatin1String("height")].toInt()), size)
+        << browser.output.constData() << browser.complaints.constData();
+    EXPECT_NEAR(told[QLatin1String("duration")].toDouble(), 2, 0.05);
+    EXPECT_TRUE(told[QLatin1String("sound")].toBool());
+    const QJsonArray colour = told[QLatin1String("colour")].toArray();
+    EXPECT_NEAR(colour.at(0).toInt(), 200, 4);
+    EXPECT_NEAR(colour.at(1).toInt(), 40, 4);
+    EXPECT_NEAR(colour.at(2).toInt(), 90, 4);
+}
+
 TEST_F(RecorderProcessTest, whatDidNotChangeIsKeptAndALeftOutFrameIsMadeUpFor) {
     begin();
     ASSERT_TRUE(append(0ms, frames.plain(Qt::white)));
