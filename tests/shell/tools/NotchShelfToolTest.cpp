@@ -1,0 +1,140 @@
+// The shelf within the program, over fakes.
+#include "shelf/NotchWindowController.h"
+#include "shell/ShellTest.h"
+#include "support/Eventually.h"
+
+#include <QFile>
+
+namespace tavrine {
+namespace {
+
+class NotchShelfToolTest : public ShellTest {
+protected:
+    NotchShelfTool &tool() { return delegate->tools().notchShelf(); }
+    NotchViewModel &model() { return tool().notchController()->viewModel(); }
+    void turn(bool isOn) {
+        quietly([&] {
+            set(Feature::notchShelf, isOn);
+            time.advance(100ms);
+        });
+    }
+    [[nodiscard]] int watched() {
+        return desktop.eventMonitors().localCount() + desktop.dragPasteboards().watching() +
+               desktop.sessionNotices().following();
+    }
+    [[nodiscard]] QStringList toasts() { return desktop.panelWindows().visibleTitles(); }
+};
+
+TEST_F(NotchShelfToolTest, aLaunchWithTheSwitchOnShowsItsBand) {
+    launch();
+    ASSERT_TRUE(tool().notchController());
+    ASSERT_EQ(desktop.edgeWindows().windows().size(), 1U);
+    EXPECT_TRUE(desktop.edgeWindows().windows().front()->isVisible());
+    EXPECT_TRUE(desktop.edgeWindows().windows().front()->content());
+    EXPECT_EQ(watched(), 3);
+}
+
+TEST_F(NotchShelfToolTest, aLaunchWithTheSwitchOffWatchesNothing) {
+    defaults.set(text("featureNotchShelf"), false);
+    launch();
+    EXPECT_FALSE(tool().notchController());
+    EXPECT_EQ(desktop.edgeWindows().made(), 0);
+    EXPECT_EQ(watched(), 0);
+}
+
+TEST_F(NotchShelfToolTest, turningItOnTwiceCreatesOneController) {
+    defaults.set(text("featureNotchShelf"), false);
+    launch();
+    turn(true);
+    const NotchWindowController *const first = tool().notchController();
+    ASSERT_TRUE(first);
+    turn(true);
+    quietly([this] { tool().setOn(true); });
+    EXPECT_EQ(tool().notchController(), first);
+    EXPECT_EQ(desktop.edgeWindows().made(), 1);
+}
+
+TEST_F(NotchShelfToolTest, switchedOffItGivesUpWindowAndMonitorsAndWhatItHeld) {
+    launch();
+    const int timers = time.timerCount();
+    model().addText(text("held"));
+    time.runPending();
+    const QPointer<NotchViewModel> held(&model());
+    turn(false);
+    EXPECT_FALSE(tool().notchController());
+    EXPECT_FALSE(held);
+    EXPECT_TRUE(desktop.edgeWindows().windows().empty());
+    EXPECT_EQ(watched(), 0);
+    EXPECT_EQ(time.timerCount(), timers - 2);
+    turn(true);
+    EXPECT_TRUE(model().items().isEmpty());
+}
+
+TEST_F(NotchShelfToolTest, flippedInTheMiddleOfADragItIsThereForTheNext) {
+    launch();
+    desktop.screens().setPressedMouseButtons(1);
+    desktop.dragPasteboards().begin(true);
+    time.advance(100ms);
+    EXPECT_TRUE(model().isFileDragActive());
+    turn(false);
+    turn(true);
+    desktop.eventMonitors().mouse(eventMask::leftMouseDragged);
+    EXPECT_FALSE(model().isFileDragActive()); // what was dragged before it was there
+    desktop.dragPasteboards().end();
+    desktop.screens().setPressedMouseButtons(0);
+    time.advance(100ms);
+    desktop.screens().setPressedMouseButtons(1);
+    desktop.dragPasteboards().begin(true);
+    time.advance(100ms);
+    EXPECT_TRUE(model().isFileDragActive());
+}
+
+TEST_F(NotchShelfToolTest, aFileThatWasMovedAwayLeavesTheShelfOfTheProgram) {
+    launch();
+    const QString path = home.filePath(text("moved.txt"));
+    ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
+    model().addFile(QUrl::fromLocalFile(path));
+    time.runPending();
+    model().removeAfterMove(model().items().first(), QUrl::fromLocalFile(path), notch::moveAttempts);
+    ASSERT_TRUE(QFile::remove(path));
+    time.advance(200ms);
+    EXPECT_TRUE(test::eventually([this] {
+        time.runPending();
+        return model().items().isEmpty();
+    }));
+}
+
+// Without a mouse.
+
+TEST_F(NotchShelfToolTest, aSecondStartThatAsksForTheShelfOpensItForTheKeyboard) {
+    launch();
+    model().addText(text("held"));
+    time.runPending();
+    delegate->startedAgain(text("shelf"));
+    EXPECT_TRUE(desktop.edgeWindows().windows().front()->hasKeyboard());
+    EXPECT_FALSE(window(LargeWindows::Kind::settings));
+}
+
+TEST_F(NotchShelfToolTest, anEmptyShelfSaysSo) {
+    launch();
+    delegate->startedAgain(text("shelf"));
+    time.advance(100ms);
+    EXPECT_FALSE(desktop.edgeWindows().windows().front()->hasKeyboard());
+    EXPECT_EQ(toasts().size(), 1);
+}
+
+TEST_F(NotchShelfToolTest, aStartThatAsksForAShelfThatIsOffBringsTheSettingsForward) {
+    defaults.set(text("featureNotchShelf"), false);
+    launch();
+    delegate->startedAgain(text("shelf"));
+    EXPECT_TRUE(window(LargeWindows::Kind::settings));
+}
+
+TEST_F(NotchShelfToolTest, aStartThatAsksForWhatNobodyKnowsBringsTheSettingsForward) {
+    launch();
+    delegate->startedAgain(text("format the disk"));
+    EXPECT_TRUE(window(LargeWindows::Kind::settings));
+}
+
+} // namespace
+} // namespace tavrine
