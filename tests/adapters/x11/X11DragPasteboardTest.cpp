@@ -1,15 +1,19 @@
 // Drags by programs that behave badly, or as the toolkits do.
 
-#include "adapters/x11/X11DragPasteboards.h"
-
 #include "adapters/x11/DragQuestion.h"
 #include "adapters/x11/DragWatch.h"
+#include "adapters/x11/PressedPointers.h"
 #include "adapters/x11/TestOwner.h"
+#include "adapters/x11/X11DragPasteboards.h"
 #include "support/Eventually.h"
 #include "support/PrivateScreen.h"
 #include "support/TestKeyboard.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
+#include <xcb/xinput.h>
+#include <xcb/xtest.h>
 
 namespace tavrine::test {
 namespace {
@@ -194,6 +198,84 @@ TEST_F(X11DragPasteboardTest, theWheelAndASecondButtonDoNotEndADrag) {
     hand.release(1);
     EXPECT_TRUE(isOver());
     hand.ungrabPointer();
+}
+
+/// A second hand on the same screen, with a pointer of its own.
+class SecondPointer {
+public:
+    SecondPointer() {
+        static_cast<void>(
+            m_link.reply<xcb_input_xi_query_version_reply_t>(xcb_input_xi_query_version(m_link.connection(), 2, 2)));
+        const struct {
+            std::uint16_t type = XCB_INPUT_HIERARCHY_CHANGE_TYPE_ADD_MASTER;
+            std::uint16_t length = 4;
+            std::uint16_t nameLength = 6;
+            std::uint8_t sendsCore = 1;
+            std::uint8_t isEnabled = 1;
+            char name[8] = "second";
+        } add;
+        xcb_input_xi_change_hierarchy(m_link.connection(), 1,
+                                      reinterpret_cast<const xcb_input_hierarchy_change_t *>(&add));
+        static_cast<void>(m_link.finish());
+        for (const auto pointer : masterPointers(m_link))
+            m_master = std::max(m_master, pointer);
+        const auto devices = m_link.reply<xcb_input_xi_query_device_reply_t>(
+            xcb_input_xi_query_device(m_link.connection(), XCB_INPUT_DEVICE_ALL));
+        for (auto each = xcb_input_xi_query_device_infos_iterator(devices.get()); each.rem > 0;
+             xcb_input_xi_device_info_next(&each))
+            if (each.data->type == XCB_INPUT_DEVICE_TYPE_SLAVE_POINTER && each.data->attachment == m_master)
+                m_device = static_cast<std::uint8_t>(each.data->deviceid);
+    }
+    ~SecondPointer() {
+        const struct {
+            std::uint16_t type = XCB_INPUT_HIERARCHY_CHANGE_TYPE_REMOVE_MASTER;
+            std::uint16_t length = 3;
+            std::uint16_t device;
+            std::uint8_t mode = XCB_INPUT_CHANGE_MODE_FLOAT;
+            std::uint8_t unused = 0;
+            std::uint16_t pointer = 0;
+            std::uint16_t keyboard = 0;
+        } remove{.device = m_master};
+        xcb_input_xi_change_hierarchy(m_link.connection(), 1,
+                                      reinterpret_cast<const xcb_input_hierarchy_change_t *>(&remove));
+        static_cast<void>(m_link.finish());
+    }
+    [[nodiscard]] bool isThere() const { return m_device != 0 && masterCount() == 2; }
+    void press() { send(XCB_INPUT_DEVICE_BUTTON_PRESS); }
+    void release() { send(XCB_INPUT_DEVICE_BUTTON_RELEASE); }
+
+private:
+    [[nodiscard]] size_t masterCount() const {
+        XcbLink link(XcbLink::forEver);
+        static_cast<void>(
+            link.reply<xcb_input_xi_query_version_reply_t>(xcb_input_xi_query_version(link.connection(), 2, 2)));
+        return masterPointers(link).size();
+    }
+    void send(int type) {
+        const auto *input = m_link.extension(xcb_input_id);
+        xcb_test_fake_input(m_link.connection(), static_cast<std::uint8_t>(input->first_event + type), 1,
+                            XCB_CURRENT_TIME, XCB_NONE, 0, 0, m_device);
+        static_cast<void>(m_link.finish());
+    }
+
+    XcbLink m_link{XcbLink::forEver};
+    std::uint16_t m_master = 0;
+    std::uint8_t m_device = 0;
+};
+
+TEST_F(X11DragPasteboardTest, aDragWithASecondPointerIsADragAndTheOthersReleaseIsNotItsEnd) {
+    SecondPointer second;
+    ASSERT_TRUE(second.isThere());
+    second.press();
+    owner.own({{"text/uri-list", {.bytes = files}}});
+    EXPECT_TRUE(isDragging());
+    EXPECT_TRUE(areFiles());
+    hand.press(1);
+    hand.release(1);
+    letPass(60ms);
+    EXPECT_TRUE(pasteboard->isDragging());
+    second.release();
+    EXPECT_TRUE(isOver());
 }
 
 TEST_F(X11DragPasteboardTest, aClientThatTakesTheSelectionOverAndOverIsFollowedAFewTimes) {

@@ -1,5 +1,6 @@
 // What the mouse does, as the monitors tell of it, where it is fast, under way, or this program's own.
 
+#include "adapters/x11/X11DragPasteboards.h"
 #include "adapters/x11/X11EventMonitors.h"
 #include "support/PrivateScreen.h"
 #include "support/TestKeyboard.h"
@@ -148,6 +149,10 @@ TEST_F(X11MouseEventsTest, theMovesOfADragThatThisProgramLeadsAreItsOwn) {
     window.show();
     ASSERT_TRUE(waitUntil([&] { return window.isActive(); }));
     watch(everyRelease | everyMotion);
+    const auto pasteboard = X11DragPasteboards().watch();
+    bool isDragOfOthers = false;
+    pasteboard->setOnChange([&] { isDragOfOthers = isDragOfOthers || pasteboard->isDragging(); });
+    settle();
     std::vector<quint32> inside;
     const auto local = monitors.addLocalMonitor(everyRelease | everyMotion, [&](const InputEvent &event) {
         if (window.isDragging)
@@ -168,6 +173,8 @@ TEST_F(X11MouseEventsTest, theMovesOfADragThatThisProgramLeadsAreItsOwn) {
     person.join();
     settle();
     EXPECT_THAT(inside, ElementsAre(eventMask::leftMouseUp));
+    EXPECT_EQ(pasteboard->changeCount(), 1);
+    EXPECT_FALSE(isDragOfOthers);
     EXPECT_EQ(std::count_if(types.begin(), types.end(), [](quint32 type) { return type != eventMask::mouseMoved; }), 0);
 }
 
