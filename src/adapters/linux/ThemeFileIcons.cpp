@@ -52,7 +52,8 @@ QImage themeIcon(const QString &name, int pixels) {
 
 } // namespace
 
-ThemeFileIcons::ThemeFileIcons(std::function<DesktopThemes()> themes) : m_themes(std::move(themes)) {
+ThemeFileIcons::ThemeFileIcons(std::function<DesktopThemes()> themes, std::chrono::milliseconds patience)
+    : m_themes(std::move(themes)), m_patience(patience) {
     m_turn.setSingleShot(true);
 }
 
@@ -65,7 +66,7 @@ void ThemeFileIcons::followTheme() {
     m_turn.start(0);
     m_namings = 0;
     if (m_looks)
-        m_looks->allow(lookLimit);
+        m_looks->allow(m_patience);
     const QString theme = m_themes().icons;
     if (theme == m_theme)
         return;
@@ -103,7 +104,7 @@ ThemeFileIcons::Kind ThemeFileIcons::kindOf(const QString &path) {
         return byName;
     if (!m_looks) {
         m_looks = std::make_unique<FileLooks>();
-        m_looks->allow(lookLimit);
+        m_looks->allow(m_patience);
     }
     switch (m_looks->look(path)) {
     case FileLooks::Kind::folder:

@@ -27,14 +27,14 @@ class ThumbnailReader;
 class ThemeFileIcons final : public FileIcons {
 public:
     /// For all looks of one turn together.
-    static constexpr std::chrono::milliseconds lookLimit{20};
+    static constexpr std::chrono::milliseconds lookLimit{40};
     /// Names and endings that are looked up in one turn, at a tenth of a millisecond each; more are files of no kind.
     static constexpr int namingLimit = 200;
     /// Kinds whose icon is kept; at the size of a tile 64 KiB each.
     static constexpr int iconLimit = 48;
 
     /// `themes` is asked in each turn in which there is an icon to be made.
-    explicit ThemeFileIcons(std::function<DesktopThemes()> themes);
+    explicit ThemeFileIcons(std::function<DesktopThemes()> themes, std::chrono::milliseconds patience = lookLimit);
     ~ThemeFileIcons() override;
 
     [[nodiscard]] QImage iconForFile(const QString &path, int pixels) override;
@@ -54,6 +54,7 @@ private:
     void followTheme();
 
     const std::function<DesktopThemes()> m_themes;
+    const std::chrono::milliseconds m_patience;
     QMimeDatabase m_types;
     QHash<QString, Kind> m_kinds; ///< by ending, or by name for a file without one
     QCache<std::pair<QString, int>, QImage> m_icons{iconLimit};
