@@ -4,6 +4,7 @@
 #include "ports/EventMonitors.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <xcb/xtest.h>
 
@@ -79,6 +80,7 @@ void X11EventPoster::press(const Chord &wanted) {
     if (wanted.keycode == 0)
         return;
     m_pressed = wanted;
+    holdServer();
     const auto &modifiers = m_keyboard.modifierKeys();
     std::vector<int> alreadyHeld;
     for (const quint8 key : keysDown(m_client)) {
@@ -108,8 +110,23 @@ void X11EventPoster::release() {
             send(true, key); // before the chord's own go: the receiver sees no lone modifier
     for (auto key = m_pressed.modifiers.rbegin(); key != m_pressed.modifiers.rend(); ++key)
         send(false, *key);
-    m_client.flush();
+    freeServer();
     m_pressed = {};
+}
+
+/// A modifier that another program let go of between the look at the keys and its second press here would stay down for
+/// good. So the server listens to nobody else from the one to the other: for the rest of this turn at most.
+void X11EventPoster::holdServer() {
+    xcb_grab_server(m_client.connection());
+    m_isServerHeld = true;
+    QMetaObject::invokeMethod(
+        &m_turn, [this] { freeServer(); }, Qt::QueuedConnection);
+}
+
+void X11EventPoster::freeServer() {
+    if (std::exchange(m_isServerHeld, false))
+        xcb_ungrab_server(m_client.connection());
+    m_client.flush();
 }
 
 void X11EventPoster::send(bool isPress, int keycode) {

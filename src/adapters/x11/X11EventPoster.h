@@ -5,6 +5,7 @@
 #include "adapters/x11/XcbClient.h"
 #include "ports/EventPoster.h"
 
+#include <QObject>
 #include <QString>
 
 #include <functional>
@@ -36,6 +37,8 @@ private:
     void press(const Chord &wanted);
     void release();
     void send(bool isPress, int keycode);
+    void holdServer();
+    void freeServer();
     [[nodiscard]] Chord chordFor(int keyCode, quint32 flags);
     [[nodiscard]] PasteChord pasteChordOfTarget();
     void handle(const xcb_generic_event_t &event);
@@ -51,6 +54,8 @@ private:
     quint32 m_ownedSince = 0;
     quint32 m_serverTime = 0;
     bool m_canPost = false;
+    bool m_isServerHeld = false;
+    QObject m_turn;
 };
 
 } // namespace tavrine

@@ -8,6 +8,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <atomic>
+#include <thread>
+
 #include <gtest/gtest.h>
 
 namespace tavrine {
@@ -96,6 +99,28 @@ TEST_F(X11EventPosterTest, everyPasteArrivesOnceInXterm) {
     EXPECT_EQ(typed(), expected);
     xterm.kill();
     xterm.waitForFinished();
+}
+
+TEST_F(X11EventPosterTest, keysThatAreLetGoDuringAPasteAreUpAfterIt) {
+    for (int i = 0; i < 300; ++i) {
+        keyboard.down(key::leftSuper);
+        keyboard.down(key::leftShift);
+        std::atomic<bool> isPosting = false;
+        std::thread person([&] {
+            testing::TestKeyboard other;
+            isPosting = true;
+            std::this_thread::sleep_for(std::chrono::microseconds(i * 5)); // at another moment of it each time
+            other.up(key::leftShift);
+            other.up(key::leftSuper);
+        });
+        while (!isPosting)
+            std::this_thread::yield();
+        postPaste();
+        person.join();
+        ASSERT_TRUE(waitUntil([this] { return !keyboard.isDown(key::leftControl); })) << i;
+        ASSERT_FALSE(keyboard.isDown(key::leftSuper)) << i;
+        ASSERT_FALSE(keyboard.isDown(key::leftShift)) << i;
+    }
 }
 
 TEST_F(X11EventPosterTest, keysThatThePersonHoldsDoNotSpoilThePasteAndStayHeld) {
