@@ -183,6 +183,7 @@ HotKeyCenter::Actions AppDelegate::hotKeyActions() {
     return {.isFeatureOn = [this](Trigger trigger) { return isFeatureOn(trigger); },
             .open = [this](Trigger trigger) { open(trigger); },
             .mayCaptureScreen = [this] { return m_shell.windowManager().mayCaptureScreen(); },
+            .isPasting = [this] { return m_shell.pasteBack().isPasting(); },
             .refreshEmojiMenuEntry = [this] { m_statusMenu->refreshEmojiMenuItem(); },
             .refreshClipboardMenuEntry = [this] { m_statusMenu->refreshClipboardMenuItem(); }};
 }

@@ -68,7 +68,8 @@ KeyboardNext HotKeyCenter::handleHotKey(quint32 id) {
     case Trigger::clipboard:
     case Trigger::emojiPicker:
         m_actions.open(*pressed);
-        return KeyboardNext::ourWindow;
+        // Keys that wait for our window would have the keystroke of a paste wait with them.
+        return m_actions.isPasting() ? KeyboardNext::asBefore : KeyboardNext::ourWindow;
     case Trigger::capture:
         printLine(QStringLiteral("DEBUG: Screen Snipping"));
         if (m_actions.mayCaptureScreen())

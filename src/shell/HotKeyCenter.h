@@ -37,6 +37,8 @@ public:
         std::function<void(Trigger)> open;
         /// True to go on with a capture; otherwise the person has been asked, and presses again.
         std::function<bool()> mayCaptureScreen;
+        /// True while a paste is still to be typed into the program that has the keyboard.
+        std::function<bool()> isPasting;
         std::function<void()> refreshEmojiMenuEntry;
         std::function<void()> refreshClipboardMenuEntry;
     };

@@ -59,7 +59,7 @@ FloatingPanel::Traits PanelController::traitsOf(const PanelTraits &traits, Place
 }
 
 void PanelController::toggleClipboardPanel() {
-    m_ports.time.async(this, [this] {
+    afterPastes([this] {
         if (m_ports.windows.isAsking())
             return; // a panel that came or went would leave the question alone
         if (m_actions.opensSearchPanel())
@@ -70,10 +70,16 @@ void PanelController::toggleClipboardPanel() {
 }
 
 void PanelController::toggleEmojiPanel() {
-    m_ports.time.async(this, [this] {
+    afterPastes([this] {
         if (!m_ports.windows.isAsking())
             showOrDismissEmojiPanel();
     });
+}
+
+/// A person may be faster than the program that is pasted into: the panel comes behind the keystroke, which is typed
+/// where it belongs.
+void PanelController::afterPastes(std::function<void()> toggle) {
+    m_ports.time.async(this, [this, toggle = std::move(toggle)] { m_ports.pasteBack.afterPastes(this, toggle); });
 }
 
 void PanelController::ensureClassicPanel() {

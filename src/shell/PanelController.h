@@ -60,7 +60,7 @@ public:
     PanelController(const Ports &ports, Contents contents, Actions actions, QObject *parent = nullptr);
     ~PanelController() override;
 
-    /// The triggers: on the next turn of the main queue.
+    /// The triggers: on the next turn of the main queue, and not before a paste that is under way is typed.
     void toggleClipboardPanel();
     void toggleEmojiPanel();
 
@@ -103,6 +103,7 @@ private:
     void escapePressed();
     void leave();
     void pasteIntoTarget();
+    void afterPastes(std::function<void()> toggle);
 
     Ports m_ports;
     Contents m_contents;

@@ -41,6 +41,7 @@ void PasteBack::noteFrontmost() {
 }
 
 void PasteBack::paste(ApplicationActivator &activator, EventPoster &poster) {
+    ++m_underWay;
     if (m_previous && !activator.isRunning(*m_previous))
         m_previous.reset();
     if (!m_previous) {
@@ -64,10 +65,26 @@ void PasteBack::waitForActivation(EventPoster &poster, const RunningApplication 
 }
 
 void PasteBack::postPasteAfter(EventPoster &poster, Seconds delay) {
-    m_time.asyncAfter(delay, this, [&poster] {
+    m_time.asyncAfter(delay, this, [this, &poster] {
         poster.postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
         poster.postKeyboardEvent(virtualKey::v, false, modifierFlag::command);
+        typed();
     });
+}
+
+void PasteBack::typed() {
+    if (--m_underWay > 0)
+        return;
+    for (const auto &[context, next] : std::exchange(m_waiting, {}))
+        if (context)
+            next();
+}
+
+void PasteBack::afterPastes(QObject *context, std::function<void()> next) {
+    if (isPasting())
+        m_waiting.emplace_back(context, std::move(next));
+    else
+        next();
 }
 
 } // namespace tavrine

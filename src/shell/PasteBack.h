@@ -4,9 +4,13 @@
 #include "ports/Workspace.h"
 
 #include <QObject>
+#include <QPointer>
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace tavrine {
 
@@ -39,14 +43,23 @@ public:
     /// wait.
     void paste(ApplicationActivator &activator, EventPoster &poster);
 
+    /// From a paste until its keystroke is typed.
+    [[nodiscard]] bool isPasting() const { return m_underWay > 0; }
+    /// Calls `next` when no keystroke is to be typed any more; at once where none is. A panel that is shown before that
+    /// would get what is meant for the program behind it. Nothing is called once `context` is gone.
+    void afterPastes(QObject *context, std::function<void()> next);
+
 private:
     void waitForActivation(EventPoster &poster, const RunningApplication &target, int attempt);
     void postPasteAfter(EventPoster &poster, Seconds delay);
+    void typed();
 
     Workspace &m_workspace;
     Time &m_time;
     std::optional<RunningApplication> m_previous;
     std::shared_ptr<void> m_deactivations;
+    std::vector<std::pair<QPointer<QObject>, std::function<void()>>> m_waiting; ///< for the last keystroke
+    int m_underWay = 0;
 };
 
 } // namespace tavrine

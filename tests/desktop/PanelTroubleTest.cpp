@@ -159,7 +159,8 @@ TEST_F(PanelTrouble, aClickOnARowUnderAForeignGrabClosesThePanelAndTheNextPasteA
     LineTarget target(TAVRINE_CLIENTS "/gtk-entry");
     ASSERT_TRUE(target.isReady());
     ASSERT_TRUE(openClipboard());
-    ASSERT_TRUE(desktop.keyboard.grabKeyboard());
+    // The press that opened the panel holds the keyboard until its keys are up, and a busy machine takes its time.
+    ASSERT_TRUE(waitUntil([this] { return desktop.keyboard.grabKeyboard(); }));
     desktop.click(panel(clipboardPanel).topLeft() + QPoint(200, 160)); // the first row
     EXPECT_TRUE(isClosed(clipboardPanel));
     pass(longEnough); // the keystroke goes to the program that holds the keyboard
@@ -181,7 +182,7 @@ TEST_F(PanelTrouble, aSecondTriggerDuringAPasteOpensThePanelAndThePasteComesOnce
     desktop.openClipboardPanel();          // within the 80 ms in which the target settles
     EXPECT_TRUE(waitUntil([this] { return desktop.hasKeyboard(clipboardPanel); }, openingBound));
     pass(longEnough);
-    // Whoever has the keyboard gets the keystroke, which is the panel's field if the person was that fast.
+    // The panel comes behind the keystroke, unless the trigger went down in the very moment in which that was typed.
     EXPECT_TRUE(target.text().isEmpty() || target.text() == str("first text")) << qPrintable(target.text());
     EXPECT_EQ(other.text(), QString());
     EXPECT_TRUE(desktop.hasKeyboard(clipboardPanel));

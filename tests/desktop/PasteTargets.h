@@ -25,7 +25,15 @@ public:
 class LineTarget final : public PasteTarget {
 public:
     explicit LineTarget(const char *command) : m_window(QString::fromUtf8(command)) {}
-    bool isReady() override { return m_window.waitForFocus(); }
+    /// The window manager tells whose the keyboard is a little after it has given it, and a person is not so fast that
+    /// its word could be that of before.
+    bool isReady() override {
+        const Desktop desktop;
+        return m_window.waitForFocus() && waitUntil([&] {
+                   const quint32 window = desktop.windowOf(processId());
+                   return window != 0 && desktop.activeWindow() == window;
+               });
+    }
     QString text() override { return m_window.text(); }
     [[nodiscard]] qint64 processId() const { return m_window.processId(); }
 

@@ -77,6 +77,7 @@ protected:
     FakeHotKeys hotKeys;
     FakeEventMonitors monitors;
     bool mayCapture = true;
+    bool isPasting = false;
     int permissionQuestions = 0;
     std::set<Trigger> off;
     QStringList calls;
@@ -91,6 +92,7 @@ protected:
                                  ++permissionQuestions;
                                  return mayCapture;
                              },
+                         .isPasting = [this] { return isPasting; },
                          .refreshEmojiMenuEntry = [this] { calls << QStringLiteral("emoji entry"); },
                          .refreshClipboardMenuEntry = [this] { calls << QStringLiteral("clipboard entry"); }}};
 };
@@ -108,6 +110,16 @@ TEST_F(HotKeyCenterTest, registeringPrintsALineForEachHotKey) {
                                                             "DEBUG: Hotkey registered successfully for ID: 2\n"
                                                             "DEBUG: Hotkey registered successfully for ID: 6\n"
                                                             "DEBUG: Hotkey registered successfully for ID: 7\n");
+}
+
+TEST_F(HotKeyCenterTest, theKeysAfterAPanelsPressAreThePanelsUnlessAPasteIsStillToBeTyped) {
+    for (const quint32 panel : {1U, 2U}) {
+        isPasting = false;
+        EXPECT_EQ(center.handleHotKey(panel), KeyboardNext::ourWindow);
+        isPasting = true;
+        EXPECT_EQ(center.handleHotKey(panel), KeyboardNext::asBefore);
+    }
+    EXPECT_EQ(calls.join(u' '), QStringLiteral("clipboard clipboard emoji emoji"));
 }
 
 TEST_F(HotKeyCenterTest, aTakenCombinationIsPrintedAndSkipped) {
@@ -381,6 +393,7 @@ TEST_F(HotKeyCenterTest, theEndOfTheCenterFreesItsHotKeys) {
                            {.isFeatureOn = [](Trigger) { return true; },
                             .open = [](Trigger) {},
                             .mayCaptureScreen = [] { return true; },
+                            .isPasting = [] { return false; },
                             .refreshEmojiMenuEntry = [] {},
                             .refreshClipboardMenuEntry = [] {}});
         other.registerHotkeys();

@@ -182,6 +182,68 @@ TEST_F(PasteBackTest, aSecondPasteDuringAWaitStartsAWaitOfItsOwn) {
     EXPECT_EQ(poster.posted().size(), 4U);
 }
 
+TEST_F(PasteBackTest, aPanelThatIsCalledDuringAPasteComesBehindTheKeystroke) {
+    controller.toggleSearchPanel();
+    controller.pasteFromSearch(item("text"));
+    bool isVisible = true;
+    poster.setOnPost([&] { isVisible = search()->isVisible(); });
+    controller.toggleClipboardPanel();
+    time.advance(79ms);
+    EXPECT_FALSE(search()->isVisible());
+    time.advance(1ms);
+    EXPECT_EQ(poster.posted().size(), 2U);
+    EXPECT_FALSE(isVisible) << "the panel would have got the keystroke";
+    EXPECT_TRUE(search()->isVisible());
+    time.advance(1s);
+    EXPECT_EQ(poster.posted().size(), 2U);
+}
+
+TEST_F(PasteBackTest, anEmojiPanelThatIsCalledDuringAPasteComesBehindTheKeystrokeToo) {
+    controller.toggleSearchPanel();
+    controller.pasteFromSearch(item("text"));
+    controller.toggleEmojiPanel();
+    time.advance(79ms);
+    EXPECT_EQ(emoji(), nullptr);
+    time.advance(1ms);
+    EXPECT_TRUE(emoji()->isVisible());
+}
+
+TEST_F(PasteBackTest, aPanelWaitsForTheLastOfTheKeystrokesAndNoLongerThanForTheBlindOne) {
+    controller.toggleSearchPanel();
+    activator.setImmediate(false);
+    controller.pasteFromSearch(item("one"));
+    time.advance(100ms);
+    controller.pasteFromSearch(item("two"));
+    controller.toggleClipboardPanel();
+    time.advance(799ms);
+    EXPECT_TRUE(pasteBack.isPasting());
+    EXPECT_FALSE(search()->isVisible());
+    time.advance(1ms);
+    EXPECT_FALSE(pasteBack.isPasting());
+    EXPECT_TRUE(search()->isVisible());
+}
+
+TEST_F(PasteBackTest, aPanelComesAtOnceWhereNoPasteIsUnderWay) {
+    controller.toggleSearchPanel();
+    controller.pasteFromSearch(item("text"));
+    time.advance(80ms);
+    controller.toggleClipboardPanel();
+    time.runPending();
+    EXPECT_TRUE(search()->isVisible());
+}
+
+TEST_F(PasteBackTest, whoIsGoneIsNotCalledAfterAPaste) {
+    auto context = std::make_unique<QObject>();
+    int calls = 0;
+    pasteBack.paste(activator, poster);
+    pasteBack.afterPastes(context.get(), [&] { ++calls; });
+    context.reset();
+    time.advance(1s);
+    EXPECT_EQ(calls, 0);
+    pasteBack.afterPastes(&pasteBack, [&] { ++calls; });
+    EXPECT_EQ(calls, 1);
+}
+
 TEST_F(PasteBackTest, anEmojiReplacesThePasteboardAndStaysThere) {
     pasteboard.copyFromOutside(QStringLiteral("before"));
     controller.showOrDismissEmojiPanel();

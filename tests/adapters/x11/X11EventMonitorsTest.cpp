@@ -5,6 +5,7 @@
 #include "base/NotificationCenter.h"
 #include "base/UserDefaults.h"
 #include "shell/HotKeyCenter.h"
+#include "support/OwnWindow.h"
 #include "support/TestKeyboard.h"
 #include "support/Wait.h"
 
@@ -226,7 +227,7 @@ TEST_F(X11EventMonitorsTest, aKeyThatClosesAWindowOfOursIsNoKeyOfAnotherProgram)
     for (int times = 0; times < 10; ++times) {
         ClosedByAKey window;
         window.show();
-        ASSERT_TRUE(waitUntil([&] { return window.isActive(); }));
+        ASSERT_TRUE(testing::comesToTheFront(window));
         settle();
         keyboard.tap(key::escape);
         QThread::msleep(30); // both roads have it before either is read
@@ -272,6 +273,7 @@ protected:
                         {.isFeatureOn = [](Trigger) { return true; },
                          .open = [this](Trigger) { ++toggles; },
                          .mayCaptureScreen = [] { return true; },
+                         .isPasting = [] { return false; },
                          .refreshEmojiMenuEntry = [] {},
                          .refreshClipboardMenuEntry = [] {}}};
 };

@@ -1,8 +1,10 @@
 #include "adapters/x11/X11HotKeys.h"
 
+#include "adapters/x11/PressTimes.h"
 #include "adapters/x11/X11KeyboardMap.h"
 #include "base/VirtualKeys.h"
 #include "ports/EventMonitors.h"
+#include "support/OwnWindow.h"
 #include "support/PatternWindow.h"
 #include "support/ServerHolder.h"
 #include "support/TestKeyboard.h"
@@ -71,12 +73,23 @@ protected:
     int pressesByXdotool() {
         presses = 0;
         EXPECT_TRUE(run("xdotool key super+shift+v"));
+        (void)waitUntil([this] { return presses > 0; });
         settle();
         return presses;
     }
+    void press() { keyboard.chord({key::leftSuper, key::leftShift, key::v}); }
+    /// For a press that is to be told, however late on a busy machine.
     int pressesByPosition() {
         presses = 0;
-        keyboard.chord({key::leftSuper, key::leftShift, key::v});
+        press();
+        (void)waitUntil([this] { return presses > 0; });
+        settle();
+        return presses;
+    }
+    /// For one that is not.
+    int pressesNow() {
+        presses = 0;
+        press();
         settle();
         return presses;
     }
@@ -186,29 +199,24 @@ TEST_F(X11HotKeysTest, withoutACommandKeyNothingCanBeRegistered) {
 }
 
 TEST_F(X11HotKeysTest, theTimeFromThePressToTheHandlerIsShort) {
-    QElapsedTimer clock;
-    std::vector<double> times;
+    testing::PressTimes ours;
     hotKeys->installHandler([&](HotKeyId) {
-        times.push_back(static_cast<double>(clock.nsecsElapsed()) / 1e6);
+        ours.told();
         return KeyboardNext::asBefore;
     });
     registerV();
-    for (size_t i = 0; i < 100; ++i) {
-        keyboard.down(key::leftSuper);
-        keyboard.down(key::leftShift);
-        clock.start();
-        keyboard.down(key::v);
-        while (times.size() == i && clock.elapsed() < 1000)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
-        keyboard.up(key::v);
-        keyboard.up(key::leftShift);
-        keyboard.up(key::leftSuper);
-        (void)waitUntil([] { return false; }, 5ms);
+    testing::PressTimes least;
+    const testing::BareHotKey bare(key::b, superShift, [&] { least.told(); });
+    for (int i = 0; i < 100; ++i) {
+        ours.take(keyboard, key::v);
+        least.take(keyboard, key::b);
     }
-    ASSERT_EQ(times.size(), 100U);
-    std::sort(times.begin(), times.end());
-    std::printf("hot key to handler: median %.2f ms, 95th %.2f ms, longest %.2f ms\n", times[50], times[95], times[99]);
-    EXPECT_LT(times[50], 20.0); // a tenth of what a person notices, also on a busy machine
+    ASSERT_EQ(ours.count(), 100U);
+    ASSERT_EQ(least.count(), 100U);
+    const double median = ours.median();
+    const double bound = 20.0 + 3 * least.median(); // a tenth of what a person notices, and what a busy machine adds
+    std::printf("hot key to handler: median %.2f ms of %.2f ms\n", median, bound);
+    EXPECT_LT(median, bound);
 }
 
 TEST_F(X11HotKeysTest, aServerThatIsSlowWhenTheKeyboardChangesCostsNoHotKey) {
@@ -221,18 +229,18 @@ TEST_F(X11HotKeysTest, aServerThatIsSlowWhenTheKeyboardChangesCostsNoHotKey) {
     EXPECT_EQ(pressesByPosition(), 1);
     // And what changed meanwhile is known.
     ASSERT_TRUE(run("xmodmap -e 'clear mod4' -e 'add mod3 = Super_L Super_R'"));
-    (void)waitUntil([&] { return pressesByPosition() == 1; }, 2s);
+    (void)waitUntil([&] { return pressesNow() == 1; });
     EXPECT_EQ(pressesByPosition(), 1);
 }
 
 TEST_F(X11HotKeysTest, aKeyRegisteredWhileTheServerIsSlowWorksAfterwards) {
     (void)waitUntil([] { return false; }, 100ms); // the map is read
     testing::ServerHolder holder;
-    holder.hold(1000ms, false);
+    holder.hold(2000ms, false);
     QElapsedTimer clock;
     clock.start();
     EXPECT_TRUE(hotKeys->registerHotKey(virtualKey::v, commandShift, {1, 1}));
-    EXPECT_LT(clock.elapsed(), 700);
+    EXPECT_LT(clock.elapsed(), 1900); // not until it is free again
     holder.wait();
     (void)waitUntil([] { return false; }, 600ms);
     EXPECT_EQ(pressesByPosition(), 1);
@@ -281,7 +289,7 @@ TEST_F(X11KeyboardMapTest, aSlowServerLeavesTheMapOfBeforeAndIsAskedAgain) {
     EXPECT_EQ(flag, modifierFlag::option);
     EXPECT_EQ(readings, 1);
     holder.wait();
-    for (QElapsedTimer clock = started(); readings < 2 && clock.elapsed() < 3000;)
+    for (QElapsedTimer clock = started(); readings < 2 && clock.elapsed() < 10'000;)
         QThread::msleep(10);
     EXPECT_EQ(readings, 2);
 }
@@ -317,10 +325,10 @@ protected:
         registerV();
         next = KeyboardNext::ourWindow;
         edit.show();
-        ASSERT_TRUE(waitUntil([this] { return edit.isActive(); }));
+        ASSERT_TRUE(testing::comesToTheFront(edit));
     }
     void expectTyped(const char *text) {
-        EXPECT_TRUE(waitUntil([&] { return edit.text() == QLatin1String(text); }, 3s)) << qPrintable(edit.text());
+        EXPECT_TRUE(waitUntil([&] { return edit.text() == QLatin1String(text); })) << qPrintable(edit.text());
     }
     Field edit;
 };
@@ -334,7 +342,7 @@ TEST_F(KeysAfterAPress, waitUntilAWindowOfOursHasTheKeyboard) {
     });
     keyboard.chord({key::leftSuper, key::leftShift, key::v});
     keyboard.tap(key::b);
-    EXPECT_TRUE(waitUntil([&] { return opened.text() == QStringLiteral("b"); }, 3s)) << qPrintable(opened.text());
+    EXPECT_TRUE(waitUntil([&] { return opened.text() == QStringLiteral("b"); })) << qPrintable(opened.text());
     EXPECT_EQ(edit.text(), QString());
 }
 
@@ -345,7 +353,7 @@ TEST_F(KeysAfterAPress, goToTheWindowBehindAtOnceWhereNoneOpens) {
     keyboard.chord({key::leftSuper, key::leftShift, key::v});
     keyboard.tap(key::b);
     expectTyped("b");
-    EXPECT_LT(clock.elapsed(), 500); // half of what a keyboard is kept for
+    EXPECT_LT(clock.elapsed(), 1000); // what a keyboard is kept for
 }
 
 TEST_F(KeysAfterAPress, goToTheWindowBehindAfterASecondWhereNoneComes) {
@@ -361,9 +369,9 @@ TEST_F(KeysAfterAPress, goOnThoughTheMainThreadHangs) {
     QElapsedTimer clock;
     clock.start();
     // No event loop: the server itself tells whether it still holds the keyboard back.
-    while (other.isDown(key::leftSuper) && clock.elapsed() < 5000)
+    while (other.isDown(key::leftSuper) && clock.elapsed() < 10'000)
         QThread::msleep(10);
-    EXPECT_LT(clock.elapsed(), 2000);
+    EXPECT_LT(clock.elapsed(), 10'000); // else it waits for this thread
 }
 
 TEST_F(KeysAfterAPress, ofAKeyThatIsStillDownAreNotLost) {
@@ -412,13 +420,13 @@ TEST_F(PressesUnderAGrab, ofOtherCombinationsAreNotTold) {
 }
 
 TEST_F(PressesUnderAGrab, ofTheKeyboardAloneBelongToTheOtherProgram) {
-    EXPECT_EQ(pressesByPosition(), 0);
+    EXPECT_EQ(pressesNow(), 0);
 }
 
 TEST_F(PressesUnderAGrab, ofALockedScreenAreNotTold) {
     const testing::PatternWindow lock; // over everything
     ASSERT_TRUE(other.grabPointer());
-    EXPECT_EQ(pressesByPosition(), 0);
+    EXPECT_EQ(pressesNow(), 0);
 }
 
 } // namespace
