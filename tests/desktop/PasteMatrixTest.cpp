@@ -17,8 +17,9 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr int pastes = 100;
-constexpr auto openingBound = 3000ms;
-constexpr auto pasteBound = 5000ms;
+// How long what has to come is waited for on a desktop that may be busy; how fast it comes is measured elsewhere.
+constexpr auto openingBound = 10s;
+constexpr auto pasteBound = 10s;
 constexpr auto secondArrival = 500ms; ///< a paste that came twice would be there by then
 
 QByteArray number(int i) {
@@ -47,7 +48,9 @@ protected:
         timer.start();
         desktop.pressReturn();
         ASSERT_TRUE(waitUntil([&] { return target.text() == expected; }, pasteBound))
-            << "paste " << i << ": " << qPrintable(target.text().right(60));
+            << "paste " << i << ": " << qPrintable(target.text().right(60)) << "; panel "
+            << (desktop.isShown(clipboardPanel) ? "shown" : "gone") << ", pasteboard " << paste().constData()
+            << ", keyboard with " << qPrintable(desktop.title(desktop.keyboard.focusedWindow()));
         milliseconds.push_back(timer.elapsed());
         EXPECT_FALSE(desktop.isShown(clipboardPanel));
     }

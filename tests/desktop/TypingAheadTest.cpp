@@ -12,8 +12,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto panelBound = 3000ms;
-constexpr auto pasteBound = 5000ms;
+// How long what has to come is waited for on a desktop that may be busy; how fast it comes is measured elsewhere.
+constexpr auto panelBound = 10s;
+constexpr auto pasteBound = 10s;
 
 class TypingAhead : public testing::Test {
 protected:
