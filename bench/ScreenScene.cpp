@@ -1,15 +1,17 @@
-// Paints one of the scenes of bench/screen-stream on the display, sixty times a second, until it is killed. Its first
-// line is the number of a bar that lies over the middle.
+// screen_scene NAME [TIMES]: paints one of the scenes of bench/screen-stream on the display, sixty times a second or as
+// often as told, until it is killed. Its first line is the number of a bar that lies over the middle.
 #include "support/ScreenClient.h"
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <thread>
 
 int main(int argc, char **argv) {
     using tavrine::testing::ScreenClient;
     const std::string scene = argc > 1 ? argv[1] : "unchanged";
+    const int times = argc > 2 ? std::atoi(argv[2]) : 60; // in a second
     ScreenClient client;
     const QRect whole = client.wholeScreen();
     const auto board = client.add(whole, 0x305070);
@@ -32,7 +34,7 @@ int main(int argc, char **argv) {
         } else if (scene == "pointer") {
             client.warpPointer(QPoint(200 + i * 5 % 1500, 300));
         }
-        next += std::chrono::microseconds(16'667);
+        next += std::chrono::microseconds(1'000'000 / times);
         std::this_thread::sleep_until(next);
     }
 }
