@@ -21,9 +21,9 @@ class DragQuestion {
 public:
     using Clock = std::chrono::steady_clock;
     static constexpr int mostTries = 40;
-    static constexpr std::chrono::milliseconds patience{60}; ///< of 1
-    static constexpr std::uint32_t readBytes = 4096;         ///< of each answer; no list of types is longer
-    static constexpr int mostPieces = 1000;                  ///< of an answer that comes piecemeal
+    static constexpr std::chrono::milliseconds patience{1000}; ///< of 1; on a busy machine an answer takes 200
+    static constexpr std::uint32_t readBytes = 4096;           ///< of each answer; no list of types is longer
+    static constexpr int mostPieces = 1000;                    ///< of an answer that comes piecemeal
 
     explicit DragQuestion(XcbLink &link);
 
