@@ -35,6 +35,7 @@ public:
         return waitUntil([&] { return (m_said += m_process.readAllStandardOutput()).contains(line); }, limit);
     }
     [[nodiscard]] const QByteArray &said() const { return m_said; }
+    void forget() { m_said.clear(); }
 
 private:
     QProcess m_process;
@@ -66,7 +67,7 @@ protected:
 
     /// The middle of the other program's window, once it is there and takes clicks.
     [[nodiscard]] QPoint whereToDragFrom(DragClient &client) {
-        EXPECT_TRUE(client.says("ready")) << client.said().constData();
+        EXPECT_TRUE(client.says("ready", 30s)) << client.said().constData();
         QPoint middle;
         EXPECT_TRUE(waitUntil([&] {
             // What it drags beside the pointer has the same title.
@@ -109,19 +110,47 @@ protected:
         ASSERT_TRUE(client.says("dropped")) << qPrintable(program.output());
     }
 
+    /// Drags the only item out, as a person does it, who sees it and then sees what it is over.
+    void dragOutOnto(QPoint target, DragClient &client) {
+        const QPoint tile = top + QPoint(0, 120);
+        // It is lit under the pointer, and in its place when it is so from top to bottom.
+        const auto isLit = [&](int y) { return desktop.brightnessAt(top + QPoint(-30, y)) > 20; };
+        moveTo(target, top + QPoint(0, 1));
+        ASSERT_TRUE(hasHeight(itemsHeight));
+        moveTo(top + QPoint(0, 1), tile);
+        int step = 0; // a hand is never still
+        ASSERT_TRUE(waitUntil([&] {
+            desktop.keyboard.movePointer(tile.x() + ++step % 5, tile.y());
+            return isLit(82) && isLit(188);
+        }));
+        beginDrag(tile);
+        client.forget();
+        moveTo(tile, target);
+        ASSERT_TRUE(waitUntil([&] {
+            desktop.keyboard.movePointer(target.x() + ++step % 5, target.y());
+            return client.says("over", 20ms);
+        }));
+        desktop.keyboard.release(1);
+    }
+
     Desktop desktop;
     Program program;
     quint32 shelf = 0;
     QPoint top; ///< the middle of the screen's upper edge
 };
 
-TEST_F(ShelfOfAProgram, aFileThatIsDraggedAnywhereOpensItAndIsHeldWhereItLies) {
+TEST_F(ShelfOfAProgram, aFileThatIsDraggedAnywhereOpensItAndIsHeldAndCanBeDraggedOutAgain) {
     const QString path = write("Report.txt", "words");
     DragClient client(QStringLiteral("files"), listOf(path));
     dropOnShelf(client, dropHeight);
     ASSERT_TRUE(prints("[NotchShelf] Found 1 file URLs")) << qPrintable(program.output());
     ASSERT_TRUE(hasHeight(itemsHeight)); // the pointer is still there
     EXPECT_THAT(client.said(), HasSubstr("dropped copy"));
+
+    const QPoint other = whereToDragFrom(client); // which takes the pointer away and closes it
+    dragOutOnto(other, client);
+    EXPECT_TRUE(client.says("took copy " + QUrl::fromLocalFile(path).toEncoded()))
+        << client.said().constData() << qPrintable(program.output());
     EXPECT_TRUE(QFile::exists(path));
 }
 
