@@ -79,8 +79,8 @@ ShelfRowView::ShelfRowView(NotchViewModel &viewModel, const ShelfPorts &ports, Q
                                                                            }),
       m_modifiers(&QGuiApplication::queryKeyboardModifiers), m_edges(new Edges(this)) {
     setFocusPolicy(Qt::TabFocus);
+    installShelfRowAccessibility(); // before the name, of which a screen reader may be told at once
     setAccessibleName(QStringLiteral("Shelf"));
-    installShelfRowAccessibility();
     connect(&viewModel, &NotchViewModel::itemsChanged, this, &ShelfRowView::takeItems);
     m_items = viewModel.items();
 }

@@ -7,6 +7,8 @@
 
 #include <QSet>
 
+#include <cstdio>
+
 #include <gmock/gmock.h>
 
 namespace tavrine {
@@ -36,7 +38,9 @@ protected:
     ShelfTest() { testing::internal::CaptureStdout(); }
     ~ShelfTest() override {
         time.advance(1h); // what was still to come does no harm
-        testing::internal::GetCapturedStdout();
+        const std::string printed = testing::internal::GetCapturedStdout();
+        if (HasFailure()) // why it failed is among it
+            std::printf("%s", printed.c_str());
     }
 
     [[nodiscard]] NotchViewModel::Ports modelPorts() {

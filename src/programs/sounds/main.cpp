@@ -40,9 +40,8 @@ public:
     explicit Sounds(const char *theme) {
         if (ca_context_create(&m_context) != CA_SUCCESS)
             std::_Exit(EXIT_FAILURE);
-        ca_context_change_props(m_context, CA_PROP_APPLICATION_NAME, "Tavrine", CA_PROP_APPLICATION_ID,
-                                "com.veltrane.Tavrine", CA_PROP_MEDIA_ROLE, "event", CA_PROP_CANBERRA_CACHE_CONTROL,
-                                "volatile", nullptr);
+        ca_context_change_props(m_context, CA_PROP_APPLICATION_NAME, "Tavrine", CA_PROP_MEDIA_ROLE, "event",
+                                CA_PROP_CANBERRA_CACHE_CONTROL, "volatile", nullptr);
         if (theme)
             ca_context_change_props(m_context, CA_PROP_CANBERRA_XDG_THEME_NAME, theme, nullptr);
     }
