@@ -147,7 +147,8 @@ TEST_F(ShelfOfAProgram, aFileThatIsDraggedAnywhereOpensItAndIsHeldAndCanBeDragge
     ASSERT_TRUE(hasHeight(itemsHeight)); // the pointer is still there
     EXPECT_THAT(client.said(), HasSubstr("dropped copy"));
 
-    const QPoint other = whereToDragFrom(client); // which takes the pointer away and closes it
+    const QPoint other = whereToDragFrom(client); // which takes the pointer away
+    ASSERT_TRUE(hasHeight(0));
     dragOutOnto(other, client);
     EXPECT_TRUE(client.says("took copy " + QUrl::fromLocalFile(path).toEncoded()))
         << client.said().constData() << qPrintable(program.output());

@@ -149,13 +149,14 @@ TEST_F(FlagReactionsTest, clipboardHistoryOnResumesReloadsAndEnables) {
 }
 
 TEST_F(FlagReactionsTest, turningClipboardHistoryOffRemovesThePanelsAndOnLeavesThemToTheNextUse) {
+    const int atRest = desktop.eventMonitors().globalCount();
     delegate->tools().clipboard().open(Trigger::clipboard);
     time.runPending();
     ASSERT_EQ(desktop.panelWindows().living(), 1);
-    EXPECT_GT(desktop.eventMonitors().globalCount(), 0);
+    EXPECT_GT(desktop.eventMonitors().globalCount(), atRest);
     callsAfter(Feature::clipboardHistory, false);
     EXPECT_EQ(desktop.panelWindows().living(), 0);
-    EXPECT_EQ(desktop.eventMonitors().globalCount(), 0);
+    EXPECT_EQ(desktop.eventMonitors().globalCount(), atRest);
     callsAfter(Feature::clipboardHistory, true);
     EXPECT_EQ(desktop.panelWindows().living(), 0);
     delegate->tools().clipboard().open(Trigger::clipboard);
@@ -164,6 +165,7 @@ TEST_F(FlagReactionsTest, turningClipboardHistoryOffRemovesThePanelsAndOnLeavesT
 }
 
 TEST_F(FlagReactionsTest, anotherExperienceOrdersThePanelsOutAndRefreshesTheEntry) {
+    const int atRest = desktop.eventMonitors().globalCount();
     delegate->tools().clipboard().open(Trigger::clipboard);
     time.runPending();
     ASSERT_TRUE(desktop.panelWindows().keyWindow());
@@ -172,7 +174,7 @@ TEST_F(FlagReactionsTest, anotherExperienceOrdersThePanelsOutAndRefreshesTheEntr
     EXPECT_TRUE(desktop.panelWindows().keyWindow());
     time.runPending();
     EXPECT_FALSE(desktop.panelWindows().keyWindow());
-    EXPECT_EQ(desktop.eventMonitors().globalCount(), 0);
+    EXPECT_EQ(desktop.eventMonitors().globalCount(), atRest);
     EXPECT_EQ(entry(StatusMenuItem::clipboard).title, text("Classic Clipboard"));
 }
 
