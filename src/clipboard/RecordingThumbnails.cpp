@@ -21,7 +21,7 @@ int edgeForARow(QSize size, int longestEdge) {
     const int shortEdge = std::max(1, std::min(size.width(), size.height()));
     if (std::max(size.width(), size.height()) < longestEdge || shortEdge >= leastShortEdge)
         return longestEdge;
-    return std::clamp(longestEdge * leastShortEdge / shortEdge, longestEdge, mostLongEdge);
+    return std::clamp((longestEdge * leastShortEdge + shortEdge - 1) / shortEdge, longestEdge, mostLongEdge);
 }
 
 } // namespace

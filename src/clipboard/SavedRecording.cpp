@@ -27,6 +27,9 @@ bool isAlphanumeric(char32_t character) {
     }
 }
 
+/// A file's name has 255 bytes at most, of which the extension and what tells two of a name apart need some.
+constexpr qsizetype mostBytesOfAName = 240;
+
 } // namespace
 
 QString recordingBaseName(const std::optional<QString> &name) {
@@ -35,11 +38,13 @@ QString recordingBaseName(const std::optional<QString> &name) {
         return freshUuidString();
     QString base;
     base.reserve(trimmed.size());
+    qsizetype bytes = 0;
     for (const char32_t character : trimmed.toStdU32String()) {
-        if (isAlphanumeric(character))
-            base += QChar::fromUcs4(character);
-        else
-            base += u'_';
+        const QString next = isAlphanumeric(character) ? QString::fromUcs4(&character, 1) : QStringLiteral("_");
+        bytes += next.toUtf8().size();
+        if (bytes > mostBytesOfAName)
+            break;
+        base += next;
     }
     return base;
 }

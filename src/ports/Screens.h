@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Date.h"
+
 #include <QList>
 #include <QPointF>
 #include <QRectF>
@@ -10,6 +12,8 @@
 #include <optional>
 
 namespace tavrine {
+
+class Time;
 
 /// One screen. Geometry throughout is in points; the origin of the plane is the bottom left corner of the first
 /// screen, and y grows upwards.
@@ -34,6 +38,18 @@ struct Screen {
 struct PointerReading {
     QPointF location;
     quint32 pressedButtons = 0; ///< bit 0 is the left button, bit 1 the right one, bit 2 the middle one
+    bool operator==(const PointerReading &) const = default;
+};
+
+/// Looks at the pointer again and again, beside the main thread. Destroying it ends that: its handler is not called
+/// again.
+class PointerWatch {
+public:
+    virtual ~PointerWatch() = default;
+    /// When it looked last.
+    [[nodiscard]] virtual Date lastLook() const = 0;
+    /// Whether looks that find nothing new are told of as well. They are not, until this says so.
+    virtual void setTellsAll(bool tellsAll) = 0;
 };
 
 /// The screens of the desktop and the pointer on them. Lives on the main thread, as long as the process.
@@ -58,6 +74,11 @@ public:
     [[nodiscard]] virtual PointerReading pointer() const = 0;
     [[nodiscard]] QPointF mouseLocation() const { return pointer().location; }
     [[nodiscard]] quint32 pressedMouseButtons() const { return pointer().pressedButtons; }
+
+    /// Looks at the pointer at once and then every `interval`, and has `handler` called by `time` after the first look
+    /// and after each that finds place or buttons changed. While nothing changes the main thread does nothing.
+    [[nodiscard]] virtual std::unique_ptr<PointerWatch> watchPointer(Time &time, Seconds interval,
+                                                                     std::function<void()> handler) = 0;
 
     /// Calls `handler` after screens came, went, moved, or changed their visible frame.
     [[nodiscard]] virtual Token onChange(std::function<void()> handler) = 0;

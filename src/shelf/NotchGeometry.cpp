@@ -30,7 +30,7 @@ QRectF targetFrame(const NotchViewModel &model, const QRectF &screen) {
     } else if (model.shouldExpand()) {
         height += notch::dropTargetExtraHeight;
     }
-    return underTheEdge(screen, width, height);
+    return underTheEdge(screen, std::min(width, screen.width()), height);
 }
 
 QSizeF largestShelf() {

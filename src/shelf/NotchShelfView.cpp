@@ -11,6 +11,7 @@
 #include "shelf/ShelfItemDragSourceView.h"
 #include "shelf/ShelfRowView.h"
 
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPainter>
 
@@ -241,8 +242,8 @@ void NotchShelfView::keyPressEvent(QKeyEvent *event) {
 }
 
 bool NotchShelfView::event(QEvent *event) {
-    // The window got the keyboard, or lost it to another program.
-    if (event->type() == QEvent::WindowActivate)
+    // The window got the keyboard, or lost it to another program. A drag out of it holds the keyboard too.
+    if (event->type() == QEvent::WindowActivate && QGuiApplication::mouseButtons() == Qt::NoButton)
         m_row->setFocus(Qt::ShortcutFocusReason);
     else if (event->type() == QEvent::WindowDeactivate && m_dismiss)
         m_dismiss();

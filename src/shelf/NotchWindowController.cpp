@@ -3,6 +3,7 @@
 #include "base/Print.h"
 #include "base/Time.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tavrine {
@@ -90,6 +91,7 @@ void NotchWindowController::itemsChanged() {
 
 /// The flags change together and often while something is dragged; the window follows once they stay.
 void NotchWindowController::modelChanged() {
+    watchPointerClosely();
     m_time.asyncAfter(notch::modelDebounce, this, [this, change = ++m_modelChange] {
         if (change != m_modelChange)
             return;
@@ -114,6 +116,12 @@ void NotchWindowController::applyMousePassThrough() {
 void NotchWindowController::orderFront() {
     if (m_window)
         m_window->orderFrontRegardless();
+}
+
+/// Not above an item of its own that is on its way, whose drag shows as a window, too.
+void NotchWindowController::comeBackToTheFront() {
+    if (m_ports.screens.pressedMouseButtons() == 0 || (m_dragPasteboard && m_dragPasteboard->isDragging()))
+        orderFront();
 }
 
 // The keyboard.
@@ -154,8 +162,8 @@ void NotchWindowController::startMonitors() {
     ++m_monitorRestartCount;
     print(QStringLiteral("Starting mouse monitoring (restart #%1)").arg(m_monitorRestartCount));
     addMonitors();
-    m_pollingTimer = m_time.repeat(notch::pollInterval, [this] { poll(); });
-    m_time.async(this, [this] { poll(); });
+    m_pollingTimer = m_ports.screens.watchPointer(m_time, notch::pollInterval, [this] { poll(); });
+    watchPointerClosely();
     m_lastMouseCheckTime = m_time.now();
     m_isMonitoringActive = false;
 }
@@ -181,10 +189,16 @@ void NotchWindowController::mouseEvent(const InputEvent &event) {
     updateHovering(m_ports.screens.mouseLocation());
 }
 
-/// Runs twenty times a second, day and night: one question, two checks, and no memory.
+/// At rest nothing follows from a pointer that rests. While something is open, what follows from it may change without
+/// it.
+void NotchWindowController::watchPointerClosely() {
+    if (m_pollingTimer)
+        m_pollingTimer->setTellsAll(m_viewModel.isFileDragActive() || m_viewModel.isDragTargetActive() ||
+                                    m_viewModel.isHovering());
+}
+
+/// One question, two checks, and no memory.
 void NotchWindowController::poll() {
-    if (!m_pollingTimer)
-        return; // the first one may come after the end
     const PointerReading pointer = m_ports.screens.pointer();
     // A release that no monitor saw.
     if (m_viewModel.isFileDragActive() && pointer.pressedButtons == 0)
@@ -267,13 +281,15 @@ void NotchWindowController::setFileDrag(bool isActive) {
 void NotchWindowController::checkHealth() {
     const bool areMonitorsLost = !m_mouseMonitor || !m_localMouseMonitor;
     const bool isPollingLost = !m_pollingTimer;
-    const bool isStuck = m_time.now() - m_lastMouseCheckTime > notch::stuckThreshold;
+    const Date lastCheck =
+        isPollingLost ? m_lastMouseCheckTime : std::max(m_lastMouseCheckTime, m_pollingTimer->lastLook());
+    const bool isStuck = m_time.now() - lastCheck > notch::stuckThreshold;
     if (areMonitorsLost || isPollingLost || isStuck) {
         print(QStringLiteral("Health check: Restarting monitors (monitors lost: %1, polling lost: %2, stuck: %3)")
                   .arg(claim(areMonitorsLost), claim(isPollingLost), claim(isStuck)));
         startMonitors();
     }
-    orderFront();
+    comeBackToTheFront();
 }
 
 void NotchWindowController::sessionNotice(SessionNotice notice) {
@@ -293,7 +309,7 @@ void NotchWindowController::sessionNotice(SessionNotice notice) {
         return;
     }
     startMonitors();
-    orderFront();
+    comeBackToTheFront();
 }
 
 void NotchWindowController::screensChanged() {

@@ -68,12 +68,14 @@ private:
     void applyFrame();
     void applyMousePassThrough();
     void orderFront();
+    void comeBackToTheFront();
 
     // The mouse.
     void startMonitors();
     void stopMonitors();
     void addMonitors();
     void mouseEvent(const InputEvent &event);
+    void watchPointerClosely();
     void poll();
     void updateHovering(const QPointF &mouse);
     void setHovering(bool isHovering);
@@ -105,7 +107,7 @@ private:
     std::unique_ptr<EventMonitor> m_mouseMonitor;
     std::unique_ptr<EventMonitor> m_localMouseMonitor;
     std::unique_ptr<EventMonitor> m_leavingMonitor; ///< clicks elsewhere, while the shelf has the keyboard
-    std::unique_ptr<Timer> m_pollingTimer;
+    std::unique_ptr<PointerWatch> m_pollingTimer;
     std::unique_ptr<Timer> m_healthCheckTimer;
     Date m_lastMouseCheckTime;
     int m_monitorRestartCount = 0;

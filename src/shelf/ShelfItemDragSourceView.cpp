@@ -9,6 +9,7 @@
 #include "shelf/NotchViewModel.h"
 #include "shelf/ShelfPictures.h"
 
+#include <QCursor>
 #include <QFontMetricsF>
 #include <QMouseEvent>
 #include <QPainter>
@@ -190,6 +191,13 @@ void ShelfItemDragSourceView::enterEvent(QEnterEvent *event) {
     m_isHovered = true;
     hoverButton(event->position());
     update();
+}
+
+/// A tile that slides away under a pointer that rests is left without being told.
+void ShelfItemDragSourceView::moveEvent(QMoveEvent *event) {
+    QWidget::moveEvent(event);
+    if (m_isHovered && !rect().contains(mapFromGlobal(QCursor::pos())))
+        leaveEvent(nullptr);
 }
 
 void ShelfItemDragSourceView::leaveEvent(QEvent *) {

@@ -55,7 +55,7 @@ TEST_F(RecordingThumbnailsTest, itHasFourHundredAndEightyPixelsAtMostAsThoseOfIm
 TEST_F(RecordingThumbnailsTest, aStripKeepsAsMuchOfItsShortEdgeAsARowShows) {
     for (const auto &[size, kept] :
          {std::pair(QSize(1920, 60), QSize(1920, 60)), // all of it
-          std::pair(QSize(3840, 400), QSize(1612, 168)), std::pair(QSize(60, 1920), QSize(60, 1920)),
+          std::pair(QSize(3840, 400), QSize(1613, 168)), std::pair(QSize(60, 1920), QSize(60, 1920)),
           std::pair(QSize(8000, 20), QSize(4096, 10)), std::pair(QSize(300, 10), QSize(300, 10)),
           std::pair(QSize(1371, 480), QSize(480, 168))}) {
         quit();

@@ -22,6 +22,12 @@ TEST(RecordingName, keepsLettersMarksAndDigitsOfEveryScript) {
     EXPECT_EQ(recordingBaseName(str("\U00010400½²")), str("\U00010400½²"));
 }
 
+TEST(RecordingName, endsAtAWholeCharacterWithinWhatAFilesNameMayHave) {
+    EXPECT_EQ(recordingBaseName(QString(200, u'a')).size(), 200);
+    EXPECT_EQ(recordingBaseName(QString(120, u'語')), QString(80, u'語')); // of three bytes each
+    EXPECT_EQ(recordingBaseName(u'a' + QString(120, u'語')), u'a' + QString(79, u'語'));
+}
+
 TEST(RecordingName, putsOneUnderscoreForEachOtherCharacter) {
     EXPECT_EQ(recordingBaseName(str("my  demo")), str("my__demo"));
     EXPECT_EQ(recordingBaseName(str("a/b\\c..d")), str("a_b_c__d"));

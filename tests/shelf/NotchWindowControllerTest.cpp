@@ -218,6 +218,13 @@ TEST_F(NotchWindow, itTakesTheMouseWhileADropIsPossibleOrItemsShowAndNotOtherwis
     EXPECT_TRUE(window().ignoresMouseEvents());
 }
 
+TEST_F(NotchWindow, noShelfIsWiderThanItsScreen) {
+    hold(9);
+    point(720, 899);
+    EXPECT_EQ(targetFrame(model(), QRectF(0, 0, 551, 400)).width(), 550);
+    EXPECT_EQ(targetFrame(model(), QRectF(0, 0, 512, 400)), QRectF(0, 176, 512, 224));
+}
+
 TEST_F(NotchWindow, aShelfThatLosesAnItemKeepsItsWidthUnderThePointer) {
     hold(5);
     point(720, 899);
@@ -548,6 +555,23 @@ TEST_F(NotchWindow, aMonitorThatCannotBeInstalledIsTriedAgainByTheNextHealthChec
     EXPECT_EQ(output(), "[NotchShelf] Health check: Restarting monitors (monitors lost: true, polling lost: false, "
                         "stuck: false)\n[NotchShelf] Starting mouse monitoring (restart #3)\n");
     EXPECT_EQ(monitors.globalCount(), 1);
+}
+
+TEST_F(NotchWindow, anItemOfItsOwnOnItsWayStaysAboveIt) {
+    const int showings = window().showings();
+    screens.setPressedMouseButtons(1);
+    notices.happen(SessionNotice::didBecomeActive); // the drag holds the keyboard
+    time.advance(10s);
+    EXPECT_EQ(window().showings(), showings);
+    screens.setPressedMouseButtons(0);
+    time.advance(10s);
+    EXPECT_EQ(window().showings(), showings + 1);
+}
+
+TEST_F(NotchWindow, aPointerThatRestsForHoursIsNotStuck) {
+    output();
+    time.advance(2h);
+    EXPECT_EQ(output(), "");
 }
 
 TEST_F(NotchWindow, withoutAMouseCheckForMoreThanFifteenSecondsItCountsAsStuck) {

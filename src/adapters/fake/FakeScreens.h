@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Time.h"
 #include "ports/Screens.h"
 
 #include <vector>
@@ -25,6 +26,10 @@ public:
         return {rect.x(), height - rect.y() - rect.height(), rect.width(), rect.height()};
     }
     [[nodiscard]] PointerReading pointer() const override { return {m_mouse, m_buttons}; }
+    [[nodiscard]] std::unique_ptr<PointerWatch> watchPointer(Time &time, Seconds interval,
+                                                             std::function<void()> handler) override {
+        return std::make_unique<Watch>(*this, time, interval, std::move(handler));
+    }
     [[nodiscard]] Token onChange(std::function<void()> handler) override {
         auto token = std::make_shared<std::function<void()>>(std::move(handler));
         m_listeners.push_back(token);
@@ -44,6 +49,38 @@ public:
     void setPressedMouseButtons(quint32 buttons) { m_buttons = buttons; }
 
 private:
+    class Watch final : public PointerWatch {
+    public:
+        Watch(const FakeScreens &screens, Time &time, Seconds interval, std::function<void()> handler)
+            : m_screens(screens), m_time(time), m_handler(std::move(handler)) {
+            time.async([this, isAlive = std::weak_ptr<bool>(m_isAlive)] {
+                if (!isAlive.expired())
+                    look();
+            });
+            m_timer = time.repeat(interval, [this] { look(); });
+        }
+        [[nodiscard]] Date lastLook() const override { return m_lastLook; }
+        void setTellsAll(bool tellsAll) override { m_tellsAll = tellsAll; }
+
+    private:
+        void look() {
+            m_lastLook = m_time.now();
+            const PointerReading found = m_screens.pointer();
+            const bool isNew = std::exchange(m_last, found) != found;
+            if (isNew || m_tellsAll)
+                m_handler();
+        }
+
+        const FakeScreens &m_screens;
+        Time &m_time;
+        std::function<void()> m_handler;
+        std::shared_ptr<bool> m_isAlive = std::make_shared<bool>(true);
+        std::unique_ptr<Timer> m_timer;
+        Date m_lastLook = m_time.now();
+        std::optional<PointerReading> m_last;
+        bool m_tellsAll = false;
+    };
+
     QList<Screen> m_screens{{.number = 1,
                              .localizedName = QStringLiteral("Built-in"),
                              .frame = QRectF(0, 0, 1440, 900),

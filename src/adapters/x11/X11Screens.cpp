@@ -1,5 +1,7 @@
 #include "adapters/x11/X11Screens.h"
 
+#include "adapters/x11/X11PointerWatch.h"
+
 #include <QGuiApplication>
 #include <QScreen>
 #include <QTimer>
@@ -183,6 +185,10 @@ PointerReading X11Screens::pointer() const {
     m_pointer.pressedButtons = (mask & XCB_BUTTON_MASK_1 ? 1U : 0U) | (mask & XCB_BUTTON_MASK_3 ? 2U : 0U) |
                                (mask & XCB_BUTTON_MASK_2 ? 4U : 0U);
     return m_pointer;
+}
+
+std::unique_ptr<PointerWatch> X11Screens::watchPointer(Time &time, Seconds interval, std::function<void()> handler) {
+    return std::make_unique<X11PointerWatch>(time, interval, std::move(handler));
 }
 
 } // namespace tavrine

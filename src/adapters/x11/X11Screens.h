@@ -26,6 +26,8 @@ public:
     [[nodiscard]] std::optional<Screen> mainScreen() const override;
     [[nodiscard]] QRectF toolkitRect(const QRectF &rect) const override { return flippedRect(rect); }
     [[nodiscard]] PointerReading pointer() const override;
+    [[nodiscard]] std::unique_ptr<PointerWatch> watchPointer(Time &time, Seconds interval,
+                                                             std::function<void()> handler) override;
     [[nodiscard]] Token onChange(std::function<void()> handler) override;
 
 private:

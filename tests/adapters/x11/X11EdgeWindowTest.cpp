@@ -168,6 +168,8 @@ TEST_F(X11EdgeWindowTest, whatIgnoresTheMouseIsAsIfItWereNotThere) {
     const QPoint place = pixels({300, 24}).center();
     EXPECT_EQ(desktop.keyboard.windowAt(place.x(), place.y()), below);
     window->setIgnoresMouseEvents(false);
+    // The server may hear of the click first: it comes by another connection.
+    ASSERT_TRUE(waitUntil([&] { return desktop.keyboard.windowAt(place.x(), place.y()) != below; }));
     desktop.click(place);
     EXPECT_TRUE(waitUntil([this] { return content->clicks == 1; }));
     window->setIgnoresMouseEvents(true);

@@ -1,7 +1,9 @@
 // What the mouse does, as the monitors tell of it, where it is fast, under way, or this program's own.
 
+#include "adapters/linux/QtTime.h"
 #include "adapters/x11/X11DragPasteboards.h"
 #include "adapters/x11/X11EventMonitors.h"
+#include "adapters/x11/X11Screens.h"
 #include "support/PrivateScreen.h"
 #include "support/TestKeyboard.h"
 #include "support/Wait.h"
@@ -127,10 +129,12 @@ TEST_F(X11MouseEventsTest, monitorsThatAreAddedAnewWorkAfterTheServerWasLost) {
 /// A window out of which text is dragged.
 class DraggedOutOf final : public QRasterWindow {
 public:
+    bool isPressed = false;
     bool isDragging = false;
     bool wasDragged = false;
 
 protected:
+    void mousePressEvent(QMouseEvent *) override { isPressed = true; }
     void mouseMoveEvent(QMouseEvent *event) override {
         if (event->buttons() == Qt::NoButton || std::exchange(isDragging, true))
             return;
@@ -159,10 +163,11 @@ TEST_F(X11MouseEventsTest, theMovesOfADragThatThisProgramLeadsAreItsOwn) {
             inside.push_back(event.type);
         return false;
     });
+    keyboard.movePointer(350, 350);
+    keyboard.press(1);
+    ASSERT_TRUE(waitUntil([&] { return window.isPressed; }));
     std::thread person([&] {
         testing::TestKeyboard hand;
-        hand.movePointer(350, 350);
-        hand.press(1);
         for (int i = 0; i < 50; ++i) {
             hand.movePointer(350 + i * 10, 350);
             QThread::msleep(4);
@@ -176,6 +181,32 @@ TEST_F(X11MouseEventsTest, theMovesOfADragThatThisProgramLeadsAreItsOwn) {
     EXPECT_EQ(pasteboard->changeCount(), 1);
     EXPECT_FALSE(isDragOfOthers);
     EXPECT_EQ(std::count_if(types.begin(), types.end(), [](quint32 type) { return type != eventMask::mouseMoved; }), 0);
+}
+
+TEST_F(X11MouseEventsTest, aWatchOfThePointerTellsOfChangesAloneUntilItIsToTellOfEveryLook) {
+    keyboard.movePointer(300, 300);
+    QtTime time;
+    X11Screens screens;
+    int told = 0;
+    auto watch = screens.watchPointer(time, Seconds(0.01), [&] { ++told; });
+    ASSERT_TRUE(waitUntil([&] { return told == 1; })); // the first look
+    const Date first = watch->lastLook();
+    ASSERT_TRUE(waitUntil([&] { return watch->lastLook() - first > Seconds(0.1); }));
+    EXPECT_EQ(told, 1); // ten looks later
+    keyboard.movePointer(310, 300);
+    EXPECT_TRUE(waitUntil([&] { return told == 2; }));
+    EXPECT_EQ(screens.mouseLocation().x(), 310);
+    keyboard.press(1);
+    EXPECT_TRUE(waitUntil([&] { return told == 3 && screens.pressedMouseButtons() == 1; }));
+    keyboard.release(1);
+    EXPECT_TRUE(waitUntil([&] { return told == 4 && screens.pressedMouseButtons() == 0; }));
+    watch->setTellsAll(true);
+    EXPECT_TRUE(waitUntil([&] { return told > 10; }));
+    watch.reset();
+    const int before = told;
+    keyboard.movePointer(300, 300);
+    settle();
+    EXPECT_EQ(told, before);
 }
 
 } // namespace
