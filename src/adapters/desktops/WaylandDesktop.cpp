@@ -1,0 +1,98 @@
+#include "adapters/desktops/WaylandDesktop.h"
+
+#include "adapters/linux/NoScreenStreams.h"
+#include "adapters/linux/PluginLoader.h"
+#include "adapters/linux/StatusNotifierItem.h"
+#include "adapters/linux/TrayStatusItem.h"
+#include "adapters/wayland/AbsentPorts.h"
+
+#include <vector>
+
+namespace tavrine {
+
+WaylandDesktop::WaylandDesktop() {
+    qputenv("QT_QPA_PLATFORM", "wayland");
+    // A window that by-passes the window manager is a bare surface, to which this program gives its role.
+    qputenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "1");
+    // Else Mesa and its compiler are loaded: 50 MB for what is painted in memory anyway.
+    qputenv("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
+}
+WaylandDesktop::~WaylandDesktop() = default;
+
+SessionNotices &WaylandDesktop::sessionNotices() {
+    return m_sessionNotices.get([] { return std::make_unique<absent::NoSessionNotices>(); });
+}
+
+Workspace &WaylandDesktop::workspace() {
+    return m_workspace.get([] { return std::make_unique<absent::NoWorkspace>(); });
+}
+
+ApplicationActivator &WaylandDesktop::applicationActivator() {
+    return m_activator.get([] { return std::make_unique<absent::NoApplicationActivator>(); });
+}
+
+Screens &WaylandDesktop::screens() {
+    return m_screens.get([] { return std::make_unique<absent::NoScreens>(); });
+}
+
+PanelWindows &WaylandDesktop::panelWindows() {
+    return m_panelWindows.get([] { return std::make_unique<absent::NoPanelWindows>(); });
+}
+
+EdgeWindows &WaylandDesktop::edgeWindows() {
+    return m_edgeWindows.get([] { return std::make_unique<absent::NoEdgeWindows>(); });
+}
+
+StatusItem &WaylandDesktop::statusItem() {
+    return m_statusItem.get([] {
+        std::vector<std::unique_ptr<TrayIcon>> icons;
+        icons.push_back(std::make_unique<StatusNotifierItem>());
+        return std::make_unique<TrayStatusItem>(std::move(icons));
+    });
+}
+
+ColorSamplers &WaylandDesktop::colorSamplers() {
+    return m_colorSamplers.get([] { return std::make_unique<absent::NoColorSamplers>(); });
+}
+
+ScreenStreams &WaylandDesktop::screenStreams() {
+    return m_screenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
+}
+
+void WaylandDesktop::watchCompositing(std::function<void(bool isComposited)> handler) {
+    handler(true); // always
+}
+
+HotKeys &WaylandDesktop::hotKeys() {
+    return m_hotKeys.get([] { return std::make_unique<absent::NoHotKeys>(); });
+}
+
+EventMonitors &WaylandDesktop::eventMonitors() {
+    return m_eventMonitors.get([] { return std::make_unique<absent::NoEventMonitors>(); });
+}
+
+EventPoster &WaylandDesktop::eventPoster() {
+    return m_eventPoster.get([] { return std::make_unique<absent::NoEventPoster>(); });
+}
+
+EventTaps &WaylandDesktop::eventTaps() {
+    return m_eventTaps.get([] { return std::make_unique<absent::NoEventTaps>(); });
+}
+
+DragPasteboards &WaylandDesktop::dragPasteboards() {
+    return m_dragPasteboards.get([] { return std::make_unique<absent::NoDragPasteboards>(); });
+}
+
+Dragging &WaylandDesktop::dragging() {
+    return m_dragging.get([] { return std::make_unique<absent::NoDragging>(); });
+}
+
+Access &WaylandDesktop::access() {
+    return m_access.get([] { return std::make_unique<absent::NoAccess>(); });
+}
+
+Pasteboard &WaylandDesktop::pasteboard() {
+    return m_pasteboard.get([] { return std::make_unique<absent::NoPasteboard>(); });
+}
+
+} // namespace tavrine

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "adapters/desktops/LinuxDesktop.h"
+
+namespace tavrine {
+
+/// A desktop whose windows a Wayland compositor draws, with the layer shell for panels and data control for the
+/// clipboard.
+class WaylandDesktop final : public LinuxDesktop {
+public:
+    /// Tells the toolkit, which has not started, how to draw here.
+    WaylandDesktop();
+    ~WaylandDesktop() override;
+
+    [[nodiscard]] SessionNotices &sessionNotices() override;
+    [[nodiscard]] Workspace &workspace() override;
+    [[nodiscard]] ApplicationActivator &applicationActivator() override;
+    [[nodiscard]] Screens &screens() override;
+    [[nodiscard]] PanelWindows &panelWindows() override;
+    [[nodiscard]] EdgeWindows &edgeWindows() override;
+    [[nodiscard]] StatusItem &statusItem() override;
+    [[nodiscard]] ColorSamplers &colorSamplers() override;
+    [[nodiscard]] ScreenStreams &screenStreams() override;
+    void watchCompositing(std::function<void(bool isComposited)> handler) override;
+    [[nodiscard]] HotKeys &hotKeys() override;
+    [[nodiscard]] EventMonitors &eventMonitors() override;
+    [[nodiscard]] EventPoster &eventPoster() override;
+    [[nodiscard]] EventTaps &eventTaps() override;
+    [[nodiscard]] DragPasteboards &dragPasteboards() override;
+    [[nodiscard]] Dragging &dragging() override;
+    [[nodiscard]] Access &access() override;
+    [[nodiscard]] Pasteboard &pasteboard() override;
+
+private:
+    MadeOnce<Pasteboard> m_pasteboard;
+    MadeOnce<Workspace> m_workspace;
+    MadeOnce<StatusItem> m_statusItem;
+    MadeOnce<HotKeys> m_hotKeys;
+    MadeOnce<EventMonitors> m_eventMonitors;
+    MadeOnce<Access> m_access;
+    MadeOnce<ApplicationActivator> m_activator;
+    MadeOnce<PanelWindows> m_panelWindows;
+    MadeOnce<EdgeWindows> m_edgeWindows;
+    MadeOnce<DragPasteboards> m_dragPasteboards;
+    MadeOnce<Dragging> m_dragging;
+    MadeOnce<SessionNotices> m_sessionNotices;
+    MadeOnce<EventPoster> m_eventPoster;
+    MadeOnce<EventTaps> m_eventTaps;
+    MadeOnce<Screens> m_screens;
+    MadeOnce<ColorSamplers> m_colorSamplers;
+    MadeOnce<ScreenStreams> m_screenStreams;
+};
+
+} // namespace tavrine

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "adapters/wayland/WaylandLink.h"
+
+#include <QObject>
+
+#include <functional>
+
+class QSocketNotifier;
+
+namespace tavrine {
+
+/// A link that is read by the event loop when something arrives and never otherwise.
+///
+/// Owned by the adapter that uses it; lives on the thread that made it, which has an event loop.
+class WaylandClient final : public QObject {
+public:
+    explicit WaylandClient(QObject *parent = nullptr);
+    ~WaylandClient() override;
+
+    [[nodiscard]] bool isConnected() const { return m_link.isOpen(); }
+    [[nodiscard]] WaylandLink &link() { return m_link; }
+    void flush() { m_link.flush(); }
+    /// Called once, in a turn of its own, when the compositor has ended the connection.
+    void setOnLost(std::function<void()> onLost) { m_onLost = std::move(onLost); }
+
+private:
+    void read();
+
+    WaylandLink m_link;
+    QSocketNotifier *m_notifier = nullptr;
+    std::function<void()> m_onLost;
+};
+
+} // namespace tavrine

@@ -1,0 +1,122 @@
+#include "adapters/wayland/WaylandLink.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include <poll.h>
+
+namespace tavrine {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+int remaining(Clock::time_point end) {
+    const auto left = std::chrono::ceil<WaylandLink::Wait>(end - Clock::now());
+    return static_cast<int>(std::max<WaylandLink::Wait::rep>(left.count(), 0));
+}
+
+} // namespace
+
+WaylandLink::WaylandLink(Wait longest) : m_display(wl_display_connect(nullptr)) {
+    if (!m_display)
+        return;
+    static constexpr wl_registry_listener listener{
+        .global =
+            [](void *link, wl_registry *, std::uint32_t name, const char *interface, std::uint32_t version) {
+                static_cast<WaylandLink *>(link)->added({name, interface, version});
+            },
+        .global_remove = [](void *link, wl_registry *,
+                            std::uint32_t name) { static_cast<WaylandLink *>(link)->removed(name); },
+    };
+    m_registry = wl_display_get_registry(m_display);
+    wl_registry_add_listener(m_registry, &listener, this);
+    if (!finish(longest)) {
+        wl_registry_destroy(m_registry);
+        wl_display_disconnect(m_display);
+        m_display = nullptr;
+    }
+}
+
+WaylandLink::~WaylandLink() {
+    if (!m_display)
+        return;
+    wl_registry_destroy(m_registry);
+    wl_display_flush(m_display);
+    wl_display_disconnect(m_display);
+}
+
+const WaylandLink::Global *WaylandLink::find(std::string_view interface) const {
+    const auto found =
+        std::find_if(m_globals.begin(), m_globals.end(), [&](const Global &g) { return g.interface == interface; });
+    return found == m_globals.end() ? nullptr : &*found;
+}
+
+void WaylandLink::setOnGlobal(std::function<void(const Global &, bool)> onGlobal) {
+    m_onGlobal = std::move(onGlobal);
+}
+
+void WaylandLink::added(const Global &global) {
+    m_globals.push_back(global);
+    if (m_onGlobal)
+        m_onGlobal(global, true);
+}
+
+void WaylandLink::removed(std::uint32_t name) {
+    const auto found =
+        std::find_if(m_globals.begin(), m_globals.end(), [&](const Global &g) { return g.name == name; });
+    if (found == m_globals.end())
+        return;
+    const Global global = *found;
+    m_globals.erase(found);
+    if (m_onGlobal)
+        m_onGlobal(global, false);
+}
+
+void *WaylandLink::bindAs(const Global &global, const wl_interface &interface, std::uint32_t highest) {
+    return isOpen() ? wl_registry_bind(m_registry, global.name, &interface, std::min(global.version, highest))
+                    : nullptr;
+}
+
+void WaylandLink::flush() {
+    if (isOpen())
+        wl_display_flush(m_display);
+}
+
+bool WaylandLink::finish(Wait longest) {
+    if (!isOpen())
+        return false;
+    bool isDone = false;
+    static constexpr wl_callback_listener listener{
+        .done = [](void *done, wl_callback *, std::uint32_t) { *static_cast<bool *>(done) = true; }};
+    wl_callback *const callback = wl_display_sync(m_display);
+    wl_callback_add_listener(callback, &listener, &isDone);
+    const auto end = Clock::now() + longest;
+    while (!isDone && dispatch(Wait{remaining(end)}) && Clock::now() < end)
+        ;
+    wl_callback_destroy(callback);
+    return isDone;
+}
+
+bool WaylandLink::dispatch(Wait longest, int wake) {
+    if (!isOpen())
+        return false;
+    while (wl_display_prepare_read(m_display) != 0)
+        if (wl_display_dispatch_pending(m_display) > 0)
+            return isOpen(); // something had been read already
+    wl_display_flush(m_display);
+    std::array<pollfd, 2> descriptors{pollfd{descriptor(), POLLIN, 0}, pollfd{wake, POLLIN, 0}};
+    const auto end = Clock::now() + longest;
+    int found = 0;
+    do
+        found = ::poll(descriptors.data(), descriptors.size(), remaining(end));
+    while (found < 0 && errno == EINTR);
+    if (found > 0 && descriptors[0].revents != 0)
+        wl_display_read_events(m_display);
+    else
+        wl_display_cancel_read(m_display);
+    wl_display_dispatch_pending(m_display);
+    return isOpen();
+}
+
+} // namespace tavrine

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <wayland-client.h>
+
+namespace tavrine {
+
+/// A connection to the Wayland compositor. Every class that has one of its own has it through one of these.
+///
+/// Owned by who uses it; one thread. All waiting is bounded. Needs no toolkit and no event loop. Without a compositor
+/// it is there but not open; once the compositor has ended it, or has been told something that it does not bear,
+/// `isOpen` is false for good and every call is harmless.
+class WaylandLink {
+public:
+    using Wait = std::chrono::milliseconds;
+    /// A healthy compositor answers in well under a millisecond.
+    static constexpr Wait usualWait{2000};
+
+    /// What the compositor offers, as it names it.
+    struct Global {
+        std::uint32_t name = 0;
+        std::string interface;
+        std::uint32_t version = 0;
+    };
+
+    /// Connects to $WAYLAND_DISPLAY and learns what is offered.
+    explicit WaylandLink(Wait longest = usualWait);
+    ~WaylandLink();
+    WaylandLink(const WaylandLink &) = delete;
+    WaylandLink &operator=(const WaylandLink &) = delete;
+
+    [[nodiscard]] bool isOpen() const { return m_display && wl_display_get_error(m_display) == 0; }
+    [[nodiscard]] wl_display *display() const { return m_display; }
+    [[nodiscard]] int descriptor() const { return m_display ? wl_display_get_fd(m_display) : -1; }
+
+    [[nodiscard]] const std::vector<Global> &globals() const { return m_globals; }
+    /// The first of that kind; null for none.
+    [[nodiscard]] const Global *find(std::string_view interface) const;
+    /// Called for what comes and goes after the beginning, as screens do.
+    void setOnGlobal(std::function<void(const Global &global, bool isThere)> onGlobal);
+
+    /// The first that is offered of the kind, in the offered version or `highest`, whichever is lower. Null for none.
+    /// `interface` is what the scanner made: `wl_seat_interface`.
+    template <class Proxy>
+    [[nodiscard]] Proxy *bind(const wl_interface &interface, std::uint32_t highest) {
+        const Global *const global = find(interface.name);
+        return global ? bind<Proxy>(*global, interface, highest) : nullptr;
+    }
+    template <class Proxy>
+    [[nodiscard]] Proxy *bind(const Global &global, const wl_interface &interface, std::uint32_t highest) {
+        return static_cast<Proxy *>(bindAs(global, interface, highest));
+    }
+
+    void flush();
+    /// Waits until the compositor has done all that it was told, and calls the handlers of what it sent. False when it
+    /// did not in time.
+    bool finish(Wait longest = usualWait);
+    /// Calls the handlers of what has arrived; waits for the first of it for `longest` at most, or until `wake`, a
+    /// descriptor, can be read. False when the connection is gone.
+    bool dispatch(Wait longest = Wait{0}, int wake = -1);
+
+private:
+    void *bindAs(const Global &global, const wl_interface &interface, std::uint32_t highest);
+    void added(const Global &global);
+    void removed(std::uint32_t name);
+
+    wl_display *m_display = nullptr;
+    wl_registry *m_registry = nullptr;
+    std::vector<Global> m_globals;
+    std::function<void(const Global &, bool)> m_onGlobal;
+};
+
+} // namespace tavrine
