@@ -41,5 +41,5 @@ function(tavrine_plugin name)
   target_link_libraries(${name} PRIVATE tavrine_options Qt6::Core Qt6::Gui tavrine_ports ${ARG_LIBS})
   set_target_properties(${name} PROPERTIES PREFIX ""
     LIBRARY_OUTPUT_DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${ARG_FOLDER})
-  install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/tavrine/${ARG_FOLDER})
+  install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/tavrine/plugins/${ARG_FOLDER})
 endfunction()
