@@ -1,6 +1,6 @@
 // What other programs hand over the clipboard, through every function that takes it apart.
 
-#include "adapters/x11/SelectionParser.h"
+#include "adapters/pasteboard/SelectionParser.h"
 
 #include <cstdint>
 #include <cstdlib>

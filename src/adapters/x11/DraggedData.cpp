@@ -1,7 +1,7 @@
 #include "adapters/x11/DraggedData.h"
 
-#include "adapters/x11/PasteboardImage.h"
-#include "adapters/x11/SelectionSiblings.h"
+#include "adapters/pasteboard/PasteboardImage.h"
+#include "adapters/pasteboard/SelectionSiblings.h"
 
 namespace tavrine {
 namespace {

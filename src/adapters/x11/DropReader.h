@@ -1,7 +1,7 @@
 #pragma once
 
+#include "adapters/pasteboard/SelectionLimits.h"
 #include "adapters/x11/DroppedForms.h"
-#include "adapters/x11/SelectionLimits.h"
 
 #include <QByteArray>
 #include <QList>

@@ -1,9 +1,9 @@
 #include "adapters/x11/DroppedForms.h"
 
-#include "adapters/x11/PasteboardImage.h"
-#include "adapters/x11/PasteboardTypes.h"
-#include "adapters/x11/SelectionParser.h"
-#include "adapters/x11/SelectionSiblings.h"
+#include "adapters/pasteboard/PasteboardImage.h"
+#include "adapters/pasteboard/PasteboardTypes.h"
+#include "adapters/pasteboard/SelectionParser.h"
+#include "adapters/pasteboard/SelectionSiblings.h"
 
 #include <QStringDecoder>
 #include <QTextDocumentFragment>

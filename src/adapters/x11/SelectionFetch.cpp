@@ -1,7 +1,7 @@
 #include "adapters/x11/SelectionFetch.h"
 
-#include "adapters/x11/PasteboardImage.h"
-#include "adapters/x11/PasteboardTypes.h"
+#include "adapters/pasteboard/PasteboardImage.h"
+#include "adapters/pasteboard/PasteboardTypes.h"
 #include "ports/Pasteboard.h"
 
 #include <algorithm>
@@ -120,7 +120,7 @@ void SelectionFetch::makeOthersFrom(const Received &best, bool (*isForm)(const Q
         if (!isForm(target) || m_asked.contains(target))
             continue;
         m_asked.append(target);
-        m_siblings.push_back({target, m_atoms.value(target), best.bytes});
+        m_siblings.push_back({target, best.bytes});
     }
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "adapters/x11/PasteboardContents.h"
-#include "adapters/x11/SecretDigests.h"
-#include "adapters/x11/SelectionLimits.h"
-#include "adapters/x11/SelectionSiblings.h"
+#include "adapters/pasteboard/PasteboardContents.h"
+#include "adapters/pasteboard/SecretDigests.h"
+#include "adapters/pasteboard/SelectionLimits.h"
+#include "adapters/pasteboard/SelectionSiblings.h"
 #include "adapters/x11/SelectionTransfer.h"
 
 #include <functional>

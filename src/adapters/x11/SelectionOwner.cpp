@@ -1,6 +1,6 @@
 #include "adapters/x11/SelectionOwner.h"
 
-#include "adapters/x11/PasteboardImage.h"
+#include "adapters/pasteboard/PasteboardImage.h"
 
 #include <QStringConverter>
 
@@ -66,7 +66,8 @@ void SelectionOwner::own(const std::vector<Received> &contents, const std::vecto
     for (const Received &received : contents)
         m_offers.push_back({received.targetAtom, received.type, received.format, received.bytes});
     for (const selection::Sibling &sibling : siblings) {
-        m_offers.push_back({sibling.targetAtom, m_connection.atom(selection::typeOfForm(sibling.target)), 8, {}});
+        m_offers.push_back(
+            {m_connection.atom(sibling.target), m_connection.atom(selection::typeOfForm(sibling.target)), 8, {}});
         m_offers.back().recipe = [sibling, maxPixels = m_limits.imagePixels] {
             return selection::makeForm(sibling.target, sibling.source, maxPixels);
         };

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "adapters/x11/ImageFileReader.h"
-#include "adapters/x11/PasteboardContents.h"
-#include "adapters/x11/ReclaimBrake.h"
+#include "adapters/pasteboard/ImageFileReader.h"
+#include "adapters/pasteboard/PasteboardContents.h"
+#include "adapters/pasteboard/ReclaimBrake.h"
+#include "adapters/pasteboard/SelectionLimits.h"
 #include "adapters/x11/SelectionFetch.h"
-#include "adapters/x11/SelectionLimits.h"
 #include "adapters/x11/SelectionOwner.h"
 #include "adapters/x11/XConnection.h"
 

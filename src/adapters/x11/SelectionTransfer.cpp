@@ -1,6 +1,6 @@
 #include "adapters/x11/SelectionTransfer.h"
 
-#include "adapters/x11/SelectionParser.h"
+#include "adapters/pasteboard/SelectionParser.h"
 
 #include <algorithm>
 

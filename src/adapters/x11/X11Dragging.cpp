@@ -1,7 +1,7 @@
 #include "adapters/x11/X11Dragging.h"
 
+#include "adapters/pasteboard/PasteboardImage.h"
 #include "adapters/x11/DraggedData.h"
-#include "adapters/x11/PasteboardImage.h"
 #include "adapters/x11/X11WindowDescription.h"
 #include "adapters/x11/XcbLink.h"
 

@@ -1,6 +1,6 @@
 #include "adapters/x11/X11Pasteboard.h"
 
-#include "adapters/x11/PasteboardImage.h"
+#include "adapters/pasteboard/PasteboardImage.h"
 #include "adapters/x11/SelectionThread.h"
 
 #include <mutex>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "adapters/x11/ImageFileReader.h"
-#include "adapters/x11/PasteboardContents.h"
-#include "adapters/x11/SelectionLimits.h"
+#include "adapters/pasteboard/ImageFileReader.h"
+#include "adapters/pasteboard/PasteboardContents.h"
+#include "adapters/pasteboard/SelectionLimits.h"
 #include "ports/Pasteboard.h"
 
 #include <QObject>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "adapters/x11/SelectionSiblings.h"
+#include "adapters/pasteboard/SelectionSiblings.h"
 #include "adapters/x11/X11PasteboardFixture.h"
 
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "adapters/x11/TestPictures.h"
+#include "adapters/pasteboard/TestPictures.h"
 #include "adapters/x11/X11PasteboardFixture.h"
 #include "ports/Pasteboard.h"
 

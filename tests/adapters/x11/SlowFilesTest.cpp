@@ -1,4 +1,4 @@
-#include "adapters/x11/PasteboardImage.h"
+#include "adapters/pasteboard/PasteboardImage.h"
 #include "adapters/x11/SelectionThread.h"
 #include "adapters/x11/X11PasteboardFixture.h"
 #include "ports/Pasteboard.h"

@@ -1,6 +1,6 @@
 // Drops of real programs, and drags into them.
+#include "adapters/pasteboard/TestPictures.h"
 #include "adapters/x11/DragFixture.h"
-#include "adapters/x11/TestPictures.h"
 
 #include <cstdio>
 #include <thread>

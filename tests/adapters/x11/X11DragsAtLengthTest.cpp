@@ -1,7 +1,7 @@
 // Drags between this program and those that a person has: file managers, a browser, an editor, a terminal, a text
 // field. A longer run: with-desktop x11_drops_test --gtest_filter=*AtLength*
+#include "adapters/pasteboard/TestPictures.h"
 #include "adapters/x11/DragFixture.h"
-#include "adapters/x11/TestPictures.h"
 
 #include <QDir>
 #include <QFileInfo>

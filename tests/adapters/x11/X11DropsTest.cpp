@@ -1,7 +1,7 @@
 // Drops of programs that behave well and badly, and drags out of this one.
+#include "adapters/pasteboard/TestPictures.h"
 #include "adapters/x11/DropView.h"
 #include "adapters/x11/TestDrop.h"
-#include "adapters/x11/TestPictures.h"
 #include "support/Wait.h"
 
 #include <QApplication>

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "adapters/pasteboard/ShortLimits.h"
+#include "adapters/pasteboard/TestPictures.h"
 #include "adapters/x11/TestOwner.h"
-#include "adapters/x11/TestPictures.h"
 #include "adapters/x11/TestRequestor.h"
 #include "adapters/x11/X11Pasteboard.h"
 
@@ -13,21 +14,6 @@
 #include <gtest/gtest.h>
 
 namespace tavrine {
-
-/// Limits with which what must time out does so within a test's patience, and what is too large is small.
-inline SelectionLimits shortLimits() {
-    using namespace std::chrono_literals;
-    SelectionLimits limits;
-    limits.answer = 400ms;
-    limits.stall = 300ms;
-    limits.total = 1500ms;
-    limits.transferBytes = 1024 * 1024;
-    limits.changeBytes = 1536 * 1024;
-    limits.imagePixels = 10000;
-    limits.handOver = 1000ms;
-    limits.outgoingStall = 500ms;
-    return limits;
-}
 
 /// Lets the main queue run until the condition holds; false when it does not in time.
 inline bool waitUntil(const std::function<bool()> &condition, int milliseconds = 8000) {

@@ -1,4 +1,4 @@
-#include "adapters/x11/ReclaimBrake.h"
+#include "adapters/pasteboard/ReclaimBrake.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,6 @@
 
 #include <QByteArray>
 
-#include <xcb/xcb.h>
-
 /// The forms in which programs list one text or one picture side by side. The best one holds what all of them hold, so
 /// the others are not fetched: to encode a large picture a dozen times keeps its program busy for seconds, and what it
 /// gave would lie here for as long as it is kept. Functions for any thread.
@@ -12,7 +10,6 @@ namespace tavrine::selection {
 /// A form that its owner listed and that is made here, from the one that was fetched, when somebody asks for it.
 struct Sibling {
     QByteArray target;
-    xcb_atom_t targetAtom = 0;
     QByteArray source; ///< a text in UTF-8, or a picture without loss
 };
 

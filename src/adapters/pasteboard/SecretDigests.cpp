@@ -1,4 +1,4 @@
-#include "adapters/x11/SecretDigests.h"
+#include "adapters/pasteboard/SecretDigests.h"
 
 #include <QMessageAuthenticationCode>
 #include <QRandomGenerator>

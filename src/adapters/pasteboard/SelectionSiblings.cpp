@@ -1,6 +1,6 @@
-#include "adapters/x11/SelectionSiblings.h"
+#include "adapters/pasteboard/SelectionSiblings.h"
 
-#include "adapters/x11/PasteboardImage.h"
+#include "adapters/pasteboard/PasteboardImage.h"
 
 #include <QHash>
 

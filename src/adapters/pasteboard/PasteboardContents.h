@@ -1,6 +1,6 @@
 #pragma once
 
-#include "adapters/x11/SelectionParser.h"
+#include "adapters/pasteboard/SelectionParser.h"
 
 #include <QByteArray>
 #include <QImage>

@@ -1,4 +1,4 @@
-#include "adapters/x11/PasteboardImage.h"
+#include "adapters/pasteboard/PasteboardImage.h"
 
 #include <QBuffer>
 #include <QImageReader>

@@ -1,4 +1,4 @@
-#include "adapters/x11/SelectionParser.h"
+#include "adapters/pasteboard/SelectionParser.h"
 
 #include <gmock/gmock.h>
 

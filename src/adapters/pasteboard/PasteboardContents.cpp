@@ -1,4 +1,4 @@
-#include "adapters/x11/PasteboardContents.h"
+#include "adapters/pasteboard/PasteboardContents.h"
 
 #include "ports/Pasteboard.h"
 

@@ -1,4 +1,4 @@
-#include "adapters/x11/PasteboardTypes.h"
+#include "adapters/pasteboard/PasteboardTypes.h"
 
 #include "ports/Pasteboard.h"
 

@@ -1,4 +1,4 @@
-#include "adapters/x11/ImageFileReader.h"
+#include "adapters/pasteboard/ImageFileReader.h"
 
 #include <chrono>
 #include <condition_variable>

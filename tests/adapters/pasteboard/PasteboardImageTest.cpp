@@ -1,8 +1,8 @@
-#include "adapters/x11/PasteboardImage.h"
+#include "adapters/pasteboard/PasteboardImage.h"
 
 #include "adapters/linux/TurboImageCoder.h"
-#include "adapters/x11/SelectionLimits.h"
-#include "adapters/x11/TestPictures.h"
+#include "adapters/pasteboard/SelectionLimits.h"
+#include "adapters/pasteboard/TestPictures.h"
 
 #include <QBuffer>
 #include <QFile>
