@@ -1,7 +1,7 @@
-#include "adapters/x11/frozen/CrossCursor.h"
-#include "adapters/x11/frozen/MagnifierGeometry.h"
+#include "adapters/frozen/CrossPicture.h"
+#include "adapters/frozen/MagnifierGeometry.h"
+#include "adapters/frozen/SamplerModel.h"
 #include "adapters/x11/frozen/MonitorScale.h"
-#include "adapters/x11/frozen/SamplerModel.h"
 #include "adapters/x11/frozen/ScreenMap.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,6 @@
 #include "adapters/x11/X11SamplerOverlay.h"
 
-#include "adapters/x11/frozen/OverlayPaint.h"
-#include "adapters/x11/frozen/PixelPainter.h"
-
 #include <QSocketNotifier>
-#include <QString>
 
 namespace tavrine {
 namespace {
@@ -41,9 +37,9 @@ void X11SamplerOverlay::showWhenFree() {
 }
 
 void X11SamplerOverlay::show() {
-    m_model.emplace(m_session->rect(), m_session->firstPointer());
-    PixelPainter(m_session->canvas(), m_session->rect()).copy(m_session->picture(), m_session->rect());
-    m_painted = paint({});
+    m_model.emplace(m_session->rect(), m_session->firstPointer().value_or(m_session->rect().center()));
+    SamplerPainter::paintPicture(*m_session);
+    static_cast<void>(m_painter->moveTo(*m_session, m_model->pixel())); // all of it is put below
     m_session->show();
     m_notifier = std::make_unique<QSocketNotifier>(m_session->fileDescriptor(), QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &X11SamplerOverlay::readEvents);
@@ -108,33 +104,8 @@ void X11SamplerOverlay::handle(const OverlayEvent &event) {
 }
 
 void X11SamplerOverlay::repaint() {
-    if (m_model->pixel() == m_paintedPixel)
-        return;
-    const QRect before = m_painted;
-    m_painted = paint(before);
-    m_session->put({before, m_painted});
-}
-
-/// Takes the magnifier from `before` to the pixel; the area where it stands now.
-QRect X11SamplerOverlay::paint(const QRect &before) {
-    const QPoint pixel = m_model->pixel();
-    const OverlayMonitor &monitor = monitorAt(m_session->monitors(), pixel);
-    const double scale = monitor.scale;
-    if (!m_font || m_font->sizePx() != overlayPaint::fontSize(scale))
-        m_font = std::make_unique<GlyphFont>(overlayPaint::fontSize(scale));
-    const quint32 colour = m_session->picture().at(pixel);
-    const std::u32string value = QStringLiteral("#%1").arg(colour, 6, 16, QLatin1Char('0')).toUpper().toStdU32String();
-    // As wide as the widest value, so that it does not tremble on the way.
-    const QSize room = overlayPaint::labelSize(*m_font, U"#DDDDDD", scale, true);
-    const auto geometry = MagnifierGeometry::place(pixel, monitor.area, scale, room);
-    PixelPainter beneath(m_session->canvas(), before);
-    beneath.copy(m_session->picture(), before);
-    PixelPainter painter(m_session->canvas(), geometry.bounds());
-    painter.copy(m_session->picture(), geometry.bounds());
-    overlayPaint::magnifier(painter, geometry, m_session->picture(), scale);
-    overlayPaint::label(painter, geometry.label, *m_font, value, scale, opaque(colour));
-    m_paintedPixel = pixel;
-    return geometry.bounds();
+    if (const auto areas = m_painter->moveTo(*m_session, m_model->pixel()); !areas.empty())
+        m_session->put(areas);
 }
 
 void X11SamplerOverlay::leaveScreen() {
@@ -151,7 +122,7 @@ void X11SamplerOverlay::end(std::optional<QColor> colour) {
     m_retry.stop();
     if (m_notifier)
         m_notifier->setEnabled(false);
-    m_font.reset();
+    m_painter.reset();
     // The notifier may be the caller, and the session's pictures are large: both go in the next turn, before the
     // answer.
     QTimer::singleShot(0, this, [this, colour] {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "adapters/x11/frozen/GlyphFont.h"
+#include "adapters/frozen/SamplerModel.h"
+#include "adapters/frozen/SamplerPainter.h"
 #include "adapters/x11/frozen/OverlaySession.h"
-#include "adapters/x11/frozen/SamplerModel.h"
 
 #include <QColor>
 #include <QDeadlineTimer>
@@ -35,18 +35,15 @@ private:
     void handle(const OverlayEvent &event);
     void tryGrabs();
     void repaint();
-    [[nodiscard]] QRect paint(const QRect &before);
     void end(std::optional<QColor> colour);
 
     Selection m_onEnd;
     std::unique_ptr<OverlaySession> m_session;
     std::optional<SamplerModel> m_model;
-    std::unique_ptr<GlyphFont> m_font;
+    std::optional<SamplerPainter> m_painter{std::in_place};
     std::unique_ptr<QSocketNotifier> m_notifier;
     QTimer m_retry; ///< runs until pointer and keyboard are ours
     QDeadlineTimer m_pointerDeadline;
-    QPoint m_paintedPixel;
-    QRect m_painted;
     bool m_hasEnded = false;
 };
 

@@ -63,7 +63,7 @@ void Capture::showFirst() {
 }
 
 std::optional<QRect> Capture::letPersonChoose() {
-    SelectionModel model(m_session->rect(), m_session->firstPointer());
+    SelectionModel model(m_session->rect(), m_session->firstPointer().value_or(m_session->rect().center()));
     std::vector<QRect> targets = m_session->windows();
     for (const OverlayMonitor &monitor : m_session->monitors())
         targets.push_back(monitor.area);

@@ -1,7 +1,7 @@
 #include "programs/screencapture/OverlayPainter.h"
 
-#include "adapters/x11/frozen/OverlayPaint.h"
-#include "adapters/x11/frozen/PixelPainter.h"
+#include "adapters/frozen/OverlayPaint.h"
+#include "adapters/frozen/PixelPainter.h"
 
 #include <algorithm>
 #include <thread>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "adapters/x11/frozen/GlyphFont.h"
-#include "adapters/x11/frozen/Pixels.h"
+#include "adapters/frozen/GlyphFont.h"
+#include "adapters/frozen/Pixels.h"
 #include "programs/screencapture/OverlayScene.h"
 
 #include <map>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "adapters/x11/frozen/MagnifierGeometry.h"
-#include "adapters/x11/frozen/ScreenMap.h"
+#include "adapters/frozen/MagnifierGeometry.h"
+#include "adapters/frozen/OverlayMonitor.h"
 #include "programs/screencapture/SelectionModel.h"
 
 #include <functional>

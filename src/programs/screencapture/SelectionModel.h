@@ -1,6 +1,6 @@
 #pragma once
 
-#include "adapters/x11/frozen/OverlayKeys.h"
+#include "adapters/frozen/OverlayEvent.h"
 
 #include <QPoint>
 #include <QRect>

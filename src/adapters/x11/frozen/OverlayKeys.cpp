@@ -1,19 +1,6 @@
 #include "adapters/x11/frozen/OverlayKeys.h"
 
 namespace tavrine {
-namespace {
-
-struct Meaning {
-    xcb_keysym_t symbol; ///< as in X11/keysymdef.h
-    OverlayKey key;
-};
-constexpr Meaning meanings[] = {
-    {0xff1b, OverlayKey::escape}, {0x0020, OverlayKey::space}, {0xff0d, OverlayKey::enter}, {0xff8d, OverlayKey::enter},
-    {0xff51, OverlayKey::left},   {0xff53, OverlayKey::right}, {0xff52, OverlayKey::up},    {0xff54, OverlayKey::down},
-    {0xff96, OverlayKey::left},   {0xff98, OverlayKey::right}, {0xff97, OverlayKey::up},    {0xff99, OverlayKey::down},
-};
-
-} // namespace
 
 xcb_get_keyboard_mapping_cookie_t OverlayKeys::ask(XcbLink &link) {
     const auto &setup = *xcb_get_setup(link.connection());
@@ -31,9 +18,7 @@ OverlayKeys OverlayKeys::read(XcbLink &link, xcb_get_keyboard_mapping_cookie_t c
     const size_t count = static_cast<size_t>(xcb_get_keyboard_mapping_keysyms_length(answer.get()));
     const size_t first = xcb_get_setup(link.connection())->min_keycode;
     for (size_t i = 0; i + perKey <= count && first + i / perKey < keys.m_keys.size(); i += perKey)
-        for (const Meaning &meaning : meanings)
-            if (symbols[i] == meaning.symbol) // what the key means without Shift, in whatever layout
-                keys.m_keys[first + i / perKey] = meaning.key;
+        keys.m_keys[first + i / perKey] = overlayKeyOf(symbols[i]); // without Shift, in whatever layout
     return keys;
 }
 

@@ -1,15 +1,11 @@
 #pragma once
 
+#include "adapters/frozen/OverlayEvent.h"
 #include "adapters/x11/XcbLink.h"
-
-#include <QtGlobal>
 
 #include <array>
 
 namespace tavrine {
-
-/// The keys that mean something over a frozen screen.
-enum class OverlayKey { other, escape, space, enter, left, right, up, down };
 
 /// Which key of the keyboard is which. A value, read once from the server.
 class OverlayKeys {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/frozen/FrozenScreen.h"
 #include "adapters/x11/frozen/OverlayKeys.h"
 #include "adapters/x11/frozen/ScreenMap.h"
 #include "adapters/x11/frozen/ScreenTurn.h"
@@ -12,35 +13,8 @@
 
 namespace tavrine {
 
-/// What a person did over a frozen screen. Places are device pixels of the whole screen.
-struct OverlayEvent {
-    enum class Kind {
-        pointerMoved,
-        buttonPressed,
-        buttonReleased,
-        keyPressed,
-        uncovered, ///< `area` must be put again
-        ended,     ///< the screen changed, another capture began or the server went: nothing more will come
-    };
-    Kind kind = Kind::pointerMoved;
-    QPoint place;
-    int button = 0;
-    OverlayKey key = OverlayKey::other;
-    bool isShift = false;
-    bool isControl = false;
-    bool isRepeated = false; ///< of a key that is held
-    QRect area;
-};
-
-/// The screen as it was at one moment, shown over itself, with the pointer and the keyboard in our hands.
-///
-/// Owned by who shows it; one thread, no event loop. Destroying it gives everything back: windows, grabs, pictures.
-///
-///  1. The picture is taken before anything else is done, all monitors, device pixels, without the pointer. What is
-///     open stays in it, menus of other programs too.
-///  2. The canvas begins empty; its owner paints all of it before `show`.
-///  3. Another program's grab is waited out: `tryGrabs` is called again until it holds both.
-class OverlaySession {
+/// The frozen screen of an X server. One overlay at a time stands on it, over all programs of ours (`ScreenTurn`).
+class OverlaySession final : public FrozenScreen {
 public:
     /// Null without a server, and when the screen cannot be read. Waits for its turn, half a second at most.
     [[nodiscard]] static std::unique_ptr<OverlaySession> open();
@@ -51,38 +25,25 @@ public:
     [[nodiscard]] std::chrono::milliseconds timeToWait() { return m_turn->timeToWait(); }
     [[nodiscard]] bool freeze();
 
-    ~OverlaySession();
+    ~OverlaySession() override;
     OverlaySession(const OverlaySession &) = delete;
     OverlaySession &operator=(const OverlaySession &) = delete;
 
-    [[nodiscard]] PixelsToRead picture() const { return m_picture->pixels(); }
-    [[nodiscard]] PixelsToPaint canvas() const { return m_canvas->pixels(); }
-    [[nodiscard]] QRect rect() const { return screenRect(m_link); }
-    [[nodiscard]] const std::vector<OverlayMonitor> &monitors() const { return m_monitors; }
-    /// Where the pointer was when the picture was taken.
-    [[nodiscard]] QPoint firstPointer() const { return m_firstPointer; }
-
-    /// Puts the canvas over everything.
-    void show();
-    /// Puts these parts of the canvas; afterwards the canvas may be painted again.
-    void put(const std::vector<QRect> &areas);
-    /// Takes the overlay off and gives the grabs back; the picture stays.
-    void hide();
-
-    /// Asks for what of pointer and keyboard is not held yet. Cheap; to be called every few milliseconds.
-    void tryGrabs();
-    [[nodiscard]] bool hasPointer() const { return m_hasPointer; }
-    [[nodiscard]] bool hasBoth() const { return m_hasPointer && m_hasKeyboard; }
-
-    /// Other programs' windows, the topmost first.
-    [[nodiscard]] std::vector<QRect> windows() { return readWindows(m_link, m_window); }
-
-    /// The next of what has arrived; none when there is nothing more now.
-    [[nodiscard]] std::optional<OverlayEvent> nextEvent();
-    /// Becomes readable when something arrives.
-    [[nodiscard]] int fileDescriptor() const { return xcb_get_file_descriptor(m_link.connection()); }
-
-    void movePointer(QPoint place);
+    [[nodiscard]] PixelsToRead picture() const override { return m_picture->pixels(); }
+    [[nodiscard]] PixelsToPaint canvas() const override { return m_canvas->pixels(); }
+    [[nodiscard]] QRect rect() const override { return screenRect(m_link); }
+    [[nodiscard]] const std::vector<OverlayMonitor> &monitors() const override { return m_monitors; }
+    [[nodiscard]] std::optional<QPoint> firstPointer() const override { return m_firstPointer; }
+    void show() override;
+    void put(const std::vector<QRect> &areas) override;
+    void hide() override;
+    void tryGrabs() override;
+    [[nodiscard]] bool hasPointer() const override { return m_hasPointer; }
+    [[nodiscard]] bool hasBoth() const override { return m_hasPointer && m_hasKeyboard; }
+    [[nodiscard]] std::vector<QRect> windows() override { return readWindows(m_link, m_window); }
+    [[nodiscard]] std::optional<OverlayEvent> nextEvent() override;
+    [[nodiscard]] int fileDescriptor() const override { return xcb_get_file_descriptor(m_link.connection()); }
+    void movePointer(QPoint place) override;
 
 private:
     /// A server that is in another program's hands for longer keeps its screen.

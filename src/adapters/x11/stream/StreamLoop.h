@@ -1,10 +1,10 @@
 #pragma once
 
-#include "adapters/x11/stream/FrameBuffers.h"
-#include "adapters/x11/stream/FramePacer.h"
+#include "adapters/stream/FrameBuffers.h"
+#include "adapters/stream/FramePacer.h"
+#include "adapters/stream/ThreadedScreenStream.h"
 #include "adapters/x11/stream/KeptOutWindows.h"
 #include "adapters/x11/stream/PixelReader.h"
-#include "adapters/x11/stream/StreamPlan.h"
 #include "adapters/x11/stream/StreamPointer.h"
 #include "base/SampleGate.h"
 
@@ -14,7 +14,7 @@ namespace tavrine {
 /// changed, looks at it when the interval since the last look is over, and gives out what is different.
 ///
 /// Where there is no monitor (any more) the picture is black.
-class StreamLoop {
+class StreamLoop final : public StreamWork {
 public:
     /// The server answers within a millisecond. What takes longer is held by another program or stopped; it is asked
     /// again, and the stream's end is noticed in between.
@@ -22,10 +22,8 @@ public:
 
     StreamLoop(const StreamPlan &plan, SampleGate<ScreenSample> &session);
 
-    /// Why it cannot run, in words.
-    [[nodiscard]] std::optional<QString> open();
-    /// Until the session is over, or it cannot go on: why, in words.
-    std::optional<QString> run();
+    [[nodiscard]] std::optional<QString> open() override;
+    std::optional<QString> run() override;
 
 private:
     [[nodiscard]] bool hasExtensions();

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "adapters/frozen/Pixels.h"
+#include "adapters/stream/FrameBuffers.h"
 #include "adapters/x11/XcbLink.h"
-#include "adapters/x11/frozen/Pixels.h"
-#include "adapters/x11/stream/FrameBuffers.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #include "adapters/x11/stream/X11ScreenStreams.h"
 
 #include "adapters/x11/stream/ShareableWindows.h"
-#include "adapters/x11/stream/X11ScreenStream.h"
+#include "adapters/x11/stream/StreamLoop.h"
 #include "base/OnMainThread.h"
 
 #include <QGuiApplication>
@@ -66,7 +66,12 @@ std::unique_ptr<ScreenStream> X11ScreenStreams::makeStream(const ScreenContentFi
                           .interval = configuration.minimumFrameInterval,
                           .queueDepth = configuration.queueDepth};
     }
-    return std::make_unique<X11ScreenStream>(std::move(plan), std::move(handlers));
+    return std::make_unique<ThreadedScreenStream>(
+        std::move(plan),
+        [](const StreamPlan &each, ThreadedScreenStream::Session &session) {
+            return std::make_unique<StreamLoop>(each, session);
+        },
+        std::move(handlers));
 }
 
 } // namespace tavrine

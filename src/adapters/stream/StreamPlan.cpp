@@ -1,4 +1,4 @@
-#include "adapters/x11/stream/StreamPlan.h"
+#include "adapters/stream/StreamPlan.h"
 
 #include <algorithm>
 #include <cmath>

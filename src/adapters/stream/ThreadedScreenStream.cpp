@@ -1,6 +1,5 @@
-#include "adapters/x11/stream/X11ScreenStream.h"
+#include "adapters/stream/ThreadedScreenStream.h"
 
-#include "adapters/x11/stream/StreamLoop.h"
 #include "base/OnMainThread.h"
 
 #include <QPointer>
@@ -12,47 +11,49 @@
 #include <sys/prctl.h>
 
 namespace tavrine {
-X11ScreenStream::X11ScreenStream(std::optional<StreamPlan> plan, ScreenStreams::Handlers handlers)
-    : m_plan(std::move(plan)), m_handlers(std::move(handlers)) {}
 
-X11ScreenStream::~X11ScreenStream() {
+ThreadedScreenStream::ThreadedScreenStream(std::optional<StreamPlan> plan, MakeWork makeWork,
+                                           ScreenStreams::Handlers handlers)
+    : m_plan(std::move(plan)), m_makeWork(std::move(makeWork)), m_handlers(std::move(handlers)) {}
+
+ThreadedScreenStream::~ThreadedScreenStream() {
     if (!m_session)
         return;
     m_session->end();
     m_session->waitUntilSilent(); // for a handler that runs at this moment
 }
 
-void X11ScreenStream::answerLater(Completion completion, const QString &error) {
+void ThreadedScreenStream::answerLater(Completion completion, const QString &error) {
     QTimer::singleShot(0, this, [completion = std::move(completion), error] { completion(error); });
 }
 
-void X11ScreenStream::startCapture(Completion completion) {
+void ThreadedScreenStream::startCapture(Completion completion) {
     if (m_session)
         return answerLater(std::move(completion), QStringLiteral("The stream was started before."));
     if (!m_plan)
         return answerLater(std::move(completion), QStringLiteral("There is no such display."));
     if (m_plan->area.isEmpty())
         return answerLater(std::move(completion), QStringLiteral("There is nothing to see of that size."));
-    m_session = std::make_shared<SampleGate<ScreenSample>>(m_handlers.didOutputSample);
+    m_session = std::make_shared<Session>(m_handlers.didOutputSample);
     m_startCompletion = std::move(completion);
     m_isRunning = true;
-    std::thread([plan = *m_plan, session = m_session, self = QPointer(this)] {
+    std::thread([plan = *m_plan, makeWork = m_makeWork, session = m_session, self = QPointer(this)] {
         ::prctl(PR_SET_NAME, "screenStream");
-        const auto tell = [&](void (X11ScreenStream::*what)(const std::optional<QString> &),
+        const auto tell = [&](void (ThreadedScreenStream::*what)(const std::optional<QString> &),
                               const std::optional<QString> &words) {
             onMainThread([self, what, words] {
                 if (self)
                     (self->*what)(words);
             });
         };
-        StreamLoop loop(plan, *session);
-        const auto error = loop.open();
-        tell(&X11ScreenStream::onStarted, error);
-        tell(&X11ScreenStream::onEnded, error ? std::nullopt : loop.run());
+        const auto work = makeWork(plan, *session);
+        const auto error = work->open();
+        tell(&ThreadedScreenStream::onStarted, error);
+        tell(&ThreadedScreenStream::onEnded, error ? std::nullopt : work->run());
     }).detach();
 }
 
-void X11ScreenStream::onStarted(const std::optional<QString> &error) {
+void ThreadedScreenStream::onStarted(const std::optional<QString> &error) {
     m_isStarted = !error;
     if (error)
         m_isRunning = false;
@@ -60,14 +61,14 @@ void X11ScreenStream::onStarted(const std::optional<QString> &error) {
         completion(error);
 }
 
-void X11ScreenStream::onEnded(const std::optional<QString> &reason) {
+void ThreadedScreenStream::onEnded(const std::optional<QString> &reason) {
     if (m_stopCompletion)
         return finishStop();
     if (std::exchange(m_isRunning, false) && reason && m_handlers.didStopWithError)
         m_handlers.didStopWithError(*reason);
 }
 
-void X11ScreenStream::stopCapture(Completion completion) {
+void ThreadedScreenStream::stopCapture(Completion completion) {
     if (!std::exchange(m_isRunning, false))
         return answerLater(std::move(completion), QStringLiteral("The stream does not run."));
     m_stopCompletion = std::move(completion);
@@ -76,7 +77,7 @@ void X11ScreenStream::stopCapture(Completion completion) {
 }
 
 /// The thread has ended, or hangs in the server; samples are over either way.
-void X11ScreenStream::finishStop() {
+void ThreadedScreenStream::finishStop() {
     if (!m_stopCompletion)
         return;
     if (!m_session->isSilent()) {

@@ -1,4 +1,4 @@
-#include "adapters/x11/frozen/SamplerModel.h"
+#include "adapters/frozen/SamplerModel.h"
 
 #include <algorithm>
 #include <utility>

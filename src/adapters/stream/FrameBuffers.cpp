@@ -1,4 +1,4 @@
-#include "adapters/x11/stream/FrameBuffers.h"
+#include "adapters/stream/FrameBuffers.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
-#include "adapters/x11/frozen/OverlayPaint.h"
+#include "adapters/frozen/OverlayPaint.h"
 
-#include "adapters/x11/frozen/GlyphFont.h"
-#include "adapters/x11/frozen/PixelPainter.h"
+#include "adapters/frozen/GlyphFont.h"
+#include "adapters/frozen/PixelPainter.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "adapters/x11/frozen/MagnifierGeometry.h"
-#include "adapters/x11/frozen/Pixels.h"
+#include "adapters/frozen/MagnifierGeometry.h"
+#include "adapters/frozen/Pixels.h"
 
 #include <optional>
 #include <string_view>

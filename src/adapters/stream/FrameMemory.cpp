@@ -1,4 +1,4 @@
-#include "adapters/x11/stream/FrameMemory.h"
+#include "adapters/stream/FrameMemory.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>

@@ -1,4 +1,4 @@
-#include "adapters/x11/frozen/GlyphFont.h"
+#include "adapters/frozen/GlyphFont.h"
 
 #include <numeric>
 #include <optional>

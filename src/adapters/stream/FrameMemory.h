@@ -1,6 +1,6 @@
 #pragma once
 
-#include "adapters/x11/frozen/Pixels.h"
+#include "adapters/frozen/Pixels.h"
 #include "base/Descriptor.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
-#include "adapters/x11/frozen/PixelPainter.h"
+#include "adapters/frozen/PixelPainter.h"
 
-#include "adapters/x11/frozen/GlyphFont.h"
+#include "adapters/frozen/GlyphFont.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "adapters/x11/frozen/MagnifierGeometry.h"
+#include "adapters/frozen/MagnifierGeometry.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "adapters/x11/stream/FrameMemory.h"
+#include "adapters/stream/FrameMemory.h"
 #include "base/Waker.h"
 #include "ports/ScreenStream.h"
 
