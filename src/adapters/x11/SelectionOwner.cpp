@@ -1,9 +1,5 @@
 #include "adapters/x11/SelectionOwner.h"
 
-#include "adapters/pasteboard/PasteboardImage.h"
-
-#include <QStringConverter>
-
 #include <algorithm>
 #include <cstring>
 
@@ -12,16 +8,6 @@ namespace {
 
 constexpr int maxMultiple = 256; // conversions in one request
 constexpr size_t maxWaiting = 64;
-
-QByteArray uriList(const QList<QUrl> &urls, const QByteArray &first, const QByteArray &separator, bool isClosed) {
-    QByteArray text = first;
-    for (const QUrl &url : urls) {
-        if (!text.isEmpty() && !text.endsWith(separator))
-            text += separator;
-        text += url.toEncoded();
-    }
-    return isClosed ? text + separator : text;
-}
 
 } // namespace
 
@@ -33,44 +19,14 @@ qsizetype SelectionOwner::pieceBytes() const {
     return std::min(m_limits.pieceBytes, m_connection.maxRequestBytes()) & ~qsizetype{3};
 }
 
-void SelectionOwner::own(const OwnContents &contents, xcb_timestamp_t time) {
+void SelectionOwner::own(std::vector<OfferedForm> forms, xcb_timestamp_t time) {
     release();
     m_isOwner = true;
     m_time = time;
-    if (!contents.urls.isEmpty()) {
-        offer("text/uri-list", "text/uri-list", uriList(contents.urls, {}, "\r\n", true));
-        offer("x-special/gnome-copied-files", "x-special/gnome-copied-files",
-              uriList(contents.urls, "copy\n", "\n", false));
-    }
-    if (const QString text = contents.textOrPaths(); !text.isEmpty()) {
-        // An encoder marks a lone surrogate as U+FFFD, where `toUtf8` writes a question mark.
-        const QByteArray utf8 = QStringEncoder(QStringEncoder::Utf8).encode(text);
-        offer("UTF8_STRING", "UTF8_STRING", utf8);
-        offer("text/plain;charset=utf-8", "text/plain;charset=utf-8", utf8);
-        offer("text/plain", "text/plain", utf8);
-        offer("STRING", "STRING", text.toLatin1());
-        offer("TEXT", "UTF8_STRING", utf8);
-    }
-    if (!contents.image.isNull()) {
-        offer("image/png", "image/png", {});
-        m_offers.back().recipe = [image = contents.image] { return pasteboardImage::encode(image, "png"); };
-        m_offers.back().isKept = true;
-    }
-}
-
-void SelectionOwner::own(const std::vector<Received> &contents, const std::vector<selection::Sibling> &siblings,
-                         xcb_timestamp_t time) {
-    release();
-    m_isOwner = true;
-    m_time = time;
-    for (const Received &received : contents)
-        m_offers.push_back({received.targetAtom, received.type, received.format, received.bytes});
-    for (const selection::Sibling &sibling : siblings) {
-        m_offers.push_back(
-            {m_connection.atom(sibling.target), m_connection.atom(selection::typeOfForm(sibling.target)), 8, {}});
-        m_offers.back().recipe = [sibling, maxPixels = m_limits.imagePixels] {
-            return selection::makeForm(sibling.target, sibling.source, maxPixels);
-        };
+    for (OfferedForm &form : forms) {
+        const xcb_atom_t type = form.typeNumber != 0 ? form.typeNumber : m_connection.atom(form.type);
+        m_offers.push_back({m_connection.atom(form.target), type, form.format, std::move(form.bytes),
+                            std::move(form.recipe), form.isKept});
     }
 }
 
@@ -82,10 +38,6 @@ void SelectionOwner::release() {
     m_offers.clear();
     m_underWay.clear();
     m_made.clear();
-}
-
-void SelectionOwner::offer(const QByteArray &target, const QByteArray &type, const QByteArray &bytes) {
-    m_offers.push_back({m_connection.atom(target), m_connection.atom(type), 8, bytes});
 }
 
 void SelectionOwner::onRequest(const xcb_selection_request_event_t &request) {

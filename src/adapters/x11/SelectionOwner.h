@@ -1,8 +1,7 @@
 #pragma once
 
-#include "adapters/pasteboard/PasteboardContents.h"
+#include "adapters/pasteboard/OfferedForms.h"
 #include "adapters/pasteboard/SelectionLimits.h"
-#include "adapters/pasteboard/SelectionSiblings.h"
 #include "adapters/x11/SelectionTransfer.h"
 
 #include <chrono>
@@ -23,8 +22,7 @@ class SelectionOwner {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
-    /// Runs on another thread. Empty bytes say that there is no such form.
-    using Recipe = std::function<QByteArray()>;
+    using Recipe = OfferedForm::Recipe;
     /// What is made, and for which ownership.
     struct Order {
         int ownership;
@@ -35,9 +33,7 @@ public:
     SelectionOwner(XConnection &connection, const SelectionLimits &limits, std::function<void(Order, Recipe)> make);
 
     /// From now on these are answered. `time` is that of the claim.
-    void own(const OwnContents &contents, xcb_timestamp_t time);
-    void own(const std::vector<Received> &contents, const std::vector<selection::Sibling> &siblings,
-             xcb_timestamp_t time);
+    void own(std::vector<OfferedForm> forms, xcb_timestamp_t time);
     /// The clipboard is no longer ours.
     void release();
     [[nodiscard]] bool isOwner() const { return m_isOwner; }
@@ -77,7 +73,6 @@ private:
         TimePoint lastProgress;
     };
 
-    void offer(const QByteArray &target, const QByteArray &type, const QByteArray &bytes);
     [[nodiscard]] Offer *find(xcb_atom_t target);
     /// The targets that have to be made for the request.
     [[nodiscard]] std::set<xcb_atom_t> neededFor(const xcb_selection_request_event_t &request);

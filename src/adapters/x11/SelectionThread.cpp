@@ -7,8 +7,6 @@
 
 #include <poll.h>
 #include <pthread.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 #include <xcb/xfixes.h>
 
 namespace tavrine {
@@ -18,45 +16,13 @@ constexpr int eventsPerTurn = 64; // a flood of events must not keep the main th
 
 } // namespace
 
-struct SelectionThread::Mailbox {
-    Mailbox() : wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-    ~Mailbox() { ::close(wakeUp); }
-    Mailbox(const Mailbox &) = delete;
-    Mailbox &operator=(const Mailbox &) = delete;
-
-    void post(Message message) {
-        const std::lock_guard lock(mutex);
-        if (!isRead)
-            return;
-        messages.push_back(std::move(message));
-        ::eventfd_write(wakeUp, 1);
-    }
-    std::vector<Message> takeAll() {
-        const std::lock_guard lock(mutex);
-        eventfd_t count = 0;
-        ::eventfd_read(wakeUp, &count);
-        return std::exchange(messages, {});
-    }
-    void setRead(bool is) {
-        const std::lock_guard lock(mutex);
-        isRead = is;
-        messages.clear();
-    }
-
-    const int wakeUp;
-    std::mutex mutex;
-    std::vector<Message> messages;
-    bool isRead = false; ///< else nobody is there, and messages would only pile up
-};
-
-SelectionThread::SelectionThread(const SelectionLimits &limits, ImageFileReader &files,
-                                 std::function<void(Publication)> publish)
-    : m_limits(limits), m_files(files), m_publish(std::move(publish)), m_mailbox(std::make_shared<Mailbox>()),
+SelectionThread::SelectionThread(const SelectionLimits &limits, ImageFileReader &files, Publish publish)
+    : m_limits(limits), m_files(files), m_publish(std::move(publish)), m_mailbox(std::make_shared<Mailbox<Message>>()),
       m_owner(m_connection, m_limits, [this](SelectionOwner::Order order, const SelectionOwner::Recipe &recipe) {
           m_maker.start([order, recipe, mailbox = m_mailbox] { mailbox->post(Made{order, recipe()}); });
       }) {
     m_maker.setMaxThreadCount(1);
-    if (m_mailbox->wakeUp < 0)
+    if (!m_mailbox->isUsable())
         return;
     m_mailbox->setRead(true);
     const auto opened = std::make_shared<std::promise<void>>();
@@ -132,7 +98,7 @@ void SelectionThread::wait() {
             due = std::min(due.value_or(*other), *other);
     };
     if (m_fetch)
-        consider(m_fetch->deadline());
+        consider(m_fetch->contents().deadline());
     if (m_reclaimTime)
         consider(m_brake.releaseTime());
     consider(m_handOverEnd);
@@ -141,7 +107,7 @@ void SelectionThread::wait() {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(*due - std::chrono::steady_clock::now());
         timeout = static_cast<int>(std::max<std::int64_t>(left.count(), 0));
     }
-    pollfd descriptors[] = {{m_connection.descriptor(), POLLIN, 0}, {m_mailbox->wakeUp, POLLIN, 0}};
+    pollfd descriptors[] = {{m_connection.descriptor(), POLLIN, 0}, {m_mailbox->wakeUp(), POLLIN, 0}};
     ::poll(descriptors, std::size(descriptors), timeout);
 }
 
@@ -149,8 +115,8 @@ void SelectionThread::expire() {
     const TimePoint now = std::chrono::steady_clock::now();
     m_owner.expire(now);
     if (m_fetch)
-        m_fetch->expire(now);
-    if (m_fetch && !m_fetch->isRunning() && m_owner.isOwner())
+        m_fetch->contents().expire(now);
+    if (m_fetch && !m_fetch->contents().isRunning() && m_owner.isOwner())
         m_fetch.reset(); // what it holds has been claimed
     if (m_handOverEnd && (*m_handOverEnd <= now || !m_owner.isOwner()))
         m_handOverEnd.reset();
@@ -190,7 +156,7 @@ void SelectionThread::receive(Message message) {
         m_owner.onMade(made->order, made->bytes);
     } else if (auto *file = std::get_if<ImageFile>(&message)) {
         if (m_fetch && file->fetch == m_fetchNumber)
-            m_fetch->onImageFile(std::move(file->bytes));
+            m_fetch->contents().onImageFile(std::move(file->bytes));
     } else {
         m_isStopping = true;
         startHandOver();
@@ -234,19 +200,19 @@ void SelectionThread::startFetch(xcb_timestamp_t time) {
     const int number = ++m_fetchNumber;
     m_fetch = std::make_unique<SelectionFetch>(
         m_connection, m_limits, m_secrets, time,
-        SelectionFetch::Hooks{[this](ForeignContents contents) { publish(std::move(contents)); },
-                              [this, number](const QList<QByteArray> &paths) {
-                                  m_files.read(paths, [number, mailbox = m_mailbox](std::optional<QByteArray> bytes) {
-                                      mailbox->post(ImageFile{number, std::move(bytes)});
-                                  });
-                              }});
+        PasteboardFetch::Hooks{[this](ForeignContents contents) { publish(std::move(contents)); },
+                               [this, number](const QList<QByteArray> &paths) {
+                                   m_files.read(paths, [number, mailbox = m_mailbox](std::optional<QByteArray> bytes) {
+                                       mailbox->post(ImageFile{number, std::move(bytes)});
+                                   });
+                               }});
 }
 
 void SelectionThread::ownerEnded(xcb_timestamp_t ownerTime, xcb_timestamp_t now) {
     if (!m_fetch)
         return;
-    m_fetch->ownerEnded();
-    if (!m_fetch->received().empty()) {
+    m_fetch->contents().ownerEnded();
+    if (m_fetch->contents().hasReceived()) {
         m_reclaimTime = ownerTime != XCB_CURRENT_TIME ? ownerTime : now;
         return;
     }
@@ -271,10 +237,10 @@ void SelectionThread::reclaim() {
                                                                  m_connection.atoms().clipboard, *m_reclaimTime);
         m_claimSequence = cookie.sequence;
         if (m_connection.owner(m_connection.atoms().clipboard) == m_connection.window())
-            m_owner.own(m_fetch->received(), m_fetch->siblings(), *m_reclaimTime);
+            m_owner.own(m_fetch->contents().receivedForms(), *m_reclaimTime);
         m_reclaimTime.reset();
         // A file manager may end right after the copy; the picture in the copied file is still to be told of.
-        if (!m_fetch->isRunning())
+        if (!m_fetch->contents().isRunning())
             m_fetch.reset();
     } else if (!isFree) {
         m_reclaimTime.reset();
@@ -300,7 +266,7 @@ void SelectionThread::claimNow(const Claim &claim) {
     m_published.reset();
     m_untoldChanges = 0;
     m_claimSequence = cookie.sequence;
-    m_owner.own(claim.contents, time);
+    m_owner.own(formsOf(claim.contents), time);
 }
 
 void SelectionThread::yieldTo(const Claim &claim, xcb_timestamp_t time) {

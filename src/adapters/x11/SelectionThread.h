@@ -1,7 +1,8 @@
 #pragma once
 
 #include "adapters/pasteboard/ImageFileReader.h"
-#include "adapters/pasteboard/PasteboardContents.h"
+#include "adapters/pasteboard/Mailbox.h"
+#include "adapters/pasteboard/PasteboardReader.h"
 #include "adapters/pasteboard/ReclaimBrake.h"
 #include "adapters/pasteboard/SelectionLimits.h"
 #include "adapters/x11/SelectionFetch.h"
@@ -20,8 +21,8 @@
 
 namespace tavrine {
 
-/// The reader: follows the clipboard on a connection and a thread of its own, so that no other program can make the
-/// main thread wait. It sleeps until the server, the main thread or a deadline has something for it.
+/// Follows the clipboard of an X server. It sleeps until the server, the main thread or a deadline has something for
+/// it.
 ///
 ///  1. Notices that are older than an own claim tell nothing: the claim has replaced what they tell of.
 ///  2. When an owner ends and nobody follows, what it had is claimed for it, as of its own time, so that a claim by a
@@ -31,21 +32,17 @@ namespace tavrine {
 ///     program was here since.
 ///  4. A `ReclaimBrake` ends quarrels over 2.
 ///  5. A lost connection ends the thread quietly.
-class SelectionThread {
+class SelectionThread final : public PasteboardReader {
 public:
-    using TimePoint = std::chrono::steady_clock::time_point;
-
     /// `publish` is called on the reader's thread. With no usable server nothing is ever published. `files` reads
     /// copied files; it must outlive this object.
-    SelectionThread(const SelectionLimits &limits, ImageFileReader &files, std::function<void(Publication)> publish);
+    SelectionThread(const SelectionLimits &limits, ImageFileReader &files, Publish publish);
     /// Offers what is ours to a clipboard manager, if there is one, and serves it meanwhile; the limits say how long.
-    ~SelectionThread();
+    ~SelectionThread() override;
     SelectionThread(const SelectionThread &) = delete;
     SelectionThread &operator=(const SelectionThread &) = delete;
 
-    /// Makes the clipboard ours as of the moment `writtenAt`: a change by another program after it stands, and is told
-    /// of. `serial` grows with each call. Returns at once; called on the main thread.
-    void claim(OwnContents contents, int serial, TimePoint writtenAt);
+    void claim(OwnContents contents, int serial, TimePoint writtenAt) override;
 
 private:
     struct Claim {
@@ -63,7 +60,6 @@ private:
     };
     struct Stop {};
     using Message = std::variant<Claim, Made, ImageFile, Stop>;
-    struct Mailbox;
 
     void open();
     void run();
@@ -86,9 +82,9 @@ private:
 
     const SelectionLimits m_limits;
     ImageFileReader &m_files;
-    const std::function<void(Publication)> m_publish;
+    const Publish m_publish;
     XConnection m_connection;
-    std::shared_ptr<Mailbox> m_mailbox; ///< shared with readers of files, which may be stuck when we end
+    std::shared_ptr<Mailbox<Message>> m_mailbox; ///< shared with readers of files, which may be stuck when we end
     QThreadPool m_maker;
 
     // The reader's own from here.

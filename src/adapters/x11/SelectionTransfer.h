@@ -1,30 +1,19 @@
 #pragma once
 
+#include "adapters/pasteboard/PasteboardTransfer.h"
 #include "adapters/x11/XConnection.h"
 
-#include <chrono>
 #include <vector>
 
 namespace tavrine {
-
-/// What an owner handed over for one target, as it came.
-struct Received {
-    QByteArray target;
-    xcb_atom_t targetAtom = 0;
-    xcb_atom_t type = 0;
-    int format = 0;
-    QByteArray bytes;
-};
 
 /// One target on its way from the owner to us, whole or piecemeal (INCR). Lives on the selection thread.
 ///
 /// The property is named like the target, so that an answer that comes too late meets no other transfer into the same
 /// window. Who is asked again is asked into another window, and the first answer counts: the others, should they come
-/// all the same, stand where nobody looks. Deadlines are the caller's: it sees the progress.
-class SelectionTransfer {
+/// all the same, stand where nobody looks.
+class SelectionTransfer final : public PasteboardTransfer {
 public:
-    using TimePoint = std::chrono::steady_clock::time_point;
-
     enum class State {
         asked,     ///< no answer yet
         piecemeal, ///< INCR
@@ -37,23 +26,25 @@ public:
     /// what is larger than `maxBytes` is the value. Without a `selection` it is the clipboard's owner.
     SelectionTransfer(XConnection &connection, xcb_window_t window, xcb_atom_t target, xcb_timestamp_t time,
                       qsizetype maxBytes, Excess excess = Excess::refused, xcb_atom_t selection = XCB_ATOM_NONE);
-    ~SelectionTransfer();
+    ~SelectionTransfer() override;
     SelectionTransfer(const SelectionTransfer &) = delete;
     SelectionTransfer &operator=(const SelectionTransfer &) = delete;
 
     /// The same question once more. Only while `state` is `asked`.
-    void askAgain();
-    [[nodiscard]] int questions() const { return 1 + static_cast<int>(m_furtherWindows.size()); }
+    void askAgain() override;
+    [[nodiscard]] bool mayBeAskedAgain() const override { return true; }
+    [[nodiscard]] int questions() const override { return 1 + static_cast<int>(m_furtherWindows.size()); }
 
     /// Both ignore what belongs to another transfer.
     void onSelectionNotify(const xcb_selection_notify_event_t &event);
     void onPropertyNotify(const xcb_property_notify_event_t &event);
 
     [[nodiscard]] State state() const { return m_state; }
-    [[nodiscard]] bool isRunning() const { return m_state == State::asked || m_state == State::piecemeal; }
+    [[nodiscard]] bool isRunning() const override { return m_state == State::asked || m_state == State::piecemeal; }
+    [[nodiscard]] bool hasBegun() const override { return m_state != State::asked; }
     /// True while the owner may still write to the window that it was first asked into.
     [[nodiscard]] bool mayStillBeWritten() const { return isRunning() || m_isAbandoned || questions() > 1; }
-    [[nodiscard]] TimePoint lastProgress() const { return m_lastProgress; }
+    [[nodiscard]] TimePoint lastProgress() const override { return m_lastProgress; }
 
     /// Only when done.
     [[nodiscard]] PropertyValue takeValue() { return std::move(m_value); }
