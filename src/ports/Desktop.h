@@ -1,9 +1,9 @@
 #pragma once
 
-#include "ports/Instance.h"
-
 #include <functional>
 #include <memory>
+
+class QString;
 
 namespace tavrine {
 
@@ -70,10 +70,9 @@ public:
     [[nodiscard]] virtual const Folders &folders() = 0;
 
     // The program among others.
-    /// `action` is what this start asks for. `onReopen` is called when the program is started again while it runs, with
-    /// what that start asks for: a word out of `startAction`, empty, or one that nobody knows.
-    [[nodiscard]] virtual Instance becomeOnlyInstance(const QString &action,
-                                                      std::function<void(const QString &action)> onReopen) = 0;
+    /// Calls `onStartedAgain` whenever the program is started again while it runs, with what that start asks for: a
+    /// word out of `startAction`, empty, or one that nobody knows. Asked for once, right after the toolkit has started.
+    virtual void followStarts(std::function<void(const QString &action)> onStartedAgain) = 0;
     [[nodiscard]] virtual SessionNotices &sessionNotices() = 0;
     [[nodiscard]] virtual Application &application() = 0;
     [[nodiscard]] virtual Workspace &workspace() = 0;

@@ -1,6 +1,10 @@
 #pragma once
 
 #include <QLatin1String>
+#include <QString>
+
+#include <algorithm>
+#include <array>
 
 namespace tavrine {
 
@@ -11,9 +15,31 @@ enum class Instance {
     otherIsSilent, ///< another one runs and does not answer; end with status 1. A line on standard error has told it
 };
 
-/// What a start of the program asks of the one that runs; empty for no more than to come forward.
+/// What a start of the program asks of the one that runs. The same words, behind two dashes, are what the program can
+/// be started with, and the desktop file names them.
 namespace startAction {
+inline constexpr QLatin1String clipboard("clipboard"); ///< as the hot key
+inline constexpr QLatin1String emoji("emoji");         ///< as the hot key
+inline constexpr QLatin1String capture("capture");     ///< as the hot key
+inline constexpr QLatin1String record("record");       ///< as the hot key
+inline constexpr QLatin1String qrScan("qr-scan");
+inline constexpr QLatin1String color("color");
+inline constexpr QLatin1String settings("settings");
 inline constexpr QLatin1String shelf("shelf"); ///< opens the shelf for the keyboard
+/// One tap of Alt alone, told by a desktop that keeps the keyboard to itself. Two of them in time are a double tap.
+inline constexpr QLatin1String altTap("alt-tap");
+
+inline constexpr std::array all{clipboard, emoji, capture, record, qrScan, color, settings, shelf, altTap};
+
+[[nodiscard]] inline bool isKnown(const QString &word) {
+    return std::ranges::any_of(all, [&](QLatin1String each) { return word == each; });
+}
 } // namespace startAction
+
+/// Why the program was started.
+struct StartRequest {
+    QString action;       ///< a word out of `startAction`; empty for no more than to run, or to come forward
+    bool isByBus = false; ///< the session bus started it for a call, and hands that call on itself
+};
 
 } // namespace tavrine

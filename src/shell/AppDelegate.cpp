@@ -37,6 +37,9 @@ AppDelegate::AppDelegate(const Shell::Parts &parts, QObject *parent)
       m_display({parts.desktop.statusItem(), parts.defaults, m_shell.flags(), m_tools.networkSpeed().monitor()}),
       m_hotKeys(parts.desktop.hotKeys(), parts.desktop.eventMonitors(), parts.defaults, parts.desktop.time(),
                 hotKeyActions()),
+      m_startActions(m_hotKeys, m_tools,
+                     {.isOn = [this](Feature feature) { return m_shell.flags().isOn(feature); },
+                      .openSettings = [this] { openSettings(); }}),
       m_settingsWindow({m_shell, m_tools, m_hotKeys, [this]() -> SoftwareUpdater & { return *m_updaterController; }}),
       m_onboarding(m_shell.largeWindows(), parts.desktop.time(),
                    {.makeWelcomeWindow =
@@ -254,9 +257,7 @@ bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {
 }
 
 void AppDelegate::startedAgain(const QString &action) {
-    if (action == startAction::shelf && m_shell.flags().isOn(Feature::notchShelf))
-        m_tools.notchShelf().openWithKeyboard();
-    else
+    if (!m_startActions.run(action))
         applicationShouldHandleReopen(false);
 }
 

@@ -4,6 +4,7 @@
 #include "shell/HotKeyCenter.h"
 #include "shell/OnboardingFlow.h"
 #include "shell/Shell.h"
+#include "shell/StartActions.h"
 #include "shell/StatusDisplay.h"
 #include "shell/menu/TrayMenu.h"
 #include "shell/settings/SettingsWindow.h"
@@ -94,6 +95,7 @@ private:
     Tools m_tools;
     StatusDisplay m_display;
     HotKeyCenter m_hotKeys;
+    StartActions m_startActions;
     SettingsWindow m_settingsWindow;
     OnboardingFlow m_onboarding;
     std::unique_ptr<SoftwareUpdater> m_updaterController; ///< from the second step of the launch on

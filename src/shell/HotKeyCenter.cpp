@@ -100,7 +100,20 @@ void HotKeyCenter::updateMonitors(Trigger trigger) {
     });
 }
 
+void HotKeyCenter::optionTapped() {
+    m_areTapsTold = true;
+    for (const Trigger trigger : tappable) {
+        count(trigger, modifierFlag::option);
+        count(trigger, 0);
+    }
+}
+
 void HotKeyCenter::handleFlagsChanged(Trigger trigger, quint32 flags) {
+    if (!m_areTapsTold)
+        count(trigger, flags);
+}
+
+void HotKeyCenter::count(Trigger trigger, quint32 flags) {
     if (!m_actions.isFeatureOn(trigger) || storedMode(m_defaults, trigger) != triggerMode::doubleOption)
         return;
     // The editors keep two tools from sharing the double tap; of tools that share it all the same, none opens.

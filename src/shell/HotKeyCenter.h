@@ -56,6 +56,10 @@ public:
     /// What a press of the hot key does, and who gets the keys after it. Every other number does nothing.
     KeyboardNext handleHotKey(quint32 id);
 
+    /// One tap of Option alone, told by a desktop that lets no program hear keys. From the first one on taps count as
+    /// they are told: what the monitors hear while a window of this program has the keyboard is the same key.
+    void optionTapped();
+
 private:
     struct DoubleTap {
         std::unique_ptr<EventMonitor> globalMonitor;
@@ -66,6 +70,7 @@ private:
     void registerHotKey(Trigger trigger);
     void updateMonitors(Trigger trigger);
     void handleFlagsChanged(Trigger trigger, quint32 flags);
+    void count(Trigger trigger, quint32 flags);
 
     HotKeys &m_hotKeys;
     EventMonitors &m_monitors;
@@ -75,6 +80,7 @@ private:
     std::vector<std::optional<HotKeyRef>> m_hotKeyRefs; ///< a registration that failed is an empty entry
     std::set<Trigger> m_taken;
     std::map<Trigger, DoubleTap> m_doubleTaps;
+    bool m_areTapsTold = false;
 };
 
 } // namespace tavrine

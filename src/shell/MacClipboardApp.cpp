@@ -13,16 +13,35 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <optional>
 
 using namespace tavrine;
 
 namespace {
 
-/// The one word that a start can have: `--shelf`. All else is the toolkit's, or nobody's.
-QString requestedAction(int argc, char **argv) {
-    const bool asksForShelf = argc == 2 && std::strcmp(argv[1], "--shelf") == 0;
-    return asksForShelf ? QString(startAction::shelf) : QString();
+constexpr QLatin1String byBusWord("service"); // of the bus's service file alone
+constexpr int wrongWordStatus = 2;
+
+/// The one word that a start can have, behind two dashes: what it asks for, or that the bus started it. None for a word
+/// that nobody knows; what begins with one dash is the toolkit's.
+std::optional<StartRequest> startRequest(int argc, char **argv) {
+    const QString word = argc == 2 ? QString::fromUtf8(argv[1]) : QString();
+    if (!word.startsWith(QLatin1String("--")))
+        return StartRequest{};
+    const QString named = word.mid(2);
+    if (named == byBusWord)
+        return StartRequest{.action = {}, .isByBus = true};
+    if (!startAction::isKnown(named))
+        return std::nullopt;
+    return StartRequest{.action = named};
+}
+
+int refuseWord(const char *word) {
+    std::fprintf(stderr, "%.40s is no word of Tavrine. There are:", word);
+    for (const QLatin1String known : startAction::all)
+        std::fprintf(stderr, " --%s", known.data());
+    std::fputc('\n', stderr);
+    return wrongWordStatus;
 }
 
 /// From the launch to the end of the main loop, with everything that the program owns.
@@ -47,6 +66,15 @@ int main(int argc, char **argv) {
     // A reader of our output that goes away must not take a resident program with it.
     std::signal(SIGPIPE, SIG_IGN);
 
+    const auto request = startRequest(argc, argv);
+    if (!request)
+        return refuseWord(argv[1]);
+    // Beside a running program there is nothing to make.
+    if (const Instance instance = becomeOnlyInstance(*request); instance != Instance::first) {
+        std::fflush(nullptr);
+        std::_Exit(instance == Instance::handedOver ? EXIT_SUCCESS : EXIT_FAILURE);
+    }
+
     std::unique_ptr<Desktop> desktop = makeDesktop();
     const Folders &folders = desktop->folders();
     // The database reads on its own thread while Qt starts on this one. It is never closed: it ends with the process.
@@ -60,18 +88,12 @@ int main(int argc, char **argv) {
     QApplication::setQuitOnLastWindowClosed(false);
 
     AppDelegate *delegate = nullptr;
-    const QString action = requestedAction(argc, argv);
-    const Instance instance = desktop->becomeOnlyInstance(action, [&delegate](const QString &asked) {
+    desktop->followStarts([&delegate](const QString &asked) {
         if (delegate)
             delegate->startedAgain(asked);
     });
-    if (instance != Instance::first) {
-        std::fflush(nullptr);
-        // At once: the database's thread may still read, and nothing here needs an orderly end.
-        std::_Exit(instance == Instance::handedOver ? EXIT_SUCCESS : EXIT_FAILURE);
-    }
 
-    const int status = run(*desktop, database, action, delegate);
+    const int status = run(*desktop, database, request->action, delegate);
     desktop.reset(); // hands what it holds of the clipboard over
     std::fflush(nullptr);
     // What there was to write is written. The toolkit's own end would wait for buses that may hang.

@@ -1,4 +1,4 @@
-// A program that runs once: prints what it became and each time it is opened again. usage: NAME [ACTION]
+// A program that runs once: prints what it became and each time it is opened again. usage: NAME [ACTION | --service]
 
 #include "adapters/linux/DBusSingleInstance.h"
 
@@ -13,14 +13,11 @@ int main(int argc, char **argv) {
         std::puts(text.constData());
         std::fflush(stdout);
     };
-    DBusSingleInstance instance(qgetenv("DESKTOP_STARTUP_ID"), QCoreApplication::arguments().value(1),
-                                [&](const QByteArray &startupId, const QString &action) {
-                                    say("reopened");
-                                    if (!startupId.isEmpty())
-                                        say("by " + startupId);
-                                    if (!action.isEmpty())
-                                        say("for " + action.toUtf8());
-                                });
+    const QString word = QCoreApplication::arguments().value(1);
+    const bool isByBus = word == QLatin1String("--service");
+    DBusSingleInstance instance(
+        {.action = isByBus ? QString() : word, .isByBus = isByBus},
+        {.startupId = qgetenv("DESKTOP_STARTUP_ID"), .activationToken = qgetenv("XDG_ACTIVATION_TOKEN")});
     switch (instance.start()) {
     case DBusSingleInstance::Start::handedOver:
         say("handed over");
@@ -31,5 +28,14 @@ int main(int argc, char **argv) {
         break;
     }
     say("first");
+    instance.listen([&](const tavrine::StartIdentifiers &identifiers, const QString &action) {
+        say("reopened");
+        if (!identifiers.startupId.isEmpty())
+            say("by " + identifiers.startupId);
+        if (!identifiers.activationToken.isEmpty())
+            say("with " + identifiers.activationToken);
+        if (!action.isEmpty())
+            say("for " + action.toUtf8());
+    });
     return QCoreApplication::exec();
 }

@@ -75,6 +75,16 @@ TEST(SingleInstance, aLaterStartHandsOnWhatItAsksFor) {
     EXPECT_TRUE(first.says(QStringLiteral("reopened\nfor shelf\n")));
 }
 
+TEST(SingleInstance, aLaterStartHandsOnTheTokenByWhichItsWindowMayComeForward) {
+    Start first;
+    ASSERT_TRUE(first.says(QStringLiteral("first\n")));
+    qputenv("XDG_ACTIVATION_TOKEN", "token-4711");
+    Start second;
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    EXPECT_EQ(second.exitCode(), 0);
+    EXPECT_TRUE(first.says(QStringLiteral("with token-4711\n")));
+}
+
 TEST(SingleInstance, ofManyStartsAtOnceOneRuns) {
     constexpr int count = 6;
     std::vector<std::unique_ptr<Start>> starts;

@@ -239,6 +239,43 @@ TEST_F(PanelsOnADesktop, aSecondStartLeavesTheTriggersWithTheFirst) {
     EXPECT_EQ(windowsTitled(clipboardPanel).size(), 1);
 }
 
+TEST_F(PanelsOnADesktop, aStartThatAsksForTheClipboardOpensItAndPastesWhereThePersonWas) {
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(record("bound by the person"));
+    ForeignLine line;
+    ASSERT_TRUE(line.hasKeyboard());
+    const auto second = program.startAgain({QStringLiteral("--clipboard")});
+    ASSERT_TRUE(waitUntil([] { return hasKeyboard(clipboardPanel); }));
+    key("Return");
+    EXPECT_TRUE(waitUntil([&] { return line.text() == QLatin1String("bound by the person"); }))
+        << qPrintable(line.text());
+    EXPECT_TRUE(waitUntil([&] { return second->state() == QProcess::NotRunning; }));
+    EXPECT_EQ(second->exitCode(), 0);
+}
+
+TEST_F(PanelsOnADesktop, anActionOverTheBusOpensItsPanel) {
+    ASSERT_TRUE(start());
+    EXPECT_EQ(outputOf(QStringLiteral("gdbus"),
+                       {QStringLiteral("call"), QStringLiteral("--session"), QStringLiteral("--dest"),
+                        QStringLiteral("com.veltrane.Tavrine"), QStringLiteral("--object-path"),
+                        QStringLiteral("/com/veltrane/Tavrine"), QStringLiteral("--method"),
+                        QStringLiteral("org.freedesktop.Application.ActivateAction"), QStringLiteral("emoji"),
+                        QStringLiteral("[]"), QStringLiteral("{}")}),
+              QStringLiteral("()\n"));
+    EXPECT_TRUE(waitUntil([] { return hasKeyboard(emojiPanel); }));
+}
+
+TEST_F(PanelsOnADesktop, aWordThatNobodyKnowsIsRefusedWhetherOrNotTheProgramRuns) {
+    const auto isRefused = [this] {
+        const auto process = program.startAgain({QStringLiteral("--clipbord")});
+        return process->waitForFinished(10000) && process->exitCode() == 2 &&
+               process->readAllStandardError().contains(" --clipboard ");
+    };
+    EXPECT_TRUE(isRefused());
+    ASSERT_TRUE(start());
+    EXPECT_TRUE(isRefused());
+}
+
 TEST_F(PanelsOnADesktop, aFirstLaunchShowsTheWelcomeWindowAndALaterOneDoesNot) {
     ASSERT_TRUE(program.start());
     EXPECT_TRUE(waitUntil([] { return hasKeyboard(welcomeWindow); }, openingBound));

@@ -425,5 +425,47 @@ TEST(FirstUppercase, keepsOneCharacter) {
     EXPECT_EQ(firstUppercase(QString()), QString());
 }
 
+// Taps that the desktop tells.
+
+TEST_F(HotKeyCenterTest, twoToldTapsInTimeOpenTheToolAndAThirdStartsANewPair) {
+    set("clipboardHotkeyMode", "doubleOption");
+    center.registerHotkeys();
+    calls.clear();
+    center.optionTapped();
+    time.advance(450ms);
+    center.optionTapped();
+    EXPECT_EQ(calls, QStringList(QStringLiteral("clipboard")));
+    time.advance(100ms);
+    center.optionTapped();
+    time.advance(451ms);
+    center.optionTapped();
+    EXPECT_EQ(calls, QStringList(QStringLiteral("clipboard")));
+}
+
+TEST_F(HotKeyCenterTest, toldTapsOpenNothingThatIsOffOrSetToAnotherTrigger) {
+    set("emojiHotkeyMode", "doubleOption");
+    switchOff(Trigger::emojiPicker);
+    center.registerHotkeys();
+    calls.clear();
+    center.optionTapped();
+    center.optionTapped();
+    EXPECT_TRUE(calls.isEmpty());
+}
+
+TEST_F(HotKeyCenterTest, aTapThatIsToldAndHeardCountsOnce) {
+    set("clipboardHotkeyMode", "doubleOption");
+    center.registerHotkeys();
+    calls.clear();
+    center.optionTapped();
+    time.advance(1s);
+    tapOption(); // by a window of the program, which has the keyboard
+    center.optionTapped();
+    EXPECT_TRUE(calls.isEmpty());
+    time.advance(200ms);
+    tapOption();
+    center.optionTapped();
+    EXPECT_EQ(calls, QStringList(QStringLiteral("clipboard")));
+}
+
 } // namespace
 } // namespace tavrine

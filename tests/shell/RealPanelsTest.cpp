@@ -31,8 +31,8 @@ public:
     EventMonitors &eventMonitors() override { return m_monitors; }
 
     const Folders &folders() override { return m_fake.folders(); }
-    Instance becomeOnlyInstance(const QString &action, std::function<void(const QString &)> onReopen) override {
-        return m_fake.becomeOnlyInstance(action, std::move(onReopen));
+    void followStarts(std::function<void(const QString &)> onStartedAgain) override {
+        m_fake.followStarts(std::move(onStartedAgain));
     }
     SessionNotices &sessionNotices() override { return m_fake.sessionNotices(); }
     EdgeWindows &edgeWindows() override { return m_fake.edgeWindows(); }

@@ -13,6 +13,14 @@ namespace tavrine::test {
 class PrivateBus {
 public:
     PrivateBus() { start(); }
+    /// Starts programs by the service files in `folder`/dbus-1/services.
+    explicit PrivateBus(const QString &folder) {
+        auto environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), folder);
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), address());
+        m_daemon.setProcessEnvironment(environment);
+        start();
+    }
     ~PrivateBus() { end(); }
     PrivateBus(const PrivateBus &) = delete;
     PrivateBus &operator=(const PrivateBus &) = delete;

@@ -41,8 +41,7 @@
 
 namespace tavrine {
 
-// The toolkit takes the variable away.
-LinuxDesktop::LinuxDesktop() : m_startupId(qgetenv("DESKTOP_STARTUP_ID")) {}
+LinuxDesktop::LinuxDesktop() = default;
 LinuxDesktop::~LinuxDesktop() = default;
 
 const Folders &LinuxDesktop::folders() {
@@ -51,19 +50,19 @@ const Folders &LinuxDesktop::folders() {
     return *m_folders;
 }
 
-Instance LinuxDesktop::becomeOnlyInstance(const QString &action, std::function<void(const QString &)> onReopen) {
+void LinuxDesktop::setInstance(std::unique_ptr<DBusSingleInstance> instance) {
+    m_instance = std::move(instance);
+}
+
+void LinuxDesktop::followStarts(std::function<void(const QString &)> onStartedAgain) {
     // Before the first widget, at which the toolkit would ask for screen readers itself and wait, and before a bus.
     m_accessibility = std::make_unique<LateAccessibility>();
-    return m_instance
-        .get([&] {
-            return std::make_unique<DBusSingleInstance>(
-                m_startupId, action,
-                [this, onReopen = std::move(onReopen)](const QByteArray &startupId, const QString &asked) {
-                    startedAgain(startupId);
-                    onReopen(asked);
-                });
-        })
-        .start();
+    if (m_instance)
+        m_instance->listen([this, onStartedAgain = std::move(onStartedAgain)](const StartIdentifiers &identifiers,
+                                                                              const QString &action) {
+            startedAgain(identifiers);
+            onStartedAgain(action);
+        });
 }
 
 Application &LinuxDesktop::application() {

@@ -17,15 +17,18 @@ class PlayerProcesses;
 template <class Port>
 class PluginLoader;
 class PowerKeeper;
+struct StartIdentifiers;
 
 /// What every Linux desktop has, whatever draws its windows. The keepers of the other ports derive from it.
 class LinuxDesktop : public Desktop {
 public:
     ~LinuxDesktop() override;
 
+    /// What has found out that this is the only one that runs; without it nobody is told of further starts.
+    void setInstance(std::unique_ptr<DBusSingleInstance> instance);
+
     [[nodiscard]] const Folders &folders() final;
-    [[nodiscard]] Instance becomeOnlyInstance(const QString &action,
-                                              std::function<void(const QString &)> onReopen) final;
+    void followStarts(std::function<void(const QString &)> onStartedAgain) final;
     [[nodiscard]] Application &application() final;
     [[nodiscard]] ApplicationCatalog &applicationCatalog() final;
     [[nodiscard]] LoginItem &loginItem() final;
@@ -62,8 +65,8 @@ public:
 protected:
     LinuxDesktop();
 
-    /// The program was started again, with a launcher's identifier of that start; empty for none.
-    virtual void startedAgain(const QByteArray & /*startupId*/) {}
+    /// The program was started again, with a launcher's identifiers of that start.
+    virtual void startedAgain(const StartIdentifiers & /*identifiers*/) {}
 
     /// Where the person's wishes for looks stand when no portal knows them, in the order in which they count.
     [[nodiscard]] virtual std::vector<std::unique_ptr<Appearance>> toolkitSettings();
@@ -77,9 +80,8 @@ protected:
 private:
     [[nodiscard]] PlayerProcesses &players();
 
-    const QByteArray m_startupId; ///< of this start
     std::optional<Folders> m_folders;
-    MadeOnce<DBusSingleInstance> m_instance;
+    std::unique_ptr<DBusSingleInstance> m_instance;
     std::unique_ptr<LateAccessibility> m_accessibility;
     MadeOnce<Time> m_time;
     MadeOnce<Calendar> m_calendar;

@@ -1,5 +1,6 @@
 #include "adapters/desktops/WaylandDesktop.h"
 
+#include "adapters/linux/ApplicationObject.h"
 #include "adapters/linux/NoScreenStreams.h"
 #include "adapters/linux/PluginLoader.h"
 #include "adapters/linux/StatusNotifierItem.h"
@@ -18,6 +19,12 @@ WaylandDesktop::WaylandDesktop() {
     qputenv("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
 }
 WaylandDesktop::~WaylandDesktop() = default;
+
+void WaylandDesktop::startedAgain(const StartIdentifiers &identifiers) {
+    // Where the toolkit looks when the next window comes forward.
+    if (!identifiers.activationToken.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", identifiers.activationToken);
+}
 
 SessionNotices &WaylandDesktop::sessionNotices() {
     return m_sessionNotices.get([] { return std::make_unique<absent::NoSessionNotices>(); });

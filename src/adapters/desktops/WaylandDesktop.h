@@ -31,6 +31,9 @@ public:
     [[nodiscard]] Access &access() override;
     [[nodiscard]] Pasteboard &pasteboard() override;
 
+protected:
+    void startedAgain(const StartIdentifiers &identifiers) override;
+
 private:
     MadeOnce<Pasteboard> m_pasteboard;
     MadeOnce<Workspace> m_workspace;

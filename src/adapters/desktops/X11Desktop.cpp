@@ -1,5 +1,6 @@
 #include "adapters/desktops/X11Desktop.h"
 
+#include "adapters/linux/ApplicationObject.h"
 #include "adapters/linux/NoScreenStreams.h"
 #include "adapters/linux/PluginLoader.h"
 #include "adapters/linux/StatusNotifierItem.h"
@@ -61,8 +62,8 @@ ApplicationActivator &X11Desktop::applicationActivator() {
     return x11Activator();
 }
 
-void X11Desktop::startedAgain(const QByteArray &startupId) {
-    x11Activator().noteStartup(startupId);
+void X11Desktop::startedAgain(const StartIdentifiers &identifiers) {
+    x11Activator().noteStartup(identifiers.startupId);
 }
 
 Screens &X11Desktop::screens() {

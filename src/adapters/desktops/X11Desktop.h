@@ -35,7 +35,7 @@ public:
     [[nodiscard]] Pasteboard &pasteboard() override;
 
 protected:
-    void startedAgain(const QByteArray &startupId) override;
+    void startedAgain(const StartIdentifiers &identifiers) override;
     [[nodiscard]] std::vector<std::unique_ptr<Appearance>> toolkitSettings() override;
     [[nodiscard]] DesktopThemes themes() override;
     [[nodiscard]] std::vector<std::unique_ptr<PowerKeeper>> powerKeepers() override;

@@ -58,10 +58,8 @@ public:
     explicit FakeDesktop(Folders folders) : m_folders(std::move(folders)) {}
 
     [[nodiscard]] const Folders &folders() override { return m_folders; }
-    [[nodiscard]] Instance becomeOnlyInstance(const QString & /*action*/,
-                                              std::function<void(const QString &)> onReopen) override {
-        m_onReopen = std::move(onReopen);
-        return Instance::first;
+    void followStarts(std::function<void(const QString &)> onStartedAgain) override {
+        m_onStartedAgain = std::move(onStartedAgain);
     }
     [[nodiscard]] FakeSessionNotices &sessionNotices() override { return m_sessionNotices; }
     [[nodiscard]] FakeApplication &application() override { return m_application; }
@@ -125,8 +123,8 @@ public:
 
     /// The program is started a second time.
     void reopen(const QString &action = {}) {
-        if (m_onReopen)
-            m_onReopen(action);
+        if (m_onStartedAgain)
+            m_onStartedAgain(action);
     }
     /// The build names a feed, or none.
     void setUpdateFeed(bool isNamed) { m_hasUpdateFeed = isNamed; }
@@ -185,7 +183,7 @@ private:
     FakeDownloads m_downloads{m_time};
     FakeMovieWriters m_movieWriters{m_time};
     FakeTaskLauncher m_taskLauncher;
-    std::function<void(const QString &)> m_onReopen;
+    std::function<void(const QString &)> m_onStartedAgain;
     std::function<void()> m_onPackageUpdates;
     bool m_hasUpdateFeed = false;
     bool m_hasAskedForPanels = false;

@@ -5,7 +5,6 @@
 #include "adapters/linux/XdgFolders.h"
 #include "base/Program.h"
 
-#include <QDBusAbstractAdaptor>
 #include <QDBusError>
 #include <QDeadlineTimer>
 #include <QObject>
@@ -23,9 +22,6 @@ namespace {
 using namespace std::chrono_literals;
 
 const QString ownName = ownBundleIdentifier;
-const QString ownPath = u'/' + QString(ownName).replace(u'.', u'/');
-const auto startupIdKey = QStringLiteral("desktop-startup-id"); ///< in the platform data of a call
-const auto interfaceName = QStringLiteral("org.freedesktop.Application");
 constexpr auto longestWait = 2s;
 constexpr auto betweenTries = 20ms;
 
@@ -40,50 +36,22 @@ bool isNobody(const QDBusError &error) {
            error.name() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
 }
 
-/// What launchers and later starts call. The program opens no files: to be asked to is to be brought forward.
-class ApplicationAdaptor : public QDBusAbstractAdaptor {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
-
-public:
-    ApplicationAdaptor(QObject *exported, DBusSingleInstance::OnReopen onReopen)
-        : QDBusAbstractAdaptor(exported), m_onReopen(std::move(onReopen)) {}
-
-public Q_SLOTS:
-    void Activate(const QVariantMap &platformData) { reopen(platformData); }
-    void Open(const QStringList &, const QVariantMap &platformData) { reopen(platformData); }
-    void ActivateAction(const QString &action, const QVariantList &, const QVariantMap &platformData) {
-        reopen(platformData, action);
-    }
-
-private:
-    // In a later turn: the caller waits for the answer, and opening a window takes its time.
-    void reopen(const QVariantMap &platformData, const QString &action = {}) {
-        const QByteArray startupId = platformData.value(startupIdKey).toString().toUtf8();
-        QMetaObject::invokeMethod(
-            this, [this, startupId, action] { m_onReopen(startupId, action); }, Qt::QueuedConnection);
-    }
-
-    DBusSingleInstance::OnReopen m_onReopen;
-};
-
 } // namespace
 
 class DBusSingleInstance::Private : public QObject {
 public:
-    Private(QByteArray id, QString asked, OnReopen onReopen)
-        : startupId(std::move(id)), action(std::move(asked)),
-          lock(runtimeFolder(), ownBundleIdentifier + u'-' + displayName()) {
-        new ApplicationAdaptor(this, std::move(onReopen));
-    }
+    Private(StartRequest asked, StartIdentifiers given)
+        : request(std::move(asked)), identifiers(std::move(given)),
+          lock(runtimeFolder(), ownBundleIdentifier + u'-' + displayName()) {}
 
     /// As the first one: takes the name as soon as there is a bus, and again of every bus that takes its place.
-    void takeName() {
+    void takeName(OnReopen onReopen) {
+        m_object = std::make_unique<ApplicationObject>(std::move(onReopen), request.isByBus);
         sessionBus::follow(this, [this](QDBusConnection bus) {
             if (!bus.isConnected())
                 return;
             // Before the name: whoever finds the name finds the object.
-            bus.registerObject(ownPath, this, QDBusConnection::ExportAdaptors);
+            m_object->registerOn(bus);
             requestName(bus);
         });
     }
@@ -100,8 +68,8 @@ public:
         return Start::otherIsSilent;
     }
 
-    const QByteArray startupId;
-    const QString action;
+    const StartRequest request;
+    const StartIdentifiers identifiers;
     InstanceLock lock;
 
 private:
@@ -119,15 +87,24 @@ private:
     }
 
     [[nodiscard]] QDBusMessage activation() const {
-        auto call = QDBusMessage::createMethodCall(ownName, ownPath, interfaceName,
-                                                   action.isEmpty() ? QStringLiteral("Activate")
-                                                                    : QStringLiteral("ActivateAction"));
+        // What the bus was called for it hands on itself, as soon as somebody has the name.
+        const QString method = request.isByBus            ? QStringLiteral("Ping")
+                               : request.action.isEmpty() ? QStringLiteral("Activate")
+                                                          : QStringLiteral("ActivateAction");
+        auto call = QDBusMessage::createMethodCall(ownName, ApplicationObject::path(),
+                                                   request.isByBus ? QStringLiteral("org.freedesktop.DBus.Peer")
+                                                                   : QStringLiteral("org.freedesktop.Application"),
+                                                   method);
         call.setAutoStartService(false);
-        if (!action.isEmpty())
-            call << action << QVariantList();
+        if (request.isByBus)
+            return call;
+        if (!request.action.isEmpty())
+            call << request.action << QVariantList();
         QVariantMap platformData;
-        if (!startupId.isEmpty())
-            platformData.insert(startupIdKey, QString::fromUtf8(startupId));
+        if (!identifiers.startupId.isEmpty())
+            platformData.insert(QStringLiteral("desktop-startup-id"), QString::fromUtf8(identifiers.startupId));
+        if (!identifiers.activationToken.isEmpty())
+            platformData.insert(QStringLiteral("activation-token"), QString::fromUtf8(identifiers.activationToken));
         call << platformData;
         return call;
     }
@@ -164,10 +141,12 @@ private:
         std::fflush(nullptr);
         std::_Exit(status); // as a kill, which is a usual way to end
     }
+
+    std::unique_ptr<ApplicationObject> m_object; ///< of the first one
 };
 
-DBusSingleInstance::DBusSingleInstance(QByteArray startupId, QString action, OnReopen onReopen)
-    : d(std::make_unique<Private>(std::move(startupId), std::move(action), std::move(onReopen))) {}
+DBusSingleInstance::DBusSingleInstance(StartRequest request, StartIdentifiers identifiers)
+    : d(std::make_unique<Private>(std::move(request), std::move(identifiers))) {}
 
 DBusSingleInstance::~DBusSingleInstance() = default;
 
@@ -191,10 +170,11 @@ DBusSingleInstance::Start DBusSingleInstance::start() {
             return *outcome;
         std::this_thread::sleep_for(betweenTries);
     }
-    d->takeName();
     return Start::first;
 }
 
-} // namespace tavrine
+void DBusSingleInstance::listen(OnReopen onReopen) {
+    d->takeName(std::move(onReopen));
+}
 
-#include "DBusSingleInstance.moc"
+} // namespace tavrine

@@ -1,11 +1,8 @@
 #pragma once
 
+#include "adapters/linux/ApplicationObject.h"
 #include "ports/Instance.h"
 
-#include <QByteArray>
-#include <QString>
-
-#include <functional>
 #include <memory>
 
 namespace tavrine {
@@ -21,21 +18,25 @@ namespace tavrine {
 ///     starts through org.freedesktop.Application.
 ///  3. A bus that several displays share knows one program: where another one owns the name, that one is brought
 ///     forward and this process ends, as if it had started later.
+///  4. Where the bus started this process for a call, it hands the call on itself, to whoever has the name.
 class DBusSingleInstance {
 public:
     using Start = Instance;
 
-    /// Called on the main thread when the program is started again while it runs, with the identifier that a launcher
-    /// gave that start; empty for none. `action` is what that start asks for, in a caller's words; empty for nothing.
-    using OnReopen = std::function<void(const QByteArray &startupId, const QString &action)>;
+    /// Called on the main thread when the program is started again while it runs. The action is what that start asks
+    /// for, a word out of `startAction`; empty for nothing.
+    using OnReopen = ApplicationObject::OnCalled;
 
-    /// `startupId` and `action` are those of this start.
-    DBusSingleInstance(QByteArray startupId, QString action, OnReopen onReopen);
+    /// `identifiers` are those of this start.
+    DBusSingleInstance(StartRequest request, StartIdentifiers identifiers);
     ~DBusSingleInstance();
 
-    /// Waits for nobody where this is the first one; else for the bus and for the other program, 2 s each at most.
-    /// `otherIsSilent` has put a line on standard error.
+    /// Needs no toolkit. Waits for nobody where this is the first one; else for the bus and for the other program, 2 s
+    /// each at most. `otherIsSilent` has put a line on standard error.
     [[nodiscard]] Start start();
+
+    /// For the first one, once the toolkit has started: takes the name as soon as there is a bus.
+    void listen(OnReopen onReopen);
 
 private:
     class Private;
