@@ -1,5 +1,6 @@
 #include "adapters/desktops/MakeDesktop.h"
 
+#include "adapters/desktops/GnomeDesktop.h"
 #include "adapters/desktops/WaylandDesktop.h"
 #include "adapters/desktops/X11Desktop.h"
 #include "adapters/linux/DBusSingleInstance.h"
@@ -18,8 +19,10 @@ std::unique_ptr<LinuxDesktop> desktopOfSession() {
         named.isEmpty() || named.startsWith("wayland") ? waylandSession() : WaylandSession::none;
     if (session == WaylandSession::native)
         return std::make_unique<WaylandDesktop>();
-    if (session == WaylandSession::managed)
+    if (session == WaylandSession::managed) {
         qputenv("QT_QPA_PLATFORM", "xcb"); // its X server gives panels and a clipboard that Wayland refuses
+        return std::make_unique<GnomeDesktop>();
+    }
     return std::make_unique<X11Desktop>();
 }
 

@@ -10,7 +10,7 @@ class X11Compositor;
 class XSettingsAppearance;
 
 /// A desktop whose windows an X server draws.
-class X11Desktop final : public LinuxDesktop {
+class X11Desktop : public LinuxDesktop {
 public:
     X11Desktop();
     ~X11Desktop() override;

@@ -24,6 +24,9 @@ public:
 
     void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) override;
 
+    /// Takes the primary selection, which some programs paste in the place of the clipboard.
+    void ownPrimary(const QString &text);
+
     /// True when this server lets programs post events.
     [[nodiscard]] bool canPost() const { return m_canPost; }
 
@@ -42,7 +45,6 @@ private:
     [[nodiscard]] Chord chordFor(int keyCode, quint32 flags);
     [[nodiscard]] PasteChord pasteChordOfTarget();
     void handle(const xcb_generic_event_t &event);
-    void ownPrimary(const QString &text);
     void answerRequest(const xcb_selection_request_event_t &request);
 
     XcbClient m_client;

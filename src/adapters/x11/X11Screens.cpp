@@ -26,7 +26,8 @@ QRectF pointsOnScreen(const QRect &device, const QScreen &screen) {
     return {corner + (QPointF(device.topLeft()) - corner) / scale, QSizeF(device.size()) / scale};
 }
 
-/// On Qt's plane. Between the screens, as on the first.
+} // namespace
+
 QPointF pointOfDevice(QPoint device) {
     const auto screens = QGuiApplication::screens();
     for (const QScreen *screen : screens)
@@ -34,8 +35,6 @@ QPointF pointOfDevice(QPoint device) {
             return pointsOnScreen({device, QSize()}, *screen).topLeft();
     return screens.isEmpty() ? QPointF(device) : pointsOnScreen({device, QSize()}, *screens.first()).topLeft();
 }
-
-} // namespace
 
 QPointF flippedPoint(QPointF point) {
     const QScreen *first = QGuiApplication::primaryScreen();

@@ -13,12 +13,14 @@ namespace tavrine {
 /// same turn, about the bottom left corner of the first screen.
 [[nodiscard]] QRectF flippedRect(const QRectF &rect);
 [[nodiscard]] QPointF flippedPoint(QPointF point);
+/// A pixel of the X server on Qt's plane. Between the screens, as on the first.
+[[nodiscard]] QPointF pointOfDevice(QPoint device);
 
 /// The screens as RandR tells them, through Qt, whose plane the windows are placed on; what task bars take of them from
 /// the window manager.
 ///
 /// Lives on the main thread, on a connection of its own for the window manager's properties and the pointer.
-class X11Screens final : public QObject, public Screens {
+class X11Screens : public QObject, public Screens {
 public:
     X11Screens();
 

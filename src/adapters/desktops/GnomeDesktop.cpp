@@ -1,0 +1,63 @@
+#include "adapters/desktops/GnomeDesktop.h"
+
+#include "adapters/gnome/GnomeApplicationActivator.h"
+#include "adapters/gnome/GnomeEventMonitors.h"
+#include "adapters/gnome/GnomeEventPoster.h"
+#include "adapters/gnome/GnomeHotKeys.h"
+#include "adapters/gnome/GnomeScreens.h"
+#include "adapters/gnome/GnomeShell.h"
+#include "adapters/gnome/GnomeWorkspace.h"
+#include "ports/EventTap.h"
+#include "ports/Pasteboard.h"
+
+namespace tavrine {
+namespace {
+
+/// The X server's hold of the keyboard would leave all programs of Wayland their keys.
+class NoEventTaps final : public EventTaps {
+public:
+    [[nodiscard]] std::unique_ptr<EventTap> create(std::function<void()> /*onChange*/) override { return nullptr; }
+};
+
+} // namespace
+
+GnomeDesktop::GnomeDesktop() = default;
+GnomeDesktop::~GnomeDesktop() = default;
+
+GnomeShell &GnomeDesktop::shell() {
+    return m_shell.get([] { return std::make_unique<GnomeShell>(); });
+}
+
+Workspace &GnomeDesktop::workspace() {
+    return m_workspace.get([this] { return std::make_unique<GnomeWorkspace>(shell()); });
+}
+
+ApplicationActivator &GnomeDesktop::applicationActivator() {
+    return m_activator.get(
+        [this] { return std::make_unique<GnomeApplicationActivator>(shell(), X11Desktop::applicationActivator()); });
+}
+
+Screens &GnomeDesktop::screens() {
+    return m_screens.get([this] { return std::make_unique<GnomeScreens>(shell()); });
+}
+
+HotKeys &GnomeDesktop::hotKeys() {
+    return m_hotKeys.get([this] { return std::make_unique<GnomeHotKeys>(shell()); });
+}
+
+EventMonitors &GnomeDesktop::eventMonitors() {
+    return m_eventMonitors.get([this] { return std::make_unique<GnomeEventMonitors>(shell()); });
+}
+
+EventPoster &GnomeDesktop::eventPoster() {
+    return m_eventPoster.get([this] {
+        return std::make_unique<GnomeEventPoster>(shell(),
+                                                  [this] { return pasteboard().string().value_or(QString()); });
+    });
+}
+
+EventTaps &GnomeDesktop::eventTaps() {
+    return m_eventTaps.get([] { return std::make_unique<NoEventTaps>(); });
+}
+
+} // namespace tavrine

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "adapters/desktops/X11Desktop.h"
+
+namespace tavrine {
+
+class GnomeShell;
+
+/// A Wayland desktop that lets programs neither place windows nor hear of the clipboard: this program stays on the X
+/// server inside it. What that server does not see is told by this program's extension of GNOME Shell; without the
+/// extension, and on other such desktops, the X server's own answers stand.
+class GnomeDesktop final : public X11Desktop {
+public:
+    GnomeDesktop();
+    ~GnomeDesktop() override;
+
+    [[nodiscard]] Workspace &workspace() override;
+    [[nodiscard]] ApplicationActivator &applicationActivator() override;
+    [[nodiscard]] Screens &screens() override;
+    [[nodiscard]] HotKeys &hotKeys() override;
+    [[nodiscard]] EventMonitors &eventMonitors() override;
+    [[nodiscard]] EventPoster &eventPoster() override;
+    [[nodiscard]] EventTaps &eventTaps() override;
+
+private:
+    [[nodiscard]] GnomeShell &shell();
+
+    // Outlives what asks it.
+    MadeOnce<GnomeShell> m_shell;
+    MadeOnce<Workspace> m_workspace;
+    MadeOnce<ApplicationActivator> m_activator;
+    MadeOnce<Screens> m_screens;
+    MadeOnce<HotKeys> m_hotKeys;
+    MadeOnce<EventMonitors> m_eventMonitors;
+    MadeOnce<EventPoster> m_eventPoster;
+    MadeOnce<EventTaps> m_eventTaps;
+};
+
+} // namespace tavrine

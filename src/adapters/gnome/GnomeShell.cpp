@@ -1,0 +1,237 @@
+#include "adapters/gnome/GnomeShell.h"
+
+#include "adapters/linux/SessionBus.h"
+#include "base/Program.h"
+
+#include <QDBusArgument>
+#include <QDBusPendingReply>
+#include <QDBusUnixFileDescriptor>
+#include <QPointer>
+
+#include <algorithm>
+#include <memory>
+
+namespace tavrine {
+namespace {
+
+using namespace std::chrono_literals;
+
+const auto shellName = QStringLiteral("org.gnome.Shell");
+const QString objectPath = u'/' + QString(ownBundleIdentifier).replace(u'.', u'/') + QStringLiteral("/Shell");
+const QString interfaceName = ownBundleIdentifier + QStringLiteral(".Shell");
+
+constexpr auto longestWait = 5s; // a shell that is busy answers late; nobody waits for it
+constexpr size_t mostWindows = 1024;
+
+// What the shell says is read as it stands, or not at all.
+
+bool readPointer(const QVariant &value, GnomePointer &pointer) {
+    const auto argument = value.value<QDBusArgument>();
+    if (argument.currentSignature() != QLatin1String("(iiu)"))
+        return false;
+    int x = 0;
+    int y = 0;
+    argument.beginStructure();
+    argument >> x >> y >> pointer.state;
+    argument.endStructure();
+    pointer.place = {x, y};
+    return true;
+}
+
+bool readWindows(const QVariant &value, std::vector<GnomeWindow> &windows) {
+    const auto argument = value.value<QDBusArgument>();
+    if (argument.currentSignature() != QLatin1String("a(ssuu)"))
+        return false;
+    windows.clear();
+    argument.beginArray();
+    while (!argument.atEnd() && windows.size() < mostWindows) {
+        GnomeWindow window;
+        quint32 process = 0;
+        argument.beginStructure();
+        argument >> window.application >> window.windowClass >> process >> window.number;
+        argument.endStructure();
+        window.process = process;
+        windows.push_back(window);
+    }
+    argument.endArray();
+    return true;
+}
+
+QDBusMessage callOf(const QString &owner, const QString &method, const QList<QVariant> &arguments) {
+    auto call = QDBusMessage::createMethodCall(owner, objectPath, interfaceName, method);
+    call.setArguments(arguments);
+    call.setAutoStartService(false);
+    return call;
+}
+
+} // namespace
+
+GnomeShell::GnomeShell() {
+    sessionBus::follow(this, [this](const QDBusConnection &bus) { onBus(bus); });
+}
+
+void GnomeShell::onBus(const QDBusConnection &bus) {
+    detach();
+    m_owner.clear();
+    m_bus.reset();
+    if (!bus.isConnected())
+        return;
+    m_bus = bus;
+    // Of any sender: naming the shell would have the toolkit ask the bus for its owner, and wait.
+    m_bus->connect(QString(), objectPath, interfaceName, QString(), this, SLOT(onSignal(QDBusMessage)));
+    const auto busName = QStringLiteral("org.freedesktop.DBus");
+    const auto busPath = QStringLiteral("/org/freedesktop/DBus");
+    m_bus->connect(busName, busPath, busName, QStringLiteral("NameOwnerChanged"), {shellName}, QString(), this,
+                   SLOT(onOwnerChanged(QString, QString, QString)));
+    auto call = QDBusMessage::createMethodCall(busName, busPath, busName, QStringLiteral("GetNameOwner"));
+    call.setArguments({shellName});
+    sessionBus::ask(*m_bus, call, this, [this](const QDBusPendingReply<QString> &reply) {
+        if (!reply.isError() && m_owner.isEmpty())
+            setOwner(reply.value());
+    });
+}
+
+void GnomeShell::onOwnerChanged(const QString &, const QString &, const QString &after) {
+    setOwner(after);
+}
+
+void GnomeShell::setOwner(const QString &owner) {
+    if (owner == m_owner)
+        return;
+    detach();
+    m_owner = owner;
+    attach();
+}
+
+void GnomeShell::attach() {
+    if (m_owner.isEmpty() || !m_bus)
+        return;
+    sessionBus::ask(
+        *m_bus, callOf(m_owner, QStringLiteral("Attach"), {}), this,
+        [this, owner = m_owner](const QDBusPendingCall &call) {
+            if (!call.isError() && owner == m_owner)
+                takeAttached(call.reply().arguments());
+        },
+        longestWait);
+}
+
+void GnomeShell::takeAttached(const QList<QVariant> &arguments) {
+    detach();
+    std::vector<GnomeWindow> windows;
+    GnomePointer pointer;
+    if (arguments.size() != 3 || !readWindows(arguments.at(0), windows) || !readPointer(arguments.at(2), pointer))
+        return;
+    m_windows = std::move(windows);
+    m_focused = arguments.at(1).toUInt();
+    m_pointer = pointer;
+    m_interval = 0ms;
+    m_isAttached = true;
+    tellInterval();
+    Q_EMIT attached();
+}
+
+void GnomeShell::detach() {
+    if (!std::exchange(m_isAttached, false))
+        return;
+    m_windows.clear();
+    m_focused = 0;
+    Q_EMIT detached();
+}
+
+void GnomeShell::onSignal(const QDBusMessage &message) {
+    if (message.service() != m_owner)
+        return;
+    const QString name = message.member();
+    const QList<QVariant> arguments = message.arguments();
+    if (name == QLatin1String("Ready"))
+        attach();
+    else if (!m_isAttached)
+        return;
+    else if (name == QLatin1String("Gone"))
+        detach();
+    else if (name == QLatin1String("WindowsChanged") && arguments.size() == 2 &&
+             readWindows(arguments.at(0), m_windows)) {
+        m_focused = arguments.at(1).toUInt();
+        Q_EMIT windowsChanged();
+    } else if (name == QLatin1String("KeyPressed") && arguments.size() == 3 && readPointer(arguments.at(2), m_pointer))
+        Q_EMIT keyPressed(arguments.at(0).toUInt());
+    else if (name == QLatin1String("Input") && arguments.size() == 1) {
+        const GnomePointer before = m_pointer;
+        if (readPointer(arguments.at(0), m_pointer))
+            Q_EMIT inputChanged(before);
+    }
+}
+
+std::optional<GnomeWindow> GnomeShell::focusedWindow() const {
+    const auto found = std::ranges::find(m_windows, m_focused, &GnomeWindow::number);
+    return m_focused == 0 || found == m_windows.end() ? std::nullopt : std::optional(*found);
+}
+
+void GnomeShell::ask(const QString &method, const QList<QVariant> &arguments, QObject *context,
+                     std::function<void(const QDBusPendingCall &)> answered) {
+    sessionBus::ask(
+        *m_bus, callOf(m_owner, method, arguments), context,
+        [answered = std::move(answered)](const QDBusPendingCall &call) {
+            if (answered)
+                answered(call);
+        },
+        longestWait);
+}
+
+void GnomeShell::grabKey(const QString &accelerator, QObject *context, std::function<void(quint32)> answered) {
+    if (m_isAttached)
+        ask(QStringLiteral("GrabKey"), {accelerator}, context,
+            [answered = std::move(answered)](const QDBusPendingReply<quint32> &reply) {
+                answered(reply.isError() ? 0 : reply.value());
+            });
+}
+
+void GnomeShell::ungrabKey(quint32 action) {
+    if (m_isAttached)
+        ask(QStringLiteral("UngrabKey"), {action}, this);
+}
+
+void GnomeShell::activateWindow(quint32 number) {
+    if (m_isAttached)
+        ask(QStringLiteral("ActivateWindow"), {number}, this);
+}
+
+void GnomeShell::typeChord(const std::vector<quint32> &symbols) {
+    if (m_isAttached)
+        ask(QStringLiteral("TypeChord"), {QVariant::fromValue(QList<quint32>(symbols.begin(), symbols.end()))}, this);
+}
+
+void GnomeShell::takePicture(int descriptor, QObject *context, std::function<void(bool)> answered) {
+    if (!m_isAttached) {
+        QMetaObject::invokeMethod(
+            context, [answered = std::move(answered)] { answered(false); }, Qt::QueuedConnection);
+        return;
+    }
+    ask(QStringLiteral("TakePicture"), {QVariant::fromValue(QDBusUnixFileDescriptor(descriptor))}, context,
+        [answered = std::move(answered)](const QDBusPendingCall &call) { answered(!call.isError()); });
+}
+
+GnomeShell::InputWatch GnomeShell::watchInput(std::chrono::milliseconds interval) {
+    const std::shared_ptr<std::chrono::milliseconds> watch(
+        new std::chrono::milliseconds(interval), [this, self = QPointer(this)](std::chrono::milliseconds *ended) {
+            delete ended;
+            if (self)
+                tellInterval();
+        });
+    m_watches.push_back(watch);
+    tellInterval();
+    return watch;
+}
+
+/// As often as whoever wants it most often.
+void GnomeShell::tellInterval() {
+    std::erase_if(m_watches, [](const auto &watch) { return watch.expired(); });
+    std::chrono::milliseconds interval{0};
+    for (const auto &watch : m_watches)
+        if (const auto wanted = watch.lock(); wanted && (interval == 0ms || *wanted < interval))
+            interval = *wanted;
+    if (m_isAttached && std::exchange(m_interval, interval) != interval)
+        ask(QStringLiteral("WatchInput"), {static_cast<quint32>(interval.count())}, this);
+}
+
+} // namespace tavrine

@@ -1,0 +1,229 @@
+// The whole program on GNOME under Wayland: its X server for the clipboard and the panels, its extension of the shell
+// for the rest, and programs that speak Wayland alone.
+#include "adapters/x11/ForeignWindow.h"
+#include "desktop/Desktop.h"
+#include "desktop/GnomeHands.h"
+#include "desktop/Program.h"
+#include "support/Wait.h"
+
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QDBusUnixFileDescriptor>
+#include <QTemporaryFile>
+
+#include <csignal>
+
+#include <gtest/gtest.h>
+
+using namespace tavrine::testing;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto patience = 20s;
+
+int run(const QString &command, const QStringList &arguments, const QByteArray &input = {}) {
+    QProcess process;
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start(command, arguments);
+    process.write(input);
+    process.closeWriteChannel();
+    return process.waitForFinished(10000) ? process.exitCode() : -1;
+}
+
+/// As a program that speaks Wayland: what it offers is its own until another copies.
+void copyOnWayland(const QByteArray &text) {
+    ASSERT_EQ(run(QStringLiteral("wl-copy"), {}, text), 0);
+}
+
+QDBusMessage askExtension(const char *method, const QVariantList &arguments = {}) {
+    auto call =
+        QDBusMessage::createMethodCall(QStringLiteral("org.gnome.Shell"), QStringLiteral("/com/veltrane/Tavrine/Shell"),
+                                       QStringLiteral("com.veltrane.Tavrine.Shell"), QString::fromUtf8(method));
+    call.setArguments(arguments);
+    return QDBusConnection::sessionBus().call(call);
+}
+
+bool isRefused(const char *method, const QVariantList &arguments = {}) {
+    return askExtension(method, arguments).errorName() == QLatin1String("org.freedesktop.DBus.Error.AccessDenied");
+}
+
+bool isAttached() {
+    auto ask =
+        QDBusMessage::createMethodCall(QStringLiteral("org.gnome.Shell"), QStringLiteral("/com/veltrane/Tavrine/Shell"),
+                                       QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    ask.setArguments({QStringLiteral("com.veltrane.Tavrine.Shell"), QStringLiteral("IsAttached")});
+    const QDBusReply<QVariant> answer = QDBusConnection::sessionBus().call(ask);
+    return answer.isValid() && answer.value().toBool();
+}
+
+bool isExtensionThere() {
+    return isRefused("Attach");
+}
+
+bool switchExtension(bool isOn) {
+    const QString list = isOn ? QStringLiteral("['tavrine@veltrane.com']") : QStringLiteral("[]");
+    return run(QStringLiteral("gsettings"), {QStringLiteral("set"), QStringLiteral("org.gnome.shell"),
+                                             QStringLiteral("enabled-extensions"), list}) == 0 &&
+           waitUntil([isOn] { return isExtensionThere() == isOn; }, patience);
+}
+
+/// A line of text of a program on this platform.
+std::unique_ptr<ForeignWindow> line(const char *command, const char *platform) {
+    qputenv("QT_QPA_PLATFORM", platform);
+    auto window = std::make_unique<ForeignWindow>(QString::fromUtf8(command));
+    qunsetenv("QT_QPA_PLATFORM");
+    return window;
+}
+
+class Gnome : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(hands.areThere());
+        hands.leaveOverview();
+    }
+    [[nodiscard]] bool start(const QByteArray &preferences = {}) { return program.startOnboarded(preferences); }
+    [[nodiscard]] bool isPanelShown() const { return desktop.isShown(clipboardPanel); }
+    /// As the shell sees it, which the X server's own focus may run ahead of.
+    [[nodiscard]] bool isPanelActive() const {
+        const auto panels = desktop.windowsTitled(QLatin1String(clipboardPanel));
+        return panels.size() == 1 && panels.front() == desktop.activeWindow();
+    }
+    void closePanel() {
+        hands.tap(evdev::escape);
+        ASSERT_TRUE(waitUntil([this] { return !isPanelShown(); }, patience));
+    }
+    [[nodiscard]] int presses() {
+        return static_cast<int>(program.output().count(QLatin1String("Hotkey Handler Triggered for ID: 1")));
+    }
+    /// The shell answers a registration when it gets to it, and until then the combination is nobody's. A press that
+    /// has come through is not made again: the next one would close the panel.
+    [[nodiscard]] bool openPanel() {
+        const int before = presses();
+        const bool isPressed =
+            waitUntil(isAttached, patience) && waitUntil(
+                                                   [&] {
+                                                       hands.chord({evdev::leftSuper, evdev::leftShift, evdev::v});
+                                                       return waitUntil([&] { return presses() > before; }, 8s);
+                                                   },
+                                                   30s);
+        return isPressed && waitUntil([this] { return isPanelActive(); }, patience);
+    }
+    [[nodiscard]] bool isRecorded(const char *text) {
+        return waitUntil([this, text] { return program.rowsWith(QString::fromUtf8(text)) == 1; }, patience);
+    }
+    void paste(ForeignWindow &target, const char *text) {
+        copyOnWayland(text);
+        ASSERT_TRUE(isRecorded(text));
+        ASSERT_TRUE(target.waitForFocus());
+        ASSERT_TRUE(openPanel());
+        hands.tap(evdev::returnKey);
+        EXPECT_TRUE(target.waitForText(QString::fromUtf8(text), patience))
+            << target.text().toStdString() << program.output().right(1000).toStdString();
+    }
+
+    Desktop desktop;
+    GnomeHands hands;
+    Program program;
+};
+
+TEST_F(Gnome, aCopyOfAWaylandProgramIsRecorded) {
+    ASSERT_TRUE(start());
+    copyOnWayland("copied on Wayland");
+    EXPECT_TRUE(isRecorded("copied on Wayland"));
+}
+
+TEST_F(Gnome, aRowIsPastedIntoAGtkProgramOfWayland) {
+    ASSERT_TRUE(start());
+    const auto target = line(TAVRINE_CLIENTS "/gtk-entry", "wayland");
+    paste(*target, "into GTK");
+}
+
+TEST_F(Gnome, aRowIsPastedIntoAQtProgramOfWayland) {
+    ASSERT_TRUE(start());
+    const auto target = line(TAVRINE_QT_LINE_EDIT, "wayland");
+    paste(*target, "into Qt");
+}
+
+TEST_F(Gnome, aRowIsPastedIntoAProgramOfTheXServer) {
+    ASSERT_TRUE(start());
+    const auto target = line(TAVRINE_QT_LINE_EDIT, "xcb");
+    paste(*target, "into X");
+}
+
+TEST_F(Gnome, twoTapsOfAltOpenThePanelOverAWaylandProgram) {
+    ASSERT_TRUE(start("<key>clipboardHotkeyMode</key><string>doubleOption</string>"));
+    const auto front = line(TAVRINE_CLIENTS "/gtk-entry", "wayland");
+    ASSERT_TRUE(front->waitForFocus());
+    EXPECT_TRUE(waitUntil(
+        [this] {
+            hands.tap(evdev::leftAlt);
+            hands.tap(evdev::leftAlt);
+            return waitUntil([this] { return isPanelShown(); }, 3s);
+        },
+        patience));
+}
+
+TEST_F(Gnome, anotherProgramIsRefusedEvenUnderOurName) {
+    ASSERT_TRUE(isExtensionThere());
+    auto bus = QDBusConnection::sessionBus();
+    ASSERT_TRUE(bus.registerService(QStringLiteral("com.veltrane.Tavrine")));
+    EXPECT_TRUE(isRefused("Attach"));
+    EXPECT_FALSE(isAttached());
+    ASSERT_TRUE(bus.unregisterService(QStringLiteral("com.veltrane.Tavrine")));
+}
+
+TEST_F(Gnome, whileTheProgramIsServedNobodyElseIs) {
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(waitUntil(isAttached, patience));
+    EXPECT_TRUE(isRefused("Attach"));
+    EXPECT_TRUE(isRefused("GrabKey", {QStringLiteral("<Super><Control>0x37")}));
+    EXPECT_TRUE(isRefused("UngrabKey", {1U}));
+    EXPECT_TRUE(isRefused("WatchInput", {10U}));
+    EXPECT_TRUE(isRefused("ActivateWindow", {1U}));
+    EXPECT_TRUE(isRefused("TypeChord", {QVariant::fromValue(QList<quint32>{'v'})}));
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    EXPECT_TRUE(isRefused("TakePicture", {QVariant::fromValue(QDBusUnixFileDescriptor(file.handle()))}));
+    EXPECT_EQ(file.size(), 0);
+}
+
+TEST_F(Gnome, withTheExtensionSwitchedOffTheHistoryGoesOnAndWithItOnAgainTheHotKeys) {
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(openPanel());
+    closePanel();
+
+    ASSERT_TRUE(switchExtension(false));
+    hands.chord({evdev::leftSuper, evdev::leftShift, evdev::v});
+    copyOnWayland("without the extension");
+    EXPECT_TRUE(isRecorded("without the extension"));
+    EXPECT_FALSE(isPanelShown());
+
+    ASSERT_TRUE(switchExtension(true));
+    EXPECT_TRUE(openPanel());
+}
+
+TEST_F(Gnome, aProgramThatIsKilledLeavesItsKeysToItsNextStart) {
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(openPanel());
+    program.kill9();
+    ASSERT_TRUE(start());
+    EXPECT_TRUE(openPanel());
+}
+
+TEST_F(Gnome, aShellThatStandsStillKeepsTheProgramFromNothingElse) {
+    ASSERT_TRUE(start());
+    ASSERT_TRUE(openPanel());
+    closePanel();
+    const int shell = qEnvironmentVariableIntValue("GNOME_SHELL_PROCESS");
+    ASSERT_GT(shell, 0);
+    ASSERT_EQ(::kill(shell, SIGSTOP), 0);
+    copy("while the shell stands still"); // of a program of the X server, which goes on
+    const bool isAlive = isRecorded("while the shell stands still");
+    ASSERT_EQ(::kill(shell, SIGCONT), 0);
+    EXPECT_TRUE(isAlive);
+    EXPECT_TRUE(openPanel());
+}
+
+} // namespace
