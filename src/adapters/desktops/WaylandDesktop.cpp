@@ -6,6 +6,8 @@
 #include "adapters/linux/StatusNotifierItem.h"
 #include "adapters/linux/TrayStatusItem.h"
 #include "adapters/wayland/AbsentPorts.h"
+#include "adapters/wayland/CompositorLoss.h"
+#include "adapters/wayland/WaylandPasteboard.h"
 
 #include <vector>
 
@@ -17,6 +19,7 @@ WaylandDesktop::WaylandDesktop() {
     qputenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "1");
     // Else Mesa and its compiler are loaded: 50 MB for what is painted in memory anyway.
     qputenv("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
+    compositorLoss::watchToolkit();
 }
 WaylandDesktop::~WaylandDesktop() = default;
 
@@ -99,7 +102,7 @@ Access &WaylandDesktop::access() {
 }
 
 Pasteboard &WaylandDesktop::pasteboard() {
-    return m_pasteboard.get([] { return std::make_unique<absent::NoPasteboard>(); });
+    return m_pasteboard.get([] { return std::make_unique<WaylandPasteboard>(compositorLoss::endProgram); });
 }
 
 } // namespace tavrine

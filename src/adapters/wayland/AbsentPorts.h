@@ -12,7 +12,6 @@
 #include "ports/EventTap.h"
 #include "ports/HotKeys.h"
 #include "ports/PanelWindow.h"
-#include "ports/Pasteboard.h"
 #include "ports/Screens.h"
 #include "ports/SessionNotices.h"
 #include "ports/Workspace.h"
@@ -215,24 +214,6 @@ public:
     void requestMicrophone(std::function<void(bool)> completion) override {
         QTimer::singleShot(0, [completion = std::move(completion)] { completion(true); });
     }
-};
-
-class NoPasteboard final : public Pasteboard {
-public:
-    [[nodiscard]] int changeCount() const override { return m_changeCount; }
-    [[nodiscard]] std::optional<QStringList> types() const override { return std::nullopt; }
-    [[nodiscard]] std::optional<QImage> image() const override { return std::nullopt; }
-    [[nodiscard]] std::optional<QString> string() const override { return std::nullopt; }
-    [[nodiscard]] Reading reading() const override {
-        return {[] { return std::nullopt; }, [] { return std::nullopt; }, false};
-    }
-    int clearContents() override { return ++m_changeCount; }
-    void setString(const QString & /*text*/) override {}
-    void writeImage(const QImage & /*image*/) override {}
-    void writeFileUrls(const QList<QUrl> & /*urls*/) override {}
-
-private:
-    int m_changeCount = 0;
 };
 
 } // namespace tavrine::absent

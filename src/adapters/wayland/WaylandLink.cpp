@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 
 #include <poll.h>
 
@@ -44,6 +45,16 @@ WaylandLink::~WaylandLink() {
     wl_registry_destroy(m_registry);
     wl_display_flush(m_display);
     wl_display_disconnect(m_display);
+}
+
+std::string WaylandLink::whyClosed() const {
+    const int error = m_display ? wl_display_get_error(m_display) : ENOTCONN;
+    if (error != EPROTO)
+        return std::strerror(error);
+    const wl_interface *interface = nullptr;
+    std::uint32_t object = 0;
+    const std::uint32_t code = wl_display_get_protocol_error(m_display, &interface, &object);
+    return std::string("protocol error ") + std::to_string(code) + " of " + (interface ? interface->name : "nothing");
 }
 
 const WaylandLink::Global *WaylandLink::find(std::string_view interface) const {

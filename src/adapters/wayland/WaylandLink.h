@@ -36,6 +36,8 @@ public:
     WaylandLink &operator=(const WaylandLink &) = delete;
 
     [[nodiscard]] bool isOpen() const { return m_display && wl_display_get_error(m_display) == 0; }
+    /// Once it is closed: why, in words for a person who looks for the fault.
+    [[nodiscard]] std::string whyClosed() const;
     [[nodiscard]] wl_display *display() const { return m_display; }
     [[nodiscard]] int descriptor() const { return m_display ? wl_display_get_fd(m_display) : -1; }
 

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <future>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace tavrine {
+
+/// What a `TestSource` does when it is asked for a target.
+struct SourceAnswer {
+    enum class Manner { whole, refuse, silent };
+
+    Manner manner = Manner::whole;
+    QByteArray bytes = {};
+    qsizetype pieceBytes = 0;              ///< written in pieces of that size; in one go when 0
+    std::chrono::milliseconds pause{0};    ///< after each piece
+    std::chrono::milliseconds before{0};   ///< until the first
+    int silentAfterPieces = -1;            ///< then it hangs, and the pipe stays open
+    int endAfterPieces = -1;               ///< then its connection and its pipes are gone, as when it is killed
+    bool isEndless = false;                ///< the same again and again, for as long as somebody reads
+    std::function<void()> onAnswered = {}; ///< run on the source's thread once all is written
+
+    static SourceAnswer refused() { return {.manner = Manner::refuse}; }
+    static SourceAnswer silent() { return {.manner = Manner::silent}; }
+};
+
+/// A program that owns the clipboard of a Wayland compositor and behaves as the test says, well or badly. It runs on a
+/// thread and a connection of its own, with nothing but the data-control protocol.
+class TestSource {
+public:
+    using Contents = std::vector<std::pair<QByteArray, SourceAnswer>>;
+
+    TestSource();
+    ~TestSource();
+    TestSource(const TestSource &) = delete;
+    TestSource &operator=(const TestSource &) = delete;
+
+    /// Takes the clipboard; on return the compositor has it so.
+    void own(Contents contents);
+    void ownText(const QByteArray &text) { own({{"text/plain;charset=utf-8", {.bytes = text}}}); }
+    /// Gives the clipboard up in the way of some toolkits, and takes it again at once.
+    void ownByWayOfNothing(Contents contents);
+    /// Takes the clipboard and ends `count` times in a row; nobody owns it afterwards.
+    static void ownAndEndRepeatedly(int count);
+    /// Empties the clipboard on purpose, whoever owns it.
+    void clear();
+    /// The connection goes, as when the program is killed.
+    void end();
+
+    [[nodiscard]] int requestCount(const QByteArray &target) const;
+    [[nodiscard]] int requestCount() const;
+    /// Nobody has taken the clipboard from it.
+    [[nodiscard]] bool isOwner() const { return m_isOwner; }
+    /// Bytes that somebody has taken off it.
+    [[nodiscard]] qint64 writtenBytes() const { return m_written; }
+
+private:
+    struct Program;
+
+    void runOnThread(std::function<void()> work);
+    void loop();
+    void answer(const QByteArray &target, int descriptor);
+
+    std::unique_ptr<Program> m_program; ///< the thread's
+    mutable std::mutex m_mutex;
+    std::map<QByteArray, int> m_requests;
+    std::vector<std::packaged_task<void()>> m_work;
+    std::atomic<bool> m_isOwner = false;
+    std::atomic<qint64> m_written = 0;
+    std::atomic<bool> m_isStopping = false;
+    int m_wakeUp = -1;
+    std::thread m_thread;
+};
+
+} // namespace tavrine
