@@ -1,15 +1,10 @@
 #include "adapters/x11/X11PanelView.h"
 
-#include "adapters/linux/IdleMemory.h"
 #include "adapters/x11/X11WindowDescription.h"
 
-#include <QBackingStore>
-#include <QCloseEvent>
 #include <QGuiApplication>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QScreen>
-#include <QVBoxLayout>
 #include <QWindow>
 
 namespace tavrine {
@@ -18,7 +13,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto moveSettles = 150ms;      ///< without a further step it is over
-constexpr auto untilRest = 1s;           ///< a panel that was just closed is often wanted again
 constexpr qint64 noticesMayBeLate = 400; ///< milliseconds, in which a window manager tells of our own steps
 
 Qt::WindowFlags flagsFor(const PanelDescription &description) {
@@ -36,17 +30,7 @@ QRect wholeDesktop() {
 } // namespace
 
 X11PanelView::X11PanelView(const PanelDescription &description)
-    : QWidget(nullptr, flagsFor(description)), m_description(description),
-      m_frame(QPoint(), description.contentSize.toSize()), m_ignoresMouseEvents(description.ignoresMouseEvents) {
-    setAttribute(Qt::WA_TranslucentBackground, description.isClear);
-    setAttribute(Qt::WA_ShowWithoutActivating, !description.canBecomeKey);
-    setAttribute(Qt::WA_QuitOnClose, false);
-    setAttribute(Qt::WA_AlwaysShowToolTips); // of a panel that never has the keyboard as well
-    setWindowTitle(description.title);
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSizeConstraint(QLayout::SetNoConstraint); // a panel shrinks below what its content would like
-    resize(m_frame.size());
+    : PanelView(description, flagsFor(description)), m_ignoresMouseEvents(description.ignoresMouseEvents) {
     create();
     m_frame.moveTopLeft(geometry().topLeft());
     m_moveEnds.setSingleShot(true);
@@ -55,15 +39,8 @@ X11PanelView::X11PanelView(const PanelDescription &description)
         if (onMoved)
             onMoved();
     });
-    m_restsSoon.setSingleShot(true);
-    m_restsSoon.setInterval(untilRest);
-    QObject::connect(&m_restsSoon, &QTimer::timeout, this, [this] { rest(); });
     m_sinceAsked.start();
     m_desktop = wholeDesktop();
-}
-
-QMargins X11PanelView::room() const {
-    return m_isComposited && m_hasRoom && m_description.hasShadow ? m_description.shadow.room : QMargins();
 }
 
 /// A window manager moves one that is larger than the screen, and the panel in it off the screen.
@@ -90,14 +67,14 @@ void X11PanelView::insistOnFrame() {
 }
 
 void X11PanelView::setComposited(bool isComposited) {
-    const QMargins before = room();
     const bool isNews = std::exchange(m_isComposited, isComposited) != isComposited;
-    m_hasRoom = isThereRoom();
+    const QMargins wanted =
+        isComposited && isThereRoom() && m_description.hasShadow ? m_description.shadow.room : QMargins();
     if (isNews && isComposited)
         clearMask(); // of a content that masked its corners
-    if (!isNews && room() == before)
+    if (!isNews && room() == wanted)
         return;
-    layout()->setContentsMargins(room());
+    setRoom(wanted);
     if (isVisible()) {
         describeToDesktop(*windowHandle(), m_description, room());
         insistOnFrame();
@@ -108,13 +85,6 @@ void X11PanelView::setComposited(bool isComposited) {
 void X11PanelView::setIgnoresMouseEvents(bool ignores) {
     m_ignoresMouseEvents = ignores;
     shapeInput(*windowHandle(), ignores, room());
-}
-
-void X11PanelView::paintEvent(QPaintEvent *) {
-    if (room().isNull())
-        return;
-    QPainter painter(this);
-    m_description.shadow.paint(painter, QRectF(rect().marginsRemoved(room())));
 }
 
 void X11PanelView::resizeEvent(QResizeEvent *event) {
@@ -140,29 +110,6 @@ void X11PanelView::moveEvent(QMoveEvent *event) {
         return;
     m_frame.moveTopLeft(place);
     m_moveEnds.start(); // it may go on
-}
-
-void X11PanelView::closeEvent(QCloseEvent *event) {
-    event->ignore(); // it goes by the program's own way, which answers what it asked
-    if (onClosed)
-        onClosed();
-}
-
-void X11PanelView::showEvent(QShowEvent *event) {
-    m_restsSoon.stop();
-    QWidget::showEvent(event);
-}
-
-void X11PanelView::hideEvent(QHideEvent *event) {
-    QWidget::hideEvent(event);
-    m_restsSoon.start();
-}
-
-/// The picture of a hidden panel takes a megabyte or more, and its next showing paints all of it anyway.
-void X11PanelView::rest() {
-    if (QBackingStore *picture = backingStore())
-        picture->resize(QSize(1, 1)); // none at all is no size for it
-    giveIdleMemoryBack();
 }
 
 void X11PanelView::mousePressEvent(QMouseEvent *event) {

@@ -5,9 +5,6 @@
 #include "adapters/x11/X11WindowDescription.h"
 
 #include <QApplication>
-#include <QDialog>
-#include <QLayout>
-#include <QPointer>
 #include <QTimer>
 #include <QWindow>
 
@@ -73,7 +70,7 @@ public:
     void orderOut() override {
         if (!m_view.isVisible())
             return;
-        withdrawQuestion();
+        m_view.withdrawQuestion();
         // Without a window manager the keyboard would be lost with the window; with one it is given back by it.
         if (const auto before = std::exchange(m_focusBefore, xcb_window_t{XCB_WINDOW_NONE});
             before != XCB_WINDOW_NONE && m_activator.focusedWindow() == m_view.winId())
@@ -82,12 +79,7 @@ public:
         flushQtConnection();
     }
 
-    void setContentView(QWidget *content) override {
-        delete m_content.data();
-        m_content = content;
-        if (content)
-            m_view.layout()->addWidget(content);
-    }
+    void setContentView(QWidget *content) override { m_view.setContent(content); }
 
     void setIgnoresMouseEvents(bool ignores) override {
         m_view.setIgnoresMouseEvents(ignores);
@@ -109,18 +101,9 @@ private:
         QTimer::singleShot(activationCheck, &m_view, [this, checksLeft] { insistOnKeyboard(checksLeft - 1); });
     }
 
-    /// One that stands before this panel would be left alone.
-    void withdrawQuestion() {
-        auto *question = qobject_cast<QDialog *>(QApplication::activeModalWidget());
-        if (question && question->windowHandle() &&
-            question->windowHandle()->transientParent() == m_view.windowHandle())
-            question->reject();
-    }
-
     const PanelDescription m_description;
     X11ApplicationActivator &m_activator;
     X11PanelView m_view;
-    QPointer<QWidget> m_content;
     double m_alpha = 1.0;
     xcb_window_t m_focusBefore = XCB_WINDOW_NONE;
 };

@@ -36,17 +36,6 @@ QPointF pointOfDevice(QPoint device) {
     return screens.isEmpty() ? QPointF(device) : pointsOnScreen({device, QSize()}, *screens.first()).topLeft();
 }
 
-QPointF flippedPoint(QPointF point) {
-    const QScreen *first = QGuiApplication::primaryScreen();
-    const QRectF origin = first ? QRectF(first->geometry()) : QRectF();
-    return {point.x() - origin.x(), origin.y() + origin.height() - point.y()};
-}
-
-QRectF flippedRect(const QRectF &rect) {
-    const QPointF corner = flippedPoint({rect.x(), rect.y() + rect.height()});
-    return {corner, rect.size()};
-}
-
 X11Screens::X11Screens()
     : m_client([this](const xcb_generic_event_t &event) {
           if ((event.response_type & 0x7f) != XCB_PROPERTY_NOTIFY)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/linux/ScreenPlane.h"
 #include "adapters/x11/XcbClient.h"
 #include "ports/Screens.h"
 
@@ -9,11 +10,7 @@ class QScreen;
 
 namespace tavrine {
 
-/// A rectangle of Qt's plane (origin top left, y downwards) on the plane of `Screens`, and the other way round: the
-/// same turn, about the bottom left corner of the first screen.
-[[nodiscard]] QRectF flippedRect(const QRectF &rect);
-[[nodiscard]] QPointF flippedPoint(QPointF point);
-/// A pixel of the X server on Qt's plane. Between the screens, as on the first.
+/// A pixel of the X server on the toolkit's plane. Between the screens, as on the first.
 [[nodiscard]] QPointF pointOfDevice(QPoint device);
 
 /// The screens as RandR tells them, through Qt, whose plane the windows are placed on; what task bars take of them from
