@@ -7,18 +7,17 @@
 #include "adapters/linux/TrayStatusItem.h"
 #include "adapters/wayland/AbsentPorts.h"
 #include "adapters/wayland/CompositorLoss.h"
+#include "adapters/wayland/LayerPanelWindow.h"
+#include "adapters/wayland/LayerShell.h"
 #include "adapters/wayland/WaylandPasteboard.h"
+#include "adapters/wayland/WaylandScreens.h"
 
 #include <vector>
 
 namespace tavrine {
 
 WaylandDesktop::WaylandDesktop() {
-    qputenv("QT_QPA_PLATFORM", "wayland");
-    // A window that by-passes the window manager is a bare surface, to which this program gives its role.
-    qputenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "1");
-    // Else Mesa and its compiler are loaded: 50 MB for what is painted in memory anyway.
-    qputenv("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
+    LayerShell::prepareToolkit();
     compositorLoss::watchToolkit();
 }
 WaylandDesktop::~WaylandDesktop() = default;
@@ -42,11 +41,15 @@ ApplicationActivator &WaylandDesktop::applicationActivator() {
 }
 
 Screens &WaylandDesktop::screens() {
-    return m_screens.get([] { return std::make_unique<absent::NoScreens>(); });
+    return m_screens.get([] { return std::make_unique<WaylandScreens>(); });
 }
 
 PanelWindows &WaylandDesktop::panelWindows() {
-    return m_panelWindows.get([] { return std::make_unique<absent::NoPanelWindows>(); });
+    return m_panelWindows.get([this] { return std::make_unique<LayerPanelWindows>(layerShell()); });
+}
+
+LayerShell &WaylandDesktop::layerShell() {
+    return m_layerShell.get([] { return std::make_unique<LayerShell>(); });
 }
 
 EdgeWindows &WaylandDesktop::edgeWindows() {

@@ -4,6 +4,8 @@
 
 namespace tavrine {
 
+class LayerShell;
+
 /// A desktop whose windows a Wayland compositor draws, with the layer shell for panels and data control for the
 /// clipboard.
 class WaylandDesktop final : public LinuxDesktop {
@@ -35,6 +37,9 @@ protected:
     void startedAgain(const StartIdentifiers &identifiers) override;
 
 private:
+    [[nodiscard]] LayerShell &layerShell();
+
+    MadeOnce<LayerShell> m_layerShell; ///< outlives the windows
     MadeOnce<Pasteboard> m_pasteboard;
     MadeOnce<Workspace> m_workspace;
     MadeOnce<StatusItem> m_statusItem;

@@ -11,8 +11,6 @@
 #include "ports/EventPoster.h"
 #include "ports/EventTap.h"
 #include "ports/HotKeys.h"
-#include "ports/PanelWindow.h"
-#include "ports/Screens.h"
 #include "ports/SessionNotices.h"
 #include "ports/Workspace.h"
 
@@ -45,59 +43,6 @@ public:
     void activateIgnoringOtherApps() override {}
     void bringForward(quint32 /*window*/) override {}
     void hide() override {}
-};
-
-class NoScreens final : public Screens {
-public:
-    [[nodiscard]] QList<Screen> screens() const override { return {}; }
-    [[nodiscard]] std::optional<Screen> mainScreen() const override { return std::nullopt; }
-    [[nodiscard]] QRectF toolkitRect(const QRectF &rect) const override { return rect; }
-    [[nodiscard]] PointerReading pointer() const override { return {}; }
-    [[nodiscard]] std::unique_ptr<PointerWatch> watchPointer(Time & /*time*/, Seconds /*interval*/,
-                                                             std::function<void()> /*handler*/) override {
-        return std::make_unique<Watch>();
-    }
-    [[nodiscard]] Token onChange(std::function<void()> /*handler*/) override { return {}; }
-
-private:
-    class Watch final : public PointerWatch {
-    public:
-        [[nodiscard]] Date lastLook() const override { return {}; }
-        void setTellsAll(bool /*tellsAll*/) override {}
-    };
-};
-
-class NoPanelWindows final : public PanelWindows {
-public:
-    [[nodiscard]] std::unique_ptr<PanelWindow> makePanel(const PanelDescription & /*description*/) override {
-        return std::make_unique<Window>();
-    }
-    [[nodiscard]] bool isComposited() const override { return true; }
-    [[nodiscard]] bool isAsking() const override { return false; }
-
-private:
-    class Window final : public PanelWindow {
-    public:
-        [[nodiscard]] qint64 windowNumber() const override { return 0; }
-        [[nodiscard]] bool isVisible() const override { return false; }
-        [[nodiscard]] QRectF frame() const override { return m_frame; }
-        void setFrame(const QRectF &frame) override { m_frame = frame; }
-        [[nodiscard]] double alpha() const override { return m_alpha; }
-        void setAlpha(double alpha) override { m_alpha = alpha; }
-        void makeKeyAndOrderFront() override {}
-        void orderFrontRegardless() override {}
-        void orderOut() override {}
-        void setContentView(QWidget *content) override { m_content.reset(content); }
-        void setIgnoresMouseEvents(bool /*ignores*/) override {}
-        void setOnMoved(std::function<void()> /*onMoved*/) override {}
-        void setOnClosed(std::function<void()> /*onClosed*/) override {}
-        void compositingChanged() override {}
-
-    private:
-        QRectF m_frame;
-        double m_alpha = 1;
-        std::unique_ptr<QWidget> m_content;
-    };
 };
 
 class NoEdgeWindows final : public EdgeWindows {

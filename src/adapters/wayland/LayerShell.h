@@ -1,0 +1,56 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+
+#include <wayland-client.h>
+
+class QRegion;
+class QScreen;
+class QWindow;
+struct xdg_wm_base;
+struct zwlr_layer_shell_v1;
+
+namespace tavrine {
+
+/// The layer shell on the toolkit's own connection: a bare surface of the toolkit's gets its role from here. Lives on
+/// the main thread; outlives the roles.
+///
+/// A window is bare where it by-passes the window manager.
+class LayerShell {
+public:
+    using Wait = std::chrono::milliseconds;
+    /// A compositor that is well answers in a millisecond or two. One that does not shows nothing anyway.
+    static constexpr Wait longestWait{500};
+
+    /// Tells the toolkit, which has not started, how to draw here.
+    static void prepareToolkit();
+
+    LayerShell();
+    ~LayerShell();
+    LayerShell(const LayerShell &) = delete;
+    LayerShell &operator=(const LayerShell &) = delete;
+
+    [[nodiscard]] zwlr_layer_shell_v1 *shell() const { return m_shell; }
+    [[nodiscard]] xdg_wm_base *popups() const { return m_popups; }
+    [[nodiscard]] wl_display *display() const { return m_display; }
+
+    /// The window's surface, which is made anew where the last hiding took it. Null without a compositor.
+    [[nodiscard]] wl_surface *surfaceOf(QWindow &window) const;
+    [[nodiscard]] wl_output *outputOf(QScreen &screen) const;
+    /// Where a surface takes the mouse, in its own points; all of it for null. To be committed.
+    void setInputRegion(wl_surface *surface, const QRegion *region) const;
+    void flush() const;
+
+    /// Calls the handlers of what came for `queue` until `condition` holds. False when it did not in time.
+    [[nodiscard]] bool waitOn(wl_event_queue *queue, const std::function<bool()> &condition) const;
+
+private:
+    wl_display *m_display = nullptr;
+    wl_registry *m_registry = nullptr;
+    wl_compositor *m_compositor = nullptr;
+    zwlr_layer_shell_v1 *m_shell = nullptr;
+    xdg_wm_base *m_popups = nullptr;
+};
+
+} // namespace tavrine

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "adapters/wayland/WaylandClient.h"
+
+#include <QRect>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+struct wl_compositor;
+struct zwlr_layer_shell_v1;
+struct zxdg_output_manager_v1;
+
+namespace tavrine {
+
+/// One output as the compositor tells it.
+struct OutputFacts {
+    QString name;
+    QString description;
+    QRect logical; ///< in points, in the plane of the compositor
+    QSize pixels;  ///< of its picture, turned as it is seen
+    QSize usable;  ///< in points: what panels of the desktop leave; empty where nobody told
+    bool operator==(const OutputFacts &) const = default;
+};
+
+/// The outputs of the compositor, on a connection of its own, which is read when something changes and never otherwise.
+/// Lives on the main thread.
+///
+/// What panels leave of an output is told to a surface of the layer shell that asks for all that is free. It gets no
+/// picture, so it is never seen, and hears of each change.
+class OutputTable {
+public:
+    explicit OutputTable(std::function<void()> onChange);
+    ~OutputTable();
+    OutputTable(const OutputTable &) = delete;
+    OutputTable &operator=(const OutputTable &) = delete;
+
+    /// Of the output with that name; null for none.
+    [[nodiscard]] const OutputFacts *find(const QString &name) const;
+
+private:
+    class Output;
+
+    void added(const WaylandLink::Global &global);
+    void removed(std::uint32_t name);
+
+    const std::function<void()> m_onChange;
+    WaylandClient m_client;
+    wl_compositor *m_compositor = nullptr;
+    zwlr_layer_shell_v1 *m_layerShell = nullptr;
+    zxdg_output_manager_v1 *m_manager = nullptr;
+    std::vector<std::unique_ptr<Output>> m_outputs;
+};
+
+} // namespace tavrine

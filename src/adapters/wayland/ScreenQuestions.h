@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QPointF>
+#include <QString>
+
+#include <optional>
+
+namespace tavrine {
+
+/// What a compositor tells only a window of the program that asks: each question shows one that nobody sees for as long
+/// as the answer takes, a few milliseconds, on a connection of its own. Any thread; a tenth of a second at most.
+///
+/// Where the pointer is, in the compositor's plane. A clear surface over all of each output is told when the pointer is
+/// on it. None where there is no pointer.
+[[nodiscard]] std::optional<QPointF> askForPointer();
+
+/// The name of the output on which the compositor would put a new window: that of the window with the keyboard. Empty
+/// where it does not say.
+[[nodiscard]] QString askForOutput();
+
+} // namespace tavrine

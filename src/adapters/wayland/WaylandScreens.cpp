@@ -1,0 +1,164 @@
+#include "adapters/wayland/WaylandScreens.h"
+
+#include "adapters/wayland/ScreenQuestions.h"
+#include "base/Time.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QTimer>
+#include <QWindow>
+
+#include <algorithm>
+
+namespace tavrine {
+namespace {
+
+constexpr qint64 answerHolds = 250; ///< milliseconds: one opening asks several times
+constexpr int highestBar = 64;      ///< points
+
+class TracedPointer final : public PointerWatch {
+public:
+    TracedPointer(PointerTrace &trace, Time &time, Seconds interval, std::function<void()> handler)
+        : m_trace(trace), m_time(time), m_interval(interval), m_handler(std::move(handler)) {
+        m_follower = m_trace.add([this] { tell(); });
+        tell();
+    }
+    ~TracedPointer() override { m_trace.remove(m_follower); }
+    TracedPointer(const TracedPointer &) = delete;
+    TracedPointer &operator=(const TracedPointer &) = delete;
+
+    /// Whatever the windows hear is heard at once, so nothing was missed until now.
+    [[nodiscard]] Date lastLook() const override { return m_time.now(); }
+    void setTellsAll(bool tellsAll) override {
+        if (tellsAll != (m_timer != nullptr))
+            m_timer = tellsAll ? m_time.repeat(m_interval, [this] { tell(); }) : nullptr;
+    }
+
+private:
+    void tell() {
+        if (std::exchange(m_isTold, true))
+            return;
+        m_time.async(&m_owner, [this] {
+            m_isTold = false;
+            if (const auto handler = m_handler) // it may end this
+                handler();
+        });
+    }
+
+    PointerTrace &m_trace;
+    Time &m_time;
+    const Seconds m_interval;
+    const std::function<void()> m_handler;
+    PointerTrace::Followers::iterator m_follower;
+    std::unique_ptr<Timer> m_timer;
+    QObject m_owner; ///< what was posted goes with it
+    bool m_isTold = false;
+};
+
+} // namespace
+
+WaylandScreens::WaylandScreens() : m_table([this] { tellChange(); }) {
+    const auto screens = QGuiApplication::screens();
+    for (QScreen *screen : screens)
+        watch(screen);
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, [this](QScreen *screen) {
+        watch(screen);
+        tellChange();
+    });
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &WaylandScreens::tellChange);
+    connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, &WaylandScreens::tellChange);
+}
+
+void WaylandScreens::watch(QScreen *screen) {
+    connect(screen, &QScreen::geometryChanged, this, &WaylandScreens::tellChange);
+}
+
+void WaylandScreens::tellChange() {
+    if (std::exchange(m_isChangePosted, true))
+        return; // one re-arrangement comes as many notices
+    QTimer::singleShot(0, this, [this] {
+        m_isChangePosted = false;
+        const auto listeners = m_listeners;
+        for (const auto &listener : listeners)
+            if (const auto handler = listener.lock())
+                (*handler)();
+        std::erase_if(m_listeners, [](const auto &listener) { return listener.expired(); });
+    });
+}
+
+Screens::Token WaylandScreens::onChange(std::function<void()> handler) {
+    auto token = std::make_shared<std::function<void()>>(std::move(handler));
+    m_listeners.push_back(token);
+    return token;
+}
+
+Screen WaylandScreens::describe(const QScreen &screen) const {
+    const QRect whole = screen.geometry();
+    QRect usable = whole;
+    double scale = screen.devicePixelRatio();
+    QString name = screen.model().isEmpty() ? screen.name() : screen.model();
+    if (const OutputFacts *facts = m_table.find(screen.name())) {
+        if (!facts->pixels.isEmpty() && !facts->logical.isEmpty())
+            scale = double(facts->pixels.width()) / facts->logical.width();
+        if (!facts->usable.isEmpty()) {
+            const QSize left = facts->usable.boundedTo(whole.size());
+            const int taken = whole.height() - left.height();
+            usable.setSize(left);
+            if (taken <= highestBar)
+                usable.translate(0, taken);
+        }
+        if (screen.model().isEmpty() && !facts->description.isEmpty())
+            name = facts->description;
+    }
+    return {.number = static_cast<quint32>(qHash(screen.name())),
+            .localizedName = name,
+            .frame = flippedRect(whole),
+            .visibleFrame = flippedRect(usable),
+            .scale = scale};
+}
+
+QList<Screen> WaylandScreens::screens() const {
+    QList<Screen> all;
+    const auto screens = QGuiApplication::screens(); // the primary one first
+    for (const QScreen *screen : screens)
+        if (!screen->geometry().isEmpty()) // one stands in where there is none
+            all.append(describe(*screen));
+    return all;
+}
+
+std::optional<Screen> WaylandScreens::mainScreen() const {
+    const auto all = screens();
+    if (all.size() < 2)
+        return all.isEmpty() ? std::nullopt : std::optional(all.first());
+    const QWindow *own = QGuiApplication::focusWindow();
+    if (!own && (!m_sinceOutput.isValid() || m_sinceOutput.elapsed() > answerHolds)) {
+        m_output = askForOutput();
+        m_sinceOutput.start();
+    }
+    const auto number = static_cast<quint32>(qHash(own && own->screen() ? own->screen()->name() : m_output));
+    for (const Screen &screen : all)
+        if (screen.number == number)
+            return screen;
+    const QPointF pointer = mouseLocation();
+    for (const Screen &screen : all)
+        if (screen.frame.contains(pointer))
+            return screen;
+    return all.first();
+}
+
+PointerReading WaylandScreens::pointer() const {
+    if (!m_trace.isOver() && QGuiApplication::screens().size() > 1 &&
+        (!m_sincePointer.isValid() || m_sincePointer.elapsed() > answerHolds)) {
+        if (const auto place = askForPointer())
+            m_trace.setPlace(*place);
+        m_sincePointer.start();
+    }
+    return {.location = flippedPoint(m_trace.place()), .pressedButtons = m_trace.pressedButtons()};
+}
+
+std::unique_ptr<PointerWatch> WaylandScreens::watchPointer(Time &time, Seconds interval,
+                                                           std::function<void()> handler) {
+    return std::make_unique<TracedPointer>(m_trace, time, interval, std::move(handler));
+}
+
+} // namespace tavrine
