@@ -29,5 +29,14 @@ TEST(CommandLine, refusesEverythingElse) {
         EXPECT_EQ(CommandLine::parse(arguments), std::nullopt);
 }
 
+TEST(CommandLine, aColourIsAskedForAlone) {
+    const auto line = CommandLine::parse({"-p"});
+    ASSERT_TRUE(line);
+    EXPECT_TRUE(line->isColour);
+    for (const std::vector<std::string_view> &arguments :
+         std::vector<std::vector<std::string_view>>{{"-p", "-p"}, {"-p", "/a"}, {"-i", "-p"}, {"-p", "-x"}})
+        EXPECT_EQ(CommandLine::parse(arguments), std::nullopt);
+}
+
 } // namespace
 } // namespace tavrine

@@ -38,6 +38,27 @@ TEST_F(Selection, aDragHoldsBothOfItsEndPixels) {
     EXPECT_EQ(model.selection(), QRect(100, 100, 11, 5));
 }
 
+TEST_F(Selection, aDragStaysOnThePlaneOnWhichItBegan) {
+    model.addPlane({0, 0, 200, 800});
+    model.addPlane({300, 0, 700, 800});
+    dragTo({350, 120});
+    EXPECT_EQ(model.selection(), QRect(QPoint(100, 100), QPoint(199, 120)));
+    model.buttonReleased(1, {400, 130});
+    EXPECT_EQ(model.selection(), QRect(QPoint(100, 100), QPoint(199, 130)));
+}
+
+TEST_F(Selection, keysDoNotLeaveThePlaneButThePointerDoes) {
+    model.addPlane({0, 0, 200, 800});
+    model.addPlane({300, 0, 700, 800});
+    model.pointerMoved({195, 10});
+    key(OverlayKey::right, false, true);
+    EXPECT_EQ(model.pointer(), QPoint(199, 10));
+    model.pointerMoved({305, 10});
+    EXPECT_EQ(model.pointer(), QPoint(305, 10));
+    key(OverlayKey::left, false, true);
+    EXPECT_EQ(model.pointer(), QPoint(300, 10));
+}
+
 TEST_F(Selection, aDragMayGoInAnyDirection) {
     dragTo({91, 96});
     EXPECT_EQ(model.selection(), QRect(91, 96, 10, 5));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "adapters/stream/FrameMemory.h"
+#include "adapters/frozen/FrameMemory.h"
 #include "base/Waker.h"
 #include "ports/ScreenStream.h"
 

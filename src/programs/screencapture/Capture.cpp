@@ -1,29 +1,19 @@
 #include "programs/screencapture/Capture.h"
 
 #include "base/WholeFile.h"
+#include "programs/screencapture/OverlayLoop.h"
 #include "programs/screencapture/PngEncoder.h"
 #include "programs/screencapture/ShutterSound.h"
 
-#include <QDeadlineTimer>
-
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <thread>
 
-#include <poll.h>
-
 namespace tavrine {
 namespace {
 
-using namespace std::chrono_literals;
-
 constexpr int noPicture = 1;
-// Another program's menu lets go within a blink once it is told to; the next try must not be felt.
-constexpr auto betweenTries = 8ms;
-// A pointer that another program holds for longer will not come; the person needs the screen back.
-constexpr auto longestWithoutPointer = 10s;
 
 void complain(const std::string &what) {
     std::fprintf(stderr, "screencapture: %s\n", what.c_str());
@@ -31,74 +21,57 @@ void complain(const std::string &what) {
 
 } // namespace
 
-bool Capture::isStopped() const {
-    pollfd stop{m_stopDescriptor, POLLIN, 0};
-    return ::poll(&stop, 1, 0) > 0;
-}
-
 int Capture::run() {
     if (const auto reason = whyNotWritable(m_line.file)) {
         complain(m_line.file + ": " + *reason);
         return noPicture;
     }
-    m_session = OverlaySession::open();
-    if (!m_session) {
+    m_screen = openFrozenScreen();
+    if (!m_screen) {
         complain("the screen cannot be read");
         return noPicture;
     }
-    if (isStopped())
+    if (isStopped(m_stopDescriptor))
         return noPicture;
     showFirst();
     const auto area = letPersonChoose();
-    m_session->hide();
+    m_screen->hide();
     if (!area)
         return noPicture;
     return save(*area);
 }
 
 void Capture::showFirst() {
-    OverlayPainter::paintDimmed(m_session->canvas(), m_session->picture());
-    m_session->show();
-    m_session->tryGrabs();
+    OverlayPainter::paintDimmed(m_screen->canvas(), m_screen->picture());
+    m_screen->show();
+    m_screen->tryGrabs();
 }
 
 std::optional<QRect> Capture::letPersonChoose() {
-    SelectionModel model(m_session->rect(), m_session->firstPointer().value_or(m_session->rect().center()));
-    std::vector<QRect> targets = m_session->windows();
-    for (const OverlayMonitor &monitor : m_session->monitors())
+    const auto &monitors = m_screen->monitors();
+    m_isAimKnown = m_screen->firstPointer().has_value();
+    SelectionModel model(m_screen->rect(), m_screen->firstPointer().value_or(monitors.front().area.center()));
+    std::vector<QRect> targets = m_screen->windows();
+    for (const OverlayMonitor &monitor : monitors)
         targets.push_back(monitor.area);
     model.setTargets(std::move(targets));
-    const QDeadlineTimer pointerDeadline(longestWithoutPointer);
-    repaint(model, false);
-    while (!model.isFinished() && !m_hasEnded) {
-        while (const auto event = m_session->nextEvent()) {
-            handle(*event, model);
-            if (model.isFinished() || m_hasEnded)
-                break;
-        }
-        if (model.isFinished() || m_hasEnded)
-            break;
-        if (const auto place = model.takePointerMove())
-            m_session->movePointer(*place);
-        repaint(model, false);
-        if (!m_session->hasBoth())
-            m_session->tryGrabs();
-        if (!m_session->hasPointer() && pointerDeadline.hasExpired())
-            return std::nullopt;
-        // Asking the server for something may have brought events along.
-        if (const auto event = m_session->nextEvent()) {
-            handle(*event, model);
-            continue;
-        }
-        pollfd sources[] = {{m_session->fileDescriptor(), POLLIN, 0}, {m_stopDescriptor, POLLIN, 0}};
-        ::poll(sources, 2, m_session->hasBoth() ? -1 : static_cast<int>(betweenTries.count()));
-        if (sources[1].revents)
-            return std::nullopt;
-    }
-    return model.state() == SelectionModel::State::accepted ? model.selection() : std::nullopt;
+    if (!m_screen->isOnePlane())
+        for (const OverlayMonitor &monitor : monitors)
+            model.addPlane(monitor.area);
+    const bool isFinished = OverlayLoop(*m_screen, m_stopDescriptor)
+                                .run({.handle = [&](const OverlayEvent &event) { handle(event, model); },
+                                      .isFinished = [&] { return model.isFinished(); },
+                                      .settle =
+                                          [&] {
+                                              if (const auto place = model.takePointerMove())
+                                                  m_screen->movePointer(*place);
+                                              repaint(model);
+                                          }});
+    return isFinished && model.state() == SelectionModel::State::accepted ? model.selection() : std::nullopt;
 }
 
 void Capture::handle(const OverlayEvent &event, SelectionModel &model) {
+    m_isAimKnown = true;
     switch (event.kind) {
     case OverlayEvent::Kind::pointerMoved:
         return model.pointerMoved(event.place);
@@ -108,31 +81,31 @@ void Capture::handle(const OverlayEvent &event, SelectionModel &model) {
         return model.buttonReleased(event.button, event.place);
     case OverlayEvent::Kind::keyPressed:
         return model.keyPressed(event.key, event.isShift, event.isControl, event.isRepeated);
-    case OverlayEvent::Kind::uncovered:
-        return m_session->put({event.area});
-    case OverlayEvent::Kind::ended:
-        m_hasEnded = true;
+    default:
+        return;
     }
 }
 
-void Capture::repaint(const SelectionModel &model, bool isWhole) {
+void Capture::repaint(const SelectionModel &model) {
+    if (!m_isAimKnown)
+        return;
     OverlayScene scene =
-        OverlayScene::of(model, m_session->monitors(),
+        OverlayScene::of(model, m_screen->monitors(),
                          [this](const std::u32string &text, double scale) { return m_painter.labelSize(text, scale); });
-    const auto areas = isWhole ? std::vector<QRect>{m_session->rect()} : changedAreas(m_scene, scene);
+    const auto areas = changedAreas(m_scene, scene);
     if (areas.empty())
         return;
     m_scene = std::move(scene);
     for (const QRect &area : areas)
-        m_painter.paint(m_session->canvas(), m_session->picture(), m_scene, area);
-    m_session->put(areas);
+        m_painter.paint(m_screen->canvas(), m_screen->picture(), m_scene, area);
+    m_screen->put(areas);
 }
 
 int Capture::save(const QRect &area) {
-    const auto stopped = [this] { return isStopped(); };
+    const auto stopped = [this] { return isStopped(m_stopDescriptor); };
     const auto threads = static_cast<int>(std::thread::hardware_concurrency());
     const FilePieces pieces =
-        encodePng(m_session->picture(), area, largestScale(m_session->monitors(), area), threads, stopped);
+        encodePng(m_screen->picture(), area, largestScale(m_screen->monitors(), area), threads, stopped);
     if (pieces.empty())
         return noPicture;
     std::vector<std::string_view> bytes;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "adapters/x11/frozen/OverlaySession.h"
+#include "adapters/frozen/FrozenScreen.h"
 #include "programs/screencapture/CommandLine.h"
 #include "programs/screencapture/OverlayPainter.h"
 
@@ -18,19 +18,18 @@ public:
     [[nodiscard]] int run();
 
 private:
-    [[nodiscard]] bool isStopped() const;
     void showFirst();
     [[nodiscard]] std::optional<QRect> letPersonChoose();
     void handle(const OverlayEvent &event, SelectionModel &model);
-    void repaint(const SelectionModel &model, bool isWhole);
+    void repaint(const SelectionModel &model);
     [[nodiscard]] int save(const QRect &area);
 
     CommandLine m_line;
     int m_stopDescriptor;
-    std::unique_ptr<OverlaySession> m_session;
+    std::unique_ptr<FrozenScreen> m_screen;
     OverlayPainter m_painter;
     OverlayScene m_scene;
-    bool m_hasEnded = false;
+    bool m_isAimKnown = false; ///< before that nothing is painted at the pointer
 };
 
 } // namespace tavrine

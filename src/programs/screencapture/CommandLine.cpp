@@ -11,10 +11,13 @@ std::optional<CommandLine> CommandLine::parse(const std::vector<std::string_view
     for (; next < arguments.size() && arguments[next].starts_with('-'); ++next) {
         bool *const option = arguments[next] == "-i"   ? &isInteractive
                              : arguments[next] == "-x" ? &line.isSilent
+                             : arguments[next] == "-p" ? &line.isColour
                                                        : nullptr;
         if (!option || std::exchange(*option, true))
             return std::nullopt;
     }
+    if (line.isColour)
+        return arguments.size() == 1 ? std::optional(line) : std::nullopt;
     if (!isInteractive || next + 1 != arguments.size() || arguments[next].empty())
         return std::nullopt;
     line.file = arguments[next];

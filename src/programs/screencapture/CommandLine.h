@@ -7,12 +7,13 @@
 
 namespace tavrine {
 
-/// What the tool is asked for: `screencapture -i [-x] FILE`.
+/// What the tool is asked for: `screencapture -i [-x] FILE`, a picture, or `screencapture -p`, a colour.
 struct CommandLine {
-    static constexpr std::string_view usage = "usage: screencapture -i [-x] FILE";
+    static constexpr std::string_view usage = "usage: screencapture -i [-x] FILE\n       screencapture -p";
 
-    std::string file;
+    std::string file; ///< empty for a colour
     bool isSilent = false;
+    bool isColour = false;
 
     /// Of the arguments without the program's name. None when they are anything else than the usage says: the options
     /// in any order, each once, and one file that is not empty behind them.

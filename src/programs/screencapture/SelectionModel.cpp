@@ -33,7 +33,7 @@ QRect between(QPoint a, QPoint b) {
 
 } // namespace
 
-SelectionModel::SelectionModel(const QRect &screen, QPoint pointer) : m_screen(screen) {
+SelectionModel::SelectionModel(const QRect &screen, QPoint pointer) : m_screen(screen), m_bounds(screen) {
     m_corner = kept(pointer);
 }
 
@@ -45,8 +45,14 @@ void SelectionModel::setTargets(std::vector<QRect> targets) {
 }
 
 QPoint SelectionModel::kept(QPoint place) const {
-    return {std::clamp(place.x(), m_screen.left(), m_screen.right()),
-            std::clamp(place.y(), m_screen.top(), m_screen.bottom())};
+    return {std::clamp(place.x(), m_bounds.left(), m_bounds.right()),
+            std::clamp(place.y(), m_bounds.top(), m_bounds.bottom())};
+}
+
+QRect SelectionModel::planeAt(QPoint place) const {
+    const auto found =
+        std::find_if(m_planes.begin(), m_planes.end(), [place](const QRect &area) { return area.contains(place); });
+    return found == m_planes.end() ? m_screen : *found;
 }
 
 std::optional<QRect> SelectionModel::target() const {
@@ -71,6 +77,8 @@ std::optional<QRect> SelectionModel::selection() const {
 void SelectionModel::pointerMoved(QPoint place) {
     if (isFinished())
         return;
+    if (m_state != State::dragging)
+        m_bounds = m_screen;
     const QPoint corner = kept(m_state == State::dragging ? place + m_offset : place);
     m_wasChanged = m_wasChanged || corner != m_corner;
     m_corner = corner;
@@ -92,6 +100,7 @@ void SelectionModel::buttonPressed(int button, QPoint place) {
     }
     m_state = State::dragging;
     m_anchor = m_corner;
+    m_bounds = planeAt(m_anchor);
     m_offset = {};
     m_wasChanged = false;
 }
@@ -144,6 +153,7 @@ void SelectionModel::moveByKey(QPoint step, bool isShift) {
     if (step.isNull())
         return;
     if (m_state != State::dragging) {
+        m_bounds = planeAt(m_corner);
         m_corner = kept(m_corner + step);
         m_pointerMove = m_corner;
         return;

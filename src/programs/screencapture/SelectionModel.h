@@ -28,6 +28,9 @@ public:
 
     /// What can be picked: the windows, the topmost first, and behind them the monitors.
     void setTargets(std::vector<QRect> targets);
+    /// A part of the screen that a selection does not leave once it has begun there, nor do keys; without any that is
+    /// the whole screen.
+    void addPlane(const QRect &area) { m_planes.push_back(area); }
 
     void pointerMoved(QPoint place);
     void buttonPressed(int button, QPoint place);
@@ -47,12 +50,15 @@ public:
 
 private:
     [[nodiscard]] QPoint kept(QPoint place) const;
+    [[nodiscard]] QRect planeAt(QPoint place) const;
     [[nodiscard]] std::optional<QRect> target() const;
     void moveByKey(QPoint step, bool isShift);
 
     QRect m_screen;
     State m_state = State::aiming;
     std::vector<QRect> m_targets;
+    std::vector<QRect> m_planes;
+    QRect m_bounds; ///< of what goes on now
     QPoint m_corner;
     QPoint m_anchor;
     QPoint m_offset;           ///< what keys added to the pointer's place during this drag

@@ -1,5 +1,7 @@
 // screencapture -i [-x] FILE: a person chooses a part of the screen, and it is written to FILE as a PNG.
+// screencapture -p: a person chooses a pixel, and its colour is written to the standard output.
 #include "programs/screencapture/Capture.h"
+#include "programs/screencapture/ColourPick.h"
 
 #include <csignal>
 #include <cstdio>
@@ -21,5 +23,7 @@ int main(int argc, char **argv) {
         std::fprintf(stderr, "%s\n", tavrine::CommandLine::usage.data());
         return 1;
     }
+    if (line->isColour)
+        return tavrine::pickColour(stopDescriptor);
     return tavrine::Capture(*line, stopDescriptor).run();
 }

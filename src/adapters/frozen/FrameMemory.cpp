@@ -1,4 +1,4 @@
-#include "adapters/stream/FrameMemory.h"
+#include "adapters/frozen/FrameMemory.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>

@@ -1,0 +1,97 @@
+#include "support/WaylandPattern.h"
+
+#include <wayland/viewporter.h>
+#include <wayland/wlr-layer-shell-unstable-v1.h>
+
+namespace tavrine::testing {
+
+struct WaylandPattern::Board {
+    wl_surface *surface = nullptr;
+    zwlr_layer_surface_v1 *layer = nullptr;
+    wp_viewport *viewport = nullptr;
+    std::unique_ptr<ShmBuffer> buffer;
+    QSize points;
+
+    ~Board() {
+        wp_viewport_destroy(viewport);
+        zwlr_layer_surface_v1_destroy(layer);
+        wl_surface_destroy(surface);
+    }
+    void commit(const QRect &area) const {
+        wl_surface_attach(surface, buffer->buffer(), 0, 0);
+        wl_surface_damage_buffer(surface, area.x(), area.y(), area.width(), area.height());
+        wl_surface_commit(surface);
+    }
+};
+
+QRgb WaylandPattern::colourAt(int output, int x, int y) {
+    return qRgb((x * 7 + output * 50) & 0xff, (y * 5) & 0xff, ((x >> 6) * 16 + (y >> 6)) & 0xff);
+}
+
+QImage WaylandPattern::expected(int output, const QRect &area) {
+    QImage image(area.size(), QImage::Format_RGB32);
+    for (int y = 0; y < area.height(); ++y) {
+        auto *const line = reinterpret_cast<QRgb *>(image.scanLine(y));
+        for (int x = 0; x < area.width(); ++x)
+            line[x] = colourAt(output, area.x() + x, area.y() + y);
+    }
+    return image;
+}
+
+WaylandPattern::WaylandPattern() : m_outputs(m_link) {
+    m_compositor = m_link.bind<wl_compositor>(wl_compositor_interface, 4);
+    m_shm = m_link.bind<wl_shm>(wl_shm_interface, 1);
+    m_layers = m_link.bind<zwlr_layer_shell_v1>(zwlr_layer_shell_v1_interface, 3);
+    m_viewporter = m_link.bind<wp_viewporter>(wp_viewporter_interface, 1);
+    if (!m_compositor || !m_shm || !m_layers || !m_viewporter || !m_link.finish())
+        return;
+    static constexpr zwlr_layer_surface_v1_listener listener{
+        .configure =
+            [](void *board, zwlr_layer_surface_v1 *layer, std::uint32_t serial, std::uint32_t width,
+               std::uint32_t height) {
+                zwlr_layer_surface_v1_ack_configure(layer, serial);
+                static_cast<Board *>(board)->points = QSize(static_cast<int>(width), static_cast<int>(height));
+            },
+        .closed = [](void *, zwlr_layer_surface_v1 *) {},
+    };
+    for (const WaylandOutput &output : m_outputs.all()) {
+        auto board = std::make_unique<Board>();
+        board->surface = wl_compositor_create_surface(m_compositor);
+        board->layer = zwlr_layer_shell_v1_get_layer_surface(m_layers, board->surface, output.proxy,
+                                                             ZWLR_LAYER_SHELL_V1_LAYER_BACKGROUND, "pattern");
+        zwlr_layer_surface_v1_add_listener(board->layer, &listener, board.get());
+        zwlr_layer_surface_v1_set_anchor(board->layer, 15); // all edges
+        zwlr_layer_surface_v1_set_exclusive_zone(board->layer, -1);
+        board->viewport = wp_viewporter_get_viewport(m_viewporter, board->surface);
+        wl_surface_commit(board->surface);
+        m_boards.push_back(std::move(board));
+    }
+    m_isThere = m_link.finish();
+    for (int i = 0; i < static_cast<int>(m_boards.size()) && m_isThere; ++i) {
+        Board &board = *m_boards[static_cast<size_t>(i)];
+        const QSize size = outputs()[static_cast<size_t>(i)].pixels();
+        board.buffer = ShmBuffer::make(m_shm, WL_SHM_FORMAT_XRGB8888, size, size.width() * 4);
+        const PixelsToPaint pixels = board.buffer->memory()->pixels();
+        for (int y = 0; y < size.height(); ++y)
+            for (int x = 0; x < size.width(); ++x)
+                pixels.line(y)[x] = colourAt(i, x, y);
+        wp_viewport_set_destination(board.viewport, board.points.width(), board.points.height());
+        board.commit(pixels.rect());
+    }
+    m_isThere = m_isThere && m_link.finish();
+}
+
+WaylandPattern::~WaylandPattern() {
+    m_boards.clear();
+    static_cast<void>(m_link.finish());
+}
+
+void WaylandPattern::paint(int output, const QRect &area, QRgb colour) {
+    const Board &board = *m_boards.at(static_cast<size_t>(output));
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        std::fill_n(board.buffer->memory()->pixels().line(y) + area.x(), area.width(), colour);
+    board.commit(area);
+    static_cast<void>(m_link.finish());
+}
+
+} // namespace tavrine::testing

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "adapters/wayland/screen/ScreenCopy.h"
+#include "adapters/wayland/screen/WaylandOutputs.h"
+
+#include <QImage>
+
+struct wp_viewporter;
+struct zwlr_layer_shell_v1;
+
+namespace tavrine::testing {
+
+/// A picture on all outputs of a Wayland session, below all windows, in which no pixel is like its neighbours: each of
+/// an output's own pixels has a colour of its own.
+class WaylandPattern {
+public:
+    WaylandPattern();
+    ~WaylandPattern();
+    WaylandPattern(const WaylandPattern &) = delete;
+    WaylandPattern &operator=(const WaylandPattern &) = delete;
+
+    [[nodiscard]] bool isThere() const { return m_isThere; }
+    [[nodiscard]] std::vector<WaylandOutput> outputs() const { return m_outputs.all(); }
+    /// What `area` of an output's pixels shows.
+    [[nodiscard]] static QImage expected(int output, const QRect &area);
+    [[nodiscard]] static QRgb colourAt(int output, int x, int y);
+
+    /// Paints `area` of the output's pixels in one colour.
+    void paint(int output, const QRect &area, QRgb colour);
+
+private:
+    struct Board;
+
+    WaylandLink m_link;
+    WaylandOutputs m_outputs;
+    wl_compositor *m_compositor = nullptr;
+    wl_shm *m_shm = nullptr;
+    zwlr_layer_shell_v1 *m_layers = nullptr;
+    wp_viewporter *m_viewporter = nullptr;
+    std::vector<std::unique_ptr<Board>> m_boards;
+    bool m_isThere = false;
+};
+
+} // namespace tavrine::testing
