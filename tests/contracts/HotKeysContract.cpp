@@ -4,6 +4,8 @@
 #include "support/TestKeyboard.h"
 #include "support/Wait.h"
 
+#include <algorithm>
+
 #include <gmock/gmock.h>
 
 namespace tavrine {
@@ -56,7 +58,9 @@ public:
             m_keyboard.down(key);
         for (auto key = keys.rbegin(); key != keys.rend(); ++key)
             m_keyboard.up(*key);
-        (void)testing::waitUntil([] { return false; }, std::chrono::milliseconds(60)); // also for what must not come
+        // A press of a hot key holds the keyboard until its handler has been called.
+        EXPECT_TRUE(testing::waitUntil(
+            [&] { return std::none_of(keys.begin(), keys.end(), [&](int key) { return m_keyboard.isDown(key); }); }));
     }
     bool takeElsewhere(int keyCode, quint32) override { return m_keyboard.grabKey(*xKeycode(keyCode), 0x41); }
     void freeElsewhere(int keyCode, quint32) override { m_keyboard.ungrabKey(*xKeycode(keyCode), 0x41); }

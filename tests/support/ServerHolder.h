@@ -21,7 +21,7 @@ public:
     ServerHolder(const ServerHolder &) = delete;
     ServerHolder &operator=(const ServerHolder &) = delete;
 
-    /// Returns when the server is held.
+    /// For that long. Returns when the server is held.
     void hold(std::chrono::milliseconds length, bool changesKeyboard) {
         xcb_grab_server(m_connection);
         finish();
@@ -36,6 +36,16 @@ public:
     void wait() {
         if (m_thread.joinable())
             m_thread.join();
+    }
+    /// Until `letGo`, with a change of the keyboard that the others hear of first thing.
+    void holdWithChange() {
+        xcb_grab_server(m_connection);
+        finish();
+        changeKeyboard();
+    }
+    void letGo() {
+        xcb_ungrab_server(m_connection);
+        finish();
     }
     /// Everybody is told that the keyboard's map is another one.
     void changeKeyboard() {

@@ -1,5 +1,6 @@
 #include "adapters/x11/X11EventMonitors.h"
 
+#include "adapters/x11/SamePress.h"
 #include "base/VirtualKeys.h"
 
 #include <QGuiApplication>
@@ -192,7 +193,7 @@ void X11EventMonitors::onRawKey(int keycode, bool isPress, quint32 time) {
             tellFlags();
         return;
     }
-    if (m_map.keyboard().isLockKey(keycode) || QGuiApplication::focusWindow() || time == m_ownKeyTime)
+    if (m_map.keyboard().isLockKey(keycode) || QGuiApplication::focusWindow() || isSamePress(time, m_ownKeyTime))
         return; // keys of our own windows come from Qt
     tell(m_global, {.type = eventMask::keyDown,
                     .modifierFlags = flags(),
@@ -213,7 +214,7 @@ void X11EventMonitors::forgetReleasedKeys(quint32 time) {
 
 void X11EventMonitors::onRawButton(quint32 button, quint32 time) {
     const quint32 type = button == 1 ? eventMask::leftMouseDown : button == 3 ? eventMask::rightMouseDown : 0;
-    if (type && time != m_ownPressTime && !isPointerOverOurWindow())
+    if (type && !isSamePress(time, m_ownPressTime) && !isPointerOverOurWindow())
         tell(m_global, {.type = type, .modifierFlags = flags(), .keyCode = -1, .scrollDelta = {}});
 }
 

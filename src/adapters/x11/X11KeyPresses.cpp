@@ -1,5 +1,6 @@
 // What X11KeyGrabs makes of presses: whose they are, and who gets the keys after them.
 
+#include "adapters/x11/SamePress.h"
 #include "adapters/x11/X11KeyGrabs.h"
 
 #include <xcb/xinput.h>
@@ -43,9 +44,9 @@ std::optional<X11KeyGrabs::Key> X11KeyGrabs::keyFor(quint8 keycode, quint16 stat
 }
 
 void X11KeyGrabs::onKeyPress(const xcb_key_press_event_t &press) {
-    if (press.detail == m_rawKeycode && press.time == m_rawTime)
+    if (press.detail == m_rawKeycode && isSamePress(m_rawTime, press.time))
         m_rawKeycode = 0; // it came to us, so nobody else held the keyboard
-    const bool isToldAlready = press.detail == m_toldKeycode && press.time == m_toldTime;
+    const bool isToldAlready = press.detail == m_toldKeycode && isSamePress(m_toldTime, press.time);
     if (press.detail == m_heldKeycode || isToldAlready) // it repeats
         return allow(XCB_ALLOW_SYNC_KEYBOARD);
     const auto key = keyFor(press.detail, press.state);

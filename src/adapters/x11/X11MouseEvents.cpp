@@ -15,6 +15,7 @@ namespace {
 
 constexpr quint32 wheelButtons = 0xF0; // 4 to 7
 constexpr quint32 lastButton = 31;
+constexpr quint32 everAfter = 0x7FFFFFFF; // the server's times run in a circle
 
 struct Kinds {
     quint32 up;
@@ -67,6 +68,8 @@ void X11MouseEvents::watch(Wanted wanted) {
         takePointers();
     else
         static_cast<void>(m_client->link().finish()); // either way what happens from here on is told
+    if (m_client->link().hasReadEvent())              // along with an answer: the socket tells of it no more
+        m_pause.start(shortestPause);
 }
 
 void X11MouseEvents::connectAnew() {
@@ -114,7 +117,7 @@ void X11MouseEvents::handle(const xcb_generic_event_t &event) {
 void X11MouseEvents::onMotion(quint16 device) {
     m_hasNews = true;
     const Pointer &pointer = m_pointers[device];
-    const Note note{device, motionKind(pointer.buttons), pointer.press};
+    const Note note{device, motionKind(pointer.buttons), pointer.press, pointer.press + everAfter};
     if (m_notes.empty() || m_notes.back() != note)
         m_notes.push_back(note);
 }
@@ -125,19 +128,25 @@ void X11MouseEvents::onButton(quint16 device, quint32 button, bool isPress, quin
     m_hasNews = true;
     Pointer &pointer = m_pointers[device];
     if (isPress) {
-        if ((pointer.buttons & ~(1U << button)) == 0)
+        if ((pointer.buttons & ~(1U << button)) == 0) {
             pointer.press = time;
+            if (isOverOurWindow(device)) {
+                m_pressOverOurs = time;
+                m_pressWait.setRemainingTime(longestWait);
+            }
+        }
         pointer.buttons |= 1U << button;
         m_hasPress = true;
         return;
     }
-    m_notes.push_back({device, kindsOf(button).up, pointer.press});
+    m_notes.push_back({device, kindsOf(button).up, pointer.press, time});
     pointer.buttons &= ~(1U << button);
 }
 
 /// What is pressed when the watching begins.
 void X11MouseEvents::takePointers() {
     m_pointers.clear();
+    m_notes.clear(); // of an earlier watching
     const bool isDownHere = m_ownPressCount > 0 && QGuiApplication::mouseButtons() != Qt::NoButton;
     for (const auto &[device, buttons] : pressedPointers(m_client->link()))
         m_pointers[device] = {.buttons = buttons,
@@ -159,18 +168,41 @@ void X11MouseEvents::onPauseOver() {
     m_client->drain();
     m_client->setReading(!m_hasNews);
     onDrained();
+    if (!m_notes.empty() && !m_pause.isActive())
+        m_pause.start(shortestPause);
 }
 
 void X11MouseEvents::tellAll() {
-    for (const Note &note : std::exchange(m_notes, {}))
+    while (!m_notes.empty() && !mayBecomeOurs(m_notes.front())) {
+        const Note note = m_notes.front();
+        m_notes.pop_front();
         if (!isOurs(note))
             m_tell(note.type);
+    }
 }
 
 bool X11MouseEvents::isOurs(const Note &note) {
-    if (note.type == eventMask::mouseMoved)
-        return isOverOurWindow(note.device);
-    return note.press != 0 && std::find(m_ownPresses.begin(), m_ownPresses.end(), note.press) != m_ownPresses.end();
+    return note.type == eventMask::mouseMoved ? isOverOurWindow(note.device) : hasOwnPress(note);
+}
+
+/// Times of the server: each is compared as how much it comes after the note's press.
+bool X11MouseEvents::hasOwnPress(const Note &note) const {
+    const auto isOfLaterDrag = [&](quint32 after) {
+        return std::any_of(m_pointers.begin(), m_pointers.end(), [&](const auto &pointer) {
+            const quint32 began = pointer.second.press - note.press;
+            return began > 0 && began <= after;
+        });
+    };
+    const auto *const end = m_ownPresses.data() + std::min(m_ownPressCount, m_ownPresses.size());
+    return note.press != 0 && std::any_of(m_ownPresses.data(), end, [&](quint32 own) {
+               const quint32 after = own - note.press;
+               return after <= note.last - note.press && !isOfLaterDrag(after);
+           });
+}
+
+bool X11MouseEvents::mayBecomeOurs(const Note &note) const {
+    return note.type != eventMask::mouseMoved && note.press != 0 && note.press == m_pressOverOurs &&
+           !m_pressWait.hasExpired() && !hasOwnPress(note);
 }
 
 bool X11MouseEvents::isOverOurWindow(quint16 device) {

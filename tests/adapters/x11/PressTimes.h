@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <functional>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <sys/socket.h>
@@ -24,16 +25,19 @@ public:
         keyboard.down(key::leftSuper);
         keyboard.down(key::leftShift);
         m_clock.start();
-        const size_t before = m_times.size();
+        m_isAwaited = true;
         keyboard.down(keycode);
-        while (m_times.size() == before && m_clock.elapsed() < 10'000)
+        while (m_isAwaited && m_clock.elapsed() < 10'000)
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
         keyboard.up(keycode);
         keyboard.up(key::leftShift);
         keyboard.up(key::leftSuper);
         (void)waitUntil([] { return false; }, std::chrono::milliseconds(5));
     }
-    void told() { m_times.push_back(static_cast<double>(m_clock.nsecsElapsed()) / 1e6); }
+    void told() {
+        if (std::exchange(m_isAwaited, false)) // a key that is held for long repeats
+            m_times.push_back(static_cast<double>(m_clock.nsecsElapsed()) / 1e6);
+    }
     [[nodiscard]] size_t count() const { return m_times.size(); }
     [[nodiscard]] double median() {
         std::sort(m_times.begin(), m_times.end());
@@ -43,6 +47,7 @@ public:
 private:
     QElapsedTimer m_clock;
     std::vector<double> m_times;
+    bool m_isAwaited = false;
 };
 
 /// The least that a hot key can be: a grab, a thread that waits for its presses, and word to the main thread.

@@ -6,6 +6,7 @@
 #include "ports/EventMonitors.h"
 #include "support/OwnWindow.h"
 #include "support/PatternWindow.h"
+#include "support/PrivateScreen.h"
 #include "support/ServerHolder.h"
 #include "support/TestKeyboard.h"
 #include "support/Wait.h"
@@ -86,11 +87,17 @@ protected:
         settle();
         return presses;
     }
-    /// For one that is not.
+    /// For one that is not. A press of a hot key holds the keyboard until its handler has been called.
     int pressesNow() {
         presses = 0;
         press();
+        EXPECT_TRUE(waitUntil([&] { return !keyboard.isDown(key::v) && !keyboard.isDown(key::leftSuper); }));
         settle();
+        return presses;
+    }
+    /// For one that is told once a change of the keyboard has been followed.
+    int pressesSoon() {
+        (void)waitUntil([&] { return pressesNow() > 0; });
         return presses;
     }
 
@@ -158,19 +165,16 @@ TEST_F(X11HotKeysTest, theEndOfTheAdapterFreesItsKeys) {
 TEST_F(X11HotKeysTest, aHotKeyStaysAtItsPositionWhenTheLayoutChanges) {
     registerV();
     ASSERT_TRUE(run("setxkbmap -layout us -variant dvorak"));
-    settle();
-    EXPECT_EQ(pressesByPosition(), 1);
+    EXPECT_EQ(pressesSoon(), 1);
     ASSERT_TRUE(run("setxkbmap fr"));
-    settle();
-    EXPECT_EQ(pressesByPosition(), 1);
+    EXPECT_EQ(pressesSoon(), 1);
 }
 
 TEST_F(X11HotKeysTest, aHotKeyWorksInTheSecondGroupOfALayout) {
     registerV();
     ASSERT_TRUE(run("setxkbmap -layout us,ru -option grp:menu_toggle"));
-    settle();
     keyboard.tap(135); // the Menu key: the next group
-    EXPECT_EQ(pressesByPosition(), 1);
+    EXPECT_EQ(pressesSoon(), 1);
     keyboard.tap(135);
     (void)run("setxkbmap -option");
 }
@@ -178,18 +182,16 @@ TEST_F(X11HotKeysTest, aHotKeyWorksInTheSecondGroupOfALayout) {
 TEST_F(X11HotKeysTest, aLockThatMovesToAnotherModifierIsFollowed) {
     registerV();
     ASSERT_TRUE(run("xmodmap -e 'remove mod2 = Num_Lock' -e 'add mod3 = Num_Lock'"));
-    settle();
     keyboard.tap(key::numLock);
     ASSERT_EQ(keyboard.locks(), 0x20);
-    EXPECT_EQ(pressesByPosition(), 1);
+    EXPECT_EQ(pressesSoon(), 1);
     keyboard.tap(key::numLock);
 }
 
 TEST_F(X11HotKeysTest, commandIsFollowedToAnotherModifier) {
     registerV();
     ASSERT_TRUE(run("xmodmap -e 'clear mod4' -e 'add mod3 = Super_L Super_R'"));
-    settle();
-    EXPECT_EQ(pressesByPosition(), 1);
+    EXPECT_EQ(pressesSoon(), 1);
 }
 
 TEST_F(X11HotKeysTest, withoutACommandKeyNothingCanBeRegistered) {
@@ -225,12 +227,10 @@ TEST_F(X11HotKeysTest, aServerThatIsSlowWhenTheKeyboardChangesCostsNoHotKey) {
     holder.hold(700ms, true); // 200 are waited for an answer
     (void)waitUntil([] { return false; }, 700ms);
     holder.wait();
-    (void)waitUntil([] { return false; }, 600ms);
-    EXPECT_EQ(pressesByPosition(), 1);
+    EXPECT_EQ(pressesSoon(), 1);
     // And what changed meanwhile is known.
     ASSERT_TRUE(run("xmodmap -e 'clear mod4' -e 'add mod3 = Super_L Super_R'"));
-    (void)waitUntil([&] { return pressesNow() == 1; });
-    EXPECT_EQ(pressesByPosition(), 1);
+    EXPECT_EQ(pressesSoon(), 1);
 }
 
 TEST_F(X11HotKeysTest, aKeyRegisteredWhileTheServerIsSlowWorksAfterwards) {
@@ -242,11 +242,11 @@ TEST_F(X11HotKeysTest, aKeyRegisteredWhileTheServerIsSlowWorksAfterwards) {
     EXPECT_TRUE(hotKeys->registerHotKey(virtualKey::v, commandShift, {1, 1}));
     EXPECT_LT(clock.elapsed(), 1900); // not until it is free again
     holder.wait();
-    (void)waitUntil([] { return false; }, 600ms);
-    EXPECT_EQ(pressesByPosition(), 1);
+    EXPECT_EQ(pressesSoon(), 1);
 }
 
-/// A map on a thread of its own: on the main thread the toolkit would wait for a server that is held.
+/// A map on a thread and a server of its own: the toolkit would wait for a server that is held, and window managers
+/// read the whole map at each change, for long on a busy machine.
 class X11KeyboardMapTest : public ::testing::Test {
 protected:
     X11KeyboardMapTest() {
@@ -272,6 +272,7 @@ protected:
         QMetaObject::invokeMethod(&onThread, question, Qt::BlockingQueuedConnection);
     }
 
+    testing::PrivateScreen screen;
     QThread thread;
     QObject onThread;
     std::optional<XcbClient> client;
@@ -282,13 +283,13 @@ protected:
 TEST_F(X11KeyboardMapTest, aSlowServerLeavesTheMapOfBeforeAndIsAskedAgain) {
     ASSERT_EQ(readings, 1);
     testing::ServerHolder holder;
-    holder.hold(800ms, true); // 200 are waited for each of the two answers
-    QThread::msleep(650);
+    holder.holdWithChange();
+    QThread::msleep(650); // 200 are waited for each of the two answers
     quint32 flag = 0;
     ask([&] { flag = map->keyboard().modifierFlagOf(key::leftAlt, 0); });
     EXPECT_EQ(flag, modifierFlag::option);
     EXPECT_EQ(readings, 1);
-    holder.wait();
+    holder.letGo();
     for (QElapsedTimer clock = started(); readings < 2 && clock.elapsed() < 10'000;)
         QThread::msleep(10);
     EXPECT_EQ(readings, 2);
@@ -300,9 +301,11 @@ TEST_F(X11KeyboardMapTest, changesThatFollowEachOtherAreReadTogether) {
         person.changeKeyboard();
         QThread::msleep(5);
     }
+    for (QElapsedTimer clock = started(); readings < 2 && clock.elapsed() < 10'000;)
+        QThread::msleep(10);
     QThread::msleep(300);
-    EXPECT_GE(readings, 2); // the first and the last map
-    EXPECT_LE(readings, 5); // a busy machine pauses between
+    EXPECT_GE(readings, 2);  // the first and the last map
+    EXPECT_LE(readings, 15); // and not each of the forty, though a busy machine pauses between
 }
 
 /// A window of this program that notes what is typed into it.
@@ -348,12 +351,19 @@ TEST_F(KeysAfterAPress, waitUntilAWindowOfOursHasTheKeyboard) {
 
 TEST_F(KeysAfterAPress, goToTheWindowBehindAtOnceWhereNoneOpens) {
     next = KeyboardNext::asBefore;
-    QElapsedTimer clock;
-    clock.start();
-    keyboard.chord({key::leftSuper, key::leftShift, key::v});
-    keyboard.tap(key::b);
-    expectTyped("b");
-    EXPECT_LT(clock.elapsed(), 1000); // what a keyboard is kept for
+    // What waits for a window takes a second, however fast the machine; what does not takes less, once it is not busy.
+    qint64 fastest = 10'000;
+    QString typed;
+    for (int tries = 0; tries < 20 && fastest >= 1000; ++tries) {
+        QElapsedTimer clock;
+        clock.start();
+        keyboard.chord({key::leftSuper, key::leftShift, key::v});
+        keyboard.tap(key::b);
+        typed += QLatin1Char('b');
+        expectTyped(qPrintable(typed));
+        fastest = std::min(fastest, clock.elapsed());
+    }
+    EXPECT_LT(fastest, 1000);
 }
 
 TEST_F(KeysAfterAPress, goToTheWindowBehindAfterASecondWhereNoneComes) {

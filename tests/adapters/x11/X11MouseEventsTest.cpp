@@ -4,7 +4,11 @@
 #include "adapters/x11/X11DragPasteboards.h"
 #include "adapters/x11/X11EventMonitors.h"
 #include "adapters/x11/X11Screens.h"
+#include "support/DragRehearsal.h"
+#include "support/OwnWindow.h"
 #include "support/PrivateScreen.h"
+#include "support/RawPresses.h"
+#include "support/SlowManager.h"
 #include "support/TestKeyboard.h"
 #include "support/Wait.h"
 
@@ -14,6 +18,7 @@
 #include <QMouseEvent>
 #include <QRasterWindow>
 #include <QThread>
+#include <QTimer>
 
 #include <algorithm>
 #include <atomic>
@@ -38,10 +43,17 @@ protected:
     void watch(quint32 mask) {
         monitor = monitors.addGlobalMonitor(mask, [this](const InputEvent &event) { types.push_back(event.type); });
     }
-    /// What was done has arrived.
+    /// Something else that the mouse does, after all that was done: once it is told, everything before it has been.
     void settle() {
-        (void)waitUntil([] { return false; }, 60ms);
+        const auto marks = [this] { return std::count(types.begin(), types.end(), mark); };
+        const auto before = marks();
+        keyboard.press(backButton);
+        keyboard.release(backButton);
+        EXPECT_TRUE(waitUntil([&] { return marks() > before; }));
+        std::erase_if(types, [](quint32 type) { return type == mark; });
     }
+    static constexpr quint32 mark = eventMask::otherMouseUp;
+    static constexpr int backButton = 8; // without a meaning for the window manager
 
     testing::TestKeyboard keyboard;
     X11EventMonitors monitors;
@@ -96,6 +108,25 @@ TEST_F(X11MouseEventsTest, aDragThatWasUnderWayBeforeTheWatchingBeganIsToldWithI
     EXPECT_TRUE(waitUntil([&] { return types.back() == eventMask::leftMouseUp; }));
 }
 
+/// The server looks at its clock again for what windows get.
+TEST_F(X11MouseEventsTest, aPressThatTheToolkitHasWithALaterTimeIsItsOwn) {
+    std::vector<quint32> told;
+    X11MouseEvents mouse([&](quint32 type) { told.push_back(type); });
+    mouse.watch(X11MouseEvents::Wanted::all);
+    keyboard.movePointer(1000, 600);
+    testing::RawPresses presses;
+    keyboard.press(1);
+    mouse.noteOwnPress(presses.next() + 1);
+    QThread::msleep(3); // the next press is later than that
+    keyboard.movePointer(1010, 600);
+    keyboard.release(1);
+    keyboard.press(backButton); // one of another program
+    keyboard.release(backButton);
+    EXPECT_TRUE(waitUntil([&] { return !told.empty() && told.back() == mark; }));
+    std::erase(told, eventMask::mouseMoved);
+    EXPECT_THAT(told, ElementsAre(mark));
+}
+
 TEST_F(X11MouseEventsTest, theWheelIsNoButton) {
     watch(everyRelease | everyMotion);
     ASSERT_TRUE(keyboard.grabPointer());
@@ -103,9 +134,11 @@ TEST_F(X11MouseEventsTest, theWheelIsNoButton) {
         keyboard.press(wheel);
         keyboard.release(wheel);
     }
-    settle();
+    keyboard.press(3);
+    keyboard.release(3);
+    EXPECT_TRUE(waitUntil([&] { return !types.empty() && types.back() == eventMask::rightMouseUp; }));
     keyboard.ungrabPointer();
-    EXPECT_THAT(types, IsEmpty());
+    EXPECT_THAT(types, ElementsAre(eventMask::rightMouseUp));
 }
 
 TEST_F(X11MouseEventsTest, monitorsThatAreAddedAnewWorkAfterTheServerWasLost) {
@@ -116,13 +149,15 @@ TEST_F(X11MouseEventsTest, monitorsThatAreAddedAnewWorkAfterTheServerWasLost) {
     };
     monitor = add();
     first->end();
-    settle();
     const testing::PrivateScreen second;
     testing::TestKeyboard person;
-    monitor.reset();
-    monitor = add();
-    person.movePointer(10, 10);
-    EXPECT_TRUE(waitUntil([&] { return !types.empty(); }));
+    int place = 0;
+    EXPECT_TRUE(waitUntil([&] { // anew as often as who uses them sees that they are silent
+        monitor.reset();
+        monitor = add();
+        person.movePointer(10 + ++place % 100, 10);
+        return !types.empty();
+    }));
     monitor.reset();
 }
 
@@ -147,40 +182,71 @@ protected:
     }
 };
 
-TEST_F(X11MouseEventsTest, theMovesOfADragThatThisProgramLeadsAreItsOwn) {
+/// A drag of text out of a window of this program, from the press to the drop.
+class DragOfOurs : public X11MouseEventsTest {
+protected:
+    void SetUp() override {
+        window.setGeometry(300, 300, 100, 100);
+        window.show();
+        ASSERT_TRUE(testing::comesToTheFront(window));
+        watch(everyRelease | everyMotion);
+    }
+    /// The hand moves on until `isEnough`, from a thread of its own: the toolkit leads a drag in a loop of its own.
+    template <class Condition>
+    void drag(Condition isEnough) {
+        const auto local = monitors.addLocalMonitor(everyRelease | everyMotion, [&](const InputEvent &event) {
+            if (window.isDragging)
+                inside.push_back(event.type);
+            return false;
+        });
+        keyboard.movePointer(350, 350);
+        keyboard.press(1);
+        std::atomic<bool> isReady = false;
+        std::thread person([&] {
+            testing::TestKeyboard hand;
+            QElapsedTimer clock;
+            clock.start();
+            for (int i = 0; i < 50 || (!isReady && clock.elapsed() < 10'000); ++i) {
+                hand.movePointer(350 + i % 50 * 10, 350);
+                QThread::msleep(4);
+            }
+            hand.release(1);
+        });
+        QTimer look;
+        look.callOnTimeout([&] { isReady = window.isDragging && isEnough(); });
+        look.start(5ms);
+        EXPECT_TRUE(waitUntil([&] { return window.wasDragged && !inside.empty(); }));
+        person.join();
+        settle();
+        std::erase(types, eventMask::mouseMoved);
+    }
+
     DraggedOutOf window;
-    window.setGeometry(300, 300, 100, 100);
-    window.show();
-    ASSERT_TRUE(waitUntil([&] { return window.isActive(); }));
-    watch(everyRelease | everyMotion);
+    std::vector<quint32> inside;
+};
+
+TEST_F(DragOfOurs, movesInsideAlone) {
+    drag([] { return true; });
+    EXPECT_THAT(inside, ElementsAre(eventMask::leftMouseUp));
+    EXPECT_THAT(types, IsEmpty());
+}
+
+TEST_F(DragOfOurs, isNoneOfAnotherProgram) {
     const auto pasteboard = X11DragPasteboards().watch();
+    ASSERT_TRUE(testing::seesDrags(*pasteboard));
+    const int before = pasteboard->changeCount();
     bool isDragOfOthers = false;
     pasteboard->setOnChange([&] { isDragOfOthers = isDragOfOthers || pasteboard->isDragging(); });
-    settle();
-    std::vector<quint32> inside;
-    const auto local = monitors.addLocalMonitor(everyRelease | everyMotion, [&](const InputEvent &event) {
-        if (window.isDragging)
-            inside.push_back(event.type);
-        return false;
-    });
-    keyboard.movePointer(350, 350);
-    keyboard.press(1);
-    ASSERT_TRUE(waitUntil([&] { return window.isPressed; }));
-    std::thread person([&] {
-        testing::TestKeyboard hand;
-        for (int i = 0; i < 50; ++i) {
-            hand.movePointer(350 + i * 10, 350);
-            QThread::msleep(4);
-        }
-        hand.release(1);
-    });
-    EXPECT_TRUE(waitUntil([&] { return window.wasDragged && !inside.empty(); }));
-    person.join();
-    settle();
-    EXPECT_THAT(inside, ElementsAre(eventMask::leftMouseUp));
-    EXPECT_EQ(pasteboard->changeCount(), 1);
+    drag([&] { return pasteboard->changeCount() > before; });
+    EXPECT_EQ(pasteboard->changeCount(), before + 1);
     EXPECT_FALSE(isDragOfOthers);
-    EXPECT_EQ(std::count_if(types.begin(), types.end(), [](quint32 type) { return type != eventMask::mouseMoved; }), 0);
+}
+
+TEST_F(DragOfOurs, movesInsideAloneWhereTheWindowManagerKeepsItsPressForAWhile) {
+    const testing::SlowManager manager(300ms);
+    drag([] { return true; });
+    EXPECT_THAT(inside, ElementsAre(eventMask::leftMouseUp));
+    EXPECT_THAT(types, IsEmpty());
 }
 
 TEST_F(X11MouseEventsTest, aWatchOfThePointerTellsOfChangesAloneUntilItIsToTellOfEveryLook) {
@@ -205,7 +271,9 @@ TEST_F(X11MouseEventsTest, aWatchOfThePointerTellsOfChangesAloneUntilItIsToTellO
     watch.reset();
     const int before = told;
     keyboard.movePointer(300, 300);
-    settle();
+    int toldAfter = 0;
+    const auto other = screens.watchPointer(time, Seconds(0.01), [&] { ++toldAfter; });
+    EXPECT_TRUE(waitUntil([&] { return toldAfter > 0; }));
     EXPECT_EQ(told, before);
 }
 
