@@ -61,6 +61,8 @@ public:
 ///     data, that drag consumes its own moves, and only its release is told, to the local monitors.
 ///  6. Moves and drags that come fast are told as one, a hundred times a second and more. A release is told each time,
 ///     after the moves before it.
+///  7. Where the desktop tells no program what goes to the others, nothing is told to global monitors, and
+///     `tellsOfOthers` says so.
 class EventMonitors {
 public:
     using GlobalHandler = std::function<void(const InputEvent &)>;
@@ -68,6 +70,9 @@ public:
     using LocalHandler = std::function<bool(const InputEvent &)>;
 
     virtual ~EventMonitors() = default;
+
+    /// True where global monitors hear of anything.
+    [[nodiscard]] virtual bool tellsOfOthers() const { return true; }
 
     [[nodiscard]] virtual std::unique_ptr<EventMonitor> addGlobalMonitor(quint32 mask, GlobalHandler handler) = 0;
     [[nodiscard]] virtual std::unique_ptr<EventMonitor> addLocalMonitor(quint32 mask, LocalHandler handler) = 0;

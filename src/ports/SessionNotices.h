@@ -19,12 +19,14 @@ enum class SessionNotice {
 ///
 ///  1. Each is told in a turn of the main queue after it happened. One that a desktop tells twice may be told twice.
 ///  2. What happened before somebody followed is not told.
+///  3. What the desktop tells no program is not told here either, and `tells` says so.
 class SessionNotices {
 public:
     /// Ends the following when it is released; also from within the handler.
     using Token = std::shared_ptr<void>;
 
     virtual ~SessionNotices() = default;
+    [[nodiscard]] virtual bool tells(SessionNotice /*notice*/) const { return true; }
     [[nodiscard]] virtual Token follow(std::function<void(SessionNotice)> handler) = 0;
 };
 

@@ -128,6 +128,7 @@ TEST_P(SessionNoticesContract, eachNoticeIsToldAndNoOtherForIt) {
     const auto following = follow();
     for (const SessionNotice notice : everyNotice) {
         told.clear();
+        EXPECT_TRUE(session->notices().tells(notice)) << static_cast<int>(notice);
         EXPECT_TRUE(isHeard(notice)) << static_cast<int>(notice);
         EXPECT_EQ(countOf(notice), static_cast<qsizetype>(told.size())) << static_cast<int>(notice);
     }

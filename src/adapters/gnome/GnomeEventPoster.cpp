@@ -1,6 +1,6 @@
 #include "adapters/gnome/GnomeEventPoster.h"
 
-#include "adapters/x11/PasteChord.h"
+#include "adapters/linux/PasteChord.h"
 #include "base/VirtualKeys.h"
 #include "ports/EventMonitors.h"
 

@@ -1,38 +1,12 @@
 #include "adapters/x11/X11Access.h"
 
-#include <QFile>
+#include "adapters/linux/SoundServer.h"
+
 #include <QTimer>
 
-#include <cstring>
-
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 #include <xcb/xtest.h>
 
 namespace tavrine {
-namespace {
-
-/// True when something accepts connections at the sound server's usual place, or the person names another server.
-bool soundServerAnswers() {
-    if (qEnvironmentVariableIsSet("PULSE_SERVER"))
-        return true;
-    const QByteArray path = qgetenv("XDG_RUNTIME_DIR") + "/pulse/native";
-    sockaddr_un address{};
-    if (static_cast<size_t>(path.size()) >= sizeof address.sun_path)
-        return false;
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path.constData(), static_cast<size_t>(path.size()));
-    const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (descriptor < 0)
-        return false;
-    const bool answers = ::connect(descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
-    ::close(descriptor);
-    return answers;
-}
-
-} // namespace
-
 X11Access::X11Access() : m_client([](const xcb_generic_event_t &) {}) {}
 
 bool X11Access::isAccessibilityTrusted() const {

@@ -5,7 +5,6 @@
 
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QWheelEvent>
 #include <QWindow>
 
 #include <algorithm>
@@ -18,57 +17,16 @@ namespace {
 // Held keys are compared with the server's after such a pause: releases get lost while another console is in front.
 constexpr quint32 pauseMs = 2000;
 
-quint32 flagsOf(Qt::KeyboardModifiers modifiers) {
-    quint32 flags = 0;
-    if (modifiers & Qt::ShiftModifier)
-        flags |= modifierFlag::shift;
-    if (modifiers & Qt::AltModifier)
-        flags |= modifierFlag::option;
-    // In the program's own windows the Control key gives the commands that Command gives elsewhere.
-    if (modifiers & (Qt::MetaModifier | Qt::ControlModifier))
-        flags |= modifierFlag::command;
-    return flags;
-}
-
 constexpr quint32 releases = eventMask::leftMouseUp | eventMask::rightMouseUp | eventMask::otherMouseUp;
 constexpr quint32 motions =
     eventMask::mouseMoved | eventMask::leftMouseDragged | eventMask::rightMouseDragged | eventMask::otherMouseDragged;
 
-/// 0 for a press that nobody can ask for.
-quint32 typeOf(const QMouseEvent &mouse) {
-    const auto oneOf = [](Qt::MouseButtons buttons, quint32 left, quint32 right, quint32 other) {
-        return buttons & Qt::LeftButton ? left : buttons & Qt::RightButton ? right : other;
-    };
-    if (mouse.type() == QEvent::MouseButtonPress)
-        return oneOf(mouse.button(), eventMask::leftMouseDown, eventMask::rightMouseDown, 0);
-    if (mouse.type() == QEvent::MouseButtonRelease)
-        return oneOf(mouse.button(), eventMask::leftMouseUp, eventMask::rightMouseUp, eventMask::otherMouseUp);
-    return mouse.buttons() == Qt::NoButton ? eventMask::mouseMoved
-                                           : oneOf(mouse.buttons(), eventMask::leftMouseDragged,
-                                                   eventMask::rightMouseDragged, eventMask::otherMouseDragged);
-}
-
 } // namespace
-
-class X11EventMonitors::Monitor final : public EventMonitor {
-public:
-    Monitor(X11EventMonitors &owner, std::shared_ptr<Entry> entry)
-        : m_owner(owner), m_alive(owner.m_alive), m_entry(std::move(entry)) {}
-    ~Monitor() override {
-        m_entry->handler = nullptr; // also for an event that is under way
-        if (!m_alive.expired())
-            m_owner.remove(m_entry);
-    }
-
-private:
-    X11EventMonitors &m_owner;
-    std::weak_ptr<int> m_alive;
-    std::shared_ptr<Entry> m_entry;
-};
 
 X11EventMonitors::X11EventMonitors(std::shared_ptr<const KeyboardSilence> silence)
     : m_silence(std::move(silence)), m_client([this](const xcb_generic_event_t &event) { handle(event); }),
-      m_map(m_client, [this] { takeHeldKeys(); }), m_mouse([this](quint32 type) { tellMouse(type); }) {
+      m_map(m_client, [this] { takeHeldKeys(); }), m_global([this] { select(); }), m_local([this] { select(); }),
+      m_mouse([this](quint32 type) { tellMouse(type); }) {
     if (m_client.isConnected())
         qApp->installEventFilter(this);
 }
@@ -76,27 +34,11 @@ X11EventMonitors::X11EventMonitors(std::shared_ptr<const KeyboardSilence> silenc
 X11EventMonitors::~X11EventMonitors() = default;
 
 std::unique_ptr<EventMonitor> X11EventMonitors::addGlobalMonitor(quint32 mask, GlobalHandler handler) {
-    return add(m_global, mask, [handler = std::move(handler)](const InputEvent &event) {
-        handler(event);
-        return false;
-    });
+    return m_global.add(mask, std::move(handler));
 }
 
 std::unique_ptr<EventMonitor> X11EventMonitors::addLocalMonitor(quint32 mask, LocalHandler handler) {
-    return add(m_local, mask, std::move(handler));
-}
-
-std::unique_ptr<EventMonitor> X11EventMonitors::add(Entries &entries, quint32 mask, LocalHandler handler) {
-    entries.push_back(std::make_shared<Entry>(Entry{mask, std::move(handler)}));
-    auto monitor = std::make_unique<Monitor>(*this, entries.back());
-    select();
-    return monitor;
-}
-
-void X11EventMonitors::remove(const std::shared_ptr<Entry> &entry) {
-    std::erase(m_global, entry);
-    std::erase(m_local, entry);
-    select();
+    return m_local.add(mask, std::move(handler));
 }
 
 /// Clients of an earlier version get no raw events while another client holds a grab.
@@ -108,9 +50,7 @@ void X11EventMonitors::announceVersion() {
 }
 
 void X11EventMonitors::select() {
-    quint32 asked = 0;
-    for (const auto &entry : m_global)
-        asked |= entry->mask;
+    const quint32 asked = m_global.asked();
     m_mouse.watch(asked & motions    ? X11MouseEvents::Wanted::all
                   : asked & releases ? X11MouseEvents::Wanted::releases
                                      : X11MouseEvents::Wanted::nothing);
@@ -119,15 +59,10 @@ void X11EventMonitors::select() {
     if (m_inputOpcode == 0)
         return;
     quint32 wanted = 0;
-    for (const auto &entry : m_global) {
-        if (entry->mask & (eventMask::keyDown | eventMask::flagsChanged))
-            wanted |= XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
-        if (entry->mask & (eventMask::leftMouseDown | eventMask::rightMouseDown))
-            wanted |= XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS;
-    }
-    for (const auto &entry : m_local)
-        if (entry->mask & eventMask::flagsChanged)
-            wanted |= XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
+    if ((asked & (eventMask::keyDown | eventMask::flagsChanged)) || (m_local.asked() & eventMask::flagsChanged))
+        wanted |= XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
+    if (asked & (eventMask::leftMouseDown | eventMask::rightMouseDown))
+        wanted |= XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS;
     if (wanted == m_selected)
         return;
     const bool startsKeys = (wanted & ~m_selected) & XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS;
@@ -195,10 +130,10 @@ void X11EventMonitors::onRawKey(int keycode, bool isPress, quint32 time) {
     }
     if (m_map.keyboard().isLockKey(keycode) || QGuiApplication::focusWindow() || isSamePress(time, m_ownKeyTime))
         return; // keys of our own windows come from Qt
-    tell(m_global, {.type = eventMask::keyDown,
-                    .modifierFlags = flags(),
-                    .keyCode = virtualKeyOfXKeycode(keycode).value_or(-1),
-                    .scrollDelta = {}});
+    m_global.tell({.type = eventMask::keyDown,
+                   .modifierFlags = flags(),
+                   .keyCode = virtualKeyOfXKeycode(keycode).value_or(-1),
+                   .scrollDelta = {}});
 }
 
 void X11EventMonitors::forgetReleasedKeys(quint32 time) {
@@ -215,11 +150,11 @@ void X11EventMonitors::forgetReleasedKeys(quint32 time) {
 void X11EventMonitors::onRawButton(quint32 button, quint32 time) {
     const quint32 type = button == 1 ? eventMask::leftMouseDown : button == 3 ? eventMask::rightMouseDown : 0;
     if (type && !isSamePress(time, m_ownPressTime) && !isPointerOverOurWindow())
-        tell(m_global, {.type = type, .modifierFlags = flags(), .keyCode = -1, .scrollDelta = {}});
+        m_global.tell({.type = type, .modifierFlags = flags(), .keyCode = -1, .scrollDelta = {}});
 }
 
 void X11EventMonitors::tellMouse(quint32 type) {
-    tell(m_global, {.type = type, .modifierFlags = flags(), .keyCode = -1, .scrollDelta = {}});
+    m_global.tell({.type = type, .modifierFlags = flags(), .keyCode = -1, .scrollDelta = {}});
 }
 
 bool X11EventMonitors::isPointerOverOurWindow() {
@@ -250,22 +185,7 @@ quint32 X11EventMonitors::flags() const {
 
 void X11EventMonitors::tellFlags() {
     const InputEvent event{.type = eventMask::flagsChanged, .modifierFlags = flags(), .keyCode = -1, .scrollDelta = {}};
-    tell(QGuiApplication::focusWindow() ? m_local : m_global, event);
-}
-
-bool X11EventMonitors::tellOwnMouse(const QMouseEvent &mouse) {
-    const InputEvent event{
-        .type = typeOf(mouse), .modifierFlags = flagsOf(mouse.modifiers()), .keyCode = -1, .scrollDelta = {}};
-    return tell(m_local, event) && mouse.type() == QEvent::MouseButtonPress;
-}
-
-bool X11EventMonitors::tell(const Entries &entries, const InputEvent &event) {
-    const Entries present = entries; // a handler may add or end monitors
-    for (const auto &entry : present)
-        if (entry->mask & event.type)
-            if (const LocalHandler handler = entry->handler; handler && handler(event))
-                return true;
-    return false;
+    (QGuiApplication::focusWindow() ? m_local : m_global).tell(event);
 }
 
 bool X11EventMonitors::eventFilter(QObject *watched, QEvent *event) {
@@ -278,30 +198,7 @@ bool X11EventMonitors::eventFilter(QObject *watched, QEvent *event) {
         m_ownPressTime = static_cast<quint32>(static_cast<const QMouseEvent &>(*event).timestamp());
         m_mouse.noteOwnPress(m_ownPressTime);
     }
-    if (m_local.empty())
-        return false;
-    switch (event->type()) {
-    case QEvent::KeyPress: {
-        const auto &key = static_cast<const QKeyEvent &>(*event);
-        return tell(m_local, {.type = eventMask::keyDown,
-                              .modifierFlags = flagsOf(key.modifiers()),
-                              .keyCode = virtualKeyOfXKeycode(static_cast<int>(key.nativeScanCode())).value_or(-1),
-                              .scrollDelta = {}});
-    }
-    case QEvent::Wheel: {
-        const auto &wheel = static_cast<const QWheelEvent &>(*event);
-        return tell(m_local, {.type = eventMask::scrollWheel,
-                              .modifierFlags = flagsOf(wheel.modifiers()),
-                              .keyCode = -1,
-                              .scrollDelta = wheel.angleDelta()});
-    }
-    case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonRelease:
-    case QEvent::MouseMove:
-        return tellOwnMouse(static_cast<const QMouseEvent &>(*event));
-    default:
-        return false;
-    }
+    return m_local.tellOwn(*event);
 }
 
 } // namespace tavrine

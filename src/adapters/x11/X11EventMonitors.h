@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/linux/MonitorList.h"
 #include "adapters/x11/KeyboardSilence.h"
 #include "adapters/x11/X11KeyboardMap.h"
 #include "adapters/x11/X11MouseEvents.h"
@@ -11,8 +12,6 @@
 #include <map>
 #include <memory>
 #include <vector>
-
-class QMouseEvent;
 
 namespace tavrine {
 
@@ -35,15 +34,6 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    class Monitor;
-    struct Entry {
-        quint32 mask;
-        LocalHandler handler;
-    };
-    using Entries = std::vector<std::shared_ptr<Entry>>;
-
-    [[nodiscard]] std::unique_ptr<EventMonitor> add(Entries &entries, quint32 mask, LocalHandler handler);
-    void remove(const std::shared_ptr<Entry> &entry);
     void announceVersion();
     void select();
     void handle(const xcb_generic_event_t &event);
@@ -54,18 +44,15 @@ private:
     [[nodiscard]] quint32 flags() const;
     void tellFlags();
     void tellMouse(quint32 type);
-    bool tell(const Entries &entries, const InputEvent &event);
-    bool tellOwnMouse(const QMouseEvent &mouse);
     [[nodiscard]] bool isPointerOverOurWindow();
 
     std::shared_ptr<const KeyboardSilence> m_silence;
     XcbClient m_client;
     X11KeyboardMap m_map;
-    Entries m_global;
-    Entries m_local;
+    MonitorList m_global;
+    MonitorList m_local;
     std::map<int, quint32> m_heldModifiers; ///< keycode to the flag that it had when it was pressed
-    std::shared_ptr<int> m_alive = std::make_shared<int>();
-    quint32 m_ownKeyTime = 0; ///< when the last key went down that a window of ours has had from Qt
+    quint32 m_ownKeyTime = 0;               ///< when the last key went down that a window of ours has had from Qt
     quint32 m_ownPressTime = 0;
     X11MouseEvents m_mouse;
     quint32 m_selected = 0;

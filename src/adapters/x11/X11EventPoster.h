@@ -1,6 +1,6 @@
 #pragma once
 
-#include "adapters/x11/PasteChord.h"
+#include "adapters/linux/PasteChord.h"
 #include "adapters/x11/X11Keyboard.h"
 #include "adapters/x11/XcbClient.h"
 #include "ports/EventPoster.h"

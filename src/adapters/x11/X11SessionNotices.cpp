@@ -1,51 +1,18 @@
 #include "adapters/x11/X11SessionNotices.h"
 
-#include <QGuiApplication>
-#include <QPointer>
-#include <QWindow>
-
 #include <xcb/screensaver.h>
 
 namespace tavrine {
 
 X11SessionNotices::~X11SessionNotices() = default;
 
-SessionNotices::Token X11SessionNotices::follow(std::function<void(SessionNotice)> handler) {
-    const auto follower = std::make_shared<Handler>(std::move(handler));
-    m_followers.push_back(follower);
-    if (m_followers.size() == 1)
-        begin();
-    return {follower.get(), [self = QPointer(this), follower](void *) {
-                *follower = nullptr; // also for what is being told
-                if (!self)
-                    return;
-                std::erase(self->m_followers, follower);
-                if (self->m_followers.empty())
-                    self->end();
-            }};
-}
-
 void X11SessionNotices::begin() {
-    m_listening = m_events.listen([this](SessionEvent event) {
-        if (event == SessionEvent::wokeUp)
-            tell(SessionNotice::didWake);
-        else if (event == SessionEvent::isUnlocked)
-            tell(SessionNotice::screenIsUnlocked);
-    });
-    m_toolkit = std::make_unique<QObject>();
-    m_hasKeyboard = QGuiApplication::focusWindow() != nullptr;
-    connect(qGuiApp, &QGuiApplication::focusWindowChanged, m_toolkit.get(), [this](const QWindow *window) {
-        if (window && !m_hasKeyboard)
-            tell(SessionNotice::didBecomeActive);
-        m_hasKeyboard = window != nullptr;
-    });
+    LinuxSessionNotices::begin();
     watchServer();
 }
 
-/// Followers are told in turns of their own, so nothing of this is at work.
 void X11SessionNotices::end() {
-    m_listening.reset();
-    m_toolkit.reset();
+    LinuxSessionNotices::end();
     m_client.reset();
 }
 
@@ -90,18 +57,6 @@ void X11SessionNotices::onRootProperty(xcb_atom_t property) {
         if (std::exchange(m_isShowingDesktop, isShowing) && !isShowing)
             tell(SessionNotice::didUnhide);
     }
-}
-
-void X11SessionNotices::tell(SessionNotice notice) {
-    const auto followers = m_followers; // those who follow now
-    QMetaObject::invokeMethod(
-        this,
-        [followers, notice] {
-            for (const auto &follower : followers)
-                if (const Handler handler = *follower)
-                    handler(notice);
-        },
-        Qt::QueuedConnection);
 }
 
 } // namespace tavrine

@@ -1,4 +1,4 @@
-#include "adapters/x11/PasteChord.h"
+#include "adapters/linux/PasteChord.h"
 
 #include <algorithm>
 #include <array>
