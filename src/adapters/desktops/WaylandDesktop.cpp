@@ -1,6 +1,7 @@
 #include "adapters/desktops/WaylandDesktop.h"
 
 #include "adapters/linux/ApplicationObject.h"
+#include "adapters/linux/LinuxSessionNotices.h"
 #include "adapters/linux/NoScreenStreams.h"
 #include "adapters/linux/PluginLoader.h"
 #include "adapters/linux/StatusNotifierItem.h"
@@ -9,8 +10,13 @@
 #include "adapters/wayland/CompositorLoss.h"
 #include "adapters/wayland/LayerPanelWindow.h"
 #include "adapters/wayland/LayerShell.h"
+#include "adapters/wayland/WaylandAccess.h"
+#include "adapters/wayland/WaylandApplicationActivator.h"
+#include "adapters/wayland/WaylandEventMonitors.h"
+#include "adapters/wayland/WaylandEventPoster.h"
 #include "adapters/wayland/WaylandPasteboard.h"
 #include "adapters/wayland/WaylandScreens.h"
+#include "adapters/wayland/WaylandWorkspace.h"
 
 #include <vector>
 
@@ -28,16 +34,22 @@ void WaylandDesktop::startedAgain(const StartIdentifiers &identifiers) {
         qputenv("XDG_ACTIVATION_TOKEN", identifiers.activationToken);
 }
 
+const std::shared_ptr<WaylandWindows> &WaylandDesktop::windows() {
+    if (!m_windows)
+        m_windows = WaylandWindows::make();
+    return m_windows;
+}
+
 SessionNotices &WaylandDesktop::sessionNotices() {
-    return m_sessionNotices.get([] { return std::make_unique<absent::NoSessionNotices>(); });
+    return m_sessionNotices.get([] { return std::make_unique<LinuxSessionNotices>(); });
 }
 
 Workspace &WaylandDesktop::workspace() {
-    return m_workspace.get([] { return std::make_unique<absent::NoWorkspace>(); });
+    return m_workspace.get([this] { return std::make_unique<WaylandWorkspace>(windows()); });
 }
 
 ApplicationActivator &WaylandDesktop::applicationActivator() {
-    return m_activator.get([] { return std::make_unique<absent::NoApplicationActivator>(); });
+    return m_activator.get([this] { return std::make_unique<WaylandApplicationActivator>(windows()); });
 }
 
 Screens &WaylandDesktop::screens() {
@@ -81,11 +93,15 @@ HotKeys &WaylandDesktop::hotKeys() {
 }
 
 EventMonitors &WaylandDesktop::eventMonitors() {
-    return m_eventMonitors.get([] { return std::make_unique<absent::NoEventMonitors>(); });
+    return m_eventMonitors.get([] { return std::make_unique<WaylandEventMonitors>(); });
 }
 
 EventPoster &WaylandDesktop::eventPoster() {
-    return m_eventPoster.get([] { return std::make_unique<absent::NoEventPoster>(); });
+    // Some programs paste the primary selection: it gets the same text.
+    return m_eventPoster.get([this] {
+        return std::make_unique<WaylandEventPoster>(windows(),
+                                                    [this] { return pasteboard().string().value_or(QString()); });
+    });
 }
 
 EventTaps &WaylandDesktop::eventTaps() {
@@ -101,7 +117,7 @@ Dragging &WaylandDesktop::dragging() {
 }
 
 Access &WaylandDesktop::access() {
-    return m_access.get([] { return std::make_unique<absent::NoAccess>(); });
+    return m_access.get([] { return std::make_unique<WaylandAccess>(); });
 }
 
 Pasteboard &WaylandDesktop::pasteboard() {

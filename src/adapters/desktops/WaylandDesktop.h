@@ -5,6 +5,7 @@
 namespace tavrine {
 
 class LayerShell;
+class WaylandWindows;
 
 /// A desktop whose windows a Wayland compositor draws, with the layer shell for panels and data control for the
 /// clipboard.
@@ -40,6 +41,9 @@ private:
     [[nodiscard]] LayerShell &layerShell();
 
     MadeOnce<LayerShell> m_layerShell; ///< outlives the windows
+    [[nodiscard]] const std::shared_ptr<WaylandWindows> &windows();
+
+    std::shared_ptr<WaylandWindows> m_windows;
     MadeOnce<Pasteboard> m_pasteboard;
     MadeOnce<Workspace> m_workspace;
     MadeOnce<StatusItem> m_statusItem;

@@ -1,49 +1,17 @@
 #pragma once
 
-#include "base/NotificationCenter.h"
-#include "ports/Access.h"
-#include "ports/ApplicationActivator.h"
 #include "ports/ColorSampler.h"
 #include "ports/DragPasteboard.h"
 #include "ports/Dragging.h"
 #include "ports/EdgeWindow.h"
-#include "ports/EventMonitors.h"
-#include "ports/EventPoster.h"
 #include "ports/EventTap.h"
 #include "ports/HotKeys.h"
-#include "ports/SessionNotices.h"
-#include "ports/Workspace.h"
 
 #include <QTimer>
 #include <QWidget>
 
 /// What stands where a desktop has nothing for a port: it is asked, and nothing happens.
 namespace tavrine::absent {
-
-class NoSessionNotices final : public SessionNotices {
-public:
-    [[nodiscard]] Token follow(std::function<void(SessionNotice)> /*handler*/) override { return {}; }
-};
-
-class NoWorkspace final : public Workspace {
-public:
-    [[nodiscard]] NotificationCenter &notificationCenter() override { return m_center; }
-    [[nodiscard]] std::optional<RunningApplication> frontmostApplication() const override { return std::nullopt; }
-    [[nodiscard]] QList<RunningApplication> runningApplications() const override { return {}; }
-    void activateFileViewerSelecting(const QList<QUrl> & /*urls*/) override {}
-
-private:
-    NotificationCenter m_center;
-};
-
-class NoApplicationActivator final : public ApplicationActivator {
-public:
-    [[nodiscard]] bool isRunning(const RunningApplication & /*application*/) const override { return false; }
-    bool activate(const RunningApplication & /*application*/) override { return false; }
-    void activateIgnoringOtherApps() override {}
-    void bringForward(quint32 /*window*/) override {}
-    void hide() override {}
-};
 
 class NoEdgeWindows final : public EdgeWindows {
 public:
@@ -96,21 +64,6 @@ public:
     void unregisterHotKey(HotKeyRef /*ref*/) override {}
 };
 
-class NoEventMonitors final : public EventMonitors {
-public:
-    [[nodiscard]] std::unique_ptr<EventMonitor> addGlobalMonitor(quint32 /*mask*/, GlobalHandler /*handler*/) override {
-        return std::make_unique<EventMonitor>();
-    }
-    [[nodiscard]] std::unique_ptr<EventMonitor> addLocalMonitor(quint32 /*mask*/, LocalHandler /*handler*/) override {
-        return std::make_unique<EventMonitor>();
-    }
-};
-
-class NoEventPoster final : public EventPoster {
-public:
-    void postKeyboardEvent(int /*keyCode*/, bool /*isKeyDown*/, quint32 /*flags*/) override {}
-};
-
 /// No program of a Wayland session may keep keys from others.
 class NoEventTaps final : public EventTaps {
 public:
@@ -139,25 +92,6 @@ public:
     [[nodiscard]] quint32 beginDragging(QWidget & /*source*/, const DraggedItem & /*item*/,
                                         std::function<quint32()> /*mask*/) override {
         return dragOperation::none;
-    }
-};
-
-class NoAccess final : public Access {
-public:
-    [[nodiscard]] bool isAccessibilityTrusted() const override { return false; }
-    bool requestAccessibility() override { return false; }
-    [[nodiscard]] bool isScreenCaptureGranted() const override { return false; }
-    bool requestScreenCapture() override { return false; }
-    void probeScreenCapture(std::function<void(std::optional<QString>)> completion) override {
-        QTimer::singleShot(0, [completion = std::move(completion)] {
-            completion(QStringLiteral("This desktop does not show its screen."));
-        });
-    }
-    [[nodiscard]] MicrophoneAuthorization microphoneAuthorization() const override {
-        return MicrophoneAuthorization::authorized;
-    }
-    void requestMicrophone(std::function<void(bool)> completion) override {
-        QTimer::singleShot(0, [completion = std::move(completion)] { completion(true); });
     }
 };
 

@@ -20,6 +20,7 @@ public:
 
     [[nodiscard]] bool isConnected() const { return m_link.isOpen(); }
     [[nodiscard]] WaylandLink &link() { return m_link; }
+    [[nodiscard]] const WaylandLink &link() const { return m_link; }
     void flush() { m_link.flush(); }
     /// Called once, in a turn of its own, when the compositor has ended the connection.
     void setOnLost(std::function<void()> onLost) { m_onLost = std::move(onLost); }

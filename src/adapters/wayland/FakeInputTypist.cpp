@@ -1,0 +1,194 @@
+#include "adapters/linux/SessionBus.h"
+#include "adapters/wayland/Typist.h"
+#include "adapters/wayland/WaylandLink.h"
+
+#include <QDBusConnection>
+#include <QObject>
+
+#include <linux/input-event-codes.h>
+#include <sys/mman.h>
+#include <unistd.h>
+#include <wayland/fake-input.h>
+#include <xkbcommon/xkbcommon.h>
+
+namespace tavrine {
+namespace {
+
+constexpr int highestVersion = 4; // the first that types
+constexpr int highestSeat = 1;
+constexpr xkb_keycode_t xkbOffset = 8;
+constexpr int modifierKeys[] = {KEY_LEFTSHIFT, KEY_RIGHTSHIFT, KEY_LEFTCTRL, KEY_RIGHTCTRL,
+                                KEY_LEFTALT,   KEY_RIGHTALT,   KEY_LEFTMETA, KEY_RIGHTMETA};
+
+/// What the person's keyboard has where, as the compositor tells everybody.
+class PersonsKeymap {
+public:
+    explicit PersonsKeymap(WaylandLink &link) {
+        static constexpr wl_seat_listener listener{.capabilities =
+                                                       [](void *self, wl_seat *seat, std::uint32_t capabilities) {
+                                                           static_cast<PersonsKeymap *>(self)->take(
+                                                               seat, capabilities & WL_SEAT_CAPABILITY_KEYBOARD);
+                                                       },
+                                                   .name = [](void *, wl_seat *, const char *) {}};
+        if (auto *const seat = link.bind<wl_seat>(wl_seat_interface, highestSeat))
+            wl_seat_add_listener(seat, &listener, this);
+    }
+    ~PersonsKeymap() {
+        xkb_keymap_unref(m_map);
+        xkb_context_unref(m_context);
+    }
+    PersonsKeymap(const PersonsKeymap &) = delete;
+    PersonsKeymap &operator=(const PersonsKeymap &) = delete;
+
+    [[nodiscard]] bool hasLayouts() const { return m_map && xkb_keymap_num_layouts(m_map) > 1; }
+
+    /// The key that types the letter without a modifier; 0 for none.
+    [[nodiscard]] int keyOf(char letter, xkb_layout_index_t layout) const {
+        if (!m_map)
+            return 0;
+        const xkb_keysym_t wanted = xkb_utf32_to_keysym(static_cast<std::uint32_t>(letter));
+        for (xkb_keycode_t key = xkb_keymap_min_keycode(m_map); key <= xkb_keymap_max_keycode(m_map); ++key) {
+            const xkb_keysym_t *symbols = nullptr;
+            if (xkb_keymap_key_get_syms_by_level(m_map, key, layout, 0, &symbols) == 1 && symbols[0] == wanted)
+                return static_cast<int>(key - xkbOffset);
+        }
+        return 0;
+    }
+
+private:
+    void take(wl_seat *seat, bool hasKeyboard) {
+        static constexpr wl_keyboard_listener listener{
+            .keymap = [](void *self, wl_keyboard *, std::uint32_t format, std::int32_t file,
+                         std::uint32_t size) { static_cast<PersonsKeymap *>(self)->read(format, file, size); },
+            .enter = [](void *, wl_keyboard *, std::uint32_t, wl_surface *, wl_array *) {},
+            .leave = [](void *, wl_keyboard *, std::uint32_t, wl_surface *) {},
+            .key = [](void *, wl_keyboard *, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) {},
+            .modifiers = [](void *, wl_keyboard *, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t,
+                            std::uint32_t) {},
+            .repeat_info = [](void *, wl_keyboard *, std::int32_t, std::int32_t) {}};
+        if (m_keyboard)
+            wl_keyboard_destroy(std::exchange(m_keyboard, nullptr));
+        if (!hasKeyboard)
+            return;
+        m_keyboard = wl_seat_get_keyboard(seat);
+        wl_keyboard_add_listener(m_keyboard, &listener, this);
+    }
+
+    void read(std::uint32_t format, int file, std::uint32_t size) {
+        void *const text = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file, 0);
+        ::close(file);
+        if (text == MAP_FAILED)
+            return;
+        if (!m_context)
+            m_context = xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES);
+        if (format == WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1 && size > 0) {
+            xkb_keymap_unref(m_map);
+            m_map = xkb_keymap_new_from_buffer(m_context, static_cast<const char *>(text), size - 1,
+                                               XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS);
+        }
+        munmap(text, size);
+    }
+
+    wl_keyboard *m_keyboard = nullptr;
+    xkb_context *m_context = nullptr;
+    xkb_keymap *m_map = nullptr;
+};
+
+/// Which of the person's layouts is in use. KWin tells it to who has the keyboard, and to everybody over D-Bus.
+class LayoutInUse final : public QObject {
+    Q_OBJECT
+
+public:
+    LayoutInUse() {
+        sessionBus::follow(this, [this](QDBusConnection bus) {
+            if (!bus.isConnected())
+                return;
+            const auto name = QStringLiteral("org.kde.keyboard");
+            const auto path = QStringLiteral("/Layouts");
+            const auto interface = QStringLiteral("org.kde.KeyboardLayouts");
+            bus.connect(QString(), path, interface, QStringLiteral("layoutChanged"), this, SLOT(take(uint)));
+            sessionBus::ask(bus, QDBusMessage::createMethodCall(name, path, interface, QStringLiteral("getLayout")),
+                            this, [this](const QDBusPendingCall &answer) {
+                                if (!answer.isError() && !answer.reply().arguments().isEmpty())
+                                    take(answer.reply().arguments().at(0).toUInt());
+                            });
+        });
+    }
+    [[nodiscard]] xkb_layout_index_t number() const { return m_number; }
+
+private Q_SLOTS:
+    void take(uint number) { m_number = number; }
+
+private:
+    xkb_layout_index_t m_number = 0;
+};
+
+class FakeInput final : public Typist {
+public:
+    FakeInput(WaylandLink &link, org_kde_kwin_fake_input *input) : m_link(link), m_input(input), m_keymap(link) {
+        org_kde_kwin_fake_input_authenticate(m_input, "Tavrine", "Pastes what was chosen from the clipboard's history");
+        // The seat comes with the first answer, its keyboard's map with the second.
+        m_link.finish();
+        m_link.finish();
+        if (m_keymap.hasLayouts())
+            m_layout = std::make_unique<LayoutInUse>();
+    }
+
+    [[nodiscard]] bool press(const WaylandChord &chord) override {
+        m_key = chord.key ? chord.key : m_keymap.keyOf(chord.letter, m_layout ? m_layout->number() : 0);
+        if (m_key == 0)
+            return false;
+        m_held = {};
+        // The chord's modifiers go down first: a lone Super or Alt that is let go opens a menu.
+        if (chord.hasControl)
+            hold(KEY_LEFTCTRL);
+        if (chord.hasShift)
+            hold(KEY_LEFTSHIFT);
+        if (chord.hasAlt)
+            hold(KEY_LEFTALT);
+        for (const int modifier : modifierKeys)
+            if (std::ranges::find(m_held, modifier) == m_held.end())
+                send(modifier, false);
+        send(m_key, false);
+        send(m_key, true);
+        m_link.flush();
+        return true;
+    }
+
+    void release() override {
+        send(m_key, false);
+        for (const int modifier : m_held)
+            send(modifier, false);
+        m_link.flush();
+    }
+
+private:
+    void hold(int modifier) {
+        send(modifier, true);
+        m_held.push_back(modifier);
+    }
+    void send(int key, bool isDown) {
+        org_kde_kwin_fake_input_keyboard_key(m_input, static_cast<std::uint32_t>(key), isDown ? 1 : 0);
+    }
+
+    WaylandLink &m_link;
+    org_kde_kwin_fake_input *m_input;
+    PersonsKeymap m_keymap;
+    std::unique_ptr<LayoutInUse> m_layout; ///< where there are several
+    std::vector<int> m_held;
+    int m_key = 0;
+};
+
+} // namespace
+
+std::unique_ptr<Typist> Typist::fakeInput(WaylandLink &link) {
+    const auto *const offered = link.find(org_kde_kwin_fake_input_interface.name);
+    if (!offered || offered->version < highestVersion)
+        return nullptr;
+    auto *const input = link.bind<org_kde_kwin_fake_input>(org_kde_kwin_fake_input_interface, highestVersion);
+    return input ? std::make_unique<FakeInput>(link, input) : nullptr;
+}
+
+} // namespace tavrine
+
+#include "FakeInputTypist.moc"

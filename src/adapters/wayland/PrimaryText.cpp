@@ -1,0 +1,112 @@
+#include "adapters/wayland/PrimaryText.h"
+
+#include "adapters/wayland/WaylandLink.h"
+#include "base/Descriptor.h"
+
+#include <QSocketNotifier>
+
+#include <cerrno>
+#include <memory>
+
+#include <fcntl.h>
+#include <unistd.h>
+#include <wayland/wlr-data-control-unstable-v1.h>
+
+namespace tavrine {
+namespace {
+
+constexpr int firstWithPrimary = 2;
+constexpr const char *types[] = {"text/plain;charset=utf-8", "UTF8_STRING", "text/plain", "TEXT", "STRING"};
+
+struct Owned {
+    PrimaryText *owner;
+    QByteArray text;
+};
+
+/// Writes what the reader takes, without waiting for it, and ends itself.
+class Answer final : public QObject {
+public:
+    Answer(QObject *parent, QByteArray text, int file)
+        : QObject(parent), m_text(std::move(text)), m_file(file), m_notifier(file, QSocketNotifier::Write) {
+        fcntl(file, F_SETFL, fcntl(file, F_GETFL) | O_NONBLOCK);
+        connect(&m_notifier, &QSocketNotifier::activated, this, &Answer::go);
+    }
+
+private:
+    void go() {
+        const auto written = write(m_file.number(), m_text.constData() + m_sent, m_text.size() - m_sent);
+        if (written < 0 && (errno == EAGAIN || errno == EINTR))
+            return;
+        m_sent += written;
+        if (written > 0 && m_sent < m_text.size())
+            return;
+        m_notifier.setEnabled(false);
+        m_file.close();
+        deleteLater();
+    }
+
+    const QByteArray m_text;
+    Descriptor m_file;
+    QSocketNotifier m_notifier;
+    qsizetype m_sent = 0;
+};
+
+} // namespace
+
+PrimaryText::PrimaryText(WaylandLink &link) : m_link(link) {
+    const auto *const offered = link.find(zwlr_data_control_manager_v1_interface.name);
+    if (!offered || offered->version < firstWithPrimary)
+        return;
+    m_manager = link.bind<zwlr_data_control_manager_v1>(zwlr_data_control_manager_v1_interface, firstWithPrimary);
+    auto *const seat = link.bind<wl_seat>(wl_seat_interface, 1);
+    if (!m_manager || !seat)
+        return;
+    using Device = zwlr_data_control_device_v1;
+    using Offer = zwlr_data_control_offer_v1;
+    static constexpr zwlr_data_control_device_v1_listener listener{
+        .data_offer = [](void *, Device *, Offer *) {},
+        .selection =
+            [](void *, Device *, Offer *offer) {
+                if (offer)
+                    zwlr_data_control_offer_v1_destroy(offer);
+            },
+        .finished = [](void *, Device *) {},
+        .primary_selection =
+            [](void *, Device *, Offer *offer) {
+                if (offer)
+                    zwlr_data_control_offer_v1_destroy(offer);
+            }};
+    m_device = zwlr_data_control_manager_v1_get_data_device(m_manager, seat);
+    zwlr_data_control_device_v1_add_listener(m_device, &listener, nullptr);
+}
+
+PrimaryText::~PrimaryText() = default;
+
+void PrimaryText::own(const QByteArray &text) {
+    if (!m_device)
+        return;
+    using Source = zwlr_data_control_source_v1;
+    static constexpr zwlr_data_control_source_v1_listener listener{
+        .send =
+            [](void *data, Source *, const char *, std::int32_t file) {
+                const auto *const owned = static_cast<Owned *>(data);
+                owned->owner->answer(owned->text, file);
+            },
+        .cancelled =
+            [](void *data, Source *source) {
+                delete static_cast<Owned *>(data);
+                zwlr_data_control_source_v1_destroy(source);
+            }};
+    auto *const source = zwlr_data_control_manager_v1_create_data_source(m_manager);
+    zwlr_data_control_source_v1_add_listener(source, &listener, new Owned{this, text});
+    for (const char *type : types)
+        zwlr_data_control_source_v1_offer(source, type);
+    zwlr_data_control_device_v1_set_primary_selection(m_device, source);
+    m_link.flush();
+}
+
+void PrimaryText::answer(const QByteArray &text, int file) {
+    new Answer(this, text, file);
+}
+
+} // namespace tavrine

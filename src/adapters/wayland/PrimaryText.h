@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QByteArray>
+#include <QObject>
+
+struct zwlr_data_control_device_v1;
+struct zwlr_data_control_manager_v1;
+
+namespace tavrine {
+
+class WaylandLink;
+
+/// The primary selection, as far as this program ever has it: one text. Main thread, on the link of its owner.
+class PrimaryText final : public QObject {
+public:
+    explicit PrimaryText(WaylandLink &link);
+    ~PrimaryText() override;
+
+    /// Takes the selection, and answers for it until somebody else does. Nothing where the compositor gives no
+    /// background program the primary selection.
+    void own(const QByteArray &text);
+
+private:
+    void answer(const QByteArray &text, int file);
+
+    WaylandLink &m_link;
+    zwlr_data_control_manager_v1 *m_manager = nullptr;
+    zwlr_data_control_device_v1 *m_device = nullptr;
+};
+
+} // namespace tavrine

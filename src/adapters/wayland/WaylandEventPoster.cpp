@@ -1,0 +1,64 @@
+#include "adapters/wayland/WaylandEventPoster.h"
+
+#include "adapters/wayland/PrimaryText.h"
+#include "adapters/wayland/Typist.h"
+#include "base/VirtualKeys.h"
+#include "ports/EventMonitors.h"
+
+#include <utility>
+
+namespace tavrine {
+
+WaylandEventPoster::WaylandEventPoster(std::shared_ptr<WaylandWindows> windows, std::function<QString()> text)
+    : m_windows(std::move(windows)), m_text(std::move(text)) {
+    if (!m_client.isConnected())
+        return;
+    m_typist = Typist::virtualKeyboard(m_client.link());
+    if (!m_typist)
+        m_typist = Typist::fakeInput(m_client.link());
+}
+
+WaylandEventPoster::~WaylandEventPoster() = default;
+
+void WaylandEventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) {
+    if (!canPost())
+        return;
+    release(); // also of a chord whose key-up never came
+    if (!isKeyDown)
+        return;
+    WaylandChord chord{.key = evdevPosition(keyCode).value_or(0),
+                       .hasShift = (flags & modifierFlag::shift) != 0,
+                       .hasControl = (flags & (modifierFlag::control | modifierFlag::command)) != 0,
+                       .hasAlt = (flags & modifierFlag::option) != 0};
+    if (keyCode != virtualKey::v || (flags & modifierFlag::deviceIndependent) != modifierFlag::command) {
+        m_isPressed = chord.key != 0 && m_typist->press(chord);
+        return;
+    }
+    const int insert = *evdevPosition(virtualKey::insert);
+    const PasteChord paste = pasteChordOfTarget();
+    chord = {
+        .key = paste.isInsert ? insert : 0, .letter = 'v', .hasShift = paste.hasShift, .hasControl = paste.hasControl};
+    if (paste.pastesPrimary)
+        m_primary->own(m_text().toUtf8());
+    m_isPressed = m_typist->press(chord);
+    if (!m_isPressed) // the layout has no such letter
+        m_isPressed = m_typist->press({.key = insert, .hasShift = true});
+}
+
+void WaylandEventPoster::release() {
+    if (std::exchange(m_isPressed, false))
+        m_typist->release();
+}
+
+PasteChord WaylandEventPoster::pasteChordOfTarget() {
+    m_windows->refresh();
+    const WaylandWindow *const target = m_windows->active();
+    if (!target)
+        return {};
+    PasteChord chord = pasteChordFor({}, target->applicationId.toUtf8());
+    if (chord.pastesPrimary && !m_primary)
+        m_primary = std::make_unique<PrimaryText>(m_client.link());
+    return chord;
+}
+
+} // namespace tavrine

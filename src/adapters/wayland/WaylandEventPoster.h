@@ -1,0 +1,46 @@
+#pragma once
+
+#include "adapters/linux/PasteChord.h"
+#include "adapters/wayland/WaylandClient.h"
+#include "adapters/wayland/WaylandWindows.h"
+#include "ports/EventPoster.h"
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace tavrine {
+
+class PrimaryText;
+class Typist;
+
+/// Types through a virtual keyboard where the compositor takes one, else through KWin's fake input.
+///
+/// Lives on the main thread, on a connection of its own. The keyboard is plugged in when this is made: programs need a
+/// moment to hear of the first keyboard of a seat, and what is typed before is lost.
+class WaylandEventPoster final : public EventPoster {
+public:
+    /// The chord is that of the active one of `windows`. `text` gives the text that is being pasted: a program that
+    /// pastes the primary selection gets it as that.
+    WaylandEventPoster(std::shared_ptr<WaylandWindows> windows, std::function<QString()> text);
+    ~WaylandEventPoster() override;
+
+    void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) override;
+
+    /// True when this compositor lets the program post events.
+    [[nodiscard]] bool canPost() const { return m_typist && m_client.isConnected(); }
+
+private:
+    [[nodiscard]] PasteChord pasteChordOfTarget();
+    void release();
+
+    WaylandClient m_client;
+    std::shared_ptr<WaylandWindows> m_windows;
+    std::function<QString()> m_text;
+    std::unique_ptr<Typist> m_typist;
+    std::unique_ptr<PrimaryText> m_primary;
+    bool m_isPressed = false;
+};
+
+} // namespace tavrine
