@@ -12,6 +12,7 @@
 #include "adapters/wayland/LayerShell.h"
 #include "adapters/wayland/WaylandAccess.h"
 #include "adapters/wayland/WaylandApplicationActivator.h"
+#include "adapters/wayland/WaylandColorSampler.h"
 #include "adapters/wayland/WaylandEventMonitors.h"
 #include "adapters/wayland/WaylandEventPoster.h"
 #include "adapters/wayland/WaylandPasteboard.h"
@@ -77,7 +78,7 @@ StatusItem &WaylandDesktop::statusItem() {
 }
 
 ColorSamplers &WaylandDesktop::colorSamplers() {
-    return m_colorSamplers.get([] { return std::make_unique<absent::NoColorSamplers>(); });
+    return m_colorSamplers.get([] { return std::make_unique<WaylandColorSamplers>(); });
 }
 
 ScreenStreams &WaylandDesktop::screenStreams() {

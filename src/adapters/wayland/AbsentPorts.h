@@ -1,13 +1,11 @@
 #pragma once
 
-#include "ports/ColorSampler.h"
 #include "ports/DragPasteboard.h"
 #include "ports/Dragging.h"
 #include "ports/EdgeWindow.h"
 #include "ports/EventTap.h"
 #include "ports/HotKeys.h"
 
-#include <QTimer>
 #include <QWidget>
 
 /// What stands where a desktop has nothing for a port: it is asked, and nothing happens.
@@ -37,19 +35,6 @@ private:
     private:
         QRectF m_frame;
         std::unique_ptr<QWidget> m_content;
-    };
-};
-
-class NoColorSamplers final : public ColorSamplers {
-public:
-    [[nodiscard]] std::shared_ptr<ColorSampler> makeSampler() override { return std::make_shared<Sampler>(); }
-
-private:
-    class Sampler final : public ColorSampler {
-    public:
-        void showSampler(std::function<void(std::optional<QColor>)> selection) override {
-            QTimer::singleShot(0, [selection = std::move(selection)] { selection(std::nullopt); });
-        }
     };
 };
 

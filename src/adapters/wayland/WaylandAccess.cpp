@@ -1,29 +1,32 @@
 #include "adapters/wayland/WaylandAccess.h"
 
 #include "adapters/linux/SoundServer.h"
+#include "adapters/wayland/WaylandLink.h"
 
 #include <QTimer>
 
 namespace tavrine {
 
-bool WaylandAccess::isKnownToKWin() const {
-    return m_client.link().find("org_kde_kwin_fake_input") != nullptr;
-}
-
-bool WaylandAccess::isAccessibilityTrusted() const {
-    return m_client.isConnected() &&
-           (m_client.link().find("zwp_virtual_keyboard_manager_v1") != nullptr || isKnownToKWin());
+const WaylandAccess::Offer &WaylandAccess::offer() const {
+    if (!m_offer) {
+        const WaylandLink link;
+        const bool isKnownToKWin = link.find("org_kde_kwin_fake_input") != nullptr;
+        m_offer = Offer{.hasInput = isKnownToKWin || link.find("zwp_virtual_keyboard_manager_v1") != nullptr,
+                        .hasLayers = link.find("zwlr_layer_shell_v1") != nullptr,
+                        .hasCopies = isKnownToKWin || link.find("zwlr_screencopy_manager_v1") != nullptr};
+    }
+    return *m_offer;
 }
 
 bool WaylandAccess::isScreenCaptureGranted() const {
-    return m_client.isConnected() && (m_client.link().find("zwlr_screencopy_manager_v1") != nullptr || isKnownToKWin());
+    return offer().hasLayers && offer().hasCopies; // a part of the screen is chosen on a layer
 }
 
 void WaylandAccess::probeScreenCapture(std::function<void(std::optional<QString>)> completion) {
     QTimer::singleShot(0, this, [this, completion = std::move(completion)] {
         completion(isScreenCaptureGranted()
                        ? std::nullopt
-                       : std::optional(QStringLiteral("This desktop does not show its screen to this program")));
+                       : std::optional(QStringLiteral("This compositor does not show its screen to programs.")));
     });
 }
 

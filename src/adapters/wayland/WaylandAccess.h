@@ -1,20 +1,20 @@
 #pragma once
 
-#include "adapters/wayland/WaylandClient.h"
 #include "ports/Access.h"
 
 #include <QObject>
 
 namespace tavrine {
 
-/// What the compositor offers is granted. KWin offers to the program of an installed desktop file what that file asks
-/// for: who gets one of it gets all.
+/// A compositor gives a program what it offers it, and asks nobody: a virtual keyboard or fake input for posting
+/// events, copies of its outputs for the screen. KWin offers fake input to the program of a desktop file that asks for
+/// it, and shows it the screen by a service of its own. The microphone is there when the sound server answers.
 ///
-/// Lives on the main thread, on a connection of its own.
+/// What is offered does not change while a session lasts, and is asked for once, over a connection of its own.
+/// Lives on the main thread.
 class WaylandAccess final : public QObject, public Access {
 public:
-    /// Events can be posted. What others type is told to no program.
-    [[nodiscard]] bool isAccessibilityTrusted() const override;
+    [[nodiscard]] bool isAccessibilityTrusted() const override { return offer().hasInput; }
     bool requestAccessibility() override { return isAccessibilityTrusted(); }
     [[nodiscard]] bool isScreenCaptureGranted() const override;
     bool requestScreenCapture() override { return isScreenCaptureGranted(); }
@@ -23,9 +23,14 @@ public:
     void requestMicrophone(std::function<void(bool)> completion) override;
 
 private:
-    [[nodiscard]] bool isKnownToKWin() const;
+    struct Offer {
+        bool hasInput = false;
+        bool hasLayers = false;
+        bool hasCopies = false;
+    };
+    [[nodiscard]] const Offer &offer() const;
 
-    WaylandClient m_client;
+    mutable std::optional<Offer> m_offer;
 };
 
 } // namespace tavrine
