@@ -167,6 +167,15 @@ quint32 Desktop::overlayAt(QPoint place) const {
     return found;
 }
 
+bool Desktop::isFrozen() const {
+    bool isFound = false;
+    visit([&](quint32 window) {
+        const bool isNamed = !property(window, "WM_CLASS").isEmpty() || !title(window).isEmpty();
+        isFound = isFound || (!isNamed && geometry(window) == QRect(QPoint(), size()));
+    });
+    return isFound;
+}
+
 QRect Desktop::inputOf(quint32 window) const {
     const auto shape = owned(xcb_shape_get_rectangles_reply(
         m_connection, xcb_shape_get_rectangles(m_connection, window, XCB_SHAPE_SK_INPUT), nullptr));

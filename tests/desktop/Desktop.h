@@ -31,6 +31,8 @@ public:
     [[nodiscard]] bool hasKeyboard(const char *title) const;
     /// The uppermost window at a place that no window manager knows, whether or not it takes clicks; 0 for none.
     [[nodiscard]] quint32 overlayAt(QPoint place) const;
+    /// A window without a name lies over the whole screen, as that of the capture tool does.
+    [[nodiscard]] bool isFrozen() const;
     /// Where a window takes the mouse, in pixels of the window; the bounds of all its parts.
     [[nodiscard]] QRect inputOf(quint32 window) const;
     /// The brightest part of the screen's colour at a place, from 0 to 255; on a screen of 24 bits.

@@ -60,10 +60,13 @@ void GnomeHands::chord(std::initializer_list<quint32> keys) const {
     pass(onKey);
 }
 
-void GnomeHands::movePointer(QPoint place) const {
-    constexpr double farAway = -100000;
-    call("NotifyPointerMotionRelative", {farAway, farAway}); // into the corner
-    call("NotifyPointerMotionRelative", {double(place.x()), double(place.y())});
+void GnomeHands::movePointer(QPoint place) {
+    const QPoint corner(1279, 719); // the lower right one, as the upper left one opens the overview
+    constexpr double farAway = 100000;
+    if (!m_pointer)
+        call("NotifyPointerMotionRelative", {farAway, farAway});
+    const QPoint step = place - std::exchange(m_pointer, place).value_or(corner);
+    call("NotifyPointerMotionRelative", {double(step.x()), double(step.y())});
     pass(onKey);
 }
 

@@ -6,7 +6,7 @@
 
 #include <chrono>
 #include <initializer_list>
-#include <string>
+#include <optional>
 
 namespace tavrine::testing {
 
@@ -32,8 +32,8 @@ public:
     /// As a finger does it: the key is down for a moment.
     void tap(quint32 key) const;
     void chord(std::initializer_list<quint32> keys) const;
-    /// In pixels of the first screen, from its upper left corner.
-    void movePointer(QPoint place) const;
+    /// In pixels of the only screen, of 1280 by 720, from its upper left corner.
+    void movePointer(QPoint place);
     void pressButton() const;
     void releaseButton() const;
     /// Leaves the overview, in which a session begins.
@@ -44,6 +44,7 @@ private:
 
     QDBusConnection m_bus = QDBusConnection::sessionBus();
     QString m_session;
+    std::optional<QPoint> m_pointer; ///< once it was moved
 };
 
 } // namespace tavrine::testing

@@ -9,6 +9,7 @@
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QDBusUnixFileDescriptor>
+#include <QImage>
 #include <QTemporaryFile>
 
 #include <csignal>
@@ -163,6 +164,58 @@ TEST_F(Gnome, twoTapsOfAltOpenThePanelOverAWaylandProgram) {
             return waitUntil([this] { return isPanelShown(); }, 3s);
         },
         patience));
+}
+
+/// What gtk-pattern shows there.
+QImage patternIn(const QRect &area) {
+    QImage picture(area.size(), QImage::Format_RGB32);
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) {
+            const int column = (area.x() + x) % 64;
+            const int row = (area.y() + y) % 64;
+            picture.setPixel(x, y, qRgb(4 * column, 4 * row, column + row));
+        }
+    return picture;
+}
+
+class GnomeCapture : public Gnome {
+protected:
+    void SetUp() override {
+        Gnome::SetUp();
+        ASSERT_TRUE(start());
+        pattern = line(TAVRINE_DESKTOP_CLIENTS "/gtk-pattern", "wayland");
+        ASSERT_TRUE(pattern->waitForFocus());
+        ASSERT_TRUE(waitUntil(isAttached, patience));
+        hands.movePointer({640, 400});
+        ASSERT_TRUE(waitUntil(
+            [this] {
+                hands.chord({evdev::leftSuper, evdev::leftShift, evdev::two});
+                return waitUntil([this] { return desktop.isFrozen(); }, 8s);
+            },
+            30s));
+    }
+    std::unique_ptr<ForeignWindow> pattern;
+};
+
+TEST_F(GnomeCapture, hasThePixelsOfAProgramOfWayland) {
+    const QRect area(QPoint(301, 197), QPoint(902, 566));
+    hands.movePointer(area.topLeft());
+    hands.pressButton();
+    hands.movePointer(area.bottomRight());
+    hands.releaseButton();
+    ASSERT_TRUE(waitUntil([this] { return desktop.isShown("Screenshot"); }, patience));
+    const auto pasted = [] {
+        return QImage::fromData(tavrine::testing::paste("image/png")).convertToFormat(QImage::Format_RGB32);
+    };
+    EXPECT_TRUE(waitUntil([&] { return pasted() == patternIn(area); }, patience)) << pasted().width();
+}
+
+TEST_F(GnomeCapture, leavesNothingAfterEscape) {
+    hands.tap(evdev::escape);
+    EXPECT_TRUE(waitUntil([this] { return !desktop.isFrozen(); }, patience));
+    copyOnWayland("after the capture");
+    EXPECT_TRUE(isRecorded("after the capture"));
+    EXPECT_FALSE(desktop.isShown("Screenshot"));
 }
 
 TEST_F(Gnome, anotherProgramIsRefusedEvenUnderOurName) {

@@ -11,6 +11,11 @@ TEST(CommandLine, takesAFileWithSoundAndWithout) {
     EXPECT_EQ(CommandLine::parse({"-x", "-i", "/a.png"}), (CommandLine{"/a.png", true}));
 }
 
+TEST(CommandLine, takesAPictureOfTheScreens) {
+    EXPECT_EQ(CommandLine::parse({"-f", "/picture", "-i", "/a.png"}), (CommandLine{.file = "/a.png", .picture = "/picture"}));
+    EXPECT_EQ(CommandLine::parse({"-i", "-x", "-f", "-i", "/a.png"}), (CommandLine{.file = "/a.png", .isSilent = true, .picture = "-i"}));
+}
+
 TEST(CommandLine, refusesEverythingElse) {
     for (const std::vector<std::string_view> &arguments :
          std::vector<std::vector<std::string_view>>{{},
@@ -25,6 +30,10 @@ TEST(CommandLine, refusesEverythingElse) {
                                                     {"-ix", "/a"},
                                                     {"-i", "-c", "/a"},
                                                     {"-i", "--", "/a"},
+                                                    {"-i", "/a", "-f"},
+                                                    {"-i", "-f", "/a"},
+                                                    {"-i", "-f", "", "/a"},
+                                                    {"-i", "-f", "/p", "-f", "/q", "/a"},
                                                     {"-i", "-"}})
         EXPECT_EQ(CommandLine::parse(arguments), std::nullopt);
 }

@@ -6,6 +6,7 @@
 #include "adapters/gnome/GnomeHotKeys.h"
 #include "adapters/gnome/GnomeScreens.h"
 #include "adapters/gnome/GnomeShell.h"
+#include "adapters/gnome/GnomeTaskLauncher.h"
 #include "adapters/gnome/GnomeWorkspace.h"
 #include "ports/EventTap.h"
 #include "ports/Pasteboard.h"
@@ -58,6 +59,11 @@ EventPoster &GnomeDesktop::eventPoster() {
 
 EventTaps &GnomeDesktop::eventTaps() {
     return m_eventTaps.get([] { return std::make_unique<NoEventTaps>(); });
+}
+
+TaskLauncher &GnomeDesktop::taskLauncher() {
+    return m_taskLauncher.get(
+        [this] { return std::make_unique<GnomeTaskLauncher>(shell(), LinuxDesktop::taskLauncher()); });
 }
 
 } // namespace tavrine

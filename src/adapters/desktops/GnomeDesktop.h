@@ -21,6 +21,7 @@ public:
     [[nodiscard]] EventMonitors &eventMonitors() override;
     [[nodiscard]] EventPoster &eventPoster() override;
     [[nodiscard]] EventTaps &eventTaps() override;
+    [[nodiscard]] TaskLauncher &taskLauncher() override;
 
 private:
     [[nodiscard]] GnomeShell &shell();
@@ -34,6 +35,7 @@ private:
     MadeOnce<EventMonitors> m_eventMonitors;
     MadeOnce<EventPoster> m_eventPoster;
     MadeOnce<EventTaps> m_eventTaps;
+    MadeOnce<TaskLauncher> m_taskLauncher;
 };
 
 } // namespace tavrine

@@ -60,7 +60,7 @@ public:
     [[nodiscard]] AudioDevices &audioDevices() final;
     [[nodiscard]] MicrophoneSessions &microphoneSessions() final;
     [[nodiscard]] Downloads &downloads() final;
-    [[nodiscard]] TaskLauncher &taskLauncher() final;
+    [[nodiscard]] TaskLauncher &taskLauncher() override;
 
 protected:
     LinuxDesktop();

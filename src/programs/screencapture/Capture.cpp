@@ -26,7 +26,7 @@ int Capture::run() {
         complain(m_line.file + ": " + *reason);
         return noPicture;
     }
-    m_screen = openFrozenScreen();
+    m_screen = openFrozenScreen(m_line.picture);
     if (!m_screen) {
         complain("the screen cannot be read");
         return noPicture;

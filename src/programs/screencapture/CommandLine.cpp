@@ -9,6 +9,12 @@ std::optional<CommandLine> CommandLine::parse(const std::vector<std::string_view
     bool isInteractive = false;
     size_t next = 0;
     for (; next < arguments.size() && arguments[next].starts_with('-'); ++next) {
+        if (arguments[next] == "-f" && line.picture.empty() && next + 1 < arguments.size()) {
+            line.picture = arguments[++next];
+            if (line.picture.empty())
+                return std::nullopt;
+            continue;
+        }
         bool *const option = arguments[next] == "-i"   ? &isInteractive
                              : arguments[next] == "-x" ? &line.isSilent
                              : arguments[next] == "-p" ? &line.isColour

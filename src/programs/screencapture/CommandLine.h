@@ -7,13 +7,14 @@
 
 namespace tavrine {
 
-/// What the tool is asked for: `screencapture -i [-x] FILE`, a picture, or `screencapture -p`, a colour.
+/// What the tool is asked for: `screencapture -i [-x] [-f PICTURE] FILE`, a picture, or `screencapture -p`, a colour.
 struct CommandLine {
-    static constexpr std::string_view usage = "usage: screencapture -i [-x] FILE\n       screencapture -p";
+    static constexpr std::string_view usage = "usage: screencapture -i [-x] [-f PICTURE] FILE\n       screencapture -p";
 
     std::string file; ///< empty for a colour
     bool isSilent = false;
     bool isColour = false;
+    std::string picture = {}; ///< a file with a picture of the screens, where the server has none; empty for none
 
     /// Of the arguments without the program's name. None when they are anything else than the usage says: the options
     /// in any order, each once, and one file that is not empty behind them.

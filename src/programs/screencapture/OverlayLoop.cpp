@@ -22,7 +22,9 @@ constexpr auto longestWithoutPointer = 10s;
 
 } // namespace
 
-std::unique_ptr<FrozenScreen> openFrozenScreen() {
+std::unique_ptr<FrozenScreen> openFrozenScreen(const std::string &picture) {
+    if (!picture.empty())
+        return OverlaySession::open(picture);
     if (const char *const display = std::getenv("WAYLAND_DISPLAY"); display && *display)
         if (auto link = std::make_unique<WaylandLink>(); WaylandFrozenScreen::isOffered(*link))
             return WaylandFrozenScreen::open(std::move(link)); // or nothing: the X server there shows no screen

@@ -1,4 +1,4 @@
-// screencapture -i [-x] FILE: a person chooses a part of the screen, and it is written to FILE as a PNG.
+// screencapture -i [-x] [-f PICTURE] FILE: a person chooses a part of the screen, and it is written to FILE as a PNG.
 // screencapture -p: a person chooses a pixel, and its colour is written to the standard output.
 #include "programs/screencapture/Capture.h"
 #include "programs/screencapture/ColourPick.h"

@@ -1,5 +1,6 @@
 #include "adapters/x11/frozen/OverlaySession.h"
 
+#include "adapters/frozen/PictureFile.h"
 #include "adapters/x11/frozen/CrossCursor.h"
 
 #include <xcb/randr.h>
@@ -18,12 +19,13 @@ constexpr int maxRaises = 20;
 
 OverlaySession::OverlaySession() = default;
 
-std::unique_ptr<OverlaySession> OverlaySession::open() {
+std::unique_ptr<OverlaySession> OverlaySession::open(const std::string &picture) {
     auto session = begin();
     if (!session)
         return nullptr;
     for (auto wait = session->timeToWait(); wait.count() > 0; wait = session->timeToWait())
         session->m_link.waitForInput(wait);
+    session->m_pictureFile = picture;
     return session->freeze() ? std::move(session) : nullptr;
 }
 
@@ -50,6 +52,8 @@ bool OverlaySession::freeze() {
     m_canvas = SharedPixels::make(m_link);
     if (!m_picture || !m_canvas)
         return false;
+    if (!m_pictureFile.empty())
+        return freezeFile();
     m_picture->beginReading();
     const auto keysCookie = OverlayKeys::ask(m_link);
     const auto pointerCookie = xcb_query_pointer(connection, m_link.root());
@@ -59,6 +63,17 @@ bool OverlaySession::freeze() {
     m_keys = OverlayKeys::read(m_link, keysCookie);
     if (const auto pointer = m_link.reply<xcb_query_pointer_reply_t>(pointerCookie))
         m_firstPointer = {pointer->root_x, pointer->root_y};
+    m_monitors = readMonitors(m_link);
+    createWindow();
+    return true;
+}
+
+bool OverlaySession::freezeFile() {
+    const auto pointer = readPictureFile(m_pictureFile, m_picture->pixels());
+    if (!pointer)
+        return false;
+    m_firstPointer = *pointer; // the server does not know it
+    m_keys = OverlayKeys::read(m_link, OverlayKeys::ask(m_link));
     m_monitors = readMonitors(m_link);
     createWindow();
     return true;

@@ -9,6 +9,7 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace tavrine {
@@ -16,8 +17,9 @@ namespace tavrine {
 /// The frozen screen of an X server. One overlay at a time stands on it, over all programs of ours (`ScreenTurn`).
 class OverlaySession final : public FrozenScreen {
 public:
-    /// Null without a server, and when the screen cannot be read. Waits for its turn, half a second at most.
-    [[nodiscard]] static std::unique_ptr<OverlaySession> open();
+    /// Null without a server, and when the screen cannot be read. Waits for its turn, half a second at most. `picture`
+    /// is a file with the picture (see `readPictureFile`) where the server has none of all programs; empty for none.
+    [[nodiscard]] static std::unique_ptr<OverlaySession> open(const std::string &picture = {});
 
     /// The same in two steps, for a thread that must not wait: `freeze` takes the picture when `timeToWait` says that
     /// the turn has come. Null without a server; `freeze` is false when the screen cannot be read.
@@ -50,6 +52,7 @@ private:
     static constexpr XcbLink::Wait longestWait{2000};
 
     OverlaySession();
+    [[nodiscard]] bool freezeFile();
     void createWindow();
     void takeHeldButton();
     [[nodiscard]] std::optional<OverlayEvent> translated(const xcb_generic_event_t &event);
@@ -61,6 +64,7 @@ private:
     std::vector<OverlayMonitor> m_monitors;
     OverlayKeys m_keys;
     QPoint m_firstPointer;
+    std::string m_pictureFile;
     xcb_window_t m_window = 0;
     xcb_gcontext_t m_context = 0;
     xcb_cursor_t m_cursor = 0;
