@@ -6,6 +6,7 @@
 #include "desktop/Program.h"
 #include "support/Wait.h"
 
+#include <QColor>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QDBusUnixFileDescriptor>
@@ -84,7 +85,10 @@ protected:
         ASSERT_TRUE(hands.areThere());
         hands.leaveOverview();
     }
-    [[nodiscard]] bool start(const QByteArray &preferences = {}) { return program.startOnboarded(preferences); }
+    /// The launch looks for the extension once and goes on; here it is waited for.
+    [[nodiscard]] bool start(const QByteArray &preferences = {}) {
+        return program.writePreferences(preferences) && program.start() && waitUntil(isAttached, patience);
+    }
     [[nodiscard]] bool isPanelShown() const { return desktop.isShown(clipboardPanel); }
     /// As the shell sees it, which the X server's own focus may run ahead of.
     [[nodiscard]] bool isPanelActive() const {
@@ -178,15 +182,32 @@ QImage patternIn(const QRect &area) {
     return picture;
 }
 
-class GnomeCapture : public Gnome {
+class GnomePattern : public Gnome {
 protected:
     void SetUp() override {
         Gnome::SetUp();
         ASSERT_TRUE(start());
         pattern = line(TAVRINE_DESKTOP_CLIENTS "/gtk-pattern", "wayland");
         ASSERT_TRUE(pattern->waitForFocus());
-        ASSERT_TRUE(waitUntil(isAttached, patience));
         hands.movePointer({640, 400});
+    }
+    /// The shell watches for the key a moment after the overlay is there.
+    [[nodiscard]] bool escape() {
+        return waitUntil(
+            [this] {
+                hands.tap(evdev::escape);
+                return !desktop.isFrozen();
+            },
+            patience);
+    }
+
+    std::unique_ptr<ForeignWindow> pattern;
+};
+
+class GnomeCapture : public GnomePattern {
+protected:
+    void SetUp() override {
+        GnomePattern::SetUp();
         ASSERT_TRUE(waitUntil(
             [this] {
                 hands.chord({evdev::leftSuper, evdev::leftShift, evdev::two});
@@ -194,7 +215,6 @@ protected:
             },
             30s));
     }
-    std::unique_ptr<ForeignWindow> pattern;
 };
 
 TEST_F(GnomeCapture, hasThePixelsOfAProgramOfWayland) {
@@ -211,11 +231,31 @@ TEST_F(GnomeCapture, hasThePixelsOfAProgramOfWayland) {
 }
 
 TEST_F(GnomeCapture, leavesNothingAfterEscape) {
-    hands.tap(evdev::escape);
-    EXPECT_TRUE(waitUntil([this] { return !desktop.isFrozen(); }, patience));
+    EXPECT_TRUE(escape());
     copyOnWayland("after the capture");
     EXPECT_TRUE(isRecorded("after the capture"));
     EXPECT_FALSE(desktop.isShown("Screenshot"));
+}
+
+TEST_F(GnomePattern, givesTheColourUnderAClick) {
+    const auto asked = program.startAgain({QStringLiteral("--color")});
+    ASSERT_TRUE(waitUntil([this] { return desktop.isFrozen(); }, patience));
+    const QPoint place(333, 222);
+    hands.movePointer(place);
+    hands.pressButton();
+    hands.releaseButton();
+    const QRgb expected = patternIn(QRect(place, QSize(1, 1))).pixel(0, 0);
+    const QByteArray text = QColor(expected).name().toUpper().toUtf8();
+    EXPECT_TRUE(waitUntil([&] { return tavrine::testing::paste() == text; }, patience)) << text.toStdString();
+}
+
+TEST_F(GnomePattern, givesNoColourAfterEscape) {
+    copyOnWayland("before the pick");
+    ASSERT_TRUE(isRecorded("before the pick"));
+    const auto asked = program.startAgain({QStringLiteral("--color")});
+    ASSERT_TRUE(waitUntil([this] { return desktop.isFrozen(); }, patience));
+    EXPECT_TRUE(escape());
+    EXPECT_EQ(tavrine::testing::paste(), "before the pick");
 }
 
 TEST_F(Gnome, anotherProgramIsRefusedEvenUnderOurName) {
@@ -229,7 +269,6 @@ TEST_F(Gnome, anotherProgramIsRefusedEvenUnderOurName) {
 
 TEST_F(Gnome, whileTheProgramIsServedNobodyElseIs) {
     ASSERT_TRUE(start());
-    ASSERT_TRUE(waitUntil(isAttached, patience));
     EXPECT_TRUE(isRefused("Attach"));
     EXPECT_TRUE(isRefused("GrabKey", {QStringLiteral("<Super><Control>0x37")}));
     EXPECT_TRUE(isRefused("UngrabKey", {1U}));
@@ -252,6 +291,23 @@ TEST_F(Gnome, withTheExtensionSwitchedOffTheHistoryGoesOnAndWithItOnAgainTheHotK
     copyOnWayland("without the extension");
     EXPECT_TRUE(isRecorded("without the extension"));
     EXPECT_FALSE(isPanelShown());
+
+    // Of a screen that nobody shows there is no capture, rather than a black one.
+    const auto asked = program.startAgain({QStringLiteral("--capture")});
+    EXPECT_TRUE(waitUntil([this] { return program.output().contains(QLatin1String("check failed")); }, patience));
+    EXPECT_FALSE(desktop.isFrozen());
+    const auto isAlertShown = [this] {
+        return !desktop
+                    .windowsMatching([](const QString &title) { return title.contains(QLatin1String("Permission")); })
+                    .empty();
+    };
+    ASSERT_TRUE(waitUntil(isAlertShown, patience));
+    ASSERT_TRUE(waitUntil(
+        [&] {
+            hands.tap(evdev::escape);
+            return !isAlertShown();
+        },
+        patience));
 
     ASSERT_TRUE(switchExtension(true));
     EXPECT_TRUE(openPanel());

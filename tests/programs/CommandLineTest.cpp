@@ -12,8 +12,10 @@ TEST(CommandLine, takesAFileWithSoundAndWithout) {
 }
 
 TEST(CommandLine, takesAPictureOfTheScreens) {
-    EXPECT_EQ(CommandLine::parse({"-f", "/picture", "-i", "/a.png"}), (CommandLine{.file = "/a.png", .picture = "/picture"}));
-    EXPECT_EQ(CommandLine::parse({"-i", "-x", "-f", "-i", "/a.png"}), (CommandLine{.file = "/a.png", .isSilent = true, .picture = "-i"}));
+    EXPECT_EQ(CommandLine::parse({"-f", "/picture", "-i", "/a.png"}),
+              (CommandLine{.file = "/a.png", .picture = "/picture"}));
+    EXPECT_EQ(CommandLine::parse({"-i", "-x", "-f", "-i", "/a.png"}),
+              (CommandLine{.file = "/a.png", .isSilent = true, .picture = "-i"}));
 }
 
 TEST(CommandLine, refusesEverythingElse) {

@@ -1,6 +1,8 @@
 #include "adapters/desktops/GnomeDesktop.h"
 
+#include "adapters/gnome/GnomeAccess.h"
 #include "adapters/gnome/GnomeApplicationActivator.h"
+#include "adapters/gnome/GnomeColorSamplers.h"
 #include "adapters/gnome/GnomeEventMonitors.h"
 #include "adapters/gnome/GnomeEventPoster.h"
 #include "adapters/gnome/GnomeHotKeys.h"
@@ -8,6 +10,7 @@
 #include "adapters/gnome/GnomeShell.h"
 #include "adapters/gnome/GnomeTaskLauncher.h"
 #include "adapters/gnome/GnomeWorkspace.h"
+#include "adapters/linux/NoScreenStreams.h"
 #include "ports/EventTap.h"
 #include "ports/Pasteboard.h"
 
@@ -42,6 +45,15 @@ Screens &GnomeDesktop::screens() {
     return m_screens.get([this] { return std::make_unique<GnomeScreens>(shell()); });
 }
 
+ColorSamplers &GnomeDesktop::colorSamplers() {
+    return m_colorSamplers.get([this] { return std::make_unique<GnomeColorSamplers>(shell()); });
+}
+
+ScreenStreams &GnomeDesktop::screenStreams() {
+    // The X server's pictures of Wayland's programs are black.
+    return m_screenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
+}
+
 HotKeys &GnomeDesktop::hotKeys() {
     return m_hotKeys.get([this] { return std::make_unique<GnomeHotKeys>(shell()); });
 }
@@ -59,6 +71,10 @@ EventPoster &GnomeDesktop::eventPoster() {
 
 EventTaps &GnomeDesktop::eventTaps() {
     return m_eventTaps.get([] { return std::make_unique<NoEventTaps>(); });
+}
+
+Access &GnomeDesktop::access() {
+    return m_access.get([this] { return std::make_unique<GnomeAccess>(shell()); });
 }
 
 TaskLauncher &GnomeDesktop::taskLauncher() {

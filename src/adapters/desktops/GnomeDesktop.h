@@ -17,10 +17,13 @@ public:
     [[nodiscard]] Workspace &workspace() override;
     [[nodiscard]] ApplicationActivator &applicationActivator() override;
     [[nodiscard]] Screens &screens() override;
+    [[nodiscard]] ColorSamplers &colorSamplers() override;
+    [[nodiscard]] ScreenStreams &screenStreams() override;
     [[nodiscard]] HotKeys &hotKeys() override;
     [[nodiscard]] EventMonitors &eventMonitors() override;
     [[nodiscard]] EventPoster &eventPoster() override;
     [[nodiscard]] EventTaps &eventTaps() override;
+    [[nodiscard]] Access &access() override;
     [[nodiscard]] TaskLauncher &taskLauncher() override;
 
 private:
@@ -31,10 +34,13 @@ private:
     MadeOnce<Workspace> m_workspace;
     MadeOnce<ApplicationActivator> m_activator;
     MadeOnce<Screens> m_screens;
+    MadeOnce<ColorSamplers> m_colorSamplers;
+    MadeOnce<ScreenStreams> m_screenStreams;
     MadeOnce<HotKeys> m_hotKeys;
     MadeOnce<EventMonitors> m_eventMonitors;
     MadeOnce<EventPoster> m_eventPoster;
     MadeOnce<EventTaps> m_eventTaps;
+    MadeOnce<Access> m_access;
     MadeOnce<TaskLauncher> m_taskLauncher;
 };
 

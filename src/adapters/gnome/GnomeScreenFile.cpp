@@ -48,6 +48,10 @@ std::shared_ptr<Descriptor> unpacked(const Descriptor &packed, QPoint pointer) {
 
 } // namespace
 
+QString pathOf(const Descriptor &file) {
+    return QStringLiteral("/proc/%1/fd/%2").arg(QCoreApplication::applicationPid()).arg(file.number());
+}
+
 void takeScreenFile(GnomeShell &shell, QObject *context,
                     std::function<void(const std::shared_ptr<Descriptor> &file)> answered) {
     const auto packed = namelessFile();

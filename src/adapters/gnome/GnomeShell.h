@@ -43,6 +43,11 @@ inline constexpr quint32 middleButton = 1U << 9;
 inline constexpr quint32 rightButton = 1U << 10;
 } // namespace gnomeState
 
+/// Accelerators as the shell spells them, by the key's position.
+namespace gnomeKey {
+inline constexpr QLatin1String escape("0x09");
+} // namespace gnomeKey
+
 /// The way to this program's extension of GNOME Shell. Lives on the main thread and never waits: everything is asked
 /// with a limit, and what is known stands here meanwhile.
 ///

@@ -3,8 +3,6 @@
 #include "adapters/gnome/GnomeScreenFile.h"
 #include "base/OnMainThread.h"
 
-#include <QCoreApplication>
-
 #include <atomic>
 #include <thread>
 
@@ -12,14 +10,8 @@ namespace tavrine {
 namespace {
 
 constexpr QLatin1String captureTool("/usr/sbin/screencapture");
-const auto escapeKey = QStringLiteral("0x09"); // by its position
-constexpr int noPicture = 1;                   // as the tool says it
+constexpr int noPicture = 1; // as the tool says it
 constexpr int terminated = 143;
-
-/// Where the tool finds a file of ours that has no name.
-QString pathOf(const Descriptor &file) {
-    return QStringLiteral("/proc/%1/fd/%2").arg(QCoreApplication::applicationPid()).arg(file.number());
-}
 
 } // namespace
 
@@ -69,7 +61,7 @@ private:
     }
 
     void watchForEscape() {
-        m_launcher.m_shell.grabKey(escapeKey, this, [this](quint32 action) {
+        m_launcher.m_shell.grabKey(gnomeKey::escape, this, [this](quint32 action) {
             m_escape = action;
             if (!m_isRunning)
                 stopWatching();

@@ -19,7 +19,7 @@ bool X11Access::isAccessibilityTrusted() const {
 void X11Access::probeScreenCapture(std::function<void(std::optional<QString>)> completion) {
     QTimer::singleShot(0, this, [this, completion = std::move(completion)] {
         completion(isScreenCaptureGranted() ? std::nullopt
-                                            : std::optional(QStringLiteral("There is no X server to capture from")));
+                                            : std::optional(QStringLiteral("Nothing shows the screens to this program")));
     });
 }
 

@@ -11,7 +11,7 @@ namespace tavrine {
 /// screen. The microphone is there when the sound server answers.
 ///
 /// Lives on the main thread.
-class X11Access final : public QObject, public Access {
+class X11Access : public QObject, public Access {
 public:
     X11Access();
 

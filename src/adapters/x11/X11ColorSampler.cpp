@@ -9,8 +9,21 @@
 namespace tavrine {
 
 /// The overlays that have not answered yet. Only the last of them is on the screen.
-struct X11ColorSamplers::Shown {
+struct X11ColorSamplers::Shown : std::enable_shared_from_this<Shown> {
     std::vector<std::unique_ptr<X11SamplerOverlay>> overlays;
+
+    void show(const QString &picture, const Selection &selection) {
+        for (const auto &other : overlays)
+            other->leaveScreen(); // before the picture is taken
+        const auto self = std::make_shared<const X11SamplerOverlay *>(nullptr);
+        overlays.push_back(std::make_unique<X11SamplerOverlay>(
+            picture, [weak = weak_from_this(), self, selection](std::optional<QColor> colour) {
+                if (const auto samplers = weak.lock())
+                    samplers->remove(*self);
+                selection(colour);
+            }));
+        *self = overlays.back().get();
+    }
 
     void remove(const X11SamplerOverlay *overlay) {
         const auto found = std::find_if(overlays.begin(), overlays.end(),
@@ -30,16 +43,7 @@ public:
         const auto shown = m_shown.lock();
         if (!shown)
             return;
-        for (const auto &other : shown->overlays)
-            other->leaveScreen(); // before the picture is taken
-        const auto self = std::make_shared<const X11SamplerOverlay *>(nullptr);
-        shown->overlays.push_back(std::make_unique<X11SamplerOverlay>(
-            [weak = m_shown, self, selection = std::move(selection)](std::optional<QColor> colour) {
-                if (const auto samplers = weak.lock())
-                    samplers->remove(*self);
-                selection(colour);
-            }));
-        *self = shown->overlays.back().get();
+        shown->show({}, selection);
     }
 
 private:
@@ -52,6 +56,15 @@ X11ColorSamplers::~X11ColorSamplers() = default;
 
 std::shared_ptr<ColorSampler> X11ColorSamplers::makeSampler() {
     return std::make_shared<Sampler>(m_shown);
+}
+
+void X11ColorSamplers::show(const QString &picture, const Selection &selection) {
+    m_shown->show(picture, selection);
+}
+
+void X11ColorSamplers::cancel() {
+    for (const auto &overlay : m_shown->overlays)
+        overlay->leaveScreen();
 }
 
 bool X11ColorSamplers::isShown() const {

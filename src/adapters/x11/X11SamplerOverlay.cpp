@@ -13,7 +13,8 @@ constexpr auto longestWithoutPointer = 10s;
 
 } // namespace
 
-X11SamplerOverlay::X11SamplerOverlay(Selection onEnd) : m_onEnd(std::move(onEnd)), m_session(OverlaySession::begin()) {
+X11SamplerOverlay::X11SamplerOverlay(const QString &picture, Selection onEnd)
+    : m_onEnd(std::move(onEnd)), m_session(OverlaySession::begin(picture.toStdString())) {
     m_retry.setInterval(betweenTries);
     connect(&m_retry, &QTimer::timeout, this, &X11SamplerOverlay::tryGrabs);
     if (m_session)

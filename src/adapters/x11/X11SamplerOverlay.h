@@ -20,8 +20,9 @@ class X11SamplerOverlay : public QObject {
 public:
     using Selection = std::function<void(std::optional<QColor>)>;
 
-    /// `onEnd` is called once, in a later turn, when the overlay is off the screen; it may delete the overlay.
-    explicit X11SamplerOverlay(Selection onEnd);
+    /// `picture` is a file with a picture of the screens where the server has none; empty for the server's. `onEnd` is
+    /// called once, in a later turn, when the overlay is off the screen; it may delete the overlay.
+    X11SamplerOverlay(const QString &picture, Selection onEnd);
     ~X11SamplerOverlay() override;
 
     /// Goes off the screen at once; the answer, no colour, comes as ever. Nothing when it has ended already.

@@ -20,17 +20,17 @@ constexpr int maxRaises = 20;
 OverlaySession::OverlaySession() = default;
 
 std::unique_ptr<OverlaySession> OverlaySession::open(const std::string &picture) {
-    auto session = begin();
+    auto session = begin(picture);
     if (!session)
         return nullptr;
     for (auto wait = session->timeToWait(); wait.count() > 0; wait = session->timeToWait())
         session->m_link.waitForInput(wait);
-    session->m_pictureFile = picture;
     return session->freeze() ? std::move(session) : nullptr;
 }
 
-std::unique_ptr<OverlaySession> OverlaySession::begin() {
+std::unique_ptr<OverlaySession> OverlaySession::begin(const std::string &picture) {
     std::unique_ptr<OverlaySession> session(new OverlaySession);
+    session->m_pictureFile = picture;
     if (!session->m_link.isOpen())
         return nullptr;
     for (xcb_extension_t *const extension : {&xcb_shm_id, &xcb_randr_id, &xcb_render_id})

@@ -23,7 +23,7 @@ public:
 
     /// The same in two steps, for a thread that must not wait: `freeze` takes the picture when `timeToWait` says that
     /// the turn has come. Null without a server; `freeze` is false when the screen cannot be read.
-    [[nodiscard]] static std::unique_ptr<OverlaySession> begin();
+    [[nodiscard]] static std::unique_ptr<OverlaySession> begin(const std::string &picture = {});
     [[nodiscard]] std::chrono::milliseconds timeToWait() { return m_turn->timeToWait(); }
     [[nodiscard]] bool freeze();
 
