@@ -22,6 +22,7 @@ TEST(OutputPlaces, whatIsBesideAnotherOnTheDesktopIsSoInPixels) {
     const std::vector outputs{output({0, 0, 853, 480}, {1280, 720}), output({853, 0, 853, 480}, {1280, 720}),
                               output({853, 480, 853, 480}, {1280, 720})};
     EXPECT_TRUE(haveOneScale(outputs));
+    EXPECT_EQ(outputs[0].scale(), 1.5);
     EXPECT_EQ(placesOf(outputs),
               (std::vector{QRect(0, 0, 1280, 720), QRect(1280, 0, 1280, 720), QRect(1280, 720, 1280, 720)}));
 }

@@ -129,7 +129,7 @@ TEST_F(ScreenCaptureOnWayland, aDraggedRegionIsWhatWasBeneathPixelForPixelAtEver
         EXPECT_EQ(statusOf(*tool), 0) << scale << tool->readAllStandardError().toStdString();
         const auto pixel = [&](int x, int y) { return QPoint(int(x * scale), int(y * scale)); };
         expectPicture(output, {pixel(100, 90), pixel(318, 231)});
-        EXPECT_NEAR(QImage(file()).dotsPerMeterX(), scale * 96 / 0.0254, 40) << scale;
+        EXPECT_NEAR(QImage(file()).dotsPerMeterX(), scale * 96 / 0.0254, 1) << scale;
         QFile::remove(file());
         park();
         EXPECT_TRUE(eventually([&] { return isShown(0); })) << "the overlay stays";

@@ -10,14 +10,19 @@ namespace {
 
 constexpr std::uint32_t outputVersion = 4; // the name is new in it
 constexpr std::uint32_t placesVersion = 3;
-// Points are whole numbers: two outputs of one scale differ by the rest of their division.
-constexpr double sameScale = 0.02;
+constexpr double sameScale = 0.001;
 
 bool operator==(const WaylandOutput &a, const WaylandOutput &b) {
     return a.global == b.global && a.transform == b.transform && a.mode == b.mode && a.logical == b.logical;
 }
 
 } // namespace
+
+double WaylandOutput::scale() const {
+    // Compositors have scales in steps of 1/120, and points in whole numbers.
+    constexpr double steps = 120;
+    return logical.isEmpty() ? 1 : std::round(steps * pixels().width() / logical.width()) / steps;
+}
 
 struct WaylandOutputs::Known {
     WaylandOutput output;

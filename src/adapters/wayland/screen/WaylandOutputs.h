@@ -24,9 +24,7 @@ struct WaylandOutput {
 
     /// Turned as a person sees it.
     [[nodiscard]] QSize pixels() const { return transform % 2 ? mode.transposed() : mode; }
-    [[nodiscard]] double scale() const {
-        return logical.isEmpty() ? 1 : static_cast<double>(pixels().width()) / logical.width();
-    }
+    [[nodiscard]] double scale() const;
 };
 
 /// The outputs of a compositor, followed while this lives. One thread, the link's; goes before the link.
