@@ -113,6 +113,9 @@ public:
 
     virtual ~ScreenStreams() = default;
 
+    /// False on a desktop that gives windows no numbers: none is told, and every window is in every picture.
+    [[nodiscard]] virtual bool tellsWindows() const { return true; }
+
     /// The displays and the windows on them, without those of the desktop itself, or an error in words. `answer` comes
     /// once, later, on the main thread.
     virtual void getShareableContent(ContentAnswer answer) = 0;

@@ -82,7 +82,11 @@ ColorSamplers &WaylandDesktop::colorSamplers() {
 }
 
 ScreenStreams &WaylandDesktop::screenStreams() {
-    return m_screenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
+    ScreenStreams *const streams =
+        m_screenStreams
+            .get([] { return std::make_unique<PluginLoader<ScreenStreams>>(QStringLiteral("wayland_screen_stream")); })
+            .port();
+    return streams ? *streams : m_noScreenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
 }
 
 void WaylandDesktop::watchCompositing(std::function<void(bool isComposited)> handler) {

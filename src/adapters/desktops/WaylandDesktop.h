@@ -60,7 +60,8 @@ private:
     MadeOnce<EventTaps> m_eventTaps;
     MadeOnce<Screens> m_screens;
     MadeOnce<ColorSamplers> m_colorSamplers;
-    MadeOnce<ScreenStreams> m_screenStreams;
+    MadeOnce<PluginLoader<ScreenStreams>> m_screenStreams;
+    MadeOnce<ScreenStreams> m_noScreenStreams;
 };
 
 } // namespace tavrine
