@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <QtGlobal>
 
 #include <functional>
@@ -31,6 +32,22 @@ enum class KeyboardNext {
     ourWindow, ///< the window of this program that the press opens or leaves: keys wait for it, a second at most
 };
 
+/// Whether this desktop lets a program have hot keys.
+enum class HotKeyAvailability {
+    there,
+    asking, ///< it, or the person through it, has not answered yet
+    none,
+};
+
+/// Which promises of `HotKeys` its keeper cannot give, since the keys belong to another program.
+struct HotKeyTraits {
+    HotKeyAvailability availability = HotKeyAvailability::there;
+    bool areByPosition = true;    ///< promise 4; else a registration belongs to the letter, wherever a layout has it
+    bool isKnownAtOnce = true;    ///< else a registration that was given may turn out to be none a moment later
+    bool keepsKeyboard = true;    ///< `KeyboardNext::ourWindow` is kept; else what is typed right after a press is not
+    bool isAskedOfPerson = false; ///< the desktop asks the person, who may choose other keys
+};
+
 /// Key combinations that reach this program whichever program has the keyboard. Lives on the main thread, as long as
 /// the process.
 ///
@@ -53,6 +70,13 @@ public:
     /// `keyCode` is a virtual key code. None when the combination is taken or there is no such key.
     [[nodiscard]] virtual std::optional<HotKeyRef> registerHotKey(int keyCode, quint32 modifiers, HotKeyId id) = 0;
     virtual void unregisterHotKey(HotKeyRef ref) = 0;
+
+    [[nodiscard]] virtual HotKeyTraits traits() const { return {}; }
+    /// What the desktop's own settings call a hot key, where they show it. Told before it is first registered.
+    virtual void setTitle(HotKeyId /*id*/, const QString & /*title*/) {}
+    /// Calls `handler` in a later turn with what became of a registration that was given, and whenever that changes.
+    /// One that does not hold may hold later, and is given up like any other. Never for one that is known at once.
+    virtual void setOnHeld(std::function<void(HotKeyRef ref, bool isHeld)> /*handler*/) {}
 };
 
 } // namespace tavrine

@@ -17,9 +17,14 @@ constexpr Trigger tappable[] = {Trigger::clipboard, Trigger::emojiPicker, Trigge
 HotKeyCenter::HotKeyCenter(HotKeys &hotKeys, EventMonitors &monitors, UserDefaults &defaults, Time &time,
                            Actions actions, QObject *parent)
     : QObject(parent), m_hotKeys(hotKeys), m_monitors(monitors), m_defaults(defaults), m_time(time),
-      m_actions(std::move(actions)) {}
+      m_actions(std::move(actions)) {
+    for (const Trigger trigger : allTriggers)
+        m_hotKeys.setTitle({signature, traits(trigger).hotKeyId}, QString(traits(trigger).title));
+    m_hotKeys.setOnHeld([this](HotKeyRef ref, bool isHeld) { hotKeyHeld(ref, isHeld); });
+}
 
 HotKeyCenter::~HotKeyCenter() {
+    m_hotKeys.setOnHeld({});
     m_hotKeys.removeHandler();
     for (const auto &ref : m_hotKeyRefs)
         if (ref)
@@ -32,6 +37,7 @@ void HotKeyCenter::registerHotkeys() {
             m_hotKeys.unregisterHotKey(*ref);
     m_hotKeyRefs.clear();
     m_taken.clear();
+    m_triggers.clear();
     m_hotKeys.removeHandler();
     m_hotKeys.installHandler([this](HotKeyId id) { return handleHotKey(id.id); });
     for (const Trigger trigger : allTriggers)
@@ -53,8 +59,21 @@ void HotKeyCenter::registerHotKey(Trigger trigger) {
                    : QStringLiteral("DEBUG: Failed to register hotkey ID: %1"))
                   .arg(id));
     m_hotKeyRefs.push_back(ref);
-    if (!ref)
+    if (ref)
+        m_triggers[*ref] = trigger;
+    else
         m_taken.insert(trigger);
+}
+
+void HotKeyCenter::hotKeyHeld(HotKeyRef ref, bool isHeld) {
+    const auto found = m_triggers.find(ref);
+    if (found == m_triggers.end())
+        return;
+    if (isHeld)
+        m_taken.erase(found->second);
+    else if (m_taken.insert(found->second).second)
+        printLine(QStringLiteral("DEBUG: Failed to register hotkey ID: %1").arg(traits(found->second).hotKeyId));
+    Q_EMIT heldChanged();
 }
 
 KeyboardNext HotKeyCenter::handleHotKey(quint32 id) {

@@ -53,12 +53,19 @@ public:
     /// Whether the trigger should have a hot key and has none: another program holds the combination.
     [[nodiscard]] bool isTakenElsewhere(Trigger trigger) const { return m_taken.contains(trigger); }
 
+    /// What the desktop gives of hot keys.
+    [[nodiscard]] HotKeyTraits hotKeyTraits() const { return m_hotKeys.traits(); }
+
     /// What a press of the hot key does, and who gets the keys after it. Every other number does nothing.
     KeyboardNext handleHotKey(quint32 id);
 
     /// One tap of Option alone, told by a desktop that lets no program hear keys. From the first one on taps count as
     /// they are told: what the monitors hear while a window of this program has the keyboard is the same key.
     void optionTapped();
+
+Q_SIGNALS:
+    /// The desktop has said what became of a hot key.
+    void heldChanged();
 
 private:
     struct DoubleTap {
@@ -68,6 +75,7 @@ private:
     };
 
     void registerHotKey(Trigger trigger);
+    void hotKeyHeld(HotKeyRef ref, bool isHeld);
     void updateMonitors(Trigger trigger);
     void handleFlagsChanged(Trigger trigger, quint32 flags);
     void count(Trigger trigger, quint32 flags);
@@ -80,6 +88,7 @@ private:
     std::vector<std::optional<HotKeyRef>> m_hotKeyRefs; ///< a registration that failed is an empty entry
     std::set<Trigger> m_taken;
     std::map<Trigger, DoubleTap> m_doubleTaps;
+    std::map<HotKeyRef, Trigger> m_triggers; ///< of the registrations that were given
     bool m_areTapsTold = false;
 };
 

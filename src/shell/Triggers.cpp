@@ -7,10 +7,12 @@ namespace tavrine {
 namespace {
 
 constexpr TriggerTraits triggers[] = {
-    {1, &preference::clipboardHotkeyMode, preference::hotkeyCharacter, QLatin1String("V")},
-    {2, &preference::emojiHotkeyMode, preference::emojiHotkeyKey, QLatin1String("E")},
-    {6, nullptr, preference::snipHotkey, QLatin1String()},
-    {7, &preference::screenRecordHotkeyMode, preference::screenRecordHotkey, QLatin1String()},
+    {1, &preference::clipboardHotkeyMode, preference::hotkeyCharacter, QLatin1String("V"),
+     QLatin1String("Search the Clipboard")},
+    {2, &preference::emojiHotkeyMode, preference::emojiHotkeyKey, QLatin1String("E"), QLatin1String("Pick an Emoji")},
+    {6, nullptr, preference::snipHotkey, QLatin1String(), QLatin1String("Capture a Region")},
+    {7, &preference::screenRecordHotkeyMode, preference::screenRecordHotkey, QLatin1String(),
+     QLatin1String("Record the Screen")},
 };
 
 // Positions of A to Z and of 0 to 9.

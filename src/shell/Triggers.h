@@ -34,6 +34,7 @@ struct TriggerTraits {
     const Preference<QString> *mode; ///< null for the capture, which is always a hot key
     Preference<QString> character;
     QLatin1String emptyCharacter; ///< what an empty stored text counts as
+    QLatin1String title;          ///< what the desktop's own settings call it
 };
 
 [[nodiscard]] const TriggerTraits &traits(Trigger trigger);

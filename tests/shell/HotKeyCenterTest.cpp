@@ -467,5 +467,28 @@ TEST_F(HotKeyCenterTest, aTapThatIsToldAndHeardCountsOnce) {
     EXPECT_EQ(calls, QStringList(QStringLiteral("clipboard")));
 }
 
+// Keys that another program keeps.
+
+TEST_F(HotKeyCenterTest, aKeyThatTurnsOutToBeTakenIsToldAndOneThatHoldsAfterAllToo) {
+    int changes = 0;
+    QObject::connect(&center, &HotKeyCenter::heldChanged, &center, [&] { ++changes; });
+    center.registerHotkeys();
+    EXPECT_FALSE(center.isTakenElsewhere(Trigger::emojiPicker));
+    EXPECT_EQ(printedBy([&] { hotKeys.tellHeld(14, commandShift, false); }),
+              "DEBUG: Failed to register hotkey ID: 2\n");
+    EXPECT_TRUE(center.isTakenElsewhere(Trigger::emojiPicker));
+    EXPECT_FALSE(center.isTakenElsewhere(Trigger::clipboard));
+    hotKeys.tellHeld(14, commandShift, true);
+    EXPECT_FALSE(center.isTakenElsewhere(Trigger::emojiPicker));
+    EXPECT_EQ(changes, 2);
+}
+
+TEST_F(HotKeyCenterTest, eachHotKeyHasATitleForTheDesktopsSettings) {
+    EXPECT_EQ(hotKeys.title(1), QStringLiteral("Search the Clipboard"));
+    EXPECT_EQ(hotKeys.title(2), QStringLiteral("Pick an Emoji"));
+    EXPECT_EQ(hotKeys.title(6), QStringLiteral("Capture a Region"));
+    EXPECT_EQ(hotKeys.title(7), QStringLiteral("Record the Screen"));
+}
+
 } // namespace
 } // namespace tavrine

@@ -1,6 +1,7 @@
 #include "adapters/desktops/WaylandDesktop.h"
 
 #include "adapters/linux/ApplicationObject.h"
+#include "adapters/linux/DesktopHotKeys.h"
 #include "adapters/linux/LinuxSessionNotices.h"
 #include "adapters/linux/NoScreenStreams.h"
 #include "adapters/linux/PluginLoader.h"
@@ -94,7 +95,7 @@ void WaylandDesktop::watchCompositing(std::function<void(bool isComposited)> han
 }
 
 HotKeys &WaylandDesktop::hotKeys() {
-    return m_hotKeys.get([] { return std::make_unique<absent::NoHotKeys>(); });
+    return m_hotKeys.get([] { return std::make_unique<DesktopHotKeys>(); });
 }
 
 EventMonitors &WaylandDesktop::eventMonitors() {

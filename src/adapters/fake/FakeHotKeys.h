@@ -40,6 +40,22 @@ public:
         return m_lastRef;
     }
     void unregisterHotKey(HotKeyRef ref) override { m_registrations.erase(ref); }
+    [[nodiscard]] HotKeyTraits traits() const override { return m_traits; }
+    void setTitle(HotKeyId id, const QString &title) override { m_titles[id.id] = title; }
+    void setOnHeld(std::function<void(HotKeyRef, bool)> handler) override { m_onHeld = std::move(handler); }
+
+    /// What the desktop that keeps the keys cannot promise.
+    void setTraits(const HotKeyTraits &traits) { m_traits = traits; }
+    /// Such a desktop says what became of a combination.
+    void tellHeld(int keyCode, quint32 modifiers, bool isHeld) {
+        for (const auto &[ref, registration] : std::map(m_registrations))
+            if (registration.keyCode == keyCode && registration.modifiers == modifiers && m_onHeld)
+                m_onHeld(ref, isHeld);
+    }
+    [[nodiscard]] QString title(quint32 id) const {
+        const auto found = m_titles.find(id);
+        return found == m_titles.end() ? QString() : found->second;
+    }
 
     /// Another program takes the combination, or lets it go.
     void takeElsewhere(int keyCode, quint32 modifiers) { m_takenElsewhere.insert({keyCode, modifiers}); }
@@ -78,6 +94,9 @@ private:
     std::function<void()> m_onInstallation;
     std::map<HotKeyRef, Registration> m_registrations;
     std::set<std::pair<int, quint32>> m_takenElsewhere;
+    std::map<quint32, QString> m_titles;
+    std::function<void(HotKeyRef, bool)> m_onHeld;
+    HotKeyTraits m_traits;
     HotKeyRef m_lastRef = 0;
     int m_installations = 0;
 };

@@ -4,7 +4,6 @@
 #include "ports/Dragging.h"
 #include "ports/EdgeWindow.h"
 #include "ports/EventTap.h"
-#include "ports/HotKeys.h"
 
 #include <QWidget>
 
@@ -36,17 +35,6 @@ private:
         QRectF m_frame;
         std::unique_ptr<QWidget> m_content;
     };
-};
-
-class NoHotKeys final : public HotKeys {
-public:
-    void installHandler(Handler /*handler*/) override {}
-    void removeHandler() override {}
-    [[nodiscard]] std::optional<HotKeyRef> registerHotKey(int /*keyCode*/, quint32 /*modifiers*/,
-                                                          HotKeyId /*id*/) override {
-        return std::nullopt;
-    }
-    void unregisterHotKey(HotKeyRef /*ref*/) override {}
 };
 
 /// No program of a Wayland session may keep keys from others.
