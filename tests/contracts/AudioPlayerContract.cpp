@@ -81,8 +81,15 @@ protected:
         });
     }
     void play(const QString &path, int loops = -1) {
+        answers = 0;
         make(path);
-        ASSERT_TRUE(sounds.eventually([this] { return player != nullptr; })) << failure.reason.toStdString();
+        ASSERT_TRUE(sounds.eventually([&] {
+            if (player == nullptr && answers == 1) { // a sound server may not have got its turn yet
+                answers = 0;
+                make(path);
+            }
+            return player != nullptr;
+        })) << failure.reason.toStdString();
         player->setNumberOfLoops(loops);
         player->prepareToPlay();
         player->play();
@@ -125,7 +132,7 @@ TYPED_TEST(AudioPlayerContract, aPlayerComesInALaterTurnOnceAndSilent) {
 }
 
 TYPED_TEST(AudioPlayerContract, whatIsPlayedIsHeardUntilThePause) {
-    this->play(this->tone);
+    ASSERT_NO_FATAL_FAILURE(this->play(this->tone));
     EXPECT_TRUE(this->sounds.eventually([this] { return this->sounds.isHeard(); }));
     this->player->pause();
     EXPECT_TRUE(this->sounds.eventually([this] { return !this->sounds.isHeard(); }));
@@ -135,12 +142,12 @@ TYPED_TEST(AudioPlayerContract, whatIsPlayedIsHeardUntilThePause) {
 }
 
 TYPED_TEST(AudioPlayerContract, aStopAndTheDroppingOfAPlayerAreSilenceToo) {
-    this->play(this->tone);
+    ASSERT_NO_FATAL_FAILURE(this->play(this->tone));
     EXPECT_TRUE(this->sounds.eventually([this] { return this->sounds.isHeard(); }));
     this->player->stop();
     EXPECT_TRUE(this->sounds.eventually([this] { return !this->sounds.isHeard(); }));
     this->player.reset();
-    this->play(this->tone);
+    ASSERT_NO_FATAL_FAILURE(this->play(this->tone));
     EXPECT_TRUE(this->sounds.eventually([this] { return this->sounds.isHeard(); }));
     this->player.reset();
     EXPECT_TRUE(this->sounds.eventually([this] { return !this->sounds.isHeard(); }));
@@ -160,7 +167,7 @@ TYPED_TEST(AudioPlayerContract, anotherOutputIsToldWhileSomethingSoundsAndOnlyTh
         this->player->pause();
     });
     bool hasEnded = false;
-    this->play(this->tone);
+    ASSERT_NO_FATAL_FAILURE(this->play(this->tone));
     this->player->setOnEnd([&](const QString &) { hasEnded = true; });
     EXPECT_TRUE(this->sounds.eventually([this] { return this->sounds.isHeard(); }));
     this->sounds.changeOutput();
@@ -173,7 +180,7 @@ TYPED_TEST(AudioPlayerContract, anotherOutputIsToldWhileSomethingSoundsAndOnlyTh
 }
 
 TYPED_TEST(AudioPlayerContract, withoutAListenerAnotherOutputEndsTheSoundAllTheSame) {
-    this->play(this->tone);
+    ASSERT_NO_FATAL_FAILURE(this->play(this->tone));
     EXPECT_TRUE(this->sounds.eventually([this] { return this->sounds.isHeard(); }));
     this->sounds.changeOutput();
     EXPECT_TRUE(this->sounds.eventually([this] { return !this->sounds.isHeard(); }));
@@ -181,7 +188,7 @@ TYPED_TEST(AudioPlayerContract, withoutAListenerAnotherOutputEndsTheSoundAllTheS
 
 TYPED_TEST(AudioPlayerContract, theEndOfTheLastLoopIsToldWithoutAReason) {
     int ends = 0;
-    this->play(this->shortTone, 1);
+    ASSERT_NO_FATAL_FAILURE(this->play(this->shortTone, 1));
     this->player->setOnEnd([&](const QString &reason) {
         ++ends;
         EXPECT_EQ(reason, QString());

@@ -4,6 +4,7 @@
 #include "adapters/fake/VirtualTime.h"
 #include "adapters/x11/TestOwner.h"
 #include "adapters/x11/X11DragPasteboards.h"
+#include "support/DragRehearsal.h"
 #include "support/Eventually.h"
 #include "support/TestKeyboard.h"
 
@@ -29,6 +30,8 @@ public:
     /// A button goes down and up, and what was dragged before still lies there.
     virtual void stroke() = 0;
     virtual bool comes(const std::function<bool()> &condition) = 0;
+    /// Whether a watch that was just begun sees drags; waits for it.
+    virtual bool sees(const DragPasteboard &pasteboard) = 0;
     virtual void rest() = 0;
 };
 
@@ -48,6 +51,7 @@ public:
         m_time.advance(1s);
         return condition();
     }
+    bool sees(const DragPasteboard &) override { return true; }
     void rest() override { m_time.advance(1s); }
 
 private:
@@ -89,6 +93,7 @@ public:
         m_hand.release(1);
     }
     bool comes(const std::function<bool()> &condition) override { return eventually(condition); }
+    bool sees(const DragPasteboard &pasteboard) override { return testing::seesDrags(pasteboard); }
     void rest() override { letPass(60ms); }
 
 private:
@@ -107,8 +112,8 @@ class DragPasteboardContract : public ::testing::TestWithParam<std::unique_ptr<D
 protected:
     void watch() {
         pasteboard = desk->pasteboards().watch();
+        ASSERT_TRUE(desk->sees(*pasteboard));
         pasteboard->setOnChange([this] { ++changes; });
-        desk->rest();
         before = pasteboard->changeCount();
     }
     bool isDragging(bool ofFiles) {

@@ -166,8 +166,10 @@ public:
     bool comesTrue(const std::function<bool()> &condition) override { return waitUntil(condition); }
 
 private:
+    /// What was done has arrived: by turns, as a busy machine gives us few of them in a time.
     void settle() {
-        (void)waitUntil([] { return false; }, 80ms);
+        for (int turn = 0; turn < 16; ++turn)
+            (void)waitUntil([] { return false; }, 5ms);
     }
 
     testing::TestKeyboard m_keyboard;

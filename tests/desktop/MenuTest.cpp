@@ -5,6 +5,8 @@
 #include "support/StatusNotifierTray.h"
 #include "support/Wait.h"
 
+#include <utility>
+
 #include <gtest/gtest.h>
 
 using namespace tavrine::testing;
@@ -17,15 +19,18 @@ class Menu : public testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(program.startOnboarded());
-        // Its bar is as wide as what it holds: the icon.
-        ASSERT_TRUE(waitUntil([this] {
-            const auto bars = desktop.windowsTitled(QStringLiteral("panel"));
-            const QRect bar = bars.empty() ? QRect() : desktop.geometry(bars.front());
+        // Its bar is as wide as what it holds, and the icon is there for clicks once the program draws it.
+        QRect before;
+        ASSERT_TRUE(waitUntil([&] {
+            const QRect bar = frameOfBar();
+            const bool hasSettled = bar.width() >= 18 && bar.width() < 100 && bar == std::exchange(before, bar);
             icon = bar.center();
-            return bar.width() >= 18 && bar.width() < 100;
+            return hasSettled && desktop.keyboard.windowAt(icon.x(), icon.y()) != bars().front() &&
+                   !waitUntil([&] { return frameOfBar() != bar; }, std::chrono::milliseconds(300));
         }));
-        (void)waitUntil([] { return false; }, std::chrono::milliseconds(300)); // the tray settles
     }
+    std::vector<quint32> bars() const { return desktop.windowsTitled(QStringLiteral("panel")); }
+    QRect frameOfBar() const { return bars().empty() ? QRect() : desktop.geometry(bars().front()); }
     QRect menu() const {
         const auto windows = desktop.windowsTitled(QLatin1String(menuTitle));
         return windows.empty() ? QRect() : desktop.geometry(windows.front());
@@ -49,7 +54,7 @@ protected:
 TEST_F(Menu, aPressOnTheIconThatIsLetGoOverAnEntryChoosesIt) {
     move(icon);
     desktop.keyboard.press(1);
-    ASSERT_TRUE(comes());
+    ASSERT_TRUE(comes()) << qPrintable(program.output());
     const QRect frame = menu();
     for (int y = icon.y(); y < frame.bottom() - 18; y += 12) // Quit is the last one
         move({frame.center().x(), y});

@@ -130,10 +130,8 @@ void X11MouseEvents::onButton(quint16 device, quint32 button, bool isPress, quin
     if (isPress) {
         if ((pointer.buttons & ~(1U << button)) == 0) {
             pointer.press = time;
-            if (isOverOurWindow(device)) {
-                m_pressOverOurs = time;
-                m_pressWait.setRemainingTime(longestWait);
-            }
+            m_lastPress = time;
+            m_pressWait.setRemainingTime(longestWait);
         }
         pointer.buttons |= 1U << button;
         m_hasPress = true;
@@ -182,7 +180,11 @@ void X11MouseEvents::tellAll() {
 }
 
 bool X11MouseEvents::isOurs(const Note &note) {
-    return note.type == eventMask::mouseMoved ? isOverOurWindow(note.device) : hasOwnPress(note);
+    if (note.type != eventMask::mouseMoved)
+        return hasOwnPress(note);
+    Pointer &pointer = m_pointers[note.device];
+    pointer.isOverOurs = isOverOurWindow(note.device);
+    return pointer.isOverOurs;
 }
 
 /// Times of the server: each is compared as how much it comes after the note's press.
@@ -200,9 +202,11 @@ bool X11MouseEvents::hasOwnPress(const Note &note) const {
            });
 }
 
+/// Before it was pressed the pointer was moved over a window of ours.
 bool X11MouseEvents::mayBecomeOurs(const Note &note) const {
-    return note.type != eventMask::mouseMoved && note.press != 0 && note.press == m_pressOverOurs &&
-           !m_pressWait.hasExpired() && !hasOwnPress(note);
+    const auto pointer = m_pointers.find(note.device);
+    return note.type != eventMask::mouseMoved && note.press != 0 && note.press == m_lastPress &&
+           !m_pressWait.hasExpired() && pointer != m_pointers.end() && pointer->second.isOverOurs && !hasOwnPress(note);
 }
 
 bool X11MouseEvents::isOverOurWindow(quint16 device) {

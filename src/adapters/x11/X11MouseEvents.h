@@ -51,8 +51,9 @@ public:
 private:
     /// One of the pointers that the server has.
     struct Pointer {
-        quint32 buttons = 0; ///< that are down, without the wheel's
-        quint32 press = 0;   ///< when the first of them went down; 0 before the watching began
+        quint32 buttons = 0;     ///< that are down, without the wheel's
+        quint32 press = 0;       ///< when the first of them went down; 0 before the watching began
+        bool isOverOurs = false; ///< when it was last seen moved without a button
     };
     struct Note {
         quint16 device;
@@ -79,9 +80,9 @@ private:
     Tell m_tell;
     std::unique_ptr<XcbClient> m_client;
     std::map<quint16, Pointer> m_pointers;
-    std::deque<Note> m_notes;    ///< not told yet
-    quint32 m_pressOverOurs = 0; ///< the last one
-    QDeadlineTimer m_pressWait;  ///< for the toolkit to get it
+    std::deque<Note> m_notes;   ///< not told yet
+    quint32 m_lastPress = 0;    ///< that began a drag
+    QDeadlineTimer m_pressWait; ///< for the toolkit to get it
     QTimer m_pause;
     std::array<quint32, 16> m_ownPresses{}; ///< the times of the last ones
     size_t m_ownPressCount = 0;

@@ -5,6 +5,7 @@
 #include "adapters/x11/PressedPointers.h"
 #include "adapters/x11/TestOwner.h"
 #include "adapters/x11/X11DragPasteboards.h"
+#include "support/DragRehearsal.h"
 #include "support/Eventually.h"
 #include "support/PrivateScreen.h"
 #include "support/TestKeyboard.h"
@@ -31,8 +32,8 @@ protected:
     ~X11DragPasteboardTest() override { hand.release(1); }
     void watch() {
         pasteboard = X11DragPasteboards().watch();
+        EXPECT_TRUE(testing::seesDrags(*pasteboard));
         pasteboard->setOnChange([this] { ++changes; });
-        letPass(60ms); // it has connected
     }
     bool isDragging() {
         return eventually([this] { return pasteboard->isDragging(); });
