@@ -11,9 +11,9 @@ namespace tavrine::testing {
 /// A foreign program with one line of text that tells what it sees on standard output. It ends with the test.
 class ForeignWindow {
 public:
-    explicit ForeignWindow(const QString &command) {
+    explicit ForeignWindow(const QString &command, const QStringList &arguments = {}) {
         m_process.setReadChannel(QProcess::StandardOutput);
-        m_process.start(command, QStringList());
+        m_process.start(command, arguments);
     }
     ~ForeignWindow() {
         m_process.kill();
