@@ -3,10 +3,15 @@
 #include "adapters/wayland/WaylandWindows.h"
 #include "adapters/x11/ForeignWindow.h"
 #include "desktop/Program.h"
+#include "support/InhibitService.h"
 #include "support/StatusNotifierTray.h"
 #include "support/Wait.h"
 #include "support/WaylandHand.h"
+#include "support/WaylandPattern.h"
 
+#include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -115,6 +120,113 @@ TEST_F(WaylandProgram, theTrayItemIsShownAndItsMenuOpens) {
     EXPECT_TRUE(waitUntil([this] {
         windows->refresh();
         return windows->active() != nullptr;
+    }));
+}
+
+TEST_F(WaylandProgram, keepAwakeIsSwitchedOnInTheMenuAndEndsWithTheProgram) {
+    const test::InhibitService session(QStringLiteral("org.gnome.SessionManager"));
+    test::StatusNotifierTray tray;
+    tray.start();
+    ASSERT_TRUE(program.startOnboarded());
+    ASSERT_TRUE(waitUntil([&] { return !tray.properties().isEmpty(); }));
+    tray.call(QStringLiteral("Activate"), {0, 0});
+    // The switch of its card, once the menu is there.
+    EXPECT_TRUE(waitUntil([&] {
+        hand.click({247, 128});
+        return waitUntil([&session] { return !session.held().isEmpty(); }, std::chrono::seconds(2));
+    }));
+    program.kill9();
+    EXPECT_TRUE(waitUntil([&session] { return session.held().isEmpty(); }));
+}
+
+/// On sway, with a second output of another scale at the right.
+class WaylandOutputs : public WaylandProgram {
+protected:
+    /// What is to be seen at a place of the layout, by another program.
+    [[nodiscard]] static QRgb seenAt(QPoint place) {
+        const QString area = QStringLiteral("%1,%2 1x1").arg(place.x()).arg(place.y());
+        return QImage::fromData(outputOf(QStringLiteral("grim"), {QStringLiteral("-t"), QStringLiteral("ppm"),
+                                                                  QStringLiteral("-g"), area, QStringLiteral("-")}))
+            .pixel(0, 0);
+    }
+    /// Where neither the overlay's help nor a window is.
+    const QPoint corner{5, 700};
+};
+
+TEST_F(WaylandOutputs, aCaptureIsOnTheClipboardPixelForPixelAndInTheHistory) {
+    WaylandPattern pattern;
+    ASSERT_TRUE(pattern.isThere());
+    const QPoint parked = hand.layout().bottomRight() - QPoint(9, 9); // this compositor draws the pointer into pictures
+    hand.move(parked);
+    ASSERT_TRUE(waitUntil([this] { return seenAt(corner) == WaylandPattern::colourAt(0, corner.x(), corner.y()); }));
+    ASSERT_TRUE(program.startOnboarded());
+    const auto caller = program.startAgain({QStringLiteral("--capture")});
+    ASSERT_TRUE(caller->waitForFinished(10'000));
+    ASSERT_TRUE(waitUntil([this] { return seenAt(corner) != WaylandPattern::colourAt(0, corner.x(), corner.y()); }));
+    const QRect area(100, 100, 200, 100);
+    hand.drag(area.topLeft(), area.bottomRight());
+    QImage taken;
+    EXPECT_TRUE(waitUntil([&taken] {
+        taken = QImage::fromData(
+            outputOf(QStringLiteral("wl-paste"), {QStringLiteral("--type"), QStringLiteral("image/png")}));
+        return !taken.isNull();
+    }));
+    ASSERT_EQ(taken.size(), area.size());
+    EXPECT_TRUE(taken.convertToFormat(QImage::Format_RGB32) == WaylandPattern::expected(0, area));
+    EXPECT_TRUE(waitUntil([this] {
+        return !program.rows("SELECT image_file_name FROM items WHERE image_file_name IS NOT NULL").isEmpty();
+    }));
+}
+
+TEST_F(WaylandProgram, aTerminalIsPastedInto) {
+    ASSERT_TRUE(program.startOnboarded());
+    const auto needle = copyAs(QStringLiteral("the needle"));
+    ASSERT_TRUE(comesToHold(QStringLiteral("the needle")));
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("typed"));
+    // foot divides by the size of its screen, and KWin's outputs without a screen have none.
+    const bool isSway = qgetenv("XDG_CURRENT_DESKTOP") == "sway";
+    const Client terminal(
+        isSway ? QStringLiteral("foot") : QStringLiteral("xfce4-terminal"),
+        (isSway ? QStringList() : QStringList{QStringLiteral("--disable-server"), QStringLiteral("-x")}) +
+            QStringList{QStringLiteral("sh"), QStringLiteral("-c"),
+                        QStringLiteral("stty -icanon; exec cat > '%1'").arg(path)});
+    const auto typed = [&path] {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(path) && windows->active(); }));
+    hand.type("r"); // once this is there, the terminal has the keyboard
+    ASSERT_TRUE(waitUntil([&typed] { return typed() == "r"; }));
+    ASSERT_TRUE(openPanel("--clipboard"));
+    hand.type("need");
+    hand.tap(KEY_ENTER);
+    EXPECT_TRUE(waitUntil([&typed] { return typed() == "rthe needle"; })) << typed().toStdString();
+}
+
+/// Once, on sway: the session's other tests have a tray of their own.
+using WaylandBar = WaylandProgram;
+
+TEST_F(WaylandBar, aClickOnTheItemInABarOpensTheMenu) {
+    QTemporaryDir folder;
+    QFile config(folder.filePath(QStringLiteral("bar")));
+    ASSERT_TRUE(config.open(QIODevice::WriteOnly));
+    config.write(
+        "{\"position\": \"bottom\", \"height\": 40, \"modules-left\": [\"tray\"], \"tray\": {\"icon-size\": 32}}");
+    config.close();
+    const Client bar(QStringLiteral("waybar"), {QStringLiteral("--config"), config.fileName()});
+    ASSERT_TRUE(program.startOnboarded());
+    ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
+    ASSERT_TRUE(window.waitForFocus());
+    // The item comes when bar and program have found each other.
+    EXPECT_TRUE(waitUntil([this] {
+        hand.click({16, hand.layout().bottom() - 20});
+        return waitUntil(
+            [this] {
+                windows->refresh();
+                return !windows->active();
+            },
+            std::chrono::seconds(2));
     }));
 }
 
