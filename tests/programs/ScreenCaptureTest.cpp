@@ -354,7 +354,8 @@ TEST_F(ScreenCapture, wrongArgumentsPrintTheUsageAndLeaveNoFile) {
     for (const QStringList &arguments : wrong) {
         const auto tool = start(arguments);
         EXPECT_EQ(statusOf(*tool), 1);
-        EXPECT_EQ(tool->readAllStandardError(), "usage: screencapture -i [-x] FILE\n");
+        EXPECT_EQ(tool->readAllStandardError(),
+                  "usage: screencapture -i [-x] [-f PICTURE] FILE\n       screencapture -p\n");
         EXPECT_TRUE(filesLeft().isEmpty());
     }
 }
