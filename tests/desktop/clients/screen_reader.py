@@ -16,7 +16,7 @@ def call(connection, name, path, interface, method, arguments=None):
     return connection.call_sync(name, path, interface, method, arguments, None, NO_TIMEOUT_FLAGS, ANSWER_MS, None).unpack()
 
 
-def until(condition, seconds=5.0):
+def until(condition, seconds=15.0):
     """What the condition gives as soon as it is something; what it gives last when the time is over. The services answer meanwhile."""
     end = time.monotonic() + seconds
     while True:
