@@ -8,7 +8,7 @@ class WaylandWorld final : public PasteboardWorld {
 public:
     WaylandWorld() {
         TestSource().clear();
-        m_pasteboard = std::make_unique<WaylandPasteboard>([](const std::string &) {}, shortLimits());
+        m_pasteboard = std::make_unique<WaylandPasteboard>([](const std::string &) {}, patientLimits());
     }
     Pasteboard &pasteboard() override { return *m_pasteboard; }
     void copyText(const QString &text) override { own().ownText(text.toUtf8()); }

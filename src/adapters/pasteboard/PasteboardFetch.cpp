@@ -107,6 +107,7 @@ void PasteboardFetch::conceal() {
     for (Received &received : m_received)
         wipe(received.bytes);
     m_received.clear();
+    m_isConcealed = true;
     m_contents.types.append(QLatin1String(pasteboardType::concealed));
     m_stage = Stage::finished;
     publish();
@@ -223,8 +224,19 @@ void PasteboardFetch::publish() {
     if (m_isPublished)
         return;
     m_isPublished = true;
+    if (m_hasOwnerEnded && !m_isConcealed)
+        m_contents.types = receivedTypes();
     m_phaseStart = std::chrono::steady_clock::now();
     m_hooks.onReadable(m_contents);
+}
+
+QStringList PasteboardFetch::receivedTypes() const {
+    QList<QByteArray> targets;
+    for (const Received &received : m_received)
+        targets.append(received.target);
+    for (const selection::Sibling &sibling : m_siblings)
+        targets.append(sibling.target);
+    return pasteboardTypesOf(targets);
 }
 
 void PasteboardFetch::giveUp() {
@@ -235,15 +247,10 @@ void PasteboardFetch::giveUp() {
 void PasteboardFetch::ownerEnded() {
     if (!isRunning())
         return;
-    if (!m_isPublished) { // only what is here still stands anywhere
-        QList<QByteArray> targets;
-        for (const Received &received : m_received)
-            targets.append(received.target);
-        for (const selection::Sibling &sibling : m_siblings)
-            targets.append(sibling.target);
-        m_contents.types = pasteboardTypesOf(targets);
-    }
-    m_hasOwnerEnded = true;
+    m_hasOwnerEnded = true; // nobody is asked for anything more
+    if (m_transfer)
+        m_transfer->ownerEnded();
+    proceed();
     if (m_stage != Stage::imageFile)
         giveUp();
 }
@@ -283,7 +290,7 @@ void PasteboardFetch::expire(TimePoint now) {
 
 std::optional<QByteArray> PasteboardFetch::nextWanted(const QList<QByteArray> &candidates) const {
     const auto isWanted = [this](const QByteArray &target) {
-        return m_listed.contains(target) && !m_asked.contains(target);
+        return !m_hasOwnerEnded && m_listed.contains(target) && !m_asked.contains(target);
     };
     for (const QByteArray &target : candidates) {
         if (!isWanted(target))

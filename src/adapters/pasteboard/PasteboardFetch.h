@@ -100,6 +100,7 @@ private:
     void ask(const QByteArray &target);
     [[nodiscard]] bool mayBeAskedAgain() const;
     void publish();
+    [[nodiscard]] QStringList receivedTypes() const;
     void giveUp();
     [[nodiscard]] std::optional<QByteArray> nextWanted(const QList<QByteArray> &candidates) const;
     [[nodiscard]] const Received *find(const QByteArray &target) const;
@@ -112,6 +113,7 @@ private:
     TimePoint m_phaseStart;
     bool m_isPublished = false;
     bool m_hasOwnerEnded = false;
+    bool m_isConcealed = false; ///< known again as a secret
 
     QList<QByteArray> m_targets;
     QSet<QByteArray> m_listed; ///< the same

@@ -28,6 +28,9 @@ public:
     [[nodiscard]] virtual bool hasBegun() const = 0;
     [[nodiscard]] virtual TimePoint lastProgress() const = 0;
 
+    /// The owner has ended: what is certain to be whole already ends the transfer.
+    virtual void ownerEnded() {}
+
     /// Whether a question can get lost, so that it is worth asking again while nothing has begun.
     [[nodiscard]] virtual bool mayBeAskedAgain() const { return false; }
     virtual void askAgain() {}

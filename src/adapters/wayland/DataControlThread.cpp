@@ -10,7 +10,7 @@ namespace tavrine {
 namespace {
 
 /// So much later a notice may be heard than what it tells of: this thread had no processor.
-constexpr std::chrono::milliseconds hearing{20};
+constexpr std::chrono::milliseconds hearing{100};
 constexpr std::chrono::hours noDeadline{1};
 
 } // namespace
@@ -182,7 +182,7 @@ void DataControlThread::dropForeign() {
 void DataControlThread::ownerEnded() {
     if (!m_fetch)
         return;
-    m_fetch->ownerEnded();
+    m_fetch->contents().ownerEnded();
     if (m_fetch->contents().hasReceived()) {
         // Who has followed by now is heard of first.
         m_barrier = std::make_unique<WaylandBarrier>(*m_link, [this] {

@@ -32,19 +32,8 @@ void OfferFetch::read(int descriptor) {
 
 void OfferFetch::expire(PasteboardFetch::TimePoint now) {
     m_fetch.expire(now);
-    closeWhenDone();
-}
-
-void OfferFetch::closeWhenDone() {
     if (m_transfer && !m_fetch.isRunning())
         m_transfer->close(); // given up: its owner need not wait for a reader
-}
-
-void OfferFetch::ownerEnded() {
-    if (m_transfer && m_fetch.isRunning())
-        m_transfer->ownerEnded();
-    m_fetch.ownerEnded();
-    closeWhenDone();
 }
 
 } // namespace tavrine

@@ -16,7 +16,6 @@ public:
     /// Takes what is in the pipe, if that is this fetch's.
     void read(int descriptor);
     void expire(PasteboardFetch::TimePoint now);
-    void ownerEnded();
 
     [[nodiscard]] PasteboardFetch &contents() { return m_fetch; }
 
@@ -26,7 +25,6 @@ private:
     [[nodiscard]] std::unique_ptr<PasteboardTransfer> ask(const QByteArray &target, qsizetype maxBytes) override;
     [[nodiscard]] std::optional<Received> received(const QByteArray &target, PasteboardTransfer &ended) override;
     [[nodiscard]] std::optional<selection::TextEncoding> encodingOf(const Received &received) override;
-    void closeWhenDone();
 
     WaylandLink &m_link;
     const DescriptorSet &m_descriptors;

@@ -86,11 +86,12 @@ void PipeTransfer::ownerEnded() {
     read(); // what it wrote last may have come with the news
     if (m_state != State::confirmed || (m_bytes && m_bytes->size() > pipeBytes))
         m_bytes.reset();
-    end();
+    close();
+    m_barrier.reset();
+    m_state = State::ended;
 }
 
 void PipeTransfer::end() {
-    close();
     m_barrier.reset();
     m_state = State::ended;
     if (m_bytes)

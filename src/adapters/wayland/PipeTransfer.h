@@ -33,12 +33,11 @@ public:
     void read();
     /// Takes nothing more of it.
     void close();
-    /// The owner has ended: what was in the pipe by then, if the pipe could hold all of it. Else nothing.
-    void ownerEnded();
-
     [[nodiscard]] bool isRunning() const override { return m_state != State::ended; }
     [[nodiscard]] bool hasBegun() const override { return m_state != State::asked; }
     [[nodiscard]] TimePoint lastProgress() const override { return m_lastProgress; }
+    /// What was in the pipe by then, if the pipe could hold all of it, else nothing; without `onEnded`.
+    void ownerEnded() override;
 
     /// Once it has ended; none when it was refused or is too large.
     [[nodiscard]] std::optional<QByteArray> takeBytes() { return std::exchange(m_bytes, std::nullopt); }

@@ -8,6 +8,7 @@
 
 #include <pthread.h>
 #include <sys/eventfd.h>
+#include <sys/socket.h>
 #include <unistd.h>
 #include <wayland/wlr-data-control-unstable-v1.h>
 
@@ -83,40 +84,49 @@ void TestSource::loop() {
         }
         for (auto &task : work)
             task();
+        if (std::exchange(m_isGone, false)) {
+            m_program.reset();
+            m_isOwner = false;
+        }
         if (m_program && m_program->link.dispatch(std::chrono::milliseconds(1000), m_wakeUp))
             m_program->link.flush();
-        else if (!m_program)
+        else
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     m_program.reset();
 }
 
-void TestSource::own(Contents contents) {
+void TestSource::own(Contents contents, int times) {
     runOnThread([&] {
         if (!m_program)
             m_program = std::make_unique<Program>();
         m_program->contents = std::move(contents);
-        zwlr_data_control_source_v1 *const before = m_program->source;
-        m_program->source = zwlr_data_control_manager_v1_create_data_source(m_program->manager);
-        static constexpr zwlr_data_control_source_v1_listener listener{
-            .send = [](void *self, zwlr_data_control_source_v1 *, const char *target,
-                       int pipe) { static_cast<TestSource *>(self)->answer(target, pipe); },
-            .cancelled =
-                [](void *self, zwlr_data_control_source_v1 *source) {
-                    auto &test = *static_cast<TestSource *>(self);
-                    if (test.m_program->source == source)
-                        test.m_isOwner = false;
-                },
-        };
-        zwlr_data_control_source_v1_add_listener(m_program->source, &listener, this);
-        for (const auto &[target, answer] : m_program->contents)
-            zwlr_data_control_source_v1_offer(m_program->source, target.constData());
-        m_isOwner = true;
-        zwlr_data_control_device_v1_set_selection(m_program->device, m_program->source);
-        if (before)
-            zwlr_data_control_source_v1_destroy(before);
-        static_cast<void>(m_program->link.finish());
+        for (int i = 0; i < times; ++i)
+            ownOnce();
+        static_cast<void>(m_program->link.finish(std::chrono::seconds(20)));
     });
+}
+
+void TestSource::ownOnce() {
+    zwlr_data_control_source_v1 *const before = m_program->source;
+    m_program->source = zwlr_data_control_manager_v1_create_data_source(m_program->manager);
+    static constexpr zwlr_data_control_source_v1_listener listener{
+        .send = [](void *self, zwlr_data_control_source_v1 *, const char *target,
+                   int pipe) { static_cast<TestSource *>(self)->answer(target, pipe); },
+        .cancelled =
+            [](void *self, zwlr_data_control_source_v1 *source) {
+                auto &test = *static_cast<TestSource *>(self);
+                if (test.m_program->source == source)
+                    test.m_isOwner = false;
+            },
+    };
+    zwlr_data_control_source_v1_add_listener(m_program->source, &listener, this);
+    for (const auto &[target, answer] : m_program->contents)
+        zwlr_data_control_source_v1_offer(m_program->source, target.constData());
+    m_isOwner = true;
+    zwlr_data_control_device_v1_set_selection(m_program->device, m_program->source);
+    if (before)
+        zwlr_data_control_source_v1_destroy(before);
 }
 
 void TestSource::ownByWayOfNothing(Contents contents) {
@@ -125,13 +135,6 @@ void TestSource::ownByWayOfNothing(Contents contents) {
         m_program->link.flush();
     });
     own(std::move(contents));
-}
-
-void TestSource::ownAndEndRepeatedly(int count) {
-    for (int i = 0; i < count; ++i) {
-        TestSource source;
-        source.ownText("wild");
-    }
 }
 
 void TestSource::clear() {
@@ -161,7 +164,6 @@ void TestSource::answer(const QByteArray &target, int pipe) {
         m_program->kept.push_back(pipe);
         return;
     }
-    std::this_thread::sleep_for(answer.before);
     const qsizetype step = answer.pieceBytes > 0 ? answer.pieceBytes : answer.bytes.size();
     int pieces = 0;
     for (qsizetype offset = 0; answer.manner == SourceAnswer::Manner::whole && offset < answer.bytes.size();) {
@@ -170,8 +172,8 @@ void TestSource::answer(const QByteArray &target, int pipe) {
             return;
         }
         if (pieces == answer.endAfterPieces) {
-            m_program.reset();
-            m_isOwner = false;
+            ::shutdown(m_program->link.descriptor(), SHUT_RDWR);
+            m_isGone = true;
             break;
         }
         const qsizetype size = std::min(step, answer.bytes.size() - offset);
@@ -186,8 +188,6 @@ void TestSource::answer(const QByteArray &target, int pipe) {
             break;
     }
     ::close(pipe);
-    if (answer.onAnswered)
-        answer.onAnswered();
 }
 
 int TestSource::requestCount(const QByteArray &target) const {

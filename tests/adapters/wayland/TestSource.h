@@ -19,13 +19,11 @@ struct SourceAnswer {
 
     Manner manner = Manner::whole;
     QByteArray bytes = {};
-    qsizetype pieceBytes = 0;              ///< written in pieces of that size; in one go when 0
-    std::chrono::milliseconds pause{0};    ///< after each piece
-    std::chrono::milliseconds before{0};   ///< until the first
-    int silentAfterPieces = -1;            ///< then it hangs, and the pipe stays open
-    int endAfterPieces = -1;               ///< then its connection and its pipes are gone, as when it is killed
-    bool isEndless = false;                ///< the same again and again, for as long as somebody reads
-    std::function<void()> onAnswered = {}; ///< run on the source's thread once all is written
+    qsizetype pieceBytes = 0;           ///< written in pieces of that size; in one go when 0
+    std::chrono::milliseconds pause{0}; ///< after each piece
+    int silentAfterPieces = -1;         ///< then it hangs, and the pipe stays open
+    int endAfterPieces = -1;            ///< then its connection and its pipes are gone, as when it is killed
+    bool isEndless = false;             ///< the same again and again, for as long as somebody reads
 
     static SourceAnswer refused() { return {.manner = Manner::refuse}; }
     static SourceAnswer silent() { return {.manner = Manner::silent}; }
@@ -43,12 +41,11 @@ public:
     TestSource &operator=(const TestSource &) = delete;
 
     /// Takes the clipboard; on return the compositor has it so.
-    void own(Contents contents);
+    /// So many times in a row, of which the last one stands.
+    void own(Contents contents, int times = 1);
     void ownText(const QByteArray &text) { own({{"text/plain;charset=utf-8", {.bytes = text}}}); }
     /// Gives the clipboard up in the way of some toolkits, and takes it again at once.
     void ownByWayOfNothing(Contents contents);
-    /// Takes the clipboard and ends `count` times in a row; nobody owns it afterwards.
-    static void ownAndEndRepeatedly(int count);
     /// Empties the clipboard on purpose, whoever owns it.
     void clear();
     /// The connection goes, as when the program is killed.
@@ -66,9 +63,11 @@ private:
 
     void runOnThread(std::function<void()> work);
     void loop();
+    void ownOnce();
     void answer(const QByteArray &target, int descriptor);
 
     std::unique_ptr<Program> m_program; ///< the thread's
+    bool m_isGone = false;              ///< it was killed in the middle of something
     mutable std::mutex m_mutex;
     std::map<QByteArray, int> m_requests;
     std::vector<std::packaged_task<void()>> m_work;
