@@ -9,8 +9,9 @@
 #include "adapters/linux/TrayStatusItem.h"
 #include "adapters/wayland/AbsentPorts.h"
 #include "adapters/wayland/CompositorLoss.h"
+#include "adapters/wayland/LayerEdgeWindow.h"
 #include "adapters/wayland/LayerPanelWindow.h"
-#include "adapters/wayland/LayerShell.h"
+#include "adapters/wayland/LayerParts.h"
 #include "adapters/wayland/WaylandAccess.h"
 #include "adapters/wayland/WaylandApplicationActivator.h"
 #include "adapters/wayland/WaylandColorSampler.h"
@@ -59,15 +60,15 @@ Screens &WaylandDesktop::screens() {
 }
 
 PanelWindows &WaylandDesktop::panelWindows() {
-    return m_panelWindows.get([this] { return std::make_unique<LayerPanelWindows>(layerShell()); });
+    return m_panelWindows.get([this] { return std::make_unique<LayerPanelWindows>(layerParts()); });
 }
 
-LayerShell &WaylandDesktop::layerShell() {
-    return m_layerShell.get([] { return std::make_unique<LayerShell>(); });
+LayerParts &WaylandDesktop::layerParts() {
+    return m_layerParts.get([] { return std::make_unique<LayerParts>(); });
 }
 
 EdgeWindows &WaylandDesktop::edgeWindows() {
-    return m_edgeWindows.get([] { return std::make_unique<absent::NoEdgeWindows>(); });
+    return m_edgeWindows.get([this] { return std::make_unique<LayerEdgeWindows>(layerParts()); });
 }
 
 StatusItem &WaylandDesktop::statusItem() {

@@ -4,8 +4,8 @@
 
 namespace tavrine {
 
-class LayerShell;
 class WaylandWindows;
+struct LayerParts;
 
 /// A desktop whose windows a Wayland compositor draws, with the layer shell for panels and data control for the
 /// clipboard.
@@ -38,12 +38,12 @@ protected:
     void startedAgain(const StartIdentifiers &identifiers) override;
 
 private:
-    [[nodiscard]] LayerShell &layerShell();
+    [[nodiscard]] LayerParts &layerParts();
 
-    MadeOnce<LayerShell> m_layerShell; ///< outlives the windows
     [[nodiscard]] const std::shared_ptr<WaylandWindows> &windows();
 
     std::shared_ptr<WaylandWindows> m_windows;
+    MadeOnce<LayerParts> m_layerParts; ///< outlives the windows
     MadeOnce<Pasteboard> m_pasteboard;
     MadeOnce<Workspace> m_workspace;
     MadeOnce<StatusItem> m_statusItem;

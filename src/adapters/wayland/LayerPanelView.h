@@ -1,6 +1,7 @@
 #pragma once
 
 #include "adapters/linux/PanelView.h"
+#include "adapters/wayland/LayerHost.h"
 #include "adapters/wayland/LayerRole.h"
 #include "adapters/wayland/LayerStack.h"
 
@@ -15,7 +16,7 @@ namespace tavrine {
 ///
 /// Its surface has a role while it is shown, on the screen on which most of the panel lies. It is moved to another by
 /// being shown anew there, but not while the person drags it.
-class LayerPanelView final : public PanelView {
+class LayerPanelView final : public PanelView, public LayerHost {
 public:
     LayerPanelView(LayerShell &shell, LayerStack &stack, const PanelDescription &description);
     ~LayerPanelView() override;
@@ -26,7 +27,7 @@ public:
     /// In front of the others; with the keyboard or without.
     void order(bool wantsKeyboard);
     void orderOut();
-    [[nodiscard]] const LayerRole *role() const { return m_role.get(); }
+    [[nodiscard]] const LayerRole *role() const override { return m_role.get(); }
 
 protected:
     void paintEvent(QPaintEvent *event) override;

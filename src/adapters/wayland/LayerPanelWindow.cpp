@@ -2,6 +2,8 @@
 
 #include "adapters/linux/ScreenPlane.h"
 #include "adapters/wayland/LayerPanelView.h"
+#include "adapters/wayland/LayerParts.h"
+#include "adapters/wayland/WindowNumbers.h"
 
 #include <QApplication>
 
@@ -10,8 +12,9 @@ namespace {
 
 class LayerPanelWindow final : public PanelWindow {
 public:
-    LayerPanelWindow(LayerShell &shell, LayerStack &stack, const PanelDescription &description, qint64 number)
-        : m_canBecomeKey(description.canBecomeKey), m_number(number), m_view(shell, stack, description) {}
+    LayerPanelWindow(LayerParts &parts, const PanelDescription &description)
+        : m_canBecomeKey(description.canBecomeKey), m_number(nextWindowNumber()),
+          m_view(parts.shell, parts.stack, description) {}
 
     [[nodiscard]] qint64 windowNumber() const override { return m_number; }
     [[nodiscard]] bool isVisible() const override { return m_view.isVisible(); }
@@ -50,8 +53,7 @@ private:
 } // namespace
 
 std::unique_ptr<PanelWindow> LayerPanelWindows::makePanel(const PanelDescription &description) {
-    static qint64 last = 0; // of the process: nothing on this desktop has a number for a window
-    return std::make_unique<LayerPanelWindow>(m_shell, m_stack, description, ++last);
+    return std::make_unique<LayerPanelWindow>(m_parts, description);
 }
 
 bool LayerPanelWindows::isAsking() const {

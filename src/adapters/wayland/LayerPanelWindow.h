@@ -1,12 +1,10 @@
 #pragma once
 
-#include "adapters/wayland/LayerPopups.h"
-#include "adapters/wayland/LayerStack.h"
 #include "ports/PanelWindow.h"
 
 namespace tavrine {
 
-class LayerShell;
+struct LayerParts;
 
 /// Panels as Qt widgets on the layer shell. Lives on the main thread; outlives its panels.
 ///
@@ -15,16 +13,14 @@ class LayerShell;
 /// cannot be kept from others here, so `sharing` changes nothing.
 class LayerPanelWindows final : public PanelWindows {
 public:
-    explicit LayerPanelWindows(LayerShell &shell) : m_shell(shell), m_popups(shell, m_stack) {}
+    explicit LayerPanelWindows(LayerParts &parts) : m_parts(parts) {}
 
     [[nodiscard]] std::unique_ptr<PanelWindow> makePanel(const PanelDescription &description) override;
     [[nodiscard]] bool isComposited() const override { return true; }
     [[nodiscard]] bool isAsking() const override;
 
 private:
-    LayerShell &m_shell;
-    LayerStack m_stack;
-    LayerPopups m_popups;
+    LayerParts &m_parts;
 };
 
 } // namespace tavrine

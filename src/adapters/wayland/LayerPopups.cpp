@@ -1,6 +1,7 @@
 #include "adapters/wayland/LayerPopups.h"
 
-#include "adapters/wayland/LayerPanelView.h"
+#include "adapters/wayland/LayerHost.h"
+#include "adapters/wayland/LayerRole.h"
 #include "adapters/wayland/LayerShell.h"
 #include "adapters/wayland/PopupRole.h"
 
@@ -24,9 +25,9 @@ QWidget *widgetOf(const QWindow *window) {
     return window && found != widgets.end() ? *found : nullptr;
 }
 
-const LayerPanelView *panelOf(const QWindow *window) {
-    const auto *panel = dynamic_cast<const LayerPanelView *>(widgetOf(window));
-    return panel && panel->role() ? panel : nullptr;
+const LayerRole *floatingRoleOf(const QWindow *window) {
+    const auto *host = dynamic_cast<const LayerHost *>(widgetOf(window));
+    return host ? host->role() : nullptr;
 }
 
 bool isPopup(const QWidget &widget) {
@@ -95,7 +96,7 @@ void LayerPopups::appears(QWidget &widget) {
     if (!window || isBare(widget))
         return;
     QWindow *parent = parentOf(widget);
-    const bool isOfPanel = parent && (panelOf(parent) || popupOf(parent));
+    const bool isOfPanel = parent && (floatingRoleOf(parent) || popupOf(parent));
     if (isPopup(widget) && !isOfPanel)
         return;
     const bool isQuestion = isOfPanel && widget.isModal() && qobject_cast<QDialog *>(&widget);
@@ -128,7 +129,7 @@ void LayerPopups::openPopup(QWidget &widget, QWindow &parent) {
     if (const Popup *popup = popupOf(&parent))
         of.popup = popup->role->surface();
     else
-        of.layer = panelOf(&parent)->role()->role();
+        of.layer = floatingRoleOf(&parent)->role();
     auto role = std::make_unique<PopupRole>(m_shell, *widget.windowHandle(), of, widget.geometry().translated(-corner),
                                             [closing = QPointer(&widget)] {
                                                 QMetaObject::invokeMethod(

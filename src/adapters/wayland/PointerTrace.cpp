@@ -27,9 +27,8 @@ void PointerTrace::remove(Followers::iterator follower) {
 }
 
 quint32 PointerTrace::pressedButtons() const {
-    const Qt::MouseButtons buttons = QGuiApplication::mouseButtons();
-    return (m_isDragged || buttons & Qt::LeftButton ? 1U : 0U) | (buttons & Qt::RightButton ? 2U : 0U) |
-           (buttons & Qt::MiddleButton ? 4U : 0U);
+    return (m_isDragged || m_buttons & Qt::LeftButton ? 1U : 0U) | (m_buttons & Qt::RightButton ? 2U : 0U) |
+           (m_buttons & Qt::MiddleButton ? 4U : 0U);
 }
 
 void PointerTrace::setPlace(QPointF place) {
@@ -66,6 +65,7 @@ void PointerTrace::leave(const QWindow &window) {
         place.setX(inside.right() + beyond);
     else
         place.setY(inside.bottom() + beyond);
+    m_buttons = {};
     take(nullptr, place, false);
 }
 
@@ -80,6 +80,7 @@ bool PointerTrace::eventFilter(QObject *object, QEvent *event) {
     case QEvent::MouseMove:
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonRelease:
+        m_buttons = static_cast<QMouseEvent *>(event)->buttons();
         take(window, static_cast<QMouseEvent *>(event)->globalPosition(), false);
         break;
     case QEvent::DragEnter:

@@ -42,6 +42,7 @@ private:
 
     QPointF m_place;
     QPointer<QWindow> m_window;
+    Qt::MouseButtons m_buttons; ///< the toolkit keeps that of a drag which has left
     bool m_isDragged = false;
     Followers m_followers;
 };

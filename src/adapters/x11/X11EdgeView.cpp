@@ -2,14 +2,12 @@
 
 #include "adapters/x11/X11WindowDescription.h"
 
-#include <QEasingCurve>
 #include <QImage>
 #include <QPainter>
 #include <QScreen>
 #include <QWindow>
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 #include <xcb/shape.h>
@@ -17,29 +15,12 @@
 namespace tavrine {
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto betweenSteps = 17ms; // no more than sixty a second
-
-/// Slow at both ends, as the desktop's own windows move.
-double eased(double part) {
-    static const QEasingCurve curve = [] {
-        QEasingCurve bezier(QEasingCurve::BezierSpline);
-        bezier.addCubicBezierSegment({0.42, 0}, {0.58, 1}, {1, 1});
-        return bezier;
-    }();
-    return curve.valueForProgress(part);
-}
-
-QRectF between(const QRectF &a, const QRectF &b, double part) {
-    const auto mix = [part](double from, double to) { return from + (to - from) * part; };
-    return {mix(a.x(), b.x()), mix(a.y(), b.y()), mix(a.width(), b.width()), mix(a.height(), b.height())};
-}
-
-/// To whole points, each edge by itself, so that a part that grows keeps its middle.
-QRect whole(const QRectF &rect) {
-    const QPoint corner(qRound(rect.left()), qRound(rect.top()));
-    return {corner, QSize(qRound(rect.right()) - corner.x(), qRound(rect.bottom()) - corner.y())};
+/// To whole pixels, each edge by itself.
+QRect inPixels(const QRect &points, double scale) {
+    const QPointF corner = QPointF(points.topLeft()) * scale;
+    const QPointF end = QPointF(points.topLeft() + QPoint(points.width(), points.height())) * scale;
+    return {QPoint(qRound(corner.x()), qRound(corner.y())),
+            QSize(qRound(end.x()) - qRound(corner.x()), qRound(end.y()) - qRound(corner.y()))};
 }
 
 xcb_rectangle_t rectangle(int x, int y, int width, int height) {
@@ -87,80 +68,8 @@ std::vector<xcb_rectangle_t> pixelsOf(const QPainterPath &path, QSize size) {
 
 } // namespace
 
-X11EdgeView::X11EdgeView(const EdgeWindowDescription &description)
-    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint | Qt::WindowStaysOnTopHint |
-                           Qt::WindowDoesNotAcceptFocus),
-      m_description(description) {
-    setAttribute(Qt::WA_TranslucentBackground);
-    setAttribute(Qt::WA_ShowWithoutActivating);
-    setAttribute(Qt::WA_QuitOnClose, false);
-    setAttribute(Qt::WA_AlwaysShowToolTips);
-    setWindowTitle(description.title);
-    m_steps.setTimerType(Qt::PreciseTimer);
-    m_steps.setInterval(betweenSteps);
-    QObject::connect(&m_steps, &QTimer::timeout, this, [this] { step(); });
-    setFrame(QRectF(QPointF(), description.largestSize), 0ms);
-    create();
-    // The toolkit moves what was on a screen that has gone, and another screen may have another scale.
-    QObject::connect(windowHandle(), &QWindow::screenChanged, this, [this] {
-        QMetaObject::invokeMethod(
-            this, [this] { setFrame(m_frame, 0ms); }, Qt::QueuedConnection);
-    });
-    shapeInput();
-}
-
-void X11EdgeView::setContent(QWidget *content) {
-    delete m_content.data();
-    m_content = content;
-    if (!content)
-        return;
-    content->setParent(this);
-    showPart(m_part);
-    content->show();
-}
-
-QRect X11EdgeView::placeFor(const QRectF &frame) const {
-    const QSize size(qCeil(std::max(m_description.largestSize.width(), frame.width())),
-                     qCeil(std::max(m_description.largestSize.height(), frame.height())));
-    return {QPoint(qRound(frame.center().x() - size.width() * 0.5), qRound(frame.top())), size};
-}
-
-void X11EdgeView::setFrame(const QRectF &frame, std::chrono::milliseconds duration) {
-    m_frame = frame;
-    const QRect place = placeFor(frame);
-    const bool isElsewhere = place != geometry();
-    if (isElsewhere)
-        setGeometry(place);
-    m_from = m_part;
-    m_to = frame.translated(-place.topLeft());
-    m_duration = duration;
-    m_sinceBegin.start();
-    if (duration > 0ms && isVisible() && !isElsewhere) {
-        m_steps.start();
-    } else {
-        m_steps.stop();
-        showPart(m_to);
-    }
-    shapeInput();
-}
-
-void X11EdgeView::step() {
-    const double part = std::min(1.0, double(m_sinceBegin.elapsed()) / double(m_duration.count()));
-    if (part >= 1)
-        m_steps.stop();
-    showPart(part < 1 ? between(m_from, m_to, eased(part)) : m_to);
-}
-
-void X11EdgeView::showPart(const QRectF &part) {
-    m_part = part;
-    if (m_content)
-        m_content->setGeometry(whole(part));
-    cut();
-}
-
-void X11EdgeView::setIgnoresMouseEvents(bool ignores) {
-    m_ignoresMouseEvents = ignores;
-    shapeInput();
+X11EdgeView::X11EdgeView(const EdgeWindowDescription &description) : EdgeView(description) {
+    follow();
 }
 
 void X11EdgeView::setComposited(bool isComposited) {
@@ -177,10 +86,10 @@ void X11EdgeView::shapeInput() {
     auto *connection = windowHandle() ? qtConnection() : nullptr;
     if (!connection)
         return;
-    const QRect area = whole(QRectF(whole(m_to).topLeft() * scale(), QSizeF(whole(m_to).size()) * scale()));
+    const QRect area = inPixels(takingPart(), scale());
     const xcb_rectangle_t pixels = rectangle(area.x(), area.y(), area.width(), area.height());
     xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED,
-                         static_cast<xcb_window_t>(winId()), 0, 0, m_ignoresMouseEvents ? 0 : 1, &pixels);
+                         static_cast<xcb_window_t>(winId()), 0, 0, ignoresMouseEvents() ? 0 : 1, &pixels);
     flush();
 }
 
@@ -195,11 +104,11 @@ void X11EdgeView::cut() {
         xcb_shape_mask(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, id, 0, 0, XCB_PIXMAP_NONE);
         return;
     }
-    const QRect part = whole(m_part);
+    const QRect part = shownPart();
     QPainterPath outline = m_description.outline ? m_description.outline(part.size()) : QPainterPath();
     if (!m_description.outline)
         outline.addRect(QRectF(QPointF(), part.size()));
-    const QSize pixels = whole(QRectF(QPointF(), QSizeF(part.size()) * scale())).size();
+    const QSize pixels = inPixels(QRect(QPoint(), part.size()), scale()).size();
     const std::vector<xcb_rectangle_t> bands = pixelsOf(QTransform::fromScale(scale(), scale()).map(outline), pixels);
     xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_YX_BANDED, id,
                          static_cast<qint16>(qRound(part.x() * scale())),
@@ -210,12 +119,6 @@ void X11EdgeView::cut() {
 void X11EdgeView::flush() {
     if (auto *connection = qtConnection())
         xcb_flush(connection);
-}
-
-void X11EdgeView::hideEvent(QHideEvent *event) {
-    QWidget::hideEvent(event);
-    m_steps.stop(); // the next showing begins where this change would have ended
-    showPart(m_to);
 }
 
 } // namespace tavrine

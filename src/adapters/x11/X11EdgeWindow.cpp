@@ -2,11 +2,8 @@
 
 #include "adapters/x11/X11Compositor.h"
 #include "adapters/x11/X11EdgeView.h"
-#include "adapters/x11/X11Screens.h"
 #include "adapters/x11/X11WindowDescription.h"
 
-#include <QGuiApplication>
-#include <QScreen>
 #include <QWindow>
 
 namespace tavrine {
@@ -15,23 +12,18 @@ namespace {
 class X11EdgeWindow final : public EdgeWindow {
 public:
     X11EdgeWindow(const EdgeWindowDescription &description, X11ApplicationActivator &activator)
-        : m_activator(activator), m_view(description), m_frame(QPointF(), description.largestSize) {
+        : m_activator(activator), m_view(description) {
         m_forDesktop.level = description.level;
         m_forDesktop.collectionBehavior = description.collectionBehavior;
         m_forDesktop.canBecomeKey = false;
-        // The plane of the frames hangs on the first screen's lower edge: where that moves, an equal frame lies
-        // elsewhere.
-        QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, &m_view, [this] { followScreens(); });
-        followScreens();
     }
     ~X11EdgeWindow() override { returnKeyboard(); }
 
     [[nodiscard]] qint64 windowNumber() const override { return static_cast<qint64>(m_view.winId()); }
     [[nodiscard]] bool isVisible() const override { return m_view.isVisible(); }
-    [[nodiscard]] QRectF frame() const override { return m_frame; }
+    [[nodiscard]] QRectF frame() const override { return m_view.frame(); }
     void setFrame(const QRectF &frame, std::chrono::milliseconds duration) override {
-        m_frame = frame;
-        m_view.setFrame(flippedRect(frame), duration);
+        m_view.setFrame(frame, duration);
     }
     [[nodiscard]] bool ignoresMouseEvents() const override { return m_view.ignoresMouseEvents(); }
     void setIgnoresMouseEvents(bool ignores) override { m_view.setIgnoresMouseEvents(ignores); }
@@ -76,19 +68,9 @@ public:
     void setContentView(QWidget *content) override { m_view.setContent(content); }
 
 private:
-    void followScreens() {
-        QObject::disconnect(m_screenMoves);
-        if (QScreen *first = QGuiApplication::primaryScreen())
-            m_screenMoves = QObject::connect(first, &QScreen::geometryChanged, &m_view,
-                                             [this] { m_view.setFrame(flippedRect(m_frame), {}); });
-        m_view.setFrame(flippedRect(m_frame), {});
-    }
-
     X11ApplicationActivator &m_activator;
     X11EdgeView m_view;
     PanelDescription m_forDesktop;
-    QRectF m_frame;
-    QMetaObject::Connection m_screenMoves;
     std::unique_ptr<X11Compositor> m_compositor; ///< watched while the window is shown
     xcb_window_t m_focusBefore = XCB_WINDOW_NONE;
 };

@@ -1,6 +1,6 @@
 // Panels as they stand on a Wayland desktop, where nobody but the person's hand tells what they really do.
 #include "adapters/wayland/LayerPanelWindow.h"
-#include "adapters/wayland/LayerShell.h"
+#include "adapters/wayland/LayerParts.h"
 #include "adapters/wayland/WaylandScreens.h"
 #include "adapters/x11/ForeignWindow.h"
 #include "support/Wait.h"
@@ -96,8 +96,8 @@ protected:
     }
 
     testing::WaylandHand hand;
-    LayerShell shell;
-    LayerPanelWindows windows{shell};
+    LayerParts parts;
+    LayerPanelWindows windows{parts};
     WaylandScreens screens;
 };
 
