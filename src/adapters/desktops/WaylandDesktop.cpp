@@ -15,6 +15,7 @@
 #include "adapters/wayland/WaylandAccess.h"
 #include "adapters/wayland/WaylandApplicationActivator.h"
 #include "adapters/wayland/WaylandColorSampler.h"
+#include "adapters/wayland/WaylandDragging.h"
 #include "adapters/wayland/WaylandEventMonitors.h"
 #include "adapters/wayland/WaylandEventPoster.h"
 #include "adapters/wayland/WaylandPasteboard.h"
@@ -120,7 +121,7 @@ DragPasteboards &WaylandDesktop::dragPasteboards() {
 }
 
 Dragging &WaylandDesktop::dragging() {
-    return m_dragging.get([] { return std::make_unique<absent::NoDragging>(); });
+    return m_dragging.get([this] { return std::make_unique<WaylandDragging>(layerParts().shell); });
 }
 
 Access &WaylandDesktop::access() {

@@ -1,10 +1,7 @@
 #pragma once
 
 #include "ports/DragPasteboard.h"
-#include "ports/Dragging.h"
 #include "ports/EventTap.h"
-
-#include <QWidget>
 
 /// What stands where a desktop has nothing for a port: it is asked, and nothing happens.
 namespace tavrine::absent {
@@ -27,17 +24,6 @@ private:
         [[nodiscard]] bool isDragging() const override { return false; }
         void setOnChange(std::function<void()> /*onChange*/) override {}
     };
-};
-
-class NoDragging final : public Dragging {
-public:
-    void readDrop(const QMimeData & /*offered*/, std::function<void(const DroppedContent &)> completion) override {
-        completion({});
-    }
-    [[nodiscard]] quint32 beginDragging(QWidget & /*source*/, const DraggedItem & /*item*/,
-                                        std::function<quint32()> /*mask*/) override {
-        return dragOperation::none;
-    }
 };
 
 } // namespace tavrine::absent

@@ -30,6 +30,7 @@ struct Wanted {
     wl_compositor *compositor = nullptr;
     zwlr_layer_shell_v1 *shell = nullptr;
     xdg_wm_base *popups = nullptr;
+    wl_data_device_manager *dragging = nullptr;
 };
 
 void take(void *data, wl_registry *registry, std::uint32_t name, const char *interface, std::uint32_t version) {
@@ -43,6 +44,8 @@ void take(void *data, wl_registry *registry, std::uint32_t name, const char *int
         wanted.shell = static_cast<zwlr_layer_shell_v1 *>(bind(zwlr_layer_shell_v1_interface, 4));
     else if (std::strcmp(interface, xdg_wm_base_interface.name) == 0)
         wanted.popups = static_cast<xdg_wm_base *>(bind(xdg_wm_base_interface, 1));
+    else if (std::strcmp(interface, wl_data_device_manager_interface.name) == 0)
+        wanted.dragging = static_cast<wl_data_device_manager *>(bind(wl_data_device_manager_interface, 3));
 }
 
 } // namespace
@@ -82,9 +85,10 @@ LayerShell::LayerShell() {
     m_compositor = wanted.compositor;
     m_shell = isThere ? wanted.shell : nullptr;
     m_popups = wanted.popups;
+    m_dragging = wanted.dragging;
     // From here on the toolkit calls their handlers.
-    for (void *each :
-         {static_cast<void *>(m_compositor), static_cast<void *>(wanted.shell), static_cast<void *>(m_popups)})
+    for (void *each : {static_cast<void *>(m_compositor), static_cast<void *>(wanted.shell),
+                       static_cast<void *>(m_popups), static_cast<void *>(m_dragging)})
         if (each)
             wl_proxy_set_queue(static_cast<wl_proxy *>(each), nullptr);
     if (m_popups) {
@@ -126,6 +130,12 @@ void LayerShell::setInputRegion(wl_surface *surface, const QRegion *region) cons
         wl_region_add(input, part.x(), part.y(), part.width(), part.height());
     wl_surface_set_input_region(surface, input);
     wl_region_destroy(input);
+}
+
+wl_data_device *LayerShell::makeDataDevice() const {
+    auto *native = m_dragging ? toolkit() : nullptr;
+    auto *seat = native ? static_cast<wl_seat *>(native->nativeResourceForIntegration("wl_seat")) : nullptr;
+    return seat ? wl_data_device_manager_get_data_device(m_dragging, seat) : nullptr;
 }
 
 void LayerShell::flush() const {

@@ -41,6 +41,8 @@ public:
     /// Where a surface takes the mouse, in its own points; all of it for null. To be committed.
     void setInputRegion(wl_surface *surface, const QRegion *region) const;
     void flush() const;
+    /// Hears of what is dragged over the windows, as the toolkit's own does. Null without a seat.
+    [[nodiscard]] wl_data_device *makeDataDevice() const;
 
     /// Calls the handlers of what came for `queue` until `condition` holds. False when it did not in time.
     [[nodiscard]] bool waitOn(wl_event_queue *queue, const std::function<bool()> &condition) const;
@@ -51,6 +53,7 @@ private:
     wl_compositor *m_compositor = nullptr;
     zwlr_layer_shell_v1 *m_shell = nullptr;
     xdg_wm_base *m_popups = nullptr;
+    wl_data_device_manager *m_dragging = nullptr;
 };
 
 } // namespace tavrine

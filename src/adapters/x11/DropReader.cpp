@@ -4,65 +4,23 @@
 #include "adapters/x11/SelectionTransfer.h"
 
 #include <algorithm>
-#include <csignal>
 
 #include <poll.h>
-#include <pthread.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace tavrine {
 
-DropReader::DropReader(Drop drop, const SelectionLimits &limits, std::function<void()> onLate)
-    : m_drop(std::move(drop)), m_limits(limits), m_onLate(std::move(onLate)),
-      m_end(std::chrono::steady_clock::now() + limits.total), m_stop(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-    m_thread = std::thread([this] { run(); });
-}
+DropReader::DropReader(Drop drop, const SelectionLimits &limits, int stop)
+    : m_drop(std::move(drop)), m_limits(limits), m_end(std::chrono::steady_clock::now() + limits.total), m_stop(stop) {}
 
-DropReader::~DropReader() {
-    ::eventfd_write(m_stop, 1);
-    m_thread.join();
-    ::close(m_stop);
-}
-
-std::optional<DroppedContent> DropReader::waitFor(std::chrono::milliseconds longest) {
-    std::unique_lock lock(m_mutex);
-    if (!m_isHere.wait_for(lock, longest, [this] { return m_content.has_value(); })) {
-        m_isLate = true;
-        return std::nullopt;
-    }
-    return std::move(m_content);
-}
-
-DroppedContent DropReader::take() {
-    const std::lock_guard lock(m_mutex);
-    return m_content ? std::move(*m_content) : DroppedContent();
-}
-
-void DropReader::run() {
-    ::pthread_setname_np(::pthread_self(), "drop");
-    // Signals are the main thread's; and a write to a server that has gone must fail, not end the process.
-    sigset_t all;
-    ::sigfillset(&all);
-    ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
+DroppedContent DropReader::read() {
     XConnection connection;
     connection.open();
-    DroppedContent content;
-    if (connection.isUsable()) {
-        const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-        xcb_change_window_attributes(connection.get(), m_drop.source, XCB_CW_EVENT_MASK, &events);
-        content = readDroppedForms(targets(connection), {.imagePixels = m_limits.imagePixels},
-                                   [&](const QByteArray &target) { return fetch(connection, target); });
-    }
-    bool isLate = false;
-    {
-        const std::lock_guard lock(m_mutex);
-        m_content = std::move(content);
-        isLate = m_isLate;
-        m_isHere.notify_one();
-    }
-    if (isLate)
-        m_onLate();
+    if (!connection.isUsable())
+        return {};
+    const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection.get(), m_drop.source, XCB_CW_EVENT_MASK, &events);
+    return readDroppedForms(targets(connection), {.imagePixels = m_limits.imagePixels},
+                            [&](const QByteArray &target) { return fetch(connection, target); });
 }
 
 QList<QByteArray> DropReader::targets(XConnection &connection) const {

@@ -1,7 +1,7 @@
 #include "adapters/x11/X11Dragging.h"
 
+#include "adapters/pasteboard/DraggedData.h"
 #include "adapters/pasteboard/PasteboardImage.h"
-#include "adapters/x11/DraggedData.h"
 #include "adapters/x11/X11WindowDescription.h"
 #include "adapters/x11/XcbLink.h"
 
@@ -19,29 +19,6 @@
 namespace tavrine {
 namespace {
 
-/// Forms of another drag within this program.
-DroppedContent readWithin(const QMimeData &data, const DropLimits &limits) {
-    QList<QByteArray> targets;
-    const auto formats = data.formats();
-    for (const QString &format : formats)
-        targets.append(format.toLatin1());
-    return readDroppedForms(targets, limits, [&data](const QByteArray &target) {
-        return std::optional(DroppedForm{target, data.data(QString::fromLatin1(target))});
-    });
-}
-
-quint32 operationOf(Qt::DropAction action) {
-    switch (action) {
-    case Qt::IgnoreAction:
-        return dragOperation::none;
-    case Qt::MoveAction:
-    case Qt::TargetMoveAction:
-        return dragOperation::move;
-    default:
-        return dragOperation::copy;
-    }
-}
-
 /// By the server: the toolkit has not heard of a button that was released while nobody of this program had the pointer.
 bool isButtonDown() {
     constexpr XcbLink::Wait longest{200};
@@ -54,12 +31,6 @@ bool isButtonDown() {
 }
 
 } // namespace
-
-/// A drop that was not here when its event had to end.
-struct X11Dragging::Late {
-    std::unique_ptr<DropReader> reader;
-    std::function<void(const DroppedContent &)> completion;
-};
 
 X11Dragging::X11Dragging(const SelectionLimits &limits) : m_limits(limits) {
     pasteboardImage::allowPixels(limits.imagePixels);
@@ -142,29 +113,10 @@ void X11Dragging::readDrop(const QMimeData &offered, std::function<void(const Dr
     if (const auto *own = qobject_cast<const DraggedData *>(&offered))
         return completion(own->dropped());
     if (!offered.inherits("QInternalMimeData")) // the toolkit's own, for what comes from another program
-        return completion(readWithin(offered, {.imagePixels = m_limits.imagePixels}));
-    auto late = std::make_unique<Late>();
-    Late *const mine = late.get();
-    late->completion = std::move(completion);
-    late->reader = std::make_unique<DropReader>(currentDrop(offered), m_limits, [this, mine] {
-        QMetaObject::invokeMethod(
-            this, [this, mine] { finish(mine->reader.get()); }, Qt::QueuedConnection);
-    });
-    if (const auto content = late->reader->waitFor(answerLimit)) {
-        late->reader.reset();
-        return late->completion(*content);
-    }
-    m_late.push_back(std::move(late));
-}
-
-void X11Dragging::finish(const DropReader *reader) {
-    const auto found =
-        std::find_if(m_late.begin(), m_late.end(), [=](const auto &l) { return l->reader.get() == reader; });
-    const std::unique_ptr<Late> late = std::move(*found);
-    m_late.erase(found);
-    const DroppedContent content = late->reader->take();
-    late->reader.reset();
-    late->completion(content);
+        return completion(readDroppedForms(offered, {.imagePixels = m_limits.imagePixels}));
+    m_drops.read(
+        [drop = currentDrop(offered), limits = m_limits](int stop) { return DropReader(drop, limits, stop).read(); },
+        std::move(completion));
 }
 
 void X11Dragging::holdKeyboard(QWidget &source) {

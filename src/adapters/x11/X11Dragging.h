@@ -1,14 +1,12 @@
 #pragma once
 
+#include "adapters/pasteboard/Drops.h"
 #include "adapters/x11/DropReader.h"
 #include "ports/Dragging.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QObject>
 #include <QPointer>
-
-#include <memory>
-#include <vector>
 
 namespace tavrine {
 
@@ -39,20 +37,17 @@ public:
                                         std::function<quint32()> mask) override;
 
 private:
-    struct Late;
-
     bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
     void takeMessage(const xcb_client_message_event_t &message);
     [[nodiscard]] bool answer(const xcb_selection_request_event_t &request) const;
     [[nodiscard]] Drop currentDrop(const QMimeData &offered) const;
-    void finish(const DropReader *reader);
     void holdKeyboard(QWidget &source);
     void releaseKeyboard();
     void reconsider();
 
     const SelectionLimits m_limits;
     Drop m_drop; ///< the present or the last
-    std::vector<std::unique_ptr<Late>> m_late;
+    Drops m_drops;
 
     std::function<quint32()> m_mask; ///< of the present drag out of this program
     quint32 m_offered = dragOperation::none;

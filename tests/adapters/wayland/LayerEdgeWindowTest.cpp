@@ -3,17 +3,21 @@
 
 #include "adapters/wayland/LayerPanelWindow.h"
 #include "adapters/wayland/LayerParts.h"
+#include "adapters/wayland/WaylandDragging.h"
 #include "adapters/wayland/WaylandScreens.h"
 #include "adapters/x11/ForeignWindow.h"
 #include "support/Wait.h"
 #include "support/WaylandHand.h"
 
 #include <QDragEnterEvent>
+#include <QElapsedTimer>
 #include <QMimeData>
 #include <QPainter>
 #include <QPointer>
 #include <QProcess>
 #include <QWidget>
+
+#include <csignal>
 
 #include <gmock/gmock.h>
 
@@ -32,6 +36,9 @@ public:
     QList<QPoint> clicks; ///< in the toolkit's plane
     QString typed;
     QStringList entered; ///< what the last drag that came in carries
+    Dragging *dragging = nullptr;
+    std::optional<DroppedContent> dropped;
+    qint64 heldUpMs = -1; ///< how long the last drop's event took
 
 protected:
     void paintEvent(QPaintEvent *) override { QPainter(this).fillRect(rect(), Qt::black); }
@@ -39,6 +46,15 @@ protected:
     void keyPressEvent(QKeyEvent *event) override { typed += event->text(); }
     void dragEnterEvent(QDragEnterEvent *event) override {
         entered = event->mimeData()->formats();
+        event->setDropAction(Qt::CopyAction);
+        event->accept();
+    }
+    void dropEvent(QDropEvent *event) override {
+        QElapsedTimer timer;
+        timer.start();
+        if (dragging)
+            dragging->readDrop(*event->mimeData(), [this](const DroppedContent &content) { dropped = content; });
+        heldUpMs = timer.elapsed();
         event->setDropAction(Qt::CopyAction);
         event->accept();
     }
@@ -136,35 +152,70 @@ TEST_F(LayerEdgeWindowTest, theKeyboardIsTakenAndGivenBack) {
     }));
 }
 
-TEST_F(LayerEdgeWindowTest, atRestADragOfAnotherProgramIsHeardOfAtTheEdge) {
-    below->orderOut();
-    QProcess dragger;
-    dragger.start(QStringLiteral(TAVRINE_QT_DRAGGER), {QStringLiteral("/etc/hostname")});
-    QByteArray told;
-    const auto hasTold = [&](const char *word) {
+class DragsAtTheEdge : public LayerEdgeWindowTest {
+protected:
+    DragsAtTheEdge() {
+        below->orderOut();
+        content->dragging = &dragging;
+    }
+    ~DragsAtTheEdge() override {
+        dragger.kill();
+        dragger.waitForFinished();
+    }
+    [[nodiscard]] bool hasTold(const char *word) {
         told += dragger.readAllStandardOutput();
         return told.contains(word);
-    };
-    ASSERT_TRUE(waitUntil([&] { return hasTold("ready"); }));
-    // Its uppermost field drags a file: in the window that fills the screen, or in the one in its middle.
-    for (const QPoint field : {QPoint(640, 72), QPoint(640, 200)}) {
-        if (hasTold("drag"))
-            break;
-        hand.dragAndHold(field, field + QPoint(40, 0));
-        if (!waitUntil([&] { return hasTold("drag"); }, 2s))
-            hand.release();
     }
-    ASSERT_TRUE(hasTold("drag"));
-    EXPECT_TRUE(waitUntil([&, x = 0]() mutable {
-        hand.move({600 + ++x % 80, 0});
-        return content->entered.contains(QStringLiteral("text/uri-list"));
-    }));
+    /// A drag of a file of another program lies over the window, with the button down.
+    [[nodiscard]] bool dragIn() {
+        dragger.start(QStringLiteral(TAVRINE_QT_DRAGGER), {QStringLiteral("/etc/hostname")});
+        if (!waitUntil([&] { return hasTold("ready"); }))
+            return false;
+        // Its uppermost field drags: in the window that fills the screen, or in the one in its middle.
+        for (const QPoint field : {QPoint(640, 72), QPoint(640, 200)}) {
+            if (hasTold("drag"))
+                break;
+            hand.dragAndHold(field, field + QPoint(40, 0));
+            if (!waitUntil([&] { return hasTold("drag"); }, 2s))
+                hand.release();
+        }
+        return hasTold("drag") && waitUntil([&, x = 0]() mutable {
+                   hand.move({600 + ++x % 80, 0});
+                   return content->entered.contains(QStringLiteral("text/uri-list"));
+               });
+    }
+
+    WaylandDragging dragging{parts.shell};
+    QProcess dragger;
+    QByteArray told;
+};
+
+TEST_F(DragsAtTheEdge, atRestADragOfAnotherProgramIsHeardOf) {
+    ASSERT_TRUE(dragIn());
     EXPECT_EQ(screens.pressedMouseButtons(), 1U);
     hand.move({640, 500});
     EXPECT_TRUE(waitUntil([&] { return screens.pressedMouseButtons() == 0; }));
     hand.release();
+}
+
+TEST_F(DragsAtTheEdge, aDroppedFileIsReadWithinTheEvent) {
+    ASSERT_TRUE(dragIn());
+    hand.release();
+    ASSERT_TRUE(waitUntil([&] { return content->heldUpMs >= 0; }));
+    ASSERT_TRUE(content->dropped);
+    EXPECT_EQ(content->dropped->fileUrls, QList<QUrl>{QUrl::fromLocalFile(QStringLiteral("/etc/hostname"))});
+}
+
+TEST_F(DragsAtTheEdge, aProgramThatHangsIsNotWaitedFor) {
+    ASSERT_TRUE(dragIn());
+    ::kill(static_cast<pid_t>(dragger.processId()), SIGSTOP);
+    hand.release();
+    ASSERT_TRUE(waitUntil([&] { return content->heldUpMs >= 0; }));
+    EXPECT_GE(content->heldUpMs, 100); // it was asked
+    EXPECT_LT(content->heldUpMs, 1500);
     dragger.kill();
-    dragger.waitForFinished();
+    EXPECT_TRUE(waitUntil([&] { return content->dropped.has_value(); }));
+    EXPECT_TRUE(content->dropped->fileUrls.isEmpty());
 }
 
 } // namespace

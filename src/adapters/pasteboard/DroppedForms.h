@@ -8,6 +8,8 @@
 #include <functional>
 #include <optional>
 
+class QMimeData;
+
 namespace tavrine {
 
 /// One form of what was dropped, as it came.
@@ -36,5 +38,7 @@ struct DropLimits {
 [[nodiscard]] DroppedContent
 readDroppedForms(const QList<QByteArray> &targets, const DropLimits &limits,
                  const std::function<std::optional<DroppedForm>(const QByteArray &)> &fetch);
+/// The same of a drag within this program, whose forms are all here.
+[[nodiscard]] DroppedContent readDroppedForms(const QMimeData &data, const DropLimits &limits);
 
 } // namespace tavrine

@@ -1,10 +1,11 @@
-#include "adapters/x11/DroppedForms.h"
+#include "adapters/pasteboard/DroppedForms.h"
 
 #include "adapters/pasteboard/PasteboardImage.h"
 #include "adapters/pasteboard/PasteboardTypes.h"
 #include "adapters/pasteboard/SelectionParser.h"
 #include "adapters/pasteboard/SelectionSiblings.h"
 
+#include <QMimeData>
 #include <QStringDecoder>
 #include <QTextDocumentFragment>
 
@@ -154,6 +155,16 @@ private:
 DroppedContent readDroppedForms(const QList<QByteArray> &targets, const DropLimits &limits,
                                 const std::function<std::optional<DroppedForm>(const QByteArray &)> &fetch) {
     return Reading(targets, limits, fetch).read();
+}
+
+DroppedContent readDroppedForms(const QMimeData &data, const DropLimits &limits) {
+    QList<QByteArray> targets;
+    const auto formats = data.formats();
+    for (const QString &format : formats)
+        targets.append(format.toLatin1());
+    return readDroppedForms(targets, limits, [&data](const QByteArray &target) {
+        return std::optional(DroppedForm{target, data.data(QString::fromLatin1(target))});
+    });
 }
 
 } // namespace tavrine

@@ -9,6 +9,9 @@
 
 namespace tavrine {
 
+/// What the toolkit says that was done with a drag.
+[[nodiscard]] quint32 operationOf(Qt::DropAction action);
+
 /// An item that is dragged out, in the forms in which other programs ask for it. A picture is packed on a thread of its
 /// own while the pointer is on its way. Main thread; the toolkit keeps it until who takes it has it.
 class DraggedData final : public QMimeData {

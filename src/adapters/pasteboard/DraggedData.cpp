@@ -1,4 +1,4 @@
-#include "adapters/x11/DraggedData.h"
+#include "adapters/pasteboard/DraggedData.h"
 
 #include "adapters/pasteboard/PasteboardImage.h"
 #include "adapters/pasteboard/SelectionSiblings.h"
@@ -17,6 +17,18 @@ constexpr const char *pictureForms[] = {"image/png", "image/tiff"};
 constexpr const char *textForms[] = {"UTF8_STRING", "text/plain;charset=utf-8", "text/plain", "STRING", "TEXT"};
 
 } // namespace
+
+quint32 operationOf(Qt::DropAction action) {
+    switch (action) {
+    case Qt::IgnoreAction:
+        return dragOperation::none;
+    case Qt::MoveAction:
+    case Qt::TargetMoveAction:
+        return dragOperation::move;
+    default:
+        return dragOperation::copy;
+    }
+}
 
 DraggedData::DraggedData(const DraggedItem &item) : m_item(item) {
     if (item.image)
