@@ -15,7 +15,8 @@ using namespace std::chrono_literals;
 
 constexpr auto untilAside = 150ms; ///< who is hovered over opens within this
 constexpr auto asideFor = 700ms;
-constexpr auto untilLeft = 30ms; ///< a compositor that gives the keyboard back does so in 2
+constexpr auto betweenLooks = 40ms; ///< a compositor that gives the keyboard back does so in 2
+constexpr int mostLooks = 5;
 
 } // namespace
 
@@ -30,15 +31,8 @@ LayerEdgeView::LayerEdgeView(LayerShell &shell, LayerStack &stack, const EdgeWin
         m_isAside = false;
         shapeInput();
     });
-    m_leaves.setSingleShot(true);
-    m_leaves.setInterval(untilLeft);
-    QObject::connect(&m_leaves, &QTimer::timeout, this, [this] {
-        if (!m_role || (*m_standing)->wantsKeyboard || QGuiApplication::focusWindow() != windowHandle())
-            return;
-        // Some compositors take the keyboard back from nobody who is there.
-        vanish();
-        appear();
-    });
+    m_leaves.setInterval(betweenLooks);
+    QObject::connect(&m_leaves, &QTimer::timeout, this, [this] { lookWhetherLeft(); });
     follow();
 }
 
@@ -137,7 +131,20 @@ void LayerEdgeView::returnKeyboard() {
     if (!m_role || !(*m_standing)->wantsKeyboard)
         return;
     stand(false);
+    m_looksLeft = mostLooks;
     m_leaves.start();
+}
+
+/// Some compositors take the keyboard back from nobody who is there. Such a window goes and comes again.
+void LayerEdgeView::lookWhetherLeft() {
+    const bool isOver = --m_looksLeft <= 0 || !m_role || (*m_standing)->wantsKeyboard;
+    const bool hasKeyboard = QGuiApplication::focusWindow() == windowHandle();
+    if (isOver || hasKeyboard)
+        m_leaves.stop();
+    if (isOver || !hasKeyboard)
+        return;
+    vanish();
+    appear();
 }
 
 /// In the toolkit's plane.

@@ -37,6 +37,7 @@ private:
     [[nodiscard]] QRect inputRect() const;
     void stand(bool wantsKeyboard);
     void fall();
+    void lookWhetherLeft();
     void stepAside();
 
     LayerShell &m_shell;
@@ -47,7 +48,8 @@ private:
     bool m_isAside = false;
     QTimer m_waits; ///< until it lets the mouse through
     QTimer m_comesBack;
-    QTimer m_leaves; ///< runs until the keyboard is with somebody else
+    QTimer m_leaves; ///< runs for a moment after the keyboard was given back
+    int m_looksLeft = 0;
 };
 
 } // namespace tavrine
