@@ -191,8 +191,10 @@ class Hold {
     }
 
     _onPress(action, time) {
-        if (this._actions.has(action))
-            this._emit('KeyPressed', new GLib.Variant('(uu(iiu))', [action, time, pointerNow()]));
+        if (!this._actions.has(action))
+            return;
+        this._tellWindows(); // whose the keyboard was is known before the press is
+        this._emit('KeyPressed', new GLib.Variant('(uu(iiu))', [action, time, pointerNow()]));
     }
 
     // Windows.
@@ -211,10 +213,13 @@ class Hold {
         if (this._areWindowsDue)
             return;
         this._areWindowsDue = true;
-        this._later(0, () => {
-            this._areWindowsDue = false;
+        this._later(0, () => this._tellWindows());
+    }
+
+    _tellWindows() {
+        if (this._areWindowsDue)
             this._emit('WindowsChanged', new GLib.Variant('(a(ssuu)u)', this.windows()));
-        });
+        this._areWindowsDue = false;
     }
 
     activateWindow(number) {
@@ -300,7 +305,8 @@ class Service {
 
     // To one program, or, of what is no secret, to all.
     _emit(destination, name, parameters) {
-        Gio.DBus.session.emit_signal(destination, objectPath, interfaceName, name, parameters);
+        if (!Gio.DBus.session.is_closed())
+            Gio.DBus.session.emit_signal(destination, objectPath, interfaceName, name, parameters);
     }
 
     _detach() {
