@@ -318,6 +318,19 @@ TEST_F(Gnome, withTheExtensionSwitchedOffTheHistoryGoesOnAndWithItOnAgainTheHotK
     EXPECT_TRUE(openPanel());
 }
 
+TEST_F(Gnome, aHotKeyThatTheShellKeepsIsKnownAsTaken) {
+    const auto keep = [](const char *keys) {
+        return run(QStringLiteral("gsettings"),
+                   {QStringLiteral("set"), QStringLiteral("org.gnome.desktop.wm.keybindings"),
+                    QStringLiteral("show-desktop"), QString::fromUtf8(keys)}) == 0;
+    };
+    ASSERT_TRUE(keep("['<Super><Shift>v']"));
+    ASSERT_TRUE(start());
+    EXPECT_TRUE(waitUntil(
+        [this] { return program.output().contains(QLatin1String("Failed to register hotkey ID: 1")); }, patience));
+    ASSERT_TRUE(keep("[]"));
+}
+
 TEST_F(Gnome, aProgramThatIsKilledLeavesItsKeysToItsNextStart) {
     ASSERT_TRUE(start());
     ASSERT_TRUE(openPanel());

@@ -32,8 +32,10 @@ GnomeHotKeys::GnomeHotKeys(GnomeShell &shell) : m_shell(shell) {
             grab(registration.first);
     });
     connect(&shell, &GnomeShell::detached, this, [this] {
-        for (auto &registration : m_registrations)
-            registration.second.action = 0;
+        const auto registrations = m_registrations; // whoever is told may register anew
+        for (const auto &registration : registrations)
+            if (registration.second.action != 0)
+                hold(registration.first, 0);
     });
     connect(&shell, &GnomeShell::keyPressed, this, &GnomeHotKeys::onPress);
 }
@@ -51,12 +53,26 @@ std::optional<HotKeyRef> GnomeHotKeys::registerHotKey(int keyCode, quint32 modif
 
 void GnomeHotKeys::grab(HotKeyRef ref) {
     m_shell.grabKey(m_registrations.at(ref).accelerator, this, [this, ref](quint32 action) {
-        const auto found = m_registrations.find(ref);
-        if (found != m_registrations.end())
-            found->second.action = action;
+        if (m_registrations.contains(ref))
+            hold(ref, action);
         else if (action != 0) // taken back before the shell had answered
             m_shell.ungrabKey(action);
     });
+}
+
+void GnomeHotKeys::hold(HotKeyRef ref, quint32 action) {
+    const auto found = m_registrations.find(ref);
+    if (found == m_registrations.end())
+        return;
+    found->second.action = action;
+    if (m_onHeld)
+        m_onHeld(ref, action != 0);
+}
+
+HotKeyTraits GnomeHotKeys::traits() const {
+    return {.availability = m_shell.isAttached() ? HotKeyAvailability::there : HotKeyAvailability::none,
+            .isKnownAtOnce = false,
+            .keepsKeyboard = false};
 }
 
 void GnomeHotKeys::unregisterHotKey(HotKeyRef ref) {
