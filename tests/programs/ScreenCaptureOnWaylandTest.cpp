@@ -88,8 +88,8 @@ protected:
         EXPECT_TRUE(eventually([&] { return isShown(0); }));
         const QImage before = seen(output);
         auto tool = start({QStringLiteral("-p")});
-        hand.move(pointOn(output, {100, 100}));
-        const QPoint within = QPoint(170, 140) * outputs[static_cast<size_t>(output)].scale();
+        hand.move(pointOn(output, {20, 20}));
+        const QPoint within = QPoint(90, 70) * outputs[static_cast<size_t>(output)].scale();
         EXPECT_TRUE(eventually([&] { return seen(output).pixel(within) != before.pixel(within); })) << "no magnifier";
         return tool;
     }
@@ -140,11 +140,11 @@ using OneScaleOnWayland = ScreenCaptureOnWayland;
 
 TEST_F(OneScaleOnWayland, aDragOverTwoOutputsIsOnePicture) {
     const auto tool = capture();
-    hand.drag({1180, 50}, {1379, 149});
+    hand.drag({540, 50}, {739, 149});
     EXPECT_EQ(statusOf(*tool), 0);
     const QImage taken = QImage(file()).convertToFormat(QImage::Format_RGB32);
     ASSERT_EQ(taken.size(), QSize(200, 100));
-    EXPECT_TRUE(taken.copy(0, 0, 100, 100) == WaylandPattern::expected(0, {1180, 50, 100, 100}));
+    EXPECT_TRUE(taken.copy(0, 0, 100, 100) == WaylandPattern::expected(0, {540, 50, 100, 100}));
     EXPECT_TRUE(taken.copy(100, 0, 100, 100) == WaylandPattern::expected(1, {0, 50, 100, 100}));
 }
 
@@ -161,7 +161,7 @@ TEST_F(OneScaleOnWayland, aTurnedOutputIsTakenAsAnotherProgramTakesIt) {
         park();
         const QImage before = seen(0);
         const auto tool = start({QStringLiteral("-i"), QStringLiteral("-x"), file()});
-        ASSERT_TRUE(eventually([&] { return seen(0).pixel(5, 600) != before.pixel(5, 600); })) << turned;
+        ASSERT_TRUE(eventually([&] { return seen(0).pixel(5, 450) != before.pixel(5, 450); })) << turned;
         hand.drag(pointOn(0, {100, 90}), pointOn(0, {300, 250}));
         EXPECT_EQ(statusOf(*tool), 0);
         EXPECT_TRUE(QImage(file()).convertToFormat(QImage::Format_RGB32) ==
@@ -181,9 +181,9 @@ TEST_F(OneScaleOnWayland, anOutputThatComesEndsTheCaptureWithoutAFile) {
 
 TEST_F(ScreenCaptureOnWayland, aDragStaysOnItsOutputWhereScalesDiffer) {
     const auto tool = capture();
-    hand.drag(pointOn(0, {1200, 100}), pointOn(1, {50, 120}));
+    hand.drag(pointOn(0, {560, 100}), pointOn(1, {50, 120}));
     EXPECT_EQ(statusOf(*tool), 0);
-    expectPicture(0, {QPoint(1200, 100), QPoint(1279, 120)});
+    expectPicture(0, {QPoint(560, 100), QPoint(639, 120)});
 }
 
 TEST_F(ScreenCaptureOnWayland, escapeAndARightClickLeaveNoFile) {

@@ -1,5 +1,8 @@
 #include "support/WaylandPattern.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include <wayland/viewporter.h>
 #include <wayland/wlr-layer-shell-unstable-v1.h>
 
@@ -75,6 +78,13 @@ WaylandPattern::WaylandPattern() : m_outputs(m_link) {
         for (int y = 0; y < size.height(); ++y)
             for (int x = 0; x < size.width(); ++x)
                 pixels.line(y)[x] = colourAt(i, x, y);
+        // Points are whole numbers: a surface may end a pixel before its output does.
+        const double scale = outputs()[static_cast<size_t>(i)].scale();
+        const auto shown = [scale](int points, int limit) {
+            return wl_fixed_from_int(std::min(static_cast<int>(std::lround(points * scale)), limit));
+        };
+        wp_viewport_set_source(board.viewport, 0, 0, shown(board.points.width(), size.width()),
+                               shown(board.points.height(), size.height()));
         wp_viewport_set_destination(board.viewport, board.points.width(), board.points.height());
         board.commit(pixels.rect());
     }

@@ -79,8 +79,17 @@ OverlaySurface::~OverlaySurface() {
 }
 
 QPoint OverlaySurface::pixelAt(double x, double y) const {
-    return m_place.topLeft() + QPoint(static_cast<int>(std::floor(x * m_place.width() / m_points.width())),
-                                      static_cast<int>(std::floor(y * m_place.height() / m_points.height())));
+    return m_place.topLeft() +
+           QPoint(static_cast<int>(std::floor(x * m_scale)), static_cast<int>(std::floor(y * m_scale)));
+}
+
+/// Points are whole numbers, so that an output may have a pixel more than its points, which no surface reaches. What is
+/// to be shown is cut there, or the rest would be squeezed by that pixel.
+QSize OverlaySurface::shownPixels() const {
+    const auto pixels = [this](int points, int limit) {
+        return std::min(static_cast<int>(std::lround(points * m_scale)), limit);
+    };
+    return {pixels(m_points.width(), m_place.width()), pixels(m_points.height(), m_place.height())};
 }
 
 OverlaySurface::Buffer *OverlaySurface::freeBuffer() {
@@ -122,10 +131,13 @@ void OverlaySurface::catchUp(PixelsToRead canvas) {
     buffer->behind = {};
     buffer->isHeld = true;
     wl_surface_attach(m_surface, buffer->shared->buffer(), 0, 0);
-    if (m_viewport)
+    if (m_viewport) {
+        const QSize shown = shownPixels();
+        wp_viewport_set_source(m_viewport, 0, 0, wl_fixed_from_int(shown.width()), wl_fixed_from_int(shown.height()));
         wp_viewport_set_destination(m_viewport, m_points.width(), m_points.height());
-    else
+    } else {
         wl_surface_set_buffer_scale(m_surface, m_wholeScale);
+    }
     for (const QRect &part : m_waiting)
         wl_surface_damage_buffer(m_surface, part.x(), part.y(), part.width(), part.height());
     m_waiting = {};

@@ -57,6 +57,7 @@ private:
     };
 
     [[nodiscard]] Buffer *freeBuffer();
+    [[nodiscard]] QSize shownPixels() const;
 
     const OverlayGlobals &m_globals;
     QRect m_place;
