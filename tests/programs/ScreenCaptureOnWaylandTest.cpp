@@ -1,5 +1,7 @@
 // Drives the built tool in a session of sway as a person does, and compares what it wrote with what was on the outputs,
-// pixel for pixel. The session has outputs of the scales 1, 1.5 and 2; tests of OneScale want two of 1.
+// pixel for pixel. The session has outputs of the scales 1, 1.5 and 2; tests of OneScale want two of 1. Those of KWin
+// run in a session of that.
+#include "adapters/wayland/frozen/KWinScreenShots.h"
 #include "support/Eventually.h"
 #include "support/WaylandHand.h"
 #include "support/WaylandPattern.h"
@@ -292,6 +294,61 @@ TEST_F(ScreenCaptureOnWayland, aPickedColourIsWrittenToTheStandardOutput) {
     hand.tap(KEY_ESC);
     EXPECT_EQ(statusOf(*tool), 1);
     EXPECT_TRUE(tool->readAllStandardOutput().isEmpty());
+}
+
+/// The same under KWin, which shows its outputs by a service on the bus.
+class ScreenCaptureOnKWin : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(hand.isThere());
+        ASSERT_TRUE(pattern.isThere());
+        const auto shots = KWinScreenShots::open();
+        ASSERT_TRUE(shots);
+        ASSERT_TRUE(eventually([&] {
+            const auto shot = shots->take(pattern.outputs()[0].name);
+            quint32 pixel = 0;
+            if (shot)
+                shot->putInto({&pixel, 1, 1}, {-100, -90}, {100, 90, 1, 1});
+            return (pixel & 0xffffffU) == (WaylandPattern::colourAt(0, 100, 90) & 0xffffffU);
+        })) << "the pattern is not seen";
+    }
+    /// Nobody shows from outside when the overlay is there: the person tries again until it has worked.
+    void endBy(QProcess &tool, const std::function<void()> &act) {
+        EXPECT_TRUE(eventually([&] {
+            act();
+            return tool.state() == QProcess::NotRunning;
+        }));
+    }
+
+    QTemporaryDir folder;
+    WaylandHand hand;
+    WaylandPattern pattern;
+};
+
+TEST_F(ScreenCaptureOnKWin, aDraggedRegionIsWhatWasBeneathPixelForPixel) {
+    const double scale = pattern.outputs()[0].scale();
+    const QString file = folder.filePath(QStringLiteral("capture.png"));
+    QProcess tool;
+    tool.start(QStringLiteral(SCREENCAPTURE), {QStringLiteral("-i"), QStringLiteral("-x"), file});
+    endBy(tool, [&] { hand.drag({100, 90}, {300, 230}); });
+    EXPECT_EQ(tool.exitCode(), 0) << tool.readAllStandardError().toStdString();
+    const QRect area(QPoint(int(100 * scale), int(90 * scale)), QPoint(int(300 * scale), int(230 * scale)));
+    EXPECT_TRUE(QImage(file).convertToFormat(QImage::Format_RGB32) == WaylandPattern::expected(0, area));
+}
+
+TEST_F(ScreenCaptureOnKWin, escapeLeavesNoFileAndAPixelHasItsColour) {
+    const QString file = folder.filePath(QStringLiteral("capture.png"));
+    QProcess tool;
+    tool.start(QStringLiteral(SCREENCAPTURE), {QStringLiteral("-i"), QStringLiteral("-x"), file});
+    endBy(tool, [&] { hand.tap(KEY_ESC); });
+    EXPECT_EQ(tool.exitCode(), 1);
+    EXPECT_FALSE(QFile::exists(file));
+    const double scale = pattern.outputs()[0].scale();
+    tool.start(QStringLiteral(SCREENCAPTURE), {QStringLiteral("-p")});
+    endBy(tool, [&] { hand.click({222, 111}); });
+    EXPECT_EQ(tool.exitCode(), 0);
+    EXPECT_EQ(tool.readAllStandardOutput(),
+              QColor(WaylandPattern::colourAt(0, int(222 * scale), int(111 * scale))).name().toUpper().toUtf8() + '\n');
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "adapters/wayland/frozen/OutputPictures.h"
 
+#include "adapters/wayland/frozen/KWinScreenShots.h"
+
 #include <algorithm>
 
 #include <wayland/wlr-screencopy-unstable-v1.h>
@@ -74,7 +76,9 @@ CopiedPixels OutputPictures::copiedBy(const Part &part, const WaylandOutput &out
 }
 
 std::shared_ptr<FrameMemory> OutputPictures::finish(QSize plane) {
-    if (!m_manager || !copyAll())
+    if (!m_manager)
+        return finishByKWin(plane);
+    if (!copyAll())
         return nullptr;
     for (size_t i = 0; i < m_parts.size(); ++i)
         if (copiedBy(m_parts[i], m_outputs[i]).seenSize() != m_places[i].size())
@@ -85,6 +89,18 @@ std::shared_ptr<FrameMemory> OutputPictures::finish(QSize plane) {
     for (size_t i = 0; i < m_parts.size() && picture; ++i) {
         const CopiedPixels copied = copiedBy(m_parts[i], m_outputs[i]);
         copied.putInto(picture->pixels(), m_places[i].topLeft(), QRect({}, copied.seenSize()));
+    }
+    return picture;
+}
+
+std::shared_ptr<FrameMemory> OutputPictures::finishByKWin(QSize plane) const {
+    const auto shots = KWinScreenShots::open();
+    auto picture = shots ? FrameMemory::make(plane) : nullptr;
+    for (size_t i = 0; i < m_outputs.size() && picture; ++i) {
+        const auto shot = shots->take(m_outputs[i].name);
+        if (!shot || shot->size != m_places[i].size())
+            return nullptr;
+        shot->putInto(picture->pixels(), m_places[i].topLeft(), QRect({}, shot->size));
     }
     return picture;
 }

@@ -29,6 +29,7 @@ private:
         std::unique_ptr<ShmBuffer> buffer;
     };
 
+    [[nodiscard]] std::shared_ptr<FrameMemory> finishByKWin(QSize plane) const;
     [[nodiscard]] bool copyAll();
     [[nodiscard]] bool advance(Part &part) const;
     [[nodiscard]] static CopiedPixels copiedBy(const Part &part, const WaylandOutput &output);
