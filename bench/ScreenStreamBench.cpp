@@ -44,7 +44,9 @@ int main(int argc, char **argv) {
     using namespace tavrine;
     QGuiApplication application(argc, argv);
     const int seconds = argc > 1 ? QByteArray(argv[1]).toInt() : 5;
-    PluginLoader<ScreenStreams> plugin(QStringLiteral("screen_stream"));
+    PluginLoader<ScreenStreams> plugin(QGuiApplication::platformName() == QLatin1String("wayland")
+                                           ? QStringLiteral("wayland_screen_stream")
+                                           : QStringLiteral("screen_stream"));
     const QScreen &screen = *QGuiApplication::primaryScreen();
     ScreenStreamConfiguration configuration;
     configuration.sourceRect = QRectF(QPointF(), screen.geometry().size());

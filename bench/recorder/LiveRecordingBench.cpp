@@ -42,7 +42,9 @@ int main(int count, char **arguments) {
                                    .height = size.height(),
                                    .averageBitRate = std::min(size.width() * size.height() * 6, 30'000'000)}))
         return 1;
-    PluginLoader<ScreenStreams> plugin(QStringLiteral("screen_stream"));
+    PluginLoader<ScreenStreams> plugin(QGuiApplication::platformName() == QLatin1String("wayland")
+                                           ? QStringLiteral("wayland_screen_stream")
+                                           : QStringLiteral("screen_stream"));
     ScreenStreamConfiguration configuration;
     configuration.sourceRect = QRectF(QPointF(), size);
     configuration.width = size.width();
