@@ -48,7 +48,7 @@ public:
     virtual ~PointerWatch() = default;
     /// When it looked last.
     [[nodiscard]] virtual Date lastLook() const = 0;
-    /// Whether looks that find nothing new are told of as well. They are not, until this says so.
+    /// Whether looks that find nothing new are told of as well, one every interval. They are not, until this says so.
     virtual void setTellsAll(bool tellsAll) = 0;
 };
 
@@ -76,7 +76,8 @@ public:
     [[nodiscard]] quint32 pressedMouseButtons() const { return pointer().pressedButtons; }
 
     /// Looks at the pointer at once and then every `interval`, and has `handler` called by `time` after the first look
-    /// and after each that finds place or buttons changed. While nothing changes the main thread does nothing.
+    /// and after each that finds place or buttons changed. While nothing changes the main thread does nothing; and the
+    /// looks may be a second apart then, where the system tells when the pointer is in use again.
     [[nodiscard]] virtual std::unique_ptr<PointerWatch> watchPointer(Time &time, Seconds interval,
                                                                      std::function<void()> handler) = 0;
 

@@ -1,24 +1,28 @@
 #include "adapters/x11/X11PointerWatch.h"
 
-#include "adapters/x11/XcbLink.h"
+#include "adapters/x11/PointerAlarm.h"
 #include "base/Time.h"
+#include "base/Waker.h"
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <mutex>
 #include <optional>
 #include <thread>
 #include <tuple>
 #include <utility>
 
+#include <poll.h>
 #include <pthread.h>
 
 namespace tavrine {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr XcbLink::Wait longestWait{200}; // what takes longer is held by another program, and looked at the next time
+constexpr std::chrono::milliseconds longestRest{1000}; // between two looks, for what the alarm may have missed
 
 constexpr unsigned int everyButton =
     XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3 | XCB_BUTTON_MASK_4 | XCB_BUTTON_MASK_5;
@@ -35,7 +39,11 @@ public:
     Looking(Time &time, std::function<void()> handler) : m_time(time), m_handler(std::move(handler)) {}
 
     std::atomic<double> lastLook = secondsNow();
-    std::atomic<bool> tellsAll = false;
+
+    void setTellsAll(bool tellsAll) {
+        if (!m_tellsAll.exchange(tellsAll) && tellsAll)
+            m_waker.wake();
+    }
 
     void end() {
         m_handler = nullptr; // of the main thread, which calls it
@@ -43,38 +51,76 @@ public:
             const std::lock_guard lock(m_mutex);
             m_isOver = true;
         }
-        m_ending.notify_all();
+        m_waker.wake();
     }
 
     /// On the thread.
-    void run(Seconds interval) {
+    void run(Clock::duration interval) {
         XcbLink link(longestWait);
-        auto next = std::chrono::steady_clock::now();
-        const auto step = std::chrono::duration_cast<std::chrono::steady_clock::duration>(interval);
-        while (link.isOpen()) {
-            look(link);
-            while (link.nextEvent()) {
+        if (!link.isOpen())
+            return;
+        PointerAlarm alarm(link, std::chrono::floor<PointerAlarm::Length>(interval / 2));
+        m_isAlarmTrusted = alarm.isSet();
+        auto next = Clock::now();
+        while (link.isOpen() && !m_isOver) {
+            if (mayRest(look(link, alarm), interval)) {
+                sleep(&link, longestRest);
+                next = Clock::now();
+            } else {
+                next = std::max(next + interval, Clock::now());
+                sleep(nullptr, std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now()));
             }
-            next = std::max(next + step, std::chrono::steady_clock::now());
-            std::unique_lock lock(m_mutex);
-            if (m_ending.wait_until(lock, next, [this] { return m_isOver; }))
-                return;
         }
     }
 
 private:
-    void look(XcbLink &link) {
+    struct Look {
+        bool isNew = false;
+        bool hasRung = false;
+        PointerAlarm::Length rest{0};
+    };
+
+    Look look(XcbLink &link, PointerAlarm &alarm) {
+        Look result;
+        const bool asksForRest = m_isAlarmTrusted && !m_tellsAll;
+        const auto restCookie = asksForRest ? alarm.askForRest() : xcb_sync_query_counter_cookie_t{};
         const auto answer = link.reply<xcb_query_pointer_reply_t>(xcb_query_pointer(link.connection(), link.root()));
+        if (asksForRest)
+            result.rest = alarm.rest(restCookie);
+        while (const XcbEvent event = link.nextEvent())
+            result.hasRung = result.hasRung || alarm.isRinging(*event);
         if (!answer)
-            return;
+            return result;
         lastLook = secondsNow();
         const auto found =
             std::tuple<int, int, unsigned int>(answer->root_x, answer->root_y, answer->mask & everyButton);
-        const bool isNew = std::exchange(m_last, found) != found;
+        result.isNew = std::exchange(m_last, found) != found;
         const std::lock_guard lock(m_mutex); // after the end there may be no main queue
-        if ((isNew || tellsAll) && !m_isOver && !m_isTold.exchange(true))
+        if ((result.isNew || m_tellsAll) && !m_isOver && !m_isTold.exchange(true))
             m_time.async([self = shared_from_this()] { self->tell(); });
+        return result;
     }
+
+    /// Whether nothing needs a look before the alarm rings. One that kept silent is trusted again when it rings.
+    bool mayRest(const Look &look, Clock::duration interval) {
+        if (look.hasRung)
+            m_isAlarmTrusted = true;
+        else if (look.isNew && m_isResting)
+            m_isAlarmTrusted = false;
+        m_isResting = m_isAlarmTrusted && !look.isNew && !look.hasRung && look.rest >= interval && !m_tellsAll;
+        return m_isResting;
+    }
+
+    /// Until something comes over `link`, where there is one, or the main thread has a word, or the time is over.
+    void sleep(XcbLink *link, std::chrono::milliseconds longest) const {
+        if (link && link->hasReadEvent())
+            return; // it came along with an answer, and the socket tells of it no more
+        pollfd descriptors[] = {{m_waker.descriptor(), POLLIN, 0}, {link ? link->descriptor() : -1, POLLIN, 0}};
+        ::poll(descriptors, std::size(descriptors), static_cast<int>(longest.count()));
+        if (descriptors[0].revents)
+            m_waker.clear();
+    }
+
     /// On the main thread. One that is told does not wait for the next.
     void tell() {
         m_isTold = false;
@@ -84,16 +130,22 @@ private:
 
     Time &m_time;
     std::function<void()> m_handler;
+    std::atomic<bool> m_tellsAll = false;
     std::atomic<bool> m_isTold = false;
-    std::optional<std::tuple<int, int, unsigned int>> m_last;
+    std::atomic<bool> m_isOver = false;
     std::mutex m_mutex;
-    std::condition_variable m_ending;
-    bool m_isOver = false;
+    Waker m_waker;
+
+    // The thread's own from here.
+    std::optional<std::tuple<int, int, unsigned int>> m_last;
+    bool m_isAlarmTrusted = false;
+    bool m_isResting = false;
 };
 
 X11PointerWatch::X11PointerWatch(Time &time, Seconds interval, std::function<void()> handler)
     : m_looking(std::make_shared<Looking>(time, std::move(handler))) {
-    std::thread thread([looking = m_looking, interval] { looking->run(interval); });
+    std::thread thread(
+        [looking = m_looking, step = std::chrono::duration_cast<Clock::duration>(interval)] { looking->run(step); });
     pthread_setname_np(thread.native_handle(), "notchmonitor");
     thread.detach();
 }
@@ -107,7 +159,7 @@ Date X11PointerWatch::lastLook() const {
 }
 
 void X11PointerWatch::setTellsAll(bool tellsAll) {
-    m_looking->tellsAll = tellsAll;
+    m_looking->setTellsAll(tellsAll);
 }
 
 } // namespace tavrine

@@ -1,9 +1,7 @@
 // What the mouse does, as the monitors tell of it, where it is fast, under way, or this program's own.
 
-#include "adapters/linux/QtTime.h"
 #include "adapters/x11/X11DragPasteboards.h"
 #include "adapters/x11/X11EventMonitors.h"
-#include "adapters/x11/X11Screens.h"
 #include "support/DragRehearsal.h"
 #include "support/OwnWindow.h"
 #include "support/PrivateScreen.h"
@@ -247,34 +245,6 @@ TEST_F(DragOfOurs, movesInsideAloneWhereTheWindowManagerKeepsItsPressForAWhile) 
     drag([] { return true; });
     EXPECT_THAT(inside, ElementsAre(eventMask::leftMouseUp));
     EXPECT_THAT(types, IsEmpty());
-}
-
-TEST_F(X11MouseEventsTest, aWatchOfThePointerTellsOfChangesAloneUntilItIsToTellOfEveryLook) {
-    keyboard.movePointer(300, 300);
-    QtTime time;
-    X11Screens screens;
-    int told = 0;
-    auto watch = screens.watchPointer(time, Seconds(0.01), [&] { ++told; });
-    ASSERT_TRUE(waitUntil([&] { return told == 1; })); // the first look
-    const Date first = watch->lastLook();
-    ASSERT_TRUE(waitUntil([&] { return watch->lastLook() - first > Seconds(0.1); }));
-    EXPECT_EQ(told, 1); // ten looks later
-    keyboard.movePointer(310, 300);
-    EXPECT_TRUE(waitUntil([&] { return told == 2; }));
-    EXPECT_EQ(screens.mouseLocation().x(), 310);
-    keyboard.press(1);
-    EXPECT_TRUE(waitUntil([&] { return told == 3 && screens.pressedMouseButtons() == 1; }));
-    keyboard.release(1);
-    EXPECT_TRUE(waitUntil([&] { return told == 4 && screens.pressedMouseButtons() == 0; }));
-    watch->setTellsAll(true);
-    EXPECT_TRUE(waitUntil([&] { return told > 10; }));
-    watch.reset();
-    const int before = told;
-    keyboard.movePointer(300, 300);
-    int toldAfter = 0;
-    const auto other = screens.watchPointer(time, Seconds(0.01), [&] { ++toldAfter; });
-    EXPECT_TRUE(waitUntil([&] { return toldAfter > 0; }));
-    EXPECT_EQ(told, before);
 }
 
 } // namespace

@@ -1,32 +1,13 @@
 #include "adapters/x11/stream/StreamPointer.h"
 
 #include <algorithm>
-#include <string_view>
 #include <utility>
-
-#include <xcb/sync.h>
 
 namespace tavrine {
 namespace {
 
 constexpr int largestShape = 1024; // larger ones are no pointer
-
-/// The server's counter with that name; 0 for none.
-xcb_sync_counter_t systemCounter(XcbLink &link, std::string_view name) {
-    const auto answer =
-        link.reply<xcb_sync_list_system_counters_reply_t>(xcb_sync_list_system_counters(link.connection()));
-    if (!answer)
-        return 0;
-    for (auto each = xcb_sync_list_system_counters_counters_iterator(answer.get()); each.rem > 0;
-         xcb_sync_systemcounter_next(&each)) {
-        // The library takes the name for two bytes later than it is: it counts the padding of its own structure.
-        constexpr size_t bytesBeforeName = 14;
-        const auto *const record = reinterpret_cast<const char *>(each.data);
-        if (std::string_view(record + bytesBeforeName, each.data->name_len) == name)
-            return each.data->counter;
-    }
-    return 0;
-}
+constexpr PointerAlarm::Length shortestRest{1};
 
 /// `pixel` over `below`, a channel at a time; both without a meaning in what is not colour.
 quint32 over(quint32 pixel, quint32 below) {
@@ -48,36 +29,16 @@ bool StreamPointer::open() {
         return false;
     m_shapeNotice = fixes->first_event + XCB_XFIXES_CURSOR_NOTIFY;
     xcb_xfixes_select_cursor_input(connection, m_link.root(), XCB_XFIXES_CURSOR_NOTIFY_MASK_DISPLAY_CURSOR);
-    watchIdleTime();
+    m_alarm.emplace(m_link, shortestRest);
     return true;
 }
 
-void StreamPointer::watchIdleTime() {
-    auto *const connection = m_link.connection();
-    const auto *const sync = m_link.extension(xcb_sync_id);
-    if (!sync || !m_link.reply<xcb_sync_initialize_reply_t>(
-                     xcb_sync_initialize(connection, XCB_SYNC_MAJOR_VERSION, XCB_SYNC_MINOR_VERSION)))
-        return;
-    const xcb_sync_counter_t idleTime = systemCounter(m_link, "IDLETIME");
-    if (idleTime == 0)
-        return;
-    m_alarmNotice = sync->first_event + XCB_SYNC_ALARM_NOTIFY;
-    // Each time it falls to a millisecond or less, for as long as the alarm is there.
-    const quint32 values[] = {idleTime, XCB_SYNC_VALUETYPE_ABSOLUTE, 0, 1, XCB_SYNC_TESTTYPE_NEGATIVE_TRANSITION, 0, 0,
-                              1};
-    xcb_sync_create_alarm(connection, m_link.newId(),
-                          XCB_SYNC_CA_COUNTER | XCB_SYNC_CA_VALUE_TYPE | XCB_SYNC_CA_VALUE | XCB_SYNC_CA_TEST_TYPE |
-                              XCB_SYNC_CA_DELTA | XCB_SYNC_CA_EVENTS,
-                          values);
-}
-
 bool StreamPointer::handle(const xcb_generic_event_t &event) {
-    const int type = eventType(event);
-    if (type == m_shapeNotice) {
+    if (eventType(event) == m_shapeNotice) {
         m_isShapeOld = true;
         return true;
     }
-    return type == m_alarmNotice;
+    return m_alarm && m_alarm->isRinging(event);
 }
 
 void StreamPointer::ask() {

@@ -2,8 +2,10 @@
 
 #include "adapters/frozen/Pixels.h"
 #include "adapters/stream/FrameBuffers.h"
+#include "adapters/x11/PointerAlarm.h"
 #include "adapters/x11/XcbLink.h"
 
+#include <optional>
 #include <vector>
 
 #include <xcb/xfixes.h>
@@ -13,8 +15,8 @@ namespace tavrine {
 /// The pointer in the pictures of a stream: its shape, where it is, and word of the server that it may be elsewhere.
 ///
 /// The server tells of no movement as such: programs take the motion events, and a pointer that a program puts
-/// elsewhere sends none. But every movement resets the time for which nobody has touched anything, and of that the
-/// server gives an alarm. Lives on the stream's thread.
+/// elsewhere sends none. But every movement ends the pointer's rest, and of that the server gives an alarm. Lives on
+/// the stream's thread.
 class StreamPointer {
 public:
     explicit StreamPointer(XcbLink &link) : m_link(link) {}
@@ -35,11 +37,10 @@ public:
 
 private:
     void takeShape(const xcb_xfixes_get_cursor_image_reply_t *answer);
-    void watchIdleTime();
 
     XcbLink &m_link;
     int m_shapeNotice = -1;
-    int m_alarmNotice = -1;
+    std::optional<PointerAlarm> m_alarm;
     bool m_isShapeOld = true;
     unsigned int m_shapeQuestion = 0;
     unsigned int m_placeQuestion = 0;
