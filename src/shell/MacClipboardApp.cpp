@@ -15,6 +15,8 @@
 #include <cstdlib>
 #include <optional>
 
+#include <malloc.h>
+
 using namespace tavrine;
 
 namespace {
@@ -65,6 +67,8 @@ int run(Desktop &desktop, ClipboardDatabase &database, const QString &action, Ap
 int main(int argc, char **argv) {
     // A reader of our output that goes away must not take a resident program with it.
     std::signal(SIGPIPE, SIG_IGN);
+    // One heap for all threads. Most of ours sleep, and one of its own for each holds pages that it never gives back.
+    ::mallopt(M_ARENA_MAX, 1);
 
     const auto request = startRequest(argc, argv);
     if (!request)
