@@ -106,11 +106,8 @@ private:
 
 NotchShelfView::NotchShelfView(NotchViewModel &viewModel, const ShelfPorts &ports, std::function<void()> dismiss,
                                QWidget *parent)
-    : QWidget(parent), m_viewModel(&viewModel), m_dismiss(std::move(dismiss)), m_pane(new Pane(viewModel, ports, this)),
-      m_row(m_pane->row()) {
+    : QWidget(parent), m_viewModel(&viewModel), m_dismiss(std::move(dismiss)), m_ports(ports) {
     setAccessibleName(QStringLiteral("Notch Shelf"));
-    setFocusProxy(m_row);
-    m_pane->hide();
     if (look::Look *look = look::Look::current())
         connect(look, &look::Look::changed, this, &NotchShelfView::recolour);
     recolour();
@@ -122,6 +119,21 @@ NotchShelfView::NotchShelfView(NotchViewModel &viewModel, const ShelfPorts &port
 }
 
 NotchShelfView::~NotchShelfView() = default;
+
+NotchShelfView::Pane &NotchShelfView::pane() {
+    if (!m_pane) {
+        m_pane = new Pane(*m_viewModel, m_ports, this);
+        m_pane->hide();
+        setFocusProxy(m_pane->row());
+        m_pane->refresh();
+        place();
+    }
+    return *m_pane;
+}
+
+ShelfRowView &NotchShelfView::row() {
+    return *pane().row();
+}
 
 /// The shelf is black on every desktop, and what stands on it is lit.
 void NotchShelfView::recolour() {
@@ -137,7 +149,8 @@ void NotchShelfView::recolour() {
 void NotchShelfView::follow() {
     if (!m_viewModel)
         return;
-    m_pane->refresh();
+    if (m_pane)
+        m_pane->refresh();
     showContent(m_viewModel->isDragTargetActive() ? Content::dropTarget
                 : m_viewModel->showsItems()       ? Content::items
                 : m_viewModel->showsDropHint()    ? Content::dropHint
@@ -153,7 +166,7 @@ void NotchShelfView::showContent(Content content) {
     }
     m_before = std::exchange(m_content, content);
     if (content == Content::items) {
-        m_pane->show();
+        pane().show();
         m_pane->raise();
     }
     pulse();
@@ -184,7 +197,8 @@ void NotchShelfView::pulse() {
 }
 
 void NotchShelfView::place() {
-    m_pane->setGeometry(0, height() - itemsHeight, width(), itemsHeight);
+    if (m_pane)
+        m_pane->setGeometry(0, height() - itemsHeight, width(), itemsHeight);
 }
 
 void NotchShelfView::resizeEvent(QResizeEvent *event) {
@@ -244,7 +258,7 @@ void NotchShelfView::keyPressEvent(QKeyEvent *event) {
 bool NotchShelfView::event(QEvent *event) {
     // The window got the keyboard, or lost it to another program. A drag out of it holds the keyboard too.
     if (event->type() == QEvent::WindowActivate && QGuiApplication::mouseButtons() == Qt::NoButton)
-        m_row->setFocus(Qt::ShortcutFocusReason);
+        setFocus(Qt::ShortcutFocusReason);
     else if (event->type() == QEvent::WindowDeactivate && m_dismiss)
         m_dismiss();
     return QWidget::event(event);

@@ -38,7 +38,7 @@ public:
     [[nodiscard]] Content content() const { return m_content; }
     /// How large the prompt's symbol is at the moment, by its own size.
     [[nodiscard]] double pulseScale() const { return m_pulseScale; }
-    [[nodiscard]] ShelfRowView &row() const { return *m_row; }
+    [[nodiscard]] ShelfRowView &row();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -49,6 +49,8 @@ protected:
 private:
     class Pane;
 
+    /// Made when what is held is shown for the first time.
+    Pane &pane();
     void follow();
     void showContent(Content content);
     void pulse();
@@ -58,8 +60,8 @@ private:
 
     QPointer<NotchViewModel> m_viewModel;
     std::function<void()> m_dismiss;
-    Pane *m_pane;
-    ShelfRowView *m_row;
+    const ShelfPorts m_ports;
+    Pane *m_pane = nullptr;
     Content m_content = Content::nothing;
     Content m_before = Content::nothing;
     QPixmap m_leaving; ///< the row while it fades

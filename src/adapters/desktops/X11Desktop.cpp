@@ -75,7 +75,9 @@ PanelWindows &X11Desktop::panelWindows() {
 }
 
 EdgeWindows &X11Desktop::edgeWindows() {
-    return m_edgeWindows.get([this] { return std::make_unique<X11EdgeWindows>(x11Activator()); });
+    return m_edgeWindows.get([this] {
+        return std::make_unique<X11EdgeWindows>([this]() -> X11ApplicationActivator & { return x11Activator(); });
+    });
 }
 
 StatusItem &X11Desktop::statusItem() {

@@ -40,6 +40,7 @@ protected:
     /// In whole points of the window: what is shown now, and what is shown at the end of the present change.
     [[nodiscard]] QRect shownPart() const;
     [[nodiscard]] QRect takingPart() const;
+    [[nodiscard]] bool isChanging() const { return m_steps.isActive(); }
 
     const EdgeWindowDescription m_description;
 

@@ -1,19 +1,28 @@
 #include "adapters/x11/X11EdgeView.h"
 
+#include "adapters/linux/IdleMemory.h"
 #include "adapters/x11/X11WindowDescription.h"
 
+#include <QBackingStore>
+#include <QEvent>
 #include <QImage>
 #include <QPainter>
 #include <QScreen>
 #include <QWindow>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include <xcb/shape.h>
 
 namespace tavrine {
 namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto toRest = 1s;      // who comes and goes shall not wait for a picture each time
+constexpr QSize noPicture(1, 1); // none at all is no size for it
 
 /// To whole pixels, each edge by itself.
 QRect inPixels(const QRect &points, double scale) {
@@ -69,6 +78,10 @@ std::vector<xcb_rectangle_t> pixelsOf(const QPainterPath &path, QSize size) {
 } // namespace
 
 X11EdgeView::X11EdgeView(const EdgeWindowDescription &description) : EdgeView(description) {
+    m_restsSoon.setSingleShot(true);
+    m_restsSoon.setInterval(toRest);
+    QObject::connect(&m_restsSoon, &QTimer::timeout, this, [this] { rest(); });
+    windowHandle()->installEventFilter(this);
     follow();
 }
 
@@ -83,6 +96,8 @@ double X11EdgeView::scale() const {
 }
 
 void X11EdgeView::shapeInput() {
+    m_hasBeenInUse = m_hasBeenInUse || !ignoresMouseEvents();
+    m_restsSoon.start();
     auto *connection = windowHandle() ? qtConnection() : nullptr;
     if (!connection)
         return;
@@ -119,6 +134,30 @@ void X11EdgeView::cut() {
 void X11EdgeView::flush() {
     if (auto *connection = qtConnection())
         xcb_flush(connection);
+}
+
+/// The picture has the window's largest size, of which a small part shows at rest.
+void X11EdgeView::rest() {
+    if (!ignoresMouseEvents() || isChanging())
+        return;
+    if (QBackingStore *picture = backingStore())
+        picture->resize(noPicture);
+    if (std::exchange(m_hasBeenInUse, false))
+        giveIdleMemoryBack();
+}
+
+/// The toolkit would show what is uncovered out of a picture that is not there.
+bool X11EdgeView::eventFilter(QObject * /*watched*/, QEvent *event) {
+    if (event->type() == QEvent::Expose && backingStore() && backingStore()->size() == noPicture)
+        update();
+    return false;
+}
+
+bool X11EdgeView::event(QEvent *event) {
+    const bool isHandled = EdgeView::event(event);
+    if (event->type() == QEvent::UpdateRequest) // it was painted
+        m_restsSoon.start();
+    return isHandled;
 }
 
 } // namespace tavrine

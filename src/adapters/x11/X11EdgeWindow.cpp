@@ -11,8 +11,8 @@ namespace {
 
 class X11EdgeWindow final : public EdgeWindow {
 public:
-    X11EdgeWindow(const EdgeWindowDescription &description, X11ApplicationActivator &activator)
-        : m_activator(activator), m_view(description) {
+    X11EdgeWindow(const EdgeWindowDescription &description, X11EdgeWindows::Activator activator)
+        : m_activator(std::move(activator)), m_view(description) {
         m_forDesktop.level = description.level;
         m_forDesktop.collectionBehavior = description.collectionBehavior;
         m_forDesktop.canBecomeKey = false;
@@ -49,26 +49,26 @@ public:
         if (!m_view.isVisible())
             return;
         const auto own = static_cast<xcb_window_t>(m_view.winId());
-        if (const xcb_window_t focused = m_activator.focusedWindow(); focused != own)
+        if (const xcb_window_t focused = m_activator().focusedWindow(); focused != own)
             m_focusBefore = focused;
         flushQtConnection(); // a window that is not on the screen yet cannot have it
-        m_activator.focusWindow(own);
+        m_activator().focusWindow(own);
     }
 
     void returnKeyboard() override {
         const auto before = std::exchange(m_focusBefore, xcb_window_t{XCB_WINDOW_NONE});
         const auto own = static_cast<xcb_window_t>(m_view.winId());
-        if (before == XCB_WINDOW_NONE || m_activator.focusedWindow() != own)
+        if (before == XCB_WINDOW_NONE || m_activator().focusedWindow() != own)
             return; // the person has given it to somebody meanwhile
-        m_activator.focusWindow(before);
-        if (m_activator.focusedWindow() == own) // who had it has gone
-            m_activator.focusWindow(XCB_INPUT_FOCUS_POINTER_ROOT);
+        m_activator().focusWindow(before);
+        if (m_activator().focusedWindow() == own) // who had it has gone
+            m_activator().focusWindow(XCB_INPUT_FOCUS_POINTER_ROOT);
     }
 
     void setContentView(QWidget *content) override { m_view.setContent(content); }
 
 private:
-    X11ApplicationActivator &m_activator;
+    X11EdgeWindows::Activator m_activator;
     X11EdgeView m_view;
     PanelDescription m_forDesktop;
     std::unique_ptr<X11Compositor> m_compositor; ///< watched while the window is shown

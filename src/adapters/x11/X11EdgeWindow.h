@@ -3,6 +3,9 @@
 #include "adapters/x11/X11ApplicationActivator.h"
 #include "ports/EdgeWindow.h"
 
+#include <functional>
+#include <utility>
+
 namespace tavrine {
 
 /// Windows at the edge of a screen as Qt widgets on X11. Lives on the main thread; outlives its windows.
@@ -15,12 +18,14 @@ namespace tavrine {
 ///     waited for nowhere.
 class X11EdgeWindows final : public EdgeWindows {
 public:
-    explicit X11EdgeWindows(X11ApplicationActivator &activator) : m_activator(activator) {}
+    /// `activator` is asked for when a window takes the keyboard, and outlives the windows.
+    using Activator = std::function<X11ApplicationActivator &()>;
+    explicit X11EdgeWindows(Activator activator) : m_activator(std::move(activator)) {}
 
     [[nodiscard]] std::unique_ptr<EdgeWindow> makeEdgeWindow(const EdgeWindowDescription &description) override;
 
 private:
-    X11ApplicationActivator &m_activator;
+    Activator m_activator;
 };
 
 } // namespace tavrine

@@ -143,7 +143,7 @@ protected:
     testing::Desktop desktop;
     X11Dragging dragging;
     X11ApplicationActivator activator;
-    X11EdgeWindows windows{activator};
+    X11EdgeWindows windows{[this]() -> X11ApplicationActivator & { return activator; }};
     X11Screens screens;
     std::unique_ptr<EdgeWindow> window =
         windows.makeEdgeWindow({.title = QStringLiteral("drops"), .largestSize = {550, 224}, .outline = {}});

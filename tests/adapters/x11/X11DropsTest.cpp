@@ -51,7 +51,7 @@ protected:
     SelectionLimits limits{.answer = 1500ms, .stall = 1500ms, .total = 4000ms};
     X11Dragging dragging{limits};
     X11ApplicationActivator activator;
-    X11EdgeWindows windows{activator};
+    X11EdgeWindows windows{[this]() -> X11ApplicationActivator & { return activator; }};
     X11Screens screens;
     std::unique_ptr<EdgeWindow> window =
         windows.makeEdgeWindow({.title = QStringLiteral("drops"), .largestSize = {550, 224}, .outline = {}});

@@ -10,6 +10,7 @@
 #include "support/Wait.h"
 
 #include <QApplication>
+#include <QBackingStore>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QKeyEvent>
@@ -120,7 +121,7 @@ protected:
     ScreenClient ground;
     const ScreenClient::Window below = ground.add(ground.wholeScreen(), groundColour);
     X11ApplicationActivator activator;
-    X11EdgeWindows windows{activator};
+    X11EdgeWindows windows{[this]() -> X11ApplicationActivator & { return activator; }};
     X11Screens screens;
     std::unique_ptr<EdgeWindow> window = windows.makeEdgeWindow(description());
     QPointer<Notch> content = new Notch;
@@ -235,6 +236,45 @@ TEST_F(X11EdgeWindowTest, nothingRunsOnceItHasArrived) {
     const qsizetype paintings = content->painted.size();
     (void)waitUntil([] { return false; }, 200ms);
     EXPECT_EQ(content->painted.size(), paintings);
+}
+
+/// What the server shows of a window is lost, and it says so: as when a window that covered it has gone, where the
+/// server keeps no picture of what is covered.
+void spoil(xcb_window_t window) {
+    XcbLink link(10s);
+    auto *const connection = link.connection();
+    const xcb_gcontext_t context = link.newId();
+    const std::uint32_t red = 0xffff0000;
+    const xcb_rectangle_t all{0, 0, 550, 224};
+    xcb_create_gc(connection, context, window, XCB_GC_FOREGROUND, &red);
+    xcb_poly_fill_rectangle(connection, window, context, 1, &all);
+    xcb_clear_area(connection, 1, window, 0, 0, 0, 0);
+    ASSERT_TRUE(link.finish());
+}
+
+/// Of the largest size, for a small part that shows.
+TEST_F(X11EdgeWindowTest, aWindowThatNobodyUsesKeepsNoPictureOfItselfAndPaintsItselfAllTheSame) {
+    const auto hasPicture = [](const QWidget &view) { return view.backingStore()->size() == QSize(550, 224); };
+    window->setIgnoresMouseEvents(false);
+    showAs(300, 24);
+    const auto other = windows.makeEdgeWindow(description());
+    auto *const otherContent = new Notch;
+    other->setContentView(otherContent);
+    other->setFrame(frame(300, 24), 0ms);
+    other->orderFrontRegardless();
+    const auto later = [&] { return waitUntil([&] { return !hasPicture(*otherContent->window()); }); };
+    ASSERT_TRUE(waitUntil([&] { return !otherContent->painted.isEmpty(); }));
+    EXPECT_TRUE(later());
+    EXPECT_TRUE(hasPicture(*content->window())) << "it takes the mouse";
+    window->setIgnoresMouseEvents(true);
+    EXPECT_TRUE(waitUntil([&] { return !hasPicture(*content->window()); }));
+    other->orderOut();
+    spoil(static_cast<xcb_window_t>(window->windowNumber()));
+    EXPECT_TRUE(waitUntil([this] { return isShownAs(pixels({300, 24})); }));
+    window->setFrame(frame(465, 224), 0ms);
+    EXPECT_TRUE(waitUntil([this] { return isShownAs(pixels({465, 224})); }));
+    EXPECT_TRUE(hasPicture(*content->window()));
+    EXPECT_TRUE(waitUntil([&] { return !hasPicture(*content->window()); })) << "again";
 }
 
 TEST_F(X11EdgeWindowTest, theKeyboardStaysWhereItIsUntilItIsTakenAndGoesBackThere) {
