@@ -103,4 +103,18 @@ void NotchViewModel::clearAll() {
     Q_EMIT itemsChanged();
 }
 
+/// The shelf watches none of its files: that one has gone is noticed when it is wanted.
+void NotchViewModel::openItem(const ShelfItem &item) {
+    if (!item.url)
+        return;
+    m_ports.fileExists(item.url->toLocalFile(), [self = QPointer(this), item](bool exists) {
+        if (!self)
+            return;
+        if (exists)
+            Q_EMIT self->fileToOpen(*item.url);
+        else
+            Q_EMIT self->fileIsGone(displayName(item));
+    });
+}
+
 } // namespace tavrine

@@ -70,8 +70,13 @@ public:
     void removeAfterMove(const ShelfItem &item, const QUrl &url, int attempts);
     void clearAll();
 
+    /// For a person who wants to see it. Of a file, `fileToOpen` or `fileIsGone` says what became of that.
+    void openItem(const ShelfItem &item);
+
 Q_SIGNALS:
     void itemsChanged();
+    void fileToOpen(const QUrl &url);
+    void fileIsGone(const QString &name);
     void isDragTargetActiveChanged(bool isActive);
     void isFileDragActiveChanged(bool isActive);
     void isShelfItemDragActiveChanged(bool isActive);

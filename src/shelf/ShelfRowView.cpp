@@ -82,6 +82,7 @@ ShelfRowView::ShelfRowView(NotchViewModel &viewModel, const ShelfPorts &ports, Q
     installShelfRowAccessibility(); // before the name, of which a screen reader may be told at once
     setAccessibleName(QStringLiteral("Shelf"));
     connect(&viewModel, &NotchViewModel::itemsChanged, this, &ShelfRowView::takeItems);
+    connect(&viewModel, &NotchViewModel::fileToOpen, this, [this](const QUrl &url) { m_ports.urls.openUrl(url); });
     m_items = viewModel.items();
 }
 
@@ -311,8 +312,8 @@ void ShelfRowView::keyPressEvent(QKeyEvent *event) {
 }
 
 void ShelfRowView::openItem(const ShelfItem &item) {
-    if (item.url)
-        m_ports.urls.openUrl(*item.url);
+    if (m_viewModel)
+        m_viewModel->openItem(item);
 }
 
 void ShelfRowView::open(int index) {

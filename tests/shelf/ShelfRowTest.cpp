@@ -196,10 +196,25 @@ TEST_F(ShelfTile, underThePointerItsGroundIsWhiteOfAnAlphaOfFifteenHundredths) {
 TEST_F(ShelfTile, aDoubleClickOpensAFile) {
     model.addText(text("words"));
     addFiles(1);
+    files.insert(text("/home/ada/file 0.txt"));
     QTest::mouseDClick(&tile(1), Qt::LeftButton, {}, middle);
     EXPECT_THAT(urls.opened(), ElementsAre(file("/home/ada/file 0.txt")));
     QTest::mouseDClick(&tile(0), Qt::LeftButton, {}, middle);
     EXPECT_EQ(urls.opened().size(), 1);
+}
+
+TEST_F(ShelfTile, aFileThatHasGoneIsNotOpenedAndItsNameIsTold) {
+    addFiles(2);
+    files.insert(text("/home/ada/file 0.txt"));
+    QStringList gone;
+    QObject::connect(&model, &NotchViewModel::fileIsGone, &view, [&](const QString &name) { gone.append(name); });
+    QTest::mouseDClick(&tile(1), Qt::LeftButton, {}, middle);
+    EXPECT_THAT(urls.opened(), IsEmpty());
+    EXPECT_THAT(gone, ElementsAre(text("file 1.txt")));
+    EXPECT_EQ(model.items().size(), 2); // it may come back
+    QTest::mouseDClick(&tile(0), Qt::LeftButton, {}, middle);
+    EXPECT_EQ(urls.opened().size(), 1);
+    EXPECT_EQ(gone.size(), 1);
 }
 
 TEST_F(ShelfTile, clicksWithKeysHeldDoNothing) {
@@ -339,6 +354,7 @@ TEST_F(ShelfRow, removingOneClosesTheGapAndKeepsTheOtherTiles) {
 
 TEST_F(ShelfRow, keysChooseATileOpenItRemoveItAndCopyIt) {
     addFiles(9);
+    files.insert(text("/home/ada/file 1.txt"));
     row().setFocus(Qt::TabFocusReason);
     key(Qt::Key_Home);
     EXPECT_EQ(row().current(), 0);
@@ -434,6 +450,7 @@ TEST_F(ShelfRow, aScreenReaderIsToldAListOfAllItems) {
 TEST_F(ShelfRow, whatAScreenReaderDoesHappensInALaterTurn) {
     model.addText(text("words"));
     addFiles(1);
+    files.insert(text("/home/ada/file 0.txt"));
     QAccessibleInterface *list = QAccessible::queryAccessibleInterface(&row());
     const auto act = [&](int index, const QString &name) {
         QAccessibleActionInterface *actions = list->child(index)->actionInterface();

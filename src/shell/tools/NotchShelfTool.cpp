@@ -67,6 +67,11 @@ void NotchShelfTool::setOn(bool isOn) {
                                              return makeContent(desktop, model, std::move(dismiss));
                                          },
                                      .outline = notchOutline});
+    QObject::connect(&m_notchController->viewModel(), &NotchViewModel::fileIsGone, m_notchController.get(),
+                     [this](const QString &name) {
+                         m_shell.showToast(QString::fromUtf8("“%1” is no longer where it was").arg(name),
+                                           QStringLiteral("exclamationmark.triangle.fill"));
+                     });
     m_notchController->showWindow();
 }
 
