@@ -10,12 +10,17 @@ namespace tavrine {
 ///     afterwards.
 ///  2. Command-V is the paste chord of the program that has the keyboard, and pastes there exactly once.
 ///  3. Where events cannot be posted, nothing happens.
+///  4. While the keyboard is held for a window that is to come, as after a hot key, what is typed would go there. Then
+///  a
+///     key-down with modifiers is not typed, and `isHeldBack` says so until the next one.
 class EventPoster {
 public:
     virtual ~EventPoster() = default;
 
     /// `keyCode` is a virtual key code, `flags` are those of `modifierFlag`. Every key-down is followed by its key-up.
     virtual void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) = 0;
+    /// Whether the last key-down was not typed, and may be a little later.
+    [[nodiscard]] virtual bool isHeldBack() const { return false; }
 };
 
 } // namespace tavrine

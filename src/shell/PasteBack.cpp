@@ -13,6 +13,8 @@ namespace {
 constexpr int longestWait = 12; ///< rounds
 constexpr Seconds waitRound{0.05};
 constexpr Seconds settling{0.08};  ///< between the target's coming to the front and the keystroke
+constexpr int longestHold = 100;   ///< rounds: twice as long as a hot key holds the keyboard
+constexpr Seconds holdRound{0.02}; ///< until a keystroke that was held back is tried again
 constexpr Seconds blindDelay{0.2}; ///< where nothing tells that a target is in front
 
 } // namespace
@@ -65,11 +67,18 @@ void PasteBack::waitForActivation(EventPoster &poster, const RunningApplication 
 }
 
 void PasteBack::postPasteAfter(EventPoster &poster, Seconds delay) {
-    m_time.asyncAfter(delay, this, [this, &poster] {
-        poster.postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
-        poster.postKeyboardEvent(virtualKey::v, false, modifierFlag::command);
+    m_time.asyncAfter(delay, this, [this, &poster] { postPaste(poster, 0); });
+}
+
+/// A hot key that goes down at this moment holds the keyboard for the panel that it opens: the keystroke comes before
+/// it.
+void PasteBack::postPaste(EventPoster &poster, int attempt) {
+    poster.postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
+    poster.postKeyboardEvent(virtualKey::v, false, modifierFlag::command);
+    if (poster.isHeldBack() && attempt < longestHold)
+        m_time.asyncAfter(holdRound, this, [this, &poster, attempt] { postPaste(poster, attempt + 1); });
+    else
         typed();
-    });
 }
 
 void PasteBack::typed() {

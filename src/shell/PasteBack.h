@@ -52,6 +52,7 @@ public:
 private:
     void waitForActivation(EventPoster &poster, const RunningApplication &target, int attempt);
     void postPasteAfter(EventPoster &poster, Seconds delay);
+    void postPaste(EventPoster &poster, int attempt);
     void typed();
 
     Workspace &m_workspace;

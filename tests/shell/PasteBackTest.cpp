@@ -79,6 +79,25 @@ TEST_F(PasteBackTest, aTargetThatNeverComesGetsTheKeystrokeAllTheSame) {
     EXPECT_EQ(pasteAndMeasure(), 800);
 }
 
+TEST_F(PasteBackTest, aKeystrokeThatIsHeldBackComesOnceTheKeyboardIsFree) {
+    controller.toggleSearchPanel();
+    poster.holdBack(3);
+    EXPECT_EQ(pasteAndMeasure(), 140);
+    time.advance(10s);
+    EXPECT_EQ(poster.posted().size(), 2U);
+}
+
+TEST_F(PasteBackTest, aKeyboardThatNeverGetsFreeEndsThePaste) {
+    controller.toggleSearchPanel();
+    poster.holdBack(1'000'000);
+    controller.pasteFromSearch(item("text"));
+    time.advance(2079ms);
+    EXPECT_TRUE(pasteBack.isPasting());
+    time.advance(1ms);
+    EXPECT_FALSE(pasteBack.isPasting());
+    EXPECT_FALSE(hasPasted());
+}
+
 TEST_F(PasteBackTest, theTargetIsKnownByItsProcessWhateverItsWindow) {
     controller.toggleSearchPanel();
     activator.setImmediate(false);

@@ -18,7 +18,7 @@ namespace tavrine::testing {
                hand.press(1);
                owner.own({{"text/plain", {.bytes = "rehearsal"}}});
                const bool isSeen =
-                   waitUntil([&] { return pasteboard.changeCount() != before; }, std::chrono::milliseconds(1000));
+                   waitUntil([&] { return pasteboard.changeCount() != before; }, std::chrono::milliseconds(200));
                hand.release(1);
                return isSeen;
            }) &&

@@ -18,10 +18,18 @@ public:
     };
 
     void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) override {
+        if (isKeyDown)
+            m_isHeldBack = m_heldBack > 0 && m_heldBack-- > 0;
+        if (m_isHeldBack)
+            return;
         m_posted.push_back({keyCode, isKeyDown, flags});
         if (m_onPost)
             m_onPost();
     }
+
+    [[nodiscard]] bool isHeldBack() const override { return m_isHeldBack; }
+    /// The next so many key-downs are not typed.
+    void holdBack(int count) { m_heldBack = count; }
 
     [[nodiscard]] const std::vector<Posted> &posted() const { return m_posted; }
     /// Called at each event, to look at the world in that moment.
@@ -30,6 +38,8 @@ public:
 private:
     std::vector<Posted> m_posted;
     std::function<void()> m_onPost;
+    int m_heldBack = 0;
+    bool m_isHeldBack = false;
 };
 
 } // namespace tavrine

@@ -44,6 +44,7 @@ void X11EventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flag
         return;
     }
     release(); // of a chord whose key-up never came
+    m_isHeldBack = false;
     if (auto keyboard = X11Keyboard::read(m_client))
         m_keyboard = std::move(*keyboard); // else the one of the last chord, which is most likely still right
     press(chordFor(keyCode, flags));
@@ -95,16 +96,31 @@ void X11EventPoster::press(const Chord &wanted) {
     // The chord's modifiers go down first: a lone Super or Alt that is let go opens a menu.
     for (const int key : m_pressed.modifiers)
         send(true, key);
+    if (isKeyboardHeld()) {
+        m_isHeldBack = true;
+        m_pressed.released.clear();
+        release();
+        return;
+    }
     for (const int key : m_pressed.released)
         send(false, key);
     send(true, m_pressed.keycode);
     m_client.flush();
 }
 
+/// A keyboard that a grab holds does not go down: the server keeps all keys for later.
+bool X11EventPoster::isKeyboardHeld() {
+    if (m_pressed.modifiers.empty())
+        return false;
+    const auto down = keysDown(m_client);
+    return !down.empty() && std::find(down.begin(), down.end(), m_pressed.modifiers.front()) == down.end();
+}
+
 void X11EventPoster::release() {
     if (m_pressed.keycode == 0)
         return;
-    send(false, m_pressed.keycode);
+    if (!m_isHeldBack)
+        send(false, m_pressed.keycode);
     for (const int key : m_pressed.released)
         if (key != m_pressed.keycode)
             send(true, key); // before the chord's own go: the receiver sees no lone modifier

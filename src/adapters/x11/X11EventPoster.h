@@ -23,6 +23,7 @@ public:
     explicit X11EventPoster(std::function<QString()> text);
 
     void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) override;
+    [[nodiscard]] bool isHeldBack() const override { return m_isHeldBack; }
 
     /// Takes the primary selection, which some programs paste in the place of the clipboard.
     void ownPrimary(const QString &text);
@@ -38,6 +39,7 @@ private:
     };
 
     void press(const Chord &wanted);
+    [[nodiscard]] bool isKeyboardHeld();
     void release();
     void send(bool isPress, int keycode);
     void holdServer();
@@ -57,6 +59,7 @@ private:
     quint32 m_serverTime = 0;
     bool m_canPost = false;
     bool m_isServerHeld = false;
+    bool m_isHeldBack = false;
     QObject m_turn;
 };
 

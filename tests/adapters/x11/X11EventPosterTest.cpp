@@ -9,9 +9,11 @@
 #include <QTemporaryDir>
 
 #include <atomic>
+#include <cstdlib>
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <xcb/xcb.h>
 
 namespace tavrine {
 namespace {
@@ -146,6 +148,50 @@ TEST_F(X11EventPosterTest, keysThatThePersonHoldsDoNotSpoilThePasteAndStayHeld) 
         EXPECT_FALSE(keyboard.isDown(key::leftControl));
         EXPECT_FALSE(keyboard.isDown(key::v));
     }
+}
+
+/// A hot key of another program, whose press holds the keyboard until that program goes on.
+class HoldingHotKey {
+public:
+    explicit HoldingHotKey(int keycode) : m_connection(xcb_connect(nullptr, nullptr)) {
+        const auto root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+        std::free(xcb_request_check(m_connection, xcb_grab_key_checked(m_connection, 1, root, XCB_MOD_MASK_ANY,
+                                                                       static_cast<uint8_t>(keycode),
+                                                                       XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_SYNC)));
+    }
+    ~HoldingHotKey() { xcb_disconnect(m_connection); }
+    HoldingHotKey(const HoldingHotKey &) = delete;
+    HoldingHotKey &operator=(const HoldingHotKey &) = delete;
+
+    void goOn() {
+        xcb_allow_events(m_connection, XCB_ALLOW_ASYNC_KEYBOARD, XCB_CURRENT_TIME);
+        std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
+    }
+
+private:
+    xcb_connection_t *m_connection;
+};
+
+TEST_F(X11EventPosterTest, aPasteWhileAHotKeyHoldsTheKeyboardIsHeldBackAndLeavesNothingBehind) {
+    constexpr int hotKey = 95; // F11
+    ForeignWindow window(QStringLiteral(TAVRINE_GTK_ENTRY));
+    ASSERT_TRUE(window.waitForFocus());
+    ASSERT_TRUE(copyByXclip(part(0)));
+    HoldingHotKey other(hotKey);
+    keyboard.down(hotKey);
+    postPaste();
+    EXPECT_TRUE(poster.isHeldBack());
+    keyboard.up(hotKey);
+    other.goOn();
+    ASSERT_TRUE(waitUntil([&] { return !keyboard.isDown(hotKey) && !keyboard.isDown(key::leftControl); }));
+    postPaste();
+    EXPECT_FALSE(poster.isHeldBack());
+    EXPECT_TRUE(window.waitForText(part(0))) << window.text().toStdString();
+    ASSERT_TRUE(copyByXclip(part(1)));
+    postPaste();
+    EXPECT_TRUE(window.waitForText(part(0) + part(1))) << window.text().toStdString();
+    EXPECT_FALSE(keyboard.isDown(key::leftControl));
+    EXPECT_FALSE(keyboard.isDown(key::v));
 }
 
 TEST_F(X11EventPosterTest, capsLockDoesNotSpoilThePaste) {
