@@ -18,6 +18,7 @@
 #include "adapters/wayland/WaylandDragging.h"
 #include "adapters/wayland/WaylandEventMonitors.h"
 #include "adapters/wayland/WaylandEventPoster.h"
+#include "adapters/wayland/WaylandIdleKeeper.h"
 #include "adapters/wayland/WaylandPasteboard.h"
 #include "adapters/wayland/WaylandScreens.h"
 #include "adapters/wayland/WaylandWorkspace.h"
@@ -126,6 +127,12 @@ Dragging &WaylandDesktop::dragging() {
 
 Access &WaylandDesktop::access() {
     return m_access.get([] { return std::make_unique<WaylandAccess>(); });
+}
+
+std::vector<std::unique_ptr<PowerKeeper>> WaylandDesktop::powerKeepers() {
+    auto keepers = LinuxDesktop::powerKeepers();
+    keepers.push_back(std::make_unique<WaylandIdleKeeper>());
+    return keepers;
 }
 
 Pasteboard &WaylandDesktop::pasteboard() {

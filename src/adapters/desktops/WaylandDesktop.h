@@ -36,6 +36,7 @@ public:
 
 protected:
     void startedAgain(const StartIdentifiers &identifiers) override;
+    [[nodiscard]] std::vector<std::unique_ptr<PowerKeeper>> powerKeepers() override;
 
 private:
     [[nodiscard]] LayerParts &layerParts();

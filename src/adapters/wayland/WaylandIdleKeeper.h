@@ -1,0 +1,32 @@
+#pragma once
+
+#include "adapters/linux/PowerKeeper.h"
+
+#include <QObject>
+
+#include <memory>
+
+namespace tavrine {
+
+/// Keeps the compositor from taking the session for idle, and with it the programs that blank or lock the screen then.
+///
+/// Lives on the main thread. A compositor heeds a surface that wants it, for as long as that is shown: here a clear
+/// pixel behind everything, on a connection of its own that is there only while it is wanted.
+class WaylandIdleKeeper final : public QObject, public PowerKeeper {
+public:
+    WaylandIdleKeeper();
+    ~WaylandIdleKeeper() override;
+
+    void want(const PowerNeeds &needs, const QString &why) override;
+    [[nodiscard]] PowerNeeds held() const override;
+    [[nodiscard]] bool isAsking() const override;
+
+private:
+    class Pixel;
+
+    void onShown();
+
+    std::unique_ptr<Pixel> m_pixel;
+};
+
+} // namespace tavrine
