@@ -56,7 +56,7 @@ protected:
         ASSERT_TRUE(openPanel("--clipboard"));
         hand.type(search);
         hand.tap(KEY_ENTER);
-        EXPECT_TRUE(window.waitForText(expected, std::chrono::seconds(10))) << window.text().toStdString();
+        EXPECT_TRUE(window.waitForText(expected)) << window.text().toStdString();
     }
 
     WaylandHand hand;

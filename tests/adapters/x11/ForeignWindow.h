@@ -28,7 +28,7 @@ public:
             return m_hasFocus;
         });
     }
-    [[nodiscard]] bool waitForText(const QString &text, std::chrono::milliseconds limit = std::chrono::seconds(5)) {
+    [[nodiscard]] bool waitForText(const QString &text, std::chrono::milliseconds limit = std::chrono::seconds(20)) {
         return waitUntil([&] { return this->text() == text; }, limit);
     }
     [[nodiscard]] QString text() {
