@@ -22,6 +22,7 @@
 #include "adapters/wayland/WaylandPasteboard.h"
 #include "adapters/wayland/WaylandScreens.h"
 #include "adapters/wayland/WaylandWorkspace.h"
+#include "look/Look.h"
 
 #include <vector>
 
@@ -70,6 +71,9 @@ LayerParts &WaylandDesktop::layerParts() {
 }
 
 EdgeWindows &WaylandDesktop::edgeWindows() {
+    // Who shows no panel never asks whether windows show through. A tool tip of the shelf's would have square corners.
+    if (look::Look *look = look::Look::current())
+        look->setCompositing(true);
     return m_edgeWindows.get([this] { return std::make_unique<LayerEdgeWindows>(layerParts()); });
 }
 
