@@ -18,6 +18,7 @@ class AudioPlayers;
 class Calendar;
 class CodeDetector;
 class ColorSamplers;
+class DesktopAbilities;
 class Downloads;
 class DragPasteboards;
 class Dragging;
@@ -109,6 +110,7 @@ public:
 
     // The person.
     [[nodiscard]] virtual Access &access() = 0;
+    [[nodiscard]] virtual DesktopAbilities &desktopAbilities() = 0;
     [[nodiscard]] virtual Alerts &alerts() = 0;
     [[nodiscard]] virtual FilePanels &filePanels() = 0;
     [[nodiscard]] virtual UrlOpener &urlOpener() = 0;

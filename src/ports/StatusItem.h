@@ -58,6 +58,8 @@ public:
     virtual ~StatusItem() = default;
     virtual void setVisible(bool visible) = 0;
     [[nodiscard]] virtual bool isVisible() const = 0;
+    /// Whether some tray shows it now.
+    [[nodiscard]] virtual bool isInTray() const = 0;
     virtual void setImage(const StatusImage &image) = 0;
     virtual void setToolTip(const QString &toolTip) = 0;
     /// Called when the person asks for the menu, with the place of the click in global coordinates.

@@ -46,7 +46,8 @@ AppDelegate::AppDelegate(const Shell::Parts &parts, QObject *parent)
                         [this](std::function<void()> onClose) {
                             Desktop &desktop = m_shell.desktop();
                             return OnboardingView::makeWindow({m_shell.defaults(), desktop.access(), desktop.time(),
-                                                               desktop.urlOpener(), desktop.folders().resources},
+                                                               desktop.urlOpener(), desktop.folders().resources,
+                                                               &desktop.desktopAbilities()},
                                                               std::move(onClose));
                         },
                     .openSettings = [this] { openSettings(); }}) {}

@@ -1,6 +1,7 @@
 #include "shell/OnboardingModel.h"
 
 #include "base/Addresses.h"
+#include "ports/DesktopAbilities.h"
 #include "ports/UrlOpener.h"
 
 namespace tavrine {
@@ -20,6 +21,17 @@ std::vector<OnboardingModel::Shortcut> OnboardingModel::shortcuts() const {
             found.push_back({keys, QString::fromLatin1(name)});
     }
     return found;
+}
+
+QString OnboardingModel::wanting() const {
+    int count = 0;
+    if (m_ports.abilities)
+        for (const AbilityReport &report : m_ports.abilities->reports())
+            count += report.state == AbilityState::there ? 0 : 1;
+    if (count == 0)
+        return {};
+    const QString what = count == 1 ? QStringLiteral("One thing works") : QStringLiteral("%1 things work").arg(count);
+    return what + QStringLiteral(" in part or not at all on this desktop: Home says what, and what to do.");
 }
 
 void OnboardingModel::setCurrentPage(Page page) {

@@ -13,6 +13,7 @@
 
 namespace tavrine {
 
+class DesktopAbilities;
 class UrlOpener;
 
 namespace preference {
@@ -99,6 +100,7 @@ public:
         Time &time;
         UrlOpener &urlOpener;
         QString resources = {}; ///< the folder of what came with the program
+        const DesktopAbilities *abilities = nullptr;
     };
     /// `onClose` is called when the person has finished.
     OnboardingModel(Ports ports, std::function<void()> onClose, QObject *parent = nullptr);
@@ -110,6 +112,9 @@ public:
 
     /// The rows whose tool is switched on and has a key, as the preferences have it.
     [[nodiscard]] std::vector<Shortcut> shortcuts() const;
+
+    /// What this desktop does not allow in full, in a sentence; empty where it allows everything.
+    [[nodiscard]] QString wanting() const;
 
     void setCurrentPage(Page page);
     /// The page's button: the next page, and from the last one the end.

@@ -187,6 +187,24 @@ private:
     std::vector<KeyHint> m_hints;
 };
 
+/// What this desktop does not allow, as it is when the page comes.
+class WantingLine final : public Label {
+public:
+    explicit WantingLine(std::function<QString()> wanting)
+        : Label({}, TextRole::caption, Tone::secondary), m_wanting(std::move(wanting)) {
+        setAlignment(Qt::AlignHCenter);
+    }
+
+protected:
+    void showEvent(QShowEvent *event) override {
+        Label::showEvent(event);
+        setText(m_wanting());
+    }
+
+private:
+    std::function<QString()> m_wanting;
+};
+
 Label *centred(const char *words, TextRole role, Label::Tone tone) {
     auto *label = new Label(text(words), role, tone);
     label->setAlignment(Qt::AlignHCenter);
@@ -257,7 +275,7 @@ Page makeFeaturesScreen(QWidget *parent, std::function<void()> explore) {
 }
 
 Page makePermissionsScreen(QWidget *parent, PermissionChecker &checker,
-                           const std::vector<OnboardingModel::Shortcut> &shortcuts) {
+                           const std::vector<OnboardingModel::Shortcut> &shortcuts, std::function<QString()> wanting) {
     const auto &texts = OnboardingModel::pages[size_t(OnboardingModel::Page::permissions)];
     auto *page = new QWidget(parent);
     QVBoxLayout *column = makeColumn(page);
@@ -270,6 +288,7 @@ Page makePermissionsScreen(QWidget *parent, PermissionChecker &checker,
         column->addWidget(new PermissionRow(row, checker));
         column->addSpacing(space::medium);
     }
+    column->addWidget(new WantingLine(std::move(wanting)));
     column->addStretch(2);
     column->addWidget(new ShortcutLine(shortcuts));
     column->addStretch(1);

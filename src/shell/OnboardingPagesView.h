@@ -29,7 +29,8 @@ struct Page {
 [[nodiscard]] Page makeFeaturesScreen(QWidget *parent, std::function<void()> explore);
 /// Ends with the keys that a person can try next. The checker outlives the page.
 [[nodiscard]] Page makePermissionsScreen(QWidget *parent, PermissionChecker &checker,
-                                         const std::vector<OnboardingModel::Shortcut> &shortcuts);
+                                         const std::vector<OnboardingModel::Shortcut> &shortcuts,
+                                         std::function<QString()> wanting);
 
 } // namespace onboardingPages
 } // namespace tavrine

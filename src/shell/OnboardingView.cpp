@@ -93,7 +93,8 @@ OnboardingView::OnboardingView(const OnboardingModel::Ports &ports, std::functio
     for (const auto &page :
          {onboardingPages::makeWelcomeScreen(this),
           onboardingPages::makeFeaturesScreen(this, [this] { m_model.exploreFeatures(); }),
-          onboardingPages::makePermissionsScreen(this, m_model.permissionChecker(), m_model.shortcuts())}) {
+          onboardingPages::makePermissionsScreen(this, m_model.permissionChecker(), m_model.shortcuts(),
+                                                 [this] { return m_model.wanting(); })}) {
         page.widget->setGeometry(pageRect());
         page.widget->setVisible(m_pages.empty());
         m_pages.push_back(page.widget);

@@ -1,6 +1,7 @@
 #include "shell/OnboardingView.h"
 
 #include "adapters/fake/FakeAccess.h"
+#include "adapters/fake/FakeDesktopAbilities.h"
 #include "adapters/fake/FakeUrlOpener.h"
 #include "adapters/fake/VirtualTime.h"
 #include "base/NotificationCenter.h"
@@ -60,7 +61,10 @@ protected:
     FakeAccess access;
     FakeUrlOpener urls;
     int closes = 0;
-    std::unique_ptr<QWidget> window = OnboardingView::makeWindow({defaults, access, time, urls}, [this] { ++closes; });
+    FakeDesktopAbilities abilities;
+    std::unique_ptr<QWidget> window = OnboardingView::makeWindow(
+        {.defaults = defaults, .access = access, .time = time, .urlOpener = urls, .abilities = &abilities},
+        [this] { ++closes; });
 };
 
 TEST_F(OnboardingViewTest, theWindowIsTitledFixedAndHasNoCloseButton) {
@@ -68,6 +72,18 @@ TEST_F(OnboardingViewTest, theWindowIsTitledFixedAndHasNoCloseButton) {
     EXPECT_EQ(window->size(), QSize(600, 500));
     EXPECT_FALSE(window->windowFlags() & Qt::WindowCloseButtonHint);
     EXPECT_TRUE(window->windowFlags() & Qt::FramelessWindowHint); // some window managers draw one into every frame
+}
+
+TEST_F(OnboardingViewTest, theLastPageSaysWhenTheDesktopDoesNotAllowEverything) {
+    const auto sentences = [this] { return words().filter(QStringLiteral("on this desktop")); };
+    press("Get Started");
+    abilities.set(
+        {.ability = Ability::tray, .state = AbilityState::missing, .reason = {}, .step = {}, .linesToCopy = {}});
+    press("Continue");
+    time.advance(1s);
+    EXPECT_EQ(sentences(),
+              QStringList(QStringLiteral(
+                  "One thing works in part or not at all on this desktop: Home says what, and what to do.")));
 }
 
 TEST_F(OnboardingViewTest, buttonsLeadThroughThePagesToTheEnd) {

@@ -34,6 +34,7 @@ public:
     void followStarts(std::function<void(const QString &)> onStartedAgain) override {
         m_fake.followStarts(std::move(onStartedAgain));
     }
+    DesktopAbilities &desktopAbilities() override { return m_fake.desktopAbilities(); }
     SessionNotices &sessionNotices() override { return m_fake.sessionNotices(); }
     EdgeWindows &edgeWindows() override { return m_fake.edgeWindows(); }
     DragPasteboards &dragPasteboards() override { return m_fake.dragPasteboards(); }

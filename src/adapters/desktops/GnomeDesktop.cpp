@@ -1,5 +1,6 @@
 #include "adapters/desktops/GnomeDesktop.h"
 
+#include "adapters/desktops/TriedAbilities.h"
 #include "adapters/gnome/GnomeAccess.h"
 #include "adapters/gnome/GnomeApplicationActivator.h"
 #include "adapters/gnome/GnomeColorSamplers.h"
@@ -27,6 +28,15 @@ public:
 
 GnomeDesktop::GnomeDesktop() = default;
 GnomeDesktop::~GnomeDesktop() = default;
+
+AbilityReport GnomeDesktop::report(Ability ability) {
+    const bool isExtensions = ability == Ability::hotKeys || ability == Ability::doubleTap ||
+                              ability == Ability::paste || ability == Ability::capture;
+    if (isExtensions && !shell().isAttached())
+        return abilityReport::withoutExtension(ability);
+    // The X server's stream has X programs alone.
+    return ability == Ability::recording ? abilityReport::missing(ability) : X11Desktop::report(ability);
+}
 
 GnomeShell &GnomeDesktop::shell() {
     return m_shell.get([] { return std::make_unique<GnomeShell>(); });

@@ -26,6 +26,9 @@ public:
     [[nodiscard]] Access &access() override;
     [[nodiscard]] TaskLauncher &taskLauncher() override;
 
+protected:
+    [[nodiscard]] AbilityReport report(Ability ability) override;
+
 private:
     [[nodiscard]] GnomeShell &shell();
 

@@ -1,5 +1,6 @@
 #include "adapters/desktops/LinuxDesktop.h"
 
+#include "adapters/desktops/TriedAbilities.h"
 #include "adapters/linux/AppcastFeed.h"
 #include "adapters/linux/DBusSingleInstance.h"
 #include "adapters/linux/DesktopEntries.h"
@@ -35,7 +36,9 @@
 #include "adapters/linux/XdgFolders.h"
 #include "look/FittingWindow.h"
 #include "look/ModalAlerts.h"
+#include "ports/Access.h"
 #include "ports/ScriptSyntax.h"
+#include "ports/StatusItem.h"
 
 #include <QCoreApplication>
 
@@ -128,6 +131,33 @@ std::vector<std::unique_ptr<Appearance>> LinuxDesktop::toolkitSettings() {
 
 DesktopThemes LinuxDesktop::themes() {
     return gtkThemes(folders().preferences);
+}
+
+DesktopAbilities &LinuxDesktop::desktopAbilities() {
+    return m_abilities.get(
+        [this] { return std::make_unique<TriedAbilities>([this](Ability ability) { return report(ability); }); });
+}
+
+AbilityReport LinuxDesktop::report(Ability ability) {
+    bool isThere = true;
+    switch (ability) {
+    case Ability::paste:
+        isThere = access().isAccessibilityTrusted();
+        break;
+    case Ability::capture:
+    case Ability::recording:
+        isThere = access().isScreenCaptureGranted();
+        break;
+    case Ability::tray:
+        isThere = !statusItem().isVisible() || statusItem().isInTray(); // who hides it wants none
+        break;
+    case Ability::history:
+    case Ability::hotKeys:
+    case Ability::doubleTap:
+    case Ability::shelf:
+        break;
+    }
+    return isThere ? abilityReport::there(ability) : abilityReport::missing(ability);
 }
 
 Alerts &LinuxDesktop::alerts() {

@@ -17,6 +17,9 @@ class PlayerProcesses;
 template <class Port>
 class PluginLoader;
 class PowerKeeper;
+class DesktopAbilities;
+enum class Ability;
+struct AbilityReport;
 struct StartIdentifiers;
 
 /// What every Linux desktop has, whatever draws its windows. The keepers of the other ports derive from it.
@@ -39,6 +42,7 @@ public:
     [[nodiscard]] PowerAssertions &powerAssertions() final;
     [[nodiscard]] PowerSource &powerSource() final;
     [[nodiscard]] Appearance &appearance() final;
+    [[nodiscard]] DesktopAbilities &desktopAbilities() final;
     [[nodiscard]] Alerts &alerts() final;
     [[nodiscard]] FilePanels &filePanels() final;
     [[nodiscard]] UrlOpener &urlOpener() final;
@@ -74,6 +78,9 @@ protected:
     /// The icons and sounds that toolkits of this desktop use now.
     [[nodiscard]] virtual DesktopThemes themes();
 
+    /// How far this desktop lets the program do something, by what its ports tell.
+    [[nodiscard]] virtual AbilityReport report(Ability ability);
+
     /// What keeps the machine awake, all at once.
     [[nodiscard]] virtual std::vector<std::unique_ptr<PowerKeeper>> powerKeepers();
 
@@ -93,6 +100,7 @@ private:
     MadeOnce<PackageUpdates> m_packageUpdates;
     std::unique_ptr<UpdateFeed> m_updateFeed;
     MadeOnce<Appearance> m_appearance;
+    MadeOnce<DesktopAbilities> m_abilities;
     MadeOnce<Alerts> m_alerts;
     MadeOnce<FilePanels> m_filePanels;
     MadeOnce<UrlOpener> m_urlOpener;

@@ -1,5 +1,6 @@
 #include "adapters/desktops/WaylandDesktop.h"
 
+#include "adapters/desktops/TriedAbilities.h"
 #include "adapters/linux/ApplicationObject.h"
 #include "adapters/linux/DesktopHotKeys.h"
 #include "adapters/linux/LinuxSessionNotices.h"
@@ -38,6 +39,14 @@ void WaylandDesktop::startedAgain(const StartIdentifiers &identifiers) {
     // Where the toolkit looks when the next window comes forward.
     if (!identifiers.activationToken.isEmpty())
         qputenv("XDG_ACTIVATION_TOKEN", identifiers.activationToken);
+}
+
+AbilityReport WaylandDesktop::report(Ability ability) {
+    if (ability == Ability::hotKeys)
+        return abilityReport::hotKeys(hotKeys().traits());
+    if (ability == Ability::doubleTap)
+        return abilityReport::doubleTap(hotKeys().traits());
+    return LinuxDesktop::report(ability);
 }
 
 const std::shared_ptr<WaylandWindows> &WaylandDesktop::windows() {

@@ -37,6 +37,7 @@ public:
 protected:
     void startedAgain(const StartIdentifiers &identifiers) override;
     [[nodiscard]] std::vector<std::unique_ptr<PowerKeeper>> powerKeepers() override;
+    [[nodiscard]] AbilityReport report(Ability ability) override;
 
 private:
     [[nodiscard]] LayerParts &layerParts();

@@ -10,6 +10,7 @@
 #include "adapters/fake/FakeCalendar.h"
 #include "adapters/fake/FakeCodeDetector.h"
 #include "adapters/fake/FakeColorSampler.h"
+#include "adapters/fake/FakeDesktopAbilities.h"
 #include "adapters/fake/FakeDownloads.h"
 #include "adapters/fake/FakeDragPasteboard.h"
 #include "adapters/fake/FakeDragging.h"
@@ -61,6 +62,7 @@ public:
     void followStarts(std::function<void(const QString &)> onStartedAgain) override {
         m_onStartedAgain = std::move(onStartedAgain);
     }
+    [[nodiscard]] FakeDesktopAbilities &desktopAbilities() override { return m_abilities; }
     [[nodiscard]] FakeSessionNotices &sessionNotices() override { return m_sessionNotices; }
     [[nodiscard]] FakeApplication &application() override { return m_application; }
     [[nodiscard]] FakeWorkspace &workspace() override { return m_workspace; }
@@ -149,6 +151,7 @@ private:
     FakeAppearance m_appearance;
     FakeScreens m_screens;
     FakePanelWindows m_panelWindows;
+    FakeDesktopAbilities m_abilities;
     FakeSessionNotices m_sessionNotices{m_time};
     FakeEdgeWindows m_edgeWindows;
     FakeStatusItem m_statusItem;

@@ -9,6 +9,7 @@ class FakeStatusItem final : public StatusItem {
 public:
     void setVisible(bool visible) override;
     [[nodiscard]] bool isVisible() const override { return m_isVisible; }
+    [[nodiscard]] bool isInTray() const override { return isShown(); }
     void setImage(const StatusImage &image) override;
     void setToolTip(const QString &toolTip) override { m_toolTip = toolTip; }
     void setOnPress(std::function<void(QPoint)> onPress) override { m_onPress = std::move(onPress); }

@@ -19,6 +19,7 @@ public:
 
     void setVisible(bool visible) override;
     [[nodiscard]] bool isVisible() const override { return m_isVisible; }
+    [[nodiscard]] bool isInTray() const override { return m_isShown; }
     void setImage(const StatusImage &image) override;
     void setToolTip(const QString &toolTip) override;
     void setOnPress(std::function<void(QPoint)> onPress) override { m_onPress = std::move(onPress); }

@@ -3,6 +3,7 @@
 #include "base/Addresses.h"
 #include "base/Time.h"
 #include "ports/Access.h"
+#include "ports/Pasteboard.h"
 #include "ports/UrlOpener.h"
 
 namespace tavrine {
@@ -30,6 +31,43 @@ void HomeDashboardModel::allow(const PermissionRow &row) {
         readPermissions();
         Q_EMIT changed();
     });
+}
+
+std::vector<AbilityReport> HomeDashboardModel::abilities() const {
+    return m_ports.abilities.reports();
+}
+
+const HomeDashboardModel::AbilityTexts &HomeDashboardModel::textsOf(Ability ability) {
+    static constexpr AbilityTexts texts[] = {
+        {"doc.on.clipboard", "Clipboard History", "What any program copies is recorded"},
+        {"keyboard", "Hot Keys", "Reach this program whichever one has the keyboard"},
+        {"hand.point.up.left", "Double Tap", "Two taps of Option open the tool that is set to them"},
+        {"doc.on.doc", "Paste", "What you choose arrives in the program that you came from"},
+        {"viewfinder.circle.fill", "Screenshots", "Captures, colours and codes from the screen"},
+        {"record.circle.fill", "Screen Record", "Movies of the screen"},
+        {"tray", "Shelf", "Holds what you drag to the top of the screen"},
+        {"menubar.arrow.up.rectangle", "Tray Icon", "Quick Actions and the menu"},
+    };
+    static_assert(std::size(texts) == allAbilities.size());
+    return texts[static_cast<std::size_t>(ability)];
+}
+
+QString HomeDashboardModel::textOf(AbilityState state) {
+    switch (state) {
+    case AbilityState::there:
+        return QStringLiteral("There");
+    case AbilityState::limited:
+        return QStringLiteral("Limited");
+    case AbilityState::missing:
+        break;
+    }
+    return QStringLiteral("Missing");
+}
+
+void HomeDashboardModel::copyLines(const AbilityReport &report) {
+    Pasteboard &pasteboard = m_ports.pasteboard();
+    pasteboard.clearContents();
+    pasteboard.setString(report.linesToCopy);
 }
 
 bool HomeDashboardModel::showsBanner() const {

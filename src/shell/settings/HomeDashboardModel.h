@@ -2,14 +2,19 @@
 
 #include "base/Date.h"
 #include "base/Preference.h"
+#include "ports/DesktopAbilities.h"
 
 #include <QObject>
 
 #include <array>
+#include <functional>
+#include <vector>
 
 namespace tavrine {
 
 class Access;
+class DesktopAbilities;
+class Pasteboard;
 class Time;
 class UrlOpener;
 
@@ -36,6 +41,12 @@ public:
     };
     static const std::array<PermissionRow, 2> permissionRows;
 
+    struct AbilityTexts {
+        const char *symbol;
+        const char *title;
+        const char *subtitle; ///< where nothing is wanting
+    };
+
     /// All outlive the model.
     struct Ports {
         UserDefaults &defaults;
@@ -43,6 +54,8 @@ public:
         Time &time;
         UrlOpener &urlOpener;
         QString resources;
+        DesktopAbilities &abilities;
+        std::function<Pasteboard &()> pasteboard; ///< asked for when something is copied
     };
     explicit HomeDashboardModel(Ports ports, QObject *parent = nullptr);
 
@@ -51,6 +64,13 @@ public:
     [[nodiscard]] bool needsPermissions() const { return !m_isTrusted || !m_screenRecordingGranted; }
     /// Opens the settings, and reads both permissions again a moment later: once.
     void allow(const PermissionRow &row);
+
+    /// What this desktop allows, as it is now; the words for each.
+    [[nodiscard]] std::vector<AbilityReport> abilities() const;
+    [[nodiscard]] static const AbilityTexts &textsOf(Ability ability);
+    [[nodiscard]] static QString textOf(AbilityState state);
+    /// Puts the lines of a report on the clipboard.
+    void copyLines(const AbilityReport &report);
 
     [[nodiscard]] bool showsBanner() const;
     void dismissBanner();

@@ -7,6 +7,7 @@
 #include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/Tile.h"
+#include "shell/settings/AbilitiesView.h"
 #include "shell/settings/AppIconView.h"
 #include "shell/settings/WhatsNew.h"
 
@@ -85,6 +86,7 @@ HomeDashboardView::HomeDashboardView(const HomeDashboardModel::Ports &ports, con
     setAccessibleName(QStringLiteral("Home"));
     addHead(appVersion);
     addPermissions();
+    addAbilities();
     addWhatsNew();
     addBanner();
 }
@@ -132,6 +134,11 @@ void HomeDashboardView::addPermissions() {
     add(section);
     connect(&m_model, &HomeDashboardModel::changed, section, refresh);
     refresh();
+}
+
+void HomeDashboardView::addAbilities() {
+    auto *abilities = new AbilitiesView(m_model);
+    addSection(QStringLiteral("What this desktop allows"), abilities);
 }
 
 void HomeDashboardView::addWhatsNew() {

@@ -12,9 +12,13 @@ class HomeDashboardView final : public look::SettingsPage {
 public:
     HomeDashboardView(const HomeDashboardModel::Ports &ports, const QString &appVersion);
 
+    /// What the desktop allows may be something else now.
+    void desktopChanged() { Q_EMIT m_model.changed(); }
+
 private:
     void addHead(const QString &appVersion);
     void addPermissions();
+    void addAbilities();
     void addWhatsNew();
     void addBanner();
 

@@ -71,9 +71,7 @@ std::unique_ptr<QWidget> SettingsWindow::make(SidebarItem item, ClearAndDisable 
     const QString &resources = desktop.folders().resources;
     switch (item) {
     case SidebarItem::home:
-        return std::make_unique<HomeDashboardView>(
-            HomeDashboardModel::Ports{shell.defaults(), desktop.access(), shell.time(), desktop.urlOpener(), resources},
-            appVersion());
+        return makeHome();
     case SidebarItem::general:
         return std::make_unique<GeneralSettingsView>(GeneralSettingsModel::Ports{
             shell.defaults(), shell.center(), desktop.loginItem(), shell.clipboardManager()});
@@ -122,6 +120,19 @@ std::unique_ptr<ShortcutEditor> SettingsWindow::makeEditor(Trigger trigger) {
             .registerHotkeys = [this] { m_parts.hotKeys.registerHotkeys(); },
             .setHotkeyCharacter = [&shell](const QString &key) { shell.clipboardManager().setHotkeyCharacter(key); },
             .isTakenElsewhere = [this](Trigger asked) { return m_parts.hotKeys.isTakenElsewhere(asked); }});
+}
+
+std::unique_ptr<QWidget> SettingsWindow::makeHome() {
+    Shell &shell = m_parts.shell;
+    Desktop &desktop = shell.desktop();
+    auto home = std::make_unique<HomeDashboardView>(
+        HomeDashboardModel::Ports{shell.defaults(), desktop.access(), shell.time(), desktop.urlOpener(),
+                                  desktop.folders().resources, desktop.desktopAbilities(),
+                                  [&desktop]() -> Pasteboard & { return desktop.pasteboard(); }},
+        appVersion());
+    // A desktop that keeps the keys may answer while the page is read.
+    QObject::connect(&m_parts.hotKeys, &HotKeyCenter::heldChanged, home.get(), &HomeDashboardView::desktopChanged);
+    return home;
 }
 
 std::unique_ptr<QWidget> SettingsWindow::makeClipboard() {

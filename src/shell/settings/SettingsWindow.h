@@ -37,6 +37,7 @@ public:
 private:
     [[nodiscard]] std::unique_ptr<QWidget> make(SidebarItem item, ClearAndDisable &clearAndDisable);
     [[nodiscard]] std::unique_ptr<QWidget> makeClipboard();
+    [[nodiscard]] std::unique_ptr<QWidget> makeHome();
     [[nodiscard]] std::unique_ptr<QWidget> makeSnipper();
     [[nodiscard]] std::unique_ptr<QWidget> makeCloudUpload();
     [[nodiscard]] std::unique_ptr<ShortcutEditor> makeEditor(Trigger trigger);

@@ -1,6 +1,9 @@
 // What the pages of the settings know and do, without their views.
 
+#include "look/Button.h"
+#include "look/Indicators.h"
 #include "shell/ShellTest.h"
+#include "shell/settings/AbilitiesView.h"
 #include "shell/settings/ClearAndDisable.h"
 #include "shell/settings/ClipboardSettingsModel.h"
 #include "shell/settings/FeatureRowModel.h"
@@ -19,7 +22,9 @@ protected:
 
     GeneralSettingsModel general() { return GeneralSettingsModel({defaults, center, desktop.loginItem(), manager()}); }
     HomeDashboardModel home() {
-        return HomeDashboardModel({defaults, desktop.access(), time, desktop.urlOpener(), text("/share")});
+        return HomeDashboardModel({defaults, desktop.access(), time, desktop.urlOpener(), text("/share"),
+                                   desktop.desktopAbilities(),
+                                   [this]() -> Pasteboard & { return desktop.pasteboard(); }});
     }
     ClipboardSettingsModel clipboard() {
         return ClipboardSettingsModel({manager(), delegate->shell().experienceSettings(), defaults, center, time,
@@ -229,6 +234,68 @@ TEST_F(SettingsModels, aGrantAfterTheSecondReadIsSeenByANewPageOnly) {
     EXPECT_FALSE(model.screenRecordingGranted());
     EXPECT_TRUE(home().screenRecordingGranted());
 }
+
+// What this desktop allows.
+
+QStringList wordsOf(const QWidget &view) {
+    QStringList words;
+    for (const auto *label : view.findChildren<look::Label *>())
+        words << label->text();
+    for (const auto *row : view.findChildren<look::SettingsRow *>())
+        if (!row->isHidden())
+            words << row->note();
+    return words;
+}
+
+const AbilityReport noHotKeys{.ability = Ability::hotKeys,
+                              .state = AbilityState::missing,
+                              .reason = QStringLiteral("No keys here."),
+                              .step = QStringLiteral("Copy these lines."),
+                              .linesToCopy = QStringLiteral("bindsym x\nbindsym y\n")};
+
+TEST_F(SettingsModels, aDesktopThatAllowsEverythingHasOneRowForIt) {
+    HomeDashboardModel model = home();
+    const AbilitiesView view(model);
+    EXPECT_THAT(wordsOf(view), ElementsAre(text("All that Tavrine does works on this desktop")));
+}
+
+TEST_F(SettingsModels, whatTheDesktopDoesNotAllowIsShownWithItsReasonAndItsStep) {
+    desktop.desktopAbilities().set(noHotKeys);
+    desktop.desktopAbilities().set({.ability = Ability::tray,
+                                    .state = AbilityState::limited,
+                                    .reason = text("Squares only."),
+                                    .step = {},
+                                    .linesToCopy = {}});
+    HomeDashboardModel model = home();
+    const AbilitiesView view(model);
+    const QStringList words = wordsOf(view);
+    EXPECT_EQ(words.count(text("There")), 6);
+    EXPECT_EQ(words.count(text("Missing")), 1);
+    EXPECT_EQ(words.count(text("Limited")), 1);
+    EXPECT_THAT(words, Contains(text("No keys here. Copy these lines.")));
+    EXPECT_THAT(words, Contains(text("Squares only.")));
+}
+
+TEST_F(SettingsModels, theLinesOfAStepAreCopiedWhole) {
+    desktop.desktopAbilities().set(noHotKeys);
+    HomeDashboardModel model = home();
+    const AbilitiesView view(model);
+    const auto buttons = view.findChildren<look::Button *>();
+    ASSERT_EQ(buttons.size(), 1);
+    buttons.first()->click();
+    EXPECT_EQ(desktop.pasteboard().string(), noHotKeys.linesToCopy);
+    EXPECT_EQ(buttons.first()->text(), text("Copied"));
+}
+
+TEST_F(SettingsModels, whatTheDesktopAllowsIsReadAnewWhenTheModelChanges) {
+    HomeDashboardModel model = home();
+    const AbilitiesView view(model);
+    desktop.desktopAbilities().set(noHotKeys);
+    Q_EMIT model.changed();
+    EXPECT_THAT(wordsOf(view), Contains(text("No keys here. Copy these lines.")));
+}
+
+// The banner.
 
 TEST_F(SettingsModels, aDismissedBannerStaysAway) {
     HomeDashboardModel model = home();
