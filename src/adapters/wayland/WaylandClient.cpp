@@ -1,5 +1,7 @@
 #include "adapters/wayland/WaylandClient.h"
 
+#include "adapters/wayland/CompositorLoss.h"
+
 #include <QSocketNotifier>
 
 namespace tavrine {
@@ -19,8 +21,9 @@ void WaylandClient::read() {
         return;
     }
     m_notifier->setEnabled(false);
-    if (m_onLost)
-        std::exchange(m_onLost, nullptr)();
+    if (!m_onLost)
+        compositorLoss::endProgram(m_link.whyClosed());
+    std::exchange(m_onLost, nullptr)();
 }
 
 } // namespace tavrine

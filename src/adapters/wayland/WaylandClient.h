@@ -22,7 +22,8 @@ public:
     [[nodiscard]] WaylandLink &link() { return m_link; }
     [[nodiscard]] const WaylandLink &link() const { return m_link; }
     void flush() { m_link.flush(); }
-    /// Called once, in a turn of its own, when the compositor has ended the connection.
+    /// Called once, in a turn of its own, when the compositor has ended the connection. Without it that is the
+    /// program's end.
     void setOnLost(std::function<void()> onLost) { m_onLost = std::move(onLost); }
 
 private:
