@@ -280,10 +280,11 @@ TEST_F(X11DragPasteboardTest, aDragWithASecondPointerIsADragAndTheOthersReleaseI
 }
 
 TEST_F(X11DragPasteboardTest, aClientThatTakesTheSelectionOverAndOverIsFollowedAFewTimes) {
+    const int before = pasteboard->changeCount();
     hand.press(1);
     owner.ownAndEndRepeatedly(1000);
     letPass(100ms);
-    EXPECT_LE(pasteboard->changeCount(), DragWatch::mostNotices);
+    EXPECT_LE(pasteboard->changeCount() - before, DragWatch::mostNotices);
     hand.release(1);
     letPass(60ms);
     EXPECT_FALSE(pasteboard->isDragging());
@@ -331,7 +332,8 @@ TEST_F(X11DragPasteboardTest, anotherConnectionIsMadeWhenTheServerWasLost) {
         ASSERT_TRUE(areFiles());
         first->end();
         EXPECT_TRUE(isOver());
-        EXPECT_FALSE(pasteboard->holdsFileReference());
+        // The server ends the connection of the one who drags before ours, or after it.
+        EXPECT_TRUE(eventually([this] { return !pasteboard->holdsFileReference(); }));
     }
     const testing::PrivateScreen second;
     letPass(1100ms);
