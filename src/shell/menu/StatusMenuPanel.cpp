@@ -64,6 +64,8 @@ void StatusMenuPanel::build() {
 }
 
 void StatusMenuPanel::open() {
+    // A quick hand lets go while it opens, over an entry.
+    const bool isHeld = m_ports.screens.pressedMouseButtons() != 0;
     m_willOpen();
     if (!m_panel.isBuilt())
         build();
@@ -79,7 +81,7 @@ void StatusMenuPanel::open() {
         clickedElsewhere();
         return false;
     });
-    if (m_ports.screens.pressedMouseButtons() != 0)
+    if (isHeld)
         m_heldPulse = m_ports.time.repeat(heldPulse, [this] { followHeldPress(); });
 }
 
