@@ -41,7 +41,7 @@ const HomeDashboardModel::AbilityTexts &HomeDashboardModel::textsOf(Ability abil
     static constexpr AbilityTexts texts[] = {
         {"doc.on.clipboard", "Clipboard History", "What any program copies is recorded"},
         {"keyboard", "Hot Keys", "Reach this program whichever one has the keyboard"},
-        {"hand.point.up.left", "Double Tap", "Two taps of Option open the tool that is set to them"},
+        {"hand.point.up.left", "Double Tap", "Two taps of Alt open the tool that is set to them"},
         {"doc.on.doc", "Paste", "What you choose arrives in the program that you came from"},
         {"viewfinder.circle.fill", "Screenshots", "Captures, colours and codes from the screen"},
         {"record.circle.fill", "Screen Record", "Movies of the screen"},
