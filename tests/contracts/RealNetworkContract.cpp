@@ -15,6 +15,7 @@
 #include <linux/if_packet.h>
 #include <net/ethernet.h>
 #include <net/if.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -66,6 +67,11 @@ public:
     void send(const char *from, int bytes) {
         const int descriptor = ::socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, 0);
         ASSERT_GE(descriptor, 0);
+        // A link that has just been switched on drops what is sent before the kernel has seen its carrier.
+        ifreq link{};
+        std::strncpy(link.ifr_name, from, sizeof link.ifr_name - 1);
+        static_cast<void>(eventually(
+            [&] { return ::ioctl(descriptor, SIOCGIFFLAGS, &link) == 0 && (link.ifr_flags & IFF_RUNNING) != 0; }, 3s));
         QByteArray frame(bytes, '\0');
         frame.replace(0, 6, QByteArray(6, '\xff')); // to all
         frame[12] = '\x88';                         // a protocol for experiments

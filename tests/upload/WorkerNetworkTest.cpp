@@ -58,7 +58,13 @@ TEST(WorkerNetwork, lookupsWithoutEndAreRefusedOneByOne) {
         for (let i = 0; i < 60; ++i) get('http://silent' + i + '.example/').then(([error]) => seen.add(error));
         await new Promise((done) => setTimeout(done, 1000));
         return [...seen].join('|'))js"));
-    EXPECT_EQ(run.text("url"), QStringLiteral("There are too many requests at once.")) << run.bytes.constData();
+    // Whichever bound is reached first: that depends on how soon the lookups begin.
+    const QStringList bounds{QStringLiteral("There are too many requests at once."),
+                             QStringLiteral("There are too many names being looked up.")};
+    const QStringList seen = run.text("url").split(QLatin1Char('|'));
+    EXPECT_FALSE(seen.isEmpty());
+    for (const QString &error : seen)
+        EXPECT_TRUE(bounds.contains(error)) << run.bytes.constData();
 }
 
 TEST(WorkerNetwork, aServerOfTheInternetDoesNotRedirectIntoAPrivateNetwork) {
