@@ -68,8 +68,6 @@ void X11MouseEvents::watch(Wanted wanted) {
         takePointers();
     else
         static_cast<void>(m_client->link().finish()); // either way what happens from here on is told
-    if (m_client->link().hasReadEvent())              // along with an answer: the socket tells of it no more
-        m_pause.start(shortestPause);
 }
 
 void X11MouseEvents::connectAnew() {

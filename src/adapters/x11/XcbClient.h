@@ -30,8 +30,11 @@ public:
     ~XcbClient() override;
 
     [[nodiscard]] bool isConnected() const { return m_link.isOpen(); }
-    /// For what is asked of the server without regard to events.
-    [[nodiscard]] XcbLink &link() { return m_link; }
+    /// For what the link alone can ask. The events that are read on the way to its answers come with the next turn.
+    [[nodiscard]] XcbLink &link() {
+        drainSoon();
+        return m_link;
+    }
     [[nodiscard]] xcb_connection_t *connection() const { return m_link.connection(); }
     [[nodiscard]] const xcb_screen_t &screen() const { return m_link.screen(); }
     [[nodiscard]] xcb_window_t root() const { return m_link.root(); }
