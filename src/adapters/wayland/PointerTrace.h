@@ -28,6 +28,10 @@ public:
     /// Somebody has asked where it is.
     void setPlace(QPointF place);
 
+    /// Somebody looks many times a second: nobody shall ask the compositor each time.
+    void setPolled(bool isPolled) { m_polls += isPolled ? 1 : -1; }
+    [[nodiscard]] bool isPolled() const { return m_polls > 0; }
+
     /// Called after each change, within the event. To be removed with what `add` returned.
     using Followers = std::list<std::function<void()>>;
     Followers::iterator add(std::function<void()> follower);
@@ -44,6 +48,7 @@ private:
     QPointer<QWindow> m_window;
     Qt::MouseButtons m_buttons; ///< the toolkit keeps that of a drag which has left
     bool m_isDragged = false;
+    int m_polls = 0;
     Followers m_followers;
 };
 

@@ -5,7 +5,6 @@
 
 #include <QGuiApplication>
 #include <QScreen>
-#include <QTimer>
 #include <QWindow>
 
 #include <algorithm>
@@ -23,15 +22,20 @@ public:
         m_follower = m_trace.add([this] { tell(); });
         tell();
     }
-    ~TracedPointer() override { m_trace.remove(m_follower); }
+    ~TracedPointer() override {
+        TracedPointer::setTellsAll(false);
+        m_trace.remove(m_follower);
+    }
     TracedPointer(const TracedPointer &) = delete;
     TracedPointer &operator=(const TracedPointer &) = delete;
 
     /// Whatever the windows hear is heard at once, so nothing was missed until now.
     [[nodiscard]] Date lastLook() const override { return m_time.now(); }
     void setTellsAll(bool tellsAll) override {
-        if (tellsAll != (m_timer != nullptr))
-            m_timer = tellsAll ? m_time.repeat(m_interval, [this] { tell(); }) : nullptr;
+        if (tellsAll == (m_timer != nullptr))
+            return;
+        m_timer = tellsAll ? m_time.repeat(m_interval, [this] { tell(); }) : nullptr;
+        m_trace.setPolled(tellsAll);
     }
 
 private:
@@ -57,40 +61,7 @@ private:
 
 } // namespace
 
-WaylandScreens::WaylandScreens() : m_table([this] { tellChange(); }) {
-    const auto screens = QGuiApplication::screens();
-    for (QScreen *screen : screens)
-        watch(screen);
-    connect(qGuiApp, &QGuiApplication::screenAdded, this, [this](QScreen *screen) {
-        watch(screen);
-        tellChange();
-    });
-    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &WaylandScreens::tellChange);
-    connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, &WaylandScreens::tellChange);
-}
-
-void WaylandScreens::watch(QScreen *screen) {
-    connect(screen, &QScreen::geometryChanged, this, &WaylandScreens::tellChange);
-}
-
-void WaylandScreens::tellChange() {
-    if (std::exchange(m_isChangePosted, true))
-        return; // one re-arrangement comes as many notices
-    QTimer::singleShot(0, this, [this] {
-        m_isChangePosted = false;
-        const auto listeners = m_listeners;
-        for (const auto &listener : listeners)
-            if (const auto handler = listener.lock())
-                (*handler)();
-        std::erase_if(m_listeners, [](const auto &listener) { return listener.expired(); });
-    });
-}
-
-Screens::Token WaylandScreens::onChange(std::function<void()> handler) {
-    auto token = std::make_shared<std::function<void()>>(std::move(handler));
-    m_listeners.push_back(token);
-    return token;
-}
+WaylandScreens::WaylandScreens() : m_table([this] { m_changes.tell(); }) {}
 
 Screen WaylandScreens::describe(const QScreen &screen) const {
     const QRect whole = screen.geometry();
@@ -147,7 +118,7 @@ std::optional<Screen> WaylandScreens::mainScreen() const {
 }
 
 PointerReading WaylandScreens::pointer() const {
-    if (!m_trace.isOver() && QGuiApplication::screens().size() > 1 &&
+    if (!m_trace.isOver() && !m_trace.isPolled() && QGuiApplication::screens().size() > 1 &&
         (!m_sincePointer.isValid() || m_sincePointer.elapsed() > answerHolds)) {
         if (const auto place = askForPointer())
             m_trace.setPlace(*place);

@@ -1,14 +1,15 @@
 #pragma once
 
+#include "adapters/linux/ScreenChanges.h"
 #include "adapters/linux/ScreenPlane.h"
 #include "adapters/wayland/OutputTable.h"
 #include "adapters/wayland/PointerTrace.h"
 #include "ports/Screens.h"
 
 #include <QElapsedTimer>
-#include <QObject>
 
 #include <optional>
+#include <utility>
 
 class QScreen;
 
@@ -23,7 +24,7 @@ namespace tavrine {
 ///     is taken to be at the top, as bars are, where it is no more than a bar; else at the bottom.
 ///  3. The pointer is known while it is over a window of this program. Elsewhere it is where it was seen last, and what
 ///     is pressed is not known. With more than one screen it is asked for, so that a panel opens on the right one.
-class WaylandScreens final : public QObject, public Screens {
+class WaylandScreens final : public Screens {
 public:
     WaylandScreens();
 
@@ -33,19 +34,16 @@ public:
     [[nodiscard]] PointerReading pointer() const override;
     [[nodiscard]] std::unique_ptr<PointerWatch> watchPointer(Time &time, Seconds interval,
                                                              std::function<void()> handler) override;
-    [[nodiscard]] Token onChange(std::function<void()> handler) override;
+    [[nodiscard]] Token onChange(std::function<void()> handler) override { return m_changes.add(std::move(handler)); }
 
 private:
-    void watch(QScreen *screen);
-    void tellChange();
     [[nodiscard]] Screen describe(const QScreen &screen) const;
 
+    ScreenChanges m_changes;
     mutable PointerTrace m_trace; // asking is a look as well
     mutable QElapsedTimer m_sincePointer;
     mutable QElapsedTimer m_sinceOutput;
     mutable QString m_output; ///< the one with the keyboard, when it was last asked for
-    std::vector<std::weak_ptr<std::function<void()>>> m_listeners;
-    bool m_isChangePosted = false;
     OutputTable m_table;
 };
 

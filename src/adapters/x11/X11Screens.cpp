@@ -4,7 +4,6 @@
 
 #include <QGuiApplication>
 #include <QScreen>
-#include <QTimer>
 
 #include <algorithm>
 
@@ -42,46 +41,13 @@ X11Screens::X11Screens()
               return;
           const auto &notice = reinterpret_cast<const xcb_property_notify_event_t &>(event);
           if (notice.atom == m_client.atom("_NET_WORKAREA") || notice.atom == m_client.atom("_NET_CURRENT_DESKTOP"))
-              tellChange();
+              m_changes.tell();
       }) {
     if (m_client.isConnected()) {
         const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
         xcb_change_window_attributes(m_client.connection(), m_client.root(), XCB_CW_EVENT_MASK, &events);
         m_client.flush();
     }
-    const auto screens = QGuiApplication::screens();
-    for (QScreen *screen : screens)
-        watch(screen);
-    connect(qGuiApp, &QGuiApplication::screenAdded, this, [this](QScreen *screen) {
-        watch(screen);
-        tellChange();
-    });
-    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &X11Screens::tellChange);
-    connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, &X11Screens::tellChange);
-}
-
-void X11Screens::watch(QScreen *screen) {
-    connect(screen, &QScreen::geometryChanged, this, &X11Screens::tellChange);
-    connect(screen, &QScreen::physicalDotsPerInchChanged, this, &X11Screens::tellChange);
-}
-
-void X11Screens::tellChange() {
-    if (std::exchange(m_isChangePosted, true))
-        return; // one re-arrangement comes as many notices
-    QTimer::singleShot(0, this, [this] {
-        m_isChangePosted = false;
-        const auto listeners = m_listeners;
-        for (const auto &listener : listeners)
-            if (const auto handler = listener.lock())
-                (*handler)();
-        std::erase_if(m_listeners, [](const auto &listener) { return listener.expired(); });
-    });
-}
-
-Screens::Token X11Screens::onChange(std::function<void()> handler) {
-    auto token = std::make_shared<std::function<void()>>(std::move(handler));
-    m_listeners.push_back(token);
-    return token;
 }
 
 std::vector<QRect> X11Screens::workAreas() const {

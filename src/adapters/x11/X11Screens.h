@@ -1,12 +1,12 @@
 #pragma once
 
+#include "adapters/linux/ScreenChanges.h"
 #include "adapters/linux/ScreenPlane.h"
 #include "adapters/x11/XcbClient.h"
 #include "ports/Screens.h"
 
-#include <QObject>
-
-class QScreen;
+#include <utility>
+#include <vector>
 
 namespace tavrine {
 
@@ -17,7 +17,7 @@ namespace tavrine {
 /// the window manager.
 ///
 /// Lives on the main thread, on a connection of its own for the window manager's properties and the pointer.
-class X11Screens : public QObject, public Screens {
+class X11Screens : public Screens {
 public:
     X11Screens();
 
@@ -27,18 +27,15 @@ public:
     [[nodiscard]] PointerReading pointer() const override;
     [[nodiscard]] std::unique_ptr<PointerWatch> watchPointer(Time &time, Seconds interval,
                                                              std::function<void()> handler) override;
-    [[nodiscard]] Token onChange(std::function<void()> handler) override;
+    [[nodiscard]] Token onChange(std::function<void()> handler) override { return m_changes.add(std::move(handler)); }
 
 private:
-    void watch(QScreen *screen);
-    void tellChange();
     [[nodiscard]] std::vector<QRect> workAreas() const; ///< in device pixels
     [[nodiscard]] std::optional<QPoint> middleOfFocusedWindow() const;
 
+    ScreenChanges m_changes;
     mutable XcbClient m_client;       // asking reads from it
     mutable PointerReading m_pointer; ///< the last one: what holds while the server does not answer
-    std::vector<std::weak_ptr<std::function<void()>>> m_listeners;
-    bool m_isChangePosted = false;
 };
 
 } // namespace tavrine
