@@ -4,6 +4,8 @@
 
 #include <QPointer>
 
+#include <utility>
+
 namespace tavrine {
 
 class GnomeColorSamplers::Sampler final : public ColorSampler {
@@ -44,8 +46,9 @@ void GnomeColorSamplers::show(const Selection &selection) {
             stopWatching();
             selection(colour);
         });
-        if (m_escape == 0)
+        if (m_escape == 0 && !std::exchange(m_isEscapeAsked, true))
             m_shell.grabKey(gnomeKey::escape, this, [this](quint32 action) {
+                m_isEscapeAsked = false;
                 m_escape = action;
                 stopWatching();
             });

@@ -23,6 +23,7 @@ private:
     GnomeShell &m_shell;
     X11ColorSamplers m_onX;
     quint32 m_escape = 0; ///< the shell's number of the key's grab: over a program of Wayland it is nobody else's
+    bool m_isEscapeAsked = false;
     int m_shown = 0;
 };
 

@@ -61,10 +61,11 @@ private:
     }
 
     void watchForEscape() {
-        m_launcher.m_shell.grabKey(gnomeKey::escape, this, [this](quint32 action) {
-            m_escape = action;
-            if (!m_isRunning)
-                stopWatching();
+        // The answer is waited for though the tool has ended: a grab that nobody knows of stays.
+        m_launcher.m_shell.grabKey(gnomeKey::escape, &m_launcher.m_shell, [self = shared_from_this()](quint32 action) {
+            self->m_escape = action;
+            if (!self->m_isRunning)
+                self->stopWatching();
         });
         connect(&m_launcher.m_shell, &GnomeShell::keyPressed, this, [this](quint32 action) {
             if (action == m_escape && m_escape != 0)
