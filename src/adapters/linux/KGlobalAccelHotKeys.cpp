@@ -54,10 +54,11 @@ void KGlobalAccelHotKeys::onBusOpen(const QDBusConnection &bus) {
     }
     m_bus = bus;
     const QString &service = KGlobalAccelClaim::service;
-    // Of any component's path: the arguments tell which.
-    m_bus->connect(service, QString(), componentInterface, QStringLiteral("globalShortcutPressed"), this,
+    // Of any component's path: the arguments tell which. And of any sender: with a name the toolkit would ask who has
+    // it, and wait. Who sends such a signal can as well ask for our actions.
+    m_bus->connect(QString(), QString(), componentInterface, QStringLiteral("globalShortcutPressed"), this,
                    SLOT(pressed(QString, QString, qlonglong)));
-    m_bus->connect(service, QString(), componentInterface, QStringLiteral("globalShortcutReleased"), this,
+    m_bus->connect(QString(), QString(), componentInterface, QStringLiteral("globalShortcutReleased"), this,
                    SLOT(released(QString, QString, qlonglong)));
     m_watcher = std::make_unique<QDBusServiceWatcher>(service, bus, QDBusServiceWatcher::WatchForOwnerChange);
     connect(m_watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,

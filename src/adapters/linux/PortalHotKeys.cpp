@@ -83,10 +83,12 @@ void PortalHotKeys::onBusOpen(const QDBusConnection &bus) {
         return settleAll(true);
     }
     m_bus = bus;
-    m_bus->connect(PortalRequest::service, PortalRequest::path, interface, QStringLiteral("Activated"), this,
+    // Of any sender: with a name the toolkit would ask who has it, and wait. Who sends such a signal can as well ask
+    // for our actions.
+    m_bus->connect(QString(), PortalRequest::path, interface, QStringLiteral("Activated"), this,
                    SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
     // Of any session's path.
-    m_bus->connect(PortalRequest::service, QString(), sessionInterface, QStringLiteral("Closed"), this,
+    m_bus->connect(QString(), QString(), sessionInterface, QStringLiteral("Closed"), this,
                    SLOT(closed(QVariantMap, QDBusMessage)));
     m_watcher =
         std::make_unique<QDBusServiceWatcher>(PortalRequest::service, bus, QDBusServiceWatcher::WatchForOwnerChange);

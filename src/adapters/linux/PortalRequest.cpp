@@ -6,6 +6,7 @@ namespace tavrine {
 namespace {
 
 constexpr uint success = 0;
+constexpr std::chrono::seconds firstAnswer{25}; // the question may start the portal; nobody waits for it
 const auto requestInterface = QStringLiteral("org.freedesktop.portal.Request");
 
 } // namespace
@@ -32,17 +33,21 @@ PortalRequest::PortalRequest(const QDBusConnection &bus, QDBusMessage message, Q
     listenAt(handle);
     options.insert(QStringLiteral("handle_token"), token);
     message << options;
-    sessionBus::ask(m_bus, message, this, [this, handle](const QDBusPendingCall &reply) {
-        if (reply.isError())
-            return responded(success + 1, {});
-        const auto given = reply.reply().arguments().value(0).value<QDBusObjectPath>().path();
-        if (given != handle && !given.isEmpty())
-            listenAt(given); // as early portals name it
-    });
+    sessionBus::ask(
+        m_bus, message, this,
+        [this, handle](const QDBusPendingCall &reply) {
+            if (reply.isError())
+                return responded(success + 1, {});
+            const auto given = reply.reply().arguments().value(0).value<QDBusObjectPath>().path();
+            if (given != handle && !given.isEmpty())
+                listenAt(given); // as early portals name it
+        },
+        firstAnswer);
 }
 
 void PortalRequest::listenAt(const QString &handle) {
-    m_bus.connect(service, handle, requestInterface, QStringLiteral("Response"), this,
+    // Of any sender, else the toolkit asks who has the name, and waits.
+    m_bus.connect(QString(), handle, requestInterface, QStringLiteral("Response"), this,
                   SLOT(responded(uint, QVariantMap)));
 }
 
