@@ -18,6 +18,16 @@ namespace {
 
 constexpr int levelOfQuestions = 2000; ///< over every panel
 
+void closeSoon(QWidget &widget) {
+    QMetaObject::invokeMethod(
+        qApp,
+        [closing = QPointer(&widget)] {
+            if (closing)
+                closing->close();
+        },
+        Qt::QueuedConnection);
+}
+
 QWidget *widgetOf(const QWindow *window) {
     const auto widgets = QApplication::topLevelWidgets();
     const auto found = std::find_if(widgets.begin(), widgets.end(),
@@ -132,14 +142,11 @@ void LayerPopups::openPopup(QWidget &widget, QWindow &parent) {
         of.layer = floatingRoleOf(&parent)->role();
     auto role = std::make_unique<PopupRole>(m_shell, *widget.windowHandle(), of, widget.geometry().translated(-corner),
                                             [closing = QPointer(&widget)] {
-                                                QMetaObject::invokeMethod(
-                                                    qApp,
-                                                    [closing] {
-                                                        if (closing)
-                                                            closing->close();
-                                                    },
-                                                    Qt::QueuedConnection);
+                                                if (closing)
+                                                    closeSoon(*closing);
                                             });
+    if (!role->isGiven()) // what is painted on it then would be the end of the connection
+        return closeSoon(widget);
     m_popups.push_back(std::make_unique<Popup>(Popup{&widget, std::move(role)}));
 }
 
@@ -157,6 +164,10 @@ void LayerPopups::ask(QWidget &widget) {
         m_stack.add({.level = levelOfQuestions, .rect = widget.geometry(), .wantsKeyboard = true, .stand = stand});
     question->role = std::make_unique<LayerRole>(
         m_shell, window, *screen, LayerPlace{widget.geometry(), question->standing->standing.takesKeyboard}, [] {});
+    if (!question->role->isGiven()) {
+        m_stack.remove(question->standing);
+        return closeSoon(widget);
+    }
     m_questions.push_back(std::move(question));
 }
 
