@@ -3,6 +3,8 @@
 #include "adapters/wayland/ClearBuffer.h"
 #include "adapters/wayland/WaylandClient.h"
 
+#include <utility>
+
 #include <wayland/idle-inhibit-unstable-v1.h>
 #include <wayland/wlr-layer-shell-unstable-v1.h>
 
@@ -20,7 +22,13 @@ public:
         m_compositor = link.bind<wl_compositor>(wl_compositor_interface, compositorVersion);
         m_layers = link.bind<zwlr_layer_shell_v1>(zwlr_layer_shell_v1_interface, 1);
         m_inhibitors = link.bind<zwp_idle_inhibit_manager_v1>(zwp_idle_inhibit_manager_v1_interface, 1);
-        if (canShow())
+        if (!canShow())
+            return;
+        link.setOnGlobal([this](const WaylandLink::Global &, bool) {
+            if (!m_surface && hasOutput())
+                show();
+        });
+        if (hasOutput())
             show();
     }
 
@@ -56,13 +64,17 @@ private:
             m_shown();
     }
 
-    /// Its output has gone; the compositor has another one, or gives one when there is one again.
+    /// Its output has gone. Without another one it waits: what is shown nowhere is closed at once, again and again.
     void showAgain() {
         zwp_idle_inhibitor_v1_destroy(m_inhibitor);
         zwlr_layer_surface_v1_destroy(m_role);
-        wl_surface_destroy(m_surface);
-        show();
+        wl_surface_destroy(std::exchange(m_surface, nullptr));
+        m_isShown = false;
+        if (hasOutput())
+            show();
     }
+
+    [[nodiscard]] bool hasOutput() { return m_client.link().find(wl_output_interface.name) != nullptr; }
 
     WaylandClient m_client;
     ClearBuffer m_buffer{m_client.link()};
