@@ -30,16 +30,16 @@ void DataOffer::receive(const QByteArray &target, int descriptor) {
     zwlr_data_control_offer_v1_receive(m_offer, target.constData(), descriptor);
 }
 
-DataControl::DataControl(WaylandLink &link, int maxTargets, Hooks hooks)
-    : m_link(link), m_maxTargets(maxTargets), m_hooks(std::move(hooks)) {
+zwlr_data_control_manager_v1 *bindDataControl(WaylandLink &link, std::uint32_t highest) {
     const wl_interface &known = zwlr_data_control_manager_v1_interface;
     static const wl_interface newer{newerName, 1, known.method_count, known.methods, known.event_count, known.events};
-    m_manager = m_link.bind<zwlr_data_control_manager_v1>(newer, 1);
-    m_hasPrimary = m_manager != nullptr;
-    if (!m_manager) {
-        m_manager = m_link.bind<zwlr_data_control_manager_v1>(known, 2);
-        m_hasPrimary = m_manager && zwlr_data_control_manager_v1_get_version(m_manager) >= 2;
-    }
+    auto *const manager = link.bind<zwlr_data_control_manager_v1>(newer, 1);
+    return manager ? manager : link.bind<zwlr_data_control_manager_v1>(known, highest);
+}
+
+DataControl::DataControl(WaylandLink &link, int maxTargets, Hooks hooks)
+    : m_link(link), m_maxTargets(maxTargets), m_hooks(std::move(hooks)) {
+    m_manager = bindDataControl(m_link, 1);
     if (!m_manager)
         return;
     m_link.setOnGlobal([this](const WaylandLink::Global &global, bool isThere) {
@@ -106,11 +106,6 @@ zwlr_data_control_source_v1 *DataControl::makeSource() const {
 void DataControl::setSelection(zwlr_data_control_source_v1 *source) const {
     if (m_device)
         zwlr_data_control_device_v1_set_selection(m_device, source);
-}
-
-void DataControl::setPrimarySelection(zwlr_data_control_source_v1 *source) const {
-    if (m_device && m_hasPrimary)
-        zwlr_data_control_device_v1_set_primary_selection(m_device, source);
 }
 
 } // namespace tavrine

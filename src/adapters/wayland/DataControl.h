@@ -37,8 +37,11 @@ private:
     QList<QByteArray> m_targets;
 };
 
-/// The protocol by which a program without a window follows a seat's clipboard and takes it. Its newer form, which is
-/// asked for first, has another name and the same messages under the same numbers.
+/// The protocol in its newer or its older form, in `highest` at most; null where the compositor has neither. The newer
+/// one has another name and the same messages under the same numbers.
+[[nodiscard]] zwlr_data_control_manager_v1 *bindDataControl(WaylandLink &link, std::uint32_t highest);
+
+/// The protocol by which a program without a window follows a seat's clipboard and takes it.
 ///
 /// Owned by who owns the link, and on its thread. Of several seats the first counts.
 class DataControl {
@@ -61,7 +64,6 @@ public:
     [[nodiscard]] zwlr_data_control_source_v1 *makeSource() const;
     /// Null empties it.
     void setSelection(zwlr_data_control_source_v1 *source) const;
-    void setPrimarySelection(zwlr_data_control_source_v1 *source) const;
 
 private:
     void takeSeat();
@@ -71,7 +73,6 @@ private:
     const int m_maxTargets;
     Hooks m_hooks;
     zwlr_data_control_manager_v1 *m_manager = nullptr;
-    bool m_hasPrimary = false;
     std::uint32_t m_seatName = 0;
     wl_seat *m_seat = nullptr;
     zwlr_data_control_device_v1 *m_device = nullptr;

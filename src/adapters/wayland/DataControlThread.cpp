@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <csignal>
 #include <future>
+#include <utility>
 
 #include <pthread.h>
 
@@ -46,10 +47,6 @@ void DataControlThread::claim(OwnContents contents, int serial, TimePoint writte
     m_mailbox->post(Claim{std::move(contents), serial, writtenAt});
 }
 
-void DataControlThread::offerPrimary(const QString &text) {
-    m_mailbox->post(Primary{text});
-}
-
 void DataControlThread::open() {
     ::pthread_setname_np(::pthread_self(), "pasteboard");
     // Signals are the main thread's; and a write to a program that has gone must fail, not end the process.
@@ -86,7 +83,6 @@ void DataControlThread::run() {
     m_barrier.reset();
     m_fetch.reset();
     m_offered.reset();
-    m_primary.reset();
     m_control.reset();
     m_link.reset();
 }
@@ -119,9 +115,6 @@ void DataControlThread::expire() {
 void DataControlThread::receive(Message message) {
     if (const auto *claim = std::get_if<Claim>(&message)) {
         claimNow(*claim);
-    } else if (const auto *primary = std::get_if<Primary>(&message)) {
-        m_primary = offer(formsOf(OwnContents{primary->text, {}, {}}), [this] { m_primary.reset(); });
-        m_control->setPrimarySelection(m_primary->source());
     } else if (const auto *made = std::get_if<Made>(&message)) {
         if (m_offered && made->source == m_offeredNumber)
             m_offered->onMade(made->target, made->bytes);
@@ -231,7 +224,9 @@ void DataControlThread::claimNow(const Claim &claim) {
     dropForeign();
     m_published.reset();
     m_untoldChanges = 0;
-    m_offered = offer(formsOf(claim.contents), [this] { onReplaced(); });
+    // What was offered before goes when the new one stands: else the clipboard is empty between them, and whoever keeps
+    // clipboards alive takes it.
+    const auto before = std::exchange(m_offered, offer(formsOf(claim.contents), [this] { onReplaced(); }));
     m_offeredNumber = m_sourceNumber;
     m_wasReplaced = false;
     m_control->setSelection(m_offered->source());

@@ -35,17 +35,12 @@ public:
     DataControlThread &operator=(const DataControlThread &) = delete;
 
     void claim(OwnContents contents, int serial, TimePoint writtenAt) override;
-    /// The text for programs that paste what was selected last. Returns at once.
-    void offerPrimary(const QString &text);
 
 private:
     struct Claim {
         OwnContents contents;
         int serial;
         TimePoint writtenAt;
-    };
-    struct Primary {
-        QString text;
     };
     struct Made {
         int source;
@@ -57,7 +52,7 @@ private:
         std::optional<QByteArray> bytes;
     };
     struct Stop {};
-    using Message = std::variant<Claim, Primary, Made, ImageFile, Stop>;
+    using Message = std::variant<Claim, Made, ImageFile, Stop>;
 
     void open();
     void run();
@@ -94,7 +89,6 @@ private:
     int m_fetchNumber = 0;
     std::unique_ptr<OfferedSource> m_offered; ///< until somebody replaces it
     bool m_wasReplaced = false;               ///< and nobody has been told of yet
-    std::unique_ptr<OfferedSource> m_primary;
     int m_sourceNumber = 0;
     int m_offeredNumber = 0;
     bool m_isOpening = true; ///< what stood before is no change

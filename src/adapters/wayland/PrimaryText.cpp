@@ -1,21 +1,27 @@
 #include "adapters/wayland/PrimaryText.h"
 
+#include "adapters/wayland/DataControl.h"
 #include "adapters/wayland/WaylandLink.h"
 #include "base/Descriptor.h"
 
 #include <QSocketNotifier>
+#include <QTimer>
 
 #include <cerrno>
+#include <chrono>
 #include <memory>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <wayland/wlr-data-control-unstable-v1.h>
 
 namespace tavrine {
 namespace {
 
-constexpr int firstWithPrimary = 2;
+constexpr int firstWithPrimary = 2; // of the older form; every one of the newer has it
+constexpr int mostAnswers = 8;
+constexpr std::chrono::seconds longestAnswer{10};
 constexpr const char *types[] = {"text/plain;charset=utf-8", "UTF8_STRING", "text/plain", "TEXT", "STRING"};
 
 struct Owned {
@@ -23,13 +29,15 @@ struct Owned {
     QByteArray text;
 };
 
-/// Writes what the reader takes, without waiting for it, and ends itself.
+/// Writes what the reader takes, without waiting for it, and ends itself: at the latest when the time is over.
 class Answer final : public QObject {
 public:
-    Answer(QObject *parent, QByteArray text, int file)
-        : QObject(parent), m_text(std::move(text)), m_file(file), m_notifier(file, QSocketNotifier::Write) {
-        fcntl(file, F_SETFL, fcntl(file, F_GETFL) | O_NONBLOCK);
+    Answer(QObject *parent, QByteArray text, Descriptor file)
+        : QObject(parent), m_text(std::move(text)), m_file(std::move(file)),
+          m_notifier(m_file.number(), QSocketNotifier::Write) {
+        fcntl(m_file.number(), F_SETFL, fcntl(m_file.number(), F_GETFL) | O_NONBLOCK);
         connect(&m_notifier, &QSocketNotifier::activated, this, &Answer::go);
+        QTimer::singleShot(longestAnswer, this, &Answer::end);
     }
 
 private:
@@ -40,6 +48,9 @@ private:
         m_sent += written;
         if (written > 0 && m_sent < m_text.size())
             return;
+        end();
+    }
+    void end() {
         m_notifier.setEnabled(false);
         m_file.close();
         deleteLater();
@@ -54,10 +65,10 @@ private:
 } // namespace
 
 PrimaryText::PrimaryText(WaylandLink &link) : m_link(link) {
-    const auto *const offered = link.find(zwlr_data_control_manager_v1_interface.name);
-    if (!offered || offered->version < firstWithPrimary)
+    const auto *const older = link.find(zwlr_data_control_manager_v1_interface.name);
+    if (older && older->version < firstWithPrimary)
         return;
-    m_manager = link.bind<zwlr_data_control_manager_v1>(zwlr_data_control_manager_v1_interface, firstWithPrimary);
+    m_manager = bindDataControl(link, firstWithPrimary);
     auto *const seat = link.bind<wl_seat>(wl_seat_interface, 1);
     if (!m_manager || !seat)
         return;
@@ -82,9 +93,9 @@ PrimaryText::PrimaryText(WaylandLink &link) : m_link(link) {
 
 PrimaryText::~PrimaryText() = default;
 
-void PrimaryText::own(const QByteArray &text) {
+bool PrimaryText::own(const QByteArray &text) {
     if (!m_device)
-        return;
+        return false;
     using Source = zwlr_data_control_source_v1;
     static constexpr zwlr_data_control_source_v1_listener listener{
         .send =
@@ -103,10 +114,15 @@ void PrimaryText::own(const QByteArray &text) {
         zwlr_data_control_source_v1_offer(source, type);
     zwlr_data_control_device_v1_set_primary_selection(m_device, source);
     m_link.flush();
+    return true;
 }
 
 void PrimaryText::answer(const QByteArray &text, int file) {
-    new Answer(this, text, file);
+    Descriptor end(file);
+    struct stat kind {};
+    const bool isPipe = ::fstat(file, &kind) == 0 && (S_ISFIFO(kind.st_mode) || S_ISSOCK(kind.st_mode));
+    if (isPipe && children().size() < mostAnswers)
+        new Answer(this, text, std::move(end));
 }
 
 } // namespace tavrine

@@ -16,9 +16,9 @@ public:
     explicit PrimaryText(WaylandLink &link);
     ~PrimaryText() override;
 
-    /// Takes the selection, and answers for it until somebody else does. Nothing where the compositor gives no
-    /// background program the primary selection.
-    void own(const QByteArray &text);
+    /// Takes the selection, and answers for it until somebody else does. False where the compositor gives no background
+    /// program the primary selection.
+    [[nodiscard]] bool own(const QByteArray &text);
 
 private:
     void answer(const QByteArray &text, int file);

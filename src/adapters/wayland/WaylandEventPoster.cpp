@@ -38,8 +38,8 @@ void WaylandEventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 
     const PasteChord paste = pasteChordOfTarget();
     chord = {
         .key = paste.isInsert ? insert : 0, .letter = 'v', .hasShift = paste.hasShift, .hasControl = paste.hasControl};
-    if (paste.pastesPrimary)
-        m_primary->own(m_text().toUtf8());
+    if (paste.pastesPrimary && !m_primary->own(m_text().toUtf8()))
+        return; // it would paste what was selected last
     m_isPressed = m_typist->press(chord);
     if (!m_isPressed) // the layout has no such letter
         m_isPressed = m_typist->press({.key = insert, .hasShift = true});

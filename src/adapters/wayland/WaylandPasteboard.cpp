@@ -10,8 +10,4 @@ WaylandPasteboard::WaylandPasteboard(std::function<void(const std::string &reaso
           return std::make_unique<DataControlThread>(limits, files, std::move(publish), std::move(onLost));
       }) {}
 
-void WaylandPasteboard::offerPrimary(const QString &text) {
-    static_cast<DataControlThread &>(reader()).offerPrimary(text);
-}
-
 } // namespace tavrine

@@ -20,9 +20,6 @@ public:
                                const SelectionLimits &limits = {});
 
     [[nodiscard]] bool tellsEmptying() const override { return false; }
-
-    /// Offers the text to programs that paste what was selected last. Returns at once.
-    void offerPrimary(const QString &text);
 };
 
 } // namespace tavrine

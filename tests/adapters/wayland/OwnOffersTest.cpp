@@ -153,14 +153,16 @@ TEST_F(OwnOffers, whatIsNoPipeIsNotWrittenTo) {
     EXPECT_EQ(file.size(), 0);
 }
 
-TEST_F(OwnOffers, thePrimarySelectionGetsTheTextThatIsAskedForAndNothingElseChanges) {
-    write(QStringLiteral("clipboard"));
-    const int count = pasteboard().changeCount();
-    TestPaster primary(TestPaster::Selection::primary);
-    m_pasteboard->offerPrimary(QStringLiteral("selected"));
-    ASSERT_TRUE(waitUntil([&] { return primary.paste("UTF8_STRING") == "selected"; }));
-    EXPECT_EQ(pasted(text), "clipboard");
-    EXPECT_EQ(pasteboard().changeCount(), count);
+TEST_F(OwnOffers, aWriteOverAnOwnOneNeverLeavesTheClipboardEmpty) {
+    write(QStringLiteral("first"));
+    ASSERT_EQ(pasted(text), "first");
+    TestPaster keeper; // as a program that takes what nobody owns
+    const int before = keeper.timesEmpty();
+    for (int i = 0; i < 10; ++i) {
+        write(QStringLiteral("text %1").arg(i));
+        ASSERT_TRUE(waitUntil([&] { return keeper.paste(text) == "text " + QByteArray::number(i); })) << i;
+    }
+    EXPECT_EQ(keeper.timesEmpty(), before);
 }
 
 TEST_F(OwnOffers, ofACopyAndAWriteAtTheSameTimeTheWriteStandsInBothPlaces) {

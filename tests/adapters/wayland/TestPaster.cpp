@@ -9,9 +9,8 @@
 
 namespace tavrine {
 
-TestPaster::TestPaster(Selection selection)
-    : m_selection(selection),
-      m_manager(m_link.bind<zwlr_data_control_manager_v1>(zwlr_data_control_manager_v1_interface, 2)),
+TestPaster::TestPaster()
+    : m_manager(m_link.bind<zwlr_data_control_manager_v1>(zwlr_data_control_manager_v1_interface, 1)),
       m_device(zwlr_data_control_manager_v1_get_data_device(m_manager, m_link.bind<wl_seat>(wl_seat_interface, 1))) {
     static constexpr zwlr_data_control_offer_v1_listener offers{
         .offer = [](void *self, zwlr_data_control_offer_v1 *offer, const char *target) {
@@ -23,17 +22,10 @@ TestPaster::TestPaster(Selection selection)
                 static_cast<TestPaster *>(self)->m_offers[offer] = {};
                 zwlr_data_control_offer_v1_add_listener(offer, &offers, self);
             },
-        .selection =
-            [](void *self, zwlr_data_control_device_v1 *, zwlr_data_control_offer_v1 *offer) {
-                if (static_cast<TestPaster *>(self)->m_selection == Selection::clipboard)
-                    static_cast<TestPaster *>(self)->set(offer);
-            },
+        .selection = [](void *self, zwlr_data_control_device_v1 *,
+                        zwlr_data_control_offer_v1 *offer) { static_cast<TestPaster *>(self)->set(offer); },
         .finished = [](void *, zwlr_data_control_device_v1 *) {},
-        .primary_selection =
-            [](void *self, zwlr_data_control_device_v1 *, zwlr_data_control_offer_v1 *offer) {
-                if (static_cast<TestPaster *>(self)->m_selection == Selection::primary)
-                    static_cast<TestPaster *>(self)->set(offer);
-            },
+        .primary_selection = [](void *, zwlr_data_control_device_v1 *, zwlr_data_control_offer_v1 *) {},
     };
     zwlr_data_control_device_v1_add_listener(m_device, &listener, this);
     static_cast<void>(m_link.finish());
@@ -47,6 +39,8 @@ TestPaster::~TestPaster() {
 void TestPaster::set(zwlr_data_control_offer_v1 *offer) {
     m_current = offer;
     ++m_notices;
+    if (!offer)
+        ++m_timesEmpty;
 }
 
 QList<QByteArray> TestPaster::targets() {

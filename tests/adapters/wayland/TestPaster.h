@@ -19,10 +19,7 @@ namespace tavrine {
 /// answer.
 class TestPaster {
 public:
-    /// The compositor's second clipboard is the one of what was selected last.
-    enum class Selection { clipboard, primary };
-
-    explicit TestPaster(Selection selection = Selection::clipboard);
+    TestPaster();
     ~TestPaster();
     TestPaster(const TestPaster &) = delete;
     TestPaster &operator=(const TestPaster &) = delete;
@@ -30,6 +27,8 @@ public:
     /// None when there is no such target or it is refused; what came when there is no end in time.
     [[nodiscard]] std::optional<QByteArray> paste(const QByteArray &target);
     [[nodiscard]] QList<QByteArray> targets();
+    /// How often it was told that nobody owns the clipboard.
+    [[nodiscard]] int timesEmpty() const { return m_timesEmpty; }
     [[nodiscard]] bool isOwned();
     /// How often somebody has taken or left the clipboard since the beginning.
     [[nodiscard]] int notices();
@@ -52,12 +51,12 @@ private:
     void set(zwlr_data_control_offer_v1 *offer);
 
     WaylandLink m_link;
-    Selection m_selection;
     zwlr_data_control_manager_v1 *m_manager;
     zwlr_data_control_device_v1 *m_device;
     std::map<zwlr_data_control_offer_v1 *, QList<QByteArray>> m_offers;
     zwlr_data_control_offer_v1 *m_current = nullptr;
     int m_notices = 0;
+    int m_timesEmpty = 0;
     int m_hanging = -1;
 };
 
