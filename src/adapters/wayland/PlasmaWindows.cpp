@@ -41,10 +41,6 @@ PlasmaWindows::PlasmaWindows(std::unique_ptr<WaylandClient> client) : m_client(s
 
 PlasmaWindows::~PlasmaWindows() = default;
 
-bool PlasmaWindows::areTold() const {
-    return m_client->isConnected();
-}
-
 void PlasmaWindows::refresh() {
     m_client->link().finish(longestAnswer);
 }

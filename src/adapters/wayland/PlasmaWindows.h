@@ -19,7 +19,6 @@ public:
     explicit PlasmaWindows(std::unique_ptr<WaylandClient> client);
     ~PlasmaWindows() override;
 
-    [[nodiscard]] bool areTold() const override;
     void refresh() override;
     void activate(quint32 number) override;
     void minimize(quint32 number) override;

@@ -28,7 +28,6 @@ public:
 private:
     void noteModifier(const QKeyEvent &key);
 
-    MonitorList m_global;
     MonitorList m_local;
     std::map<quint32, quint32> m_held; ///< the key's position to the flag that it had when it was pressed
 };

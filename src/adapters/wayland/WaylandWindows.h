@@ -33,7 +33,6 @@ public:
     virtual ~WaylandWindows() = default;
 
     /// True when the compositor tells of windows at all.
-    [[nodiscard]] virtual bool areTold() const { return false; }
     /// What the compositor knows now: waits for its answer, for a tenth of a second at most.
     virtual void refresh() {}
     virtual void activate(quint32 /*number*/) {}

@@ -39,10 +39,6 @@ WlrWindows::WlrWindows(std::unique_ptr<WaylandClient> client) : m_client(std::mo
 
 WlrWindows::~WlrWindows() = default;
 
-bool WlrWindows::areTold() const {
-    return m_client->isConnected();
-}
-
 void WlrWindows::refresh() {
     m_client->link().finish(longestAnswer);
 }

@@ -21,7 +21,6 @@ public:
     explicit WlrWindows(std::unique_ptr<WaylandClient> client);
     ~WlrWindows() override;
 
-    [[nodiscard]] bool areTold() const override;
     void refresh() override;
     void activate(quint32 number) override;
     void minimize(quint32 number) override;

@@ -49,17 +49,6 @@ protected:
     std::vector<quint32> flags;
 };
 
-TEST_F(WaylandEventMonitorsTest, whatGoesToOthersIsToldToNobodyAndThisIsSaid) {
-    EXPECT_FALSE(monitors.tellsOfOthers());
-    const auto global =
-        monitors.addGlobalMonitor(~0U, [this](const InputEvent &event) { types.push_back(event.type); });
-    ForeignWindow foreign(QStringLiteral(TAVRINE_QT_LINE_EDIT));
-    ASSERT_TRUE(foreign.waitForFocus());
-    hand.type("x");
-    EXPECT_TRUE(foreign.waitForText(QStringLiteral("x")));
-    EXPECT_THAT(types, IsEmpty());
-}
-
 TEST_F(WaylandEventMonitorsTest, modifiersAreToldAsTheyGoDownAndUp) {
     show();
     watch(eventMask::flagsChanged);
