@@ -481,7 +481,10 @@ TEST_F(Engine, nothingIsWrittenOnceTheStopHasBegun) {
 
 TEST_F(Engine, withoutAPictureThereIsNoMovieAndNoError) {
     start();
+    deliver(static_cast<int>(ScreenFrameStatus::idle), 1s);
+    deliver(static_cast<int>(ScreenFrameStatus::blank), 2s);
     const Outcome outcome = stop();
+    EXPECT_FALSE(QFile::exists(request.outputPath));
     EXPECT_EQ(outcome.path, std::nullopt);
     EXPECT_EQ(outcome.error, std::nullopt);
     EXPECT_FALSE(outcome.isOnMainThread);
@@ -498,6 +501,8 @@ TEST_F(Engine, aStopBeforeTheStreamIsThereFindsNone) {
     ASSERT_TRUE(happens([&] { return streams.streams().size() == 1; }));
     const Outcome outcome = stop(); // … and not the start
     EXPECT_EQ(outcome.path, std::nullopt);
+    EXPECT_EQ(outcome.error, std::nullopt);
+    EXPECT_EQ(movie().status, MovieWriterStatus::cancelled);
     EXPECT_EQ(stream().stops, 0);
     EXPECT_THAT(output(), AllOf(HasSubstr("DEBUG: SCStream capture stopped cleanly\n"), HasSubstr("discarding\n")));
     streams.answerAll();

@@ -1,6 +1,7 @@
 #include "look/Button.h"
 #include "shelf/NotchShape.h"
 #include "shelf/ShelfViewTest.h"
+#include "support/PaintedWords.h"
 
 #include <QAccessible>
 #include <QMimeData>
@@ -78,6 +79,27 @@ TEST_F(NotchShelf, whatItShowsFollowsFromTheModel) {
     EXPECT_EQ(shelf->content(), Content::items);
     model.clearAll();
     EXPECT_EQ(shelf->content(), Content::nothing);
+}
+
+TEST_F(NotchShelf, anEmptyShelfSaysDropHereAndWhereTheDragIsOverItAFullOneTooDropFilesHere) {
+    view.resize(300, 79);
+    const auto words = [this] {
+        test::WordsDevice device(view.size());
+        view.render(&device);
+        return device.words().join(u' ');
+    };
+    model.setFileDragActive(true);
+    rest();
+    EXPECT_EQ(words(), text("Drop here"));
+    model.setFileDragActive(false);
+    addFiles(2);
+    model.setFileDragActive(true);
+    rest();
+    EXPECT_EQ(words(), QString());
+    model.setDragTargetActive(true);
+    rest();
+    EXPECT_EQ(shelf->content(), Content::dropTarget);
+    EXPECT_EQ(words(), text("Drop files here"));
 }
 
 TEST_F(NotchShelf, eachPromptLooksDifferent) {

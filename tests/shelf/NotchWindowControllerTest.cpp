@@ -646,6 +646,19 @@ TEST_F(NotchWindow, theScreenOfTheShelfUnpluggedMovesItToTheMainScreen) {
     EXPECT_EQ(controller->notchRect(), QRectF(350, 776, 300, 24));
 }
 
+TEST_F(NotchWindow, ofTheScreensThatStayTheMainOneGetsTheShelfNotTheFirst) {
+    screens.setKeyboardScreen(2);
+    setScreens({1, 2, 3});
+    controller.reset();
+    make();
+    ASSERT_EQ(controller->pinnedScreen().number, 3U);
+    screens.setKeyboardScreen(1);
+    output();
+    setScreens({1, 2});
+    EXPECT_THAT(output(), HasSubstr("Pinned display disconnected, re-pinned to Screen 2\n"));
+    EXPECT_EQ(controller->pinnedScreen().number, 2U);
+}
+
 TEST_F(NotchWindow, anotherScreenUnpluggedMovesNothing) {
     setScreens({1, 2});
     const QRectF before = window().frame();

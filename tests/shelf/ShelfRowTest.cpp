@@ -101,6 +101,27 @@ TEST_F(ShelfTile, aFileIsCopiedUnlessCommandIsHeldAtTheMoment) {
                                               dragOperation::copy, dragOperation::copy));
 }
 
+TEST_F(ShelfTile, withCommandHeldAFileMovesAndLeavesTheShelfAndWithoutItStays) {
+    addFiles(1);
+    files.insert(text("/home/ada/file 0.txt"));
+    const auto pullToWhoTakesWhatIsOffered = [this] {
+        dragging.setDuring([this](const std::function<void()> &ask) {
+            ask();
+            dragging.setOperation(dragging.masks().back());
+            if (dragging.masks().back() == dragOperation::move)
+                files.clear();
+        });
+        pull(tile(), middle, middle + QPointF(20, 0));
+        time.advance(1min);
+    };
+    pullToWhoTakesWhatIsOffered();
+    EXPECT_EQ(model.items().size(), 1);
+    EXPECT_EQ(files.size(), 1);
+    held = Qt::ControlModifier;
+    pullToWhoTakesWhatIsOffered();
+    EXPECT_THAT(model.items(), IsEmpty());
+}
+
 TEST_F(ShelfTile, aFileThatWasMovedAwayLeavesTheShelfOnceItHasGone) {
     addFiles(1);
     files.insert(text("/home/ada/file 0.txt"));

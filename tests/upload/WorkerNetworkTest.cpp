@@ -62,7 +62,6 @@ TEST(WorkerNetwork, lookupsWithoutEndAreRefusedOneByOne) {
     const QStringList bounds{QStringLiteral("There are too many requests at once."),
                              QStringLiteral("There are too many names being looked up.")};
     const QStringList seen = run.text("url").split(QLatin1Char('|'));
-    EXPECT_FALSE(seen.isEmpty());
     for (const QString &error : seen)
         EXPECT_TRUE(bounds.contains(error)) << run.bytes.constData();
 }

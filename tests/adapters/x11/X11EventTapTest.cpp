@@ -14,7 +14,10 @@
 #include <QTemporaryDir>
 
 #include <array>
+#include <cstdlib>
+#include <vector>
 
+#include <gmock/gmock.h>
 #include <xcb/xinput.h>
 // The C header has a member of this name, which C++ keeps for itself.
 #define explicit explicitParts
@@ -44,6 +47,45 @@ QString output(const char *command) {
 void settle() {
     (void)waitUntil([] { return false; }, 60ms);
 }
+
+/// A window of another program, which has the keyboard and writes down what comes.
+class Listener {
+public:
+    Listener() : m_connection(xcb_connect(nullptr, nullptr)), m_window(xcb_generate_id(m_connection)) {
+        const auto *screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;
+        const std::array<std::uint32_t, 2> values{1, XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_BUTTON_PRESS};
+        xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, m_window, screen->root, 1000, 600, 100, 100, 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                          XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values.data());
+        xcb_map_window(m_connection, m_window);
+        xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_PARENT, m_window, XCB_CURRENT_TIME);
+        read();
+    }
+    ~Listener() { xcb_disconnect(m_connection); }
+    Listener(const Listener &) = delete;
+    Listener &operator=(const Listener &) = delete;
+
+    [[nodiscard]] unsigned int window() const { return m_window; }
+    [[nodiscard]] const std::vector<int> &keys() { return read(), m_keys; }
+    [[nodiscard]] int clicks() { return read(), m_clicks; }
+
+private:
+    void read() {
+        std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
+        while (auto *event = xcb_poll_for_event(m_connection)) {
+            if ((event->response_type & 0x7f) == XCB_KEY_PRESS)
+                m_keys.push_back(reinterpret_cast<xcb_key_press_event_t *>(event)->detail);
+            else if ((event->response_type & 0x7f) == XCB_BUTTON_PRESS)
+                ++m_clicks;
+            std::free(event);
+        }
+    }
+
+    xcb_connection_t *m_connection;
+    xcb_window_t m_window;
+    std::vector<int> m_keys;
+    int m_clicks = 0;
+};
 
 class X11EventTapTest : public ::testing::Test {
 public:
@@ -81,6 +123,26 @@ TEST_F(X11EventTapTest, nothingReachesAFieldOfEitherToolkitAndEverythingDoesRigh
         keyboard.tap(key::b);
         EXPECT_TRUE(field.waitForText(QStringLiteral("vb"))) << program << qPrintable(field.text());
     }
+}
+
+TEST_F(X11EventTapTest, noKindOfKeyReachesAnotherProgramOrEndsItAndAClickReachesThatProgram) {
+    Listener listener;
+    ASSERT_TRUE(waitUntil([&] { return keyboard.focusedWindow() == listener.window(); }));
+    const std::vector kinds{key::escape, mute, brightnessUp, key::leftAlt, key::leftSuper, key::leftControl, key::v};
+    start();
+    for (const int each : kinds) {
+        keyboard.tap(each);
+        EXPECT_EQ(tap->state(), State::dropping) << each;
+    }
+    keyboard.click(1, 1050, 650);
+    ASSERT_TRUE(waitUntil([&] { return listener.clicks() == 1; })); // it was made after the keys
+    EXPECT_THAT(listener.keys(), ::testing::IsEmpty());
+    EXPECT_EQ(tap->state(), State::dropping);
+    EXPECT_EQ(changes, 0);
+    tap.reset();
+    for (const int each : kinds)
+        keyboard.tap(each);
+    EXPECT_TRUE(waitUntil([&] { return listener.keys() == kinds; }));
 }
 
 TEST_F(X11EventTapTest, nothingReachesATerminal) {

@@ -6,6 +6,8 @@
 
 #include <QTemporaryDir>
 
+#include <algorithm>
+
 #include <gmock/gmock.h>
 
 namespace tavrine {
@@ -150,6 +152,26 @@ TEST_F(Height, itNeverGoesBelowFortyFour) {
     wanted = 44.5;
     height.setNow();
     EXPECT_EQ(height.height(), 44.5);
+}
+
+TEST_F(Height, noStepOfAnAnimationIsBelowFortyFourEither) {
+    height.setNow();
+    wanted = 10;
+    height.animate(360ms);
+    double lowest = height.height();
+    for (int i = 0; i < 25; ++i) {
+        time.advance(20ms);
+        lowest = std::min(lowest, height.height());
+    }
+    EXPECT_FALSE(height.isAnimating());
+    EXPECT_EQ(lowest, 44);
+    EXPECT_EQ(height.height(), 44);
+    wanted = 100;
+    height.setNow();
+    wanted = 10;
+    height.setSoon();
+    time.advance(50ms);
+    EXPECT_EQ(height.height(), 44);
 }
 
 TEST_F(Height, aFlagIsFollowedAMomentLater) {

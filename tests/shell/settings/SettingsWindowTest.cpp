@@ -1,6 +1,7 @@
 #include "shell/settings/SettingsWindowTest.h"
 
 #include "look/Button.h"
+#include "look/Indicators.h"
 #include "look/Tile.h"
 #include "look/Toggle.h"
 #include "shell/settings/AboutView.h"
@@ -190,6 +191,27 @@ TEST_F(SettingsWindowTest, aSwitchOnThePageActsAtOnceAndFollowsTheFlag) {
     EXPECT_FALSE(delegate->shell().flags().isOn(Feature::emojiPicker));
     set(Feature::emojiPicker, true);
     EXPECT_TRUE(toggle->isChecked());
+}
+
+TEST_F(SettingsWindowTest, aRowThatIsSwitchedOnShowsStartingForTwoAndAHalfSecondsAndOneThatIsSwitchedOffNothing) {
+    go(SidebarItem::features);
+    auto *toggle = find<look::Toggle>("Emoji Picker");
+    ASSERT_TRUE(toggle);
+    const auto labels = toggle->parentWidget()->findChildren<look::Label *>();
+    ASSERT_EQ(labels.size(), 1);
+    const look::Label &starting = *labels.first();
+    EXPECT_EQ(starting.text(), QString::fromUtf8("Starting…"));
+    const auto isShown = [&] { return starting.isVisibleTo(&view()); };
+    toggle->click(); // off
+    EXPECT_FALSE(isShown());
+    desktop.time().advance(2500ms);
+    EXPECT_FALSE(isShown());
+    toggle->click();
+    EXPECT_TRUE(isShown());
+    desktop.time().advance(2499ms);
+    EXPECT_TRUE(isShown());
+    desktop.time().advance(1ms);
+    EXPECT_FALSE(isShown());
 }
 
 TEST_F(SettingsWindowTest, clearAndDisableLeavesTheClipboardsRowOff) {

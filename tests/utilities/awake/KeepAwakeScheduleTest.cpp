@@ -67,8 +67,11 @@ TEST_F(KeepAwakeSchedule, switchingItOnOutsideEndsASession) {
 
 TEST_F(KeepAwakeSchedule, switchingItOffInsideKeepsTheAssertion) {
     after([&] { manager->setScheduleEnabled(true); });
+    const int created = assertions.createdCount();
     after([&] { manager->setScheduleEnabled(false); });
     EXPECT_TRUE(manager->isAwake());
+    EXPECT_EQ(assertions.held().size(), 1U);
+    EXPECT_EQ(assertions.createdCount(), created) << "the same, not another";
     setClock("2026-02-02 20:00");
     pass(10min);
     EXPECT_TRUE(manager->isAwake());
