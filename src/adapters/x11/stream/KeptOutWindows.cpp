@@ -17,6 +17,9 @@ using namespace std::chrono_literals;
 constexpr auto longestUnsettled = 80ms;
 constexpr int deepestWindow = 16;
 
+/// Properties of the root window by which others are told of its picture.
+constexpr const char *namesOfWallpaper[] = {"_XROOTPMAP_ID", "ESETROOT_PMAP_ID"};
+
 } // namespace
 
 KeptOutWindows::KeptOutWindows(XcbLink &link, const QRect &area, const QList<WindowNumber> &windows)
@@ -45,6 +48,8 @@ bool KeptOutWindows::open() {
         !m_link.reply<xcb_render_query_version_reply_t>(xcb_render_query_version(connection, 0, 11)) ||
         !m_formats.read(m_link))
         return false;
+    for (const char *const name : namesOfWallpaper)
+        static_cast<void>(m_link.atom(name)); // known from here on: a notice does not wait for the server
     const std::uint32_t notices =
         XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(connection, m_link.root(), XCB_CW_EVENT_MASK, &notices);
@@ -122,8 +127,8 @@ bool KeptOutWindows::handle(const xcb_generic_event_t &event) {
     }
     if (type == XCB_PROPERTY_NOTIFY) {
         const auto &notice = eventAs<xcb_property_notify_event_t>(event);
-        if (m_hidden.isEmpty() ||
-            (notice.atom != m_link.atom("_XROOTPMAP_ID") && notice.atom != m_link.atom("ESETROOT_PMAP_ID")))
+        if (m_hidden.isEmpty() || std::none_of(std::begin(namesOfWallpaper), std::end(namesOfWallpaper),
+                                               [&](const char *name) { return notice.atom == m_link.atom(name); }))
             return false;
         forgetPicture(); // the root window has another picture
         return m_isOld = true;

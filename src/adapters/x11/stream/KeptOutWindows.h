@@ -31,8 +31,11 @@ public:
     /// True when the event may have changed the picture.
     [[nodiscard]] bool handle(const xcb_generic_event_t &event);
 
-    /// What is known of the windows may be wrong.
-    void doubt() { m_isOld = m_isTreeOld = !m_clients.isEmpty(); }
+    /// What is known of the windows, and of what is behind all of them, may be wrong.
+    void doubt() {
+        m_isOld = m_isTreeOld = !m_clients.isEmpty();
+        forgetPicture();
+    }
     /// Windows have moved, come or gone where something is hidden, and `ask` was not called since.
     [[nodiscard]] bool isOld() const { return m_isOld; }
     /// True when the server did not answer in time since the last question.

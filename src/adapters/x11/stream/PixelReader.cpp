@@ -43,30 +43,38 @@ PixelReader::PixelReader(XcbLink &link, PixelLayout layout)
 PixelReader::~PixelReader() = default; // the connection's end takes the segments back
 
 quint32 PixelReader::share(const FrameMemory &memory) {
+    if (m_wasLate) // each question would wait as long
+        return 0;
     const int copy = ::fcntl(memory.descriptor(), F_DUPFD_CLOEXEC, 3); // the library closes what it sends
     if (copy < 0)
         return 0;
     const quint32 segment = m_link.newId();
-    const bool isShared = m_link.isRefused(xcb_shm_attach_fd_checked(m_link.connection(), segment, copy, 0)) == false;
-    return isShared ? segment : 0;
+    const auto isRefused = m_link.isRefused(xcb_shm_attach_fd_checked(m_link.connection(), segment, copy, 0));
+    if (isRefused == false)
+        return segment;
+    if (isRefused) { // a server that refuses goes on refusing
+        m_isSharing = false;
+    } else { // it may come to it later, and is asked anew with the next reads
+        m_wasLate = true;
+        xcb_shm_detach(m_link.connection(), segment);
+    }
+    return 0;
 }
 
 bool PixelReader::hasScratch(qsizetype pixels, QSize whole) {
-    if (!m_scratch) {
+    if (!m_scratch)
         m_scratch = FrameMemory::make(whole);
-        m_scratchSegment = m_scratch ? share(*m_scratch) : 0;
-    }
+    if (m_scratch && m_scratchSegment == 0)
+        m_scratchSegment = share(*m_scratch);
     return m_scratchSegment != 0 && m_scratchUsed + pixels <= qsizetype{whole.width()} * whole.height();
 }
 
 void PixelReader::read(xcb_drawable_t drawable, const QRect &from, FrameBuffers::Buffer &buffer, QPoint to) {
     if (from.isEmpty())
         return;
-    if (m_isSharing && buffer.segment == 0) {
+    if (m_isSharing && buffer.segment == 0)
         buffer.segment = share(*buffer.memory);
-        m_isSharing = buffer.segment != 0; // asked once: a server that refuses goes on refusing
-    }
-    if (m_isSharing)
+    if (m_isSharing && buffer.segment != 0)
         return readShared(drawable, from, buffer, to);
     const auto cookie =
         xcb_get_image(m_link.connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, static_cast<std::int16_t>(from.x()),
@@ -108,6 +116,7 @@ bool PixelReader::finish() {
         isComplete = isThere(reading) && isComplete; // every answer is taken, or it would wait for ever
     m_readings.clear();
     m_scratchUsed = 0;
+    m_wasLate = false;
     return isComplete;
 }
 

@@ -36,12 +36,14 @@ private:
 
     void readShared(xcb_drawable_t drawable, const QRect &from, FrameBuffers::Buffer &buffer, QPoint to);
     [[nodiscard]] bool isThere(const Reading &reading);
+    /// The server's name for the memory; 0 when it does not have it, now or ever.
     [[nodiscard]] quint32 share(const FrameMemory &memory);
     [[nodiscard]] bool hasScratch(qsizetype pixels, QSize whole);
 
     XcbLink &m_link;
     PixelLayout m_layout;
     bool m_isSharing;
+    bool m_wasLate = false; ///< the server, when it was last given memory, among the reads that are under way
     std::vector<Reading> m_readings;
     std::shared_ptr<FrameMemory> m_scratch;
     quint32 m_scratchSegment = 0;

@@ -43,6 +43,17 @@ StreamLoop::StreamLoop(const StreamPlan &plan, SampleGate<ScreenSample> &session
       m_keptOut(m_link, plan.area, plan.keptOut) {}
 
 std::optional<QString> StreamLoop::open() {
+    for (;;) {
+        static_cast<void>(m_link.takeIsLate());
+        auto error = begin();
+        // Late is neither no nor yes: a recording neither fails for it nor goes on without what was asked for.
+        if (!m_link.takeIsLate() || !m_link.isOpen() || m_session.isOver())
+            return error;
+    }
+}
+
+/// Once more after an answer that was late.
+std::optional<QString> StreamLoop::begin() {
     if (!m_link.isOpen())
         return QStringLiteral("There is no X server to see the screen of.");
     const auto layout =
@@ -55,8 +66,10 @@ std::optional<QString> StreamLoop::open() {
     const auto *const buffer = m_buffers.free();
     if (!buffer || !buffer->memory)
         return QStringLiteral("There is no memory for pictures of that size.");
-    m_damage = m_link.newId();
-    xcb_damage_create(m_link.connection(), m_damage, m_link.root(), XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
+    if (!m_damage) {
+        m_damage = m_link.newId();
+        xcb_damage_create(m_link.connection(), m_damage, m_link.root(), XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
+    }
     m_isDamaged = true;
     m_needed = now();
     return std::nullopt;

@@ -26,6 +26,7 @@ public:
     std::optional<QString> run() override;
 
 private:
+    [[nodiscard]] std::optional<QString> begin();
     [[nodiscard]] bool hasExtensions();
     void readMonitorsAgain();
     void readEvents();

@@ -29,7 +29,8 @@ bool StreamPointer::open() {
         return false;
     m_shapeNotice = fixes->first_event + XCB_XFIXES_CURSOR_NOTIFY;
     xcb_xfixes_select_cursor_input(connection, m_link.root(), XCB_XFIXES_CURSOR_NOTIFY_MASK_DISPLAY_CURSOR);
-    m_alarm.emplace(m_link, shortestRest);
+    if (!m_alarm || !m_alarm->isSet()) // it may have been late, and is asked for again
+        m_alarm.emplace(m_link, shortestRest);
     return true;
 }
 
