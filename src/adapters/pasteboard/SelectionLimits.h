@@ -33,6 +33,9 @@ struct SelectionLimits {
     int targets = 500;
     /// Files that are looked at to find a picture among those copied.
     int files = 32;
+    /// Where nobody can tell a program that ends from one that is about to copy anew: what it had is offered in its
+    /// place once nobody has followed for so long. Some let the clipboard go right before they take it again.
+    std::chrono::milliseconds calm{100};
     /// How long the end of this program may wait for a clipboard manager to take the contents over.
     std::chrono::milliseconds handOver{1000};
     /// A program that pastes from us and takes no further piece for so long has gone or is hung.

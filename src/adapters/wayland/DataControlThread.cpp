@@ -73,8 +73,9 @@ void DataControlThread::run() {
         for (Message &message : m_mailbox->takeAll())
             receive(std::move(message));
         expire();
-        if (m_isReclaimDue)
+        if (std::exchange(m_hasNobodyFollowed, false))
             reclaim();
+        askWhoFollowed();
         m_link->flush();
     }
     m_mailbox->setRead(false);
@@ -95,8 +96,8 @@ WaylandLink::Wait DataControlThread::untilDue() const {
     };
     if (m_fetch)
         consider(m_fetch->contents().deadline());
-    if (m_isReclaimDue)
-        consider(m_brake.releaseTime());
+    if (!m_barrier)
+        consider(reclaimTime());
     if (!due)
         return noDeadline;
     const auto left = std::chrono::ceil<WaylandLink::Wait>(*due - std::chrono::steady_clock::now());
@@ -168,8 +169,9 @@ void DataControlThread::startFetch(std::unique_ptr<DataOffer> offer) {
 
 void DataControlThread::dropForeign() {
     m_fetch.reset();
+    m_calmEnd.reset();
     m_barrier.reset();
-    m_isReclaimDue = false;
+    m_hasNobodyFollowed = false;
 }
 
 void DataControlThread::ownerEnded() {
@@ -177,11 +179,7 @@ void DataControlThread::ownerEnded() {
         return;
     m_fetch->contents().ownerEnded();
     if (m_fetch->contents().hasReceived()) {
-        // Who has followed by now is heard of first.
-        m_barrier = std::make_unique<WaylandBarrier>(*m_link, [this] {
-            m_barrier.reset();
-            m_isReclaimDue = true;
-        });
+        m_calmEnd = std::chrono::steady_clock::now() + m_limits.calm;
         return;
     }
     // Nothing outlives this owner. Contents that were told of before have gone with it, and that is a change.
@@ -193,10 +191,27 @@ void DataControlThread::ownerEnded() {
     }
 }
 
-void DataControlThread::reclaim() {
-    if (!m_brake.isReleased(std::chrono::steady_clock::now()))
+std::optional<PasteboardReader::TimePoint> DataControlThread::reclaimTime() const {
+    if (!m_calmEnd)
+        return std::nullopt;
+    return std::max(*m_calmEnd, m_brake.releaseTime().value_or(*m_calmEnd));
+}
+
+void DataControlThread::askWhoFollowed() {
+    const auto due = reclaimTime();
+    if (!due || m_barrier || std::chrono::steady_clock::now() < *due)
         return;
-    m_isReclaimDue = false;
+    m_barrier = std::make_unique<WaylandBarrier>(*m_link, [this, latest = *due + m_limits.calm] {
+        m_barrier.reset();
+        const TimePoint now = std::chrono::steady_clock::now();
+        m_hasNobodyFollowed = now <= latest && m_brake.isReleased(now);
+        if (!m_hasNobodyFollowed) // the machine stood still, and with it whoever is about to follow
+            m_calmEnd = now + m_limits.calm;
+    });
+}
+
+void DataControlThread::reclaim() {
+    m_calmEnd.reset();
     std::vector<OfferedForm> forms = m_fetch->contents().receivedForms();
     if (const QByteArray mark = m_control->onlyWhenFreeMark(); !mark.isEmpty())
         forms.push_back({.target = mark, .type = mark, .bytes = {}, .recipe = {}});

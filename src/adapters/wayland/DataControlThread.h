@@ -20,7 +20,9 @@ namespace tavrine {
 ///  1. While what we offer was not replaced, every notice tells of that or of what was before it.
 ///  2. When an owner ends, what it had is offered in its place. The compositor does not tell an owner that ends from
 ///     one that empties the clipboard on purpose, so this holds for both; what we offer ourselves another program may
-///     empty. Nobody else owns it at that moment as far as the compositor has told; KWin looks once more itself.
+///     empty. An offer runs over whoever has taken the clipboard while it was on its way, and what they copied is lost.
+///     So it waits for a calm, asks the compositor who has followed, and waits anew when the answer comes so late that
+///     somebody may be on the way too. KWin looks once more itself.
 ///  3. An own write counts from when it was made. The compositor knows no times: a notice that is heard a moment after
 ///     the write tells of something later, and the write goes out no more.
 ///  4. A `ReclaimBrake` ends quarrels over 2.
@@ -65,6 +67,8 @@ private:
     void startFetch(std::unique_ptr<DataOffer> offer);
     void dropForeign();
     void ownerEnded();
+    [[nodiscard]] std::optional<TimePoint> reclaimTime() const;
+    void askWhoFollowed();
     void reclaim();
     void publish(ForeignContents contents);
     void claimNow(const Claim &claim);
@@ -97,8 +101,9 @@ private:
     TimePoint m_foreignTime;      ///< when the last change of another program was heard of
     bool m_isForeignTold = false; ///< it was published
     std::shared_ptr<const ForeignContents> m_published;
-    std::unique_ptr<WaylandBarrier> m_barrier; ///< before a reclaim
-    bool m_isReclaimDue = false;
+    std::optional<TimePoint> m_calmEnd;        ///< before it nothing is offered in an owner's place
+    std::unique_ptr<WaylandBarrier> m_barrier; ///< after it
+    bool m_hasNobodyFollowed = false;
     ReclaimBrake m_brake;
     bool m_isStopping = false;
 

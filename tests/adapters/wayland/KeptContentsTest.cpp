@@ -129,11 +129,30 @@ TEST_F(KeptContents, aLivingOwnerIsNotReplacedByThem) {
     TestPaster paster;
     for (int i = 0; i < 100; ++i) {
         const QByteArray word = QByteArray::number(i);
-        source.ownByWayOfNothing({{text, {.bytes = word}}});
+        source.letGo();
+        source.ownText(word);
         ASSERT_TRUE(waitUntil([&] { return pasteboard().string() == QString::fromLatin1(word); })) << i;
         ASSERT_TRUE(source.isOwner()) << i;
         ASSERT_EQ(paster.paste(text), word) << i;
     }
+}
+
+TEST_F(KeptContents, whoLetsGoAndTakesItAgainWithinTheCalmFindsNobodyInBetween) {
+    SelectionLimits limits = patientLimits();
+    limits.calm = std::chrono::seconds(20);
+    start(limits);
+    TestSource source;
+    source.ownText("first");
+    ASSERT_TRUE(changed());
+    TestPaster paster;
+    const int before = paster.notices();
+    source.letGo();
+    ASSERT_TRUE(waitUntil([&] { return paster.notices() > before; }));
+    EXPECT_FALSE(waitUntil([&] { return paster.isOwned(); }, 300)) << "whatever is offered now can cross the next copy";
+    source.ownText("second");
+    ASSERT_TRUE(changed());
+    EXPECT_EQ(pasteboard().string(), QStringLiteral("second"));
+    EXPECT_EQ(paster.notices(), before + 2);
 }
 
 TEST_F(KeptContents, aPictureInACopiedFileIsReadAlsoWhenTheFileManagerHasEnded) {

@@ -129,12 +129,12 @@ void TestSource::ownOnce() {
         zwlr_data_control_source_v1_destroy(before);
 }
 
-void TestSource::ownByWayOfNothing(Contents contents) {
+void TestSource::letGo() {
     runOnThread([this] {
         zwlr_data_control_source_v1_destroy(std::exchange(m_program->source, nullptr));
         m_program->link.flush();
+        m_isOwner = false;
     });
-    own(std::move(contents));
 }
 
 void TestSource::clear() {

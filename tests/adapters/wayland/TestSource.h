@@ -44,8 +44,8 @@ public:
     /// So many times in a row, of which the last one stands.
     void own(Contents contents, int times = 1);
     void ownText(const QByteArray &text) { own({{"text/plain;charset=utf-8", {.bytes = text}}}); }
-    /// Gives the clipboard up in the way of some toolkits, and takes it again at once.
-    void ownByWayOfNothing(Contents contents);
+    /// Gives the clipboard up, as some toolkits do before they take it again.
+    void letGo();
     /// Empties the clipboard on purpose, whoever owns it.
     void clear();
     /// The connection goes, as when the program is killed.
