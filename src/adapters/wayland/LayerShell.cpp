@@ -152,15 +152,15 @@ bool LayerShell::waitOn(wl_event_queue *queue, const std::function<bool()> &cond
             continue;
         }
         wl_display_flush(m_display);
-        const auto left = std::chrono::ceil<Wait>(end - Clock::now());
+        // What has arrived counts, however late this program gets to it.
+        const auto left = std::max(std::chrono::ceil<Wait>(end - Clock::now()), Wait{0});
         pollfd descriptor{wl_display_get_fd(m_display), POLLIN, 0};
-        const int found = left.count() > 0 ? ::poll(&descriptor, 1, static_cast<int>(left.count())) : 0;
+        const int found = ::poll(&descriptor, 1, static_cast<int>(left.count()));
         if (found > 0)
             wl_display_read_events(m_display);
         else
             wl_display_cancel_read(m_display);
-        if (wl_display_dispatch_queue_pending(m_display, queue) < 0 || (found == 0 && left.count() <= 0) ||
-            (found < 0 && errno != EINTR))
+        if (wl_display_dispatch_queue_pending(m_display, queue) < 0 || found == 0 || (found < 0 && errno != EINTR))
             return condition();
     }
     return true;

@@ -20,8 +20,9 @@ namespace tavrine {
 class LayerShell {
 public:
     using Wait = std::chrono::milliseconds;
-    /// A compositor that is well answers in a millisecond or two. One that does not shows nothing anyway.
-    static constexpr Wait longestWait{500};
+    /// A compositor that is well answers in a millisecond or two, but a busy machine may keep it waiting, and a panel
+    /// that was given up is missing until it is called again. One that hangs shows nothing anyway.
+    static constexpr Wait longestWait{5000};
 
     /// Tells the toolkit, which has not started, how to draw here.
     static void prepareToolkit();

@@ -3,6 +3,7 @@
 #include "adapters/wayland/LayerParts.h"
 #include "adapters/wayland/WaylandScreens.h"
 #include "adapters/x11/ForeignWindow.h"
+#include "support/CompositorStall.h"
 #include "support/Wait.h"
 #include "support/WaylandHand.h"
 
@@ -138,6 +139,17 @@ TEST_F(LayerPanelsTest, aPanelStandsWhereItWasPutEachTime) {
         panel.window->orderOut();
         panel.window->makeKeyAndOrderFront();
     }
+}
+
+TEST_F(LayerPanelsTest, aPanelOpensThoughTheCompositorStandsStillForASecond) {
+    using namespace std::chrono_literals;
+    const testing::CompositorStall stall(800ms);
+    ASSERT_TRUE(stall.hasBegun());
+    const LayerShell ofASlowStart;
+    EXPECT_NE(ofASlowStart.shell(), nullptr);
+    const testing::CompositorStall another(800ms);
+    const Panel panel = show({400, 300, 300, 200});
+    EXPECT_TRUE(hearsClick(*panel.content, {550, 400}));
 }
 
 TEST_F(LayerPanelsTest, aShownPanelMovesAndGrowsAsItIsTold) {
