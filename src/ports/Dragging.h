@@ -62,7 +62,7 @@ public:
 
     /// Begins to drag the item out of `source` and returns when the drag has ended, with the operation that was done.
     /// `mask` is asked during the drag for what is offered at the moment. Timers and other events go on meanwhile; the
-    /// source may be destroyed.
+    /// source may be destroyed. While one drag goes on no other begins: it ends at once with no operation.
     [[nodiscard]] virtual quint32 beginDragging(QWidget &source, const DraggedItem &item,
                                                 std::function<quint32()> mask) = 0;
 };

@@ -348,6 +348,7 @@ TEST_F(DropDetection, whatCanNeverBeKeptIsNotTaken) {
 
 TEST_F(DropDetection, aViewThatGoesBeforeTheContentHasComeDoesNoHarm) {
     auto *other = new DropDetectionView(model, time, dragging);
+    dragging.beSlow();
     enter(*other);
     time.runPending();
     drop(*other);
@@ -361,6 +362,7 @@ TEST_F(DropDetection, aViewThatGoesBeforeTheContentHasComeDoesNoHarm) {
 TEST_F(DropDetection, withoutAModelADropIsRefusedInWords) {
     auto other = std::make_unique<NotchViewModel>(modelPorts());
     DropDetectionView orphan(*other, time, dragging);
+    dragging.beSlow();
     enter(orphan);
     other.reset();
     drop(orphan);
