@@ -60,6 +60,9 @@ public:
     /// must be taken before the dragging program takes it back, within the call. Only forms in `offered` are asked for.
     virtual void readDrop(const QMimeData &offered, std::function<void(const DroppedContent &)> completion) = 0;
 
+    /// What is held of Control, Shift and the like, whichever program has the keyboard.
+    [[nodiscard]] virtual Qt::KeyboardModifiers heldModifiers() const = 0;
+
     /// Begins to drag the item out of `source` and returns when the drag has ended, with the operation that was done.
     /// `mask` is asked during the drag for what is offered at the moment. Timers and other events go on meanwhile; the
     /// source may be destroyed. While one drag goes on no other begins: it ends at once with no operation.

@@ -281,8 +281,8 @@ void ShelfItemDragSourceView::startDragging() {
     dragged.draggingImage = draggingImage();
     dragged.hotSpot = QRectF({}, dragged.draggingImage.deviceIndependentSize()).center().toPoint();
     const bool isFile = m_item.type == ItemType::file;
-    const auto mask = [isFile, modifiers = m_parts.modifiers] {
-        return isFile && isCommand(modifiers()) ? dragOperation::move : dragOperation::copy;
+    const auto mask = [isFile, &dragging = m_parts.dragging] {
+        return isFile && isCommand(dragging.heldModifiers()) ? dragOperation::move : dragOperation::copy;
     };
     // The tile may show another item, or be gone, when the drag has ended.
     const ShelfItem item = m_item;

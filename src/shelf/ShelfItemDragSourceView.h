@@ -29,8 +29,6 @@ public:
         Dragging &dragging;
         ShelfPictures &pictures;
         std::function<void(const ShelfItem &item)> open;
-        /// What is held of Ctrl, Shift and the like at the moment, also while something is dragged.
-        std::function<Qt::KeyboardModifiers()> modifiers;
     };
 
     explicit ShelfItemDragSourceView(Parts parts, QWidget *parent = nullptr);

@@ -8,7 +8,6 @@
 #include "shelf/ShelfItemDragSourceView.h"
 
 #include <QAccessible>
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLinearGradient>
 #include <QPainter>
@@ -77,7 +76,7 @@ ShelfRowView::ShelfRowView(NotchViewModel &viewModel, const ShelfPorts &ports, Q
                                                                                    if (tile->item().id == id)
                                                                                        tile->update();
                                                                            }),
-      m_modifiers(&QGuiApplication::queryKeyboardModifiers), m_edges(new Edges(this)) {
+      m_edges(new Edges(this)) {
     setFocusPolicy(Qt::TabFocus);
     installShelfRowAccessibility(); // before the name, of which a screen reader may be told at once
     setAccessibleName(QStringLiteral("Shelf"));
@@ -87,10 +86,6 @@ ShelfRowView::ShelfRowView(NotchViewModel &viewModel, const ShelfPorts &ports, Q
 }
 
 ShelfRowView::~ShelfRowView() = default;
-
-void ShelfRowView::setModifiers(std::function<Qt::KeyboardModifiers()> modifiers) {
-    m_modifiers = std::move(modifiers);
-}
 
 double ShelfRowView::maximumOffset() const {
     return std::max(0.0, double(m_items.size()) * slotWidth - width());
@@ -163,8 +158,7 @@ std::vector<ShelfItemDragSourceView *> ShelfRowView::tilesFor(int first, int cou
         tile = new ShelfItemDragSourceView({.viewModel = m_viewModel,
                                             .dragging = m_ports.dragging,
                                             .pictures = m_pictures,
-                                            .open = [this](const ShelfItem &item) { openItem(item); },
-                                            .modifiers = [this] { return m_modifiers(); }},
+                                            .open = [this](const ShelfItem &item) { openItem(item); }},
                                            this);
         m_tiles.push_back(tile);
     }

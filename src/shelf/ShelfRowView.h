@@ -9,7 +9,6 @@
 #include <QPointer>
 #include <QWidget>
 
-#include <functional>
 #include <vector>
 
 namespace tavrine {
@@ -42,9 +41,6 @@ public:
     void remove(int index);
     void copy(int index);
 
-    /// For tests and for who wants to know what is held while something is dragged.
-    void setModifiers(std::function<Qt::KeyboardModifiers()> modifiers);
-
 protected:
     void resizeEvent(QResizeEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
@@ -67,7 +63,6 @@ private:
     QPointer<NotchViewModel> m_viewModel;
     ShelfPorts m_ports;
     ShelfPictures m_pictures;
-    std::function<Qt::KeyboardModifiers()> m_modifiers;
     QList<ShelfItem> m_items;
     QHash<QUuid, double> m_before; ///< where tiles stood before the list changed, while they are on their way
     std::vector<ShelfItemDragSourceView *> m_tiles;

@@ -73,7 +73,7 @@ TEST_F(ShelfTile, textsAndImagesAreDraggedAsTheyAreAndAlwaysCopied) {
     model.addText(text("some words"));
     model.addImage(picture(30, 40));
     addFiles(0);
-    held = Qt::ControlModifier;
+    dragging.setHeldModifiers(Qt::ControlModifier);
     pull(tile(0), middle, middle + QPointF(20, 0));
     EXPECT_EQ(dragging.items().at(0).string, text("some words"));
     EXPECT_FALSE(dragging.items().at(0).draggingImage.isNull());
@@ -91,10 +91,10 @@ TEST_F(ShelfTile, aFileIsCopiedUnlessCommandIsHeldAtTheMoment) {
     dragging.setDuring([&](const std::function<void()> &ask) {
         for (const Qt::KeyboardModifiers now :
              {Qt::ControlModifier, Qt::MetaModifier, Qt::ShiftModifier, Qt::AltModifier}) {
-            held = now;
+            dragging.setHeldModifiers(now);
             ask();
         }
-        held = {};
+        dragging.setHeldModifiers({});
     });
     pull(tile(), middle, middle + QPointF(20, 0));
     EXPECT_THAT(dragging.masks(), ElementsAre(dragOperation::move, dragOperation::move, dragOperation::copy,
@@ -117,7 +117,7 @@ TEST_F(ShelfTile, withCommandHeldAFileMovesAndLeavesTheShelfAndWithoutItStays) {
     pullToWhoTakesWhatIsOffered();
     EXPECT_EQ(model.items().size(), 1);
     EXPECT_EQ(files.size(), 1);
-    held = Qt::ControlModifier;
+    dragging.setHeldModifiers(Qt::ControlModifier);
     pullToWhoTakesWhatIsOffered();
     EXPECT_THAT(model.items(), IsEmpty());
 }

@@ -25,6 +25,7 @@ public:
         else
             completion(content);
     }
+    [[nodiscard]] Qt::KeyboardModifiers heldModifiers() const override { return m_held; }
     [[nodiscard]] quint32 beginDragging(QWidget &source, const DraggedItem &item,
                                         std::function<quint32()> mask) override {
         if (std::exchange(m_isDragging, true))
@@ -43,6 +44,7 @@ public:
     void setDroppedContent(const DroppedContent &content) { m_content = content; }
     /// Programs that drag take longer with their answer than the drop's event.
     void beSlow() { m_isSlow = true; }
+    void setHeldModifiers(Qt::KeyboardModifiers held) { m_held = held; }
     /// How the next drags end.
     void setOperation(quint32 operation) { m_operation = operation; }
     /// Called while an item is dragged, with a way to have it ask for its mask.
@@ -80,6 +82,7 @@ private:
     std::vector<quint32> m_masks;
     const QWidget *m_source = nullptr;
     std::optional<quint32> m_operation;
+    Qt::KeyboardModifiers m_held;
     int m_reads = 0;
     bool m_isSlow = false;
     bool m_isDragging = false;

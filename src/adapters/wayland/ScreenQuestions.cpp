@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+#include <unistd.h>
 #include <wayland/viewporter.h>
 #include <wayland/wlr-layer-shell-unstable-v1.h>
 #include <wayland/xdg-output-unstable-v1.h>
@@ -24,9 +25,22 @@ constexpr std::uint32_t everyEdge = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYE
                                     ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
 constexpr std::uint32_t oneEdge = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP;
 
+/// Every keymap has the eight modifiers of X at the same places.
+Qt::KeyboardModifiers modifiersOf(std::uint32_t mask) {
+    constexpr std::pair<std::uint32_t, Qt::KeyboardModifier> known[] = {{1U << 0, Qt::ShiftModifier},
+                                                                        {1U << 2, Qt::ControlModifier},
+                                                                        {1U << 3, Qt::AltModifier},
+                                                                        {1U << 6, Qt::MetaModifier}};
+    Qt::KeyboardModifiers found;
+    for (const auto &[bit, modifier] : known)
+        found.setFlag(modifier, mask & bit);
+    return found;
+}
+
 /// All that is made goes with the connection, and the compositor takes its side with it.
 class Question {
 public:
+    enum class Keyboard { left, taken };
     struct Output {
         wl_output *output = nullptr;
         QPoint place;
@@ -57,23 +71,24 @@ public:
     }
 
     [[nodiscard]] std::optional<QPointF> pointer() {
-        auto *seat = m_isReady ? m_link.bind<wl_seat>(wl_seat_interface, 1) : nullptr;
+        auto *seat = seatWith(WL_SEAT_CAPABILITY_POINTER);
         if (!seat)
-            return std::nullopt;
-        static constexpr wl_seat_listener seatListener{.capabilities =
-                                                           [](void *self, wl_seat *, std::uint32_t capabilities) {
-                                                               static_cast<Question *>(self)->m_hasPointer =
-                                                                   (capabilities & WL_SEAT_CAPABILITY_POINTER) != 0;
-                                                           },
-                                                       .name = [](void *, wl_seat *, const char *) {}};
-        wl_seat_add_listener(seat, &seatListener, this);
-        if (!m_link.finish(longest) || !m_hasPointer)
             return std::nullopt;
         wl_pointer_add_listener(wl_seat_get_pointer(seat), &pointerListener(), this);
         for (const auto &output : m_outputs)
             show(output.get());
         waitFor([this] { return m_place.has_value(); });
         return m_place;
+    }
+
+    [[nodiscard]] Qt::KeyboardModifiers modifiers() {
+        auto *seat = seatWith(WL_SEAT_CAPABILITY_KEYBOARD);
+        if (!seat)
+            return {};
+        wl_keyboard_add_listener(wl_seat_get_keyboard(seat), &keyboardListener(), this);
+        show(nullptr, Keyboard::taken);
+        waitFor([this] { return m_modifiers.has_value(); });
+        return m_modifiers.value_or(Qt::NoModifier);
     }
 
     [[nodiscard]] QString output() {
@@ -106,7 +121,21 @@ private:
                                         &output);
     }
 
-    void show(const Output *output) {
+    /// The seat, if it has that.
+    [[nodiscard]] wl_seat *seatWith(std::uint32_t capability) {
+        auto *seat = m_isReady ? m_link.bind<wl_seat>(wl_seat_interface, 1) : nullptr;
+        if (!seat)
+            return nullptr;
+        static constexpr wl_seat_listener listener{.capabilities =
+                                                       [](void *self, wl_seat *, std::uint32_t capabilities) {
+                                                           static_cast<Question *>(self)->m_capabilities = capabilities;
+                                                       },
+                                                   .name = [](void *, wl_seat *, const char *) {}};
+        wl_seat_add_listener(seat, &listener, this);
+        return m_link.finish(longest) && (m_capabilities & capability) ? seat : nullptr;
+    }
+
+    void show(const Output *output, Keyboard keyboard = Keyboard::left) {
         static constexpr zwlr_layer_surface_v1_listener listener{
             .configure =
                 [](void *data, zwlr_layer_surface_v1 *role, std::uint32_t serial, std::uint32_t width,
@@ -134,6 +163,7 @@ private:
         zwlr_layer_surface_v1_set_exclusive_zone(role, -1);
         zwlr_layer_surface_v1_set_anchor(role, output ? everyEdge : oneEdge);
         zwlr_layer_surface_v1_set_size(role, output ? 0 : 1, output ? 0 : 1);
+        zwlr_layer_surface_v1_set_keyboard_interactivity(role, keyboard == Keyboard::taken ? 1 : 0);
         if (!output) {
             wl_region *nowhere = wl_compositor_create_region(m_compositor);
             wl_surface_set_input_region(shown.surface, nowhere);
@@ -182,11 +212,31 @@ private:
         return listener;
     }
 
+    static const wl_keyboard_listener &keyboardListener() {
+        static constexpr wl_keyboard_listener listener{
+            .keymap = [](void *, wl_keyboard *, std::uint32_t, std::int32_t file, std::uint32_t) { ::close(file); },
+            .enter = [](void *self, wl_keyboard *, std::uint32_t, wl_surface *,
+                        wl_array *) { static_cast<Question *>(self)->m_hasKeyboard = true; },
+            .leave = [](void *, wl_keyboard *, std::uint32_t, wl_surface *) {},
+            .key = [](void *, wl_keyboard *, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) {},
+            .modifiers =
+                [](void *self, wl_keyboard *, std::uint32_t, std::uint32_t depressed, std::uint32_t latched,
+                   std::uint32_t, std::uint32_t) {
+                    if (static_cast<Question *>(self)->m_hasKeyboard)
+                        static_cast<Question *>(self)->m_modifiers = modifiersOf(depressed | latched);
+                },
+            .repeat_info = [](void *, wl_keyboard *, std::int32_t, std::int32_t) {},
+        };
+        return listener;
+    }
+
     std::vector<std::unique_ptr<Output>> m_outputs;
     std::vector<std::unique_ptr<Surface>> m_surfaces;
     std::optional<QPointF> m_place;
     wl_output *m_entered = nullptr;
-    bool m_hasPointer = false;
+    std::optional<Qt::KeyboardModifiers> m_modifiers;
+    std::uint32_t m_capabilities = 0;
+    bool m_hasKeyboard = false;
     bool m_isReady = false;
     wl_compositor *m_compositor = nullptr;
     zwlr_layer_shell_v1 *m_shell = nullptr;
@@ -203,6 +253,10 @@ std::optional<QPointF> askForPointer() {
 
 QString askForOutput() {
     return Question().output();
+}
+
+Qt::KeyboardModifiers askForModifiers() {
+    return Question().modifiers();
 }
 
 } // namespace tavrine

@@ -2,6 +2,7 @@
 
 #include <QPointF>
 #include <QString>
+#include <Qt>
 
 #include <optional>
 
@@ -17,5 +18,9 @@ namespace tavrine {
 /// The name of the output on which the compositor would put a new window: that of the window with the keyboard. Empty
 /// where it does not say.
 [[nodiscard]] QString askForOutput();
+
+/// What is held of Control, Shift and the like. Takes the keyboard for as long; none where no window of another program
+/// may be without it.
+[[nodiscard]] Qt::KeyboardModifiers askForModifiers();
 
 } // namespace tavrine

@@ -5,9 +5,11 @@
 #include "adapters/pasteboard/PasteboardImage.h"
 #include "adapters/wayland/LayerShell.h"
 #include "adapters/wayland/OfferedDrop.h"
+#include "adapters/wayland/ScreenQuestions.h"
 
 #include <QCoreApplication>
 #include <QDrag>
+#include <QGuiApplication>
 #include <QWidget>
 
 namespace tavrine {
@@ -30,6 +32,11 @@ void WaylandDragging::readDrop(const QMimeData &offered, std::function<void(cons
                 .read();
         },
         std::move(completion));
+}
+
+/// The toolkit hears of keys while one of its windows has the keyboard, and of their state before that never.
+Qt::KeyboardModifiers WaylandDragging::heldModifiers() const {
+    return QGuiApplication::focusWindow() ? QGuiApplication::queryKeyboardModifiers() : askForModifiers();
 }
 
 quint32 WaylandDragging::beginDragging(QWidget & /*source*/, const DraggedItem &item, std::function<quint32()> mask) {

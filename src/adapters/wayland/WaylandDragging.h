@@ -22,6 +22,7 @@ public:
     explicit WaylandDragging(LayerShell &shell, const SelectionLimits &limits = {});
 
     void readDrop(const QMimeData &offered, std::function<void(const DroppedContent &)> completion) override;
+    [[nodiscard]] Qt::KeyboardModifiers heldModifiers() const override;
     [[nodiscard]] quint32 beginDragging(QWidget &source, const DraggedItem &item,
                                         std::function<quint32()> mask) override;
 

@@ -147,6 +147,10 @@ void X11Dragging::reconsider() {
     }
 }
 
+Qt::KeyboardModifiers X11Dragging::heldModifiers() const {
+    return QGuiApplication::queryKeyboardModifiers();
+}
+
 quint32 X11Dragging::beginDragging(QWidget &source, const DraggedItem &item, std::function<quint32()> mask) {
     if (m_mask)
         return dragOperation::none;

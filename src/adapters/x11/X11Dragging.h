@@ -33,6 +33,7 @@ public:
     ~X11Dragging() override;
 
     void readDrop(const QMimeData &offered, std::function<void(const DroppedContent &)> completion) override;
+    [[nodiscard]] Qt::KeyboardModifiers heldModifiers() const override;
     [[nodiscard]] quint32 beginDragging(QWidget &source, const DraggedItem &item,
                                         std::function<quint32()> mask) override;
 

@@ -1,0 +1,120 @@
+// The shelf of the built program on a Wayland desktop: what a person drags onto it and out again.
+
+#include "desktop/Program.h"
+#include "support/Wait.h"
+#include "support/WaylandHand.h"
+
+#include <QFile>
+#include <QUrl>
+
+#include <gmock/gmock.h>
+
+namespace tavrine::testing {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// A foreign window that drags files and takes drops. Its middle is the screen's, whoever places it.
+class Neighbour {
+public:
+    explicit Neighbour(const char *drags, const QString &list = {}) {
+        m_process.start(QStringLiteral(TAVRINE_CLIENTS "/gtk-drag"), {QStringLiteral("3"), QLatin1String(drags), list});
+    }
+    ~Neighbour() {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+    [[nodiscard]] bool says(const QByteArray &line, std::chrono::milliseconds limit = 10s) {
+        return waitUntil([&] { return (m_said += m_process.readAllStandardOutput()).contains(line); }, limit);
+    }
+    void forget() { m_said.clear(); }
+    [[nodiscard]] const QByteArray &said() const { return m_said; }
+
+private:
+    QProcess m_process;
+    QByteArray m_said;
+};
+
+class WaylandShelf : public ::testing::Test {
+protected:
+    void SetUp() override {
+        path = program.home() + QStringLiteral("/Report.txt");
+        write(path, "words");
+        list = program.home() + QStringLiteral("/dragged.list");
+        write(list, QUrl::fromLocalFile(path).toEncoded() + "\r\n");
+    }
+    void TearDown() override {
+        hand.up(KEY_LEFTCTRL);
+        hand.release();
+    }
+    static void write(const QString &name, const QByteArray &content) {
+        QFile file(name);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+    }
+    [[nodiscard]] bool prints(const char *line) {
+        return waitUntil([&] { return program.output().contains(QString::fromUtf8(line)); });
+    }
+    /// Until `over` says that what is dragged is where it should be, with the button down.
+    template <class Over>
+    [[nodiscard]] bool dragUntil(QPoint from, QPoint to, Over over) {
+        hand.dragAndHold(from, to);
+        if (waitUntil(
+                [&, step = 0]() mutable { // a hand is never still
+                    hand.move(to + QPoint(++step % 5, 0));
+                    return over();
+                },
+                2s))
+            return true;
+        hand.release(); // what is dragged, or what it is dragged to, was not there yet
+        return false;
+    }
+    void putOnShelf() {
+        Neighbour neighbour("files", list);
+        ASSERT_TRUE(neighbour.says("ready", 30s));
+        ASSERT_TRUE(program.startOnboarded());
+        ASSERT_TRUE(waitUntil([this] {
+            return dragUntil(middle, top, [this] { return program.output().contains(QLatin1String("Drag entered!")); });
+        })) << qPrintable(program.output());
+        hand.release();
+        ASSERT_TRUE(prints("[NotchShelf] Found 1 file URLs")) << qPrintable(program.output());
+        ASSERT_TRUE(neighbour.says("dropped copy"));
+        hand.move(aside);
+    }
+    /// The only tile out of the shelf and onto the neighbour, who tells how it was meant.
+    void dragOut(Neighbour &neighbour) {
+        ASSERT_TRUE(waitUntil([&] {
+            (void)waitUntil([this, step = 0]() mutable { // which opens it, and it has slid in some time
+                hand.move(top + QPoint(++step % 5, 0));
+                return step == 60;
+            });
+            return dragUntil(tile, middle, [&] { return neighbour.says("over", 5ms); });
+        })) << neighbour.said().constData();
+        hand.release();
+    }
+
+    WaylandHand hand;
+    Program program;
+    QString path;
+    QString list;
+    const QPoint top{640, 0};
+    const QPoint tile{640, 120};
+    const QPoint middle{640, 360};
+    const QPoint aside{40, 700};
+};
+
+TEST_F(WaylandShelf, aFileIsDraggedOutAgainAsACopyAndWithControlHeldAsAMove) {
+    putOnShelf();
+    Neighbour neighbour("nothing");
+    ASSERT_TRUE(neighbour.says("ready", 30s));
+    const QByteArray address = QUrl::fromLocalFile(path).toEncoded();
+    dragOut(neighbour);
+    EXPECT_TRUE(neighbour.says("took copy " + address)) << neighbour.said().constData();
+    neighbour.forget();
+    hand.move(aside);
+    hand.down(KEY_LEFTCTRL);
+    dragOut(neighbour);
+    EXPECT_TRUE(neighbour.says("took move " + address)) << neighbour.said().constData();
+}
+
+} // namespace
+} // namespace tavrine::testing
