@@ -98,7 +98,7 @@ protected:
         return client.screen(area);
     }
     quint32 seenAt(int x, int y) { return picture().pixel(x, y) & 0xffffffU; }
-    bool comesToBe(const QImage &expected, std::chrono::milliseconds longest = 3s) {
+    bool comesToBe(const QImage &expected, std::chrono::milliseconds longest = 10s) {
         return eventually([&] { return describe(picture(), expected).empty(); }, longest);
     }
 

@@ -285,7 +285,7 @@ TEST_F(ScreenStreamTest, thePointerIsDrawnWhereItPointsAndTakenAwayAgain) {
     for (int i = 0; i < 20; ++i) { // over a screen on which nothing else changes
         const QPoint place(30 + i * 12, 40 + i * 7);
         client.warpPointer(area.topLeft() + place);
-        ASSERT_TRUE(eventually([&] { return seenAt(place.x(), place.y()) == 0x00ffffU; }, 1s)) << i;
+        ASSERT_TRUE(eventually([&] { return seenAt(place.x(), place.y()) == 0x00ffffU; })) << i;
         letPass(i % 3 == 0 ? 40ms : 0ms);
     }
     EXPECT_EQ(seenAt(50, 60), 0x303030U);
@@ -303,7 +303,7 @@ TEST_F(ScreenStreamTest, theMouseIsSeenToMoveToo) {
     const auto stream = start({}, area, true);
     for (int i = 0; i < 200; ++i)
         person.movePointer(area.x() + 10 + i, area.y() + 10 + i / 2);
-    EXPECT_TRUE(eventually([&] { return seenAt(209, 109) == 0x00ffffU; }, 1s));
+    EXPECT_TRUE(eventually([&] { return seenAt(209, 109) == 0x00ffffU; }));
     EXPECT_EQ(seenAt(12, 12), 0x303030U);
     EXPECT_TRUE(isAllTold());
 }
@@ -334,13 +334,15 @@ TEST_F(ScreenStreamTest, aStormOfChangesGivesSixtyFramesASecondAndNoMore) {
         }
     });
     letPass(200ms);
+    const auto begun = std::chrono::steady_clock::now();
     const int before = frames();
     letPass(1s);
-    const int inOneSecond = frames() - before;
+    const int seen = frames() - before;
+    const std::chrono::duration<double> length = std::chrono::steady_clock::now() - begun;
+    EXPECT_LE(seen, length * 60.0 / 1s + 2);
+    EXPECT_TRUE(eventually([&] { return frames() >= before + 2; })); // however busy the machine is
     isOver = true;
     storm.join();
-    EXPECT_LE(inOneSecond, 62);
-    EXPECT_GE(inOneSecond, 2); // however busy the machine is
     EXPECT_TRUE(eventually([&] { return describe(picture(), client.screen(client.wholeScreen())).empty(); }));
     EXPECT_TRUE(isAllTold());
 }

@@ -229,15 +229,17 @@ void KeptOutWindows::follow() {
         if (known == before.end() && !m_isComposited && !layer->isKeptAnyway()) {
             layer->unpainted = coveredPartOf(window);
             m_settles = std::chrono::steady_clock::now() + longestUnsettled;
+            m_wasLastLook = false;
         }
         layer->follow(window);
         m_layers.push_back(std::move(layer));
     }
 }
 
-bool KeptOutWindows::isSettled(std::chrono::steady_clock::time_point now) const {
-    return now >= m_settles ||
-           std::all_of(m_layers.begin(), m_layers.end(), [](const auto &layer) { return layer->unpainted.isEmpty(); });
+bool KeptOutWindows::isSettled(std::chrono::steady_clock::time_point now) {
+    return std::all_of(m_layers.begin(), m_layers.end(),
+                       [](const auto &layer) { return layer->unpainted.isEmpty(); }) ||
+           (now >= m_settles && std::exchange(m_wasLastLook, true));
 }
 
 void KeptOutWindows::makePicture() {

@@ -48,8 +48,9 @@ public:
 
     /// Where the windows lie within the area.
     [[nodiscard]] const QRegion &hidden() const { return m_hidden; }
-    /// False while something hidden was not drawn yet.
-    [[nodiscard]] bool isSettled(std::chrono::steady_clock::time_point now) const;
+    /// False while something hidden was not drawn yet. When the time for that is over, one look more is due: where this
+    /// program or the server stood still, nothing of what was drawn has been heard of.
+    [[nodiscard]] bool isSettled(std::chrono::steady_clock::time_point now);
 
     /// Draws `part` of what is hidden. In the drawable it stands at its place less `origin`.
     void draw(const QRegion &part);
@@ -92,6 +93,7 @@ private:
     bool m_isOld = false;     ///< an event has changed where windows lie
     bool m_isTreeOld = false; ///< and the stack cannot say how
     std::chrono::steady_clock::time_point m_settles{};
+    bool m_wasLastLook = false; ///< the one after `m_settles`
 };
 
 } // namespace tavrine
