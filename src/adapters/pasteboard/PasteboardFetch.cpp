@@ -258,6 +258,10 @@ void PasteboardFetch::ownerEnded() {
 std::optional<PasteboardFetch::TimePoint> PasteboardFetch::deadline() const {
     if (!isRunning())
         return std::nullopt;
+    return std::max(patienceEnd(), m_lastChance.value_or(TimePoint::min()));
+}
+
+PasteboardFetch::TimePoint PasteboardFetch::patienceEnd() const {
     const TimePoint total = m_phaseStart + m_limits.total;
     if (!m_transfer)
         return total;
@@ -284,6 +288,8 @@ void PasteboardFetch::expire(TimePoint now) {
     else if (m_transfer && !m_transfer->hasBegun() && mayBeAskedAgain() && m_transfer->questions() < maxQuestions &&
              now < m_phaseStart + m_limits.total)
         m_transfer->askAgain();
+    else if (m_transfer && m_lastChance.value_or(TimePoint::min()) < patienceEnd())
+        m_lastChance = now + m_limits.lastChance;
     else
         giveUp();
 }

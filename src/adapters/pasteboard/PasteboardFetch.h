@@ -99,6 +99,8 @@ private:
     void ask(const QByteArray &target, qsizetype maxBytes);
     void ask(const QByteArray &target);
     [[nodiscard]] bool mayBeAskedAgain() const;
+    /// As the limits say; `deadline` adds the last chance to it.
+    [[nodiscard]] TimePoint patienceEnd() const;
     void publish();
     [[nodiscard]] QStringList receivedTypes() const;
     void giveUp();
@@ -111,6 +113,7 @@ private:
     Hooks m_hooks;
     Stage m_stage = Stage::targets;
     TimePoint m_phaseStart;
+    std::optional<TimePoint> m_lastChance; ///< until then; what came since makes it a thing of the past
     bool m_isPublished = false;
     bool m_hasOwnerEnded = false;
     bool m_isConcealed = false; ///< known again as a secret

@@ -21,6 +21,9 @@ struct SelectionLimits {
     std::chrono::milliseconds askAgain{300};
     /// From one piece of a transfer to the next. The data lies ready by then, so a pause is no work but trouble.
     std::chrono::milliseconds stall{1500};
+    /// An owner that would be given up by one of these has so much more, once: where the machine or the X server stood
+    /// still, what it has to say is on its way.
+    std::chrono::milliseconds lastChance{500};
     /// All that has to be here before the change count moves; and once more, all that is kept for later.
     std::chrono::milliseconds total{10000};
     /// One transfer: above any text that a person copies, and room for a losslessly packed 8K screen.

@@ -114,8 +114,10 @@ void SelectionThread::wait() {
 void SelectionThread::expire() {
     const TimePoint now = std::chrono::steady_clock::now();
     m_owner.expire(now);
-    if (m_fetch)
-        m_fetch->contents().expire(now);
+    if (m_fetch && m_fetch->contents().deadline().value_or(TimePoint::max()) <= now) {
+        m_connection.finish(); // that the server stands still is not the owner's doing
+        m_fetch->contents().expire(std::chrono::steady_clock::now());
+    }
     if (m_fetch && !m_fetch->contents().isRunning() && m_owner.isOwner())
         m_fetch.reset(); // what it holds has been claimed
     if (m_handOverEnd && (*m_handOverEnd <= now || !m_owner.isOwner()))

@@ -56,6 +56,8 @@ public:
     [[nodiscard]] QList<QByteArray> atomNames(const QList<std::uint32_t> &atoms);
 
     [[nodiscard]] xcb_window_t owner(xcb_atom_t selection) { return m_link->selectionOwner(selection); }
+    /// Waits until the server has done all that it was sent.
+    void finish() { static_cast<void>(m_link->finish()); }
     /// The server's present time.
     [[nodiscard]] xcb_timestamp_t serverTime();
 

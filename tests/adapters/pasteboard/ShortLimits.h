@@ -10,6 +10,7 @@ inline SelectionLimits shortLimits() {
     SelectionLimits limits;
     limits.answer = 400ms;
     limits.stall = 300ms;
+    limits.lastChance = 100ms;
     limits.total = 1500ms;
     limits.transferBytes = 1024 * 1024;
     limits.changeBytes = 1536 * 1024;

@@ -1,6 +1,10 @@
 #include "adapters/x11/X11PasteboardFixture.h"
+#include "support/PrivateScreen.h"
 
 #include <QElapsedTimer>
+
+#include <cstdlib>
+#include <thread>
 
 namespace tavrine {
 namespace {
@@ -82,6 +86,43 @@ TEST_F(StallingOwner, mayAnswerTheFirstQuestionAfterTheSecondAndAllOfThem) {
     EXPECT_TRUE(pasteboard().string() == QString(50'000, QLatin1Char('x')));
     ASSERT_TRUE(waitUntil([&] { return owner.requestCount("text/html") == 1; }));
     EXPECT_GT(owner.requestCount("UTF8_STRING"), 1);
+}
+
+/// What stands still is not the owner: it answers as soon as it can.
+class StandstillOfOthers : public ::testing::Test {
+protected:
+    static SelectionLimits limits() {
+        SelectionLimits limits = shortLimits();
+        limits.lastChance = 5000ms; // it is used up by an owner that hangs, and by a machine that is as busy
+        return limits;
+    }
+    /// A picture is not asked for twice. Its owner is asked, `standstill` happens, and it answers.
+    [[nodiscard]] static bool arrivesAfter(const std::function<void()> &standstill) {
+        X11Pasteboard pasteboard(limits());
+        TestOwner owner;
+        Answer answer{.manner = Answer::Manner::piecemeal, .bytes = pngOf(coloured(40, 30)), .pieceBytes = 50};
+        answer.before = standstill;
+        owner.own({{"image/png", answer}});
+        return waitUntil([&] { return pasteboard.types().has_value(); }, 20000) && pasteboard.image().has_value();
+    }
+};
+
+TEST_F(StandstillOfOthers, ofTheMachineIsNotHeldAgainstAnOwner) {
+    EXPECT_TRUE(arrivesAfter([] {
+        EXPECT_EQ(std::system("kill -STOP $PPID; sleep 0.8; kill -CONT $PPID"), 0);
+        std::this_thread::sleep_for(50ms); // it wakes up later than who waits for it
+    }));
+}
+
+TEST_F(StandstillOfOthers, ofTheServerIsNotHeldAgainstAnOwner) {
+    testing::PrivateScreen screen;
+    EXPECT_TRUE(arrivesAfter([&screen] {
+        screen.hang();
+        std::thread([&screen] {
+            std::this_thread::sleep_for(800ms);
+            screen.goOn();
+        }).detach();
+    }));
 }
 
 } // namespace
