@@ -17,13 +17,16 @@ protected:
     /// Shows the folder in a window of its own and gives it the keyboard.
     [[nodiscard]] std::unique_ptr<QProcess> show(const QString &folder) {
         auto process = launch(QStringLiteral("pcmanfm"), {folder});
-        const QString name = folder.section(u'/', -1);
-        EXPECT_EQ(
-            QProcess::execute(QStringLiteral("timeout"),
-                              {QStringLiteral("15"), QStringLiteral("xdotool"), QStringLiteral("search"),
-                               QStringLiteral("--sync"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"),
-                               u'^' + name + u'$', QStringLiteral("windowfocus"), QStringLiteral("--sync")}),
-            0);
+        const QString window = u'^' + folder.section(u'/', -1) + u'$';
+        // Its search ends with an error where any window goes while it looks at it; it is begun anew then.
+        EXPECT_TRUE(waitUntil(
+            [&] {
+                return QProcess::execute(QStringLiteral("timeout"),
+                                         {QStringLiteral("5"), QStringLiteral("xdotool"), QStringLiteral("search"),
+                                          QStringLiteral("--onlyvisible"), QStringLiteral("--name"), window,
+                                          QStringLiteral("windowfocus"), QStringLiteral("--sync")}) == 0;
+            },
+            20000));
         return process;
     }
     /// Presses the keys until they have had their effect: the window may not listen at once.
@@ -53,7 +56,7 @@ protected:
             [&] { return pasteboard().changeCount() > count; }));
         ASSERT_TRUE(waitUntil([&] { return pasteboard().image().has_value(); }));
         EXPECT_EQ(pasteboard().image()->size(), QSize(12, 11));
-        ASSERT_FALSE(changed(500) && changed(500)) << "all that is fetched has been fetched";
+        ASSERT_TRUE(waitUntil([&] { return !changed(0) && settles(); })) << "keys that were pressed twice copy twice";
     }
 };
 
@@ -115,13 +118,19 @@ TEST_F(Parcellite, andWeDoNotFightOverTheClipboard) {
 }
 
 TEST_F(Parcellite, takesASecretOverAndItStaysOne) {
-    const auto qt = launch(QStringLiteral(QT_COPIER), {QStringLiteral("secret")});
-    ASSERT_TRUE(waitForReady(*qt));
-    ASSERT_TRUE(changed());
-    EXPECT_FALSE(changed(1500)) << "time for both to read it";
-    qt->kill();
-    qt->waitForFinished();
-    ASSERT_TRUE(waitUntil([&] { return requestor.owner() != 0; })) << "it owns the text now";
+    bool isTaken = false;
+    for (int tries = 0; tries < 10 && !isTaken; ++tries) { // it looks twice a second, and later on a busy machine
+        m_count = pasteboard().changeCount();
+        const auto qt = launch(QStringLiteral(QT_COPIER), {QStringLiteral("secret")});
+        ASSERT_TRUE(waitForReady(*qt));
+        ASSERT_TRUE(changed());
+        ASSERT_TRUE(settles());
+        EXPECT_FALSE(changed(1500)) << "it reads what is copied, and claims nothing";
+        qt->kill();
+        qt->waitForFinished();
+        isTaken = waitUntil([&] { return requestor.owner() != 0; }, 3000);
+    }
+    ASSERT_TRUE(isTaken) << "it owns the text now";
     ASSERT_EQ(requestor.targets().contains("x-kde-passwordManagerHint"), false);
     EXPECT_EQ(xclipPastes(), QStringLiteral("Qt: Grüße 🌍").toUtf8());
     ASSERT_TRUE(waitUntil([&] {

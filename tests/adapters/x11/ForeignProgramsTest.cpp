@@ -75,9 +75,11 @@ TEST_F(ForeignPrograms, aStoppedXclipBlocksNobody) {
     const auto hung = xclipCopies("hung");
     ASSERT_TRUE(changed());
     ::kill(static_cast<pid_t>(hung->processId()), SIGSTOP);
-    start({}); // someone who meets it hung
+    SelectionLimits patient; // who would wait for it would do so for longer than this test
+    patient.answer = patient.total = std::chrono::minutes(1);
+    start(patient); // someone who meets it hung
     const auto next = xclipCopies("next");
-    ASSERT_TRUE(changed(2000));
+    ASSERT_TRUE(changed(20000));
     EXPECT_EQ(pasteboard().string(), QStringLiteral("next"));
     ::kill(static_cast<pid_t>(hung->processId()), SIGKILL);
     hung->waitForFinished();
@@ -92,7 +94,7 @@ TEST_F(ForeignPrograms, xselCopiesAndPastes) {
                              "e");
     ASSERT_TRUE(changed());
     EXPECT_EQ(pasteboard().string(), QStringLiteral("xsel: Grüße"));
-    ASSERT_FALSE(changed(300));
+    ASSERT_TRUE(settles());
     killAndWait(*xsel);
     EXPECT_EQ(output(QStringLiteral("xsel"), {QStringLiteral("--clipboard"), QStringLiteral("--output")}),
               "xsel: Gr\xC3\xBC\xC3\x9F"
@@ -142,7 +144,7 @@ TEST_F(ForeignPrograms, qtCopiesRichTextAndAPictureAndIsKilled) {
     ASSERT_TRUE(pasteboard().image());
     EXPECT_EQ(pasteboard().image()->size(), QSize(33, 22));
     EXPECT_THAT(*pasteboard().types(), Contains(QLatin1String(pasteboardType::html)));
-    ASSERT_FALSE(changed(1500)) << "it offers a dozen picture formats, and all are fetched";
+    ASSERT_TRUE(settles()) << "it offers a dozen picture formats, and all are fetched";
     expectTheSameAfterTheKill(*qt);
     EXPECT_EQ(xclipPastes(QStringLiteral("text/html")), "<b>Qt</b>");
 }
@@ -151,7 +153,7 @@ TEST_F(ForeignPrograms, aQtProgramThatEndsInOrderLeavesItsContents) {
     const auto qt = launch(QStringLiteral(QT_COPIER), {});
     ASSERT_TRUE(waitForReady(*qt));
     ASSERT_TRUE(changed());
-    ASSERT_FALSE(changed(300));
+    ASSERT_TRUE(settles());
     qt->closeWriteChannel();
     ASSERT_TRUE(qt->waitForFinished());
     ASSERT_TRUE(waitUntil([&] { return requestor.owner() != 0; }));
@@ -178,10 +180,10 @@ TEST_F(ForeignPrograms, aLargePictureOfGtkIsKeptInOneForm) {
                             {QStringLiteral(TEST_SOURCE_FOLDER "/gtk_copier.py"), QStringLiteral("large")});
     ASSERT_TRUE(waitForReady(*gtk));
     ASSERT_TRUE(changed());
-    ASSERT_FALSE(changed(1000)) << "time to fetch more";
+    ASSERT_TRUE(settles());
     killAndWait(*gtk);
+    EXPECT_TRUE(waitUntil([&] { return residentMegabytes() < before + 9 + 5; })) << residentMegabytes() - before;
     const double kept = residentMegabytes();
-    EXPECT_LT(kept, before + 9 + 5);
     const QByteArray jpeg = xclipPastes(QStringLiteral("image/jpeg"));
     EXPECT_EQ(QImage::fromData(jpeg).size(), QSize(2000, 1500));
     EXPECT_TRUE(waitUntil([&] { return residentMegabytes() < before + 9 + 10; })) << residentMegabytes() - before;
@@ -207,10 +209,10 @@ TEST_F(ForeignPrograms, theMemoryOfLargeCopiesIsGivenBack) {
         again->kill();
         again->waitForFinished();
     }
+    EXPECT_TRUE(waitUntil([&] { return residentMegabytes() < before + 10; })) << residentMegabytes() - before;
     const double after = residentMegabytes();
     std::printf("resident: %.1f MB before, %.1f MB at most, %.1f MB after five copies of 40 MB\n", before, most, after);
     EXPECT_GT(most, before + 35);
-    EXPECT_LT(after, before + 10);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "adapters/pasteboard/ShortLimits.h"
 #include "adapters/pasteboard/TestPictures.h"
+#include "adapters/x11/ReaderAtRest.h"
 #include "adapters/x11/TestOwner.h"
 #include "adapters/x11/TestRequestor.h"
 #include "adapters/x11/X11Pasteboard.h"
@@ -44,6 +45,15 @@ protected:
         m_steps = m_pasteboard->changeCount() - m_count;
         m_count = m_pasteboard->changeCount();
         return hasMoved;
+    }
+    /// True when all that is fetched has been fetched, and no change was told since the last call of `changed`.
+    [[nodiscard]] testing::AssertionResult settles() {
+        if (!waitUntil(isReaderAtRest, 30000))
+            return testing::AssertionFailure() << "something is being fetched all the time";
+        QCoreApplication::processEvents(); // what the reader has told
+        if (m_pasteboard->changeCount() != m_count)
+            return testing::AssertionFailure() << "the count has moved by " << m_pasteboard->changeCount() - m_count;
+        return testing::AssertionSuccess();
     }
     /// By how much the last `changed` saw it move.
     [[nodiscard]] int steps() const { return m_steps; }
