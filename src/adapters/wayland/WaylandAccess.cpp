@@ -7,9 +7,11 @@
 
 namespace tavrine {
 
-const WaylandAccess::Offer &WaylandAccess::offer() const {
+WaylandAccess::Offer WaylandAccess::offer() const {
     if (!m_offer) {
         const WaylandLink link;
+        if (!link.isOpen())
+            return {}; // which is no answer: asked again
         const bool isKnownToKWin = link.find("org_kde_kwin_fake_input") != nullptr;
         m_offer = Offer{.hasInput = isKnownToKWin || link.find("zwp_virtual_keyboard_manager_v1") != nullptr,
                         .hasLayers = link.find("zwlr_layer_shell_v1") != nullptr,

@@ -10,8 +10,8 @@ namespace tavrine {
 /// events, copies of its outputs for the screen. KWin offers fake input to the program of a desktop file that asks for
 /// it, and shows it the screen by a service of its own. The microphone is there when the sound server answers.
 ///
-/// What is offered does not change while a session lasts, and is asked for once, over a connection of its own.
-/// Lives on the main thread.
+/// What is offered does not change while a session lasts, and is asked for until it is answered once, over a connection
+/// of its own. Lives on the main thread.
 class WaylandAccess final : public QObject, public Access {
 public:
     [[nodiscard]] bool isAccessibilityTrusted() const override { return offer().hasInput; }
@@ -28,7 +28,7 @@ private:
         bool hasLayers = false;
         bool hasCopies = false;
     };
-    [[nodiscard]] const Offer &offer() const;
+    [[nodiscard]] Offer offer() const;
 
     mutable std::optional<Offer> m_offer;
 };

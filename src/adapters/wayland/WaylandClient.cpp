@@ -11,16 +11,26 @@ WaylandClient::WaylandClient(QObject *parent) : QObject(parent) {
         return;
     m_notifier = new QSocketNotifier(m_link.descriptor(), QSocketNotifier::Read, this);
     connect(m_notifier, &QSocketNotifier::activated, this, &WaylandClient::read);
+    m_room = new QSocketNotifier(m_link.descriptor(), QSocketNotifier::Write, this);
+    m_room->setEnabled(false);
+    connect(m_room, &QSocketNotifier::activated, this, &WaylandClient::flush);
 }
 
 WaylandClient::~WaylandClient() = default;
 
+void WaylandClient::flush() {
+    const bool isAllOut = m_link.flush();
+    if (m_room)
+        m_room->setEnabled(!isAllOut);
+}
+
 void WaylandClient::read() {
     if (m_link.dispatch()) {
-        m_link.flush(); // what the handlers asked for
+        flush();
         return;
     }
     m_notifier->setEnabled(false);
+    m_room->setEnabled(false);
     if (!m_onLost)
         compositorLoss::endProgram(m_link.whyClosed());
     std::exchange(m_onLost, nullptr)();

@@ -21,7 +21,8 @@ public:
     [[nodiscard]] bool isConnected() const { return m_link.isOpen(); }
     [[nodiscard]] WaylandLink &link() { return m_link; }
     [[nodiscard]] const WaylandLink &link() const { return m_link; }
-    void flush() { m_link.flush(); }
+    /// What the compositor does not take at once goes out when it reads on.
+    void flush();
     /// Called once, in a turn of its own, when the compositor has ended the connection. Without it that is the
     /// program's end.
     void setOnLost(std::function<void()> onLost) { m_onLost = std::move(onLost); }
@@ -31,6 +32,7 @@ private:
 
     WaylandLink m_link;
     QSocketNotifier *m_notifier = nullptr;
+    QSocketNotifier *m_room = nullptr; ///< while something is left to be sent
     std::function<void()> m_onLost;
 };
 

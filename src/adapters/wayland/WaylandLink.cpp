@@ -10,10 +10,8 @@
 namespace tavrine {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-int remaining(Clock::time_point end) {
-    const auto left = std::chrono::ceil<WaylandLink::Wait>(end - Clock::now());
+int remaining(std::chrono::steady_clock::time_point end) {
+    const auto left = std::chrono::ceil<WaylandLink::Wait>(end - std::chrono::steady_clock::now());
     return static_cast<int>(std::max<WaylandLink::Wait::rep>(left.count(), 0));
 }
 
@@ -89,9 +87,8 @@ void *WaylandLink::bindAs(const Global &global, const wl_interface &interface, s
                     : nullptr;
 }
 
-void WaylandLink::flush() {
-    if (isOpen())
-        wl_display_flush(m_display);
+bool WaylandLink::flush() {
+    return !isOpen() || wl_display_flush(m_display) >= 0 || errno != EAGAIN;
 }
 
 bool WaylandLink::finish(Wait longest) {
@@ -112,22 +109,32 @@ bool WaylandLink::finish(Wait longest) {
 bool WaylandLink::dispatch(Wait longest, int wake) {
     if (!isOpen())
         return false;
-    while (wl_display_prepare_read(m_display) != 0)
-        if (wl_display_dispatch_pending(m_display) > 0)
-            return isOpen(); // something had been read already
-    wl_display_flush(m_display);
-    std::array<pollfd, 2> descriptors{pollfd{descriptor(), POLLIN, 0}, pollfd{wake, POLLIN, 0}};
-    const auto end = Clock::now() + longest;
-    int found = 0;
-    do
-        found = ::poll(descriptors.data(), descriptors.size(), remaining(end));
-    while (found < 0 && errno == EINTR);
-    if (found > 0 && descriptors[0].revents != 0)
+    while (wl_display_prepare_read(m_display) != 0) {
+        if (wl_display_dispatch_pending(m_display) == 0)
+            continue;
+        flush(); // something had been read already
+        return isOpen();
+    }
+    if (waitForEvents(Clock::now() + longest, wake))
         wl_display_read_events(m_display);
     else
         wl_display_cancel_read(m_display);
     wl_display_dispatch_pending(m_display);
+    flush();
     return isOpen();
+}
+
+/// Sends meanwhile what the compositor did not take at once.
+bool WaylandLink::waitForEvents(Clock::time_point end, int wake) {
+    for (;;) {
+        const short wanted = flush() ? POLLIN : POLLIN | POLLOUT;
+        std::array<pollfd, 2> descriptors{pollfd{descriptor(), wanted, 0}, pollfd{wake, POLLIN, 0}};
+        const int found = ::poll(descriptors.data(), descriptors.size(), remaining(end));
+        const bool isInterrupted = found < 0 && errno == EINTR;
+        const bool isOnlyRoom = found > 0 && descriptors[0].revents == POLLOUT && descriptors[1].revents == 0;
+        if (!isInterrupted && !isOnlyRoom)
+            return found > 0 && (descriptors[0].revents & ~POLLOUT) != 0;
+    }
 }
 
 } // namespace tavrine

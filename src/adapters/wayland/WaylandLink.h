@@ -19,8 +19,9 @@ namespace tavrine {
 class WaylandLink {
 public:
     using Wait = std::chrono::milliseconds;
-    /// A healthy compositor answers in well under a millisecond.
-    static constexpr Wait usualWait{2000};
+    /// A healthy compositor answers in well under a millisecond, but a busy machine may keep it waiting for seconds,
+    /// and who gives up says that there is none. One that hangs for longer shows nothing of this program either.
+    static constexpr Wait usualWait{10'000};
 
     /// What the compositor offers, as it names it.
     struct Global {
@@ -59,15 +60,19 @@ public:
         return static_cast<Proxy *>(bindAs(global, interface, highest));
     }
 
-    void flush();
+    /// Sends what the compositor takes at once; false when something is left, which goes with the next call.
+    bool flush();
     /// Waits until the compositor has done all that it was told, and calls the handlers of what it sent. False when it
     /// did not in time.
     bool finish(Wait longest = usualWait);
-    /// Calls the handlers of what has arrived; waits for the first of it for `longest` at most, or until `wake`, a
-    /// descriptor, can be read. False when the connection is gone.
+    /// Calls the handlers of what has arrived, and sends what they ask for; waits for the first of it for `longest` at
+    /// most, or until `wake`, a descriptor, can be read. False when the connection is gone.
     bool dispatch(Wait longest = Wait{0}, int wake = -1);
 
 private:
+    using Clock = std::chrono::steady_clock;
+
+    [[nodiscard]] bool waitForEvents(Clock::time_point end, int wake);
     void *bindAs(const Global &global, const wl_interface &interface, std::uint32_t highest);
     void added(const Global &global);
     void removed(std::uint32_t name);

@@ -1,0 +1,111 @@
+#include "adapters/wayland/PlayedCompositor.h"
+#include "adapters/wayland/WaylandAccess.h"
+#include "adapters/wayland/WaylandClient.h"
+#include "support/Eventually.h"
+
+#include <gtest/gtest.h>
+#include <wayland-server-protocol.h>
+
+namespace tavrine {
+namespace {
+
+using namespace std::chrono_literals;
+using test::eventually;
+
+/// Tells what a seat has as soon as somebody takes it, and again whenever somebody asks for its pointer.
+void answerSeat(const PlayedCompositor::Request &request) {
+    if (request.name == "wl_seat.bind" || request.name == "wl_seat.get_pointer")
+        wl_seat_send_capabilities(request.resource, WL_SEAT_CAPABILITY_KEYBOARD);
+}
+
+class Seat {
+public:
+    explicit Seat(WaylandLink &link, std::function<void(wl_seat *)> onCapabilities)
+        : m_seat(link.bind<wl_seat>(wl_seat_interface, 1)), m_onCapabilities(std::move(onCapabilities)) {
+        static constexpr wl_seat_listener listener{
+            .capabilities = [](void *self, wl_seat *seat,
+                               std::uint32_t) { static_cast<Seat *>(self)->m_onCapabilities(seat); },
+            .name = [](void *, wl_seat *, const char *) {}};
+        wl_seat_add_listener(m_seat, &listener, this);
+    }
+    [[nodiscard]] wl_seat *seat() const { return m_seat; }
+
+private:
+    wl_seat *m_seat;
+    std::function<void(wl_seat *)> m_onCapabilities;
+};
+
+/// Says so much that the connection takes no more, and then a little more than that.
+int fill(WaylandLink &link) {
+    auto *const compositor = link.bind<wl_compositor>(wl_compositor_interface, 1);
+    wl_region *const region = wl_compositor_create_region(compositor);
+    int count = 0;
+    while (wl_display_flush(link.display()) >= 0) {
+        wl_region_add(region, 0, 0, 1, 1);
+        ++count;
+    }
+    for (int i = 0; i < 20; ++i)
+        wl_region_add(region, 0, 0, 1, 1);
+    return count + 20;
+}
+
+TEST(WaylandLinkTest, whatAHandlerAsksForGoesOutThoughTheAnswerWasAwaitedOnly) {
+    const PlayedCompositor compositor({&wl_seat_interface}, answerSeat);
+    WaylandLink link;
+    const Seat seat(link, [](wl_seat *told) { (void)wl_seat_get_keyboard(told); });
+    ASSERT_TRUE(link.finish());
+    EXPECT_TRUE(eventually([&] { return compositor.count("wl_seat.get_keyboard") == 1; }));
+}
+
+TEST(WaylandLinkTest, whatTheCompositorDidNotTakeAtOnceGoesOutWhenItReadsOn) {
+    PlayedCompositor compositor({&wl_compositor_interface});
+    WaylandLink link;
+    compositor.stop();
+    const int count = fill(link);
+    std::thread later([&] {
+        std::this_thread::sleep_for(50ms);
+        compositor.goOn();
+    });
+    EXPECT_TRUE(link.finish());
+    later.join();
+    EXPECT_EQ(compositor.count("wl_region.add"), count);
+}
+
+TEST(WaylandClientTest, whatTheCompositorDidNotTakeAtOnceGoesOutThoughNobodyFlushesAgain) {
+    PlayedCompositor compositor({&wl_compositor_interface});
+    WaylandClient client;
+    compositor.stop();
+    const int count = fill(client.link());
+    client.flush();
+    compositor.goOn();
+    EXPECT_TRUE(eventually([&] { return compositor.count("wl_region.add") == count; }));
+}
+
+TEST(WaylandLinkTest, aHandlerMayWaitForAnAnswerItself) {
+    const PlayedCompositor compositor({&wl_seat_interface}, answerSeat);
+    WaylandLink link;
+    int told = 0;
+    const Seat seat(link, [&](wl_seat *) {
+        if (++told == 1) {
+            EXPECT_TRUE(link.finish());
+        }
+    });
+    (void)wl_seat_get_pointer(seat.seat());
+    (void)wl_seat_get_pointer(seat.seat());
+    EXPECT_TRUE(link.finish());
+    EXPECT_EQ(told, 3);
+}
+
+TEST(WaylandAccessTest, aCompositorThatDidNotAnswerIsAskedAgain) {
+    WaylandAccess access;
+    const QByteArray before = qgetenv("WAYLAND_DISPLAY");
+    qputenv("WAYLAND_DISPLAY", "nobody");
+    EXPECT_FALSE(access.isAccessibilityTrusted());
+    qputenv("WAYLAND_DISPLAY", before);
+    static const wl_interface keyboards{"zwp_virtual_keyboard_manager_v1", 1, 0, nullptr, 0, nullptr};
+    const PlayedCompositor compositor({&keyboards});
+    EXPECT_TRUE(access.isAccessibilityTrusted());
+}
+
+} // namespace
+} // namespace tavrine
