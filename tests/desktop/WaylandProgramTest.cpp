@@ -130,11 +130,13 @@ TEST_F(WaylandProgram, keepAwakeIsSwitchedOnInTheMenuAndEndsWithTheProgram) {
     ASSERT_TRUE(program.startOnboarded());
     ASSERT_TRUE(waitUntil([&] { return !tray.properties().isEmpty(); }));
     tray.call(QStringLiteral("Activate"), {0, 0});
-    // The switch of its card, once the menu is there.
-    EXPECT_TRUE(waitUntil([&] {
-        hand.click({247, 128});
-        return waitUntil([&session] { return !session.held().isEmpty(); }, std::chrono::seconds(2));
-    }));
+    // The switch of its card, once the menu is there; what comes late must not be switched off again.
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            hand.click({247, 128});
+            return waitUntil([&session] { return !session.held().isEmpty(); }, std::chrono::seconds(5));
+        },
+        std::chrono::seconds(30)));
     program.kill9();
     EXPECT_TRUE(waitUntil([&session] { return session.held().isEmpty(); }));
 }
@@ -219,15 +221,17 @@ TEST_F(WaylandBar, aClickOnTheItemInABarOpensTheMenu) {
     ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
     ASSERT_TRUE(window.waitForFocus());
     // The item comes when bar and program have found each other.
-    EXPECT_TRUE(waitUntil([this] {
-        hand.click({16, hand.layout().bottom() - 20});
-        return waitUntil(
-            [this] {
-                windows->refresh();
-                return !windows->active();
-            },
-            std::chrono::seconds(2));
-    }));
+    EXPECT_TRUE(waitUntil(
+        [this] {
+            hand.click({16, hand.layout().bottom() - 20});
+            return waitUntil(
+                [this] {
+                    windows->refresh();
+                    return !windows->active();
+                },
+                std::chrono::seconds(5));
+        },
+        std::chrono::seconds(30)));
 }
 
 } // namespace

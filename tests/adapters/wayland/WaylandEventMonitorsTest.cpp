@@ -19,8 +19,10 @@ using ::testing::IsEmpty;
 class Window final : public QRasterWindow {
 public:
     int keys = 0;
+    int moves = 0;
 
 protected:
+    void mouseMoveEvent(QMouseEvent * /*event*/) override { ++moves; }
     void keyPressEvent(QKeyEvent * /*event*/) override { ++keys; }
 };
 
@@ -74,6 +76,10 @@ TEST_F(WaylandEventMonitorsTest, clicksOfOwnWindowsAreToldInOrder) {
     show();
     watch(eventMask::leftMouseDown | eventMask::leftMouseUp | eventMask::leftMouseDragged);
     const QPoint middle = hand.layout().center();
+    ASSERT_TRUE(waitUntil([&, step = 0]() mutable { // the keyboard may come to it before its place
+        hand.move(middle + QPoint(step++ % 2, 0));
+        return window.moves > 0;
+    }));
     hand.drag(middle, middle + QPoint(40, 0));
     ASSERT_TRUE(waitUntil([this] { return !types.empty() && types.back() == eventMask::leftMouseUp; }));
     EXPECT_EQ(types.front(), eventMask::leftMouseDown);

@@ -25,8 +25,9 @@ inline bool waitUntil(const std::function<bool()> &condition, int milliseconds =
 inline SelectionLimits patientLimits() {
     SelectionLimits limits = shortLimits();
     limits.start = std::chrono::seconds(20);
-    limits.answer = limits.stall = std::chrono::milliseconds(1500); // of a program that a busy machine keeps waiting
-    limits.total = std::chrono::seconds(8);
+    limits.answer = limits.stall = std::chrono::seconds(3); // of a program that a busy machine keeps waiting
+    limits.total = std::chrono::seconds(9);
+    limits.outgoingStall = SelectionLimits().outgoingStall;
     return limits;
 }
 
