@@ -142,7 +142,7 @@ TEST_F(WaylandEventPosterTest, keysThatThePersonHoldsDoNotSpoilThePaste) {
 }
 
 TEST_F(WaylandEventPosterTest, aKeyDownWithoutItsKeyUpIsMadeGoodByTheNext) {
-    ForeignWindow window(QStringLiteral(TAVRINE_GTK_ENTRY));
+    ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
     ASSERT_TRUE(window.waitForFocus());
     ASSERT_TRUE(copy(QStringLiteral("x")));
     poster.postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
@@ -151,7 +151,7 @@ TEST_F(WaylandEventPosterTest, aKeyDownWithoutItsKeyUpIsMadeGoodByTheNext) {
 }
 
 TEST_F(WaylandEventPosterTest, aKeyWithoutAPositionPostsNothing) {
-    ForeignWindow window(QStringLiteral(TAVRINE_GTK_ENTRY));
+    ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
     ASSERT_TRUE(window.waitForFocus());
     post(4711, 0);
     post(virtualKey::a, modifierFlag::shift);

@@ -15,12 +15,12 @@
 namespace tavrine::test {
 namespace {
 
-/// A program of any name, as `gtk-window` plays it.
+/// A program of any name, as `named_window` plays it.
 class NamedProgram {
 public:
     explicit NamedProgram(const QString &name) {
         m_process.setProcessChannelMode(QProcess::ForwardedChannels);
-        m_process.start(QStringLiteral(TAVRINE_GTK_WINDOW), {name});
+        m_process.start(QStringLiteral(TAVRINE_NAMED_WINDOW), {name});
     }
     ~NamedProgram() {
         m_process.kill();
