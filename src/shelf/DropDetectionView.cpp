@@ -10,6 +10,7 @@
 #include <QMimeData>
 
 #include <algorithm>
+#include <memory>
 
 namespace tavrine {
 namespace {
@@ -80,18 +81,24 @@ void DropDetectionView::dragLeaveEvent(QDragLeaveEvent *) {
     setTargetActive(false);
 }
 
-/// The desktop tells of no end of its own after a drop: it is this one.
+/// The desktop tells of no end of its own after a drop: it is this one. A drop of which nothing could be kept is
+/// refused, so that the other program shows it as one that failed; one that is not read in time counts as taken.
 void DropDetectionView::dropEvent(QDropEvent *event) {
     answerCopy(*event);
+    const auto isKept = std::make_shared<bool>(true);
     m_dragging.readDrop(*event->mimeData(),
-                        [self = QPointer(this), model = m_viewModel](const DroppedContent &content) {
-                            static_cast<void>(performDragOperation(model, content));
+                        [self = QPointer(this), model = m_viewModel, isKept](const DroppedContent &content) {
+                            *isKept = performDragOperation(model, content);
                             printLine(QStringLiteral("[NotchShelf] Drag ended"));
                             if (self)
                                 self->setTargetActive(false);
                             else if (model)
                                 model->setDragTargetActive(false);
                         });
+    if (*isKept)
+        return;
+    event->setDropAction(Qt::IgnoreAction);
+    event->ignore();
 }
 
 } // namespace tavrine

@@ -12,7 +12,8 @@ class Time;
 /// The content of the shelf's window: it takes drops, and everything else is done by the view within it, which it fills
 /// with it. Main thread.
 ///
-/// The answer to a drag is a copy, always. The model is told in a turn of its own, never within the toolkit's call.
+/// The answer to a drag is a copy, always, and to a drop too unless nothing of it could be kept. The model is told in a
+/// turn of its own, never within the toolkit's call.
 class DropDetectionView final : public QWidget {
     Q_OBJECT
 public:

@@ -1,5 +1,6 @@
 // The built program with all its real parts, and other programs that drag: what a person does with the shelf.
 
+#include "adapters/x11/TestDrop.h"
 #include "desktop/Desktop.h"
 #include "desktop/Program.h"
 #include "support/Wait.h"
@@ -165,6 +166,18 @@ TEST_F(ShelfOfAProgram, aTextThatIsDraggedOpensNothingAndCanBeDroppedAllTheSame)
     ASSERT_TRUE(hasHeight(0));
     dropOnShelf(client, restingHeight);
     EXPECT_TRUE(hasHeight(itemsHeight));
+}
+
+TEST_F(ShelfOfAProgram, aDropOfWhichNothingCanBeKeptIsRefused) {
+    tavrine::TestDrop drag(shelf);
+    const auto accepts = [&](const QByteArray &address) {
+        EXPECT_TRUE(drag.enter({{"text/uri-list", {.bytes = address + "\r\n"}}}, top + QPoint(0, 12)));
+        drag.drop();
+        EXPECT_TRUE(waitUntil([&] { return drag.isFinished(); }));
+        return drag.isAccepted();
+    };
+    EXPECT_FALSE(accepts("file://another-machine/tmp/Report.txt"));
+    EXPECT_TRUE(accepts("file:///tmp/Report.txt"));
 }
 
 TEST_F(ShelfOfAProgram, aClickAtTheTopReachesWhatIsBelow) {

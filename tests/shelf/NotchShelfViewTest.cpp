@@ -333,6 +333,26 @@ TEST_F(DropDetection, aDropOfWhatCannotBeReadClosesTheShelf) {
     EXPECT_FALSE(model.isDragTargetActive());
 }
 
+TEST_F(DropDetection, aDropThatLeavesNothingOnTheShelfIsRefused) {
+    dragging.setDroppedContent(
+        {.types = {text("text/uri-list")}, .fileUrls = {}, .fileUrlString = {}, .images = {}, .string = {}});
+    enter();
+    EXPECT_EQ(drop(), Qt::IgnoreAction);
+    dragging.setDroppedContent(
+        {.types = {}, .fileUrls = {}, .fileUrlString = {}, .images = {}, .string = text("words")});
+    enter();
+    EXPECT_EQ(drop(), Qt::CopyAction);
+}
+
+TEST_F(DropDetection, aDropThatIsNotReadInTimeIsTakenAndComesLater) {
+    dragging.beSlow();
+    enter();
+    EXPECT_EQ(drop(), Qt::CopyAction);
+    EXPECT_THAT(model.items(), IsEmpty());
+    time.runPending();
+    EXPECT_EQ(model.items().size(), 1);
+}
+
 TEST_F(DropDetection, whatCanNeverBeKeptIsNotTaken) {
     data.clear();
     data.setData(text("application/x-color"), "red");
