@@ -14,7 +14,9 @@
 #include <QHash>
 #include <QSet>
 
+#include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -30,7 +32,7 @@ struct FileContent {
     QByteArray bytes;
 };
 
-FileContent readWhole(const QString &path) {
+FileContent readOnce(const QString &path) {
     // Without blocking, so that a pipe in the file's place cannot hold the program up.
     const int file = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (file < 0)
@@ -55,9 +57,23 @@ FileContent readWhole(const QString &path) {
     return result;
 }
 
+/// A file is taken for unreadable, with all that it holds, when it is so again: a machine may have no descriptor or no
+/// memory left at one moment.
+FileContent readWhole(const QString &path) {
+    constexpr int tries = 3;
+    FileContent content = readOnce(path);
+    for (int i = 1; i < tries && content.state == FileState::unreadable; ++i)
+        content = readOnce(path);
+    return content;
+}
+
 QByteArray fingerprint(const QByteArray &bytes) {
     return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
 }
+
+// Between two tries to write what the disk did not take.
+constexpr Seconds firstRetry{1};
+constexpr Seconds longestRetry{64};
 
 } // namespace
 
@@ -71,6 +87,8 @@ struct UserDefaults::Private {
     QByteArray known;             ///< fingerprint of the file when it was last read or written
     QSet<QString> unwritten = {}; ///< keys of ours that the file does not have yet
     bool isWriteDue = false;
+    bool isRetryDue = false;
+    Seconds untilRetry = firstRetry;
     bool isLookDue = false;
     mutable QHash<QString, std::optional<Value>> values = {}; ///< what was read from `list` so far
     QFileSystemWatcher watcher = {};
@@ -82,6 +100,7 @@ struct UserDefaults::Private {
     bool merge(PropertyList outside);
     bool setAside();
     void writeLater();
+    void tryAgainLater();
     bool write(const FileContent &present);
     void post() { center.post(QLatin1String(didChangeNotification)); }
 };
@@ -199,6 +218,18 @@ void UserDefaults::Private::writeLater() {
     });
 }
 
+/// Until it is written, or the next change has written it: at a kill nothing is to be missing but what was tried.
+void UserDefaults::Private::tryAgainLater() {
+    if (std::exchange(isRetryDue, true))
+        return;
+    time.asyncAfter(untilRetry, &owner, [this] {
+        isRetryDue = false;
+        if (!unwritten.isEmpty())
+            owner.synchronize();
+    });
+    untilRetry = std::min(untilRetry * 2, longestRetry);
+}
+
 /// Writes what is unwritten over the file that holds `present`, of which `takeIn` has read what can be read.
 bool UserDefaults::Private::write(const FileContent &present) {
     if (unwritten.isEmpty())
@@ -212,6 +243,7 @@ bool UserDefaults::Private::write(const FileContent &present) {
         return false;
     known = fingerprint(*text);
     unwritten.clear();
+    untilRetry = firstRetry;
     watch();
     return true;
 }
@@ -263,6 +295,8 @@ bool UserDefaults::synchronize() {
     const FileContent present = readWhole(d->path);
     const bool isChanged = d->takeIn(present);
     const bool isWritten = d->write(present);
+    if (!isWritten)
+        d->tryAgainLater();
     if (isChanged)
         d->post();
     return isWritten;

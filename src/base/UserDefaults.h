@@ -23,16 +23,16 @@ class Time;
 ///
 ///  1. A value is visible to every reader as soon as `set` returns. It is written to disk before the main queue comes
 ///     to rest again; many changes in one turn are written once. What cannot be written stays in memory and is tried
-///     again with the next change.
+///     again with the next change, and by itself after a second, later ones after twice the time, a minute at most.
 ///  2. The file is replaced whole and durably: after a crash it holds either the old values or the new ones.
 ///  3. Keys that the program does not know, and values of types that it does not use, are kept as they are. How values
 ///     are kept that the file format has no room for stands in `PropertyList.h`. A Date is kept to the second.
 ///  4. A change from outside the program is noticed and read. Where both sides changed one key, ours stands. A file
 ///     that has gone is no change: the values stay, and the next write brings them all back.
-///  5. A file that cannot be read as a property list is set aside under a name that says so, a line on standard
-///     output tells it, and the program starts on its defaults. Nothing is overwritten. A file that becomes
-///     unreadable while the program runs may be in the middle of being written: the values stay in memory, and it is
-///     set aside when we next write if it is unreadable still.
+///  5. A file that cannot be read as a property list, also when that is tried again at once, is set aside under a name
+///     that says so, a line on standard output tells it, and the program starts on its defaults. Nothing is
+///     overwritten. A file that becomes unreadable while the program runs may be in the middle of being written: the
+///     values stay in memory, and it is set aside when we next write if it is unreadable still.
 ///  6. Every `set` and `remove` posts `didChangeNotification` on the centre at once, whether or not it changes the
 ///  value;
 ///     changes from outside that came together post it once. An observer that writes must therefore know when to stop.

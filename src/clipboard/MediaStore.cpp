@@ -134,8 +134,15 @@ std::optional<QString> MediaStore::saveImage(QImage image) {
         const std::scoped_lock lock(m_mutex);
         m_savedNow.insert(fileName);
     }
-    if (!writePrivateFile(*folder + u'/' + fileName, *jpeg))
-        return std::nullopt;
+    // Twice: the picture is lost with this file, and a disk or a table of descriptors that is full at one moment may
+    // not be at the next.
+    const QString path = *folder + u'/' + fileName;
+    if (!writePrivateFile(path, *jpeg)) {
+        if (const FileResult again = writePrivateFile(path, *jpeg); !again) {
+            printLine(QStringLiteral("DEBUG: A picture could not be stored: ") + again.reason());
+            return std::nullopt;
+        }
+    }
     const std::scoped_lock lock(m_mutex);
     m_unclaimed = fileName;
     m_unclaimedKey = key;

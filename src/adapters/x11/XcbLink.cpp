@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <thread>
 
 #include <poll.h>
 #include <xcb/xcbext.h>
@@ -20,9 +21,23 @@ xcb_screen_t *screenOf(xcb_connection_t *connection, int number) {
     return screens.rem > 0 ? screens.data : nullptr;
 }
 
+/// A server that has many at its door, or a machine that has no descriptor left at this moment, refuses one connection
+/// and takes the next, and who asks for one gives up what it is for without it.
+xcb_connection_t *connect(int &screenNumber) {
+    constexpr int tries = 4;
+    constexpr auto pause = std::chrono::milliseconds(10);
+    xcb_connection_t *connection = xcb_connect(nullptr, &screenNumber);
+    for (int i = 1; i < tries && xcb_connection_has_error(connection) == XCB_CONN_ERROR; ++i) {
+        xcb_disconnect(connection);
+        std::this_thread::sleep_for(pause);
+        connection = xcb_connect(nullptr, &screenNumber);
+    }
+    return connection;
+}
+
 } // namespace
 
-XcbLink::XcbLink(Wait longestWait) : m_connection(xcb_connect(nullptr, &m_screenNumber)), m_longestWait(longestWait) {
+XcbLink::XcbLink(Wait longestWait) : m_connection(connect(m_screenNumber)), m_longestWait(longestWait) {
     if (!xcb_connection_has_error(m_connection))
         m_screen = screenOf(m_connection, m_screenNumber);
 }

@@ -33,7 +33,7 @@ public:
     using Wait = std::chrono::milliseconds;
     static constexpr Wait forEver = Wait::max();
 
-    /// Connects to $DISPLAY.
+    /// Connects to $DISPLAY; a refusal is asked again, for some hundredths of a second.
     explicit XcbLink(Wait longestWait);
     ~XcbLink();
     XcbLink(const XcbLink &) = delete;
@@ -95,12 +95,12 @@ public:
 private:
     void *await(unsigned int sequence);
 
+    int m_screenNumber = 0; // before the connection, whose making sets it
     xcb_connection_t *m_connection;
     xcb_screen_t *m_screen = nullptr;
     XcbEvent m_next; ///< taken out of xcb, which hides how many it has
     std::map<std::string, xcb_atom_t> m_atoms;
     Wait m_longestWait;
-    int m_screenNumber = 0;
     bool m_isLate = false;
 };
 

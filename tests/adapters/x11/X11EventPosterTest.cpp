@@ -1,14 +1,17 @@
 #include "adapters/x11/X11EventPoster.h"
 
 #include "adapters/x11/ForeignWindow.h"
+#include "adapters/x11/XcbLink.h"
 #include "base/VirtualKeys.h"
 #include "ports/EventMonitors.h"
+#include "reliability/FailingCall.h"
 #include "support/TestKeyboard.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdlib>
 #include <thread>
 
@@ -28,6 +31,14 @@ constexpr int pastes = 100;
 
 QString part(int i) {
     return QStringLiteral("p%1;").arg(i, 3, 10, QLatin1Char('0'));
+}
+
+/// A poster that is made without a connection pastes nothing, for as long as the program runs.
+TEST(XcbLinkTest, aConnectionThatIsRefusedOnceIsMadeAllTheSame) {
+    const testing::FailingCall call(testing::FaultKind::connect, 1, EAGAIN);
+    const XcbLink link(1s);
+    EXPECT_TRUE(call.hasFailed());
+    EXPECT_TRUE(link.isOpen());
 }
 
 class X11EventPosterTest : public ::testing::Test {
