@@ -92,6 +92,12 @@ void Motion::begin() {
 }
 
 void Motion::advance(Seconds now) {
+    // The wish may come while this is under way: it goes to the end with this frame, as a start would at once.
+    const bool moves = Look::moves();
+    if (m_run && !moves) {
+        stop();
+        return;
+    }
     if (m_run) {
         const auto step = m_run;
         const MotionClock *clock = m_clock;
@@ -103,7 +109,7 @@ void Motion::advance(Seconds now) {
     }
     const Seconds passed = now - m_started;
     const Step step = m_step;
-    if (passed < m_length) {
+    if (passed < m_length && moves) {
         step(m_curve(passed));
         return;
     }

@@ -80,6 +80,8 @@ void PanelAnimator::step(PanelWindow *panel) {
     const auto found = m_animations.find(panel);
     if (found == m_animations.end())
         return;
+    if (!animates()) // since the animation began
+        return finish(*panel, found->second->target);
     const Animation &animation = *found->second;
     const double t =
         std::clamp((m_time.systemUptime() - animation.start).count() / animation.duration.count(), 0.0, 1.0);

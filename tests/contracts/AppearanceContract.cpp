@@ -1,6 +1,7 @@
 #include "adapters/fake/FakeAppearance.h"
 #include "adapters/linux/DesktopLooks.h"
 #include "adapters/linux/GtkSettingsFiles.h"
+#include "adapters/linux/PlasmaSettingsFile.h"
 #include "adapters/linux/PortalAppearance.h"
 #include "support/Wait.h"
 
@@ -22,6 +23,8 @@ namespace {
 const auto service = QStringLiteral("org.freedesktop.portal.Desktop");
 const auto path = QStringLiteral("/org/freedesktop/portal/desktop");
 const auto interface = QStringLiteral("org.freedesktop.portal.Settings");
+const auto gnomeGroup = QStringLiteral("org.gnome.desktop.interface");
+const auto plasmaGroup = QStringLiteral("org.kde.kdeglobals.KDE");
 const auto appearanceGroup = QStringLiteral("org.freedesktop.appearance");
 
 struct Rgb {
@@ -134,9 +137,35 @@ TEST_F(DesktopAppearanceTest, followsChangesAndTellsEachOnce) {
     portal.set(appearanceGroup, QStringLiteral("color-scheme"), 2U);
     ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings().colorScheme == ColorScheme::light; }));
     EXPECT_EQ(changes, 2);
-    portal.set(QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("enable-animations"), false);
+    portal.set(gnomeGroup, QStringLiteral("enable-animations"), false);
     ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings().reducesMotion; }));
     EXPECT_EQ(changes, 3);
+}
+
+TEST_F(DesktopAppearanceTest, eachWishForLessMotionCountsByItself) {
+    const auto follows = [](const PortalAppearance &appearance, bool reduces) {
+        return testing::waitUntil([&] { return appearance.settings().reducesMotion == reduces; });
+    };
+    // Told at first, beside others that ask for nothing, in whichever order they stand.
+    portal.set(appearanceGroup, QStringLiteral("reduced-motion"), 0U);
+    portal.set(gnomeGroup, QStringLiteral("enable-animations"), false);
+    portal.set(plasmaGroup, QStringLiteral("AnimationDurationFactor"), QStringLiteral("1"));
+    portal.appear();
+    PortalAppearance appearance(QDBusConnection::sessionBus());
+    ASSERT_TRUE(follows(appearance, true));
+    portal.set(appearanceGroup, QStringLiteral("reduced-motion"), 1U);
+    portal.set(gnomeGroup, QStringLiteral("enable-animations"), true);
+    portal.set(appearanceGroup, QStringLiteral("color-scheme"), 1U); // what was told before has arrived with this
+    ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings().colorScheme == ColorScheme::dark; }));
+    EXPECT_TRUE(appearance.settings().reducesMotion);
+    portal.set(appearanceGroup, QStringLiteral("reduced-motion"), 0U);
+    ASSERT_TRUE(follows(appearance, false));
+    for (const QVariant &none : {QVariant(QStringLiteral("0")), QVariant(0.0), QVariant(QStringLiteral("0.0"))}) {
+        portal.set(plasmaGroup, QStringLiteral("AnimationDurationFactor"), none);
+        EXPECT_TRUE(follows(appearance, true));
+        portal.set(plasmaGroup, QStringLiteral("AnimationDurationFactor"), QStringLiteral("0.25"));
+        EXPECT_TRUE(follows(appearance, false));
+    }
 }
 
 TEST_F(DesktopAppearanceTest, takesNoColourFromNonsense) {
@@ -209,6 +238,51 @@ TEST(GtkSettingsFilesTest, nameTheThemesOfIconsAndSounds) {
     EXPECT_EQ(themes.hasEventSounds, false);
 }
 
+TEST(GtkSettingsFilesTest, askForLessMotion) {
+    SettingsFiles files;
+    const auto reduces = [&] { return GtkSettingsFiles(files.folder()).settings().reducesMotion; };
+    EXPECT_FALSE(reduces());
+    files.write("gtk-3.0", "gtk-enable-animations=0\n");
+    EXPECT_TRUE(reduces());
+    files.write("gtk-3.0", "gtk-enable-animations=false\ngtk-theme-name=Adwaita-dark\n");
+    EXPECT_TRUE(reduces());
+    EXPECT_EQ(GtkSettingsFiles(files.folder()).settings().colorScheme, ColorScheme::dark);
+    files.write("gtk-4.0", "gtk-enable-animations=1\n");
+    EXPECT_FALSE(reduces());
+}
+
+TEST(PlasmaSettingsFileTest, asksForLessMotionByAFactorOfNothing) {
+    const QTemporaryDir folder;
+    const auto write = [&](const QByteArray &bytes) {
+        QSaveFile file(folder.filePath(QStringLiteral("kdeglobals")));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        ASSERT_TRUE(file.commit());
+    };
+    const auto reduces = [&] { return PlasmaSettingsFile(folder.path()).settings().reducesMotion; };
+    EXPECT_FALSE(reduces());
+    for (const char *still :
+         {"[KDE]\nAnimationDurationFactor=0\n", "[General]\nx=1\n[KDE]\nAnimationDurationFactor = 0.0"}) {
+        write(still);
+        EXPECT_TRUE(reduces()) << still;
+    }
+    for (const char *moving :
+         {"", "[KDE]\nAnimationDurationFactor=0.5\n", "[KDE]\nAnimationDurationFactor=\n",
+          "[KDE]\nAnimationDurationFactor=nan\n", "[Other]\nAnimationDurationFactor=0\n", "[KDE]\nSingleClick=0\n"}) {
+        write(moving);
+        EXPECT_FALSE(reduces()) << moving;
+    }
+
+    PlasmaSettingsFile appearance(folder.path());
+    int changes = 0;
+    appearance.setOnChange([&] { ++changes; });
+    write("[KDE]\nAnimationDurationFactor=0\n"); // each time another file in its place
+    ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings().reducesMotion; }));
+    write("[KDE]\nAnimationDurationFactor=1\n");
+    ASSERT_TRUE(testing::waitUntil([&] { return !appearance.settings().reducesMotion; }));
+    EXPECT_EQ(changes, 2);
+}
+
 TEST(GtkSettingsFilesTest, aFileThatIsReplacedIsReadAnew) {
     SettingsFiles files;
     files.write("gtk-3.0", "gtk-theme-name=Adwaita\n");
@@ -243,6 +317,29 @@ TEST_F(DesktopAppearanceTest, theToolkitsSettingsCountWhereNoPortalAnswers) {
     portal.leave();
     EXPECT_TRUE(testing::waitUntil([&] { return looks.settings().colorScheme == ColorScheme::dark; }));
     EXPECT_EQ(changes, 3);
+}
+
+TEST_F(DesktopAppearanceTest, whoeverAsksForLessMotionIsHeardAndKeepsNobodysColoursBack) {
+    std::vector<FakeAppearance *> toolkits;
+    std::vector<std::unique_ptr<Appearance>> owned;
+    for (int i = 0; i < 2; ++i) {
+        auto toolkit = std::make_unique<FakeAppearance>();
+        toolkits.push_back(toolkit.get());
+        owned.push_back(std::move(toolkit));
+    }
+    DesktopLooks looks(std::move(owned));
+    toolkits[0]->set({.reducesMotion = true});
+    toolkits[1]->set({.colorScheme = ColorScheme::dark});
+    EXPECT_EQ(looks.settings(), (DesktopAppearance{.colorScheme = ColorScheme::dark, .reducesMotion = true}));
+
+    portal.set(gnomeGroup, QStringLiteral("enable-animations"), true, false);
+    portal.appear();
+    ASSERT_TRUE(testing::waitUntil([&] { return looks.settings().colorScheme == ColorScheme::noPreference; }));
+    EXPECT_TRUE(looks.settings().reducesMotion);
+    toolkits[0]->set({});
+    EXPECT_FALSE(looks.settings().reducesMotion);
+    portal.set(gnomeGroup, QStringLiteral("enable-animations"), false);
+    EXPECT_TRUE(testing::waitUntil([&] { return looks.settings().reducesMotion; }));
 }
 
 TEST(FakeAppearance, tellsAChangeOnceAndAfterIt) {

@@ -248,6 +248,22 @@ TEST_F(MotionTest, anEndlessMotionDoesNotBeginUnderReducedMotion) {
     EXPECT_EQ(time.timerCount(), 0);
 }
 
+TEST_F(MotionTest, goesToTheEndWithTheNextFrameWhenMotionIsReducedMeanwhile) {
+    start(10s);
+    Motion endless;
+    int frames = 0;
+    endless.run([&](Seconds) { return ++frames > 0; });
+    time.advance(20ms);
+    EXPECT_EQ(ends, 0);
+    appearance.set({.reducesMotion = true});
+    const int before = frames;
+    time.advance(20ms);
+    EXPECT_EQ(values.back(), 1.0);
+    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(frames, before);
+    EXPECT_EQ(time.timerCount(), 0);
+}
+
 TEST(MotionWithoutALook, goesToTheEndAtOnce) {
     Motion motion;
     double last = 0;

@@ -18,6 +18,7 @@
 #include "adapters/linux/NetlinkPathMonitor.h"
 #include "adapters/linux/NoMicrophoneSessions.h"
 #include "adapters/linux/PackageKitUpdates.h"
+#include "adapters/linux/PlasmaSettingsFile.h"
 #include "adapters/linux/PlayerProcess.h"
 #include "adapters/linux/PluginKeychain.h"
 #include "adapters/linux/PluginLoader.h"
@@ -126,6 +127,7 @@ Appearance &LinuxDesktop::appearance() {
 std::vector<std::unique_ptr<Appearance>> LinuxDesktop::toolkitSettings() {
     std::vector<std::unique_ptr<Appearance>> settings;
     settings.push_back(std::make_unique<GtkSettingsFiles>(folders().preferences));
+    settings.push_back(std::make_unique<PlasmaSettingsFile>(folders().preferences));
     return settings;
 }
 

@@ -24,12 +24,21 @@ DesktopLooks::DesktopLooks(std::vector<std::unique_ptr<Appearance>> toolkits) : 
 DesktopLooks::~DesktopLooks() = default;
 
 DesktopAppearance DesktopLooks::settings() const {
+    DesktopAppearance settings;
+    bool areColoursSaid = false;
+    const auto hear = [&](const DesktopAppearance &said, bool isLastWord) {
+        if (!areColoursSaid) {
+            settings.colorScheme = said.colorScheme;
+            settings.accent = said.accent;
+        }
+        areColoursSaid = areColoursSaid || isLastWord || said.colorScheme != ColorScheme::noPreference || said.accent;
+        settings.reducesMotion = settings.reducesMotion || said.reducesMotion;
+    };
     if (m_portal && m_portal->hasAnswered())
-        return m_portal->settings();
+        hear(m_portal->settings(), true);
     for (const auto &each : m_toolkits)
-        if (const DesktopAppearance said = each->settings(); said != DesktopAppearance{})
-            return said;
-    return {};
+        hear(each->settings(), false);
+    return settings;
 }
 
 void DesktopLooks::tellChange() {

@@ -11,8 +11,10 @@ namespace tavrine {
 
 class PortalAppearance;
 
-/// The desktop's wishes for looks by whoever knows them: the portal where one answers, else the first of the toolkits'
-/// own settings that says anything. Lives on the main thread; unsaid until the session bus is open.
+/// The desktop's wishes for looks by whoever knows them. Colours: the portal's where one answers, else those of the
+/// first of the toolkits' own settings that says any. Less motion: wherever one of them asks for it, since portals
+/// answer for settings of another desktop, which nobody has set. Lives on the main thread; unsaid until the session bus
+/// is open.
 class DesktopLooks final : public QObject, public Appearance {
     Q_OBJECT
 public:

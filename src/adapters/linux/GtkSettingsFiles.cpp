@@ -40,9 +40,8 @@ std::optional<bool> claim(const Settings &settings, const char *key) {
     return *found == "1" || found->toLower() == "true";
 }
 
-/// Whether the file asks for dark; none when it says nothing of it.
-std::optional<bool> wantsDark(const QString &path) {
-    const Settings settings = settingsOf(path);
+/// Whether a file asks for dark; none when it says nothing of it.
+std::optional<bool> wantsDark(const Settings &settings) {
     const std::optional<bool> prefersDark = claim(settings, "gtk-application-prefer-dark-theme");
     const auto theme = settings.constFind("gtk-theme-name");
     if (!prefersDark && theme == settings.constEnd())
@@ -93,12 +92,18 @@ void GtkSettingsFiles::watch() {
 
 void GtkSettingsFiles::read() {
     watch();
+    std::optional<bool> isDark;
+    std::optional<bool> moves;
+    for (const QString &file : m_files) {
+        const Settings settings = settingsOf(file);
+        if (!isDark)
+            isDark = wantsDark(settings);
+        if (!moves)
+            moves = claim(settings, "gtk-enable-animations");
+    }
     DesktopAppearance now;
-    for (const QString &file : m_files)
-        if (const auto isDark = wantsDark(file)) {
-            now.colorScheme = *isDark ? ColorScheme::dark : ColorScheme::noPreference;
-            break;
-        }
+    now.colorScheme = isDark.value_or(false) ? ColorScheme::dark : ColorScheme::noPreference;
+    now.reducesMotion = !moves.value_or(true);
     if (std::exchange(m_settings, now) != now && m_onChange)
         m_onChange();
 }

@@ -9,8 +9,8 @@
 
 namespace tavrine {
 
-/// What a person's settings files of GTK say about dark looks, where no portal and no settings service runs: a bare
-/// window manager. The newer version's file counts before the older one's. Lives on the main thread.
+/// What a person's settings files of GTK say about dark looks and motion, where no portal and no settings service runs:
+/// a bare window manager. The newer version's file counts before the older one's. Lives on the main thread.
 class GtkSettingsFiles final : public QObject, public Appearance {
     Q_OBJECT
 public:

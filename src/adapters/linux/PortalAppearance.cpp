@@ -1,5 +1,7 @@
 #include "adapters/linux/PortalAppearance.h"
 
+#include "adapters/linux/PlasmaSettingsFile.h"
+
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusMetaType>
@@ -17,6 +19,7 @@ const auto path = QStringLiteral("/org/freedesktop/portal/desktop");
 const auto interface = QStringLiteral("org.freedesktop.portal.Settings");
 const auto appearance = QStringLiteral("org.freedesktop.appearance");
 const auto gnome = QStringLiteral("org.gnome.desktop.interface");
+const auto plasma = QStringLiteral("org.kde.kdeglobals.KDE");
 
 // Portals have been seen to wrap a value once more than they say.
 QVariant unwrapped(QVariant value) {
@@ -45,22 +48,29 @@ std::optional<QColor> colour(const QVariant &value) {
     return QColor::fromRgbF(float(red), float(green), float(blue)).toRgb();
 }
 
-DesktopAppearance with(DesktopAppearance settings, const QString &group, const QString &key, const QVariant &wrapped) {
+} // namespace
+
+void PortalAppearance::Told::take(const QString &group, const QString &key, const QVariant &wrapped) {
     const QVariant value = unwrapped(wrapped);
     if (group == appearance && key == QLatin1String("color-scheme")) {
         const uint scheme = value.toUInt();
-        settings.colorScheme = scheme <= 2 ? ColorScheme(scheme) : ColorScheme::noPreference;
+        colours.colorScheme = scheme <= 2 ? ColorScheme(scheme) : ColorScheme::noPreference;
     } else if (group == appearance && key == QLatin1String("accent-color")) {
-        settings.accent = colour(value);
+        colours.accent = colour(value);
     } else if (group == appearance && key == QLatin1String("reduced-motion")) {
-        settings.reducesMotion = value.toUInt() == 1;
+        isMotionReduced = value.toUInt() == 1;
     } else if (group == gnome && key == QLatin1String("enable-animations") && value.userType() == QMetaType::Bool) {
-        settings.reducesMotion = !value.toBool();
+        isStillInGnome = !value.toBool();
+    } else if (group == plasma && key == QLatin1String("AnimationDurationFactor")) {
+        isStillInPlasma = isNoDuration(value);
     }
-    return settings;
 }
 
-} // namespace
+DesktopAppearance PortalAppearance::Told::settings() const {
+    DesktopAppearance settings = colours;
+    settings.reducesMotion = isMotionReduced || isStillInGnome || isStillInPlasma;
+    return settings;
+}
 
 PortalAppearance::PortalAppearance(const QDBusConnection &bus, QObject *parent)
     : QObject(parent), m_bus(bus), m_watcher(service, bus, QDBusServiceWatcher::WatchForOwnerChange) {
@@ -82,7 +92,7 @@ PortalAppearance::PortalAppearance(const QDBusConnection &bus, QObject *parent)
 
 void PortalAppearance::read() {
     auto message = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("ReadAll"));
-    message << QStringList{appearance, gnome};
+    message << QStringList{appearance, gnome, plasma};
     message.setAutoStartService(false);
     auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(message), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
@@ -91,25 +101,26 @@ void PortalAppearance::read() {
                 const QDBusPendingReply<QMap<QString, QVariantMap>> reply = *call;
                 if (number != m_reading || reply.isError())
                     return; // no portal, or one without settings: everything stays as it is
-                DesktopAppearance settings;
+                Told told;
                 const auto groups = reply.value();
-                for (const QString &group : {gnome, appearance}) {
-                    const QVariantMap values = groups.value(group);
-                    for (auto value = values.begin(); value != values.end(); ++value)
-                        settings = with(settings, group, value.key(), value.value());
+                for (auto group = groups.begin(); group != groups.end(); ++group) {
+                    for (auto value = group->begin(); value != group->end(); ++value)
+                        told.take(group.key(), value.key(), value.value());
                 }
-                take(settings, true);
+                take(told, true);
             });
 }
 
 void PortalAppearance::settingChanged(const QString &group, const QString &key, const QDBusVariant &value) {
-    take(with(m_settings, group, key, value.variant()), true);
+    Told told = m_told;
+    told.take(group, key, value.variant());
+    take(told, true);
 }
 
-void PortalAppearance::take(const DesktopAppearance &settings, bool hasAnswered) {
-    const bool isNews = hasAnswered != m_hasAnswered || settings != m_settings;
+void PortalAppearance::take(const Told &told, bool hasAnswered) {
+    const bool isNews = hasAnswered != m_hasAnswered || told.settings() != m_told.settings();
     m_hasAnswered = hasAnswered;
-    m_settings = settings;
+    m_told = told;
     if (isNews && m_onChange)
         m_onChange();
 }

@@ -73,8 +73,12 @@ XSettings settingsIn(const QByteArray &bytes) {
                 settings.themes.sounds = QString::fromUtf8(value);
         } else if (type == integer) {
             const quint32 value = reader.number(4);
-            if (name == "Net/EnableEventSounds" && reader.isGood())
+            if (!reader.isGood())
+                break;
+            if (name == "Net/EnableEventSounds")
                 settings.themes.hasEventSounds = value != 0;
+            else if (name == "Gtk/EnableAnimations")
+                settings.hasAnimations = value != 0;
         } else if (type == colour) {
             reader.skip(8);
         } else {
@@ -113,6 +117,7 @@ void XSettingsAppearance::read() {
     DesktopAppearance now;
     if (isDarkTheme(settings.theme))
         now.colorScheme = ColorScheme::dark;
+    now.reducesMotion = !settings.hasAnimations;
     if (std::exchange(m_settings, now) != now && m_onChange)
         m_onChange();
 }

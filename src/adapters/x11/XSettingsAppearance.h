@@ -13,12 +13,14 @@ namespace tavrine {
 struct XSettings {
     QString theme; ///< "Net/ThemeName"
     DesktopThemes themes;
+    bool hasAnimations = true; ///< "Gtk/EnableAnimations"
 };
 /// Nothing of what is missing, and of what stands behind bytes that are not what they should be.
 [[nodiscard]] XSettings settingsIn(const QByteArray &bytes);
 
-/// Dark looks by the theme of the desktop's settings service (XSETTINGS), which toolkits of all kinds follow. Lives on
-/// the main thread, on a connection of its own; a service that comes later or goes is heard.
+/// Dark looks by the theme of the desktop's settings service (XSETTINGS), which toolkits of all kinds follow, and
+/// whether things move. Lives on the main thread, on a connection of its own; a service that comes later or goes is
+/// heard.
 class XSettingsAppearance final : public Appearance {
 public:
     XSettingsAppearance();

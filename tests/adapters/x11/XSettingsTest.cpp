@@ -50,6 +50,17 @@ TEST(XSettings, theThemesOfIconsAndSoundsAreFoundAndWhetherThereAreSounds) {
     EXPECT_EQ(settingsIn(bytes(0)).themes.hasEventSounds, false);
 }
 
+TEST(XSettings, thingsMoveUnlessItSaysThatTheyDoNot) {
+    const auto bytes = [](quint32 animations) {
+        return QByteArray(8, '\0') + number(2) + head(0, "Gtk/EnableAnimations") + number(animations) +
+               words("Net/ThemeName", "Arc");
+    };
+    EXPECT_TRUE(settingsIn(settingsWithTheme("Arc")).hasAnimations);
+    EXPECT_TRUE(settingsIn(bytes(1)).hasAnimations);
+    EXPECT_FALSE(settingsIn(bytes(0)).hasAnimations);
+    EXPECT_TRUE(settingsIn(bytes(0).first(36)).hasAnimations); // its value is cut
+}
+
 TEST(XSettings, bytesThatEndTooEarlyGiveNoName) {
     const QByteArray whole = settingsWithTheme("Adwaita-dark");
     for (qsizetype length = 0; length < whole.size(); ++length)
@@ -91,8 +102,8 @@ public:
                        reinterpret_cast<const char *>(&notice));
         (void)m_link.finish();
     }
-    void set(const QByteArray &theme) {
-        const QByteArray bytes = settingsWithTheme(theme);
+    void set(const QByteArray &theme) { tell(settingsWithTheme(theme)); }
+    void tell(const QByteArray &bytes) {
         const xcb_atom_t property = m_link.atom("_XSETTINGS_SETTINGS");
         xcb_change_property(m_link.connection(), XCB_PROP_MODE_REPLACE, m_window, property, property, 8,
                             static_cast<quint32>(bytes.size()), bytes.constData());
@@ -117,6 +128,10 @@ TEST(XSettingsService, isReadFollowedAndMissedWhenItGoes) {
         ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings() == DesktopAppearance{}; }));
         service.set("Arc-Dark");
         EXPECT_TRUE(testing::waitUntil([&] { return changes == 3; }));
+        service.tell(QByteArray(8, '\0') + number(1) + head(0, "Gtk/EnableAnimations") + number(0));
+        EXPECT_TRUE(testing::waitUntil([&] { return appearance.settings().reducesMotion; }));
+        service.set("Arc-Dark");
+        EXPECT_TRUE(testing::waitUntil([&] { return !appearance.settings().reducesMotion; }));
         EXPECT_EQ(XSettingsAppearance().settings().colorScheme, ColorScheme::dark); // it was there before
     }
     EXPECT_TRUE(testing::waitUntil([&] { return appearance.settings() == DesktopAppearance{}; }));
