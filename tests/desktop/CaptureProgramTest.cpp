@@ -190,8 +190,9 @@ TEST_P(CaptureProgram, theCardOfTheLastCaptureIsNotInTheNext) {
     EXPECT_TRUE(waitUntil([&place] { return isOnPasteboard(place.adjusted(-10, -10, 10, 10)); }, 3s));
     EXPECT_TRUE(waitUntil([this] { return cards() == 1; }));
     // One that is given up leaves the card where it was.
-    pressHotKey();
+    ASSERT_NO_FATAL_FAILURE(pressHotKey());
     EXPECT_EQ(cards(), 0U);
+    ASSERT_TRUE(hasKeyboard());
     desktop.pressEscape();
     EXPECT_TRUE(waitUntil([this] { return cards() == 1; }));
 }
