@@ -2,6 +2,7 @@
 
 #include <QProcess>
 #include <QStringList>
+#include <QThread>
 
 #include <csignal>
 
@@ -16,7 +17,7 @@ public:
 
     explicit PrivateScreen(const QStringList &options = {}, const QString &size = QStringLiteral("1280x800x24"),
                            Kind kind = Kind::onItsOwn)
-        : m_before(qgetenv("DISPLAY")) {
+        : m_before(qgetenv("DISPLAY")), m_kind(kind) {
         QStringList arguments{QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen")};
         if (kind == Kind::onItsOwn)
             arguments << QStringLiteral("0");
@@ -38,10 +39,22 @@ public:
     void end() {
         m_server.kill();
         m_server.waitForFinished();
+        // A window manager that is busy takes its frame away later, and may put it above all others before that.
+        for (int i = 0; m_kind == Kind::inAWindow && i < 500 && hasManagedWindows(); ++i)
+            QThread::msleep(20);
     }
 
 private:
+    [[nodiscard]] bool hasManagedWindows() const {
+        QProcess xprop;
+        xprop.start(QStringLiteral("xprop"),
+                    {QStringLiteral("-display"), QString::fromLatin1(m_before), QStringLiteral("-root"),
+                     QStringLiteral("_NET_CLIENT_LIST")});
+        return xprop.waitForFinished(10'000) && xprop.readAll().contains("0x");
+    }
+
     QByteArray m_before;
+    Kind m_kind;
     QProcess m_server;
 };
 

@@ -106,8 +106,8 @@ TEST_F(ScreenStreamTrouble, aServerThatHangsWhileAStreamBeginsIsWaitedFor) {
     auto running = std::async(std::launch::async, [&] { return loop.run(); });
     EXPECT_TRUE(eventually([&] { return frames() > 0; }));
     EXPECT_EQ(seenAt(165, 125), 0x303030U);
-    client.warpPointer(area.topLeft() + QPoint(20, 20)); // over a screen on which nothing else changes
     const int before = frames();
+    client.warpPointer(area.topLeft() + QPoint(20, 20)); // over a screen on which nothing else changes
     EXPECT_TRUE(eventually([&] { return frames() > before; }));
     session.end();
     EXPECT_EQ(running.get(), std::nullopt);
