@@ -6,6 +6,7 @@
 #include "base/Uuid.h"
 #include "panels/Placement.h"
 #include "recording/RecordingLeftovers.h"
+#include "recording/StopBarPlace.h"
 
 #include <QFile>
 #include <QPointer>
@@ -30,14 +31,6 @@ PanelDescription overScreen(const QString &title, QSizeF size, bool ignoresMouse
 
 QString stopBarTitle() {
     return QStringLiteral("Recording");
-}
-
-/// In the middle of the screen's upper edge.
-QRectF placeOfBar(const Screen &screen, QSizeF size) {
-    const QRectF &frame = screen.frame;
-    return {frame.x() + (frame.width() - size.width()) * 0.5,
-            minY(frame) + frame.height() - size.height() - ScreenRecorder::stopBarBelowTop, size.width(),
-            size.height()};
 }
 
 } // namespace
@@ -321,8 +314,8 @@ void ScreenRecorder::showStopBar(const RecordingArea &area) {
     m_ports.selection.time.async(this, [this, area] {
         const Content content = m_views.stopBar ? m_views.stopBar(*this) : Content{};
         const QSizeF size = content.fittingSize.expandedTo(leastStopBar);
-        m_stopBar.show(overScreen(stopBarTitle(), size, false), placeOfBar(area.screen, size), content.view,
-                       OverlayWindow::Keyboard::leftWhereItIs);
+        m_stopBar.show(overScreen(stopBarTitle(), size, false), outOfPictures(placeOfStopBar(area.screen, size)),
+                       content.view, OverlayWindow::Keyboard::leftWhereItIs);
     });
 }
 
@@ -339,13 +332,19 @@ std::weak_ptr<int> ScreenRecorder::awaitMovie() {
 void ScreenRecorder::showFinishing(const Screen &screen) {
     const Content content = m_views.finishing ? m_views.finishing() : Content{};
     const QSizeF size = content.fittingSize;
-    m_finishing.show(overScreen(QStringLiteral("Finishing"), size, true), placeOfBar(screen, size), content.view,
+    m_finishing.show(overScreen(QStringLiteral("Finishing"), size, true), placeOfStopBar(screen, size), content.view,
                      OverlayWindow::Keyboard::leftWhereItIs);
 }
 
 void ScreenRecorder::stopAwaiting() {
     m_awaited.reset();
     m_finishing.clear();
+}
+
+/// A desktop that tells no windows keeps none out of its pictures.
+QRectF ScreenRecorder::outOfPictures(const QRectF &bar) const {
+    const bool isInPictures = m_lastArea && !m_ports.engine.streams.tellsWindows();
+    return isInPictures ? movedOutOf(*m_lastArea, bar, m_ports.selection.screens.screens()) : bar;
 }
 
 /// Without its bar nobody could end a recording.
@@ -364,7 +363,7 @@ void ScreenRecorder::fitStopBar(QSizeF fittingSize) {
     // Its right end stays, where "Stop" is: growing round its middle brought "Restart" under a pointer on its way
     // there.
     const double right = frame.x() + frame.width();
-    window->setFrame({right - size.width(), maxY(frame) - size.height(), size.width(), size.height()});
+    window->setFrame(outOfPictures({right - size.width(), maxY(frame) - size.height(), size.width(), size.height()}));
 }
 
 } // namespace tavrine

@@ -55,7 +55,6 @@ public:
     static constexpr Seconds untilFinishingIsShown{0.3};    ///< what is there before that needs no words
     static constexpr std::chrono::seconds silenceIsTold{3}; ///< of a microphone that should be heard
     static constexpr QSizeF leastStopBar{200, 40};
-    static constexpr double stopBarBelowTop = 40;
 
     ScreenRecorder(const Ports &ports, Actions actions, RecordingPreview::Saving saving, Views views);
     ~ScreenRecorder() override;
@@ -115,6 +114,7 @@ private:
     void showBorder(const RecordingArea &area);
     void showStopBar(const RecordingArea &area);
     void showFinishing(const Screen &screen);
+    [[nodiscard]] QRectF outOfPictures(const QRectF &bar) const;
     void keepStopBarOnScreen();
     void hideCountdown();
     void tearDown();

@@ -30,6 +30,52 @@ TEST_F(Recorder, theBorderAndTheBarAreThereBeforeTheRecordingAndAreLeftOutOfIt) 
                 ElementsAre(border.windowNumber(), bar.windowNumber()));
 }
 
+/// A desktop whose pictures show all windows, with one screen of 1440 by 900 points.
+class RecorderOfAllWindows : public Recorder {
+protected:
+    RecorderOfAllWindows() { streams.setTellsWindows(false); }
+    /// The bar's place while `area`, with its origin at the top left, is recorded.
+    [[nodiscard]] QRectF barBeside(const QRectF &area) {
+        recorder->cancelRecording(); // of another area
+        selectArea(area).start();
+        EXPECT_TRUE(happens([this] { return recorder->isRecording(); }));
+        return recorder->floatingStopWindow()->frame();
+    }
+};
+
+TEST_F(RecorderOfAllWindows, theBarStaysAtItsPlaceWhereNothingOfItIsRecorded) {
+    EXPECT_EQ(barBeside({100, 90, 1000, 700}), QRectF(620, 820, 200, 40));
+}
+
+TEST_F(RecorderOfAllWindows, theBarGoesOutOfTheAreaTheShortestWayAndClearOfTheBorder) {
+    EXPECT_EQ(barBeside({100, 60, 1000, 700}), QRectF(620, 900 - 55, 200, 40)); // above it
+    EXPECT_EQ(barBeside({100, 20, 1000, 700}), QRectF(620, 180 - 5 - 40, 200, 40));
+    EXPECT_EQ(barBeside({0, 0, 700, 900}), QRectF(705, 820, 200, 40));
+    EXPECT_EQ(barBeside({600, 0, 840, 900}), QRectF(595 - 200, 820, 200, 40));
+}
+
+TEST_F(RecorderOfAllWindows, aBarThatGrowsStaysOutOfTheArea) {
+    EXPECT_EQ(barBeside({0, 0, 700, 900}), QRectF(705, 820, 200, 40));
+    recorder->fitStopBar({300, 40});
+    EXPECT_EQ(recorder->floatingStopWindow()->frame(), QRectF(705, 820, 300, 40));
+}
+
+TEST_F(RecorderOfAllWindows, withoutRoomTheBarGoesToAnotherScreenAndStaysWhereThereIsNone) {
+    const QRectF usual(620, 820, 200, 40);
+    EXPECT_EQ(barBeside({10, 10, 1420, 880}), usual);
+    Screen other = screens.screens().first();
+    other.number = 2;
+    other.frame = other.visibleFrame = QRectF(1440, 100, 800, 600);
+    screens.setScreens({screens.screens().first(), other});
+    EXPECT_EQ(barBeside({10, 10, 1420, 880}), QRectF(1440 + 300, 700 - 80, 200, 40));
+}
+
+TEST_F(Recorder, theBarStaysAtItsPlaceWhereItIsKeptOutOfThePictures) {
+    selectArea({100, 20, 1000, 700}).start();
+    ASSERT_TRUE(happens([this] { return recorder->isRecording(); }));
+    EXPECT_EQ(recorder->floatingStopWindow()->frame(), QRectF(620, 820, 200, 40));
+}
+
 TEST_F(Recorder, theBarShowsNothingUntilTheRecordingRuns) {
     streams.beSlow();
     selectArea().start();

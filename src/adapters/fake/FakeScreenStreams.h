@@ -19,6 +19,7 @@ public:
     explicit FakeScreenStreams(Time &time);
     ~FakeScreenStreams() override;
 
+    [[nodiscard]] bool tellsWindows() const override { return m_tellsWindows; }
     void getShareableContent(ContentAnswer answer) override;
     [[nodiscard]] std::unique_ptr<ScreenStream> makeStream(const ScreenContentFilter &filter,
                                                            const ScreenStreamConfiguration &configuration,
@@ -39,6 +40,8 @@ public:
 
     /// One display without windows, unless a test says otherwise.
     void setContent(const ShareableContent &content) { m_content = content; }
+    /// As a desktop on which windows have no numbers; its content should have none then.
+    void setTellsWindows(bool tells) { m_tellsWindows = tells; }
     void failNextContent(const QString &error) { m_nextContentError = error; }
     void failNextStart(const QString &error) { m_nextStartError = error; }
     void failNextStop(const QString &error) { m_nextStopError = error; }
@@ -74,6 +77,7 @@ private:
     std::optional<QString> m_nextStartError;
     std::optional<QString> m_nextStopError;
     bool m_isSlow = false;
+    bool m_tellsWindows = true;
     bool m_isWithholding = false;
     std::vector<std::function<void()>> m_waiting;
     std::vector<std::shared_ptr<State>> m_streams;
