@@ -15,8 +15,7 @@ using namespace std::chrono_literals;
 
 constexpr auto untilAside = 150ms; ///< who is hovered over opens within this
 constexpr auto asideFor = 700ms;
-constexpr auto betweenLooks = 40ms; ///< a compositor that gives the keyboard back does so in 2
-constexpr int mostLooks = 5;
+constexpr auto untilTaken = 40ms; ///< a compositor that takes the keyboard back does so in 2
 
 } // namespace
 
@@ -31,8 +30,14 @@ LayerEdgeView::LayerEdgeView(LayerShell &shell, LayerStack &stack, const EdgeWin
         m_isAside = false;
         shapeInput();
     });
-    m_leaves.setInterval(betweenLooks);
+    m_leaves.setSingleShot(true);
+    m_leaves.setInterval(untilTaken);
     QObject::connect(&m_leaves, &QTimer::timeout, this, [this] { lookWhetherLeft(); });
+    // A compositor that is busy tells of the keyboard when it is no longer wanted, however long ago that is.
+    QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, [this] {
+        if (hasUnwantedKeyboard())
+            m_leaves.start();
+    });
     follow();
 }
 
@@ -131,17 +136,16 @@ void LayerEdgeView::returnKeyboard() {
     if (!m_role || !(*m_standing)->wantsKeyboard)
         return;
     stand(false);
-    m_looksLeft = mostLooks;
     m_leaves.start();
+}
+
+bool LayerEdgeView::hasUnwantedKeyboard() const {
+    return m_role && !(*m_standing)->wantsKeyboard && QGuiApplication::focusWindow() == windowHandle();
 }
 
 /// Some compositors take the keyboard back from nobody who is there. Such a window goes and comes again.
 void LayerEdgeView::lookWhetherLeft() {
-    const bool isOver = --m_looksLeft <= 0 || !m_role || (*m_standing)->wantsKeyboard;
-    const bool hasKeyboard = QGuiApplication::focusWindow() == windowHandle();
-    if (isOver || hasKeyboard)
-        m_leaves.stop();
-    if (isOver || !hasKeyboard)
+    if (!hasUnwantedKeyboard())
         return;
     vanish();
     appear();

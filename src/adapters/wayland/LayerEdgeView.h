@@ -37,6 +37,7 @@ private:
     [[nodiscard]] QRect inputRect() const;
     void stand(bool wantsKeyboard);
     void fall();
+    [[nodiscard]] bool hasUnwantedKeyboard() const;
     void lookWhetherLeft();
     void stepAside();
 
@@ -49,7 +50,6 @@ private:
     QTimer m_waits; ///< until it lets the mouse through
     QTimer m_comesBack;
     QTimer m_leaves; ///< runs for a moment after the keyboard was given back
-    int m_looksLeft = 0;
 };
 
 } // namespace tavrine

@@ -6,6 +6,7 @@
 #include "adapters/wayland/WaylandDragging.h"
 #include "adapters/wayland/WaylandScreens.h"
 #include "adapters/x11/ForeignWindow.h"
+#include "support/StoppedCompositor.h"
 #include "support/Wait.h"
 #include "support/WaylandHand.h"
 
@@ -148,6 +149,23 @@ TEST_F(LayerEdgeWindowTest, theKeyboardIsTakenAndGivenBack) {
         return !content->typed.isEmpty();
     }));
     window->returnKeyboard();
+    EXPECT_TRUE(waitUntil([&] {
+        hand.tap(KEY_V);
+        return other.text().endsWith(QLatin1Char('v'));
+    }));
+}
+
+/// Such a compositor tells of the keyboard once it is no longer wanted.
+TEST_F(LayerEdgeWindowTest, theKeyboardIsGivenBackByABusyCompositorToo) {
+    testing::ForeignWindow other(QStringLiteral(TAVRINE_QT_LINE_EDIT));
+    ASSERT_TRUE(other.waitForFocus());
+    window->setIgnoresMouseEvents(false);
+    {
+        const testing::StoppedCompositor stopped;
+        window->takeKeyboard();
+        window->returnKeyboard();
+        (void)waitUntil([] { return false; }, 400ms); // longer than a compositor that is well needs
+    }
     EXPECT_TRUE(waitUntil([&] {
         hand.tap(KEY_V);
         return other.text().endsWith(QLatin1Char('v'));
