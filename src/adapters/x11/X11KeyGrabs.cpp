@@ -32,9 +32,11 @@ X11KeyGrabs::X11KeyGrabs(quint32 ownWindows, std::shared_ptr<const KeyboardSilen
     m_again.callOnTimeout([this] { grabAnew(); });
     m_focusCheck.setTimerType(Qt::PreciseTimer);
     m_focusCheck.callOnTimeout([this] { waitForFocus(); });
-    m_deadline.setSingleShot(true);
     m_deadline.setTimerType(Qt::PreciseTimer);
-    m_deadline.callOnTimeout([this] { thaw(); });
+    m_deadline.callOnTimeout([this] {
+        if (--m_ticksLeft <= 0)
+            thaw();
+    });
     if (!m_client.isConnected())
         return;
     m_ownMask = xcb_get_setup(m_client.connection())->resource_id_mask;

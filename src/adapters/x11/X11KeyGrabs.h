@@ -29,6 +29,7 @@ namespace tavrine {
 ///     drops all keys, none counts.
 class X11KeyGrabs : public QObject {
 public:
+    /// In which this program runs: while the machine stands still, no window can take the keyboard.
     static constexpr std::chrono::milliseconds longestFreeze{1000};
 
     using Key = quint32;
@@ -81,7 +82,8 @@ private:
     std::vector<quint16> m_meaning; ///< of the modifier bits, for which the grabs were made
     QTimer m_again;                 ///< grabs whose answer did not come
     QTimer m_focusCheck;
-    QTimer m_deadline;
+    QTimer m_deadline; ///< ticks; one that comes late counts as one
+    int m_ticksLeft = 0;
     const quint32 m_ownWindows;
     quint32 m_ownMask = 0;
     quint32 m_focusBefore = 0;

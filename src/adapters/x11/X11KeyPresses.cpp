@@ -9,6 +9,7 @@ namespace tavrine {
 namespace {
 
 constexpr std::chrono::milliseconds focusInterval{5};
+constexpr std::chrono::milliseconds tick{100}; ///< of a freeze
 
 } // namespace
 
@@ -57,7 +58,8 @@ void X11KeyGrabs::onKeyPress(const xcb_key_press_event_t &press) {
     }
     m_heldKeycode = press.detail;
     m_isFrozen = true;
-    m_deadline.start(longestFreeze);
+    m_ticksLeft = static_cast<int>(longestFreeze / tick);
+    m_deadline.start(tick);
     m_focusBefore = focus();
     m_onPress(*key, ++m_press);
 }

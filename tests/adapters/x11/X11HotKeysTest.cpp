@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 
 #include <gtest/gtest.h>
 
@@ -339,6 +340,20 @@ protected:
 TEST_F(KeysAfterAPress, waitUntilAWindowOfOursHasTheKeyboard) {
     Field opened;
     hotKeys->installHandler([&](HotKeyId) {
+        opened.show();
+        opened.requestActivate();
+        return KeyboardNext::ourWindow;
+    });
+    keyboard.chord({key::leftSuper, key::leftShift, key::v});
+    keyboard.tap(key::b);
+    EXPECT_TRUE(waitUntil([&] { return opened.text() == QStringLiteral("b"); })) << qPrintable(opened.text());
+    EXPECT_EQ(edit.text(), QString());
+}
+
+TEST_F(KeysAfterAPress, waitForThatWindowAlsoWhereTheMachineStandsStill) {
+    Field opened;
+    hotKeys->installHandler([&](HotKeyId) {
+        EXPECT_EQ(std::system("kill -STOP $PPID; sleep 1.3; kill -CONT $PPID"), 0);
         opened.show();
         opened.requestActivate();
         return KeyboardNext::ourWindow;
