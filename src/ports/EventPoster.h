@@ -11,8 +11,8 @@ namespace tavrine {
 ///  2. Command-V is the paste chord of the program that has the keyboard, and pastes there exactly once.
 ///  3. Where events cannot be posted, nothing happens.
 ///  4. While the keyboard is held for a window that is to come, as after a hot key, what is typed would go there. Then
-///  a
-///     key-down with modifiers is not typed, and `isHeldBack` says so until the next one.
+///     a key-down with modifiers is not typed, and `isHeldBack` says so until the next one. It is the same while the
+///     desktop does not say who has the keyboard.
 class EventPoster {
 public:
     virtual ~EventPoster() = default;

@@ -37,6 +37,11 @@ public:
         if (m_thread.joinable())
             m_thread.join();
     }
+    /// Until `letGo`.
+    void holdAlone() {
+        xcb_grab_server(m_connection);
+        finish();
+    }
     /// Until `letGo`, with a change of the keyboard that the others hear of first thing.
     void holdWithChange() {
         xcb_grab_server(m_connection);

@@ -45,8 +45,12 @@ X11ApplicationActivator::X11ApplicationActivator()
 }
 
 bool X11ApplicationActivator::isThere(xcb_window_t window) const {
-    return window != XCB_WINDOW_NONE && m_client.reply<xcb_get_window_attributes_reply_t>(
-                                            xcb_get_window_attributes(m_client.connection(), window)) != nullptr;
+    if (window == XCB_WINDOW_NONE)
+        return false;
+    static_cast<void>(m_client.takeIsLate());
+    const bool isAnswered = m_client.reply<xcb_get_window_attributes_reply_t>(
+                                xcb_get_window_attributes(m_client.connection(), window)) != nullptr;
+    return isAnswered || m_client.takeIsLate(); // a server that is late does not say that it has gone
 }
 
 xcb_window_t X11ApplicationActivator::windowOf(const RunningApplication &application) const {

@@ -36,18 +36,26 @@ X11EventPoster::X11EventPoster(std::function<QString()> text)
 }
 
 void X11EventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) {
+    static_cast<void>(m_client.takeIsLate());
     m_canPost = m_client.isConnected() && (m_canPost || m_client.link().extension(xcb_test_id));
-    if (!m_canPost)
+    if (!m_canPost) {
+        m_isHeldBack = isKeyDown && m_client.takeIsLate();
         return;
+    }
     if (!isKeyDown) {
         release();
         return;
     }
     release(); // of a chord whose key-up never came
-    m_isHeldBack = false;
     if (auto keyboard = X11Keyboard::read(m_client))
         m_keyboard = std::move(*keyboard); // else the one of the last chord, which is most likely still right
-    press(chordFor(keyCode, flags));
+    m_isHeldBack = m_client.takeIsLate();
+    if (m_isHeldBack)
+        return; // whose window has the keyboard, and so which chord pastes there, would be late too
+    const Chord chord = chordFor(keyCode, flags);
+    m_isHeldBack = m_client.takeIsLate();
+    if (!m_isHeldBack)
+        press(chord);
 }
 
 X11EventPoster::Chord X11EventPoster::chordFor(int keyCode, quint32 flags) {
@@ -84,7 +92,14 @@ void X11EventPoster::press(const Chord &wanted) {
     holdServer();
     const auto &modifiers = m_keyboard.modifierKeys();
     std::vector<int> alreadyHeld;
-    for (const quint8 key : keysDown(m_client)) {
+    const auto down = keysDown(m_client);
+    if (m_client.takeIsLate()) { // what the person holds is not known, and nothing is sent yet
+        m_isHeldBack = true;
+        m_pressed.modifiers.clear();
+        release();
+        return;
+    }
+    for (const quint8 key : down) {
         const bool isModifier = std::find(modifiers.begin(), modifiers.end(), key) != modifiers.end();
         if (std::find(wanted.modifiers.begin(), wanted.modifiers.end(), key) != wanted.modifiers.end())
             alreadyHeld.push_back(key);
