@@ -63,8 +63,7 @@ protected:
         TestOwner next;
         next.ownText("the next copy");
         // A newer owner ends every waiting, so the limits of the older do not count here.
-        const bool isSeen =
-            waitUntil([this] { return pasteboard().string() == QStringLiteral("the next copy"); }, 2000);
+        const bool isSeen = waitUntil([this] { return pasteboard().string() == QStringLiteral("the next copy"); });
         if (isSeen)
             return testing::AssertionSuccess();
         return testing::AssertionFailure() << "the next copy was not seen";
