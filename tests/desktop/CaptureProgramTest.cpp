@@ -84,7 +84,7 @@ TEST_P(CaptureProgram, whatWasUnderTheDragIsOnThePasteboardAndInTheSavedFile) {
     const QRect area(QPoint(501, 97), QPoint(1102, 466));
     capture(area);
     ASSERT_TRUE(waitUntil([this] { return desktop.isShown(card); }));
-    EXPECT_TRUE(waitUntil([&area] { return isOnPasteboard(area); }, 3s));
+    EXPECT_TRUE(waitUntil([&area] { return isOnPasteboard(area); }));
     EXPECT_TRUE(waitUntil([this] { return historyImages().size() == 1; }));
     EXPECT_TRUE(files().isEmpty()); // it is a file only when the person asks for one
 
@@ -133,7 +133,7 @@ TEST_P(CaptureProgram, escapeLeavesNothingBehind) {
     const QRect area(QPoint(700, 100), QPoint(799, 149));
     capture(area);
     ASSERT_TRUE(waitUntil([this] { return historyImages().size() == 1; }));
-    EXPECT_TRUE(waitUntil([&area] { return isOnPasteboard(area); }, 3s));
+    EXPECT_TRUE(waitUntil([&area] { return isOnPasteboard(area); }));
     EXPECT_EQ(cards(), 1U);
     EXPECT_TRUE(files().isEmpty());
 }
@@ -146,7 +146,7 @@ TEST_P(CaptureProgram, newOnTheCardTakesAnotherCaptureWithoutTheCardInIt) {
     ASSERT_TRUE(waitUntil([this] { return isDimmed(); })) << "no overlay";
     EXPECT_EQ(cards(), 0U);
     drag(underTheCard);
-    EXPECT_TRUE(waitUntil([&underTheCard] { return isOnPasteboard(underTheCard); }, 3s));
+    EXPECT_TRUE(waitUntil([&underTheCard] { return isOnPasteboard(underTheCard); }));
     EXPECT_TRUE(waitUntil([this] { return desktop.isShown(card); }));
 }
 
@@ -177,7 +177,7 @@ TEST_P(CaptureProgram, aSecondCaptureTakesTheCardsPlace) {
         const auto all = desktop.windowsTitled(QLatin1String(card));
         return all.size() == 1 && all.front() != first;
     }));
-    EXPECT_TRUE(waitUntil([&area] { return isOnPasteboard(area); }, 3s));
+    EXPECT_TRUE(waitUntil([&area] { return isOnPasteboard(area); }));
     EXPECT_TRUE(waitUntil([this] { return historyImages().size() == 2; }));
 }
 
@@ -187,7 +187,7 @@ TEST_P(CaptureProgram, theCardOfTheLastCaptureIsNotInTheNext) {
     const QRect place = desktop.geometry(desktop.windowsTitled(QLatin1String(card)).front());
     capture(place.adjusted(-10, -10, 10, 10));
     ASSERT_TRUE(waitUntil([this] { return historyImages().size() == 2; }));
-    EXPECT_TRUE(waitUntil([&place] { return isOnPasteboard(place.adjusted(-10, -10, 10, 10)); }, 3s));
+    EXPECT_TRUE(waitUntil([&place] { return isOnPasteboard(place.adjusted(-10, -10, 10, 10)); }));
     EXPECT_TRUE(waitUntil([this] { return cards() == 1; }));
     // One that is given up leaves the card where it was.
     ASSERT_NO_FATAL_FAILURE(pressHotKey());

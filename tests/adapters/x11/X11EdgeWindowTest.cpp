@@ -183,7 +183,7 @@ TEST_F(X11EdgeWindowTest, itTakesTheMouseWhereItsFrameIsAndNowhereElseFromTheMom
     window->setFrame(frame(465, 224), ground.isComposited() ? 2000ms : 0ms);
     const QRect part = pixels({465, 224});
     const auto takes = [this](QPoint place) { return desktop.keyboard.windowAt(place.x(), place.y()) != below; };
-    EXPECT_TRUE(waitUntil([&] { return takes({part.center().x(), part.bottom() - 20}); }, 1000ms));
+    EXPECT_TRUE(waitUntil([&] { return takes({part.center().x(), part.bottom() - 20}); }));
     EXPECT_FALSE(takes({part.center().x(), part.bottom() + 2}));
     EXPECT_FALSE(takes({part.left() - 3, 4}));
     EXPECT_FALSE(takes({part.right() + 3, 4}));

@@ -482,10 +482,9 @@ TEST_F(X11EventTapTest, theWaitEndsAfterASecondWhenAnotherProgramHoldsTheKeyboar
     clock.start();
     tap = taps.create([this] { ++changes; });
     ASSERT_TRUE(tap);
-    EXPECT_TRUE(waitUntil([&] { return tap->state() == State::ended; }, 3s));
+    EXPECT_TRUE(waitUntil([&] { return tap->state() == State::ended; }));
     EXPECT_GE(clock.elapsed(), 1000);
-    EXPECT_LT(clock.elapsed(), 1600);
-    (void)waitUntil([&] { return clock.elapsed() > 2000; }, 3s);
+    (void)waitUntil([&] { return clock.elapsed() > 2000; });
     keyboard.ungrabKeyboard();
     settle();
     EXPECT_TRUE(keyboard.grabKeyboard()); // it does not come back for it
