@@ -12,6 +12,8 @@
 namespace tavrine::testing {
 namespace {
 
+constexpr std::chrono::seconds longestStart{30}; ///< on a machine that does much else
+
 bool hasBusName() {
     QProcess ask;
     ask.start(QStringLiteral("dbus-send"),
@@ -45,7 +47,8 @@ bool Program::start() {
     if (!m_process->waitForStarted(5000))
         return false;
     // The launch's last printed line: everything before it is done, the poll included.
-    return waitUntil([this] { return output().contains(QLatin1String("Registering Hotkeys...")) || !isRunning(); }) &&
+    return waitUntil([this] { return output().contains(QLatin1String("Registering Hotkeys...")) || !isRunning(); },
+                     longestStart) &&
            isRunning() && (!environment.contains(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")) || waitUntil(hasBusName));
 }
 

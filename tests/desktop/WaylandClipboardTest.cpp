@@ -26,6 +26,7 @@ using tavrine::testing::Program;
 using tavrine::testing::waitUntil;
 
 constexpr auto text = "text/plain;charset=utf-8";
+constexpr std::chrono::seconds patience{30}; ///< with a program that starts on a busy machine
 
 /// The process at the other end of a socket; 0 for what is none.
 pid_t peerOf(int socket) {
@@ -73,7 +74,7 @@ protected:
     }
 
     bool comesToHold(const QString &content) {
-        return waitUntil([&] { return program.rowsWith(content) == 1; });
+        return waitUntil([&] { return program.rowsWith(content) == 1; }, patience);
     }
     /// It stays in the foreground, and says the type: what it finds out by itself depends on the desktop's tools.
     static Client copied(const QByteArray &bytes, const QString &type = QStringLiteral("text/plain")) {
@@ -92,13 +93,15 @@ protected:
         ASSERT_TRUE(process->waitForStarted());
         process->setReadChannel(QProcess::StandardError);
         TestSource source;
-        ASSERT_TRUE(waitUntil([&] { // until it listens
-            source.ownText("the last copy");
-            return program.rowsWith(QStringLiteral("the last copy")) == 1;
-        }));
+        ASSERT_TRUE(waitUntil(
+            [&] { // until it listens
+                source.ownText("the last copy");
+                return program.rowsWith(QStringLiteral("the last copy")) == 1;
+            },
+            patience));
         static_cast<void>(process->readAllStandardError());
         end(process->processId());
-        ASSERT_TRUE(process->waitForFinished(10000));
+        ASSERT_TRUE(process->waitForFinished(30'000));
         const QByteArray words = process->readAllStandardError();
         EXPECT_EQ(process->exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(process->exitCode(), 69) << words.constData();
@@ -125,6 +128,7 @@ TEST_F(ProgramOnWayland, whatAKilledProgramHadIsStillThereInSevenForms) {
     ASSERT_TRUE(program.start());
     const Client first = copied("first");
     ASSERT_TRUE(comesToHold(QStringLiteral("first"))); // what is copied while it starts is no row
+    const auto before = program.rows("SELECT id FROM items").size();
     QImage image(40, 30, QImage::Format_RGB32);
     image.fill(Qt::red);
     QByteArray png;
@@ -141,12 +145,12 @@ TEST_F(ProgramOnWayland, whatAKilledProgramHadIsStillThereInSevenForms) {
     source.own(contents);
     ASSERT_TRUE(waitUntil([&] { return source.requestCount("x/last") == 1; }));
     TestPaster paster;
-    const int before = paster.notices();
+    const int notices = paster.notices();
     source.end();
-    ASSERT_TRUE(waitUntil([&] { return paster.notices() >= before + 2; }));
+    ASSERT_TRUE(waitUntil([&] { return paster.notices() >= notices + 2; }));
     for (const auto &[target, answer] : contents)
         EXPECT_TRUE(paster.paste(target) == answer.bytes) << target.constData();
-    EXPECT_TRUE(waitUntil([&] { return program.rows("SELECT id FROM items").size() == 2; }));
+    EXPECT_TRUE(waitUntil([&] { return program.rows("SELECT id FROM items").size() == before + 1; }, patience));
     program.kill9();
     EXPECT_TRUE(waitUntil([&] { return !paster.isOwned(); })) << "what it kept ends with it";
 }
@@ -171,11 +175,11 @@ TEST_F(ProgramOnWayland, aPictureAndACopiedFileAreRows) {
         return program.rows("SELECT image_file_name FROM items WHERE image_file_name IS NOT NULL").size();
     };
     const Client picture = copied(file.readAll(), QStringLiteral("image/png"));
-    EXPECT_TRUE(waitUntil([&] { return pictures() == 1; }));
+    EXPECT_TRUE(waitUntil([&] { return pictures() == 1; }, patience));
     image.fill(Qt::green);
     ASSERT_TRUE(image.save(path));
     const Client uri = copied(QUrl::fromLocalFile(path).toEncoded() + "\r\n", QStringLiteral("text/uri-list"));
-    EXPECT_TRUE(waitUntil([&] { return pictures() == 2; }));
+    EXPECT_TRUE(waitUntil([&] { return pictures() == 2; }, patience));
 }
 
 TEST_F(ProgramOnWayland, aSecretIsNoRowAndIsNotKept) {
