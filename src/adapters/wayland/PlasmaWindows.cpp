@@ -41,8 +41,8 @@ PlasmaWindows::PlasmaWindows(std::unique_ptr<WaylandClient> client) : m_client(s
 
 PlasmaWindows::~PlasmaWindows() = default;
 
-void PlasmaWindows::refresh() {
-    m_client->link().finish(longestAnswer);
+bool PlasmaWindows::refresh() {
+    return m_client->link().finish(longestAnswer) || !m_client->isConnected();
 }
 
 void PlasmaWindows::added(std::uint32_t id) {

@@ -19,7 +19,7 @@ public:
     explicit PlasmaWindows(std::unique_ptr<WaylandClient> client);
     ~PlasmaWindows() override;
 
-    void refresh() override;
+    bool refresh() override;
     void activate(quint32 number) override;
     void minimize(quint32 number) override;
 

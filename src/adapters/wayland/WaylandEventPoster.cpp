@@ -26,6 +26,9 @@ void WaylandEventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 
     release(); // also of a chord whose key-up never came
     if (!isKeyDown)
         return;
+    m_isHeldBack = flags != 0 && !m_windows->refresh();
+    if (m_isHeldBack)
+        return;
     WaylandChord chord{.key = evdevPosition(keyCode).value_or(0),
                        .hasShift = (flags & modifierFlag::shift) != 0,
                        .hasControl = (flags & (modifierFlag::control | modifierFlag::command)) != 0,
@@ -51,7 +54,6 @@ void WaylandEventPoster::release() {
 }
 
 PasteChord WaylandEventPoster::pasteChordOfTarget() {
-    m_windows->refresh();
     const WaylandWindow *const target = m_windows->active();
     if (!target)
         return {};

@@ -17,6 +17,9 @@ class Typist;
 
 /// Types through a virtual keyboard where the compositor takes one, else through KWin's fake input.
 ///
+/// While the compositor stands still, a chord is held back: it would come before what it is to follow, as the end of
+/// our panel, which is on its way on another connection.
+///
 /// Lives on the main thread, on a connection of its own. The keyboard is plugged in when this is made: programs need a
 /// moment to hear of the first keyboard of a seat, and what is typed before is lost.
 class WaylandEventPoster final : public EventPoster {
@@ -27,6 +30,7 @@ public:
     ~WaylandEventPoster() override;
 
     void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) override;
+    [[nodiscard]] bool isHeldBack() const override { return m_isHeldBack; }
 
     /// True when this compositor lets the program post events.
     [[nodiscard]] bool canPost() const { return m_typist && m_client.isConnected(); }
@@ -41,6 +45,7 @@ private:
     std::unique_ptr<Typist> m_typist;
     std::unique_ptr<PrimaryText> m_primary;
     bool m_isPressed = false;
+    bool m_isHeldBack = false;
 };
 
 } // namespace tavrine

@@ -32,9 +32,9 @@ public:
 
     virtual ~WaylandWindows() = default;
 
-    /// True when the compositor tells of windows at all.
-    /// What the compositor knows now: waits for its answer, for a tenth of a second at most.
-    virtual void refresh() {}
+    /// What the compositor knows now: waits for its answer, for a tenth of a second at most. False when it stands
+    /// still.
+    virtual bool refresh() { return true; }
     virtual void activate(quint32 /*number*/) {}
     virtual void minimize(quint32 /*number*/) {}
 

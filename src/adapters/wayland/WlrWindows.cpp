@@ -39,8 +39,8 @@ WlrWindows::WlrWindows(std::unique_ptr<WaylandClient> client) : m_client(std::mo
 
 WlrWindows::~WlrWindows() = default;
 
-void WlrWindows::refresh() {
-    m_client->link().finish(longestAnswer);
+bool WlrWindows::refresh() {
+    return m_client->link().finish(longestAnswer) || !m_client->isConnected();
 }
 
 void WlrWindows::added(Handle *handle) {

@@ -21,7 +21,7 @@ public:
     explicit WlrWindows(std::unique_ptr<WaylandClient> client);
     ~WlrWindows() override;
 
-    void refresh() override;
+    bool refresh() override;
     void activate(quint32 number) override;
     void minimize(quint32 number) override;
 

@@ -3,6 +3,7 @@
 #include "adapters/x11/ForeignWindow.h"
 #include "base/VirtualKeys.h"
 #include "ports/EventMonitors.h"
+#include "support/CompositorStall.h"
 #include "support/WaylandHand.h"
 
 #include <QFile>
@@ -33,8 +34,15 @@ bool copy(const QString &text) {
 
 class WaylandEventPosterTest : public ::testing::Test {
 protected:
+    /// Again and again while the compositor stands still, as the program does.
+    void down(int keyCode, quint32 flags) {
+        EXPECT_TRUE(waitUntil([=, this] {
+            poster.postKeyboardEvent(keyCode, true, flags);
+            return !poster.isHeldBack();
+        }));
+    }
     void post(int keyCode, quint32 flags) {
-        poster.postKeyboardEvent(keyCode, true, flags);
+        down(keyCode, flags);
         poster.postKeyboardEvent(keyCode, false, flags);
     }
     void postPaste() { post(virtualKey::v, modifierFlag::command); }
@@ -145,9 +153,25 @@ TEST_F(WaylandEventPosterTest, aKeyDownWithoutItsKeyUpIsMadeGoodByTheNext) {
     ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
     ASSERT_TRUE(window.waitForFocus());
     ASSERT_TRUE(copy(QStringLiteral("x")));
-    poster.postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
+    down(virtualKey::v, modifierFlag::command);
     postPaste();
     EXPECT_TRUE(window.waitForText(QStringLiteral("xx"))) << window.text().toStdString();
+}
+
+TEST_F(WaylandEventPosterTest, aPasteIsHeldBackWhileTheCompositorStandsStill) {
+    ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
+    ASSERT_TRUE(window.waitForFocus());
+    ASSERT_TRUE(copy(QStringLiteral("x")));
+    {
+        const CompositorStall stall(std::chrono::milliseconds(1500));
+        ASSERT_TRUE(stall.hasBegun());
+        poster.postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
+        EXPECT_TRUE(poster.isHeldBack());
+    }
+    postPaste();
+    EXPECT_TRUE(window.waitForText(QStringLiteral("x"))) << window.text().toStdString();
+    hand.type("e");
+    EXPECT_TRUE(window.waitForText(QStringLiteral("xe"))) << window.text().toStdString();
 }
 
 TEST_F(WaylandEventPosterTest, aKeyWithoutAPositionPostsNothing) {
