@@ -36,7 +36,8 @@ struct EdgeWindowDescription {
 ///  3. Frames are in points with the origin at the bottom left, as `Screens` tells them. `frame` is where it goes, and
 ///  where
 ///     it takes the mouse; on the screen an animated change arrives there within its duration, eased in and out.
-///  4. The content is as large as what is shown of the window at any moment, and laid out for no more than that.
+///  4. A panel of this program that gets the keyboard lies above it until it loses it, or this window is called.
+///  5. The content is as large as what is shown of the window at any moment, and laid out for no more than that.
 class EdgeWindow {
 public:
     virtual ~EdgeWindow() = default;
@@ -51,6 +52,9 @@ public:
 
     /// Shows it above all others and leaves the keyboard where it is.
     virtual void orderFrontRegardless() = 0;
+    /// The same without being called for, against whatever put it down: floating windows of this program that came
+    /// after it stay above.
+    virtual void keepInFront() = 0;
     virtual void orderOut() = 0;
     /// Gives it the keyboard until `returnKeyboard`, which gives it back to where it was.
     virtual void takeKeyboard() = 0;

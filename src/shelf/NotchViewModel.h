@@ -18,7 +18,8 @@ class Time;
 ///
 /// Lives on the main thread; `NotchWindowController` owns it. Everything is in memory, and gone with it.
 ///
-///  1. The list changes in a turn of its own after a call, never within it: a call may come out of a running drag.
+///  1. What is added comes onto the list in a turn of its own, never within the call: that may come out of a running
+///     drag.
 ///  2. What is held is never compared: the same file twice is two items.
 ///  3. The shelf lets go of a file that was moved away only when the file has really left.
 class NotchViewModel : public QObject {

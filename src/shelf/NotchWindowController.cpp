@@ -118,10 +118,12 @@ void NotchWindowController::orderFront() {
         m_window->orderFrontRegardless();
 }
 
-/// Not above an item of its own that is on its way, whose drag shows as a window, too.
+/// Nobody called it: not above a panel that was called since, and not above an item of its own that is on its way,
+/// whose drag shows as a window, too.
 void NotchWindowController::comeBackToTheFront() {
-    if (m_ports.screens.pressedMouseButtons() == 0 || (m_dragPasteboard && m_dragPasteboard->isDragging()))
-        orderFront();
+    const bool isOwnOnItsWay = m_ports.screens.pressedMouseButtons() != 0 && !m_dragPasteboard->isDragging();
+    if (m_window && !isOwnOnItsWay)
+        m_window->keepInFront();
 }
 
 // The keyboard.

@@ -199,4 +199,19 @@ TEST_P(StackingContract, ofTwoTheOneThatWasShownLastIsInFront) {
     EXPECT_TRUE(desk->clickIsFor(&one, below(50)));
 }
 
+TEST_P(StackingContract, aWindowThatIsKeptInFrontStaysBelowTheOneThatCameAfterIt) {
+    const ShownAtEdge one = show(464, 224);
+    const ShownAtEdge other = show(300, 100);
+    ASSERT_TRUE(desk->clickIsFor(&other, below(50)));
+    one.window->keepInFront();
+    EXPECT_TRUE(desk->clickIsFor(&one, below(150)));
+    EXPECT_TRUE(desk->clickIsFor(&other, below(50)));
+    other.window->keepInFront();
+    EXPECT_TRUE(desk->clickIsFor(&other, below(50)));
+    other.window->orderOut();
+    one.window->orderOut();
+    one.window->keepInFront();
+    EXPECT_TRUE(desk->clickIsFor(&one, below(50)));
+}
+
 } // namespace tavrine::test

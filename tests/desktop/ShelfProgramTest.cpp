@@ -180,6 +180,30 @@ TEST_F(ShelfOfAProgram, aDropOfWhichNothingCanBeKeptIsRefused) {
     EXPECT_TRUE(accepts("file:///tmp/Report.txt"));
 }
 
+TEST_F(ShelfOfAProgram, aPanelThatIsCalledLiesAboveTheOpenShelfUntilThatIsCalled) {
+    DragClient client(QStringLiteral("text"), write("words.txt", "some words"));
+    dropOnShelf(client, restingHeight);
+    ASSERT_TRUE(hasHeight(itemsHeight)); // the pointer is still there
+    const QPoint both = top + QPoint(0, itemsHeight - 20);
+    const auto shows = [&](const char *title) {
+        return waitUntil([&] { return desktop.title(desktop.topWindowAt(both)) == QLatin1String(title); });
+    };
+    ASSERT_TRUE(shows("NotchShelf"));
+    desktop.openClipboardPanel();
+    ASSERT_TRUE(waitUntil([&] { return desktop.hasKeyboard(clipboardPanel); }));
+    EXPECT_TRUE(shows(clipboardPanel));
+    desktop.pressEscape();
+    EXPECT_TRUE(shows("NotchShelf"));
+    desktop.openEmojiPanel();
+    ASSERT_TRUE(waitUntil([&] { return desktop.hasKeyboard(emojiPanel); }));
+    EXPECT_TRUE(shows(emojiPanel));
+    desktop.keyboard.movePointer(10, desktop.size().height() - 10);
+    ASSERT_TRUE(hasHeight(0));
+    moveTo(top + QPoint(0, 40), top); // called in its turn
+    ASSERT_TRUE(hasHeight(itemsHeight));
+    EXPECT_TRUE(shows("NotchShelf"));
+}
+
 TEST_F(ShelfOfAProgram, aClickAtTheTopReachesWhatIsBelow) {
     EXPECT_TRUE(desktop.geometry(shelf).contains(top));
     EXPECT_NE(desktop.keyboard.windowAt(top.x(), top.y()), shelf);

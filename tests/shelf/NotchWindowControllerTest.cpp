@@ -281,6 +281,27 @@ TEST_F(NotchWindow, leavingNeedsThePointerToGoFurtherThanEnteringDid) {
     EXPECT_FALSE(model().isHovering());
 }
 
+TEST_F(NotchWindow, aPointerThatIsFasterThanTheWindowIsOnTheShelfThatOpens) {
+    hold(2);
+    screens.setMouseLocation({720, 899});
+    monitors.mouse(eventMask::mouseMoved);
+    time.runPending();
+    ASSERT_EQ(window().frame(), atRest);
+    screens.setMouseLocation({720, 700}); // where it will be open
+    monitors.mouse(eventMask::mouseMoved);
+    time.runPending();
+    EXPECT_TRUE(model().isHovering());
+}
+
+TEST_F(NotchWindow, twoLooksInOneTurnBringItToTheFrontOnce) {
+    const int showings = window().showings();
+    screens.setMouseLocation({720, 899});
+    monitors.mouse(eventMask::mouseMoved);
+    monitors.mouse(eventMask::mouseMoved);
+    time.runPending();
+    EXPECT_EQ(window().showings(), showings + 1);
+}
+
 TEST_F(NotchWindow, theBandIsOfItsOwnScreenAndNotOfTheOneAbove) {
     screens.setKeyboardScreen(0);
     const QList<Screen> stacked{{.number = 1, .localizedName = {}, .frame = {0, 0, 1440, 900}, .visibleFrame = {}},
@@ -459,6 +480,49 @@ TEST_F(NotchWindow, aReleaseThatIsHeardOfLateDoesNotCompleteTheNextDrag) {
     EXPECT_TRUE(model().isFileDragActive());
 }
 
+TEST_F(NotchWindow, aDragThatWasKnownToBeOfFilesOnlyAfterItsEndOpensNothing) {
+    for (const bool isAfterAnother : {true, false}) {
+        if (isAfterAnother) {
+            drags.begin(true);
+            time.advance(100ms);
+            drags.end();
+            time.advance(100ms);
+        }
+        drags.beSlow();
+        drags.begin(true);
+        time.advance(100ms);
+        drags.end();
+        time.advance(100ms);
+        drags.answerWithFiles();
+        time.advance(100ms);
+        screens.setPressedMouseButtons(1);
+        monitors.mouse(eventMask::leftMouseDragged);
+        EXPECT_FALSE(model().isFileDragActive()) << isAfterAnother;
+        screens.setPressedMouseButtons(0);
+        monitors.mouse(eventMask::leftMouseUp);
+    }
+}
+
+TEST_F(NotchWindow, aDragThatIsKnownToBeOfFilesWithTheButtonUpIsOverAtTheNextLook) {
+    drags.beSlow();
+    screens.setPressedMouseButtons(1);
+    drags.begin(true);
+    time.advance(100ms);
+    screens.setPressedMouseButtons(0); // and no monitor sees it
+    time.advance(100ms);
+    drags.answerWithFiles();
+    time.runPending();
+    ASSERT_TRUE(model().isFileDragActive());
+    time.advance(50ms);
+    EXPECT_FALSE(model().isFileDragActive());
+}
+
+TEST_F(NotchWindow, aReleaseWithoutADragOfFilesLeavesATextThatIsInside) {
+    model().setDragTargetActive(true);
+    monitors.mouse(eventMask::rightMouseUp);
+    EXPECT_TRUE(model().isDragTargetActive());
+}
+
 TEST_F(NotchWindow, aDragOutOfTheShelfItselfIsNotLookedAtWhileItIsMarked) {
     model().setShelfItemDragActive(true);
     beginDrag(true);
@@ -534,13 +598,15 @@ TEST_F(NotchWindow, theSourcesAreStartedOnceAndSaySo) {
 
 TEST_F(NotchWindow, aHealthyShelfIsLookedAtEveryTenSecondsAndComesToTheFront) {
     output();
+    const int keepings = window().keepings();
     const int showings = window().showings();
     time.advance(9s);
-    EXPECT_EQ(window().showings(), showings);
+    EXPECT_EQ(window().keepings(), keepings);
     time.advance(1s);
-    EXPECT_EQ(window().showings(), showings + 1);
+    EXPECT_EQ(window().keepings(), keepings + 1);
     time.advance(10s);
-    EXPECT_EQ(window().showings(), showings + 2);
+    EXPECT_EQ(window().keepings(), keepings + 2);
+    EXPECT_EQ(window().showings(), showings) << "nobody called it";
     EXPECT_EQ(output(), "");
 }
 
@@ -558,14 +624,14 @@ TEST_F(NotchWindow, aMonitorThatCannotBeInstalledIsTriedAgainByTheNextHealthChec
 }
 
 TEST_F(NotchWindow, anItemOfItsOwnOnItsWayStaysAboveIt) {
-    const int showings = window().showings();
+    const int keepings = window().keepings();
     screens.setPressedMouseButtons(1);
     notices.happen(SessionNotice::didBecomeActive); // the drag holds the keyboard
     time.advance(10s);
-    EXPECT_EQ(window().showings(), showings);
+    EXPECT_EQ(window().keepings(), keepings);
     screens.setPressedMouseButtons(0);
     time.advance(10s);
-    EXPECT_EQ(window().showings(), showings + 1);
+    EXPECT_EQ(window().keepings(), keepings + 1);
 }
 
 TEST_F(NotchWindow, aPointerThatRestsForHoursIsNotStuck) {
@@ -606,13 +672,13 @@ TEST_F(NotchWindow, whateverMightHaveHurtTheSourcesStartsThemAnew) {
           Case{SessionNotice::didUnhide, "App event detected, restarting monitors", true},
           Case{SessionNotice::screenIsUnlocked, "Screen unlocked, restarting monitors", false}}) {
         output();
-        const int showings = window().showings();
+        const int keepings = window().keepings();
         notices.happen(one.notice);
         time.runPending();
         EXPECT_EQ(output(), std::string("[NotchShelf] ") + one.line +
                                 "\n[NotchShelf] Starting mouse monitoring (restart #" + std::to_string(++restart) +
                                 ")\n");
-        EXPECT_EQ(window().showings() > showings, one.comesToTheFront) << one.line;
+        EXPECT_EQ(window().keepings() > keepings, one.comesToTheFront) << one.line;
         EXPECT_EQ(monitors.globalCount() + monitors.localCount() + time.timerCount(), 4);
     }
 }
@@ -676,6 +742,12 @@ TEST_F(NotchWindow, aScreenThatChangesItsSizeTakesTheShelfWithIt) {
     EXPECT_EQ(controller->notchRect(), QRectF(350, 776, 300, 24));
 }
 
+TEST_F(NotchWindow, anotherArrangementOfScreensBringsItToTheFront) {
+    const int showings = window().showings();
+    setScreens({1});
+    EXPECT_EQ(window().showings(), showings + 1);
+}
+
 TEST_F(NotchWindow, aDesktopThatLosesAllScreensGetsItsShelfBackWithTheNextOne) {
     screens.setScreens({});
     time.advance(1min);
@@ -719,6 +791,29 @@ TEST_F(NotchWindow, leavingItByTheKeyboardClosesItAndGivesTheKeyboardBack) {
     EXPECT_EQ(window().frame(), atRest);
     EXPECT_EQ(monitors.globalCount(), 1);
     leave(); // twice is as once
+}
+
+TEST_F(NotchWindow, leavingItByTheKeyboardLooksWhereThePointerIsAtOnce) {
+    hold(2);
+    ASSERT_TRUE(controller->openWithKeyboard());
+    leave();
+    time.runPending();
+    EXPECT_FALSE(model().isHovering());
+    screens.setMouseLocation({720, 899});
+    ASSERT_TRUE(controller->openWithKeyboard());
+    leave();
+    time.runPending();
+    EXPECT_TRUE(model().isHovering()) << "the pointer is on it";
+}
+
+TEST_F(NotchWindow, aPointerThatLeftAMomentBeforeDoesNotCloseWhatTheKeyboardOpened) {
+    hold(2);
+    point(720, 899);
+    screens.setMouseLocation({100, 100});
+    monitors.mouse(eventMask::mouseMoved);
+    ASSERT_TRUE(controller->openWithKeyboard());
+    time.runPending();
+    EXPECT_TRUE(model().isHovering());
 }
 
 TEST_F(NotchWindow, aClickElsewhereLeavesIt) {

@@ -44,6 +44,11 @@ public:
             std::erase(m_desktop.m_shown, this);
             m_desktop.m_shown.push_back(this);
         }
+        void keepInFront() override {
+            ++m_keepings;
+            if (!isVisible())
+                orderFrontRegardless();
+        }
         void orderOut() override {
             returnKeyboard();
             std::erase(m_desktop.m_shown, this);
@@ -66,6 +71,7 @@ public:
         [[nodiscard]] QWidget *content() const { return m_content; }
         [[nodiscard]] bool hasKeyboard() const { return m_desktop.m_key == this; }
         [[nodiscard]] int showings() const { return m_showings; }
+        [[nodiscard]] int keepings() const { return m_keepings; }
         /// How often it was told whether it takes the mouse.
         [[nodiscard]] int mouseChanges() const { return m_mouseChanges; }
         /// How long each change of the frame took.
@@ -84,6 +90,7 @@ public:
         QPointer<QWidget> m_content;
         std::vector<std::chrono::milliseconds> m_durations;
         int m_showings = 0;
+        int m_keepings = 0;
         int m_mouseChanges = 0;
         bool m_ignoresMouseEvents = true;
     };

@@ -21,6 +21,7 @@ public:
     [[nodiscard]] bool ignoresMouseEvents() const override { return m_view.ignoresMouseEvents(); }
     void setIgnoresMouseEvents(bool ignores) override { m_view.setIgnoresMouseEvents(ignores); }
     void orderFrontRegardless() override { m_view.appear(); }
+    void keepInFront() override { m_view.appear(); }
     void orderOut() override { m_view.vanish(); }
     void takeKeyboard() override { m_view.takeKeyboard(); }
     void returnKeyboard() override { m_view.returnKeyboard(); }

@@ -1,9 +1,12 @@
 #include "adapters/x11/X11EdgeWindow.h"
 
+#include "adapters/linux/ScreenPlane.h"
 #include "adapters/x11/X11Compositor.h"
 #include "adapters/x11/X11EdgeView.h"
+#include "adapters/x11/X11Stacking.h"
 #include "adapters/x11/X11WindowDescription.h"
 
+#include <QGuiApplication>
 #include <QWindow>
 
 namespace tavrine {
@@ -16,6 +19,9 @@ public:
         m_forDesktop.level = description.level;
         m_forDesktop.collectionBehavior = description.collectionBehavior;
         m_forDesktop.canBecomeKey = false;
+        // No window manager has a say in this window, so none puts its panels above it.
+        QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, &m_view,
+                         [this](const QWindow *focused) { makeWayFor(focused); });
     }
     ~X11EdgeWindow() override { returnKeyboard(); }
 
@@ -34,8 +40,16 @@ public:
             describeToDesktop(*m_view.windowHandle(), m_forDesktop, {});
             m_view.show();
         }
+        m_hasMadeWay = false;
         m_view.raise();
         m_view.flush();
+    }
+
+    void keepInFront() override {
+        if (m_view.isVisible())
+            if (const xcb_window_t panel = lowestFrameAbove(*m_view.windowHandle()); panel != XCB_WINDOW_NONE)
+                return stackBelow(*m_view.windowHandle(), panel);
+        orderFrontRegardless();
     }
 
     void orderOut() override {
@@ -68,11 +82,26 @@ public:
     void setContentView(QWidget *content) override { m_view.setContent(content); }
 
 private:
+    void makeWayFor(const QWindow *focused) {
+        const QWindow *own = m_view.windowHandle();
+        if (!m_view.isVisible() || focused == own)
+            return;
+        if (focused && isFloating(*focused)) {
+            if (!flippedRect(m_view.frame()).intersects(QRectF(focused->geometry())))
+                return;
+            m_hasMadeWay = true;
+            stackBelow(*own, frameOf(*focused));
+        } else if (std::exchange(m_hasMadeWay, false)) {
+            keepInFront();
+        }
+    }
+
     X11EdgeWindows::Activator m_activator;
     X11EdgeView m_view;
     PanelDescription m_forDesktop;
     std::unique_ptr<X11Compositor> m_compositor; ///< watched while the window is shown
     xcb_window_t m_focusBefore = XCB_WINDOW_NONE;
+    bool m_hasMadeWay = false; ///< it lies below a panel that has the keyboard
 };
 
 } // namespace

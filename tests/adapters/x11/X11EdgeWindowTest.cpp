@@ -310,6 +310,23 @@ TEST_F(X11EdgeWindowTest, itStandsAboveAWindowThatCameAfterItOnceItIsBroughtToTh
     ground.destroy(above);
 }
 
+TEST_F(X11EdgeWindowTest, keptInFrontItStandsAboveAWindowOfAnotherProgramAndBelowThoseOfItsOwnThatCameAfterIt) {
+    showAs(300, 24);
+    const auto other = windows.makeEdgeWindow(description());
+    other->setFrame(frame(200, 12), 0ms);
+    other->setIgnoresMouseEvents(false);
+    other->orderFrontRegardless();
+    const auto above = ground.add(pixels({300, 24}), 0xcc0000);
+    const auto topmost = [this](int y) { return desktop.keyboard.windowAt(desktop.size().width() / 2, y); };
+    window->setIgnoresMouseEvents(false);
+    ASSERT_TRUE(waitUntil([&] { return topmost(20) == above; }));
+    other->keepInFront();
+    window->keepInFront();
+    EXPECT_TRUE(waitUntil([&] { return topmost(20) == window->windowNumber(); }));
+    EXPECT_EQ(topmost(6), other->windowNumber());
+    ground.destroy(above);
+}
+
 TEST_F(X11EdgeWindowTest, itsContentGoesWithIt) {
     const QPointer<QWidget> gone = content.data();
     window->orderFrontRegardless();
