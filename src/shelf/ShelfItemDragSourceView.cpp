@@ -53,6 +53,34 @@ qsizetype firstLineEnd(const QString &name, const QFontMetricsF &metrics, qreal 
     return wordEnd * 2 > end ? wordEnd : std::max<qsizetype>(end, 1);
 }
 
+/// Where the extension begins, with its dot; the end of a name that has none. What follows a dot and is long, or no
+/// word, is none, and neither is what a hidden file is called.
+qsizetype extensionStart(const QString &name) {
+    constexpr qsizetype longest = 12;
+    const QStringView view(name);
+    const auto dot = view.lastIndexOf(u'.');
+    const QStringView extension = view.mid(dot + 1);
+    if (dot <= 0 || extension.isEmpty() || extension.size() > longest ||
+        !std::all_of(extension.begin(), extension.end(), [](QChar each) { return each.isLetterOrNumber(); }))
+        return name.size();
+    const QStringView packed(u".tar");
+    return dot > packed.size() && view.first(dot).endsWith(packed) ? dot - packed.size() : dot;
+}
+
+/// Without its middle, and with its whole extension where that leaves room for a letter or two.
+QString elided(const QString &line, const QFontMetricsF &metrics, qreal width) {
+    if (metrics.horizontalAdvance(line) <= width)
+        return line;
+    const auto start = extensionStart(line);
+    const QString extension = line.mid(start);
+    const qreal room = width - metrics.horizontalAdvance(extension);
+    const QString stem = metrics.elidedText(line.first(start), Qt::ElideMiddle, room);
+    const QString whole = stem + extension;
+    if (extension.isEmpty() || stem.isEmpty() || metrics.horizontalAdvance(whole) > width)
+        return metrics.elidedText(line, Qt::ElideMiddle, width);
+    return whole;
+}
+
 bool isCommand(Qt::KeyboardModifiers modifiers) {
     return modifiers & (Qt::ControlModifier | Qt::MetaModifier);
 }
@@ -66,8 +94,8 @@ QStringList tileLines(const QString &name, const QFont &font, qreal width) {
     shown.replace(u'\n', u' ');
     if (metrics.horizontalAdvance(shown) <= width)
         return {shown};
-    const auto end = firstLineEnd(shown, metrics, width);
-    return {shown.left(end).trimmed(), metrics.elidedText(shown.mid(end).trimmed(), Qt::ElideMiddle, width)};
+    const auto end = std::min(firstLineEnd(shown, metrics, width), extensionStart(shown));
+    return {shown.left(end).trimmed(), elided(shown.mid(end).trimmed(), metrics, width)};
 }
 
 QString wholeName(const ShelfItem &item) {

@@ -76,7 +76,7 @@ private:
 };
 
 /// "report.pdf" on as many as two lines of that width. Names end with what tells them apart, so a long one loses its
-/// middle.
+/// middle; no line breaks within an extension.
 [[nodiscard]] QStringList tileLines(const QString &name, const QFont &font, qreal width);
 
 /// What a person is told of an item that is shown shortened: the whole name, or a good part of a text.

@@ -275,6 +275,27 @@ TEST(TileLines, aShortNameStandsOnOneLineAndALongOneOnTwo) {
     EXPECT_TRUE(tileLines(text("A rather long name that no tile can show.pdf"), font, 75).at(1).endsWith(text("pdf")));
 }
 
+TEST(TileLines, noLineBreaksWithinTheExtension) {
+    const QFont font = look::fontFor(look::TextRole::caption);
+    const QFontMetricsF metrics(font);
+    const auto secondLine = [&](const char *name) {
+        const QStringList lines = tileLines(text(name), font, 75);
+        for (const QString &line : lines)
+            EXPECT_LE(metrics.horizontalAdvance(line), 75.5) << name; // the toolkit's own measure of what it cuts
+        return lines.size() == 2 ? lines.at(1) : QString();
+    };
+    EXPECT_EQ(tileLines(text("notes1.properties"), font, 75), (QStringList{text("notes1"), text(".properties")}));
+    for (const char *name :
+         {"averylongnamewithoutanyplacetobreakit.properties", "A rather long name that no tile shows.properties",
+          "דוח שנתי ארוך מאוד שאין לו מקום.properties", "1234567890123.properties"})
+        EXPECT_TRUE(secondLine(name).endsWith(text(".properties"))) << name << ": " << secondLine(name).toStdString();
+    EXPECT_TRUE(secondLine("averylongnamewithoutanyplacetobreakit.tar.gz").endsWith(text(".tar.gz")));
+    // What follows the last dot is no extension: a hidden file, a sentence, a version.
+    EXPECT_TRUE(secondLine(".averylongnamewithoutanyplacetobreakit").endsWith(text("kit")));
+    EXPECT_TRUE(secondLine("Dr. Somebody with a name that is long").endsWith(text("long")));
+    EXPECT_TRUE(secondLine("averylongnamewithoutanyplacetobreak.").endsWith(text("ak.")));
+}
+
 TEST(TileLines, anyNameIsSoonLaidOut) {
     const QFont font = look::fontFor(look::TextRole::caption);
     for (const QString &name : {QString(), QString(100'000, u'm'), QString(u'a') + QString(100'000, QChar(0x0301)),

@@ -194,6 +194,15 @@ void showStrangeItems(Studio &studio, const QDir &home) {
         },
         hover);
     studio.show(
+        "9-extensions", wide,
+        [&](NotchViewModel &model) {
+            for (const char *name : {"notes1.properties", "averylongnamewithoutanyblank.properties",
+                                     "A long name of a backup.tar.gz", "דוח שנתי ארוך מאוד לשנת הכספים.docx",
+                                     "README without an extension that is long", ".a hidden file with a long name"})
+                model.addFile(url(home.filePath(QString::fromUtf8(name))));
+        },
+        hover);
+    studio.show(
         "9-texts", {465, resting + 200},
         [](NotchViewModel &model) {
             for (const char *text : {"Short", "Twenty-five characters or so, and more", "שלום עולם, זה טקסט ארוך",
