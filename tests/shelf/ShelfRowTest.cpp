@@ -214,6 +214,29 @@ TEST_F(ShelfTile, underThePointerItsGroundIsWhiteOfAnAlphaOfFifteenHundredths) {
     EXPECT_EQ(corner(), QColor(Qt::black));
 }
 
+TEST_F(ShelfTile, theRemoveButtonIsLitUnderThePointerAndSinksWhenItIsPressed) {
+    addFiles(1);
+    const QPoint button = tile().removeButton().center().toPoint();
+    const auto edge = [&] { // beside the cross
+        return view.grab().toImage().pixelColor(tile().mapTo(&view, button - QPoint(6, 0)));
+    };
+    const QColor without = edge();
+    hover(tile(), middle);
+    const QColor there = edge();
+    hover(tile(), button);
+    const QColor lit = edge();
+    QTest::mousePress(&tile(), Qt::LeftButton, {}, button);
+    const QColor pressed = edge();
+    EXPECT_GT(there.lightness(), 150);
+    EXPECT_GT(lit.lightness(), there.lightness() + 20);
+    EXPECT_LT(pressed.lightness(), there.lightness() - 20);
+    QTest::mouseRelease(&tile(), Qt::LeftButton, {}, middle);
+    QEvent leave(QEvent::Leave);
+    QCoreApplication::sendEvent(&tile(), &leave);
+    EXPECT_EQ(edge(), without);
+    EXPECT_EQ(model.items().size(), 1);
+}
+
 TEST_F(ShelfTile, aDoubleClickOpensAFile) {
     model.addText(text("words"));
     addFiles(1);
@@ -459,6 +482,40 @@ TEST_F(ShelfRow, theTileThatHasTheKeyboardIsRinged) {
     EXPECT_NE(view.grab().toImage(), without);
     row().clearFocus();
     EXPECT_EQ(view.grab().toImage(), without);
+}
+
+/// A ring is of the accent's colour; a tile of a file without a picture has no colour elsewhere.
+TEST_F(ShelfRow, theRingIsOnAllSidesOfTheTileThatHasTheKeyboardAndOfNoOther) {
+    model.addText(text("one"));
+    model.addText(text("two"));
+    addFiles(0);
+    const auto ringed = [this](size_t index) { // how many of its sides
+        const QImage shown = view.grab().toImage();
+        const QPoint corner = tile(index).mapTo(&view, QPoint(0, 0));
+        const auto isColoured = [&](QPoint from, QPoint step) {
+            for (int i = 0; i < 12; ++i)
+                if (shown.pixelColor(corner + from + step * i).saturation() > 60)
+                    return true;
+            return false;
+        };
+        constexpr int w = Tile::slotWidth - 1;
+        constexpr int h = Tile::tileHeight - 1;
+        return isColoured({0, h / 2}, {1, 0}) + isColoured({w, h / 2}, {-1, 0}) + isColoured({w / 2, 0}, {0, 1}) +
+               isColoured({w / 2, h}, {0, -1});
+    };
+    row().clearFocus();
+    EXPECT_EQ(ringed(0) + ringed(1), 0);
+    row().setFocus(Qt::TabFocusReason);
+    key(Qt::Key_Home);
+    EXPECT_EQ(ringed(0), 4);
+    EXPECT_EQ(ringed(1), 0);
+    key(Qt::Key_Right);
+    EXPECT_EQ(ringed(0), 0);
+    EXPECT_EQ(ringed(1), 4);
+    hover(tile(0), middle); // the pointer lights and rings nothing
+    EXPECT_EQ(ringed(0), 0);
+    row().clearFocus();
+    EXPECT_EQ(ringed(0) + ringed(1), 0);
 }
 
 TEST_F(ShelfRow, aScreenReaderIsToldAListOfAllItems) {
