@@ -1,8 +1,10 @@
 // The shelf within the program, over fakes.
+#include "panels/ToastView.h"
 #include "shelf/NotchWindowController.h"
 #include "shell/ShellTest.h"
 #include "support/Eventually.h"
 
+#include <QApplication>
 #include <QFile>
 
 namespace tavrine {
@@ -102,6 +104,32 @@ TEST_F(NotchShelfToolTest, aFileThatWasMovedAwayLeavesTheShelfOfTheProgram) {
         time.runPending();
         return model().items().isEmpty();
     }));
+}
+
+TEST_F(NotchShelfToolTest, aFileThatHasGoneIsToldByItsNameWhenItIsOpenedAndOneThatIsThereIsNot) {
+    launch();
+    const QString there = home.filePath(text("there.txt"));
+    ASSERT_TRUE(QFile(there).open(QIODevice::WriteOnly));
+    int opened = 0;
+    QObject::connect(&model(), &NotchViewModel::fileToOpen, qApp, [&] { ++opened; });
+    for (const QString &path : {there, home.filePath(text("gone.txt"))})
+        model().addFile(QUrl::fromLocalFile(path));
+    time.runPending();
+    model().openItem(model().items().first());
+    ASSERT_TRUE(test::eventually([&] { return opened == 1; }));
+    EXPECT_THAT(toasts(), IsEmpty());
+    model().openItem(model().items().last());
+    ASSERT_TRUE(test::eventually([&] {
+        time.runPending();
+        return toasts().size() == 1;
+    }));
+    QStringList words;
+    for (const QWidget *widget : QApplication::allWidgets())
+        if (const auto *toast = qobject_cast<const ToastView *>(widget))
+            words << toast->message();
+    EXPECT_THAT(words, ElementsAre(text("“gone.txt” is no longer where it was")));
+    EXPECT_EQ(opened, 1);
+    EXPECT_EQ(model().items().size(), 2) << "it may come back";
 }
 
 // Without a mouse.
