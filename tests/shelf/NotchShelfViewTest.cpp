@@ -359,7 +359,8 @@ TEST_F(DropDetection, whatCanNeverBeKeptIsNotTaken) {
     EXPECT_EQ(enter(), Qt::IgnoreAction);
     time.runPending();
     EXPECT_FALSE(model.isDragTargetActive());
-    for (const char *type : {"text/uri-list", "text/plain", "text/html", "image/png", "application/octet-stream"}) {
+    for (const char *type : {"text/uri-list", "text/plain", "text/html", "image/png", "application/octet-stream",
+                             "application/rtf", "application/x-qt-image"}) {
         data.clear();
         data.setData(text(type), "x");
         EXPECT_EQ(enter(), Qt::CopyAction) << type;

@@ -227,6 +227,7 @@ TEST_F(ShelfTile, theRemoveButtonIsLitUnderThePointerAndSinksWhenItIsPressed) {
     const QColor lit = edge();
     QTest::mousePress(&tile(), Qt::LeftButton, {}, button);
     const QColor pressed = edge();
+    EXPECT_NE(there, without);
     EXPECT_GT(there.lightness(), 150);
     EXPECT_GT(lit.lightness(), there.lightness() + 20);
     EXPECT_LT(pressed.lightness(), there.lightness() - 20);
@@ -313,6 +314,9 @@ TEST(TileLines, noLineBreaksWithinTheExtension) {
           "דוח שנתי ארוך מאוד שאין לו מקום.properties", "1234567890123.properties"})
         EXPECT_TRUE(secondLine(name).endsWith(text(".properties"))) << name << ": " << secondLine(name).toStdString();
     EXPECT_TRUE(secondLine("averylongnamewithoutanyplacetobreakit.tar.gz").endsWith(text(".tar.gz")));
+    EXPECT_EQ(tileLines(text("12345678901.tar.gz"), font, 75), (QStringList{text("12345678901"), text(".tar.gz")}));
+    EXPECT_FALSE(tileLines(text(".wwwwwwwwwwww"), font, 75).at(0).isEmpty());
+    EXPECT_GT(tileLines(text("a.wwwwwwwwwwwwwwwwwwww"), font, 75).at(0).size(), 3);
     // What follows the last dot is no extension: a hidden file, a sentence, a version.
     EXPECT_TRUE(secondLine(".averylongnamewithoutanyplacetobreakit").endsWith(text("kit")));
     EXPECT_TRUE(secondLine("Dr. Somebody with a name that is long").endsWith(text("long")));
