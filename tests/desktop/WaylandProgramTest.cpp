@@ -103,6 +103,21 @@ TEST_F(WaylandProgram, aCopyOutlivesItsProgram) {
     EXPECT_TRUE(waitUntil([] { return pasted() == "of a program that dies"; }));
 }
 
+TEST_F(WaylandProgram, itStartsWithoutAWordOfErrors) {
+    ASSERT_TRUE(program.writePreferences({}));
+    QProcess process;
+    process.setProcessEnvironment(program.environment);
+    process.start(QStringLiteral(TAVRINE_BINARY), {});
+    QByteArray printed;
+    EXPECT_TRUE(waitUntil([&] {
+        printed += process.readAllStandardOutput();
+        return printed.contains("Accessibility Trusted on Launch: true");
+    }));
+    EXPECT_EQ(process.readAllStandardError(), QByteArray());
+    process.kill();
+    process.waitForFinished();
+}
+
 TEST_F(WaylandProgram, theTrayItemIsShownAndItsMenuOpens) {
     test::StatusNotifierTray tray;
     tray.start();

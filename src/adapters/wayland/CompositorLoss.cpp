@@ -19,12 +19,19 @@ namespace {
 /// How the toolkit begins what it says last: it ends the process without asking anybody.
 constexpr auto toolkitsLastWords = "The Wayland connection ";
 
+/// It tells of its choice of buffers as of a fault, and the choice is this program's: see `LayerShell::prepareToolkit`.
+constexpr const char *ownChoice[] = {"Failed to load client buffer integration: \"none\"",
+                                     "Available client buffer integrations: "};
+
 QtMessageHandler othersHandler = nullptr;
 
 void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &text) {
     if (type == QtWarningMsg && text.startsWith(QLatin1String(toolkitsLastWords)))
         endProgram(text.toStdString());
-    othersHandler(type, context, text);
+    const bool isOwnChoice = std::ranges::any_of(
+        ownChoice, [&text](const char *beginning) { return text.startsWith(QLatin1String(beginning)); });
+    if (!isOwnChoice)
+        othersHandler(type, context, text);
 }
 
 struct LastWords {

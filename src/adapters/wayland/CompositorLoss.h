@@ -15,7 +15,7 @@ namespace compositorLoss {
 inline constexpr int exitStatus = 69;
 
 /// Has the toolkit's own connection end like that as well, and has what libwayland says of an error told in that line.
-/// Called before the toolkit starts.
+/// Leaves out what the toolkit says of this program's own choice of buffers. Called before the toolkit starts.
 void watchToolkit();
 
 /// May be called on any thread, and by several at once: all connections end in the same moment, and the first has the
