@@ -59,6 +59,9 @@ protected:
         EXPECT_TRUE(window.waitForText(expected)) << window.text().toStdString();
     }
 
+    /// Where the menu's left edge is while the pointer, as here, is far from every tray.
+    const QPoint menuAtTheRight{1280 - 290, 0};
+    const QPoint middle{640, 360};
     WaylandHand hand;
     std::shared_ptr<WaylandWindows> windows = WaylandWindows::make();
     Program program;
@@ -144,11 +147,18 @@ TEST_F(WaylandProgram, keepAwakeIsSwitchedOnInTheMenuAndEndsWithTheProgram) {
     tray.start();
     ASSERT_TRUE(program.startOnboarded());
     ASSERT_TRUE(waitUntil([&] { return !tray.properties().isEmpty(); }));
+    ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
+    ASSERT_TRUE(window.waitForFocus());
+    hand.move(middle);
     tray.call(QStringLiteral("Activate"), {0, 0});
+    ASSERT_TRUE(waitUntil([this] { // the menu asks where the pointer is before it comes
+        windows->refresh();
+        return !windows->active();
+    }));
     // The switch of its card, once the menu is there; what comes late must not be switched off again.
     EXPECT_TRUE(waitUntil(
         [&] {
-            hand.click({247, 128});
+            hand.click(menuAtTheRight + QPoint(247, 128));
             return waitUntil([&session] { return !session.held().isEmpty(); }, std::chrono::seconds(5));
         },
         std::chrono::seconds(30)));
@@ -156,16 +166,17 @@ TEST_F(WaylandProgram, keepAwakeIsSwitchedOnInTheMenuAndEndsWithTheProgram) {
     EXPECT_TRUE(waitUntil([&session] { return session.held().isEmpty(); }));
 }
 
+/// What is to be seen at a place of the layout, by another program. On sway.
+QRgb seenAt(QPoint place) {
+    const QString area = QStringLiteral("%1,%2 1x1").arg(place.x()).arg(place.y());
+    return QImage::fromData(outputOf(QStringLiteral("grim"), {QStringLiteral("-t"), QStringLiteral("ppm"),
+                                                              QStringLiteral("-g"), area, QStringLiteral("-")}))
+        .pixel(0, 0);
+}
+
 /// On sway, with a second output of another scale at the right.
 class WaylandOutputs : public WaylandProgram {
 protected:
-    /// What is to be seen at a place of the layout, by another program.
-    [[nodiscard]] static QRgb seenAt(QPoint place) {
-        const QString area = QStringLiteral("%1,%2 1x1").arg(place.x()).arg(place.y());
-        return QImage::fromData(outputOf(QStringLiteral("grim"), {QStringLiteral("-t"), QStringLiteral("ppm"),
-                                                                  QStringLiteral("-g"), area, QStringLiteral("-")}))
-            .pixel(0, 0);
-    }
     /// Where neither the overlay's help nor a window is.
     const QPoint corner{5, 700};
 };
@@ -235,6 +246,10 @@ TEST_F(WaylandBar, aClickOnTheItemInABarOpensTheMenu) {
     ASSERT_TRUE(program.startOnboarded());
     ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
     ASSERT_TRUE(window.waitForFocus());
+    const QPoint above(60, 560);
+    const QPoint corner(1240, 60);
+    const QRgb field = seenAt(above);
+    const QRgb cornerBefore = seenAt(corner);
     // The item comes when bar and program have found each other.
     EXPECT_TRUE(waitUntil(
         [this] {
@@ -247,6 +262,8 @@ TEST_F(WaylandBar, aClickOnTheItemInABarOpensTheMenu) {
                 std::chrono::seconds(5));
         },
         std::chrono::seconds(30)));
+    EXPECT_TRUE(waitUntil([&] { return seenAt(above) != field; }));
+    EXPECT_EQ(seenAt(corner), cornerBefore);
 }
 
 } // namespace

@@ -13,6 +13,7 @@
 #include "adapters/wayland/LayerEdgeWindow.h"
 #include "adapters/wayland/LayerPanelWindow.h"
 #include "adapters/wayland/LayerParts.h"
+#include "adapters/wayland/TrayPlace.h"
 #include "adapters/wayland/WaylandAccess.h"
 #include "adapters/wayland/WaylandApplicationActivator.h"
 #include "adapters/wayland/WaylandColorSampler.h"
@@ -87,10 +88,10 @@ EdgeWindows &WaylandDesktop::edgeWindows() {
 }
 
 StatusItem &WaylandDesktop::statusItem() {
-    return m_statusItem.get([] {
+    return m_statusItem.get([this] {
         std::vector<std::unique_ptr<TrayIcon>> icons;
         icons.push_back(std::make_unique<StatusNotifierItem>());
-        return std::make_unique<TrayStatusItem>(std::move(icons));
+        return std::make_unique<TrayStatusItem>(std::move(icons), [this](QPoint) { return trayPlace(screens()); });
     });
 }
 

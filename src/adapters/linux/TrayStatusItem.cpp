@@ -2,7 +2,8 @@
 
 namespace tavrine {
 
-TrayStatusItem::TrayStatusItem(std::vector<std::unique_ptr<TrayIcon>> trays) : m_trays(std::move(trays)) {
+TrayStatusItem::TrayStatusItem(std::vector<std::unique_ptr<TrayIcon>> trays, Placing placing)
+    : m_trays(std::move(trays)), m_placing(std::move(placing)) {
     for (const auto &tray : m_trays)
         tray->setHandlers({.onOfferChanged = [this] { choose(); },
                            .onShown =
@@ -13,12 +14,12 @@ TrayStatusItem::TrayStatusItem(std::vector<std::unique_ptr<TrayIcon>> trays) : m
                            .onPress =
                                [this](QPoint place) {
                                    if (m_onPress)
-                                       m_onPress(place);
+                                       m_onPress(m_placing ? m_placing(place) : place);
                                },
                            .onSecondaryPress =
                                [this](QPoint place) {
                                    if (m_onSecondaryPress)
-                                       m_onSecondaryPress(place);
+                                       m_onSecondaryPress(m_placing ? m_placing(place) : place);
                                }});
 }
 

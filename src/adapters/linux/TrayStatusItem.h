@@ -15,7 +15,11 @@ namespace tavrine {
 class TrayStatusItem final : public StatusItem {
 public:
     /// `trays` in the order of preference.
-    explicit TrayStatusItem(std::vector<std::unique_ptr<TrayIcon>> trays);
+    /// Where the item is that was pressed, given what the tray told.
+    using Placing = std::function<QPoint(QPoint told)>;
+
+    /// Without `placing` a tray's word is taken.
+    explicit TrayStatusItem(std::vector<std::unique_ptr<TrayIcon>> trays, Placing placing = {});
 
     void setVisible(bool visible) override;
     [[nodiscard]] bool isVisible() const override { return m_isVisible; }
@@ -33,6 +37,7 @@ private:
     void choose();
 
     std::vector<std::unique_ptr<TrayIcon>> m_trays;
+    const Placing m_placing;
     std::function<void(QPoint)> m_onPress;
     std::function<void(QPoint)> m_onSecondaryPress;
     std::function<void()> m_onShown;
