@@ -11,6 +11,9 @@
 
 #include <QFile>
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -203,6 +206,30 @@ TEST_F(WaylandOutputs, aCaptureIsOnTheClipboardPixelForPixelAndInTheHistory) {
     EXPECT_TRUE(taken.convertToFormat(QImage::Format_RGB32) == WaylandPattern::expected(0, area));
     EXPECT_TRUE(waitUntil([this] {
         return !program.rows("SELECT image_file_name FROM items WHERE image_file_name IS NOT NULL").isEmpty();
+    }));
+}
+
+/// Beside others it would get a tile in which it has no room.
+TEST_F(WaylandOutputs, theSettingsFloatOverTheTiles) {
+    ASSERT_TRUE(program.startOnboarded());
+    ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
+    ASSERT_TRUE(window.waitForFocus());
+    const auto caller = program.startAgain({QStringLiteral("--settings")});
+    ASSERT_TRUE(caller->waitForFinished(10'000));
+    EXPECT_TRUE(waitUntil([] {
+        const auto floating = [](const QJsonObject &part, const auto &inner) -> QJsonArray {
+            QJsonArray found = part[QStringLiteral("floating_nodes")].toArray();
+            const auto parts = part[QStringLiteral("nodes")].toArray();
+            for (const auto &each : parts)
+                for (const auto &deeper : inner(each.toObject(), inner))
+                    found.append(deeper);
+            return found;
+        };
+        const auto tree = outputOf(QStringLiteral("swaymsg"),
+                                   {QStringLiteral("-r"), QStringLiteral("-t"), QStringLiteral("get_tree")});
+        const QJsonArray all = floating(QJsonDocument::fromJson(tree).object(), floating);
+        return all.size() == 1 && all.at(0)[QStringLiteral("name")] == QStringLiteral("Tavrine") &&
+               all.at(0)[QStringLiteral("window_rect")][QStringLiteral("width")].toInt() == 900;
     }));
 }
 

@@ -32,7 +32,7 @@ public:
 
     [[nodiscard]] const Folders &folders() final;
     void followStarts(std::function<void(const QString &)> onStartedAgain) final;
-    [[nodiscard]] Application &application() final;
+    [[nodiscard]] Application &application() override;
     [[nodiscard]] ApplicationCatalog &applicationCatalog() final;
     [[nodiscard]] LoginItem &loginItem() final;
     [[nodiscard]] PackageUpdates &packageUpdates() final;

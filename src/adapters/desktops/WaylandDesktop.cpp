@@ -13,6 +13,7 @@
 #include "adapters/wayland/LayerEdgeWindow.h"
 #include "adapters/wayland/LayerPanelWindow.h"
 #include "adapters/wayland/LayerParts.h"
+#include "adapters/wayland/StiffWindows.h"
 #include "adapters/wayland/TrayPlace.h"
 #include "adapters/wayland/WaylandAccess.h"
 #include "adapters/wayland/WaylandApplicationActivator.h"
@@ -54,6 +55,12 @@ const std::shared_ptr<WaylandWindows> &WaylandDesktop::windows() {
     if (!m_windows)
         m_windows = WaylandWindows::make();
     return m_windows;
+}
+
+/// Who has large windows asks for it before the first of them is shown.
+Application &WaylandDesktop::application() {
+    (void)m_stiffWindows.get([] { return std::make_unique<StiffWindows>(); });
+    return LinuxDesktop::application();
 }
 
 SessionNotices &WaylandDesktop::sessionNotices() {

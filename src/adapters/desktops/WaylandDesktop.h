@@ -6,6 +6,7 @@ namespace tavrine {
 
 class WaylandWindows;
 struct LayerParts;
+class StiffWindows;
 
 /// A desktop whose windows a Wayland compositor draws, with the layer shell for panels and data control for the
 /// clipboard.
@@ -22,6 +23,7 @@ public:
     [[nodiscard]] PanelWindows &panelWindows() override;
     [[nodiscard]] EdgeWindows &edgeWindows() override;
     [[nodiscard]] StatusItem &statusItem() override;
+    [[nodiscard]] Application &application() override;
     [[nodiscard]] ColorSamplers &colorSamplers() override;
     [[nodiscard]] ScreenStreams &screenStreams() override;
     void watchCompositing(std::function<void(bool isComposited)> handler) override;
@@ -46,6 +48,7 @@ private:
 
     std::shared_ptr<WaylandWindows> m_windows;
     MadeOnce<LayerParts> m_layerParts; ///< outlives the windows
+    MadeOnce<StiffWindows> m_stiffWindows;
     MadeOnce<Pasteboard> m_pasteboard;
     MadeOnce<Workspace> m_workspace;
     MadeOnce<StatusItem> m_statusItem;
