@@ -12,10 +12,7 @@ if(TAVRINE_WARNINGS_AS_ERRORS)
   target_compile_options(tavrine_options INTERFACE -Werror)
 endif()
 if(TAVRINE_SANITIZE)
-  target_compile_options(tavrine_options INTERFACE -fsanitize=${TAVRINE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
-  target_link_options(tavrine_options INTERFACE -fsanitize=${TAVRINE_SANITIZE})
-  # The code that the sanitizers add makes this warning see what is not there.
-  target_compile_options(tavrine_options INTERFACE -Wno-error=maybe-uninitialized)
+  include(cmake/Sanitizers.cmake)
 endif()
 target_link_options(tavrine_options INTERFACE -Wl,--as-needed -Wl,-O1 -Wl,-z,now)
 

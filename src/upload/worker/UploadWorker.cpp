@@ -3,6 +3,7 @@
 #include "upload/worker/NetworkProcess.h"
 #include "upload/worker/ScriptProcess.h"
 #include "upload/worker/WorkerRecord.h"
+#include "walls/ForeignDescriptors.h"
 
 #include <cerrno>
 #include <csignal>
@@ -49,7 +50,7 @@ int cannotStart(const char *step) {
 int runUploadWorker() {
     std::signal(SIGPIPE, SIG_IGN);
     // What else the starting program left open is none of a script's business.
-    close_range(STDERR_FILENO + 1, ~0u, 0);
+    closeForeignDescriptors();
     int sockets[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0)
         return cannotStart("socketpair");

@@ -12,11 +12,6 @@
 
 #include <sys/resource.h>
 
-/// The address sanitizer ends a process that asks for too much, unless it is told to do as the system does.
-extern "C" [[gnu::used]] const char *__asan_default_options() { // NOLINT(bugprone-reserved-identifier)
-    return "allocator_may_return_null=1";
-}
-
 namespace tavrine {
 namespace {
 

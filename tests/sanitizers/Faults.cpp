@@ -1,0 +1,87 @@
+// Makes the fault that is named, for the proof that the sanitizers of this build see it:
+//
+//   faults address|bounds|undefined|leak|race|handed-over      the last is none
+
+#include "base/SerialQueue.h"
+#include "walls/ForeignDescriptors.h"
+
+#include <QCoreApplication>
+#include <QMetaObject>
+
+#include <climits>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+volatile int sink = 0;
+
+void readFreedMemory() {
+    const std::string *volatile memory = new std::string(100, 'x');
+    delete memory;
+    sink = static_cast<int>(memory->size()); // NOLINT(clang-analyzer-cplusplus.NewDelete)
+}
+
+void readBehindTheEnd() {
+    const std::vector<int> three(3);
+    sink = three[static_cast<std::size_t>(sink) + 3];
+}
+
+void overflow() {
+    sink = INT_MAX;
+    sink = sink + 1;
+}
+
+void leak() {
+    sink = static_cast<int>(reinterpret_cast<std::uintptr_t>(new char[1000]) & 1);
+}
+
+void race() {
+    int count = 0;
+    std::thread other([&] { ++count; });
+    ++count;
+    other.join();
+    sink = count;
+}
+
+/// To a queue and back, by a queued call.
+void handOver(QCoreApplication &application) {
+    tavrine::SerialQueue queue(QStringLiteral("handed over"));
+    std::vector<int> rows(100, 1); // each piece of work writes what the one before it wrote
+    for (int i = 0; i < 100; ++i)
+        queue.async(
+            [&rows, i, text = std::string(100, 'x')] { rows[static_cast<std::size_t>(i)] += int(text.size()); });
+    sink = queue.sync([&rows] { return rows.back(); });
+    queue.async([&application, copy = rows] {
+        QMetaObject::invokeMethod(
+            &application, [copy] { QCoreApplication::exit(copy.front() == 101 ? 0 : 1); }, Qt::QueuedConnection);
+    });
+    if (QCoreApplication::exec() == 0)
+        std::puts("nothing was found");
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    std::signal(SIGABRT, [](int) { _exit(1); }); // ctest takes a signal for a failure, whatever was said
+    // These findings are for the test alone.
+    dup2(STDERR_FILENO, tavrine::numberOfFindings);
+    QCoreApplication application(argc, argv);
+    const std::map<std::string, std::function<void()>> faults{{"address", &readFreedMemory},
+                                                              {"bounds", &readBehindTheEnd},
+                                                              {"undefined", &overflow},
+                                                              {"leak", &leak},
+                                                              {"race", &race},
+                                                              {"handed-over", [&] { handOver(application); }}};
+    const auto fault = faults.find(argc > 1 ? argv[1] : "");
+    if (fault == faults.end())
+        return 2;
+    fault->second();
+    return 0;
+}
