@@ -6,19 +6,32 @@
 #include "base/VirtualKeys.h"
 #include "panels/Placement.h"
 #include "ports/ApplicationActivator.h"
+#include "shelf/NotchGeometry.h"
+#include "shell/FeatureFlags.h"
 #include "shell/PanelTraits.h"
 #include "shell/PasteBack.h"
 
 #include <QPointer>
 
+#include <algorithm>
+
 namespace tavrine {
 namespace {
 
-/// In the middle of the main screen, and somewhat above it.
-FloatingPanel::Placement centred(double offset) {
-    return [offset](const Screens &screens, QSizeF size) -> std::optional<QRectF> {
+/// In the middle of the main screen, and somewhat above it. On a screen too low for that it must go elsewhere, and then
+/// not under the shelf's band, which lies over all windows and would hide what stands on top: the field.
+FloatingPanel::Placement centred(double offset, const UserDefaults &defaults) {
+    return [offset, &defaults](const Screens &screens, QSizeF size) -> std::optional<QRectF> {
         const auto screen = screens.mainScreen();
-        return screen ? std::optional(centredIn(screen->visibleFrame, size, offset)) : std::nullopt;
+        if (!screen)
+            return std::nullopt;
+        const QRectF frame = centredIn(screen->visibleFrame, size, offset);
+        QRectF free = usableFrame(*screen);
+        if (free.contains(frame) || !textOf(Feature::notchShelf).preference.get(defaults))
+            return frame;
+        const double bandsBottom = minY(restingFrame(screen->frame));
+        free.setHeight(std::min(maxY(free), bandsBottom) - minY(free));
+        return movedInto(free, frame);
     };
 }
 
@@ -31,9 +44,11 @@ PanelController::PanelController(const Ports &ports, Contents contents, Actions 
                     classicPanelTraits, [this](const Screens &, QSizeF size) { return classicFrame(size); },
                     FloatingPanel::Placed::once)),
       m_search({ports.windows, ports.screens, ports.time},
-               traitsOf(searchPanelTraits, centred(searchPanelTraits.offset), FloatingPanel::Placed::atEachShowing)),
+               traitsOf(searchPanelTraits, centred(searchPanelTraits.offset, ports.defaults),
+                        FloatingPanel::Placed::atEachShowing)),
       m_emoji({ports.windows, ports.screens, ports.time},
-              traitsOf(emojiPanelTraits, centred(emojiPanelTraits.offset), FloatingPanel::Placed::atEachShowing)),
+              traitsOf(emojiPanelTraits, centred(emojiPanelTraits.offset, ports.defaults),
+                       FloatingPanel::Placed::atEachShowing)),
       m_departure({ports.workspace, ports.windows, ports.time}) {
     m_classic.setOnMoved([this] { saveClassicFrame(); });
     m_classic.setOnClosed([this] { dismissClassicPanel(); });

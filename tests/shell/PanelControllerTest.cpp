@@ -120,6 +120,24 @@ TEST_F(PanelControllerTest, aScreenThatShrinksTakesItsPanelsAlong) {
     EXPECT_EQ(classic()->frame(), QRectF(1024 - 320, 744 - 450, 320, 450));
 }
 
+TEST_F(PanelControllerTest, onALowScreenThePanelsStandUnderTheShelfsBandAndAreNotHiddenByIt) {
+    Screen low = screens.screens().first();
+    const auto frameAt = [&](QSizeF size) {
+        low.frame = low.visibleFrame = QRectF({0, 0}, size);
+        screens.setScreens({low});
+        controller.toggleSearchPanel();
+        const QRectF frame = search()->frame();
+        controller.toggleSearchPanel();
+        return frame;
+    };
+    EXPECT_EQ(frameAt({1100, 620}), QRectF(550 - 340, 310 - 250 + 60, 680, 500)); // it just fits
+    EXPECT_EQ(frameAt({1100, 618}), QRectF(550 - 340, 618 - 24 - 500, 680, 500));
+    EXPECT_EQ(frameAt({1100, 600}), QRectF(550 - 340, 600 - 24 - 500, 680, 500));
+    EXPECT_EQ(frameAt({684, 400}), QRectF(2, 0, 680, 400 - 24)); // and is cut where there is no room at all
+    defaults.set(QStringLiteral("featureNotchShelf"), false);
+    EXPECT_EQ(frameAt({1100, 600}), QRectF(550 - 340, 600 - 500, 680, 500));
+}
+
 TEST_F(PanelControllerTest, aScreenThatShrinksMeanwhileDoesNotHideTheClassicPanel) {
     controller.toggleClassicPanel();
     classic()->moveByPerson({1000, 400});
