@@ -41,8 +41,10 @@ void addAccent(Theme &theme, const QColor &accent) {
     // The harder of the two grounds: the one nearer to the text.
     const QColor ground = theme.isDark ? theme.elevated : theme.surface;
     theme.accentText = readable(accent, ground, textRatio);
-    theme.dangerText = readable(theme.danger, ground, textRatio);
-    theme.successText = readable(theme.success, ground, textRatio);
+    // These two stand on controls, too.
+    const QColor control = over(over(ground, theme.control), theme.hover);
+    theme.dangerText = readable(theme.danger, control, textRatio);
+    theme.successText = readable(theme.success, control, textRatio);
     // As strong as the words on it can bear.
     double strength = theme.isDark ? 0.30 : 0.13;
     do {

@@ -205,7 +205,7 @@ void ScriptEditorView::paintGutter(QPaintEvent *event) {
         const QRectF line(0, place.top(), m_gutter->width(), place.height());
         if (isWrong)
             painter.fillRect(line, faint(theme.danger, 56));
-        painter.setPen(isWrong ? theme.dangerText : current + 1 == number ? theme.text : theme.tertiaryText);
+        painter.setPen(isWrong ? theme.dangerText : current + 1 == number ? theme.text : theme.secondaryText);
         painter.drawText(line.adjusted(0, 0, -gutterPadding, 0), Qt::AlignRight | Qt::AlignVCenter,
                          QString::number(number));
         block = block.next();
