@@ -44,6 +44,12 @@ protected:
     }
 };
 
+/// Tab comes to what is chosen, and not to what would be chosen next; the arrows go on from there.
+void keepOneTabStop(const std::vector<Control *> &segments, int current) {
+    for (size_t i = 0; i < segments.size(); ++i)
+        segments[i]->setFocusPolicy(int(i) == current ? Qt::TabFocus : Qt::NoFocus);
+}
+
 } // namespace
 
 SegmentedControl::SegmentedControl(const QStringList &texts, QWidget *parent) : QWidget(parent) {
@@ -60,6 +66,7 @@ SegmentedControl::SegmentedControl(const QStringList &texts, QWidget *parent) : 
         });
         m_segments.push_back(one);
     }
+    keepOneTabStop(m_segments, m_current);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setRole(*this, QAccessible::Grouping);
 }
@@ -69,6 +76,7 @@ void SegmentedControl::setCurrent(int index) {
         return;
     m_current = index;
     m_segments[size_t(index)]->setChecked(true);
+    keepOneTabStop(m_segments, index);
     if (!isVisible()) { // what nobody has seen elsewhere does not come from there
         m_motion.stop();
         m_plate = index;

@@ -311,8 +311,12 @@ void ScriptEditorView::keyPressEvent(QKeyEvent *event) {
         outdent();
     else if (event->text() == QLatin1String("}"))
         closeBrace();
-    else if (event->key() == Qt::Key_Escape && modifiers == Qt::NoModifier)
-        focusNextChild();
+    else if ((event->key() == Qt::Key_Escape && modifiers == Qt::NoModifier) ||
+             (event->key() == Qt::Key_Tab && modifiers == Qt::ControlModifier))
+        QAbstractScrollArea::focusNextPrevChild(true); // an editor's own keeps the keyboard
+    else if ((event->key() == Qt::Key_Backtab || event->key() == Qt::Key_Tab) &&
+             modifiers == (Qt::ControlModifier | Qt::ShiftModifier))
+        QAbstractScrollArea::focusNextPrevChild(false);
     else
         QPlainTextEdit::keyPressEvent(event);
 }

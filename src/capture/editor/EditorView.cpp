@@ -114,6 +114,7 @@ EditorView::EditorView(const QImage &image, const EditorModel::Ports &ports, Act
     : QWidget(parent), m_model(image, ports, actionsOf(*this, std::move(actions), hooks)) {
     setWindowIcon(look::applicationIcon());
     setFocusPolicy(Qt::ClickFocus);
+    setAccessibleName(QStringLiteral("Tavrine Editor"));
     build();
     connect(&m_model, &EditorModel::imageChanged, this, [this] {
         clearOverlayLayer();

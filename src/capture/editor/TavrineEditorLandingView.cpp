@@ -108,6 +108,7 @@ TavrineEditorLandingView::TavrineEditorLandingView(EditorLandingModel::Ports por
     : QWidget(parent), m_model(ports, std::move(history), std::move(actions)) {
     setAcceptDrops(true);
     setFocusPolicy(Qt::ClickFocus);
+    setAccessibleName(QStringLiteral("Tavrine Editor"));
     build();
     connect(&m_model, &EditorLandingModel::recentImagesChanged, this, &TavrineEditorLandingView::showRecent);
     connect(&m_model, &EditorLandingModel::canPasteChanged, this, [this] { m_paste->setVisible(m_model.canPaste()); });

@@ -12,6 +12,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace tavrine {
 
@@ -146,6 +147,11 @@ void LayoutPreviewView::refresh() {
     for (const auto &[action, item] : m_items)
         item->setVisible(where.contains(action));
     if (isOther) {
+        Item *before = nullptr; // Tab goes through them as they stand
+        for (const LayoutRow &row : m_rows)
+            for (const QuickAction action : row.items)
+                if (Item *last = std::exchange(before, m_items.at(action)))
+                    setTabOrder(last, before);
         updateGeometry();
         moveTo(where, isVisible());
         update();

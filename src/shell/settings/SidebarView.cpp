@@ -165,6 +165,7 @@ void SidebarView::choose(std::size_t index) {
     const bool isOther = m_selection != row->item();
     setSelection(row->item()); // a click on the selected row would take its mark
     row->setFocus(Qt::TabFocusReason);
+    m_pane->reveal(*row); // in a low window the keys go beyond what shows
     if (isOther)
         Q_EMIT selected(row->item());
 }

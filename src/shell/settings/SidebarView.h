@@ -11,6 +11,10 @@ class QKeyEvent;
 
 namespace tavrine {
 
+namespace look {
+class ScrollPane;
+}
+
 /// The pages of the settings window, one under the other in their groups. One of them is selected, or none. Belongs to
 /// the window; main thread.
 ///
@@ -49,7 +53,7 @@ private:
 
     std::optional<SidebarItem> m_selection;
     std::vector<Row *> m_rows;
-    QWidget *m_pane = nullptr;
+    look::ScrollPane *m_pane = nullptr;
     QString m_typed;
     quint64 m_typedAt = 0;
 };
