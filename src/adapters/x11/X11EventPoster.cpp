@@ -39,7 +39,8 @@ void X11EventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flag
     static_cast<void>(m_client.takeIsLate());
     m_canPost = m_client.isConnected() && (m_canPost || m_client.link().extension(xcb_test_id));
     if (!m_canPost) {
-        m_isHeldBack = isKeyDown && m_client.takeIsLate();
+        if (isKeyDown)
+            m_isHeldBack = m_client.takeIsLate();
         return;
     }
     if (!isKeyDown) {
