@@ -35,6 +35,8 @@ WaylandWorkspace::WaylandWorkspace(std::shared_ptr<WaylandWindows> windows)
     m_pause.setSingleShot(true);
     m_pause.setInterval(longestPause);
     m_pause.callOnTimeout([this] {
+        if (!m_windows->refresh()) // what comes next is not said yet
+            return m_pause.start();
         m_isPauseOver = true;
         update();
     });
