@@ -4,6 +4,7 @@
 #include "desktop/Desktop.h"
 #include "desktop/GnomeHands.h"
 #include "desktop/Program.h"
+#include "support/MovieReading.h"
 #include "support/Wait.h"
 
 #include <QColor>
@@ -11,6 +12,7 @@
 #include <QDBusReply>
 #include <QDBusUnixFileDescriptor>
 #include <QImage>
+#include <QRegularExpression>
 #include <QTemporaryFile>
 
 #include <csignal>
@@ -240,6 +242,86 @@ TEST_F(GnomeCapture, leavesNothingAfterEscape) {
     copyOnWayland("after the capture");
     EXPECT_TRUE(isRecorded("after the capture"));
     EXPECT_FALSE(desktop.isShown("Screenshot"));
+}
+
+/// The mean of some pixels: a movie has one colour for four, and is not exact.
+QColor meanAt(const QImage &picture, QPoint corner) {
+    constexpr int side = 8;
+    int sum[3] = {};
+    for (int y = 0; y < side; ++y)
+        for (int x = 0; x < side; ++x) {
+            const QColor pixel = picture.pixelColor(corner + QPoint(x, y));
+            sum[0] += pixel.red();
+            sum[1] += pixel.green();
+            sum[2] += pixel.blue();
+        }
+    return {sum[0] / (side * side), sum[1] / (side * side), sum[2] / (side * side)};
+}
+
+TEST_F(GnomePattern, isRecordedAsItIsUntilTheBarIsClicked) {
+    const QRect area(300, 196, 600, 370);
+    // The shell gives the mouse to a window a moment after the X server shows it: a drag before that is for another.
+    ASSERT_TRUE(waitUntil(
+        [&] {
+            if (!desktop.isShown("Select Area to Record")) {
+                const auto caller = program.startAgain({QStringLiteral("--record")});
+                if (!caller->waitForFinished(10'000) ||
+                    !waitUntil([this] { return desktop.hasKeyboard("Select Area to Record"); }, 5s))
+                    return false;
+            }
+            hands.movePointer(area.topLeft());
+            hands.pressButton();
+            hands.movePointer(area.topLeft() + QPoint(area.width(), area.height()));
+            hands.releaseButton();
+            hands.tap(evdev::returnKey);
+            return waitUntil([this] { return desktop.isShown("Recording"); }, 3s);
+        },
+        patience));
+    ASSERT_TRUE(
+        waitUntil([this] { return program.output().contains(QLatin1String("from first SCStream frame")); }, patience))
+        << qPrintable(program.output());
+    ASSERT_TRUE(waitUntil(
+        [this] {
+            const auto bars = desktop.windowsTitled(QStringLiteral("Recording"));
+            if (!bars.empty()) {
+                hands.movePointer(desktop.geometry(bars.front()).bottomRight() - QPoint(30, 20));
+                hands.pressButton();
+                hands.releaseButton();
+            }
+            return waitUntil([this] { return program.output().contains(QLatin1String("stopRecording() called")); }, 3s);
+        },
+        patience));
+    QRegularExpressionMatch match;
+    ASSERT_TRUE(waitUntil(
+        [&] {
+            static const QRegularExpression words(QStringLiteral("finished successfully at (.*), showing preview"));
+            match = words.match(program.output());
+            return match.hasMatch();
+        },
+        patience))
+        << qPrintable(program.output());
+    EXPECT_EQ(tavrine::test::complaintsAbout(match.captured(1)), QByteArray());
+    const QByteArray pixels = tavrine::test::pixelsOf(match.captured(1));
+    const qsizetype each = qsizetype{3} * area.width() * area.height();
+    ASSERT_GE(pixels.size(), each);
+    EXPECT_EQ(pixels.size() % each, 0);
+    const QImage drawn = patternIn(area);
+    for (qsizetype at = 0; at < pixels.size(); at += each) {
+        const QImage seen(reinterpret_cast<const uchar *>(pixels.constData()) + at, area.width(), area.height(),
+                          area.width() * 3, QImage::Format_RGB888);
+        int wrong = 0;
+        for (int y = 8; y < area.height() - 16; y += 24)
+            for (int x = 8; x < area.width() - 16; x += 24) {
+                const QColor one = meanAt(seen, {x, y});
+                const QColor other = meanAt(drawn, {x, y});
+                wrong += std::abs(one.red() - other.red()) + std::abs(one.green() - other.green()) +
+                                     std::abs(one.blue() - other.blue()) >
+                                 48
+                             ? 1
+                             : 0;
+            }
+        EXPECT_LE(wrong, 6) << "at " << at / each; // the pointer covers a few
+    }
 }
 
 TEST_F(GnomePattern, givesTheColourUnderAClick) {

@@ -12,6 +12,7 @@
 #include "adapters/gnome/GnomeTaskLauncher.h"
 #include "adapters/gnome/GnomeWorkspace.h"
 #include "adapters/linux/NoScreenStreams.h"
+#include "adapters/linux/PluginLoader.h"
 #include "ports/EventTap.h"
 #include "ports/Pasteboard.h"
 
@@ -31,11 +32,10 @@ GnomeDesktop::~GnomeDesktop() = default;
 
 AbilityReport GnomeDesktop::report(Ability ability) {
     const bool isExtensions = ability == Ability::hotKeys || ability == Ability::doubleTap ||
-                              ability == Ability::paste || ability == Ability::capture;
+                              ability == Ability::paste || ability == Ability::capture || ability == Ability::recording;
     if (isExtensions && !shell().isAttached())
         return abilityReport::withoutExtension(ability);
-    // The X server's stream has X programs alone.
-    return ability == Ability::recording ? abilityReport::missing(ability) : X11Desktop::report(ability);
+    return X11Desktop::report(ability);
 }
 
 GnomeShell &GnomeDesktop::shell() {
@@ -61,7 +61,11 @@ ColorSamplers &GnomeDesktop::colorSamplers() {
 
 ScreenStreams &GnomeDesktop::screenStreams() {
     // The X server's pictures of Wayland's programs are black.
-    return m_screenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
+    ScreenStreams *const streams =
+        m_screenStreams
+            .get([] { return std::make_unique<PluginLoader<ScreenStreams>>(QStringLiteral("gnome_screen_stream")); })
+            .port();
+    return streams ? *streams : m_noScreenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
 }
 
 HotKeys &GnomeDesktop::hotKeys() {

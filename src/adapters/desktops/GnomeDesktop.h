@@ -38,7 +38,8 @@ private:
     MadeOnce<ApplicationActivator> m_activator;
     MadeOnce<Screens> m_screens;
     MadeOnce<ColorSamplers> m_colorSamplers;
-    MadeOnce<ScreenStreams> m_screenStreams;
+    MadeOnce<PluginLoader<ScreenStreams>> m_screenStreams;
+    MadeOnce<ScreenStreams> m_noScreenStreams;
     MadeOnce<HotKeys> m_hotKeys;
     MadeOnce<EventMonitors> m_eventMonitors;
     MadeOnce<EventPoster> m_eventPoster;

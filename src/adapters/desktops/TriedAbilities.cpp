@@ -40,7 +40,8 @@ Words wordsOf(Ability ability) {
         return {"This desktop shows no program its screen, or only one that is installed.",
                 "On Plasma, install Tavrine as a package."};
     case Ability::recording:
-        return {"This desktop gives no moving picture of its screen.", ""};
+        return {"This desktop gives no moving picture of its screen, or only to a program that is installed.",
+                "On Plasma, install Tavrine as a package."};
     case Ability::shelf:
         return {"This desktop tells no program what is dragged.", ""};
     case Ability::tray:

@@ -22,6 +22,7 @@
 #include "adapters/wayland/WaylandEventMonitors.h"
 #include "adapters/wayland/WaylandEventPoster.h"
 #include "adapters/wayland/WaylandIdleKeeper.h"
+#include "adapters/wayland/WaylandLink.h"
 #include "adapters/wayland/WaylandPasteboard.h"
 #include "adapters/wayland/WaylandScreens.h"
 #include "adapters/wayland/WaylandWorkspace.h"
@@ -30,6 +31,18 @@
 #include <vector>
 
 namespace tavrine {
+
+namespace {
+
+/// The plugin that this compositor gives moving pictures to; null where it gives none.
+const char *streamPlugin() {
+    const WaylandLink link;
+    if (link.find("zwlr_screencopy_manager_v1"))
+        return "wayland_screen_stream";
+    return link.find("zkde_screencast_unstable_v1") ? "kwin_screen_stream" : nullptr;
+}
+
+} // namespace
 
 WaylandDesktop::WaylandDesktop() {
     LayerShell::prepareToolkit();
@@ -48,6 +61,8 @@ AbilityReport WaylandDesktop::report(Ability ability) {
         return abilityReport::hotKeys(hotKeys().traits());
     if (ability == Ability::doubleTap)
         return abilityReport::doubleTap(hotKeys().traits());
+    if (ability == Ability::recording && !streamPlugin())
+        return abilityReport::missing(ability);
     return LinuxDesktop::report(ability);
 }
 
@@ -109,7 +124,7 @@ ColorSamplers &WaylandDesktop::colorSamplers() {
 ScreenStreams &WaylandDesktop::screenStreams() {
     ScreenStreams *const streams =
         m_screenStreams
-            .get([] { return std::make_unique<PluginLoader<ScreenStreams>>(QStringLiteral("wayland_screen_stream")); })
+            .get([] { return std::make_unique<PluginLoader<ScreenStreams>>(QString::fromLatin1(streamPlugin())); })
             .port();
     return streams ? *streams : m_noScreenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
 }

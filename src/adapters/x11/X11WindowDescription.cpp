@@ -4,6 +4,7 @@
 
 #include <QGuiApplication>
 #include <QHash>
+#include <QScreen>
 #include <QWindow>
 
 #include <algorithm>
@@ -127,8 +128,12 @@ void describeToDesktop(QWindow &window, const PanelDescription &description, con
              {description.canBecomeKey ? "_NET_WM_WINDOW_TYPE_DIALOG"
               : isOverlay              ? "_NET_WM_WINDOW_TYPE_NOTIFICATION"
                                        : "_NET_WM_WINDOW_TYPE_UTILITY"});
+    // A managed window as large as its screen is otherwise moved below the desktop's own bars.
+    const bool isWholeScreen = description.canBecomeKey && description.level >= windowLevel::screenSaver &&
+                               window.screen() && window.geometry() == window.screen()->geometry();
     setAtoms(connection, id, "_NET_WM_STATE",
              {"_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER",
+              isWholeScreen ? "_NET_WM_STATE_FULLSCREEN" : "_NET_WM_STATE_SKIP_PAGER",
               description.level > windowLevel::normal ? "_NET_WM_STATE_ABOVE" : "_NET_WM_STATE_SKIP_PAGER",
               description.collectionBehavior & collectionBehavior::canJoinAllSpaces ? "_NET_WM_STATE_STICKY"
                                                                                     : "_NET_WM_STATE_SKIP_PAGER"});

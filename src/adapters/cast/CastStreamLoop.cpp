@@ -1,0 +1,144 @@
+#include "adapters/cast/CastStreamLoop.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <poll.h>
+
+namespace tavrine {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock; // CLOCK_MONOTONIC
+
+/// A compositor that casts has given its first picture long before.
+constexpr MediaTime longestStart = 10s;
+
+MediaTime now() {
+    return Clock::now().time_since_epoch();
+}
+
+} // namespace
+
+CastStreamLoop::CastStreamLoop(std::unique_ptr<CastSource> source, const StreamPlan &plan,
+                               const ScreenStreamConfiguration &configuration, ThreadedScreenStream::Session &session)
+    : m_plan(plan), m_configuration(configuration), m_session(session), m_source(std::move(source)),
+      m_buffers(plan.area.size(), plan.queueDepth, session.waker()), m_pacer(plan.interval) {}
+
+std::optional<QString> CastStreamLoop::open() {
+    const auto cast = m_source->open(m_plan, m_configuration);
+    if (const auto *const reason = std::get_if<QString>(&cast))
+        return *reason;
+    m_area = std::get<Cast>(cast).area;
+    m_seen = FrameMemory::make(m_plan.area.size());
+    m_line.resize(static_cast<std::size_t>(m_plan.area.width()));
+    const auto *const buffer = m_buffers.free();
+    if (!m_seen || !buffer || !buffer->memory)
+        return QStringLiteral("There is no memory for pictures of that size.");
+    if (auto error = m_reader.open(std::get<Cast>(cast).node))
+        return error;
+    const MediaTime end = now() + longestStart;
+    while (!m_reader.hasPicture() && !m_session.isOver()) {
+        if (auto error = trouble())
+            return error;
+        if (now() > end)
+            return QStringLiteral("The desktop gives no picture of its screen.");
+        sleepUntil(end);
+    }
+    return std::nullopt;
+}
+
+std::optional<QString> CastStreamLoop::trouble() {
+    if (auto reason = m_source->lost())
+        return reason;
+    if (auto reason = m_reader.lost())
+        return reason;
+    if (m_reader.hasPicture() && !QRect({}, m_reader.size()).contains(m_area))
+        return QStringLiteral("The desktop's pictures are of another size than its screen.");
+    return std::nullopt;
+}
+
+void CastStreamLoop::sleepUntil(std::optional<MediaTime> until) {
+    pollfd waits[] = {{m_session.waker()->descriptor(), POLLIN, 0},
+                      {m_reader.descriptor(), POLLIN, 0},
+                      {m_source->descriptor(), POLLIN, 0}};
+    const auto left = until ? std::max(*until - now(), MediaTime::zero()) : MediaTime(1h);
+    const timespec longest{.tv_sec = static_cast<time_t>(left / 1s), .tv_nsec = static_cast<long>((left % 1s).count())};
+    ::ppoll(waits, std::size(waits), &longest, nullptr);
+    m_session.waker()->clear();
+    m_reader.dispatch();
+    if (m_reader.hasPicture() && !m_needed)
+        m_needed = now();
+}
+
+std::optional<QString> CastStreamLoop::run() {
+    while (!m_session.isOver()) {
+        if (auto reason = trouble())
+            return reason;
+        FrameBuffers::Buffer *const buffer = m_needed ? m_buffers.free() : nullptr;
+        if (!buffer) {
+            sleepUntil(std::nullopt);
+            continue;
+        }
+        if (!buffer->memory)
+            return QStringLiteral("There is no memory for another picture.");
+        if (const MediaTime due = m_pacer.due(*m_needed); now() < due) {
+            sleepUntil(due);
+            continue;
+        }
+        if (m_reader.hasPicture())
+            look();
+        if (!m_changed.isEmpty())
+            give(*buffer);
+        m_needed.reset();
+    }
+    return std::nullopt;
+}
+
+void CastStreamLoop::look() {
+    const QRegion changed = ofFewRects(compare());
+    m_reader.letGo();
+    m_changed = ofFewRects(m_changed + changed);
+    m_buffers.change(changed);
+}
+
+/// What differs from what was seen before, which it then is: for each run of lines the columns between the first and
+/// the last that do.
+QRegion CastStreamLoop::compare() {
+    const PixelsToPaint seen = m_seen->pixels();
+    const int width = m_area.width();
+    QRegion changed;
+    QRect run;
+    for (int y = 0; y < m_area.height(); ++y) {
+        m_reader.readLine(m_area.y() + y, m_area.x(), width, m_line.data());
+        std::uint32_t *const line = seen.line(y);
+        const std::size_t bytes = m_line.size() * sizeof(std::uint32_t);
+        if (m_hasSeen && std::memcmp(line, m_line.data(), bytes) == 0)
+            continue;
+        const int first = static_cast<int>(std::mismatch(line, line + width, m_line.begin()).first - line);
+        int last = width - 1;
+        while (last > first && line[last] == m_line[static_cast<std::size_t>(last)])
+            --last;
+        std::memcpy(line, m_line.data(), bytes);
+        const QRect part(m_hasSeen ? first : 0, y, m_hasSeen ? last - first + 1 : width, 1);
+        if (!run.isEmpty() && run.bottom() + 1 == y)
+            run |= part;
+        else
+            changed += std::exchange(run, part);
+    }
+    m_hasSeen = true;
+    return changed + run;
+}
+
+void CastStreamLoop::give(FrameBuffers::Buffer &buffer) {
+    const MediaTime moment = m_pacer.look(now(), *m_needed);
+    for (const QRect &part : std::exchange(buffer.pending, {}))
+        for (int y = part.top(); y <= part.bottom(); ++y)
+            std::memcpy(buffer.memory->pixels().line(y) + part.x(), m_seen->pixels().line(y) + part.x(),
+                        static_cast<std::size_t>(part.width()) * sizeof(std::uint32_t));
+    const QRegion changed = std::exchange(m_changed, {});
+    m_session.deliver({static_cast<int>(ScreenFrameStatus::complete), moment,
+                       m_buffers.give(buffer, {changed.begin(), changed.end()})});
+}
+
+} // namespace tavrine

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "ports/ScreenStream.h"
+
+#include <QObject>
+
+namespace tavrine {
+
+/// The screens of GNOME under Wayland, cast by its compositor over PipeWire and named as the X server inside names
+/// them. No window can be kept out. Built as a plugin, so that nothing of it is loaded before the first recording. Main
+/// thread.
+class GnomeScreenStreams final : public QObject, public ScreenStreams {
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID TAVRINE_SCREEN_STREAMS)
+    Q_INTERFACES(tavrine::ScreenStreams)
+
+public:
+    [[nodiscard]] bool tellsWindows() const override { return false; }
+    void getShareableContent(ContentAnswer answer) override;
+    [[nodiscard]] std::unique_ptr<ScreenStream> makeStream(const ScreenContentFilter &filter,
+                                                           const ScreenStreamConfiguration &configuration,
+                                                           Handlers handlers) override;
+};
+
+} // namespace tavrine
