@@ -28,6 +28,7 @@ STORY = 48  # FaultOrders.h
 STORY_SIZE = 8192
 PATIENCE = 15.0
 DEAF = 1.0
+DEAF_AMONG_TESTS = 5.0  # a disk that others fill is waited for as well, and no clock tells of it
 NAME = "com.veltrane.Tavrine"
 
 
