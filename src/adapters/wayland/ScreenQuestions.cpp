@@ -21,6 +21,7 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 constexpr auto longest = 100ms;
+constexpr auto longestForModifiers = 1000ms; ///< asked once a drag: a wrong answer copies what was to be moved
 constexpr std::uint32_t everyEdge = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
                                     ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
 constexpr std::uint32_t oneEdge = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP;
@@ -55,7 +56,7 @@ public:
         int height = 1;
     };
 
-    Question() {
+    explicit Question(std::chrono::milliseconds patience = longest) : m_patience(patience), m_link(patience) {
         m_compositor = m_link.bind<wl_compositor>(wl_compositor_interface, 4);
         m_shell = m_link.bind<zwlr_layer_shell_v1>(zwlr_layer_shell_v1_interface, 3);
         m_viewporter = m_link.bind<wp_viewporter>(wp_viewporter_interface, 1);
@@ -67,7 +68,7 @@ public:
         for (const auto &global : globals)
             if (global.interface == wl_output_interface.name)
                 add(global, manager);
-        m_isReady = m_buffer->get() != nullptr && m_link.finish(longest);
+        m_isReady = m_buffer->get() != nullptr && m_link.finish(m_patience);
     }
 
     [[nodiscard]] std::optional<QPointF> pointer() {
@@ -132,7 +133,7 @@ private:
                                                        },
                                                    .name = [](void *, wl_seat *, const char *) {}};
         wl_seat_add_listener(seat, &listener, this);
-        return m_link.finish(longest) && (m_capabilities & capability) ? seat : nullptr;
+        return m_link.finish(m_patience) && (m_capabilities & capability) ? seat : nullptr;
     }
 
     void show(const Output *output, Keyboard keyboard = Keyboard::left) {
@@ -183,7 +184,7 @@ private:
 
     template <class Condition>
     void waitFor(Condition condition) {
-        const auto end = Clock::now() + longest;
+        const auto end = Clock::now() + m_patience;
         for (auto now = Clock::now(); now < end && !condition(); now = Clock::now())
             if (!m_link.dispatch(std::chrono::ceil<WaylandLink::Wait>(end - now)))
                 return;
@@ -241,7 +242,8 @@ private:
     wl_compositor *m_compositor = nullptr;
     zwlr_layer_shell_v1 *m_shell = nullptr;
     wp_viewporter *m_viewporter = nullptr;
-    WaylandLink m_link{longest};
+    const std::chrono::milliseconds m_patience;
+    WaylandLink m_link;
     std::unique_ptr<ClearBuffer> m_buffer;
 };
 
@@ -256,7 +258,7 @@ QString askForOutput() {
 }
 
 Qt::KeyboardModifiers askForModifiers() {
-    return Question().modifiers();
+    return Question(longestForModifiers).modifiers();
 }
 
 } // namespace tavrine

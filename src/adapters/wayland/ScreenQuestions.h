@@ -19,8 +19,8 @@ namespace tavrine {
 /// where it does not say.
 [[nodiscard]] QString askForOutput();
 
-/// What is held of Control, Shift and the like. Takes the keyboard for as long; none where no window of another program
-/// may be without it.
+/// What is held of Control, Shift and the like; a second at most. Takes the keyboard for as long; none where no window
+/// of another program may be without it.
 [[nodiscard]] Qt::KeyboardModifiers askForModifiers();
 
 } // namespace tavrine
