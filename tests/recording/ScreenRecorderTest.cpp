@@ -49,7 +49,8 @@ TEST_F(RecorderOfAllWindows, theBarStaysAtItsPlaceWhereNothingOfItIsRecorded) {
 
 TEST_F(RecorderOfAllWindows, theBarGoesOutOfTheAreaTheShortestWayAndClearOfTheBorder) {
     EXPECT_EQ(barBeside({100, 60, 1000, 700}), QRectF(620, 900 - 55, 200, 40)); // above it
-    EXPECT_EQ(barBeside({100, 20, 1000, 700}), QRectF(620, 180 - 5 - 40, 200, 40));
+    EXPECT_EQ(barBeside({100, 20, 1000, 700}), QRectF(1105, 820, 200, 40));
+    EXPECT_EQ(barBeside({0, 20, 1440, 400}), QRectF(620, 480 - 5 - 40, 200, 40));
     EXPECT_EQ(barBeside({0, 0, 700, 900}), QRectF(705, 820, 200, 40));
     EXPECT_EQ(barBeside({600, 0, 840, 900}), QRectF(595 - 200, 820, 200, 40));
 }

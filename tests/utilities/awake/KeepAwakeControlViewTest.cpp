@@ -169,7 +169,7 @@ TEST_F(KeepAwakeCard, theKeyboardReachesEverythingFromTopToBottom) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     }
     EXPECT_THAT(reached,
-                testing::ElementsAre("Keep Awake", "15 min", "Advanced Awake modes", "Display", "Charging Only",
+                testing::ElementsAre("Keep Awake", "Indefinite", "Advanced Awake modes", "Display", "Charging Only",
                                      "Schedule", "Schedule start", "Schedule end", "Weekdays only", "Keep Awake"));
 }
 
