@@ -157,7 +157,8 @@ TEST_F(PowerAssertionsTest, aServiceThatCannotKeepThePromiseIsNoSuccess) {
     InhibitService refusing(sessionManagerName);
     refusing.isRefusing = true;
     EXPECT_NE(hold(PowerAssertionType::preventSystemSleep), PowerAssertions::success);
-    EXPECT_EQ(refusing.asked, 1);
+    EXPECT_THAT(refusing.asked,
+                testing::AllOf(testing::Ge(1), testing::Le(2))); // again when it is told that it has come
 }
 
 TEST_F(PowerAssertionsTest, daemonsThatAreStartedAnewAreAskedAgainWithinASecond) {

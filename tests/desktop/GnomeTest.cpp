@@ -258,6 +258,27 @@ QColor meanAt(const QImage &picture, QPoint corner) {
     return {sum[0] / (side * side), sum[1] / (side * side), sum[2] / (side * side)};
 }
 
+/// Each picture of a movie is what was drawn, but for a few places that the pointer covers.
+void expectPicturesAreLike(const QImage &drawn, const QByteArray &pixels) {
+    const qsizetype each = qsizetype{3} * drawn.width() * drawn.height();
+    ASSERT_GE(pixels.size(), each);
+    EXPECT_EQ(pixels.size() % each, 0);
+    for (qsizetype at = 0; at < pixels.size(); at += each) {
+        const QImage seen(reinterpret_cast<const uchar *>(pixels.constData()) + at, drawn.width(), drawn.height(),
+                          drawn.width() * 3, QImage::Format_RGB888);
+        int wrong = 0;
+        for (int y = 8; y < drawn.height() - 16; y += 24)
+            for (int x = 8; x < drawn.width() - 16; x += 24) {
+                const QColor one = meanAt(seen, {x, y});
+                const QColor other = meanAt(drawn, {x, y});
+                const int difference = std::abs(one.red() - other.red()) + std::abs(one.green() - other.green()) +
+                                       std::abs(one.blue() - other.blue());
+                wrong += difference > 48 ? 1 : 0;
+            }
+        EXPECT_LE(wrong, 6) << "at " << at / each;
+    }
+}
+
 TEST_F(GnomePattern, isRecordedAsItIsUntilTheBarIsClicked) {
     const QRect area(300, 196, 600, 370);
     // The shell gives the mouse to a window a moment after the X server shows it: a drag before that is for another.
@@ -301,27 +322,7 @@ TEST_F(GnomePattern, isRecordedAsItIsUntilTheBarIsClicked) {
         patience))
         << qPrintable(program.output());
     EXPECT_EQ(tavrine::test::complaintsAbout(match.captured(1)), QByteArray());
-    const QByteArray pixels = tavrine::test::pixelsOf(match.captured(1));
-    const qsizetype each = qsizetype{3} * area.width() * area.height();
-    ASSERT_GE(pixels.size(), each);
-    EXPECT_EQ(pixels.size() % each, 0);
-    const QImage drawn = patternIn(area);
-    for (qsizetype at = 0; at < pixels.size(); at += each) {
-        const QImage seen(reinterpret_cast<const uchar *>(pixels.constData()) + at, area.width(), area.height(),
-                          area.width() * 3, QImage::Format_RGB888);
-        int wrong = 0;
-        for (int y = 8; y < area.height() - 16; y += 24)
-            for (int x = 8; x < area.width() - 16; x += 24) {
-                const QColor one = meanAt(seen, {x, y});
-                const QColor other = meanAt(drawn, {x, y});
-                wrong += std::abs(one.red() - other.red()) + std::abs(one.green() - other.green()) +
-                                     std::abs(one.blue() - other.blue()) >
-                                 48
-                             ? 1
-                             : 0;
-            }
-        EXPECT_LE(wrong, 6) << "at " << at / each; // the pointer covers a few
-    }
+    expectPicturesAreLike(patternIn(area), tavrine::test::pixelsOf(match.captured(1)));
 }
 
 TEST_F(GnomePattern, givesTheColourUnderAClick) {

@@ -86,7 +86,7 @@ protected:
         EXPECT_TRUE(waitUntil([&] { return paster.paste(target) == bytes; })) << target.constData();
     }
     /// Starts the program, has `end` end its compositor or its connection, and reads its last words.
-    void expectOrderlyEnd(const std::function<void(qint64 process)> &end) {
+    void expectOrderlyEnd(const std::function<void(QProcess &process)> &end) {
         ASSERT_TRUE(program.start());
         program.kill9(); // it has a database now
         const auto process = program.startAgain();
@@ -100,8 +100,8 @@ protected:
             },
             patience));
         static_cast<void>(process->readAllStandardError());
-        end(process->processId());
-        ASSERT_TRUE(process->waitForFinished(30'000));
+        end(*process);
+        ASSERT_TRUE(process->state() == QProcess::NotRunning || process->waitForFinished(30'000));
         const QByteArray words = process->readAllStandardError();
         EXPECT_EQ(process->exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(process->exitCode(), 69) << words.constData();
@@ -208,12 +208,18 @@ TEST_F(ProgramOnWayland, afterAKillItFollowsTheClipboardAgain) {
 }
 
 TEST_F(ProgramOnWayland, oneConnectionThatEndsEndsTheProgramAndSaysSo) {
-    expectOrderlyEnd([](qint64 process) { ASSERT_TRUE(endNewestConnection(process, compositor())); });
+    expectOrderlyEnd([](QProcess &process) {
+        // The newest may be one of a moment, or that by which the windows are told, which is made anew.
+        for (int tries = 0; tries < 3 && process.state() == QProcess::Running; ++tries) {
+            ASSERT_TRUE(endNewestConnection(process.processId(), compositor()));
+            (void)process.waitForFinished(5'000);
+        }
+    });
 }
 
 // Last, as nothing runs without one.
 TEST_F(ProgramOnWayland, theEndOfTheCompositorIsTheProgramsEnd) {
-    expectOrderlyEnd([](qint64) { ASSERT_EQ(::kill(compositor(), SIGKILL), 0); });
+    expectOrderlyEnd([](QProcess &) { ASSERT_EQ(::kill(compositor(), SIGKILL), 0); });
 }
 
 } // namespace

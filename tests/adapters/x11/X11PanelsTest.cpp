@@ -268,7 +268,7 @@ TEST_F(X11PanelsTest, aServerThatAnotherProgramHoldsIsNotWaitedForWithoutEnd) {
 
 TEST_F(X11PanelsTest, aProgramHasNotEndedBecauseTheServerIsLate) {
     ForeignWindow window(QStringLiteral(TAVRINE_GTK_ENTRY));
-    ASSERT_TRUE(window.waitForFocus());
+    ASSERT_TRUE(giveKeyboardTo(window));
     RunningApplication program;
     program.window = keyboard.focusedWindow();
     X11ApplicationActivator asked;
