@@ -107,7 +107,7 @@ std::optional<QString> CastReader::open(std::uint32_t node) {
         return QStringLiteral("There is no PipeWire to see the screen by.");
     m_stream = pw_stream_new(m_core, "Tavrine",
                              pw_properties_new(PW_KEY_MEDIA_TYPE, "Video", PW_KEY_MEDIA_CATEGORY, "Capture",
-                                               PW_KEY_MEDIA_ROLE, "Screen", nullptr));
+                                               PW_KEY_MEDIA_ROLE, "Screen", "node.dont-fallback", "true", nullptr));
     if (!m_stream)
         return QStringLiteral("There is no memory for a stream.");
     pw_stream_add_listener(m_stream, &m_hook->hook, CastEvents::all(), this);
@@ -115,7 +115,9 @@ std::optional<QString> CastReader::open(std::uint32_t node) {
     spa_pod_builder builder{};
     spa_pod_builder_init(&builder, room, sizeof room);
     const spa_pod *formats = acceptedFormats(builder);
-    const auto flags = static_cast<pw_stream_flags>(PW_STREAM_FLAG_AUTOCONNECT | PW_STREAM_FLAG_MAP_BUFFERS);
+    // When the compositor ends the cast this ends too; else the next best source would come in its place, a camera.
+    const auto flags = static_cast<pw_stream_flags>(PW_STREAM_FLAG_AUTOCONNECT | PW_STREAM_FLAG_MAP_BUFFERS |
+                                                    PW_STREAM_FLAG_DONT_RECONNECT);
     if (pw_stream_connect(m_stream, PW_DIRECTION_INPUT, node, flags, &formats, 1) < 0)
         return QStringLiteral("PipeWire does not give the screen's pictures.");
     return m_lost;
@@ -149,35 +151,41 @@ void CastReader::agreeOn(const spa_pod *format) {
     pw_stream_update_params(m_stream, &buffers, 1);
 }
 
-/// What a compositor says of its memory is believed as far as it is mapped here.
-bool CastReader::isWhole(const pw_buffer &buffer) const {
+/// What a compositor says of its memory is believed as far as it is mapped here. It is read once: it lies in memory
+/// that the compositor can still write.
+std::optional<CastReader::Lines> CastReader::wholeLines(const pw_buffer &buffer) const {
     const spa_buffer &pictures = *buffer.buffer;
     if (pictures.n_datas < 1 || !pictures.datas[0].data)
-        return false;
+        return std::nullopt;
     const spa_data &data = pictures.datas[0];
-    const spa_chunk &chunk = *data.chunk;
+    spa_chunk chunk{};
+    std::memcpy(&chunk, data.chunk, sizeof chunk);
     const auto stride = static_cast<std::int64_t>(chunk.stride);
     const std::int64_t line = std::int64_t{m_size.width()} * bytesPerPixel;
     const std::int64_t needed = std::int64_t{chunk.offset} + stride * (m_size.height() - 1) + line;
-    return !m_size.isEmpty() && chunk.size > 0 && (chunk.flags & SPA_CHUNK_FLAG_CORRUPTED) == 0 && stride >= line &&
-           needed <= std::int64_t{data.maxsize};
+    if (m_size.isEmpty() || chunk.size == 0 || (chunk.flags & SPA_CHUNK_FLAG_CORRUPTED) != 0 || stride < line ||
+        needed > std::int64_t{data.maxsize})
+        return std::nullopt;
+    return Lines{chunk.offset, chunk.stride};
 }
 
 void CastReader::take() {
     while (pw_buffer *const next = pw_stream_dequeue_buffer(m_stream)) {
-        if (!isWhole(*next)) { // the pointer alone, or nothing
+        const auto lines = wholeLines(*next);
+        if (!lines) { // the pointer alone, or nothing
             pw_stream_queue_buffer(m_stream, next);
             continue;
         }
         letGo();
         m_picture = next;
+        m_lines = *lines;
     }
 }
 
 void CastReader::readLine(int y, int from, int count, std::uint32_t *into) const {
     const spa_data &data = m_picture->buffer->datas[0];
-    const auto *const line = static_cast<const std::uint8_t *>(data.data) + data.chunk->offset +
-                             std::ptrdiff_t{data.chunk->stride} * y + std::ptrdiff_t{from} * bytesPerPixel;
+    const auto *const line = static_cast<const std::uint8_t *>(data.data) + m_lines.offset +
+                             std::ptrdiff_t{m_lines.stride} * y + std::ptrdiff_t{from} * bytesPerPixel;
     std::memcpy(into, line, static_cast<std::size_t>(count) * bytesPerPixel);
     constexpr std::uint32_t noMeaning = 0xff000000U;
     std::transform(into, into + count, into, [isRedFirst = m_isRedFirst](std::uint32_t pixel) {

@@ -46,7 +46,12 @@ private:
     friend struct CastEvents;
     void agreeOn(const spa_pod *format);
     void take();
-    [[nodiscard]] bool isWhole(const pw_buffer &buffer) const;
+    /// Where the lines of a picture lie in its memory, in bytes.
+    struct Lines {
+        std::uint32_t offset = 0;
+        std::int32_t stride = 0;
+    };
+    [[nodiscard]] std::optional<Lines> wholeLines(const pw_buffer &buffer) const;
 
     pw_loop *m_loop = nullptr;
     pw_context *m_context = nullptr;
@@ -55,6 +60,7 @@ private:
     struct Hook;
     std::unique_ptr<Hook> m_hook;
     pw_buffer *m_picture = nullptr;
+    Lines m_lines; ///< of that picture
     QSize m_size;
     bool m_isRedFirst = false;
     std::optional<QString> m_lost;

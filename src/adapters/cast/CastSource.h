@@ -10,7 +10,8 @@ namespace tavrine {
 /// Pictures of a screen that a compositor gives over PipeWire.
 struct Cast {
     std::uint32_t node = 0; ///< PipeWire's
-    QRect area;             ///< of its pictures: what is wanted
+    QSize pictures;         ///< the size of its pictures; others are not what was asked for
+    QRect area;             ///< of them: what is wanted
 };
 
 /// Has a compositor cast its screen for as long as this lives. Made and used on a stream's thread; all waiting is

@@ -29,6 +29,7 @@ std::optional<QString> CastStreamLoop::open() {
     const auto cast = m_source->open(m_plan, m_configuration);
     if (const auto *const reason = std::get_if<QString>(&cast))
         return *reason;
+    m_pictures = std::get<Cast>(cast).pictures;
     m_area = std::get<Cast>(cast).area;
     m_seen = FrameMemory::make(m_plan.area.size());
     m_line.resize(static_cast<std::size_t>(m_plan.area.width()));
@@ -53,7 +54,7 @@ std::optional<QString> CastStreamLoop::trouble() {
         return reason;
     if (auto reason = m_reader.lost())
         return reason;
-    if (m_reader.hasPicture() && !QRect({}, m_reader.size()).contains(m_area))
+    if (m_reader.hasPicture() && (m_reader.size() != m_pictures || !QRect({}, m_pictures).contains(m_area)))
         return QStringLiteral("The desktop's pictures are of another size than its screen.");
     return std::nullopt;
 }

@@ -32,6 +32,7 @@ private:
     ThreadedScreenStream::Session &m_session;
     std::unique_ptr<CastSource> m_source; ///< goes after the reader
     CastReader m_reader;
+    QSize m_pictures;
     QRect m_area;                        ///< of the cast's pictures
     std::shared_ptr<FrameMemory> m_seen; ///< the area as it was when it was last looked at
     std::vector<std::uint32_t> m_line;

@@ -46,7 +46,7 @@ void GnomeColorSamplers::show(const Selection &selection) {
             stopWatching();
             selection(colour);
         });
-        if (m_escape == 0 && !std::exchange(m_isEscapeAsked, true))
+        if (m_shell.isAttached() && m_escape == 0 && !std::exchange(m_isEscapeAsked, true))
             m_shell.grabKey(gnomeKey::escape, this, [this](quint32 action) {
                 m_isEscapeAsked = false;
                 m_escape = action;

@@ -80,7 +80,7 @@ std::variant<QString, Cast> MutterCast::open(const StreamPlan &plan,
     }
     if (!m_node)
         return refused;
-    return Cast{.node = *m_node, .area = QRect({}, area.size())};
+    return Cast{.node = *m_node, .pictures = area.size(), .area = QRect({}, area.size())};
 }
 
 } // namespace tavrine

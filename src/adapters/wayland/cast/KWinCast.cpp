@@ -67,7 +67,7 @@ std::variant<QString, Cast> KWinCast::open(const StreamPlan &plan, const ScreenS
         return *m_end;
     if (!m_node)
         return QStringLiteral("The compositor does not cast its screen.");
-    return Cast{.node = *m_node, .area = pixelsOf(configuration, {}, m_pixels, wanted->scale())};
+    return Cast{.node = *m_node, .pictures = m_pixels, .area = pixelsOf(configuration, {}, m_pixels, wanted->scale())};
 }
 
 std::optional<QString> KWinCast::lost() {
