@@ -34,9 +34,8 @@ struct EdgeWindowDescription {
 ///  2. While it ignores mouse events, clicks, wheels and drags reach what lies below as if it were not there. That may
 ///     change while another program's drag goes on, and the drag sees it at once.
 ///  3. Frames are in points with the origin at the bottom left, as `Screens` tells them. `frame` is where it goes, and
-///  where
-///     it takes the mouse; on the screen an animated change arrives there within its duration, eased in and out.
-///  4. A panel of this program that gets the keyboard lies above it until it loses it, or this window is called.
+///     where it takes the mouse; on the screen an animated change arrives there within its duration, eased in and out.
+///  4. A panel of this program that gets the keyboard lies above it until it goes, or this window is called.
 ///  5. The content is as large as what is shown of the window at any moment, and laid out for no more than that.
 class EdgeWindow {
 public:

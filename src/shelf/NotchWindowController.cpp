@@ -121,8 +121,10 @@ void NotchWindowController::orderFront() {
 /// Nobody called it: not above a panel that was called since, and not above an item of its own that is on its way,
 /// whose drag shows as a window, too.
 void NotchWindowController::comeBackToTheFront() {
+    if (!m_window)
+        return;
     const bool isOwnOnItsWay = m_ports.screens.pressedMouseButtons() != 0 && !m_dragPasteboard->isDragging();
-    if (m_window && !isOwnOnItsWay)
+    if (!isOwnOnItsWay)
         m_window->keepInFront();
 }
 

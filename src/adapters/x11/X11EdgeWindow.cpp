@@ -47,7 +47,9 @@ public:
 
     void keepInFront() override {
         if (m_view.isVisible())
-            if (const xcb_window_t panel = lowestFrameAbove(*m_view.windowHandle()); panel != XCB_WINDOW_NONE)
+            if (const xcb_window_t panel =
+                    m_stacking.lowestFrameAbove(*m_view.windowHandle(), flippedRect(m_view.frame()));
+                panel != XCB_WINDOW_NONE)
                 return stackBelow(*m_view.windowHandle(), panel);
         orderFrontRegardless();
     }
@@ -90,7 +92,7 @@ private:
             if (!flippedRect(m_view.frame()).intersects(QRectF(focused->geometry())))
                 return;
             m_hasMadeWay = true;
-            stackBelow(*own, frameOf(*focused));
+            stackBelow(*own, m_stacking.frameOf(*focused));
         } else if (std::exchange(m_hasMadeWay, false)) {
             keepInFront();
         }
@@ -98,6 +100,7 @@ private:
 
     X11EdgeWindows::Activator m_activator;
     X11EdgeView m_view;
+    X11Stacking m_stacking;
     PanelDescription m_forDesktop;
     std::unique_ptr<X11Compositor> m_compositor; ///< watched while the window is shown
     xcb_window_t m_focusBefore = XCB_WINDOW_NONE;

@@ -2,7 +2,6 @@
 
 #include "adapters/x11/X11WindowDescription.h"
 #include "adapters/x11/XcbClient.h"
-#include "adapters/x11/XcbLink.h"
 
 #include <QGuiApplication>
 #include <QWindow>
@@ -14,8 +13,8 @@
 namespace tavrine {
 namespace {
 
-xcb_window_t frameOf(XcbLink &link, xcb_window_t window) {
-    while (const auto tree = link.reply<xcb_query_tree_reply_t>(xcb_query_tree(link.connection(), window))) {
+xcb_window_t frameOf(XcbClient &client, xcb_window_t window) {
+    while (const auto tree = client.reply<xcb_query_tree_reply_t>(xcb_query_tree(client.connection(), window))) {
         if (tree->parent == tree->root)
             return window;
         window = tree->parent;
@@ -31,26 +30,37 @@ bool isFloating(const QWindow &window) {
     return window.flags().testFlag(Qt::WindowStaysOnTopHint);
 }
 
-xcb_window_t frameOf(const QWindow &window) {
-    XcbLink link(XcbClient::longestWait);
-    if (!link.isOpen())
-        return XCB_WINDOW_NONE;
-    return frameOf(link, static_cast<xcb_window_t>(window.winId()));
+X11Stacking::X11Stacking() = default;
+
+X11Stacking::~X11Stacking() = default;
+
+XcbClient &X11Stacking::client() {
+    if (!m_client || !m_client->isConnected())
+        m_client = std::make_unique<XcbClient>([](const xcb_generic_event_t &) {});
+    return *m_client;
 }
 
-xcb_window_t lowestFrameAbove(const QWindow &window) {
+xcb_window_t X11Stacking::frameOf(const QWindow &window) {
+    return tavrine::frameOf(client(), static_cast<xcb_window_t>(window.winId()));
+}
+
+xcb_window_t X11Stacking::lowestFrameAbove(const QWindow &window, const QRectF &area) {
     QWindowList others = QGuiApplication::topLevelWindows();
-    others.removeIf(
-        [&](const QWindow *other) { return other == &window || !other->isVisible() || !isFloating(*other); });
+    others.removeIf([&](const QWindow *other) {
+        return other == &window || !other->isVisible() || !isFloating(*other) ||
+               !area.intersects(QRectF(other->geometry()));
+    });
     if (others.isEmpty())
         return XCB_WINDOW_NONE;
-    XcbLink link(XcbClient::longestWait);
-    if (!link.isOpen())
-        return XCB_WINDOW_NONE;
+    XcbClient &server = client();
+    static_cast<void>(server.takeIsLate());
     std::vector<xcb_window_t> frames;
-    for (const QWindow *other : std::as_const(others))
-        frames.push_back(frameOf(link, static_cast<xcb_window_t>(other->winId())));
-    const auto root = link.reply<xcb_query_tree_reply_t>(xcb_query_tree(link.connection(), link.root()));
+    for (const QWindow *other : std::as_const(others)) {
+        frames.push_back(tavrine::frameOf(server, static_cast<xcb_window_t>(other->winId())));
+        if (server.takeIsLate())
+            return XCB_WINDOW_NONE;
+    }
+    const auto root = server.reply<xcb_query_tree_reply_t>(xcb_query_tree(server.connection(), server.root()));
     if (!root)
         return XCB_WINDOW_NONE;
     const std::span<const xcb_window_t> all(xcb_query_tree_children(root.get()),
