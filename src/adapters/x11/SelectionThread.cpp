@@ -116,6 +116,8 @@ void SelectionThread::expire() {
     m_owner.expire(now);
     if (m_fetch && m_fetch->contents().deadline().value_or(TimePoint::max()) <= now) {
         m_connection.finish(); // that the server stands still is not the owner's doing
+        if (m_connection.readAhead())
+            return; // what came with that answer is heard first
         m_fetch->contents().expire(std::chrono::steady_clock::now());
     }
     if (m_fetch && !m_fetch->contents().isRunning() && m_owner.isOwner())

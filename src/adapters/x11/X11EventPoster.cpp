@@ -129,7 +129,8 @@ bool X11EventPoster::isKeyboardHeld() {
     if (m_pressed.modifiers.empty())
         return false;
     const auto down = keysDown(m_client);
-    return !down.empty() && std::find(down.begin(), down.end(), m_pressed.modifiers.front()) == down.end();
+    return m_client.takeIsLate() ||
+           (!down.empty() && std::find(down.begin(), down.end(), m_pressed.modifiers.front()) == down.end());
 }
 
 void X11EventPoster::release() {
