@@ -17,9 +17,10 @@ public:
         socklen_t size = sizeof partner;
         if (link.isOpen() && ::getsockopt(link.descriptor(), SOL_SOCKET, SO_PEERCRED, &partner, &size) == 0)
             m_process = partner.pid;
-        if (m_process > 0)
-            ::kill(m_process, SIGSTOP);
+        if (m_process > 0 && ::kill(m_process, SIGSTOP) != 0)
+            m_process = 0;
     }
+    [[nodiscard]] bool hasBegun() const { return m_process > 0; }
     ~StoppedCompositor() {
         if (m_process > 0)
             ::kill(m_process, SIGCONT);

@@ -36,7 +36,7 @@ namespace {
 
 /// The plugin that this compositor gives moving pictures to; null where it gives none.
 const char *streamPlugin() {
-    const WaylandLink link;
+    const WaylandLink link(WaylandLink::Wait(500)); // the person waits for the answer
     if (link.find("zwlr_screencopy_manager_v1"))
         return "wayland_screen_stream";
     return link.find("zkde_screencast_unstable_v1") ? "kwin_screen_stream" : nullptr;
@@ -122,9 +122,12 @@ ColorSamplers &WaylandDesktop::colorSamplers() {
 }
 
 ScreenStreams &WaylandDesktop::screenStreams() {
+    const char *const plugin = m_screenStreams.ifMade() ? "" : streamPlugin();
+    if (!plugin) // or the compositor is too busy to say, and is asked again
+        return m_noScreenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
     ScreenStreams *const streams =
         m_screenStreams
-            .get([] { return std::make_unique<PluginLoader<ScreenStreams>>(QString::fromLatin1(streamPlugin())); })
+            .get([plugin] { return std::make_unique<PluginLoader<ScreenStreams>>(QString::fromLatin1(plugin)); })
             .port();
     return streams ? *streams : m_noScreenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
 }

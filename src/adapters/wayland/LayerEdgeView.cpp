@@ -16,6 +16,8 @@ using namespace std::chrono_literals;
 constexpr auto untilAside = 150ms; ///< who is hovered over opens within this
 constexpr auto asideFor = 700ms;
 constexpr auto untilTaken = 40ms; ///< a compositor that takes the keyboard back does so in 2
+constexpr int mostReturns = 5;    ///< one after the other
+constexpr std::chrono::milliseconds untilForgotten{5000};
 
 } // namespace
 
@@ -143,9 +145,15 @@ bool LayerEdgeView::hasUnwantedKeyboard() const {
     return m_role && !(*m_standing)->wantsKeyboard && QGuiApplication::focusWindow() == windowHandle();
 }
 
-/// Some compositors take the keyboard back from nobody who is there. Such a window goes and comes again.
+/// Some compositors take the keyboard back from nobody who is there. Such a window goes and comes again; not for ever,
+/// where one gives it to whatever comes.
 void LayerEdgeView::lookWhetherLeft() {
     if (!hasUnwantedKeyboard())
+        return;
+    if (!m_sinceReturn.isValid() || m_sinceReturn.hasExpired(untilForgotten.count()))
+        m_returns = 0;
+    m_sinceReturn.start();
+    if (++m_returns > mostReturns)
         return;
     vanish();
     appear();

@@ -5,6 +5,8 @@
 #include "adapters/wayland/LayerRole.h"
 #include "adapters/wayland/LayerStack.h"
 
+#include <QElapsedTimer>
+
 #include <memory>
 #include <optional>
 
@@ -50,6 +52,8 @@ private:
     QTimer m_waits; ///< until it lets the mouse through
     QTimer m_comesBack;
     QTimer m_leaves; ///< runs for a moment after the keyboard was given back
+    QElapsedTimer m_sinceReturn;
+    int m_returns = 0; ///< of the window, to be without the keyboard
 };
 
 } // namespace tavrine

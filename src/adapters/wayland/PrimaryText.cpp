@@ -9,7 +9,9 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <memory>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -65,10 +67,13 @@ private:
 } // namespace
 
 PrimaryText::PrimaryText(WaylandLink &link) : m_link(link) {
-    const auto *const older = link.find(zwlr_data_control_manager_v1_interface.name);
-    if (older && older->version < firstWithPrimary)
-        return;
     m_manager = bindDataControl(link, firstWithPrimary);
+    const auto isOlder = [this] {
+        const char *const bound = wl_proxy_get_class(reinterpret_cast<wl_proxy *>(m_manager));
+        return std::strcmp(bound, zwlr_data_control_manager_v1_interface.name) == 0;
+    };
+    if (m_manager && isOlder() && zwlr_data_control_manager_v1_get_version(m_manager) < firstWithPrimary)
+        zwlr_data_control_manager_v1_destroy(std::exchange(m_manager, nullptr));
     auto *const seat = link.bind<wl_seat>(wl_seat_interface, 1);
     if (!m_manager || !seat)
         return;

@@ -74,10 +74,10 @@ TEST_F(DataControlThreadTest, nothingIsOfferedInAnOwnersPlaceWhileTheCompositorA
     ASSERT_TRUE(eventually([&] { return pasteboard.string() == QStringLiteral("text"); }));
     tellOfNobody();
     ASSERT_TRUE(eventually([&] { return m_compositor.count("zwlr_data_control_device_v1.set_selection") == 1; }));
-    const auto offered =
-        std::find(m_sinceTheEnd.begin(), m_sinceTheEnd.end(), "zwlr_data_control_device_v1.set_selection");
-    EXPECT_GE(std::count(m_sinceTheEnd.begin(), offered, "wl_display.sync"), 2)
-        << "who is about to follow had no time either";
+    std::vector<std::string> asked;
+    m_compositor.doThere([&] { asked = m_sinceTheEnd; });
+    const auto offered = std::find(asked.begin(), asked.end(), "zwlr_data_control_device_v1.set_selection");
+    EXPECT_GE(std::count(asked.begin(), offered, "wl_display.sync"), 2) << "who is about to follow had no time either";
 }
 
 } // namespace

@@ -162,6 +162,7 @@ TEST_F(LayerEdgeWindowTest, theKeyboardIsGivenBackByABusyCompositorToo) {
     window->setIgnoresMouseEvents(false);
     {
         const testing::StoppedCompositor stopped;
+        ASSERT_TRUE(stopped.hasBegun());
         window->takeKeyboard();
         window->returnKeyboard();
         (void)waitUntil([] { return false; }, 400ms); // longer than a compositor that is well needs

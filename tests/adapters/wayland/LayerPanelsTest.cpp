@@ -148,6 +148,7 @@ TEST_F(LayerPanelsTest, aPanelOpensThoughTheCompositorStandsStillForASecond) {
     const LayerShell ofASlowStart;
     EXPECT_NE(ofASlowStart.shell(), nullptr);
     const testing::CompositorStall another(800ms);
+    ASSERT_TRUE(another.hasBegun());
     const Panel panel = show({400, 300, 300, 200});
     EXPECT_TRUE(hearsClick(*panel.content, {550, 400}));
 }
