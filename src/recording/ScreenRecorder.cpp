@@ -351,7 +351,7 @@ QRectF ScreenRecorder::outOfPictures(const QRectF &bar) const {
 void ScreenRecorder::keepStopBarOnScreen() {
     PanelWindow *window = m_stopBar.window();
     if (window)
-        window->setFrame(movedOntoAScreen(m_ports.selection.screens, window->frame()));
+        window->setFrame(outOfPictures(movedOntoAScreen(m_ports.selection.screens, window->frame())));
 }
 
 void ScreenRecorder::fitStopBar(QSizeF fittingSize) {

@@ -225,8 +225,6 @@ TEST_P(WaylandRecording, itsMovieShowsWhatWasDrawnInTheAreaAndNothingOfTheRecord
 }
 
 TEST_P(WaylandRecording, theBarStandsBesideAnAreaThatHasItsPlaceAndTheActionEndsTheRecordingToo) {
-    QElapsedTimer timer;
-    timer.start();
     const int width = output.logical.width() - 2 * below;
     ASSERT_NO_FATAL_FAILURE(startRecording({below, below, width, 160}));
     ASSERT_TRUE(paint(red)) << qPrintable(program.output());
