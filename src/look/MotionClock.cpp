@@ -92,7 +92,8 @@ void Motion::begin() {
 }
 
 void Motion::advance(Seconds now) {
-    // The wish may come while this is under way: it goes to the end with this frame, as a start would at once.
+    // The wish may come while this is under way: it goes to the end with this frame, as a start would at once. What
+    // runs without an end stands still.
     const bool moves = Look::moves();
     if (m_run && !moves) {
         stop();

@@ -80,8 +80,10 @@ void PanelAnimator::step(PanelWindow *panel) {
     const auto found = m_animations.find(panel);
     if (found == m_animations.end())
         return;
-    if (!animates()) // since the animation began
-        return finish(*panel, found->second->target);
+    if (look::Look::current() && !look::Look::moves()) { // since the animation began
+        const Target target = found->second->target;     // what is set may begin another
+        return finish(*panel, target);
+    }
     const Animation &animation = *found->second;
     const double t =
         std::clamp((m_time.systemUptime() - animation.start).count() / animation.duration.count(), 0.0, 1.0);
