@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <thread>
 #include <utility>
 
 #include <fcntl.h>
@@ -62,8 +63,10 @@ FileContent readOnce(const QString &path) {
 FileContent readWhole(const QString &path) {
     constexpr int tries = 3;
     FileContent content = readOnce(path);
-    for (int i = 1; i < tries && content.state == FileState::unreadable; ++i)
+    for (int i = 1; i < tries && content.state == FileState::unreadable; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
         content = readOnce(path);
+    }
     return content;
 }
 

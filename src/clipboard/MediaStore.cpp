@@ -13,7 +13,9 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 namespace tavrine {
 namespace {
@@ -138,6 +140,7 @@ std::optional<QString> MediaStore::saveImage(QImage image) {
     // not be at the next.
     const QString path = *folder + u'/' + fileName;
     if (!writePrivateFile(path, *jpeg)) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
         if (const FileResult again = writePrivateFile(path, *jpeg); !again) {
             printLine(QStringLiteral("DEBUG: A picture could not be stored: ") + again.reason());
             return std::nullopt;
