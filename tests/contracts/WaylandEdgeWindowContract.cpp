@@ -6,10 +6,15 @@
 #include "adapters/x11/ForeignWindow.h"
 #include "contracts/EdgeWindowContract.h"
 #include "support/Eventually.h"
+#include "support/Wait.h"
 #include "support/WaylandHand.h"
 
 namespace tavrine::test {
 namespace {
+
+/// For what was pressed to arrive. A compositor that gets thousands of keys a second is busy with nothing else, and
+/// ends the connection of who does not read them all.
+constexpr std::chrono::milliseconds aTurn{100};
 
 /// Nobody tells where a click goes but who hears it: it is made until that one has.
 class WaylandEdgeDesk final : public EdgeDesk {
@@ -27,7 +32,7 @@ public:
         const int before = wanted.clicks;
         return eventually([&] {
             m_hand.click(at);
-            return wanted.clicks > before;
+            return testing::waitUntil([&] { return wanted.clicks > before; }, aTurn);
         });
     }
     bool keyboardIsWith(const ShownAtEdge *shown) override {
@@ -42,7 +47,7 @@ public:
             shown->content->setFocus();
         return eventually([&] {
             m_hand.tap(KEY_P);
-            return typed() > before;
+            return testing::waitUntil([&] { return typed() > before; }, aTurn);
         });
     }
     bool comes(const std::function<bool()> &condition) override { return eventually(condition); }

@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <utility>
+
 namespace tavrine {
 namespace {
 

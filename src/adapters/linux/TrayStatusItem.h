@@ -14,11 +14,10 @@ namespace tavrine {
 /// the desktop has one: many panels offer both kinds.
 class TrayStatusItem final : public StatusItem {
 public:
-    /// `trays` in the order of preference.
     /// Where the item is that was pressed, given what the tray told.
     using Placing = std::function<QPoint(QPoint told)>;
 
-    /// Without `placing` a tray's word is taken.
+    /// `trays` in the order of preference. Without `placing` a tray's word is taken.
     explicit TrayStatusItem(std::vector<std::unique_ptr<TrayIcon>> trays, Placing placing = {});
 
     void setVisible(bool visible) override;
