@@ -105,7 +105,8 @@ protected:
         ASSERT_TRUE(settles());
         killAndWait(process);
         const auto after = everything();
-        EXPECT_EQ(after.size(), before.size());
+        EXPECT_EQ(after.size(), before.size())
+            << "of the owner " << requestor.owner() << ", which now has " << everything().size();
         for (const auto &[target, value] : before) {
             ASSERT_TRUE(after.count(target)) << target.constData();
             EXPECT_TRUE(isSame(target, value, after.at(target))) << target.constData();
