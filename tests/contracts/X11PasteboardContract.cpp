@@ -39,7 +39,7 @@ public:
         const xcb_window_t before = requestor.owner();
         m_owner.reset();
         // Nobody, and then the keeper.
-        static_cast<void>(waitUntil([&] { return requestor.owner() != 0 && requestor.owner() != before; }));
+        static_cast<void>(waitUntil([&] { return requestor.hasOwnerOtherThan(before); }));
     }
     void claimWithoutAnswer() override { own().own({}, Answer::silent()); }
     void claimTextWithoutContents() override { own().own({{"UTF8_STRING", Answer::silent()}}); }

@@ -66,7 +66,7 @@ TEST_F(CutFiles, canStillBeMovedWhenTheirProgramHasEnded) {
     settle();
     const xcb_window_t before = requestor.owner();
     owner.end();
-    ASSERT_TRUE(waitUntil([&] { return requestor.owner() != 0 && requestor.owner() != before; }));
+    ASSERT_TRUE(waitUntil([&] { return requestor.hasOwnerOtherThan(before); }));
     EXPECT_THAT(requestor.targets(), Not(Contains(QByteArray(copiedFiles))));
     EXPECT_EQ(requestor.paste("text/uri-list")->bytes, uri() + '\0');
     EXPECT_EQ(requestor.paste(cutMark)->bytes, "1");

@@ -21,7 +21,7 @@ protected:
     /// Lets the turn end and waits until the clipboard is ours.
     void publish() {
         const xcb_window_t before = requestor.owner();
-        ASSERT_TRUE(waitUntil([&] { return requestor.owner() != 0 && requestor.owner() != before; }));
+        ASSERT_TRUE(waitUntil([&] { return requestor.hasOwnerOtherThan(before); }));
         // What follows is asked of the new owner.
     }
     void write(const QString &text) {

@@ -21,7 +21,7 @@ protected:
         return types && types->contains(QLatin1String(type));
     }
     [[nodiscard]] bool waitForOwnerOtherThan(xcb_window_t window) {
-        return waitUntil([&] { return requestor.owner() != 0 && requestor.owner() != window; });
+        return waitUntil([&] { return requestor.hasOwnerOtherThan(window); });
     }
     [[nodiscard]] QByteArray pasted(const QByteArray &target) {
         const auto value = requestor.paste(target);

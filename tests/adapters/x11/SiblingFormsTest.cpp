@@ -30,7 +30,7 @@ protected:
         ASSERT_TRUE(settles());
         const xcb_window_t before = requestor.owner();
         owner.end();
-        ASSERT_TRUE(waitUntil([&] { return requestor.owner() != 0 && requestor.owner() != before; }));
+        ASSERT_TRUE(waitUntil([&] { return requestor.hasOwnerOtherThan(before); }));
     }
     [[nodiscard]] QByteArray pasted(const QByteArray &target) {
         const auto value = requestor.paste(target);

@@ -66,7 +66,7 @@ protected:
 TEST_F(SlowFilesTest, thePictureIsToldOfThoughTheFileManagerEndsRightAfterTheCopy) {
     const xcb_window_t before = requestor.owner();
     owner.end();
-    ASSERT_TRUE(waitUntil([&] { return requestor.owner() != 0 && requestor.owner() != before; }));
+    ASSERT_TRUE(waitUntil([&] { return requestor.hasOwnerOtherThan(before); }));
     EXPECT_TRUE(requestor.paste("text/uri-list")) << "the copied file can be pasted at once";
     EXPECT_TRUE(published().isEmpty()) << "the change is told of with its picture";
     files->release();

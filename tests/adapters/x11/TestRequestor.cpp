@@ -95,6 +95,11 @@ xcb_window_t TestRequestor::owner() {
     return window;
 }
 
+bool TestRequestor::hasOwnerOtherThan(xcb_window_t window) {
+    const xcb_window_t now = owner();
+    return now != XCB_WINDOW_NONE && now != window;
+}
+
 xcb_atom_t TestRequestor::atom(const QByteArray &wanted) {
     xcb_intern_atom_reply_t *reply = xcb_intern_atom_reply(
         m_connection, xcb_intern_atom(m_connection, 0, static_cast<uint16_t>(wanted.size()), wanted.constData()),

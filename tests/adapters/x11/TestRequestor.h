@@ -38,6 +38,8 @@ public:
     [[nodiscard]] std::optional<Value> finish();
 
     [[nodiscard]] xcb_window_t owner();
+    /// Somebody has it, and by another window. Asked once: between two questions an owner may go.
+    [[nodiscard]] bool hasOwnerOtherThan(xcb_window_t window);
     [[nodiscard]] xcb_atom_t atom(const QByteArray &name);
 
     std::chrono::milliseconds patience{5000};
