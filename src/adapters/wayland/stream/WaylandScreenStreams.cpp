@@ -1,44 +1,21 @@
 #include "adapters/wayland/stream/WaylandScreenStreams.h"
 
+#include "adapters/stream/ToolkitDisplays.h"
 #include "adapters/wayland/stream/OutputStreamLoop.h"
 
-#include <QGuiApplication>
-#include <QScreen>
 #include <QTimer>
 
 namespace tavrine {
-namespace {
-
-/// The same as `Screens` gives.
-quint32 numberOf(const QScreen &screen) {
-    return static_cast<quint32>(qHash(screen.name()));
-}
-
-} // namespace
 
 void WaylandScreenStreams::getShareableContent(ContentAnswer answer) {
-    ShareableContent content;
-    const auto screens = QGuiApplication::screens();
-    for (const QScreen *screen : screens)
-        content.displays.append(ShareableDisplay{numberOf(*screen)});
-    QTimer::singleShot(0, this, [content, answer = std::move(answer)] { answer(content); });
+    QTimer::singleShot(0, this, [answer = std::move(answer)] { answer(toolkitDisplays()); });
 }
 
 std::unique_ptr<ScreenStream> WaylandScreenStreams::makeStream(const ScreenContentFilter &filter,
                                                                const ScreenStreamConfiguration &configuration,
                                                                Handlers handlers) {
-    std::optional<StreamPlan> plan;
-    const auto screens = QGuiApplication::screens();
-    for (const QScreen *screen : screens)
-        if (numberOf(*screen) == filter.displayID)
-            plan = StreamPlan{.area = QRect(0, 0, configuration.width, configuration.height),
-                              .keptOut = {},
-                              .showsPointer = configuration.showsCursor,
-                              .interval = configuration.minimumFrameInterval,
-                              .queueDepth = configuration.queueDepth,
-                              .output = screen->name()};
     return std::make_unique<ThreadedScreenStream>(
-        std::move(plan),
+        planOfOutput(filter.displayID, configuration),
         [configuration](const StreamPlan &each, ThreadedScreenStream::Session &session) {
             return std::make_unique<OutputStreamLoop>(each, configuration, session);
         },

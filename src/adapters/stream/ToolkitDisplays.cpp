@@ -1,0 +1,44 @@
+#include "adapters/stream/ToolkitDisplays.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <algorithm>
+
+namespace tavrine {
+namespace {
+
+quint32 numberOf(const QScreen &screen) {
+    return static_cast<quint32>(qHash(screen.name()));
+}
+
+} // namespace
+
+ShareableContent toolkitDisplays() {
+    ShareableContent content;
+    const auto screens = QGuiApplication::screens();
+    for (const QScreen *screen : screens)
+        content.displays.append(ShareableDisplay{numberOf(*screen)});
+    return content;
+}
+
+const QScreen *toolkitDisplay(quint32 number) {
+    const auto screens = QGuiApplication::screens();
+    const auto found = std::find_if(screens.begin(), screens.end(),
+                                    [number](const QScreen *each) { return numberOf(*each) == number; });
+    return found == screens.end() ? nullptr : *found;
+}
+
+std::optional<StreamPlan> planOfOutput(quint32 number, const ScreenStreamConfiguration &configuration) {
+    const QScreen *const screen = toolkitDisplay(number);
+    if (!screen)
+        return std::nullopt;
+    return StreamPlan{.area = QRect(0, 0, configuration.width, configuration.height),
+                      .keptOut = {},
+                      .showsPointer = configuration.showsCursor,
+                      .interval = configuration.minimumFrameInterval,
+                      .queueDepth = configuration.queueDepth,
+                      .output = screen->name()};
+}
+
+} // namespace tavrine
