@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Date.h"
+
 #include <QColor>
 #include <QImage>
 #include <QPoint>
@@ -62,10 +64,13 @@ public:
     [[nodiscard]] virtual bool isInTray() const = 0;
     virtual void setImage(const StatusImage &image) = 0;
     virtual void setToolTip(const QString &toolTip) = 0;
-    /// Called when the person asks for the menu, with the place of the click in global coordinates.
-    virtual void setOnPress(std::function<void(QPoint)> onPress) = 0;
+    /// `place` is that of the item in global coordinates. Where a desktop tells it only afterwards, the press was `ago`
+    /// seconds before.
+    using OnPress = std::function<void(QPoint place, Seconds ago)>;
+    /// Called when the person asks for the menu.
+    virtual void setOnPress(OnPress onPress) = 0;
     /// The same for a press with the middle button, or whatever else the tray has for a second thing to do.
-    virtual void setOnSecondaryPress(std::function<void(QPoint)> onSecondaryPress) = 0;
+    virtual void setOnSecondaryPress(OnPress onSecondaryPress) = 0;
     virtual void setMenu(StatusItemMenu menu) = 0;
     /// The lines are others now.
     virtual void menuChanged() = 0;

@@ -119,8 +119,9 @@ void AppDelegate::setupStatusItem() {
                                          .checkForUpdates = [this] { checkForUpdates(); },
                                          .quitApp = [this] { quitApp(); },
                                      });
-    m_shell.desktop().statusItem().setOnPress([this](QPoint place) { trayMenu().press(place); });
-    m_shell.desktop().statusItem().setOnSecondaryPress([this](QPoint place) { secondaryPress(place); });
+    m_shell.desktop().statusItem().setOnPress([this](QPoint place, Seconds ago) { trayMenu().press(place, ago); });
+    m_shell.desktop().statusItem().setOnSecondaryPress(
+        [this](QPoint place, Seconds ago) { secondaryPress(place, ago); });
     m_shell.desktop().statusItem().setMenu(
         {.lines = [this] { return trayMenu().lines(); }, .onChosen = [this](int id) { trayMenu().choose(id); }});
 }
@@ -340,11 +341,11 @@ TrayMenu &AppDelegate::trayMenu() {
 }
 
 /// The clipboard is what people want most often; without it there is the menu.
-void AppDelegate::secondaryPress(QPoint place) {
+void AppDelegate::secondaryPress(QPoint place, Seconds ago) {
     if (m_shell.flags().isOn(Feature::clipboardHistory))
         onHotKeyPressed();
     else
-        trayMenu().press(place);
+        trayMenu().press(place, ago);
 }
 
 void AppDelegate::menuWillOpen() {

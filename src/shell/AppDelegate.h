@@ -80,7 +80,7 @@ private:
     void setupStatusItem();
     void startUpdater();
     void showAbout();
-    void secondaryPress(QPoint place);
+    void secondaryPress(QPoint place, Seconds ago);
     void startSpeedObservers();
     void updateStatusItemSoon();
     void subscribeToHistory();

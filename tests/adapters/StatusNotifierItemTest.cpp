@@ -61,7 +61,7 @@ public:
         item = std::make_unique<TrayStatusItem>(std::move(trays));
         item->setImage(statusIcon(false, false, {}));
         item->setToolTip(QStringLiteral("Tavrine"));
-        item->setOnPress([this](QPoint place) { presses.append(place); });
+        item->setOnPress([this](QPoint place, Seconds) { presses.append(place); });
         tray.start();
         item->setVisible(true);
     }
@@ -149,7 +149,7 @@ TEST_F(StatusNotifierItemTest, eachFirstWayOfPressingAsksForTheMenu) {
 
 TEST_F(StatusNotifierItemTest, theSecondWayOfPressingIsToldApartAndTheWheelDoesNothing) {
     QList<QPoint> secondaryPresses;
-    item->setOnSecondaryPress([&](QPoint place) { secondaryPresses.append(place); });
+    item->setOnSecondaryPress([&](QPoint place, Seconds) { secondaryPresses.append(place); });
     ASSERT_TRUE(isShown());
     for (int notch = 0; notch < 5; ++notch)
         tray.scroll(notch % 2 ? 120 : -120);

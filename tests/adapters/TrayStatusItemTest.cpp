@@ -144,5 +144,44 @@ TEST_F(TrayStatusItemTest, aHiddenItemIsInNoTray) {
     EXPECT_FALSE(newer->m_isWanted);
 }
 
+TEST_F(TrayStatusItemTest, withoutPlacingAPressIsToldAtOnceWhereTheTraySaysItWas) {
+    QList<QPoint> presses;
+    item.setOnPress([&presses](QPoint place, Seconds ago) {
+        presses.append(place);
+        EXPECT_EQ(ago.count(), 0);
+    });
+    newer->m_handlers.onPress({3, 4});
+    newer->m_handlers.onSecondaryPress({5, 6}); // nobody asked for these
+    EXPECT_EQ(presses, QList<QPoint>{QPoint(3, 4)});
+}
+
+TEST_F(TrayStatusItemTest, aPressIsToldOnceItsPlaceIsFoundAndHowLongAgoItWas) {
+    std::vector<std::function<void(QPoint)>> asked;
+    std::vector<std::unique_ptr<TrayIcon>> trays;
+    auto *const tray = new PlainTray(false);
+    trays.emplace_back(tray);
+    TrayStatusItem placed(std::move(trays),
+                          [&asked](std::function<void(QPoint)> found) { asked.push_back(std::move(found)); });
+    QList<QPoint> presses;
+    Seconds told{};
+    placed.setOnPress([&](QPoint place, Seconds ago) {
+        presses.append(place);
+        told = ago;
+    });
+    tray->m_handlers.onPress({3, 4});
+    const auto before = std::chrono::steady_clock::now();
+    ASSERT_EQ(asked.size(), 1U);
+    EXPECT_TRUE(presses.isEmpty());
+    while (std::chrono::steady_clock::now() - before < std::chrono::milliseconds(2)) {
+    }
+    asked.front()({70, 8});
+    EXPECT_EQ(presses, QList<QPoint>{QPoint(70, 8)});
+    EXPECT_GE(told, std::chrono::milliseconds(2));
+    placed.setOnPress({});
+    tray->m_handlers.onPress({3, 4});
+    asked.back()({70, 8});
+    EXPECT_EQ(presses.size(), 1);
+}
+
 } // namespace
 } // namespace tavrine

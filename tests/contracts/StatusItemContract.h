@@ -32,7 +32,7 @@ public:
     StatusItemContract() {
         desk.item().setImage(plainImage(18, 18));
         desk.item().setOnShown([this] { ++shownCalls; });
-        desk.item().setOnPress([this](QPoint place) { presses.append(place); });
+        desk.item().setOnPress([this](QPoint place, Seconds) { presses.append(place); });
     }
 
     Desk desk;

@@ -100,8 +100,8 @@ public:
             std::make_unique<XEmbedTrayIcon>([this](QPoint, const QString &text) { toolTips.append(text); }));
         item.emplace(std::move(trays));
         item->setImage(statusIcon(true, true, pillColor.name()));
-        item->setOnPress([this](QPoint place) { (button == 1 ? presses : others).append(place); });
-        item->setOnSecondaryPress([this](QPoint place) { (button == 2 ? presses : others).append(place); });
+        item->setOnPress([this](QPoint place, Seconds) { (button == 1 ? presses : others).append(place); });
+        item->setOnSecondaryPress([this](QPoint place, Seconds) { (button == 2 ? presses : others).append(place); });
     }
     void startPanel(const QString &darkMode = QStringLiteral("true")) {
         configurePanel(darkMode);

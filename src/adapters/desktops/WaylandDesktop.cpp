@@ -113,7 +113,7 @@ StatusItem &WaylandDesktop::statusItem() {
     return m_statusItem.get([this] {
         std::vector<std::unique_ptr<TrayIcon>> icons;
         icons.push_back(std::make_unique<StatusNotifierItem>());
-        return std::make_unique<TrayStatusItem>(std::move(icons), [this](QPoint) { return trayPlace(screens()); });
+        return std::make_unique<TrayStatusItem>(std::move(icons), TrayPlace(screens()));
     });
 }
 

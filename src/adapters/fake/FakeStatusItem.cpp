@@ -21,14 +21,14 @@ void FakeStatusItem::setTrayRunning(bool isRunning) {
     tellIfShown(wasShown);
 }
 
-void FakeStatusItem::press(QPoint place) {
+void FakeStatusItem::press(QPoint place, Seconds ago) {
     if (isShown() && m_onPress)
-        m_onPress(place);
+        m_onPress(place, ago);
 }
 
 void FakeStatusItem::pressWithTheMiddleButton(QPoint place) {
     if (isShown() && m_onSecondaryPress)
-        m_onSecondaryPress(place);
+        m_onSecondaryPress(place, {});
 }
 
 void FakeStatusItem::tellIfShown(bool wasShown) {

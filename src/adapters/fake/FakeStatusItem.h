@@ -12,8 +12,8 @@ public:
     [[nodiscard]] bool isInTray() const override { return isShown(); }
     void setImage(const StatusImage &image) override;
     void setToolTip(const QString &toolTip) override { m_toolTip = toolTip; }
-    void setOnPress(std::function<void(QPoint)> onPress) override { m_onPress = std::move(onPress); }
-    void setOnSecondaryPress(std::function<void(QPoint)> onPress) override { m_onSecondaryPress = std::move(onPress); }
+    void setOnPress(OnPress onPress) override { m_onPress = std::move(onPress); }
+    void setOnSecondaryPress(OnPress onPress) override { m_onSecondaryPress = std::move(onPress); }
     void setMenu(StatusItemMenu menu) override { m_menu = std::move(menu); }
     void menuChanged() override { ++m_menuChanges; }
     void setOnShown(std::function<void()> onShown) override { m_onShown = std::move(onShown); }
@@ -22,7 +22,7 @@ public:
     void setTrayRunning(bool isRunning);
 
     /// The person clicks at `place`. Nothing happens while the item is in no tray.
-    void press(QPoint place);
+    void press(QPoint place, Seconds ago = {});
     void pressWithTheMiddleButton(QPoint place);
 
     /// As a tray that draws menus itself.
@@ -40,8 +40,8 @@ public:
 private:
     void tellIfShown(bool wasShown);
 
-    std::function<void(QPoint)> m_onPress;
-    std::function<void(QPoint)> m_onSecondaryPress;
+    OnPress m_onPress;
+    OnPress m_onSecondaryPress;
     std::function<void()> m_onShown;
     StatusItemMenu m_menu;
     int m_menuChanges = 0;

@@ -1,5 +1,7 @@
 #include "adapters/linux/TrayStatusItem.h"
 
+#include <chrono>
+
 namespace tavrine {
 
 TrayStatusItem::TrayStatusItem(std::vector<std::unique_ptr<TrayIcon>> trays, Placing placing)
@@ -11,16 +13,22 @@ TrayStatusItem::TrayStatusItem(std::vector<std::unique_ptr<TrayIcon>> trays, Pla
                                    if (each == m_chosen && !std::exchange(m_isShown, true) && m_onShown)
                                        m_onShown();
                                },
-                           .onPress =
-                               [this](QPoint place) {
-                                   if (m_onPress)
-                                       m_onPress(m_placing ? m_placing(place) : place);
-                               },
-                           .onSecondaryPress =
-                               [this](QPoint place) {
-                                   if (m_onSecondaryPress)
-                                       m_onSecondaryPress(m_placing ? m_placing(place) : place);
-                               }});
+                           .onPress = [this](QPoint told) { press(m_onPress, told); },
+                           .onSecondaryPress = [this](QPoint told) { press(m_onSecondaryPress, told); }});
+}
+
+/// `handler` is a member: what is set when the place is known is called.
+void TrayStatusItem::press(const OnPress &handler, QPoint told) {
+    if (!m_placing) {
+        if (handler)
+            handler(told, {});
+        return;
+    }
+    const auto start = std::chrono::steady_clock::now();
+    m_placing([&handler, start](QPoint place) {
+        if (handler)
+            handler(place, std::chrono::steady_clock::now() - start);
+    });
 }
 
 TrayIcon *TrayStatusItem::best() const {

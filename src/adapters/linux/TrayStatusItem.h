@@ -14,8 +14,9 @@ namespace tavrine {
 /// the desktop has one: many panels offer both kinds.
 class TrayStatusItem final : public StatusItem {
 public:
-    /// Where the item is that was pressed, given what the tray told.
-    using Placing = std::function<QPoint(QPoint told)>;
+    /// Finds out where the item is that was just pressed, and calls `found` on the main thread: within the call, or
+    /// later. What is not called is not pressed.
+    using Placing = std::function<void(std::function<void(QPoint)> found)>;
 
     /// `trays` in the order of preference. Without `placing` a tray's word is taken.
     explicit TrayStatusItem(std::vector<std::unique_ptr<TrayIcon>> trays, Placing placing = {});
@@ -25,8 +26,8 @@ public:
     [[nodiscard]] bool isInTray() const override { return m_isShown; }
     void setImage(const StatusImage &image) override;
     void setToolTip(const QString &toolTip) override;
-    void setOnPress(std::function<void(QPoint)> onPress) override { m_onPress = std::move(onPress); }
-    void setOnSecondaryPress(std::function<void(QPoint)> onPress) override { m_onSecondaryPress = std::move(onPress); }
+    void setOnPress(OnPress onPress) override { m_onPress = std::move(onPress); }
+    void setOnSecondaryPress(OnPress onPress) override { m_onSecondaryPress = std::move(onPress); }
     void setMenu(StatusItemMenu menu) override;
     void menuChanged() override;
     void setOnShown(std::function<void()> onShown) override { m_onShown = std::move(onShown); }
@@ -34,11 +35,12 @@ public:
 private:
     [[nodiscard]] TrayIcon *best() const;
     void choose();
+    void press(const OnPress &handler, QPoint told);
 
     std::vector<std::unique_ptr<TrayIcon>> m_trays;
     const Placing m_placing;
-    std::function<void(QPoint)> m_onPress;
-    std::function<void(QPoint)> m_onSecondaryPress;
+    OnPress m_onPress;
+    OnPress m_onSecondaryPress;
     std::function<void()> m_onShown;
     TrayIcon *m_chosen = nullptr;
     QString m_identity; ///< of the last image

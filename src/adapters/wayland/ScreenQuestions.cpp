@@ -71,14 +71,14 @@ public:
         m_isReady = m_buffer->get() != nullptr && m_link.finish(m_patience);
     }
 
-    [[nodiscard]] std::optional<QPointF> pointer() {
+    [[nodiscard]] std::optional<QPointF> pointer(std::chrono::milliseconds patience) {
         auto *seat = seatWith(WL_SEAT_CAPABILITY_POINTER);
         if (!seat)
             return std::nullopt;
         wl_pointer_add_listener(wl_seat_get_pointer(seat), &pointerListener(), this);
         for (const auto &output : m_outputs)
             show(output.get());
-        waitFor([this] { return m_place.has_value(); });
+        waitFor([this] { return m_place.has_value(); }, patience);
         return m_place;
     }
 
@@ -88,7 +88,7 @@ public:
             return {};
         wl_keyboard_add_listener(wl_seat_get_keyboard(seat), &keyboardListener(), this);
         show(nullptr, Keyboard::taken);
-        waitFor([this] { return m_modifiers.has_value(); });
+        waitFor([this] { return m_modifiers.has_value(); }, m_patience);
         return m_modifiers.value_or(Qt::NoModifier);
     }
 
@@ -96,7 +96,7 @@ public:
         if (!m_isReady)
             return {};
         show(nullptr);
-        waitFor([this] { return m_entered != nullptr; });
+        waitFor([this] { return m_entered != nullptr; }, m_patience);
         const auto found = std::find_if(m_outputs.begin(), m_outputs.end(),
                                         [this](const auto &output) { return output->output == m_entered; });
         return found == m_outputs.end() ? QString() : (*found)->name;
@@ -183,8 +183,8 @@ private:
     }
 
     template <class Condition>
-    void waitFor(Condition condition) {
-        const auto end = Clock::now() + m_patience;
+    void waitFor(Condition condition, std::chrono::milliseconds patience) {
+        const auto end = Clock::now() + patience;
         for (auto now = Clock::now(); now < end && !condition(); now = Clock::now())
             if (!m_link.dispatch(std::chrono::ceil<WaylandLink::Wait>(end - now)))
                 return;
@@ -249,8 +249,8 @@ private:
 
 } // namespace
 
-std::optional<QPointF> askForPointer() {
-    return Question().pointer();
+std::optional<QPointF> askForPointer(std::chrono::milliseconds patience) {
+    return Question().pointer(patience);
 }
 
 QString askForOutput() {

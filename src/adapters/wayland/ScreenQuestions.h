@@ -4,6 +4,7 @@
 #include <QString>
 #include <Qt>
 
+#include <chrono>
 #include <optional>
 
 namespace tavrine {
@@ -12,8 +13,9 @@ namespace tavrine {
 /// as the answer takes, a few milliseconds, on a connection of its own. Any thread; a tenth of a second at most.
 ///
 /// Where the pointer is, in the compositor's plane. A clear surface over all of each output is told when the pointer is
-/// on it. None where there is no pointer.
-[[nodiscard]] std::optional<QPointF> askForPointer();
+/// on it. None where there is no pointer. While a button is held nobody is told where the pointer is: `patience` is for
+/// who can wait until it is let go.
+[[nodiscard]] std::optional<QPointF> askForPointer(std::chrono::milliseconds patience = std::chrono::milliseconds(100));
 
 /// The name of the output on which the compositor would put a new window: that of the window with the keyboard. Empty
 /// where it does not say.

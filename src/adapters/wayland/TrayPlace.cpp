@@ -1,15 +1,20 @@
 #include "adapters/wayland/TrayPlace.h"
 
 #include "adapters/wayland/ScreenQuestions.h"
+#include "base/OnMainThread.h"
+#include "base/SerialQueue.h"
 #include "ports/Screens.h"
 
 #include <QRectF>
 
+#include <chrono>
 #include <optional>
+#include <utility>
 
 namespace tavrine {
 namespace {
 
+constexpr std::chrono::seconds longestPress{1};
 constexpr double highestBar = 64; ///< points; one that hides leaves no trace in what is free
 
 /// Where bars are: along an edge of the screen.
@@ -17,10 +22,7 @@ bool isAtAnEdge(QPointF place, const QRectF &screen) {
     return !screen.adjusted(highestBar, highestBar, -highestBar, -highestBar).contains(place);
 }
 
-} // namespace
-
-QPoint trayPlace(const Screens &screens) {
-    const auto pointer = askForPointer();
+QPoint placeOf(std::optional<QPointF> pointer, const Screens &screens) {
     std::optional<Screen> under;
     const QList<Screen> all = screens.screens();
     for (const Screen &screen : all)
@@ -30,6 +32,26 @@ QPoint trayPlace(const Screens &screens) {
         return pointer->toPoint();
     const auto screen = under ? under : screens.mainScreen();
     return screen ? screens.toolkitRect(screen->visibleFrame).topRight().toPoint() : QPoint();
+}
+
+} // namespace
+
+TrayPlace::TrayPlace(const Screens &screens)
+    : m_screens(screens), m_queue(std::make_shared<std::unique_ptr<SerialQueue>>()) {}
+
+void TrayPlace::operator()(std::function<void(QPoint)> found) const {
+    if (*m_queue)
+        return;
+    *m_queue = std::make_unique<SerialQueue>(QStringLiteral("com.tavrine.tray"));
+    (*m_queue)->async([&screens = m_screens, queue = std::weak_ptr(m_queue), found = std::move(found)] {
+        onMainThread([&screens, queue, found, pointer = askForPointer(longestPress)] {
+            const auto asked = queue.lock();
+            if (!asked)
+                return;
+            asked->reset();
+            found(placeOf(pointer, screens));
+        });
+    });
 }
 
 } // namespace tavrine

@@ -43,12 +43,12 @@ QPointF StatusMenuPanel::planePoint(QPoint place) const {
     return {double(place.x()), m_ports.screens.toolkitRect({}).y() - place.y()};
 }
 
-void StatusMenuPanel::press(QPoint place) {
+void StatusMenuPanel::press(QPoint place, Seconds ago) {
     if (isOpen()) {
         cancelTracking();
         return;
     }
-    if (m_pressedElsewhereAt && m_ports.time.systemUptime() - *m_pressedElsewhereAt < samePress)
+    if (m_pressedElsewhereAt && m_ports.time.systemUptime() - ago - *m_pressedElsewhereAt < samePress)
         return;
     m_pressedAt = place;
     m_place = planePoint(place);

@@ -49,8 +49,8 @@ public:
                     QObject *parent = nullptr);
     ~StatusMenuPanel() override;
 
-    /// The item was pressed at this place, in the toolkit's coordinates.
-    void press(QPoint place);
+    /// The item was pressed `ago` seconds ago at this place, in the toolkit's coordinates.
+    void press(QPoint place, Seconds ago);
     /// Ends what the person does in it. Nothing while it is closed.
     void cancelTracking();
     [[nodiscard]] bool isOpen() const { return m_panel.isVisible(); }

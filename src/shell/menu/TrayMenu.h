@@ -29,7 +29,7 @@ public:
     TrayMenu(Shell &shell, Tools &tools, StatusMenu &entries, Actions actions, QObject *parent = nullptr);
     ~TrayMenu() override;
 
-    void press(QPoint place) { panel().press(place); }
+    void press(QPoint place, Seconds ago) { panel().press(place, ago); }
     void cancelTracking();
     [[nodiscard]] StatusMenuPanel &panel(); ///< made when it is first asked for
 

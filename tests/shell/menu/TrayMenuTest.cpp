@@ -61,6 +61,18 @@ TEST_F(TrayMenuTest, thePressThatClosedItAsAClickElsewhereDoesNotOpenItAgain) {
     EXPECT_TRUE(panel().isOpen());
 }
 
+/// A tray tells of it when it has found the item's place, which may be when the button is let go.
+TEST_F(TrayMenuTest, thePressThatClosedItDoesNotOpenItAgainHoweverLateItIsTold) {
+    press();
+    desktop.screens().setMouseLocation({1300, 888});
+    desktop.eventMonitors().mouseDown(eventMask::leftMouseDown, false);
+    time.advance(1s);
+    desktop.statusItem().press({1300, 12}, 1s);
+    EXPECT_FALSE(panel().isOpen());
+    desktop.statusItem().press({1300, 12}, StatusMenuPanel::samePress / 2);
+    EXPECT_TRUE(panel().isOpen());
+}
+
 TEST_F(TrayMenuTest, aClickElsewhereClosesItAndOneInItDoesNot) {
     press();
     desktop.screens().setMouseLocation(panel().frame().center());
