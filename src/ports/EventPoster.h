@@ -12,7 +12,7 @@ namespace tavrine {
 ///  3. Where events cannot be posted, nothing happens.
 ///  4. While the keyboard is held for a window that is to come, as after a hot key, what is typed would go there. Then
 ///     a key-down with modifiers is not typed, and `isHeldBack` says so until the next one. It is the same while the
-///     desktop does not say who has the keyboard.
+///     desktop does not say who has the keyboard, and while it is still to give it to the window that it names active.
 class EventPoster {
 public:
     virtual ~EventPoster() = default;

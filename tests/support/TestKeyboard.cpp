@@ -122,6 +122,11 @@ unsigned int TestKeyboard::focusedWindow() const {
     return answer ? answer->focus : 0;
 }
 
+void TestKeyboard::giveToNobody() {
+    xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, XCB_INPUT_FOCUS_POINTER_ROOT, XCB_CURRENT_TIME);
+    static_cast<void>(focusedWindow()); // the server has done it
+}
+
 unsigned int TestKeyboard::windowAt(int x, int y) {
     movePointer(x, y);
     unsigned int window = m_root;

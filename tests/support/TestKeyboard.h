@@ -59,6 +59,8 @@ public:
     /// The locks that are on, as bits of a key event's state.
     [[nodiscard]] int locks() const;
     [[nodiscard]] unsigned int focusedWindow() const;
+    /// As when the window that had it goes.
+    void giveToNobody();
     /// The uppermost window at the place, as the pointer would meet it there; frames of a window manager included.
     [[nodiscard]] unsigned int windowAt(int x, int y);
 

@@ -17,6 +17,9 @@ constexpr int controlPosition = 29 + xKeycodeOffset; // where a keyboard has the
 constexpr int shiftPosition = 42 + xKeycodeOffset;
 constexpr int altPosition = 56 + xKeycodeOffset;
 
+/// A window manager that gets no turn comes to it within this, unless it has stopped.
+constexpr qint64 longestWayMs = 1500;
+
 int orElse(int keycode, int fallback) {
     return keycode ? keycode : fallback;
 }
@@ -50,7 +53,8 @@ void X11EventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flag
     release(); // of a chord whose key-up never came
     if (auto keyboard = X11Keyboard::read(m_client))
         m_keyboard = std::move(*keyboard); // else the one of the last chord, which is most likely still right
-    m_isHeldBack = m_client.takeIsLate();
+    const bool isUnderWay = isKeyboardUnderWay();
+    m_isHeldBack = m_client.takeIsLate() || isUnderWay;
     if (m_isHeldBack)
         return; // whose window has the keyboard, and so which chord pastes there, would be late too
     const Chord chord = chordFor(keyCode, flags);
@@ -131,6 +135,25 @@ bool X11EventPoster::isKeyboardHeld() {
     const auto down = keysDown(m_client);
     return m_client.takeIsLate() ||
            (!down.empty() && std::find(down.begin(), down.end(), m_pressed.modifiers.front()) == down.end());
+}
+
+/// A window that goes leaves the keyboard to nobody until the window manager gives it on. While that names an active
+/// window all the same, it has not come to it yet, and what is typed would be lost.
+bool X11EventPoster::isKeyboardUnderWay() {
+    const auto focus = m_client.reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(m_client.connection()));
+    const auto active = m_client.words(m_client.root(), "_NET_ACTIVE_WINDOW");
+    const bool isWithNobody =
+        focus && (focus->focus <= XCB_INPUT_FOCUS_POINTER_ROOT || focus->focus == m_client.root());
+    if (!isWithNobody || active.empty() || active[0] == noWindow) {
+        m_underWay.invalidate();
+        return false;
+    }
+    if (!m_underWay.isValid())
+        m_underWay.start();
+    if (m_underWay.elapsed() < longestWayMs)
+        return true;
+    m_underWay.invalidate();
+    return false;
 }
 
 void X11EventPoster::release() {

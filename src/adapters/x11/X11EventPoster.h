@@ -5,6 +5,7 @@
 #include "adapters/x11/XcbClient.h"
 #include "ports/EventPoster.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 
@@ -40,6 +41,7 @@ private:
 
     void press(const Chord &wanted);
     [[nodiscard]] bool isKeyboardHeld();
+    [[nodiscard]] bool isKeyboardUnderWay();
     void release();
     void send(bool isPress, int keycode);
     void holdServer();
@@ -60,6 +62,7 @@ private:
     bool m_canPost = false;
     bool m_isServerHeld = false;
     bool m_isHeldBack = false;
+    QElapsedTimer m_underWay; ///< since the keyboard was first found to be with nobody
     QObject m_turn;
 };
 

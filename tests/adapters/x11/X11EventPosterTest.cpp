@@ -3,6 +3,7 @@
 #include "adapters/x11/ForeignWindow.h"
 #include "adapters/x11/XcbLink.h"
 #include "base/VirtualKeys.h"
+#include "desktop/Desktop.h"
 #include "ports/EventMonitors.h"
 #include "reliability/FailingCall.h"
 #include "support/ServerHolder.h"
@@ -13,6 +14,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <thread>
 
@@ -133,6 +135,53 @@ TEST_F(X11EventPosterTest, aPasteIsHeldBackWhileTheServerDoesNotSayWhoHasTheKeyb
     EXPECT_TRUE(window.waitForText(part(0)));
     (void)waitUntil([] { return false; }, 200ms);
     EXPECT_EQ(window.text(), part(0)) << "once";
+}
+
+/// A window manager that has no turn, when the keyboard is with nobody: as after a panel that goes.
+class ALateManager : public X11EventPosterTest {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(window.waitForFocus());
+        ASSERT_TRUE(copyByXclip(part(0)));
+        ASSERT_TRUE(waitUntil([this] {
+            const quint32 ours = desktop.windowOf(window.processId());
+            return ours != 0 && desktop.activeWindow() == ours;
+        }));
+        m_manager = static_cast<pid_t>(desktop.windowManager());
+        ASSERT_GT(m_manager, 0);
+        ASSERT_EQ(::kill(m_manager, SIGSTOP), 0);
+        keyboard.giveToNobody();
+    }
+    void TearDown() override { letGo(); }
+    void letGo() const {
+        if (m_manager > 0)
+            ::kill(m_manager, SIGCONT);
+    }
+
+    testing::Desktop desktop;
+    ForeignWindow window{QStringLiteral(TAVRINE_GTK_ENTRY)};
+
+private:
+    pid_t m_manager = 0;
+};
+
+TEST_F(ALateManager, holdsAPasteBackUntilItHasGivenTheKeyboardOn) {
+    postPaste();
+    EXPECT_TRUE(poster.isHeldBack());
+    letGo();
+    ASSERT_TRUE(waitUntil([this] {
+        if (poster.isHeldBack())
+            postPaste();
+        return !poster.isHeldBack();
+    }));
+    EXPECT_TRUE(window.waitForText(part(0)));
+}
+
+TEST_F(ALateManager, holdsAPasteBackNoLongerThanSomebodyWouldWait) {
+    ASSERT_TRUE(waitUntil([this] {
+        postPaste();
+        return !poster.isHeldBack();
+    })) << "it has stopped for good";
 }
 
 TEST_F(X11EventPosterTest, keysThatAreLetGoDuringAPasteAreUpAfterIt) {
