@@ -4,6 +4,7 @@
 #include "base/NotificationCenter.h"
 #include "support/Eventually.h"
 #include "support/Program.h"
+#include "support/ServerHolder.h"
 
 #include <cstdlib>
 
@@ -46,7 +47,7 @@ private:
     xcb_window_t m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
 };
 
-class BareWorkspaceTest : public testing::Test {
+class BareWorkspaceTest : public ::testing::Test {
 public:
     [[nodiscard]] bool isFrontmost(const QString &identifier) {
         return eventually([&] {
@@ -106,6 +107,21 @@ TEST_F(BareWorkspaceTest, aMomentWithoutAnActiveWindowIsNoDepartureAndALongerOne
     manager.activate(XCB_WINDOW_NONE);
     EXPECT_TRUE(eventually([&] { return notices == 1; }));
     EXPECT_EQ(frontmostNow(), QString());
+}
+
+TEST_F(BareWorkspaceTest, aDepartureIsToldThoughTheServerDidNotAnswerWhenItWasLookedFor) {
+    const Program one(QStringLiteral("xterm"), {QStringLiteral("-class"), QStringLiteral("First")});
+    const quint32 first = windowOf(QStringLiteral("First"));
+    int notices = 0;
+    const auto observer = workspace.notificationCenter().addObserver(
+        QLatin1String(Workspace::didDeactivateApplicationNotification), [&](const Notification &) { ++notices; });
+    SayingManager manager;
+    manager.activate(first);
+    ASSERT_TRUE(isFrontmost(QStringLiteral("First")));
+    testing::ServerHolder holder;
+    manager.activate(XCB_WINDOW_NONE);
+    holder.hold(std::chrono::milliseconds(1500), false);
+    EXPECT_TRUE(eventually([&] { return notices == 1; })) << "without a question";
 }
 
 TEST_F(BareWorkspaceTest, theWindowWithTheKeyboardIsFrontmostAndTheOneThatLosesItIsTold) {

@@ -23,6 +23,9 @@ constexpr xcb_window_t noWindow = XCB_WINDOW_NONE;
 // no departure. Openbox needs under 5 ms for it.
 constexpr auto longestPause = std::chrono::milliseconds(100);
 
+// Until a server that was late is asked again; each question waits for it a little.
+constexpr auto lateServer = std::chrono::milliseconds(500);
+
 // Dialogues of dialogues and frames of frames end somewhere, unless a program made a ring of them.
 constexpr int deepestChain = 16;
 
@@ -62,6 +65,7 @@ public:
 
 private:
     void onEvent(const xcb_generic_event_t &event);
+    [[nodiscard]] bool look();
     void lookForWindowManager();
     [[nodiscard]] std::optional<xcb_window_t> activeWindow();
     [[nodiscard]] xcb_window_t namedWindowAbove(xcb_window_t window);
@@ -74,6 +78,7 @@ private:
     XcbClient m_client;
     QList<RunningApplication> m_left; // of whom the notice is still to be posted
     QTimer m_pause;
+    QTimer m_again;
     const QByteArray m_host = QSysInfo::machineHostName().toLocal8Bit();
     xcb_window_t m_active = noWindow;
     xcb_window_t m_windowManager = noWindow;
@@ -94,6 +99,12 @@ X11Workspace::Private::Private()
                        refresh();
                    postNotices();
                }) {
+    m_again.setSingleShot(true);
+    m_again.setInterval(lateServer);
+    m_again.callOnTimeout([this] {
+        refresh();
+        postNotices();
+    });
     m_pause.setSingleShot(true);
     m_pause.setInterval(longestPause);
     m_pause.callOnTimeout([this] {
@@ -198,9 +209,14 @@ void X11Workspace::Private::watch(xcb_window_t window) {
     m_watched = window;
 }
 
+/// A server that was late is asked again by itself: nothing else may ever happen that would have somebody look.
 void X11Workspace::Private::refresh() {
-    if (!m_client.isConnected())
-        return;
+    if (m_client.isConnected() && !look())
+        m_again.start();
+}
+
+/// False when the server was late.
+bool X11Workspace::Private::look() {
     // The events that were sent before an answer are here after it. One may tell that the window of that number is
     // another one than before, since numbers are used again, or that a window manager came or went: then its word, or
     // the focus, has to be asked for.
@@ -213,17 +229,17 @@ void X11Workspace::Private::refresh() {
         m_client.drain();
     }
     if (!window)
-        return;
+        return false;
     watch(m_focus);
     if (!m_isStale && frontmost && *window == m_active)
-        return;
+        return true;
     auto next = *window == noWindow ? std::nullopt : programOf(*window);
     if (m_client.takeIsLate())
-        return;
+        return false;
     if (!next && frontmost && !m_isPauseOver) {
         if (!m_pause.isActive())
             m_pause.start();
-        return;
+        return true;
     }
     m_pause.stop();
     m_isPauseOver = false;
@@ -232,6 +248,7 @@ void X11Workspace::Private::refresh() {
     frontmost = std::move(next);
     m_active = *window;
     m_isStale = false;
+    return true;
 }
 
 void X11Workspace::Private::postNotices() {
