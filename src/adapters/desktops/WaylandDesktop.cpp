@@ -36,7 +36,7 @@ namespace {
 
 /// The plugin that this compositor gives moving pictures to; null where it gives none.
 const char *streamPlugin() {
-    const WaylandLink link(WaylandLink::Wait(500)); // the person waits for the answer
+    const WaylandLink link;
     if (link.find("zwlr_screencopy_manager_v1"))
         return "wayland_screen_stream";
     return link.find("zkde_screencast_unstable_v1") ? "kwin_screen_stream" : nullptr;

@@ -6,15 +6,9 @@
 #include <QTimer>
 
 namespace tavrine {
-namespace {
-
-constexpr WaylandLink::Wait longestWait{500}; // the person waits for what is asked here
-
-} // namespace
-
 WaylandAccess::Offer WaylandAccess::offer() const {
     if (!m_offer) {
-        const WaylandLink link(longestWait);
+        const WaylandLink link;
         if (!link.isOpen())
             return {}; // which is no answer: asked again
         const bool isKnownToKWin = link.find("org_kde_kwin_fake_input") != nullptr;

@@ -107,5 +107,19 @@ TEST(WaylandAccessTest, aCompositorThatDidNotAnswerIsAskedAgain) {
     EXPECT_TRUE(access.isAccessibilityTrusted());
 }
 
+/// Who is told that it may not paste tells the person to do something about it.
+TEST(WaylandAccessTest, aCompositorThatAnswersLateGrantsNoLessForThat) {
+    static const wl_interface keyboards{"zwp_virtual_keyboard_manager_v1", 1, 0, nullptr, 0, nullptr};
+    PlayedCompositor compositor({&keyboards});
+    compositor.stop();
+    std::thread later([&] {
+        std::this_thread::sleep_for(800ms);
+        compositor.goOn();
+    });
+    const WaylandAccess access;
+    EXPECT_TRUE(access.isAccessibilityTrusted());
+    later.join();
+}
+
 } // namespace
 } // namespace tavrine
