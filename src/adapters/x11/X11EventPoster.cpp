@@ -19,6 +19,8 @@ constexpr int altPosition = 56 + xKeycodeOffset;
 
 /// A window manager that gets no turn comes to it within this, unless it has stopped.
 constexpr qint64 longestWayMs = 1500;
+/// The same where it names no active window: for a moment between two, or because there is none.
+constexpr qint64 longestPauseMs = 500;
 
 int orElse(int keycode, int fallback) {
     return keycode ? keycode : fallback;
@@ -137,21 +139,19 @@ bool X11EventPoster::isKeyboardHeld() {
            (!down.empty() && std::find(down.begin(), down.end(), m_pressed.modifiers.front()) == down.end());
 }
 
-/// A window that goes leaves the keyboard to nobody until the window manager gives it on. While that names an active
-/// window all the same, it has not come to it yet, and what is typed would be lost.
+/// A window that goes leaves the keyboard to nobody until the window manager, if there is one that tells of it, gives
+/// it on. What is typed before that would be lost.
 bool X11EventPoster::isKeyboardUnderWay() {
     const auto focus = m_client.reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(m_client.connection()));
     const auto active = m_client.words(m_client.root(), "_NET_ACTIVE_WINDOW");
     const bool isWithNobody =
         focus && (focus->focus <= XCB_INPUT_FOCUS_POINTER_ROOT || focus->focus == m_client.root());
-    if (!isWithNobody || active.empty() || active[0] == noWindow) {
-        m_underWay.invalidate();
-        return false;
+    if (isWithNobody && !active.empty()) {
+        if (!m_underWay.isValid())
+            m_underWay.start();
+        if (m_underWay.elapsed() < (active[0] == noWindow ? longestPauseMs : longestWayMs))
+            return true;
     }
-    if (!m_underWay.isValid())
-        m_underWay.start();
-    if (m_underWay.elapsed() < longestWayMs)
-        return true;
     m_underWay.invalidate();
     return false;
 }

@@ -177,6 +177,16 @@ TEST_F(ALateManager, holdsAPasteBackUntilItHasGivenTheKeyboardOn) {
     EXPECT_TRUE(window.waitForText(part(0)));
 }
 
+TEST_F(ALateManager, holdsAPasteBackAlsoWhileItNamesNoActiveWindow) {
+    QProcess::execute(QStringLiteral("xprop"),
+                      {QStringLiteral("-root"), QStringLiteral("-format"), QStringLiteral("_NET_ACTIVE_WINDOW"),
+                       QStringLiteral("32x"), QStringLiteral("-set"), QStringLiteral("_NET_ACTIVE_WINDOW"),
+                       QStringLiteral("0")});
+    ASSERT_EQ(desktop.activeWindow(), 0U);
+    postPaste();
+    EXPECT_TRUE(poster.isHeldBack());
+}
+
 TEST_F(ALateManager, holdsAPasteBackNoLongerThanSomebodyWouldWait) {
     ASSERT_TRUE(waitUntil([this] {
         postPaste();
