@@ -245,6 +245,11 @@ void Desktop::setFullScreen(quint32 window, bool isFullScreen) {
     tellWindowManager(window, "_NET_WM_STATE", {isFullScreen ? 1U : 0U, atom("_NET_WM_STATE_FULLSCREEN"), 0, pager});
 }
 
+void Desktop::clear(quint32 window, const char *property) {
+    xcb_delete_property(m_connection, window, atom(property));
+    static_cast<void>(this->property(window, property)); // the server has done it
+}
+
 void Desktop::move(quint32 window, QPoint place) {
     const quint32 values[] = {static_cast<quint32>(place.x()), static_cast<quint32>(place.y())};
     xcb_configure_window(m_connection, window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, values);

@@ -64,6 +64,8 @@ public:
     void activate(quint32 window);
     void close(quint32 window);
     void setFullScreen(quint32 window, bool isFullScreen);
+    /// Takes a property from a window.
+    void clear(quint32 window, const char *property);
     /// As the person drags it, whatever its frame.
     void move(quint32 window, QPoint place);
     void click(QPoint place) { keyboard.click(1, place.x(), place.y()); }

@@ -123,15 +123,10 @@ void X11ApplicationActivator::hide() {
         const bool isManaged =
             window->handle() && window->isVisible() && !(window->flags() & Qt::BypassWindowManagerHint);
         const quint32 data[5] = {iconicState, 0, 0, 0, 0};
-        // What is in no task bar would never come back from there.
-        if (isManaged && !skipsTaskBar(static_cast<xcb_window_t>(window->winId())))
+        // A panel is in no task bar and would never come back from there.
+        if (isManaged && !isDescribed(*window))
             sendToRoot(static_cast<xcb_window_t>(window->winId()), "WM_CHANGE_STATE", data);
     }
-}
-
-bool X11ApplicationActivator::skipsTaskBar(xcb_window_t window) const {
-    const auto states = m_client.words(window, "_NET_WM_STATE");
-    return std::find(states.begin(), states.end(), m_client.atom("_NET_WM_STATE_SKIP_TASKBAR")) != states.end();
 }
 
 bool X11ApplicationActivator::hasWindowManager() const {

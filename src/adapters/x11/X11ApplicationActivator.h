@@ -39,7 +39,6 @@ public:
 
 private:
     [[nodiscard]] xcb_window_t windowOf(const RunningApplication &application) const;
-    [[nodiscard]] bool skipsTaskBar(xcb_window_t window) const;
     [[nodiscard]] bool isThere(xcb_window_t window) const;
     void sendToRoot(xcb_window_t window, const char *message, const quint32 (&data)[5]);
 

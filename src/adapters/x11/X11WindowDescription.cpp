@@ -21,6 +21,7 @@ namespace tavrine {
 namespace {
 
 constexpr quint32 allDesktops = 0xFFFFFFFF;
+constexpr auto describedMark = "isDescribedToDesktop";
 
 void setAtoms(xcb_connection_t *connection, xcb_window_t window, const char *property,
               std::initializer_list<const char *> names) {
@@ -121,6 +122,7 @@ void describeToDesktop(QWindow &window, const PanelDescription &description, con
     auto *connection = qtConnection();
     if (!connection)
         return;
+    window.setProperty(describedMark, true);
     const auto id = static_cast<xcb_window_t>(window.winId());
     // A dialogue gets the keyboard from every window manager, and floats where windows are tiled.
     const bool isOverlay = description.level >= windowLevel::mainMenu;
@@ -147,6 +149,10 @@ void describeToDesktop(QWindow &window, const PanelDescription &description, con
         setCardinals(connection, id, "_GTK_FRAME_EXTENTS",
                      {static_cast<quint32>(pixels.left()), static_cast<quint32>(pixels.right()),
                       static_cast<quint32>(pixels.top()), static_cast<quint32>(pixels.bottom())});
+}
+
+bool isDescribed(const QWindow &window) {
+    return window.property(describedMark).toBool();
 }
 
 void shapeInput(QWindow &window, bool ignoresMouseEvents, const QMargins &room) {

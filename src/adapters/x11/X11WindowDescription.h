@@ -29,6 +29,8 @@ void flushQtConnection();
 /// `room` lies round the panel within the window, for a shadow: no part of it counts for the window manager or takes
 /// clicks.
 void describeToDesktop(QWindow &window, const PanelDescription &description, const QMargins &room);
+/// Whether a window was described so, whatever the window manager has heard of it by now.
+[[nodiscard]] bool isDescribed(const QWindow &window);
 /// Where the window takes clicks: nowhere, or all over the panel.
 void shapeInput(QWindow &window, bool ignoresMouseEvents, const QMargins &room);
 /// Says the states of a shown panel once more. A window manager clears them when a window goes, and may come to that
