@@ -154,11 +154,19 @@ bool ScreenClient::isComposited() const {
 }
 
 void ScreenClient::setBackground(std::uint32_t colour) {
+    paintBackground(colour);
+    tellOfBackground(colour);
+}
+
+void ScreenClient::paintBackground(std::uint32_t colour) {
     xcb_change_window_attributes(m_connection, m_root, XCB_CW_BACK_PIXEL, &colour);
     xcb_clear_area(m_connection, 0, m_root, 0, 0, 0, 0);
-    // How those who set a background tell of it.
+    finish();
+}
+
+void ScreenClient::tellOfBackground(std::uint32_t pixmap) {
     xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_root, atom("_XROOTPMAP_ID"), XCB_ATOM_PIXMAP, 32, 1,
-                        &colour);
+                        &pixmap);
     finish();
 }
 

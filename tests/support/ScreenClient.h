@@ -40,6 +40,9 @@ public:
     void paintOften(Window window, const QRect &area, std::uint32_t colour);
     /// Of the root window itself, from then on.
     void setBackground(std::uint32_t colour);
+    /// Both steps of it: it is there, and it is told, which many do first and some never.
+    void paintBackground(std::uint32_t colour);
+    void tellOfBackground(std::uint32_t pixmap);
     /// The picture of the root window, over and over, told as those do who set one.
     void setWallpaper(const QImage &tile);
 

@@ -215,6 +215,26 @@ TEST_F(ScreenStreamTest, aWallpaperUnderAKeptOutWindowIsAsBesideItAndFollowedWhe
     EXPECT_TRUE(isAllTold());
 }
 
+TEST_F(ScreenStreamTest, aRootWindowsOwnPictureThatIsToldOfTooEarlyOrNotAtAllIsFollowed) {
+    client.setBackground(0x225588);
+    client.setMapped(board, false);
+    static_cast<void>(shown(area.topLeft(), 0x225588));
+    const auto bar = client.add(area.adjusted(80, 80, -80, -80), 0xff0000);
+    const auto stream = start({bar});
+    EXPECT_TRUE(eventually([&] { return seenAt(160, 120) == seenAt(2, 2); }));
+    const int before = frames();
+    client.tellOfBackground(0x225588);
+    client.paint(bar, QRect(0, 0, 5, 5), 0xff0000);
+    EXPECT_TRUE(eventually([&] { return frames() > before; }));
+    client.paintBackground(0x558822);
+    EXPECT_TRUE(eventually([&] { return seenAt(2, 2) == 0x558822U && seenAt(160, 120) == 0x558822U; }))
+        << std::hex << seenAt(2, 2) << " and " << seenAt(160, 120);
+    client.paintBackground(0x882255);
+    EXPECT_TRUE(eventually([&] { return seenAt(2, 2) == 0x882255U && seenAt(160, 120) == 0x882255U; }))
+        << std::hex << seenAt(2, 2) << " and " << seenAt(160, 120);
+    EXPECT_TRUE(isAllTold());
+}
+
 /// Where the window begins in a line of the picture; -1 where it is not.
 int firstIn(const QImage &picture, int line, quint32 colour) {
     for (int x = 0; x < picture.width(); ++x)

@@ -136,44 +136,103 @@ TEST_F(ScreenStreamTrouble, memoryThatTheServerWasTooLateToTakeIsGivenToItAnew) 
     EXPECT_LT(xcb_total_read(link.connection()) - before, 1000U) << "the pixels do not come over the connection";
 }
 
-TEST_F(ScreenStreamTrouble, whatWasDrawnWhileEverybodyStoodStillIsHeardOfBeforeItIsGivenUp) {
-    XcbLink link(StreamLoop::longestWait);
-    const auto below = client.addBare(area); // shows what it paints, and nothing else
-    const auto bar = client.add(area.adjusted(80, 80, -80, -80), 0xff0000);
-    KeptOutWindows keptOut(link, area, {bar});
-    ASSERT_TRUE(link.extension(xcb_damage_id));
-    ASSERT_TRUE(link.reply<xcb_damage_query_version_reply_t>(xcb_damage_query_version(link.connection(), 1, 1)));
-    ASSERT_TRUE(link.extension(xcb_xfixes_id));
-    ASSERT_TRUE(link.reply<xcb_xfixes_query_version_reply_t>(xcb_xfixes_query_version(link.connection(), 5, 0)));
-    ASSERT_TRUE(keptOut.open());
-    const auto look = [&](std::chrono::steady_clock::time_point moment) {
+/// What a stream does with the windows that are kept out, step by step.
+struct HiddenPlace {
+    HiddenPlace(XcbLink::Wait longestWait, quint32 bar) : link(longestWait), keptOut(link, area, {bar}) {}
+    void open() {
+        ASSERT_TRUE(link.extension(xcb_damage_id));
+        ASSERT_TRUE(link.reply<xcb_damage_query_version_reply_t>(xcb_damage_query_version(link.connection(), 1, 1)));
+        ASSERT_TRUE(link.extension(xcb_xfixes_id));
+        ASSERT_TRUE(link.reply<xcb_xfixes_query_version_reply_t>(xcb_xfixes_query_version(link.connection(), 5, 0)));
+        ASSERT_TRUE(keptOut.open());
+        ASSERT_TRUE(link.finish());
+    }
+    bool look(std::chrono::steady_clock::time_point moment) {
         keptOut.ask();
         static_cast<void>(keptOut.take());
         return keptOut.isSettled(moment);
-    };
-    const auto hear = [&] {
+    }
+    void hear() {
         ASSERT_TRUE(link.finish());
         while (const XcbEvent event = link.nextEvent())
             static_cast<void>(keptOut.handle(*event));
-    };
+    }
+
+    quint32 pixelAt(QPoint place) {
+        keptOut.draw(keptOut.hidden());
+        const QPoint inner = place - keptOut.origin();
+        const auto image = link.reply<xcb_get_image_reply_t>(
+            xcb_get_image(link.connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, keptOut.drawable(),
+                          static_cast<std::int16_t>(inner.x()), static_cast<std::int16_t>(inner.y()), 1, 1, ~0U));
+        return image ? *reinterpret_cast<const quint32 *>(xcb_get_image_data(image.get())) & 0xffffffU : 0;
+    }
+
+    XcbLink link;
+    KeptOutWindows keptOut;
+};
+
+TEST_F(ScreenStreamTrouble, whatWasDrawnWhileEverybodyStoodStillIsHeardOfBeforeItIsGivenUp) {
+    const auto below = client.addBare(area); // shows what it paints, and nothing else
+    const auto bar = client.add(area.adjusted(80, 80, -80, -80), 0xff0000);
+    HiddenPlace place(StreamLoop::longestWait, bar);
+    place.open();
     const auto now = std::chrono::steady_clock::now();
     const auto later = now + 1h; // it stands still, and then the time is over
-    EXPECT_FALSE(look(now));
-    ASSERT_TRUE(link.finish());
+    EXPECT_FALSE(place.look(now));
+    ASSERT_TRUE(place.link.finish());
     client.paint(below, QRect(QPoint(), area.size()), 0x00bb00);
-    EXPECT_FALSE(look(later)) << "what has arrived is not heard yet";
-    hear();
-    EXPECT_TRUE(look(now)) << "all was drawn";
+    EXPECT_FALSE(place.look(later)) << "what has arrived is not heard yet";
+    place.hear();
+    EXPECT_TRUE(place.look(now)) << "all was drawn";
 
     const auto hung = client.addBare(area);
     client.raise(bar);
-    hear();
-    EXPECT_FALSE(look(now));
-    hear();
-    EXPECT_FALSE(look(later));
-    hear();
-    EXPECT_TRUE(look(later)) << "a program that draws nothing is waited for no longer";
+    place.hear();
+    EXPECT_FALSE(place.look(now));
+    place.hear();
+    EXPECT_FALSE(place.look(later));
+    place.hear();
+    EXPECT_TRUE(place.look(later)) << "a program that draws nothing is waited for no longer";
     client.destroy(hung);
+}
+
+TEST_F(ScreenStreamTrouble, whatAWindowHasDrawnIsHeardOfThoughTheServerWasLateToTell) {
+    const auto below = client.addBare(area);
+    const auto bar = client.add(area.adjusted(80, 80, -80, -80), 0xff0000);
+    HiddenPlace place(StreamLoop::longestWait, bar);
+    place.open();
+    const auto now = std::chrono::steady_clock::now();
+    EXPECT_FALSE(place.look(now));
+    ASSERT_TRUE(place.link.finish());
+    client.paint(below, QRect(QPoint(), area.size()), 0x00bb00);
+    place.hear();
+    screen.hang();
+    EXPECT_FALSE(place.look(now));
+    screen.goOn();
+    EXPECT_TRUE(place.link.takeIsLate());
+    place.keptOut.doubt();
+    ASSERT_TRUE(eventually([&] { return place.link.finish(); }));
+    place.hear();
+    EXPECT_TRUE(place.look(now)) << "the window draws no second time";
+}
+
+TEST_F(ScreenStreamTrouble, windowsThatChangeWhileTheyAreCountedKeepTheirOrder) {
+    client.add(area, 0x4080c0);
+    const auto above = client.add(area.adjusted(100, 40, -100, -40), 0x80c040);
+    const auto gone = client.add(QRect(0, 0, 20, 20), 0x202020);
+    const auto bar = client.add(area.adjusted(60, 60, -60, -60), 0xff0000);
+    HiddenPlace place(StreamLoop::longestWait, bar);
+    place.open();
+    client.raise(gone);
+    client.raise(above); // over the one that goes
+    client.raise(bar);
+    client.destroy(gone);
+    for (int i = 0; i < 3; ++i) { // the notices of what was counted already come behind the first answer
+        static_cast<void>(place.look(std::chrono::steady_clock::now()));
+        place.hear();
+    }
+    EXPECT_TRUE(place.look(std::chrono::steady_clock::now()));
+    EXPECT_EQ(place.pixelAt(area.center()), 0x80c040U);
 }
 
 TEST_F(ScreenStreamTrouble, aStopIsAnsweredByAServerThatHangs) {

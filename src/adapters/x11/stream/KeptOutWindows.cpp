@@ -60,9 +60,12 @@ bool KeptOutWindows::open() {
 /// From here on the stack follows the notices. Those that were under way say again what is known already.
 bool KeptOutWindows::load() {
     auto *const connection = m_link.connection();
+    const auto rootQuestion = xcb_get_geometry(connection, m_link.root());
     const auto tree = m_link.reply<xcb_query_tree_reply_t>(xcb_query_tree(connection, m_link.root()));
-    if (!tree)
+    const auto root = m_link.reply<xcb_get_geometry_reply_t>(rootQuestion);
+    if (!tree || !root)
         return false;
+    m_screen = QRect(0, 0, root->width, root->height);
     const xcb_window_t *const children = xcb_query_tree_children(tree.get());
     const int count = xcb_query_tree_children_length(tree.get());
     std::vector<std::pair<xcb_get_geometry_cookie_t, xcb_get_window_attributes_cookie_t>> questions;
@@ -108,6 +111,12 @@ bool KeptOutWindows::isKeptOut(xcb_window_t window) const {
     return std::find(m_topLevels.begin(), m_topLevels.end(), window) != m_topLevels.end();
 }
 
+/// The window that `makeBackground` makes.
+bool KeptOutWindows::isOurs(xcb_window_t window) const {
+    const xcb_setup_t &setup = *xcb_get_setup(m_link.connection());
+    return (window & ~setup.resource_id_mask) == setup.resource_id_base;
+}
+
 bool KeptOutWindows::handle(const xcb_generic_event_t &event) {
     if (m_damageNotice < 0)
         return false;
@@ -134,12 +143,13 @@ bool KeptOutWindows::handle(const xcb_generic_event_t &event) {
         return m_isOld = true;
     }
     const auto change = m_stack.apply(event);
-    if (!change)
+    if (!change || isOurs(change->window))
         return false;
     if (type == XCB_REPARENT_NOTIFY) {
         const bool hasArrived = eventAs<xcb_reparent_notify_event_t>(event).parent == m_link.root();
         m_isTreeOld = m_isTreeOld || hasArrived || m_clients.contains(WindowNumber{change->window});
     }
+    m_isTreeOld = m_isTreeOld || change->isOrderLost;
     const bool isAboutUs = isKeptOut(change->window) || m_isTreeOld;
     if (!isAboutUs && !change->area.intersects(m_hidden.boundingRect()))
         return false;
@@ -186,10 +196,11 @@ void KeptOutWindows::update() {
     const auto topLevels = m_topLevels;
     const auto covers = m_covers;
     const QRegion before = m_hidden;
-    static_cast<void>(m_link.takeIsLate());
+    m_isLate = m_link.takeIsLate() || m_isLate;
     const bool isLoaded = !m_isTreeOld || load();
     if (isLoaded)
         findHidden();
+    const bool isComposited = isLoaded && !m_hidden.isEmpty() && isCompositorRunning(m_link);
     if (m_link.takeIsLate() || !isLoaded) {
         // What was known stands until the server answers: a window that is let go meanwhile would not be whole again.
         m_stack = stack;
@@ -200,8 +211,7 @@ void KeptOutWindows::update() {
         return;
     }
     m_isOld = m_isTreeOld = false;
-    const bool wasComposited = std::exchange(m_isComposited, !m_hidden.isEmpty() && isCompositorRunning(m_link));
-    if (wasComposited != m_isComposited)
+    if (std::exchange(m_isComposited, isComposited) != isComposited)
         forgetPicture();
     // What was hidden is the screen's again, and the other way round.
     m_changed += m_hidden ^ before;
@@ -304,16 +314,31 @@ void KeptOutWindows::makeComposedBackground() {
     xcb_render_create_solid_fill(connection, m_background, {wide(16), wide(8), wide(0), 0xFFFF});
 }
 
-/// The nearest pixel where nothing but the background is seen.
-std::optional<std::uint32_t> KeptOutWindows::colourBesideTheHidden() {
+/// Where nothing but the background is seen.
+QRegion KeptOutWindows::bare() const {
     QRegion taken = m_hidden;
     for (const WindowStack::Window &window : m_stack.windows())
         if (window.isMapped && !isKeptOut(window.id))
             taken += window.area;
-    const QRect screen(0, 0, m_link.screen().width_in_pixels, m_link.screen().height_in_pixels);
+    return QRegion(m_screen) - taken;
+}
+
+void KeptOutWindows::heed(const QRegion &drawn) {
+    if (m_pixmap == 0)
+        return;
+    const QRegion seen = bare();
+    if (seen.isEmpty() || !(seen - drawn).isEmpty())
+        return;
+    forgetPicture();
+    makePicture();
+    m_changed += m_hidden;
+}
+
+/// The nearest such pixel.
+std::optional<std::uint32_t> KeptOutWindows::colourBesideTheHidden() {
     const QPoint middle = m_hidden.boundingRect().center();
     std::optional<QPoint> nearest;
-    for (const QRect &free : QRegion(screen) - taken) {
+    for (const QRect &free : bare()) {
         const QPoint place(std::clamp(middle.x(), free.left(), free.right()),
                            std::clamp(middle.y(), free.top(), free.bottom()));
         if (!nearest || (place - middle).manhattanLength() < (*nearest - middle).manhattanLength())

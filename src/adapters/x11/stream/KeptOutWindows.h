@@ -45,6 +45,9 @@ public:
     /// the picture, and of what is hidden.
     void ask();
     [[nodiscard]] QRegion take();
+    /// `drawn` is what was drawn on the screen since the last look. Where that is all that is seen of the background,
+    /// another one has come: the properties that name it are written before it is there, or not at all.
+    void heed(const QRegion &drawn);
 
     /// Where the windows lie within the area.
     [[nodiscard]] const QRegion &hidden() const { return m_hidden; }
@@ -70,9 +73,12 @@ private:
     [[nodiscard]] std::optional<std::uint32_t> colourBesideTheHidden();
     void forgetPicture();
     [[nodiscard]] bool isKeptOut(xcb_window_t window) const;
+    [[nodiscard]] bool isOurs(xcb_window_t window) const;
+    [[nodiscard]] QRegion bare() const;
 
     XcbLink &m_link;
     QRect m_area;
+    QRect m_screen;
     QList<WindowNumber> m_clients;
     std::vector<xcb_window_t> m_topLevels; ///< that the clients are in
     WindowStack m_stack;

@@ -37,10 +37,9 @@ QRegion monitorAreas(XcbLink &link, QSize root) {
 
 } // namespace
 
-StreamLoop::StreamLoop(const StreamPlan &plan, SampleGate<ScreenSample> &session)
-    : m_plan(plan), m_session(session), m_link(longestWait),
-      m_buffers(plan.area.size(), plan.queueDepth, session.waker()), m_pacer(plan.interval), m_pointer(m_link),
-      m_keptOut(m_link, plan.area, plan.keptOut) {}
+StreamLoop::StreamLoop(const StreamPlan &plan, SampleGate<ScreenSample> &session, XcbLink::Wait wait)
+    : m_plan(plan), m_session(session), m_link(wait), m_buffers(plan.area.size(), plan.queueDepth, session.waker()),
+      m_pacer(plan.interval), m_pointer(m_link), m_keptOut(m_link, plan.area, plan.keptOut) {}
 
 std::optional<QString> StreamLoop::open() {
     for (;;) {
@@ -165,6 +164,7 @@ void StreamLoop::readMonitorsAgain() {
                                                    : QRegion(0, 0, root->width, root->height);
     m_lit = monitors.translated(-m_plan.area.topLeft()) & QRect({}, m_plan.area.size());
     m_changed = QRect({}, m_plan.area.size());
+    m_keptOut.doubt();
 }
 
 /// What is different since the last look, whatever the reason. Everything is asked before the first answer is waited
@@ -178,9 +178,9 @@ void StreamLoop::takeChanges() {
         m_pointer.ask();
     m_keptOut.ask();
     m_link.flush();
-    QRegion changed;
-    if (question)
-        changed = takeRegion(m_link, question) - m_keptOut.hidden();
+    QRegion changed = question ? takeRegion(m_link, question).value_or(QRegion()) : QRegion();
+    m_keptOut.heed(changed);
+    changed -= m_keptOut.hidden();
     if (m_plan.showsPointer)
         m_pointer.take();
     changed += m_keptOut.take();

@@ -20,7 +20,7 @@ public:
     /// again, and the stream's end is noticed in between.
     static constexpr XcbLink::Wait longestWait{500};
 
-    StreamLoop(const StreamPlan &plan, SampleGate<ScreenSample> &session);
+    StreamLoop(const StreamPlan &plan, SampleGate<ScreenSample> &session, XcbLink::Wait wait = longestWait);
 
     [[nodiscard]] std::optional<QString> open() override;
     std::optional<QString> run() override;

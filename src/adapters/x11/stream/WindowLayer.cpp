@@ -32,16 +32,16 @@ unsigned int askRegion(XcbLink &link, xcb_damage_damage_t damage) {
     return question;
 }
 
-QRegion takeRegion(XcbLink &link, unsigned int question) {
+std::optional<QRegion> takeRegion(XcbLink &link, unsigned int question) {
     constexpr int manyRects = 64; // more cost more to keep apart than to read
     const auto answer = link.reply<xcb_xfixes_fetch_region_reply_t>(xcb_xfixes_fetch_region_cookie_t{question});
     if (!answer)
-        return {};
+        return std::nullopt;
     const auto rectOf = [](const xcb_rectangle_t &each) { return QRect(each.x, each.y, each.width, each.height); };
     const xcb_rectangle_t *const rects = xcb_xfixes_fetch_region_rectangles(answer.get());
     const int count = xcb_xfixes_fetch_region_rectangles_length(answer.get());
     if (count > manyRects)
-        return rectOf(answer->extents);
+        return QRegion(rectOf(answer->extents));
     QRegion region;
     for (int i = 0; i < count; ++i)
         region += rectOf(rects[i]);
@@ -97,6 +97,7 @@ WindowLayer::~WindowLayer() {
     if (m_window == XCB_WINDOW_NONE || m_damage == 0)
         return;
     forgetContents();
+    forgetUntold();
     xcb_damage_destroy(connection, m_damage);
     xcb_composite_unredirect_window(connection, m_window, XCB_COMPOSITE_REDIRECT_AUTOMATIC);
 }
@@ -145,16 +146,34 @@ void WindowLayer::draw(xcb_render_picture_t target, QPoint origin, xcb_xfixes_re
 }
 
 void WindowLayer::askDamage() {
-    m_damageQuestion = isDamaged ? askRegion(m_link, m_damage) : 0;
-    isDamaged = false;
+    m_damageQuestion = 0;
+    if (!std::exchange(isDamaged, false))
+        return;
+    auto *const connection = m_link.connection();
+    const xcb_xfixes_region_t before = std::exchange(m_untold, makeRegion(m_link, {}, {}));
+    xcb_damage_subtract(connection, m_damage, XCB_NONE, m_untold);
+    if (before) {
+        xcb_xfixes_union_region(connection, before, m_untold, m_untold);
+        xcb_xfixes_destroy_region(connection, before);
+    }
+    m_damageQuestion = xcb_xfixes_fetch_region(connection, m_untold).sequence;
 }
 
 QRegion WindowLayer::takeDamage() {
     if (m_damageQuestion == 0)
         return {};
+    const auto damage = takeRegion(m_link, std::exchange(m_damageQuestion, 0));
+    isDamaged = isDamaged || !damage; // the server keeps it for the next question
+    if (!damage)
+        return {};
+    forgetUntold();
     // Damage counts from the window's inner corner.
-    const QPoint inner = m_area.topLeft() + QPoint(m_border, m_border);
-    return takeRegion(m_link, std::exchange(m_damageQuestion, 0)).translated(inner);
+    return damage->translated(m_area.topLeft() + QPoint(m_border, m_border));
+}
+
+void WindowLayer::forgetUntold() {
+    if (m_untold)
+        xcb_xfixes_destroy_region(m_link.connection(), std::exchange(m_untold, 0));
 }
 
 } // namespace tavrine

@@ -6,6 +6,7 @@
 #include <QRegion>
 
 #include <map>
+#include <optional>
 
 #include <xcb/damage.h>
 #include <xcb/render.h>
@@ -48,7 +49,9 @@ public:
     /// window's own shape; what is unpainted is left out, for what covered the window stands there.
     void draw(xcb_render_picture_t target, QPoint origin, xcb_xfixes_region_t part, bool isComposited);
 
-    // What was drawn in it since the last question, as a region of the root window.
+    // What was drawn in it since the last question that was answered, as a region of the root window. An answer that is
+    // late is lost, and who never hears that a program has drawn would leave its window out for good: the server keeps
+    // what it told until it was heard.
     void askDamage();
     [[nodiscard]] QRegion takeDamage();
 
@@ -58,6 +61,7 @@ public:
 private:
     explicit WindowLayer(XcbLink &link) : m_link(link) {}
     void forgetContents();
+    void forgetUntold();
 
     XcbLink &m_link;
     xcb_window_t m_window = XCB_WINDOW_NONE;
@@ -71,12 +75,13 @@ private:
     QRect m_area;
     int m_border = 0;
     unsigned int m_damageQuestion = 0;
+    xcb_xfixes_region_t m_untold = 0; ///< what the server was asked for and has not answered
 };
 
 /// The region, made in the server, with `origin` as its zero.
 [[nodiscard]] xcb_xfixes_region_t makeRegion(XcbLink &link, const QRegion &region, QPoint origin);
-/// Asks for what is damaged, which is not any more then, and takes it.
+/// Asks for what is damaged, which is not any more then, and takes it. None when the server did not answer in time.
 [[nodiscard]] unsigned int askRegion(XcbLink &link, xcb_damage_damage_t damage);
-[[nodiscard]] QRegion takeRegion(XcbLink &link, unsigned int question);
+[[nodiscard]] std::optional<QRegion> takeRegion(XcbLink &link, unsigned int question);
 
 } // namespace tavrine

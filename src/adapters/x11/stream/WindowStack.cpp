@@ -92,9 +92,10 @@ std::optional<WindowStack::Change> WindowStack::configure(const xcb_configure_no
     changed.border = notice.border_width;
     if (changed.area.size() != window->area.size() || changed.border != window->border)
         changed.content = ++m_contents;
-    const Change change{notice.window, changed.isMapped ? changed.area | window->area : QRect()};
+    Change change{notice.window, changed.isMapped ? changed.area | window->area : QRect()};
     m_windows.erase(window);
     const auto below = place(notice.above_sibling);
+    change.isOrderLost = notice.above_sibling != XCB_WINDOW_NONE && below == m_windows.end();
     m_windows.insert(below == m_windows.end() ? m_windows.begin() : below + 1, changed);
     return change;
 }

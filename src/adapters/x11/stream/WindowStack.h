@@ -26,6 +26,9 @@ public:
     struct Change {
         xcb_window_t window = XCB_WINDOW_NONE;
         QRect area;
+        /// It lies over a window that is gone: the notice is older than what the stack began with, which is to be begun
+        /// anew.
+        bool isOrderLost = false;
     };
 
     explicit WindowStack(xcb_window_t root = XCB_WINDOW_NONE) : m_root(root) {}
