@@ -18,11 +18,10 @@
 namespace tavrine::testing {
 
 /// The test's X server, which is late with one of its answers: the next connection that is opened while this lives goes
-/// through it. All that the server says from that answer on, counted from 0, is held for a while.
+/// through it. All that the server says from that answer on is held for a while.
 class LateScreen {
 public:
-    LateScreen(int heldAnswer, std::chrono::milliseconds length)
-        : m_heldAnswer(heldAnswer), m_length(length), m_before(qgetenv("DISPLAY")) {
+    explicit LateScreen(std::chrono::milliseconds length) : m_length(length), m_before(qgetenv("DISPLAY")) {
         constexpr int firstNumber = 3000; // servers take the lowest that is free
         constexpr int lastNumber = 3999;
         m_door = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -50,8 +49,17 @@ public:
     LateScreen &operator=(const LateScreen &) = delete;
 
     [[nodiscard]] bool isThere() const { return m_isThere; }
+    /// Once a connection was opened: later ones do not come here.
+    void close() const { qputenv("DISPLAY", m_before); }
+    /// Holds the answer that comes after so many others.
+    void hold(int answer) {
+        m_hasHeld = m_hasLetGo = false;
+        m_heldAnswer = m_answers + answer;
+    }
     /// Whether there were that many answers.
     [[nodiscard]] bool hasHeld() const { return m_hasHeld; }
+    /// Whether that is over.
+    [[nodiscard]] bool hasLetGo() const { return m_hasLetGo; }
 
 private:
     static sockaddr_un addressOf(const QByteArray &display) {
@@ -122,6 +130,7 @@ private:
                 if (isSetUp && waiting.front() == reply && m_answers++ == m_heldAnswer) {
                     m_hasHeld = true;
                     m_over.wait_for(m_length);
+                    m_hasLetGo = true;
                 }
                 isSetUp = true;
                 if (::send(m_client, waiting.constData(), size_t(size), MSG_NOSIGNAL) != size)
@@ -147,7 +156,7 @@ private:
         return head + 4 * qsizetype{words};
     }
 
-    const int m_heldAnswer;
+    std::atomic<int> m_heldAnswer = -1;
     const std::chrono::milliseconds m_length;
     const QByteArray m_before;
     sockaddr_un m_address{};
@@ -155,8 +164,9 @@ private:
     int m_door = -1;
     std::atomic<int> m_client = -1;
     std::atomic<int> m_server = -1;
-    int m_answers = 0;
+    std::atomic<int> m_answers = 0;
     std::atomic<bool> m_hasHeld = false;
+    std::atomic<bool> m_hasLetGo = false;
     std::promise<void> m_isOver;
     std::future<void> m_over = m_isOver.get_future();
     std::thread m_thread;

@@ -32,12 +32,25 @@ xcb_sync_counter_t findCounter(XcbLink &link) {
 
 } // namespace
 
-PointerAlarm::PointerAlarm(XcbLink &link, Length threshold) : m_link(link) {
-    const auto *const sync = link.extension(xcb_sync_id);
-    if (!sync || !link.reply<xcb_sync_initialize_reply_t>(
-                     xcb_sync_initialize(link.connection(), XCB_SYNC_MAJOR_VERSION, XCB_SYNC_MINOR_VERSION)))
+PointerAlarm::PointerAlarm(XcbLink &link, Length threshold) : m_link(link), m_threshold(threshold) {
+    static_cast<void>(setIfLate());
+}
+
+bool PointerAlarm::setIfLate() {
+    if (!std::exchange(m_isLate, false))
+        return false;
+    static_cast<void>(m_link.takeIsLate());
+    set();
+    m_isLate = m_link.takeIsLate() && !isSet();
+    return isSet();
+}
+
+void PointerAlarm::set() {
+    const auto *const sync = m_link.extension(xcb_sync_id);
+    if (!sync || !m_link.reply<xcb_sync_initialize_reply_t>(
+                     xcb_sync_initialize(m_link.connection(), XCB_SYNC_MAJOR_VERSION, XCB_SYNC_MINOR_VERSION)))
         return;
-    m_counter = findCounter(link);
+    m_counter = findCounter(m_link);
     if (m_counter == XCB_NONE)
         return;
     m_notice = sync->first_event + XCB_SYNC_ALARM_NOTIFY;
@@ -45,12 +58,12 @@ PointerAlarm::PointerAlarm(XcbLink &link, Length threshold) : m_link(link) {
     const std::uint32_t values[] = {m_counter,
                                     XCB_SYNC_VALUETYPE_ABSOLUTE,
                                     0,
-                                    static_cast<std::uint32_t>(threshold.count()),
+                                    static_cast<std::uint32_t>(m_threshold.count()),
                                     XCB_SYNC_TESTTYPE_NEGATIVE_TRANSITION,
                                     0,
                                     0,
                                     1};
-    xcb_sync_create_alarm(link.connection(), link.newId(),
+    xcb_sync_create_alarm(m_link.connection(), m_link.newId(),
                           XCB_SYNC_CA_COUNTER | XCB_SYNC_CA_VALUE_TYPE | XCB_SYNC_CA_VALUE | XCB_SYNC_CA_TEST_TYPE |
                               XCB_SYNC_CA_DELTA | XCB_SYNC_CA_EVENTS,
                           values);

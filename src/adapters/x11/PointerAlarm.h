@@ -22,6 +22,8 @@ public:
 
     /// False where the server has no such counter, or did not answer in time.
     [[nodiscard]] bool isSet() const { return m_notice >= 0; }
+    /// Once more, where the server was late. True when it is set now and was not before.
+    bool setIfLate();
     [[nodiscard]] bool isRinging(const xcb_generic_event_t &event) const { return eventType(event) == m_notice; }
 
     /// How long the pointer has rested; asked for together with other things. For an alarm that is set.
@@ -30,7 +32,11 @@ public:
     [[nodiscard]] Length rest(xcb_sync_query_counter_cookie_t cookie);
 
 private:
+    void set();
+
     XcbLink &m_link;
+    const Length m_threshold;
+    bool m_isLate = true; ///< or was not asked yet
     xcb_sync_counter_t m_counter = XCB_NONE;
     int m_notice = -1; ///< kind of the event that tells of it
 };

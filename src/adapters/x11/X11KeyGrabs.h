@@ -56,8 +56,9 @@ private:
     void handle(const xcb_generic_event_t &event);
     void onKeyPress(const xcb_key_press_event_t &press);
     void onRawKey(quint8 keycode, quint32 time);
+    void settleSoon();
     void settleRawKey();
-    [[nodiscard]] bool isUnderMenu();
+    [[nodiscard]] std::optional<bool> isUnderMenu();
     void selectRawKeys();
     [[nodiscard]] std::optional<Key> keyFor(quint8 keycode, quint16 state) const;
     void freeze();

@@ -73,43 +73,57 @@ void X11KeyGrabs::onRawKey(quint8 keycode, quint32 time) {
     m_rawKey = *key;
     m_rawKeycode = keycode;
     m_rawTime = time;
+    settleSoon();
+}
+
+void X11KeyGrabs::settleSoon() {
     QMetaObject::invokeMethod(
         this, [this] { settleRawKey(); }, Qt::QueuedConnection);
 }
 
 /// The press that belongs to a raw event is sent right after it. So after one more answer it is here, or it went to the
-/// program that holds the keyboard.
+/// program that holds the keyboard. A server that is late is asked again: each question waits for a while.
 void X11KeyGrabs::settleRawKey() {
-    if (m_rawKeycode == 0 || !m_client.link().finish())
+    if (m_rawKeycode == 0 || !m_client.isConnected())
         return;
+    if (!m_client.link().finish())
+        return settleSoon();
     m_client.drain();
+    if (m_rawKeycode == 0)
+        return;
+    const auto isUnder = isUnderMenu();
+    if (!isUnder)
+        return settleSoon();
     const quint8 keycode = std::exchange(m_rawKeycode, quint8{0});
-    if (keycode == 0 || !isUnderMenu())
+    if (!*isUnder)
         return;
     m_toldKeycode = keycode;
     m_toldTime = m_rawTime;
     m_onPress(m_rawKey, ++m_press);
 }
 
-bool X11KeyGrabs::isUnderMenu() {
+/// None when the server did not answer in time.
+std::optional<bool> X11KeyGrabs::isUnderMenu() {
     auto *const connection = m_client.connection();
-    const auto attempt = m_client.reply<xcb_grab_pointer_reply_t>(
-        xcb_grab_pointer(connection, 0, m_client.root(), 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC, XCB_NONE,
-                         XCB_NONE, XCB_CURRENT_TIME));
-    if (!attempt)
+    static_cast<void>(m_client.takeIsLate());
+    const auto attemptCookie = xcb_grab_pointer(connection, 0, m_client.root(), 0, XCB_GRAB_MODE_ASYNC,
+                                                XCB_GRAB_MODE_ASYNC, XCB_NONE, XCB_NONE, XCB_CURRENT_TIME);
+    xcb_ungrab_pointer(connection, XCB_CURRENT_TIME); // with it: an answer that is late leaves nobody without a pointer
+    const auto pointerCookie = xcb_query_pointer(connection, m_client.root());
+    const auto attempt = m_client.reply<xcb_grab_pointer_reply_t>(attemptCookie);
+    const auto pointer = m_client.reply<xcb_query_pointer_reply_t>(pointerCookie);
+    if (m_client.takeIsLate())
+        return std::nullopt;
+    if (!attempt || !pointer || attempt->status == XCB_GRAB_STATUS_SUCCESS)
         return false;
-    if (attempt->status == XCB_GRAB_STATUS_SUCCESS) {
-        xcb_ungrab_pointer(connection, XCB_CURRENT_TIME);
-        m_client.flush();
-        return false;
-    }
-    const auto pointer = m_client.reply<xcb_query_pointer_reply_t>(xcb_query_pointer(connection, m_client.root()));
-    if (!pointer || pointer->child == XCB_WINDOW_NONE)
-        return pointer != nullptr;
+    if (pointer->child == XCB_WINDOW_NONE)
+        return true;
     const auto attributesCookie = xcb_get_window_attributes(connection, pointer->child);
     const auto geometryCookie = xcb_get_geometry(connection, pointer->child);
     const auto attributes = m_client.reply<xcb_get_window_attributes_reply_t>(attributesCookie);
     const auto geometry = m_client.reply<xcb_get_geometry_reply_t>(geometryCookie);
+    if (m_client.takeIsLate())
+        return std::nullopt;
     const auto &screen = m_client.screen();
     const bool coversAll = attributes && geometry && attributes->override_redirect &&
                            geometry->width >= screen.width_in_pixels && geometry->height >= screen.height_in_pixels;

@@ -63,7 +63,10 @@ public:
         m_isAlarmTrusted = alarm.isSet();
         auto next = Clock::now();
         while (link.isOpen() && !m_isOver) {
-            if (mayRest(look(link, alarm), interval)) {
+            const Look found = look(link, alarm);
+            if (found.isThere && alarm.setIfLate())
+                m_isAlarmTrusted = true;
+            if (mayRest(found, interval)) {
                 sleep(&link, longestRest);
                 next = Clock::now();
             } else {
@@ -75,6 +78,7 @@ public:
 
 private:
     struct Look {
+        bool isThere = false; ///< the server has answered
         bool isNew = false;
         bool hasRung = false;
         PointerAlarm::Length rest{0};
@@ -92,6 +96,7 @@ private:
         if (!answer)
             return result;
         lastLook = secondsNow();
+        result.isThere = true;
         const auto found =
             std::tuple<int, int, unsigned int>(answer->root_x, answer->root_y, answer->mask & everyButton);
         result.isNew = std::exchange(m_last, found) != found;

@@ -14,7 +14,7 @@ namespace tavrine {
 ///     `interval`.
 ///  2. While it rests the thread sleeps until the server's `PointerAlarm`, and looks once a second.
 ///  3. An alarm that is found to have missed a change is not relied on until it rings: there is a look every `interval`
-///     again, as where there is no alarm.
+///     again, as where there is no alarm. A server that is late when the alarm is made is asked for it again.
 class X11PointerWatch final : public PointerWatch {
 public:
     X11PointerWatch(Time &time, Seconds interval, std::function<void()> handler);

@@ -30,7 +30,8 @@ TEST_F(ScreenStreamTest, whicheverAnswerIsLateThePictureIsRightInTheEnd) {
         SCOPED_TRACE(late);
         client.shape(below, shapes[0]);
         client.setMapped(bar, true);
-        LateScreen screen(late, 2 * longestWait);
+        LateScreen screen(2 * longestWait);
+        screen.hold(late);
         ASSERT_TRUE(screen.isThere());
         const int before = frames();
         followed = {};

@@ -4,6 +4,7 @@
 #include "adapters/x11/X11KeyboardMap.h"
 #include "base/VirtualKeys.h"
 #include "ports/EventMonitors.h"
+#include "support/LateScreen.h"
 #include "support/OwnWindow.h"
 #include "support/PatternWindow.h"
 #include "support/PrivateScreen.h"
@@ -452,6 +453,63 @@ TEST_F(PressesUnderAGrab, ofALockedScreenAreNotTold) {
     const testing::PatternWindow lock; // over everything
     ASSERT_TRUE(other.grabPointer());
     EXPECT_EQ(pressesNow(), 0);
+}
+
+/// And a server that is late with one of its answers about it.
+class LateWordsOfAGrab : public PressesUnderAGrab {
+protected:
+    static constexpr auto length = 500ms; // 200 are waited
+    void SetUp() override {
+        PressesUnderAGrab::SetUp();
+        hotKeys.reset();
+        screen = std::make_unique<testing::LateScreen>(length);
+        hotKeys = std::make_unique<X11HotKeys>();
+        hotKeys->installHandler([this](HotKeyId) { return pressed(); });
+        registerV();
+        screen->close();
+        settle();
+    }
+    void TearDown() override {
+        hotKeys.reset();
+        PressesUnderAGrab::TearDown();
+    }
+    void pressWhileLateWith(int answer) {
+        screen->hold(answer);
+        press();
+        EXPECT_TRUE(waitUntil([&] { return screen->hasLetGo(); })) << answer;
+        settle();
+    }
+    std::unique_ptr<testing::LateScreen> screen;
+};
+
+TEST_F(LateWordsOfAGrab, loseNoPressUnderAMenu) {
+    ASSERT_TRUE(other.grabPointer());
+    for (int answer = 0; answer < 3; ++answer) {
+        pressWhileLateWith(answer);
+        EXPECT_TRUE(waitUntil([&] { return presses > answer; })) << answer;
+        settle();
+        EXPECT_EQ(presses, answer + 1);
+    }
+}
+
+TEST_F(LateWordsOfAGrab, tellNoPressOnALockedScreen) {
+    const testing::PatternWindow lock;
+    ASSERT_TRUE(other.grabPointer());
+    for (int answer = 0; answer < 5; ++answer)
+        pressWhileLateWith(answer);
+    other.ungrabPointer();
+    other.ungrabKeyboard();
+    EXPECT_EQ(presses, 0);
+    EXPECT_EQ(pressesByPosition(), 1);
+}
+
+TEST_F(LateWordsOfAGrab, leaveThePointerFree) {
+    for (int answer = 0; answer < 2; ++answer) {
+        pressWhileLateWith(answer);
+        EXPECT_TRUE(waitUntil([&] { return other.grabPointer(); })) << answer;
+        other.ungrabPointer();
+    }
+    EXPECT_EQ(presses, 0);
 }
 
 } // namespace

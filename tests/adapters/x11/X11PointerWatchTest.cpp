@@ -3,6 +3,7 @@
 #include "adapters/linux/QtTime.h"
 #include "adapters/x11/PointerAlarm.h"
 #include "adapters/x11/X11Screens.h"
+#include "support/LateScreen.h"
 #include "support/TestKeyboard.h"
 #include "support/Wait.h"
 
@@ -86,6 +87,19 @@ TEST_F(X11PointerWatchTest, whileThePointerRestsSoDoTheLooks) {
     ASSERT_TRUE(waitForLook()) << "a look each second finds what nothing tells of";
     EXPECT_TRUE(waitForRest());
     EXPECT_EQ(told, 1);
+}
+
+TEST_F(X11PointerWatchTest, aServerThatIsLateWhenTheAlarmIsMadeIsAskedForItAgain) {
+    constexpr int lastAnswer = 3; // of those that it takes
+    for (const int answer : {0, lastAnswer}) {
+        testing::LateScreen screen(500ms); // 200 are waited
+        screen.hold(answer);
+        told = 0;
+        watch();
+        EXPECT_TRUE(screen.hasHeld());
+        EXPECT_TRUE(waitForRest()) << answer;
+        pointerWatch.reset();
+    }
 }
 
 /// Right after a look at rest the next is a second away: what is told of sooner was not found by it.
