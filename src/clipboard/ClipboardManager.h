@@ -29,7 +29,8 @@ class Time;
 class Timer;
 class Workspace;
 
-/// The owner of the clipboard history at run time: polls the pasteboard, filters what it sees, stores text and images,
+/// The owner of the clipboard history at run time: polls the pasteboard, and looks at once where the desktop tells of a
+/// copy; filters what it sees, stores text and images,
 /// keeps a bounded list in memory for the panels, and puts items back on the pasteboard.
 ///
 /// Lives on the main thread, as long as the process; AppDelegate holds the one instance. Nothing here shows an error
@@ -57,6 +58,8 @@ public:
     };
 
     static constexpr Seconds pollInterval{0.5};
+    /// From the word of a copy to the look at it: some programs copy in two steps, or for each move of a selection.
+    static constexpr Seconds settlingTime{0.03};
     static constexpr Seconds cleanupInterval{14400.0};         ///< between two cleanups while the pasteboard is idle
     static constexpr Seconds imageRetentionInterval{604800.0}; ///< 7 days, the age from which unprotected media go
     static constexpr qint64 maxImages = 50;                    ///< unprotected media rows that may remain
@@ -186,6 +189,7 @@ private:
     };
     struct Recording;
     void poll();
+    void hearOfCopy();
     void standInLine(Copy copy);
     void record(const Copy &copy);
     void recordElsewhere(const Copy &copy);

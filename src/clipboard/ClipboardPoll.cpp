@@ -1,4 +1,5 @@
-// What the manager does every half second: see whether something was copied, and decide whether to record it.
+// What the manager does every half second, and when the desktop tells of a copy: see whether something was copied, and
+// decide whether to record it.
 
 #include "base/SerialQueue.h"
 #include "base/Time.h"
@@ -6,6 +7,8 @@
 #include "clipboard/ClipboardManager.h"
 #include "ports/Pasteboard.h"
 #include "ports/Workspace.h"
+
+#include <QPointer>
 
 #include <algorithm>
 
@@ -45,6 +48,26 @@ void ClipboardManager::startMonitoring() {
     m_timer.reset();
     m_lastChangeCount = m_ports.pasteboard.changeCount();
     m_timer = m_ports.time.repeat(pollInterval, [this] { poll(); }); // the timer goes with the manager
+    m_ports.pasteboard.setOnForeignChange([manager = QPointer(this)] {
+        if (manager && manager->isMonitoring())
+            manager->hearOfCopy();
+    });
+}
+
+// Who is in front is asked now as well, and not only by the look that follows: a password manager may hide itself right
+// after the copy. A copy that follows within the settling time has a look of its own; of copies without a pause the
+// ticks see some, so that a program that copies for ever fills no history faster than it always could.
+void ClipboardManager::hearOfCopy() {
+    const int changeCount = m_ports.pasteboard.changeCount();
+    if (isExcludedApplicationFrontmost()) {
+        m_lastChangeCount = changeCount;
+        return;
+    }
+    m_ports.time.asyncAfter(settlingTime, this, [this, changeCount] {
+        const bool isNews = changeCount == m_ports.pasteboard.changeCount() && changeCount != m_lastChangeCount;
+        if (isMonitoring() && isNews)
+            poll();
+    });
 }
 
 void ClipboardManager::pauseMonitoring() {

@@ -45,6 +45,10 @@ public:
 
     [[nodiscard]] virtual int changeCount() const = 0;
 
+    /// `onChange` is called for each change that another program makes, once the count has moved, where the desktop
+    /// tells of changes; elsewhere it never is, and only the count tells. Replaces the one before.
+    virtual void setOnForeignChange(std::function<void()> /*onChange*/) {}
+
     /// Whether the desktop tells that a program empties the clipboard on purpose from that it ends.
     [[nodiscard]] virtual bool tellsEmptying() const { return true; }
 

@@ -327,6 +327,111 @@ TEST_F(ClipboardPoll, anImageRecordedDoesNotStartTheFourHoursAnew) {
     EXPECT_TRUE(cleanupRan());
 }
 
+// Where the desktop tells of a copy.
+
+class ToldCopy : public ClipboardPoll {
+protected:
+    void SetUp() override {
+        ClipboardPoll::SetUp();
+        pasteboard.setTellsChanges(true);
+    }
+    void settle() { time.advance(ClipboardManager::settlingTime); }
+};
+
+TEST_F(ToldCopy, isRecordedOnceItHasSettledAndNotWithTheNextTick) {
+    pasteboard.copyFromOutside(str("hello"));
+    time.advance(29ms);
+    EXPECT_TRUE(manager->history().empty());
+    time.advance(1ms);
+    EXPECT_EQ(historyContents(), QStringList{str("hello")});
+    const std::vector<ClipboardItem> recorded = rows();
+    time.advance(5s);
+    EXPECT_EQ(rows(), recorded) << "no tick records it again";
+}
+
+TEST_F(ToldCopy, isRecordedBesideAnotherOfTheSameHalfSecond) {
+    pasteboard.copyFromOutside(str("one"));
+    settle();
+    pasteboard.copyFromOutside(str("two"));
+    settle();
+    EXPECT_EQ(historyContents(), (QStringList{str("two"), str("one")}));
+}
+
+TEST_F(ToldCopy, inTwoStepsIsOneCopy) {
+    pasteboard.copyFromOutside(picture(3, 3));
+    time.advance(29ms);
+    pasteboard.copyFromOutside(picture(3, 3));
+    time.advance(29ms);
+    EXPECT_TRUE(rows().empty());
+    time.advance(1ms);
+    EXPECT_EQ(rows().size(), 1U);
+    time.advance(5s);
+    EXPECT_EQ(rows().size(), 1U);
+}
+
+TEST_F(ToldCopy, withoutEndIsLeftToTheTicks) {
+    for (int i = 0; i < 200; ++i) { // of which each takes 10 ms
+        pasteboard.copyFromOutside(QString::number(i));
+        time.advance(10ms);
+    }
+    EXPECT_EQ(rows().size(), 4U) << "two seconds";
+}
+
+TEST_F(ToldCopy, ofAnExcludedApplicationThatLeavesRightAfterItIsDropped) {
+    manager->addExcludedApp(app("com.example.vault"));
+    workspace.setFrontmost(str("com.example.vault"));
+    pasteboard.copyFromOutside(str("secret"));
+    workspace.setFrontmost(std::nullopt);
+    time.advance(5s);
+    EXPECT_TRUE(rows().empty());
+}
+
+TEST_F(ToldCopy, isDroppedWhereAnExcludedApplicationIsFoundInFrontALittleLater) {
+    pasteboard.copyFromOutside(str("secret"));
+    workspace.setFrontmost(str("org.keepassxc.keepassxc"));
+    settle();
+    workspace.setFrontmost(std::nullopt);
+    time.advance(5s);
+    EXPECT_TRUE(rows().empty());
+}
+
+TEST_F(ToldCopy, thatIsConcealedIsNotRecorded) {
+    pasteboard.setContentsFromOutside(plainTypes + QStringList{QLatin1String(pasteboardType::concealed)},
+                                      str("secret"));
+    time.advance(5s);
+    EXPECT_TRUE(rows().empty());
+}
+
+TEST_F(ToldCopy, isNotRecordedWhileMonitoringIsOff) {
+    manager->pauseMonitoring();
+    pasteboard.copyFromOutside(str("while off"));
+    time.advance(5s);
+    EXPECT_TRUE(rows().empty());
+}
+
+TEST_F(ToldCopy, isNotRecordedByAPauseThatBeganBeforeItSettled) {
+    pasteboard.copyFromOutside(str("just before"));
+    manager->pauseMonitoring();
+    time.advance(1s);
+    EXPECT_TRUE(rows().empty());
+}
+
+TEST_F(ToldCopy, ofOursWaitsForTheTick) {
+    pasteboard.clearContents();
+    pasteboard.setString(str("mine"));
+    time.advance(499ms);
+    EXPECT_TRUE(rows().empty());
+    time.advance(1ms);
+    EXPECT_EQ(rows().size(), 1U);
+}
+
+TEST_F(ToldCopy, isToldToNobodyAfterTheManagersEnd) {
+    quit();
+    pasteboard.copyFromOutside(str("late"));
+    time.advance(1s);
+    EXPECT_TRUE(rows().empty());
+}
+
 // Large copies, which are prepared on another thread.
 
 class LargeCopy : public ClipboardPoll {

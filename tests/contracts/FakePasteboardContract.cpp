@@ -6,6 +6,7 @@ namespace {
 
 class FakeWorld final : public PasteboardWorld {
 public:
+    FakeWorld() { m_pasteboard.setTellsChanges(true); }
     Pasteboard &pasteboard() override { return m_pasteboard; }
     void copyText(const QString &text) override { m_pasteboard.copyFromOutside(text); }
     void copyImage(const QImage &image, const std::optional<QString> &text) override {

@@ -145,6 +145,32 @@ TEST_P(PasteboardContract, anOwnerThatNeverAnswersMovesTheCountOnceToNothing) {
     EXPECT_FALSE(pasteboard().image());
 }
 
+TEST_P(PasteboardContract, aChangeOfAnotherProgramIsToldOnceItsContentsAreHere) {
+    QList<std::pair<int, QString>> told;
+    pasteboard().setOnForeignChange([this, &told] {
+        told.append({pasteboard().changeCount(), pasteboard().string().value_or(QString())});
+    });
+    const int start = pasteboard().changeCount();
+    world().copyText(QStringLiteral("one"));
+    ASSERT_TRUE(waitForChange(start));
+    world().copyText(QStringLiteral("two"));
+    ASSERT_TRUE(waitForChange(start + 1));
+    world().settle();
+    EXPECT_EQ(told,
+              (QList<std::pair<int, QString>>{{start + 1, QStringLiteral("one")}, {start + 2, QStringLiteral("two")}}));
+    pasteboard().setOnForeignChange({});
+}
+
+TEST_P(PasteboardContract, anOwnWriteIsNotToldAsOneOfAnotherProgram) {
+    int told = 0;
+    pasteboard().setOnForeignChange([&told] { ++told; });
+    pasteboard().clearContents();
+    pasteboard().setString(QStringLiteral("mine"));
+    world().settle();
+    EXPECT_EQ(told, 0);
+    pasteboard().setOnForeignChange({});
+}
+
 // 2
 TEST_P(PasteboardContract, nothingOfTheOldContentsIsLeftAfterAChange) {
     const int start = pasteboard().changeCount();

@@ -48,7 +48,7 @@ Pasteboard::Reading FakePasteboard::reading() const {
 
 int FakePasteboard::clearContents() {
     ++m_clears;
-    clearFromOutside();
+    empty();
     return m_changeCount;
 }
 
@@ -79,6 +79,7 @@ void FakePasteboard::setContentsFromOutside(const QStringList &types, const std:
     m_text = text;
     m_image = image;
     m_urls.clear();
+    tellForeignChange();
 }
 
 void FakePasteboard::copyFromOutside(const QString &text) {
@@ -93,6 +94,16 @@ void FakePasteboard::copyFromOutside(const QImage &image, const std::optional<QS
 }
 
 void FakePasteboard::clearFromOutside() {
+    empty();
+    tellForeignChange();
+}
+
+void FakePasteboard::tellForeignChange() const {
+    if (m_tellsChanges && m_onForeignChange)
+        m_onForeignChange();
+}
+
+void FakePasteboard::empty() {
     ++m_changeCount;
     m_types.reset();
     m_text.reset();

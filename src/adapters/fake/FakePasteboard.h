@@ -12,6 +12,7 @@ namespace tavrine {
 class FakePasteboard final : public Pasteboard {
 public:
     [[nodiscard]] int changeCount() const override { return m_changeCount; }
+    void setOnForeignChange(std::function<void()> onChange) override { m_onForeignChange = std::move(onChange); }
     [[nodiscard]] std::optional<QStringList> types() const override { return m_types; }
     [[nodiscard]] std::optional<QImage> image() const override;
     [[nodiscard]] std::optional<QString> string() const override;
@@ -20,6 +21,9 @@ public:
     void setString(const QString &text) override;
     void writeImage(const QImage &image) override;
     void writeFileUrls(const QList<QUrl> &urls) override;
+
+    /// Whether this desktop tells of changes; it does not at first.
+    void setTellsChanges(bool tells) { m_tellsChanges = tells; }
 
     /// Another program copies: one change. `types` are named as in `pasteboardType`. All stands as it is given, also an
     /// image of no size, to see who relies on the promise that there is none.
@@ -49,10 +53,14 @@ public:
 
 private:
     void addType(const char *type);
+    void empty();
+    void tellForeignChange() const;
     [[nodiscard]] std::optional<QImage> presentImage() const;
     [[nodiscard]] std::optional<QString> presentString() const;
 
     int m_changeCount = 0;
+    bool m_tellsChanges = false;
+    std::function<void()> m_onForeignChange;
     std::optional<QStringList> m_types;
     std::optional<QString> m_text;
     std::optional<QImage> m_image;

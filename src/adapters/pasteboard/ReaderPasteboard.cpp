@@ -192,6 +192,8 @@ void ReaderPasteboard::receive(const Publication &publication) {
     // What the reader took piece by piece lies scattered over its heap: of 40 MB, 10 MB would stay for good.
     if (isLarge)
         ::malloc_trim(0);
+    if (publication.changes > 0 && m_onForeignChange)
+        m_onForeignChange();
 }
 
 } // namespace tavrine

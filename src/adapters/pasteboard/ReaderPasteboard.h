@@ -40,6 +40,7 @@ public:
     ReaderPasteboard &operator=(const ReaderPasteboard &) = delete;
 
     [[nodiscard]] int changeCount() const override { return m_changeCount; }
+    void setOnForeignChange(std::function<void()> onChange) override { m_onForeignChange = std::move(onChange); }
     [[nodiscard]] std::optional<QStringList> types() const override;
     [[nodiscard]] std::optional<QImage> image() const override;
     [[nodiscard]] std::optional<QString> string() const override;
@@ -69,6 +70,7 @@ private:
     const SelectionLimits m_limits;
     int m_changeCount = 0;
     int m_ownSerial = 0;
+    std::function<void()> m_onForeignChange;
     bool m_isClaimScheduled = false;
     std::chrono::steady_clock::time_point m_writtenAt; ///< when what is to be claimed was begun
     std::variant<Foreign, OwnContents> m_contents;
