@@ -37,6 +37,7 @@ DataControlThread::DataControlThread(const SelectionLimits &limits, ImageFileRea
 }
 
 DataControlThread::~DataControlThread() {
+    m_isEnding = true;
     m_mailbox->post(Stop{});
     if (m_thread.joinable())
         m_thread.join();
@@ -53,7 +54,7 @@ void DataControlThread::open() {
     sigset_t all;
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
-    m_link.emplace();
+    m_link.emplace(WaylandLink::usualWait, &m_isEnding);
     if (!m_link->isOpen())
         return;
     m_control.emplace(*m_link, m_limits.targets,

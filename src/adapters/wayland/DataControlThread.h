@@ -83,6 +83,8 @@ private:
     const std::shared_ptr<Mailbox<Message>> m_mailbox; ///< shared with readers of files, which may be stuck when we end
     QThreadPool m_maker;
 
+    std::atomic<bool> m_isEnding = false; ///< the main thread waits for the end: no compositor is waited for
+
     // The reader's own from here.
     const DescriptorSet m_descriptors;
     std::optional<WaylandLink> m_link;

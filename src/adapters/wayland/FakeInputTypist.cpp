@@ -1,6 +1,6 @@
 #include "adapters/linux/SessionBus.h"
 #include "adapters/wayland/Typist.h"
-#include "adapters/wayland/WaylandLink.h"
+#include "adapters/wayland/WaylandClient.h"
 
 #include <QDBusConnection>
 #include <QObject>
@@ -125,11 +125,12 @@ private:
 
 class FakeInput final : public Typist {
 public:
-    FakeInput(WaylandLink &link, org_kde_kwin_fake_input *input) : m_link(link), m_input(input), m_keymap(link) {
+    FakeInput(WaylandClient &client, org_kde_kwin_fake_input *input)
+        : m_client(client), m_input(input), m_keymap(client.link()) {
         org_kde_kwin_fake_input_authenticate(m_input, "Tavrine", "Pastes what was chosen from the clipboard's history");
         // The seat comes with the first answer, its keyboard's map with the second.
-        m_link.finish();
-        m_link.finish();
+        client.link().finish();
+        client.link().finish();
         if (m_keymap.hasLayouts())
             m_layout = std::make_unique<LayoutInUse>();
     }
@@ -151,7 +152,7 @@ public:
                 send(modifier, false);
         send(m_key, false);
         send(m_key, true);
-        m_link.flush();
+        m_client.flush();
         return true;
     }
 
@@ -159,7 +160,7 @@ public:
         send(m_key, false);
         for (const int modifier : m_held)
             send(modifier, false);
-        m_link.flush();
+        m_client.flush();
     }
 
 private:
@@ -171,7 +172,7 @@ private:
         org_kde_kwin_fake_input_keyboard_key(m_input, static_cast<std::uint32_t>(key), isDown ? 1 : 0);
     }
 
-    WaylandLink &m_link;
+    WaylandClient &m_client;
     org_kde_kwin_fake_input *m_input;
     PersonsKeymap m_keymap;
     std::unique_ptr<LayoutInUse> m_layout; ///< where there are several
@@ -181,12 +182,13 @@ private:
 
 } // namespace
 
-std::unique_ptr<Typist> Typist::fakeInput(WaylandLink &link) {
+std::unique_ptr<Typist> Typist::fakeInput(WaylandClient &client) {
+    WaylandLink &link = client.link();
     const auto *const offered = link.find(org_kde_kwin_fake_input_interface.name);
     if (!offered || offered->version < highestVersion)
         return nullptr;
     auto *const input = link.bind<org_kde_kwin_fake_input>(org_kde_kwin_fake_input_interface, highestVersion);
-    return input ? std::make_unique<FakeInput>(link, input) : nullptr;
+    return input ? std::make_unique<FakeInput>(client, input) : nullptr;
 }
 
 } // namespace tavrine

@@ -1,7 +1,7 @@
 #include "adapters/wayland/PrimaryText.h"
 
 #include "adapters/wayland/DataControl.h"
-#include "adapters/wayland/WaylandLink.h"
+#include "adapters/wayland/WaylandClient.h"
 #include "base/Descriptor.h"
 
 #include <QSocketNotifier>
@@ -66,7 +66,8 @@ private:
 
 } // namespace
 
-PrimaryText::PrimaryText(WaylandLink &link) : m_link(link) {
+PrimaryText::PrimaryText(WaylandClient &client) : m_client(client) {
+    WaylandLink &link = client.link();
     m_manager = bindDataControl(link, firstWithPrimary);
     const auto isOlder = [this] {
         const char *const bound = wl_proxy_get_class(reinterpret_cast<wl_proxy *>(m_manager));
@@ -118,7 +119,7 @@ bool PrimaryText::own(const QByteArray &text) {
     for (const char *type : types)
         zwlr_data_control_source_v1_offer(source, type);
     zwlr_data_control_device_v1_set_primary_selection(m_device, source);
-    m_link.flush();
+    m_client.flush();
     return true;
 }
 

@@ -8,12 +8,12 @@ struct zwlr_data_control_manager_v1;
 
 namespace tavrine {
 
-class WaylandLink;
+class WaylandClient;
 
-/// The primary selection, as far as this program ever has it: one text. Main thread, on the link of its owner.
+/// The primary selection, as far as this program ever has it: one text. Main thread, on the connection of its owner.
 class PrimaryText final : public QObject {
 public:
-    explicit PrimaryText(WaylandLink &link);
+    explicit PrimaryText(WaylandClient &client);
     ~PrimaryText() override;
 
     /// Takes the selection, and answers for it until somebody else does. False where the compositor gives no background
@@ -23,7 +23,7 @@ public:
 private:
     void answer(const QByteArray &text, int file);
 
-    WaylandLink &m_link;
+    WaylandClient &m_client;
     zwlr_data_control_manager_v1 *m_manager = nullptr;
     zwlr_data_control_device_v1 *m_device = nullptr;
 };

@@ -56,7 +56,7 @@ public:
         int height = 1;
     };
 
-    explicit Question(std::chrono::milliseconds patience = longest) : m_patience(patience), m_link(patience) {
+    explicit Question(std::chrono::milliseconds patience = longest) : m_end(Clock::now() + patience), m_link(patience) {
         m_compositor = m_link.bind<wl_compositor>(wl_compositor_interface, 4);
         m_shell = m_link.bind<zwlr_layer_shell_v1>(zwlr_layer_shell_v1_interface, 3);
         m_viewporter = m_link.bind<wp_viewporter>(wp_viewporter_interface, 1);
@@ -68,17 +68,17 @@ public:
         for (const auto &global : globals)
             if (global.interface == wl_output_interface.name)
                 add(global, manager);
-        m_isReady = m_buffer->get() != nullptr && m_link.finish(m_patience);
+        m_isReady = m_buffer->get() != nullptr && m_link.finish(timeLeft());
     }
 
-    [[nodiscard]] std::optional<QPointF> pointer(std::chrono::milliseconds patience) {
+    [[nodiscard]] std::optional<QPointF> pointer() {
         auto *seat = seatWith(WL_SEAT_CAPABILITY_POINTER);
         if (!seat)
             return std::nullopt;
         wl_pointer_add_listener(wl_seat_get_pointer(seat), &pointerListener(), this);
         for (const auto &output : m_outputs)
             show(output.get());
-        waitFor([this] { return m_place.has_value(); }, patience);
+        waitFor([this] { return m_place.has_value(); });
         return m_place;
     }
 
@@ -88,7 +88,7 @@ public:
             return {};
         wl_keyboard_add_listener(wl_seat_get_keyboard(seat), &keyboardListener(), this);
         show(nullptr, Keyboard::taken);
-        waitFor([this] { return m_modifiers.has_value(); }, m_patience);
+        waitFor([this] { return m_modifiers.has_value(); });
         return m_modifiers.value_or(Qt::NoModifier);
     }
 
@@ -96,7 +96,7 @@ public:
         if (!m_isReady)
             return {};
         show(nullptr);
-        waitFor([this] { return m_entered != nullptr; }, m_patience);
+        waitFor([this] { return m_entered != nullptr; });
         const auto found = std::find_if(m_outputs.begin(), m_outputs.end(),
                                         [this](const auto &output) { return output->output == m_entered; });
         return found == m_outputs.end() ? QString() : (*found)->name;
@@ -133,7 +133,7 @@ private:
                                                        },
                                                    .name = [](void *, wl_seat *, const char *) {}};
         wl_seat_add_listener(seat, &listener, this);
-        return m_link.finish(m_patience) && (m_capabilities & capability) ? seat : nullptr;
+        return m_link.finish(timeLeft()) && (m_capabilities & capability) ? seat : nullptr;
     }
 
     void show(const Output *output, Keyboard keyboard = Keyboard::left) {
@@ -183,11 +183,15 @@ private:
     }
 
     template <class Condition>
-    void waitFor(Condition condition, std::chrono::milliseconds patience) {
-        const auto end = Clock::now() + patience;
-        for (auto now = Clock::now(); now < end && !condition(); now = Clock::now())
-            if (!m_link.dispatch(std::chrono::ceil<WaylandLink::Wait>(end - now)))
+    void waitFor(Condition condition) {
+        for (auto left = timeLeft(); left.count() > 0 && !condition(); left = timeLeft())
+            if (!m_link.dispatch(left))
                 return;
+    }
+
+    /// Of the patience, which is one for all that is asked.
+    [[nodiscard]] WaylandLink::Wait timeLeft() const {
+        return std::max(WaylandLink::Wait{0}, std::chrono::ceil<WaylandLink::Wait>(m_end - Clock::now()));
     }
 
     static const wl_pointer_listener &pointerListener() {
@@ -242,7 +246,7 @@ private:
     wl_compositor *m_compositor = nullptr;
     zwlr_layer_shell_v1 *m_shell = nullptr;
     wp_viewporter *m_viewporter = nullptr;
-    const std::chrono::milliseconds m_patience;
+    const Clock::time_point m_end;
     WaylandLink m_link;
     std::unique_ptr<ClearBuffer> m_buffer;
 };
@@ -250,7 +254,7 @@ private:
 } // namespace
 
 std::optional<QPointF> askForPointer(std::chrono::milliseconds patience) {
-    return Question().pointer(patience);
+    return Question(patience).pointer();
 }
 
 QString askForOutput() {

@@ -6,7 +6,7 @@
 
 namespace tavrine {
 
-class WaylandLink;
+class WaylandClient;
 
 /// One key with modifiers.
 struct WaylandChord {
@@ -28,11 +28,11 @@ public:
 
     /// A keyboard of its own, whose modifiers are its own too: what the person holds stays held and does not count.
     /// Null where the compositor takes none.
-    [[nodiscard]] static std::unique_ptr<Typist> virtualKeyboard(WaylandLink &link);
+    [[nodiscard]] static std::unique_ptr<Typist> virtualKeyboard(WaylandClient &client);
     /// KWin's fake input, which types on the person's keyboard. What is held is let go for the chord and stays so, as
     /// nobody tells a program what is held; the person's own release of it does nothing then. Null where it is not
     /// offered, as to a program that KWin does not know.
-    [[nodiscard]] static std::unique_ptr<Typist> fakeInput(WaylandLink &link);
+    [[nodiscard]] static std::unique_ptr<Typist> fakeInput(WaylandClient &client);
 };
 
 } // namespace tavrine

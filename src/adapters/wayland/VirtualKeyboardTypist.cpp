@@ -1,5 +1,5 @@
 #include "adapters/wayland/Typist.h"
-#include "adapters/wayland/WaylandLink.h"
+#include "adapters/wayland/WaylandClient.h"
 #include "base/Descriptor.h"
 #include "base/VirtualKeys.h"
 
@@ -42,15 +42,15 @@ std::optional<int> positionOf(char letter) {
 
 class VirtualKeyboard final : public Typist {
 public:
-    VirtualKeyboard(WaylandLink &link, zwp_virtual_keyboard_manager_v1 *manager, wl_seat *seat)
-        : m_link(link), m_keyboard(zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(manager, seat)) {
+    VirtualKeyboard(WaylandClient &client, zwp_virtual_keyboard_manager_v1 *manager, wl_seat *seat)
+        : m_client(client), m_keyboard(zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(manager, seat)) {
         const Descriptor file(memfd_create("keymap", MFD_CLOEXEC));
         // With the null that ends it.
         if (write(file.number(), keymap.data(), keymap.size() + 1) != static_cast<ssize_t>(keymap.size() + 1))
             return;
         zwp_virtual_keyboard_v1_keymap(m_keyboard, WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, file.number(),
                                        static_cast<std::uint32_t>(keymap.size() + 1));
-        m_link.flush();
+        m_client.flush();
         m_hasKeymap = true;
     }
 
@@ -61,20 +61,20 @@ public:
         m_pressed = static_cast<std::uint32_t>(key);
         hold((chord.hasShift ? shift : 0) | (chord.hasControl ? control : 0) | (chord.hasAlt ? alt : 0));
         zwp_virtual_keyboard_v1_key(m_keyboard, milliseconds(), m_pressed, WL_KEYBOARD_KEY_STATE_PRESSED);
-        m_link.flush();
+        m_client.flush();
         return true;
     }
 
     void release() override {
         zwp_virtual_keyboard_v1_key(m_keyboard, milliseconds(), m_pressed, WL_KEYBOARD_KEY_STATE_RELEASED);
         hold(0);
-        m_link.flush();
+        m_client.flush();
     }
 
 private:
     void hold(std::uint32_t modifiers) { zwp_virtual_keyboard_v1_modifiers(m_keyboard, modifiers, 0, 0, 0); }
 
-    WaylandLink &m_link;
+    WaylandClient &m_client;
     zwp_virtual_keyboard_v1 *m_keyboard;
     std::uint32_t m_pressed = 0;
     bool m_hasKeymap = false;
@@ -82,10 +82,11 @@ private:
 
 } // namespace
 
-std::unique_ptr<Typist> Typist::virtualKeyboard(WaylandLink &link) {
+std::unique_ptr<Typist> Typist::virtualKeyboard(WaylandClient &client) {
+    WaylandLink &link = client.link();
     auto *const manager = link.bind<zwp_virtual_keyboard_manager_v1>(zwp_virtual_keyboard_manager_v1_interface, 1);
     auto *const seat = manager ? link.bind<wl_seat>(wl_seat_interface, 1) : nullptr;
-    return seat ? std::make_unique<VirtualKeyboard>(link, manager, seat) : nullptr;
+    return seat ? std::make_unique<VirtualKeyboard>(client, manager, seat) : nullptr;
 }
 
 } // namespace tavrine

@@ -13,9 +13,9 @@ WaylandEventPoster::WaylandEventPoster(std::shared_ptr<WaylandWindows> windows, 
     : m_windows(std::move(windows)), m_text(std::move(text)) {
     if (!m_client.isConnected())
         return;
-    m_typist = Typist::virtualKeyboard(m_client.link());
+    m_typist = Typist::virtualKeyboard(m_client);
     if (!m_typist)
-        m_typist = Typist::fakeInput(m_client.link());
+        m_typist = Typist::fakeInput(m_client);
 }
 
 WaylandEventPoster::~WaylandEventPoster() = default;
@@ -59,7 +59,7 @@ PasteChord WaylandEventPoster::pasteChordOfTarget() {
         return {};
     PasteChord chord = pasteChordFor({}, target->applicationId.toUtf8());
     if (chord.pastesPrimary && !m_primary)
-        m_primary = std::make_unique<PrimaryText>(m_client.link());
+        m_primary = std::make_unique<PrimaryText>(m_client);
     return chord;
 }
 

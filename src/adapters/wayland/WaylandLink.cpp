@@ -10,6 +10,9 @@
 namespace tavrine {
 namespace {
 
+/// So often a link that may be given up looks whether it was, while it waits for an answer.
+constexpr WaylandLink::Wait betweenLooks{50};
+
 int remaining(std::chrono::steady_clock::time_point end) {
     const auto left = std::chrono::ceil<WaylandLink::Wait>(end - std::chrono::steady_clock::now());
     return static_cast<int>(std::max<WaylandLink::Wait::rep>(left.count(), 0));
@@ -17,7 +20,8 @@ int remaining(std::chrono::steady_clock::time_point end) {
 
 } // namespace
 
-WaylandLink::WaylandLink(Wait longest) : m_display(wl_display_connect(nullptr)) {
+WaylandLink::WaylandLink(Wait longest, const std::atomic<bool> *isGivenUp)
+    : m_isGivenUp(isGivenUp), m_display(wl_display_connect(nullptr)) {
     if (!m_display)
         return;
     static constexpr wl_registry_listener listener{
@@ -100,7 +104,10 @@ bool WaylandLink::finish(Wait longest) {
     wl_callback *const callback = wl_display_sync(m_display);
     wl_callback_add_listener(callback, &listener, &isDone);
     const auto end = Clock::now() + longest;
-    while (!isDone && dispatch(Wait{remaining(end)}) && Clock::now() < end)
+    const auto piece = [&] {
+        return m_isGivenUp ? std::min(Wait{remaining(end)}, betweenLooks) : Wait{remaining(end)};
+    };
+    while (!isDone && !(m_isGivenUp && *m_isGivenUp) && dispatch(piece()) && Clock::now() < end)
         ;
     wl_callback_destroy(callback);
     return isDone;

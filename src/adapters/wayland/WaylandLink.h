@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -30,8 +31,9 @@ public:
         std::uint32_t version = 0;
     };
 
-    /// Connects to $WAYLAND_DISPLAY and learns what is offered.
-    explicit WaylandLink(Wait longest = usualWait);
+    /// Connects to $WAYLAND_DISPLAY and learns what is offered. Once `isGivenUp` is set, on any thread, no answer is
+    /// waited for any more: whoever waits for the thread that has this link may not have that long.
+    explicit WaylandLink(Wait longest = usualWait, const std::atomic<bool> *isGivenUp = nullptr);
     ~WaylandLink();
     WaylandLink(const WaylandLink &) = delete;
     WaylandLink &operator=(const WaylandLink &) = delete;
@@ -63,7 +65,7 @@ public:
     /// Sends what the compositor takes at once; false when something is left, which goes with the next call.
     bool flush();
     /// Waits until the compositor has done all that it was told, and calls the handlers of what it sent. False when it
-    /// did not in time.
+    /// did not in time, or was given up.
     bool finish(Wait longest = usualWait);
     /// Calls the handlers of what has arrived, and sends what they ask for; waits for the first of it for `longest` at
     /// most, or until `wake`, a descriptor, can be read. False when the connection is gone.
@@ -77,6 +79,7 @@ private:
     void added(const Global &global);
     void removed(std::uint32_t name);
 
+    const std::atomic<bool> *const m_isGivenUp; ///< null where it never is
     wl_display *m_display = nullptr;
     wl_registry *m_registry = nullptr;
     std::vector<Global> m_globals;

@@ -3,6 +3,8 @@
 #include "adapters/wayland/WaylandPasteboard.h"
 #include "support/Eventually.h"
 
+#include <QElapsedTimer>
+
 #include <algorithm>
 
 #include <gtest/gtest.h>
@@ -67,6 +69,30 @@ TEST_F(DataControlThreadTest, aCompositorThatAnswersLateIsFollowedAllTheSameAndW
     m_compositor.goOn();
     EXPECT_TRUE(eventually([&] { return pasteboard.string() == QStringLiteral("text"); }));
     EXPECT_EQ(pasteboard.changeCount(), 0);
+}
+
+// The end of the program, which waits for no compositor. That of a healthy link has ten seconds.
+
+TEST_F(DataControlThreadTest, beforeACompositorThatHangsFromTheBeginningTheEndComesAtOnce) {
+    m_limits.start = 10ms;
+    m_compositor.stop();
+    auto pasteboard = std::make_unique<WaylandPasteboard>([](const std::string &) {}, m_limits);
+    QElapsedTimer clock;
+    clock.start();
+    pasteboard.reset();
+    EXPECT_LT(clock.elapsed(), 5000);
+}
+
+TEST_F(DataControlThreadTest, beforeACompositorThatHangsWithAnOwnWriteOnItsWayTheEndComesAtOnce) {
+    auto pasteboard = std::make_unique<WaylandPasteboard>([](const std::string &) {}, m_limits);
+    ASSERT_TRUE(eventually([&] { return pasteboard->string() == QStringLiteral("text"); }));
+    m_compositor.stop();
+    pasteboard->clearContents();
+    pasteboard->setString(QStringLiteral("mine"));
+    QElapsedTimer clock;
+    clock.start();
+    pasteboard.reset(); // the write goes out before the end
+    EXPECT_LT(clock.elapsed(), 5000);
 }
 
 TEST_F(DataControlThreadTest, nothingIsOfferedInAnOwnersPlaceWhileTheCompositorAnswersLate) {

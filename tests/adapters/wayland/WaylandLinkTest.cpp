@@ -1,10 +1,16 @@
 #include "adapters/wayland/PlayedCompositor.h"
+#include "adapters/wayland/ScreenQuestions.h"
+#include "adapters/wayland/Typist.h"
 #include "adapters/wayland/WaylandAccess.h"
 #include "adapters/wayland/WaylandClient.h"
 #include "support/Eventually.h"
 
 #include <gtest/gtest.h>
 #include <wayland-server-protocol.h>
+#include <wayland/viewporter.h>
+#include <wayland/virtual-keyboard-unstable-v1.h>
+#include <wayland/wlr-layer-shell-unstable-v1.h>
+#include <wayland/xdg-output-unstable-v1.h>
 
 namespace tavrine {
 namespace {
@@ -79,6 +85,32 @@ TEST(WaylandClientTest, whatTheCompositorDidNotTakeAtOnceGoesOutThoughNobodyFlus
     client.flush();
     compositor.goOn();
     EXPECT_TRUE(eventually([&] { return compositor.count("wl_region.add") == count; }));
+}
+
+TEST(TypistTest, aChordThatTheCompositorDidNotTakeAtOnceGoesOutThoughNobodyFlushesAgain) {
+    PlayedCompositor compositor(
+        {&wl_compositor_interface, &wl_seat_interface, &zwp_virtual_keyboard_manager_v1_interface});
+    WaylandClient client;
+    const auto typist = Typist::virtualKeyboard(client);
+    ASSERT_TRUE(typist);
+    compositor.stop();
+    (void)fill(client.link());
+    EXPECT_TRUE(typist->press({.letter = 'v', .hasControl = true}));
+    compositor.goOn();
+    EXPECT_TRUE(eventually([&] { return compositor.count("zwp_virtual_keyboard_v1.key") == 1; }));
+}
+
+TEST(ScreenQuestionsTest, aCompositorThatIsLateWithEachAnswerIsWaitedForOnlyAsLongAsWithOne) {
+    constexpr auto late = 60ms; // of the tenth of a second that all answers have
+    const PlayedCompositor compositor({&wl_compositor_interface, &wl_shm_interface, &wl_seat_interface,
+                                       &wp_viewporter_interface, &zwlr_layer_shell_v1_interface,
+                                       &zxdg_output_manager_v1_interface},
+                                      [late](const PlayedCompositor::Request &request) {
+                                          if (request.name == "wl_display.sync")
+                                              std::this_thread::sleep_for(late);
+                                      });
+    EXPECT_FALSE(askForPointer());
+    EXPECT_EQ(compositor.count("wl_seat.bind"), 0) << "that is asked with what is left of the time";
 }
 
 TEST(WaylandLinkTest, aHandlerMayWaitForAnAnswerItself) {
