@@ -45,6 +45,11 @@ Desktop::~Desktop() {
     xcb_disconnect(m_connection);
 }
 
+QPoint Desktop::pointer() const {
+    const auto answer = owned(xcb_query_pointer_reply(m_connection, xcb_query_pointer(m_connection, m_root), nullptr));
+    return answer ? QPoint(answer->root_x, answer->root_y) : QPoint(-1, -1);
+}
+
 quint32 Desktop::atom(const char *name) const {
     static QHash<QByteArray, quint32> known; // all of them belong to one display
     if (const auto found = known.constFind(name); found != known.cend())

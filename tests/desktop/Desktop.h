@@ -31,6 +31,8 @@ public:
     [[nodiscard]] bool hasKeyboard(const char *title) const;
     /// The uppermost window at a place that no window manager knows, whether or not it takes clicks; 0 for none.
     [[nodiscard]] quint32 overlayAt(QPoint place) const;
+    /// Where the X server knows the pointer to be: under Wayland as far as that is over a window of the server's.
+    [[nodiscard]] QPoint pointer() const;
     /// A window without a name lies over the whole screen, as that of the capture tool does.
     [[nodiscard]] bool isFrozen() const;
     /// Where a window takes the mouse, in pixels of the window; the bounds of all its parts.

@@ -61,10 +61,13 @@ void GnomeHands::chord(std::initializer_list<quint32> keys) const {
 }
 
 void GnomeHands::movePointer(QPoint place) {
-    const QPoint corner(1279, 719); // the lower right one, as the upper left one opens the overview
+    // A jump goes no further than to an edge of the screen that the pointer is on, a step to the next one. Not by the
+    // upper left corner, which opens the overview.
+    const QPoint corner(0, 719);
     constexpr double farAway = 100000;
     if (!m_pointer)
-        call("NotifyPointerMotionRelative", {farAway, farAway});
+        for (const double left : {farAway, 10.0, farAway})
+            call("NotifyPointerMotionRelative", {-left, left == farAway ? farAway : 0});
     const QPoint step = place - std::exchange(m_pointer, place).value_or(corner);
     call("NotifyPointerMotionRelative", {double(step.x()), double(step.y())});
     pass(onKey);

@@ -19,6 +19,7 @@ inline constexpr quint32 v = 47;
 inline constexpr quint32 leftAlt = 56;
 inline constexpr quint32 leftSuper = 125;
 inline constexpr quint32 two = 3;
+inline constexpr quint32 six = 7;
 } // namespace evdev
 
 /// The person's hands on a GNOME desktop under Wayland: keys and mouse as the compositor gets them.
@@ -32,7 +33,7 @@ public:
     /// As a finger does it: the key is down for a moment.
     void tap(quint32 key) const;
     void chord(std::initializer_list<quint32> keys) const;
-    /// In pixels of the only screen, of 1280 by 720, from its upper left corner.
+    /// On the plane of one screen, or of two beside each other, from its upper left corner. Each is 720 high there.
     void movePointer(QPoint place);
     void pressButton() const;
     void releaseButton() const;

@@ -39,11 +39,13 @@ TEST(SizeLabel, leavesTheMagnifierFree) {
 
 class Scenes : public testing::Test {
 protected:
-    static OverlayScene sceneOf(const SelectionModel &model, double scale = 1) {
-        return OverlayScene::of(model, {{monitor, scale}}, [](const std::u32string &text, double factor) {
+    static OverlayScene sceneOf(const SelectionModel &model, double scale = 1,
+                                const OverlayScene::WrittenSize &writtenSize = {}) {
+        const auto labelSize = [](const std::u32string &text, double factor) {
             return QSize(static_cast<int>(static_cast<double>(text.size()) * 8 * factor),
                          static_cast<int>(26 * factor));
-        });
+        };
+        return OverlayScene::of(model, {{monitor, scale}}, labelSize, writtenSize);
     }
     SelectionModel model{monitor, {500, 400}};
 };
@@ -66,6 +68,14 @@ TEST_F(Scenes, draggingShowsTheSizeInPixelsWhateverTheScale) {
         EXPECT_EQ(scene.labels[1].text, U"320 × 240");
         EXPECT_TRUE(scene.crossLines.empty());
     }
+}
+
+TEST_F(Scenes, theSizeIsThatOfThePictureWhereTheScreenHasMorePixelsThanThePlane) {
+    model.buttonPressed(1, {100, 100});
+    model.pointerMoved({419, 339});
+    const OverlayScene scene = sceneOf(model, 1, [](const QRect &area) { return area.size() * 1.5; });
+    ASSERT_EQ(scene.labels.size(), 2U);
+    EXPECT_EQ(scene.labels[1].text, U"480 × 360");
 }
 
 TEST_F(Scenes, pickingShowsTheWindowsSizeAndNoMagnifier) {

@@ -13,6 +13,7 @@ const programName = 'com.veltrane.Tavrine';
 const objectPath = '/com/veltrane/Tavrine/Shell';
 const interfaceName = 'com.veltrane.Tavrine.Shell';
 
+// A picture is (x, y, width, height of its monitor, bytes of its PNG); the PNGs follow one another in the file.
 // Windows are (application, class, process, number); the pointer is (x, y, modifiers and buttons as the shell has them).
 const interfaceXml = `
 <node><interface name="${interfaceName}">
@@ -25,7 +26,9 @@ const interfaceXml = `
   <method name="WatchInput"><arg name="interval" type="u" direction="in"/></method>
   <method name="ActivateWindow"><arg name="number" type="u" direction="in"/><arg name="found" type="b" direction="out"/></method>
   <method name="TypeChord"><arg name="keyvals" type="au" direction="in"/><arg name="typed" type="b" direction="out"/></method>
-  <method name="TakePicture"><arg name="file" type="h" direction="in"/><arg name="scale" type="d" direction="out"/></method>
+  <method name="TakePicture">
+    <arg name="file" type="h" direction="in"/><arg name="pictures" type="a(iiiit)" direction="out"/>
+  </method>
   <property name="IsAttached" type="b" access="read"/>
   <signal name="Ready"/>
   <signal name="Gone"/>
@@ -119,6 +122,50 @@ function factsOf(window) {
 function programWindows() {
     return global.display.get_tab_list(Meta.TabList.NORMAL_ALL, null)
         .sort((a, b) => a.get_stable_sequence() - b.get_stable_sequence()).slice(0, mostWindows);
+}
+
+// A picture of a part of the screen, in as many pixels as are there, without the pointer.
+function takePart({x, y, width, height}) {
+    return new Promise((resolve, reject) => {
+        const stream = Gio.MemoryOutputStream.new_resizable();
+        new Shell.Screenshot().screenshot_area(x, y, width, height, stream, (screenshot, result) => {
+            try {
+                screenshot.screenshot_area_finish(result);
+                stream.close(null);
+                resolve({area: [x, y, width, height], bytes: stream.steal_as_bytes()});
+            } catch (error) {
+                reject(error);
+            }
+        });
+    });
+}
+
+function append(file, bytes) {
+    return new Promise((resolve, reject) => {
+        file.splice_async(Gio.MemoryInputStream.new_from_bytes(bytes), Gio.OutputStreamSpliceFlags.NONE,
+            GLib.PRIORITY_DEFAULT, null, (_, result) => {
+                try {
+                    resolve(file.splice_finish(result));
+                } catch (error) {
+                    reject(error);
+                }
+            });
+    });
+}
+
+// Each monitor by itself: a picture of all has as many pixels as the finest needs, and none of the others' own.
+async function writePictures(file) {
+    const monitors = [];
+    for (let i = 0; i < global.display.get_n_monitors(); ++i)
+        monitors.push(global.display.get_monitor_geometry(i));
+    const parts = await Promise.all(monitors.map(takePart)); // all begun before anything is painted again
+    const pictures = [];
+    for (const {area, bytes} of parts) {
+        await append(file, bytes);
+        pictures.push([...area, bytes.get_size()]);
+    }
+    file.close(null);
+    return pictures;
 }
 
 // Everything that is held for the attached program; `release` gives all of it back.
@@ -385,17 +432,10 @@ class Service {
     TakePictureAsync(parameters, invocation) {
         this._serve(invocation, () => {
             const descriptor = invocation.get_message().get_unix_fd_list().get(parameters[0]);
-            const stream = new Gio.UnixOutputStream({fd: descriptor, close_fd: true});
-            const screenshot = new Shell.Screenshot();
-            screenshot.screenshot(false, stream, (_, result) => {
-                try {
-                    screenshot.screenshot_finish(result);
-                    stream.close(null);
-                    invocation.return_value(new GLib.Variant('(d)', [1]));
-                } catch (error) {
-                    invocation.return_dbus_error('org.freedesktop.DBus.Error.Failed', `${error.message}`);
-                }
-            });
+            const file = new Gio.UnixOutputStream({fd: descriptor, close_fd: true});
+            writePictures(file).then(
+                pictures => invocation.return_value(new GLib.Variant('(a(iiiit))', [pictures])),
+                error => invocation.return_dbus_error('org.freedesktop.DBus.Error.Failed', `${error.message}`));
         });
     }
 }

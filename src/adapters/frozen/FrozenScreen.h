@@ -2,7 +2,7 @@
 
 #include "adapters/frozen/OverlayEvent.h"
 #include "adapters/frozen/OverlayMonitor.h"
-#include "adapters/frozen/Pixels.h"
+#include "adapters/frozen/PictureFile.h"
 
 #include <optional>
 #include <vector>
@@ -28,6 +28,8 @@ public:
     /// True when one rectangle may lie on several monitors: where things are differently large on them, a pixel beside
     /// another is not the same distance.
     [[nodiscard]] virtual bool isOnePlane() const { return true; }
+    /// The pixels that an area of the plane stands for, which may be more than the plane has there.
+    [[nodiscard]] virtual PictureCut cut(const QRect &area) const { return {picture(), area}; }
     /// Where the pointer was when the picture was taken; none where that is told with its first event.
     [[nodiscard]] virtual std::optional<QPoint> firstPointer() const = 0;
 

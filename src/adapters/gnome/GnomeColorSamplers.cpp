@@ -35,7 +35,7 @@ std::shared_ptr<ColorSampler> GnomeColorSamplers::makeSampler() {
 
 void GnomeColorSamplers::show(const Selection &selection) {
     m_onX.cancel(); // what is on the screen does not belong into the picture
-    takeScreenFile(m_shell, this, [this, selection](const std::shared_ptr<Descriptor> &file) {
+    takeScreenFile(m_shell, Shrinking::leftOut, this, [this, selection](const std::shared_ptr<Descriptor> &file) {
         if (!file) {
             selection(std::nullopt);
             return;

@@ -2,6 +2,9 @@
 
 #include "base/Time.h"
 
+#include <QGuiApplication>
+#include <QScreen>
+
 namespace tavrine {
 namespace {
 
@@ -16,6 +19,15 @@ GnomeScreens::GnomeScreens(GnomeShell &shell) : m_shell(shell) {
     m_endOfFollowing.setSingleShot(true);
     m_endOfFollowing.setInterval(followedFor);
     m_endOfFollowing.callOnTimeout([this] { m_following.reset(); });
+    QObject::connect(&shell, &GnomeShell::monitorsChanged, &m_endOfFollowing, [this] { tellChange(); });
+}
+
+QList<Screen> GnomeScreens::screens() const {
+    auto all = X11Screens::screens();
+    const auto known = QGuiApplication::screens(); // in the same order
+    for (qsizetype i = 0; i < std::min(all.size(), known.size()); ++i)
+        all[i].scale *= m_shell.finenessAt(known.at(i)->geometry().topLeft());
+    return all;
 }
 
 PointerReading GnomeScreens::pointer() const {

@@ -22,6 +22,7 @@ const QString interfaceName = ownBundleIdentifier + QStringLiteral(".Shell");
 
 constexpr auto longestWait = 5s; // a shell that is busy answers late; nobody waits for it
 constexpr size_t mostWindows = 1024;
+constexpr size_t mostScreens = 64;
 
 // What the shell says is read as it stands, or not at all.
 
@@ -57,6 +58,27 @@ bool readWindows(const QVariant &value, std::vector<GnomeWindow> &windows) {
     return true;
 }
 
+std::vector<GnomePicture> readPictures(const QVariant &value) {
+    const auto argument = value.value<QDBusArgument>();
+    std::vector<GnomePicture> pictures;
+    if (argument.currentSignature() != QLatin1String("a(iiiit)"))
+        return pictures;
+    argument.beginArray();
+    while (!argument.atEnd() && pictures.size() < mostScreens) {
+        int x = 0;
+        int y = 0;
+        int width = 0;
+        int height = 0;
+        quint64 length = 0;
+        argument.beginStructure();
+        argument >> x >> y >> width >> height >> length;
+        argument.endStructure();
+        pictures.push_back({QRect(x, y, width, height), static_cast<qint64>(length)});
+    }
+    argument.endArray();
+    return pictures;
+}
+
 QDBusMessage callOf(const QString &owner, const QString &method, const QList<QVariant> &arguments) {
     auto call = QDBusMessage::createMethodCall(owner, objectPath, interfaceName, method);
     call.setArguments(arguments);
@@ -79,6 +101,8 @@ void GnomeShell::onBus(const QDBusConnection &bus) {
     m_bus = bus;
     // Of any sender: naming the shell would have the toolkit ask the bus for its owner, and wait.
     m_bus->connect(QString(), objectPath, interfaceName, QString(), this, SLOT(onSignal(QDBusMessage)));
+    m_bus->connect(QString(), QLatin1String(mutterMonitors::path), QLatin1String(mutterMonitors::interface),
+                   QLatin1String(mutterMonitors::changed), this, SLOT(onMonitorsChanged(QDBusMessage)));
     const auto busName = QStringLiteral("org.freedesktop.DBus");
     const auto busPath = QStringLiteral("/org/freedesktop/DBus");
     m_bus->connect(busName, busPath, busName, QStringLiteral("NameOwnerChanged"), {shellName}, QString(), this,
@@ -100,7 +124,33 @@ void GnomeShell::setOwner(const QString &owner) {
         return;
     detach();
     m_owner = owner;
+    askForMonitors(); // first, so that they are known when the extension is
     attach();
+}
+
+void GnomeShell::onMonitorsChanged(const QDBusMessage &message) {
+    if (message.service() == m_owner)
+        askForMonitors();
+}
+
+void GnomeShell::askForMonitors() {
+    if (m_owner.isEmpty() || !m_bus)
+        return;
+    sessionBus::ask(
+        *m_bus, mutterMonitors::question(m_owner), this,
+        [this, owner = m_owner](const QDBusPendingCall &call) {
+            if (owner != m_owner)
+                return;
+            const auto monitors = mutterMonitors::read(call.reply());
+            if (std::exchange(m_monitors, monitors) != monitors)
+                Q_EMIT monitorsChanged();
+        },
+        longestWait);
+}
+
+double GnomeShell::finenessAt(QPoint corner) const {
+    const auto found = std::ranges::find(m_monitors, corner, &MutterMonitor::corner);
+    return found == m_monitors.end() ? 1 : found->fineness;
 }
 
 void GnomeShell::attach() {
@@ -201,14 +251,17 @@ void GnomeShell::typeChord(const std::vector<quint32> &symbols) {
         ask(QStringLiteral("TypeChord"), {QVariant::fromValue(QList<quint32>(symbols.begin(), symbols.end()))}, this);
 }
 
-void GnomeShell::takePicture(int descriptor, QObject *context, std::function<void(bool)> answered) {
+void GnomeShell::takePicture(int descriptor, QObject *context,
+                             std::function<void(const std::vector<GnomePicture> &)> answered) {
     if (!m_isAttached) {
         QMetaObject::invokeMethod(
-            context, [answered = std::move(answered)] { answered(false); }, Qt::QueuedConnection);
+            context, [answered = std::move(answered)] { answered({}); }, Qt::QueuedConnection);
         return;
     }
     ask(QStringLiteral("TakePicture"), {QVariant::fromValue(QDBusUnixFileDescriptor(descriptor))}, context,
-        [answered = std::move(answered)](const QDBusPendingCall &call) { answered(!call.isError()); });
+        [answered = std::move(answered)](const QDBusPendingCall &call) {
+            answered(call.isError() ? std::vector<GnomePicture>() : readPictures(call.reply().arguments().value(0)));
+        });
 }
 
 GnomeShell::InputWatch GnomeShell::watchInput(std::chrono::milliseconds interval) {

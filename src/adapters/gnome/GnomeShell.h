@@ -1,9 +1,12 @@
 #pragma once
 
+#include "adapters/gnome/MutterMonitors.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QObject>
 #include <QPoint>
+#include <QRect>
 #include <QString>
 
 #include <chrono>
@@ -29,6 +32,12 @@ struct GnomePointer {
     QPoint place;
     quint32 state = 0; ///< bits of `gnomeState`
     bool operator==(const GnomePointer &) const = default;
+};
+
+/// One screen's part of what `takePicture` gives.
+struct GnomePicture {
+    QRect area;        ///< of the screen, on the X server's plane
+    qint64 length = 0; ///< of its PNG, in bytes; they follow one another
 };
 
 /// What is held, as the shell numbers it.
@@ -68,6 +77,8 @@ public:
     [[nodiscard]] std::optional<GnomeWindow> focusedWindow() const;
     /// Where the pointer was when the shell told it last.
     [[nodiscard]] const GnomePointer &pointer() const { return m_pointer; }
+    /// How many pixels the screen that begins there on the X server's plane has for one of that plane's.
+    [[nodiscard]] double finenessAt(QPoint corner) const;
 
     /// `answered` gets the number of the grab: 0 when the combination is taken or the shell does not answer.
     void grabKey(const QString &accelerator, QObject *context, std::function<void(quint32)> answered);
@@ -75,8 +86,10 @@ public:
     void activateWindow(quint32 number);
     /// Keys by their X symbols, all pressed in this order and let go in the other.
     void typeChord(const std::vector<quint32> &symbols);
-    /// Has a picture of all screens written to a file as PNG; the file is the caller's.
-    void takePicture(int descriptor, QObject *context, std::function<void(bool isTaken)> answered);
+    /// Has pictures of all screens written to a file, of one moment, each in the screen's own pixels; the file is the
+    /// caller's. None when the shell does not give them.
+    void takePicture(int descriptor, QObject *context,
+                     std::function<void(const std::vector<GnomePicture> &pictures)> answered);
 
     /// While anybody holds one, `inputChanged` is told every so often while the person does something.
     using InputWatch = std::shared_ptr<void>;
@@ -87,15 +100,18 @@ Q_SIGNALS:
     void detached();
     void keyPressed(quint32 action);
     void windowsChanged();
+    void monitorsChanged();
     void inputChanged(const tavrine::GnomePointer &before);
 
 private Q_SLOTS:
     void onSignal(const QDBusMessage &message);
     void onOwnerChanged(const QString &name, const QString &before, const QString &after);
+    void onMonitorsChanged(const QDBusMessage &message);
 
 private:
     void onBus(const QDBusConnection &bus);
     void setOwner(const QString &owner);
+    void askForMonitors();
     void attach();
     void detach();
     void takeAttached(const QList<QVariant> &arguments);
@@ -108,6 +124,7 @@ private:
     std::vector<GnomeWindow> m_windows;
     quint32 m_focused = 0;
     GnomePointer m_pointer;
+    std::vector<MutterMonitor> m_monitors;
     std::vector<std::weak_ptr<std::chrono::milliseconds>> m_watches;
     std::chrono::milliseconds m_interval{0}; ///< that the shell was told
     bool m_isAttached = false;

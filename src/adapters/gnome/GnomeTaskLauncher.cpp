@@ -47,7 +47,8 @@ public:
 
 private:
     void takePicture() {
-        takeScreenFile(m_launcher.m_shell, this, [self = shared_from_this()](const auto &file) { self->start(file); });
+        takeScreenFile(m_launcher.m_shell, Shrinking::mixed, this,
+                       [self = shared_from_this()](const auto &file) { self->start(file); });
     }
 
     void start(const std::shared_ptr<Descriptor> &file) {

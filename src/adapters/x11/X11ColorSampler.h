@@ -18,7 +18,7 @@ public:
 
     [[nodiscard]] std::shared_ptr<ColorSampler> makeSampler() override;
 
-    /// As `ColorSampler::showSampler`, over a picture from a file (see `readPictureFile`); with an empty path over the
+    /// As `ColorSampler::showSampler`, over a picture from a file (see `PictureFile`); with an empty path over the
     /// server's.
     void show(const QString &picture, const std::function<void(std::optional<QColor>)> &selection);
     /// Ends what is on the screen without a colour.

@@ -29,6 +29,9 @@ public:
                                                              std::function<void()> handler) override;
     [[nodiscard]] Token onChange(std::function<void()> handler) override { return m_changes.add(std::move(handler)); }
 
+protected:
+    void tellChange() { m_changes.tell(); }
+
 private:
     [[nodiscard]] std::vector<QRect> workAreas() const; ///< in device pixels
     [[nodiscard]] std::optional<QPoint> middleOfFocusedWindow() const;

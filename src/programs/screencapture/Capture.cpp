@@ -91,7 +91,8 @@ void Capture::repaint(const SelectionModel &model) {
         return;
     OverlayScene scene =
         OverlayScene::of(model, m_screen->monitors(),
-                         [this](const std::u32string &text, double scale) { return m_painter.labelSize(text, scale); });
+                         [this](const std::u32string &text, double scale) { return m_painter.labelSize(text, scale); },
+                         [this](const QRect &area) { return m_screen->cut(area).area.size(); });
     const auto areas = changedAreas(m_scene, scene);
     if (areas.empty())
         return;
@@ -104,8 +105,9 @@ void Capture::repaint(const SelectionModel &model) {
 int Capture::save(const QRect &area) {
     const auto stopped = [this] { return isStopped(m_stopDescriptor); };
     const auto threads = static_cast<int>(std::thread::hardware_concurrency());
+    const PictureCut cut = m_screen->cut(area);
     const FilePieces pieces =
-        encodePng(m_screen->picture(), area, largestScale(m_screen->monitors(), area), threads, stopped);
+        encodePng(cut.picture, cut.area, cut.fineness * largestScale(m_screen->monitors(), area), threads, stopped);
     if (pieces.empty())
         return noPicture;
     std::vector<std::string_view> bytes;

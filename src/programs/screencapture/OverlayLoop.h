@@ -9,7 +9,7 @@
 namespace tavrine {
 
 /// The frozen screen of the desktop that this process runs in: its Wayland compositor's where that can be asked, else
-/// the X server's, with the picture from a file where there is one (see `readPictureFile`). Null when it cannot be read.
+/// the X server's, with the picture from a file where there is one (see `PictureFile`). Null when it cannot be read.
 [[nodiscard]] std::unique_ptr<FrozenScreen> openFrozenScreen(const std::string &picture = {});
 
 /// What a person does over a frozen screen, from the moment it is shown until one of its users has enough.

@@ -79,7 +79,7 @@ std::vector<QRect> placesOf(const OverlayScene &scene) {
 } // namespace
 
 OverlayScene OverlayScene::of(const SelectionModel &model, const std::vector<OverlayMonitor> &monitors,
-                              const LabelSize &labelSize) {
+                              const LabelSize &labelSize, const WrittenSize &writtenSize) {
     const QPoint pointer = model.pointer();
     const OverlayMonitor &monitor = monitorAt(monitors, pointer);
     OverlayScene scene;
@@ -98,7 +98,8 @@ OverlayScene OverlayScene::of(const SelectionModel &model, const std::vector<Ove
             scene.labels.push_back({scene.magnifier->label, place});
     }
     if (scene.clear) {
-        const std::u32string size = number(scene.clear->width()) + U" × " + number(scene.clear->height());
+        const QSize written = writtenSize ? writtenSize(*scene.clear) : scene.clear->size();
+        const std::u32string size = number(written.width()) + U" × " + number(written.height());
         const QSize room = labelSize(size, monitor.scale);
         const QRect avoid = scene.magnifier ? scene.magnifier->circle.united(scene.magnifier->label) : QRect();
         if (!room.isEmpty())

@@ -21,6 +21,9 @@ struct OverlayScene {
     /// The room that a label's text takes at a scale; empty before the letters are there.
     using LabelSize = std::function<QSize(const std::u32string &text, double scale)>;
 
+    /// How large the picture of an area will be.
+    using WrittenSize = std::function<QSize(const QRect &area)>;
+
     double scale = 1;
     std::optional<QRect> clear; ///< what is not dimmed
     bool isPicked = false;      ///< `clear` is a window to be taken, not a dragged selection
@@ -29,7 +32,7 @@ struct OverlayScene {
     std::vector<Label> labels;
 
     [[nodiscard]] static OverlayScene of(const SelectionModel &model, const std::vector<OverlayMonitor> &monitors,
-                                         const LabelSize &labelSize);
+                                         const LabelSize &labelSize, const WrittenSize &writtenSize = {});
 
     /// The width of the frame, which lies outside of what is taken.
     [[nodiscard]] int frameWidth() const;

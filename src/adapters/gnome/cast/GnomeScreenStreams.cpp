@@ -17,11 +17,14 @@ std::unique_ptr<ScreenStream> GnomeScreenStreams::makeStream(const ScreenContent
                                                              const ScreenStreamConfiguration &configuration,
                                                              Handlers handlers) {
     std::optional<StreamPlan> plan;
+    QRect display;
+    double scale = 1;
     if (const QScreen *const screen = toolkitDisplay(filter.displayID)) {
         // Qt keeps a screen's corner in device pixels and its size in points; the compositor's plane is the X server's.
-        const double scale = screen->devicePixelRatio();
+        scale = screen->devicePixelRatio();
         const QSize size(qRound(screen->geometry().width() * scale), qRound(screen->geometry().height() * scale));
-        plan = StreamPlan{.area = pixelsOf(configuration, screen->geometry().topLeft(), size, scale),
+        display = QRect(screen->geometry().topLeft(), size);
+        plan = StreamPlan{.area = QRect(0, 0, configuration.width, configuration.height),
                           .keptOut = {},
                           .showsPointer = configuration.showsCursor,
                           .interval = configuration.minimumFrameInterval,
@@ -29,8 +32,9 @@ std::unique_ptr<ScreenStream> GnomeScreenStreams::makeStream(const ScreenContent
     }
     return std::make_unique<ThreadedScreenStream>(
         std::move(plan),
-        [configuration](const StreamPlan &each, ThreadedScreenStream::Session &session) {
-            return std::make_unique<CastStreamLoop>(std::make_unique<MutterCast>(), each, configuration, session);
+        [configuration, display, scale](const StreamPlan &each, ThreadedScreenStream::Session &session) {
+            return std::make_unique<CastStreamLoop>(std::make_unique<MutterCast>(display, scale), each, configuration,
+                                                    session);
         },
         std::move(handlers));
 }

@@ -1,11 +1,15 @@
 #include "adapters/gnome/cast/MutterCast.h"
 
+#include "adapters/gnome/MutterMonitors.h"
+#include "adapters/gnome/cast/CastArea.h"
 #include "base/Uuid.h"
 
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QEventLoop>
 #include <QTimer>
+
+#include <algorithm>
 
 namespace tavrine {
 namespace {
@@ -33,8 +37,8 @@ QDBusMessage askOn(const QDBusConnection &bus, const QDBusMessage &call) {
 
 } // namespace
 
-MutterCast::MutterCast()
-    : m_name(QStringLiteral("cast-") + freshUuidString()),
+MutterCast::MutterCast(const QRect &display, double scale)
+    : m_display(display), m_scale(scale), m_name(QStringLiteral("cast-") + freshUuidString()),
       m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, m_name)) {}
 
 MutterCast::~MutterCast() {
@@ -53,16 +57,25 @@ void MutterCast::added(uint node) {
         m_waiting->quit();
 }
 
-std::variant<QString, Cast> MutterCast::open(const StreamPlan &plan,
-                                             const ScreenStreamConfiguration & /*configuration*/) {
+std::optional<double> MutterCast::fineness() {
+    const auto monitors = mutterMonitors::read(askOn(m_bus, mutterMonitors::question(service)));
+    const auto found = std::ranges::find(monitors, m_display.topLeft(), &MutterMonitor::corner);
+    return found == monitors.end() ? std::nullopt : std::optional(found->fineness);
+}
+
+std::variant<QString, Cast> MutterCast::open(const StreamPlan &plan, const ScreenStreamConfiguration &configuration) {
     if (!m_bus.isConnected())
         return QStringLiteral("There is no session bus to ask for the screen.");
+    const auto fine = fineness();
+    const auto wanted = fine ? castAreaOf(configuration, m_display, *fine, m_scale) : std::nullopt;
+    if (!wanted)
+        return QStringLiteral("The display has changed.");
     const auto refused = QStringLiteral("This desktop does not show its screen.");
     const QString session =
         make(QStringLiteral("/org/gnome/Mutter/ScreenCast"), castInterface, "CreateSession", {QVariantMap()});
     if (session.isEmpty())
         return refused;
-    const QRect &area = plan.area;
+    const QRect &area = wanted->plane;
     const QVariantMap options{{QStringLiteral("cursor-mode"), plan.showsPointer ? pointerEmbedded : pointerHidden}};
     const QString stream =
         make(session, sessionInterface, "RecordArea", {area.x(), area.y(), area.width(), area.height(), options});
@@ -80,7 +93,7 @@ std::variant<QString, Cast> MutterCast::open(const StreamPlan &plan,
     }
     if (!m_node)
         return refused;
-    return Cast{.node = *m_node, .pictures = area.size(), .area = QRect({}, area.size())};
+    return Cast{.node = *m_node, .pictures = wanted->pictures, .area = wanted->area};
 }
 
 } // namespace tavrine

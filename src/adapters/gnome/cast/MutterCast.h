@@ -4,6 +4,7 @@
 
 #include <QDBusConnection>
 #include <QObject>
+#include <QRect>
 
 class QEventLoop;
 
@@ -15,7 +16,8 @@ class MutterCast final : public QObject, public CastSource {
     Q_OBJECT
 
 public:
-    MutterCast();
+    /// `display` is where the screen lies on the X server's plane, whose `scale` pixels are a point there.
+    MutterCast(const QRect &display, double scale);
     ~MutterCast() override;
 
     [[nodiscard]] std::variant<QString, Cast> open(const StreamPlan &plan,
@@ -29,6 +31,11 @@ private:
     [[nodiscard]] QString make(const QString &path, const char *interface, const char *method,
                                const QVariantList &arguments);
 
+    /// None when the compositor does not say it.
+    [[nodiscard]] std::optional<double> fineness();
+
+    const QRect m_display;
+    const double m_scale;
     const QString m_name;
     QDBusConnection m_bus;
     std::optional<std::uint32_t> m_node;

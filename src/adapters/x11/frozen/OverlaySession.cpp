@@ -1,7 +1,8 @@
 #include "adapters/x11/frozen/OverlaySession.h"
 
-#include "adapters/frozen/PictureFile.h"
 #include "adapters/x11/frozen/CrossCursor.h"
+
+#include <algorithm>
 
 #include <xcb/randr.h>
 #include <xcb/render.h>
@@ -69,10 +70,12 @@ bool OverlaySession::freeze() {
 }
 
 bool OverlaySession::freezeFile() {
-    const auto pointer = readPictureFile(m_pictureFile, m_picture->pixels());
-    if (!pointer)
+    m_file = PictureFile::open(m_pictureFile, rect().size());
+    if (!m_file)
         return false;
-    m_firstPointer = *pointer; // the server does not know it
+    const PixelsToRead plane = m_file->plane();
+    std::copy(plane.data, plane.line(plane.height), m_picture->pixels().data);
+    m_firstPointer = m_file->pointer(); // the server does not know it
     m_keys = OverlayKeys::read(m_link, OverlayKeys::ask(m_link));
     m_monitors = readMonitors(m_link);
     createWindow();

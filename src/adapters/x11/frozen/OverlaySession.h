@@ -18,7 +18,7 @@ namespace tavrine {
 class OverlaySession final : public FrozenScreen {
 public:
     /// Null without a server, and when the screen cannot be read. Waits for its turn, half a second at most. `picture`
-    /// is a file with the picture (see `readPictureFile`) where the server has none of all programs; empty for none.
+    /// is a file with the picture (see `PictureFile`) where the server has none of all programs; empty for none.
     [[nodiscard]] static std::unique_ptr<OverlaySession> open(const std::string &picture = {});
 
     /// The same in two steps, for a thread that must not wait: `freeze` takes the picture when `timeToWait` says that
@@ -35,6 +35,10 @@ public:
     [[nodiscard]] PixelsToPaint canvas() const override { return m_canvas->pixels(); }
     [[nodiscard]] QRect rect() const override { return screenRect(m_link); }
     [[nodiscard]] const std::vector<OverlayMonitor> &monitors() const override { return m_monitors; }
+    [[nodiscard]] bool isOnePlane() const override { return !m_file || m_file->isOnePlane(); }
+    [[nodiscard]] PictureCut cut(const QRect &area) const override {
+        return m_file ? m_file->cut(area) : FrozenScreen::cut(area);
+    }
     [[nodiscard]] std::optional<QPoint> firstPointer() const override { return m_firstPointer; }
     void show() override;
     void put(const std::vector<QRect> &areas) override;
@@ -65,6 +69,7 @@ private:
     OverlayKeys m_keys;
     QPoint m_firstPointer;
     std::string m_pictureFile;
+    std::unique_ptr<PictureFile> m_file; ///< that the picture came from
     xcb_window_t m_window = 0;
     xcb_gcontext_t m_context = 0;
     xcb_cursor_t m_cursor = 0;
