@@ -83,7 +83,7 @@ bool isExtensionThere() {
 }
 
 bool switchExtension(bool isOn) {
-    const QString list = isOn ? QStringLiteral("['tavrine@veltrane.com']") : QStringLiteral("[]");
+    const QString list = isOn ? QStringLiteral("['tavrine@veltrane.com', 'tavrine-45@veltrane.com']") : QStringLiteral("[]");
     return runProgram(QStringLiteral("gsettings"), {QStringLiteral("set"), QStringLiteral("org.gnome.shell"),
                                                     QStringLiteral("enabled-extensions"), list}) == 0 &&
            waitUntil([isOn] { return isExtensionThere() == isOn; }, gnomePatience);

@@ -1,13 +1,8 @@
 // What Tavrine needs of GNOME Shell and Wayland gives to no program: one object on the session bus, which answers the
 // installed Tavrine and nobody else, and holds nothing while that is not attached.
 //
-// Written for the shells that load extensions as scripts, 43 and 44. From 45 on they are modules: what differs is the
-// head of this file (imports) and its end (init).
-'use strict';
-
-const {Clutter, Gio, GLib, Meta, Shell} = imports.gi;
-const Main = imports.ui.main;
-const Me = imports.misc.extensionUtils.getCurrentExtension();
+// The common part of both forms of the extension, into which the build puts it: `extension-43.js.in` is a script, as
+// shells up to 44 load them, `extension-45.js.in` a module. It takes Clutter, Gio, GLib, Meta, Shell and Main from there.
 
 const programName = 'com.veltrane.Tavrine';
 const objectPath = '/com/veltrane/Tavrine/Shell';
@@ -53,24 +48,37 @@ function refusal(invocation, text) {
     invocation.return_dbus_error('org.freedesktop.DBus.Error.AccessDenied', text);
 }
 
-function fileIdentity(path) {
-    const info = Gio.File.new_for_path(path).query_info('unix::device,unix::inode', Gio.FileQueryInfoFlags.NONE, null);
-    return `${info.get_attribute_uint32('unix::device')}:${info.get_attribute_uint64('unix::inode')}`;
+function factsOfFile(path) {
+    const info = Gio.File.new_for_path(path).query_info('unix::device,unix::inode,unix::nlink,unix::uid',
+        Gio.FileQueryInfoFlags.NONE, null);
+    return {
+        device: info.get_attribute_uint32('unix::device'),
+        inode: info.get_attribute_uint64('unix::inode'),
+        names: info.get_attribute_uint32('unix::nlink'),
+        owner: info.get_attribute_uint32('unix::uid'),
+    };
 }
 
 // The program that was installed together with this extension: PREFIX/bin beside PREFIX/share/gnome-shell/extensions.
-function installedProgram() {
-    const prefix = GLib.build_filenamev([Me.path, '..', '..', '..', '..']);
+function installedProgram(extension) {
+    const prefix = GLib.build_filenamev([extension, '..', '..', '..', '..']);
     return GLib.build_filenamev([GLib.canonicalize_filename(prefix, null), 'bin', 'tavrine']);
 }
 
-// Whether a process runs that program's file, or the one that an update has put it in the place of.
-function runsInstalledProgram(process) {
+// Whether a process runs that program's file, or the one that an update has put it in the place of. The name of that
+// proves nothing: in a name space of its own every program can run under any name. But it cannot make a file of the
+// installed one's owner, on its disk, that nobody has a name for any more.
+function runsInstalledProgram(process, extension) {
     try {
-        const program = installedProgram();
-        const running = `/proc/${process}/exe`;
-        return fileIdentity(running) === fileIdentity(program) ||
-            GLib.file_read_link(running) === `${program} (deleted)`;
+        const program = installedProgram(extension);
+        const installed = factsOfFile(program);
+        const link = `/proc/${process}/exe`;
+        const running = factsOfFile(link);
+        if (running.device !== installed.device)
+            return false;
+        return running.inode === installed.inode ||
+            (running.names === 0 && running.owner === installed.owner &&
+             GLib.file_read_link(link) === `${program} (deleted)`);
     } catch (error) {
         return false;
     }
@@ -92,10 +100,16 @@ function ask(method, parameters) {
 // Who may attach: the owner of the program's name on the bus, if it runs the installed program. This keeps other
 // programs out, those in a sandbox for certain; it proves nothing about a program that the same person's account has
 // already tampered with, by a debugger or a library of its own.
-async function mayAttach(sender) {
+async function mayAttach(sender, extension) {
     if (await ask('GetNameOwner', new GLib.Variant('(s)', [programName])) !== sender)
         return false;
-    return runsInstalledProgram(await ask('GetConnectionUnixProcessID', new GLib.Variant('(s)', [sender])));
+    return runsInstalledProgram(await ask('GetConnectionUnixProcessID', new GLib.Variant('(s)', [sender])), extension);
+}
+
+// Shells have moved the way to it.
+function seat() {
+    const backend = global.stage.context?.get_backend?.() ?? Clutter.get_default_backend();
+    return backend.get_default_seat();
 }
 
 function pointerNow() {
@@ -324,8 +338,7 @@ class Hold {
             return;
         }
         if (!this._keyboard)
-            this._keyboard = Clutter.get_default_backend().get_default_seat()
-                .create_virtual_device(Clutter.InputDeviceType.KEYBOARD_DEVICE);
+            this._keyboard = seat().create_virtual_device(Clutter.InputDeviceType.KEYBOARD_DEVICE);
         const now = () => GLib.get_monotonic_time();
         for (const keyval of keyvals)
             this._keyboard.notify_keyval(now(), keyval, Clutter.KeyState.PRESSED);
@@ -336,7 +349,9 @@ class Hold {
 }
 
 class Service {
-    constructor() {
+    // `extension` is the folder that the extension stands in.
+    constructor(extension) {
+        this._extension = extension;
         this._hold = null;
         this._clientWatch = 0;
         this._object = Gio.DBusExportedObject.wrapJSObject(interfaceXml, this);
@@ -373,7 +388,7 @@ class Service {
 
     AttachAsync(parameters, invocation) {
         const sender = invocation.get_sender();
-        mayAttach(sender).catch(() => false).then(may => {
+        mayAttach(sender, this._extension).catch(() => false).then(may => {
             if (!may || !this._object) {
                 refusal(invocation, 'Only the installed program is answered');
                 return;
@@ -438,19 +453,4 @@ class Service {
                 error => invocation.return_dbus_error('org.freedesktop.DBus.Error.Failed', `${error.message}`));
         });
     }
-}
-
-class Extension {
-    enable() {
-        this._service = new Service();
-    }
-
-    disable() {
-        this._service.destroy();
-        this._service = null;
-    }
-}
-
-function init() {
-    return new Extension();
 }
