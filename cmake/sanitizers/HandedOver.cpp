@@ -4,6 +4,7 @@
 // is left out of the look by that: what both threads touch beside it is still a race. In no other build.
 
 #include <QSemaphore>
+#include <QThread>
 #include <QThreadPool>
 
 #include <functional>
@@ -32,7 +33,8 @@ private:
         auto *const self = static_cast<HandedOver *>(base);
         if (which == Call) {
             self->m_inner->call(receiver, arguments);
-            __tsan_release(base); // to who destroys it, or waits for it
+            __tsan_release(base);                     // to who destroys it, or waits for it
+            __tsan_release(QThread::currentThread()); // to who waits for the thread's end
         } else if (which == Destroy) {
             self->m_inner->destroyIfLastRef();
             delete self;
@@ -99,4 +101,13 @@ void QSemaphore::release(int count) {
     static const auto own = next<Own>("_ZN10QSemaphore7releaseEi");
     __tsan_release(this);
     own(this, count);
+}
+
+bool QThread::wait(QDeadlineTimer deadline) {
+    using Own = bool (*)(QThread *, QDeadlineTimer);
+    static const auto own = next<Own>("_ZN7QThread4waitE14QDeadlineTimer");
+    const bool hasEnded = own(this, deadline);
+    if (hasEnded)
+        __tsan_acquire(this);
+    return hasEnded;
 }

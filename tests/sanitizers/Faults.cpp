@@ -7,6 +7,8 @@
 
 #include <QCoreApplication>
 #include <QMetaObject>
+#include <QObject>
+#include <QThread>
 
 #include <climits>
 #include <csignal>
@@ -50,7 +52,24 @@ void race() {
     sink = count;
 }
 
-/// To a queue and back, by a queued call.
+/// What calls queued for a thread have written, read by who has waited for its end.
+int ofThreadThatHasEnded() {
+    std::vector<int> calls;
+    QThread thread;
+    auto *const onThread = new QObject;
+    onThread->moveToThread(&thread);
+    QObject::connect(&thread, &QThread::finished, onThread, &QObject::deleteLater);
+    thread.start();
+    for (int i = 0; i < 3; ++i)
+        QMetaObject::invokeMethod(
+            onThread, [&calls, i] { calls.push_back(i); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        onThread, [&thread] { thread.quit(); }, Qt::QueuedConnection);
+    thread.wait();
+    return static_cast<int>(calls.size());
+}
+
+/// To a queue and back, by a queued call; and by the end of a thread.
 void handOver(QCoreApplication &application) {
     tavrine::SerialQueue queue(QStringLiteral("handed over"));
     std::vector<int> rows(100, 1); // each piece of work writes what the one before it wrote
@@ -62,7 +81,7 @@ void handOver(QCoreApplication &application) {
         QMetaObject::invokeMethod(
             &application, [copy] { QCoreApplication::exit(copy.front() == 101 ? 0 : 1); }, Qt::QueuedConnection);
     });
-    if (QCoreApplication::exec() == 0)
+    if (QCoreApplication::exec() == 0 && ofThreadThatHasEnded() == 3)
         std::puts("nothing was found");
 }
 
