@@ -1,5 +1,7 @@
 #include "base/DesktopWords.h"
 
+#include "base/Catalogue.h"
+
 #include <QHash>
 
 #include <algorithm>
@@ -132,6 +134,13 @@ private:
     }
 };
 
+using Translation = std::function<QString(const QString &text)>;
+
+Translation &translationInUse() {
+    static Translation inUse;
+    return inUse;
+}
+
 } // namespace
 
 QString desktopName(const QString &currentDesktop) {
@@ -158,7 +167,16 @@ QString inDesktopWords(const QString &text, const QString &desktop) {
 
 QString inDesktopWords(const QString &text) {
     static const QString desktop = desktopName(qEnvironmentVariable("XDG_CURRENT_DESKTOP"));
-    return inDesktopWords(text, desktop);
+    const QString shown = inDesktopWords(text, desktop);
+    return translationInUse() ? translationInUse()(shown) : shown;
+}
+
+void setTranslation(std::function<QString(const QString &text)> translation) {
+    translationInUse() = std::move(translation);
+}
+
+void setTranslation(Catalogue catalogue) {
+    translationInUse() = [catalogue = std::move(catalogue)](const QString &text) { return catalogue.shown(text); };
 }
 
 } // namespace tavrine

@@ -1,5 +1,6 @@
 #include "capture/PreviewActionButton.h"
 
+#include "base/DesktopWords.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/Symbols.h"
@@ -33,7 +34,7 @@ QFont fitting(const QString &text, qreal width) {
 
 PreviewActionButton::PreviewActionButton(const QString &icon, const QString &title, QWidget *parent)
     : Control(parent), m_icon(icon) {
-    setText(title);
+    setText(inDesktopWords(title));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
@@ -43,13 +44,13 @@ void PreviewActionButton::setIcon(const QString &icon) {
 }
 
 void PreviewActionButton::setTitle(const QString &title) {
-    setText(title);
-    setAccessibleName(title);
+    setText(inDesktopWords(title));
+    setAccessibleName(text());
     update();
 }
 
 void PreviewActionButton::setSubtitle(const QString &subtitle) {
-    m_subtitle = subtitle;
+    m_subtitle = inDesktopWords(subtitle);
     update();
 }
 

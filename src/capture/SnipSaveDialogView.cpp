@@ -1,5 +1,6 @@
 #include "capture/SnipSaveDialogView.h"
 
+#include "base/DesktopWords.h"
 #include "capture/SnipSaveDialogModel.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
@@ -63,8 +64,8 @@ QWidget *useAsDefaultRow(SnipSaveDialogModel &model) {
                                      look::Label::Tone::secondary));
     line->addLayout(words, 1);
     auto *toggle = new look::Toggle;
-    toggle->setAccessibleName(QStringLiteral("Use as default"));
-    toggle->setAccessibleDescription(QStringLiteral("Skip this dialog next time"));
+    toggle->setAccessibleName(inDesktopWords(QStringLiteral("Use as default")));
+    toggle->setAccessibleDescription(inDesktopWords(QStringLiteral("Skip this dialog next time")));
     toggle->setChecked(model.useAsDefault());
     QObject::connect(toggle, &QAbstractButton::toggled, row, [&model](bool isOn) { model.setUseAsDefault(isOn); });
     line->addWidget(toggle, 0, Qt::AlignVCenter);
@@ -75,8 +76,8 @@ QWidget *useAsDefaultRow(SnipSaveDialogModel &model) {
 
 SnipSaveDialogView::SnipSaveDialogView(std::shared_ptr<SnipSaveDialogModel> model) : m_model(std::move(model)) {
     setFixedSize(dialogSize);
-    setAccessibleName(QStringLiteral("Save Screenshot"));
-    setAccessibleDescription(QStringLiteral("Choose where to save this capture"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Save Screenshot")));
+    setAccessibleDescription(inDesktopWords(QStringLiteral("Choose where to save this capture")));
     setFocusPolicy(Qt::StrongFocus); // the keys come here until Tab takes them to a control
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(margin, margin, margin, margin - 2);

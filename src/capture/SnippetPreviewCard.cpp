@@ -1,5 +1,6 @@
 #include "capture/SnippetPreviewCard.h"
 
+#include "base/DesktopWords.h"
 #include "capture/PreviewActionButton.h"
 #include "capture/SnipDrag.h"
 #include "capture/SnippetPreviewModel.h"
@@ -54,7 +55,7 @@ public:
         setCursor(Qt::PointingHandCursor);
         setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
         setAccessibleDescription(
-            QStringLiteral("%1 × %2 pixels").arg(model.image().width()).arg(model.image().height()));
+            inDesktopWords(QStringLiteral("%1 × %2 pixels").arg(model.image().width()).arg(model.image().height())));
     }
 
 protected:
@@ -140,7 +141,7 @@ class SnippetPreviewCard::TimeBar final : public QWidget {
 public:
     explicit TimeBar(QWidget *parent) : QWidget(parent) {
         setFixedHeight(timeBarHeight);
-        setAccessibleName(QStringLiteral("Time left"));
+        setAccessibleName(inDesktopWords(QStringLiteral("Time left")));
     }
     void setPart(double part) {
         // Twenty steps a second are fewer than pixels only on a card of another size: no repaint without a change.
@@ -168,7 +169,7 @@ private:
 
 SnippetPreviewCard::SnippetPreviewCard(std::shared_ptr<SnippetPreviewModel> model) : m_model(std::move(model)) {
     setFixedSize(cardSize);
-    setAccessibleName(QStringLiteral("Screenshot"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Screenshot")));
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(margin, margin, margin, margin);
     column->setSpacing(0);

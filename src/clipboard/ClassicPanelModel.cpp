@@ -1,6 +1,7 @@
 #include "clipboard/ClassicPanelModel.h"
 
 #include "base/CaseInsensitiveText.h"
+#include "base/DesktopWords.h"
 #include "base/KeyTable.h"
 #include "base/VirtualKeys.h"
 #include "clipboard/ClipboardManager.h"
@@ -102,15 +103,16 @@ ClassicPanelRow ClassicPanelModel::row(const ClipboardItem &item) {
     row.title = item.content;
     if (item.imageFileName) {
         row.showsPlayBadge = isRecordingFileName(*item.imageFileName);
-        row.title = row.showsPlayBadge ? QStringLiteral("Screen Recording") : QStringLiteral("Image");
+        row.title = inDesktopWords(row.showsPlayBadge ? QStringLiteral("Screen Recording") : QStringLiteral("Image"));
         row.fallbackSymbol = row.showsPlayBadge ? QStringLiteral("video") : QStringLiteral("photo");
     }
     if (item.isPinned)
-        row.labels.append({QStringLiteral("Pinned"), QStringLiteral("pin.fill")});
+        row.labels.append({inDesktopWords(QStringLiteral("Pinned")), QStringLiteral("pin.fill")});
     if (item.isSaved)
-        row.labels.append({QStringLiteral("My Saved"), QStringLiteral("bookmark.fill")});
-    row.pinToolTip = item.isPinned ? QStringLiteral("Remove pin") : QStringLiteral("Pin snippet");
-    row.savedToolTip = item.isSaved ? QStringLiteral("Remove from My Saved") : QStringLiteral("Add to My Saved");
+        row.labels.append({inDesktopWords(QStringLiteral("My Saved")), QStringLiteral("bookmark.fill")});
+    row.pinToolTip = inDesktopWords(item.isPinned ? QStringLiteral("Remove pin") : QStringLiteral("Pin snippet"));
+    row.savedToolTip =
+        inDesktopWords(item.isSaved ? QStringLiteral("Remove from My Saved") : QStringLiteral("Add to My Saved"));
     return row;
 }
 

@@ -1,5 +1,7 @@
 #include "clipboard/ClipboardSearchRow.h"
 
+#include "base/DesktopWords.h"
+
 #include <QDateTime>
 
 #include <algorithm>
@@ -72,16 +74,17 @@ QString abbreviatedDateWithShortenedTime(Date date, const QLocale &locale, const
 ClipboardSearchRow clipboardSearchRow(const ClipboardItem &item, bool isLink, const QLocale &locale,
                                       const QTimeZone &zone) {
     ClipboardSearchRow row;
-    row.title = item.imageFileName ? QStringLiteral("Screenshot") : item.content;
+    row.title = item.imageFileName ? inDesktopWords(QStringLiteral("Screenshot")) : item.content;
     if (item.isSaved)
-        row.subtitle = QStringLiteral("My Saved");
+        row.subtitle = inDesktopWords(QStringLiteral("My Saved"));
     else if (item.isPinned)
-        row.subtitle = QStringLiteral("Pinned snippet");
+        row.subtitle = inDesktopWords(QStringLiteral("Pinned snippet"));
     else
         row.subtitle = abbreviatedDateWithShortenedTime(item.date, locale, zone);
     row.icon = iconOf(item, isLink);
-    row.pinToolTip = item.isPinned ? QStringLiteral("Remove pin") : QStringLiteral("Pin snippet");
-    row.savedToolTip = item.isSaved ? QStringLiteral("Remove from My Saved") : QStringLiteral("Add to My Saved");
+    row.pinToolTip = inDesktopWords(item.isPinned ? QStringLiteral("Remove pin") : QStringLiteral("Pin snippet"));
+    row.savedToolTip =
+        inDesktopWords(item.isSaved ? QStringLiteral("Remove from My Saved") : QStringLiteral("Add to My Saved"));
     row.savedSymbol = item.isSaved ? QStringLiteral("bookmark.fill") : QStringLiteral("bookmark");
     return row;
 }

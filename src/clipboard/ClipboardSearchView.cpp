@@ -1,5 +1,6 @@
 #include "clipboard/ClipboardSearchView.h"
 
+#include "base/DesktopWords.h"
 #include "clipboard/ClipboardPanelTexts.h"
 #include "look/Button.h"
 #include "look/ChipStrip.h"
@@ -72,7 +73,7 @@ void ClipboardSearchView::build() {
     for (const auto &category : clipboardSearchCategories)
         categories.append(QString(category.rawValue));
     m_categories = new look::ChipStrip(categories);
-    list().setAccessibleName(text(ClipboardSearchModel::windowTitle));
+    list().setAccessibleName(inDesktopWords(text(ClipboardSearchModel::windowTitle)));
     list().setPadding({look::space::small, look::space::hair, look::space::small, look::space::small});
 
     auto *column = new QVBoxLayout(this);
@@ -158,7 +159,8 @@ void ClipboardSearchView::paintOther(QPainter &painter, int row, const QRectF &r
             painter,
             QRectF(rect.left() + look::space::medium, rect.top(), rect.width() - 2 * look::space::medium, dividerPlace),
             theme);
-    look::paintSectionHeader(painter, rect.adjusted(0, divider, 0, 0), m_model.sections()[section].header, theme);
+    look::paintSectionHeader(painter, rect.adjusted(0, divider, 0, 0),
+                             inDesktopWords(m_model.sections()[section].header), theme);
 }
 
 void ClipboardSearchView::paintItem(QPainter &painter, const ClipboardItem &item, const QRectF &rect,
@@ -177,15 +179,16 @@ void ClipboardSearchView::paintItem(QPainter &painter, const ClipboardItem &item
 QStringList ClipboardSearchView::spokenWords(int row) const {
     const Entry shown = entry(row);
     if (!shown.item)
-        return shown.section < m_model.sections().size() ? QStringList{m_model.sections()[shown.section].header}
-                                                         : QStringList();
+        return shown.section < m_model.sections().size()
+                   ? QStringList{inDesktopWords(m_model.sections()[shown.section].header)}
+                   : QStringList();
     const ClipboardSearchRow read = m_model.row(*shown.item);
     return {read.title, read.subtitle};
 }
 
 QStringList ClipboardSearchView::actionNames(const ClipboardItem &item) const {
     const ClipboardSearchRow read = m_model.row(item);
-    return {read.pinToolTip, read.savedToolTip, text(clipboardSearchTexts::deleteToolTip)};
+    return {read.pinToolTip, read.savedToolTip, inDesktopWords(text(clipboardSearchTexts::deleteToolTip))};
 }
 
 void ClipboardSearchView::act(const QUuid &id, size_t action) {

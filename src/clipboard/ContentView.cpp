@@ -1,5 +1,6 @@
 #include "clipboard/ContentView.h"
 
+#include "base/DesktopWords.h"
 #include "clipboard/ClipboardPanelTexts.h"
 #include "look/Button.h"
 #include "look/EmptyState.h"
@@ -85,7 +86,7 @@ QLayout *ContentView::makeHeader() {
 }
 
 void ContentView::build() {
-    list().setAccessibleName(text(classicPanelTexts::title));
+    list().setAccessibleName(inDesktopWords(text(classicPanelTexts::title)));
     list().setPadding({look::space::small, 0, look::space::small, look::space::small});
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, look::space::hair);

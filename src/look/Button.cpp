@@ -17,7 +17,7 @@ constexpr qreal symbolGap = 6;
 } // namespace
 
 Button::Button(const QString &text, ButtonStyle style, QWidget *parent) : Control(parent), m_style(style) {
-    setText(inDesktopWords(text));
+    setText(text);
     setCursor(style == ButtonStyle::link ? Qt::PointingHandCursor : Qt::ArrowCursor);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
@@ -26,6 +26,10 @@ Button::Button(const QString &symbol, const QString &toolTip, QWidget *parent)
     : Control(parent), m_style(ButtonStyle::icon), m_symbol(symbol) {
     setToolTip(inDesktopWords(toolTip));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+void Button::setText(const QString &text) {
+    QAbstractButton::setText(inDesktopWords(text));
 }
 
 void Button::setSymbol(const QString &symbol) {

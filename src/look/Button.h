@@ -16,6 +16,8 @@ public:
     /// A button that is a symbol alone; the tool tip is its accessible name too.
     Button(const QString &symbol, const QString &toolTip, QWidget *parent = nullptr);
 
+    void setText(const QString &text);
+
     void setSymbol(const QString &symbol);
     [[nodiscard]] const QString &symbol() const { return m_symbol; }
     void setButtonSize(ButtonSize size);

@@ -1,5 +1,6 @@
 #include "look/ChipStrip.h"
 
+#include "base/DesktopWords.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/Symbols.h"
@@ -18,7 +19,7 @@ constexpr int gap = space::tiny;
 } // namespace
 
 Chip::Chip(const QString &text, QWidget *parent) : Control(parent) {
-    setText(text);
+    setText(inDesktopWords(text));
     setCheckable(true);
     setAutoExclusive(true);
 }

@@ -1,5 +1,6 @@
 #include "look/FolderRow.h"
 
+#include "base/DesktopWords.h"
 #include "look/Accessibility.h"
 #include "look/Button.h"
 #include "look/Look.h"
@@ -21,17 +22,17 @@ constexpr int plateTop = 15;
 } // namespace
 
 FolderRow::FolderRow(const QString &title, QWidget *parent)
-    : QWidget(parent), m_title(title), m_reset(new Button(QStringLiteral("Reset to Default Folder"))) {
+    : QWidget(parent), m_title(inDesktopWords(title)), m_reset(new Button(QStringLiteral("Reset to Default Folder"))) {
     setFixedHeight(rowHeight);
     setRole(*this, QAccessible::Grouping);
-    setAccessibleName(title);
+    setAccessibleName(m_title);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(2 * space::medium + plateSide, 0, space::medium, space::medium);
     column->addStretch();
     auto *row = new QHBoxLayout;
     row->setSpacing(space::small);
     auto *change = new Button(QStringLiteral("Change..."));
-    change->setAccessibleDescription(title);
+    change->setAccessibleDescription(m_title);
     change->setButtonSize(ButtonSize::small);
     m_reset->setButtonSize(ButtonSize::small);
     row->addWidget(change);

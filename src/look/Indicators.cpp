@@ -15,7 +15,7 @@ namespace tavrine::look {
 
 Spinner::Spinner(QWidget *parent) : QWidget(parent) {
     setRole(*this, QAccessible::Animation);
-    setAccessibleName(QStringLiteral("Busy"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Busy")));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 

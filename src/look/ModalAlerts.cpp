@@ -102,7 +102,7 @@ AlertWindow::AlertWindow(const Alert &alert, const QSize &textArea, QWidget *par
         m_text->setFrameShape(QFrame::NoFrame);
         m_text->setTabChangesFocus(true);
         m_text->setFont(fontFor(TextRole::body));
-        m_text->setAccessibleName(alert.message);
+        m_text->setAccessibleName(inDesktopWords(alert.message));
         m_text->installEventFilter(this);
         inner->addWidget(m_text);
         column->addWidget(m_field);

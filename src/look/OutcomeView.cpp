@@ -1,5 +1,6 @@
 #include "look/OutcomeView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Accessibility.h"
 #include "look/Button.h"
 #include "look/Look.h"
@@ -15,7 +16,7 @@
 namespace tavrine::look {
 
 OutcomeView::OutcomeView(Button *button, const QString &doneText, QWidget *parent)
-    : QWidget(parent), m_button(button), m_doneText(doneText) {
+    : QWidget(parent), m_button(button), m_doneText(inDesktopWords(doneText)) {
     button->setParent(this);
     setRole(*this, QAccessible::Grouping);
 }

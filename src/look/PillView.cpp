@@ -1,5 +1,6 @@
 #include "look/PillView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -20,8 +21,8 @@ constexpr Seconds fade{0.18};
 } // namespace
 
 PillView::PillView(const QString &symbol, const QString &text, QWidget *parent)
-    : QWidget(parent), m_symbol(symbol), m_text(text) {
-    setAccessibleName(text);
+    : QWidget(parent), m_symbol(symbol), m_text(inDesktopWords(text)) {
+    setAccessibleName(m_text);
     hide();
 }
 

@@ -1,5 +1,6 @@
 #include "look/SearchField.h"
 
+#include "base/DesktopWords.h"
 #include "look/Button.h"
 #include "look/Look.h"
 #include "look/MenuStyle.h"
@@ -22,8 +23,8 @@ constexpr int framedHeight = 32;
 SearchField::SearchField(const QString &placeholder, Style style, QWidget *parent)
     : QWidget(parent), m_style(style), m_edit(new QLineEdit(this)),
       m_clear(new Button(QStringLiteral("xmark.circle.fill"), QStringLiteral("Clear"), this)) {
-    m_edit->setPlaceholderText(placeholder);
-    m_edit->setAccessibleName(placeholder);
+    m_edit->setPlaceholderText(inDesktopWords(placeholder));
+    m_edit->setAccessibleName(inDesktopWords(placeholder));
     m_edit->setFrame(false);
     m_edit->setAttribute(Qt::WA_MacShowFocusRect, false);
     m_edit->setContextMenuPolicy(Qt::DefaultContextMenu);

@@ -1,5 +1,6 @@
 #include "look/SettingsPage.h"
 
+#include "base/DesktopWords.h"
 #include "look/Accessibility.h"
 #include "look/Indicators.h"
 #include "look/Metrics.h"
@@ -26,7 +27,7 @@ SettingsPage::SettingsPage(QWidget *parent) : QWidget(parent) {
 }
 
 SettingsPage::SettingsPage(const QString &title, const QString &subtitle, QWidget *parent) : SettingsPage(parent) {
-    setAccessibleName(title);
+    setAccessibleName(inDesktopWords(title));
     m_column->addWidget(new Label(title, TextRole::title));
     if (!subtitle.isEmpty()) {
         m_column->addSpacing(space::tiny);
@@ -53,7 +54,7 @@ void SettingsPage::addSection(const QString &heading, Card *card) {
         m_column->addWidget(label);
         m_column->addSpacing(space::small);
     }
-    card->setAccessibleName(heading);
+    card->setAccessibleName(inDesktopWords(heading));
     m_column->addWidget(card);
 }
 
@@ -74,7 +75,7 @@ void SettingsPage::resizeEvent(QResizeEvent *event) {
 ToggleRow makeToggleRow(const QString &symbol, const QString &title, const QString &note) {
     auto *row = new SettingsRow(symbol, title, note);
     auto *toggle = new Toggle;
-    toggle->setAccessibleDescription(note);
+    toggle->setAccessibleDescription(inDesktopWords(note));
     row->setTrailing(toggle);
     return {row, toggle};
 }

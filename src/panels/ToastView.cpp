@@ -1,5 +1,6 @@
 #include "panels/ToastView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -28,8 +29,8 @@ constexpr auto role = look::TextRole::bodyStrong;
 } // namespace
 
 ToastView::ToastView(const QString &message, const QString &icon, QWidget *parent)
-    : QWidget(parent), m_message(message), m_icon(icon) {
-    setAccessibleName(message);
+    : QWidget(parent), m_message(inDesktopWords(message)), m_icon(icon) {
+    setAccessibleName(m_message);
     setFixedSize(sizeHint());
 }
 

@@ -1,5 +1,6 @@
 #include "recording/CountdownOverlayView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Paint.h"
 #include "recording/CountdownModel.h"
@@ -28,7 +29,7 @@ QRectF CountdownOverlayView::disc() const {
 }
 
 void CountdownOverlayView::animate() {
-    setAccessibleName(QStringLiteral("Recording starts in %1").arg(m_model->currentCount()));
+    setAccessibleName(inDesktopWords(QStringLiteral("Recording starts in %1").arg(m_model->currentCount())));
     m_motion.start(appearance, look::easeOut, [this](double part) {
         m_scale = smallScale + (fullScale - smallScale) * part;
         m_opacity = part;

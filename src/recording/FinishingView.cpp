@@ -1,5 +1,6 @@
 #include "recording/FinishingView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Indicators.h"
 #include "look/Metrics.h"
 
@@ -13,7 +14,7 @@ constexpr int barHeight = 44;
 } // namespace
 
 FinishingView::FinishingView() : PanelSurface(barHeight / 2.0) {
-    const QString words = QString::fromUtf8("Finishing…");
+    const QString words = inDesktopWords(QString::fromUtf8("Finishing…"));
     setAccessibleName(words);
     setFixedHeight(barHeight);
     auto *row = new QHBoxLayout(this);

@@ -1,5 +1,6 @@
 #include "recording/FloatingStopBarView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Button.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -72,7 +73,7 @@ public:
             return;
         const bool isLonger = text.size() != m_text.size();
         m_text = text;
-        setAccessibleName(QStringLiteral("Recording time ") + text);
+        setAccessibleName(inDesktopWords(QStringLiteral("Recording time ") + text));
         if (isLonger)
             updateGeometry();
         update();
@@ -135,12 +136,12 @@ protected:
     }
 
 private:
-    [[nodiscard]] static QString words() { return QStringLiteral("No sound from the microphone"); }
+    [[nodiscard]] static QString words() { return inDesktopWords(QStringLiteral("No sound from the microphone")); }
 };
 
 FloatingStopBarView::FloatingStopBarView(ScreenRecorder &recorder)
     : PanelSurface(barHeight / 2.0), m_recorder(recorder), m_clock(new Clock), m_hint(new SilenceHint) {
-    setAccessibleName(QStringLiteral("Recording"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Recording")));
     setFixedHeight(barHeight);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(look::space::large - 2, 0, look::space::small - 1, 0);
@@ -156,7 +157,7 @@ FloatingStopBarView::FloatingStopBarView(ScreenRecorder &recorder)
 
 void FloatingStopBarView::addButtons() {
     const auto add = [this](look::Button *button, const char *name, void (ScreenRecorder::*press)()) {
-        button->setAccessibleName(QLatin1String(name));
+        button->setAccessibleName(inDesktopWords(QLatin1String(name)));
         connect(button, &QAbstractButton::clicked, this, [this, press] { (m_recorder.*press)(); });
         layout()->addWidget(button);
     };

@@ -1,5 +1,6 @@
 #include "recording/RecordingBorderView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Paint.h"
 
 #include <QPainter>
@@ -17,7 +18,7 @@ RecordingBorderView::RecordingBorderView(const QRectF &rect, double screenHeight
     const QPointF middle(rect.x() + rect.width() * 0.5, screenHeight - rect.y() - rect.height() + rect.height() * 0.5);
     const QSizeF size(rect.width() + wider, rect.height() + wider);
     m_outline = QRectF(middle - QPointF(size.width() / 2, size.height() / 2), size);
-    setAccessibleName(QStringLiteral("Recorded area"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Recorded area")));
 }
 
 /// The window is no more than the line: nothing has to be composed over the recorded area, and a desktop without

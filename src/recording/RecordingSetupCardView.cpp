@@ -1,5 +1,6 @@
 #include "recording/RecordingSetupCardView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
@@ -30,7 +31,7 @@ constexpr int rowHeight = 44;
 /// A symbol and a word at the left of their switch, on a ground that both rows share.
 class SwitchRow final : public QWidget {
 public:
-    SwitchRow(const QString &symbol, const QString &title) : m_symbol(symbol), m_title(title) {
+    SwitchRow(const QString &symbol, const QString &title) : m_symbol(symbol), m_title(inDesktopWords(title)) {
         setFixedHeight(rowHeight);
     }
 
@@ -65,7 +66,7 @@ look::Label *hint() {
 RecordingSetupCardView::RecordingSetupCardView(std::shared_ptr<ScreenRecorderSelectionModel> model, QWidget *parent)
     : QWidget(parent), m_model(std::move(model)) {
     setFixedWidth(cardWidth);
-    setAccessibleName(QStringLiteral("Screen Recording Setup"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Screen Recording Setup")));
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(margin, margin - 2, margin, margin);
     column->setSpacing(look::space::small);
@@ -85,7 +86,7 @@ RecordingSetupCardView::RecordingSetupCardView(std::shared_ptr<ScreenRecorderSel
     for (const int seconds : ScreenRecorderSelectionModel::delays)
         delays << ScreenRecorderSelectionModel::delayLabel(seconds);
     m_delay = new look::SegmentedControl(delays);
-    m_delay->setAccessibleName(QStringLiteral("Start delay"));
+    m_delay->setAccessibleName(inDesktopWords(QStringLiteral("Start delay")));
     m_delay->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     connect(m_delay, &look::SegmentedControl::chosen, this, [this](int index) {
         m_model->setTimerDelay(ScreenRecorderSelectionModel::delays.at(static_cast<size_t>(index)));
@@ -152,7 +153,7 @@ look::Toggle *RecordingSetupCardView::addSwitch(const char *symbol, const char *
     auto *line = new QHBoxLayout(row);
     line->setContentsMargins(0, 0, look::space::medium, 0);
     auto *toggle = new look::Toggle;
-    toggle->setAccessibleName(QLatin1String(title));
+    toggle->setAccessibleName(inDesktopWords(QLatin1String(title)));
     line->addStretch();
     line->addWidget(toggle);
     m_switches->addWidget(row);

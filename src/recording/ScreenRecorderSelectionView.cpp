@@ -1,5 +1,6 @@
 #include "recording/ScreenRecorderSelectionView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -31,10 +32,10 @@ constexpr int stopHintHeight = 24; ///< more, with a recording under way
 constexpr double manyPoints = 10;
 
 QString cancelHint() {
-    return QStringLiteral("Press ESC to cancel");
+    return inDesktopWords(QStringLiteral("Press ESC to cancel"));
 }
 QString stopHint() {
-    return QStringLiteral("Press Space to stop the recording");
+    return inDesktopWords(QStringLiteral("Press Space to stop the recording"));
 }
 
 } // namespace
@@ -42,7 +43,7 @@ QString stopHint() {
 ScreenRecorderSelectionView::ScreenRecorderSelectionView(std::shared_ptr<ScreenRecorderSelectionModel> model,
                                                          QPixmap frozen)
     : m_model(std::move(model)), m_frozen(std::move(frozen)), m_card(new RecordingSetupCardView(m_model, this)) {
-    setAccessibleName(QStringLiteral("Drag to select area to record"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Drag to select area to record")));
     setAccessibleDescription(m_model->canStopRecording() ? stopHint() + QStringLiteral(". ") + cancelHint()
                                                          : cancelHint());
     setFocusPolicy(Qt::StrongFocus);
@@ -204,8 +205,9 @@ void ScreenRecorderSelectionView::paintHints(QPainter &painter) const {
                       hintHeight + stopHeight);
     look::fillRounded(painter, body, look::radius::panel, plate);
     look::strokeHairline(painter, body, look::radius::panel, QColor(255, 255, 255, 40));
-    look::paintLine(painter, body.adjusted(0, 10, 0, -34 - stopHeight), QStringLiteral("Drag to select area to record"),
-                    look::TextRole::heading, onPlate, Qt::AlignHCenter);
+    look::paintLine(painter, body.adjusted(0, 10, 0, -34 - stopHeight),
+                    inDesktopWords(QStringLiteral("Drag to select area to record")), look::TextRole::heading, onPlate,
+                    Qt::AlignHCenter);
     look::paintLine(painter, body.adjusted(0, 36, 0, -12 - stopHeight), cancelHint(), look::TextRole::callout,
                     onPlateQuiet, Qt::AlignHCenter);
     if (stopHeight > 0)

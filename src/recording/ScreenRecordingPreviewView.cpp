@@ -1,5 +1,6 @@
 #include "recording/ScreenRecordingPreviewView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
@@ -50,7 +51,7 @@ class ScreenRecordingPreviewView::Screen final : public QWidget {
 public:
     explicit Screen(ScreenRecordingPreviewModel &model) : m_model(model), m_movie(new QWidget(this)) {
         setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-        setAccessibleName(QStringLiteral("Recording"));
+        setAccessibleName(inDesktopWords(QStringLiteral("Recording")));
         m_movie->setAttribute(Qt::WA_DontCreateNativeAncestors);
         m_movie->setAttribute(Qt::WA_NativeWindow);
         m_movie->setAttribute(Qt::WA_OpaquePaintEvent);
@@ -90,8 +91,8 @@ protected:
         look::paintSymbol(painter, QRectF(rect()).adjusted(0, 0, 0, -36), QStringLiteral("video"),
                           look::symbolsize::huge, quiet);
         look::paintLine(painter, QRectF(rect()).adjusted(margin, 60, -margin, 0),
-                        QStringLiteral("This recording can't be shown here"), look::TextRole::callout, quiet,
-                        Qt::AlignHCenter);
+                        inDesktopWords(QStringLiteral("This recording can't be shown here")), look::TextRole::callout,
+                        quiet, Qt::AlignHCenter);
     }
 
 private:
@@ -134,7 +135,7 @@ public:
     explicit NameField(const QString &name) : m_edit(new QLineEdit(name, this)) {
         m_edit->setFrame(false);
         m_edit->setFont(look::fontFor(look::TextRole::body));
-        m_edit->setAccessibleName(QStringLiteral("File Name"));
+        m_edit->setAccessibleName(inDesktopWords(QStringLiteral("File Name")));
         m_edit->setMaxLength(200); // with what is added to it a file system takes 255 bytes
         m_edit->installEventFilter(this);
         m_edit->setCursorPosition(0);
@@ -189,7 +190,7 @@ private:
 
 ScreenRecordingPreviewView::ScreenRecordingPreviewView(std::shared_ptr<ScreenRecordingPreviewModel> model)
     : m_model(std::move(model)), m_screen(new Screen(*m_model)) {
-    setAccessibleName(QStringLiteral("Recording Complete"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Recording Complete")));
     setFocusPolicy(Qt::StrongFocus); // no key that was meant for elsewhere presses anything
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(margin, margin - 2, margin, margin);
@@ -226,7 +227,7 @@ QWidget *ScreenRecordingPreviewView::makeAudioRow() {
     m_audio = new look::Label({}, look::TextRole::body);
     line->addWidget(m_audio, 1);
     m_mute = new look::Toggle;
-    m_mute->setAccessibleName(QStringLiteral("Include Audio"));
+    m_mute->setAccessibleName(inDesktopWords(QStringLiteral("Include Audio")));
     connect(m_mute, &QAbstractButton::clicked, m_model.get(), &ScreenRecordingPreviewModel::toggleMuted);
     line->addWidget(m_mute);
     return row;
@@ -239,7 +240,7 @@ QWidget *ScreenRecordingPreviewView::makeFolderRow() {
     line->addWidget(m_folder, 1);
     auto *change = new look::Button(QStringLiteral("Change..."));
     change->setButtonSize(look::ButtonSize::small);
-    change->setAccessibleDescription(QStringLiteral("Path"));
+    change->setAccessibleDescription(inDesktopWords(QStringLiteral("Path")));
     connect(change, &QAbstractButton::clicked, m_model.get(), &ScreenRecordingPreviewModel::pressChange);
     line->addWidget(change);
     return row;

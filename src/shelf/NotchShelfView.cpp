@@ -1,5 +1,6 @@
 #include "shelf/NotchShelfView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Accessibility.h"
 #include "look/Button.h"
 #include "look/Look.h"
@@ -77,7 +78,7 @@ private:
         }
         void refresh() {
             if (m_viewModel)
-                m_text = itemCountText(m_viewModel->items().size());
+                m_text = inDesktopWords(itemCountText(m_viewModel->items().size()));
             setAccessibleName(m_text);
             update();
         }
@@ -107,7 +108,7 @@ private:
 NotchShelfView::NotchShelfView(NotchViewModel &viewModel, const ShelfPorts &ports, std::function<void()> dismiss,
                                QWidget *parent)
     : QWidget(parent), m_viewModel(&viewModel), m_dismiss(std::move(dismiss)), m_ports(ports) {
-    setAccessibleName(QStringLiteral("Notch Shelf"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Notch Shelf")));
     if (look::Look *look = look::Look::current())
         connect(look, &look::Look::changed, this, &NotchShelfView::recolour);
     recolour();
@@ -228,7 +229,7 @@ void NotchShelfView::paintPrompt(QPainter &painter, Content content, double part
         return;
     const bool isHint = content == Content::dropHint;
     const QString symbol = isHint ? QStringLiteral("plus.circle.fill") : QStringLiteral("tray.and.arrow.down.fill");
-    const QString words = isHint ? QStringLiteral("Drop here") : QStringLiteral("Drop files here");
+    const QString words = inDesktopWords(isHint ? QStringLiteral("Drop here") : QStringLiteral("Drop files here"));
     const auto role = isHint ? look::TextRole::bodyStrong : look::TextRole::heading;
     const double side = isHint ? 20 : 24;
     const double room = width() - 2 * sidePadding;

@@ -1,5 +1,6 @@
 #include "shelf/ShelfRowView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Paint.h"
 #include "ports/Pasteboard.h"
@@ -79,7 +80,7 @@ ShelfRowView::ShelfRowView(NotchViewModel &viewModel, const ShelfPorts &ports, Q
       m_edges(new Edges(this)) {
     setFocusPolicy(Qt::TabFocus);
     installShelfRowAccessibility(); // before the name, of which a screen reader may be told at once
-    setAccessibleName(QStringLiteral("Shelf"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Shelf")));
     connect(&viewModel, &NotchViewModel::itemsChanged, this, &ShelfRowView::takeItems);
     connect(&viewModel, &NotchViewModel::fileToOpen, this, [this](const QUrl &url) { m_ports.urls.openUrl(url); });
     m_items = viewModel.items();

@@ -1,5 +1,6 @@
 #include "shell/HotKeyCenter.h"
 
+#include "base/DesktopWords.h"
 #include "base/Print.h"
 #include "base/Time.h"
 #include "base/UserDefaults.h"
@@ -19,7 +20,7 @@ HotKeyCenter::HotKeyCenter(HotKeys &hotKeys, EventMonitors &monitors, UserDefaul
     : QObject(parent), m_hotKeys(hotKeys), m_monitors(monitors), m_defaults(defaults), m_time(time),
       m_actions(std::move(actions)) {
     for (const Trigger trigger : allTriggers)
-        m_hotKeys.setTitle({signature, traits(trigger).hotKeyId}, QString(traits(trigger).title));
+        m_hotKeys.setTitle({signature, traits(trigger).hotKeyId}, inDesktopWords(QString(traits(trigger).title)));
     m_hotKeys.setOnHeld([this](HotKeyRef ref, bool isHeld) { hotKeyHeld(ref, isHeld); });
 }
 

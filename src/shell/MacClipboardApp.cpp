@@ -1,4 +1,6 @@
 #include "adapters/desktops/MakeDesktop.h"
+#include "base/Catalogue.h"
+#include "base/DesktopWords.h"
 #include "base/NotificationCenter.h"
 #include "base/Program.h"
 #include "base/UserDefaults.h"
@@ -9,6 +11,9 @@
 #include "shell/AppDelegate.h"
 
 #include <QApplication>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
 
 #include <csignal>
 #include <cstdio>
@@ -90,6 +95,15 @@ int main(int argc, char **argv) {
     QApplication::setApplicationVersion(QStringLiteral(TAVRINE_VERSION));
     QApplication::setDesktopFileName(ownBundleIdentifier);
     QApplication::setQuitOnLastWindowClosed(false);
+
+    QTranslator toolkitTexts; // of the chooser of files
+    if (auto catalogue =
+            Catalogue::find(folders.resources + QStringLiteral("/texts"), QLocale::system().uiLanguages())) {
+        setTranslation(std::move(*catalogue));
+        if (toolkitTexts.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                              QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+            QApplication::installTranslator(&toolkitTexts);
+    }
 
     AppDelegate *delegate = nullptr;
     desktop->followStarts([&delegate](const QString &asked) {

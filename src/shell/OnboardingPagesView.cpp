@@ -61,8 +61,8 @@ private:
 /// A symbol and the name of a feature.
 class FeatureGridCell final : public QWidget {
 public:
-    FeatureGridCell(const QString &name, const QString &icon) : m_name(name), m_icon(icon) {
-        setAccessibleName(name);
+    FeatureGridCell(const QString &name, const QString &icon) : m_name(inDesktopWords(name)), m_icon(icon) {
+        setAccessibleName(m_name);
         setFixedHeight(44);
         setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     }
@@ -89,8 +89,8 @@ private:
 class GrantedMark final : public QWidget {
 public:
     explicit GrantedMark(QWidget *parent) : QWidget(parent) {
-        setAccessibleName(text(OnboardingModel::grantedText));
-        setFixedSize(int(lineWidth(text(OnboardingModel::grantedText), TextRole::bodyStrong)) + 26, 28);
+        setAccessibleName(inDesktopWords(text(OnboardingModel::grantedText)));
+        setFixedSize(int(lineWidth(inDesktopWords(text(OnboardingModel::grantedText)), TextRole::bodyStrong)) + 26, 28);
     }
 
 protected:
@@ -99,7 +99,7 @@ protected:
         preparePainter(painter);
         const Theme &theme = themeOf(this);
         paintSymbol(painter, QRectF(0, 0, 16, height()), text(OnboardingModel::grantedSymbol), 16, theme.successText);
-        paintLine(painter, QRectF(22, 0, width() - 22, height()), text(OnboardingModel::grantedText),
+        paintLine(painter, QRectF(22, 0, width() - 22, height()), inDesktopWords(text(OnboardingModel::grantedText)),
                   TextRole::bodyStrong, theme.successText);
     }
 };
@@ -112,8 +112,9 @@ public:
           m_allow(new Button(text(OnboardingModel::allowButton), ButtonStyle::prominent, this)),
           m_granted(new GrantedMark(this)) {
         setFixedHeight(76);
-        m_allow->setAccessibleName(text(OnboardingModel::allowButton) + QLatin1Char(' ') + text(row.name));
-        m_allow->setAccessibleDescription(text(row.description));
+        m_allow->setAccessibleName(inDesktopWords(text(OnboardingModel::allowButton)) + QLatin1Char(' ') +
+                                   inDesktopWords(text(row.name)));
+        m_allow->setAccessibleDescription(inDesktopWords(text(row.description)));
         connect(m_allow, &QAbstractButton::clicked, this, [this] { (m_checker.*m_row.onGrant)(); });
         connect(&checker, &PermissionChecker::accessibilityGrantedChanged, this, &PermissionRow::refresh);
         connect(&checker, &PermissionChecker::screenRecordingGrantedChanged, this, &PermissionRow::refresh);
@@ -131,10 +132,10 @@ protected:
         paintSymbolPlate(painter, symbol, text(m_row.icon), faint(accent, 40), accent);
         const qreal left = symbol.right() + 14;
         const qreal wide = width() - left - 104;
-        paintLine(painter, QRectF(left, height() / 2.0 - 22, wide, 22), text(m_row.name), TextRole::heading,
-                  theme.text);
-        paintLine(painter, QRectF(left, height() / 2.0 + 1, wide, 18), text(m_row.description), TextRole::callout,
-                  theme.secondaryText);
+        paintLine(painter, QRectF(left, height() / 2.0 - 22, wide, 22), inDesktopWords(text(m_row.name)),
+                  TextRole::heading, theme.text);
+        paintLine(painter, QRectF(left, height() / 2.0 + 1, wide, 18), inDesktopWords(text(m_row.description)),
+                  TextRole::callout, theme.secondaryText);
     }
     void resizeEvent(QResizeEvent *event) override {
         QWidget::resizeEvent(event);
@@ -163,8 +164,8 @@ public:
     explicit ShortcutLine(const std::vector<OnboardingModel::Shortcut> &shortcuts) {
         QStringList words;
         for (const auto &[keys, name] : shortcuts) {
-            m_hints.push_back({.key = keys, .symbol = {}, .label = name});
-            words.append(name + QLatin1Char(' ') + inDesktopWords(keys));
+            m_hints.push_back({.key = keys, .symbol = {}, .label = inDesktopWords(name)});
+            words.append(inDesktopWords(name) + QLatin1Char(' ') + inDesktopWords(keys));
         }
         setAccessibleName(words.join(QStringLiteral(", ")));
         setFixedHeight(24);

@@ -1,5 +1,6 @@
 #include "shell/OnboardingView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Button.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -43,8 +44,9 @@ QPixmap pictureOf(QWidget &page) {
 void paintTitle(QPainter &painter, int width) {
     QColor quiet(Qt::white);
     quiet.setAlphaF(quietTitle);
-    look::paintLine(painter, QRectF(0, 0, width, titleHeight), QLatin1String(OnboardingFlow::windowTitle),
-                    look::TextRole::captionStrong, quiet, Qt::AlignHCenter);
+    look::paintLine(painter, QRectF(0, 0, width, titleHeight),
+                    inDesktopWords(QLatin1String(OnboardingFlow::windowTitle)), look::TextRole::captionStrong, quiet,
+                    Qt::AlignHCenter);
 }
 
 /// The pictures of the page that leaves and the page that comes.
@@ -111,7 +113,7 @@ std::unique_ptr<QWidget> OnboardingView::makeWindow(const OnboardingModel::Ports
     auto window = std::make_unique<OnboardingView>(ports, std::move(onClose));
     // Some window managers draw a close button into every frame, so there is no frame.
     window->setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::CustomizeWindowHint | Qt::WindowTitleHint);
-    window->setWindowTitle(QLatin1String(OnboardingFlow::windowTitle));
+    window->setWindowTitle(inDesktopWords(QLatin1String(OnboardingFlow::windowTitle)));
     window->setAttribute(Qt::WA_QuitOnClose, false);
     window->setAttribute(Qt::WA_TranslucentBackground);
     if (const QScreen *screen = QGuiApplication::primaryScreen()) {

@@ -1,5 +1,6 @@
 #include "shell/StatusDisplay.h"
 
+#include "base/DesktopWords.h"
 #include "ports/StatusItem.h"
 #include "shell/FeatureFlags.h"
 #include "shell/ShellPreferences.h"
@@ -20,8 +21,8 @@ void StatusDisplay::setVisible(bool isVisible) {
 
 void StatusDisplay::setKeepAwake(const KeepAwakeState &state) {
     m_keepAwake = state;
-    m_parts.item.setToolTip(state.isAwake ? QStringLiteral("Tavrine — Keep Awake: ") + state.modeName
-                                          : QStringLiteral("Tavrine"));
+    m_parts.item.setToolTip(inDesktopWords(state.isAwake ? QStringLiteral("Tavrine — Keep Awake: ") + state.modeName
+                                                         : QStringLiteral("Tavrine")));
     updateStatusItem();
 }
 

@@ -1,5 +1,6 @@
 #include "upload/CloudUploadSettingsView.h"
 
+#include "base/DesktopWords.h"
 #include "base/Time.h"
 #include "look/Button.h"
 #include "look/EmptyState.h"
@@ -82,7 +83,7 @@ CloudUploadSettingsView::CloudUploadSettingsView(CloudUploadSettingsModel::Ports
     column->addWidget(m_editing, 1);
     m_locked =
         new EmptyState(QStringLiteral("lock.fill"), QStringLiteral("Turn on Custom Upload Script above to edit"));
-    m_locked->setAccessibleName(QStringLiteral("Turn on Custom Upload Script above to edit"));
+    m_locked->setAccessibleName(inDesktopWords(QStringLiteral("Turn on Custom Upload Script above to edit")));
     m_locked->setMinimumHeight(editorHeight);
     column->addWidget(m_locked, 1);
     m_pane = new ScrollPane(page, this);
@@ -110,7 +111,7 @@ QWidget *CloudUploadSettingsView::makeHeader() {
                                    QStringLiteral("Adds an Upload button to screenshots once a script is saved below"));
     m_toggle = new Toggle;
     m_toggle->setAccessibleDescription(
-        QStringLiteral("Adds an Upload button to screenshots once a script is saved below"));
+        inDesktopWords(QStringLiteral("Adds an Upload button to screenshots once a script is saved below")));
     header->setTrailing(m_toggle);
     card->add(header);
     connect(m_toggle, &QAbstractButton::toggled, &m_model, &CloudUploadSettingsModel::setEnabled);
@@ -132,7 +133,7 @@ QWidget *CloudUploadSettingsView::makeEditing() {
     imgbb->setSymbol(QStringLiteral("wand.and.stars"));
     imgbb->setToolTip(
         QStringLiteral("Replaces the script below with a ready-to-use ImgBB uploader — just paste in your API key"));
-    imgbb->setAccessibleDescription(imgbb->toolTip());
+    imgbb->setAccessibleDescription(inDesktopWords(imgbb->toolTip()));
     connect(imgbb, &QAbstractButton::clicked, &m_model, &CloudUploadSettingsModel::useImgbbTemplate);
     caption->addWidget(imgbb);
     column->addLayout(caption);

@@ -1,5 +1,6 @@
 #include "upload/TestLogView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "upload/ThinScrollBarsView.h"
@@ -28,7 +29,7 @@ TestLogView::TestLogView(QWidget *parent) : QPlainTextEdit(parent) {
     setFrameShape(NoFrame);
     setUndoRedoEnabled(false);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    setAccessibleName(QStringLiteral("Log"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Log")));
     document()->setDocumentMargin(space::small);
     if (Look *look = Look::current())
         connect(look, &Look::changed, this, &TestLogView::refreshTheme);

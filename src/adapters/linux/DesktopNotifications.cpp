@@ -56,7 +56,7 @@ void DesktopNotifications::show(QDBusConnection bus, const UserNotification &not
     QStringList actions;
     if (pressed) {
         // A press on the message itself, which some servers do not know, and a button.
-        actions = {QStringLiteral("default"), QStringLiteral("Open"), QStringLiteral("open"), QStringLiteral("Open")};
+        actions = {QStringLiteral("default"), inDesktopWords(QStringLiteral("Open")), QStringLiteral("open"), inDesktopWords(QStringLiteral("Open"))};
         if (std::exchange(m_heardOn, bus.name()) != bus.name())
             bus.connect(QString(), path, service, QStringLiteral("ActionInvoked"), this,
                         SLOT(onActionInvoked(QDBusMessage)));

@@ -1,6 +1,7 @@
 #include "adapters/linux/EdgeView.h"
 
 #include "adapters/linux/ScreenPlane.h"
+#include "base/DesktopWords.h"
 
 #include <QEasingCurve>
 #include <QGuiApplication>
@@ -48,7 +49,7 @@ EdgeView::EdgeView(const EdgeWindowDescription &description)
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_QuitOnClose, false);
     setAttribute(Qt::WA_AlwaysShowToolTips);
-    setWindowTitle(description.title);
+    setWindowTitle(inDesktopWords(description.title));
     m_steps.setTimerType(Qt::PreciseTimer);
     m_steps.setInterval(betweenSteps);
     QObject::connect(&m_steps, &QTimer::timeout, this, [this] { step(); });

@@ -1,6 +1,7 @@
 #include "adapters/linux/PanelView.h"
 
 #include "adapters/linux/IdleMemory.h"
+#include "base/DesktopWords.h"
 
 #include <QApplication>
 #include <QBackingStore>
@@ -25,7 +26,7 @@ PanelView::PanelView(const PanelDescription &description, Qt::WindowFlags flags)
     setAttribute(Qt::WA_ShowWithoutActivating, !description.canBecomeKey);
     setAttribute(Qt::WA_QuitOnClose, false);
     setAttribute(Qt::WA_AlwaysShowToolTips); // of a panel that never has the keyboard as well
-    setWindowTitle(description.title);
+    setWindowTitle(inDesktopWords(description.title));
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSizeConstraint(QLayout::SetNoConstraint); // a panel shrinks below what its content would like

@@ -1,5 +1,6 @@
 #include "adapters/linux/QtFilePanels.h"
 
+#include "base/DesktopWords.h"
 #include "base/WholeFile.h"
 
 #include <QDir>
@@ -50,16 +51,16 @@ public:
             path += QLatin1Char('.') + m_suffixes.first();
         const QFileInfo file(path);
         if (!QFileInfo(file.absolutePath()).isDir()) {
-            tell(tr("There is no folder \"%1\".").arg(file.absolutePath()), QMessageBox::Ok);
+            tell(QStringLiteral("There is no folder \"%1\".").arg(file.absolutePath()), QMessageBox::Ok);
         } else if (file.isDir()) {
-            tell(tr("\"%1\" is a folder.").arg(file.fileName()), QMessageBox::Ok);
+            tell(QStringLiteral("\"%1\" is a folder.").arg(file.fileName()), QMessageBox::Ok);
         } else if (const auto reason = whyNotWritable(QFile::encodeName(path).toStdString())) {
-            tell(tr("\"%1\" cannot be saved here: %2.").arg(file.fileName(), QString::fromStdString(*reason)),
+            tell(QStringLiteral("\"%1\" cannot be saved here: %2.").arg(file.fileName(), QString::fromStdString(*reason)),
                  QMessageBox::Ok);
         } else if (file.exists()) {
             QMessageBox *question =
-                tell(tr("\"%1\" already exists. Do you want to replace it?").arg(file.fileName()), QMessageBox::Cancel);
-            QPushButton *replace = question->addButton(tr("Replace"), QMessageBox::AcceptRole);
+                tell(QStringLiteral("\"%1\" already exists. Do you want to replace it?").arg(file.fileName()), QMessageBox::Cancel);
+            QPushButton *replace = question->addButton(inDesktopWords(QStringLiteral("Replace")), QMessageBox::AcceptRole);
             connect(replace, &QPushButton::clicked, this, [this, path] { end(path); });
         } else {
             end(path);
@@ -68,7 +69,7 @@ public:
 
 private:
     QMessageBox *tell(const QString &text, QMessageBox::StandardButton button) {
-        auto *box = new QMessageBox(QMessageBox::NoIcon, windowTitle(), text, button, this);
+        auto *box = new QMessageBox(QMessageBox::NoIcon, windowTitle(), inDesktopWords(text), button, this);
         box->setAttribute(Qt::WA_DeleteOnClose);
         m_prepare(*box);
         box->open();
@@ -104,12 +105,12 @@ void QtFilePanels::runSavePanel(const SavePanel &panel, Answer answer) {
     if (!isFree(answer))
         return;
     auto *dialog = new SaveDialog(suffixesOf(panel.filter), m_prepare);
-    dialog->setWindowTitle(panel.title);
+    dialog->setWindowTitle(inDesktopWords(panel.title));
     dialog->setOption(QFileDialog::DontUseNativeDialog); // before all else: it replaces the dialog's widgets
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setFileMode(QFileDialog::AnyFile);
     if (!panel.filter.isEmpty())
-        dialog->setNameFilter(panel.filter);
+        dialog->setNameFilter(inDesktopWords(panel.filter));
     run(dialog, panel.prompt, panel.directory, std::move(answer));
     dialog->selectFile(panel.fileName);
 }
@@ -118,13 +119,13 @@ void QtFilePanels::runOpenPanel(const OpenPanel &panel, Answer answer) {
     if (!isFree(answer))
         return;
     auto *dialog = new QFileDialog;
-    dialog->setWindowTitle(panel.title);
+    dialog->setWindowTitle(inDesktopWords(panel.title));
     dialog->setOption(QFileDialog::DontUseNativeDialog);
     dialog->setAcceptMode(QFileDialog::AcceptOpen);
     dialog->setFileMode(panel.choosesDirectories ? QFileDialog::Directory : QFileDialog::ExistingFile);
     dialog->setOption(QFileDialog::ShowDirsOnly, panel.choosesDirectories);
     if (!panel.choosesDirectories && !panel.filter.isEmpty())
-        dialog->setNameFilter(panel.filter);
+        dialog->setNameFilter(inDesktopWords(panel.filter));
     run(dialog, panel.prompt, panel.directory.isEmpty() ? m_lastDirectory : panel.directory, std::move(answer));
 }
 
@@ -133,7 +134,7 @@ void QtFilePanels::run(QFileDialog *dialog, const QString &prompt, const QString
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setDirectory(nearestFolder(directory));
     if (!prompt.isEmpty())
-        dialog->setLabelText(QFileDialog::Accept, prompt);
+        dialog->setLabelText(QFileDialog::Accept, inDesktopWords(prompt));
     connect(dialog, &QDialog::finished, this, [this, dialog, answer = std::move(answer)](int result) {
         std::optional<QString> path;
         if (result == QDialog::Accepted) {

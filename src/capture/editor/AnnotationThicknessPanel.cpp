@@ -1,5 +1,6 @@
 #include "capture/editor/AnnotationThicknessPanel.h"
 
+#include "base/DesktopWords.h"
 #include "capture/editor/DrawingTool.h"
 #include "look/Control.h"
 #include "look/Metrics.h"
@@ -20,7 +21,7 @@ constexpr qreal sampleWidth = 56;
 class ThicknessChoice final : public look::Control {
 public:
     explicit ThicknessChoice(const AnnotationThicknessEntry &entry) : m_lineWidth(entry.lineWidth) {
-        setText(QStringView(entry.label).toString());
+        setText(inDesktopWords(QStringView(entry.label).toString()));
         setCheckable(true);
         setFocusPolicy(Qt::StrongFocus);
         setFixedSize(choiceSize);
@@ -50,7 +51,7 @@ private:
 AnnotationThicknessPanel::AnnotationThicknessPanel(QWidget *anchor, AnnotationThickness chosen,
                                                    std::function<void(AnnotationThickness)> choose)
     : PopoverPanel(anchor), m_chosen(chosen) {
-    setAccessibleName(QStringLiteral("Thickness"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Thickness")));
     auto *list = new QWidget(this);
     auto *rows = new QVBoxLayout(list);
     rows->setContentsMargins(0, 0, 0, 0);

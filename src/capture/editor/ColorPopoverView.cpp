@@ -1,5 +1,6 @@
 #include "capture/editor/ColorPopoverView.h"
 
+#include "base/DesktopWords.h"
 #include "capture/editor/EditorModel.h"
 #include "look/Control.h"
 #include "look/FittingWindow.h"
@@ -30,7 +31,7 @@ public:
     Swatch(const EditorModel &model, const QColor &color, const QString &name, QWidget *parent)
         : Control(parent), m_model(model), m_color(color) {
         setFixedSize(cellSide, cellSide);
-        setToolTip(name);
+        setToolTip(inDesktopWords(name));
         connect(&model, &EditorModel::selectedColorChanged, this, qOverload<>(&QWidget::update));
     }
 
@@ -49,7 +50,7 @@ private:
 class CustomWell final : public look::Control {
 public:
     CustomWell(const EditorModel &model, QWidget *parent) : Control(parent), m_model(model) {
-        setText(QStringLiteral("Custom"));
+        setText(inDesktopWords(QStringLiteral("Custom")));
         setFixedHeight(cellSide);
         connect(&model, &EditorModel::selectedColorChanged, this, qOverload<>(&QWidget::update));
     }
@@ -132,7 +133,7 @@ void ColorPopoverView::chooseCustom() {
         dialog = new QColorDialog(m_model.selectedColor(), m_window);
         dialog->setOptions(QColorDialog::DontUseNativeDialog | QColorDialog::NoButtons |
                            QColorDialog::ShowAlphaChannel);
-        dialog->setWindowTitle(QStringLiteral("Annotation color"));
+        dialog->setWindowTitle(inDesktopWords(QStringLiteral("Annotation color")));
         dialog->setAttribute(Qt::WA_DeleteOnClose);
         fitToScreen(*dialog);
         connect(dialog, &QColorDialog::currentColorChanged, &m_model, &EditorModel::setSelectedColor);

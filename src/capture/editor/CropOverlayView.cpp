@@ -1,5 +1,6 @@
 #include "capture/editor/CropOverlayView.h"
 
+#include "base/DesktopWords.h"
 #include "capture/editor/EditorModel.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -75,7 +76,7 @@ void CropOverlayView::paintEvent(QPaintEvent *) {
 }
 
 void CropOverlayView::paintHint(QPainter &painter) {
-    const QString hint = QStringLiteral("Drag on the image to select crop area");
+    const QString hint = inDesktopWords(QStringLiteral("Drag on the image to select crop area"));
     const double wide = std::ceil(look::lineWidth(hint, look::TextRole::bodyStrong)) + 2 * look::space::large;
     const QRectF seen = visibleRegion().boundingRect();
     QRectF place(0, 0, std::min(wide, seen.width()), plateHeight);

@@ -1,5 +1,6 @@
 #include "capture/editor/DrawView.h"
 
+#include "base/DesktopWords.h"
 #include "capture/editor/AnnotationRenderer.h"
 #include "capture/editor/EraserRule.h"
 #include "look/Look.h"
@@ -39,7 +40,7 @@ public:
         colours.setColor(QPalette::Highlight, theme.accent);
         colours.setColor(QPalette::HighlightedText, theme.onAccent);
         setPalette(colours);
-        setAccessibleName(QStringLiteral("Text"));
+        setAccessibleName(inDesktopWords(QStringLiteral("Text")));
         setGeometry(QRect(field.origin.toPoint(), fieldSize));
     }
 
@@ -81,7 +82,7 @@ DrawView::DrawView(QWidget *parent)
                [this](const DrawViewModel::TextField &field) { showTextField(field); }, [this] { removeTextField(); },
                [this] { setFocus(Qt::OtherFocusReason); }, [this](const QPointF &origin) { moveTextField(origin); }}) {
     setFocusPolicy(Qt::ClickFocus);
-    setAccessibleName(QStringLiteral("Canvas"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Canvas")));
     setAttribute(Qt::WA_TabletTracking, false);
 }
 

@@ -1,5 +1,6 @@
 #include "capture/editor/EditorScans.h"
 
+#include "base/DesktopWords.h"
 #include "capture/reading/OCRResultView.h"
 #include "capture/reading/QRLabelBubble.h"
 #include "capture/reading/ReadingTexts.h"
@@ -27,7 +28,7 @@ QString utf8Text(const char *utf8) {
 class CloseButton final : public look::Control {
 public:
     explicit CloseButton(QWidget *parent) : Control(parent) {
-        setToolTip(QStringLiteral("Hide the codes"));
+        setToolTip(inDesktopWords(QStringLiteral("Hide the codes")));
         setAccessibleName(toolTip());
         setCursor(Qt::PointingHandCursor);
     }

@@ -1,5 +1,6 @@
 #include "capture/editor/EditorToolbarView.h"
 
+#include "base/DesktopWords.h"
 #include "capture/editor/EditorModel.h"
 #include "look/Button.h"
 #include "look/Look.h"
@@ -30,7 +31,7 @@ look::Button *iconButton(const char *symbol, const char *help, const char *key, 
     auto *button = new look::Button(QLatin1String(symbol), QLatin1String(help), parent);
     if (*key != '\0')
         button->setToolTip(QStringLiteral("%1  (%2)").arg(QLatin1String(help), QLatin1String(key)));
-    button->setAccessibleName(QLatin1String(help)); // the key is for the eye
+    button->setAccessibleName(inDesktopWords(QLatin1String(help))); // the key is for the eye
     return button;
 }
 
@@ -86,14 +87,14 @@ look::Button *EditorToolbarView::addWordButton(const char *symbol, const char *w
     auto *button = new look::Button(QLatin1String(word), look::ButtonStyle::plain, this);
     button->setSymbol(QLatin1String(symbol));
     button->setToolTip(QLatin1String(help));
-    button->setAccessibleName(QLatin1String(word));
+    button->setAccessibleName(inDesktopWords(QLatin1String(word)));
     layout()->addWidget(button);
     m_wordButtons.push_back(button);
     return button;
 }
 
 void EditorToolbarView::setWord(look::Button *button, const QString &word) {
-    button->setAccessibleName(word);
+    button->setAccessibleName(inDesktopWords(word));
     fitWords();
 }
 

@@ -1,5 +1,6 @@
 #include "capture/editor/EditorToolsView.h"
 
+#include "base/DesktopWords.h"
 #include "capture/editor/ColorPopoverView.h"
 #include "capture/editor/DrawingTool.h"
 #include "capture/editor/EditorModel.h"
@@ -25,8 +26,8 @@ constexpr int swatchSide = 26;
 class ColorButton final : public look::Control {
 public:
     ColorButton(EditorModel &model, QWidget *parent) : Control(parent), m_model(model) {
-        setText(QStringLiteral("Color"));
-        setToolTip(QStringLiteral("Annotation color"));
+        setText(inDesktopWords(QStringLiteral("Color")));
+        setToolTip(inDesktopWords(QStringLiteral("Annotation color")));
         setAccessibleName(toolTip());
         setFixedSize(swatchSide + int(std::ceil(look::lineWidth(text(), look::TextRole::body))) + 22, 34);
         connect(&model, &EditorModel::selectedColorChanged, this, qOverload<>(&QWidget::update));
@@ -60,7 +61,7 @@ QHBoxLayout *rowIn(QWidget *widget) {
 look::Button *zoomButton(const char *symbol, const char *help, const QString &key, QWidget *parent) {
     auto *button =
         new look::Button(QLatin1String(symbol), QStringLiteral("%1  (%2)").arg(QLatin1String(help), key), parent);
-    button->setAccessibleName(QLatin1String(help));
+    button->setAccessibleName(inDesktopWords(QLatin1String(help)));
     return button;
 }
 

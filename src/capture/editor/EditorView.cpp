@@ -1,5 +1,6 @@
 #include "capture/editor/EditorView.h"
 
+#include "base/DesktopWords.h"
 #include "capture/editor/CropOverlayView.h"
 #include "capture/editor/DrawView.h"
 #include "capture/editor/DrawingTool.h"
@@ -114,7 +115,7 @@ EditorView::EditorView(const QImage &image, const EditorModel::Ports &ports, Act
     : QWidget(parent), m_model(image, ports, actionsOf(*this, std::move(actions), hooks)) {
     setWindowIcon(look::applicationIcon());
     setFocusPolicy(Qt::ClickFocus);
-    setAccessibleName(QStringLiteral("Tavrine Editor"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Tavrine Editor")));
     build();
     connect(&m_model, &EditorModel::imageChanged, this, [this] {
         clearOverlayLayer();

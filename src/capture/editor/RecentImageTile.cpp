@@ -1,5 +1,6 @@
 #include "capture/editor/RecentImageTile.h"
 
+#include "base/DesktopWords.h"
 #include "capture/editor/EditorLandingModel.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -22,7 +23,7 @@ RecentImageTile::RecentImageTile(EditorLandingModel &model, const RecentImage &i
     setFixedSize(sizeHint());
     setText(model.timeText(image.date));
     setToolTip(QStringLiteral("Click to edit this screenshot"));
-    setAccessibleName(QStringLiteral("Click to edit this screenshot, %1").arg(text()));
+    setAccessibleName(inDesktopWords(QStringLiteral("Click to edit this screenshot, %1").arg(text())));
     connect(this, &QAbstractButton::clicked, &model, [this] { m_model.openRecentImage(m_fileName); });
     connect(&model, &EditorLandingModel::thumbnailMade, this, [this](const QString &fileName) {
         if (fileName == m_fileName)

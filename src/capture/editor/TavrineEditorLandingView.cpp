@@ -1,5 +1,6 @@
 #include "capture/editor/TavrineEditorLandingView.h"
 
+#include "base/DesktopWords.h"
 #include "capture/editor/RecentImageTile.h"
 #include "capture/editor/RecentStripView.h"
 #include "look/Button.h"
@@ -31,7 +32,7 @@ QString words(const char *utf8) {
 class DropArea final : public QWidget {
 public:
     DropArea(const EditorLandingModel &model, QWidget *parent) : QWidget(parent), m_model(model) {
-        setAccessibleName(words("Drag & Drop Image Here"));
+        setAccessibleName(inDesktopWords(words("Drag & Drop Image Here")));
         connect(&model, &EditorLandingModel::isTargetedChanged, this, qOverload<>(&QWidget::update));
         setMinimumHeight(contentHeight - symbolHeight);
     }
@@ -58,10 +59,11 @@ protected:
         if (hasRoomForSymbol())
             look::paintSymbol(painter, QRectF(0, top, width(), symbolHeight), QStringLiteral("photo.badge.plus"),
                               look::symbolsize::huge, isTargeted ? theme.accentText : theme.secondaryText);
-        look::paintLine(painter, QRectF(0, top + symbolHeight + 12, width(), 26), words("Drag & Drop Image Here"),
-                        look::TextRole::title, theme.text, Qt::AlignHCenter);
+        look::paintLine(painter, QRectF(0, top + symbolHeight + 12, width(), 26),
+                        inDesktopWords(words("Drag & Drop Image Here")), look::TextRole::title, theme.text,
+                        Qt::AlignHCenter);
         look::paintLine(painter, QRectF(0, top + symbolHeight + 40, width(), 20),
-                        words("Supports PNG, JPEG, WebP, HEIC & TIFF formats"), look::TextRole::body,
+                        inDesktopWords(words("Supports PNG, JPEG, WebP, HEIC & TIFF formats")), look::TextRole::body,
                         theme.secondaryText, Qt::AlignHCenter);
     }
     void resizeEvent(QResizeEvent *) override {
@@ -108,7 +110,7 @@ TavrineEditorLandingView::TavrineEditorLandingView(EditorLandingModel::Ports por
     : QWidget(parent), m_model(ports, std::move(history), std::move(actions)) {
     setAcceptDrops(true);
     setFocusPolicy(Qt::ClickFocus);
-    setAccessibleName(QStringLiteral("Tavrine Editor"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Tavrine Editor")));
     build();
     connect(&m_model, &EditorLandingModel::recentImagesChanged, this, &TavrineEditorLandingView::showRecent);
     connect(&m_model, &EditorLandingModel::canPasteChanged, this, [this] { m_paste->setVisible(m_model.canPaste()); });

@@ -1,5 +1,6 @@
 #include "capture/reading/OCRNotepadView.h"
 
+#include "base/DesktopWords.h"
 #include "capture/reading/CharacterCount.h"
 #include "capture/reading/EditableTextView.h"
 #include "capture/reading/ReadingTexts.h"
@@ -27,7 +28,7 @@ QString text(const char *utf8) {
 OCRNotepadView::OCRNotepadView(OCRNotepadState &state, Pasteboard &pasteboard, Time &time,
                                std::function<void()> onDismiss, QWidget *parent)
     : PanelSurface(look::radius::panel, parent), m_model(state, pasteboard, time), m_onDismiss(std::move(onDismiss)) {
-    setAccessibleName(text(readingTexts::extractedText));
+    setAccessibleName(inDesktopWords(text(readingTexts::extractedText)));
     build();
     connect(&m_model, &OCRNotepadModel::changed, this, &OCRNotepadView::showState);
     connect(&m_model, &OCRNotepadModel::ocrCopiedChanged, this, &OCRNotepadView::showCopied);
@@ -71,7 +72,7 @@ void OCRNotepadView::build() {
 
     m_error = new look::EmptyState(text(readingTexts::errorSymbol), {});
     m_text = new EditableTextView(EditableTextView::Kind::selectable);
-    m_text->setAccessibleName(text(readingTexts::extractedText));
+    m_text->setAccessibleName(inDesktopWords(text(readingTexts::extractedText)));
     m_text->installEventFilter(this);
 
     m_footer = new QWidget;

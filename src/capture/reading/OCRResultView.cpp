@@ -1,5 +1,6 @@
 #include "capture/reading/OCRResultView.h"
 
+#include "base/DesktopWords.h"
 #include "capture/reading/CharacterCount.h"
 #include "capture/reading/EditableTextView.h"
 #include "capture/reading/ReadingTexts.h"
@@ -28,9 +29,9 @@ QString text(const char *utf8) {
 OCRResultView::OCRResultView(const QString &found, Pasteboard &pasteboard, UrlOpener &urlOpener, Time &time,
                              Actions actions, QWidget *parent)
     : QWidget(parent), m_model(found, pasteboard, urlOpener, time), m_actions(std::move(actions)) {
-    setAccessibleName(text(readingTexts::extractedText));
+    setAccessibleName(inDesktopWords(text(readingTexts::extractedText)));
     m_text = new EditableTextView(EditableTextView::Kind::editable);
-    m_text->setAccessibleName(text(readingTexts::extractedText));
+    m_text->setAccessibleName(inDesktopWords(text(readingTexts::extractedText)));
     m_text->setText(found);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(look::space::large, look::space::large, look::space::large, look::space::large);

@@ -1,5 +1,6 @@
 #include "capture/reading/QRCodeRow.h"
 
+#include "base/DesktopWords.h"
 #include "capture/reading/QRResultModel.h"
 #include "capture/reading/ReadingTexts.h"
 #include "look/Button.h"
@@ -59,10 +60,10 @@ QStringList firstLines(const QString &whole, double width) {
 
 QRCodeRow::QRCodeRow(const QString &code, std::optional<int> index, Pasteboard &pasteboard, UrlOpener &urlOpener,
                      Time &time, QWidget *parent)
-    : Control(parent), m_code(code), m_header(qrResult::header(index).value_or(QString())),
+    : Control(parent), m_code(code), m_header(inDesktopWords(qrResult::header(index).value_or(QString()))),
       m_copy(pasteboard, time, qrResult::copiedShown) {
     setAccessibleName(m_header.isEmpty() ? code.left(200) : m_header + QStringLiteral(", ") + code.left(200));
-    setAccessibleDescription(utf8Text(readingTexts::copy));
+    setAccessibleDescription(inDesktopWords(utf8Text(readingTexts::copy)));
     if (const auto url = qrResult::webAddress(code)) {
         m_open = new look::Button(utf8Text(readingTexts::open), look::ButtonStyle::plain, this);
         m_open->setSymbol(utf8Text(readingTexts::openSymbol));
@@ -118,7 +119,7 @@ void QRCodeRow::paint(QPainter &painter) {
     }
 
     const bool copied = isCopied();
-    const QString label = utf8Text(copied ? readingTexts::copiedWithMark : readingTexts::copy);
+    const QString label = inDesktopWords(utf8Text(copied ? readingTexts::copiedWithMark : readingTexts::copy));
     const QColor ink = copied ? colours.successText : colours.accentText;
     const double words = look::lineWidth(label, look::TextRole::callout);
     const double top = m_open ? padding : (height() - lineHeight) / 2.0;

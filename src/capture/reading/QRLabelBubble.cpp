@@ -1,5 +1,6 @@
 #include "capture/reading/QRLabelBubble.h"
 
+#include "base/DesktopWords.h"
 #include "capture/reading/QRResultModel.h"
 #include "capture/reading/ReadingTexts.h"
 #include "look/Metrics.h"
@@ -42,14 +43,15 @@ QRLabelBubble::QRLabelBubble(const QString &words, bool isURL, Pasteboard &paste
 }
 
 QString QRLabelBubble::label() const {
-    return isCopied() ? utf8Text(readingTexts::copiedWithMark) : m_text;
+    return isCopied() ? inDesktopWords(utf8Text(readingTexts::copiedWithMark)) : m_text;
 }
 
 QSize QRLabelBubble::sizeHint() const {
     const double frame = 2 * padding + symbolSide + look::space::tiny + 2;
     const QString shown = look::oneLine(m_text, look::fontFor(look::TextRole::callout), widest - frame);
-    const double words = std::max(look::lineWidth(shown, look::TextRole::callout),
-                                  look::lineWidth(utf8Text(readingTexts::copiedWithMark), look::TextRole::callout));
+    const double words =
+        std::max(look::lineWidth(shown, look::TextRole::callout),
+                 look::lineWidth(inDesktopWords(utf8Text(readingTexts::copiedWithMark)), look::TextRole::callout));
     return {int(std::ceil(std::min(widest, frame + words))), bubbleHeight};
 }
 

@@ -1,5 +1,6 @@
 #include "capture/reading/QRResultView.h"
 
+#include "base/DesktopWords.h"
 #include "capture/reading/QRCodeRow.h"
 #include "capture/reading/QRResultModel.h"
 #include "capture/reading/ReadingTexts.h"
@@ -61,8 +62,8 @@ QRResultView::QRResultView(const QStringList &codes, const Ports &ports, std::fu
 }
 
 void QRResultView::buildEmpty() {
-    setAccessibleName(text(readingTexts::noCode));
-    setAccessibleDescription(text(readingTexts::noCodeAdvice));
+    setAccessibleName(inDesktopWords(text(readingTexts::noCode)));
+    setAccessibleDescription(inDesktopWords(text(readingTexts::noCodeAdvice)));
     auto *close = new look::Button(text(readingTexts::closeCircle), text(readingTexts::close));
     connect(close, &QAbstractButton::clicked, this, [this] { m_onDismiss(); });
     auto *column = new QVBoxLayout(this);
@@ -81,7 +82,7 @@ void QRResultView::buildEmpty() {
 }
 
 void QRResultView::build(const QStringList &codes, const Ports &ports) {
-    setAccessibleName(qrResult::title(codes.size()));
+    setAccessibleName(inDesktopWords(qrResult::title(codes.size())));
     auto *close = new look::Button(text(readingTexts::closeCircle), text(readingTexts::close));
     connect(close, &QAbstractButton::clicked, this, [this] { m_onDismiss(); });
     auto *words = new QVBoxLayout;

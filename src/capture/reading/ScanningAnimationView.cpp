@@ -1,5 +1,6 @@
 #include "capture/reading/ScanningAnimationView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Paint.h"
 
@@ -24,7 +25,7 @@ void paintCorner(QPainter &painter, QPointF corner, double right, double down, d
 } // namespace
 
 ScanningAnimationView::ScanningAnimationView(QWidget *parent) : QWidget(parent) {
-    setAccessibleName(QStringLiteral("Busy"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Busy")));
 }
 
 void ScanningAnimationView::showEvent(QShowEvent *) {

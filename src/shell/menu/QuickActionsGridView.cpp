@@ -1,5 +1,6 @@
 #include "shell/menu/QuickActionsGridView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Accessibility.h"
 
 #include <QEvent>
@@ -30,7 +31,7 @@ ControlCenterToggle::ControlCenterToggle(const QString &icon, const QString &tit
 QuickActionsGrid::QuickActionsGrid(QuickActionsModel &model, MakeCard makeCard, QWidget *parent)
     : QWidget(parent), m_model(model), m_makeCard(std::move(makeCard)) {
     look::setRole(*this, QAccessible::Grouping);
-    setAccessibleName(QStringLiteral("Quick Actions"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Quick Actions")));
     connect(&model, &QuickActionsModel::changed, this, &QuickActionsGrid::refresh);
     refresh();
 }

@@ -95,7 +95,7 @@ StatusMenuView::StatusMenuView(StatusMenu &menu, QuickActionsGrid *grid, QuickAc
     : PanelSurface(radius::card, parent), m_menu(menu), m_grid(grid), m_height(height),
       m_pane(new ScrollPane(grid, this)) {
     setFocusPolicy(Qt::NoFocus); // has the keyboard at first, and is no stop of the Tab key
-    setAccessibleName(QStringLiteral("Tavrine"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Tavrine")));
     connect(grid, &QuickActionsGrid::measureChanged, this,
             [grid] { QCoreApplication::postEvent(grid, new QEvent(QEvent::LayoutRequest)); });
     for (const StatusMenuEntry &entry : menu.entries()) {

@@ -85,7 +85,7 @@ QWidget *AbilitiesView::makeEnd(const AbilityReport &report) {
     line->setSpacing(space::medium);
     auto *copy = new Button(QStringLiteral("Copy"), ButtonStyle::prominent);
     copy->setButtonSize(ButtonSize::small);
-    copy->setAccessibleDescription(QLatin1String(HomeDashboardModel::textsOf(report.ability).title));
+    copy->setAccessibleDescription(inDesktopWords(QLatin1String(HomeDashboardModel::textsOf(report.ability).title)));
     copy->setToolTip(report.linesToCopy.trimmed());
     connect(copy, &QAbstractButton::clicked, &m_model, [this, report, copy] {
         m_model.copyLines(report);

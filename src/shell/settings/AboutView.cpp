@@ -1,6 +1,7 @@
 #include "shell/settings/AboutView.h"
 
 #include "base/Addresses.h"
+#include "base/DesktopWords.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
 #include "look/Metrics.h"
@@ -37,7 +38,7 @@ SettingsRow *linkRow(const char *symbol, const char *title, UrlOpener &opener, c
 } // namespace
 
 AboutView::AboutView(const Parts &parts) {
-    setAccessibleName(QStringLiteral("About"));
+    setAccessibleName(inDesktopWords(QStringLiteral("About")));
     column().addSpacing(space::huge);
     column().addWidget(makeIcon(), 0, Qt::AlignHCenter);
     column().addSpacing(space::medium);

@@ -1,5 +1,6 @@
 #include "shell/settings/AppIconView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Accessibility.h"
 #include "look/ApplicationIcon.h"
 #include "look/Paint.h"
@@ -16,7 +17,7 @@ AppIconView::AppIconView(int side, qreal cornerRadius, QWidget *parent)
     : QWidget(parent), m_cornerRadius(cornerRadius), m_icon(look::applicationIcon()) {
     setFixedSize(side, side);
     look::setRole(*this, QAccessible::Graphic);
-    setAccessibleName(QStringLiteral("Tavrine"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Tavrine")));
 }
 
 void AppIconView::paintEvent(QPaintEvent *) {

@@ -1,5 +1,6 @@
 #include "shell/settings/ExcludedAppsView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
@@ -123,7 +124,7 @@ void ExcludedAppsView::fill(QMenu &menu) {
     }
     if (!menu.isEmpty())
         menu.addSeparator();
-    connect(menu.addAction(QStringLiteral("Choose Application…")), &QAction::triggered, this,
+    connect(menu.addAction(inDesktopWords(QStringLiteral("Choose Application…"))), &QAction::triggered, this,
             [this] { m_model.excludeByFile(); });
 }
 

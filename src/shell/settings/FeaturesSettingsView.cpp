@@ -1,5 +1,6 @@
 #include "shell/settings/FeaturesSettingsView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
 #include "look/Metrics.h"
@@ -26,8 +27,8 @@ FeatureRowView::FeatureRowView(Feature feature, FeatureFlags &flags, Time &time,
     row->addWidget(m_spinner);
     row->addWidget(m_starting);
     row->addWidget(m_toggle);
-    m_toggle->setAccessibleName(QLatin1String(textOf(feature).title));
-    m_toggle->setAccessibleDescription(QLatin1String(textOf(feature).description));
+    m_toggle->setAccessibleName(inDesktopWords(QLatin1String(textOf(feature).title)));
+    m_toggle->setAccessibleDescription(inDesktopWords(QLatin1String(textOf(feature).description)));
     connect(m_toggle, &QAbstractButton::toggled, &m_model, &FeatureRowModel::setOn);
     connect(&m_model, &FeatureRowModel::changed, this, &FeatureRowView::refresh);
     refresh();

@@ -1,5 +1,6 @@
 #include "shell/settings/HomeDashboardView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Accessibility.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
@@ -31,7 +32,8 @@ constexpr int noteHeight = 34;
 /// One release note: its tag and its words.
 class NoteRow final : public QWidget {
 public:
-    explicit NoteRow(const ReleaseNote &note) : m_tag(QLatin1String(note.tag)), m_text(QLatin1String(note.text)) {
+    explicit NoteRow(const ReleaseNote &note)
+        : m_tag(inDesktopWords(QLatin1String(note.tag))), m_text(inDesktopWords(QLatin1String(note.text))) {
         QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Minimum); // higher than its hint where it wraps
         policy.setHeightForWidth(true);
         setSizePolicy(policy);
@@ -83,7 +85,7 @@ private:
 
 HomeDashboardView::HomeDashboardView(const HomeDashboardModel::Ports &ports, const QString &appVersion)
     : m_model(ports) {
-    setAccessibleName(QStringLiteral("Home"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Home")));
     addHead(appVersion);
     addPermissions();
     addAbilities();
@@ -120,7 +122,7 @@ void HomeDashboardView::addPermissions() {
             new SettingsRow(QLatin1String(each.symbol), QLatin1String(each.title), QLatin1String(each.subtitle));
         auto *button = new Button(QStringLiteral("Allow"), ButtonStyle::prominent);
         button->setButtonSize(ButtonSize::small);
-        button->setAccessibleDescription(QLatin1String(each.title));
+        button->setAccessibleDescription(inDesktopWords(QLatin1String(each.title)));
         row->setTrailing(button);
         connect(button, &QAbstractButton::clicked, &m_model, [this, &each] { m_model.allow(each); });
         card->add(row);

@@ -1,5 +1,6 @@
 #include "shell/settings/KeepAwakeSettingsView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Button.h"
 #include "look/ColorWell.h"
 #include "look/Metrics.h"
@@ -29,9 +30,9 @@ KeepAwakeSettingsView::KeepAwakeSettingsView(std::unique_ptr<KeepAwakeSettingsMo
     auto *reset = new Button(QLatin1String(Model::resetTitle));
     reset->setButtonSize(ButtonSize::small);
     reset->setToolTip(QLatin1String(Model::resetHelp));
-    reset->setAccessibleDescription(QLatin1String(Model::resetHelp));
+    reset->setAccessibleDescription(inDesktopWords(QLatin1String(Model::resetHelp)));
     auto *well = new ColorWell;
-    well->setAccessibleName(QLatin1String(Model::colorTitle));
+    well->setAccessibleName(inDesktopWords(QLatin1String(Model::colorTitle)));
     row->addWidget(reset);
     row->addWidget(well);
     colorRow->setTrailing(end);

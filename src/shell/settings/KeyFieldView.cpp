@@ -48,7 +48,7 @@ void KeyFieldView::setKey(const QString &key) {
     if (key == m_key)
         return;
     m_key = key;
-    setAccessibleName(QStringLiteral("Shortcut Key"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Shortcut Key")));
     setAccessibleDescription(inDesktopWords(modifiers + key));
     updateGeometry();
     update();

@@ -1,5 +1,6 @@
 #include "shell/settings/LayoutPreviewView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Accessibility.h"
 #include "look/Control.h"
 #include "look/Look.h"
@@ -36,14 +37,18 @@ const Spring reorder = Spring::responding(0.3, 0.825);
 class LayoutPreviewView::Item final : public Control {
 public:
     Item(QuickAction action, LayoutPreviewView &view) : Control(&view), m_action(action), m_view(view) {
-        setText(QLatin1String(textOf(action).title));
-        setAccessibleDescription(QStringLiteral("Drag to reorder"));
+        setText(inDesktopWords(QLatin1String(textOf(action).title)));
+        setAccessibleDescription(inDesktopWords(QStringLiteral("Drag to reorder")));
         setFocusPolicy(Qt::StrongFocus);
         setCursor(Qt::OpenHandCursor);
     }
 
-    [[nodiscard]] QStringList actionNames() const override { return {moveEarlier, moveLater}; }
-    void act(const QString &name) override { m_view.m_model.moveBy(m_action, name == moveLater ? 1 : -1); }
+    [[nodiscard]] QStringList actionNames() const override {
+        return {inDesktopWords(moveEarlier), inDesktopWords(moveLater)};
+    }
+    void act(const QString &name) override {
+        m_view.m_model.moveBy(m_action, name == inDesktopWords(moveLater) ? 1 : -1);
+    }
 
 protected:
     void paint(QPainter &painter) override {
@@ -101,7 +106,7 @@ private:
 LayoutPreviewView::LayoutPreviewView(LayoutSettingsModel &model, QWidget *parent) : QWidget(parent), m_model(model) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setRole(*this, QAccessible::Grouping);
-    setAccessibleName(QStringLiteral("PREVIEW"));
+    setAccessibleName(inDesktopWords(QStringLiteral("PREVIEW")));
     connect(&model, &LayoutSettingsModel::changed, this, &LayoutPreviewView::refresh);
     refresh();
 }
@@ -194,8 +199,8 @@ void LayoutPreviewView::paintEvent(QPaintEvent *) {
     fillRounded(painter, menu, radius::card, over(theme.surface, theme.control));
     strokeHairline(painter, menu, radius::card, theme.outline);
     if (m_rows.empty())
-        paintLine(painter, menu, QStringLiteral("All items hidden"), TextRole::body, theme.secondaryText,
-                  Qt::AlignHCenter);
+        paintLine(painter, menu, inDesktopWords(QStringLiteral("All items hidden")), TextRole::body,
+                  theme.secondaryText, Qt::AlignHCenter);
 }
 
 /// The window is moved by its ground, and not by this.

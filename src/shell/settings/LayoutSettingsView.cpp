@@ -1,5 +1,6 @@
 #include "shell/settings/LayoutSettingsView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -28,14 +29,14 @@ public:
     VisibilityRow(QuickAction action, LayoutSettingsModel &model) : m_action(action), m_model(model) {
         setFixedHeight(rowHeight);
         if (!LayoutSettingsModel::canHide(action)) {
-            setAccessibleName(QLatin1String(textOf(action).title));
+            setAccessibleName(inDesktopWords(QLatin1String(textOf(action).title)));
             return;
         }
         auto *row = new QHBoxLayout(this);
         row->setContentsMargins(0, 0, space::medium, 0);
         row->addStretch();
         m_toggle = new Toggle;
-        m_toggle->setAccessibleName(QLatin1String(textOf(action).title));
+        m_toggle->setAccessibleName(inDesktopWords(QLatin1String(textOf(action).title)));
         row->addWidget(m_toggle);
         connect(m_toggle, &QAbstractButton::toggled, &model,
                 [&model, action](bool isOn) { model.setShown(action, isOn); });
@@ -58,8 +59,8 @@ protected:
         place.translate(symbolsize::medium + space::medium, 0);
         paintSymbol(painter, place, QLatin1String(textOf(m_action).icon), symbolsize::medium, theme.text);
         const qreal left = place.right() + space::medium;
-        paintLine(painter, QRectF(left, 0, width() - left - 70, height()), QLatin1String(textOf(m_action).title),
-                  TextRole::body, theme.text);
+        paintLine(painter, QRectF(left, 0, width() - left - 70, height()),
+                  inDesktopWords(QLatin1String(textOf(m_action).title)), TextRole::body, theme.text);
         if (!m_toggle)
             paintSymbol(painter, QRectF(width() - 44, 0, 32, height()), QStringLiteral("lock.fill"), symbolsize::medium,
                         theme.tertiaryText);

@@ -1,5 +1,6 @@
 #include "shell/settings/MainAppView.h"
 
+#include "base/DesktopWords.h"
 #include "look/ApplicationIcon.h"
 #include "look/EmptyState.h"
 #include "look/Look.h"
@@ -35,7 +36,7 @@ MainAppView::~MainAppView() = default;
 
 std::unique_ptr<QWidget> MainAppView::makeWindow(NotificationCenter &center, MakePage makePage, AskToSave askToSave) {
     auto window = std::make_unique<MainAppView>(center, std::move(makePage), std::move(askToSave));
-    window->setWindowTitle(QLatin1String(windowTitle));
+    window->setWindowTitle(inDesktopWords(QLatin1String(windowTitle)));
     window->setWindowIcon(look::applicationIcon());
     window->setAttribute(Qt::WA_QuitOnClose, false);
     window->resize(firstSize);

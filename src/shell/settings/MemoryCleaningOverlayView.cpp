@@ -1,5 +1,6 @@
 #include "shell/settings/MemoryCleaningOverlayView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -32,8 +33,8 @@ constexpr double checkDelaySeconds = 0.15;
 } // namespace
 
 MemoryCleaningOverlay::MemoryCleaningOverlay(QWidget *parent) : QWidget(parent) {
-    setAccessibleName(QStringLiteral("Memory Cleared"));
-    setAccessibleDescription(QStringLiteral("Clipboard history deleted"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Memory Cleared")));
+    setAccessibleDescription(inDesktopWords(QStringLiteral("Clipboard history deleted")));
     parent->installEventFilter(this);
     hide();
 }
@@ -104,10 +105,10 @@ void MemoryCleaningOverlay::paintEvent(QPaintEvent *) {
     const QPointF centre(width() / 2.0, height() / 2.0 - 40);
     paintBadge(painter, centre);
     const qreal top = centre.y() + flight + space::large;
-    paintLine(painter, QRectF(0, top, width(), 26), QStringLiteral("Memory Cleared"), TextRole::heading, theme.text,
-              Qt::AlignHCenter);
-    paintLine(painter, QRectF(0, top + 26, width(), 20), QStringLiteral("Clipboard history deleted"), TextRole::body,
-              theme.secondaryText, Qt::AlignHCenter);
+    paintLine(painter, QRectF(0, top, width(), 26), inDesktopWords(QStringLiteral("Memory Cleared")), TextRole::heading,
+              theme.text, Qt::AlignHCenter);
+    paintLine(painter, QRectF(0, top + 26, width(), 20), inDesktopWords(QStringLiteral("Clipboard history deleted")),
+              TextRole::body, theme.secondaryText, Qt::AlignHCenter);
 }
 
 bool MemoryCleaningOverlay::eventFilter(QObject *object, QEvent *event) {

@@ -47,8 +47,8 @@ QFont pointed(TextRole role, qreal points) {
 class SidebarView::Row final : public Control {
 public:
     Row(SidebarItem item, SidebarView &view) : Control(&view), m_item(item), m_view(view) {
-        setText(titleOf(item));
-        setAccessibleName(QLatin1String(textOf(item).text));
+        setText(inDesktopWords(titleOf(item)));
+        setAccessibleName(inDesktopWords(QLatin1String(textOf(item).text)));
         setCheckable(true);
         setAutoExclusive(true);
         setFocusPolicy(Qt::ClickFocus);
@@ -94,11 +94,11 @@ private:
         left += dotSide + dotGap;
         painter.setFont(pointed(isChecked() ? TextRole::bodyStrong : TextRole::body, subRowPoints));
         painter.setPen(theme().text);
-        const QString title = inDesktopWords(text());
+        const QString title = text();
         painter.drawText(body.adjusted(left, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, title);
         left += painter.fontMetrics().horizontalAdvance(title) + dotGap;
         const QFont small = pointed(TextRole::captionStrong, badgePoints);
-        const QString badge = QLatin1String(newBadge);
+        const QString badge = inDesktopWords(QLatin1String(newBadge));
         const qreal wide = QFontMetricsF(small).horizontalAdvance(badge) + 2 * space::tiny;
         const QRectF plate(left, body.center().y() - 6, wide, 12);
         fillRounded(painter, plate, radius::badge, theme().accent);
@@ -114,7 +114,7 @@ private:
 SidebarView::SidebarView(QWidget *parent) : QWidget(parent) {
     setFixedWidth(width);
     setRole(*this, QAccessible::Grouping);
-    setAccessibleName(QStringLiteral("Pages"));
+    setAccessibleName(inDesktopWords(QStringLiteral("Pages")));
     auto *list = new QWidget;
     auto *column = new QVBoxLayout(list);
     column->setContentsMargins(space::medium, space::medium, space::medium, space::medium);

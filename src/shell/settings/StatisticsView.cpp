@@ -1,5 +1,6 @@
 #include "shell/settings/StatisticsView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Accessibility.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -27,7 +28,7 @@ StatisticsView::StatisticsView(ClipboardSettingsModel &model, QWidget *parent) :
 void StatisticsView::refresh() {
     QStringList words;
     for (const auto &[title, count] : m_model.statistics())
-        words.append(QLatin1String(title) + QStringLiteral(" ") + QLocale().toString(count));
+        words.append(inDesktopWords(QLatin1String(title)) + QStringLiteral(" ") + QLocale().toString(count));
     setAccessibleName(words.join(QStringLiteral(", ")));
     update();
 }
@@ -42,7 +43,7 @@ void StatisticsView::paintEvent(QPaintEvent *) {
         const QRectF cell(wide * double(i), 0, wide, height());
         paintLine(painter, cell.adjusted(4, space::medium, -4, -36), QLocale().toString(figures.at(i).count),
                   TextRole::title, theme.text, Qt::AlignHCenter);
-        paintLine(painter, cell.adjusted(4, 46, -4, -space::medium), QLatin1String(figures.at(i).title),
+        paintLine(painter, cell.adjusted(4, 46, -4, -space::medium), inDesktopWords(QLatin1String(figures.at(i).title)),
                   TextRole::caption, theme.secondaryText, Qt::AlignHCenter);
         if (i > 0) {
             const QRectF line(std::round(cell.left()), space::large, 1, height() - 2 * space::large);

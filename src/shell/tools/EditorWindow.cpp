@@ -1,5 +1,6 @@
 #include "shell/tools/EditorWindow.h"
 
+#include "base/DesktopWords.h"
 #include "capture/editor/TavrineEditorContainerView.h"
 #include "clipboard/ClipboardManager.h"
 #include "clipboard/ClipboardRowActions.h"
@@ -50,7 +51,7 @@ std::unique_ptr<QWidget> makeContent(const EditorFlow::Window &window, const Edi
 std::unique_ptr<QWidget> makeEditorWindow(const EditorFlow::Window &window, const EditorWindowParts &parts,
                                           const std::function<void()> &close) {
     std::unique_ptr<QWidget> widget = makeContent(window, parts, close);
-    widget->setWindowTitle(window.title);
+    widget->setWindowTitle(inDesktopWords(window.title));
     widget->setAttribute(Qt::WA_QuitOnClose, false);
     widget->setMinimumSize(smallestSize);
     const QRect place = parts.toolkitRect(window.frame).toRect();

@@ -1,5 +1,6 @@
 #include "utilities/awake/KeepAwakeControlView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Accessibility.h"
 #include "look/Indicators.h"
 #include "look/Look.h"
@@ -32,7 +33,7 @@ QVBoxLayout *columnIn(QWidget *widget) {
 KeepAwakeControlView::KeepAwakeControlView(std::unique_ptr<KeepAwakeControlModel> model) : m_model(std::move(model)) {
     setFixedWidth(cardWidth);
     look::setRole(*this, QAccessible::Grouping);
-    setAccessibleName(QLatin1String(KeepAwakeControlModel::title));
+    setAccessibleName(inDesktopWords(QLatin1String(KeepAwakeControlModel::title)));
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(margin, margin, margin, margin);
     column->setSpacing(look::space::small);
@@ -40,7 +41,7 @@ KeepAwakeControlView::KeepAwakeControlView(std::unique_ptr<KeepAwakeControlModel
     auto *top = new QHBoxLayout;
     m_header = new KeepAwakeHeader;
     m_switch = new look::Toggle;
-    m_switch->setAccessibleName(QLatin1String(KeepAwakeControlModel::title));
+    m_switch->setAccessibleName(inDesktopWords(QLatin1String(KeepAwakeControlModel::title)));
     connect(m_switch, &QAbstractButton::clicked, this, [this] {
         m_model->manager().toggle();
         refresh(); // it may have done nothing

@@ -34,7 +34,7 @@ KeepAwakeHeader::KeepAwakeHeader(QWidget *parent) : QWidget(parent) {
 void KeepAwakeHeader::set(bool isAwake, const QString &status) {
     m_isAwake = isAwake;
     m_status = inDesktopWords(status);
-    setAccessibleName(QLatin1String(KeepAwakeControlModel::title) + QStringLiteral(", ") + m_status);
+    setAccessibleName(inDesktopWords(QLatin1String(KeepAwakeControlModel::title)) + QStringLiteral(", ") + m_status);
     update();
 }
 
@@ -49,8 +49,9 @@ void KeepAwakeHeader::paintEvent(QPaintEvent *) {
     const qreal left = circle.right() + 10;
     const qreal wide = width() - left;
     const qreal middle = height() / 2.0;
-    look::paintLine(painter, QRectF(left, middle - 17, wide, 17), QLatin1String(KeepAwakeControlModel::title),
-                    look::TextRole::bodyStrong, theme.text);
+    look::paintLine(painter, QRectF(left, middle - 17, wide, 17),
+                    inDesktopWords(QLatin1String(KeepAwakeControlModel::title)), look::TextRole::bodyStrong,
+                    theme.text);
     look::paintLine(painter, QRectF(left, middle + 1, wide, 15), m_status, look::TextRole::caption,
                     m_isAwake ? theme.accentText : theme.secondaryText);
 }

@@ -1,5 +1,6 @@
 #include "utilities/awake/TimeFieldView.h"
 
+#include "base/DesktopWords.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -28,7 +29,7 @@ QString format() {
 } // namespace
 
 TimeField::TimeField(const QString &name, QWidget *parent) : QTimeEdit(parent) {
-    setAccessibleName(name);
+    setAccessibleName(inDesktopWords(name));
     setDisplayFormat(format());
     setFont(look::fontFor(look::TextRole::body));
     setFrame(false);

@@ -81,7 +81,7 @@ void EmojiPickerView::build() {
     for (const EmojiCategoryRow &row : emojiCategories)
         names.append(row.rawValue);
     m_categories = new look::ChipStrip(names);
-    list().setAccessibleName(text(EmojiPickerModel::windowTitle));
+    list().setAccessibleName(inDesktopWords(text(EmojiPickerModel::windowTitle)));
     empty().set(text(emojiPickerTexts::emptySymbol), text(emojiPickerTexts::empty));
 
     auto *column = new QVBoxLayout(this);
@@ -195,7 +195,7 @@ void EmojiPickerView::paintLine(QPainter &painter, int row, const QRectF &rect, 
     const Line &line = m_lines[size_t(row)];
     const EmojiSection &section = m_model.sections()[line.section];
     if (line.count == 0) {
-        look::paintSectionHeader(painter, rect, section.title, theme);
+        look::paintSectionHeader(painter, rect, inDesktopWords(section.title), theme);
         return;
     }
     for (size_t column = 0; column < line.count; ++column) {
@@ -239,7 +239,7 @@ QString EmojiPickerView::accessibleText(int row) const {
     const Line &line = m_lines[size_t(row)];
     const EmojiSection &section = m_model.sections()[line.section];
     if (line.count == 0)
-        return section.title;
+        return inDesktopWords(section.title);
     // The selected one alone is what the keyboard is on; a line that was reached otherwise is read out whole.
     if (m_selection && m_selection->section == line.section && m_selection->item >= line.first &&
         m_selection->item < line.first + line.count)

@@ -1,5 +1,6 @@
 #include "utilities/lofi/LofiMiniPlayer.h"
 
+#include "base/DesktopWords.h"
 #include "look/Accessibility.h"
 #include "look/Control.h"
 #include "look/Look.h"
@@ -95,12 +96,13 @@ LofiMiniPlayer::LofiMiniPlayer(std::unique_ptr<LofiPlayerModel> model, QWidget *
 LofiMiniPlayer::~LofiMiniPlayer() = default;
 
 void LofiMiniPlayer::refresh() {
-    setAccessibleName(m_model->title());
-    setAccessibleDescription(m_model->statusLine());
+    setAccessibleName(inDesktopWords(m_model->title()));
+    setAccessibleDescription(inDesktopWords(m_model->statusLine()));
     setToolTip(m_model->title());
     m_button->setSymbol(m_model->icon());
     m_button->setToolTip(m_model->playActionName());
-    m_button->setAccessibleDescription(m_model->title() + QStringLiteral(", ") + m_model->statusLine());
+    m_button->setAccessibleDescription(inDesktopWords(m_model->title()) + QStringLiteral(", ") +
+                                       inDesktopWords(m_model->statusLine()));
     const double goal = m_model->isGlowing() ? 1 : 0;
     if (goal == m_glowPart) { // a card that comes into sight moves nothing
         m_glow.stop();
@@ -134,9 +136,9 @@ void LofiMiniPlayer::paintEvent(QPaintEvent *) {
                            look::mixed(theme.text, theme.onAccent, m_glowPart));
     const qreal left = plate.right() + look::space::medium;
     const qreal wide = m_button->x() - look::space::medium - left;
-    look::paintLine(painter, QRectF(left, card.center().y() - 19, wide, 18), m_model->title(),
+    look::paintLine(painter, QRectF(left, card.center().y() - 19, wide, 18), inDesktopWords(m_model->title()),
                     look::TextRole::bodyStrong, theme.text);
-    look::paintLine(painter, QRectF(left, card.center().y() + 2, wide, 16), m_model->statusLine(),
+    look::paintLine(painter, QRectF(left, card.center().y() + 2, wide, 16), inDesktopWords(m_model->statusLine()),
                     look::TextRole::caption, m_model->isGlowing() ? theme.accentText : theme.secondaryText);
     if (m_model->isDownloading()) {
         const QRectF track(left, card.bottom() - progressHeight - 6, wide, progressHeight);
@@ -159,7 +161,7 @@ void LofiMiniPlayer::contextMenuEvent(QContextMenuEvent *event) {
     look::dress(*menu, this);
     const auto commands = m_model->commands();
     for (const LofiPlayerModel::Command command : commands)
-        menu->addAction(LofiPlayerModel::titleOf(command), m_model.get(),
+        menu->addAction(inDesktopWords(LofiPlayerModel::titleOf(command)), m_model.get(),
                         [this, command] { m_model->perform(command); });
     menu->popup(event->globalPos());
     event->accept();
