@@ -169,11 +169,13 @@ TEST_F(ALateManager, holdsAPasteBackUntilItHasGivenTheKeyboardOn) {
     postPaste();
     EXPECT_TRUE(poster.isHeldBack());
     letGo();
+    // The manager may need longer for it than a paste is held back, but the next one comes when it is there.
     ASSERT_TRUE(waitUntil([this] {
-        if (poster.isHeldBack())
-            postPaste();
-        return !poster.isHeldBack();
+        return keyboard.focusedWindow() != XCB_INPUT_FOCUS_POINTER_ROOT &&
+               desktop.activeWindow() == desktop.windowOf(window.processId());
     }));
+    postPaste();
+    EXPECT_FALSE(poster.isHeldBack());
     EXPECT_TRUE(window.waitForText(part(0)));
 }
 
