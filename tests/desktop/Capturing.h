@@ -20,9 +20,8 @@ public:
     [[nodiscard]] bool take(const QRect &area) {
         constexpr int keyTwo = 11;
         m_desktop.keyboard.chord({key::leftSuper, key::leftShift, keyTwo});
-        if (!waitUntil([this] { return isToolRunning(); }))
+        if (!waitUntil([this] { return isToolRunning() && m_desktop.isFrozen(); }))
             return false;
-        pass(std::chrono::milliseconds(800)); // until the tool has frozen the screen
         drag(area.topLeft(), area.bottomRight());
         return waitUntil([this] { return m_desktop.isShown(captureCard); });
     }

@@ -1,5 +1,6 @@
 // Triggers, panels and paste-back of the built program, driven with keys as a person would.
 
+#include "desktop/PasteTargets.h"
 #include "desktop/Program.h"
 #include "support/Eventually.h"
 #include "support/Wait.h"
@@ -17,9 +18,9 @@ namespace {
 
 /// A trigger that opens nothing is waited for as long as this: many times what an opening takes.
 constexpr auto longEnough = 1200ms;
-/// From the press of a trigger to a window on the screen, on a machine that builds something at the same time. The
-/// first one builds the panel.
-constexpr auto openingBound = 2000ms;
+/// From the press of a trigger to a window on the screen, on a machine that builds something at the same time; how fast
+/// it comes is measured elsewhere.
+constexpr auto openingBound = 10s;
 
 QString outputOf(const QString &command, const QStringList &arguments) {
     QProcess process;
@@ -31,7 +32,7 @@ void xdotool(const QStringList &words) {
     (void)outputOf(QStringLiteral("xdotool"), words);
 }
 
-void key(const char *keys) {
+void press(const char *keys) {
     xdotool({QStringLiteral("key"), QLatin1String(keys)});
 }
 
@@ -56,41 +57,7 @@ bool hasKeyboard(const char *title) {
     return windows.size() == 1 && windows.constFirst() == focusedWindow();
 }
 
-constexpr auto clipboardPanel = "Clipboard Search";
-constexpr auto classicPanel = "Classic Clipboard";
-constexpr auto emojiPanel = "Emoji Picker";
-constexpr auto welcomeWindow = "Welcome to Tavrine";
-
-/// A foreign line of text that has the keyboard, and what stands in it.
-class ForeignLine {
-public:
-    ForeignLine() {
-        m_process.start(QStringLiteral(TAVRINE_CLIENTS "/gtk-entry"), QStringList());
-        m_hasKeyboard = waitUntil([this] { return read().contains(QLatin1String("focus\n")); });
-    }
-    ~ForeignLine() {
-        m_process.kill();
-        m_process.waitForFinished(5000);
-    }
-    [[nodiscard]] bool hasKeyboard() const { return m_hasKeyboard; }
-    [[nodiscard]] QString text() {
-        const auto lines = read().split(QLatin1Char('\n'));
-        QString last;
-        for (const QString &line : lines)
-            if (line.startsWith(QLatin1String("text ")))
-                last = line.mid(5);
-        return last;
-    }
-
-private:
-    const QString &read() {
-        m_output += QString::fromUtf8(m_process.readAllStandardOutput());
-        return m_output;
-    }
-    QProcess m_process;
-    QString m_output;
-    bool m_hasKeyboard = false;
-};
+constexpr auto gtkEntry = TAVRINE_CLIENTS "/gtk-entry";
 
 class PanelsOnADesktop : public testing::Test {
 protected:
@@ -115,7 +82,7 @@ protected:
         return waitUntil([&] { return program.rowsWith(QString::fromUtf8(text)) == 1; });
     }
     bool open(const char *keys, const char *title) {
-        key(keys);
+        press(keys);
         return waitUntil([title] { return hasKeyboard(title); }, openingBound);
     }
 
@@ -130,18 +97,21 @@ TEST_F(PanelsOnADesktop, theHotKeyShowsTheClipboardPanelWithTheKeyboardAndASecon
     timer.start();
     ASSERT_TRUE(open("super+shift+v", clipboardPanel));
     RecordProperty("openedWithinMilliseconds", static_cast<int>(timer.elapsed()));
-    key("super+shift+v");
+    press("super+shift+v");
     EXPECT_TRUE(waitUntil([] { return !isShown(clipboardPanel); }, openingBound));
     EXPECT_TRUE(open("super+shift+v", clipboardPanel));
 }
 
 TEST_F(PanelsOnADesktop, escapeClosesTheClipboardPanelAndGivesTheKeyboardBack) {
     ASSERT_TRUE(start());
-    ForeignLine line;
-    ASSERT_TRUE(line.hasKeyboard());
+    LineTarget line(gtkEntry);
+    ASSERT_TRUE(line.isReady());
+    const TestKeyboard keyboard;
+    const auto before = keyboard.focusedWindow();
     ASSERT_TRUE(open("super+shift+v", clipboardPanel));
-    key("Escape");
+    press("Escape");
     EXPECT_TRUE(waitUntil([] { return !isShown(clipboardPanel); }, openingBound));
+    EXPECT_TRUE(waitUntil([&] { return keyboard.focusedWindow() == before; }));
     xdotool({QStringLiteral("type"), QStringLiteral("on")});
     EXPECT_TRUE(waitUntil([&] { return line.text() == QLatin1String("on"); }));
 }
@@ -158,16 +128,14 @@ TEST_F(PanelsOnADesktop, returnPastesWhatWasSearchedForIntoAGtkWindow) {
     ASSERT_TRUE(start());
     ASSERT_TRUE(record("the wanted line"));
     ASSERT_TRUE(record("another line"));
-    ForeignLine line;
-    ASSERT_TRUE(line.hasKeyboard());
+    LineTarget line(gtkEntry);
+    ASSERT_TRUE(line.isReady());
     ASSERT_TRUE(open("super+shift+v", clipboardPanel));
     xdotool({QStringLiteral("type"), QStringLiteral("wanted")});
-    letPass(500ms); // the search follows the typing
     QElapsedTimer timer;
     timer.start();
-    key("Return");
-    EXPECT_TRUE(waitUntil([&] { return line.text() == QLatin1String("the wanted line"); }, 4s))
-        << qPrintable(line.text());
+    press("Return");
+    EXPECT_TRUE(waitUntil([&] { return line.text() == QLatin1String("the wanted line"); })) << qPrintable(line.text());
     RecordProperty("pastedWithinMilliseconds", static_cast<int>(timer.elapsed()));
     EXPECT_FALSE(isShown(clipboardPanel));
     letPass(longEnough); // a paste that came twice would be here by now
@@ -177,40 +145,47 @@ TEST_F(PanelsOnADesktop, returnPastesWhatWasSearchedForIntoAGtkWindow) {
 TEST_F(PanelsOnADesktop, returnPastesIntoATerminal) {
     ASSERT_TRUE(start());
     const QString path = program.home() + QStringLiteral("/typed");
+    // It gives on each sign that is typed, as no more than these are to come.
     const Client terminal(QStringLiteral("xterm"),
-                          {QStringLiteral("-e"), QStringLiteral("sh"), QStringLiteral("-c"),
-                           QStringLiteral("touch %1.ready; head -n 1 > %1; sleep 60").arg(path)});
-    ASSERT_TRUE(waitUntil([&] { return QFile::exists(path + QStringLiteral(".ready")); }));
+                          {QStringLiteral("-T"), QStringLiteral("terminal"), QStringLiteral("-e"), QStringLiteral("sh"),
+                           QStringLiteral("-c"), QStringLiteral("stty -icanon; head -c 9 > %1; sleep 60").arg(path)});
+    const Desktop desktop;
+    ASSERT_TRUE(waitUntil([&] {
+        const auto windows = desktop.windowsTitled(QStringLiteral("terminal"));
+        return QFile::exists(path) && desktop.hasKeyboard("terminal") && desktop.activeWindow() == windows.front();
+    }));
     ASSERT_TRUE(record("a command"));
     ASSERT_TRUE(open("super+shift+v", clipboardPanel));
     xdotool({QStringLiteral("type"), QStringLiteral("command")});
-    letPass(500ms);
-    key("Return");
+    press("Return");
     ASSERT_TRUE(waitUntil([] { return !isShown(clipboardPanel); }, openingBound));
-    letPass(longEnough); // the longest wait for the target, and the paste
-    key("Return");       // ends the line in the terminal
     EXPECT_TRUE(waitUntil([&] {
         QFile file(path);
-        return file.open(QIODevice::ReadOnly) && file.readAll() == "a command\n";
+        return file.open(QIODevice::ReadOnly) && file.readAll() == "a command";
     }));
 }
 
 TEST_F(PanelsOnADesktop, theHotKeyOfAToolThatIsOffOpensNothing) {
     ASSERT_TRUE(start("<key>featureClipboardHistory</key><false/>"));
-    key("super+shift+v");
+    press("super+shift+v");
     EXPECT_FALSE(waitUntil([] { return isShown(clipboardPanel); }, longEnough));
     EXPECT_TRUE(open("super+shift+e", emojiPanel)); // keys arrive
 }
 
 TEST_F(PanelsOnADesktop, aDoubleTapOfOptionOpensTheToolThatIsSetToIt) {
     ASSERT_TRUE(start("<key>clipboardHotkeyMode</key><string>doubleOption</string>"));
-    key("super+shift+v");
+    press("super+shift+v");
     EXPECT_FALSE(waitUntil([] { return isShown(clipboardPanel); }, longEnough));
-    key("alt");
+    press("alt");
     EXPECT_FALSE(waitUntil([] { return isShown(clipboardPanel); }, longEnough)); // one tap is none
-    xdotool({QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("60"), QStringLiteral("alt"),
-             QStringLiteral("alt")});
-    EXPECT_TRUE(waitUntil([] { return hasKeyboard(clipboardPanel); }, openingBound));
+    // Two taps that a busy machine keeps apart are no pair, and a person taps again.
+    EXPECT_TRUE(waitUntil(
+        [] {
+            xdotool({QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("60"), QStringLiteral("alt"),
+                     QStringLiteral("alt")});
+            return waitUntil([] { return hasKeyboard(clipboardPanel); }, 3s);
+        },
+        30s));
 }
 
 TEST_F(PanelsOnADesktop, theClassicPanelOpensWhereItWasChosen) {
@@ -218,7 +193,7 @@ TEST_F(PanelsOnADesktop, theClassicPanelOpensWhereItWasChosen) {
                       "<key>ClipboardExperience</key><string>classic</string>"));
     ASSERT_TRUE(open("super+shift+v", classicPanel));
     EXPECT_FALSE(isShown(clipboardPanel));
-    key("super+shift+v");
+    press("super+shift+v");
     EXPECT_TRUE(waitUntil([] { return !isShown(classicPanel); }, openingBound));
 }
 
@@ -227,7 +202,7 @@ TEST_F(PanelsOnADesktop, theEmojiPanelTakesThePlaceOfTheClipboardPanelAndEscapeC
     ASSERT_TRUE(open("super+shift+v", clipboardPanel));
     ASSERT_TRUE(open("super+shift+e", emojiPanel));
     EXPECT_TRUE(waitUntil([] { return !isShown(clipboardPanel); }, openingBound));
-    key("Escape");
+    press("Escape");
     EXPECT_TRUE(waitUntil([] { return !isShown(emojiPanel); }, openingBound));
 }
 
@@ -242,11 +217,11 @@ TEST_F(PanelsOnADesktop, aSecondStartLeavesTheTriggersWithTheFirst) {
 TEST_F(PanelsOnADesktop, aStartThatAsksForTheClipboardOpensItAndPastesWhereThePersonWas) {
     ASSERT_TRUE(start());
     ASSERT_TRUE(record("bound by the person"));
-    ForeignLine line;
-    ASSERT_TRUE(line.hasKeyboard());
+    LineTarget line(gtkEntry);
+    ASSERT_TRUE(line.isReady());
     const auto second = program.startAgain({QStringLiteral("--clipboard")});
     ASSERT_TRUE(waitUntil([] { return hasKeyboard(clipboardPanel); }));
-    key("Return");
+    press("Return");
     EXPECT_TRUE(waitUntil([&] { return line.text() == QLatin1String("bound by the person"); }))
         << qPrintable(line.text());
     EXPECT_TRUE(waitUntil([&] { return second->state() == QProcess::NotRunning; }));

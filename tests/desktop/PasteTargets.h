@@ -70,8 +70,12 @@ public:
     [[nodiscard]] QString end() const override { return QStringLiteral("\n"); }
 
 private:
+    /// Whatever lines are still to come, this one comes behind them.
     bool start() {
-        (void)waitUntil([] { return false; }, std::chrono::milliseconds(300)); // for the lines still to come
+        m_desktop.type("begin");
+        m_desktop.keyboard.tap(key::returnKey);
+        if (!waitUntil([this] { return text().endsWith(QLatin1String("begin\n")); }))
+            return false;
         m_begin = text().size();
         return true;
     }

@@ -13,7 +13,8 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto editorWindow = "Tavrine Snap Editor";
-constexpr auto switchBound = 3000ms;
+// How long what has to come is waited for on a desktop that may be busy; how fast it comes is measured elsewhere.
+constexpr auto switchBound = 10s;
 constexpr auto panelSettles =
     700ms; ///< until a panel that came up takes the loss of the keyboard for the person's wish
 
@@ -99,6 +100,9 @@ TEST_P(SwitchingFromAPanel, leavesItGoneAndTheOtherWindowInFrontWithTheKeyboard)
     else
         desktop.openClipboardPanel();
     ASSERT_TRUE(waitUntil([&, name = title] { return desktop.hasKeyboard(name); }, switchBound));
+    // The press that opened the panel holds the keyboard until its keys are up, and a busy machine takes its time.
+    ASSERT_TRUE(waitUntil([this] { return desktop.keyboard.grabKeyboard(); }));
+    desktop.keyboard.ungrabKeyboard();
     pass(panelSettles);
     switchWindow();
     EXPECT_TRUE(waitUntil([&, name = title] { return !desktop.isShown(name); }, switchBound));
@@ -124,7 +128,7 @@ TEST_F(StartingAgain, fromTheBusAloneBringsTheEditorForward) {
                {QStringLiteral("call"), QStringLiteral("--session"), QStringLiteral("--dest=com.veltrane.Tavrine"),
                 QStringLiteral("--object-path=/com/veltrane/Tavrine"),
                 QStringLiteral("--method=org.freedesktop.Application.Activate"), QStringLiteral("{}")});
-    ASSERT_TRUE(call.waitForFinished(3000));
+    ASSERT_TRUE(call.waitForFinished(10000));
     ASSERT_EQ(call.exitCode(), 0);
     EXPECT_TRUE(waitUntil([this] { return isEditorInFront(); }, switchBound));
 }

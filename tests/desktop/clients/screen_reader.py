@@ -106,6 +106,21 @@ class ScreenReader:
         self.bus = Gio.DBusConnection.new_for_address_sync(
             address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
 
+    def hear(self):
+        """A list to which each new name of anything is added as soon as a program tells of it, before it is looked for and gone."""
+        names = []
+        registry = "/org/a11y/atspi/registry"
+        call(self.bus, ATSPI + "Registry", registry, ATSPI + "Registry", "RegisterEvent",
+             GLib.Variant("(s)", ("object:property-change:accessible-name",)))
+
+        def on_change(_connection, sender, path, *_):
+            try:
+                names.append(Node(self.bus, sender, path).name)  # what is told is only whose it is
+            except GLib.Error:
+                pass  # it is gone
+        self.bus.signal_subscribe(None, ATSPI + "Event.Object", "PropertyChange", None, None, Gio.DBusSignalFlags.NONE, on_change)
+        return names
+
     def program(self, pid, seconds=10.0):
         def once():
             root = Node(self.bus, ATSPI + "Registry", "/org/a11y/atspi/accessible/root")
