@@ -12,6 +12,8 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <atomic>
+
 namespace tavrine {
 
 /// Takes drops as the content of a window at the edge, and begins a drag of what it is given.
@@ -25,7 +27,8 @@ public:
     int entered = 0;
     std::optional<DroppedContent> content;
     bool isWithinEvent = false;
-    double blockedMs = 0; ///< how long the last drop's event took
+    std::atomic<int> events = 0; ///< drops whose event is over
+    double blockedMs = 0;        ///< how long the last drop's event took
 
     std::optional<DraggedItem> item;
     std::function<quint32()> mask = [] { return dragOperation::copy; };
@@ -54,6 +57,7 @@ protected:
         event->setDropAction(Qt::CopyAction);
         event->setAccepted(!content || !content->fileUrls.isEmpty() || content->fileUrlString ||
                            !content->images.isEmpty() || content->string);
+        ++events;
     }
     void paintEvent(QPaintEvent *) override { QPainter(this).fillRect(rect(), Qt::darkBlue); }
     void mousePressEvent(QMouseEvent *) override {}

@@ -22,11 +22,14 @@ public:
     ForeignWindow(const ForeignWindow &) = delete;
     ForeignWindow &operator=(const ForeignWindow &) = delete;
 
+    /// Its toolkit alone takes half a second to start on a machine that has nothing else to do.
     [[nodiscard]] bool waitForFocus() {
-        return waitUntil([this] {
-            read();
-            return m_hasFocus;
-        });
+        return waitUntil(
+            [this] {
+                read();
+                return m_hasFocus;
+            },
+            std::chrono::seconds(40));
     }
     [[nodiscard]] bool waitForText(const QString &text, std::chrono::milliseconds limit = std::chrono::seconds(20)) {
         return waitUntil([&] { return this->text() == text; }, limit);
