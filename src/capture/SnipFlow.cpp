@@ -43,9 +43,13 @@ QRectF usableForTool(const Screens &screens) {
     return screen ? usableFrame(*screen) : QRectF();
 }
 
-std::optional<QRectF> inTheCorner(const Screens &screens, QSizeF size) {
-    const QRectF usable = usableForTool(screens);
-    return QRectF(usable.topLeft() + QPointF(SnipFlow::cardMargin, SnipFlow::cardMargin), size);
+/// A recording that waits there for the person is not covered.
+FloatingPanel::Placement inTheCorner(const TakenCorner &corner) {
+    return [&corner](const Screens &screens, QSizeF size) {
+        const QRectF usable = usableForTool(screens);
+        constexpr double margin = SnipFlow::cardMargin;
+        return corner.clearOf(usable, QRectF(usable.topLeft() + QPointF(margin, margin), size), margin);
+    };
 }
 
 std::optional<QRectF> inTheMiddle(const Screens &screens, QSizeF size) {
@@ -64,10 +68,11 @@ SnipFlow::SnipFlow(Ports ports, Actions actions, Views views)
     : m_ports(std::move(ports)), m_actions(std::move(actions)), m_views(std::move(views)),
       m_files(m_ports.fileQueue, m_ports.time),
       m_card({m_ports.windows, m_ports.screens, m_ports.time},
-             {.description = cardDescription(), .placement = inTheCorner, .motion = motion}),
+             {.description = cardDescription(), .placement = inTheCorner(m_ports.corner), .motion = motion}),
       m_dialog({m_ports.windows, m_ports.screens, m_ports.time},
                {.description = dialogDescription(), .placement = inTheMiddle, .motion = motion}) {
     m_ports.screen.setWindows(this);
+    m_ports.corner.setOnTaken([this] { m_card.placeAgain(); });
     m_ports.snipper.setOnEnd([this] { m_ports.screen.lookEnded(); });
     m_card.setOnClosed([this] { dismissSnipPreview(Dismissal::animated); });
     m_dialog.setOnClosed([this] {
@@ -78,6 +83,7 @@ SnipFlow::SnipFlow(Ports ports, Actions actions, Views views)
 
 SnipFlow::~SnipFlow() {
     m_ports.snipper.setOnEnd({});
+    m_ports.corner.setOnTaken({});
     m_ports.screen.setWindows(nullptr);
 }
 

@@ -6,6 +6,7 @@
 #include "capture/SnipSaveDialogModel.h"
 #include "capture/SnippetPreviewModel.h"
 #include "panels/FloatingPanel.h"
+#include "panels/TakenCorner.h"
 #include "ports/Folders.h"
 
 #include <QImage>
@@ -46,6 +47,7 @@ public:
         SerialQueue &fileQueue;
         Folders folders;
         Uploads &uploads;
+        TakenCorner &corner;
     };
     /// What the flow asks of other tools. One that is missing does nothing.
     struct Actions {
@@ -67,7 +69,8 @@ public:
 
     static constexpr double cardWidth = 340;
     static constexpr double cardHeight = 248;
-    static constexpr double cardMargin = 18; ///< from the lower left corner of the usable screen
+    static constexpr double cardMargin =
+        18; ///< from the lower left corner of the usable screen, and from what is there
     static constexpr double dialogWidth = 340;
     static constexpr double dialogHeight = 264;
     static constexpr Seconds newSnipDelay = ClearedScreen::settling;

@@ -104,6 +104,11 @@ void FloatingPanel::place() {
                                                                       : movedOntoAScreen(m_ports.screens, *frame));
 }
 
+void FloatingPanel::placeAgain() {
+    if (isVisible() && !m_restingFrame)
+        place();
+}
+
 /// A screen that goes takes no window with it, and one that shrinks leaves none outside.
 void FloatingPanel::keepOnScreen() {
     if (isWhollyOnAScreen(m_ports.screens, frame()))

@@ -68,6 +68,8 @@ public:
     void build(QWidget *content, QSizeF size);
     /// Places and shows what was built, with the keyboard if it takes it.
     void show();
+    /// Where the placement has it by now, if it is on the screen.
+    void placeAgain();
     /// Off the screen; the window stays.
     void dismiss(Dismissal dismissal);
     /// Off the screen and taken apart. `done` is called in a later turn, once it has left the screen.

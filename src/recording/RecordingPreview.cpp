@@ -41,6 +41,7 @@ RecordingPreview::RecordingPreview(Ports ports, Saving saving, Actions actions, 
 RecordingPreview::~RecordingPreview() {
     if (m_model)
         m_model->stop();
+    m_ports.corner.giveBack();
 }
 
 void RecordingPreview::show(const ShownRecording &recording) {
@@ -57,6 +58,7 @@ void RecordingPreview::show(const ShownRecording &recording) {
     m_model->setMuted(recording.isMuted);
     m_panel.build(m_view ? m_view(m_model) : nullptr);
     m_panel.show();
+    m_ports.corner.take(m_panel.frame());
     m_model->load();
 }
 
@@ -93,6 +95,7 @@ void RecordingPreview::close() {
         model->stop();
         m_ports.time.async(this, [model] {}); // its own button may be what closes it
     }
+    m_ports.corner.giveBack();
     m_panel.release(Dismissal::atOnce);
 }
 

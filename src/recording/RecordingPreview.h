@@ -1,6 +1,7 @@
 #pragma once
 
 #include "panels/FloatingPanel.h"
+#include "panels/TakenCorner.h"
 #include "ports/Folders.h"
 #include "recording/ScreenRecordingPreviewModel.h"
 
@@ -35,6 +36,7 @@ public:
         FilePanels &filePanels;
         Pasteboard &pasteboard;
         Folders folders;
+        TakenCorner &corner;
     };
     /// The recordings' folder and what is done when a file goes there. One that is missing does nothing.
     struct Saving {

@@ -226,6 +226,52 @@ TEST_F(SnipFlowTest, theCardOpensInTheCornerOfTheScreenUnderThePointer) {
     EXPECT_EQ(cardWindow().frame().topLeft(), QPointF(1518, -142));
 }
 
+/// As a recording that is looked at does.
+constexpr QRectF waiting{24, 48, 380, 430};
+
+TEST_F(SnipFlowTest, theCardStandsAboveWhatWaitsInTheCorner) {
+    corner.take(waiting);
+    show();
+    EXPECT_EQ(cardWindow().frame(), QRectF(18, 48 + 430 + 18, 340, 248));
+    corner.giveBack();
+    show();
+    EXPECT_EQ(cardWindow().frame(), QRectF(18, 18, 340, 248));
+}
+
+TEST_F(SnipFlowTest, onALowScreenTheCardStandsBesideWhatWaitsInTheCorner) {
+    const auto usable = [this](double width, double height) {
+        screens.setScreens({{.number = 1,
+                             .localizedName = {},
+                             .frame = {0, 0, width, height},
+                             .visibleFrame = {0, 0, width, height}}});
+    };
+    corner.take(waiting);
+    usable(1024, 48 + 430 + 18 + 248);
+    show();
+    EXPECT_EQ(cardWindow().frame(), QRectF(18, 48 + 430 + 18, 340, 248));
+    usable(24 + 380 + 18 + 340, 600);
+    show();
+    EXPECT_EQ(cardWindow().frame(), QRectF(24 + 380 + 18, 18, 340, 248));
+    usable(24 + 380 + 18 + 339, 600);
+    show();
+    EXPECT_EQ(cardWindow().frame(), QRectF(18, 18, 340, 248)) << "it has no room elsewhere";
+}
+
+TEST_F(SnipFlowTest, whatWaitsOnAnotherScreenMovesNoCard) {
+    corner.take(waiting.translated(1440, 0));
+    show();
+    EXPECT_EQ(cardWindow().frame().topLeft(), QPointF(18, 18));
+}
+
+TEST_F(SnipFlowTest, aCardMakesRoomForWhatComesToWait) {
+    show();
+    EXPECT_EQ(cardWindow().frame().topLeft(), QPointF(18, 18));
+    corner.take(waiting);
+    EXPECT_EQ(cardWindow().frame().topLeft(), QPointF(18, 48 + 430 + 18));
+    flow->dismissSnipPreview(Dismissal::atOnce);
+    corner.take(waiting); // and one that is gone needs none
+}
+
 TEST_F(SnipFlowTest, aCardOnAMonitorThatIsUnpluggedMovesAndKeepsItsTime) {
     screens.setScreens(
         {{.number = 1, .localizedName = {}, .frame = {0, 0, 1440, 900}, .visibleFrame = {0, 0, 1440, 876}},

@@ -73,7 +73,7 @@ protected:
     void makeFlow() {
         flow = std::make_unique<SnipFlow>(
             SnipFlow::Ports{time, defaults, pasteboard, screens, windows, panels, snipper, screen, queue, folders,
-                            uploads},
+                            uploads, corner},
             SnipFlow::Actions{.mayCaptureScreen =
                                   [this] {
                                       ++permissionQuestions;
@@ -144,6 +144,7 @@ protected:
                      .pngData = pngData}};
     SerialQueue queue{text("com.tavrine.snip")};
     ClearedScreen screen{time};
+    TakenCorner corner;
     ScreenSnipper snipper{{launcher, defaults, time, folders.temporary}};
 
     bool mayCapture = true;

@@ -51,9 +51,10 @@ protected:
 
     void make() {
         recorder = std::make_unique<ScreenRecorder>(
-            ScreenRecorder::Ports{.selection = {time, access, screens, windows, monitors},
-                                  .engine = {streams, microphones, writers, time, [this] { return mediaNow; }},
-                                  .preview = {time, screens, windows, asset, players, filePanels, pasteboard, folders}},
+            ScreenRecorder::Ports{
+                .selection = {time, access, screens, windows, monitors},
+                .engine = {streams, microphones, writers, time, [this] { return mediaNow; }},
+                .preview = {time, screens, windows, asset, players, filePanels, pasteboard, folders, corner}},
             ScreenRecorder::Actions{
                 .isEnabled = [this] { return isEnabled; },
                 .mayCaptureScreen = [this] { return mayCapture; },
@@ -166,6 +167,7 @@ protected:
     FakeMoviePlayers players{time};
     FakeFilePanels filePanels{time};
     FakePasteboard pasteboard;
+    TakenCorner corner;
     MediaTime mediaNow = 1s;
 
     bool isEnabled = true;

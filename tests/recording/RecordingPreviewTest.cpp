@@ -48,6 +48,16 @@ TEST_F(Preview, itComesInTheCornerWithTheKeyboard) {
     EXPECT_EQ(events.last(), text("activate"));
 }
 
+TEST_F(Preview, theCornerIsTakenWhileItIsOpen) {
+    const QRectF screen(0, 0, 1440, 900);
+    const QRectF other(18, 18, 340, 248);
+    EXPECT_EQ(corner.clearOf(screen, other, 18), other);
+    auto &preview = recordAndStop();
+    EXPECT_FALSE(corner.clearOf(screen, other, 18).intersects(recorder->previewWindow()->frame()));
+    preview.pressDelete();
+    EXPECT_EQ(corner.clearOf(screen, other, 18), other);
+}
+
 TEST_F(Preview, theNameIsTheMomentInLocalTime) {
     time.setWallClock({1769860799.9}); // a moment before noon, UTC
     EXPECT_EQ(recordAndStop().fileName(), text("recording_2026-01-31_20.59.59"));

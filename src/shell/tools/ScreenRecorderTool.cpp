@@ -43,7 +43,7 @@ ScreenRecorder::Content finishing() {
 
 } // namespace
 
-ScreenRecorderTool::ScreenRecorderTool(Shell &shell) : m_shell(shell) {
+ScreenRecorderTool::ScreenRecorderTool(Shell &shell, TakenCorner &corner) : m_shell(shell), m_corner(corner) {
     shell.setClearSelectionWindow([this] {
         if (ScreenRecorder *recorder = m_recorder.ifMade())
             recorder->clearSelectionWindow();
@@ -104,7 +104,7 @@ std::unique_ptr<ScreenRecorder> ScreenRecorderTool::makeRecorder() {
             .selection = {time, desktop.access(), screens, windows, desktop.eventMonitors()},
             .engine = {desktop.screenStreams(), desktop.microphoneSessions(), desktop.movieWriters(), time},
             .preview = {time, screens, windows, desktop.movieAsset(), desktop.moviePlayers(), desktop.filePanels(),
-                        desktop.pasteboard(), desktop.folders()}},
+                        desktop.pasteboard(), desktop.folders(), m_corner}},
         ScreenRecorder::Actions{
             .isEnabled = [this] { return m_shell.flags().isOn(Feature::screenRecorder); },
             .mayCaptureScreen = [this] { return m_shell.windowManager().mayCaptureScreen(); },

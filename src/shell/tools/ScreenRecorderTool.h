@@ -7,6 +7,7 @@ namespace tavrine {
 
 class ScreenRecorder;
 class Shell;
+class TakenCorner;
 
 /// Recordings of the screen. What an earlier run has left of them, it shows a while after the launch, or after it was
 /// switched on.
@@ -14,7 +15,7 @@ class ScreenRecorderTool final : public Tool {
 public:
     static constexpr Seconds untilLeftoversAreShown{2.0}; ///< the person sees the desktop first
 
-    explicit ScreenRecorderTool(Shell &shell);
+    ScreenRecorderTool(Shell &shell, TakenCorner &corner);
     ~ScreenRecorderTool() override;
 
     void launch(bool isOn) override;
@@ -33,6 +34,7 @@ private:
     [[nodiscard]] std::unique_ptr<ScreenRecorder> makeRecorder();
 
     Shell &m_shell;
+    TakenCorner &m_corner;
     MadeOnce<ScreenRecorder> m_recorder;
     bool m_hasLooked = false; ///< for leftovers
     std::shared_ptr<int> m_alive = std::make_shared<int>();

@@ -44,8 +44,8 @@ struct SnippingTool::Notepad {
                 .autoSaveSnip = std::move(autoSaveSnip)}) {}
 };
 
-SnippingTool::SnippingTool(Shell &shell, EditorTool &editor)
-    : m_shell(shell), m_editor(editor),
+SnippingTool::SnippingTool(Shell &shell, EditorTool &editor, TakenCorner &corner)
+    : m_shell(shell), m_editor(editor), m_corner(corner),
       m_snipper({shell.desktop().taskLauncher(), shell.defaults(), shell.time(), shell.desktop().folders().temporary}),
       m_clearedScreen(shell.time()) {}
 
@@ -99,7 +99,8 @@ std::unique_ptr<SnipFlow> SnippingTool::makeFlow() {
                         .screen = m_clearedScreen,
                         .fileQueue = m_fileQueue,
                         .folders = desktop.folders(),
-                        .uploads = m_shell.uploads()},
+                        .uploads = m_shell.uploads(),
+                        .corner = m_corner},
         SnipFlow::Actions{
             .mayCaptureScreen = [this] { return m_shell.windowManager().mayCaptureScreen(); },
             .saveImage = [this](const QImage &image) { return m_shell.clipboardManager().saveImage(image); },

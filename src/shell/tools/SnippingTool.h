@@ -13,6 +13,7 @@ class OCRNotepadFlow;
 class QRScanner;
 class Shell;
 class SnipFlow;
+class TakenCorner;
 struct ClipboardItem;
 
 /// Captures of the screen, and what a capture's card leads to: files, the editor, the notepad with its text, an upload;
@@ -20,7 +21,7 @@ struct ClipboardItem;
 class SnippingTool final : public Tool {
 public:
     /// The editor opens what the card hands on.
-    SnippingTool(Shell &shell, EditorTool &editor);
+    SnippingTool(Shell &shell, EditorTool &editor, TakenCorner &corner);
     ~SnippingTool() override;
 
     void launch(bool isOn) override;
@@ -54,6 +55,7 @@ private:
 
     Shell &m_shell;
     EditorTool &m_editor;
+    TakenCorner &m_corner;
     bool m_isWaitingForCapture = false;
     ScreenSnipper m_snipper;
     ClearedScreen m_clearedScreen;

@@ -6,9 +6,9 @@
 namespace tavrine {
 
 Tools::Tools(Shell &shell)
-    : m_shell(shell), m_editor(shell), m_snipping(shell, m_editor), m_clipboard(shell), m_cleaningMode(shell),
+    : m_shell(shell), m_editor(shell), m_snipping(shell, m_editor, m_corner), m_clipboard(shell), m_cleaningMode(shell),
       m_emojiPicker(shell), m_lofi(shell), m_keepAwake(shell), m_networkSpeed(shell), m_notchShelf(shell),
-      m_screenRecorder(shell) {
+      m_screenRecorder(shell, m_corner) {
     Tools &tools = *this;
     tools[Feature::snippingTool] = &m_snipping;
     tools[Feature::tavrineEditor] = &m_editor;

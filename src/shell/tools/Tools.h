@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/MadeOnce.h"
+#include "panels/TakenCorner.h"
 #include "shell/FeatureFlags.h"
 #include "shell/tools/CleaningModeTool.h"
 #include "shell/tools/ClipboardTool.h"
@@ -47,6 +48,7 @@ public:
 
 private:
     Shell &m_shell;
+    TakenCorner m_corner; ///< of captures and recordings
     EditorTool m_editor;
     SnippingTool m_snipping;
     ClipboardTool m_clipboard;

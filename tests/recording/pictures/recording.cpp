@@ -152,12 +152,13 @@ void showBar(const Studio &studio, const QString &home) {
     MediaTime now{};
     FloatingStopBarView *bar = nullptr;
     VirtualTime &time = desktop.time();
+    TakenCorner corner;
     ScreenRecorder recorder(
         {.selection = {time, desktop.access(), desktop.screens(), desktop.panelWindows(), desktop.eventMonitors()},
          .engine = {desktop.screenStreams(), desktop.microphoneSessions(), desktop.movieWriters(), time,
                     [&now] { return now; }},
          .preview = {time, desktop.screens(), desktop.panelWindows(), desktop.movieAsset(), desktop.moviePlayers(),
-                     desktop.filePanels(), desktop.pasteboard(), desktop.folders()}},
+                     desktop.filePanels(), desktop.pasteboard(), desktop.folders(), corner}},
         {.isEnabled = [] { return true; },
          .mayCaptureScreen = [] { return true; },
          .activateApplication = [] {},

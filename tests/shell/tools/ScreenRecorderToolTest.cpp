@@ -1,4 +1,5 @@
 // The recorder within the program, over a desktop of fakes.
+#include "capture/SnipFlow.h"
 #include "recording/ScreenRecorder.h"
 #include "shell/ShellTest.h"
 #include "shell/menu/TrayMenu.h"
@@ -214,6 +215,23 @@ TEST_F(ScreenRecorderToolTest, whileItIsOffWhatWasLeftStaysAndIsShownOnceItIsOn)
     ASSERT_TRUE(tool().recorderIfMade());
     EXPECT_EQ(recorder().previewModel()->filePath(), left);
     EXPECT_FALSE(QFile::exists(begun)); // there is no picture in it
+}
+
+TEST_F(ScreenRecorderToolTest, theCardOfACaptureCoversNoButtonOfThePreview) {
+    leave("tavrine-rec-0B7E6A1C.mp4");
+    launchProgram(5s);
+    ASSERT_NE(recorder().previewWindow(), nullptr);
+    SnippingTool &snipping = delegate->tools().snipping();
+    snipping.startCapture();
+    const auto task = desktop.taskLauncher().tasks().last();
+    QImage picture(40, 30, QImage::Format_ARGB32);
+    picture.fill(Qt::red);
+    ASSERT_TRUE(picture.save(task->arguments().last()));
+    task->finish(0);
+    ASSERT_TRUE(happens([&] { return snipping.flowIfMade() && snipping.flowIfMade()->isPreviewShown(); }));
+    const QRectF card = snipping.flowIfMade()->previewWindow()->frame();
+    EXPECT_FALSE(card.intersects(recorder().previewWindow()->frame())) << card.x() << "," << card.y();
+    snipping.flowIfMade()->dismissSnipPreview(Dismissal::atOnce);
 }
 
 } // namespace
