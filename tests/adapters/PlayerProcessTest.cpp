@@ -191,6 +191,46 @@ TEST_P(PlayerProcessTest, aPressIsHeardAtOnceAndSoIsThePause) {
                 std::chrono::duration<double, std::milli>(silence).count());
 }
 
+/// A second of a low tone, and then a high one.
+QByteArray wavesThatRise() {
+    constexpr qsizetype beginning = 44 + PrivateSound::rate * 2; // the head, and a second
+    return toneWave(12, 250).first(beginning) + toneWave(12, 1'000).sliced(beginning);
+}
+
+/// How often they change their sign, over two; from the first that is heard on.
+double hertzOf(const std::vector<std::int16_t> &samples) {
+    const auto isLoud = [](std::int16_t sample) { return std::abs(sample) > SoundRecording::quiet; };
+    const auto begin = std::find_if(samples.begin(), samples.end(), isLoud);
+    int changes = 0;
+    for (auto each = begin; each != samples.end() && each + 1 != samples.end(); ++each)
+        changes += (*each < 0) != (each[1] < 0) ? 1 : 0;
+    const auto length = samples.end() - begin;
+    return length > 0 ? changes / 2.0 * PrivateSound::rate / double(length) : 0;
+}
+
+TEST_P(PlayerProcessTest, whatIsPlayedAfterAPauseIsHeardFromItsBeginning) {
+    constexpr double between = 600;
+    QFile file(tone);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(wavesThatRise());
+    file.close();
+    playUntilHeard();
+    ASSERT_TRUE(eventually([this] {
+        first.keep();
+        letCome(first, 100ms);
+        return hertzOf(first.kept()) > between;
+    }));
+    player->pause();
+    ASSERT_TRUE(eventually([this] { return !first.isHeard(); }));
+    player.reset();
+    first.keep();
+    ASSERT_NO_FATAL_FAILURE(playUntilHeard());
+    letCome(first, 100ms);
+    const double heard = hertzOf(first.kept());
+    EXPECT_LT(heard, between);
+    EXPECT_GT(heard, 0);
+}
+
 TEST_P(PlayerProcessTest, theSeamOfALoopIsNotHeard) {
     playUntilHeard();
     letPass(200ms);

@@ -36,10 +36,22 @@ TEST_F(TrayMenuTest, afterCancelInTheCleanersPromptItsTileShowsTheOffState) {
     desktop.eventTaps().setPermitted(false);
     press();
     show();
+    auto &tiles = delegate->trayMenu().quickActions();
+    const auto seen = [this] { return control("Clean Mode").grab().toImage(); };
+    const QString words = tiles.subtitle(QuickAction::cleanMode);
+    const QImage off = seen();
     control("Clean Mode").click();
     time.advance(1s);
-    EXPECT_EQ(desktop.alerts().shown().size(), 1);
-    EXPECT_FALSE(delegate->trayMenu().quickActions().isOn(QuickAction::cleanMode));
+    ASSERT_EQ(desktop.alerts().shown().size(), 1);
+    EXPECT_EQ(desktop.alerts().shown().constFirst().buttons.constLast(), text("Cancel"));
+    EXPECT_FALSE(tiles.isOn(QuickAction::cleanMode));
+    EXPECT_EQ(tiles.subtitle(QuickAction::cleanMode), words);
+    EXPECT_EQ(seen(), off);
+    EXPECT_TRUE(desktop.eventTaps().keyArrives());
+    desktop.eventTaps().setPermitted(true);
+    control("Clean Mode").click();
+    EXPECT_NE(tiles.subtitle(QuickAction::cleanMode), words);
+    EXPECT_NE(seen(), off);
 }
 
 TEST_F(TrayMenuTest, aSecondPressClosesIt) {

@@ -90,6 +90,27 @@ TEST_F(NetworkSpeedToolTest, modeThemeAndIndicatorAreFollowed) {
     EXPECT_EQ(desktop.statusItem().render(1).pixelColor(35, 1), QColor(0x00, 0x7a, 0xff));
 }
 
+TEST_F(NetworkSpeedToolTest, anUnknownTextShowsTheDownloadAloneInTheGlassTheme) {
+    defaults.set(text("showInternetSpeed"), true);
+    launch();
+    desktop.interfaceCounters().receive("eth0", 4096);
+    desktop.interfaceCounters().send("eth0", 8192);
+    time.advance(2s);
+    const auto shownWith = [this](const char *key, const char *value) {
+        defaults.set(text(key), text(value));
+        time.runPending();
+        return std::pair(identity(), desktop.statusItem().render(2));
+    };
+    const auto download = shownWith("speedDisplayMode", "Download Only");
+    EXPECT_NE(shownWith("speedDisplayMode", "Both"), download);
+    EXPECT_EQ(shownWith("speedDisplayMode", "download only"), download);
+    EXPECT_NE(shownWith("speedDisplayMode", "Upload Only"), download);
+    EXPECT_EQ(shownWith("speedDisplayMode", ""), download);
+    const auto glass = shownWith("speedTheme", "Glass Effect");
+    EXPECT_NE(shownWith("speedTheme", "White BG / Black Text"), glass);
+    EXPECT_EQ(shownWith("speedTheme", "Dark"), glass);
+}
+
 TEST_F(NetworkSpeedToolTest, eachFigureIsDrawnAndTheSameOneNotAgain) {
     defaults.set(text("showInternetSpeed"), true);
     launch();
@@ -117,11 +138,15 @@ TEST_F(NetworkSpeedToolTest, manyChangesInOneTurnAreOneLook) {
 TEST_F(NetworkSpeedToolTest, withNoNetworkTheItemIs92WideInEveryModeAnd70AgainWithOne) {
     defaults.set(text("showInternetSpeed"), true);
     launch();
+    QImage none;
     for (const char *mode : {"Both", "Download Only", "Upload Only", "nonsense"}) {
         defaults.set(text("speedDisplayMode"), text(mode));
         desktop.pathMonitor().setStatus(PathStatus::unsatisfied);
         time.runPending();
         EXPECT_EQ(shown(), QSize(92, 22)) << mode;
+        if (none.isNull())
+            none = desktop.statusItem().render(2);
+        EXPECT_EQ(desktop.statusItem().render(2), none) << "the same words whatever the mode, " << mode;
         desktop.pathMonitor().setStatus(PathStatus::satisfied);
         time.runPending();
         EXPECT_EQ(shown(), QSize(70, 22)) << mode;

@@ -1,5 +1,7 @@
 #include "utilities/meter/SpeedImage.h"
 
+#include "utilities/meter/SpeedCanvas.h"
+
 #include <gtest/gtest.h>
 
 namespace tavrine {
@@ -174,6 +176,10 @@ TEST(SpeedImage, withoutAConnectionItShowsTheRedSymbolAndSaysSoInEveryMode) {
         EXPECT_GT(words.width(), 55);
         EXPECT_GE(words.top(), 4);
         EXPECT_LE(words.bottom(), 18);
+        SpeedCanvas said(92, 22, 4);
+        said.text({21, 4, 69, 14}, QStringLiteral("No Connection"), {9, QFont::DemiBold, label}, Qt::AlignLeft);
+        const QRect place(20 * 4, 0, 72 * 4, 22 * 4);
+        EXPECT_EQ(image.copy(place), said.image().copy(place));
     }
 }
 
