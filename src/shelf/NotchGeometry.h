@@ -32,7 +32,7 @@ inline constexpr Seconds modelDebounce{0.05};
 inline constexpr std::chrono::milliseconds frameAnimationDuration{250};
 inline constexpr std::chrono::milliseconds fileDragAnimationDuration{180};
 inline constexpr int moveAttempts = 12;
-inline constexpr double dragStartDistance = 3; ///< a drag begins beyond it
+inline constexpr double dragStartDistance = 3; ///< points; a drag begins beyond it
 } // namespace notch
 
 // Frames and places are in points with the origin at the bottom left, as `Screens` tells them. A panel of the desktop

@@ -7,6 +7,7 @@
 #include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/Symbols.h"
+#include "shelf/NotchGeometry.h"
 #include "shelf/NotchShape.h"
 #include "shelf/NotchViewModel.h"
 #include "shelf/ShelfItemDragSourceView.h"
@@ -112,9 +113,10 @@ NotchShelfView::NotchShelfView(NotchViewModel &viewModel, const ShelfPorts &port
     if (look::Look *look = look::Look::current())
         connect(look, &look::Look::changed, this, &NotchShelfView::recolour);
     recolour();
-    for (const auto signal : {&NotchViewModel::isDragTargetActiveChanged, &NotchViewModel::isFileDragActiveChanged,
-                              &NotchViewModel::isShelfItemDragActiveChanged, &NotchViewModel::isHoveringChanged})
+    for (const auto signal : {&NotchViewModel::isDragTargetActiveChanged, &NotchViewModel::isShelfItemDragActiveChanged,
+                              &NotchViewModel::isHoveringChanged})
         connect(&viewModel, signal, this, &NotchShelfView::follow);
+    connect(&viewModel, &NotchViewModel::isFileDragActiveChanged, this, &NotchShelfView::followFileDrag);
     connect(&viewModel, &NotchViewModel::itemsChanged, this, &NotchShelfView::follow);
     follow();
 }
@@ -148,19 +150,30 @@ void NotchShelfView::recolour() {
 }
 
 void NotchShelfView::follow() {
-    if (!m_viewModel)
-        return;
-    if (m_pane)
-        m_pane->refresh();
-    showContent(m_viewModel->isDragTargetActive() ? Content::dropTarget
-                : m_viewModel->showsItems()       ? Content::items
-                : m_viewModel->showsDropHint()    ? Content::dropHint
-                                                  : Content::nothing);
+    if (takeContent())
+        m_change.start(
+            smoothSpring(), [this](double part) { showPart(part); }, [this] { m_leaving = {}; });
 }
 
-void NotchShelfView::showContent(Content content) {
+void NotchShelfView::followFileDrag() {
+    if (takeContent())
+        m_change.start(
+            notch::fileDragAnimationDuration, look::easeInOut, [this](double part) { showPart(part); },
+            [this] { m_leaving = {}; });
+}
+
+/// True when something else is to be shown from now on.
+bool NotchShelfView::takeContent() {
+    if (!m_viewModel)
+        return false;
+    if (m_pane)
+        m_pane->refresh();
+    const Content content = m_viewModel->isDragTargetActive() ? Content::dropTarget
+                            : m_viewModel->showsItems()       ? Content::items
+                            : m_viewModel->showsDropHint()    ? Content::dropHint
+                                                              : Content::nothing;
     if (content == m_content)
-        return;
+        return false;
     if (m_content == Content::items) {
         m_leaving = m_pane->grab();
         m_pane->hide();
@@ -171,14 +184,12 @@ void NotchShelfView::showContent(Content content) {
         m_pane->raise();
     }
     pulse();
-    m_part = 0;
-    m_change.start(
-        smoothSpring(),
-        [this](double part) {
-            m_part = part;
-            update();
-        },
-        [this] { m_leaving = {}; });
+    showPart(0);
+    return true;
+}
+
+void NotchShelfView::showPart(double part) {
+    m_part = part;
     update();
 }
 

@@ -52,7 +52,9 @@ private:
     /// Made when what is held is shown for the first time.
     Pane &pane();
     void follow();
-    void showContent(Content content);
+    void followFileDrag();
+    [[nodiscard]] bool takeContent();
+    void showPart(double part);
     void pulse();
     void place();
     void recolour();

@@ -6,6 +6,7 @@
 #include "look/Symbols.h"
 #include "look/ToolTip.h"
 #include "ports/Dragging.h"
+#include "shelf/NotchGeometry.h"
 #include "shelf/NotchViewModel.h"
 #include "shelf/ShelfPictures.h"
 
@@ -253,7 +254,7 @@ void ShelfItemDragSourceView::mouseMoveEvent(QMouseEvent *event) {
     if (m_didStartDragging || !m_mouseDownPoint || !(event->buttons() & Qt::LeftButton))
         return;
     const QPointF way = event->position() - *m_mouseDownPoint;
-    if (std::hypot(way.x(), way.y()) > dragStartDistance)
+    if (std::hypot(way.x(), way.y()) > notch::dragStartDistance)
         startDragging();
 }
 
@@ -324,7 +325,7 @@ void ShelfItemDragSourceView::startDragging() {
         update();
     }
     if (viewModel && isFile && (operation & dragOperation::move))
-        viewModel->removeAfterMove(item, *item.url, moveAttempts);
+        viewModel->removeAfterMove(item, *item.url, notch::moveAttempts);
 }
 
 bool ShelfItemDragSourceView::event(QEvent *event) {

@@ -21,8 +21,6 @@ class ShelfItemDragSourceView final : public QWidget {
 public:
     static constexpr int slotWidth = 85;
     static constexpr int tileHeight = 124;
-    static constexpr double dragStartDistance = 3; ///< points; a drag begins beyond it
-    static constexpr int moveAttempts = 12;
 
     struct Parts {
         QPointer<NotchViewModel> viewModel;

@@ -186,11 +186,33 @@ TEST_F(NotchShelf, whereTheDesktopWantsNoMotionNothingMoves) {
 
 TEST_F(NotchShelf, aPromptComesWithTheSpring) {
     view.resize(300, 79);
-    model.setFileDragActive(true);
+    model.setDragTargetActive(true);
     time.advance(16ms);
     const QImage early = look();
     rest();
     EXPECT_NE(look(), early);
+}
+
+TEST_F(NotchShelf, aDragOfFilesBringsAndTakesItsPromptIn180Milliseconds) {
+    view.resize(300, 79);
+    const auto opacity = [this] {
+        test::WordsDevice device(view.size());
+        view.render(&device);
+        return device.painted().empty() ? 0.0 : double(device.painted().front().colour.alphaF());
+    };
+    model.setFileDragActive(true);
+    time.advance(90ms);
+    EXPECT_GT(opacity(), 0.3);
+    EXPECT_LT(opacity(), 0.7);
+    time.advance(70ms);
+    EXPECT_LT(opacity(), 1);
+    time.advance(40ms); // a frame beyond it
+    EXPECT_EQ(opacity(), 1);
+    model.setFileDragActive(false);
+    time.advance(160ms);
+    EXPECT_GT(opacity(), 0);
+    time.advance(40ms);
+    EXPECT_EQ(opacity(), 0);
 }
 
 TEST_F(NotchShelf, theRowHangsFromTheWindowsLowerEdge) {
