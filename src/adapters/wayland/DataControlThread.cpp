@@ -1,11 +1,9 @@
 #include "adapters/wayland/DataControlThread.h"
 
-#include <algorithm>
-#include <csignal>
-#include <future>
-#include <utility>
+#include "adapters/pasteboard/ReaderThread.h"
 
-#include <pthread.h>
+#include <algorithm>
+#include <utility>
 
 namespace tavrine {
 namespace {
@@ -18,22 +16,13 @@ constexpr std::chrono::hours noDeadline{1};
 
 DataControlThread::DataControlThread(const SelectionLimits &limits, ImageFileReader &files, Publish publish,
                                      std::function<void(const std::string &reason)> onLost)
-    : m_limits(limits), m_files(files), m_publish(std::move(publish)), m_onLost(std::move(onLost)),
-      m_mailbox(std::make_shared<Mailbox<Message>>()),
-      m_pipes(m_descriptors, m_limits.outgoingStall, m_limits.outgoingTransfers) {
+    : m_limits(limits), m_files(files), m_onLost(std::move(onLost)), m_mailbox(std::make_shared<Mailbox<Message>>()),
+      m_news(std::move(publish)), m_pipes(m_descriptors, m_limits.outgoingStall, m_limits.outgoingTransfers) {
     m_maker.setMaxThreadCount(1);
     if (!m_mailbox->isUsable() || !m_descriptors.add(m_mailbox->wakeUp(), EPOLLIN))
         return;
     m_mailbox->setRead(true);
-    const auto opened = std::make_shared<std::promise<void>>();
-    m_thread = std::thread([this, opened] {
-        open();
-        opened->set_value();
-        run();
-    });
-    // What is copied after this constructor is a change, what stood before is none. A compositor that hangs is not
-    // waited for any longer.
-    opened->get_future().wait_for(m_limits.start);
+    m_thread = startReaderThread([this] { open(); }, [this] { run(); }, m_limits.start);
 }
 
 DataControlThread::~DataControlThread() {
@@ -49,11 +38,6 @@ void DataControlThread::claim(OwnContents contents, int serial, TimePoint writte
 }
 
 void DataControlThread::open() {
-    ::pthread_setname_np(::pthread_self(), "pasteboard");
-    // Signals are the main thread's; and a write to a program that has gone must fail, not end the process.
-    sigset_t all;
-    ::sigfillset(&all);
-    ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
     m_link.emplace(WaylandLink::usualWait, &m_isEnding);
     if (!m_link->isOpen())
         return;
@@ -132,10 +116,8 @@ void DataControlThread::onSelection(std::unique_ptr<DataOffer> offer) {
     if (m_offered)
         return;
     const bool wasOurs = std::exchange(m_wasReplaced, false);
-    if (!offer && wasOurs) { // emptied on purpose: we have not ended
-        ++m_untoldChanges;
-        publish({});
-    }
+    if (!offer && wasOurs) // emptied on purpose: we have not ended
+        m_news.publishNothing();
     if (!offer) {
         ownerEnded();
         return;
@@ -143,9 +125,7 @@ void DataControlThread::onSelection(std::unique_ptr<DataOffer> offer) {
     m_foreignTime = std::chrono::steady_clock::now();
     m_brake.ownershipChanged(m_foreignTime);
     dropForeign();
-    m_isForeignTold = false;
-    if (!m_isOpening)
-        ++m_untoldChanges;
+    m_news.begin(!m_isOpening);
     startFetch(std::move(offer));
 }
 
@@ -159,7 +139,7 @@ void DataControlThread::startFetch(std::unique_ptr<DataOffer> offer) {
     const int number = ++m_fetchNumber;
     m_fetch = std::make_unique<OfferFetch>(
         *m_link, m_descriptors, m_limits, m_secrets, std::move(offer),
-        PasteboardFetch::Hooks{[this](ForeignContents contents) { publish(std::move(contents)); },
+        PasteboardFetch::Hooks{[this](ForeignContents contents) { m_news.publish(std::move(contents)); },
                                [this, number](const QList<QByteArray> &paths) {
                                    m_files.read(paths, [number, mailbox = m_mailbox](std::optional<QByteArray> bytes) {
                                        mailbox->post(ImageFile{number, std::move(bytes)});
@@ -183,13 +163,8 @@ void DataControlThread::ownerEnded() {
         m_calmEnd = std::chrono::steady_clock::now() + m_limits.calm;
         return;
     }
-    // Nothing outlives this owner. Contents that were told of before have gone with it, and that is a change.
-    const bool hadTypes = m_published && !m_published->types.isEmpty();
     m_fetch.reset();
-    if (hadTypes) {
-        ++m_untoldChanges;
-        publish({});
-    }
+    m_news.ownerLeftNothing();
 }
 
 std::optional<PasteboardReader::TimePoint> DataControlThread::reclaimTime() const {
@@ -225,32 +200,20 @@ void DataControlThread::reclaim() {
         m_fetch.reset();
 }
 
-void DataControlThread::publish(ForeignContents contents) {
-    m_published = std::make_shared<const ForeignContents>(std::move(contents));
-    m_isForeignTold = true;
-    m_publish({m_ownSerial, std::exchange(m_untoldChanges, 0), m_published});
-}
-
 void DataControlThread::claimNow(const Claim &claim) {
     static_cast<void>(m_link->finish()); // who was here until now is heard of first
-    m_ownSerial = claim.serial;
+    m_news.setOwnSerial(claim.serial);
     if (m_foreignTime > claim.writtenAt + hearing)
-        return yieldTo(claim);
+        return m_news.tellAgain();
     // Everything up to here has been replaced by this write.
     dropForeign();
-    m_published.reset();
-    m_untoldChanges = 0;
+    m_news.wasReplaced();
     // What was offered before goes when the new one stands: else the clipboard is empty between them, and whoever keeps
     // clipboards alive takes it.
     const auto before = std::exchange(m_offered, offer(formsOf(claim.contents), [this] { onReplaced(); }));
     m_offeredNumber = m_sourceNumber;
     m_wasReplaced = false;
     m_control->setSelection(m_offered->source());
-}
-
-void DataControlThread::yieldTo(const Claim &claim) {
-    if (m_isForeignTold) // what was told under the serial before is not listened to
-        m_publish({claim.serial, 1, m_published});
 }
 
 std::unique_ptr<OfferedSource> DataControlThread::offer(std::vector<OfferedForm> forms,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/pasteboard/ForeignNews.h"
 #include "adapters/pasteboard/ImageFileReader.h"
 #include "adapters/pasteboard/Mailbox.h"
 #include "adapters/pasteboard/PasteboardReader.h"
@@ -70,15 +71,12 @@ private:
     [[nodiscard]] std::optional<TimePoint> reclaimTime() const;
     void askWhoFollowed();
     void reclaim();
-    void publish(ForeignContents contents);
     void claimNow(const Claim &claim);
-    void yieldTo(const Claim &claim);
     [[nodiscard]] std::unique_ptr<OfferedSource> offer(std::vector<OfferedForm> forms,
                                                        std::function<void()> onReplaced);
 
     const SelectionLimits m_limits;
     ImageFileReader &m_files;
-    const Publish m_publish;
     const std::function<void(const std::string &reason)> m_onLost;
     const std::shared_ptr<Mailbox<Message>> m_mailbox; ///< shared with readers of files, which may be stuck when we end
     QThreadPool m_maker;
@@ -86,6 +84,7 @@ private:
     std::atomic<bool> m_isEnding = false; ///< the main thread waits for the end: no compositor is waited for
 
     // The reader's own from here.
+    ForeignNews m_news;
     const DescriptorSet m_descriptors;
     std::optional<WaylandLink> m_link;
     std::optional<DataControl> m_control;
@@ -97,12 +96,8 @@ private:
     bool m_wasReplaced = false;               ///< and nobody has been told of yet
     int m_sourceNumber = 0;
     int m_offeredNumber = 0;
-    bool m_isOpening = true; ///< what stood before is no change
-    int m_ownSerial = 0;
-    int m_untoldChanges = 0;
-    TimePoint m_foreignTime;      ///< when the last change of another program was heard of
-    bool m_isForeignTold = false; ///< it was published
-    std::shared_ptr<const ForeignContents> m_published;
+    bool m_isOpening = true;                   ///< what stood before is no change
+    TimePoint m_foreignTime;                   ///< when the last change of another program was heard of
     std::optional<TimePoint> m_calmEnd;        ///< before it nothing is offered in an owner's place
     std::unique_ptr<WaylandBarrier> m_barrier; ///< after it
     bool m_hasNobodyFollowed = false;

@@ -1,12 +1,11 @@
 #include "adapters/x11/SelectionThread.h"
 
+#include "adapters/pasteboard/ReaderThread.h"
+
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
-#include <future>
 
 #include <poll.h>
-#include <pthread.h>
 #include <xcb/xfixes.h>
 
 namespace tavrine {
@@ -17,7 +16,7 @@ constexpr int eventsPerTurn = 64; // a flood of events must not keep the main th
 } // namespace
 
 SelectionThread::SelectionThread(const SelectionLimits &limits, ImageFileReader &files, Publish publish)
-    : m_limits(limits), m_files(files), m_publish(std::move(publish)), m_mailbox(std::make_shared<Mailbox<Message>>()),
+    : m_limits(limits), m_files(files), m_mailbox(std::make_shared<Mailbox<Message>>()), m_news(std::move(publish)),
       m_owner(m_connection, m_limits, [this](SelectionOwner::Order order, const SelectionOwner::Recipe &recipe) {
           m_maker.start([order, recipe, mailbox = m_mailbox] { mailbox->post(Made{order, recipe()}); });
       }) {
@@ -25,15 +24,7 @@ SelectionThread::SelectionThread(const SelectionLimits &limits, ImageFileReader 
     if (!m_mailbox->isUsable())
         return;
     m_mailbox->setRead(true);
-    const auto opened = std::make_shared<std::promise<void>>();
-    m_thread = std::thread([this, opened] {
-        open();
-        opened->set_value();
-        run();
-    });
-    // What is copied after this constructor is a change, what stood before is none. A server that another program holds
-    // is not waited for any longer.
-    opened->get_future().wait_for(m_limits.start);
+    m_thread = startReaderThread([this] { open(); }, [this] { run(); }, m_limits.start);
 }
 
 SelectionThread::~SelectionThread() {
@@ -48,11 +39,6 @@ void SelectionThread::claim(OwnContents contents, int serial, TimePoint writtenA
 }
 
 void SelectionThread::open() {
-    ::pthread_setname_np(::pthread_self(), "pasteboard");
-    // Signals are the main thread's; and a write to a server that has gone must fail, not end the process.
-    sigset_t all;
-    ::sigfillset(&all);
-    ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
     m_connection.open();
     if (m_connection.isUsable() && m_connection.owner(m_connection.atoms().clipboard) != 0)
         startFetch(m_connection.serverTime());
@@ -184,12 +170,11 @@ void SelectionThread::onSelectionNotice(const xcb_generic_event_t &event) {
         dropForeign();
         m_owner.release();
         m_foreignTime = notice.timestamp;
-        m_isForeignTold = false;
-        ++m_untoldChanges;
+        m_news.begin(true);
         if (notice.owner != 0)
             startFetch(notice.timestamp);
         else
-            publish({}); // cleared on purpose
+            m_news.publish({}); // cleared on purpose
     } else {
         ownerEnded(notice.selection_timestamp, notice.timestamp);
     }
@@ -204,7 +189,7 @@ void SelectionThread::startFetch(xcb_timestamp_t time) {
     const int number = ++m_fetchNumber;
     m_fetch = std::make_unique<SelectionFetch>(
         m_connection, m_limits, m_secrets, time,
-        PasteboardFetch::Hooks{[this](ForeignContents contents) { publish(std::move(contents)); },
+        PasteboardFetch::Hooks{[this](ForeignContents contents) { m_news.publish(std::move(contents)); },
                                [this, number](const QList<QByteArray> &paths) {
                                    m_files.read(paths, [number, mailbox = m_mailbox](std::optional<QByteArray> bytes) {
                                        mailbox->post(ImageFile{number, std::move(bytes)});
@@ -220,13 +205,8 @@ void SelectionThread::ownerEnded(xcb_timestamp_t ownerTime, xcb_timestamp_t now)
         m_reclaimTime = ownerTime != XCB_CURRENT_TIME ? ownerTime : now;
         return;
     }
-    // Nothing outlives this owner. Contents that were told of before have gone with it, and that is a change.
-    const bool hadTypes = m_published && !m_published->types.isEmpty();
     m_fetch.reset();
-    if (hadTypes) {
-        ++m_untoldChanges;
-        publish({});
-    }
+    m_news.ownerLeftNothing();
 }
 
 void SelectionThread::reclaim() {
@@ -252,35 +232,28 @@ void SelectionThread::reclaim() {
     xcb_ungrab_server(m_connection.get());
 }
 
-void SelectionThread::publish(ForeignContents contents) {
-    m_published = std::make_shared<const ForeignContents>(std::move(contents));
-    m_isForeignTold = true;
-    m_publish({m_ownSerial, std::exchange(m_untoldChanges, 0), m_published});
-}
-
 void SelectionThread::claimNow(const Claim &claim) {
     const xcb_timestamp_t time = serverTimeOf(claim.writtenAt);
     const xcb_void_cookie_t cookie =
         xcb_set_selection_owner(m_connection.get(), m_connection.window(), m_connection.atoms().clipboard, time);
-    m_ownSerial = claim.serial;
+    m_news.setOwnSerial(claim.serial);
     if (m_connection.owner(m_connection.atoms().clipboard) != m_connection.window())
-        return yieldTo(claim, time);
+        return yieldTo(time);
     // Everything up to here has been replaced by this write.
     dropForeign();
-    m_published.reset();
-    m_untoldChanges = 0;
+    m_news.wasReplaced();
     m_claimSequence = cookie.sequence;
     m_owner.own(formsOf(claim.contents), time);
 }
 
-void SelectionThread::yieldTo(const Claim &claim, xcb_timestamp_t time) {
+void SelectionThread::yieldTo(xcb_timestamp_t time) {
     m_owner.release();
     const bool isHeardOf = isTimeBefore(time, m_foreignTime);
     if (!isHeardOf) { // its notice is still to come; what is known of is older than the write
         dropForeign();
-        m_untoldChanges = 0;
-    } else if (m_isForeignTold) { // what was told under the serial before is not listened to
-        m_publish({claim.serial, 1, m_published});
+        m_news.dropUntold();
+    } else {
+        m_news.tellAgain();
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/pasteboard/ForeignNews.h"
 #include "adapters/pasteboard/ImageFileReader.h"
 #include "adapters/pasteboard/Mailbox.h"
 #include "adapters/pasteboard/PasteboardReader.h"
@@ -74,30 +75,25 @@ private:
     void dropForeign();
     void ownerEnded(xcb_timestamp_t ownerTime, xcb_timestamp_t now);
     void reclaim();
-    void publish(ForeignContents contents);
     void claimNow(const Claim &claim);
-    void yieldTo(const Claim &claim, xcb_timestamp_t time);
+    void yieldTo(xcb_timestamp_t time);
     [[nodiscard]] xcb_timestamp_t serverTimeOf(TimePoint moment);
     void startHandOver();
 
     const SelectionLimits m_limits;
     ImageFileReader &m_files;
-    const Publish m_publish;
     XConnection m_connection;
     std::shared_ptr<Mailbox<Message>> m_mailbox; ///< shared with readers of files, which may be stuck when we end
     QThreadPool m_maker;
 
     // The reader's own from here.
+    ForeignNews m_news;
     SecretDigests m_secrets;
     SelectionOwner m_owner;
     std::unique_ptr<SelectionFetch> m_fetch;
     int m_fetchNumber = 0;
-    int m_ownSerial = 0;
-    int m_untoldChanges = 0;
-    std::optional<unsigned> m_claimSequence; ///< until the first notice that is newer than our claim
-    xcb_timestamp_t m_foreignTime = 0;       ///< of the last change that another program made
-    bool m_isForeignTold = false;            ///< it was published
-    std::shared_ptr<const ForeignContents> m_published;
+    std::optional<unsigned> m_claimSequence;      ///< until the first notice that is newer than our claim
+    xcb_timestamp_t m_foreignTime = 0;            ///< of the last change that another program made
     std::optional<xcb_timestamp_t> m_reclaimTime; ///< set while nobody owns what we hold
     ReclaimBrake m_brake;
     bool m_isStopping = false;
