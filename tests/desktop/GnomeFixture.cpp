@@ -83,10 +83,47 @@ bool isExtensionThere() {
 }
 
 bool switchExtension(bool isOn) {
-    const QString list = isOn ? QStringLiteral("['tavrine@veltrane.com', 'tavrine-45@veltrane.com']") : QStringLiteral("[]");
+    const QString list =
+        isOn ? QStringLiteral("['tavrine@veltrane.com', 'tavrine-45@veltrane.com']") : QStringLiteral("[]");
     return runProgram(QStringLiteral("gsettings"), {QStringLiteral("set"), QStringLiteral("org.gnome.shell"),
                                                     QStringLiteral("enabled-extensions"), list}) == 0 &&
            waitUntil([isOn] { return isExtensionThere() == isOn; }, gnomePatience);
+}
+
+namespace {
+
+bool isLocked() {
+    const QDBusReply<bool> answer = QDBusConnection::sessionBus().call(QDBusMessage::createMethodCall(
+        QStringLiteral("org.gnome.Shell.ScreenShield"), QStringLiteral("/org/gnome/ScreenSaver"),
+        QStringLiteral("org.gnome.ScreenSaver"), QStringLiteral("GetActive")));
+    return answer.isValid() && answer.value();
+}
+
+/// What logind says to a session.
+void tellSession(const char *signal) {
+    auto call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1/session/c1"),
+        QStringLiteral("org.freedesktop.DBus.Mock"), QStringLiteral("EmitSignal"));
+    call.setArguments({QStringLiteral("org.freedesktop.login1.Session"), QString::fromUtf8(signal), QString(),
+                       QVariant::fromValue(QVariantList())});
+    QDBusConnection::systemBus().call(call);
+}
+
+} // namespace
+
+bool lockScreen() {
+    tellSession("Lock");
+    return waitUntil([] { return isLocked() && !isExtensionThere(); }, gnomePatience);
+}
+
+bool unlockScreen(const GnomeHands &hands) {
+    return waitUntil(
+        [&hands] {
+            hands.tap(evdev::escape);
+            tellSession("Unlock");
+            return waitUntil([] { return !isLocked() && isExtensionThere(); }, 8s);
+        },
+        40s);
 }
 
 std::unique_ptr<ForeignWindow> lineOf(const char *command, const char *platform) {

@@ -33,6 +33,10 @@ QDBusMessage askExtension(const char *method, const QVariantList &arguments = {}
 [[nodiscard]] bool isExtensionThere();
 [[nodiscard]] bool switchExtension(bool isOn);
 
+[[nodiscard]] bool lockScreen();
+/// A question for the password that a key has opened is given up first.
+[[nodiscard]] bool unlockScreen(const GnomeHands &hands);
+
 /// A line of text of a program on this platform.
 [[nodiscard]] std::unique_ptr<ForeignWindow> lineOf(const char *command, const char *platform);
 

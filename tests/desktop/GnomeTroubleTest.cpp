@@ -67,6 +67,49 @@ TEST_F(Gnome, withTheExtensionSwitchedOffTheHistoryGoesOnAndWithItOnAgainTheHotK
     EXPECT_TRUE(openPanel());
 }
 
+TEST_F(Gnome, whileTheScreenIsLockedNoKeyActsAndAfterwardsAllDo) {
+    ASSERT_TRUE(start("<key>clipboardHotkeyMode</key><string>doubleOption</string>"));
+    ASSERT_TRUE(lockScreen());
+    for (int i = 0; i < 2; ++i)
+        hands.tap(evdev::leftAlt);
+    hands.chord({evdev::leftSuper, evdev::leftShift, evdev::two});
+    copy("while the screen is locked"); // of a program of the X server: those of Wayland have no keyboard there
+    EXPECT_TRUE(isRecorded("while the screen is locked"));
+    EXPECT_FALSE(isPanelShown());
+    EXPECT_FALSE(desktop.isFrozen());
+    ASSERT_TRUE(unlockScreen(hands));
+    ASSERT_TRUE(waitUntil(isAttached, gnomePatience));
+    EXPECT_FALSE(isPanelShown());
+    EXPECT_FALSE(program.output().contains(QLatin1String("Hotkey Handler Triggered")));
+    EXPECT_TRUE(waitUntil(
+        [this] {
+            hands.tap(evdev::leftAlt);
+            hands.tap(evdev::leftAlt);
+            return waitUntil([this] { return isPanelShown(); }, 3s);
+        },
+        gnomePatience));
+    EXPECT_TRUE(freeze());
+    EXPECT_TRUE(escape());
+}
+
+TEST_F(Gnome, whatIsTypedAtTheLockScreenDoesNotReachAPanelBelowIt) {
+    ASSERT_TRUE(start());
+    copyOnWayland("a row");
+    ASSERT_TRUE(isRecorded("a row"));
+    const auto target = lineOf(TAVRINE_QT_LINE_EDIT, "xcb");
+    ASSERT_TRUE(target->waitForFocus());
+    ASSERT_TRUE(openPanel());
+    ASSERT_TRUE(lockScreen());
+    hands.tap(evdev::v);
+    hands.tap(evdev::v);
+    hands.tap(evdev::returnKey);
+    ASSERT_TRUE(unlockScreen(hands));
+    EXPECT_EQ(target->text(), QString());
+    ASSERT_TRUE(isPanelShown() || openPanel());
+    closePanel();
+    EXPECT_EQ(target->text(), QString());
+}
+
 TEST_F(Gnome, aHotKeyThatTheShellKeepsIsKnownAsTaken) {
     const auto keep = [](const char *keys) {
         return runProgram(QStringLiteral("gsettings"),
