@@ -6,19 +6,26 @@ namespace tavrine {
 struct VirtualTime::Shared {
     using Key = std::pair<double, quint64>; // due moment, then order of arrival
 
-    mutable std::mutex mutex;
-    double elapsed = 0;
+    std::mutex mutex;   // for what is due, and for the clock; its mover looks at it without
+    double elapsed = 0; // moved on the main thread
     double wallClockAtZero = 0;
     Seconds uptimeAtZero{86400.0};
     quint64 arrivals = 0;
     int timers = 0;
     std::map<Key, Work> due;
 
-    Key add(double moment, Work work) {
+    void add(double moment, Work work) {
         const std::lock_guard lock(mutex);
-        const Key key{moment, arrivals++};
-        due.emplace(key, std::move(work));
-        return key;
+        due.emplace(Key{moment, arrivals++}, std::move(work));
+    }
+    /// Of any thread.
+    void addAfter(Seconds delay, Work work) {
+        const std::lock_guard lock(mutex);
+        due.emplace(Key{elapsed + std::max(0.0, delay.count()), arrivals++}, std::move(work));
+    }
+    void moveTo(double moment) {
+        const std::lock_guard lock(mutex);
+        elapsed = std::max(elapsed, moment);
     }
 };
 
@@ -71,8 +78,7 @@ void VirtualTime::async(Work work) {
 }
 
 void VirtualTime::asyncAfter(Seconds delay, Work work) {
-    const double moment = m_shared->elapsed + std::max(0.0, delay.count());
-    m_shared->add(moment, std::move(work));
+    m_shared->addAfter(delay, std::move(work));
 }
 
 std::unique_ptr<Timer> VirtualTime::repeat(Seconds interval, Work work) {
@@ -96,7 +102,7 @@ void VirtualTime::advance(Seconds length) {
         }
         work();
     }
-    m_shared->elapsed = std::max(m_shared->elapsed, end);
+    m_shared->moveTo(end);
 }
 
 void VirtualTime::setWallClock(Date date) {
