@@ -2,7 +2,7 @@
 import unittest
 
 from hands import HOME, Partner
-from texts import both_ways
+from texts import both_ways, content_of
 
 EMPTY = HOME / "empty.txt"
 
@@ -13,7 +13,7 @@ class Sentences(unittest.TestCase):
         editor = Partner(*command, EMPTY, **options)
         self.addCleanup(editor.end)
         editor.comes_to_front("empty.txt")
-        both_ways(self, self.program, editor.find("text|text box", having=("focused",)))
+        both_ways(self, self.program, content_of(editor.find("text|text box", having=("focused",))))
 
     def aTextEditorOfGtk4(self):
         self.works_both_ways("gnome-text-editor", "--standalone", tells_showing=False)

@@ -17,6 +17,7 @@ from screen_reader import ATSPI, Node, ScreenReader, call, until  # noqa: E402
 HOME = pathlib.Path(os.environ["HOME"])
 PATIENCE = 30.0  # for what has to come, on a machine that does much else
 PANEL = "Clipboard Search"
+START = 120.0  # of an office or a browser
 ANSWER = 10.0  # of whoever owns the pasteboard
 
 
@@ -88,6 +89,32 @@ def clipboard_targets():
     return (clipboard("TARGETS") or b"").decode().split()
 
 
+def colour_at(x, y):
+    told = run("import", "-window", "root", "-crop", f"1x1+{x}+{y}", "+repage", "-depth", "8", "rgb:-", text=False).stdout
+    return told.hex()
+
+
+def changed_place(window, act):
+    """The middle of what changes in the right and middle part of a window, where its content is, when something is done; None while
+    nothing does. For programs that do not tell where they show what."""
+    x, y, width, height = place_of(window)
+    part = f"{width * 6 // 10}x{height * 6 // 10}+{x + width * 3 // 10}+{y + height // 4}"
+    before, after = HOME / "before.png", HOME / "after.png"
+    run("import", "-window", "root", "-crop", part, "+repage", before)
+    act()
+
+    def changed():
+        run("import", "-window", "root", "-crop", part, "+repage", after)
+        told = run("convert", before, after, "-compose", "difference", "-composite", "-threshold", "4%", "-trim", "-format",
+                   "%w %h %X %Y %[fx:maxima]", "info:").stdout.split()
+        return told if told and float(told[4]) > 0 else None
+    told = until(changed, 2)
+    if not told:
+        return None
+    left, top = int(told[2]) + x + width * 3 // 10, int(told[3]) + y + height // 4
+    return left + int(told[0]) / 2, top + min(int(told[1]), 60) / 2
+
+
 def picture_of_screen(name):
     """Kept where a person asked for it, to look at afterwards."""
     folder = os.environ.get("PARTNERS_PICTURES")
@@ -132,6 +159,9 @@ class Program:
         """From the newest; a picture is None."""
         return [None if picture else content for content, picture in
                 self.query("SELECT content, image_file_name FROM items ORDER BY date DESC")]
+
+    def count_of_rows(self):
+        return len(self.texts())
 
     def pictures(self):
         """The files of the pictures, from the newest."""
@@ -226,7 +256,7 @@ class Partner:
 
     def comes_to_front(self, pattern):
         """Waits for its window, puts it in front, and gives it."""
-        window = until(lambda: window_titled(pattern), PATIENCE * 2)
+        window = until(lambda: window_titled(pattern), START)
         assert window, f"no window “{pattern}”: " + self.log.read_text(errors="replace")[-2000:]
         def is_front():
             if xdo("getactivewindow") == window:

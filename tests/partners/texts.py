@@ -1,5 +1,5 @@
 """What every program with a field for text owes a history: a copy of it is a row, and a row comes into it once and whole."""
-from hands import PATIENCE, clipboard, copy_text, keys, text_of, type_text, until
+from hands import PATIENCE, clipboard, clipboard_targets, copy_text, keys, text_of, type_text, until
 
 LINES = "first line of three\nsecond: äöü ß € 中文 🚀\n\tthird \"quoted\" $HOME `end` "
 
@@ -8,7 +8,7 @@ def is_recorded(test, program, text):
     """As another program copies it, for the first time."""
     test.assertNotIn(text, program.texts())
     copy_text(text)
-    test.assertTrue(program.records(text), f"rows: {program.texts()[:5]}")
+    test.assertTrue(program.records(text), f"rows: {program.texts()[:5]}; the pasteboard has {clipboard_targets()} {clipboard()!r:.200}")
 
 
 def copies_to_a_row(test, program, text):
@@ -23,10 +23,9 @@ def takes_a_row(test, program, word, expected, content):
     test.assertTrue(until(lambda: content() == expected, PATIENCE), f"it holds {content()!r}")
 
 
-def both_ways(test, program, field, beginning=LINES):
-    """An empty field that has the keyboard. What is typed afterwards comes behind what was pasted, and it came once."""
-    def content():
-        return text_of(field).removesuffix("\n")
+def both_ways(test, program, content, beginning=LINES):
+    """An empty field that has the keyboard, and `content` that gives what stands in it. What is typed afterwards comes behind what was
+    pasted, and it came once."""
     word = test._testMethodName.lower()
     text = beginning + word
     is_recorded(test, program, text)
@@ -35,3 +34,8 @@ def both_ways(test, program, field, beginning=LINES):
     type_text(" and typed")
     test.assertTrue(until(lambda: content() == text + " and typed", PATIENCE), f"it holds {content()!r}")
     copies_to_a_row(test, program, text + " and typed")
+
+
+def content_of(field):
+    """Of a control; some toolkits tell of a last line that is empty."""
+    return lambda: text_of(field).removesuffix("\n")

@@ -1,0 +1,6 @@
+"""Chromium."""
+from browsers import Page, chromium
+
+
+class Sentences(Page):
+    browser = staticmethod(chromium)

@@ -1,0 +1,6 @@
+"""Firefox."""
+from browsers import Page, firefox
+
+
+class Sentences(Page):
+    browser = staticmethod(firefox)
