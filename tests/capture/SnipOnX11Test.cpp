@@ -56,7 +56,7 @@ protected:
         snipper.setOnSnipComplete([this](const QImage &image) { flow->presentSnip(image); });
         flow =
             std::make_unique<SnipFlow>(SnipFlow::Ports{time, defaults, pasteboard, screens, windows, filePanels,
-                                                       snipper, screen, queue, folders, uploads},
+                                                       snipper, screen, queue, folders, uploads, corner},
                                        SnipFlow::Actions{.mayCaptureScreen = {},
                                                          .saveImage = [](const QImage &) { return text("stored.jpg"); },
                                                          .activateApplication = {},
@@ -120,6 +120,7 @@ protected:
     ScreenSnipper snipper{{launcher, defaults, time, folders.temporary}};
     SerialQueue queue{text("com.tavrine.snip")};
     FakeKeychain keychain;
+    TakenCorner corner;
     Uploads uploads{{.time = time,
                      .defaults = defaults,
                      .center = center,
