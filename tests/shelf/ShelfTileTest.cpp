@@ -1,18 +1,12 @@
 #include "look/Text.h"
 #include "look/ToolTip.h"
-#include "shelf/ShelfPictures.h"
 #include "shelf/ShelfViewTest.h"
 
-#include <QAccessible>
 #include <QFontMetricsF>
 #include <QHelpEvent>
-#include <QWheelEvent>
 
 namespace tavrine {
 namespace {
-
-using Tile = ShelfItemDragSourceView;
-constexpr QPoint middle(Tile::slotWidth / 2, 40);
 
 class ShelfTile : public ShelfViewTest {};
 

@@ -15,6 +15,9 @@
 
 namespace tavrine {
 
+using Tile = ShelfItemDragSourceView;
+inline constexpr QPoint middle(Tile::slotWidth / 2, 40); ///< of a tile's picture
+
 /// The shelf's window content over fakes, as large as the window is when it shows items.
 class ShelfViewTest : public ShelfTest {
 protected:
