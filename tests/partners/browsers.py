@@ -1,11 +1,11 @@
-"""What a page gives to the history and to the shelf, and takes from them. `Browser` is one of two."""
+"""What a page gives to the history and to the shelf, and takes from them."""
 import json
 import re
 import unittest
+from pathlib import Path
 
 from files import Folder
-from hands import HOME, PATIENCE, Partner, clipboard, clipboard_targets, click, keys, place_of, point_at, run, until, xdo
-from pathlib import Path
+from hands import HOME, PATIENCE, Partner, click, clipboard, clipboard_targets, keys, place_of, point_at, run, until, xdo
 from shelf import Shelf
 from texts import both_ways
 
@@ -32,8 +32,8 @@ def firefox(profile, page):
 
 
 def chromium(profile, page):
-    return Partner("chromium", "--no-sandbox", f"--user-data-dir={profile}", "--no-first-run", "--no-default-browser-check", "--disable-gpu",
-                   "--disable-background-networking", "--disable-component-update", "--disable-sync", "--password-store=basic",
+    return Partner("chromium", "--no-sandbox", f"--user-data-dir={profile}", "--no-first-run", "--no-default-browser-check",
+                   "--disable-gpu", "--disable-background-networking", "--disable-component-update", "--disable-sync", "--password-store=basic",
                    "--window-size=800,600", "--window-position=200,120", f"--app=file://{page}")
 
 

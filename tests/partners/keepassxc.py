@@ -1,7 +1,10 @@
 """KeePassXC marks what it copies as a secret, takes it back after a while, and ours forgets it."""
+import os
+import signal
 import unittest
 
-from hands import HOME, PANEL, PATIENCE, Partner, click, clipboard, clipboard_targets, copy_text, focused_title, keys, middle_of, os, run, signal, text_of, until
+from hands import (HOME, PANEL, PATIENCE, Partner, click, clipboard, clipboard_targets, copy_text, focused_title, keys, middle_of, run,
+                   text_of, until)
 
 SECRET = "correct-horse-battery"
 MARK = "x-kde-passwordManagerHint"

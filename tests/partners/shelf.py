@@ -1,7 +1,7 @@
 """The shelf at the upper edge of the screen, by a hand on the mouse: what other programs drag goes there and comes out again."""
 import time
 
-from hands import PATIENCE, glide, middle_of, place_of, point_at, rectangle_of, until, window_titled, xdo, Partner, walk_all
+from hands import PATIENCE, Partner, glide, middle_of, point_at, rectangle_of, until, walk_all, xdo
 
 SHELF = "NotchShelf"
 
