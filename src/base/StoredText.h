@@ -15,6 +15,9 @@ struct StoredText {
     Choice choice;
     const char *text; ///< Latin-1
 };
+// Said, as not every compiler that knows C++20 finds it by itself.
+template <class Choice>
+StoredText(Choice, const char *) -> StoredText<Choice>;
 
 /// The text of `choice`, which the table has.
 template <class Choice, class Table>

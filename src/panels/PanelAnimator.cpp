@@ -49,7 +49,7 @@ void PanelAnimator::run(PanelWindow &panel, Seconds duration, const look::Timing
     }
     // The end is a moment of its own: the steps may meet it late.
     m_time.asyncAfter(isAnimated ? duration : Seconds{0},
-                      [this, alive, key = &panel, serial = m_serial, target, isAnimated, completion] {
+                      [this, alive, key = &panel, serial = m_serial, target, completion] {
                           if (alive.expired())
                               return;
                           const auto found = m_animations.find(key);

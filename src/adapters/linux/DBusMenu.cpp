@@ -93,7 +93,7 @@ std::vector<DBusMenuProperties> DBusMenu::properties(const QList<int> &ids, cons
     return found;
 }
 
-bool DBusMenu::event(int id, const QString &eventId) {
+bool DBusMenu::take(int id, const QString &eventId) {
     if (id == rootId)
         return true;
     const auto lines = m_menu.lines();
@@ -133,13 +133,13 @@ QDBusVariant DBusMenuAdaptor::GetProperty(int id, const QString &name) {
 }
 
 void DBusMenuAdaptor::Event(int id, const QString &eventId, const QDBusVariant & /*data*/, uint /*timestamp*/) {
-    m_menu.event(id, eventId);
+    m_menu.take(id, eventId);
 }
 
 QList<int> DBusMenuAdaptor::EventGroup(const QList<DBusMenuEvent> &events) {
     QList<int> errors;
     for (const DBusMenuEvent &event : events.first(std::min(events.size(), mostAtOnce))) {
-        if (!m_menu.event(event.id, event.eventId))
+        if (!m_menu.take(event.id, event.eventId))
             errors.append(event.id);
     }
     return errors;

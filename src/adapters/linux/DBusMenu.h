@@ -53,7 +53,7 @@ private:
     [[nodiscard]] DBusMenuNode layout(int parentId, int recursionDepth, const QStringList &names);
     [[nodiscard]] std::vector<DBusMenuProperties> properties(const QList<int> &ids, const QStringList &names);
     /// False when there is no such line.
-    bool event(int id, const QString &eventId);
+    bool take(int id, const QString &eventId);
 
     StatusItemMenu m_menu;
     DBusMenuAdaptor *m_adaptor;

@@ -7,8 +7,8 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
+#include <csignal>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -25,7 +25,7 @@ namespace tavrine {
 namespace {
 
 constexpr qsizetype longestAnswer = 16 * 1024 * 1024;
-constexpr QLatin1String program("/TavrineReader");
+constexpr QLatin1String readerProgram("/TavrineReader");
 
 bool writeAll(int file, const void *bytes, size_t size) {
     const auto *next = static_cast<const char *>(bytes);
@@ -163,7 +163,7 @@ std::variant<ReaderProcess::Failure, QByteArray> ReaderProcess::read(const QImag
 }
 
 ProcessRecognizer::ProcessRecognizer(const QString &programFolder, std::chrono::milliseconds patience)
-    : m_reader(programFolder + program, QStringLiteral("text_recognizer"), patience) {}
+    : m_reader(programFolder + readerProgram, QStringLiteral("text_recognizer"), patience) {}
 
 Recognizer::Result ProcessRecognizer::recognize(const QImage &image, std::stop_token stop) {
     const auto answer = m_reader.read(image, std::move(stop));
@@ -175,7 +175,7 @@ Recognizer::Result ProcessRecognizer::recognize(const QImage &image, std::stop_t
 
 ProcessCodeDetector::ProcessCodeDetector(const QString &programFolder, const char *plugin,
                                          std::chrono::milliseconds patience)
-    : m_reader(programFolder + program, QString::fromUtf8(plugin), patience) {}
+    : m_reader(programFolder + readerProgram, QString::fromUtf8(plugin), patience) {}
 
 CodeDetector::Result ProcessCodeDetector::detect(const QImage &image) {
     const auto answer = m_reader.read(image);

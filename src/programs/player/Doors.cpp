@@ -8,6 +8,7 @@
 #include <cstring>
 #include <deque>
 #include <string_view>
+#include <utility>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -18,6 +19,8 @@ namespace tavrine {
 namespace {
 
 struct Door {
+    Door(std::string itsPath, int itsSocket) : path(std::move(itsPath)), socket(itsSocket) {}
+
     std::string path;
     std::atomic<int> socket;
 };

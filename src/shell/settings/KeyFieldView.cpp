@@ -74,11 +74,11 @@ void KeyFieldView::paintEvent(QPaintEvent *) {
 }
 
 void KeyFieldView::keyPressEvent(QKeyEvent *event) {
-    const auto modifiers = event->modifiers();
+    const auto pressed = event->modifiers();
     const bool isWholeChord =
-        modifiers.testFlags(Qt::ControlModifier | Qt::ShiftModifier); // typed as it is pressed later
-    const bool isOurs =                                               // a shortcut of the window
-        modifiers.testFlag(Qt::AltModifier) || (modifiers.testFlag(Qt::ControlModifier) && !isWholeChord);
+        pressed.testFlags(Qt::ControlModifier | Qt::ShiftModifier); // typed as it is pressed later
+    const bool isOurs =                                             // a shortcut of the window
+        pressed.testFlag(Qt::AltModifier) || (pressed.testFlag(Qt::ControlModifier) && !isWholeChord);
     const QString text = isOurs ? QString() : textOf(*event);
     if (text.isEmpty())
         QWidget::keyPressEvent(event);
