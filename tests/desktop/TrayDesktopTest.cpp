@@ -116,6 +116,11 @@ public:
                                    QStringLiteral("0")});
     }
 
+    /// A panel that is just started takes its time.
+    static bool isShown() {
+        return eventually([] { return !placeOf(pillColor).isNull(); }, 40s);
+    }
+
     QStringList toolTips;
     int button = 1;
     QList<QPoint> presses;
@@ -129,7 +134,7 @@ TEST_F(TrayOnTheDesktop, thePanelOfADesktopEnvironmentShowsTheIcon) {
     startPanel();
     item->setVisible(true);
     QRect place;
-    ASSERT_TRUE(eventually([&] { return !(place = placeOf(pillColor)).isNull(); }));
+    ASSERT_TRUE(isShown());
     letPass(500ms); // the panel settles its layout
     place = placeOf(pillColor);
     EXPECT_NEAR(double(place.width()) / place.height(), 28.0 / 22.0, 0.2) << place.width() << " x " << place.height();
@@ -152,7 +157,7 @@ TEST_F(TrayOnTheDesktop, thePanelOfADesktopEnvironmentShowsTheIcon) {
 TEST_F(TrayOnTheDesktop, thePanelShowsAWideImageAtFullHeightAndASquareOneAgainAfterIt) {
     startPanel();
     item->setVisible(true);
-    ASSERT_TRUE(eventually([&] { return !placeOf(pillColor).isNull(); }));
+    ASSERT_TRUE(isShown());
     constexpr QColor meterColor{0, 170, 255};
     item->setImage({.draw =
                         [meterColor](const StatusGround &ground) {
@@ -203,21 +208,21 @@ TEST_F(TrayOnTheDesktop, symbolsAreDarkInALightTrayThatNamesNoColour) {
 TEST_F(TrayOnTheDesktop, theIconIsInAPanelThatRestarts) {
     item->setVisible(true);
     startPanel();
-    ASSERT_TRUE(eventually([&] { return !placeOf(pillColor).isNull(); }));
+    ASSERT_TRUE(isShown());
     panel->end();
     ASSERT_TRUE(eventually([&] { return placeOf(pillColor).isNull(); }));
     startPanel();
-    EXPECT_TRUE(eventually([&] { return !placeOf(pillColor).isNull(); }));
+    EXPECT_TRUE(isShown());
 }
 
 TEST_F(TrayOnTheDesktop, theOlderTrayShowsTheIconAndGetsItBackWhenItRestarts) {
     startTrayer();
     item->setVisible(true);
-    ASSERT_TRUE(eventually([&] { return !placeOf(pillColor).isNull(); }));
+    ASSERT_TRUE(isShown());
     trayer->end();
     ASSERT_TRUE(eventually([&] { return placeOf(pillColor).isNull(); }));
     startTrayer();
-    ASSERT_TRUE(eventually([&] { return !placeOf(pillColor).isNull(); }));
+    ASSERT_TRUE(isShown());
     item->setImage(statusIcon(false, false, {}));
     EXPECT_TRUE(eventually([&] { return placeOf(pillColor).isNull(); }));
 }
@@ -225,24 +230,26 @@ TEST_F(TrayOnTheDesktop, theOlderTrayShowsTheIconAndGetsItBackWhenItRestarts) {
 TEST_F(TrayOnTheDesktop, theIconMovesFromTheOlderTrayToAPanelThatStarts) {
     startTrayer();
     item->setVisible(true);
-    ASSERT_TRUE(eventually([&] { return !placeOf(pillColor).isNull(); }));
+    ASSERT_TRUE(isShown());
     const QRect inTrayer = placeOf(pillColor);
     startPanel();
-    EXPECT_TRUE(eventually([&] {
-        const QRect now = placeOf(pillColor);
-        return !now.isNull() && !now.intersects(inTrayer);
-    }));
+    EXPECT_TRUE(eventually(
+        [&] {
+            const QRect now = placeOf(pillColor);
+            return !now.isNull() && !now.intersects(inTrayer);
+        },
+        40s));
 }
 
 TEST_F(TrayOnTheDesktop, theIconIsInOneTrayOnlyAndReturnsToTheOlderOneWhenTheOtherEnds) {
     StatusNotifierTray other;
     startTrayer();
     item->setVisible(true);
-    ASSERT_TRUE(eventually([&] { return !placeOf(pillColor).isNull(); }));
+    ASSERT_TRUE(isShown());
     other.start();
     EXPECT_TRUE(eventually([&] { return !other.items().isEmpty() && placeOf(pillColor).isNull(); }));
     other.end();
-    EXPECT_TRUE(eventually([&] { return !placeOf(pillColor).isNull(); }));
+    EXPECT_TRUE(isShown());
 }
 
 TEST_F(TrayOnTheDesktop, aWatcherWithoutAHostIsNoTray) {
@@ -250,7 +257,7 @@ TEST_F(TrayOnTheDesktop, aWatcherWithoutAHostIsNoTray) {
     other.start(false);
     startTrayer();
     item->setVisible(true);
-    ASSERT_TRUE(eventually([&] { return !placeOf(pillColor).isNull(); }));
+    ASSERT_TRUE(isShown());
     other.setHasHost(true);
     EXPECT_TRUE(eventually([&] { return !other.items().isEmpty() && placeOf(pillColor).isNull(); }));
     other.setHasHost(false);
@@ -261,7 +268,7 @@ TEST_F(TrayOnTheDesktop, restingOnTheIconOfTheOlderTrayShowsTheToolTip) {
     item->setToolTip(QStringLiteral("Tavrine"));
     startTrayer();
     item->setVisible(true);
-    ASSERT_TRUE(eventually([&] { return !placeOf(pillColor).isNull(); }));
+    ASSERT_TRUE(isShown());
     letPass(200ms);
     const QPoint place = placeOf(pillColor).center();
     static_cast<void>(outputOf(QStringLiteral("xdotool"),

@@ -222,7 +222,7 @@ TEST_F(ScreenCapture, aTermSignalAtAnyMomentOfItsStartLeavesNoFile) {
         const auto tool = start({QStringLiteral("-i"), QStringLiteral("-x"), file()});
         QThread::usleep(static_cast<unsigned long>(moment) * 1000);
         tool->terminate();
-        ASSERT_TRUE(eventually([&] { return tool->state() == QProcess::NotRunning; }, 2s)) << moment << " ms";
+        ASSERT_TRUE(eventually([&] { return tool->state() == QProcess::NotRunning; })) << moment << " ms";
         EXPECT_TRUE(tool->exitStatus() == QProcess::CrashExit || tool->exitCode() != 0);
         EXPECT_TRUE(filesLeft().isEmpty()) << moment << " ms";
     }
@@ -340,7 +340,7 @@ TEST_F(ScreenCapture, withTheShutterSoundItEndsAsFastThoughNoSoundServerRuns) {
     drag({10, 10}, {200, 200});
     timer.start();
     EXPECT_EQ(statusOf(*tool), 0);
-    EXPECT_LT(timer.elapsed(), 1000);
+    EXPECT_LT(timer.elapsed(), 4000) << "of 6000 for who waits for the sound";
     expectPicture({QPoint(10, 10), QPoint(200, 200)});
 }
 

@@ -58,13 +58,17 @@ public:
                           XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                           XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values.data());
         xcb_map_window(m_connection, m_window);
-        xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_PARENT, m_window, XCB_CURRENT_TIME);
-        read();
+        takeKeyboard();
     }
     ~Listener() { xcb_disconnect(m_connection); }
     Listener(const Listener &) = delete;
     Listener &operator=(const Listener &) = delete;
 
+    void takeKeyboard() {
+        xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_PARENT, m_window, XCB_CURRENT_TIME);
+        read();
+        m_keys.clear();
+    }
     [[nodiscard]] unsigned int window() const { return m_window; }
     [[nodiscard]] const std::vector<int> &keys() { return read(), m_keys; }
     [[nodiscard]] int clicks() { return read(), m_clicks; }
@@ -140,9 +144,13 @@ TEST_F(X11EventTapTest, noKindOfKeyReachesAnotherProgramOrEndsItAndAClickReaches
     EXPECT_EQ(tap->state(), State::dropping);
     EXPECT_EQ(changes, 0);
     tap.reset();
-    for (const int each : kinds)
-        keyboard.tap(each);
-    EXPECT_TRUE(waitUntil([&] { return listener.keys() == kinds; }));
+    // A window manager that comes to the end of another window only now takes the keyboard away once more.
+    EXPECT_TRUE(waitUntil([&] {
+        listener.takeKeyboard();
+        for (const int each : kinds)
+            keyboard.tap(each);
+        return listener.keys() == kinds;
+    }));
 }
 
 TEST_F(X11EventTapTest, nothingReachesATerminal) {
@@ -456,24 +464,39 @@ TEST_F(X11EventTapTest, aSecondKeyboardIsTakenWhetherItWasThereOrComesLater) {
             EXPECT_TRUE(second.isFree());
             start();
         }
-        EXPECT_TRUE(waitUntil([&] { return !second.isFree(); }, 3s)) << comesLater;
+        EXPECT_TRUE(waitUntil([&] { return !second.isFree(); })) << comesLater;
         tap.reset();
         EXPECT_TRUE(second.isFree()) << comesLater;
     }
 }
 
 TEST_F(X11EventTapTest, theKeyboardIsTakenHalfASecondLaterWhenAnotherProgramHoldsItForSoLong) {
-    ASSERT_TRUE(keyboard.grabKeyboard());
-    QElapsedTimer clock;
-    clock.start();
-    tap = taps.create([this] { ++changes; });
-    ASSERT_TRUE(tap);
-    EXPECT_LT(clock.elapsed(), 100); // nobody waited for it
-    EXPECT_EQ(tap->state(), State::waiting);
-    (void)waitUntil([] { return false; }, 500ms);
-    EXPECT_EQ(tap->state(), State::waiting);
-    keyboard.ungrabKeyboard();
-    EXPECT_TRUE(waitUntil([&] { return tap->state() == State::dropping && changes == 1; }, 500ms));
+    // It waits for a second, and the machine may stand still for as long.
+    for (int tries = 0; tries < 5; ++tries) {
+        changes = 0;
+        ASSERT_TRUE(keyboard.grabKeyboard());
+        QElapsedTimer clock;
+        clock.start();
+        tap = taps.create([this] { ++changes; });
+        ASSERT_TRUE(tap);
+        const auto created = clock.elapsed();
+        const State first = tap->state();
+        (void)waitUntil([] { return false; }, 500ms);
+        const State second = tap->state();
+        keyboard.ungrabKeyboard();
+        (void)waitUntil([&] { return tap->state() != State::waiting; });
+        if (tap->state() == State::ended && clock.elapsed() >= 1000) {
+            tap.reset();
+            continue;
+        }
+        EXPECT_LT(created, 500); // nobody waited for it
+        EXPECT_EQ(first, State::waiting);
+        EXPECT_EQ(second, State::waiting);
+        EXPECT_EQ(tap->state(), State::dropping);
+        EXPECT_EQ(changes, 1);
+        return;
+    }
+    FAIL() << "it was not taken in the second";
 }
 
 TEST_F(X11EventTapTest, theWaitEndsAfterASecondWhenAnotherProgramHoldsTheKeyboardForTwo) {
@@ -502,7 +525,7 @@ TEST_F(X11EventTapTest, aServerThatGoesEndsIt) {
     qputenv("DISPLAY", ours);
     server.kill();
     server.waitForFinished();
-    EXPECT_TRUE(waitUntil([&] { return changes == 1; }, 3s));
+    EXPECT_TRUE(waitUntil([&] { return changes == 1; }));
     EXPECT_EQ(tap->state(), State::ended);
     EXPECT_FALSE(silence->covers(1));
 }
