@@ -103,7 +103,7 @@ protected:
 };
 
 TEST_F(WaylandShelf, aFileIsDraggedOutAgainAsACopyAndWithControlHeldAsAMove) {
-    putOnShelf();
+    ASSERT_NO_FATAL_FAILURE(putOnShelf());
     Neighbour neighbour("nothing");
     ASSERT_TRUE(neighbour.says("ready", 30s));
     const QByteArray address = QUrl::fromLocalFile(path).toEncoded();

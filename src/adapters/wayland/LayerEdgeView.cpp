@@ -96,6 +96,8 @@ void LayerEdgeView::appear() {
         m_role.reset();
         return fall();
     }
+    m_isDraggedOver = false;
+    windowHandle()->installEventFilter(this); // once, however often
     shapeInput();
     show();
 }
@@ -145,11 +147,18 @@ bool LayerEdgeView::hasUnwantedKeyboard() const {
     return m_role && !(*m_standing)->wantsKeyboard && QGuiApplication::focusWindow() == windowHandle();
 }
 
+/// A press in it, a drag out of it or one over it ends with its window.
+bool LayerEdgeView::isHeld() const {
+    return m_isDraggedOver || m_shell.isDragging() || (underMouse() && QGuiApplication::mouseButtons() != Qt::NoButton);
+}
+
 /// Some compositors take the keyboard back from nobody who is there. Such a window goes and comes again; not for ever,
 /// where one gives it to whatever comes.
 void LayerEdgeView::lookWhetherLeft() {
     if (!hasUnwantedKeyboard())
         return;
+    if (isHeld())
+        return m_leaves.start();
     if (!m_sinceReturn.isValid() || m_sinceReturn.hasExpired(untilForgotten.count()))
         m_returns = 0;
     m_sinceReturn.start();
@@ -190,6 +199,14 @@ bool LayerEdgeView::event(QEvent *event) {
         break;
     }
     return EdgeView::event(event);
+}
+
+bool LayerEdgeView::eventFilter(QObject *object, QEvent *event) {
+    if (object == windowHandle() && (event->type() == QEvent::DragEnter || event->type() == QEvent::DragMove))
+        m_isDraggedOver = true;
+    else if (object == windowHandle() && (event->type() == QEvent::DragLeave || event->type() == QEvent::Drop))
+        m_isDraggedOver = false;
+    return EdgeView::eventFilter(object, event);
 }
 
 /// At rest only: what is open takes the mouse.

@@ -32,6 +32,8 @@ protected:
     void putAt(const QRect &place) override;
     void shapeInput() override;
     bool event(QEvent *event) override;
+    /// Of its window: whatever part of it is dragged over.
+    bool eventFilter(QObject *object, QEvent *event) override;
 
 private:
     [[nodiscard]] LayerPlace place() const;
@@ -40,6 +42,7 @@ private:
     void stand(bool wantsKeyboard);
     void fall();
     [[nodiscard]] bool hasUnwantedKeyboard() const;
+    [[nodiscard]] bool isHeld() const;
     void lookWhetherLeft();
     void stepAside();
 
@@ -49,6 +52,7 @@ private:
     std::optional<LayerStack::Place> m_standing; ///< while it is shown
     bool m_isAppearing = false;
     bool m_isAside = false;
+    bool m_isDraggedOver = false;
     QTimer m_waits; ///< until it lets the mouse through
     QTimer m_comesBack;
     QTimer m_leaves; ///< runs for a moment after the keyboard was given back

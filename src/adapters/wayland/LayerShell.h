@@ -45,6 +45,10 @@ public:
     /// Hears of what is dragged over the windows, as the toolkit's own does. Null without a seat.
     [[nodiscard]] wl_data_device *makeDataDevice() const;
 
+    /// While something is dragged out of a window of this program, which is the drag's as long as it lasts.
+    void setDragging(bool is) { m_isDragging = is; }
+    [[nodiscard]] bool isDragging() const { return m_isDragging; }
+
     /// Calls the handlers of what came for `queue` until `condition` holds. False when it did not in time.
     [[nodiscard]] bool waitOn(wl_event_queue *queue, const std::function<bool()> &condition) const;
 
@@ -55,6 +59,7 @@ private:
     zwlr_layer_shell_v1 *m_shell = nullptr;
     xdg_wm_base *m_popups = nullptr;
     wl_data_device_manager *m_dragging = nullptr;
+    bool m_isDragging = false;
 };
 
 } // namespace tavrine

@@ -48,7 +48,9 @@ quint32 WaylandDragging::beginDragging(QWidget & /*source*/, const DraggedItem &
     drag->setMimeData(new DraggedData(item));
     drag->setPixmap(item.draggingImage);
     drag->setHotSpot(item.hotSpot);
+    m_shell.setDragging(true);
     const Qt::DropAction done = drag->exec(offered, offered);
+    m_shell.setDragging(false);
     m_isDragging = false;
     return operationOf(done);
 }
