@@ -108,4 +108,15 @@ TEST_F(GnomeScales, aRecordingHasThePixelsOfAScreenOfOneAndAQuarter) {
     expectRecorded({right.x() + 301, 197, 600, 370}, 1, {376, 246, 750, 462});
 }
 
+TEST_F(GnomeScales, aPanelOpensWholeOnTheScreenThatThePointerIsOn) {
+    for (const QRect &screen : {left, right}) {
+        hands.movePointer(screen.center());
+        ASSERT_TRUE(openPanel());
+        const QRect panel = desktop.geometry(desktop.windowsTitled(QLatin1String(clipboardPanel)).front());
+        EXPECT_TRUE(screen.contains(panel)) << panel.x() << ", " << panel.y() << ", " << panel.width();
+        EXPECT_LE(std::abs(panel.center().x() - screen.center().x()), 1);
+        closePanel();
+    }
+}
+
 } // namespace

@@ -145,4 +145,25 @@ TEST_F(Gnome, aShellThatStandsStillKeepsTheProgramFromNothingElse) {
     EXPECT_TRUE(openPanel());
 }
 
+/// In a session of its own, which it ends; the test itself needs no screen.
+class GnomeEnd : public Gnome {
+protected:
+    void SetUp() override {
+        program.environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+        Gnome::SetUp();
+    }
+};
+
+TEST_F(GnomeEnd, takesTheProgramAlongAndNoRow) {
+    ASSERT_TRUE(start());
+    copyOnWayland("before the end of the shell");
+    ASSERT_TRUE(isRecorded("before the end of the shell"));
+    const int shell = qEnvironmentVariableIntValue("GNOME_SHELL_PROCESS");
+    ASSERT_GT(shell, 0);
+    ASSERT_EQ(::kill(shell, SIGKILL), 0);
+    EXPECT_TRUE(waitUntil([this] { return !program.isRunning(); }, gnomePatience));
+    EXPECT_EQ(program.rowsWith(QStringLiteral("before the end of the shell")), 1);
+    EXPECT_EQ(program.rows("PRAGMA integrity_check"), QStringList{QStringLiteral("ok")});
+}
+
 } // namespace

@@ -99,9 +99,12 @@ AbilityReport doubleTap(const HotKeyTraits &traits) {
 }
 
 AbilityReport withoutExtension(Ability ability) {
+    // Keys, and what is typed, at least reach the programs of the X server; of the screens nothing is to be had.
+    const bool isSeeing = ability == Ability::capture || ability == Ability::recording;
     return {.ability = ability,
-            .state = AbilityState::limited,
-            .reason = QStringLiteral("GNOME lets only an extension do this everywhere."),
+            .state = isSeeing ? AbilityState::missing : AbilityState::limited,
+            .reason = isSeeing ? QStringLiteral("GNOME shows its screens to an extension alone.")
+                               : QStringLiteral("GNOME lets only an extension do this everywhere."),
             .step = QStringLiteral("Log in anew after the installation, and switch on Tavrine among the extensions."),
             .linesToCopy = {}};
 }

@@ -71,12 +71,17 @@ SettingsRow *AbilitiesView::makeRow(const AbilityReport &report) {
     if (!report.step.isEmpty())
         note += u' ' + inDesktopWords(report.step);
     auto *row = new SettingsRow(QLatin1String(texts.symbol), QLatin1String(texts.title), note);
-    row->setTrailing(makeEnd(report));
+    row->setTrailing(makeEnd(report, note));
     return row;
 }
 
-QWidget *AbilitiesView::makeEnd(const AbilityReport &report) {
-    auto *state = new Label(HomeDashboardModel::textOf(report.state), TextRole::captionStrong, toneOf(report.state));
+QWidget *AbilitiesView::makeEnd(const AbilityReport &report, const QString &note) {
+    const QString text = HomeDashboardModel::textOf(report.state);
+    auto *state = new Label(text, TextRole::captionStrong, toneOf(report.state));
+    // The row's own words are painted: a screen reader would hear of states alone.
+    const QString title = inDesktopWords(QLatin1String(HomeDashboardModel::textsOf(report.ability).title));
+    state->setAccessibleName(title + QStringLiteral(": ") + inDesktopWords(text));
+    state->setAccessibleDescription(inDesktopWords(note));
     if (report.linesToCopy.isEmpty())
         return state;
     auto *end = new QWidget;

@@ -21,7 +21,7 @@ protected:
 
 private:
     [[nodiscard]] look::SettingsRow *makeRow(const AbilityReport &report);
-    [[nodiscard]] QWidget *makeEnd(const AbilityReport &report);
+    [[nodiscard]] QWidget *makeEnd(const AbilityReport &report, const QString &note);
 
     HomeDashboardModel &m_model;
     std::vector<AbilityReport> m_shown;
