@@ -14,6 +14,12 @@ endif()
 if(TAVRINE_SANITIZE)
   include(cmake/Sanitizers.cmake)
 endif()
+if(TAVRINE_FUZZERS)
+  # libFuzzer follows what is reached; what is wrong ends the run. The toolkit's own objects are without types for the sanitizer.
+  set(checks -fsanitize=address,undefined -fno-sanitize=vptr,function)
+  target_compile_options(tavrine_options INTERFACE -fsanitize=fuzzer-no-link ${checks} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(tavrine_options INTERFACE ${checks})
+endif()
 target_link_options(tavrine_options INTERFACE -Wl,--as-needed -Wl,-O1 -Wl,-z,now)
 
 # The headers that nearly every source takes, compiled once for all libraries: each copy would cost seconds and 120 MB.

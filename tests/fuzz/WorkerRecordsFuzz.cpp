@@ -1,30 +1,52 @@
-// The record of an upload worker that a hostile script has broken out of: any bytes at all.
+// The record of an upload worker that a hostile script has broken out of: any bytes at all; and the script that a
+// person pastes.
 
+#include "FuzzTarget.h"
+#include "upload/ScriptTokenizer.h"
 #include "upload/WorkerRecords.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
+namespace tavrine::fuzz {
+namespace {
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
-    const auto output = tavrine::decodeWorkerOutput(bytes);
+void readRecord(Bytes input) {
+    const auto output = decodeWorkerOutput(QByteArray(input.data(), static_cast<qsizetype>(input.size())));
     if (!output)
-        return 0;
-    const tavrine::UploadScriptRunResult result = tavrine::runResult(*output);
-    bool isSound = result.url.has_value() != result.error.has_value() && (!result.url || result.url->isValidUtf16());
-    isSound = isSound && (!result.error || tavrine::userMessage(*result.error).isValidUtf16());
+        return;
+    const UploadScriptRunResult result = runResult(*output);
+    require(result.url.has_value() != result.error.has_value() && (!result.url || result.url->isValidUtf16()));
+    require(!result.error || userMessage(*result.error).isValidUtf16());
     for (const QString &line : result.logs)
-        isSound = isSound && line.isValidUtf16();
-    if (!isSound)
-        std::abort();
-    return 0;
+        require(line.isValidUtf16());
 }
 
-extern "C" const char *const fuzzSeeds[] = {
-    R"({"url":"https://i.example/a.png","logs":["one","two"]})",
-    R"({"errorKind":"runtimeError","errorMessage":"Error: boom \ud83d\ude0e \udc00","logs":[]})",
-    R"({"errorKind":"syntaxError","url":null,"logs":["\u0000"]})",
-    R"({"logs":[[[[{}]]]],"errorKind":"missingFunction"})",
-    nullptr,
-};
+void readScript(Bytes input) {
+    const QString text = QString::fromUtf8(input.data(), static_cast<qsizetype>(input.size()));
+    int left = -1;
+    for (const QString &line : text.split(QLatin1Char('\n'))) {
+        ScriptLineState state = ScriptLineState::unpacked(left);
+        qsizetype end = 0;
+        for (const ScriptToken &token : scriptTokens(line, state)) {
+            require(token.start >= end && token.length > 0);
+            end = token.start + token.length;
+        }
+        require(end <= line.size());
+        left = state.packed();
+        require(ScriptLineState::unpacked(left) == state);
+    }
+}
+
+const Target recordTarget("worker-record", &readRecord, [] {
+    return std::vector<std::string>{
+        R"({"url":"https://i.example/a.png","logs":["one","two"]})",
+        R"({"errorKind":"runtimeError","errorMessage":"Error: boom \ud83d\ude0e \udc00","logs":[]})",
+        R"({"errorKind":"syntaxError","url":null,"logs":["\u0000"]})",
+        R"({"logs":[[[[{}]]]],"errorKind":"missingFunction"})"};
+});
+const Target scriptTarget("script-colours", &readScript, [] {
+    return std::vector<std::string>{"async function upload(file) {\n  const a = `x${ {b: `y${1/2}`} }z` / 2; // c\n  "
+                                    "return /[/\\]]+/g.test('a\\'')",
+                                    "/* a\n * b */ 0x1F + 1e-9 + .5 \"open\n`open\n${"};
+});
+
+} // namespace
+} // namespace tavrine::fuzz
