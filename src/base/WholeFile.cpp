@@ -1,13 +1,13 @@
 #include "base/WholeFile.h"
 
 #include "base/Descriptor.h"
+#include "base/ErrorText.h"
 
 #include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <random>
 
 #include <fcntl.h>
@@ -95,7 +95,7 @@ std::string nameBeside(const std::string &path) {
 template <class Make>
 std::string takeNameBeside(const std::string &path, const Make &make) {
     for (int i = 0; i < mostNames; ++i) {
-        const std::string name = nameBeside(path);
+        std::string name = nameBeside(path);
         if (make(name))
             return name;
         if (errno != EEXIST)
@@ -165,10 +165,10 @@ std::optional<std::string> whyNotWritable(const std::string &path) {
     if (place.error == ENOTSUP)
         return "not a plain file";
     if (place.error != 0)
-        return std::strerror(place.error);
+        return errorText(place.error);
     // The rights alone do not tell: root has them all, and a file system may be read-only.
     if (const int error = WholeFileWriter(path).write({}))
-        return std::strerror(error);
+        return errorText(error);
     return std::nullopt;
 }
 

@@ -1,5 +1,6 @@
 #include "capture/SnipFiles.h"
 
+#include "base/ErrorText.h"
 #include "base/PrivateFiles.h"
 #include "base/SerialQueue.h"
 #include "base/Time.h"
@@ -11,7 +12,6 @@
 #include <QLocale>
 
 #include <cmath>
-#include <cstring>
 
 namespace tavrine {
 namespace {
@@ -30,7 +30,7 @@ SnipFiles::Outcome write(const QString &path, const SnipFiles::Png &png, FileRig
     const std::string_view bytes(png.data->constData(), static_cast<size_t>(png.data->size()));
     const int error = writeWholeFile(QFile::encodeName(path).toStdString(), {bytes},
                                      {.rights = rights, .isDurable = true, .isStopped = {}});
-    return {path, error == 0 ? QString() : QString::fromLocal8Bit(std::strerror(error))};
+    return {path, error == 0 ? QString() : QString::fromLocal8Bit(errorText(error))};
 }
 
 } // namespace

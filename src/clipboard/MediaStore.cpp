@@ -117,7 +117,7 @@ std::optional<QString> MediaStore::saveImage(QImage image) {
     if (image.width() <= 0 || image.height() <= 0)
         return std::nullopt;
     const std::scoped_lock saving(m_saving);
-    if (const auto stored = unclaimedFileOf(image))
+    if (auto stored = unclaimedFileOf(image))
         return stored;
     const qint64 key = image.cacheKey();
     image = onWhite(std::move(image));

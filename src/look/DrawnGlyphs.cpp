@@ -70,7 +70,9 @@ Entry entryAt(const QByteArray &table, qsizetype index) {
 }
 
 QByteArray stampIn(const QByteArray &table, const Header &header) {
-    return table.mid(qsizetype(sizeof(Header) + header.count * sizeof(Entry)), qsizetype(header.stampBytes));
+    constexpr qsizetype headBytes = sizeof(Header);
+    constexpr qsizetype entryBytes = sizeof(Entry);
+    return table.mid(headBytes + header.count * entryBytes, qsizetype{header.stampBytes});
 }
 
 QString textOf(const QByteArray &table, const Entry &entry) {
@@ -103,7 +105,8 @@ QByteArray readTable(QFile &file, int side) {
 QByteArray packed(const QImage &picture) {
     QByteArray pixels;
     for (int y = 0; y < picture.height(); ++y)
-        pixels.append(reinterpret_cast<const char *>(picture.constScanLine(y)), picture.width() * bytesPerPixel);
+        pixels.append(reinterpret_cast<const char *>(picture.constScanLine(y)),
+                      qsizetype{picture.width()} * bytesPerPixel);
     return qCompress(pixels, quickest);
 }
 
@@ -183,8 +186,8 @@ std::optional<DrawnGlyph> DrawnGlyphs::glyph(const QString &emoji) const {
     const QByteArray pixels = tellsLength(stored, expected) ? qUncompress(stored) : QByteArray();
     if (pixels.size() != expected)
         return std::nullopt;
-    const QImage picture(reinterpret_cast<const uchar *>(pixels.constData()), m_side, m_side, m_side * bytesPerPixel,
-                         QImage::Format_ARGB32_Premultiplied);
+    const QImage picture(reinterpret_cast<const uchar *>(pixels.constData()), m_side, m_side,
+                         qsizetype{m_side} * bytesPerPixel, QImage::Format_ARGB32_Premultiplied);
     return DrawnGlyph{emoji, picture.copy(), entry.isSign == 1};
 }
 

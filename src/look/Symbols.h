@@ -16,7 +16,7 @@ namespace tavrine::look {
 /// A symbol is a shape without colour: it is tinted when painted, and drawn anew for each size and scale, so it is
 /// sharp everywhere. Finished pictures are kept, the last used of them, up to `symbolCacheBytes`.
 
-inline constexpr qsizetype symbolCacheBytes = 1024 * 1024;
+inline constexpr qsizetype symbolCacheBytes = qsizetype{1024} * 1024;
 
 [[nodiscard]] bool hasSymbol(const QString &name);
 

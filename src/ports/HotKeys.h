@@ -76,6 +76,7 @@ public:
     virtual void setTitle(HotKeyId /*id*/, const QString & /*title*/) {}
     /// Calls `handler` in a later turn with what became of a registration that was given, and whenever that changes.
     /// One that does not hold may hold later, and is given up like any other. Never for one that is known at once.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): who overrides it keeps it
     virtual void setOnHeld(std::function<void(HotKeyRef ref, bool isHeld)> /*handler*/) {}
 };
 

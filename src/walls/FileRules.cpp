@@ -1,10 +1,10 @@
 #include "walls/FileRules.h"
 
 #include "base/Descriptor.h"
+#include "base/ErrorText.h"
 
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -36,7 +36,7 @@ struct [[gnu::packed]] PathAttributes {
 };
 
 std::optional<std::string> failed() {
-    return std::string("landlock: ") + std::strerror(errno);
+    return std::string("landlock: ") + errorText(errno);
 }
 
 } // namespace

@@ -1,10 +1,10 @@
 #include "walls/LockDown.h"
 
+#include "base/ErrorText.h"
 #include "walls/FileRules.h"
 #include "walls/SystemCalls.h"
 
 #include <cerrno>
-#include <cstring>
 #include <fstream>
 
 #include <sys/prctl.h>
@@ -17,7 +17,7 @@ namespace {
 constexpr rlim_t descriptorsOfThreads = 64;
 
 LockDownError failed(const char *step, int error) {
-    return std::string(step) + ": " + std::strerror(error);
+    return std::string(step) + ": " + errorText(error);
 }
 
 LockDownError setOption(const char *step, int option, unsigned long value) {

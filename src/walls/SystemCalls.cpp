@@ -1,7 +1,8 @@
 #include "walls/SystemCalls.h"
 
+#include "base/ErrorText.h"
+
 #include <cerrno>
-#include <cstring>
 
 #include <linux/sched.h>
 #include <sys/mman.h>
@@ -105,7 +106,7 @@ void SystemCalls::allowThreads() {
 std::optional<std::string> SystemCalls::load() {
     if (m_error == 0)
         m_error = -seccomp_load(m_context);
-    return m_error == 0 ? std::nullopt : std::optional(std::string("seccomp: ") + std::strerror(m_error));
+    return m_error == 0 ? std::nullopt : std::optional(std::string("seccomp: ") + errorText(m_error));
 }
 
 } // namespace tavrine

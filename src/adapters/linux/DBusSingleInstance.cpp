@@ -47,7 +47,7 @@ public:
     /// As the first one: takes the name as soon as there is a bus, and again of every bus that takes its place.
     void takeName(OnReopen onReopen) {
         m_object = std::make_unique<ApplicationObject>(std::move(onReopen), request.isByBus);
-        sessionBus::follow(this, [this](QDBusConnection bus) {
+        sessionBus::follow(this, [this](const QDBusConnection &bus) {
             if (!bus.isConnected())
                 return;
             // Before the name: whoever finds the name finds the object.

@@ -11,7 +11,7 @@
 namespace tavrine {
 namespace {
 
-constexpr qint64 largestFile = 512 * 1024; // the largest on a full desktop has 60 KB, for its translations
+constexpr qint64 largestFile = 512LL * 1024; // the largest on a full desktop has 60 KB, for its translations
 
 QString identifierOf(const QString &path, const DesktopEntry &entry) {
     return knownProgram(QFileInfo(path).completeBaseName(), entry.windowClass).bundleIdentifier;

@@ -1,6 +1,7 @@
 #include "adapters/linux/HelperProcess.h"
 
 #include "adapters/linux/HelperStart.h"
+#include "base/ErrorText.h"
 
 #include <QPointer>
 #include <QSocketNotifier>
@@ -8,7 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <tuple>
 #include <utility>
 
@@ -24,7 +24,7 @@ constexpr int fileOfHelper = 3;
 constexpr int resultOfHelper = highestHelperNumber;
 
 QString textOf(int error) {
-    return QString::fromLocal8Bit(std::strerror(error));
+    return QString::fromLocal8Bit(errorText(error));
 }
 
 struct Pipe {

@@ -17,6 +17,7 @@ int spawn(pid_t &pid, const HelperStart &start, const posix_spawn_file_actions_t
     for (const QString &argument : start.arguments)
         texts.push_back(argument.toUtf8());
     std::vector<char *> arguments;
+    arguments.reserve(texts.size() + 1);
     for (QByteArray &text : texts)
         arguments.push_back(text.data());
     arguments.push_back(nullptr);

@@ -10,7 +10,8 @@
 namespace tavrine {
 namespace {
 
-constexpr uintptr_t largeFont = 2 * 1024 * 1024; ///< a colour font has 10 MB; one of letters is drawn from all the time
+constexpr uintptr_t largeFont =
+    2UL * 1024 * 1024; ///< a colour font has 10 MB; one of letters is drawn from all the time
 
 bool isFont(std::string_view path) {
     return path.ends_with(".ttf") || path.ends_with(".otf") || path.ends_with(".ttc");
@@ -35,6 +36,7 @@ void giveBack(const char *line) {
     // Only what cannot have been written to: the file has the same.
     const std::string_view readOnly(rights, 3);
     if (readOnly == "r--" && ((end - begin >= largeFont && isFont(path)) || isFontCache(path)))
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the system tells addresses as numbers
         madvise(reinterpret_cast<void *>(begin), end - begin, MADV_DONTNEED);
 }
 

@@ -97,9 +97,9 @@ void PortalHotKeys::onBusOpen(const QDBusConnection &bus) {
                 if (!before.isEmpty())
                     loseSession();
                 // One that went is not called back: it might go with each question again.
-                if (!before.isEmpty() && !owner.isEmpty())
-                    bindSoon();
-                else if (before.isEmpty() && m_session.isEmpty() && !m_isBinding)
+                const bool isReplaced = !before.isEmpty() && !owner.isEmpty();
+                const bool isNew = before.isEmpty() && m_session.isEmpty() && !m_isBinding;
+                if (isReplaced || isNew)
                     bindSoon();
             });
     bindSoon();

@@ -1,6 +1,7 @@
 #include "adapters/linux/PosixTaskLauncher.h"
 
 #include "base/Descriptor.h"
+#include "base/ErrorText.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -8,7 +9,6 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
-#include <cstring>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -27,7 +27,7 @@ constexpr int signalBase = 128;    // as shells count
 constexpr int unknownStatus = 255; // nothing is known of the end but that it came
 
 QString textOf(int error) {
-    return QString::fromLocal8Bit(std::strerror(error));
+    return QString::fromLocal8Bit(errorText(error));
 }
 
 /// What the task and the thread that waits for its program share.
@@ -48,7 +48,7 @@ struct Run {
         signal(number, SIG_DFL);
     sigset_t none;
     sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
+    pthread_sigmask(SIG_SETMASK, &none, nullptr);
     const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
     if (nothing >= 0 && dup2(nothing, STDIN_FILENO) == STDIN_FILENO) {
         close_range(STDERR_FILENO + 1, static_cast<unsigned>(failure) - 1, 0);
@@ -66,6 +66,7 @@ int spawn(pid_t &pid, const QString &program, const QStringList &arguments) {
     for (const QString &argument : arguments)
         texts.push_back(QFile::encodeName(argument));
     std::vector<char *> pointers;
+    pointers.reserve(texts.size() + 1);
     for (QByteArray &text : texts)
         pointers.push_back(text.data());
     pointers.push_back(nullptr);

@@ -1,13 +1,13 @@
 #include "adapters/linux/ReaderProcess.h"
 
 #include "adapters/linux/ReaderProtocol.h"
+#include "base/ErrorText.h"
 
 #include <QDeadlineTimer>
 #include <QFile>
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <csignal>
 #include <iterator>
 #include <string>
@@ -142,13 +142,13 @@ std::variant<ReaderProcess::Failure, QByteArray> ReaderProcess::read(const QImag
     const Descriptor answerEnd(ends[0]);
     Descriptor output(ends[1]);
     if (!input.isOpen() || piped != 0 || !writePicture(input.number(), picture))
-        return Failure{QString::fromLocal8Bit(std::strerror(errno))};
+        return Failure{QString::fromLocal8Bit(errorText(errno))};
     const Descriptor stopped(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     const std::stop_callback tellIt(std::move(stop), [&stopped] { eventfd_write(stopped.number(), 1); });
     const QDeadlineTimer deadline(m_longest);
     const pid_t pid = start(m_program, m_plugin, input.number(), output.number());
     if (pid < 0)
-        return Failure{QString::fromLocal8Bit(std::strerror(errno))};
+        return Failure{QString::fromLocal8Bit(errorText(errno))};
     output.close(); // ours; the answer ends when the reader's is closed too
     QByteArray answer;
     const bool isWhole = readAll(answerEnd.number(), {m_cancelled.number(), stopped.number()}, deadline, answer);

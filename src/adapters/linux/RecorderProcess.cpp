@@ -2,12 +2,12 @@
 
 #include "adapters/linux/RecorderProtocol.h"
 #include "adapters/linux/RecorderSession.h"
+#include "base/ErrorText.h"
 
 #include <QFile>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -20,7 +20,7 @@ namespace {
 using recorderProtocol::Start;
 
 QString textOf(int error) {
-    return QString::fromLocal8Bit(std::strerror(error));
+    return QString::fromLocal8Bit(errorText(error));
 }
 
 recorderProtocol::Picture pictureOf(const ScreenSample &sample) {

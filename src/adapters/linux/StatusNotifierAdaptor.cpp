@@ -7,7 +7,8 @@ namespace tavrine {
 
 StatusNotifierPixmap StatusNotifierPixmap::fromImage(const QImage &image) {
     const QImage argb = image.convertToFormat(QImage::Format_ARGB32);
-    StatusNotifierPixmap pixmap{argb.width(), argb.height(), QByteArray(argb.width() * argb.height() * 4, '\0')};
+    StatusNotifierPixmap pixmap{argb.width(), argb.height(),
+                                QByteArray(qsizetype{argb.width()} * argb.height() * 4, '\0')};
     for (int y = 0; y < argb.height(); ++y)
         qToBigEndian<quint32>(argb.constScanLine(y), argb.width(),
                               pixmap.argb.data() + qsizetype{4} * y * argb.width());

@@ -99,9 +99,6 @@ LayerShell::LayerShell() {
     wl_event_queue_destroy(queue);
 }
 
-// The toolkit takes the connection down, and with it what was bound; it may have done so by now.
-LayerShell::~LayerShell() = default;
-
 wl_surface *LayerShell::surfaceOf(QWindow &window) const {
     auto *native = m_shell ? toolkit() : nullptr;
     if (!native)

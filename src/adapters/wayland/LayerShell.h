@@ -28,7 +28,8 @@ public:
     static void prepareToolkit();
 
     LayerShell();
-    ~LayerShell();
+    /// The toolkit takes the connection down, and with it what was bound; it may have done so by now.
+    ~LayerShell() = default;
     LayerShell(const LayerShell &) = delete;
     LayerShell &operator=(const LayerShell &) = delete;
 

@@ -1,9 +1,10 @@
 #include "adapters/wayland/WaylandLink.h"
 
+#include "base/ErrorText.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 
 #include <poll.h>
 
@@ -52,7 +53,7 @@ WaylandLink::~WaylandLink() {
 std::string WaylandLink::whyClosed() const {
     const int error = m_display ? wl_display_get_error(m_display) : ENOTCONN;
     if (error != EPROTO)
-        return std::strerror(error);
+        return errorText(error);
     const wl_interface *interface = nullptr;
     std::uint32_t object = 0;
     const std::uint32_t code = wl_display_get_protocol_error(m_display, &interface, &object);

@@ -1,14 +1,10 @@
 #include "adapters/x11/X11Keyboard.h"
 
+#include "adapters/x11/XkbHeader.h"
 #include "ports/EventMonitors.h"
 #include "ports/HotKeys.h"
 
 #include <algorithm>
-
-// The C header has a member of this name, which C++ keeps for itself.
-#define explicit explicitParts
-#include <xcb/xkb.h>
-#undef explicit
 
 namespace tavrine {
 namespace {
@@ -62,13 +58,15 @@ std::optional<X11Keyboard> X11Keyboard::read(XcbClient &client) {
 }
 
 xcb_keysym_t X11Keyboard::keysym(int keycode, int group) const {
-    const int row = (keycode - m_firstKeycode) * m_symbolsPerKey;
-    if (keycode < m_firstKeycode || m_symbolsPerKey == 0 || row + m_symbolsPerKey > static_cast<int>(m_symbols.size()))
+    if (keycode < m_firstKeycode || m_symbolsPerKey <= 0)
         return 0;
-    const int column = group * 2; // the first two groups have the first four places, two each
-    const xcb_keysym_t symbol =
-        column < std::min(m_symbolsPerKey, 4) ? m_symbols[static_cast<size_t>(row + column)] : 0;
-    return symbol ? symbol : m_symbols[static_cast<size_t>(row)];
+    const auto perKey = static_cast<size_t>(m_symbolsPerKey);
+    const size_t row = static_cast<size_t>(keycode - m_firstKeycode) * perKey;
+    if (row + perKey > m_symbols.size())
+        return 0;
+    const size_t column = static_cast<size_t>(group) * 2; // the first two groups have the first four places, two each
+    const xcb_keysym_t symbol = column < std::min<size_t>(perKey, 4) ? m_symbols[row + column] : 0;
+    return symbol ? symbol : m_symbols[row];
 }
 
 int X11Keyboard::keycode(xcb_keysym_t symbol, int group) const {

@@ -1,16 +1,13 @@
 #include "adapters/x11/X11KeyboardHold.h"
 
 #include "adapters/x11/X11Keyboard.h"
+#include "adapters/x11/XkbHeader.h"
 
 #include <algorithm>
 #include <array>
 
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
-// The C header has a member of this name, which C++ keeps for itself.
-#define explicit explicitParts
-#include <xcb/xkb.h>
-#undef explicit
 
 namespace tavrine {
 namespace {

@@ -5,7 +5,7 @@ namespace tavrine {
 namespace {
 
 // What is larger than one request would need the incremental protocol; nobody pastes that much into a terminal.
-constexpr qsizetype longestBytes = 4 * 1024 * 1024;
+constexpr qsizetype longestBytes = qsizetype{4} * 1024 * 1024;
 
 } // namespace
 

@@ -2,12 +2,12 @@
 // open, and says how far it is; a server from which nothing comes for so long is given up, and one that sends more.
 // SCHEMES is "all" or "secure". Ends with its last line, or with whoever started it.
 #include "adapters/linux/DownloadProtocol.h"
+#include "base/ErrorText.h"
 #include "walls/NetworkWalls.h"
 
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <memory>
 #include <optional>
@@ -100,7 +100,7 @@ public:
         if (code != CURLE_OK)
             fail(m_failure ? m_failure : m_words[0] ? m_words : curl_easy_strerror(code));
         if (fsync(downloadProtocol::file) != 0) // a file that has a name is whole, also after a crash of the machine
-            fail(std::strerror(errno));
+            fail(errorText(errno));
         say({Report::Kind::progress, m_written, m_written});
         say({Report::Kind::done});
         std::_Exit(EXIT_SUCCESS);
@@ -124,7 +124,7 @@ private:
             if (written < 0 && errno == EINTR)
                 continue;
             if (written <= 0) {
-                download->m_failure = std::strerror(written < 0 ? errno : EIO);
+                download->m_failure = errorText(written < 0 ? errno : EIO);
                 return 0;
             }
             done += static_cast<std::size_t>(written);

@@ -14,8 +14,8 @@ namespace {
 
 /// What recordings are, ours and those of browsers. Lists of other files are none.
 constexpr auto formats = "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm";
-constexpr std::int64_t mostProbed = 5'000'000;           // bytes, as the library does it
-constexpr std::int64_t longestProbed = 2 * AV_TIME_BASE; // of the movie
+constexpr std::int64_t mostProbed = 5'000'000;                         // bytes, as the library does it
+constexpr std::int64_t longestProbed = std::int64_t{2} * AV_TIME_BASE; // of the movie
 
 /// Of the display matrix, which is in fixed point: turns by right angles and mirrors, for nobody records anything else.
 std::array<int, 4> turnOf(const AVStream *video) {

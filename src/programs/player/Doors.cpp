@@ -1,6 +1,7 @@
 #include "programs/player/Doors.h"
 
 #include "base/Descriptor.h"
+#include "base/ErrorText.h"
 
 #include <atomic>
 #include <cerrno>
@@ -86,7 +87,7 @@ std::optional<std::string> Doors::open(const std::string &path) {
     if (!socket.isOpen())
         socket = called(path, Name::abstract);
     if (!socket.isOpen())
-        return path + ": " + std::strerror(errno);
+        return path + ": " + errorText(errno);
     doors().emplace_back(path, socket.release());
     return std::nullopt;
 }

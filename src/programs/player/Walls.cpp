@@ -1,11 +1,11 @@
 #include "programs/player/Walls.h"
 
+#include "base/ErrorText.h"
 #include "walls/FileRules.h"
 #include "walls/SystemCalls.h"
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <functional>
 
 #include <fcntl.h>
@@ -76,7 +76,7 @@ LockDownError filterMoviePlayer() {
 
 LockDownError forbidNewRights() {
     return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 ? LockDownError()
-                                                       : std::string("no_new_privs: ") + std::strerror(errno);
+                                                       : std::string("no_new_privs: ") + errorText(errno);
 }
 
 LockDownError lock(LockDownError (*filterCalls)()) {

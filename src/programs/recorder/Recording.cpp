@@ -1,8 +1,9 @@
 #include "programs/recorder/Recording.h"
 
+#include "base/ErrorText.h"
+
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <ctime>
 
 namespace tavrine {
@@ -194,7 +195,7 @@ Recording::Error Recording::finish(Clock::time_point now) {
     const auto soundLength = static_cast<std::uint64_t>(m_placement ? m_placement->length() : 0);
     if (const int error = m_movie->finish(duration, soundLength)) {
         noteRoom(error);
-        return std::strerror(error);
+        return errorText(error);
     }
     return isSoundWhole ? std::nullopt : Error("the encoder of sound failed");
 }

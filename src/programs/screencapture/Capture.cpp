@@ -1,5 +1,6 @@
 #include "programs/screencapture/Capture.h"
 
+#include "base/ErrorText.h"
 #include "base/WholeFile.h"
 #include "programs/screencapture/OverlayLoop.h"
 #include "programs/screencapture/PngEncoder.h"
@@ -7,7 +8,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <thread>
 
 namespace tavrine {
@@ -116,7 +116,7 @@ int Capture::save(const QRect &area) {
     if (const int error = writeWholeFile(m_line.file, bytes,
                                          {.rights = FileRights::ownerOnly, .isDurable = false, .isStopped = stopped})) {
         if (error != ECANCELED)
-            complain(m_line.file + ": " + std::strerror(error));
+            complain(m_line.file + ": " + errorText(error));
         return noPicture;
     }
     if (!m_line.isSilent)

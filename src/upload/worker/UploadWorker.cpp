@@ -1,5 +1,6 @@
 #include "upload/worker/UploadWorker.h"
 
+#include "base/ErrorText.h"
 #include "upload/worker/NetworkProcess.h"
 #include "upload/worker/ScriptProcess.h"
 #include "upload/worker/WorkerRecord.h"
@@ -7,7 +8,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <string>
 
 #include <fcntl.h>
@@ -32,7 +32,7 @@ bool leadNowhere(std::initializer_list<int> descriptors) {
 }
 
 int cannotStart(const char *step) {
-    const std::string text = "The upload worker could not start: " + std::string(step) + ": " + std::strerror(errno);
+    const std::string text = "The upload worker could not start: " + std::string(step) + ": " + errorText(errno);
     writeRecord(workerRecord({WorkerEnd::runtimeError, text}, {}));
     return 1;
 }

@@ -3,6 +3,7 @@
 #include "ForeignWindow.h"
 #include "adapters/x11/X11EventMonitors.h"
 #include "adapters/x11/X11HotKeys.h"
+#include "adapters/x11/XkbHeader.h"
 #include "base/VirtualKeys.h"
 #include "contracts/EventTapContract.h"
 #include "support/TestKeyboard.h"
@@ -19,10 +20,6 @@
 
 #include <gmock/gmock.h>
 #include <xcb/xinput.h>
-// The C header has a member of this name, which C++ keeps for itself.
-#define explicit explicitParts
-#include <xcb/xkb.h>
-#undef explicit
 
 namespace tavrine {
 namespace {
