@@ -314,6 +314,7 @@ TEST_F(X11KeyboardMapTest, changesThatFollowEachOtherAreReadTogether) {
 class Field final : public QRasterWindow {
 public:
     [[nodiscard]] QString text() const { return m_text; }
+    void forget() { m_text.clear(); }
 
 protected:
     void keyPressEvent(QKeyEvent *event) override { m_text += event->text(); }
@@ -345,10 +346,22 @@ TEST_F(KeysAfterAPress, waitUntilAWindowOfOursHasTheKeyboard) {
         opened.requestActivate();
         return KeyboardNext::ourWindow;
     });
-    keyboard.chord({key::leftSuper, key::leftShift, key::v});
-    keyboard.tap(key::b);
-    EXPECT_TRUE(waitUntil([&] { return opened.text() == QStringLiteral("b"); })) << qPrintable(opened.text());
-    EXPECT_EQ(edit.text(), QString());
+    // They wait for a second, and a window manager may have no turn for as long.
+    for (int tries = 0; tries < 5; ++tries) {
+        QElapsedTimer clock;
+        clock.start();
+        keyboard.chord({key::leftSuper, key::leftShift, key::v});
+        keyboard.tap(key::b);
+        EXPECT_TRUE(waitUntil([&] { return !opened.text().isEmpty() || !edit.text().isEmpty(); }));
+        if (opened.text() == QStringLiteral("b") && edit.text().isEmpty())
+            return;
+        ASSERT_GE(clock.elapsed(), 1000) << qPrintable(edit.text());
+        opened.hide();
+        ASSERT_TRUE(testing::comesToTheFront(edit));
+        opened.forget();
+        edit.forget();
+    }
+    FAIL() << "they went to the window behind each time";
 }
 
 TEST_F(KeysAfterAPress, waitForThatWindowAlsoWhereTheMachineStandsStill) {
