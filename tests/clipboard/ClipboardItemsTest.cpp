@@ -4,7 +4,10 @@
 #include <QElapsedTimer>
 #include <QSignalSpy>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <functional>
 #include <thread>
 
 #include <sqlite3.h>
@@ -355,58 +358,83 @@ protected:
     }
     void TearDown() override { sqlite3_close(other); }
 
+    /// That `work` takes less than `limit` while the file is held. The file is free before, for `prepare`, and after. A
+    /// wait for the file comes each time; a machine that stands still does not five times in a row.
+    void expectShorter(
+        std::chrono::milliseconds limit, const std::function<void(int round)> &work,
+        const std::function<void(int round)> &prepare = [](int) {}) {
+        auto least = std::chrono::milliseconds::max();
+        for (int round = 0; round < 5 && least >= limit; ++round) {
+            prepare(round);
+            hold();
+            QElapsedTimer timer;
+            timer.start();
+            work(round);
+            least = std::min(least, std::chrono::milliseconds(timer.elapsed()));
+            letGo();
+            tick();
+        }
+        EXPECT_LT(least.count(), limit.count());
+    }
+
     sqlite3 *other = nullptr;
 };
 
 TEST_F(HeldFile, copiesAreShownAtOnceAndWrittenInOrderWhenItIsFree) {
     save(str("kept"), 1s);
     start();
-    hold();
-    QElapsedTimer timer;
-    timer.start();
-    for (const char *each : {"one", "two", "three"})
-        copy(str(each));
-    EXPECT_EQ(historyContents(), (QStringList{str("three"), str("two"), str("one"), str("kept")}));
-    EXPECT_LT(timer.elapsed(), 2000); // one second waited out, and not one for each statement
-    letGo();
-    tick();
-    EXPECT_EQ(contents(rows()), (QStringList{str("three"), str("two"), str("one"), str("kept")}));
+    QStringList all{str("kept")};
+    // One second is waited out, and not one for each statement.
+    expectShorter(2000ms, [&](int round) {
+        for (const char *each : {"one", "two", "three"}) {
+            all.prepend(str(each) + QString::number(round));
+            copy(all.first());
+        }
+        EXPECT_EQ(historyContents(), all);
+    });
+    EXPECT_EQ(contents(rows()), all);
 }
 
 TEST_F(HeldFile, aTickDoesNotWaitForItAndEveryCopyThatATickSawIsRecorded) {
     start();
     tick(); // what a start leaves for later is over
+    QStringList all;
+    // One operation would have waited for a second.
+    expectShorter(500ms, [&](int round) {
+        for (const char *each : {"one", "two", "three"}) {
+            all.prepend(str(each) + QString::number(round));
+            pasteboard.copyFromOutside(all.first());
+            time.advance(ClipboardManager::pollInterval);
+        }
+    });
     hold();
-    QElapsedTimer timer;
-    timer.start();
-    for (const char *each : {"one", "two", "three"}) {
-        pasteboard.copyFromOutside(str(each));
-        time.advance(ClipboardManager::pollInterval);
-    }
-    EXPECT_LT(timer.elapsed(), 500) << "one operation would have waited for a second";
-    manager->finishRecording();
-    EXPECT_EQ(historyContents(), (QStringList{str("three"), str("two"), str("one")}));
-    pasteboard.copyFromOutside(str("four"));
+    all.prepend(str("four"));
+    pasteboard.copyFromOutside(all.first());
     time.advance(ClipboardManager::pollInterval);
-    EXPECT_EQ(historyContents().front(), str("four")) << "a file that was waited for in vain is not waited for again";
+    manager->finishRecording();
+    EXPECT_EQ(historyContents(), all);
+    all.prepend(str("five"));
+    pasteboard.copyFromOutside(all.first());
+    time.advance(ClipboardManager::pollInterval);
+    EXPECT_EQ(historyContents(), all) << "a file that was waited for in vain is not waited for again";
     letGo();
     tick();
-    EXPECT_EQ(contents(rows()), (QStringList{str("four"), str("three"), str("two"), str("one")}));
+    EXPECT_EQ(contents(rows()), all);
 }
 
 TEST_F(HeldFile, aTickThatFindsItChangedDoesNotWaitForItEither) {
     save(str("theirs"));
     start();
     tick();
-    ASSERT_EQ(sqlite3_exec(other, "UPDATE items SET content='changed'", nullptr, nullptr, nullptr), SQLITE_OK);
-    hold();
-    QElapsedTimer timer;
-    timer.start();
-    time.advance(ClipboardManager::pollInterval);
-    EXPECT_LT(timer.elapsed(), 500);
-    letGo();
-    tick();
-    EXPECT_EQ(historyContents(), QStringList{str("changed")});
+    QString theirs;
+    expectShorter(
+        500ms, [&](int /*round*/) { time.advance(ClipboardManager::pollInterval); },
+        [&](int round) {
+            theirs = str("changed %1").arg(round);
+            const QByteArray change = "UPDATE items SET content='" + theirs.toUtf8() + "'";
+            ASSERT_EQ(sqlite3_exec(other, change.constData(), nullptr, nullptr, nullptr), SQLITE_OK);
+        });
+    EXPECT_EQ(historyContents(), QStringList{theirs});
 }
 
 TEST_F(HeldFile, aTextThatWasThereBeforeRisesWhenItIsFree) {
