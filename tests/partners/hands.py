@@ -17,7 +17,7 @@ from screen_reader import ATSPI, Node, ScreenReader, call, until  # noqa: E402
 HOME = pathlib.Path(os.environ["HOME"])
 PATIENCE = 30.0  # for what has to come, on a machine that does much else
 PANEL = "Clipboard Search"
-START = 120.0  # of an office or a browser
+START = 300.0  # of an office, or of a program that looks at all its plug-ins first, on a machine that does much else
 ANSWER = 10.0  # of whoever owns the pasteboard
 
 
