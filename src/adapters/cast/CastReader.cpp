@@ -7,6 +7,7 @@
 
 #include <pipewire/pipewire.h>
 #include <spa/param/video/format-utils.h>
+#include <sys/stat.h>
 
 namespace tavrine {
 namespace {
@@ -42,6 +43,16 @@ const spa_pod *acceptedBuffers(spa_pod_builder &builder) {
     return static_cast<const spa_pod *>(spa_pod_builder_add_object(
         &builder, SPA_TYPE_OBJECT_ParamBuffers, SPA_PARAM_Buffers, SPA_PARAM_BUFFERS_dataType,
         SPA_POD_CHOICE_FLAGS_Int((1 << SPA_DATA_MemFd) | (1 << SPA_DATA_MemPtr))));
+}
+
+/// Memory that is mapped beyond the end of its file must not be touched.
+std::int64_t roomIn(const spa_data &data) {
+    struct stat file {};
+    if (data.type != SPA_DATA_MemFd)
+        return data.maxsize;
+    return ::fstat(static_cast<int>(data.fd), &file) == 0
+               ? std::min(std::int64_t{data.maxsize}, std::int64_t{file.st_size} - std::int64_t{data.mapoffset})
+               : 0;
 }
 
 } // namespace
@@ -85,6 +96,10 @@ struct CastEvents {
 CastReader::CastReader() : m_hook(std::make_unique<Hook>()) {
     beginOnce();
     m_loop = pw_loop_new(nullptr);
+    // For good: pictures are announced by a thread of PipeWire's, which would take them itself while nobody is in the
+    // loop, and wake nobody.
+    if (m_loop)
+        pw_loop_enter(m_loop);
     m_context = m_loop ? pw_context_new(m_loop, nullptr, 0) : nullptr;
 }
 
@@ -97,12 +112,16 @@ CastReader::~CastReader() {
         pw_core_disconnect(m_core);
     if (m_context)
         pw_context_destroy(m_context);
-    if (m_loop)
+    if (m_loop) {
+        pw_loop_leave(m_loop);
         pw_loop_destroy(m_loop);
+    }
 }
 
-std::optional<QString> CastReader::open(std::uint32_t node) {
-    m_core = m_context ? pw_context_connect(m_context, nullptr, 0) : nullptr;
+std::optional<QString> CastReader::open(std::uint32_t node, Descriptor remote) {
+    if (m_context)
+        m_core = remote.isOpen() ? pw_context_connect_fd(m_context, remote.release(), nullptr, 0)
+                                 : pw_context_connect(m_context, nullptr, 0);
     if (!m_core)
         return QStringLiteral("There is no PipeWire to see the screen by.");
     m_stream = pw_stream_new(m_core, "Tavrine",
@@ -128,14 +147,12 @@ int CastReader::descriptor() const {
 }
 
 void CastReader::dispatch() {
-    if (!m_loop)
-        return;
-    pw_loop_enter(m_loop);
-    pw_loop_iterate(m_loop, 0);
-    pw_loop_leave(m_loop);
+    if (m_loop)
+        pw_loop_iterate(m_loop, 0);
 }
 
 void CastReader::agreeOn(const spa_pod *format) {
+    letGo(); // what is there is of another kind
     spa_video_info_raw info{};
     if (spa_format_video_raw_parse(format, &info) < 0 || info.size.width == 0 || info.size.height == 0 ||
         info.size.width > longestSide || info.size.height > longestSide) {
@@ -151,28 +168,24 @@ void CastReader::agreeOn(const spa_pod *format) {
     pw_stream_update_params(m_stream, &buffers, 1);
 }
 
-/// What a compositor says of its memory is believed as far as it is mapped here. It is read once: it lies in memory
-/// that the compositor can still write.
-std::optional<CastReader::Lines> CastReader::wholeLines(const pw_buffer &buffer) const {
+/// What a compositor says of its memory is believed as far as it is mapped here and a file is below it. It is read
+/// once: it lies in memory that the compositor can still write.
+std::optional<CastLines> CastReader::linesOf(const pw_buffer &buffer) const {
     const spa_buffer &pictures = *buffer.buffer;
     if (pictures.n_datas < 1 || !pictures.datas[0].data)
         return std::nullopt;
     const spa_data &data = pictures.datas[0];
     spa_chunk chunk{};
     std::memcpy(&chunk, data.chunk, sizeof chunk);
-    const auto stride = static_cast<std::int64_t>(chunk.stride);
-    const std::int64_t line = std::int64_t{m_size.width()} * bytesPerPixel;
-    const std::int64_t needed = std::int64_t{chunk.offset} + stride * (m_size.height() - 1) + line;
-    if (m_size.isEmpty() || chunk.size == 0 || (chunk.flags & SPA_CHUNK_FLAG_CORRUPTED) != 0 || stride < line ||
-        needed > std::int64_t{data.maxsize})
+    if (chunk.size == 0 || (chunk.flags & SPA_CHUNK_FLAG_CORRUPTED) != 0) // the pointer alone, or nothing
         return std::nullopt;
-    return Lines{chunk.offset, chunk.stride};
+    return wholeLines(m_size, {chunk.offset, chunk.stride}, roomIn(data));
 }
 
 void CastReader::take() {
     while (pw_buffer *const next = pw_stream_dequeue_buffer(m_stream)) {
-        const auto lines = wholeLines(*next);
-        if (!lines) { // the pointer alone, or nothing
+        const auto lines = linesOf(*next);
+        if (!lines) {
             pw_stream_queue_buffer(m_stream, next);
             continue;
         }

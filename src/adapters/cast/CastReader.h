@@ -1,5 +1,8 @@
 #pragma once
 
+#include "adapters/cast/CastLines.h"
+#include "base/Descriptor.h"
+
 #include <QSize>
 #include <QString>
 
@@ -25,8 +28,9 @@ public:
     CastReader(const CastReader &) = delete;
     CastReader &operator=(const CastReader &) = delete;
 
-    /// Why there is nothing to read, in words. Pictures come later.
-    [[nodiscard]] std::optional<QString> open(std::uint32_t node);
+    /// By `remote`, a connection to PipeWire, or by the session's own. Why there is nothing to read, in words; pictures
+    /// come later.
+    [[nodiscard]] std::optional<QString> open(std::uint32_t node, Descriptor remote = {});
     /// Readable when `dispatch` has something to do.
     [[nodiscard]] int descriptor() const;
     void dispatch();
@@ -46,12 +50,7 @@ private:
     friend struct CastEvents;
     void agreeOn(const spa_pod *format);
     void take();
-    /// Where the lines of a picture lie in its memory, in bytes.
-    struct Lines {
-        std::uint32_t offset = 0;
-        std::int32_t stride = 0;
-    };
-    [[nodiscard]] std::optional<Lines> wholeLines(const pw_buffer &buffer) const;
+    [[nodiscard]] std::optional<CastLines> linesOf(const pw_buffer &buffer) const;
 
     pw_loop *m_loop = nullptr;
     pw_context *m_context = nullptr;
@@ -60,7 +59,7 @@ private:
     struct Hook;
     std::unique_ptr<Hook> m_hook;
     pw_buffer *m_picture = nullptr;
-    Lines m_lines; ///< of that picture
+    CastLines m_lines; ///< of that picture
     QSize m_size;
     bool m_isRedFirst = false;
     std::optional<QString> m_lost;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "adapters/stream/StreamPlan.h"
+#include "adapters/stream/ThreadedScreenStream.h"
+#include "base/Descriptor.h"
 
-#include <optional>
 #include <variant>
 
 namespace tavrine {
@@ -10,8 +10,15 @@ namespace tavrine {
 /// Pictures of a screen that a compositor gives over PipeWire.
 struct Cast {
     std::uint32_t node = 0; ///< PipeWire's
-    QSize pictures;         ///< the size of its pictures; others are not what was asked for
-    QRect area;             ///< of them: what is wanted
+    /// What is wanted of pictures of that size; none when they are not what was asked for.
+    std::function<std::optional<QRect>(QSize pictures)> areaIn;
+    Descriptor remote = {}; ///< a connection to PipeWire that sees the node; the session's own when it is not open
+
+    [[nodiscard]] static Cast of(std::uint32_t node, QSize pictures, const QRect &area) {
+        return {.node = node, .areaIn = [pictures, area](QSize size) {
+                    return size == pictures ? std::optional(area) : std::nullopt;
+                }};
+    }
 };
 
 /// Has a compositor cast its screen for as long as this lives. Made and used on a stream's thread; all waiting is
@@ -19,9 +26,10 @@ struct Cast {
 class CastSource {
 public:
     virtual ~CastSource() = default;
-    /// Or why there is none, in words.
+    /// Or why there is none, in words. Ends soon once the session is over.
     [[nodiscard]] virtual std::variant<QString, Cast> open(const StreamPlan &plan,
-                                                           const ScreenStreamConfiguration &configuration) = 0;
+                                                           const ScreenStreamConfiguration &configuration,
+                                                           const ThreadedScreenStream::Session &session) = 0;
     /// Becomes readable when something has come for `lost` to look at; -1 for never.
     [[nodiscard]] virtual int descriptor() const { return -1; }
     /// The compositor has ended the cast: why, in words.

@@ -26,17 +26,17 @@ CastStreamLoop::CastStreamLoop(std::unique_ptr<CastSource> source, const StreamP
       m_buffers(plan.area.size(), plan.queueDepth, session.waker()), m_pacer(plan.interval) {}
 
 std::optional<QString> CastStreamLoop::open() {
-    const auto cast = m_source->open(m_plan, m_configuration);
-    if (const auto *const reason = std::get_if<QString>(&cast))
+    auto opened = m_source->open(m_plan, m_configuration, m_session);
+    if (const auto *const reason = std::get_if<QString>(&opened))
         return *reason;
-    m_pictures = std::get<Cast>(cast).pictures;
-    m_area = std::get<Cast>(cast).area;
+    auto &cast = std::get<Cast>(opened);
+    m_areaIn = std::move(cast.areaIn);
     m_seen = FrameMemory::make(m_plan.area.size());
     m_line.resize(static_cast<std::size_t>(m_plan.area.width()));
     const auto *const buffer = m_buffers.free();
     if (!m_seen || !buffer || !buffer->memory)
         return QStringLiteral("There is no memory for pictures of that size.");
-    if (auto error = m_reader.open(std::get<Cast>(cast).node))
+    if (auto error = m_reader.open(cast.node, std::move(cast.remote)))
         return error;
     const MediaTime end = now() + longestStart;
     while (!m_reader.hasPicture() && !m_session.isOver()) {
@@ -46,7 +46,7 @@ std::optional<QString> CastStreamLoop::open() {
             return QStringLiteral("The desktop gives no picture of its screen.");
         sleepUntil(end);
     }
-    return std::nullopt;
+    return m_reader.hasPicture() ? trouble() : std::optional(QStringLiteral("The stream was stopped before it began."));
 }
 
 std::optional<QString> CastStreamLoop::trouble() {
@@ -54,9 +54,22 @@ std::optional<QString> CastStreamLoop::trouble() {
         return reason;
     if (auto reason = m_reader.lost())
         return reason;
-    if (m_reader.hasPicture() && (m_reader.size() != m_pictures || !QRect({}, m_pictures).contains(m_area)))
-        return QStringLiteral("The desktop's pictures are of another size than its screen.");
-    return std::nullopt;
+    return m_reader.hasPicture() && !hasArea()
+               ? std::optional(QStringLiteral("The desktop's pictures are of another size than its screen."))
+               : std::nullopt;
+}
+
+/// Of the picture that is there. All have the size of the first.
+bool CastStreamLoop::hasArea() {
+    const QSize size = m_reader.size();
+    if (m_pictures.isEmpty()) {
+        const auto area = m_areaIn(size);
+        if (!area || area->size() != m_plan.area.size() || !QRect({}, size).contains(*area))
+            return false;
+        m_area = *area;
+        m_pictures = size;
+    }
+    return size == m_pictures;
 }
 
 void CastStreamLoop::sleepUntil(std::optional<MediaTime> until) {

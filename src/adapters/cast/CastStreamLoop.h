@@ -22,6 +22,7 @@ public:
 
 private:
     [[nodiscard]] std::optional<QString> trouble();
+    [[nodiscard]] bool hasArea();
     void look();
     [[nodiscard]] QRegion compare();
     void give(FrameBuffers::Buffer &buffer);
@@ -32,8 +33,9 @@ private:
     ThreadedScreenStream::Session &m_session;
     std::unique_ptr<CastSource> m_source; ///< goes after the reader
     CastReader m_reader;
-    QSize m_pictures;
-    QRect m_area;                        ///< of the cast's pictures
+    std::function<std::optional<QRect>(QSize)> m_areaIn;
+    QSize m_pictures;                    ///< once the first has come
+    QRect m_area;                        ///< of them
     std::shared_ptr<FrameMemory> m_seen; ///< the area as it was when it was last looked at
     std::vector<std::uint32_t> m_line;
     FrameBuffers m_buffers;

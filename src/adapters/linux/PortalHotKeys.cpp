@@ -3,7 +3,6 @@
 #include "adapters/linux/HotKeyLetters.h"
 #include "adapters/linux/PortalRequest.h"
 #include "adapters/linux/SessionBus.h"
-#include "base/Program.h"
 
 #include <QDBusArgument>
 #include <QDBusMetaType>
@@ -14,7 +13,6 @@ namespace tavrine {
 namespace {
 
 const auto interface = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
-const auto sessionInterface = QStringLiteral("org.freedesktop.portal.Session");
 constexpr int mostShortcuts = 64; // in an answer; we ask for four
 
 struct BoundShortcut {
@@ -88,7 +86,7 @@ void PortalHotKeys::onBusOpen(const QDBusConnection &bus) {
     m_bus->connect(QString(), PortalRequest::path, interface, QStringLiteral("Activated"), this,
                    SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
     // Of any session's path.
-    m_bus->connect(QString(), QString(), sessionInterface, QStringLiteral("Closed"), this,
+    m_bus->connect(QString(), QString(), PortalRequest::sessionInterface, QStringLiteral("Closed"), this,
                    SLOT(closed(QVariantMap, QDBusMessage)));
     m_watcher =
         std::make_unique<QDBusServiceWatcher>(PortalRequest::service, bus, QDBusServiceWatcher::WatchForOwnerChange);
@@ -176,16 +174,12 @@ void PortalHotKeys::createSession(const Shortcuts &wanted) {
     m_asked = wanted;
     m_isBinding = true;
     m_questions = std::make_unique<QObject>();
-    // A program that runs in no sandbox may say who it is; a portal that does not know the question refuses it.
-    auto introduction =
-        PortalRequest::message(QStringLiteral("org.freedesktop.host.portal.Registry"), QStringLiteral("Register"));
-    introduction << QString(ownBundleIdentifier) << QVariantMap();
-    m_bus->send(introduction);
+    PortalRequest::introduce(*m_bus);
     new PortalRequest(
         *m_bus, PortalRequest::message(interface, QStringLiteral("CreateSession")),
         {{QStringLiteral("session_handle_token"), PortalRequest::newToken()}},
-        [this, wanted](const std::optional<QVariantMap> &results) {
-            m_session = results ? results->value(QStringLiteral("session_handle")).toString() : QString();
+        [this, wanted](const PortalAnswer &answer) {
+            m_session = answer.results.value(QStringLiteral("session_handle")).toString();
             if (m_session.isEmpty())
                 return settleAll(true);
             bindShortcuts(wanted);
@@ -203,9 +197,9 @@ void PortalHotKeys::bindShortcuts(const Shortcuts &wanted) {
     message << QVariant::fromValue(QDBusObjectPath(m_session)) << QVariant::fromValue(shortcuts) << QString();
     new PortalRequest(
         *m_bus, message, {},
-        [this](const std::optional<QVariantMap> &results) {
-            if (results)
-                bound(*results);
+        [this](const PortalAnswer &answer) {
+            if (answer.outcome == PortalAnswer::Outcome::given)
+                bound(answer.results);
             settleAll(true);
         },
         m_questions.get());
@@ -243,8 +237,8 @@ void PortalHotKeys::closeSession() {
     const QString session = std::exchange(m_session, QString());
     if (session.isEmpty() || !m_bus)
         return;
-    auto message =
-        QDBusMessage::createMethodCall(PortalRequest::service, session, sessionInterface, QStringLiteral("Close"));
+    auto message = QDBusMessage::createMethodCall(PortalRequest::service, session, PortalRequest::sessionInterface,
+                                                  QStringLiteral("Close"));
     message.setAutoStartService(false);
     m_bus->send(message);
 }

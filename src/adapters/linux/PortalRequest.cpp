@@ -1,11 +1,17 @@
 #include "adapters/linux/PortalRequest.h"
 
-#include "adapters/linux/SessionBus.h"
+#include "base/Program.h"
+
+#include <QDBusPendingCallWatcher>
+
+#include <atomic>
 
 namespace tavrine {
 namespace {
 
 constexpr uint success = 0;
+constexpr uint refusal = 1;
+constexpr uint failure = 2;
 constexpr std::chrono::seconds firstAnswer{25}; // the question may start the portal; nobody waits for it
 const auto requestInterface = QStringLiteral("org.freedesktop.portal.Request");
 
@@ -13,14 +19,21 @@ const auto requestInterface = QStringLiteral("org.freedesktop.portal.Request");
 
 const QString PortalRequest::service = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString PortalRequest::path = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString PortalRequest::sessionInterface = QStringLiteral("org.freedesktop.portal.Session");
 
 QString PortalRequest::newToken() {
-    static int number = 0;
+    static std::atomic<int> number = 0;
     return QStringLiteral("tavrine%1").arg(++number);
 }
 
 QDBusMessage PortalRequest::message(const QString &interface, const QString &method) {
     return QDBusMessage::createMethodCall(service, path, interface, method);
+}
+
+void PortalRequest::introduce(const QDBusConnection &bus) {
+    auto introduction = message(QStringLiteral("org.freedesktop.host.portal.Registry"), QStringLiteral("Register"));
+    introduction << QString(ownBundleIdentifier) << QVariantMap();
+    bus.send(introduction);
 }
 
 PortalRequest::PortalRequest(const QDBusConnection &bus, QDBusMessage message, QVariantMap options, Answered answered,
@@ -33,16 +46,16 @@ PortalRequest::PortalRequest(const QDBusConnection &bus, QDBusMessage message, Q
     listenAt(handle);
     options.insert(QStringLiteral("handle_token"), token);
     message << options;
-    sessionBus::ask(
-        m_bus, message, this,
-        [this, handle](const QDBusPendingCall &reply) {
-            if (reply.isError())
-                return responded(success + 1, {});
-            const auto given = reply.reply().arguments().value(0).value<QDBusObjectPath>().path();
-            if (given != handle && !given.isEmpty())
-                listenAt(given); // as early portals name it
-        },
-        firstAnswer);
+    const auto longest = std::chrono::milliseconds(firstAnswer).count();
+    const auto *const reply = new QDBusPendingCallWatcher(m_bus.asyncCall(message, static_cast<int>(longest)), this);
+    connect(reply, &QDBusPendingCallWatcher::finished, this, [this, handle](QDBusPendingCallWatcher *finished) {
+        finished->deleteLater();
+        if (finished->isError())
+            return responded(failure, {});
+        const auto given = finished->reply().arguments().value(0).value<QDBusObjectPath>().path();
+        if (given != handle && !given.isEmpty())
+            listenAt(given); // as early portals name it
+    });
 }
 
 void PortalRequest::listenAt(const QString &handle) {
@@ -52,8 +65,11 @@ void PortalRequest::listenAt(const QString &handle) {
 }
 
 void PortalRequest::responded(uint response, const QVariantMap &results) {
+    const auto outcome = response == success   ? PortalAnswer::Outcome::given
+                         : response == refusal ? PortalAnswer::Outcome::refused
+                                               : PortalAnswer::Outcome::failed;
     if (const Answered answered = std::exchange(m_answered, nullptr))
-        answered(response == success ? std::optional(results) : std::nullopt);
+        answered({outcome, outcome == PortalAnswer::Outcome::given ? results : QVariantMap()});
 }
 
 } // namespace tavrine

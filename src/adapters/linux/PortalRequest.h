@@ -7,26 +7,38 @@
 #include <QVariantMap>
 
 #include <functional>
-#include <optional>
 
 namespace tavrine {
 
-/// One question to a desktop portal, which may show the person a dialog and so answers when it likes. Main thread; with
-/// the object goes the interest in the answer.
+struct PortalAnswer {
+    enum class Outcome {
+        given,
+        refused, ///< by the person
+        failed,  ///< the portal does not know the question, or something went wrong
+    };
+    Outcome outcome = Outcome::failed;
+    QVariantMap results; ///< of what was given
+};
+
+/// One question to a desktop portal, which may show the person a dialog and so answers when it likes. Lives on a thread
+/// with an event loop; with the object goes the interest in the answer.
 class PortalRequest final : public QObject {
     Q_OBJECT
 
 public:
-    /// None when the portal does not know the question, fails, or the person says no.
-    using Answered = std::function<void(const std::optional<QVariantMap> &results)>;
+    using Answered = std::function<void(const PortalAnswer &answer)>;
 
     static const QString service;
     static const QString path;
+    static const QString sessionInterface;
 
     /// A name for a handle, another each time.
     [[nodiscard]] static QString newToken();
     /// Of `service`'s object, without its arguments.
     [[nodiscard]] static QDBusMessage message(const QString &interface, const QString &method);
+    /// Tells the portal, before anything else is asked over the connection, which program this is: one that runs in no
+    /// sandbox may say so. A portal that does not know the question refuses it.
+    static void introduce(const QDBusConnection &bus);
 
     /// `arguments` go before the options, to which the request adds its handle.
     PortalRequest(const QDBusConnection &bus, QDBusMessage message, QVariantMap options, Answered answered,

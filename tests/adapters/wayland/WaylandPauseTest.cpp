@@ -19,7 +19,7 @@ using test::letPass;
 enum OfManager { toplevel };
 enum OfToplevel { title, applicationId, outputEnter, outputLeave, state, done };
 
-class WaylandPauseTest : public testing::Test {
+class WaylandPauseTest : public ::testing::Test {
 protected:
     /// On the compositor's thread.
     wl_resource *open() {

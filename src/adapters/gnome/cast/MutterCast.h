@@ -1,12 +1,10 @@
 #pragma once
 
 #include "adapters/cast/CastSource.h"
+#include "adapters/linux/StreamBus.h"
 
-#include <QDBusConnection>
 #include <QObject>
 #include <QRect>
-
-class QEventLoop;
 
 namespace tavrine {
 
@@ -16,15 +14,17 @@ class MutterCast final : public QObject, public CastSource {
     Q_OBJECT
 
 public:
-    /// `display` is where the screen lies on the X server's plane, whose `scale` pixels are a point there.
-    MutterCast(const QRect &display, double scale);
-    ~MutterCast() override;
+    /// `display` is where the screen lies on the X server's plane, whose `scale` pixels are a point there. A shell that
+    /// is busy takes its time.
+    MutterCast(const QRect &display, double scale, StreamBus::Wait longestAnswer = std::chrono::seconds(5))
+        : m_display(display), m_scale(scale), m_longestAnswer(longestAnswer) {}
 
     [[nodiscard]] std::variant<QString, Cast> open(const StreamPlan &plan,
-                                                   const ScreenStreamConfiguration &configuration) override;
+                                                   const ScreenStreamConfiguration &configuration,
+                                                   const ThreadedScreenStream::Session &session) override;
 
 private Q_SLOTS:
-    void added(uint node);
+    void added(uint node) { m_node = node; }
 
 private:
     /// The object's path that a call gives; empty when it fails.
@@ -36,10 +36,9 @@ private:
 
     const QRect m_display;
     const double m_scale;
-    const QString m_name;
-    QDBusConnection m_bus;
+    const StreamBus::Wait m_longestAnswer;
+    std::optional<StreamBus> m_bus;
     std::optional<std::uint32_t> m_node;
-    QEventLoop *m_waiting = nullptr;
 };
 
 } // namespace tavrine

@@ -7,10 +7,7 @@
 namespace tavrine {
 namespace {
 
-using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
-
-constexpr auto longestAnswer = 5s; // it makes a stream of PipeWire's for it
 
 } // namespace
 
@@ -30,14 +27,40 @@ std::optional<WaylandOutput> KWinCast::output(const QString &name) const {
     return found == outputs.end() ? std::nullopt : std::optional(*found);
 }
 
-std::variant<QString, Cast> KWinCast::open(const StreamPlan &plan, const ScreenStreamConfiguration &configuration) {
+/// False when it is not in time, the connection is lost, or the session is over.
+bool KWinCast::waitUntil(const std::function<bool()> &isDone, WaylandLink::Wait longest,
+                         const ThreadedScreenStream::Session &session) {
+    const auto end = Clock::now() + longest;
+    for (auto now = Clock::now(); !isDone(); now = Clock::now()) {
+        if (now >= end || session.isOver() ||
+            !m_link.dispatch(std::chrono::ceil<WaylandLink::Wait>(end - now), session.waker()->descriptor()))
+            return isDone();
+        session.waker()->clear(); // it is woken for more than the end
+    }
+    return true;
+}
+
+/// As the link's own, but for the session's end.
+bool KWinCast::finish(const ThreadedScreenStream::Session &session) {
+    bool isDone = false;
+    static constexpr wl_callback_listener listener{
+        .done = [](void *done, wl_callback *, std::uint32_t) { *static_cast<bool *>(done) = true; }};
+    wl_callback *const callback = wl_display_sync(m_link.display());
+    wl_callback_add_listener(callback, &listener, &isDone);
+    const bool isInTime = waitUntil([&isDone] { return isDone; }, WaylandLink::usualWait, session);
+    wl_callback_destroy(callback);
+    return isInTime;
+}
+
+std::variant<QString, Cast> KWinCast::open(const StreamPlan &plan, const ScreenStreamConfiguration &configuration,
+                                           const ThreadedScreenStream::Session &session) {
     if (!m_link.isOpen())
         return QStringLiteral("There is no Wayland compositor to see the screen of.");
     m_casts = m_link.bind<zkde_screencast_unstable_v1>(zkde_screencast_unstable_v1_interface, 1);
     if (!m_casts)
         return QStringLiteral("KWin casts its screen to no program that is not installed.");
     m_outputs.emplace(m_link);
-    if (!m_link.finish())
+    if (!finish(session))
         return QStringLiteral("The compositor does not answer.");
     const auto wanted = output(plan.output);
     if (!wanted)
@@ -59,15 +82,12 @@ std::variant<QString, Cast> KWinCast::open(const StreamPlan &plan, const ScreenS
         plan.showsPointer ? ZKDE_SCREENCAST_UNSTABLE_V1_POINTER_EMBEDDED : ZKDE_SCREENCAST_UNSTABLE_V1_POINTER_HIDDEN);
     zkde_screencast_stream_unstable_v1_add_listener(m_stream, &listener, this);
     m_link.flush();
-    const auto end = Clock::now() + longestAnswer;
-    for (auto now = Clock::now(); !m_node && !m_end && now < end; now = Clock::now())
-        if (!m_link.dispatch(std::chrono::ceil<WaylandLink::Wait>(end - now)))
-            break;
+    static_cast<void>(waitUntil([this] { return m_node || m_end; }, m_longestAnswer, session));
     if (m_end)
         return *m_end;
     if (!m_node)
         return QStringLiteral("The compositor does not cast its screen.");
-    return Cast{.node = *m_node, .pictures = m_pixels, .area = pixelsOf(configuration, {}, m_pixels, wanted->scale())};
+    return Cast::of(*m_node, m_pixels, pixelsOf(configuration, {}, m_pixels, wanted->scale()));
 }
 
 std::optional<QString> KWinCast::lost() {
