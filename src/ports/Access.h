@@ -31,6 +31,10 @@ public:
     /// The same; when not granted, the desktop shows its own request, for which the call does not wait.
     virtual bool requestScreenCapture() = 0;
 
+    /// True when the screen can be recorded, after the desktop has asked the person where it does. Desktops that let a
+    /// program see the screen let it do so over time as well, but not the other way round.
+    [[nodiscard]] virtual bool isScreenRecordingGranted() const { return isScreenCaptureGranted(); }
+
     /// Asks for the contents of the screen and throws them away, so that the program appears in the desktop's list of
     /// those that want them. `completion` comes later, never within the call: with the error's text when it was
     /// refused.

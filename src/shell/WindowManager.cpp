@@ -31,6 +31,10 @@ bool WindowManager::mayCaptureScreen() {
     return false;
 }
 
+bool WindowManager::mayRecordScreen() {
+    return m_ports.access.isScreenRecordingGranted() || mayCaptureScreen();
+}
+
 void WindowManager::probeScreenCapture() {
     m_ports.access.probeScreenCapture([](const std::optional<QString> &error) {
         if (error)

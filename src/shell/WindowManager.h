@@ -38,6 +38,7 @@ public:
     /// The way into every capture and recording: true to go on. Otherwise the desktop has shown its request, and either
     /// it was granted there and the person starts again, or an alert follows in a later turn.
     [[nodiscard]] bool mayCaptureScreen();
+    [[nodiscard]] bool mayRecordScreen();
 
     /// Puts the program into the desktop's list of those that want the screen. Nothing comes back.
     void probeScreenCapture();

@@ -40,8 +40,9 @@ Words wordsOf(Ability ability) {
         return {"This desktop shows no program its screen, or only one that is installed.",
                 "On Plasma, install Tavrine as a package."};
     case Ability::recording:
-        return {"This desktop gives no moving picture of its screen, or only to a program that is installed.",
-                "On Plasma, install Tavrine as a package."};
+        return {
+            "This desktop gives no moving picture of its screen, or only to a program that is installed.",
+            "On Plasma, install Tavrine as a package; elsewhere, install your desktop's part of xdg-desktop-portal."};
     case Ability::shelf:
         return {"This desktop tells no program what is dragged.", ""};
     case Ability::tray:
@@ -96,6 +97,21 @@ AbilityReport doubleTap(const HotKeyTraits &traits) {
                                : QStringLiteral("Bind a tap to a command. For sway, copy this line into "
                                                 "~/.config/sway/config."),
             .linesToCopy = isOnPlasma ? plasmaTap() : swayTap};
+}
+
+AbilityReport recording(CastPortal::Answer portal, bool isRemembered) {
+    if (portal == CastPortal::Answer::missing)
+        return missing(Ability::recording);
+    if (portal == CastPortal::Answer::there && isRemembered)
+        return there(Ability::recording);
+    const bool isAsking = portal == CastPortal::Answer::asking;
+    return {.ability = Ability::recording,
+            .state = AbilityState::limited,
+            .reason = isAsking ? QStringLiteral("This desktop has not said yet whether it shows its screen.")
+                               : QStringLiteral("This desktop asks you before it shows its screen."),
+            .step = isAsking ? QString()
+                             : QStringLiteral("Choose the screen when it asks, and let it remember your choice."),
+            .linesToCopy = {}};
 }
 
 AbilityReport withoutExtension(Ability ability) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/linux/CastPortal.h"
 #include "ports/DesktopAbilities.h"
 #include "ports/HotKeys.h"
 
@@ -34,6 +35,8 @@ namespace abilityReport {
 [[nodiscard]] AbilityReport hotKeys(const HotKeyTraits &traits);
 /// Of a desktop that tells no program of keys: Plasma where its service keeps the hot keys, else one like sway.
 [[nodiscard]] AbilityReport doubleTap(const HotKeyTraits &traits);
+/// Where only the portal shows the screen, by what it says of itself. `isRemembered`: it asks the person no more.
+[[nodiscard]] AbilityReport recording(CastPortal::Answer portal, bool isRemembered);
 /// Of GNOME without this program's extension.
 [[nodiscard]] AbilityReport withoutExtension(Ability ability);
 

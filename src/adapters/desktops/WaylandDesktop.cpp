@@ -2,6 +2,8 @@
 
 #include "adapters/desktops/TriedAbilities.h"
 #include "adapters/linux/ApplicationObject.h"
+#include "adapters/linux/CastPortal.h"
+#include "adapters/linux/CastTokens.h"
 #include "adapters/linux/DesktopHotKeys.h"
 #include "adapters/linux/LinuxSessionNotices.h"
 #include "adapters/linux/NoScreenStreams.h"
@@ -28,18 +30,34 @@
 #include "adapters/wayland/WaylandWorkspace.h"
 #include "look/Look.h"
 
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <algorithm>
 #include <vector>
 
 namespace tavrine {
 
 namespace {
 
-/// The plugin that this compositor gives moving pictures to; null where it gives none.
+constexpr auto portalPlugin = "portal_screen_stream";
+
+/// The plugin that this compositor gives moving pictures to; where it gives none to any, the portal's, which asks the
+/// person. Null when it does not answer.
 const char *streamPlugin() {
     const WaylandLink link;
+    if (!link.isOpen())
+        return nullptr;
     if (link.find("zwlr_screencopy_manager_v1"))
         return "wayland_screen_stream";
-    return link.find("zkde_screencast_unstable_v1") ? "kwin_screen_stream" : nullptr;
+    return link.find("zkde_screencast_unstable_v1") ? "kwin_screen_stream" : portalPlugin;
+}
+
+/// The person has shown each screen to the portal, which gave a token for the next time.
+bool isEveryScreenRemembered() {
+    const CastTokens tokens(CastTokens::usualPath());
+    const auto screens = QGuiApplication::screens();
+    return std::ranges::none_of(screens, [&](const QScreen *each) { return tokens.of(each->name()).isEmpty(); });
 }
 
 } // namespace
@@ -61,9 +79,17 @@ AbilityReport WaylandDesktop::report(Ability ability) {
         return abilityReport::hotKeys(hotKeys().traits());
     if (ability == Ability::doubleTap)
         return abilityReport::doubleTap(hotKeys().traits());
-    if (ability == Ability::recording && !streamPlugin())
-        return abilityReport::missing(ability);
+    if (ability == Ability::recording) {
+        const char *const plugin = streamPlugin();
+        if (plugin == portalPlugin)
+            return abilityReport::recording(castPortal().answer(), isEveryScreenRemembered());
+        return plugin ? abilityReport::there(ability) : abilityReport::missing(ability);
+    }
     return LinuxDesktop::report(ability);
+}
+
+CastPortal &WaylandDesktop::castPortal() {
+    return m_castPortal.get([] { return std::make_unique<CastPortal>(); });
 }
 
 const std::shared_ptr<WaylandWindows> &WaylandDesktop::windows() {
@@ -123,7 +149,7 @@ ColorSamplers &WaylandDesktop::colorSamplers() {
 
 ScreenStreams &WaylandDesktop::screenStreams() {
     const char *const plugin = m_screenStreams.ifMade() ? "" : streamPlugin();
-    if (!plugin) // or the compositor is too busy to say, and is asked again
+    if (!plugin) // the compositor is too busy to say, and is asked again
         return m_noScreenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
     ScreenStreams *const streams =
         m_screenStreams
@@ -165,7 +191,10 @@ Dragging &WaylandDesktop::dragging() {
 }
 
 Access &WaylandDesktop::access() {
-    return m_access.get([] { return std::make_unique<WaylandAccess>(); });
+    return m_access.get([this] {
+        return std::make_unique<WaylandAccess>(
+            [this] { return streamPlugin() == portalPlugin && castPortal().answer() != CastPortal::Answer::missing; });
+    });
 }
 
 std::vector<std::unique_ptr<PowerKeeper>> WaylandDesktop::powerKeepers() {

@@ -14,10 +14,17 @@ namespace tavrine {
 /// of its own. Lives on the main thread.
 class WaylandAccess final : public QObject, public Access {
 public:
+    /// `showsScreen`: the desktop shows the screen over time, whatever the compositor itself does.
+    explicit WaylandAccess(std::function<bool()> showsScreen = [] { return false; })
+        : m_showsScreen(std::move(showsScreen)) {}
+
     [[nodiscard]] bool isAccessibilityTrusted() const override { return offer().hasInput; }
     bool requestAccessibility() override { return isAccessibilityTrusted(); }
     [[nodiscard]] bool isScreenCaptureGranted() const override;
     bool requestScreenCapture() override { return isScreenCaptureGranted(); }
+    [[nodiscard]] bool isScreenRecordingGranted() const override {
+        return isScreenCaptureGranted() || (offer().hasLayers && m_showsScreen());
+    }
     void probeScreenCapture(std::function<void(std::optional<QString>)> completion) override;
     [[nodiscard]] MicrophoneAuthorization microphoneAuthorization() const override;
     void requestMicrophone(std::function<void(bool)> completion) override;
@@ -30,6 +37,7 @@ private:
     };
     [[nodiscard]] Offer offer() const;
 
+    const std::function<bool()> m_showsScreen;
     mutable std::optional<Offer> m_offer;
 };
 

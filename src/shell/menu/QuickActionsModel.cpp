@@ -66,7 +66,7 @@ void QuickActionsModel::run(QuickAction action) {
             runLater(toolDelay, m_actions.startSnip);
         break;
     case QuickAction::screenRecord:
-        if (m_actions.mayCaptureScreen())
+        if (m_actions.mayRecordScreen())
             runLater(toolDelay, m_actions.startScreenRecording);
         break;
     case QuickAction::qrScan:

@@ -22,6 +22,7 @@ public:
     struct Actions {
         std::function<bool(QuickAction)> isBuilt;
         std::function<bool()> mayCaptureScreen;
+        std::function<bool()> mayRecordScreen;
         std::function<void()> startSnip;
         std::function<void()> startScreenRecording;
         std::function<void()> startQrScan;

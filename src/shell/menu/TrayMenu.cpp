@@ -100,6 +100,7 @@ StatusMenuPanel::Ports TrayMenu::panelPorts() {
 QuickActionsModel::Actions TrayMenu::modelActions() {
     return {.isBuilt = [this](QuickAction action) { return isBuilt(action); },
             .mayCaptureScreen = [this] { return m_shell.windowManager().mayCaptureScreen(); },
+            .mayRecordScreen = [this] { return m_shell.windowManager().mayRecordScreen(); },
             .startSnip = [this] { m_tools.snipping().startCapture(); },
             .startScreenRecording = [this] { m_tools.screenRecorder().startScreenRecording(); },
             .startQrScan = [this] { m_tools.snipping().startQrScan(); },

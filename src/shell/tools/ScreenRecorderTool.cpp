@@ -107,7 +107,7 @@ std::unique_ptr<ScreenRecorder> ScreenRecorderTool::makeRecorder() {
                         desktop.pasteboard(), desktop.folders(), m_corner}},
         ScreenRecorder::Actions{
             .isEnabled = [this] { return m_shell.flags().isOn(Feature::screenRecorder); },
-            .mayCaptureScreen = [this] { return m_shell.windowManager().mayCaptureScreen(); },
+            .mayCaptureScreen = [this] { return m_shell.windowManager().mayRecordScreen(); },
             .activateApplication = [this] { m_shell.activateApplication(); },
             .showMicrophoneAlert = [this] { m_shell.windowManager().showMicrophoneAlert(); },
             .showToast = [this](const QString &message, const QString &icon) { m_shell.showToast(message, icon); }},

@@ -24,6 +24,7 @@ protected:
         const auto note = [this](const char *what) { return [this, what] { done.emplace_back(what); }; };
         return {.isBuilt = [this](QuickAction action) { return action != notBuilt; },
                 .mayCaptureScreen = [this] { return mayCapture; },
+                .mayRecordScreen = [this] { return mayRecord; },
                 .startSnip = note("snip"),
                 .startScreenRecording = note("record"),
                 .startQrScan = note("scan"),
@@ -43,6 +44,7 @@ protected:
     FeatureFlags flags{defaults};
     std::optional<QuickAction> notBuilt;
     bool mayCapture = true;
+    bool mayRecord = true;
     bool isCleaning = false;
     std::vector<std::string> done;
     QuickActionsModel model{flags, defaults, center, time, actions()};
@@ -61,11 +63,21 @@ TEST_F(QuickActions, aToolStartsAMomentAfterTheMenuIsGone) {
 }
 
 TEST_F(QuickActions, withoutThePermissionTheMenuStaysOpen) {
-    mayCapture = false;
+    mayCapture = mayRecord = false;
     model.run(screenshot);
     model.run(screenRecord);
     time.advance(1s);
     EXPECT_THAT(taken(), IsEmpty());
+}
+
+TEST_F(QuickActions, aScreenThatIsOnlyShownOverTimeIsRecordedAndNotCaptured) {
+    mayCapture = false;
+    model.run(screenshot);
+    time.advance(1s);
+    EXPECT_THAT(taken(), IsEmpty());
+    model.run(screenRecord);
+    time.advance(1s);
+    EXPECT_THAT(taken(), ElementsAre("dismiss", "record"));
 }
 
 TEST_F(QuickActions, theSettingsComeLaterAndAreBroughtForwardTwice) {
