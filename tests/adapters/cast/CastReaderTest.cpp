@@ -130,8 +130,6 @@ TEST_F(CastReading, whatIsToldOfALineIsNotBelievedBeyondTheMemory) {
                                       {.isEmpty = true},      {.isCorrupted = true}};
     for (const CastNode::Said &said : hostile)
         ASSERT_NO_FATAL_FAILURE(expectRefused(node, said)) << &said - hostile;
-    node.paint(0xffaabbcc);
-    EXPECT_TRUE(sees(0xffaabbcc));
 }
 
 TEST_F(CastReading, memoryThatEndsBeforeWhatIsToldOfItIsNotRead) {

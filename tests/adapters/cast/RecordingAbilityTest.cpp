@@ -40,12 +40,6 @@ TEST(RecordingAbility, isMissingWithoutAPortalAndSaysWhatToInstall) {
     }
 }
 
-TEST(RecordingAbility, ofGnomeWithoutTheExtensionSaysToSwitchItOn) {
-    const auto report = abilityReport::withoutExtension(Ability::recording);
-    EXPECT_EQ(report.state, AbilityState::limited);
-    EXPECT_TRUE(report.step.contains(QStringLiteral("extensions")));
-}
-
 TEST(CastPortal, isAskedWithoutWaitingAndSaysThatItShowsScreens) {
     const ScreenCastPortal portal;
     CastPortal cast;
