@@ -125,7 +125,8 @@ std::optional<QImage> decode(const QByteArray &bytes, qint64 maxPixels) {
     if (!isUsable(reader.size(), maxPixels))
         return std::nullopt;
     QImage image = reader.read();
-    return image.isNull() ? std::nullopt : std::optional(std::move(image));
+    // A GIF has its own size beside that of its first frame, which is the one that the reader tells.
+    return isUsable(image.size(), maxPixels) ? std::optional(std::move(image)) : std::nullopt;
 }
 
 void allowPixels(qint64 maxPixels) {
