@@ -58,8 +58,8 @@ TEST(PasteboardImage, asManyPixelsAsAllowedAreDecodedAndNotOneMore) {
 }
 
 TEST(PasteboardImage, anAnimationWhoseScreenIsLargerThanItsFirstFrameIsNoWayRoundThat) {
-    const QByteArray bytes("GIF89a\5\0\x05\xFF\0\0\0,\0\0\0\0\5\0\5\0\0\5\x80\0",
-                           28); // 5 by 65,285, and a frame of 5 by 5
+    // A screen of 5 by 65,285, and a frame of 5 by 5.
+    const QByteArray bytes("GIF89a\5\0\x05\xFF\0\0\0,\0\0\0\0\5\0\5\0\0\5\x80\0", 28);
     EXPECT_TRUE(hasUsableHeader(bytes, 1000));
     EXPECT_FALSE(decode(bytes, 1000));
 }
