@@ -10,25 +10,30 @@ namespace {
 constexpr qint64 longestFile = 1 << 20;
 constexpr QLatin1String mark("= "); // of the other language's line
 
-struct Place {
-    qsizetype start = 0;
-    qsizetype length = 0;
-    int number = 0;
-    bool isLookedUp = false;
-};
+/// Of digits, with what stands between them in any language, or in a time.
+bool isNumber(const QString &text) {
+    constexpr QStringView between = u".,:' \u00A0\u2019\u202F";
+    const auto isPart = [between](QChar c) { return c.isDigit() || between.contains(c); };
+    return std::ranges::all_of(text, isPart) && std::ranges::any_of(text, [](QChar c) { return c.isDigit(); });
+}
+
+} // namespace
 
 /// The first place of the text at or after `from`.
-std::optional<Place> placeIn(const QString &text, qsizetype from) {
+std::optional<Catalogue::Place> Catalogue::placeIn(const QString &text, qsizetype from) {
     for (qsizetype at = text.indexOf(u'%', from); at >= 0; at = text.indexOf(u'%', at + 1)) {
-        const bool isLookedUp = text.mid(at + 1, 1) == QLatin1String("L");
-        const qsizetype digit = at + (isLookedUp ? 2 : 1);
+        const QString letter = text.mid(at + 1, 1);
+        const Kind kind = letter == QLatin1String("L")   ? Kind::text
+                          : letter == QLatin1String("N") ? Kind::number
+                                                         : Kind::any;
+        const qsizetype digit = at + (kind == Kind::any ? 1 : 2);
         if (digit < text.size() && text[digit] >= u'1' && text[digit] <= u'9')
-            return Place{at, digit + 1 - at, text[digit].unicode() - u'0', isLookedUp};
+            return Place{at, digit + 1 - at, text[digit].unicode() - u'0', kind};
     }
     return std::nullopt;
 }
 
-QStringList placesOf(const QString &text) {
+QStringList Catalogue::placesOf(const QString &text) {
     QStringList places;
     for (auto place = placeIn(text, 0); place; place = placeIn(text, place->start + place->length))
         places.append(text.mid(place->start, place->length));
@@ -36,15 +41,13 @@ QStringList placesOf(const QString &text) {
     return places;
 }
 
-} // namespace
-
 /// None for a text without a place.
 std::optional<Catalogue::Pattern> Catalogue::patternOf(const QString &text, const QString &shown) {
     Pattern pattern;
     qsizetype from = 0;
     for (auto place = placeIn(text, 0); place; place = placeIn(text, from)) {
         pattern.parts.append(text.mid(from, place->start - from));
-        pattern.places.emplace_back(place->number, place->isLookedUp);
+        pattern.places.push_back(*place);
         from = place->start + place->length;
     }
     if (pattern.places.empty())
@@ -108,7 +111,9 @@ std::optional<Catalogue> Catalogue::find(const QString &folder, const QStringLis
         QFile file(folder + u'/' + language + QStringLiteral(".txt"));
         if (!isPlain || language.isEmpty() || !file.open(QIODevice::ReadOnly))
             continue;
-        return parse(file.read(longestFile));
+        Catalogue catalogue = parse(file.read(longestFile));
+        catalogue.m_language = language;
+        return catalogue;
     }
     return std::nullopt;
 }
@@ -128,6 +133,8 @@ std::optional<QStringList> Catalogue::innersOf(const QString &text, const Patter
         if (next <= from || next > end)
             return std::nullopt;
         inners.append(text.mid(from, next - from));
+        if (pattern.places[static_cast<std::size_t>(i - 1)].kind == Kind::number && !isNumber(inners.last()))
+            return std::nullopt;
         from = next + pattern.parts[i].size();
     }
     return inners;
@@ -145,9 +152,9 @@ std::optional<QString> Catalogue::find(const QString &text) const {
         QString result;
         qsizetype from = 0;
         for (auto place = placeIn(pattern.shown, 0); place; place = placeIn(pattern.shown, from)) {
-            const auto number = std::ranges::find(pattern.places, place->number, &std::pair<int, bool>::first);
+            const auto number = std::ranges::find(pattern.places, place->number, &Place::number);
             const QString &inner = inners->at(number - pattern.places.begin());
-            result += pattern.shown.mid(from, place->start - from) + (place->isLookedUp ? shown(inner) : inner);
+            result += pattern.shown.mid(from, place->start - from) + (place->kind == Kind::text ? shown(inner) : inner);
             from = place->start + place->length;
         }
         return result + pattern.shown.mid(from);

@@ -127,7 +127,7 @@ void Control::keyPressEvent(QKeyEvent *event) {
 
 bool Control::event(QEvent *event) {
     if (event->type() == QEvent::ToolTip && !toolTip().isEmpty()) {
-        ToolTip::show(this, toolTip(), rect());
+        ToolTip::show(this, inDesktopWords(toolTip()), rect());
         return true;
     }
     // The tool tip is what a control without words is called, unless it was given a name.

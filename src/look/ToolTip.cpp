@@ -82,7 +82,7 @@ void show(QWidget *widget, const QString &text, const QRect &area) {
         return;
     // Made for each showing: it is seldom seen, and kept it would hold a window for ever.
     label = new Label;
-    label->present(widget, inDesktopWords(text), area);
+    label->present(widget, text, area);
     QObject::connect(widget, &QObject::destroyed, label, [] { hide(); });
 }
 

@@ -99,9 +99,9 @@ int main(int argc, char **argv) {
     QTranslator toolkitTexts; // of the chooser of files
     if (auto catalogue =
             Catalogue::find(folders.resources + QStringLiteral("/texts"), QLocale::system().uiLanguages())) {
+        const QString toolkitFile = QStringLiteral("qtbase_") + catalogue->language();
         setTranslation(std::move(*catalogue));
-        if (toolkitTexts.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
-                              QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        if (toolkitTexts.load(toolkitFile, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
             QApplication::installTranslator(&toolkitTexts);
     }
 

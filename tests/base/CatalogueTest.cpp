@@ -1,4 +1,5 @@
 #include "base/Catalogue.h"
+
 #include "base/DesktopWords.h"
 
 #include <QDir>
@@ -43,9 +44,19 @@ TEST(CatalogueTest, whatDiffersComesBackAsItIsInAnyOrder) {
     EXPECT_EQ(german.shown(u(" items")), u(" items")) << "nothing differs";
 }
 
+TEST(CatalogueTest, aNumberAloneStandsWhereOneIsMeant) {
+    const Catalogue german = of("%N1 items\n= %N1 Objekte\nRecording time %N1\n= Aufnahmezeit %N1\n");
+    for (const char *number : {"12", "1,234", "1.234", "1\u00A0234"})
+        EXPECT_EQ(german.shown(u(number) + u(" items")), u(number) + u(" Objekte"));
+    EXPECT_EQ(german.shown(u("Recording time 01:02")), u("Aufnahmezeit 01:02"));
+    for (const char *words : {"Lost items", "12 lost items", ". items", "number 9 items"})
+        EXPECT_EQ(german.shown(u(words)), u(words));
+}
+
 TEST(CatalogueTest, aTextWithinATextIsLookedUpWhereTheCatalogueSaysSo) {
-    const Catalogue german = of("Conflicts with %L1 — pick a different key\n= Kollidiert mit %L1 – andere Taste wählen\n"
-                                "Emoji Picker uses Super+Shift+%1\n= Emoji-Auswahl nutzt Super+Umschalt+%1\n");
+    const Catalogue german =
+        of("Conflicts with %L1 — pick a different key\n= Kollidiert mit %L1 – andere Taste wählen\n"
+           "Emoji Picker uses Super+Shift+%1\n= Emoji-Auswahl nutzt Super+Umschalt+%1\n");
     EXPECT_EQ(german.shown(u("Conflicts with Emoji Picker uses Super+Shift+E — pick a different key")),
               u("Kollidiert mit Emoji-Auswahl nutzt Super+Umschalt+E – andere Taste wählen"));
 }
@@ -61,12 +72,15 @@ TEST(CatalogueTest, aTextOfManyMegabytesIsNotLookedAt) {
 }
 
 TEST(CatalogueTest, whatIsWrongInAFileIsToldAndLeftOut) {
-    EXPECT_THAT(faultsOf("Open\nClose\n= Schließen\n"), testing::ElementsAre(u("line 2: nothing stands under it: Open")));
+    EXPECT_THAT(faultsOf("Open\nClose\n= Schließen\n"),
+                testing::ElementsAre(u("line 2: nothing stands under it: Open")));
     EXPECT_THAT(faultsOf("= Öffnen\n"), testing::ElementsAre(u("line 1: no text stands over it: ")));
     EXPECT_THAT(faultsOf("Open\n"), testing::ElementsAre(u("line 2: nothing stands under it: Open")));
     EXPECT_THAT(faultsOf("%1 of %2\n= %1\n"), testing::ElementsAre(u("line 2: its places are others: %1 of %2")));
     EXPECT_THAT(faultsOf("%L1 items\n= %1 Objekte\n"), testing::SizeIs(1));
-    EXPECT_THAT(faultsOf("Open\n= Öffnen\nOpen\n= Auf\n"), testing::ElementsAre(u("line 4: it stands there twice: Open")));
+    EXPECT_THAT(faultsOf("%N1 items\n= %1 Objekte\n"), testing::SizeIs(1));
+    EXPECT_THAT(faultsOf("Open\n= Öffnen\nOpen\n= Auf\n"),
+                testing::ElementsAre(u("line 4: it stands there twice: Open")));
     EXPECT_EQ(Catalogue::parse("%1 of %2\n= %1\n").shown(u("1 of 2")), u("1 of 2"));
     EXPECT_EQ(Catalogue::parse(QByteArray("\xFF\xFE\0\n= \xC3", 7)).shown(u("Open")), u("Open"));
 }
@@ -93,6 +107,8 @@ TEST_F(CatalogueFiles, theFirstLanguageThatThereIsIsTaken) {
     EXPECT_EQ(openIn({u("de-AT"), u("de"), u("fr")}), u("Öffnen"));
     EXPECT_EQ(openIn({u("it"), u("fr_CA"), u("de")}), u("Ouvrir"));
     EXPECT_EQ(openIn({u("it")}), u("none"));
+    EXPECT_EQ(Catalogue::find(folder.path(), {u("it"), u("fr_CA")})->language(), u("fr"))
+        << "the toolkit's is found by it";
 }
 
 TEST_F(CatalogueFiles, whoWantsEnglishFirstGetsNoOther) {

@@ -1,7 +1,10 @@
+#include "base/DesktopWords.h"
 #include "look/Text.h"
 #include "look/ToolTip.h"
 #include "shelf/ShelfViewTest.h"
+#include "support/PaintedWords.h"
 
+#include <QApplication>
 #include <QFontMetricsF>
 #include <QHelpEvent>
 
@@ -275,6 +278,27 @@ TEST_F(ShelfTile, theToolTipHasTheWholeName) {
     QHelpEvent help(QEvent::ToolTip, middle, tile(0).mapToGlobal(middle));
     QCoreApplication::sendEvent(&tile(0), &help);
     EXPECT_TRUE(look::ToolTip::isShown());
+    look::ToolTip::hide();
+}
+
+/// Whatever language the program's own texts are in.
+TEST_F(ShelfTile, theToolTipOfAFileThatIsCalledLikeATextOfOursSaysItsName) {
+    addFiles(0);
+    model.addFile(file("/home/ada/Images"));
+    addFiles(0);
+    setTranslation([](const QString &) { return text("Bilder"); });
+    QHelpEvent help(QEvent::ToolTip, middle, tile(0).mapToGlobal(middle));
+    QCoreApplication::sendEvent(&tile(0), &help);
+    setTranslation(nullptr);
+    QStringList words;
+    for (QWidget *each : QApplication::topLevelWidgets()) {
+        if (each->windowType() != Qt::ToolTip || !each->isVisible())
+            continue;
+        test::WordsDevice device(each->size());
+        each->render(&device);
+        words += device.words();
+    }
+    EXPECT_EQ(words, QStringList{text("Images")});
     look::ToolTip::hide();
 }
 

@@ -41,7 +41,7 @@ KeyFieldView::KeyFieldView(QWidget *parent) : QWidget(parent) {
     setFocusPolicy(Qt::StrongFocus);
     setRole(*this, QAccessible::HotkeyField);
     setCursor(Qt::PointingHandCursor);
-    setToolTip(QStringLiteral("Press a key"));
+    setToolTip(inDesktopWords(QStringLiteral("Press a key")));
 }
 
 void KeyFieldView::setKey(const QString &key) {

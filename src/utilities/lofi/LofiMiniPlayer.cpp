@@ -96,12 +96,12 @@ LofiMiniPlayer::LofiMiniPlayer(std::unique_ptr<LofiPlayerModel> model, QWidget *
 LofiMiniPlayer::~LofiMiniPlayer() = default;
 
 void LofiMiniPlayer::refresh() {
-    setAccessibleName(inDesktopWords(m_model->title()));
+    setAccessibleName(m_model->title());
     setAccessibleDescription(inDesktopWords(m_model->statusLine()));
     setToolTip(m_model->title());
     m_button->setSymbol(m_model->icon());
     m_button->setToolTip(m_model->playActionName());
-    m_button->setAccessibleDescription(inDesktopWords(m_model->title()) + QStringLiteral(", ") +
+    m_button->setAccessibleDescription(m_model->title() + QStringLiteral(", ") +
                                        inDesktopWords(m_model->statusLine()));
     const double goal = m_model->isGlowing() ? 1 : 0;
     if (goal == m_glowPart) { // a card that comes into sight moves nothing
@@ -136,7 +136,7 @@ void LofiMiniPlayer::paintEvent(QPaintEvent *) {
                            look::mixed(theme.text, theme.onAccent, m_glowPart));
     const qreal left = plate.right() + look::space::medium;
     const qreal wide = m_button->x() - look::space::medium - left;
-    look::paintLine(painter, QRectF(left, card.center().y() - 19, wide, 18), inDesktopWords(m_model->title()),
+    look::paintLine(painter, QRectF(left, card.center().y() - 19, wide, 18), m_model->title(),
                     look::TextRole::bodyStrong, theme.text);
     look::paintLine(painter, QRectF(left, card.center().y() + 2, wide, 16), inDesktopWords(m_model->statusLine()),
                     look::TextRole::caption, m_model->isGlowing() ? theme.accentText : theme.secondaryText);

@@ -1,5 +1,7 @@
 #include "utilities/lofi/LofiPlayerModel.h"
 
+#include "base/DesktopWords.h"
+
 #include "base/NotificationCenter.h"
 #include "ports/UrlOpener.h"
 #include "utilities/lofi/LofiManager.h"
@@ -12,7 +14,7 @@ LofiPlayerModel::LofiPlayerModel(Ports ports) : m_ports(std::move(ports)) {
 }
 
 QString LofiPlayerModel::title() const {
-    return m_ports.manager.customTrackName().value_or(QStringLiteral("Lo-Fi Vibe"));
+    return m_ports.manager.customTrackName().value_or(inDesktopWords(QStringLiteral("Lo-Fi Vibe")));
 }
 
 QString LofiPlayerModel::statusLine() const {
@@ -54,7 +56,7 @@ void LofiPlayerModel::toggle() {
 }
 
 QString LofiPlayerModel::activeTrackTitle() const {
-    return m_ports.manager.customTrackName().value_or(QStringLiteral("Default Lo-Fi Track"));
+    return m_ports.manager.customTrackName().value_or(inDesktopWords(QStringLiteral("Default Lo-Fi Track")));
 }
 
 QString LofiPlayerModel::activeTrackNote() const {

@@ -55,7 +55,7 @@ protected:
                                m_model.isGlowing() ? theme.onAccent : theme.text);
         const qreal left = plate.right() + look::space::medium;
         const qreal wide = m_play->x() - look::space::medium - left;
-        look::paintLine(painter, QRectF(left, 13, wide, 18), inDesktopWords(m_model.activeTrackTitle()),
+        look::paintLine(painter, QRectF(left, 13, wide, 18), m_model.activeTrackTitle(),
                         look::TextRole::bodyStrong, theme.text);
         look::paintLine(painter, QRectF(left, 34, wide, 16), inDesktopWords(m_model.activeTrackNote()),
                         look::TextRole::caption, theme.secondaryText);
@@ -65,8 +65,8 @@ private:
     void refresh() {
         m_play->setText(m_model.playActionName());
         m_play->setSymbol(m_model.icon());
-        m_play->setAccessibleDescription(inDesktopWords(m_model.activeTrackTitle()));
-        setAccessibleName(inDesktopWords(m_model.activeTrackTitle()));
+        m_play->setAccessibleDescription(m_model.activeTrackTitle());
+        setAccessibleName(m_model.activeTrackTitle());
         setAccessibleDescription(inDesktopWords(m_model.activeTrackNote()));
         setToolTip(m_model.activeTrackTitle());
         update();

@@ -60,8 +60,9 @@ protected:
         QWidgetList widgets = view.findChildren<QWidget *>();
         widgets.append(&view);
         for (const QWidget *widget : widgets) {
+            const bool asksForItsTip = qobject_cast<const look::Control *>(widget) != nullptr;
             words.told += {widget->windowTitle(), widget->accessibleName(), widget->accessibleDescription(),
-                           inDesktopWords(widget->toolTip())}; // as the tip says it
+                           asksForItsTip ? inDesktopWords(widget->toolTip()) : widget->toolTip()};
             if (const auto *button = qobject_cast<const QAbstractButton *>(widget))
                 words.told += button->text();
         }
