@@ -60,6 +60,8 @@ public:
     static constexpr Seconds pollInterval{0.5};
     /// From the word of a copy to the look at it: some programs copy in two steps, or for each move of a selection.
     static constexpr Seconds settlingTime{0.03};
+    /// Words of copies that are heeded between two ticks; further copies are left to the next one.
+    static constexpr int mostHeard = 4;
     static constexpr Seconds cleanupInterval{14400.0};         ///< between two cleanups while the pasteboard is idle
     static constexpr Seconds imageRetentionInterval{604800.0}; ///< 7 days, the age from which unprotected media go
     static constexpr qint64 maxImages = 50;                    ///< unprotected media rows that may remain
@@ -216,6 +218,7 @@ private:
     bool m_stripRichText = false;
     bool m_isPaused = false;
     int m_lastChangeCount = 0;
+    int m_heardSinceTick = 0;
     Date m_lastCleanupAt = Date::distantPast();
     std::unique_ptr<Timer> m_timer;
     std::shared_ptr<Recording> m_recording; ///< a copy on its way that the main thread does not wait for

@@ -47,7 +47,11 @@ void ClipboardManager::startMonitoring() {
         return;
     m_timer.reset();
     m_lastChangeCount = m_ports.pasteboard.changeCount();
-    m_timer = m_ports.time.repeat(pollInterval, [this] { poll(); }); // the timer goes with the manager
+    m_heardSinceTick = 0;
+    m_timer = m_ports.time.repeat(pollInterval, [this] { // the timer goes with the manager
+        m_heardSinceTick = 0;
+        poll();
+    });
     m_ports.pasteboard.setOnForeignChange([manager = QPointer(this)] {
         if (manager && manager->isMonitoring())
             manager->hearOfCopy();
@@ -55,9 +59,12 @@ void ClipboardManager::startMonitoring() {
 }
 
 // Who is in front is asked now as well, and not only by the look that follows: a password manager may hide itself right
-// after the copy. A copy that follows within the settling time has a look of its own; of copies without a pause the
-// ticks see some, so that a program that copies for ever fills no history faster than it always could.
+// after the copy. A copy that follows within the settling time has a look of its own. A program that copies for ever,
+// with each deletion or each move of a selection, has a few of its copies seen between two ticks and no more: it shall
+// neither fill the history nor have the desktop asked all the time who is in front.
 void ClipboardManager::hearOfCopy() {
+    if (m_heardSinceTick++ >= mostHeard)
+        return;
     const int changeCount = m_ports.pasteboard.changeCount();
     if (isExcludedApplicationFrontmost()) {
         m_lastChangeCount = changeCount;

@@ -377,6 +377,20 @@ TEST_F(ToldCopy, withoutEndIsLeftToTheTicks) {
     EXPECT_EQ(rows().size(), 4U) << "two seconds";
 }
 
+TEST_F(ToldCopy, fourTimesBetweenTwoTicksIsHeededAndWhatFollowsIsLeftToTheNext) {
+    time.advance(500ms);           // a tick
+    for (int i = 0; i < 10; ++i) { // 40 ms each
+        pasteboard.copyFromOutside(QString::number(i));
+        time.advance(40ms);
+    }
+    EXPECT_EQ(rows().size(), 4U);
+    time.advance(100ms);
+    EXPECT_EQ(rows().size(), 5U) << "the last one, by the tick";
+    pasteboard.copyFromOutside(str("after it"));
+    time.advance(40ms);
+    EXPECT_EQ(rows().size(), 6U);
+}
+
 TEST_F(ToldCopy, ofAnExcludedApplicationThatLeavesRightAfterItIsDropped) {
     manager->addExcludedApp(app("com.example.vault"));
     workspace.setFrontmost(str("com.example.vault"));
