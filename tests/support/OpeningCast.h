@@ -30,7 +30,10 @@ public:
             m_hasReturned = true;
         });
     }
-    ~OpeningCast() { m_thread.join(); }
+    ~OpeningCast() {
+        m_session.end();
+        m_thread.join();
+    }
     OpeningCast(const OpeningCast &) = delete;
     OpeningCast &operator=(const OpeningCast &) = delete;
 

@@ -85,7 +85,7 @@ PortalCast::~PortalCast() {
 }
 
 int PortalCast::descriptor() const {
-    return m_end && !m_end->hasCome() ? m_end->descriptor() : -1;
+    return m_end ? m_end->descriptor() : -1; // readable for good once the end has come
 }
 
 std::optional<QString> PortalCast::lost() {
@@ -110,14 +110,18 @@ std::variant<QString, Cast> PortalCast::open(const StreamPlan &plan, const Scree
     Descriptor connection = result == Result::shown ? remote() : Descriptor();
     if (!connection.isOpen())
         return QStringLiteral("The desktop does not show this screen.");
-    const auto areaIn = [configuration, points = m_screen.place.size()](QSize pictures) -> std::optional<QRect> {
+    const auto areaIn = [configuration, points = m_screen.place.size(), tokens = m_tokens,
+                         name = m_screen.name](QSize pictures) -> std::optional<QRect> {
         const double scale = double(pictures.width()) / std::max(points.width(), 1);
         const auto differ = [scale](double inPoints, int pixels) { return std::abs(inPoints * scale - pixels); };
-        // Recordings have even sides.
-        if (differ(points.height(), pictures.height()) > 1 ||
+        // Each side in points is a rounded one. Recordings have even sides.
+        if (std::abs(qint64{pictures.width()} * points.height() - qint64{pictures.height()} * points.width()) >
+                pictures.width() + pictures.height() ||
             differ(configuration.sourceRect.width(), configuration.width) > 2 ||
-            differ(configuration.sourceRect.height(), configuration.height) > 2)
+            differ(configuration.sourceRect.height(), configuration.height) > 2) {
+            tokens.set(name, QString()); // of another screen: the next recording shall ask again
             return std::nullopt;
+        }
         return pixelsOf(configuration, {}, pictures, scale);
     };
     return Cast{.node = m_node, .areaIn = areaIn, .remote = std::move(connection)};

@@ -163,6 +163,16 @@ TEST_F(PortalCasting, anotherScreenThanTheOneWithTheAreaIsNotTaken) {
     EXPECT_EQ(startAgain(), QString());
 }
 
+TEST_F(PortalCasting, theTokenOfAScreenOfAnotherShapeIsForgotten) {
+    const QRect place = desk.portalStreams.screen.place;
+    desk.portalStreams.screen.place.setHeight(3 * place.height());
+    EXPECT_NE(start(), QString());
+    desk.portalStreams.screen.place = place;
+    EXPECT_EQ(startAgain(), QString());
+    EXPECT_EQ(desk.portal.state().token, QString());
+    EXPECT_EQ(desk.portal.state().questions, 2U);
+}
+
 TEST_F(PortalCasting, aPortalThatNeverAnswersIsGivenUp) {
     desk.portal.call("Answer", {QStringLiteral("never")});
     desk.portalStreams.patience.choice = 100ms;
