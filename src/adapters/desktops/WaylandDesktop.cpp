@@ -45,12 +45,15 @@ constexpr auto portalPlugin = "portal_screen_stream";
 /// The plugin that this compositor gives moving pictures to; where it gives none to any, the portal's, which asks the
 /// person. Null when it does not answer.
 const char *streamPlugin() {
+    static const char *known = nullptr; // it does not change while a session lasts
+    if (known)
+        return known;
     const WaylandLink link;
     if (!link.isOpen())
         return nullptr;
     if (link.find("zwlr_screencopy_manager_v1"))
-        return "wayland_screen_stream";
-    return link.find("zkde_screencast_unstable_v1") ? "kwin_screen_stream" : portalPlugin;
+        return known = "wayland_screen_stream";
+    return known = link.find("zkde_screencast_unstable_v1") ? "kwin_screen_stream" : portalPlugin;
 }
 
 /// The person has shown each screen to the portal, which gave a token for the next time.

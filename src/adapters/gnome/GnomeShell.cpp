@@ -86,6 +86,11 @@ QDBusMessage callOf(const QString &owner, const QString &method, const QList<QVa
     return call;
 }
 
+bool isLate(const QDBusPendingCall &call) {
+    const auto type = call.error().type();
+    return type == QDBusError::NoReply || type == QDBusError::Timeout || type == QDBusError::TimedOut;
+}
+
 } // namespace
 
 GnomeShell::GnomeShell() {
@@ -141,6 +146,11 @@ void GnomeShell::askForMonitors() {
         [this, owner = m_owner](const QDBusPendingCall &call) {
             if (owner != m_owner)
                 return;
+            if (call.isError()) { // what is known stands until a busy shell answers
+                if (isLate(call))
+                    askForMonitors();
+                return;
+            }
             const auto monitors = mutterMonitors::read(call.reply());
             if (std::exchange(m_monitors, monitors) != monitors)
                 Q_EMIT monitorsChanged();
@@ -159,8 +169,12 @@ void GnomeShell::attach() {
     sessionBus::ask(
         *m_bus, callOf(m_owner, QStringLiteral("Attach"), {}), this,
         [this, owner = m_owner](const QDBusPendingCall &call) {
-            if (!call.isError() && owner == m_owner)
+            if (owner != m_owner)
+                return;
+            if (!call.isError())
                 takeAttached(call.reply().arguments());
+            else if (isLate(call)) // a shell that is busy, as at the login, may never say again that it is ready
+                attach();
         },
         longestWait);
 }

@@ -10,7 +10,8 @@
 namespace tavrine {
 
 /// What a compositor tells only a window of the program that asks: each question shows one that nobody sees for as long
-/// as the answer takes, a few milliseconds, on a connection of its own. Any thread; a tenth of a second at most.
+/// as the answer takes, a few milliseconds, on a connection of its own. Any thread; a tenth of a second at most where
+/// nothing else is said.
 ///
 /// Where the pointer is, in the compositor's plane. A clear surface over all of each output is told when the pointer is
 /// on it. None where there is no pointer. While a button is held nobody is told where the pointer is: `patience` is for

@@ -8,9 +8,14 @@
 namespace tavrine {
 WaylandAccess::Offer WaylandAccess::offer() const {
     if (!m_offer) {
+        constexpr qint64 silenceHoldsMs = 1000; // one press asks several times
+        if (m_sinceSilence.isValid() && m_sinceSilence.elapsed() < silenceHoldsMs)
+            return {};
         const WaylandLink link;
-        if (!link.isOpen())
-            return {}; // which is no answer: asked again
+        if (!link.isOpen()) { // which is no answer: asked again
+            m_sinceSilence.start();
+            return {};
+        }
         const bool isKnownToKWin = link.find("org_kde_kwin_fake_input") != nullptr;
         m_offer = Offer{.hasInput = isKnownToKWin || link.find("zwp_virtual_keyboard_manager_v1") != nullptr,
                         .hasLayers = link.find("zwlr_layer_shell_v1") != nullptr,

@@ -2,6 +2,7 @@
 
 #include "ports/Access.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 
 namespace tavrine {
@@ -39,6 +40,7 @@ private:
 
     const std::function<bool()> m_showsScreen;
     mutable std::optional<Offer> m_offer;
+    mutable QElapsedTimer m_sinceSilence;
 };
 
 } // namespace tavrine
