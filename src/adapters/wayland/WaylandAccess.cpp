@@ -8,12 +8,15 @@
 namespace tavrine {
 WaylandAccess::Offer WaylandAccess::offer() const {
     if (!m_offer) {
-        constexpr qint64 silenceHoldsMs = 1000; // one press asks several times
+        constexpr qint64 silenceHoldsMs = 1000; // one press asks several times, and shall wait for it once
         if (m_sinceSilence.isValid() && m_sinceSilence.elapsed() < silenceHoldsMs)
             return {};
+        QElapsedTimer asked;
+        asked.start();
         const WaylandLink link;
         if (!link.isOpen()) { // which is no answer: asked again
-            m_sinceSilence.start();
+            if (asked.elapsed() >= silenceHoldsMs)
+                m_sinceSilence.start();
             return {};
         }
         const bool isKnownToKWin = link.find("org_kde_kwin_fake_input") != nullptr;
