@@ -27,6 +27,8 @@ inline QString str(const char *text) {
     return QString::fromUtf8(text);
 }
 
+inline const QStringList plainTypes{QLatin1String(pasteboardType::string)};
+
 /// A manager over fakes, a real database and real files in a home of its own. My Saved counts as seeded, so that a
 /// history holds what the test put there and nothing else.
 class ManagerTest : public testing::Test {
