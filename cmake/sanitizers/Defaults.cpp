@@ -22,13 +22,14 @@ namespace {
     close(pipe);
     if (number < 0)
         return;
-    void *const place = reinterpret_cast<void *>(static_cast<long>(number));
-    __sanitizer_set_report_fd(place);
-    // Each runtime has a report of its own.
+    const auto tellAt = [](auto set, int descriptor) { set(reinterpret_cast<void *>(static_cast<long>(descriptor))); };
+    tellAt(&__sanitizer_set_report_fd, number);
+    // Each runtime has a report of its own. This one closes its descriptor as it begins, at the first type that it does
+    // not know, and goes on with the other's.
     if (void *const library = dlopen("libubsan.so.1", RTLD_NOW | RTLD_NOLOAD)) {
         using Function = void (*)(void *);
         if (const auto set = reinterpret_cast<Function>(dlsym(library, "__sanitizer_set_report_fd")))
-            set(place);
+            tellAt(set, fcntl(number, F_DUPFD_CLOEXEC, number));
         dlclose(library);
     }
 }

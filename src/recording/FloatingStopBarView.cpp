@@ -158,7 +158,7 @@ FloatingStopBarView::FloatingStopBarView(ScreenRecorder &recorder)
 void FloatingStopBarView::addButtons() {
     const auto add = [this](look::Button *button, const char *name, void (ScreenRecorder::*press)()) {
         button->setAccessibleName(inDesktopWords(QLatin1String(name)));
-        connect(button, &QAbstractButton::clicked, this, [this, press] { (m_recorder.*press)(); });
+        connect(button, &QAbstractButton::clicked, &m_recorder, press);
         layout()->addWidget(button);
     };
     auto *restart =

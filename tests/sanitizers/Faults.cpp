@@ -1,6 +1,6 @@
 // Makes the fault that is named, for the proof that the sanitizers of this build see it:
 //
-//   faults address|bounds|undefined|leak|race|handed-over      the last is none
+//   faults address|bounds|undefined|type|leak|race|handed-over      the last is none
 
 #include "base/SerialQueue.h"
 #include "walls/ForeignDescriptors.h"
@@ -16,6 +16,7 @@
 #include <cstdlib>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -38,6 +39,18 @@ void readBehindTheEnd() {
 void overflow() {
     sink = INT_MAX;
     sink = sink + 1;
+}
+
+struct Any {
+    virtual ~Any() = default;
+};
+struct Other : Any {
+    int number = 1;
+};
+
+void takeForAnother() {
+    const std::unique_ptr<Any> any(new Any);
+    sink = static_cast<Other *>(any.get())->number; // NOLINT(cppcoreguidelines-pro-type-static-cast-downcast)
 }
 
 void leak() {
@@ -95,6 +108,7 @@ int main(int argc, char **argv) {
     const std::map<std::string, std::function<void()>> faults{{"address", &readFreedMemory},
                                                               {"bounds", &readBehindTheEnd},
                                                               {"undefined", &overflow},
+                                                              {"type", &takeForAnother},
                                                               {"leak", &leak},
                                                               {"race", &race},
                                                               {"handed-over", [&] { handOver(application); }}};

@@ -227,33 +227,25 @@ void EditorStageView::mouseReleaseEvent(QMouseEvent *event) {
 }
 
 bool EditorStageView::eventFilter(QObject *object, QEvent *event) {
-    // The middle button moves the picture, whatever the canvas does with the others.
-    if (object == m_canvas) {
-        auto *mouse = static_cast<QMouseEvent *>(event);
-        switch (event->type()) {
-        case QEvent::MouseButtonPress:
-            if (mouse->button() == Qt::MiddleButton) {
-                mousePressEvent(mouse);
-                return true;
-            }
-            break;
-        case QEvent::MouseMove:
-            if (m_isDragging) {
-                mouseMoveEvent(mouse);
-                return true;
-            }
-            break;
-        case QEvent::MouseButtonRelease:
-            if (mouse->button() == Qt::MiddleButton) {
-                mouseReleaseEvent(mouse);
-                return true;
-            }
-            break;
-        default:
-            break;
-        }
-    }
-    return QWidget::eventFilter(object, event);
+    return (object == m_canvas && movesPicture(event)) || QWidget::eventFilter(object, event);
+}
+
+// The middle button moves the picture, whatever the canvas does with the others.
+bool EditorStageView::movesPicture(QEvent *event) {
+    const bool isPress = event->type() == QEvent::MouseButtonPress;
+    const bool isRelease = event->type() == QEvent::MouseButtonRelease;
+    if (!isPress && !isRelease && event->type() != QEvent::MouseMove)
+        return false;
+    auto *mouse = static_cast<QMouseEvent *>(event);
+    if (isPress || isRelease ? mouse->button() != Qt::MiddleButton : !m_isDragging)
+        return false;
+    if (isPress)
+        mousePressEvent(mouse);
+    else if (isRelease)
+        mouseReleaseEvent(mouse);
+    else
+        mouseMoveEvent(mouse);
+    return true;
 }
 
 bool EditorStageView::event(QEvent *event) {

@@ -54,6 +54,7 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     bool eventFilter(QObject *object, QEvent *event) override;
+    [[nodiscard]] bool movesPicture(QEvent *event);
     bool event(QEvent *event) override;
 
 private:

@@ -60,9 +60,13 @@ void plusDarker(std::uint32_t *destination, const std::uint32_t *source, std::si
 
 void paintPlusDarker(QPainter &painter, const QRectF &bounds, const PaintPart &paint) {
     const QTransform toDevice = painter.deviceTransform();
-    QRect area = toDevice.mapRect(bounds).toAlignedRect().adjusted(-1, -1, 1, 1).intersected(deviceRect(painter));
+    // What lies far outside has no whole numbers.
+    const auto onDevice = [&, device = QRectF(deviceRect(painter))](const QRectF &points) {
+        return toDevice.mapRect(points).adjusted(-1, -1, 1, 1).intersected(device).toAlignedRect();
+    };
+    QRect area = onDevice(bounds);
     if (painter.hasClipping())
-        area &= toDevice.mapRect(painter.clipBoundingRect()).toAlignedRect().adjusted(-1, -1, 1, 1);
+        area &= onDevice(painter.clipBoundingRect());
     if (area.isEmpty())
         return;
 
