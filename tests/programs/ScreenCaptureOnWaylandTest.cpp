@@ -217,6 +217,21 @@ TEST_F(ScreenCaptureOnWayland, keysMoveTheAimAndTheFreeCorner) {
     expectPicture(0, {QPoint(202, 201), QPoint(212, 211)});
 }
 
+TEST_F(ScreenCaptureOnWayland, theKeysAloneTakeAnArea) {
+    const auto tool = capture();
+    hand.move(pointOn(0, {200, 200}));
+    hand.tap(KEY_ENTER);
+    for (int i = 0; i < 20; ++i)
+        hand.tap(KEY_RIGHT);
+    hand.down(KEY_LEFTSHIFT);
+    for (int i = 0; i < 3; ++i)
+        hand.tap(KEY_DOWN);
+    hand.up(KEY_LEFTSHIFT);
+    hand.tap(KEY_SPACE);
+    EXPECT_EQ(statusOf(*tool), 0);
+    expectPicture(0, {QPoint(200, 200), QPoint(220, 230)});
+}
+
 TEST_F(ScreenCaptureOnWayland, spaceTakesTheWindowUnderThePointer) {
     QProcess window;
     window.start(QStringLiteral("foot"),

@@ -180,6 +180,20 @@ TEST_F(ScreenCapture, arrowKeysMoveTheSelectionAndShiftResizesIt) {
     expectPicture({QPoint(102, 99), QPoint(202, 150)});
 }
 
+TEST_F(ScreenCapture, theKeysAloneTakeAnArea) {
+    person.movePointer(100, 100);
+    const auto tool = capture();
+    person.tap(key::right);
+    person.tap(key::returnKey);
+    for (int i = 0; i < 20; ++i)
+        person.chord({key::leftShift, key::right});
+    for (int i = 0; i < 30; ++i)
+        person.tap(key::down);
+    person.tap(key::returnKey);
+    EXPECT_EQ(statusOf(*tool), 0);
+    expectPicture({QPoint(101, 100), QPoint(301, 130)});
+}
+
 TEST_F(ScreenCapture, spacePicksTheWindowUnderThePointer) {
     const QRect below(300, 200, 200, 150);
     const QRect above(400, 250, 200, 150);

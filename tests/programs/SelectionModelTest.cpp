@@ -187,6 +187,23 @@ TEST_F(Selection, arrowKeysMoveThePointerWhileAiming) {
     EXPECT_EQ(model.pointer(), QPoint(0, 0));
 }
 
+TEST_F(Selection, aPointerThatFollowsTheKeysLateTakesNoStepBack) {
+    for (int i = 0; i < 3; ++i) {
+        key(OverlayKey::right);
+        EXPECT_TRUE(model.takePointerMove());
+    }
+    model.pointerMoved({501, 400});
+    EXPECT_EQ(model.pointer(), QPoint(503, 400));
+    key(OverlayKey::right); // not sent yet
+    model.pointerMoved({503, 400});
+    EXPECT_EQ(model.pointer(), QPoint(504, 400));
+    EXPECT_EQ(model.takePointerMove(), QPoint(504, 400));
+    model.pointerMoved({504, 400});
+    EXPECT_EQ(model.pointer(), QPoint(504, 400));
+    model.pointerMoved({501, 400}); // the person's own
+    EXPECT_EQ(model.pointer(), QPoint(501, 400));
+}
+
 TEST_F(Selection, returnTakesADragButNotABarePress) {
     model.buttonPressed(1, {100, 100});
     key(OverlayKey::enter);
@@ -195,6 +212,74 @@ TEST_F(Selection, returnTakesADragButNotABarePress) {
     key(OverlayKey::enter);
     EXPECT_EQ(model.state(), State::accepted);
     EXPECT_EQ(model.selection(), QRect(100, 100, 11, 11));
+}
+
+TEST_F(Selection, returnSetsTheFirstCornerAndTakesWhatTheKeysMadeOfIt) {
+    key(OverlayKey::enter);
+    EXPECT_EQ(model.state(), State::dragging);
+    EXPECT_EQ(model.anchor(), QPoint(500, 400));
+    key(OverlayKey::right);
+    key(OverlayKey::down, true);
+    key(OverlayKey::right, false, true);
+    EXPECT_EQ(model.takePointerMove(), QPoint(511, 410));
+    EXPECT_EQ(model.selection(), QRect(500, 400, 12, 11));
+    key(OverlayKey::enter);
+    EXPECT_EQ(model.state(), State::accepted);
+    EXPECT_EQ(model.selection(), QRect(500, 400, 12, 11));
+}
+
+TEST_F(Selection, spaceTakesWhatTheKeysMadeAsWell) {
+    key(OverlayKey::enter);
+    key(OverlayKey::up, true);
+    key(OverlayKey::space);
+    EXPECT_EQ(model.state(), State::accepted);
+    EXPECT_EQ(model.selection(), QRect(500, 390, 1, 11));
+}
+
+TEST_F(Selection, aCornerThatHasNotMovedIsNotTakenByAnyKeyOrClick) {
+    key(OverlayKey::enter);
+    key(OverlayKey::enter);
+    key(OverlayKey::space);
+    click(1, {500, 400});
+    EXPECT_EQ(model.state(), State::dragging);
+    key(OverlayKey::escape);
+    EXPECT_EQ(model.state(), State::cancelled);
+}
+
+TEST_F(Selection, aHeldReturnNeitherBeginsNorTakes) {
+    model.keyPressed(OverlayKey::enter, false, false, true);
+    EXPECT_EQ(model.state(), State::aiming);
+    key(OverlayKey::enter);
+    key(OverlayKey::right);
+    model.keyPressed(OverlayKey::enter, false, false, true);
+    model.keyPressed(OverlayKey::space, false, false, true);
+    EXPECT_EQ(model.state(), State::dragging);
+}
+
+TEST_F(Selection, theMouseGoesOnWhatTheKeysBeganAndAClickTakesIt) {
+    key(OverlayKey::enter);
+    model.buttonReleased(1, {510, 410}); // its press was another program's
+    EXPECT_EQ(model.state(), State::dragging);
+    model.pointerMoved({519, 409});
+    EXPECT_EQ(model.selection(), QRect(500, 400, 20, 10));
+    model.buttonPressed(1, {529, 409});
+    EXPECT_EQ(model.state(), State::dragging);
+    model.buttonReleased(1, {529, 409});
+    EXPECT_EQ(model.state(), State::accepted);
+    EXPECT_EQ(model.selection(), QRect(500, 400, 30, 10));
+}
+
+TEST_F(Selection, whatTheKeysDragStaysOnItsPlane) {
+    model.addPlane({0, 0, 505, 800});
+    key(OverlayKey::enter);
+    key(OverlayKey::right, true);
+    EXPECT_EQ(model.selection(), QRect(500, 400, 5, 1));
+}
+
+TEST_F(Selection, shiftMovesTheAimByTenAsControlDoes) {
+    key(OverlayKey::left, true);
+    key(OverlayKey::up, false, true);
+    EXPECT_EQ(model.pointer(), QPoint(490, 390));
 }
 
 TEST_F(Selection, spacePicksTheTopmostWindowUnderThePointer) {

@@ -8,7 +8,8 @@ namespace {
 
 constexpr int leftButton = 1;
 constexpr int rightButton = 3;
-constexpr int controlStep = 10;
+constexpr int longStep = 10;
+constexpr std::size_t mostAwaited = 64;
 
 QPoint directionOf(OverlayKey key) {
     switch (key) {
@@ -74,8 +75,16 @@ std::optional<QRect> SelectionModel::selection() const {
     }
 }
 
+/// The pointer follows the keys late: where it comes to while further keys have sent it on is no news.
+bool SelectionModel::isOvertaken(QPoint place) {
+    const auto found = std::find(m_awaited.begin(), m_awaited.end(), place);
+    const bool isOurs = found != m_awaited.end();
+    m_awaited.erase(m_awaited.begin(), isOurs ? found + 1 : m_awaited.end());
+    return isOurs && (m_pointerMove || !m_awaited.empty());
+}
+
 void SelectionModel::pointerMoved(QPoint place) {
-    if (isFinished())
+    if (isFinished() || isOvertaken(place))
         return;
     if (m_state != State::dragging)
         m_bounds = m_screen;
@@ -91,18 +100,29 @@ void SelectionModel::buttonPressed(int button, QPoint place) {
         m_isCancelPressed = true;
         return;
     }
-    if (button != leftButton || m_state == State::dragging)
+    if (button != leftButton || (m_state == State::dragging && !m_isKeyDrag))
         return;
     pointerMoved(place);
-    if (m_state == State::picking) {
-        m_isPickPressed = true;
-        return;
-    }
+    if (m_state == State::aiming)
+        beginDrag(false);
+    else
+        m_isTakePressed = true;
+}
+
+void SelectionModel::beginDrag(bool isByKeys) {
     m_state = State::dragging;
+    m_isKeyDrag = isByKeys;
     m_anchor = m_corner;
     m_bounds = planeAt(m_anchor);
     m_offset = {};
     m_wasChanged = false;
+    m_isTakePressed = false;
+}
+
+void SelectionModel::accept() {
+    m_taken = selection();
+    if (m_taken)
+        m_state = State::accepted;
 }
 
 void SelectionModel::buttonReleased(int button, QPoint place) {
@@ -116,13 +136,11 @@ void SelectionModel::buttonReleased(int button, QPoint place) {
     if (button != leftButton)
         return;
     pointerMoved(place);
-    if (m_state == State::dragging && !m_wasChanged) {
+    if (m_state == State::dragging && !m_isKeyDrag && !m_wasChanged)
         m_state = State::aiming;
-    } else if (m_state == State::dragging || (m_state == State::picking && std::exchange(m_isPickPressed, false))) {
-        m_taken = selection();
-        if (m_taken)
-            m_state = State::accepted;
-    }
+    else if ((m_state == State::dragging && !m_isKeyDrag) ||
+             (std::exchange(m_isTakePressed, false) && (m_state == State::picking || m_wasChanged)))
+        accept();
 }
 
 void SelectionModel::keyPressed(OverlayKey key, bool isShift, bool isControl, bool isRepeated) {
@@ -133,31 +151,41 @@ void SelectionModel::keyPressed(OverlayKey key, bool isShift, bool isControl, bo
         m_state = State::cancelled;
         return;
     case OverlayKey::space:
-        if (m_state != State::dragging && !isRepeated) {
+        if (isRepeated)
+            return;
+        if (m_state != State::dragging) {
             m_state = m_state == State::picking ? State::aiming : State::picking;
-            m_isPickPressed = false;
+            m_isTakePressed = false;
+        } else if (m_isKeyDrag && m_wasChanged) {
+            accept();
         }
         return;
     case OverlayKey::enter:
-        if (const auto chosen = selection(); chosen && (m_wasChanged || m_state == State::picking)) {
-            m_taken = chosen;
-            m_state = State::accepted;
-        }
+        if (isRepeated)
+            return; // the key that began a drag, or that chose a menu's entry, does not end it
+        if (m_state == State::aiming)
+            beginDrag(true);
+        else if (m_wasChanged || m_state == State::picking)
+            accept();
         return;
     default:
-        moveByKey(directionOf(key) * (isControl ? controlStep : 1), isShift);
+        moveByKey(directionOf(key), isShift, isControl);
     }
 }
 
-void SelectionModel::moveByKey(QPoint step, bool isShift) {
-    if (step.isNull())
+void SelectionModel::moveByKey(QPoint direction, bool isShift, bool isControl) {
+    if (direction.isNull())
         return;
-    if (m_state != State::dragging) {
-        m_bounds = planeAt(m_corner);
-        m_corner = kept(m_corner + step);
+    if (m_state != State::dragging || m_isKeyDrag) {
+        if (m_state != State::dragging)
+            m_bounds = planeAt(m_corner);
+        const QPoint corner = kept(m_corner + direction * (isShift || isControl ? longStep : 1));
+        m_wasChanged = m_wasChanged || corner != m_corner;
+        m_corner = corner;
         m_pointerMove = m_corner;
         return;
     }
+    const QPoint step = direction * (isControl ? longStep : 1);
     QPoint moved = kept(m_corner + step) - m_corner;
     if (!isShift) {
         // The whole selection goes only as far as both of its corners can.
@@ -172,6 +200,10 @@ void SelectionModel::moveByKey(QPoint step, bool isShift) {
 }
 
 std::optional<QPoint> SelectionModel::takePointerMove() {
+    if (m_pointerMove)
+        m_awaited.push_back(*m_pointerMove);
+    if (m_awaited.size() > mostAwaited) // of a desktop that tells of no such move
+        m_awaited.erase(m_awaited.begin());
     return std::exchange(m_pointerMove, std::nullopt);
 }
 

@@ -15,9 +15,13 @@ namespace tavrine {
 /// Owned by the capture. Places are device pixels; a selection holds both the pixel where the drag began and the one
 /// under the pointer, so that a drag from corner to corner is the whole screen.
 ///
-///  - aiming: a press of the left button begins a drag. Arrow keys move the pointer by a pixel, with Control by ten.
+///  - aiming: a press of the left button begins a drag. Arrow keys move the pointer by a pixel, with Shift or Control
+///    by ten. Return begins a drag of the keys, for who has no pointer or cannot hold a button.
 ///  - dragging: the release accepts, so does Return. Arrow keys move the selection, with Shift its free corner. A press
 ///    and release on one pixel chooses nothing and aims again.
+///  - dragging by keys: arrow keys go on moving the pointer, which is the free corner, by a pixel or by ten; so does
+///  the
+///    mouse. Return, Space or a click accepts, once the corner has moved.
 ///  - picking (Space turns it on and off): the window under the pointer, else the monitor; a click takes it, or Return.
 ///  - Escape and a click of the right button cancel, whatever the state.
 class SelectionModel {
@@ -52,7 +56,10 @@ private:
     [[nodiscard]] QPoint kept(QPoint place) const;
     [[nodiscard]] QRect planeAt(QPoint place) const;
     [[nodiscard]] std::optional<QRect> target() const;
-    void moveByKey(QPoint step, bool isShift);
+    [[nodiscard]] bool isOvertaken(QPoint place);
+    void beginDrag(bool isByKeys);
+    void accept();
+    void moveByKey(QPoint direction, bool isShift, bool isControl);
 
     QRect m_screen;
     State m_state = State::aiming;
@@ -61,12 +68,14 @@ private:
     QRect m_bounds; ///< of what goes on now
     QPoint m_corner;
     QPoint m_anchor;
-    QPoint m_offset;           ///< what keys added to the pointer's place during this drag
-    bool m_wasChanged = false; ///< the drag left its first pixel, or keys changed it
-    bool m_isPickPressed = false;
+    QPoint m_offset;              ///< what keys added to the pointer's place during this drag
+    bool m_wasChanged = false;    ///< the drag left its first pixel, or keys changed it
+    bool m_isKeyDrag = false;     ///< no button is held for the drag
+    bool m_isTakePressed = false; ///< the press of a click that accepts
     bool m_isCancelPressed = false;
     std::optional<QRect> m_taken;
     std::optional<QPoint> m_pointerMove;
+    std::vector<QPoint> m_awaited; ///< where the pointer was sent and has not been seen yet, in their order
 };
 
 } // namespace tavrine
