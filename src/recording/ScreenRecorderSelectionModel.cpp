@@ -22,6 +22,8 @@ QPointF ScreenRecorderSelectionModel::within(QPointF point) const {
 void ScreenRecorderSelectionModel::drag(QPointF start, QPointF location) {
     if (m_isConfirming)
         return;
+    if (std::exchange(m_cross, std::nullopt))
+        m_startPoint.reset();
     if (!m_startPoint)
         m_startPoint = within(start);
     m_currentPoint = within(location);
@@ -31,13 +33,18 @@ void ScreenRecorderSelectionModel::drag(QPointF start, QPointF location) {
 void ScreenRecorderSelectionModel::endDrag() {
     if (m_isConfirming)
         return;
-    const QRectF area = selection().value_or(QRectF());
-    if (area.width() > leastSide && area.height() > leastSide) {
+    if (isLargeEnough()) {
         m_isConfirming = true;
+        m_cross.reset();
         Q_EMIT changed();
     } else {
         m_actions.onCancel();
     }
+}
+
+bool ScreenRecorderSelectionModel::isLargeEnough() const {
+    const QRectF area = selection().value_or(QRectF());
+    return area.width() > leastSide && area.height() > leastSide;
 }
 
 void ScreenRecorderSelectionModel::stopRecording() {
@@ -50,6 +57,28 @@ void ScreenRecorderSelectionModel::selectAll() {
         return;
     setSelection(QRectF(QPointF(), m_size));
     endDrag();
+}
+
+void ScreenRecorderSelectionModel::moveCross(QPointF by) {
+    if (m_isConfirming || (m_startPoint && !m_cross)) // a drag is under way
+        return;
+    m_cross = within(m_cross.value_or(QPointF(m_size.width() / 2, m_size.height() / 2)) + by);
+    if (m_startPoint)
+        m_currentPoint = m_cross;
+    Q_EMIT changed();
+}
+
+void ScreenRecorderSelectionModel::setCorner() {
+    moveCross({});
+    if (!m_cross)
+        return;
+    if (!m_startPoint) {
+        m_startPoint = m_cross;
+        m_currentPoint = m_cross;
+        Q_EMIT changed();
+    } else if (isLargeEnough()) {
+        endDrag();
+    }
 }
 
 void ScreenRecorderSelectionModel::flipMic() {
@@ -77,6 +106,7 @@ void ScreenRecorderSelectionModel::start() {
 void ScreenRecorderSelectionModel::closeCard() {
     m_startPoint.reset();
     m_currentPoint.reset();
+    m_cross.reset();
     m_isConfirming = false;
     Q_EMIT changed();
 }

@@ -17,6 +17,9 @@ namespace tavrine {
 ///  1. A drag that gives no area of more than 10 by 10 points gives the flow up; one that does opens the card, and
 ///     from then on no drag counts until the card is closed.
 ///  2. The area never leaves the overlay, whatever a drag or a key does.
+///  3. Keys select as well: they move a cross, which stands in the middle first, set a corner where it is, and take the
+///     area from there to where they have moved it. One that is too small is not taken, and gives nothing up; a drag
+///     takes the cross away with its corner.
 class ScreenRecorderSelectionModel final : public QObject {
     Q_OBJECT
 
@@ -43,6 +46,13 @@ public:
     [[nodiscard]] bool canStopRecording() const { return m_actions.onStop != nullptr; }
     /// For who has no pointer: the whole screen, while there is no area yet.
     void selectAll();
+    /// By points; the first shows the cross.
+    void moveCross(QPointF by);
+    /// The corner is set where the cross stands; the next takes the area.
+    void setCorner();
+    /// None unless keys have shown it.
+    [[nodiscard]] const std::optional<QPointF> &cross() const { return m_cross; }
+    [[nodiscard]] bool hasCorner() const { return m_cross && m_startPoint; }
 
     // The card.
     void pressMic() { m_actions.onMic(); }
@@ -72,6 +82,7 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] QPointF within(QPointF point) const;
+    [[nodiscard]] bool isLargeEnough() const;
     void setSelection(const QRectF &area);
 
     QSizeF m_size;
@@ -79,6 +90,7 @@ private:
     Actions m_actions;
     std::optional<QPointF> m_startPoint;
     std::optional<QPointF> m_currentPoint;
+    std::optional<QPointF> m_cross;
     bool m_isConfirming = false;
     bool m_includeMic = false;
     bool m_includeSystemAudio = false;

@@ -28,7 +28,7 @@ constexpr int labelHeight = 26;
 constexpr int labelGap = 8;
 constexpr int hintWidth = 320;
 constexpr int hintHeight = 68;
-constexpr int stopHintHeight = 24; ///< more, with a recording under way
+constexpr int moreHintHeight = 24; ///< of each line more
 constexpr double manyPoints = 10;
 
 QString cancelHint() {
@@ -37,6 +37,11 @@ QString cancelHint() {
 QString stopHint() {
     return inDesktopWords(QStringLiteral("Press Space to stop the recording"));
 }
+/// What Return does next, once keys have shown the cross.
+QString returnHint(bool hasCorner) {
+    return inDesktopWords(hasCorner ? QStringLiteral("Press Return to take the area")
+                                    : QStringLiteral("Press Return to set the first corner"));
+}
 
 } // namespace
 
@@ -44,8 +49,6 @@ ScreenRecorderSelectionView::ScreenRecorderSelectionView(std::shared_ptr<ScreenR
                                                          QPixmap frozen)
     : m_model(std::move(model)), m_frozen(std::move(frozen)), m_card(new RecordingSetupCardView(m_model, this)) {
     setAccessibleName(inDesktopWords(QStringLiteral("Drag to select area to record")));
-    setAccessibleDescription(m_model->canStopRecording() ? stopHint() + QStringLiteral(". ") + cancelHint()
-                                                         : cancelHint());
     setFocusPolicy(Qt::StrongFocus);
     m_card->hide();
     connect(m_model.get(), &ScreenRecorderSelectionModel::changed, this, &ScreenRecorderSelectionView::refresh);
@@ -62,12 +65,34 @@ void ScreenRecorderSelectionView::refresh() {
     if (now != m_painted)
         update((now | m_painted).adjusted(-around, -around, around, around));
     m_painted = now;
+    const bool hasCross = m_model->cross().has_value();
+    if (std::exchange(m_hasCross, hasCross) || hasCross)
+        update(); // its lines go from edge to edge
+    tell();
     if (m_card->isHidden() == m_model->isConfirming()) {
         m_card->setVisible(m_model->isConfirming());
         setFocus(); // its keys are the overlay's until Tab takes them to the card
         update();
     }
     placeCard();
+}
+
+/// What has been selected so far, and what the keys do next.
+void ScreenRecorderSelectionView::tell() {
+    QStringList words;
+    if (m_model->isConfirming() || m_model->hasCorner())
+        words << inDesktopWords(QStringLiteral("Area of %1").arg(m_model->sizeText()));
+    else if (const auto &cross = m_model->cross())
+        words << inDesktopWords(QStringLiteral("Cross at %1, %2").arg(qRound(cross->x())).arg(qRound(cross->y())));
+    if (m_model->cross())
+        words << returnHint(m_model->hasCorner());
+    else if (!m_model->isConfirming())
+        words << inDesktopWords(QStringLiteral("Arrow keys and Return select an area, Return alone the whole screen"));
+    if (m_model->canStopRecording() && !m_model->isConfirming())
+        words << stopHint();
+    if (!m_model->cross())
+        words << cancelHint();
+    setAccessibleDescription(words.join(QStringLiteral(". ")));
 }
 
 /// In the middle of the area, as far as the screen lets it. Where it does not fit at all, its lower end is seen, with
@@ -122,40 +147,47 @@ void ScreenRecorderSelectionView::mouseReleaseEvent(QMouseEvent *event) {
 }
 
 void ScreenRecorderSelectionView::keyPressEvent(QKeyEvent *event) {
-    const double step = event->modifiers() & Qt::ControlModifier ? manyPoints : 1;
-    QPointF by;
     switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        if (m_model->isConfirming())
-            m_model->start();
-        else if (!m_grip)
-            m_model->selectAll();
-        return;
     case Qt::Key_Space:
-        if (!m_grip)
-            m_model->stopRecording();
+        if (!m_grip && !event->isAutoRepeat())
+            confirmByKey(event->key());
         return;
     case Qt::Key_Left:
-        by = {-step, 0};
-        break;
+        return moveByKey({-1, 0}, event->modifiers());
     case Qt::Key_Right:
-        by = {step, 0};
-        break;
+        return moveByKey({1, 0}, event->modifiers());
     case Qt::Key_Up:
-        by = {0, -step};
-        break;
+        return moveByKey({0, -1}, event->modifiers());
     case Qt::Key_Down:
-        by = {0, step};
-        break;
+        return moveByKey({0, 1}, event->modifiers());
     default:
         QWidget::keyPressEvent(event);
-        return;
     }
-    if (event->modifiers() & Qt::ShiftModifier)
-        m_model->resize(by);
+}
+
+void ScreenRecorderSelectionView::confirmByKey(int key) {
+    const bool isSpace = key == Qt::Key_Space;
+    if (isSpace && (m_model->canStopRecording() || m_model->isConfirming()))
+        m_model->stopRecording();
+    else if (m_model->isConfirming())
+        m_model->start();
+    else if (isSpace || m_model->cross())
+        m_model->setCorner();
     else
-        m_model->move(by);
+        m_model->selectAll();
+}
+
+void ScreenRecorderSelectionView::moveByKey(QPointF direction, Qt::KeyboardModifiers modifiers) {
+    const bool isShift = modifiers & Qt::ShiftModifier;
+    const bool isControl = modifiers & Qt::ControlModifier;
+    if (!m_model->isConfirming())
+        m_model->moveCross(direction * (isShift || isControl ? manyPoints : 1));
+    else if (isShift)
+        m_model->resize(direction * (isControl ? manyPoints : 1));
+    else
+        m_model->move(direction * (isControl ? manyPoints : 1));
 }
 
 void ScreenRecorderSelectionView::paintEvent(QPaintEvent *event) {
@@ -170,12 +202,23 @@ void ScreenRecorderSelectionView::paintEvent(QPaintEvent *event) {
     const QRegion dark = QRegion(event->rect()) - (m_model->selection() ? QRegion(selection()) : QRegion());
     for (const QRect &part : dark)
         painter.fillRect(part, veil);
+    if (m_model->cross())
+        paintCross(painter);
     if (m_model->selection())
-        paintSelection(painter);
+        paintSelection(painter); // its label over the lines
     if (m_model->isConfirming())
         look::paintPanelShadow(painter, m_card->geometry(), look::themeOf(this));
     else
         paintHints(painter);
+}
+
+/// Lines from edge to edge that show on any ground.
+void ScreenRecorderSelectionView::paintCross(QPainter &painter) const {
+    const QPoint cross = m_model->cross()->toPoint();
+    for (const auto &[thick, colour] : {std::pair(3, QColor(0, 0, 0, 110)), std::pair(1, onPlate)}) {
+        painter.fillRect(0, cross.y() - thick / 2, width(), thick, colour);
+        painter.fillRect(cross.x() - thick / 2, 0, thick, height(), colour);
+    }
 }
 
 void ScreenRecorderSelectionView::paintSelection(QPainter &painter) const {
@@ -200,19 +243,24 @@ void ScreenRecorderSelectionView::paintSelection(QPainter &painter) const {
 }
 
 void ScreenRecorderSelectionView::paintHints(QPainter &painter) const {
-    const double stopHeight = m_model->canStopRecording() ? stopHintHeight : 0;
-    const QRectF body(std::round((width() - hintWidth) / 2.0), std::round(height() * 0.2), hintWidth,
-                      hintHeight + stopHeight);
+    std::vector<std::pair<QString, QColor>> lines{{cancelHint(), onPlateQuiet}};
+    if (m_model->canStopRecording())
+        lines.emplace_back(stopHint(), onPlate);
+    if (m_model->cross())
+        lines.emplace_back(returnHint(m_model->hasCorner()), onPlate);
+    QRectF body(std::round((width() - hintWidth) / 2.0), std::round(height() * 0.2), hintWidth,
+                hintHeight + moreHintHeight * int(lines.size() - 1));
     look::fillRounded(painter, body, look::radius::panel, plate);
     look::strokeHairline(painter, body, look::radius::panel, QColor(255, 255, 255, 40));
-    look::paintLine(painter, body.adjusted(0, 10, 0, -34 - stopHeight),
-                    inDesktopWords(QStringLiteral("Drag to select area to record")), look::TextRole::heading, onPlate,
-                    Qt::AlignHCenter);
-    look::paintLine(painter, body.adjusted(0, 36, 0, -12 - stopHeight), cancelHint(), look::TextRole::callout,
-                    onPlateQuiet, Qt::AlignHCenter);
-    if (stopHeight > 0)
-        look::paintLine(painter, body.adjusted(0, 36 + stopHeight, 0, -12), stopHint(), look::TextRole::callout,
-                        onPlate, Qt::AlignHCenter);
+    QRectF line(body.left(), body.top() + 10, body.width(), 24);
+    look::paintLine(painter, line, inDesktopWords(QStringLiteral("Drag to select area to record")),
+                    look::TextRole::heading, onPlate, Qt::AlignHCenter);
+    line.translate(0, 2);
+    for (const auto &[words, colour] : lines) {
+        line.translate(0, moreHintHeight);
+        look::paintLine(painter, QRectF(line.x(), line.y(), line.width(), 20), words, look::TextRole::callout, colour,
+                        Qt::AlignHCenter);
+    }
 }
 
 } // namespace tavrine

@@ -13,8 +13,12 @@ class ScreenRecorderSelectionModel;
 
 /// The overlay on which an area is dragged, with the setup card over it. Fills its window; main thread.
 ///
-/// Arrow keys move the confirmed area, with Shift they resize it, ten points at a time with Ctrl. Return starts;
-/// before there is an area it takes the whole screen, and the space bar ends a recording that is under way.
+/// Arrow keys move the confirmed area, with Shift they resize it, ten points at a time with Ctrl. Return starts; before
+/// anything is selected it takes the whole screen, and the space bar ends a recording that is under way.
+///
+/// Before there is an area, arrow keys move a cross, by ten points with Shift or Ctrl; Return sets a corner there and
+/// then takes the area up to it, and so does the space bar where it has nothing to end. Where that stands is what
+/// screen readers are told as the view's description.
 class ScreenRecorderSelectionView final : public QWidget {
     Q_OBJECT
 
@@ -33,16 +37,21 @@ protected:
 
 private:
     void refresh();
+    void tell();
+    void confirmByKey(int key);
+    void moveByKey(QPointF direction, Qt::KeyboardModifiers modifiers);
     void placeCard();
     [[nodiscard]] QRect selection() const;
     void paintHints(QPainter &painter) const;
     void paintSelection(QPainter &painter) const;
+    void paintCross(QPainter &painter) const;
 
     std::shared_ptr<ScreenRecorderSelectionModel> m_model;
     QPixmap m_frozen;
     RecordingSetupCardView *m_card;
     std::optional<QPointF> m_grip; ///< where the drag under way began
     QRect m_painted;               ///< the selection that is on the screen
+    bool m_hasCross = false;       ///< on the screen
 };
 
 } // namespace tavrine

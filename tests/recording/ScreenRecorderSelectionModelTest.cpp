@@ -56,6 +56,46 @@ TEST_F(Selection, moreThanTenPointsEitherWayOpensTheCard) {
     EXPECT_THAT(calls, testing::IsEmpty());
 }
 
+TEST_F(Selection, theKeysTakeNoAreaThatADragWouldNotAndGiveNothingUp) {
+    model.setCorner();
+    EXPECT_TRUE(model.hasCorner());
+    model.moveCross({10, 200});
+    model.setCorner();
+    EXPECT_FALSE(model.isConfirming());
+    model.moveCross({0.5, 0});
+    model.setCorner();
+    EXPECT_TRUE(model.isConfirming());
+    EXPECT_EQ(model.selection(), QRectF(500, 300, 10.5, 200));
+    EXPECT_THAT(calls, testing::IsEmpty());
+}
+
+TEST_F(Selection, theCrossStaysOnTheOverlayAndHasNoPartInADrag) {
+    model.moveCross({-2000, 2000});
+    EXPECT_EQ(model.cross(), QPointF(0, 600));
+    model.setCorner();
+    model.drag({100, 100}, {150, 150});
+    EXPECT_EQ(model.selection(), QRectF(100, 100, 50, 50));
+    EXPECT_EQ(model.cross(), std::nullopt);
+    model.moveCross({10, 10});
+    model.setCorner();
+    EXPECT_EQ(model.cross(), std::nullopt);
+    EXPECT_EQ(model.selection(), QRectF(100, 100, 50, 50));
+}
+
+TEST_F(Selection, afterTheCardIsClosedTheCrossBeginsAnew) {
+    model.setCorner();
+    model.moveCross({50, 50});
+    model.setCorner();
+    ASSERT_TRUE(model.isConfirming());
+    model.moveCross({50, 50});
+    EXPECT_EQ(model.selection(), QRectF(500, 300, 50, 50));
+    model.closeCard();
+    EXPECT_EQ(model.cross(), std::nullopt);
+    EXPECT_FALSE(model.hasCorner());
+    model.moveCross({1, 0});
+    EXPECT_EQ(model.cross(), QPointF(501, 300));
+}
+
 TEST_F(Selection, aClickWithoutADragCancels) {
     model.endDrag();
     EXPECT_THAT(calls, testing::ElementsAre(QStringLiteral("cancel")));
