@@ -6,11 +6,13 @@
 #include "look/Metrics.h"
 #include "look/Paint.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QResizeEvent>
 
+#include <algorithm>
 #include <cmath>
 
 namespace tavrine {
@@ -23,6 +25,22 @@ constexpr double cornerLength = 14;
 constexpr double cornerWidth = 3;
 constexpr double plateHeight = 30;
 constexpr double sizeHeight = 22;
+constexpr double manyPixels = 10;
+
+QPointF directionOf(int key) {
+    switch (key) {
+    case Qt::Key_Left:
+        return {-1, 0};
+    case Qt::Key_Right:
+        return {1, 0};
+    case Qt::Key_Up:
+        return {0, -1};
+    case Qt::Key_Down:
+        return {0, 1};
+    default:
+        return {};
+    }
+}
 
 void paintPlate(QPainter &painter, const QRectF &rect, const QString &text, look::TextRole role) {
     look::fillRounded(painter, rect, rect.height() / 2, plate);
@@ -48,7 +66,26 @@ void paintCorners(QPainter &painter, const QRectF &selected) {
 
 CropOverlayView::CropOverlayView(EditorModel &model, QWidget *parent) : QWidget(parent), m_model(model) {
     setCursor(Qt::CrossCursor);
-    connect(&model, &EditorModel::cropChanged, this, qOverload<>(&QWidget::update));
+    setFocusPolicy(Qt::StrongFocus);
+    setAccessibleName(inDesktopWords(QStringLiteral("Crop image area")));
+    connect(&model, &EditorModel::cropChanged, this, &CropOverlayView::refresh);
+    refresh();
+}
+
+void CropOverlayView::refresh() {
+    setAccessibleDescription(
+        m_model.crop().isEmpty()
+            ? inDesktopWords(QStringLiteral("Arrow keys select an area and move it, with Shift they change its size"))
+            : inDesktopWords(QStringLiteral("Area of %1").arg(sizeText())));
+    update();
+}
+
+QString CropOverlayView::sizeText() const {
+    const QRectF part = m_model.crop().rect();
+    const QSize image = m_model.shownImage().size();
+    return QStringLiteral("%1 × %2")
+        .arg(std::lround(part.width() * image.width()))
+        .arg(std::lround(part.height() * image.height()));
 }
 
 void CropOverlayView::paintEvent(QPaintEvent *) {
@@ -86,11 +123,7 @@ void CropOverlayView::paintHint(QPainter &painter) {
 
 // How many pixels are left: above the selection, or within it where there is no room above.
 void CropOverlayView::paintSize(QPainter &painter, const QRectF &selected) {
-    const QRectF part = m_model.crop().rect();
-    const QSize image = m_model.shownImage().size();
-    const QString text = QStringLiteral("%1 × %2")
-                             .arg(std::lround(part.width() * image.width()))
-                             .arg(std::lround(part.height() * image.height()));
+    const QString text = sizeText();
     const double wide = std::ceil(look::lineWidth(text, look::TextRole::captionStrong)) + 2 * look::space::small;
     double top = selected.top() - sizeHeight - look::space::tiny;
     if (top < 0)
@@ -119,6 +152,26 @@ void CropOverlayView::resizeEvent(QResizeEvent *event) {
     if (m_isDragging && !before.isEmpty())
         m_from = {m_from.x() * width() / before.width(), m_from.y() * height() / before.height()};
     QWidget::resizeEvent(event);
+}
+
+void CropOverlayView::keyPressEvent(QKeyEvent *event) {
+    const QPointF by = directionOf(event->key()) * (event->modifiers() & Qt::ControlModifier ? manyPixels : 1);
+    if (by.isNull() || m_isDragging)
+        return QWidget::keyPressEvent(event);
+    const QSizeF whole(m_model.shownImage().size());
+    const CropSelection &crop = m_model.crop();
+    const QRectF part = crop.isEmpty() ? QRectF(0.25, 0.25, 0.5, 0.5) : crop.rect();
+    QRectF area(part.x() * whole.width(), part.y() * whole.height(), part.width() * whole.width(),
+                part.height() * whole.height());
+    if (!crop.isEmpty() && event->modifiers() & Qt::ShiftModifier) {
+        const QPointF corner = area.bottomRight() + by;
+        area.setBottomRight({std::clamp(corner.x(), area.left() + 1, std::max(area.left() + 1, whole.width())),
+                             std::clamp(corner.y(), area.top() + 1, std::max(area.top() + 1, whole.height()))});
+    } else if (!crop.isEmpty()) {
+        area.moveTo(std::clamp(area.x() + by.x(), 0.0, std::max(0.0, whole.width() - area.width())),
+                    std::clamp(area.y() + by.y(), 0.0, std::max(0.0, whole.height() - area.height())));
+    }
+    m_model.dragCrop(area.topLeft(), area.bottomRight(), whole);
 }
 
 void CropOverlayView::mouseReleaseEvent(QMouseEvent *event) {

@@ -2,6 +2,7 @@
 
 #include "base/DesktopWords.h"
 #include "capture/editor/AnnotationRenderer.h"
+#include "capture/editor/DrawingTool.h"
 #include "capture/editor/EraserRule.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
@@ -24,6 +25,8 @@ constexpr QSize fieldSize{220, 30};
 constexpr float fieldOpacity = 0.92F;
 constexpr int fieldMargin = 4;
 constexpr double ringWidth = 3;
+constexpr double frameGap = 4; // between what is selected and its frame
+constexpr double manyPoints = 10;
 
 // A field with a rounded frame that lets a little of the picture through.
 class AnnotationField final : public QLineEdit {
@@ -81,8 +84,9 @@ DrawView::DrawView(QWidget *parent)
                },
                [this](const DrawViewModel::TextField &field) { showTextField(field); }, [this] { removeTextField(); },
                [this] { setFocus(Qt::OtherFocusReason); }, [this](const QPointF &origin) { moveTextField(origin); }}) {
-    setFocusPolicy(Qt::ClickFocus);
+    setFocusPolicy(Qt::StrongFocus);
     setAccessibleName(inDesktopWords(QStringLiteral("Canvas")));
+    showSelection();
     setAttribute(Qt::WA_TabletTracking, false);
 }
 
@@ -108,6 +112,16 @@ void DrawView::updateCanvas(const DrawingCanvas &canvas) {
     showDrawings();
     if (!m_model.currentPoints().empty())
         update(); // the gesture may have another colour or width now
+}
+
+/// Told as well: the description follows what is selected.
+void DrawView::showSelection() {
+    const QString words = m_keys.words();
+    setAccessibleDescription(
+        !words.isEmpty() ? words
+                         : inDesktopWords(QStringLiteral("Return draws, Tab goes through what is drawn, arrow keys "
+                                                         "move it, Delete removes it, digits choose a tool")));
+    update();
 }
 
 void DrawView::setCursorForTool() {
@@ -207,6 +221,7 @@ void DrawView::paintEvent(QPaintEvent *event) {
         painter.drawImage(target, frameOf(pixels, *gesture), QRect(QPoint(), pixels.size()));
     else
         painter.drawImage(target, m_layer.image(), pixels.translated(-place.area.topLeft()));
+    paintSelection(painter);
     if (!m_eraser)
         return;
     painter.setRenderHint(QPainter::Antialiasing);
@@ -214,6 +229,24 @@ void DrawView::paintEvent(QPaintEvent *event) {
         painter.setPen(pen);
         painter.drawEllipse(eraserRing());
     }
+}
+
+void DrawView::paintSelection(QPainter &painter) const {
+    painter.setBrush(Qt::NoBrush);
+    if (m_isReachedByTab && hasFocus()) {
+        painter.setPen(QPen(look::themeOf(this).accent, ringWidth));
+        const double half = ringWidth / 2.0;
+        painter.drawRect(QRectF(rect()).adjusted(half, half, -half, -half));
+    }
+    const std::optional<DrawingPath> selected = m_keys.selected();
+    if (!selected)
+        return;
+    const QRectF area =
+        drawingBounds(*selected, pointsIn(*selected, size()), false).adjusted(-frameGap, -frameGap, frameGap, frameGap);
+    painter.setPen(QPen(QColor(0, 0, 0, 180), 1));
+    painter.drawRect(area);
+    painter.setPen(QPen(Qt::white, 1, Qt::DashLine)); // shows on any picture
+    painter.drawRect(area);
 }
 
 void DrawView::resizeEvent(QResizeEvent *event) {
@@ -224,6 +257,8 @@ void DrawView::resizeEvent(QResizeEvent *event) {
 void DrawView::mousePressEvent(QMouseEvent *event) {
     if (event->button() != Qt::LeftButton)
         return event->ignore();
+    if (m_keys.letGo())
+        showSelection();
     m_model.mouseDown(event->position());
 }
 
@@ -256,6 +291,73 @@ void DrawView::tabletEvent(QTabletEvent *event) {
         m_model.mouseUp();
     }
     event->accept();
+}
+
+void DrawView::keyPressEvent(QKeyEvent *event) {
+    const bool isCommand = event->modifiers() & (Qt::AltModifier | Qt::MetaModifier);
+    if (isCommand || !handleKey(*event))
+        return QWidget::keyPressEvent(event);
+    showSelection();
+}
+
+bool DrawView::handleKey(const QKeyEvent &event) {
+    const bool isShift = event.modifiers() & Qt::ShiftModifier;
+    const bool isControl = event.modifiers() & Qt::ControlModifier;
+    const double far = isControl ? manyPoints : 1;
+    const auto step = isShift ? CanvasKeys::Step::resize : CanvasKeys::Step::move;
+    switch (event.key()) {
+    case Qt::Key_Left:
+        return m_keys.step(step, {-far, 0});
+    case Qt::Key_Right:
+        return m_keys.step(step, {far, 0});
+    case Qt::Key_Up:
+        return m_keys.step(step, {0, -far});
+    case Qt::Key_Down:
+        return m_keys.step(step, {0, far});
+    case Qt::Key_Delete:
+    case Qt::Key_Backspace:
+        return m_keys.remove();
+    case Qt::Key_Escape:
+        return m_keys.letGo();
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        return !event.isAutoRepeat() &&
+               m_keys.enter(parentWidget() ? rect() & parentWidget()->rect().translated(-pos()) : rect());
+    default:
+        return !isControl && chooseTool(event.key());
+    }
+}
+
+bool DrawView::chooseTool(int key) {
+    const int place = key - Qt::Key_1;
+    if (!m_model.parent() || place < 0 || place >= int(drawingTools.size()))
+        return false;
+    const auto set = m_model.parent()->tool.set; // the canvas may be replaced by it
+    set(drawingTools[size_t(place)].tool);
+    return true;
+}
+
+void DrawView::focusInEvent(QFocusEvent *event) {
+    if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason)
+        m_isReachedByTab = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    showSelection(); // the typing of it may be over
+    QWidget::focusInEvent(event);
+}
+
+void DrawView::focusOutEvent(QFocusEvent *event) {
+    update();
+    QWidget::focusOutEvent(event);
+}
+
+bool DrawView::focusNextPrevChild(bool next) {
+    // The field asks here as well, for its own Tab.
+    if (hasFocus() && m_keys.selectNext(next)) {
+        showSelection();
+        return true;
+    }
+    if (hasFocus())
+        showSelection();
+    return QWidget::focusNextPrevChild(next);
 }
 
 void DrawView::showTextField(const DrawViewModel::TextField &field) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "capture/editor/AnnotationLayer.h"
+#include "capture/editor/CanvasKeys.h"
 #include "capture/editor/DrawViewModel.h"
 #include "capture/editor/PictureLevels.h"
 
@@ -15,6 +16,10 @@ namespace tavrine {
 /// The canvas: shows the picture with its annotations over its whole area, and takes the mouse and the pen. Owned by
 /// the editor, which lays it exactly where the picture belongs and makes a new one for a new identity of the canvas.
 /// It may be far larger than its parent: only what shows there, and a little round it, is kept as pixels.
+///
+/// Without a pointer: Return puts what the tool draws into the middle of what shows, and lets it go; Tab goes through
+/// the annotations and then on; arrow keys move the one that is selected, with Shift its last point, ten points at a
+/// time with Ctrl; Delete removes it, Escape lets it go. The digits from 1 on choose a tool, in the order of their row.
 ///
 /// A view that goes away while something is typed does not finish the typing: its annotation stays as it was.
 class DrawView : public QWidget {
@@ -44,6 +49,10 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
     void leaveEvent(QEvent *event) override;
     void tabletEvent(QTabletEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
     bool eventFilter(QObject *object, QEvent *event) override;
 
 private:
@@ -53,6 +62,10 @@ private:
     void showDrawings();
     void redraw(const QRectF &area);
     void setCursorForTool();
+    [[nodiscard]] bool handleKey(const QKeyEvent &event);
+    [[nodiscard]] bool chooseTool(int key);
+    void showSelection();
+    void paintSelection(QPainter &painter) const;
     [[nodiscard]] QRectF eraserRing() const;
     void showEraserAt(std::optional<QPointF> place);
     [[nodiscard]] QRect pixelsSeen() const;
@@ -63,9 +76,11 @@ private:
     PictureLevels m_picture;
     AnnotationLayer m_layer;
     DrawViewModel m_model;
+    CanvasKeys m_keys{m_model};
     QPointer<QLineEdit> m_field;
     std::optional<QPointF> m_eraser; ///< where the ring of the eraser stands
     bool m_isPenDown = false;
+    bool m_isReachedByTab = false; ///< and shows that the keyboard is here
 };
 
 } // namespace tavrine

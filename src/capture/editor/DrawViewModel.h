@@ -47,6 +47,7 @@ public:
     void setParent(std::optional<DrawingCanvas> parent) { m_parent = std::move(parent); }
     [[nodiscard]] const std::optional<DrawingCanvas> &parent() const { return m_parent; }
     void setBounds(const QSizeF &bounds);
+    [[nodiscard]] const QSizeF &bounds() const { return m_bounds; }
 
     void mouseDown(const QPointF &point);
     void mouseDragged(const QPointF &point);
@@ -63,6 +64,7 @@ public:
     void updateActiveText(const QString &string);
     void commitActiveText();
     void commitCurrentPath(const DrawingCanvas &canvas);
+    void writeDrawings(std::vector<DrawingPath> drawings); ///< only with a parent
 
     [[nodiscard]] const std::vector<QPointF> &currentPoints() const { return m_currentPoints; }
     [[nodiscard]] const std::optional<TextField> &activeTextField() const { return m_activeTextField; }
@@ -75,7 +77,6 @@ private:
     [[nodiscard]] QPointF normalised(const QPointF &point) const;
     [[nodiscard]] QRectF gestureArea() const;
     void redrawGesture(const QRectF &area);
-    void writeDrawings(std::vector<DrawingPath> drawings);
     void append(DrawingPath path);
 
     View m_view;

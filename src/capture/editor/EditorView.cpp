@@ -166,7 +166,9 @@ void EditorView::build() {
 void EditorView::replaceCanvas() {
     if (m_model.isCropping()) {
         setFocus(); // the keyboard would go with the canvas
-        m_stage->setCanvas(new CropOverlayView(m_model), EditorStageView::Picture::byStage);
+        auto *overlay = new CropOverlayView(m_model);
+        m_stage->setCanvas(overlay, EditorStageView::Picture::byStage);
+        overlay->setFocus();
         updateCanvas();
         return;
     }

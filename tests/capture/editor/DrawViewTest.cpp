@@ -178,6 +178,85 @@ TEST_F(DrawViewTest, theEraserShowsHowFarItReachesAndTakesNothingOfTheRingAlong)
     EXPECT_EQ(shown(), before);
 }
 
+TEST_F(DrawViewTest, keysDrawMoveAndRemove) {
+    view->setFocus();
+    QTest::keyClick(view, Qt::Key_5);
+    EXPECT_EQ(state.tool, DrawingTool::rectangle);
+    QTest::keyClick(view, Qt::Key_Return);
+    ASSERT_EQ(state.drawings.size(), 1U);
+    EXPECT_EQ(state.drawings[0].points[0], QPointF(120 / 320.0, 90 / 240.0));
+    QTest::keyClick(view, Qt::Key_Right);
+    QTest::keyClick(view, Qt::Key_Down, Qt::ControlModifier);
+    EXPECT_EQ(state.drawings[0].points[0], QPointF(121 / 320.0, 100 / 240.0));
+    QTest::keyClick(view, Qt::Key_Left, Qt::ShiftModifier | Qt::ControlModifier);
+    EXPECT_EQ(state.drawings[0].points[1], QPointF(191 / 320.0, 160 / 240.0));
+    EXPECT_EQ(view->accessibleDescription(), str("Rectangle, 1 of 1"));
+    QTest::keyClick(view, Qt::Key_Delete);
+    EXPECT_TRUE(state.drawings.empty());
+}
+
+TEST_F(DrawViewTest, whatIsSelectedHasAFrameThatIsNotPartOfIt) {
+    state.tool = DrawingTool::oval;
+    view->updateCanvas(state.canvas());
+    view->setFocus();
+    QTest::keyClick(view, Qt::Key_Return);
+    const QImage framed = shown();
+    EXPECT_NE(framed, plainly(state.drawings));
+    QTest::keyClick(view, Qt::Key_Escape);
+    EXPECT_EQ(shown(), plainly(state.drawings));
+    QTest::keyClick(view, Qt::Key_Tab);
+    EXPECT_EQ(shown(), framed);
+    click({5, 5}); // the mouse lets it go
+    EXPECT_EQ(shown(), plainly(state.drawings));
+}
+
+TEST_F(DrawViewTest, tabGoesThroughWhatIsDrawnAndThenOn) {
+    state.drawings = {drawing(DrawingKind::arrow, {{0.1, 0.1}, {0.5, 0.5}}), stamp(1, {0.5, 0.5})};
+    view->updateCanvas(state.canvas());
+    other->setFocus();
+    QTest::keyClick(other, Qt::Key_Tab);
+    EXPECT_EQ(QApplication::focusWidget(), view);
+    EXPECT_TRUE(view->accessibleDescription().startsWith(str("Return draws")))
+        << view->accessibleDescription().toStdString();
+    QTest::keyClick(view, Qt::Key_Tab);
+    EXPECT_EQ(view->accessibleDescription(), str("Arrow, 1 of 2"));
+    QTest::keyClick(view, Qt::Key_Tab);
+    EXPECT_EQ(view->accessibleDescription(), str("Number stamp, 2 of 2"));
+    QTest::keyClick(view, Qt::Key_Tab);
+    EXPECT_EQ(QApplication::focusWidget(), other);
+    QTest::keyClick(other, Qt::Key_Backtab);
+    QTest::keyClick(view, Qt::Key_Backtab);
+    EXPECT_EQ(view->accessibleDescription(), str("Number stamp, 2 of 2"));
+}
+
+TEST_F(DrawViewTest, theCanvasShowsThatTabHasBroughtTheKeyboard) {
+    other->setFocus();
+    const QImage before = shown();
+    QTest::keyClick(other, Qt::Key_Tab);
+    ASSERT_EQ(QApplication::focusWidget(), view);
+    EXPECT_NE(shown(), before);
+    click({5, 5});
+    state.drawings.clear();
+    view->updateCanvas(state.canvas());
+    other->setFocus();
+    EXPECT_EQ(shown(), before);
+}
+
+TEST_F(DrawViewTest, aTextIsTypedInTheMiddleAndThenMoved) {
+    state.tool = DrawingTool::text;
+    view->updateCanvas(state.canvas());
+    view->setFocus();
+    QTest::keyClick(view, Qt::Key_Return);
+    ASSERT_TRUE(field());
+    QTest::keyClicks(field(), str("1 word"));
+    QTest::keyClick(field(), Qt::Key_Return);
+    EXPECT_EQ(QApplication::focusWidget(), view);
+    EXPECT_EQ(view->accessibleDescription(), str("Text, 1 of 1"));
+    QTest::keyClick(view, Qt::Key_Up, Qt::ControlModifier);
+    EXPECT_EQ(state.drawings[0].points[0], QPointF(0.5, 110 / 240.0));
+    EXPECT_EQ(state.drawings[0].text, str("1 word"));
+}
+
 TEST_F(DrawViewTest, onlyTheLeftButtonDraws) {
     QTest::mousePress(view, Qt::RightButton, {}, {10, 10});
     QTest::mouseRelease(view, Qt::RightButton, {}, {10, 10});

@@ -25,6 +25,25 @@ TEST_F(EditorWindowTest, cropModeGivesWayToADragAndReturnApplies) {
     EXPECT_TRUE(button("Draw")->isEnabled());
 }
 
+TEST_F(EditorWindowTest, keysSelectWhatIsCroppedPixelByPixel) {
+    edit(picture(800, 400));
+    button("Crop image area")->click();
+    press(Qt::Key_Right); // the first shows where it begins
+    EXPECT_EQ(model().crop().rect(), QRectF(0.25, 0.25, 0.5, 0.5));
+    press(Qt::Key_Right);
+    press(Qt::Key_Up, Qt::ControlModifier);
+    EXPECT_EQ(model().crop().rect(), QRectF(201 / 800.0, 90 / 400.0, 0.5, 0.5));
+    press(Qt::Key_Left, Qt::ShiftModifier | Qt::ControlModifier);
+    press(Qt::Key_Down, Qt::ShiftModifier);
+    EXPECT_EQ(window->findChild<CropOverlayView *>()->accessibleDescription(), str("Area of 390 × 201"));
+    for (int i = 0; i < 100; ++i)
+        press(Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(model().crop().rect().left(), 0);
+    press(Qt::Key_Return);
+    EXPECT_EQ(model().shownImage().size(), QSize(390, 201));
+    EXPECT_EQ(QApplication::focusWidget(), canvas());
+}
+
 TEST_F(EditorWindowTest, aCropThatIsBeingDraggedKeepsItsPlaceOnThePictureWhenItIsZoomed) {
     edit(picture(3000, 2000));
     button("Crop image area")->click();
