@@ -25,6 +25,12 @@ PanelDescription cardDescription() {
             .hasShadow = false};
 }
 
+PanelDescription cardWithKeyboardDescription() {
+    PanelDescription description = cardDescription();
+    description.canBecomeKey = true;
+    return description;
+}
+
 PanelDescription dialogDescription() {
     PanelDescription description = cardDescription();
     description.title = QStringLiteral("Save Screenshot");
@@ -37,6 +43,9 @@ PanelDescription dialogDescription() {
 /// The appearance may be chosen freely; the end is a rule.
 constexpr FloatingPanel::Motion motion{
     .fadeIn = Seconds{0.18}, .timingIn = look::easeOut, .fadeOut = Seconds{0.16}, .timingOut = look::easeIn};
+
+/// It is there already.
+constexpr FloatingPanel::Motion motionWithKeyboard{.fadeOut = motion.fadeOut, .timingOut = motion.timingOut};
 
 QRectF usableForTool(const Screens &screens) {
     const auto screen = screenForTool(screens);
@@ -69,12 +78,20 @@ SnipFlow::SnipFlow(Ports ports, Actions actions, Views views)
       m_files(m_ports.fileQueue, m_ports.time),
       m_card({m_ports.windows, m_ports.screens, m_ports.time},
              {.description = cardDescription(), .placement = inTheCorner(m_ports.corner), .motion = motion}),
+      m_cardWithKeyboard({m_ports.windows, m_ports.screens, m_ports.time},
+                         {.description = cardWithKeyboardDescription(),
+                          .placement = inTheCorner(m_ports.corner),
+                          .motion = motionWithKeyboard}),
       m_dialog({m_ports.windows, m_ports.screens, m_ports.time},
                {.description = dialogDescription(), .placement = inTheMiddle, .motion = motion}) {
     m_ports.screen.setWindows(this);
-    m_ports.corner.setOnTaken([this] { m_card.placeAgain(); });
+    m_ports.corner.setOnTaken([this] {
+        m_card.placeAgain();
+        m_cardWithKeyboard.placeAgain();
+    });
     m_ports.snipper.setOnEnd([this] { m_ports.screen.lookEnded(); });
-    m_card.setOnClosed([this] { dismissSnipPreview(Dismissal::animated); });
+    for (FloatingPanel *card : {&m_card, &m_cardWithKeyboard})
+        card->setOnClosed([this] { dismissSnipPreview(Dismissal::animated); });
     m_dialog.setOnClosed([this] {
         if (const auto model = m_dialogModel)
             model->cancel();
@@ -104,7 +121,8 @@ void SnipFlow::startCapture() {
 }
 
 bool SnipFlow::setAside() {
-    const bool wasCardShown = m_card.setAside();
+    const bool wasFirstShown = m_card.setAside(); // either may still be fading
+    const bool wasCardShown = m_cardWithKeyboard.setAside() || wasFirstShown;
     const bool wasDialogShown = m_dialog.setAside();
     if (m_cardModel)
         m_cardModel->setAside(true);
@@ -113,6 +131,7 @@ bool SnipFlow::setAside() {
 
 void SnipFlow::bringBack() {
     m_card.bringBack();
+    m_cardWithKeyboard.bringBack();
     if (m_cardModel)
         m_cardModel->setAside(false);
     m_dialog.bringBack(); // last: it is what waits for the person
@@ -163,6 +182,16 @@ void SnipFlow::showSnipPreview(const QImage &image) {
     m_cardModel->appear();
 }
 
+void SnipFlow::giveCardKeyboard() {
+    if (!m_cardModel)
+        return;
+    if (!m_cardWithKeyboard.isBuilt()) {
+        m_card.release(Dismissal::atOnce);
+        m_cardWithKeyboard.build(m_views.card ? m_views.card(m_cardModel) : nullptr);
+    }
+    m_cardWithKeyboard.show();
+}
+
 SnippetPreviewModel::Actions SnipFlow::cardActions(const QImage &image) {
     return {.onNewSnip =
                 [this] {
@@ -196,6 +225,7 @@ QString SnipFlow::beginDragFile(const QImage &image) {
 
 void SnipFlow::dismissSnipPreview(Dismissal dismissal) {
     m_card.release(dismissal);
+    m_cardWithKeyboard.release(dismissal);
     if (const auto model = std::exchange(m_cardModel, nullptr)) {
         model->stop();
         m_ports.time.async(this, [model] {}); // its own button may be what closes it

@@ -88,6 +88,8 @@ public:
 
     void showSnipPreview(const QImage &image);
     void dismissSnipPreview(Dismissal dismissal);
+    /// For who has no pointer: the card gets the keyboard, and the time that it has left waits. Nothing without a card.
+    void giveCardKeyboard();
     void saveSnip(const QImage &image, const Completion &completion);
     /// Saves without a question, for a capture whose text was read.
     void autoSaveSnip(const QImage &image);
@@ -98,9 +100,11 @@ public:
     [[nodiscard]] QString snipDefaultDirectory() const;
     [[nodiscard]] QString snipFileName() const;
 
-    [[nodiscard]] bool isPreviewShown() const { return m_card.isBuilt(); }
+    [[nodiscard]] bool isPreviewShown() const { return m_card.isBuilt() || m_cardWithKeyboard.isBuilt(); }
     /// The windows; null when there are none.
-    [[nodiscard]] PanelWindow *previewWindow() const { return m_card.window(); }
+    [[nodiscard]] PanelWindow *previewWindow() const {
+        return m_cardWithKeyboard.isBuilt() ? m_cardWithKeyboard.window() : m_card.window();
+    }
     [[nodiscard]] PanelWindow *saveDialogWindow() const { return m_dialog.window(); }
     [[nodiscard]] bool isSaveDialogShown() const { return m_dialog.isBuilt(); }
     /// The models of what is shown; null when nothing is.
@@ -129,6 +133,7 @@ private:
     int m_storings = 0;        ///< pictures on the queue
     bool m_isStarting = false; ///< the tool comes in a moment
     FloatingPanel m_card;
+    FloatingPanel m_cardWithKeyboard; ///< in the other's place, once it was asked for
     FloatingPanel m_dialog;
     std::optional<SerialQueue> m_storing; ///< while a large picture is stored; last: its work uses the rest
 };

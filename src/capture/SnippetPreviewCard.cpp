@@ -10,6 +10,7 @@
 #include "look/Symbols.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QVBoxLayout>
@@ -173,9 +174,9 @@ SnippetPreviewCard::SnippetPreviewCard(std::shared_ptr<SnippetPreviewModel> mode
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(margin, margin, margin, margin);
     column->setSpacing(0);
-    auto *thumbnail = new Thumbnail(*m_model, this);
-    connect(thumbnail, &QAbstractButton::clicked, this, [this] { m_model->pressEdit(); });
-    column->addWidget(thumbnail, 1);
+    m_thumbnail = new Thumbnail(*m_model, this);
+    connect(m_thumbnail, &QAbstractButton::clicked, this, [this] { m_model->pressEdit(); });
+    column->addWidget(m_thumbnail, 1);
     column->addSpacing(look::space::small + 1);
     m_timeBar = new TimeBar(this);
     column->addWidget(m_timeBar);
@@ -186,7 +187,7 @@ SnippetPreviewCard::SnippetPreviewCard(std::shared_ptr<SnippetPreviewModel> mode
     dismiss->move(cardSize.width() - margin - 6 - dismiss->width(), margin + 6);
     dismiss->raise();
     connect(dismiss, &QAbstractButton::clicked, this, [this] { m_model->pressDismiss(); });
-    QWidget::setTabOrder(thumbnail, m_buttons.front());
+    QWidget::setTabOrder(m_thumbnail, m_buttons.front());
     QWidget::setTabOrder(m_buttons.back(), dismiss);
 
     connect(m_model.get(), &SnippetPreviewModel::changed, this, &SnippetPreviewCard::refresh);
@@ -251,6 +252,23 @@ void SnippetPreviewCard::enterEvent(QEnterEvent *event) {
 void SnippetPreviewCard::leaveEvent(QEvent *event) {
     m_model->setHovering(false);
     PanelSurface::leaveEvent(event);
+}
+
+void SnippetPreviewCard::keyPressEvent(QKeyEvent *event) {
+    if (event->key() == Qt::Key_Escape)
+        m_model->pressDismiss();
+    else
+        PanelSurface::keyPressEvent(event);
+}
+
+/// What its window is told of the keyboard comes to all that is in it.
+bool SnippetPreviewCard::event(QEvent *event) {
+    const bool hasKeyboard = event->type() == QEvent::WindowActivate;
+    if (hasKeyboard || event->type() == QEvent::WindowDeactivate)
+        m_model->setHoldingKeyboard(hasKeyboard);
+    if (hasKeyboard && (!window()->focusWidget() || window()->focusWidget() == m_thumbnail))
+        m_thumbnail->setFocus(Qt::TabFocusReason); // it is seen where the keys go
+    return PanelSurface::event(event);
 }
 
 } // namespace tavrine

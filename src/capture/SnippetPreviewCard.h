@@ -11,7 +11,8 @@ class PreviewActionButton;
 class SnippetPreviewModel;
 
 /// The card with a fresh capture: its picture, the time that it has left and what can be done with it. It shows its
-/// model and tells it of presses and of the pointer. The picture can be dragged into another program.
+/// model and tells it of presses, of the pointer and of the keyboard. The picture can be dragged into another program.
+/// In a window that takes the keyboard, Tab and the arrow keys go through it, Return presses and Escape dismisses.
 ///
 /// Main thread; owned by its window.
 class SnippetPreviewCard final : public look::PanelSurface {
@@ -23,6 +24,8 @@ public:
 protected:
     void enterEvent(QEnterEvent *event) override;
     void leaveEvent(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    bool event(QEvent *event) override;
 
 private:
     class DismissButton;
@@ -33,6 +36,7 @@ private:
     void refresh();
 
     std::shared_ptr<SnippetPreviewModel> m_model;
+    Thumbnail *m_thumbnail;
     TimeBar *m_timeBar;
     QWidget *m_row = nullptr;                     ///< of the buttons
     std::vector<PreviewActionButton *> m_buttons; ///< left to right

@@ -33,7 +33,7 @@ void SnippetPreviewModel::appear() {
 }
 
 void SnippetPreviewModel::tick() {
-    if (m_isHovering || m_isDragging || m_isAside || m_uploadButton->isBusy())
+    if (m_isHovering || m_isHoldingKeyboard || m_isDragging || m_isAside || m_uploadButton->isBusy())
         return;
     m_remaining = std::max(m_remaining - tickInterval.count(), 0.0);
     if (m_remaining < roundingError)

@@ -18,9 +18,9 @@ class Timer;
 ///
 /// Main thread. Lives as long as its card is on the screen, and through its fade; after `stop` it does nothing more.
 ///
-///  1. The countdown runs from `appear` on. It holds, and keeps what is left, while the pointer is over the card, the
-///     picture is being dragged out or made ready for an upload, or the card is set aside. An upload that has begun
-///     ends it for good; at 0 the card is dismissed.
+///  1. The countdown runs from `appear` on. It holds, and keeps what is left, while the pointer is over the card or
+///     the keyboard in it, the picture is being dragged out or made ready for an upload, or the card is set aside. An
+///     upload that has begun ends it for good; at 0 the card is dismissed.
 ///  2. The capture stands on the pasteboard before there is a card, so it counts as copied from the start, and nothing
 ///     takes that back.
 class SnippetPreviewModel : public QObject {
@@ -59,6 +59,7 @@ public:
 
     void appear();
     void setHovering(bool isHovering) { m_isHovering = isHovering; }
+    void setHoldingKeyboard(bool isHoldingKeyboard) { m_isHoldingKeyboard = isHoldingKeyboard; }
     void setDragging(bool isDragging) { m_isDragging = isDragging; }
     /// The card is off the screen for a while.
     void setAside(bool isAside) { m_isAside = isAside; }
@@ -90,6 +91,7 @@ private:
     double m_remaining = totalDuration.count();
     std::unique_ptr<Timer> m_timer;
     bool m_isHovering = false;
+    bool m_isHoldingKeyboard = false;
     bool m_isDragging = false;
     bool m_isAside = false;
     bool m_isCopied = true;

@@ -21,6 +21,7 @@ namespace startAction {
 inline constexpr QLatin1String clipboard("clipboard"); ///< as the hot key
 inline constexpr QLatin1String emoji("emoji");         ///< as the hot key
 inline constexpr QLatin1String capture("capture");     ///< as the hot key
+inline constexpr QLatin1String card("card");           ///< gives the card of a capture the keyboard
 inline constexpr QLatin1String record("record");       ///< as the hot key
 inline constexpr QLatin1String qrScan("qr-scan");
 inline constexpr QLatin1String color("color");
@@ -29,7 +30,7 @@ inline constexpr QLatin1String shelf("shelf"); ///< opens the shelf for the keyb
 /// One tap of Alt alone, told by a desktop that keeps the keyboard to itself. Two of them in time are a double tap.
 inline constexpr QLatin1String altTap("alt-tap");
 
-inline constexpr std::array all{clipboard, emoji, capture, record, qrScan, color, settings, shelf, altTap};
+inline constexpr std::array all{clipboard, emoji, capture, card, record, qrScan, color, settings, shelf, altTap};
 
 [[nodiscard]] inline bool isKnown(const QString &word) {
     return std::ranges::any_of(all, [&](QLatin1String each) { return word == each; });

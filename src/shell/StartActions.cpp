@@ -20,6 +20,8 @@ bool StartActions::run(const QString &action) {
         return openShelf();
     if (action == startAction::qrScan)
         m_tools.snipping().startQrScan();
+    else if (action == startAction::card)
+        m_tools.snipping().giveCardKeyboard();
     else if (action == startAction::color)
         m_tools.colorPicker().pickColor();
     else if (action == startAction::settings)

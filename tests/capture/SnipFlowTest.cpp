@@ -103,6 +103,44 @@ TEST_F(SnipFlowTest, theCardIsAFloatingPanelThatTakesNoKeyboard) {
     EXPECT_EQ(cardWindow().frame(), QRectF(18, 18, 340, 248));
 }
 
+TEST_F(SnipFlowTest, theCardTakesTheKeyboardWhenItIsAskedToAndKeepsItsTime) {
+    flow->giveCardKeyboard(); // there is none
+    EXPECT_EQ(windows.living(), 0);
+    show();
+    time.advance(3s);
+    flow->giveCardKeyboard();
+    lastWindow = flow->previewWindow();
+    EXPECT_TRUE(cardWindow().isKey());
+    EXPECT_EQ(cardWindow().frame(), QRectF(18, 18, 340, 248));
+    EXPECT_EQ(cardWindow().alpha(), 1.0);
+    EXPECT_NEAR(card().remaining(), 4.0, 1e-6);
+    time.runPending();
+    EXPECT_EQ(windows.living(), 1);
+    flow->giveCardKeyboard(); // again, from another window
+    EXPECT_EQ(flow->previewWindow(), lastWindow);
+    card().pressDismiss();
+    time.advance(160ms);
+    EXPECT_FALSE(flow->isPreviewShown());
+    EXPECT_EQ(windows.living(), 0);
+    EXPECT_EQ(windows.keyWindow(), nullptr);
+}
+
+TEST_F(SnipFlowTest, theCardWithTheKeyboardMakesRoomForACaptureAndGivesItsPlaceToTheNextCard) {
+    show();
+    flow->giveCardKeyboard();
+    lastWindow = flow->previewWindow();
+    flow->startCapture();
+    EXPECT_FALSE(cardWindow().isVisible());
+    time.advance(200ms);
+    tool(0).finish(1);
+    time.runPending();
+    EXPECT_TRUE(cardWindow().isKey());
+    show();
+    time.runPending();
+    EXPECT_EQ(windows.living(), 1);
+    EXPECT_FALSE(cardWindow().description().canBecomeKey);
+}
+
 TEST_F(SnipFlowTest, theCardGoesAfterSevenSecondsAndAFade) {
     show();
     time.advance(6999ms);

@@ -140,6 +140,41 @@ TEST_F(CardTest, thePointerOverTheCardHoldsTheCountdown) {
     EXPECT_FALSE(card().isHovering());
 }
 
+TEST_F(CardTest, theKeyboardInTheCardHoldsTheCountdownAndEscapeDismisses) {
+    makeCard();
+    time.advance(1s);
+    view->activateWindow();
+    ASSERT_TRUE(test::eventually([this] { return view->isActiveWindow(); }));
+    leave(); // the pointer has no part in it
+    time.advance(10s);
+    EXPECT_NEAR(card().remaining(), 6.0, 1e-6);
+    QEvent elsewhere(QEvent::WindowDeactivate);
+    QApplication::sendEvent(view.get(), &elsewhere);
+    time.advance(1s);
+    EXPECT_NEAR(card().remaining(), 5.0, 1e-6);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    EXPECT_FALSE(flow->isPreviewShown());
+}
+
+TEST_F(CardTest, whereTheKeysGoIsSeenFromTheFirstMomentAndReturnPresses) {
+    makeCard();
+    view->activateWindow();
+    ASSERT_TRUE(test::eventually([this] { return view->isActiveWindow(); }));
+    QWidget *first = QApplication::focusWidget();
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first->accessibleName(), text("Open in editor"));
+    const bool hasRing = std::ranges::any_of(view->findChildren<QWidget *>(), [](const QWidget *each) {
+        return each->isVisible() && each->inherits("tavrine::look::FocusRing");
+    });
+    EXPECT_TRUE(hasRing);
+    QTest::keyClick(view.get(), Qt::Key_Tab);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Right);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Right);
+    EXPECT_EQ(qobject_cast<QAbstractButton *>(QApplication::focusWidget())->text(), text("Save"));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_TRUE(flow->isSaveDialogShown());
+}
+
 TEST_F(CardTest, everyButtonIsReachedByTabAndHasAName) {
     configureUpload();
     makeCard();

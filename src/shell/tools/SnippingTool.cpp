@@ -75,6 +75,11 @@ void SnippingTool::startCapture() {
         m_snipper.startCapture();
 }
 
+void SnippingTool::giveCardKeyboard() {
+    if (SnipFlow *flow = m_flow.ifMade())
+        flow->giveCardKeyboard();
+}
+
 void SnippingTool::showPreviewCard(const ClipboardItem &item) {
     if (!item.imageFileName)
         return;

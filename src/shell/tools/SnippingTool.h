@@ -33,6 +33,8 @@ public:
     /// Straight into a capture, for who was in one already.
     void startCapture();
     void startQrScan();
+    /// Of the capture that has just been made; nothing where its card has gone.
+    void giveCardKeyboard();
 
     /// A capture that comes through the pasteboard instead of a file: the next picture of the history is it.
     void setWaitingForCapture(bool isWaiting) { m_isWaitingForCapture = isWaiting; }
