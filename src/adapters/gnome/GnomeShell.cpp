@@ -7,8 +7,10 @@
 #include <QDBusPendingReply>
 #include <QDBusUnixFileDescriptor>
 #include <QPointer>
+#include <QTimer>
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 
 namespace tavrine {
@@ -20,7 +22,7 @@ const auto shellName = QStringLiteral("org.gnome.Shell");
 const QString objectPath = u'/' + QString(ownBundleIdentifier).replace(u'.', u'/') + QStringLiteral("/Shell");
 const QString interfaceName = ownBundleIdentifier + QStringLiteral(".Shell");
 
-constexpr auto longestWait = 5s; // a shell that is busy answers late; nobody waits for it
+constexpr auto forever = std::chrono::milliseconds(std::numeric_limits<int>::max()); // as the bus spells it
 constexpr size_t mostWindows = 1024;
 constexpr size_t mostScreens = 64;
 
@@ -93,7 +95,7 @@ bool isLate(const QDBusPendingCall &call) {
 
 } // namespace
 
-GnomeShell::GnomeShell() {
+GnomeShell::GnomeShell(std::chrono::milliseconds patience) : m_patience(patience) {
     sessionBus::follow(this, [this](const QDBusConnection &bus) { onBus(bus); });
 }
 
@@ -138,24 +140,31 @@ void GnomeShell::onMonitorsChanged(const QDBusMessage &message) {
         askForMonitors();
 }
 
-void GnomeShell::askForMonitors() {
+/// Of the owner of the shell's name, for as long as it is that, until it answers: a shell that is busy, as at the
+/// login, may never say again that it is ready.
+void GnomeShell::askUntilAnswered(const QDBusMessage &call, const std::function<void(const QDBusMessage &)> &answered) {
     if (m_owner.isEmpty() || !m_bus)
         return;
     sessionBus::ask(
-        *m_bus, mutterMonitors::question(m_owner), this,
-        [this, owner = m_owner](const QDBusPendingCall &call) {
+        *m_bus, call, this,
+        [this, call, answered, owner = m_owner](const QDBusPendingCall &pending) {
             if (owner != m_owner)
                 return;
-            if (call.isError()) { // what is known stands until a busy shell answers
-                if (isLate(call))
-                    askForMonitors();
-                return;
-            }
-            const auto monitors = mutterMonitors::read(call.reply());
-            if (std::exchange(m_monitors, monitors) != monitors)
-                Q_EMIT monitorsChanged();
+            if (!pending.isError())
+                answered(pending.reply());
+            else if (isLate(pending))
+                askUntilAnswered(call, answered);
         },
-        longestWait);
+        m_patience);
+}
+
+/// What is known stands until they are told.
+void GnomeShell::askForMonitors() {
+    askUntilAnswered(mutterMonitors::question(m_owner), [this](const QDBusMessage &answer) {
+        const auto monitors = mutterMonitors::read(answer);
+        if (std::exchange(m_monitors, monitors) != monitors)
+            Q_EMIT monitorsChanged();
+    });
 }
 
 double GnomeShell::finenessAt(QPoint corner) const {
@@ -164,19 +173,8 @@ double GnomeShell::finenessAt(QPoint corner) const {
 }
 
 void GnomeShell::attach() {
-    if (m_owner.isEmpty() || !m_bus)
-        return;
-    sessionBus::ask(
-        *m_bus, callOf(m_owner, QStringLiteral("Attach"), {}), this,
-        [this, owner = m_owner](const QDBusPendingCall &call) {
-            if (owner != m_owner)
-                return;
-            if (!call.isError())
-                takeAttached(call.reply().arguments());
-            else if (isLate(call)) // a shell that is busy, as at the login, may never say again that it is ready
-                attach();
-        },
-        longestWait);
+    askUntilAnswered(callOf(m_owner, QStringLiteral("Attach"), {}),
+                     [this](const QDBusMessage &answer) { takeAttached(answer.arguments()); });
 }
 
 void GnomeShell::takeAttached(const QList<QVariant> &arguments) {
@@ -239,15 +237,27 @@ void GnomeShell::ask(const QString &method, const QList<QVariant> &arguments, QO
             if (answered)
                 answered(call);
         },
-        longestWait);
+        m_patience);
 }
 
 void GnomeShell::grabKey(const QString &accelerator, QObject *context, std::function<void(quint32)> answered) {
-    if (m_isAttached)
-        ask(QStringLiteral("GrabKey"), {accelerator}, context,
-            [answered = std::move(answered)](const QDBusPendingReply<quint32> &reply) {
-                answered(reply.isError() ? 0 : reply.value());
-            });
+    if (!m_isAttached)
+        return;
+    auto *const patience = new QTimer(context);
+    patience->setSingleShot(true);
+    connect(patience, &QTimer::timeout, context, [answered] { answered(0); });
+    patience->start(m_patience);
+    // The bus would throw away what comes later, and the shell hold a key that nobody knows of.
+    sessionBus::ask(
+        *m_bus, callOf(m_owner, QStringLiteral("GrabKey"), {accelerator}), context,
+        [patience, answered = std::move(answered)](const QDBusPendingReply<quint32> &reply) {
+            const bool isLate = !patience->isActive();
+            patience->deleteLater();
+            const quint32 action = reply.isError() ? 0 : reply.value();
+            if (!isLate || action != 0)
+                answered(action);
+        },
+        forever);
 }
 
 void GnomeShell::ungrabKey(quint32 action) {

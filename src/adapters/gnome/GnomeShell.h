@@ -68,7 +68,10 @@ class GnomeShell final : public QObject {
     Q_OBJECT
 
 public:
-    GnomeShell();
+    /// A shell that is busy answers late; nobody waits for it.
+    static constexpr std::chrono::seconds usualPatience{5};
+
+    explicit GnomeShell(std::chrono::milliseconds patience = usualPatience);
 
     [[nodiscard]] bool isAttached() const { return m_isAttached; }
     /// In the order in which they came.
@@ -80,7 +83,8 @@ public:
     /// How many pixels the screen that begins there on the X server's plane has for one of that plane's.
     [[nodiscard]] double finenessAt(QPoint corner) const;
 
-    /// `answered` gets the number of the grab: 0 when the combination is taken or the shell does not answer.
+    /// `answered` gets the number of the grab: 0 when the combination is taken or the shell does not answer in time. A
+    /// shell that answers after that has the grab all the same: `answered` is called once more, with its number.
     void grabKey(const QString &accelerator, QObject *context, std::function<void(quint32)> answered);
     void ungrabKey(quint32 action);
     void activateWindow(quint32 number);
@@ -111,6 +115,7 @@ private Q_SLOTS:
 private:
     void onBus(const QDBusConnection &bus);
     void setOwner(const QString &owner);
+    void askUntilAnswered(const QDBusMessage &call, const std::function<void(const QDBusMessage &)> &answered);
     void askForMonitors();
     void attach();
     void detach();
@@ -119,6 +124,7 @@ private:
     void ask(const QString &method, const QList<QVariant> &arguments, QObject *context,
              std::function<void(const QDBusPendingCall &)> answered = {});
 
+    const std::chrono::milliseconds m_patience;
     std::optional<QDBusConnection> m_bus; ///< once one is open
     QString m_owner;                      ///< of the shell's name
     std::vector<GnomeWindow> m_windows;
