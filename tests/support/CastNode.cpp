@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
+#include <fcntl.h>
 #include <pipewire/pipewire.h>
 #include <spa/param/video/format-utils.h>
 #include <sys/mman.h>
@@ -76,15 +78,19 @@ struct CastNode::Parts {
         const bool isFirst = made++ == 0;
         data.type = SPA_DATA_MemFd;
         data.flags = SPA_DATA_FLAG_READWRITE;
-        data.fd = ::memfd_create("cast", MFD_CLOEXEC);
+        data.fd = ::memfd_create("cast", MFD_CLOEXEC | MFD_ALLOW_SEALING);
         data.mapoffset = 0;
         data.maxsize = pictureBytes();
         (void)!::ftruncate(static_cast<int>(data.fd), really(isFirst));
+        if (offer.isSealed)
+            ::fcntl(static_cast<int>(data.fd), F_ADD_SEALS, F_SEAL_GROW | F_SEAL_SHRINK | F_SEAL_SEAL);
+        files.push_back(static_cast<int>(data.fd));
         data.data = ::mmap(nullptr, data.maxsize, PROT_READ | PROT_WRITE, MAP_SHARED, static_cast<int>(data.fd), 0);
         buffer.user_data = isFirst ? this : nullptr;
     }
-    static void removeBuffer(pw_buffer &buffer) {
+    void removeBuffer(pw_buffer &buffer) {
         const spa_data &data = buffer.buffer->datas[0];
+        std::erase(files, static_cast<int>(data.fd));
         ::munmap(data.data, data.maxsize);
         ::close(static_cast<int>(data.fd));
     }
@@ -110,10 +116,17 @@ struct CastNode::Parts {
         if (isDue && give({}))
             isDue = false;
     }
+    void begin() {
+        beats = 0;
+        ++looks;
+        if (offer.stillFrom > 0 && looks >= offer.stillFrom)
+            isDue = true;
+        giveWhatIsDue();
+    }
     /// Again and again: what stands in line goes out, and buffers that were let go come back.
     void beat() {
         giveWhatIsDue();
-        if (pw_stream_get_state(stream, nullptr) != PW_STREAM_STATE_STREAMING)
+        if (pw_stream_get_state(stream, nullptr) != PW_STREAM_STATE_STREAMING || offer.stillFrom > 0)
             return;
         if (offer.repeatsFirst && beats++ < mostRepeats)
             isDue = true;
@@ -123,8 +136,10 @@ struct CastNode::Parts {
     const Offer offer;
     QImage picture;
     bool isDue = false;
-    int made = 0;  ///< buffers
-    int beats = 0; ///< since somebody looks
+    int made = 0;           ///< buffers
+    int beats = 0;          ///< since somebody looks
+    int looks = 0;          ///< that were begun
+    std::vector<int> files; ///< of the buffers
     pw_thread_loop *loop = nullptr;
     pw_context *context = nullptr;
     pw_core *core = nullptr;
@@ -143,12 +158,16 @@ CastNode::CastNode(const Offer &offer) : m_parts(std::make_unique<Parts>(offer))
     static const pw_stream_events events = [] {
         pw_stream_events made{};
         made.version = PW_VERSION_STREAM_EVENTS;
+        made.state_changed = [](void *self, pw_stream_state /*before*/, pw_stream_state state, const char * /*error*/) {
+            if (state == PW_STREAM_STATE_STREAMING)
+                static_cast<Parts *>(self)->begin();
+        };
         made.param_changed = [](void *self, std::uint32_t id, const spa_pod *param) {
             if (param && id == SPA_PARAM_Format)
                 static_cast<Parts *>(self)->tellBuffers();
         };
         made.add_buffer = [](void *self, pw_buffer *buffer) { static_cast<Parts *>(self)->addBuffer(*buffer); };
-        made.remove_buffer = [](void *, pw_buffer *buffer) { Parts::removeBuffer(*buffer); };
+        made.remove_buffer = [](void *self, pw_buffer *buffer) { static_cast<Parts *>(self)->removeBuffer(*buffer); };
         return made;
     }();
     pw_stream_add_listener(parts.stream, &parts.hook, &events, &parts);
@@ -225,6 +244,14 @@ bool CastNode::give(const Said &said) {
     const bool isGiven = m_parts->give(said);
     pw_thread_loop_unlock(m_parts->loop);
     return isGiven;
+}
+
+bool CastNode::takeMemoryAway() {
+    pw_thread_loop_lock(m_parts->loop);
+    m_parts->isDue = false; // nobody paints there any more
+    const bool isTaken = std::ranges::all_of(m_parts->files, [](int file) { return ::ftruncate(file, 0) == 0; });
+    pw_thread_loop_unlock(m_parts->loop);
+    return isTaken;
 }
 
 void CastNode::resize(QSize size) {

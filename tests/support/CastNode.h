@@ -23,8 +23,10 @@ public:
         QSize size{64, 48};
         Colours colours = Colours::blueFirst;
         Memory memory = Memory::mapped;
+        int stillFrom = 0;         ///< gives one picture by itself whenever somebody begins to look, from that time on
         bool repeatsFirst = false; ///< a first picture that comes before PipeWire runs on both sides is lost
         int memoryBytes = -1;      ///< that much memory is really there in all buffers but the first; all for -1
+        bool isSealed = true;      ///< none of it can be taken away again
     };
     /// What is told of where a picture lies. Its size in bytes and its lines are right unless told otherwise.
     struct Said {
@@ -50,6 +52,8 @@ public:
     void hide(std::uint32_t colour);
     /// Gives the picture at once with other words about it. False when all buffers are with who looks, or nobody does.
     [[nodiscard]] bool give(const Said &said);
+    /// Takes all memory away from the pictures, those that were given too. False when it is sealed.
+    [[nodiscard]] bool takeMemoryAway();
     /// From now on pictures are of that size.
     void resize(QSize size);
 

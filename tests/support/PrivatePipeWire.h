@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/PrivateBus.h"
+
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -9,7 +11,8 @@
 
 namespace tavrine::test {
 
-/// A PipeWire of the test's own and who links its nodes. Until it goes, whoever asks for one finds it and no other.
+/// A PipeWire of the test's own and who links its nodes, which needs a session bus or ends at once. Until it goes,
+/// whoever asks for one finds it and no other.
 class PrivatePipeWire {
 public:
     PrivatePipeWire() : m_before(qgetenv("XDG_RUNTIME_DIR")) {
@@ -17,6 +20,9 @@ public:
         start(m_server, QStringLiteral("pipewire"));
         for (int i = 0; i < 2000 && !QFile::exists(socket()); ++i)
             QThread::msleep(5);
+        auto environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), m_bus.address());
+        m_manager.setProcessEnvironment(environment);
         start(m_manager, QStringLiteral("wireplumber"));
     }
     ~PrivatePipeWire() {
@@ -44,6 +50,7 @@ private:
         process.waitForStarted();
     }
 
+    const PrivateBus m_bus;
     const QByteArray m_before;
     QTemporaryDir m_folder;
     QProcess m_server;

@@ -5,9 +5,11 @@
 #include <mutex>
 #include <utility>
 
+#include <fcntl.h>
 #include <pipewire/pipewire.h>
 #include <spa/param/video/format-utils.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace tavrine {
 namespace {
@@ -45,6 +47,14 @@ const spa_pod *acceptedBuffers(spa_pod_builder &builder) {
         SPA_POD_CHOICE_FLAGS_Int((1 << SPA_DATA_MemFd) | (1 << SPA_DATA_MemPtr))));
 }
 
+/// No file is below it, or one that nobody can shorten any more. Compositors seal theirs.
+bool cannotShrink(const spa_data &data) {
+    if (data.type != SPA_DATA_MemFd)
+        return true;
+    const int seals = ::fcntl(static_cast<int>(data.fd), F_GET_SEALS);
+    return seals >= 0 && (seals & F_SEAL_SHRINK) != 0;
+}
+
 /// Memory that is mapped beyond the end of its file must not be touched.
 std::int64_t roomIn(const spa_data &data) {
     struct stat file {};
@@ -67,6 +77,8 @@ struct CastEvents {
         if (state == PW_STREAM_STATE_ERROR || state == PW_STREAM_STATE_UNCONNECTED)
             reader->m_lost = QStringLiteral("The desktop has ended its pictures: ") +
                              QString::fromUtf8(error ? error : "it said nothing more.");
+        if (state == PW_STREAM_STATE_PAUSED && std::exchange(reader->m_looksAway, false))
+            pw_stream_set_active(reader->m_stream, true);
     }
     static void formatChanged(void *self, std::uint32_t id, const spa_pod *format) {
         if (format && id == SPA_PARAM_Format)
@@ -184,6 +196,7 @@ std::optional<CastLines> CastReader::linesOf(const pw_buffer &buffer) const {
 
 void CastReader::take() {
     while (pw_buffer *const next = pw_stream_dequeue_buffer(m_stream)) {
+        const bool isSealed = next->buffer->n_datas > 0 && cannotShrink(next->buffer->datas[0]); // before its length
         const auto lines = linesOf(*next);
         if (!lines) {
             pw_stream_queue_buffer(m_stream, next);
@@ -192,14 +205,26 @@ void CastReader::take() {
         letGo();
         m_picture = next;
         m_lines = *lines;
+        m_cannotShrink = isSealed;
     }
 }
 
-void CastReader::readLine(int y, int from, int count, std::uint32_t *into) const {
+/// Of the memory of the picture. A mapping whose file was shortened ends who reads it, so that a file which can be is
+/// read as such: what it has no more is black.
+void CastReader::copyBytes(std::int64_t from, std::size_t count, void *into) const {
     const spa_data &data = m_picture->buffer->datas[0];
-    const auto *const line = static_cast<const std::uint8_t *>(data.data) + m_lines.offset +
-                             std::ptrdiff_t{m_lines.stride} * y + std::ptrdiff_t{from} * bytesPerPixel;
-    std::memcpy(into, line, static_cast<std::size_t>(count) * bytesPerPixel);
+    if (m_cannotShrink) {
+        std::memcpy(into, static_cast<const std::uint8_t *>(data.data) + from, count);
+        return;
+    }
+    const ssize_t got = ::pread(static_cast<int>(data.fd), into, count, std::int64_t{data.mapoffset} + from);
+    const std::size_t there = std::max<ssize_t>(got, 0);
+    std::memset(static_cast<std::uint8_t *>(into) + there, 0, count - there);
+}
+
+void CastReader::readLine(int y, int from, int count, std::uint32_t *into) const {
+    copyBytes(m_lines.offset + std::int64_t{m_lines.stride} * y + std::int64_t{from} * bytesPerPixel,
+              static_cast<std::size_t>(count) * bytesPerPixel, into);
     constexpr std::uint32_t noMeaning = 0xff000000U;
     std::transform(into, into + count, into, [isRedFirst = m_isRedFirst](std::uint32_t pixel) {
         return noMeaning | (isRedFirst ? (pixel & 0xff00U) | (pixel & 0xffU) << 16 | (pixel >> 16 & 0xffU) : pixel);
@@ -209,6 +234,13 @@ void CastReader::readLine(int y, int from, int count, std::uint32_t *into) const
 void CastReader::letGo() {
     if (m_picture)
         pw_stream_queue_buffer(m_stream, std::exchange(m_picture, nullptr));
+}
+
+void CastReader::lookAgain() {
+    if (!m_stream || m_looksAway || pw_stream_get_state(m_stream, nullptr) != PW_STREAM_STATE_STREAMING)
+        return;
+    m_looksAway = true; // until PipeWire has stopped
+    pw_stream_set_active(m_stream, false);
 }
 
 } // namespace tavrine

@@ -45,12 +45,16 @@ public:
     void readLine(int y, int from, int count, std::uint32_t *into) const;
     /// The compositor may have its memory back.
     void letGo();
+    /// Looks away for a moment: compositors give their picture to who begins to look. For when none has come, as what
+    /// is given before PipeWire runs on both sides is lost, and a still screen gives no other.
+    void lookAgain();
 
 private:
     friend struct CastEvents;
     void agreeOn(const spa_pod *format);
     void take();
     [[nodiscard]] std::optional<CastLines> linesOf(const pw_buffer &buffer) const;
+    void copyBytes(std::int64_t from, std::size_t count, void *into) const;
 
     pw_loop *m_loop = nullptr;
     pw_context *m_context = nullptr;
@@ -59,9 +63,11 @@ private:
     struct Hook;
     std::unique_ptr<Hook> m_hook;
     pw_buffer *m_picture = nullptr;
-    CastLines m_lines; ///< of that picture
+    CastLines m_lines;           ///< of that picture
+    bool m_cannotShrink = false; ///< its memory cannot end before its lines do
     QSize m_size;
     bool m_isRedFirst = false;
+    bool m_looksAway = false;
     std::optional<QString> m_lost;
 };
 

@@ -13,6 +13,8 @@ using Clock = std::chrono::steady_clock; // CLOCK_MONOTONIC
 
 /// A compositor that casts has given its first picture long before.
 constexpr MediaTime longestStart = 10s;
+/// Of one that has no time each pause is twice as long as the one before.
+constexpr MediaTime untilLookingAgain = 300ms;
 
 MediaTime now() {
     return Clock::now().time_since_epoch();
@@ -38,13 +40,24 @@ std::optional<QString> CastStreamLoop::open() {
         return QStringLiteral("There is no memory for pictures of that size.");
     if (auto error = m_reader.open(cast.node, std::move(cast.remote)))
         return error;
+    return awaitPicture();
+}
+
+std::optional<QString> CastStreamLoop::awaitPicture() {
     const MediaTime end = now() + longestStart;
+    MediaTime pause = untilLookingAgain;
+    MediaTime next = now() + pause;
     while (!m_reader.hasPicture() && !m_session.isOver()) {
         if (auto error = trouble())
             return error;
         if (now() > end)
             return QStringLiteral("The desktop gives no picture of its screen.");
-        sleepUntil(end);
+        if (now() > next) {
+            m_reader.lookAgain();
+            pause *= 2;
+            next = now() + pause;
+        }
+        sleepUntil(std::min(next, end));
     }
     return m_reader.hasPicture() ? trouble() : std::optional(QStringLiteral("The stream was stopped before it began."));
 }

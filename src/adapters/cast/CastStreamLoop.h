@@ -21,6 +21,7 @@ public:
     std::optional<QString> run() override;
 
 private:
+    [[nodiscard]] std::optional<QString> awaitPicture();
     [[nodiscard]] std::optional<QString> trouble();
     [[nodiscard]] bool hasArea();
     void look();

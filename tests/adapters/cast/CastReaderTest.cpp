@@ -96,9 +96,10 @@ protected:
     std::optional<CastReader> reader{std::in_place};
 };
 
-TEST_F(CastReading, aPictureComesAsItWasPaintedInEitherOrderOfItsColours) {
-    for (const auto colours : {CastNode::Colours::blueFirst, CastNode::Colours::redFirst}) {
-        CastNode node({.colours = colours});
+TEST_F(CastReading, aPictureComesAsItWasPaintedInEitherOrderOfItsColoursAndEitherKindOfMemory) {
+    for (const bool isRedFirst : {false, true}) {
+        CastNode node({.colours = isRedFirst ? CastNode::Colours::redFirst : CastNode::Colours::blueFirst,
+                       .isSealed = isRedFirst});
         reader.emplace();
         ASSERT_NO_FATAL_FAILURE(open(node, 0xff102030));
         node.paint({1, 5, 3, 1}, 0xffc0b0a0);
@@ -137,6 +138,21 @@ TEST_F(CastReading, memoryThatEndsBeforeWhatIsToldOfItIsNotRead) {
     ASSERT_NO_FATAL_FAILURE(open(node, 0xff445566));
     node.hide(0xff123456);
     ASSERT_NO_FATAL_FAILURE(expectRefused(node, {}));
+}
+
+TEST_F(CastReading, memoryThatIsTakenAwayWhileItIsReadIsBlack) {
+    CastNode node({.isSealed = false});
+    ASSERT_NO_FATAL_FAILURE(open(node, 0xff445566));
+    ASSERT_TRUE(node.takeMemoryAway());
+    EXPECT_EQ(pixels(47), (std::array{0xff000000U, 0xff000000U, 0xff000000U}));
+    EXPECT_EQ(reader->lost(), std::nullopt);
+}
+
+TEST_F(CastReading, memoryThatIsSealedStays) {
+    CastNode node({.isSealed = true});
+    ASSERT_NO_FATAL_FAILURE(open(node, 0xff445566));
+    ASSERT_FALSE(node.takeMemoryAway());
+    EXPECT_EQ(pixels(47), (std::array{0xff445566U, 0xff445566U, 0xff445566U}));
 }
 
 TEST_F(CastReading, memoryOfTheGraphicsCardIsLeftForMemoryThatCanBeRead) {

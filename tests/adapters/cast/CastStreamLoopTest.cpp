@@ -148,6 +148,18 @@ TEST_F(CastStream, isStoppedWhileItWaitsForItsFirstPicture) {
     EXPECT_EQ(log.count(), 0U);
 }
 
+/// Whose one picture was lost because PipeWire did not run on both sides yet.
+TEST_F(CastStream, beginsOnAScreenThatStandsStillAndGivesItsPictureToWhoBeginsToLook) {
+    CastNode node({.size = pictures, .stillFrom = 3});
+    node.hide(0xff102030);
+    start(node.number());
+    ASSERT_TRUE(waitUntil([&] { return answer && log.count() > 0; }));
+    EXPECT_EQ(*answer, QString());
+    EXPECT_EQ(log.last().picture.pixel(3, 3), 0xff102030);
+    node.paint(0xff405060);
+    EXPECT_TRUE(waitUntil([&] { return log.last().picture.pixel(3, 3) == 0xff405060; }));
+}
+
 TEST_F(CastStream, doesNotBeginWithoutANode) {
     start(4711);
     ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
