@@ -34,11 +34,12 @@ public:
         uint questions = 0; ///< that the person saw
         uint open = 0;      ///< sessions
         QString token;      ///< that the last session was begun with
+        uint closed = 0;    ///< requests, by who had made them, while they stood
     };
     [[nodiscard]] State state() const {
         const auto values = call("State").arguments();
         return {values.value(0).toUInt(), values.value(1).toUInt(), values.value(2).toUInt(),
-                values.value(3).toString()};
+                values.value(3).toString(), values.value(4).toUInt()};
     }
     QDBusMessage call(const char *method, const QVariantList &arguments = {}) const {
         auto message = QDBusMessage::createMethodCall(name(), QStringLiteral("/org/freedesktop/portal/desktop"),

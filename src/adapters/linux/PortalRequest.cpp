@@ -42,23 +42,31 @@ PortalRequest::PortalRequest(const QDBusConnection &bus, QDBusMessage message, Q
     // Before the question: the answer may come at once.
     const QString token = newToken();
     const QString sender = bus.baseService().mid(1).replace(u'.', u'_');
-    const QString handle = QStringLiteral("%1/request/%2/%3").arg(path, sender, token);
-    listenAt(handle);
+    listenAt(QStringLiteral("%1/request/%2/%3").arg(path, sender, token));
     options.insert(QStringLiteral("handle_token"), token);
     message << options;
     const auto longest = std::chrono::milliseconds(firstAnswer).count();
     const auto *const reply = new QDBusPendingCallWatcher(m_bus.asyncCall(message, static_cast<int>(longest)), this);
-    connect(reply, &QDBusPendingCallWatcher::finished, this, [this, handle](QDBusPendingCallWatcher *finished) {
+    connect(reply, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher *finished) {
         finished->deleteLater();
         if (finished->isError())
             return responded(failure, {});
         const auto given = finished->reply().arguments().value(0).value<QDBusObjectPath>().path();
-        if (given != handle && !given.isEmpty())
+        if (given != m_handle && !given.isEmpty())
             listenAt(given); // as early portals name it
     });
 }
 
+PortalRequest::~PortalRequest() {
+    if (!m_answered)
+        return;
+    auto close = QDBusMessage::createMethodCall(service, m_handle, requestInterface, QStringLiteral("Close"));
+    close.setAutoStartService(false);
+    m_bus.send(close);
+}
+
 void PortalRequest::listenAt(const QString &handle) {
+    m_handle = handle;
     // Of any sender, else the toolkit asks who has the name, and waits.
     m_bus.connect(QString(), handle, requestInterface, QStringLiteral("Response"), this,
                   SLOT(responded(uint, QVariantMap)));

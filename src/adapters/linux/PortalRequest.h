@@ -21,7 +21,7 @@ struct PortalAnswer {
 };
 
 /// One question to a desktop portal, which may show the person a dialog and so answers when it likes. Lives on a thread
-/// with an event loop; with the object goes the interest in the answer.
+/// with an event loop; with the object goes the interest in the answer, and a dialog that still asks for it.
 class PortalRequest final : public QObject {
     Q_OBJECT
 
@@ -43,6 +43,7 @@ public:
     /// `arguments` go before the options, to which the request adds its handle.
     PortalRequest(const QDBusConnection &bus, QDBusMessage message, QVariantMap options, Answered answered,
                   QObject *parent);
+    ~PortalRequest() override;
 
 private Q_SLOTS:
     void responded(uint response, const QVariantMap &results);
@@ -51,7 +52,8 @@ private:
     void listenAt(const QString &handle);
 
     QDBusConnection m_bus;
-    Answered m_answered;
+    Answered m_answered; ///< none once it was told
+    QString m_handle;    ///< of the request, at the portal
 };
 
 } // namespace tavrine

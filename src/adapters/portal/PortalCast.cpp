@@ -131,7 +131,9 @@ PortalCast::Result PortalCast::begin(const StreamPlan &plan, const QString &toke
     closeSession();
     const auto made = ask(QStringLiteral("CreateSession"), {},
                           {{QStringLiteral("session_handle_token"), PortalRequest::newToken()}}, m_patience.answer);
-    m_session = made.results.value(QStringLiteral("session_handle")).toString();
+    if (!made)
+        return Result::unanswered;
+    m_session = made->results.value(QStringLiteral("session_handle")).toString();
     if (m_session.isEmpty())
         return Result::failed;
     m_end = new SessionEnd;
@@ -149,14 +151,19 @@ PortalCast::Result PortalCast::begin(const StreamPlan &plan, const QString &toke
         wanted[QStringLiteral("cursor_mode")] = pointer;
     if (!token.isEmpty())
         wanted[QStringLiteral("restore_token")] = token;
-    if (ask(QStringLiteral("SelectSources"), {path}, wanted, m_patience.answer).outcome != PortalAnswer::Outcome::given)
+    const auto selected = ask(QStringLiteral("SelectSources"), {path}, wanted, m_patience.answer);
+    if (!selected)
+        return Result::unanswered;
+    if (selected->outcome != PortalAnswer::Outcome::given)
         return Result::failed;
     const auto started = ask(QStringLiteral("Start"), {path, QString()}, {}, m_patience.choice);
-    if (started.outcome == PortalAnswer::Outcome::refused)
+    if (!started)
+        return Result::unanswered;
+    if (started->outcome == PortalAnswer::Outcome::refused)
         return Result::refused;
-    if (started.outcome != PortalAnswer::Outcome::given || !find(started.results.value(QStringLiteral("streams"))))
+    if (started->outcome != PortalAnswer::Outcome::given || !find(started->results.value(QStringLiteral("streams"))))
         return Result::failed;
-    m_tokens.set(m_screen.name, started.results.value(QStringLiteral("restore_token")).toString());
+    m_tokens.set(m_screen.name, started->results.value(QStringLiteral("restore_token")).toString());
     return Result::shown;
 }
 
@@ -172,16 +179,17 @@ bool PortalCast::find(const QVariant &streams) {
     return true;
 }
 
-PortalAnswer PortalCast::ask(const QString &method, const QVariantList &arguments, const QVariantMap &options,
-                             StreamBus::Wait longest) {
+std::optional<PortalAnswer> PortalCast::ask(const QString &method, const QVariantList &arguments,
+                                            const QVariantMap &options, StreamBus::Wait longest) {
     std::optional<PortalAnswer> answer;
     QDBusMessage question = PortalRequest::message(interface, method);
     question.setArguments(arguments);
     const PortalRequest request(
         m_bus->connection(), question, options, [&answer](const PortalAnswer &given) { answer = given; }, nullptr);
     const auto isOver = [&] { return answer || (m_end && m_end->hasCome()); };
-    static_cast<void>(m_bus->waitUntil(isOver, longest, m_end ? m_end->descriptor() : -1));
-    return answer.value_or(PortalAnswer());
+    if (m_bus->waitUntil(isOver, longest, m_end ? m_end->descriptor() : -1) && !answer)
+        return PortalAnswer(); // the desktop has ended the session
+    return answer;
 }
 
 uint PortalCast::property(const char *name) {

@@ -17,8 +17,9 @@ struct PortalScreen {
 };
 
 /// A screen that the person shows by the ScreenCast portal, which asks for it: once, where it gives a token for the
-/// next time. A token that it does not take, or that is for another screen, leads to one more question. Over a
-/// connection of its own to the session bus: the cast, and a question that stands, end with that.
+/// next time. A token that it does not take, or that is for another screen, leads to one more question; one that nobody
+/// answers to none. Over a connection of its own to the session bus: the cast, and a question that stands, end with
+/// that.
 class PortalCast final : public CastSource {
 public:
     struct Patience {
@@ -37,11 +38,12 @@ public:
     [[nodiscard]] std::optional<QString> lost() override;
 
 private:
-    enum class Result { shown, refused, failed };
+    enum class Result { shown, refused, unanswered, failed };
     class SessionEnd;
 
-    [[nodiscard]] PortalAnswer ask(const QString &method, const QVariantList &arguments, const QVariantMap &options,
-                                   StreamBus::Wait longest);
+    /// None where it was given up.
+    [[nodiscard]] std::optional<PortalAnswer> ask(const QString &method, const QVariantList &arguments,
+                                                  const QVariantMap &options, StreamBus::Wait longest);
     [[nodiscard]] uint property(const char *name);
     [[nodiscard]] Result begin(const StreamPlan &plan, const QString &token);
     void closeSession();

@@ -177,8 +177,19 @@ TEST_F(PortalCasting, aPortalThatNeverAnswersIsGivenUp) {
     desk.portal.call("Answer", {QStringLiteral("never")});
     desk.portalStreams.patience.choice = 100ms;
     EXPECT_NE(start(), QString());
+    EXPECT_TRUE(desk.eventually([this] { return desk.portal.state().closed == 1; })); // its dialog goes
     stream.reset();
     EXPECT_TRUE(desk.eventually([this] { return desk.portal.state().open == 0; }));
+}
+
+TEST_F(PortalCasting, aQuestionThatNobodyAnswersIsNotAskedAgainWithoutItsToken) {
+    ASSERT_EQ(start(), QString());
+    EXPECT_EQ(desk.portal.state().closed, 0U);
+    desk.portal.call("Answer", {QStringLiteral("never")});
+    desk.portalStreams.patience.choice = 100ms;
+    EXPECT_NE(startAgain(), QString());
+    EXPECT_EQ(desk.portal.state().sessions, 2U);
+    EXPECT_EQ(desk.portal.state().token, QStringLiteral("token-1"));
 }
 
 TEST_F(PortalCasting, aStopIsHeardWhileThePersonIsAsked) {
@@ -190,6 +201,7 @@ TEST_F(PortalCasting, aStopIsHeardWhileThePersonIsAsked) {
     ASSERT_TRUE(desk.eventually([this] { return desk.portal.state().questions == 1; }));
     stream.reset();
     EXPECT_TRUE(desk.eventually([this] { return desk.portal.state().open == 0; }));
+    EXPECT_EQ(desk.portal.state().closed, 1U);
 }
 
 TEST_F(PortalCasting, aSessionThatTheDesktopClosesEndsTheStreamAndWhatItHasGivenStays) {
