@@ -3,6 +3,7 @@
 
 #include "support/Eventually.h"
 #include "support/OpeningCast.h"
+#include "support/PlayedGnome.h"
 
 #include <gtest/gtest.h>
 
@@ -11,37 +12,20 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// It never answers.
-class PlayedMutter : public QObject {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.gnome.Mutter.DisplayConfig")
-
-public:
-    PlayedMutter() {
-        m_bus.registerObject(QStringLiteral("/org/gnome/Mutter/DisplayConfig"), this, QDBusConnection::ExportAllSlots);
-        m_bus.registerService(QStringLiteral("org.gnome.Mutter.ScreenCast"));
-    }
-    ~PlayedMutter() override { QDBusConnection::disconnectFromBus(QStringLiteral("played-mutter")); }
-    int asked = 0;
-
-public Q_SLOTS:
-    void GetCurrentState(const QDBusMessage &call) {
-        ++asked;
-        call.setDelayedReply(true);
-    }
-
-private:
-    QDBusConnection m_bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("played-mutter"));
-};
+const auto monitors = QStringLiteral("GetCurrentState");
+const auto record = QStringLiteral("RecordArea");
+const auto start = QStringLiteral("Start");
 
 std::unique_ptr<MutterCast> castOf(StreamBus::Wait longestAnswer) {
     return std::make_unique<MutterCast>(QRect(0, 0, 200, 100), 1, longestAnswer);
 }
 
 TEST(MutterCast, hearsAStopWhileTheCompositorDoesNotAnswer) {
-    PlayedMutter mutter;
+    PlayedGnome mutter;
+    mutter.kept = {monitors};
+    mutter.appear();
     OpeningCast opening([] { return castOf(1h); });
-    ASSERT_TRUE(eventually([&] { return mutter.asked == 1; }));
+    ASSERT_TRUE(eventually([&] { return mutter.asked(monitors) == 1; }));
     EXPECT_FALSE(opening.hasReturned());
     opening.stop();
     EXPECT_TRUE(eventually([&] { return opening.hasReturned(); }));
@@ -49,13 +33,45 @@ TEST(MutterCast, hearsAStopWhileTheCompositorDoesNotAnswer) {
 }
 
 TEST(MutterCast, givesUpOnACompositorThatNeverAnswers) {
-    PlayedMutter mutter;
+    PlayedGnome mutter;
+    mutter.kept = {monitors};
+    mutter.appear();
     const OpeningCast opening([] { return castOf(50ms); });
     EXPECT_TRUE(eventually([&] { return opening.hasReturned(); }));
     EXPECT_TRUE(opening.isRefused());
 }
 
+void tellNode(PlayedGnome &mutter) {
+    mutter.tell(QStringLiteral("/played/stream"), QStringLiteral("org.gnome.Mutter.ScreenCast.Stream"),
+                QStringLiteral("PipeWireStreamAdded"), {42U});
+}
+
+TEST(MutterCast, isOpenOnceTheCompositorTellsItsNode) {
+    PlayedGnome mutter;
+    mutter.appear();
+    const OpeningCast opening([] { return castOf(1h); });
+    ASSERT_TRUE(eventually([&] { return mutter.asked(start) == 1; }));
+    letPass(50ms);
+    EXPECT_FALSE(opening.hasReturned());
+    tellNode(mutter);
+    EXPECT_TRUE(eventually([&] { return opening.hasReturned(); }));
+    EXPECT_FALSE(opening.isRefused());
+}
+
+/// Who has a name is asked of the bus, which may not answer: it is not asked for each step.
+TEST(MutterCast, isHadFromWhoAnsweredFirstWhoeverHasItsNameThen) {
+    PlayedGnome mutter;
+    mutter.kept = {record};
+    mutter.appear();
+    const OpeningCast opening([] { return castOf(1h); });
+    ASSERT_TRUE(eventually([&] { return mutter.asked(record) == 1; }));
+    mutter.giveUpCastName();
+    mutter.answer(mutter.last(record));
+    ASSERT_TRUE(eventually([&] { return mutter.asked(start) == 1 || opening.hasReturned(); }));
+    tellNode(mutter);
+    EXPECT_TRUE(eventually([&] { return opening.hasReturned(); }));
+    EXPECT_FALSE(opening.isRefused());
+}
+
 } // namespace
 } // namespace tavrine::test
-
-#include "MutterCastTest.moc"

@@ -58,6 +58,7 @@ protected:
         ref = keys.registerHotKey(virtualKey::v, hotKeyModifier::command, {.signature = 1, .id = 4});
         ASSERT_TRUE(ref);
         ASSERT_TRUE(eventually([this] { return told == std::vector{false}; }));
+        letPass(2 * patience); // a bus that waits no longer than this program has thrown it away by now
     }
 
     PlayedGnome played;

@@ -17,8 +17,9 @@ constexpr auto streamInterface = "org.gnome.Mutter.ScreenCast.Stream";
 constexpr uint pointerHidden = 0;
 constexpr uint pointerEmbedded = 1;
 
-QDBusMessage callTo(const QString &path, const char *interface, const char *method, const QVariantList &arguments) {
-    auto call = QDBusMessage::createMethodCall(service, path, QLatin1String(interface), QLatin1String(method));
+QDBusMessage callTo(const QString &compositor, const QString &path, const char *interface, const char *method,
+                    const QVariantList &arguments) {
+    auto call = QDBusMessage::createMethodCall(compositor, path, QLatin1String(interface), QLatin1String(method));
     call.setArguments(arguments);
     call.setAutoStartService(false);
     return call;
@@ -28,12 +29,14 @@ QDBusMessage callTo(const QString &path, const char *interface, const char *meth
 
 QString MutterCast::make(const QString &path, const char *interface, const char *method,
                          const QVariantList &arguments) {
-    const QDBusMessage answer = m_bus->ask(callTo(path, interface, method, arguments), m_longestAnswer);
+    const QDBusMessage answer = m_bus->ask(callTo(m_compositor, path, interface, method, arguments), m_longestAnswer);
     return answer.arguments().value(0).value<QDBusObjectPath>().path();
 }
 
 std::optional<double> MutterCast::fineness() {
-    const auto monitors = mutterMonitors::read(m_bus->ask(mutterMonitors::question(service), m_longestAnswer));
+    const QDBusMessage answer = m_bus->ask(mutterMonitors::question(service), m_longestAnswer);
+    m_compositor = answer.service();
+    const auto monitors = mutterMonitors::read(answer);
     const auto found = std::ranges::find(monitors, m_display.topLeft(), &MutterMonitor::corner);
     return found == monitors.end() ? std::nullopt : std::optional(found->fineness);
 }
@@ -56,11 +59,13 @@ std::variant<QString, Cast> MutterCast::open(const StreamPlan &plan, const Scree
     const QVariantMap options{{QStringLiteral("cursor-mode"), plan.showsPointer ? pointerEmbedded : pointerHidden}};
     const QString stream =
         make(cast, sessionInterface, "RecordArea", {area.x(), area.y(), area.width(), area.height(), options});
+    // By its own name: for another the toolkit asks who has it, and waits.
     if (stream.isEmpty() ||
-        !m_bus->connection().connect(service, stream, QLatin1String(streamInterface),
+        !m_bus->connection().connect(m_compositor, stream, QLatin1String(streamInterface),
                                      QStringLiteral("PipeWireStreamAdded"), this, SLOT(added(uint))))
         return refused;
-    if (m_bus->ask(callTo(cast, sessionInterface, "Start", {}), m_longestAnswer).type() != QDBusMessage::ReplyMessage ||
+    if (m_bus->ask(callTo(m_compositor, cast, sessionInterface, "Start", {}), m_longestAnswer).type() !=
+            QDBusMessage::ReplyMessage ||
         !m_bus->waitUntil([this] { return m_node.has_value(); }, m_longestAnswer))
         return refused;
     return Cast::of(*m_node, wanted->pictures, wanted->area);

@@ -31,13 +31,14 @@ private:
     [[nodiscard]] QString make(const QString &path, const char *interface, const char *method,
                                const QVariantList &arguments);
 
-    /// None when the compositor does not say it.
+    /// None when the compositor does not say it. Who says it is asked for all that follows.
     [[nodiscard]] std::optional<double> fineness();
 
     const QRect m_display;
     const double m_scale;
     const StreamBus::Wait m_longestAnswer;
     std::optional<StreamBus> m_bus;
+    QString m_compositor; ///< its own name on the bus
     std::optional<std::uint32_t> m_node;
 };
 
