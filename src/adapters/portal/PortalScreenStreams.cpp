@@ -1,18 +1,23 @@
-#include "adapters/portal/PortalScreenStreams.h"
-
 #include "adapters/cast/CastStreamLoop.h"
 #include "adapters/portal/PortalCast.h"
 #include "adapters/stream/ToolkitDisplays.h"
+#include "adapters/stream/ToolkitScreenStreams.h"
 
 #include <QGuiApplication>
 #include <QScreen>
-#include <QTimer>
 
 namespace tavrine {
 
-void PortalScreenStreams::getShareableContent(ContentAnswer answer) {
-    QTimer::singleShot(0, this, [answer = std::move(answer)] { answer(toolkitDisplays()); });
-}
+/// The screens that the ScreenCast portal shows, after the person has said so.
+class PortalScreenStreams final : public ToolkitScreenStreams {
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID TAVRINE_SCREEN_STREAMS)
+
+public:
+    [[nodiscard]] std::unique_ptr<ScreenStream> makeStream(const ScreenContentFilter &filter,
+                                                           const ScreenStreamConfiguration &configuration,
+                                                           Handlers handlers) override;
+};
 
 std::unique_ptr<ScreenStream> PortalScreenStreams::makeStream(const ScreenContentFilter &filter,
                                                               const ScreenStreamConfiguration &configuration,
@@ -31,3 +36,5 @@ std::unique_ptr<ScreenStream> PortalScreenStreams::makeStream(const ScreenConten
 }
 
 } // namespace tavrine
+
+#include "PortalScreenStreams.moc"

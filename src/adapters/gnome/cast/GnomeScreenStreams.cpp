@@ -1,22 +1,27 @@
-#include "adapters/gnome/cast/GnomeScreenStreams.h"
-
 #include "adapters/cast/CastStreamLoop.h"
 #include "adapters/gnome/cast/MutterCast.h"
 #include "adapters/stream/ToolkitDisplays.h"
+#include "adapters/stream/ToolkitScreenStreams.h"
 
 #include <QScreen>
-#include <QTimer>
 
 namespace tavrine {
 
-void GnomeScreenStreams::getShareableContent(ContentAnswer answer) {
-    QTimer::singleShot(0, this, [answer = std::move(answer)] { answer(toolkitDisplays()); });
-}
+/// The screens of GNOME under Wayland, cast by its compositor over PipeWire and named as the X server inside names
+/// them.
+class GnomeScreenStreams final : public ToolkitScreenStreams {
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID TAVRINE_SCREEN_STREAMS)
+
+public:
+    [[nodiscard]] std::unique_ptr<ScreenStream> makeStream(const ScreenContentFilter &filter,
+                                                           const ScreenStreamConfiguration &configuration,
+                                                           Handlers handlers) override;
+};
 
 std::unique_ptr<ScreenStream> GnomeScreenStreams::makeStream(const ScreenContentFilter &filter,
                                                              const ScreenStreamConfiguration &configuration,
                                                              Handlers handlers) {
-    std::optional<StreamPlan> plan;
     QRect display;
     double scale = 1;
     if (const QScreen *const screen = toolkitDisplay(filter.displayID)) {
@@ -24,14 +29,9 @@ std::unique_ptr<ScreenStream> GnomeScreenStreams::makeStream(const ScreenContent
         scale = screen->devicePixelRatio();
         const QSize size(qRound(screen->geometry().width() * scale), qRound(screen->geometry().height() * scale));
         display = QRect(screen->geometry().topLeft(), size);
-        plan = StreamPlan{.area = QRect(0, 0, configuration.width, configuration.height),
-                          .keptOut = {},
-                          .showsPointer = configuration.showsCursor,
-                          .interval = configuration.minimumFrameInterval,
-                          .queueDepth = configuration.queueDepth};
     }
     return std::make_unique<ThreadedScreenStream>(
-        std::move(plan),
+        planOfOutput(filter.displayID, configuration),
         [configuration, display, scale](const StreamPlan &each, ThreadedScreenStream::Session &session) {
             return std::make_unique<CastStreamLoop>(std::make_unique<MutterCast>(display, scale), each, configuration,
                                                     session);
@@ -40,3 +40,5 @@ std::unique_ptr<ScreenStream> GnomeScreenStreams::makeStream(const ScreenContent
 }
 
 } // namespace tavrine
+
+#include "GnomeScreenStreams.moc"

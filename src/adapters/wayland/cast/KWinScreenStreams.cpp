@@ -1,16 +1,20 @@
-#include "adapters/wayland/cast/KWinScreenStreams.h"
-
 #include "adapters/cast/CastStreamLoop.h"
 #include "adapters/stream/ToolkitDisplays.h"
+#include "adapters/stream/ToolkitScreenStreams.h"
 #include "adapters/wayland/cast/KWinCast.h"
-
-#include <QTimer>
 
 namespace tavrine {
 
-void KWinScreenStreams::getShareableContent(ContentAnswer answer) {
-    QTimer::singleShot(0, this, [answer = std::move(answer)] { answer(toolkitDisplays()); });
-}
+/// The outputs of KWin, cast by it over PipeWire.
+class KWinScreenStreams final : public ToolkitScreenStreams {
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID TAVRINE_SCREEN_STREAMS)
+
+public:
+    [[nodiscard]] std::unique_ptr<ScreenStream> makeStream(const ScreenContentFilter &filter,
+                                                           const ScreenStreamConfiguration &configuration,
+                                                           Handlers handlers) override;
+};
 
 std::unique_ptr<ScreenStream> KWinScreenStreams::makeStream(const ScreenContentFilter &filter,
                                                             const ScreenStreamConfiguration &configuration,
@@ -24,3 +28,5 @@ std::unique_ptr<ScreenStream> KWinScreenStreams::makeStream(const ScreenContentF
 }
 
 } // namespace tavrine
+
+#include "KWinScreenStreams.moc"

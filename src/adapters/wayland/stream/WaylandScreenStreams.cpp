@@ -1,15 +1,19 @@
-#include "adapters/wayland/stream/WaylandScreenStreams.h"
-
 #include "adapters/stream/ToolkitDisplays.h"
+#include "adapters/stream/ToolkitScreenStreams.h"
 #include "adapters/wayland/stream/OutputStreamLoop.h"
-
-#include <QTimer>
 
 namespace tavrine {
 
-void WaylandScreenStreams::getShareableContent(ContentAnswer answer) {
-    QTimer::singleShot(0, this, [answer = std::move(answer)] { answer(toolkitDisplays()); });
-}
+/// The outputs of a Wayland compositor, as it copies them.
+class WaylandScreenStreams final : public ToolkitScreenStreams {
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID TAVRINE_SCREEN_STREAMS)
+
+public:
+    [[nodiscard]] std::unique_ptr<ScreenStream> makeStream(const ScreenContentFilter &filter,
+                                                           const ScreenStreamConfiguration &configuration,
+                                                           Handlers handlers) override;
+};
 
 std::unique_ptr<ScreenStream> WaylandScreenStreams::makeStream(const ScreenContentFilter &filter,
                                                                const ScreenStreamConfiguration &configuration,
@@ -23,3 +27,5 @@ std::unique_ptr<ScreenStream> WaylandScreenStreams::makeStream(const ScreenConte
 }
 
 } // namespace tavrine
+
+#include "WaylandScreenStreams.moc"
