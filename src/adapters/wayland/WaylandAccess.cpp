@@ -1,7 +1,6 @@
 #include "adapters/wayland/WaylandAccess.h"
 
 #include "adapters/linux/SoundServer.h"
-#include "adapters/wayland/WaylandLink.h"
 
 #include <QTimer>
 
@@ -13,7 +12,7 @@ WaylandAccess::Offer WaylandAccess::offer() const {
             return {};
         QElapsedTimer asked;
         asked.start();
-        const WaylandLink link;
+        const WaylandLink link(m_longestAnswer);
         if (!link.isOpen()) { // which is no answer: asked again
             if (asked.elapsed() >= silenceHoldsMs)
                 m_sinceSilence.start();

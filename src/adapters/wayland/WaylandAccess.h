@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/wayland/WaylandLink.h"
 #include "ports/Access.h"
 
 #include <QElapsedTimer>
@@ -15,9 +16,12 @@ namespace tavrine {
 /// of its own. Lives on the main thread.
 class WaylandAccess final : public QObject, public Access {
 public:
-    /// `showsScreen`: the desktop shows the screen over time, whatever the compositor itself does.
-    explicit WaylandAccess(std::function<bool()> showsScreen = [] { return false; })
-        : m_showsScreen(std::move(showsScreen)) {}
+    /// `showsScreen`: the desktop shows the screen over time, whatever the compositor itself does. A compositor that
+    /// was silent for a second or more is taken for silent for a second more.
+    explicit WaylandAccess(
+        std::function<bool()> showsScreen = [] { return false; },
+        WaylandLink::Wait longestAnswer = WaylandLink::usualWait)
+        : m_showsScreen(std::move(showsScreen)), m_longestAnswer(longestAnswer) {}
 
     [[nodiscard]] bool isAccessibilityTrusted() const override { return offer().hasInput; }
     bool requestAccessibility() override { return isAccessibilityTrusted(); }
@@ -39,6 +43,7 @@ private:
     [[nodiscard]] Offer offer() const;
 
     const std::function<bool()> m_showsScreen;
+    const WaylandLink::Wait m_longestAnswer;
     mutable std::optional<Offer> m_offer;
     mutable QElapsedTimer m_sinceSilence;
 };

@@ -153,5 +153,23 @@ TEST(WaylandAccessTest, aCompositorThatAnswersLateGrantsNoLessForThat) {
     later.join();
 }
 
+/// One press asks several times.
+TEST(WaylandAccessTest, aCompositorThatWasSilentIsWaitedForOnceAndAskedAgainASecondLater) {
+    constexpr auto longest = 1'200ms;
+    static const wl_interface keyboards{"zwp_virtual_keyboard_manager_v1", 1, 0, nullptr, 0, nullptr};
+    PlayedCompositor compositor({&keyboards});
+    compositor.stop();
+    const WaylandAccess access([] { return false; }, longest);
+    QElapsedTimer asked;
+    asked.start();
+    for (int times = 0; times < 4; ++times)
+        EXPECT_FALSE(access.isAccessibilityTrusted());
+    EXPECT_GE(asked.elapsed(), longest.count());
+    EXPECT_LT(asked.elapsed(), 3 * longest.count()); // each would wait as long
+    compositor.goOn();
+    EXPECT_TRUE(eventually([&] { return access.isAccessibilityTrusted(); }));
+    EXPECT_GE(asked.elapsed(), (longest + 1s).count());
+}
+
 } // namespace
 } // namespace tavrine
