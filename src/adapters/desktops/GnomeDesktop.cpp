@@ -11,6 +11,8 @@
 #include "adapters/gnome/GnomeShell.h"
 #include "adapters/gnome/GnomeTaskLauncher.h"
 #include "adapters/gnome/GnomeWorkspace.h"
+#include "adapters/linux/CastPortal.h"
+#include "adapters/linux/ChosenScreenStreams.h"
 #include "adapters/linux/NoScreenStreams.h"
 #include "adapters/linux/PluginLoader.h"
 #include "ports/EventTap.h"
@@ -33,6 +35,8 @@ GnomeDesktop::~GnomeDesktop() = default;
 AbilityReport GnomeDesktop::report(Ability ability) {
     const bool isExtensions = ability == Ability::hotKeys || ability == Ability::doubleTap ||
                               ability == Ability::paste || ability == Ability::capture || ability == Ability::recording;
+    if (ability == Ability::recording && isShownByPortal())
+        return recordingByPortal();
     if (isExtensions && !shell().isAttached())
         return abilityReport::withoutExtension(ability);
     return X11Desktop::report(ability);
@@ -59,12 +63,23 @@ ColorSamplers &GnomeDesktop::colorSamplers() {
     return m_colorSamplers.get([this] { return std::make_unique<GnomeColorSamplers>(shell()); });
 }
 
+/// Without the extension the person has not said that this program may see the screen, and the portal asks.
+bool GnomeDesktop::isShownByPortal() {
+    return !shell().isAttached() && castPortal().answer() != CastPortal::Answer::missing;
+}
+
 ScreenStreams &GnomeDesktop::screenStreams() {
-    // The X server's pictures of Wayland's programs are black.
-    ScreenStreams *const streams =
-        m_screenStreams
-            .get([] { return std::make_unique<PluginLoader<ScreenStreams>>(QStringLiteral("gnome_screen_stream")); })
-            .port();
+    return m_screenStreams.get(
+        [this] { return std::make_unique<ChosenScreenStreams>([this]() -> ScreenStreams & { return streamsNow(); }); });
+}
+
+/// The X server's pictures of Wayland's programs are black.
+ScreenStreams &GnomeDesktop::streamsNow() {
+    const auto load = [](const char *plugin) {
+        return [plugin] { return std::make_unique<PluginLoader<ScreenStreams>>(QString::fromLatin1(plugin)); };
+    };
+    ScreenStreams *const streams = isShownByPortal() ? m_portalStreams.get(load("portal_screen_stream")).port()
+                                                     : m_ownStreams.get(load("gnome_screen_stream")).port();
     return streams ? *streams : m_noScreenStreams.get([] { return std::make_unique<NoScreenStreams>(); });
 }
 
@@ -88,7 +103,8 @@ EventTaps &GnomeDesktop::eventTaps() {
 }
 
 Access &GnomeDesktop::access() {
-    return m_access.get([this] { return std::make_unique<GnomeAccess>(shell()); });
+    return m_access.get(
+        [this] { return std::make_unique<GnomeAccess>(shell(), [this] { return isShownByPortal(); }); });
 }
 
 TaskLauncher &GnomeDesktop::taskLauncher() {

@@ -8,7 +8,7 @@ class GnomeShell;
 
 /// A Wayland desktop that lets programs neither place windows nor hear of the clipboard: this program stays on the X
 /// server inside it. What that server does not see is told by this program's extension of GNOME Shell; without the
-/// extension, and on other such desktops, the X server's own answers stand.
+/// extension, and on other such desktops, the X server's own answers stand, and recordings are the ScreenCast portal's.
 class GnomeDesktop final : public X11Desktop {
 public:
     GnomeDesktop();
@@ -31,6 +31,8 @@ protected:
 
 private:
     [[nodiscard]] GnomeShell &shell();
+    [[nodiscard]] bool isShownByPortal();
+    [[nodiscard]] ScreenStreams &streamsNow();
 
     // Outlives what asks it.
     MadeOnce<GnomeShell> m_shell;
@@ -38,7 +40,9 @@ private:
     MadeOnce<ApplicationActivator> m_activator;
     MadeOnce<Screens> m_screens;
     MadeOnce<ColorSamplers> m_colorSamplers;
-    MadeOnce<PluginLoader<ScreenStreams>> m_screenStreams;
+    MadeOnce<PluginLoader<ScreenStreams>> m_ownStreams;
+    MadeOnce<PluginLoader<ScreenStreams>> m_portalStreams;
+    MadeOnce<ScreenStreams> m_screenStreams;
     MadeOnce<ScreenStreams> m_noScreenStreams;
     MadeOnce<HotKeys> m_hotKeys;
     MadeOnce<EventMonitors> m_eventMonitors;

@@ -2,6 +2,8 @@
 
 #include "adapters/desktops/TriedAbilities.h"
 #include "adapters/linux/AppcastFeed.h"
+#include "adapters/linux/CastPortal.h"
+#include "adapters/linux/CastTokens.h"
 #include "adapters/linux/DBusSingleInstance.h"
 #include "adapters/linux/DesktopEntries.h"
 #include "adapters/linux/DesktopLooks.h"
@@ -42,8 +44,22 @@
 #include "ports/StatusItem.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <algorithm>
 
 namespace tavrine {
+namespace {
+
+/// The person has shown each screen to the portal, which gave a token for the next time.
+bool isEveryScreenRemembered() {
+    const CastTokens tokens(CastTokens::usualPath());
+    const auto screens = QGuiApplication::screens();
+    return std::ranges::none_of(screens, [&](const QScreen *each) { return tokens.of(each->name()).isEmpty(); });
+}
+
+} // namespace
 
 LinuxDesktop::LinuxDesktop() = default;
 LinuxDesktop::~LinuxDesktop() = default;
@@ -160,6 +176,14 @@ AbilityReport LinuxDesktop::report(Ability ability) {
         break;
     }
     return isThere ? abilityReport::there(ability) : abilityReport::missing(ability);
+}
+
+AbilityReport LinuxDesktop::recordingByPortal() {
+    return abilityReport::recording(castPortal().answer(), isEveryScreenRemembered());
+}
+
+CastPortal &LinuxDesktop::castPortal() {
+    return m_castPortal.get([] { return std::make_unique<CastPortal>(); });
 }
 
 Alerts &LinuxDesktop::alerts() {

@@ -11,6 +11,7 @@
 
 namespace tavrine {
 
+class CastPortal;
 class DBusSingleInstance;
 class LateAccessibility;
 class PlayerProcesses;
@@ -81,12 +82,17 @@ protected:
     /// How far this desktop lets the program do something, by what its ports tell.
     [[nodiscard]] virtual AbilityReport report(Ability ability);
 
+    /// What the person is told of recordings where the ScreenCast portal shows the screen.
+    [[nodiscard]] AbilityReport recordingByPortal();
+    [[nodiscard]] CastPortal &castPortal();
+
     /// What keeps the machine awake, all at once.
     [[nodiscard]] virtual std::vector<std::unique_ptr<PowerKeeper>> powerKeepers();
 
 private:
     [[nodiscard]] PlayerProcesses &players();
 
+    MadeOnce<CastPortal> m_castPortal; ///< outlives what asks it
     std::optional<Folders> m_folders;
     std::unique_ptr<DBusSingleInstance> m_instance;
     std::unique_ptr<LateAccessibility> m_accessibility;

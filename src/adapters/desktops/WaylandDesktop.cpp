@@ -3,7 +3,6 @@
 #include "adapters/desktops/TriedAbilities.h"
 #include "adapters/linux/ApplicationObject.h"
 #include "adapters/linux/CastPortal.h"
-#include "adapters/linux/CastTokens.h"
 #include "adapters/linux/DesktopHotKeys.h"
 #include "adapters/linux/LinuxSessionNotices.h"
 #include "adapters/linux/NoScreenStreams.h"
@@ -30,10 +29,6 @@
 #include "adapters/wayland/WaylandWorkspace.h"
 #include "look/Look.h"
 
-#include <QGuiApplication>
-#include <QScreen>
-
-#include <algorithm>
 #include <vector>
 
 namespace tavrine {
@@ -54,13 +49,6 @@ const char *streamPlugin() {
     if (link.find("zwlr_screencopy_manager_v1"))
         return known = "wayland_screen_stream";
     return known = link.find("zkde_screencast_unstable_v1") ? "kwin_screen_stream" : portalPlugin;
-}
-
-/// The person has shown each screen to the portal, which gave a token for the next time.
-bool isEveryScreenRemembered() {
-    const CastTokens tokens(CastTokens::usualPath());
-    const auto screens = QGuiApplication::screens();
-    return std::ranges::none_of(screens, [&](const QScreen *each) { return tokens.of(each->name()).isEmpty(); });
 }
 
 } // namespace
@@ -85,14 +73,10 @@ AbilityReport WaylandDesktop::report(Ability ability) {
     if (ability == Ability::recording) {
         const char *const plugin = streamPlugin();
         if (plugin == portalPlugin)
-            return abilityReport::recording(castPortal().answer(), isEveryScreenRemembered());
+            return recordingByPortal();
         return plugin ? abilityReport::there(ability) : abilityReport::missing(ability);
     }
     return LinuxDesktop::report(ability);
-}
-
-CastPortal &WaylandDesktop::castPortal() {
-    return m_castPortal.get([] { return std::make_unique<CastPortal>(); });
 }
 
 const std::shared_ptr<WaylandWindows> &WaylandDesktop::windows() {

@@ -4,7 +4,6 @@
 
 namespace tavrine {
 
-class CastPortal;
 class WaylandWindows;
 struct LayerParts;
 class StiffWindows;
@@ -44,11 +43,9 @@ protected:
 
 private:
     [[nodiscard]] LayerParts &layerParts();
-    [[nodiscard]] CastPortal &castPortal();
 
     [[nodiscard]] const std::shared_ptr<WaylandWindows> &windows();
 
-    MadeOnce<CastPortal> m_castPortal; ///< outlives what asks it
     std::shared_ptr<WaylandWindows> m_windows;
     MadeOnce<LayerParts> m_layerParts; ///< outlives the windows
     MadeOnce<StiffWindows> m_stiffWindows;

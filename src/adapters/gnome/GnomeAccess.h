@@ -9,13 +9,17 @@ namespace tavrine {
 /// screens are seen, without it neither. The person switches it on and off. Lives on the main thread.
 class GnomeAccess final : public X11Access {
 public:
-    explicit GnomeAccess(GnomeShell &shell) : m_shell(shell) {}
+    /// `showsScreen`: the desktop shows the screen over time without the extension too.
+    GnomeAccess(GnomeShell &shell, std::function<bool()> showsScreen)
+        : m_shell(shell), m_showsScreen(std::move(showsScreen)) {}
 
     [[nodiscard]] bool isAccessibilityTrusted() const override { return m_shell.isAttached(); }
     [[nodiscard]] bool isScreenCaptureGranted() const override { return m_shell.isAttached(); }
+    [[nodiscard]] bool isScreenRecordingGranted() const override { return m_shell.isAttached() || m_showsScreen(); }
 
 private:
     GnomeShell &m_shell;
+    const std::function<bool()> m_showsScreen;
 };
 
 } // namespace tavrine
