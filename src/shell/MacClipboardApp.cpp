@@ -9,6 +9,7 @@
 #include "ports/Desktop.h"
 #include "ports/Folders.h"
 #include "shell/AppDelegate.h"
+#include "shell/LastWords.h"
 
 #include <QApplication>
 #include <QLibraryInfo>
@@ -72,6 +73,7 @@ int run(Desktop &desktop, ClipboardDatabase &database, const QString &action, Ap
 int main(int argc, char **argv) {
     // A reader of our output that goes away must not take a resident program with it.
     std::signal(SIGPIPE, SIG_IGN);
+    tellLastWords();
     // One heap for all threads. Most of ours sleep, and one of its own for each holds pages that it never gives back.
     ::mallopt(M_ARENA_MAX, 1);
 

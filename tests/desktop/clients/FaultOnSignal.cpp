@@ -1,0 +1,46 @@
+// Loaded into a program, it makes faults of it: the signal SIGRTMIN comes with a number that says which.
+
+#include <csignal>
+#include <cstdlib>
+#include <thread>
+
+#include <unistd.h>
+
+namespace {
+
+/// Fills the stack long before it has counted to the end.
+int descend(volatile int *above) { // NOLINT(misc-no-recursion)
+    volatile int here[256] = {};
+    here[0] = *above + 1;
+    return here[0] < 0 ? 0 : descend(here) + here[0];
+}
+
+void fault(int, siginfo_t *info, void *) {
+    volatile int zero = 0;
+    switch (info->si_value.sival_int) {
+    case SIGSEGV:
+        *static_cast<volatile int *>(nullptr) = 1;
+        break;
+    case SIGABRT:
+        std::abort();
+    case SIGFPE:
+        zero = 7 / zero; // of one the compiler makes a comparison
+        break;
+    case SIGILL:
+        __builtin_trap();
+    case SIGSTKFLT: // its own stack
+        zero = descend(&zero);
+        break;
+    default:
+        break;
+    }
+}
+
+[[gnu::constructor]] void install() {
+    struct sigaction action {};
+    action.sa_sigaction = &fault;
+    action.sa_flags = SA_SIGINFO;
+    ::sigaction(SIGRTMIN, &action, nullptr);
+}
+
+} // namespace
