@@ -8,8 +8,8 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <mutex>
 
+#include <poll.h>
 #include <unistd.h>
 #include <wayland-client.h>
 
@@ -34,28 +34,27 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
         othersHandler(type, context, text);
 }
 
-struct LastWords {
-    std::mutex mutex;
-    std::string text;
-};
-LastWords &libraryWords() {
-    static auto &words = *new LastWords; // connections may end after everything static
-    return words;
+/// Past the streams: another thread may hold their lock, and stand still within it.
+void tell(std::string line) {
+    while (!line.empty() && line.back() == '\n')
+        line.pop_back();
+    line += '\n';
+    pollfd errors{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
+    if (::poll(&errors, 1, 0) == 1 && (errors.revents & POLLOUT)) // what nobody reads holds up no end
+        static_cast<void>(::write(STDERR_FILENO, line.data(), line.size()));
 }
 
-/// libwayland writes of nothing but errors that end a connection.
-[[gnu::format(printf, 1, 0)]] void noteWords(const char *format, va_list arguments) {
+/// libwayland writes of nothing but errors, and may end the process behind it without a further word: told at once.
+[[gnu::format(printf, 1, 0)]] void tellWords(const char *format, va_list arguments) {
     std::array<char, 512> text{};
-    const int length = std::vsnprintf(text.data(), text.size(), format, arguments);
-    const std::lock_guard lock(libraryWords().mutex);
-    libraryWords().text.assign(text.data(),
-                               std::min<std::size_t>(static_cast<std::size_t>(std::max(length, 0)), text.size() - 1));
+    std::vsnprintf(text.data(), text.size(), format, arguments);
+    tell(std::string("tavrine: libwayland: ") + text.data());
 }
 
 } // namespace
 
 void watchToolkit() {
-    wl_log_set_handler_client(noteWords);
+    wl_log_set_handler_client(tellWords);
     othersHandler = qInstallMessageHandler(handleMessage);
 }
 
@@ -63,16 +62,7 @@ void endProgram(const std::string &reason) {
     static std::atomic_flag isEnding;
     while (isEnding.test_and_set())
         ::pause(); // until the process ends
-    std::string line = "tavrine: the Wayland compositor is gone: " + reason;
-    {
-        const std::lock_guard lock(libraryWords().mutex);
-        if (!libraryWords().text.empty())
-            line += " (" + libraryWords().text + ")";
-    }
-    while (line.back() == '\n')
-        line.pop_back();
-    std::fflush(nullptr);
-    std::fprintf(stderr, "%s\n", line.c_str());
+    tell("tavrine: the Wayland compositor is gone: " + reason);
     std::_Exit(exitStatus);
 }
 

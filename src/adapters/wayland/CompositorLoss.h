@@ -14,8 +14,9 @@ namespace compositorLoss {
 /// Of `sysexits.h`: a service that this program needs is not there.
 inline constexpr int exitStatus = 69;
 
-/// Has the toolkit's own connection end like that as well, and has what libwayland says of an error told in that line.
-/// Leaves out what the toolkit says of this program's own choice of buffers. Called before the toolkit starts.
+/// Has the toolkit's own connection end like that as well, and has what libwayland says of an error told before it, in
+/// a line of its own: where it sees a fault of ours, libwayland aborts the process and says nothing else. Leaves out
+/// what the toolkit says of this program's own choice of buffers. Called before the toolkit starts.
 void watchToolkit();
 
 /// May be called on any thread, and by several at once: all connections end in the same moment, and the first has the
