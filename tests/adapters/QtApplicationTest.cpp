@@ -29,5 +29,12 @@ TEST(QtApplication, endsAlsoWhileAWindowWillNotClose) {
     EXPECT_EQ(QCoreApplication::exec(), 0);
 }
 
+TEST(QtApplication, anEndThatWasAskedForIsTold) {
+    QtApplication application;
+    testing::internal::CaptureStdout();
+    application.terminate();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Tavrine quits, as it was asked to.\n");
+}
+
 } // namespace
 } // namespace tavrine

@@ -123,6 +123,8 @@ TEST(SingleInstance, aBusThatHangsHoldsUpNoFirstStart) {
     bus.goOn();
     Start second(bus.address());
     EXPECT_EQ(second.exitCode(), 0);
+    EXPECT_EQ(second.process.readAllStandardError(),
+              "Tavrine is running already, on another display of this bus, and goes on there.\n");
     EXPECT_TRUE(first.says(QStringLiteral("reopened")));
 }
 
@@ -145,6 +147,8 @@ TEST(SingleInstance, onABusOfSeveralDisplaysAStartOnAnotherOneEnds) {
     ASSERT_TRUE(first.says(QStringLiteral("first\n")));
     Start second(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), QStringLiteral(":97"));
     EXPECT_EQ(second.exitCode(), 0);
+    EXPECT_EQ(second.process.readAllStandardError(),
+              "Tavrine is running already, on another display of this bus, and goes on there.\n");
     EXPECT_TRUE(first.says(QStringLiteral("reopened")));
 }
 

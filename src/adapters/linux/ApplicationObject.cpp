@@ -104,6 +104,7 @@ void ApplicationObject::refuse(const QString &action) {
 
 void ApplicationObject::altTapped() {
     if (m_untilStart && !m_untilStart->hasExpired()) {
+        std::fputs("Tavrine was started by a tap of Alt alone, and does not stay for it.\n", stderr);
         std::fflush(nullptr);
         std::_Exit(EXIT_SUCCESS); // as a kill, which is a usual way to end
     }

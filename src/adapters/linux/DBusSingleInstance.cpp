@@ -127,9 +127,12 @@ private:
         sessionBus::ask(
             bus, activation(), this,
             [this, bus](const QDBusPendingCall &reply) {
-                if (!reply.isError())
+                if (!reply.isError()) {
+                    std::fputs("Tavrine is running already, on another display of this bus, and goes on there.\n",
+                               stderr);
                     end(EXIT_SUCCESS);
-                else if (isNobody(reply.error()))
+                }
+                if (isNobody(reply.error()))
                     requestName(bus); // it has ended meanwhile
                 else
                     end(reportSilence());

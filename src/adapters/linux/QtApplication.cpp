@@ -1,6 +1,7 @@
 #include "adapters/linux/QtApplication.h"
 
 #include "adapters/linux/IdleMemory.h"
+#include "base/Print.h"
 
 #include <QCoreApplication>
 
@@ -12,6 +13,7 @@ void QtApplication::setActivationPolicy(ActivationPolicy policy) {
 }
 
 void QtApplication::terminate() {
+    printLine(QStringLiteral("Tavrine quits, as it was asked to."));
     // Not quit(), which asks the windows first: a panel goes by the program's own way and would say no.
     QCoreApplication::exit(0);
 }
