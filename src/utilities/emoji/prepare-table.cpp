@@ -4,6 +4,7 @@
 #include "utilities/emoji/PreparedEmojiTable.h"
 
 #include <QFile>
+#include <QSaveFile>
 
 #include <cstdio>
 
@@ -11,10 +12,12 @@ int main(int argc, char **argv) {
     if (argc != 3)
         return 2;
     QFile json(QFile::decodeName(argv[1]));
-    QFile output(QFile::decodeName(argv[2]));
+    // In place of the old file and never into it: a program that runs has that one mapped, and would end by it.
+    QSaveFile output(QFile::decodeName(argv[2]));
     const bool isRead = json.open(QIODevice::ReadOnly);
     const QByteArray bytes = isRead ? tavrine::prepareEmojiTable(json.readAll()) : QByteArray();
-    if (bytes.isEmpty() || !output.open(QIODevice::WriteOnly) || output.write(bytes) != bytes.size()) {
+    if (bytes.isEmpty() || !output.open(QIODevice::WriteOnly) || output.write(bytes) != bytes.size() ||
+        !output.commit()) {
         std::fprintf(stderr, "%s: no table can be made of it\n", argv[1]);
         return 1;
     }

@@ -4,6 +4,8 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -21,6 +23,19 @@ TEST(BuiltPreparedTable, isReadAndHoldsWhatTheJsonHolds) {
     const std::vector<EmojiItem> parsed = loadEmojiTable(path);
     EXPECT_EQ(rows.items, parsed);
     EXPECT_EQ(rows.searchTexts, emojiSearchTexts(parsed));
+}
+
+// The program that runs has the table mapped, and would end where its file became short.
+TEST(BuiltPreparedTable, isMadeAnewBesideTheOneThatIsInUse) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("emoji_data.table"));
+    QFile inUse(path);
+    ASSERT_TRUE(inUse.open(QIODevice::ReadWrite));
+    inUse.write("the old one");
+    ASSERT_TRUE(inUse.flush());
+    ASSERT_EQ(QProcess::execute(QStringLiteral(TAVRINE_PREPARE_TABLE), {QStringLiteral(TAVRINE_EMOJI_TABLE), path}), 0);
+    EXPECT_EQ(inUse.size(), 11);
+    EXPECT_GT(QFileInfo(path).size(), 11);
 }
 
 class PreparedTableTest : public testing::Test {
