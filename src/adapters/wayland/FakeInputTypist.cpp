@@ -5,8 +5,11 @@
 #include <QDBusConnection>
 #include <QObject>
 
+#include <utility>
+
 #include <linux/input-event-codes.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <wayland/fake-input.h>
 #include <xkbcommon/xkbcommon.h>
@@ -75,7 +78,10 @@ private:
     }
 
     void read(std::uint32_t format, int file, std::uint32_t size) {
-        void *const text = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file, 0);
+        // What is promised beyond the file's end would end the process when it is read.
+        struct stat status {};
+        const bool isThere = ::fstat(file, &status) == 0 && std::cmp_greater_equal(status.st_size, size);
+        void *const text = isThere ? mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file, 0) : MAP_FAILED;
         ::close(file);
         if (text == MAP_FAILED)
             return;

@@ -1,7 +1,10 @@
 #include "adapters/wayland/frozen/OverlayKeyboard.h"
 
+#include <utility>
+
 #include <linux/input-event-codes.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/timerfd.h>
 #include <xkbcommon/xkbcommon.h>
 
@@ -66,6 +69,9 @@ void OverlayKeyboard::readKeymap() {
     const Descriptor file = std::move(m_keymapFile);
     if (!file.isOpen() || m_keymapBytes == 0 || m_keymapBytes > longestKeymap)
         return;
+    struct stat status {};
+    if (::fstat(file.number(), &status) != 0 || std::cmp_less(status.st_size, m_keymapBytes))
+        return; // what is promised beyond the file's end would end the process when it is read
     void *const text = ::mmap(nullptr, m_keymapBytes, PROT_READ, MAP_PRIVATE, file.number(), 0);
     if (text == MAP_FAILED)
         return;
