@@ -19,6 +19,7 @@ namespace {
 
 constexpr int highestVersion = 4; // the first that types
 constexpr int highestSeat = 1;
+constexpr WaylandLink::Wait longestAnswer{100}; // a healthy compositor needs a millisecond or two
 constexpr xkb_keycode_t xkbOffset = 8;
 constexpr int modifierKeys[] = {KEY_LEFTSHIFT, KEY_RIGHTSHIFT, KEY_LEFTCTRL, KEY_RIGHTCTRL,
                                 KEY_LEFTALT,   KEY_RIGHTALT,   KEY_LEFTMETA, KEY_RIGHTMETA};
@@ -134,11 +135,17 @@ public:
     FakeInput(WaylandClient &client, org_kde_kwin_fake_input *input)
         : m_client(client), m_input(input), m_keymap(client.link()) {
         org_kde_kwin_fake_input_authenticate(m_input, "Tavrine", "Pastes what was chosen from the clipboard's history");
-        // The seat comes with the first answer, its keyboard's map with the second.
-        client.link().finish();
-        client.link().finish();
-        if (m_keymap.hasLayouts())
+        m_client.flush();
+    }
+
+    /// The seat comes with the first answer, its keyboard's map with the second.
+    [[nodiscard]] bool isReady() override {
+        for (; m_answersLeft > 0; --m_answersLeft)
+            if (!m_client.link().finish(longestAnswer))
+                return false;
+        if (m_keymap.hasLayouts() && !m_layout)
             m_layout = std::make_unique<LayoutInUse>();
+        return true;
     }
 
     [[nodiscard]] bool press(const WaylandChord &chord) override {
@@ -184,6 +191,7 @@ private:
     std::unique_ptr<LayoutInUse> m_layout; ///< where there are several
     std::vector<int> m_held;
     int m_key = 0;
+    int m_answersLeft = 2;
 };
 
 } // namespace

@@ -22,6 +22,8 @@ class Typist {
 public:
     virtual ~Typist() = default;
 
+    /// False while the compositor has not told what keys there are; waits for it for a fifth of a second at most.
+    [[nodiscard]] virtual bool isReady() { return true; }
     /// False when the keyboard has no such letter; then nothing is pressed.
     [[nodiscard]] virtual bool press(const WaylandChord &chord) = 0;
     virtual void release() = 0;

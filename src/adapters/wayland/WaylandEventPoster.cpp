@@ -26,7 +26,7 @@ void WaylandEventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 
     release(); // also of a chord whose key-up never came
     if (!isKeyDown)
         return;
-    m_isHeldBack = flags != 0 && !m_windows->refresh();
+    m_isHeldBack = flags != 0 && !(m_windows->refresh() && m_typist->isReady());
     if (m_isHeldBack)
         return;
     WaylandChord chord{.key = evdevPosition(keyCode).value_or(0),

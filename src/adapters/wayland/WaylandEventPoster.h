@@ -18,7 +18,7 @@ class Typist;
 /// Types through a virtual keyboard where the compositor takes one, else through KWin's fake input.
 ///
 /// While the compositor stands still, a chord is held back: it would come before what it is to follow, as the end of
-/// our panel, which is on its way on another connection.
+/// our panel, which is on its way on another connection. So is one while it has not told what keys there are.
 ///
 /// Lives on the main thread, on a connection of its own. The keyboard is plugged in when this is made: programs need a
 /// moment to hear of the first keyboard of a seat, and what is typed before is lost.

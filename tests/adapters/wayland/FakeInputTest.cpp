@@ -1,0 +1,67 @@
+// A paste by KWin's fake input while KWin stands still, against a compositor that is played.
+#include "adapters/wayland/PlayedCompositor.h"
+#include "adapters/wayland/WaylandEventPoster.h"
+#include "base/VirtualKeys.h"
+#include "ports/EventMonitors.h"
+#include "support/Wait.h"
+
+#include <QElapsedTimer>
+
+#include <semaphore>
+
+#include <gtest/gtest.h>
+#include <wayland-server-protocol.h>
+#include <wayland/fake-input.h>
+
+namespace tavrine {
+namespace {
+
+using tavrine::testing::waitUntil;
+
+constexpr auto keyRequest = "org_kde_kwin_fake_input.keyboard_key";
+
+/// It answers nothing from the moment at which somebody may type until it is let.
+class SlowFakeInput : public ::testing::Test {
+protected:
+    ~SlowFakeInput() override { m_goOn.release(); }
+
+    void goOn() { m_goOn.release(); }
+    /// In milliseconds.
+    template <class Work>
+    [[nodiscard]] static qint64 timeOf(Work work) {
+        QElapsedTimer timer;
+        timer.start();
+        work();
+        return timer.elapsed();
+    }
+    static void paste(EventPoster &poster) {
+        poster.postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
+        poster.postKeyboardEvent(virtualKey::v, false, modifierFlag::command);
+    }
+
+private:
+    std::counting_semaphore<> m_goOn{0};
+
+protected:
+    PlayedCompositor compositor{{&wl_seat_interface, &org_kde_kwin_fake_input_interface},
+                                [this](const PlayedCompositor::Request &request) {
+                                    if (request.name == "org_kde_kwin_fake_input.authenticate")
+                                        m_goOn.acquire();
+                                }};
+};
+
+TEST_F(SlowFakeInput, aPasteIsHeldBackAtOnceAndTypedWhenItGoesOn) {
+    std::optional<WaylandEventPoster> poster;
+    EXPECT_LT(timeOf([&] { poster.emplace(WaylandWindows::make(), [] { return QString(); }); }), 1000);
+    EXPECT_LT(timeOf([&] { paste(*poster); }), 1000);
+    EXPECT_TRUE(poster->isHeldBack());
+    goOn();
+    EXPECT_TRUE(waitUntil([&] {
+        paste(*poster);
+        return !poster->isHeldBack();
+    }));
+    EXPECT_TRUE(waitUntil([this] { return compositor.count(keyRequest) > 0; }));
+}
+
+} // namespace
+} // namespace tavrine
