@@ -2,7 +2,8 @@
 
 #include "base/Time.h"
 #include "ports/PanelWindow.h"
-#include "ports/Screens.h"
+
+#include <algorithm>
 
 namespace tavrine {
 namespace {
@@ -21,7 +22,9 @@ PanelDescription descriptionOf(const QString &message) {
 
 ToastManager::ToastManager(Time &time, Screens &screens, PanelWindows &windows, View view, QObject *parent)
     : QObject(parent), m_time(time), m_screens(screens), m_windows(windows), m_view(std::move(view)),
-      m_animator(windows, time) {}
+      m_animator(windows, time) {
+    m_changes = m_screens.onChange([this] { followScreens(); });
+}
 
 ToastManager::~ToastManager() = default;
 
@@ -34,13 +37,38 @@ void ToastManager::showNow(const QString &message, const QString &icon) {
     m_window = m_windows.makePanel(descriptionOf(message));
     m_window->setContentView(m_view(message, icon));
     m_frame = m_window->frame();
+    m_risen = 0;
     if (const auto screen = m_screens.mainScreen())
-        m_frame.moveTo(screen->frame.center().x() - width / 2, minY(screen->frame) + heightAboveBottom);
+        placeOn(*screen);
     m_window->setFrame(m_frame);
     m_window->setAlpha(0.0);
     m_window->orderFrontRegardless();
     riseTo(1.0, riseOnFadeIn, fadeIn);
     m_time.asyncAfter(fadeIn, this, [this] { m_time.asyncAfter(stay, this, [this] { beginFadeOut(); }); });
+}
+
+void ToastManager::placeOn(const Screen &screen) {
+    m_screen = screen.number;
+    m_frame.moveTo(screen.frame.center().x() - width / 2, minY(screen.frame) + heightAboveBottom + m_risen);
+}
+
+/// The plane may begin at another screen now, so it is placed anew also where its own is still there.
+void ToastManager::followScreens() {
+    if (!m_window)
+        return;
+    const auto screens = m_screens.screens();
+    const auto own = std::find_if(screens.begin(), screens.end(),
+                                  [this](const Screen &screen) { return screen.number == m_screen; });
+    const auto screen = own != screens.end() ? std::optional(*own) : m_screens.mainScreen();
+    if (!screen)
+        return;
+    const QRectF before = m_frame;
+    placeOn(*screen);
+    if (m_frame == before)
+        return;
+    m_animator.stop(*m_window);
+    m_window->setFrame(m_frame);
+    m_window->setAlpha(m_alpha);
 }
 
 void ToastManager::beginFadeOut() {
@@ -52,6 +80,8 @@ void ToastManager::beginFadeOut() {
 
 void ToastManager::riseTo(double alpha, double rise, Seconds duration) {
     m_frame.translate(0, rise);
+    m_risen += rise;
+    m_alpha = alpha;
     m_animator.run(*m_window, duration, look::defaultTiming, {.alpha = alpha, .frame = m_frame});
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "panels/PanelAnimator.h"
+#include "ports/Screens.h"
 
 #include <QObject>
 #include <QRectF>
@@ -14,7 +15,6 @@ namespace tavrine {
 
 class PanelWindow;
 class PanelWindows;
-class Screens;
 class Time;
 
 /// Shows a short message near the bottom of the main screen, without taking the keyboard. One instance, as long as the
@@ -23,6 +23,7 @@ class Time;
 ///  1. There is one toast at most and no queue: a new one replaces the present one at once.
 ///  2. What was begun for a toast is never cancelled. It acts on the toast that is there when it is due, so one that
 ///     appears during the wait of the one before gets that one's fade and lives shorter.
+///  3. One whose screen goes away comes to the main one of those that are left.
 class ToastManager : public QObject {
     Q_OBJECT
 
@@ -48,6 +49,8 @@ public:
 private:
     void showNow(const QString &message, const QString &icon);
     void beginFadeOut();
+    void placeOn(const Screen &screen);
+    void followScreens();
     void riseTo(double alpha, double rise, Seconds duration);
     void close();
 
@@ -58,6 +61,10 @@ private:
     PanelAnimator m_animator;
     std::unique_ptr<PanelWindow> m_window;
     QRectF m_frame; ///< where the window is, or where it is going
+    quint32 m_screen = 0;
+    double m_alpha = 0; ///< that it has, or is getting
+    double m_risen = 0;
+    Screens::Token m_changes;
 };
 
 } // namespace tavrine

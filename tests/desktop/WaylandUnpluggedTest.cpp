@@ -142,6 +142,32 @@ TEST_F(WaylandUnplugged, theOpenShelfIsClosedWithItsOutputAndOpensOnTheOneThatIs
     EXPECT_TRUE(program.isRunning());
 }
 
+/// It stays for less than three seconds. A machine that needs longer to unplug one shows that it has ended.
+TEST_F(WaylandUnplugged, aToastComesToTheOutputThatIsLeftAndEndsThere) {
+    const QRect toast((1280 - 250) / 2, 720 - 120 - 60 - 10, 250, 60);
+    const auto ground = [this] { return shown(first).pixel(0, belowTheShelf); };
+    const auto isOn = [&](const QString &output) {
+        const QImage seen = shown(output);
+        return !seen.isNull() && seen.pixel(toast.center() + QPoint(0, 20)) != ground();
+    };
+    bool isSeenThere = false;
+    for (int tries = 0; tries < 3 && !isSeenThere; ++tries) {
+        if (outputs().size() < 2) {
+            plug();
+            (void)hand.layout();
+            hand.move(onSecond);
+        }
+        say("--shelf"); // an empty one
+        ASSERT_TRUE(waitUntil([&] { return isOn(second); }));
+        EXPECT_FALSE(isOn(first));
+        unplug();
+        isSeenThere = waitUntil([&] { return isOn(first); }, std::chrono::seconds(3));
+        EXPECT_TRUE(waitUntil([&] { return !isOn(first); }));
+    }
+    EXPECT_TRUE(isSeenThere);
+    EXPECT_TRUE(program.isRunning());
+}
+
 TEST_F(WaylandUnplugged, theCardOfACaptureComesToTheOutputThatIsLeft) {
     say("--capture");
     ASSERT_TRUE(becomesCovered(second));

@@ -211,5 +211,50 @@ TEST_F(ToastManagerTest, leavesNothingBehindWhenItGoes) {
     EXPECT_THAT(windows.windows(), IsEmpty());
 }
 
+/// Of two screens, the second one at the right and of another height.
+const Screen first{
+    .number = 1, .localizedName = {}, .frame = {0, 0, 1440, 900}, .visibleFrame = {0, 0, 1440, 876}, .scale = 1};
+const Screen second{
+    .number = 2, .localizedName = {}, .frame = {1440, 0, 1000, 600}, .visibleFrame = {1440, 0, 1000, 600}, .scale = 1};
+
+TEST_F(ToastManagerTest, comesToTheScreenThatIsLeftWhenItsOwnGoesAndEndsAsEver) {
+    screens.setScreens({first, second});
+    screens.setKeyboardScreen(1);
+    show("Copied");
+    time.advance(1s);
+    EXPECT_TRUE(second.frame.contains(window().frame()));
+    screens.setKeyboardScreen(-1);
+    screens.setScreens({first});
+    EXPECT_EQ(window().frame(), QRectF(720 - 125, 120 + 10, 250, 60));
+    EXPECT_EQ(window().alpha(), 1);
+    EXPECT_TRUE(window().isVisible());
+    time.advance(1799ms);
+    EXPECT_TRUE(window().isVisible());
+    time.advance(1ms);
+    EXPECT_EQ(message(), QString());
+}
+
+TEST_F(ToastManagerTest, oneThatIsJustLeavingIsNotShownAgainOnAnotherScreen) {
+    screens.setScreens({first, second});
+    screens.setKeyboardScreen(1);
+    show("Copied");
+    time.advance(2500ms);
+    screens.setKeyboardScreen(-1);
+    screens.setScreens({first});
+    EXPECT_EQ(window().alpha(), 0);
+}
+
+TEST_F(ToastManagerTest, staysWhereItIsWhenAnotherScreenGoes) {
+    screens.setScreens({first, second});
+    screens.setKeyboardScreen(0);
+    show("Copied");
+    time.advance(100ms);
+    const QRectF before = window().frame();
+    const double alpha = window().alpha();
+    screens.setScreens({first});
+    EXPECT_EQ(window().frame(), before);
+    EXPECT_EQ(window().alpha(), alpha);
+}
+
 } // namespace
 } // namespace tavrine
