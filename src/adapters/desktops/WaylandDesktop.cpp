@@ -15,6 +15,7 @@
 #include "adapters/wayland/LayerPanelWindow.h"
 #include "adapters/wayland/LayerParts.h"
 #include "adapters/wayland/StiffWindows.h"
+#include "adapters/wayland/ToolkitScale.h"
 #include "adapters/wayland/TrayPlace.h"
 #include "adapters/wayland/WaylandAccess.h"
 #include "adapters/wayland/WaylandApplicationActivator.h"
@@ -28,6 +29,10 @@
 #include "adapters/wayland/WaylandScreens.h"
 #include "adapters/wayland/WaylandWorkspace.h"
 #include "look/Look.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWindow>
 
 #include <vector>
 
@@ -58,6 +63,23 @@ WaylandDesktop::WaylandDesktop() {
     compositorLoss::watchToolkit();
 }
 WaylandDesktop::~WaylandDesktop() = default;
+
+std::vector<std::unique_ptr<Appearance>> WaylandDesktop::toolkitSettings() {
+    m_toolkitScale = std::make_unique<ToolkitScale>([this] { scaleChanged(); });
+    return LinuxDesktop::toolkitSettings();
+}
+
+/// What floats is shown anew at its places; large windows keep theirs and what they show.
+void WaylandDesktop::scaleChanged() {
+    if (LayerParts *parts = m_layerParts.ifMade())
+        parts->shell.showAnew();
+    const auto windows = QGuiApplication::topLevelWindows();
+    for (QWindow *window : windows)
+        if (window->isVisible())
+            window->setGeometry(window->geometry());
+    if (WaylandScreens *screens = m_screens.ifMade())
+        screens->tellChange();
+}
 
 void WaylandDesktop::startedAgain(const StartIdentifiers &identifiers) {
     // Where the toolkit looks when the next window comes forward.

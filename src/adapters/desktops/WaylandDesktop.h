@@ -7,6 +7,8 @@ namespace tavrine {
 class WaylandWindows;
 struct LayerParts;
 class StiffWindows;
+class ToolkitScale;
+class WaylandScreens;
 
 /// A desktop whose windows a Wayland compositor draws, with the layer shell for panels and data control for the
 /// clipboard.
@@ -37,11 +39,14 @@ public:
     [[nodiscard]] Pasteboard &pasteboard() override;
 
 protected:
+    /// The first that is asked for looks; their size is followed from then on.
+    [[nodiscard]] std::vector<std::unique_ptr<Appearance>> toolkitSettings() override;
     void startedAgain(const StartIdentifiers &identifiers) override;
     [[nodiscard]] std::vector<std::unique_ptr<PowerKeeper>> powerKeepers() override;
     [[nodiscard]] AbilityReport report(Ability ability) override;
 
 private:
+    void scaleChanged();
     [[nodiscard]] LayerParts &layerParts();
 
     [[nodiscard]] const std::shared_ptr<WaylandWindows> &windows();
@@ -63,10 +68,11 @@ private:
     MadeOnce<SessionNotices> m_sessionNotices;
     MadeOnce<EventPoster> m_eventPoster;
     MadeOnce<EventTaps> m_eventTaps;
-    MadeOnce<Screens> m_screens;
+    MadeOnce<WaylandScreens> m_screens;
     MadeOnce<ColorSamplers> m_colorSamplers;
     MadeOnce<PluginLoader<ScreenStreams>> m_screenStreams;
     MadeOnce<ScreenStreams> m_noScreenStreams;
+    std::unique_ptr<ToolkitScale> m_toolkitScale;
 };
 
 } // namespace tavrine

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include <private/qhighdpiscaling_p.h>
+
 namespace tavrine {
 namespace {
 
@@ -27,6 +29,15 @@ const QScreen *toolkitDisplay(quint32 number) {
     const auto found = std::find_if(screens.begin(), screens.end(),
                                     [number](const QScreen *each) { return numberOf(*each) == number; });
     return found == screens.end() ? nullptr : *found;
+}
+
+ScreenStreamConfiguration inCompositorsPoints(quint32 display, ScreenStreamConfiguration configuration) {
+    if (const QScreen *screen = toolkitDisplay(display); screen && screen->handle()) {
+        const double factor = QHighDpiScaling::factor(screen);
+        const QRectF &source = configuration.sourceRect;
+        configuration.sourceRect = QRectF(source.topLeft() * factor, source.size() * factor);
+    }
+    return configuration;
 }
 
 std::optional<StreamPlan> planOfOutput(quint32 number, const ScreenStreamConfiguration &configuration) {

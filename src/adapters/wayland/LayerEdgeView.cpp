@@ -81,6 +81,7 @@ void LayerEdgeView::appear() {
     if (!screen)
         return;
     stand(false);
+    windowHandle()->setGeometry(geometry()); // its points may have another size than when it was last shown
     m_role = std::make_unique<LayerRole>(m_shell, *windowHandle(), *screen, place(), [this] {
         QMetaObject::invokeMethod( // its screen is gone
             this,

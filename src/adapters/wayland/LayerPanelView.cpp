@@ -108,6 +108,7 @@ void LayerPanelView::appear() {
         return;
     windowHandle()->setScreen(screen);
     setGeometry(m_frame.marginsAdded(room()));
+    windowHandle()->setGeometry(geometry()); // its points may have another size than when it was last shown
     m_role = std::make_unique<LayerRole>(m_shell, *windowHandle(), *screen, place(), [this] {
         QMetaObject::invokeMethod(
             this, [this] { closed(); }, Qt::QueuedConnection);

@@ -4,6 +4,7 @@
 #include "adapters/wayland/LayerRole.h"
 #include "adapters/wayland/LayerShell.h"
 #include "adapters/wayland/PopupRole.h"
+#include "adapters/wayland/ToolkitPoints.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -140,11 +141,13 @@ void LayerPopups::openPopup(QWidget &widget, QWindow &parent) {
         of.popup = popup->role->surface();
     else
         of.layer = floatingRoleOf(&parent)->role();
-    auto role = std::make_unique<PopupRole>(m_shell, *widget.windowHandle(), of, widget.geometry().translated(-corner),
-                                            [closing = QPointer(&widget)] {
-                                                if (closing)
-                                                    closeSoon(*closing);
-                                            });
+    auto role = std::make_unique<PopupRole>(
+        m_shell, *widget.windowHandle(), of,
+        toolkitPoints::toCompositor(widget.geometry().translated(-corner), toolkitPoints::factor(parent.screen())),
+        [closing = QPointer(&widget)] {
+            if (closing)
+                closeSoon(*closing);
+        });
     if (!role->isGiven()) // what is painted on it then would be the end of the connection
         return closeSoon(widget);
     m_popups.push_back(std::make_unique<Popup>(Popup{&widget, std::move(role)}));

@@ -1,6 +1,7 @@
 #include "adapters/wayland/LayerRole.h"
 
 #include "adapters/wayland/LayerShell.h"
+#include "adapters/wayland/ToolkitPoints.h"
 
 #include <QRegion>
 #include <QScreen>
@@ -27,6 +28,7 @@ LayerRole::LayerRole(LayerShell &shell, QWindow &window, QScreen &screen, const 
                      std::function<void()> onClosed)
     : m_shell(shell), m_screen(&screen), m_onClosed(std::move(onClosed)), m_place(place),
       m_surface(shell.surfaceOf(window)) {
+    m_shell.add(*this);
     if (!m_surface)
         return;
     static constexpr zwlr_layer_surface_v1_listener listener{
@@ -59,6 +61,7 @@ LayerRole::LayerRole(LayerShell &shell, QWindow &window, QScreen &screen, const 
 }
 
 LayerRole::~LayerRole() {
+    m_shell.remove(*this);
     if (m_role)
         zwlr_layer_surface_v1_destroy(m_role);
 }
@@ -74,9 +77,10 @@ void LayerRole::setPlace(const LayerPlace &place) {
 }
 
 void LayerRole::apply(const LayerPlace &place) {
-    const QPoint at = place.rect.topLeft() - (m_screen ? m_screen->geometry().topLeft() : QPoint());
-    zwlr_layer_surface_v1_set_size(m_role, static_cast<std::uint32_t>(std::max(1, place.rect.width())),
-                                   static_cast<std::uint32_t>(std::max(1, place.rect.height())));
+    const QPoint corner = m_screen ? m_screen->geometry().topLeft() : QPoint();
+    const QRect at = toolkitPoints::toCompositor(place.rect.translated(-corner), toolkitPoints::factor(m_screen));
+    zwlr_layer_surface_v1_set_size(m_role, static_cast<std::uint32_t>(std::max(1, at.width())),
+                                   static_cast<std::uint32_t>(std::max(1, at.height())));
     zwlr_layer_surface_v1_set_margin(m_role, at.y(), 0, 0, at.x());
     zwlr_layer_surface_v1_set_keyboard_interactivity(m_role, place.takesKeyboard ? 1 : 0);
     wl_surface_commit(m_surface);
@@ -86,7 +90,11 @@ void LayerRole::apply(const LayerPlace &place) {
 void LayerRole::setInputRegion(const QRegion &region) {
     if (!m_role)
         return;
-    m_shell.setInputRegion(m_surface, &region);
+    const double factor = toolkitPoints::factor(m_screen);
+    QRegion input;
+    for (const QRect &part : region)
+        input += toolkitPoints::toCompositor(part, factor);
+    m_shell.setInputRegion(m_surface, &input);
     wl_surface_commit(m_surface);
     m_shell.flush();
 }

@@ -17,7 +17,7 @@ class LayerShell;
 
 /// How a window stands on its screen.
 struct LayerPlace {
-    QRect rect; ///< in the toolkit's plane
+    QRect rect; ///< in the toolkit's plane and points
     bool takesKeyboard = false;
     bool isOverFullScreen = true; ///< and over every other that is not
     bool operator==(const LayerPlace &) const = default;
@@ -43,6 +43,8 @@ public:
     void setPlace(const LayerPlace &place);
     /// Where it takes the mouse, in the window's own points.
     void setInputRegion(const QRegion &region);
+    /// As when the compositor takes the window away: it is to be shown anew.
+    void retire() const { m_onClosed(); }
 
 private:
     void apply(const LayerPlace &place);

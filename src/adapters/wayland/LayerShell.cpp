@@ -1,5 +1,7 @@
 #include "adapters/wayland/LayerShell.h"
 
+#include "adapters/wayland/LayerRole.h"
+
 #include <QGuiApplication>
 #include <QRegion>
 #include <QScreen>
@@ -133,6 +135,13 @@ wl_data_device *LayerShell::makeDataDevice() const {
     auto *native = m_dragging ? toolkit() : nullptr;
     auto *seat = native ? static_cast<wl_seat *>(native->nativeResourceForIntegration("wl_seat")) : nullptr;
     return seat ? wl_data_device_manager_get_data_device(m_dragging, seat) : nullptr;
+}
+
+void LayerShell::showAnew() const {
+    const auto roles = m_roles; // some go
+    for (const LayerRole *role : roles)
+        if (std::find(m_roles.begin(), m_roles.end(), role) != m_roles.end())
+            role->retire();
 }
 
 void LayerShell::flush() const {

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <functional>
+#include <vector>
 
 #include <wayland-client.h>
 
@@ -12,6 +13,8 @@ struct xdg_wm_base;
 struct zwlr_layer_shell_v1;
 
 namespace tavrine {
+
+class LayerRole;
 
 /// The layer shell on the toolkit's own connection: a bare surface of the toolkit's gets its role from here. Lives on
 /// the main thread; outlives the roles.
@@ -46,6 +49,12 @@ public:
     /// Hears of what is dragged over the windows, as the toolkit's own does. Null without a seat.
     [[nodiscard]] wl_data_device *makeDataDevice() const;
 
+    /// The roles that there are, while they are.
+    void add(const LayerRole &role) { m_roles.push_back(&role); }
+    void remove(const LayerRole &role) { std::erase(m_roles, &role); }
+    /// The toolkit's points have another size: what floats is shown anew.
+    void showAnew() const;
+
     /// While something is dragged out of a window of this program, which is the drag's as long as it lasts.
     void setDragging(bool is) { m_isDragging = is; }
     [[nodiscard]] bool isDragging() const { return m_isDragging; }
@@ -60,6 +69,7 @@ private:
     zwlr_layer_shell_v1 *m_shell = nullptr;
     xdg_wm_base *m_popups = nullptr;
     wl_data_device_manager *m_dragging = nullptr;
+    std::vector<const LayerRole *> m_roles;
     bool m_isDragging = false;
 };
 

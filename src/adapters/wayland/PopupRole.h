@@ -24,7 +24,7 @@ public:
         zwlr_layer_surface_v1 *layer = nullptr;
         xdg_surface *popup = nullptr;
     };
-    /// `rect` is in the parent's own points. `onDone` is called when the compositor has put it away.
+    /// `rect` is within the parent, in the compositor's points. `onDone` is called when the compositor has put it away.
     PopupRole(LayerShell &shell, QWindow &window, const Parent &parent, const QRect &rect,
               std::function<void()> onDone);
     ~PopupRole();

@@ -1,6 +1,7 @@
 #include "adapters/wayland/WaylandScreens.h"
 
 #include "adapters/wayland/ScreenQuestions.h"
+#include "adapters/wayland/ToolkitPoints.h"
 #include "base/Time.h"
 
 #include <QGuiApplication>
@@ -67,12 +68,13 @@ Screen WaylandScreens::describe(const QScreen &screen) const {
     const QRect whole = screen.geometry();
     QRect usable = whole;
     double scale = screen.devicePixelRatio();
+    const double factor = toolkitPoints::factor(&screen);
     QString name = screen.model().isEmpty() ? screen.name() : screen.model();
     if (const OutputFacts *facts = m_table.find(screen.name())) {
         if (!facts->pixels.isEmpty() && !facts->logical.isEmpty())
-            scale = double(facts->pixels.width()) / facts->logical.width();
+            scale = factor * facts->pixels.width() / facts->logical.width();
         if (!facts->usable.isEmpty()) {
-            const QSize left = facts->usable.boundedTo(whole.size());
+            const QSize left = (facts->usable / factor).boundedTo(whole.size());
             const int taken = whole.height() - left.height();
             usable.setSize(left);
             if (taken <= highestBar)
@@ -121,7 +123,7 @@ PointerReading WaylandScreens::pointer() const {
     if (!m_trace.isOver() && !m_trace.isPolled() && QGuiApplication::screens().size() > 1 &&
         (!m_sincePointer.isValid() || m_sincePointer.elapsed() > answerHolds)) {
         if (const auto place = askForPointer())
-            m_trace.setPlace(*place);
+            m_trace.setPlace(toolkitPoints::fromCompositorsPlane(*place));
         m_sincePointer.start();
     }
     return {.location = flippedPoint(m_trace.place()), .pressedButtons = m_trace.pressedButtons()};

@@ -35,6 +35,8 @@ public:
     [[nodiscard]] std::unique_ptr<PointerWatch> watchPointer(Time &time, Seconds interval,
                                                              std::function<void()> handler) override;
     [[nodiscard]] Token onChange(std::function<void()> handler) override { return m_changes.add(std::move(handler)); }
+    /// The toolkit's points have another size, of which it tells nobody.
+    void tellChange() { m_changes.tell(); }
 
 private:
     [[nodiscard]] Screen describe(const QScreen &screen) const;

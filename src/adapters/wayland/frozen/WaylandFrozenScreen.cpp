@@ -2,6 +2,7 @@
 
 #include "adapters/wayland/frozen/OutputPictures.h"
 #include "adapters/wayland/frozen/SwayWindows.h"
+#include "adapters/wayland/text/TextScale.h"
 
 #include <algorithm>
 #include <cmath>
@@ -69,8 +70,9 @@ bool WaylandFrozenScreen::freeze() {
     if (whole.isEmpty() || qint64{whole.width()} * whole.height() > mostPixels)
         return false;
     m_isOnePlane = haveOneScale(m_frozen);
+    const double text = textScaleOfSession();
     for (size_t i = 0; i < m_places.size(); ++i)
-        m_monitors.push_back({m_places[i], std::max(m_frozen[i].scale(), 1.0)});
+        m_monitors.push_back({m_places[i], std::max(m_frozen[i].scale() * text, 1.0)});
     OutputPictures pictures(*m_link, m_globals.shm, m_frozen, m_places);
     pictures.begin();
     // While the compositor copies: nothing of it is seen before `show`.

@@ -16,8 +16,9 @@ public:
 };
 
 std::unique_ptr<ScreenStream> WaylandScreenStreams::makeStream(const ScreenContentFilter &filter,
-                                                               const ScreenStreamConfiguration &configuration,
+                                                               const ScreenStreamConfiguration &wanted,
                                                                Handlers handlers) {
+    const ScreenStreamConfiguration configuration = inCompositorsPoints(filter.displayID, wanted);
     return std::make_unique<ThreadedScreenStream>(
         planOfOutput(filter.displayID, configuration),
         [configuration](const StreamPlan &each, ThreadedScreenStream::Session &session) {

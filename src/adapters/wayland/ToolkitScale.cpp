@@ -1,0 +1,95 @@
+#include "adapters/wayland/ToolkitScale.h"
+
+#include "adapters/linux/SessionBus.h"
+#include "adapters/wayland/text/TextScale.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDBusServiceWatcher>
+#include <QDBusVariant>
+
+#include <cmath>
+
+#include <private/qhighdpiscaling_p.h>
+
+namespace tavrine {
+namespace {
+
+const auto service = QStringLiteral("org.freedesktop.portal.Desktop");
+const auto path = QStringLiteral("/org/freedesktop/portal/desktop");
+const auto interface = QStringLiteral("org.freedesktop.portal.Settings");
+const auto group = QStringLiteral("org.gnome.desktop.interface");
+const auto key = QStringLiteral("text-scaling-factor");
+constexpr double same = 0.001;
+
+double ownFactor() {
+    const double told = qEnvironmentVariable("QT_SCALE_FACTOR").toDouble();
+    return told > 0 ? told : 1;
+}
+
+/// The toolkit advises against a change while there are windows: theirs are given their places anew.
+void setFactor(double factor) {
+    const QtMessageHandler usual =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    QHighDpiScaling::setGlobalFactor(factor);
+    qInstallMessageHandler(usual);
+}
+
+} // namespace
+
+ToolkitScale::ToolkitScale(std::function<void()> onChange) : m_onChange(std::move(onChange)), m_own(ownFactor()) {
+    if (qEnvironmentVariableIsSet("QT_WAYLAND_FORCE_DPI"))
+        return;
+    show(textScaleOfFiles().value_or(1));
+    sessionBus::follow(this, [this](const QDBusConnection &bus) {
+        m_watcher.reset();
+        if (bus.isConnected())
+            follow(bus);
+    });
+}
+
+ToolkitScale::~ToolkitScale() = default;
+
+void ToolkitScale::follow(const QDBusConnection &bus) {
+    m_watcher = std::make_unique<QDBusServiceWatcher>(service, bus, QDBusServiceWatcher::WatchForRegistration);
+    connect(m_watcher.get(), &QDBusServiceWatcher::serviceRegistered, this, [this, bus] { ask(bus); });
+    // No service name: with one, QtDBus would wait for the bus to tell who has it.
+    QDBusConnection(bus).connect(QString(), path, interface, QStringLiteral("SettingChanged"), this,
+                                 SLOT(settingChanged(QString, QString, QDBusVariant)));
+    ask(bus);
+}
+
+void ToolkitScale::ask(const QDBusConnection &bus) {
+    auto call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
+    call << group << key;
+    call.setAutoStartService(false);
+    sessionBus::ask(bus, call, this, [this](const QDBusPendingCall &answer) {
+        const QVariantList values = answer.isError() ? QVariantList() : answer.reply().arguments();
+        if (!values.isEmpty())
+            take(values.first());
+    });
+}
+
+void ToolkitScale::settingChanged(const QString &changedGroup, const QString &changedKey, const QDBusVariant &value) {
+    if (changedGroup == group && changedKey == key)
+        take(value.variant());
+}
+
+void ToolkitScale::take(const QVariant &value) {
+    QVariant plain = value;
+    for (int i = 0; i < 4 && plain.userType() == qMetaTypeId<QDBusVariant>(); ++i) // portals wrap it once more
+        plain = plain.value<QDBusVariant>().variant();
+    const auto told = plain.userType() == QMetaType::Double ? sensibleTextScale(plain.toDouble()) : std::nullopt;
+    if (told)
+        show(*told);
+}
+
+void ToolkitScale::show(double scale) {
+    if (std::abs(scale - m_shown) < same)
+        return;
+    m_shown = scale;
+    setFactor(m_own * scale);
+    m_onChange();
+}
+
+} // namespace tavrine
