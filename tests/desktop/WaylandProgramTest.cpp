@@ -172,12 +172,14 @@ TEST_F(WaylandProgram, keepAwakeIsSwitchedOnInTheMenuAndEndsWithTheProgram) {
     EXPECT_TRUE(waitUntil([&session] { return session.held().isEmpty(); }));
 }
 
-/// What is to be seen at a place of the layout, by another program. On sway.
-QRgb seenAt(QPoint place) {
-    const QString area = QStringLiteral("%1,%2 1x1").arg(place.x()).arg(place.y());
+/// What is to be seen in a part of the layout, by another program. On sway.
+QImage seenIn(const QRect &part) {
+    const QString area = QStringLiteral("%1,%2 %3x%4").arg(part.x()).arg(part.y()).arg(part.width()).arg(part.height());
     return QImage::fromData(outputOf(QStringLiteral("grim"), {QStringLiteral("-t"), QStringLiteral("ppm"),
-                                                              QStringLiteral("-g"), area, QStringLiteral("-")}))
-        .pixel(0, 0);
+                                                              QStringLiteral("-g"), area, QStringLiteral("-")}));
+}
+QRgb seenAt(QPoint place) {
+    return seenIn({place, QSize(1, 1)}).pixel(0, 0);
 }
 
 /// On sway, with a second output of another scale at the right.
@@ -317,6 +319,33 @@ TEST_F(WaylandBar, aClickOnTheItemInABarOpensTheMenu) {
     EXPECT_TRUE(opensWith([this] { hand.click(item()); }));
     EXPECT_TRUE(waitUntil([&] { return seenAt(above) != field; }));
     EXPECT_EQ(seenAt(corner), field);
+}
+
+/// As by a bar's own keys: the pointer is elsewhere, and the item is taken to be at the end of the bar.
+TEST_F(WaylandBar, aPressByAKeyOpensTheMenuAtTheBar) {
+    ASSERT_TRUE(start());
+    const QRect edgeOfTheMenu(1280 - 284, 0, 1, 720); // plain ground from its top to its bottom
+    EXPECT_TRUE(opensWith([this] {
+        (void)outputOf(QStringLiteral("gdbus"),
+                       {QStringLiteral("call"), QStringLiteral("--session"), QStringLiteral("--dest"),
+                        QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(program.processId()),
+                        QStringLiteral("--object-path"), QStringLiteral("/StatusNotifierItem"),
+                        QStringLiteral("--method"), QStringLiteral("org.kde.StatusNotifierItem.Activate"),
+                        QStringLiteral("0"), QStringLiteral("0")});
+    }));
+    int top = -1;
+    int bottom = -1;
+    EXPECT_TRUE(waitUntil([&] {
+        const QImage seen = seenIn(edgeOfTheMenu);
+        const QRgb ground = seen.pixel(0, 360);
+        for (top = 0; seen.pixel(0, top) != ground;)
+            ++top;
+        for (bottom = 719; seen.pixel(0, bottom) != ground;)
+            --bottom;
+        return ground != field && bottom - top > 400;
+    }));
+    EXPECT_LT(680 - bottom, 20); // the bar is 40 high
+    EXPECT_GT(top, 60);
 }
 
 /// Until it is let go, the pointer belongs to the bar, and nobody else is told where it is.
