@@ -321,33 +321,6 @@ TEST_F(WaylandBar, aClickOnTheItemInABarOpensTheMenu) {
     EXPECT_EQ(seenAt(corner), field);
 }
 
-/// As by a bar's own keys: the pointer is elsewhere, and the item is taken to be at the end of the bar.
-TEST_F(WaylandBar, aPressByAKeyOpensTheMenuAtTheBar) {
-    ASSERT_TRUE(start());
-    const QRect edgeOfTheMenu(1280 - 284, 0, 1, 720); // plain ground from its top to its bottom
-    EXPECT_TRUE(opensWith([this] {
-        (void)outputOf(QStringLiteral("gdbus"),
-                       {QStringLiteral("call"), QStringLiteral("--session"), QStringLiteral("--dest"),
-                        QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(program.processId()),
-                        QStringLiteral("--object-path"), QStringLiteral("/StatusNotifierItem"),
-                        QStringLiteral("--method"), QStringLiteral("org.kde.StatusNotifierItem.Activate"),
-                        QStringLiteral("0"), QStringLiteral("0")});
-    }));
-    int top = -1;
-    int bottom = -1;
-    EXPECT_TRUE(waitUntil([&] {
-        const QImage seen = seenIn(edgeOfTheMenu);
-        const QRgb ground = seen.pixel(0, 360);
-        for (top = 0; seen.pixel(0, top) != ground;)
-            ++top;
-        for (bottom = 719; seen.pixel(0, bottom) != ground;)
-            --bottom;
-        return ground != field && bottom - top > 400;
-    }));
-    EXPECT_LT(680 - bottom, 20); // the bar is 40 high
-    EXPECT_GT(top, 60);
-}
-
 /// Until it is let go, the pointer belongs to the bar, and nobody else is told where it is.
 TEST_F(WaylandBar, aButtonHeldOnTheItemOpensTheMenuThereToo) {
     ASSERT_TRUE(start());
