@@ -4,7 +4,6 @@
 #include "adapters/wayland/WaylandLink.h"
 
 #include <QPoint>
-#include <QRectF>
 
 #include <algorithm>
 #include <memory>
@@ -43,7 +42,6 @@ Qt::KeyboardModifiers modifiersOf(std::uint32_t mask) {
 class Question {
 public:
     enum class Keyboard { left, taken };
-    enum class Part { whole, free };
     struct Output {
         wl_output *output = nullptr;
         QPoint place;
@@ -54,8 +52,8 @@ public:
         Question *question = nullptr;
         const Output *output = nullptr;
         wl_surface *surface = nullptr;
-        zwlr_layer_surface_v1 *role = nullptr;
-        QSize size;
+        int width = 1;
+        int height = 1;
     };
 
     explicit Question(std::chrono::milliseconds patience = longest) : m_end(Clock::now() + patience), m_link(patience) {
@@ -82,25 +80,6 @@ public:
             show(output.get());
         waitFor([this] { return m_place.has_value(); });
         return m_place;
-    }
-
-    [[nodiscard]] std::optional<PointerOnOutput> pointerOnOutput(double nearToEdge) {
-        const auto place = pointer();
-        if (!place)
-            return std::nullopt;
-        const Output *const output = m_under->output;
-        const QRectF inside =
-            QRectF(output->place, m_under->size).adjusted(nearToEdge, nearToEdge, -nearToEdge, -nearToEdge);
-        if (!inside.contains(*place))
-            return PointerOnOutput{*place, std::nullopt};
-        hideAll();
-        m_place.reset();
-        m_end = std::min(m_end, Clock::now() + longest);
-        show(output, Keyboard::left, Part::free);
-        waitFor([this] { return m_place.has_value(); });
-        // Both count from the output's corner, and the second one from where it is free.
-        return PointerOnOutput{*place,
-                               m_place ? std::optional(QPointF(output->place) + *place - *m_place) : std::nullopt};
     }
 
     [[nodiscard]] Qt::KeyboardModifiers modifiers() {
@@ -157,16 +136,7 @@ private:
         return m_link.finish(timeLeft()) && (m_capabilities & capability) ? seat : nullptr;
     }
 
-    void hideAll() {
-        for (const auto &each : m_surfaces) {
-            zwlr_layer_surface_v1_destroy(each->role);
-            wl_surface_destroy(each->surface);
-        }
-        m_surfaces.clear();
-        m_under = nullptr;
-    }
-
-    void show(const Output *output, Keyboard keyboard = Keyboard::left, Part part = Part::whole) {
+    void show(const Output *output, Keyboard keyboard = Keyboard::left) {
         static constexpr zwlr_layer_surface_v1_listener listener{
             .configure =
                 [](void *data, zwlr_layer_surface_v1 *role, std::uint32_t serial, std::uint32_t width,
@@ -190,9 +160,8 @@ private:
         wl_surface_add_listener(shown.surface, &surfaceListener, &shown);
         auto *role = zwlr_layer_shell_v1_get_layer_surface(m_shell, shown.surface, output ? output->output : nullptr,
                                                            ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, "tavrine-question");
-        shown.role = role;
         zwlr_layer_surface_v1_add_listener(role, &listener, &shown);
-        zwlr_layer_surface_v1_set_exclusive_zone(role, part == Part::whole ? -1 : 0);
+        zwlr_layer_surface_v1_set_exclusive_zone(role, -1);
         zwlr_layer_surface_v1_set_anchor(role, output ? everyEdge : oneEdge);
         zwlr_layer_surface_v1_set_size(role, output ? 0 : 1, output ? 0 : 1);
         zwlr_layer_surface_v1_set_keyboard_interactivity(role, keyboard == Keyboard::taken ? 1 : 0);
@@ -204,8 +173,7 @@ private:
         wl_surface_commit(shown.surface);
     }
 
-    void paint(Surface &surface, int width, int height) {
-        surface.size = {width, height};
+    void paint(const Surface &surface, int width, int height) {
         wp_viewport *viewport = wp_viewporter_get_viewport(m_viewporter, surface.surface);
         wp_viewport_set_destination(viewport, width, height);
         wl_surface_attach(surface.surface, m_buffer->get(), 0, 0);
@@ -232,11 +200,9 @@ private:
                 [](void *self, wl_pointer *, std::uint32_t, wl_surface *surface, wl_fixed_t x, wl_fixed_t y) {
                     auto *question = static_cast<Question *>(self);
                     for (const auto &each : question->m_surfaces)
-                        if (each->surface == surface && each->output) {
-                            question->m_under = each.get();
+                        if (each->surface == surface && each->output)
                             question->m_place =
                                 QPointF(each->output->place) + QPointF(wl_fixed_to_double(x), wl_fixed_to_double(y));
-                        }
                 },
             .leave = [](void *, wl_pointer *, std::uint32_t, wl_surface *) {},
             .motion = [](void *, wl_pointer *, std::uint32_t, wl_fixed_t, wl_fixed_t) {},
@@ -272,7 +238,6 @@ private:
     std::vector<std::unique_ptr<Output>> m_outputs;
     std::vector<std::unique_ptr<Surface>> m_surfaces;
     std::optional<QPointF> m_place;
-    const Surface *m_under = nullptr; ///< the pointer
     wl_output *m_entered = nullptr;
     std::optional<Qt::KeyboardModifiers> m_modifiers;
     std::uint32_t m_capabilities = 0;
@@ -281,7 +246,7 @@ private:
     wl_compositor *m_compositor = nullptr;
     zwlr_layer_shell_v1 *m_shell = nullptr;
     wp_viewporter *m_viewporter = nullptr;
-    Clock::time_point m_end;
+    const Clock::time_point m_end;
     WaylandLink m_link;
     std::unique_ptr<ClearBuffer> m_buffer;
 };
@@ -290,10 +255,6 @@ private:
 
 std::optional<QPointF> askForPointer(std::chrono::milliseconds patience) {
     return Question(patience).pointer();
-}
-
-std::optional<PointerOnOutput> askForPointerOnOutput(std::chrono::milliseconds patience, double nearToEdge) {
-    return Question(patience).pointerOnOutput(nearToEdge);
 }
 
 QString askForOutput() {

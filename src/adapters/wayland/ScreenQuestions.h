@@ -18,16 +18,6 @@ namespace tavrine {
 /// who can wait until it is let go.
 [[nodiscard]] std::optional<QPointF> askForPointer(std::chrono::milliseconds patience = std::chrono::milliseconds(100));
 
-/// The pointer and, on its output, the corner from which on panels of the desktop leave it free. Compositors tell only
-/// how much is free: where that begins is found by the pointer's place in it, so it is not asked for while the pointer
-/// is so near to an edge of the output that it may be over such a panel.
-struct PointerOnOutput {
-    QPointF place;
-    std::optional<QPointF> freeCorner;
-};
-[[nodiscard]] std::optional<PointerOnOutput> askForPointerOnOutput(std::chrono::milliseconds patience,
-                                                                   double nearToEdge);
-
 /// The name of the output on which the compositor would put a new window: that of the window with the keyboard. Empty
 /// where it does not say.
 [[nodiscard]] QString askForOutput();

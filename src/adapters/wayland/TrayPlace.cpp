@@ -23,20 +23,8 @@ bool isAtAnEdge(QPointF place, const QRectF &screen) {
     return !screen.adjusted(highestBar, highestBar, -highestBar, -highestBar).contains(place);
 }
 
-/// The end of the bar that leaves `free` of the screen.
-QPointF endOfBar(const QRectF &screen, const QRectF &free) {
-    constexpr double narrowest = 4; // points; the pointer may have moved between two answers
-    if (free.top() - screen.top() > narrowest)
-        return free.topRight();
-    if (screen.bottom() - free.bottom() > narrowest)
-        return free.bottomRight();
-    if (free.left() - screen.left() > narrowest)
-        return free.bottomLeft();
-    return screen.right() - free.right() > narrowest ? free.bottomRight() : free.topRight();
-}
-
-QPoint placeOf(const std::optional<PointerOnOutput> &told, const Screens &screens) {
-    const auto pointer = told ? std::optional(toolkitPoints::fromCompositorsPlane(told->place)) : std::nullopt;
+QPoint placeOf(std::optional<QPointF> told, const Screens &screens) {
+    const auto pointer = told ? std::optional(toolkitPoints::fromCompositorsPlane(*told)) : std::nullopt;
     std::optional<Screen> under;
     const QList<Screen> all = screens.screens();
     for (const Screen &screen : all)
@@ -45,12 +33,7 @@ QPoint placeOf(const std::optional<PointerOnOutput> &told, const Screens &screen
     if (under && isAtAnEdge(*pointer, screens.toolkitRect(under->frame)))
         return pointer->toPoint();
     const auto screen = under ? under : screens.mainScreen();
-    if (!screen)
-        return {};
-    QRectF free = screens.toolkitRect(screen->visibleFrame);
-    if (under && told->freeCorner)
-        free.moveTopLeft(toolkitPoints::fromCompositorsPlane(*told->freeCorner));
-    return endOfBar(screens.toolkitRect(screen->frame), free).toPoint();
+    return screen ? screens.toolkitRect(screen->visibleFrame).topRight().toPoint() : QPoint();
 }
 
 } // namespace
@@ -63,7 +46,7 @@ void TrayPlace::operator()(std::function<void(QPoint)> found) const {
         return;
     *m_queue = std::make_unique<SerialQueue>(QStringLiteral("com.tavrine.tray"));
     (*m_queue)->async([&screens = m_screens, queue = std::weak_ptr(m_queue), found = std::move(found)] {
-        onMainThread([&screens, queue, found, pointer = askForPointerOnOutput(longestPress, highestBar)] {
+        onMainThread([&screens, queue, found, pointer = askForPointer(longestPress)] {
             const auto asked = queue.lock();
             if (!asked)
                 return;
