@@ -75,7 +75,16 @@ protected:
                     },
                 .saveRecording = [this](const QString &path, const QString &name,
                                         RecordingPreview::Saving::Then then) { save(path, name, std::move(then)); }},
-            ScreenRecorder::Views{});
+            views());
+    }
+    /// None but the border's, of which it is written down where it was wanted.
+    [[nodiscard]] ScreenRecorder::Views views() {
+        ScreenRecorder::Views views;
+        views.border = [this](const QRectF &appKitRect, const Screen &screen) -> QWidget * {
+            borders.append({appKitRect, screen.number});
+            return nullptr;
+        };
+        return views;
     }
     /// As the history does it: moves the movie and puts it on the pasteboard.
     void save(const QString &path, const QString &name, const RecordingPreview::Saving::Then &then) {
@@ -177,6 +186,7 @@ protected:
     std::optional<QString> shots = home.filePath(text("Shots"));
     std::optional<QString> savedAs; ///< another name than the one that was asked for
     QString customFolder;
+    QList<std::pair<QRectF, quint32>> borders; ///< the area, with its origin at the bottom left, and its screen
     QStringList events;
     QStringList toasts;
     QStringList saved;

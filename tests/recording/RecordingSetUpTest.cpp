@@ -238,6 +238,43 @@ TEST_F(RecordingSetUp, aQuestionForTheMicrophoneThatWasLeftOpenIsAskedOnceMore) 
     EXPECT_THAT(writers.movies, IsEmpty());
 }
 
+TEST_F(RecordingSetUp, aRefusalThatReadsAsAPermissionDoesNothing) {
+    auto &card = selectArea();
+    card.flipSystemAudio();
+    card.start();
+    events.clear();
+    access.answerMicrophone(false);
+    access.setMicrophone(MicrophoneAuthorization::authorized); // given elsewhere, before the answer is looked at
+    time.advance(1min);
+    EXPECT_TRUE(recorder->overlayWindow());
+    EXPECT_THAT(events, IsEmpty());
+    EXPECT_EQ(access.microphonePrompts(), 1);
+    EXPECT_THAT(writers.movies, IsEmpty());
+}
+
+TEST_F(RecordingSetUp, aMicrophoneThatIsRestrictedShowsThePromptAndRecordsNothing) {
+    access.setMicrophone(MicrophoneAuthorization::restricted);
+    auto &card = selectArea();
+    card.flipSystemAudio();
+    card.start();
+    time.advance(1min);
+    EXPECT_EQ(events.last(), text("microphone alert"));
+    EXPECT_EQ(access.microphonePrompts(), 0);
+    EXPECT_THAT(writers.movies, IsEmpty());
+}
+
+TEST_F(RecordingSetUp, aRefusalThatReadsAsARestrictionShowsThePromptAndRecordsNothing) {
+    auto &card = selectArea();
+    card.flipSystemAudio();
+    card.start();
+    access.answerMicrophone(false);
+    access.setMicrophone(MicrophoneAuthorization::restricted);
+    time.advance(1min);
+    EXPECT_EQ(events.last(), text("microphone alert"));
+    EXPECT_EQ(access.microphonePrompts(), 1);
+    EXPECT_THAT(writers.movies, IsEmpty());
+}
+
 TEST_F(RecordingSetUp, twoPressesOnStartAreOneRecording) {
     auto &card = selectArea();
     card.flipSystemAudio();

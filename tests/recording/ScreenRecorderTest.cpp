@@ -30,6 +30,30 @@ TEST_F(Recorder, theBorderAndTheBarAreThereBeforeTheRecordingAndAreLeftOutOfIt) 
                 ElementsAre(border.windowNumber(), bar.windowNumber()));
 }
 
+TEST_F(Recorder, theBorderLiesRoundTheAreaInThePlaneWithItsOriginAtTheBottom) {
+    selectArea({100, 200, 320, 240}).start();
+    time.runPending();
+    EXPECT_EQ(borders, (QList<std::pair<QRectF, quint32>>{{QRectF(100, 460, 320, 240), 1}}));
+}
+
+TEST_F(Recorder, theScreenUnderThePointerIsRecordedInItsOwnPixels) {
+    const Screen left = screens.screens().first();
+    Screen right = left;
+    right.number = 2;
+    right.scale = 2;
+    right.frame = right.visibleFrame = QRectF(1440, 100, 800, 600);
+    screens.setScreens({left, right});
+    screens.setMouseLocation({1500, 300});
+    streams.setContent({.displays = {{1}, {2}}, .windows = {}});
+    record();
+    const auto &stream = *streams.streams().front();
+    EXPECT_EQ(stream.filter.displayID, 2U);
+    EXPECT_EQ(stream.configuration.sourceRect, QRectF(100, 200, 320, 240));
+    EXPECT_EQ(stream.configuration.width, 640);
+    EXPECT_EQ(stream.configuration.height, 480);
+    EXPECT_EQ(borders, (QList<std::pair<QRectF, quint32>>{{QRectF(100, 160, 320, 240), 2}}));
+}
+
 /// A desktop whose pictures show all windows, with one screen of 1440 by 900 points.
 class RecorderOfAllWindows : public Recorder {
 protected:
