@@ -66,6 +66,29 @@ TEST_F(AppDelegateTest, aRestartWithoutAnEditorPausesSnipsAndResumes) {
     EXPECT_FALSE(manager().isPaused());
 }
 
+TEST_F(AppDelegateTest, aRestartHidesWhatIsNotProtectedAndBringsItBack) {
+    const auto rows = [this] {
+        std::vector<std::string> contents;
+        for (const ClipboardItem &each : manager().history())
+            contents.push_back(each.content.toStdString());
+        return contents;
+    };
+    ClipboardItem pinned = item(1h, std::nullopt);
+    pinned.content = text("pinned");
+    pinned.isPinned = true;
+    ClipboardItem recent = item(1min, std::nullopt);
+    recent.content = text("recent");
+    store({pinned, recent});
+    ASSERT_THAT(rows(), testing::UnorderedElementsAre("pinned", "recent"));
+    quietly([&] {
+        post("com.tavrine.restartSnip");
+        time.advance(2499ms);
+    });
+    EXPECT_THAT(rows(), ElementsAre("pinned"));
+    quietly([&] { time.advance(1ms); });
+    EXPECT_THAT(rows(), testing::UnorderedElementsAre("pinned", "recent"));
+}
+
 TEST_F(AppDelegateTest, aRestartFromTheEditorTakesTheEditorDownFirst) {
     const QPointer<QWidget> editor = showWindow(LargeWindows::Kind::editor);
     post("com.tavrine.restartSnip");
@@ -132,6 +155,32 @@ TEST_F(AppDelegateTest, theSettingsButtonsOfPanelAndPlayerDismissThePanelsAndOpe
         EXPECT_EQ(desktop.eventMonitors().globalCount(), atRest);
         EXPECT_TRUE(settings->isVisible());
         delete settings;
+    }
+}
+
+TEST_F(AppDelegateTest, eachSettingsButtonOpensThePageOfItsTool) {
+    using Case = std::pair<const char *, SidebarItem>;
+    for (const auto &[notice, page] : {Case("openClipboardSettingsRequested", SidebarItem::clipboard),
+                                       Case("openLofiSettingsRequested", SidebarItem::lofi)}) {
+        SCOPED_TRACE(notice);
+        quietly([&, name = notice] {
+            post(name); // without a window
+            time.advance(1s);
+        });
+        auto *settings = qobject_cast<MainAppView *>(window(LargeWindows::Kind::settings));
+        ASSERT_TRUE(settings);
+        EXPECT_EQ(settings->selection(), page);
+        settings->setSelection(SidebarItem::home);
+        quietly([&, name = notice] {
+            post(name); // with one that shows another page
+            time.advance(1s);
+        });
+        EXPECT_EQ(settings->selection(), page);
+        quietly([&, shown = settings] {
+            shown->close();
+            time.advance(1s);
+        });
+        ASSERT_FALSE(window(LargeWindows::Kind::settings));
     }
 }
 
