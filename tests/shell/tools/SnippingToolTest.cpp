@@ -5,9 +5,14 @@
 #include "capture/reading/QRLabelBubble.h"
 #include "shell/ShellTest.h"
 #include "support/Eventually.h"
+#include "upload/FakeWorker.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTest>
 
 namespace tavrine {
@@ -95,6 +100,41 @@ TEST_F(SnippingToolTest, theEditorsTwoScansReadThePicture) {
     editor.model().scanQr();
     EXPECT_TRUE(happens([&] { return editor.findChild<OCRResultView *>() && editor.findChild<QRLabelBubble *>(); }));
     EXPECT_THAT(desktop.screenCodeDetector().images(), IsEmpty());
+}
+
+// The worker writes down what it is given, beside itself in the folder of programs.
+TEST_F(SnippingToolTest, theEditorUploadsThePictureWithItsAnnotationsAndRestsTwoSecondsAfterTheLink) {
+    const test::FakeWorker worker(R"(cat > "$(dirname $0)/input"; echo '{"url":"https://i.example/1","logs":[]}')");
+    const QDir programs(home.filePath(text("bin")));
+    ASSERT_TRUE(programs.mkpath(text(".")) &&
+                QFile::copy(worker.path(), programs.filePath(text("TavrineUploadWorker"))));
+    desktop.keychain().store({text("com.veltrane.Tavrine"), text("cloudUploadScript")}, "return 1;");
+    defaults.set(text("cloudUploadEnabled"), true);
+    EditorModel &model = openEditor(picture(Qt::white)).model();
+    UploadButton *button = model.uploadButton();
+    ASSERT_TRUE(button);
+    ASSERT_TRUE(happens([&] { return button->isShown(); }));
+    DrawingPath line{.id = text("line"), .points = {{0, 0.5}, {1, 0.5}}, .color = Qt::red, .text = {}, .number = {}};
+    line.lineWidth = 6;
+    model.setDrawings({line});
+    model.upload();
+    ASSERT_TRUE(test::eventually([&] { // time stands still, for what follows is measured
+        time.runPending();
+        return button->state() == UploadButtonState::done;
+    }));
+    QFile input(programs.filePath(text("input")));
+    ASSERT_TRUE(input.open(QIODevice::ReadOnly));
+    const QString base64 = QJsonDocument::fromJson(input.readAll()).object().value(text("imageBase64")).toString();
+    const QImage sent = QImage::fromData(QByteArray::fromBase64(base64.toLatin1()), "PNG");
+    EXPECT_EQ(sent.size(), QSize(60, 40));
+    EXPECT_EQ(sent.pixelColor(30, 20), QColor(Qt::red));
+    EXPECT_EQ(sent.pixelColor(30, 2), QColor(Qt::white));
+    EXPECT_EQ(desktop.pasteboard().string(), text("https://i.example/1"));
+    time.advance(1999ms);
+    EXPECT_EQ(button->state(), UploadButtonState::done);
+    time.advance(1ms);
+    EXPECT_EQ(button->state(), UploadButtonState::idle);
+    EXPECT_TRUE(window(LargeWindows::Kind::editor)->isVisible());
 }
 
 TEST_F(SnippingToolTest, aScanOfTheScreenShowsItsCodes) {
