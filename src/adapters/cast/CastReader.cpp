@@ -77,8 +77,6 @@ struct CastEvents {
         if (state == PW_STREAM_STATE_ERROR || state == PW_STREAM_STATE_UNCONNECTED)
             reader->m_lost = QStringLiteral("The desktop has ended its pictures: ") +
                              QString::fromUtf8(error ? error : "it said nothing more.");
-        if (state == PW_STREAM_STATE_PAUSED && std::exchange(reader->m_looksAway, false))
-            pw_stream_set_active(reader->m_stream, true);
     }
     static void formatChanged(void *self, std::uint32_t id, const spa_pod *format) {
         if (format && id == SPA_PARAM_Format)
@@ -236,11 +234,9 @@ void CastReader::letGo() {
         pw_stream_queue_buffer(m_stream, std::exchange(m_picture, nullptr));
 }
 
-void CastReader::lookAgain() {
-    if (!m_stream || m_looksAway || pw_stream_get_state(m_stream, nullptr) != PW_STREAM_STATE_STREAMING)
-        return;
-    m_looksAway = true; // until PipeWire has stopped
-    pw_stream_set_active(m_stream, false);
+void CastReader::setLooking(bool isLooking) {
+    if (m_stream)
+        pw_stream_set_active(m_stream, isLooking);
 }
 
 } // namespace tavrine

@@ -45,9 +45,9 @@ public:
     void readLine(int y, int from, int count, std::uint32_t *into) const;
     /// The compositor may have its memory back.
     void letGo();
-    /// Looks away for a moment: compositors give their picture to who begins to look. For when none has come, as what
-    /// is given before PipeWire runs on both sides is lost, and a still screen gives no other.
-    void lookAgain();
+    /// Looks, as from the start, or away: compositors give their picture to who begins to look. For when none has come,
+    /// as what is given before PipeWire runs on both sides is lost, and a still screen gives no other.
+    void setLooking(bool isLooking);
 
 private:
     friend struct CastEvents;
@@ -67,7 +67,6 @@ private:
     bool m_cannotShrink = false; ///< its memory cannot end before its lines do
     QSize m_size;
     bool m_isRedFirst = false;
-    bool m_looksAway = false;
     std::optional<QString> m_lost;
 };
 

@@ -13,8 +13,10 @@ using Clock = std::chrono::steady_clock; // CLOCK_MONOTONIC
 
 /// A compositor that casts has given its first picture long before.
 constexpr MediaTime longestStart = 10s;
-/// Of one that has no time each pause is twice as long as the one before.
-constexpr MediaTime untilLookingAgain = 300ms;
+/// So long the first look for a picture lasts, and each that follows as much longer: some have no time.
+constexpr MediaTime firstLook = 300ms;
+/// A third of a look: until both sides have stopped, or nobody has begun to look.
+constexpr int lookForAway = 3;
 
 MediaTime now() {
     return Clock::now().time_since_epoch();
@@ -45,20 +47,23 @@ std::optional<QString> CastStreamLoop::open() {
 
 std::optional<QString> CastStreamLoop::awaitPicture() {
     const MediaTime end = now() + longestStart;
-    MediaTime pause = untilLookingAgain;
-    MediaTime next = now() + pause;
+    MediaTime look = firstLook;
+    MediaTime next = now() + look;
+    bool isLooking = true;
     while (!m_reader.hasPicture() && !m_session.isOver()) {
         if (auto error = trouble())
             return error;
         if (now() > end)
             return QStringLiteral("The desktop gives no picture of its screen.");
         if (now() > next) {
-            m_reader.lookAgain();
-            pause *= 2;
-            next = now() + pause;
+            isLooking = !isLooking;
+            m_reader.setLooking(isLooking);
+            look += isLooking ? firstLook : MediaTime::zero();
+            next = now() + (isLooking ? look : look / lookForAway);
         }
         sleepUntil(std::min(next, end));
     }
+    m_reader.setLooking(true); // one may come while it looks away
     return m_reader.hasPicture() ? trouble() : std::optional(QStringLiteral("The stream was stopped before it began."));
 }
 
