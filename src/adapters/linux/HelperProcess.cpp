@@ -3,6 +3,7 @@
 #include "adapters/linux/HelperStart.h"
 #include "base/ErrorText.h"
 
+#include <QCoreApplication>
 #include <QPointer>
 #include <QSocketNotifier>
 
@@ -51,7 +52,7 @@ void reapLater(pid_t pid) {
     const int ended = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
     if (ended < 0)
         return;
-    auto *notifier = new QSocketNotifier(ended, QSocketNotifier::Read);
+    auto *notifier = new QSocketNotifier(ended, QSocketNotifier::Read, QCoreApplication::instance());
     QObject::connect(notifier, &QSocketNotifier::activated, notifier, [notifier, pid, ended] {
         waitpid(pid, nullptr, WNOHANG);
         notifier->setEnabled(false);
