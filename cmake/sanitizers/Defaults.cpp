@@ -40,8 +40,10 @@ namespace {
 extern "C" {
 
 [[gnu::visibility("default")]] const char *__asan_default_options() {
-    // A request for too much memory is answered with none, as without a sanitizer. What is preloaded may come first.
-    return "allocator_may_return_null=1:verify_asan_link_order=0:handle_abort=0:detect_leaks=" TAVRINE_LEAKS;
+    // Memory that its owner takes away ends who reads it, as the tests know. A request for too much memory is answered
+    // with none, as without a sanitizer. What is preloaded may come first.
+    return "allocator_may_return_null=1:verify_asan_link_order=0:handle_abort=0:handle_sigbus=0:"
+           "detect_leaks=" TAVRINE_LEAKS;
 }
 
 [[gnu::visibility("default")]] const char *__ubsan_default_options() {

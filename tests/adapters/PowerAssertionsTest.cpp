@@ -69,6 +69,7 @@ public:
             list >> moment >> arguments;
             list.endStructure();
         }
+        list.endArray();
         return count;
     }
 };

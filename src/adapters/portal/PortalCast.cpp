@@ -55,6 +55,7 @@ std::vector<Stream> streamsIn(const QVariant &answer) {
         }
         streams.push_back(stream);
     }
+    argument.endArray();
     return streams;
 }
 

@@ -35,7 +35,7 @@ PlayedCompositor::PlayedCompositor(std::vector<const wl_interface *> offered, On
                              self->note({resource, std::string(interface->name) + ".bind", nullptr});
                          });
     }
-    wl_display_add_protocol_logger(
+    m_logger = wl_display_add_protocol_logger(
         m_display,
         [](void *self, wl_protocol_logger_type direction, const wl_protocol_logger_message *message) {
             if (direction == WL_PROTOCOL_LOGGER_REQUEST && wl_resource_get_id(message->resource) == 1)
@@ -50,6 +50,7 @@ PlayedCompositor::~PlayedCompositor() {
     goOn();
     m_isEnding = true;
     m_thread.join();
+    wl_protocol_logger_destroy(m_logger);
     wl_display_destroy_clients(m_display);
     wl_display_destroy(m_display);
     if (m_displayBefore.isEmpty())

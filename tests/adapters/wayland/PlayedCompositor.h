@@ -14,6 +14,7 @@
 
 struct wl_client;
 struct wl_display;
+struct wl_protocol_logger;
 struct wl_interface;
 struct wl_message;
 struct wl_resource;
@@ -62,6 +63,7 @@ private:
     const QByteArray m_displayBefore;
     const OnRequest m_onRequest;
     wl_display *m_display;
+    wl_protocol_logger *m_logger = nullptr;
     std::map<const wl_interface *, std::pair<PlayedCompositor *, const wl_interface *>> m_offered;
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
