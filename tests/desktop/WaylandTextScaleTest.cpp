@@ -1,25 +1,17 @@
-// The built program for persons who want larger text, by the settings of their desktop.
+// The built program for persons who want larger text, by the settings of their desktop: on sway.
 
 #include "desktop/Program.h"
 #include "support/Wait.h"
 #include "support/WaylandHand.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusUnixFileDescriptor>
 #include <QDir>
 #include <QFile>
 #include <QImage>
-#include <QTemporaryFile>
 
 #include <gtest/gtest.h>
 
 namespace tavrine::testing {
 namespace {
-
-bool isOnSway() {
-    return qgetenv("XDG_CURRENT_DESKTOP") == "sway";
-}
 
 QByteArray answerOf(const QString &command, const QStringList &arguments) {
     QProcess process;
@@ -27,38 +19,11 @@ QByteArray answerOf(const QString &command, const QStringList &arguments) {
     return process.waitForFinished(10'000) ? process.readAllStandardOutput() : QByteArray();
 }
 
-/// The first output, by KWin's service.
-QImage shownByKWin() {
-    QTemporaryFile file;
-    if (!file.open())
-        return {};
-    auto call = QDBusMessage::createMethodCall(
-        QStringLiteral("org.kde.KWin.ScreenShot2"), QStringLiteral("/org/kde/KWin/ScreenShot2"),
-        QStringLiteral("org.kde.KWin.ScreenShot2"), QStringLiteral("CaptureScreen"));
-    call << QStringLiteral("Virtual-0") << QVariantMap{{QStringLiteral("native-resolution"), true}}
-         << QVariant::fromValue(QDBusUnixFileDescriptor(file.handle()));
-    const QDBusMessage answer = QDBusConnection::sessionBus().call(call);
-    if (answer.type() != QDBusMessage::ReplyMessage)
-        return {};
-    const auto facts = qdbus_cast<QVariantMap>(answer.arguments().constFirst());
-    const auto number = [&facts](const char *name) { return facts[QLatin1String(name)].toInt(); };
-    const qsizetype bytes = qsizetype{number("stride")} * number("height");
-    QByteArray pixels;
-    if (bytes <= 0 || !waitUntil([&] { return file.size() >= bytes; }))
-        return {};
-    file.seek(0);
-    pixels = file.readAll();
-    return QImage(reinterpret_cast<const uchar *>(pixels.constData()), number("width"), number("height"),
-                  number("stride"), QImage::Format(number("format")))
-        .convertToFormat(QImage::Format_RGB32);
-}
-
 QImage seenOnFirst() {
-    return isOnSway() ? QImage::fromData(answerOf(QStringLiteral("grim"),
-                                                  {QStringLiteral("-t"), QStringLiteral("ppm"), QStringLiteral("-o"),
-                                                   QStringLiteral("HEADLESS-1"), QStringLiteral("-")}))
-                            .convertToFormat(QImage::Format_RGB32)
-                      : shownByKWin();
+    return QImage::fromData(
+               answerOf(QStringLiteral("grim"), {QStringLiteral("-t"), QStringLiteral("ppm"), QStringLiteral("-o"),
+                                                 QStringLiteral("HEADLESS-1"), QStringLiteral("-")}))
+        .convertToFormat(QImage::Format_RGB32);
 }
 
 class WaylandTextScale : public ::testing::TestWithParam<double> {
@@ -68,12 +33,6 @@ protected:
     /// As the desktop's own settings write it.
     void want(Program &program, double factor) {
         const QString folder = program.home() + QStringLiteral("/.config");
-        if (!isOnSway()) {
-            QFile file(folder + QStringLiteral("/kcmfonts"));
-            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-            file.write("[General]\nforceFontDPIWayland=" + QByteArray::number(96 * factor) + "\n");
-            return;
-        }
         const QString written = qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/dconf/user");
         const QString group = QStringLiteral("org.gnome.desktop.interface");
         const QString key = QStringLiteral("text-scaling-factor");
