@@ -4,8 +4,9 @@
 
 namespace tavrine {
 
-/// The one number that a sanitized build keeps open everywhere: what it finds behind a wall can be told in no other
-/// way, for there nothing can be opened and the error output leads nowhere. Above what a program opens.
+/// The number that a sanitized build keeps open everywhere: what it finds behind a wall can be told in no other
+/// way, for there nothing can be opened and the error output leads nowhere. Above what a program opens. The next one
+/// is the second runtime's.
 inline constexpr int numberOfFindings = 900;
 
 /// Closes what a starting program left open beside the three that it gives. To be called before anything else is
