@@ -7,6 +7,7 @@ namespace {
 
 constexpr double plainDotsPerMetre = 96 / 0.0254;
 constexpr double largestScale = 4; // of a desktop
+constexpr double largestText = 3;  // which a person may want on top of it
 constexpr double quarters = 4;
 constexpr double rounding = 0.002; // dots per metre are whole numbers
 constexpr double steps = 1000;     // and so is the scale, in thousandths
@@ -20,7 +21,8 @@ QImage withScaleOfItsFile(QImage picture, PictureSource source) {
         scale = inQuarters;
     else if (source == PictureSource::elsewhere)
         scale = 1;
-    if (scale < 1 || scale > largestScale || picture.dotsPerMeterX() != picture.dotsPerMeterY())
+    const double most = source == PictureSource::captureTool ? largestScale * largestText : largestScale;
+    if (scale < 1 || scale > most || picture.dotsPerMeterX() != picture.dotsPerMeterY())
         scale = 1;
     picture.setDevicePixelRatio(scale);
     return picture;

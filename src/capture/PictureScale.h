@@ -6,7 +6,7 @@ namespace tavrine {
 
 /// Whose word on a picture's scale counts, and how far.
 enum class PictureSource {
-    captureTool, ///< our own tool: whatever scale from 1 to 4
+    captureTool, ///< our own tool: whatever scale from 1 to 12, that of the screen and of its text together
     elsewhere,   ///< others write what their camera or scanner had: only a scale that desktops have, in quarters
 };
 

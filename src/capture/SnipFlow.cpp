@@ -183,7 +183,7 @@ void SnipFlow::showSnipPreview(const QImage &image) {
 }
 
 void SnipFlow::giveCardKeyboard() {
-    if (!m_cardModel)
+    if (!m_cardModel || m_cardModel->isAside()) // it makes room for a look at the screen
         return;
     if (!m_cardWithKeyboard.isBuilt()) {
         m_card.release(Dismissal::atOnce);

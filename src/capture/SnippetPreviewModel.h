@@ -63,6 +63,7 @@ public:
     void setDragging(bool isDragging) { m_isDragging = isDragging; }
     /// The card is off the screen for a while.
     void setAside(bool isAside) { m_isAside = isAside; }
+    [[nodiscard]] bool isAside() const { return m_isAside; }
     /// The card is on its way off the screen.
     void stop();
 

@@ -32,8 +32,14 @@ TEST(PictureScale, anOddScaleIsBelievedOfOurOwnToolAlone) {
     EXPECT_EQ(scaleOf(300, PictureSource::elsewhere), 1) << "as scanners write";
 }
 
+TEST(PictureScale, aScreensScaleWithLargerTextOnTopIsBelievedOfOurOwnToolAlone) {
+    EXPECT_EQ(scaleOf(480, PictureSource::captureTool), 5);
+    EXPECT_EQ(scaleOf(96 * 12, PictureSource::captureTool), 12);
+    EXPECT_EQ(scaleOf(480, PictureSource::elsewhere), 1);
+}
+
 TEST(PictureScale, whatIsNoScaleOfADesktopIsNone) {
-    for (const double dots : {0.0, 24.0, 72.0, 480.0, 5000.0})
+    for (const double dots : {0.0, 24.0, 72.0, 96 * 12.25, 5000.0})
         EXPECT_EQ(scaleOf(dots, PictureSource::captureTool), 1) << dots;
     QImage image = withDots(192);
     image.setDotsPerMeterY(3780); // pixels that are no squares

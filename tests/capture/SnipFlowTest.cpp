@@ -125,6 +125,21 @@ TEST_F(SnipFlowTest, theCardTakesTheKeyboardWhenItIsAskedToAndKeepsItsTime) {
     EXPECT_EQ(windows.keyWindow(), nullptr);
 }
 
+TEST_F(SnipFlowTest, aCardThatMakesRoomForACaptureDoesNotComeBackForTheKeyboard) {
+    for (const bool hadKeyboard : {false, true}) {
+        show();
+        if (hadKeyboard)
+            flow->giveCardKeyboard();
+        flow->startCapture();
+        flow->giveCardKeyboard();
+        lastWindow = flow->previewWindow();
+        EXPECT_FALSE(cardWindow().isVisible()) << hadKeyboard;
+        time.advance(200ms);
+        tool(hadKeyboard ? 1 : 0).finish(1);
+        time.runPending();
+    }
+}
+
 TEST_F(SnipFlowTest, theCardWithTheKeyboardMakesRoomForACaptureAndGivesItsPlaceToTheNextCard) {
     show();
     flow->giveCardKeyboard();

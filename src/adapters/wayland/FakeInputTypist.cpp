@@ -114,11 +114,12 @@ public:
             const auto path = QStringLiteral("/Layouts");
             const auto interface = QStringLiteral("org.kde.KeyboardLayouts");
             bus.connect(QString(), path, interface, QStringLiteral("layoutChanged"), this, SLOT(take(uint)));
-            sessionBus::ask(bus, QDBusMessage::createMethodCall(name, path, interface, QStringLiteral("getLayout")),
-                            this, [this](const QDBusPendingCall &answer) {
-                                if (!answer.isError() && !answer.reply().arguments().isEmpty())
-                                    take(answer.reply().arguments().at(0).toUInt());
-                            });
+            auto question = QDBusMessage::createMethodCall(name, path, interface, QStringLiteral("getLayout"));
+            question.setAutoStartService(false);
+            sessionBus::ask(bus, question, this, [this](const QDBusPendingCall &answer) {
+                if (!answer.isError() && !answer.reply().arguments().isEmpty())
+                    take(answer.reply().arguments().at(0).toUInt());
+            });
         });
     }
     [[nodiscard]] xkb_layout_index_t number() const { return m_number; }
@@ -143,13 +144,11 @@ public:
         for (; m_answersLeft > 0; --m_answersLeft)
             if (!m_client.link().finish(longestAnswer))
                 return false;
-        if (m_keymap.hasLayouts() && !m_layout)
-            m_layout = std::make_unique<LayoutInUse>();
         return true;
     }
 
     [[nodiscard]] bool press(const WaylandChord &chord) override {
-        m_key = chord.key ? chord.key : m_keymap.keyOf(chord.letter, m_layout ? m_layout->number() : 0);
+        m_key = chord.key ? chord.key : m_keymap.keyOf(chord.letter, m_keymap.hasLayouts() ? m_layout.number() : 0);
         if (m_key == 0)
             return false;
         m_held = {};
@@ -188,7 +187,7 @@ private:
     WaylandClient &m_client;
     org_kde_kwin_fake_input *m_input;
     PersonsKeymap m_keymap;
-    std::unique_ptr<LayoutInUse> m_layout; ///< where there are several
+    LayoutInUse m_layout; ///< asked for at once: a chord waits for no answer of the bus
     std::vector<int> m_held;
     int m_key = 0;
     int m_answersLeft = 2;

@@ -38,9 +38,11 @@ void setFactor(double factor) {
 } // namespace
 
 ToolkitScale::ToolkitScale(std::function<void()> onChange) : m_onChange(std::move(onChange)), m_own(ownFactor()) {
-    if (qEnvironmentVariableIsSet("QT_WAYLAND_FORCE_DPI"))
+    if (!qEnvironmentVariableIsEmpty("QT_WAYLAND_FORCE_DPI"))
         return;
     show(textScaleOfFiles().value_or(1));
+    if (textScaleOfPlasmaFile()) // goes before what a portal says of GNOME's settings
+        return;
     sessionBus::follow(this, [this](const QDBusConnection &bus) {
         m_watcher.reset();
         if (bus.isConnected())

@@ -45,6 +45,8 @@ std::optional<size_t> CanvasKeys::place(const std::vector<DrawingPath> &drawings
 }
 
 std::optional<DrawingPath> CanvasKeys::selected() const {
+    if (!m_selected)
+        return std::nullopt; // each painting asks, and the drawings are a copy
     const std::vector<DrawingPath> all = drawings();
     const auto at = place(all);
     return at && m_model.activeTextID() != m_selected ? std::optional(all[*at]) : std::nullopt;

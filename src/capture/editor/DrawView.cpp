@@ -17,6 +17,7 @@
 #include <QTabletEvent>
 
 #include <cmath>
+#include <utility>
 
 namespace tavrine {
 namespace {
@@ -162,10 +163,14 @@ void DrawView::redraw(const QRectF &area) {
     update((area & QRectF(rect())).toAlignedRect().adjusted(-1, -1, 1, 1));
 }
 
+QRect DrawView::seen() const {
+    return parentWidget() ? rect() & parentWidget()->rect().translated(-pos()) : rect();
+}
+
 QRect DrawView::pixelsSeen() const {
-    const QRect seen = parentWidget() ? rect() & parentWidget()->rect().translated(-pos()) : rect();
+    const QRect points = seen();
     const double scale = devicePixelRatioF();
-    return QRectF(QPointF(seen.topLeft()) * scale, QSizeF(seen.size()) * scale).toAlignedRect();
+    return QRectF(QPointF(points.topLeft()) * scale, QSizeF(points.size()) * scale).toAlignedRect();
 }
 
 QImage DrawView::ground(const QRect &area) const {
@@ -236,7 +241,7 @@ void DrawView::paintSelection(QPainter &painter) const {
     if (m_isReachedByTab && hasFocus()) {
         painter.setPen(QPen(look::themeOf(this).accent, ringWidth));
         const double half = ringWidth / 2.0;
-        painter.drawRect(QRectF(rect()).adjusted(half, half, -half, -half));
+        painter.drawRect(QRectF(seen()).adjusted(half, half, -half, -half));
     }
     const std::optional<DrawingPath> selected = m_keys.selected();
     if (!selected)
@@ -257,9 +262,21 @@ void DrawView::resizeEvent(QResizeEvent *event) {
 void DrawView::mousePressEvent(QMouseEvent *event) {
     if (event->button() != Qt::LeftButton)
         return event->ignore();
+    beginGesture(event->position());
+}
+
+void DrawView::beginGesture(QPointF place) {
+    if (std::exchange(m_isReachedByTab, false))
+        update();
     if (m_keys.letGo())
         showSelection();
-    m_model.mouseDown(event->position());
+    m_model.mouseDown(place);
+}
+
+void DrawView::moveEvent(QMoveEvent *event) {
+    if (m_isReachedByTab && hasFocus())
+        update(); // the ring stands about what is seen
+    QWidget::moveEvent(event);
 }
 
 void DrawView::mouseMoveEvent(QMouseEvent *event) {
@@ -283,7 +300,7 @@ void DrawView::leaveEvent(QEvent *event) {
 void DrawView::tabletEvent(QTabletEvent *event) {
     if (event->type() == QEvent::TabletPress && event->button() == Qt::LeftButton) {
         m_isPenDown = true;
-        m_model.mouseDown(event->position());
+        beginGesture(event->position());
     } else if (event->type() == QEvent::TabletMove && m_isPenDown) {
         m_model.mouseDragged(event->position());
     } else if (event->type() == QEvent::TabletRelease && m_isPenDown) {
@@ -301,6 +318,8 @@ void DrawView::keyPressEvent(QKeyEvent *event) {
 }
 
 bool DrawView::handleKey(const QKeyEvent &event) {
+    if (isGestureUnderWay())
+        return false;
     const bool isShift = event.modifiers() & Qt::ShiftModifier;
     const bool isControl = event.modifiers() & Qt::ControlModifier;
     const double far = isControl ? manyPoints : 1;
@@ -321,8 +340,7 @@ bool DrawView::handleKey(const QKeyEvent &event) {
         return m_keys.letGo();
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        return !event.isAutoRepeat() &&
-               m_keys.enter(parentWidget() ? rect() & parentWidget()->rect().translated(-pos()) : rect());
+        return !event.isAutoRepeat() && m_keys.enter(seen());
     default:
         return !isControl && chooseTool(event.key());
     }
@@ -351,6 +369,8 @@ void DrawView::focusOutEvent(QFocusEvent *event) {
 
 bool DrawView::focusNextPrevChild(bool next) {
     // The field asks here as well, for its own Tab.
+    if (isGestureUnderWay())
+        return true;
     if (hasFocus() && m_keys.selectNext(next)) {
         showSelection();
         return true;

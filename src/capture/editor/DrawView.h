@@ -44,6 +44,7 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void moveEvent(QMoveEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
@@ -68,6 +69,10 @@ private:
     void paintSelection(QPainter &painter) const;
     [[nodiscard]] QRectF eraserRing() const;
     void showEraserAt(std::optional<QPointF> place);
+    [[nodiscard]] bool isGestureUnderWay() const { return !m_model.currentPoints().empty(); }
+    void beginGesture(QPointF place);
+    /// The canvas may be far larger than its parent.
+    [[nodiscard]] QRect seen() const;
     [[nodiscard]] QRect pixelsSeen() const;
     [[nodiscard]] QImage ground(const QRect &area) const;
     void prepareLayer();

@@ -82,6 +82,17 @@ public:
     }
 
 protected:
+    /// The keyboard stays with the sheet: what is behind it takes no keys.
+    bool focusNextPrevChild(bool next) override {
+        QWidget *const from = window()->focusWidget();
+        for (QWidget *to = from; to && (to = next ? to->nextInFocusChain() : to->previousInFocusChain()) != from;) {
+            if (isAncestorOf(to) && (to->focusPolicy() & Qt::TabFocus) && to->isVisible() && to->isEnabled()) {
+                to->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+                break;
+            }
+        }
+        return true;
+    }
     void resizeEvent(QResizeEvent *) override { place(); }
     void mousePressEvent(QMouseEvent *) override {}
     void wheelEvent(QWheelEvent *event) override { event->accept(); }

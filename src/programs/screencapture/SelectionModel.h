@@ -19,9 +19,8 @@ namespace tavrine {
 ///    by ten. Return begins a drag of the keys, for who has no pointer or cannot hold a button.
 ///  - dragging: the release accepts, so does Return. Arrow keys move the selection, with Shift its free corner. A press
 ///    and release on one pixel chooses nothing and aims again.
-///  - dragging by keys: arrow keys go on moving the pointer, which is the free corner, by a pixel or by ten; so does
-///  the
-///    mouse. Return, Space or a click accepts, once the corner has moved.
+///  - dragging by keys: arrow keys go on moving the pointer, which is the free corner, by a pixel or by ten; so
+///    does the mouse. Return, Space or a click accepts, once the corner has moved.
 ///  - picking (Space turns it on and off): the window under the pointer, else the monitor; a click takes it, or Return.
 ///  - Escape and a click of the right button cancel, whatever the state.
 class SelectionModel {

@@ -128,8 +128,8 @@ protected:
         write(QStringLiteral("kcmfonts"), "[General]\nforceFontDPIWayland=120\n");
     }
     void TearDown() override {
-        for (const auto &[name, value] : before)
-            value.isNull() ? qunsetenv(name) : qputenv(name, value);
+        for (auto each = before.rbegin(); each != before.rend(); ++each) // what was set twice was first as it was
+            each->second.isNull() ? qunsetenv(each->first) : qputenv(each->first, each->second);
     }
     void set(const char *name, const QByteArray &value) {
         before.emplace_back(name, qEnvironmentVariableIsSet(name) ? qgetenv(name) : QByteArray());

@@ -195,6 +195,23 @@ TEST_F(DrawViewTest, keysDrawMoveAndRemove) {
     EXPECT_TRUE(state.drawings.empty());
 }
 
+TEST_F(DrawViewTest, keysDoNothingWhileTheButtonIsHeld) {
+    state.tool = DrawingTool::pen;
+    view->updateCanvas(state.canvas());
+    view->setFocus();
+    QTest::mousePress(view, Qt::LeftButton, {}, {10, 10});
+    QMouseEvent move(QEvent::MouseMove, QPointF(60, 60), view->mapToGlobal(QPointF(60, 60)), Qt::NoButton,
+                     Qt::LeftButton, {});
+    QApplication::sendEvent(view, &move);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_5, Qt::Key_Tab})
+        QTest::keyClick(view, key);
+    EXPECT_EQ(state.tool, DrawingTool::pen);
+    EXPECT_TRUE(view->hasFocus());
+    QTest::mouseRelease(view, Qt::LeftButton, {}, {60, 60});
+    ASSERT_EQ(state.drawings.size(), 1U);
+    EXPECT_EQ(state.drawings[0].points.front(), QPointF(10 / 320.0, 10 / 240.0));
+}
+
 TEST_F(DrawViewTest, whatIsSelectedHasAFrameThatIsNotPartOfIt) {
     state.tool = DrawingTool::oval;
     view->updateCanvas(state.canvas());

@@ -147,6 +147,13 @@ TEST_F(EditorWindowTest, aSheetTakesTheKeysAndEscapeDismissesIt) {
     EXPECT_TRUE(sheet->isVisible());
     command(Qt::Key_Z);
     EXPECT_EQ(model().drawings().size(), 1U);
+    ASSERT_EQ(window->focusWidget(), sheet);
+    for (const Qt::Key away : {Qt::Key_Tab, Qt::Key_Backtab}) {
+        press(away);
+        EXPECT_EQ(window->focusWidget(), sheet);
+        press(Qt::Key_Return); // would draw on what is behind it
+        EXPECT_EQ(model().drawings().size(), 1U);
+    }
     press(Qt::Key_Escape);
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_FALSE(sheet);

@@ -87,8 +87,12 @@ std::optional<double> textScaleOfPlasma(std::string_view settings) {
     return found;
 }
 
+std::optional<double> textScaleOfPlasmaFile() {
+    return isPlasma() ? textScaleOfPlasma(content(settingsFolder() / "kcmfonts")) : std::nullopt;
+}
+
 std::optional<double> textScaleOfFiles() {
-    if (const auto said = isPlasma() ? textScaleOfPlasma(content(settingsFolder() / "kcmfonts")) : std::nullopt)
+    if (const auto said = textScaleOfPlasmaFile())
         return said;
     const auto told =
         numberInDconf(content(settingsFolder() / "dconf" / "user"), "/org/gnome/desktop/interface/text-scaling-factor");

@@ -19,6 +19,9 @@ namespace tavrine {
 /// By the dots an inch that a person forces on Plasma, in its settings file.
 [[nodiscard]] std::optional<double> textScaleOfPlasma(std::string_view settings);
 
+/// By its settings file, where this is Plasma.
+[[nodiscard]] std::optional<double> textScaleOfPlasmaFile();
+
 /// By the files of Plasma, where this is Plasma, and of GNOME's settings, which other desktops use too.
 [[nodiscard]] std::optional<double> textScaleOfFiles();
 
