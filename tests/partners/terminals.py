@@ -7,7 +7,7 @@ from hands import HOME, PATIENCE, Partner, click, keys, place_of, type_text, unt
 from texts import is_recorded
 
 FOLDER = HOME / "commands"
-LINE = FOLDER / "line"  # what stands on the command line, each time that Ctrl+T is pressed
+LINE = HOME / "line"  # what stands on the command line, each time that Ctrl+T is pressed
 TELL = {"bash": f"""PS1='ready$ '\nbind -x '"\\C-t": printf %s "$READLINE_LINE" >{LINE}'\n""",
         "zsh": f"""PROMPT='ready$ '\ntell() {{ print -rn -- "$BUFFER" >{LINE} }}\nzle -N tell\nbindkey '^T' tell\n"""}
 
@@ -33,13 +33,14 @@ class Sentences(unittest.TestCase):
         return LINE.read_text() if until(LINE.exists, 1) else None
 
     def made(self):
-        return sorted(path.name for path in FOLDER.iterdir() if path != LINE)
+        return sorted(path.name for path in FOLDER.iterdir())
 
     def takes_several_lines(self, shell, *command, asks=False):
         self.opened(shell, *command)
-        lines = f"touch {FOLDER}/one\ntouch {FOLDER}/two\ntouch {FOLDER}/three"
+        name = self._testMethodName
+        lines = f"touch {FOLDER}/one_{name}\ntouch {FOLDER}/two_{name}\ntouch {FOLDER}/three_{name}"
         is_recorded(self, self.program, lines)
-        self.program.pick("three")
+        self.program.pick(f"three_{name.lower()}")
         if asks:  # of its own accord, whoever pastes
             self.terminal.find("push button", "^Paste$").act("Click")
         self.assertTrue(until(lambda: self.line() == lines, PATIENCE), f"the command line: {self.line()!r}")
