@@ -58,6 +58,7 @@ std::optional<QRect> Capture::letPersonChoose() {
     if (!m_screen->isOnePlane())
         for (const OverlayMonitor &monitor : monitors)
             model.addPlane(monitor.area);
+    beginNarration(model);
     const bool isFinished = OverlayLoop(*m_screen, m_stopDescriptor)
                                 .run({.handle = [&](const OverlayEvent &event) { handle(event, model); },
                                       .isFinished = [&] { return model.isFinished(); },
@@ -70,7 +71,19 @@ std::optional<QRect> Capture::letPersonChoose() {
     return isFinished && model.state() == SelectionModel::State::accepted ? model.selection() : std::nullopt;
 }
 
+void Capture::beginNarration(const SelectionModel &model) {
+    m_narration.emplace(m_screen->rect(), [this](const QRect &area) { return m_screen->cut(area).area.size(); });
+    m_narration->begin();
+    if (m_isAimKnown)
+        m_narration->tell(model);
+}
+
 void Capture::handle(const OverlayEvent &event, SelectionModel &model) {
+    handOn(event, model);
+    m_narration->follow(event.kind, model);
+}
+
+void Capture::handOn(const OverlayEvent &event, SelectionModel &model) {
     m_isAimKnown = true;
     switch (event.kind) {
     case OverlayEvent::Kind::pointerMoved:
@@ -89,10 +102,10 @@ void Capture::handle(const OverlayEvent &event, SelectionModel &model) {
 void Capture::repaint(const SelectionModel &model) {
     if (!m_isAimKnown)
         return;
-    OverlayScene scene =
-        OverlayScene::of(model, m_screen->monitors(),
-                         [this](const std::u32string &text, double scale) { return m_painter.labelSize(text, scale); },
-                         [this](const QRect &area) { return m_screen->cut(area).area.size(); });
+    OverlayScene scene = OverlayScene::of(
+        model, m_screen->monitors(),
+        [this](const std::u32string &text, double scale) { return m_painter.labelSize(text, scale); },
+        [this](const QRect &area) { return m_screen->cut(area).area.size(); });
     const auto areas = changedAreas(m_scene, scene);
     if (areas.empty())
         return;

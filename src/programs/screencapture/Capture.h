@@ -2,9 +2,11 @@
 
 #include "adapters/frozen/FrozenScreen.h"
 #include "programs/screencapture/CommandLine.h"
+#include "programs/screencapture/Narration.h"
 #include "programs/screencapture/OverlayPainter.h"
 
 #include <memory>
+#include <optional>
 
 namespace tavrine {
 
@@ -21,12 +23,15 @@ private:
     void showFirst();
     [[nodiscard]] std::optional<QRect> letPersonChoose();
     void handle(const OverlayEvent &event, SelectionModel &model);
+    void handOn(const OverlayEvent &event, SelectionModel &model);
+    void beginNarration(const SelectionModel &model);
     void repaint(const SelectionModel &model);
     [[nodiscard]] int save(const QRect &area);
 
     CommandLine m_line;
     int m_stopDescriptor;
     std::unique_ptr<FrozenScreen> m_screen;
+    std::optional<Narration> m_narration; ///< while the person chooses
     OverlayPainter m_painter;
     OverlayScene m_scene;
     bool m_isAimKnown = false; ///< before that nothing is painted at the pointer

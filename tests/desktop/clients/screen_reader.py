@@ -7,7 +7,7 @@ import time
 from gi.repository import Gio, GLib
 
 ATSPI = "org.a11y.atspi."
-STATES = {"checked": 4, "editable": 7, "enabled": 8, "expanded": 10, "focusable": 11, "focused": 12, "showing": 25}
+STATES = {"active": 1, "checked": 4, "editable": 7, "enabled": 8, "expanded": 10, "focusable": 11, "focused": 12, "showing": 25}
 NO_TIMEOUT_FLAGS = Gio.DBusCallFlags.NONE
 ANSWER_MS = 5000
 
@@ -120,6 +120,28 @@ class ScreenReader:
                 pass  # it is gone
         self.bus.signal_subscribe(None, ATSPI + "Event.Object", "PropertyChange", None, None, Gio.DBusSignalFlags.NONE, on_change)
         return names
+
+    def hear_descriptions(self):
+        """A list to which each new description is added as it was told, with the name of whose it is."""
+        words = []
+        call(self.bus, ATSPI + "Registry", "/org/a11y/atspi/registry", ATSPI + "Registry", "RegisterEvent",
+             GLib.Variant("(s)", ("object:property-change:accessible-description",)))
+
+        def on_change(_connection, sender, path, _interface, _member, event):
+            if event.unpack()[0] == "accessible-description":
+                words.append((Node(self.bus, sender, path).name, event.unpack()[3]))
+        self.bus.signal_subscribe(None, ATSPI + "Event.Object", "PropertyChange", None, None, Gio.DBusSignalFlags.NONE, on_change)
+        return words
+
+    def named(self, name, seconds=10.0):
+        """The program of that name."""
+        def once():
+            try:
+                root = Node(self.bus, ATSPI + "Registry", "/org/a11y/atspi/accessible/root")
+                return next((node for node in root.children() if node.name == name), None)
+            except GLib.Error:
+                return None  # one of them has just gone
+        return until(once, seconds)
 
     def program(self, pid, seconds=10.0):
         def once():
