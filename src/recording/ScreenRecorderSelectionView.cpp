@@ -1,6 +1,7 @@
 #include "recording/ScreenRecorderSelectionView.h"
 
 #include "base/DesktopWords.h"
+#include "look/ArrowKeys.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -154,17 +155,13 @@ void ScreenRecorderSelectionView::keyPressEvent(QKeyEvent *event) {
         if (!m_grip && !event->isAutoRepeat())
             confirmByKey(event->key());
         return;
-    case Qt::Key_Left:
-        return moveByKey({-1, 0}, event->modifiers());
-    case Qt::Key_Right:
-        return moveByKey({1, 0}, event->modifiers());
-    case Qt::Key_Up:
-        return moveByKey({0, -1}, event->modifiers());
-    case Qt::Key_Down:
-        return moveByKey({0, 1}, event->modifiers());
     default:
-        QWidget::keyPressEvent(event);
+        break;
     }
+    if (const QPointF direction = look::arrowDirection(event->key()); !direction.isNull())
+        moveByKey(direction, event->modifiers());
+    else
+        QWidget::keyPressEvent(event);
 }
 
 void ScreenRecorderSelectionView::confirmByKey(int key) {

@@ -2,6 +2,7 @@
 
 #include "base/DesktopWords.h"
 #include "capture/editor/EditorModel.h"
+#include "look/ArrowKeys.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -26,21 +27,6 @@ constexpr double cornerWidth = 3;
 constexpr double plateHeight = 30;
 constexpr double sizeHeight = 22;
 constexpr double manyPixels = 10;
-
-QPointF directionOf(int key) {
-    switch (key) {
-    case Qt::Key_Left:
-        return {-1, 0};
-    case Qt::Key_Right:
-        return {1, 0};
-    case Qt::Key_Up:
-        return {0, -1};
-    case Qt::Key_Down:
-        return {0, 1};
-    default:
-        return {};
-    }
-}
 
 void paintPlate(QPainter &painter, const QRectF &rect, const QString &text, look::TextRole role) {
     look::fillRounded(painter, rect, rect.height() / 2, plate);
@@ -155,7 +141,7 @@ void CropOverlayView::resizeEvent(QResizeEvent *event) {
 }
 
 void CropOverlayView::keyPressEvent(QKeyEvent *event) {
-    const QPointF by = directionOf(event->key()) * (event->modifiers() & Qt::ControlModifier ? manyPixels : 1);
+    const QPointF by = look::arrowDirection(event->key()) * (event->modifiers() & Qt::ControlModifier ? manyPixels : 1);
     if (by.isNull() || m_isDragging)
         return QWidget::keyPressEvent(event);
     const QSizeF whole(m_model.shownImage().size());

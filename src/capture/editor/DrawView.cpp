@@ -4,6 +4,7 @@
 #include "capture/editor/AnnotationRenderer.h"
 #include "capture/editor/DrawingTool.h"
 #include "capture/editor/EraserRule.h"
+#include "look/ArrowKeys.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
@@ -72,6 +73,12 @@ DrawViewModel::Command commandOf(const QKeyEvent &event) {
     default:
         return DrawViewModel::Command::other;
     }
+}
+
+/// Whether the keyboard goes for a while only: to another window, a menu, the field of a text; or comes back from
+/// there. Who works by keys still does.
+bool isReturn(Qt::FocusReason reason) {
+    return reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason || reason == Qt::OtherFocusReason;
 }
 
 } // namespace
@@ -322,17 +329,10 @@ bool DrawView::handleKey(const QKeyEvent &event) {
         return false;
     const bool isShift = event.modifiers() & Qt::ShiftModifier;
     const bool isControl = event.modifiers() & Qt::ControlModifier;
-    const double far = isControl ? manyPoints : 1;
-    const auto step = isShift ? CanvasKeys::Step::resize : CanvasKeys::Step::move;
+    if (const QPointF direction = look::arrowDirection(event.key()); !direction.isNull())
+        return m_keys.step(isShift ? CanvasKeys::Step::resize : CanvasKeys::Step::move,
+                           direction * (isControl ? manyPoints : 1));
     switch (event.key()) {
-    case Qt::Key_Left:
-        return m_keys.step(step, {-far, 0});
-    case Qt::Key_Right:
-        return m_keys.step(step, {far, 0});
-    case Qt::Key_Up:
-        return m_keys.step(step, {0, -far});
-    case Qt::Key_Down:
-        return m_keys.step(step, {0, far});
     case Qt::Key_Delete:
     case Qt::Key_Backspace:
         return m_keys.remove();
@@ -356,13 +356,15 @@ bool DrawView::chooseTool(int key) {
 }
 
 void DrawView::focusInEvent(QFocusEvent *event) {
-    if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason)
+    if (!isReturn(event->reason()))
         m_isReachedByTab = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
     showSelection(); // the typing of it may be over
     QWidget::focusInEvent(event);
 }
 
 void DrawView::focusOutEvent(QFocusEvent *event) {
+    if (!isReturn(event->reason()))
+        m_isReachedByTab = false;
     update();
     QWidget::focusOutEvent(event);
 }

@@ -54,10 +54,10 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     bool eventFilter(QObject *object, QEvent *event) override;
-    [[nodiscard]] bool movesPicture(QEvent *event);
     bool event(QEvent *event) override;
 
 private:
+    [[nodiscard]] bool movesPicture(QEvent *event);
     [[nodiscard]] QPointF middle() const { return {width() / 2.0, height() / 2.0}; }
     void place();
     void renderBackdrop();

@@ -2,6 +2,7 @@
 
 #include "CanvasFixture.h"
 #include "capture/editor/AnnotationRenderer.h"
+#include "look/Look.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -65,6 +66,10 @@ protected:
     }
     [[nodiscard]] QRect pixels(const QRect &points) const {
         return QRectF(QPointF(points.topLeft()) * dots(), QSizeF(points.size()) * dots()).toRect();
+    }
+    /// The ring that shows that the keyboard is here.
+    [[nodiscard]] bool hasRing(const QImage &image) const {
+        return at(image, 1, 120) == look::themeOf(view).accent && at(image, 318, 120) == look::themeOf(view).accent;
     }
     /// What the window has painted so far, and keeps.
     QImage surface() {
@@ -257,6 +262,37 @@ TEST_F(DrawViewTest, theCanvasShowsThatTabHasBroughtTheKeyboard) {
     view->updateCanvas(state.canvas());
     other->setFocus();
     EXPECT_EQ(shown(), before);
+}
+
+TEST_F(DrawViewTest, theCanvasStillShowsItAfterATextThatWasTyped) {
+    state.tool = DrawingTool::text;
+    view->updateCanvas(state.canvas());
+    other->setFocus();
+    QTest::keyClick(other, Qt::Key_Tab);
+    QTest::keyClick(view, Qt::Key_Return);
+    ASSERT_TRUE(field());
+    QTest::keyClicks(field(), str("word"));
+    QTest::keyClick(field(), Qt::Key_Return);
+    ASSERT_EQ(QApplication::focusWidget(), view);
+    QTest::keyClick(view, Qt::Key_Delete);
+    EXPECT_TRUE(hasRing(shown()));
+    use(DrawingTool::text);
+    click({5, 5}); // by the mouse: its Return leaves none
+    ASSERT_TRUE(field());
+    QTest::keyClicks(field(), str("word"));
+    QTest::keyClick(field(), Qt::Key_Return);
+    ASSERT_EQ(QApplication::focusWidget(), view);
+    EXPECT_FALSE(hasRing(shown()));
+}
+
+TEST_F(DrawViewTest, theCanvasShowsNoMoreThanItWasOnceReachedByTab) {
+    other->setFocus();
+    QTest::keyClick(other, Qt::Key_Tab);
+    ASSERT_TRUE(hasRing(shown()));
+    QTest::keyClick(view, Qt::Key_Backtab);
+    ASSERT_EQ(QApplication::focusWidget(), other);
+    view->setFocus(Qt::OtherFocusReason);
+    EXPECT_FALSE(hasRing(shown()));
 }
 
 TEST_F(DrawViewTest, aTextIsTypedInTheMiddleAndThenMoved) {
