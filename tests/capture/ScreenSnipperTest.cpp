@@ -181,6 +181,18 @@ TEST_F(ScreenSnipperTest, aToolThatCannotBeStartedResetsTheState) {
     EXPECT_EQ(captured.size(), 1);
 }
 
+TEST_F(ScreenSnipperTest, aToolThatCannotBeStartedLeavesNoFile) {
+    QString path;
+    launcher.failNextLaunch(text("ended at once"), [&path](const FakeTaskLauncher::FakeTask &task) {
+        path = task.arguments().last();
+        writeFile(path, "half a picture");
+        ASSERT_TRUE(QFileInfo::exists(path));
+    });
+    snipper.startCapture();
+    EXPECT_FALSE(path.isEmpty());
+    EXPECT_FALSE(QFileInfo::exists(path));
+}
+
 TEST_F(ScreenSnipperTest, withoutATemporaryFolderACaptureEndsInSilence) {
     writeFile(home.filePath(text(".cache")), "in the way");
     snipper.startCapture();

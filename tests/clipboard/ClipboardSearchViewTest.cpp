@@ -3,9 +3,13 @@
 #include "PanelViewTest.h"
 #include "adapters/fake/FakeAlerts.h"
 #include "look/ChipStrip.h"
+#include "look/Indicators.h"
+#include "support/PaintedWords.h"
 
 #include <QElapsedTimer>
 #include <QHelpEvent>
+
+#include <algorithm>
 
 #include <gmock/gmock.h>
 
@@ -87,6 +91,53 @@ TEST_F(ClipboardSearchViewTest, arrowsMoveAndNeverReachTheCaret) {
     EXPECT_EQ(strip().current(), 0);
     EXPECT_EQ(field().cursorPosition(), 2);
     EXPECT_FALSE(field().hasSelectedText());
+}
+
+// What each key does, as a person sees it, whatever of Shift and Alt is held with it.
+TEST_F(ClipboardSearchViewTest, shiftAndAltChangeNoKeyOfThePanel) {
+    save(str("fourth"), 4s);
+    startWithThree();
+    for (const auto held : {Qt::KeyboardModifiers(Qt::ShiftModifier), Qt::KeyboardModifiers(Qt::AltModifier),
+                            Qt::ShiftModifier | Qt::AltModifier}) {
+        SCOPED_TRACE(int(held));
+        openPanel();
+        pasted.clear();
+        dismissals = 0;
+        const QString first = selected();
+        press(Qt::Key_Down, held);
+        const QString second = selected();
+        EXPECT_NE(second, first);
+        press(Qt::Key_Return, held);
+        press(Qt::Key_Enter, held | Qt::KeypadModifier);
+        EXPECT_EQ(pasted, (QStringList{second, second}));
+        press(Qt::Key_Up, held);
+        EXPECT_EQ(selected(), first);
+        press(Qt::Key_Left, held);
+        EXPECT_EQ(strip().current(), 5);
+        press(Qt::Key_Right, held);
+        EXPECT_EQ(strip().current(), 0);
+        press(Qt::Key_P, held | Qt::MetaModifier);
+        EXPECT_TRUE(stored(first.toUtf8().constData())->isPinned);
+        press(Qt::Key_Backspace, held | Qt::MetaModifier);
+        EXPECT_FALSE(stored(first.toUtf8().constData()));
+        press(Qt::Key_Escape, held);
+        EXPECT_EQ(dismissals, 1);
+        EXPECT_EQ(field().text(), QString());
+    }
+}
+
+TEST_F(ClipboardSearchViewTest, theFooterTellsTheKeysInTheirOrder) {
+    startPanel();
+    EXPECT_EQ(window.findChild<look::HintBar *>()->accessibleName(),
+              str("Navigate, Paste, esc Close, \u2190 \u2192 Category"));
+    test::WordsDevice device(window.size());
+    window.findChild<look::HintBar *>()->render(&device);
+    auto painted = device.painted();
+    std::ranges::sort(painted, {}, [](const test::PaintedWord &word) { return word.place.left(); });
+    QString line;
+    for (const test::PaintedWord &word : painted)
+        line += word.text.trimmed();
+    EXPECT_EQ(line, str("NavigatePasteescClose\u2190\u2192Category"));
 }
 
 TEST_F(ClipboardSearchViewTest, returnPastesTheSelectedItemAndEscapeDismisses) {

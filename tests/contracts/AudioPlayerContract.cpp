@@ -32,7 +32,7 @@ struct FakeSounds {
     bool isHeard() { return !fake.heard().isEmpty(); }
     void changeOutput() { fake.changeOutput(); }
     void expectFailure(Cause cause) { fake.failNext({cause, text("why")}); }
-    void endAfterLastLoop() { fake.endSound({}); }
+    void letLoopsEnd() { fake.endLoops(); }
 
     VirtualTime time;
     FakeAudioPlayers fake{time};
@@ -50,7 +50,7 @@ struct RealSounds {
     bool isHeard() { return recording.isHeard(); }
     void changeOutput() { sound.setDefault(text("two")); }
     void expectFailure(Cause) {}
-    void endAfterLastLoop() {}
+    void letLoopsEnd() { letPass(1500ms); } // many times the short tone
 
     PrivateSound sound{SoundServerKind::pipeWire};
     SoundRecording recording{text("one")};
@@ -194,8 +194,19 @@ TYPED_TEST(AudioPlayerContract, theEndOfTheLastLoopIsToldWithoutAReason) {
         EXPECT_EQ(reason, QString());
         this->player.reset();
     });
-    this->sounds.endAfterLastLoop();
+    this->sounds.letLoopsEnd();
     EXPECT_TRUE(this->sounds.eventually([&] { return ends == 1; }));
+}
+
+TYPED_TEST(AudioPlayerContract, loopsOfLessThanNoneHaveNoEnd) {
+    int ends = 0;
+    ASSERT_NO_FATAL_FAILURE(this->play(this->shortTone, -1));
+    this->player->setOnEnd([&](const QString &) { ++ends; });
+    EXPECT_TRUE(this->sounds.eventually([this] { return this->sounds.isHeard(); }));
+    this->sounds.letLoopsEnd();
+    this->sounds.settle();
+    EXPECT_EQ(ends, 0);
+    EXPECT_TRUE(this->sounds.eventually([this] { return this->sounds.isHeard(); }));
 }
 
 } // namespace

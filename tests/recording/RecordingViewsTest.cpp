@@ -4,6 +4,7 @@
 #include "adapters/fake/VirtualTime.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
+#include "look/Look.h"
 #include "recording/CountdownModel.h"
 #include "recording/CountdownOverlayView.h"
 #include "recording/FinishingView.h"
@@ -13,6 +14,7 @@
 #include "recording/RecordingSetupCardView.h"
 #include "recording/ScreenRecorderSelectionView.h"
 #include "recording/ScreenRecordingPreviewView.h"
+#include "support/PaintedWords.h"
 
 #include <QAbstractButton>
 #include <QLineEdit>
@@ -321,6 +323,23 @@ TEST(BorderView, itsWindowIsTheLineOutsideOfTheArea) {
     EXPECT_TRUE(mask.contains(QPoint(97, 600)));
 }
 
+TEST(BorderView, theLineIsRedTwoPointsWideAndAllOfItsWindow) {
+    RecordingBorderView view({100, 200, 320, 240}, 900);
+    view.resize(1440, 900);
+    QImage image(view.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    view.render(&image, {}, {}, QWidget::DrawChildren);
+    const QRect outer = QRect(100, 460, 320, 240).adjusted(-4, -4, 4, 4);
+    const QRect inner = outer.adjusted(2, 2, -2, -2);
+    int others = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x) {
+            const bool isLine = outer.contains(x, y) && !inner.contains(x, y);
+            others += image.pixelColor(x, y) == (isLine ? QColor(0xFF, 0x3B, 0x30) : QColor(Qt::transparent)) ? 0 : 1;
+        }
+    EXPECT_EQ(others, 0);
+}
+
 TEST(Finishing, itIsCalledWhatItShowsAndIsAsHighAsTheBar) {
     const FinishingView view;
     EXPECT_EQ(view.accessibleName(), text("Finishing…"));
@@ -412,6 +431,45 @@ TEST_F(PreviewView, withoutSoundThereIsNothingToSwitch) {
     asset.answer();
     EXPECT_FALSE(button(view, "Include Audio")->isEnabled());
     EXPECT_FALSE(button(view, "Include Audio")->isChecked());
+}
+
+/// The number that a countdown paints: what it is, how opaque, and how much larger than its letters.
+struct PaintedNumber {
+    QString text;
+    double opacity = 0;
+    double scale = 0;
+};
+
+PaintedNumber numberIn(QWidget &view) {
+    test::WordsDevice device(view.size());
+    view.render(&device, {}, {}, QWidget::DrawChildren);
+    if (device.painted().empty())
+        return {};
+    const auto &word = device.painted().front();
+    return {word.text, word.colour.alphaF(), word.place.height() / QFontMetricsF(word.font).height()};
+}
+
+TEST(CountdownView, eachNumberGrowsAndAppearsAnew) {
+    VirtualTime time;
+    look::Look look(time);
+    auto model = std::make_shared<CountdownModel>(3, time, [] {});
+    CountdownOverlayView view(model);
+    view.resize(800, 600);
+    view.show();
+    model->appear();
+    for (const char *number : {"3", "2", "1"}) {
+        SCOPED_TRACE(number);
+        time.advance(16ms);
+        const PaintedNumber early = numberIn(view);
+        EXPECT_LT(early.opacity, 0.2);
+        EXPECT_NEAR(early.scale, 0.5 + 0.65 * early.opacity, 0.01);
+        time.advance(484ms);
+        const PaintedNumber late = numberIn(view);
+        EXPECT_EQ(late.text, text(number));
+        EXPECT_EQ(late.opacity, 1);
+        EXPECT_NEAR(late.scale, 1.15, 1e-6);
+        time.advance(500ms);
+    }
 }
 
 TEST(CountdownView, itIsCalledWhatItShows) {

@@ -184,13 +184,32 @@ TEST_F(NotchShelf, whereTheDesktopWantsNoMotionNothingMoves) {
     EXPECT_EQ(shelf->pulseScale(), 1.0);
 }
 
+// Frame by frame: the opacity is the way of a spring of 0.35 s and a damping of 0.8.
 TEST_F(NotchShelf, aPromptComesWithTheSpring) {
     view.resize(300, 79);
+    const auto opacity = [this] {
+        test::WordsDevice device(view.size());
+        view.render(&device);
+        return device.painted().empty() ? 0.0 : double(device.painted().front().colour.alphaF());
+    };
     model.setDragTargetActive(true);
-    time.advance(16ms);
-    const QImage early = look();
     rest();
-    EXPECT_NE(look(), early);
+    const double whole = opacity();
+    model.setDragTargetActive(false);
+    rest();
+    model.setDragTargetActive(true);
+    // x'' = k (1 - x) - c x' with k = (2 pi / 0.35)^2 and c = 2 * 0.8 * sqrt(k), stepped by a tenth of a millisecond.
+    const double frequency = 2 * M_PI / 0.35;
+    double place = 0;
+    double speed = 0;
+    for (int frame = 1; frame <= 20; ++frame) {
+        time.advance(16ms);
+        for (int i = 0; i < 160; ++i) {
+            speed += (frequency * frequency * (1 - place) - 2 * 0.8 * frequency * speed) * 0.0001;
+            place += speed * 0.0001;
+        }
+        EXPECT_NEAR(opacity(), whole * std::min(place, 1.0), 0.02) << frame;
+    }
 }
 
 TEST_F(NotchShelf, aDragOfFilesBringsAndTakesItsPromptIn180Milliseconds) {

@@ -44,6 +44,28 @@ TEST_F(NotchWindow, aMonitorThatCannotBeInstalledIsTriedAgainByTheNextHealthChec
     EXPECT_EQ(monitors.globalCount(), 1);
 }
 
+TEST_F(NotchWindow, whatIsLostOfTheSourcesIsNamedAndStartedAnew) {
+    const auto afterALossOf = [this](const auto &setLost) {
+        setLost(true);
+        notices.happen(SessionNotice::didWake);
+        time.runPending();
+        setLost(false);
+        output();
+        time.advance(10s);
+        return output();
+    };
+    EXPECT_THAT(afterALossOf([this](bool isLost) { monitors.setLocalBroken(isLost); }),
+                testing::StartsWith("[NotchShelf] Health check: Restarting monitors (monitors lost: true, polling "
+                                    "lost: false, stuck: false)\n[NotchShelf] Starting mouse monitoring (restart #3)"));
+    EXPECT_EQ(monitors.localCount(), 1);
+    EXPECT_THAT(afterALossOf([this](bool isLost) { screens.setWatchBroken(isLost); }),
+                testing::StartsWith("[NotchShelf] Health check: Restarting monitors (monitors lost: false, polling "
+                                    "lost: true, stuck: false)\n[NotchShelf] Starting mouse monitoring (restart #5)"));
+    EXPECT_EQ(time.timerCount(), 2);
+    time.advance(1min);
+    EXPECT_EQ(output(), "");
+}
+
 TEST_F(NotchWindow, anItemOfItsOwnOnItsWayStaysAboveIt) {
     const int keepings = window().keepings();
     screens.setPressedMouseButtons(1);

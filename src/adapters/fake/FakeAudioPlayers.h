@@ -53,14 +53,9 @@ public:
             m_time.async(std::move(work));
     }
     /// What sounds ends by itself.
-    void endSound(const QString &reason) {
-        m_time.async([this, reason] {
-            for (const auto &sound : m_sounds)
-                if (std::exchange(sound->isHeard, false))
-                    if (const auto handler = std::exchange(sound->onEnd, nullptr))
-                        handler(reason);
-        });
-    }
+    void endSound(const QString &reason) { end(reason, false); }
+    /// So much time passes that every sound whose loops have an end comes to it.
+    void endLoops() { end({}, true); }
     /// Sound goes elsewhere now. Told only while something sounds, which is silent at once.
     void changeOutput() {
         m_time.async([this] {
@@ -86,6 +81,15 @@ public:
     [[nodiscard]] bool hasListener() const { return m_listener != nullptr; }
 
 private:
+    void end(const QString &reason, bool isByLoops) {
+        m_time.async([this, reason, isByLoops] {
+            for (const auto &sound : m_sounds)
+                if (!(isByLoops && sound->loops < 0) && std::exchange(sound->isHeard, false))
+                    if (const auto handler = std::exchange(sound->onEnd, nullptr))
+                        handler(reason);
+        });
+    }
+
     class Player final : public AudioPlayer {
     public:
         Player(FakeAudioPlayers &owner, const QString &path) : m_sound(std::make_shared<Sound>(Sound{path})) {

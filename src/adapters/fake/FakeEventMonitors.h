@@ -20,6 +20,8 @@ public:
         });
     }
     [[nodiscard]] std::unique_ptr<EventMonitor> addLocalMonitor(quint32 mask, LocalHandler handler) override {
+        if (m_isLocalBroken)
+            return nullptr;
         return add(mask, false, std::move(handler));
     }
 
@@ -43,6 +45,9 @@ public:
 
     /// No global monitor can be installed while it is.
     void setBroken(bool isBroken) { m_isBroken = isBroken; }
+
+    /// No local one.
+    void setLocalBroken(bool isBroken) { m_isLocalBroken = isBroken; }
 
     [[nodiscard]] int globalCount() const { return count(true); }
     [[nodiscard]] int localCount() const { return count(false); }
@@ -81,6 +86,7 @@ private:
     std::vector<std::shared_ptr<Entry>> m_entries;
     bool m_isActive = false;
     bool m_isBroken = false;
+    bool m_isLocalBroken = false;
 };
 
 } // namespace tavrine

@@ -28,6 +28,8 @@ public:
     [[nodiscard]] PointerReading pointer() const override { return {m_mouse, m_buttons}; }
     [[nodiscard]] std::unique_ptr<PointerWatch> watchPointer(Time &time, Seconds interval,
                                                              std::function<void()> handler) override {
+        if (m_isWatchBroken)
+            return nullptr;
         return std::make_unique<Watch>(*this, time, interval, std::move(handler));
     }
     [[nodiscard]] Token onChange(std::function<void()> handler) override {
@@ -46,6 +48,8 @@ public:
     /// The screen of the window that has the keyboard, by its place in the list; -1 for no window.
     void setKeyboardScreen(int index) { m_keyboardScreen = index; }
     void setMouseLocation(QPointF location) { m_mouse = location; }
+    /// Nobody can be told of the pointer while it is.
+    void setWatchBroken(bool isBroken) { m_isWatchBroken = isBroken; }
     void setPressedMouseButtons(quint32 buttons) { m_buttons = buttons; }
 
 private:
@@ -88,6 +92,7 @@ private:
                              .scale = 1.0}};
     QPointF m_mouse{0, 0};
     quint32 m_buttons = 0;
+    bool m_isWatchBroken = false;
     int m_keyboardScreen = 0;
     std::vector<std::weak_ptr<std::function<void()>>> m_listeners;
 };

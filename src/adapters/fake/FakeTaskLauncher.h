@@ -23,8 +23,11 @@ public:
         std::optional<QString> launch() override {
             if (std::exchange(m_wasLaunched, true))
                 return QStringLiteral("launched before");
-            if (auto failure = std::exchange(m_launcher.m_nextFailure, std::nullopt))
+            if (auto failure = std::exchange(m_launcher.m_nextFailure, std::nullopt)) {
+                if (const auto before = std::exchange(m_launcher.m_beforeFailure, {}))
+                    before(*this);
                 return failure;
+            }
             m_isRunning = true;
             return std::nullopt;
         }
@@ -66,8 +69,11 @@ public:
             if (task->isTerminated())
                 task->finish(128 + 15);
     }
-    /// The next launch is refused.
-    void failNextLaunch(const QString &why) { m_nextFailure = why; }
+    /// The next launch is refused; what it has done before that is the caller's.
+    void failNextLaunch(const QString &why, std::function<void(const FakeTask &)> before = {}) {
+        m_nextFailure = why;
+        m_beforeFailure = std::move(before);
+    }
 
     /// All that were made, the oldest first. Kept here as a system keeps a process whose task was dropped.
     [[nodiscard]] const QList<std::shared_ptr<FakeTask>> &tasks() const { return m_tasks; }
@@ -75,6 +81,7 @@ public:
 private:
     QList<std::shared_ptr<FakeTask>> m_tasks;
     std::optional<QString> m_nextFailure;
+    std::function<void(const FakeTask &)> m_beforeFailure;
 };
 
 } // namespace tavrine

@@ -35,6 +35,16 @@ TEST_F(KeepAwakePower, theFirstSourceThatSaysItsStateCounts) {
     }
 }
 
+TEST_F(KeepAwakePower, theLaunchReadsItOnceAndKnowsTheAnswer) {
+    for (const bool isPluggedIn : {false, true}) {
+        setPluggedIn(isPluggedIn);
+        const int readings = powerSource.readings();
+        make();
+        EXPECT_EQ(powerSource.readings(), readings + 1);
+        EXPECT_EQ(manager->isPluggedIn(), isPluggedIn); // before the first tick
+    }
+}
+
 TEST_F(KeepAwakePower, theTickComesEveryTenSeconds) {
     const int readings = powerSource.readings();
     pass(9999ms);

@@ -139,6 +139,42 @@ TEST_F(KeepAwakeSchedule, onWeekdaysOnlyTheWeekendIsOff) {
     EXPECT_TRUE(isAwakeAt("2026-02-15 12:00"));
 }
 
+TEST_F(KeepAwakeSchedule, onASaturdayASessionOfThePersonsEndsWithTheNextCheckThoughItIsItsHour) {
+    after([&] { manager->setScheduleEnabled(true); });
+    EXPECT_FALSE(isAwakeAt("2026-02-07 12:00"));
+    switchOn();
+    pass(59s);
+    EXPECT_TRUE(manager->isAwake());
+    pass(1s);
+    EXPECT_FALSE(manager->isAwake());
+    EXPECT_FALSE(manager->autoDisabledForBattery()); // so that no charger brings it back
+}
+
+TEST_F(KeepAwakeSchedule, theDaysThatCountAreThoseOfTheNextCheck) {
+    after([&] {
+        manager->setWeekdaysOnly(false);
+        manager->setScheduleEnabled(true);
+    });
+    ASSERT_TRUE(isAwakeAt("2026-02-07 12:00"));
+    after([&] { manager->setWeekdaysOnly(true); });
+    pass(59s);
+    EXPECT_TRUE(manager->isAwake());
+    pass(1s);
+    EXPECT_FALSE(manager->isAwake());
+    after([&] { manager->setWeekdaysOnly(false); });
+    pass(59s);
+    EXPECT_FALSE(manager->isAwake());
+    pass(1s);
+    EXPECT_TRUE(manager->isAwake());
+}
+
+TEST_F(KeepAwakeSchedule, aSaturdayThatIsSwitchedOnIsCheckedAtOnce) {
+    setClock("2026-02-07 12:00");
+    switchOn();
+    after([&] { manager->setScheduleEnabled(true); });
+    EXPECT_FALSE(manager->isAwake());
+}
+
 TEST_F(KeepAwakeSchedule, aNightThatBeganOnFridayStopsOnSaturdayMorning) {
     schedule({22, 0}, {6, 0});
     after([&] { manager->setScheduleEnabled(true); });

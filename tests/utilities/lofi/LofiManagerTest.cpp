@@ -214,6 +214,7 @@ TEST_F(LofiTest, withoutATrackOneOfTheTwoIsFetchedAndThenPlayed) {
         const std::string name = track == 0 ? "track_1.mp3" : "track_2.mp3";
         EXPECT_EQ(play(), "⬇️ Starting download: " + name + "\n");
         EXPECT_EQ(downloads.begun().back().fileName().toStdString(), name);
+        EXPECT_EQ(offered, 2);
         EXPECT_TRUE(manager->isDownloading());
         EXPECT_FALSE(manager->isPlaying());
         EXPECT_EQ(printedBy([this] { downloads.finish("music"); }),

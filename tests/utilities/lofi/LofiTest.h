@@ -38,7 +38,8 @@ struct LofiWorld {
     FakeFilePanels panels{time};
     FakeUrlOpener urlOpener;
     SerialQueue queue{text("com.tavrine.lofi")};
-    int choice = 0; ///< of the track to fetch
+    int choice = 0;  ///< of the track to fetch
+    int offered = 0; ///< how many it was of
     bool mayPlay = true;
     QString folder = lofiTracks::folder(home.path());
 
@@ -54,7 +55,11 @@ struct LofiWorld {
                                .applicationSupport = home.path(),
                                .trackUrls = {QUrl(text("https://example.org/a/track_1.mp3")),
                                              QUrl(text("https://example.org/a/track_2.mp3"))},
-                               .anyOf = [this](int) { return choice; },
+                               .anyOf =
+                                   [this](int count) {
+                                       offered = count;
+                                       return choice;
+                                   },
                                .mayPlay = [this] { return mayPlay; }});
     }
     /// Until nothing is under way.
