@@ -67,9 +67,11 @@ void SpeedCanvas::fillRounded(const QRectF &points, double radius, const QColor 
     m_painter.drawRoundedRect(whole, radius * m_scale, radius * m_scale);
 }
 
-void SpeedCanvas::fillOval(const QRectF &points, const QColor &color) {
+void SpeedCanvas::symbolOrOval(const QRectF &points, const QString &name, const QRectF &oval, const QColor &color) {
+    if (symbol(points, name, color))
+        return;
     m_painter.setBrush(color);
-    m_painter.drawEllipse(pixels(points));
+    m_painter.drawEllipse(pixels(oval));
 }
 
 bool SpeedCanvas::symbol(const QRectF &points, const QString &name, const QColor &color) {

@@ -17,7 +17,8 @@ public:
     SpeedCanvas(int width, int height, double scale);
 
     void fillRounded(const QRectF &points, double radius, const QColor &color);
-    void fillOval(const QRectF &points, const QColor &color);
+    /// The symbol; where there is none of that name, an oval in its place.
+    void symbolOrOval(const QRectF &points, const QString &name, const QRectF &oval, const QColor &color);
     /// False when there is no such symbol.
     [[nodiscard]] bool symbol(const QRectF &points, const QString &name, const QColor &color);
 

@@ -17,6 +17,7 @@ struct Colors {
     QColor arrows;
 };
 
+constexpr QRectF noConnectionOval(8, 8, 6, 6); // where the symbol cannot be made
 const auto noConnectionSymbol = QStringLiteral("wifi.slash");
 
 /// Fills the ground and says in which colours to go on.
@@ -38,8 +39,7 @@ Colors begin(SpeedCanvas &canvas, const SpeedPicture &picture, int width, const 
 }
 
 void drawNoConnection(SpeedCanvas &canvas, const Colors &colors) {
-    if (!canvas.symbol({6, 5, 12, 12}, noConnectionSymbol, systemRed))
-        canvas.fillOval({8, 8, 6, 6}, systemRed);
+    canvas.symbolOrOval({6, 5, 12, 12}, noConnectionSymbol, noConnectionOval, systemRed);
     canvas.text({21, 4, 69, 14}, QStringLiteral("No Connection"), {9, QFont::DemiBold, colors.text}, Qt::AlignLeft);
 }
 

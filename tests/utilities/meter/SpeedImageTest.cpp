@@ -162,6 +162,17 @@ TEST(SpeedImage, theArrowsOfBothTakeTheThemesColourAndAreWhiteWhileAwakeWithAndW
     }
 }
 
+TEST(SpeedImage, aSymbolThatCannotBeMadeIsAnOval) {
+    SpeedCanvas canvas(22, 22, 4);
+    canvas.symbolOrOval({6, 5, 12, 12}, QStringLiteral("no.such.symbol"), {8, 8, 6, 6}, systemRed);
+    const QImage image = canvas.image();
+    EXPECT_EQ(placeOf(image, systemRed, 4), QRectF(8, 8, 6, 6));
+    EXPECT_EQ(image.pixelColor(8 * 4 + 1, 8 * 4 + 1).alpha(), 0); // no square
+    SpeedCanvas other(22, 22, 4);
+    other.symbolOrOval({6, 5, 12, 12}, QStringLiteral("wifi.slash"), {8, 8, 6, 6}, systemRed);
+    EXPECT_GT(placeOf(other.image(), systemRed, 4).width(), 8);
+}
+
 TEST(SpeedImage, withoutAConnectionItShowsTheRedSymbolAndSaysSoInEveryMode) {
     for (const auto &mode : speedDisplayModeTexts) {
         SpeedPicture wanted = picture(mode.choice);
