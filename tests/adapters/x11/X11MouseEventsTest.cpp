@@ -208,6 +208,7 @@ protected:
                 hand.movePointer(350 + i % 50 * 10, 350);
                 QThread::msleep(4);
             }
+            hand.movePointer(840, 350); // however far it was: what comes after the drag is over no window of ours
             hand.release(1);
         });
         QTimer look;
