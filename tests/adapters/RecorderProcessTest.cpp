@@ -176,7 +176,7 @@ TEST_F(RecorderProcessTest, aBrowserAndAPlayerOfMoviesPlayIt) {
     const auto player = runProgram(text("mpv"), {text("--vo=null"), text("--ao=null"), text("--no-config"),
                                                  text("--untimed"), text("--msg-level=all=warn"), path});
     EXPECT_EQ(player.exitCode, 0) << (player.output + player.complaints).constData();
-    const auto browser = runProgram(text(PLAYS_IN_A_BROWSER), {path, text("1.5")});
+    const auto browser = runProgram(text(PLAYS_IN_A_BROWSER), {path, text("1.5")}, 120'000);
     const QJsonObject told = QJsonDocument::fromJson(browser.output).object();
     EXPECT_EQ(QSize(told[QLatin1String("width")].toInt(), told[QLatin1String("height")].toInt()), size)
         << browser.output.constData() << browser.complaints.constData();

@@ -19,10 +19,11 @@ struct ProgramOutput {
     QByteArray complaints;
 };
 
-[[nodiscard]] inline ProgramOutput runProgram(const QString &program, const QStringList &arguments) {
+[[nodiscard]] inline ProgramOutput runProgram(const QString &program, const QStringList &arguments,
+                                              int longestMs = 30'000) {
     QProcess process;
     process.start(program, arguments);
-    const bool isEnded = process.waitForFinished(30'000);
+    const bool isEnded = process.waitForFinished(longestMs);
     return {isEnded && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
             process.readAllStandardOutput(), process.readAllStandardError()};
 }
