@@ -3,8 +3,10 @@
 #include "desktop/Program.h"
 #include "support/Wait.h"
 
+#include <array>
 #include <chrono>
 #include <csignal>
+#include <string_view>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -18,6 +20,32 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
+
+/// An error output that somebody keeps and does not empty.
+class Unread {
+public:
+    Unread() { EXPECT_EQ(::pipe2(m_ends, O_NONBLOCK | O_CLOEXEC), 0); }
+    ~Unread() {
+        ::close(m_ends[0]);
+        ::close(m_ends[1]);
+    }
+    /// For who opens it anew, and then waits for room.
+    [[nodiscard]] QString path() const { return QStringLiteral("/proc/self/fd/%1").arg(m_ends[1]); }
+    /// As little room as a pipe can have.
+    [[nodiscard]] int makeSmall() { return ::fcntl(m_ends[1], F_SETPIPE_SZ, 1); }
+    [[nodiscard]] bool write(std::string_view text) { return ::write(m_ends[1], text.data(), text.size()) > 0; }
+    /// All that is in it.
+    [[nodiscard]] std::string read() {
+        std::string text;
+        std::array<char, 4096> bytes{};
+        for (ssize_t count = 0; (count = ::read(m_ends[0], bytes.data(), bytes.size())) > 0;)
+            text.append(bytes.data(), size_t(count));
+        return text;
+    }
+
+private:
+    int m_ends[2] = {};
+};
 
 class LastWords : public testing::Test {
 protected:
@@ -94,6 +122,21 @@ TEST_F(Fault, aFullStackIsToldAsWell) {
     EXPECT_THAT(wordsAtEndBy(SIGSEGV), StartsWith("tavrine: ended by signal 11 (SEGV)\n"));
 }
 
+TEST_F(Fault, anErrorOutputThatIsFullHalfWayCutsTheWayThereOffAndHoldsUpNoEnd) {
+    Unread output;
+    program.environment.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(TAVRINE_FAULT_ON_SIGNAL));
+    start(output.path());
+    static_cast<void>(output.read()); // of the start
+    const int room = output.makeSmall();
+    ASSERT_GT(room, 0);
+    makeFault(SIGSTKFLT);
+    static_cast<void>(wordsAtEndBy(SIGALRM)); // who waits is ended
+    const std::string words = output.read();
+    EXPECT_THAT(words, StartsWith("tavrine: ended by signal 11 (SEGV)\n"));
+    EXPECT_THAT(words, HasSubstr("fault_on_signal"));
+    EXPECT_GT(words.size() + 512, size_t(room)); // it was full, but for the line that found no room any more
+}
+
 #endif
 
 class LastWordsAtRequest : public LastWords, public testing::WithParamInterface<std::pair<int, const char *>> {};
@@ -121,15 +164,14 @@ TEST_F(LastWords, aSignalThatTheStarterIgnoresEndsNothing) {
 }
 
 TEST_F(LastWords, anErrorOutputThatNobodyEmptiesHoldsUpNoEnd) {
-    int ends[2];
-    ASSERT_EQ(::pipe2(ends, O_NONBLOCK | O_CLOEXEC), 0);
-    start(QStringLiteral("/proc/self/fd/%1").arg(ends[1]));
-    while (::write(ends[1], "................", 16) > 0) {
-    }
+    Unread output;
+    start(output.path());
+    std::string before;
+    while (output.write("................"))
+        before += "................";
     ASSERT_EQ(::kill(pid(), SIGTERM), 0);
-    EXPECT_EQ(wordsAtEndBy(SIGTERM), "");
-    ::close(ends[0]);
-    ::close(ends[1]);
+    static_cast<void>(wordsAtEndBy(SIGTERM));
+    EXPECT_EQ(output.read(), before); // the words are lost
 }
 
 } // namespace

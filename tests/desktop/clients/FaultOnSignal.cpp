@@ -6,14 +6,19 @@
 
 #include <unistd.h>
 
-namespace {
-
-/// Fills the stack long before it has counted to the end.
-int descend(volatile int *above) { // NOLINT(misc-no-recursion)
+/// Fills the stack long before it has counted to the end. Its name stands in each line of the way there, which so are
+/// more than a page.
+extern "C" [[gnu::visibility("default")]] int
+aStepFurtherDownWhichIsTakenUntilThereIsNoMoreRoomForAnotherOneOnTheStackOfThisThread( // NOLINT(misc-no-recursion)
+    volatile int *above) {
     volatile int here[256] = {};
     here[0] = *above + 1;
-    return here[0] < 0 ? 0 : descend(here) + here[0];
+    return here[0] < 0
+               ? 0
+               : aStepFurtherDownWhichIsTakenUntilThereIsNoMoreRoomForAnotherOneOnTheStackOfThisThread(here) + here[0];
 }
+
+namespace {
 
 void fault(int, siginfo_t *info, void *) {
     volatile int zero = 0;
@@ -29,7 +34,7 @@ void fault(int, siginfo_t *info, void *) {
     case SIGILL:
         __builtin_trap();
     case SIGSTKFLT: // its own stack
-        zero = descend(&zero);
+        zero = aStepFurtherDownWhichIsTakenUntilThereIsNoMoreRoomForAnotherOneOnTheStackOfThisThread(&zero);
         break;
     default:
         break;
