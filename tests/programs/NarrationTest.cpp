@@ -1,7 +1,7 @@
 #include "programs/screencapture/Narration.h"
 
-#include "adapters/linux/NarrationProtocol.h"
 #include "adapters/linux/NarratedWords.h"
+#include "adapters/linux/NarrationProtocol.h"
 
 #include <array>
 
