@@ -2,6 +2,7 @@
 // bus where nothing is started by itself.
 
 #include "adapters/linux/QtKeychainStore.h"
+#include "contracts/KeyRingDaemon.h"
 #include "contracts/KeychainContract.h"
 #include "support/Eventually.h"
 
@@ -13,9 +14,7 @@
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QProcess>
-#include <QTemporaryDir>
 
-#include <csignal>
 #include <thread>
 
 namespace tavrine::test {
@@ -29,7 +28,7 @@ bool isOnTheBus(const QString &name) {
     return QDBusConnection::sessionBus().interface()->isServiceRegistered(name);
 }
 
-/// A GNOME key ring with a home of its own, unlocked at first as by a login.
+/// A GNOME key ring of its own, unlocked at first.
 class KeyRing {
 public:
     KeyRing() { start(true); }
@@ -38,28 +37,15 @@ public:
     Keychain &keychain() { return m_store; }
 
     void start(bool isUnlocked) {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("HOME"), m_home.path());
-        environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.path());
-        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home.path());
-        m_daemon.setProcessEnvironment(environment);
-        m_daemon.setProcessChannelMode(QProcess::MergedChannels);
-        QStringList arguments{QStringLiteral("--foreground"), QStringLiteral("--components=secrets"),
-                              QStringLiteral("--control-directory=") + m_home.path()};
-        if (isUnlocked)
-            arguments.append(QStringLiteral("--unlock"));
-        m_daemon.start(QStringLiteral("gnome-keyring-daemon"), arguments);
-        m_daemon.write("the password");
-        m_daemon.closeWriteChannel();
+        m_daemon.start(isUnlocked);
         if (!eventually([] { return isOnTheBus(secretService); }))
-            ADD_FAILURE() << "no key ring: " << m_daemon.readAll().toStdString();
+            ADD_FAILURE() << "no key ring: " << m_daemon.output().toStdString();
     }
     void endService() {
-        m_daemon.kill();
-        m_daemon.waitForFinished();
+        m_daemon.end();
         EXPECT_TRUE(eventually([] { return !isOnTheBus(secretService); }));
     }
-    void hold() { ::kill(pid_t(m_daemon.processId()), SIGSTOP); }
+    void hold() { m_daemon.hold(); }
 
     void lock() {
         QDBusMessage call =
@@ -71,8 +57,7 @@ public:
     }
 
 private:
-    QTemporaryDir m_home;
-    QProcess m_daemon;
+    KeyRingDaemon m_daemon;
     QtKeychainStore m_store{5s};
 };
 
@@ -228,28 +213,12 @@ TEST_F(DesktopKeychain, aCancelEndsTheCallThatWaitsAtThePrompt) {
 
 int main(int argc, char **argv) {
     testing::InitGoogleTest(&argc, argv);
-    // A bus that starts no service by itself, for the whole process: the libraries keep to the first that they see.
-    QTemporaryDir folder;
-    const QString address = QStringLiteral("unix:path=") + folder.filePath(QStringLiteral("bus"));
-    QFile configuration(folder.filePath(QStringLiteral("bus.conf")));
-    if (!configuration.open(QIODevice::WriteOnly))
+    // For the whole process: the libraries keep to the first bus that they see.
+    tavrine::test::EmptyBus bus;
+    if (!bus.start())
         return 1;
-    configuration.write(
-        "<busconfig><type>session</type><listen>" + address.toUtf8() +
-        "</listen><policy context='default'><allow send_destination='*' eavesdrop='true'/><allow eavesdrop='true'/>"
-        "<allow own='*'/></policy></busconfig>");
-    configuration.close();
-    QProcess bus;
-    bus.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
-                                              QStringLiteral("--config-file=") + configuration.fileName()});
-    qputenv("DBUS_SESSION_BUS_ADDRESS", address.toUtf8());
+    qputenv("DBUS_SESSION_BUS_ADDRESS", bus.address().toUtf8());
     qunsetenv("XDG_CURRENT_DESKTOP");
-    QGuiApplication application(argc, argv);
-    const auto isOpen = [&] { return QFile::exists(folder.filePath(QStringLiteral("bus"))); };
-    if (!tavrine::test::eventually(isOpen))
-        return 1;
-    const int status = RUN_ALL_TESTS();
-    bus.kill();
-    bus.waitForFinished();
-    return status;
+    const QGuiApplication application(argc, argv);
+    return RUN_ALL_TESTS();
 }

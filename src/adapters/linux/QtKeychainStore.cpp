@@ -1,11 +1,5 @@
 #include "adapters/linux/QtKeychainStore.h"
 
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
-#include <QDBusMetaType>
-#include <QDBusObjectPath>
-#include <QDBusReply>
 #include <QStringDecoder>
 #include <QThread>
 #include <qt6keychain/keychain.h>
@@ -13,6 +7,7 @@
 #include <condition_variable>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include <dlfcn.h>
@@ -22,11 +17,10 @@ namespace tavrine {
 
 namespace {
 
-using Attributes = QMap<QString, QString>;
+constexpr auto secretService = "org.freedesktop.secrets";
+constexpr int answerMilliseconds = 5000;
 
-QString secretService() {
-    return QStringLiteral("org.freedesktop.secrets");
-}
+using Answer = std::unique_ptr<GVariant, decltype(&g_variant_unref)>;
 
 /// None where the library would not hand back what is written: it works with texts that end at a zero byte. A byte
 /// order mark is part of the text.
@@ -39,21 +33,37 @@ std::optional<QString> textOf(const QByteArray &data) {
     return text;
 }
 
-/// GLib ends the whole process when the bus goes away, unless it is told otherwise. Only for the library: its
-/// connection is GLib's shared one, which stays.
-void outliveTheBus() {
-    if (GDBusConnection *bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr))
+/// GLib's shared connection, which is the library's too; null without a bus. Asked for before each call, as the bus may
+/// come later than the first, and kept for good: GLib ends the whole process when the bus goes away under a connection
+/// that was not told otherwise, and one that the library made for itself would not be. For the library's thread.
+GDBusConnection *sessionBus() {
+    static GDBusConnection *bus = nullptr;
+    if (!bus)
+        bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
+    if (bus)
         g_dbus_connection_set_exit_on_close(bus, FALSE);
+    return bus && !g_dbus_connection_is_closed(bus) ? bus : nullptr;
 }
 
-/// Before each call, on the library's thread. The Secret Service's library keeps its session with a service that has
-/// ended, and every call to the next one would fail by it. Never within a call, which would not end then. The library
-/// is only spoken to where it is loaded: other desktops have another store.
-void forgetAnEndedService() {
-    static QString lastOwner;
-    const QDBusConnectionInterface *bus = QDBusConnection::sessionBus().interface();
-    const QString owner = bus ? bus->serviceOwner(secretService()).value() : QString();
-    if (owner == std::exchange(lastOwner, owner))
+/// None where the call fails. Takes the arguments over.
+Answer call(GDBusConnection *bus, const char *service, const char *path, const char *interface, const char *method,
+            GVariant *arguments, const char *type) {
+    return {g_dbus_connection_call_sync(bus, service, path, interface, method, arguments, G_VARIANT_TYPE(type),
+                                        G_DBUS_CALL_FLAGS_NONE, answerMilliseconds, nullptr, nullptr),
+            &g_variant_unref};
+}
+
+/// Before each call. The Secret Service's library keeps its session with a service that has ended, and every call to
+/// the next one would fail by it. Never within a call, which would not end then. The library is only spoken to where it
+/// is loaded: other desktops have another store.
+void forgetAnEndedService(GDBusConnection *bus) {
+    static std::string lastOwner;
+    const Answer answer = call(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                               "GetNameOwner", g_variant_new("(s)", secretService), "(s)");
+    const char *name = "";
+    if (answer)
+        g_variant_get(answer.get(), "(&s)", &name);
+    if (const std::string owner = name; owner == std::exchange(lastOwner, owner))
         return;
     void *library = dlopen("libsecret-1.so.0", RTLD_LAZY | RTLD_NOLOAD);
     if (!library)
@@ -67,13 +77,11 @@ void forgetAnEndedService() {
 /// Lives on the library's thread. Left to the end of the process: the thread may be within a call to the bus.
 QObject *worker() {
     static QObject *const object = [] {
-        qDBusRegisterMetaType<Attributes>();
         auto *made = new QObject;
         auto *thread = new QThread;
         thread->setObjectName(QStringLiteral("keychain"));
         made->moveToThread(thread);
         thread->start();
-        QMetaObject::invokeMethod(made, &outliveTheBus, Qt::QueuedConnection);
         return made;
     }();
     return object;
@@ -82,18 +90,22 @@ QObject *worker() {
 /// Whether the Secret Service holds the item after all. The library calls an item absent whose key ring the person
 /// declined to unlock.
 bool isHeldBack(const KeychainItem &item) {
-    QDBusMessage search =
-        QDBusMessage::createMethodCall(secretService(), QStringLiteral("/org/freedesktop/secrets"),
-                                       QStringLiteral("org.freedesktop.Secret.Service"), QStringLiteral("SearchItems"));
-    search << QVariant::fromValue(
-        Attributes{{QStringLiteral("user"), item.account}, {QStringLiteral("server"), item.service}});
-    const QDBusMessage answer = QDBusConnection::sessionBus().call(search, QDBus::Block, 5000);
+    GDBusConnection *bus = sessionBus();
+    if (!bus)
+        return true; // who cannot ask does not know
+    GVariantBuilder attributes;
+    g_variant_builder_init(&attributes, G_VARIANT_TYPE("a{ss}"));
+    g_variant_builder_add(&attributes, "{ss}", "user", item.account.toUtf8().constData());
+    g_variant_builder_add(&attributes, "{ss}", "server", item.service.toUtf8().constData());
+    const Answer found = call(bus, secretService, "/org/freedesktop/secrets", "org.freedesktop.Secret.Service",
+                              "SearchItems", g_variant_new("(a{ss})", &attributes), "(aoao)");
     // Without a Secret Service the library asked another store, and its word stands.
-    if (answer.type() != QDBusMessage::ReplyMessage || answer.signature() != QLatin1String("aoao"))
+    if (!found)
         return false;
-    const QVariantList lists = answer.arguments();
-    return !qdbus_cast<QList<QDBusObjectPath>>(lists.at(0)).isEmpty() ||
-           !qdbus_cast<QList<QDBusObjectPath>>(lists.at(1)).isEmpty();
+    const auto count = [&](gsize list) {
+        return g_variant_n_children(Answer(g_variant_get_child_value(found.get(), list), &g_variant_unref).get());
+    };
+    return count(0) > 0 || count(1) > 0;
 }
 
 KeychainStatus statusFor(const QKeychain::Job &job, const KeychainItem &item) {
@@ -151,7 +163,14 @@ QtKeychainStore::~QtKeychainStore() {
 }
 
 void QtKeychainStore::start(const std::shared_ptr<Question> &question, const std::shared_ptr<Wait> &wait) {
-    forgetAnEndedService();
+    GDBusConnection *bus = sessionBus();
+    if (!bus) {
+        const std::lock_guard lock(wait->mutex);
+        question->answer.emplace(KeychainStatus::failure);
+        wait->changed.notify_all();
+        return;
+    }
+    forgetAnEndedService(bus);
     QKeychain::Job *job = question->job = question->makeJob();
     job->setKey(question->item.account);
     job->setAutoDelete(false);
