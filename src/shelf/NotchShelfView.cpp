@@ -38,6 +38,11 @@ look::Spring smoothSpring() {
     return look::Spring::responding(0.35, 0.8);
 }
 
+/// Of a drag that comes over the shelf's window or leaves it.
+look::Spring dragSpring() {
+    return look::Spring::responding(0.3, 0.7);
+}
+
 } // namespace
 
 QString itemCountText(qsizetype count) {
@@ -113,11 +118,12 @@ NotchShelfView::NotchShelfView(NotchViewModel &viewModel, const ShelfPorts &port
     if (look::Look *look = look::Look::current())
         connect(look, &look::Look::changed, this, &NotchShelfView::recolour);
     recolour();
-    for (const auto signal : {&NotchViewModel::isDragTargetActiveChanged, &NotchViewModel::isShelfItemDragActiveChanged,
-                              &NotchViewModel::isHoveringChanged})
-        connect(&viewModel, signal, this, &NotchShelfView::follow);
+    const auto follow = [this] { this->follow(smoothSpring()); };
+    for (const auto signal : {&NotchViewModel::isShelfItemDragActiveChanged, &NotchViewModel::isHoveringChanged})
+        connect(&viewModel, signal, this, follow);
+    connect(&viewModel, &NotchViewModel::itemsChanged, this, follow);
+    connect(&viewModel, &NotchViewModel::isDragTargetActiveChanged, this, [this] { this->follow(dragSpring()); });
     connect(&viewModel, &NotchViewModel::isFileDragActiveChanged, this, &NotchShelfView::followFileDrag);
-    connect(&viewModel, &NotchViewModel::itemsChanged, this, &NotchShelfView::follow);
     follow();
 }
 
@@ -149,10 +155,10 @@ void NotchShelfView::recolour() {
         look->setTheme(this, theme);
 }
 
-void NotchShelfView::follow() {
+void NotchShelfView::follow(const look::Spring &spring) {
     if (takeContent())
         m_change.start(
-            smoothSpring(), [this](double part) { showPart(part); }, [this] { m_leaving = {}; });
+            spring, [this](double part) { showPart(part); }, [this] { m_leaving = {}; });
 }
 
 void NotchShelfView::followFileDrag() {

@@ -51,7 +51,7 @@ private:
 
     /// Made when what is held is shown for the first time.
     Pane &pane();
-    void follow();
+    void follow(const look::Spring &spring);
     void followFileDrag();
     [[nodiscard]] bool takeContent();
     void showPart(double part);

@@ -45,6 +45,12 @@ protected:
         view.render(&image, {}, {}, QWidget::DrawChildren);
         return image;
     }
+    /// Of the prompt's words.
+    [[nodiscard]] double opacity() {
+        test::WordsDevice device(view.size());
+        view.render(&device);
+        return device.painted().empty() ? 0.0 : double(device.painted().front().colour.alphaF());
+    }
     [[nodiscard]] look::Button &clearAll() const { return *view.findChild<look::Button *>(); }
 };
 
@@ -184,41 +190,37 @@ TEST_F(NotchShelf, whereTheDesktopWantsNoMotionNothingMoves) {
     EXPECT_EQ(shelf->pulseScale(), 1.0);
 }
 
-// Frame by frame: the opacity is the way of a spring of 0.35 s and a damping of 0.8.
-TEST_F(NotchShelf, aPromptComesWithTheSpring) {
+TEST_F(NotchShelf, aDragOverTheWindowBringsAndTakesItsPromptWithASpringOfItsOwn) {
     view.resize(300, 79);
-    const auto opacity = [this] {
-        test::WordsDevice device(view.size());
-        view.render(&device);
-        return device.painted().empty() ? 0.0 : double(device.painted().front().colour.alphaF());
-    };
+    const look::Spring spring = look::Spring::responding(0.3, 0.7);
     model.setDragTargetActive(true);
     rest();
     const double whole = opacity();
-    model.setDragTargetActive(false);
-    rest();
-    model.setDragTargetActive(true);
-    // x'' = k (1 - x) - c x' with k = (2 pi / 0.35)^2 and c = 2 * 0.8 * sqrt(k), stepped by a tenth of a millisecond.
-    const double frequency = 2 * M_PI / 0.35;
-    double place = 0;
-    double speed = 0;
-    for (int frame = 1; frame <= 20; ++frame) {
-        time.advance(16ms);
-        for (int i = 0; i < 160; ++i) {
-            speed += (frequency * frequency * (1 - place) - 2 * 0.8 * frequency * speed) * 0.0001;
-            place += speed * 0.0001;
+    EXPECT_GT(whole, 0.8);
+    for (const bool isThere : {false, true}) {
+        model.setDragTargetActive(isThere);
+        for (const auto frame : {16ms, 32ms, 48ms, 64ms, 80ms, 96ms}) {
+            time.advance(16ms);
+            const double part = std::min(spring.at(frame), 1.0);
+            EXPECT_NEAR(opacity() / whole, isThere ? part : 1 - part, 0.01) << isThere << ' ' << frame.count();
         }
-        EXPECT_NEAR(opacity(), whole * std::min(place, 1.0), 0.02) << frame;
+        rest();
     }
+}
+
+TEST_F(NotchShelf, whatThePointerBringsAndTakesFollowsTheViewsSpring) {
+    addFiles(1);
+    model.setHovering(false);
+    EXPECT_EQ(shelf->content(), Content::nothing);
+    const Seconds settled = look::Spring::responding(0.35, 0.8).settled();
+    time.advance(settled);
+    EXPECT_TRUE(look::Look::current()->clock().isTicking());
+    time.advance(look::MotionClock::frame);
+    EXPECT_FALSE(look::Look::current()->clock().isTicking());
 }
 
 TEST_F(NotchShelf, aDragOfFilesBringsAndTakesItsPromptIn180Milliseconds) {
     view.resize(300, 79);
-    const auto opacity = [this] {
-        test::WordsDevice device(view.size());
-        view.render(&device);
-        return device.painted().empty() ? 0.0 : double(device.painted().front().colour.alphaF());
-    };
     model.setFileDragActive(true);
     rest();
     const double whole = opacity();
