@@ -32,6 +32,36 @@ protected:
     void SetUp() override { trace.clear(); }
 };
 
+/// Has no statement that deletes items prepared on connections opened while it lives, but for the first few.
+class RefusedDeletions {
+public:
+    explicit RefusedDeletions(int allowed) {
+        left = allowed;
+        sqlite3_auto_extension(reinterpret_cast<void (*)()>(&install));
+    }
+    ~RefusedDeletions() {
+        sqlite3_cancel_auto_extension(reinterpret_cast<void (*)()>(&install));
+        end();
+    }
+    RefusedDeletions(const RefusedDeletions &) = delete;
+    RefusedDeletions &operator=(const RefusedDeletions &) = delete;
+
+    [[nodiscard]] int refused() const { return left < 0 ? -left : 0; }
+    void end() { left = std::numeric_limits<int>::max(); }
+
+private:
+    static int install(sqlite3 *db, const char **, const void *) {
+        sqlite3_set_authorizer(db, &ask, nullptr);
+        return SQLITE_OK;
+    }
+    static int ask(void *, int action, const char *table, const char *, const char *, const char *) {
+        if (action != SQLITE_DELETE || std::string_view(table) != "items")
+            return SQLITE_OK;
+        return left-- > 0 ? SQLITE_OK : SQLITE_DENY;
+    }
+    static inline int left = 0;
+};
+
 constexpr auto columns = "SELECT id,content,date,is_pinned,is_saved,image_file_name FROM items";
 constexpr auto countProtected = "SELECT COUNT(*) FROM items WHERE is_pinned=1 OR is_saved=1;";
 
@@ -226,6 +256,28 @@ TEST_F(ClipboardDatabaseSql, aChunkThatCannotBePreparedEndsThePruningWithAnEmpty
     // Reading a view works, deleting from one cannot even be prepared.
     EXPECT_EQ(db.prune(true, {}, {}), ClipboardDatabase::Pruned());
     EXPECT_THAT(outside.values("SELECT COUNT(*) FROM rows"), ElementsAre("1"));
+}
+
+TEST_F(DatabaseFixture, aLaterChunkThatCannotBePreparedEndsThePruningThereAndTheEarlierOnesAreGoneAllTheSame) {
+    RefusedDeletions refused(1);
+    ClipboardDatabase db(path);
+    Outside outside(path);
+    ASSERT_TRUE(outside.run("BEGIN"));
+    for (int i = 0; i < 1200; ++i) {
+        const std::string number = std::to_string(i);
+        ASSERT_TRUE(outside.run("INSERT INTO items VALUES ('" + freshUuidString().toStdString() + "','t'," + number +
+                                ",0,0,'" + number + ".png')"));
+    }
+    ASSERT_TRUE(outside.run("COMMIT"));
+    EXPECT_EQ(db.prune(true, {}, {}), ClipboardDatabase::Pruned()) << "the files of the first chunk are not told";
+    EXPECT_EQ(refused.refused(), 1) << "nothing is tried after it";
+    EXPECT_THAT(outside.values("SELECT COUNT(*), MIN(date) FROM items"), ElementsAre("700", "500.0"));
+    EXPECT_EQ(db.counts().total, 700);
+    refused.end();
+    const ClipboardDatabase::Pruned rest = db.prune(true, {}, {});
+    EXPECT_EQ(rest.deletedCount, 700);
+    EXPECT_EQ(rest.imageFileNames.size(), 700);
+    EXPECT_EQ(rest.imageFileNames.first(), QStringLiteral("500.png"));
 }
 
 TEST_F(ClipboardDatabaseSql, clearingIsTwoStatements) {
