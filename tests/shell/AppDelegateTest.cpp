@@ -342,8 +342,10 @@ TEST_F(AppDelegateTest, theEntriesCallTheirTools) {
 
 TEST_F(AppDelegateTest, theMenuOpensWithItsEntriesFresh) {
     defaults.set(text("HotkeyCharacter"), text("b"));
+    defaults.set(text("emojiHotkeyKey"), text("j"));
     desktop.statusItem().press({10, 10});
     EXPECT_EQ(label(delegate->statusMenu().entry(StatusMenuItem::clipboard).keyEquivalent), text("⌘⇧B"));
+    EXPECT_EQ(label(delegate->statusMenu().entry(StatusMenuItem::emojiPicker).keyEquivalent), text("⌘⇧J"));
     delegate->trayMenu().cancelTracking();
 }
 

@@ -1,5 +1,6 @@
 #include "shell/PanelController.h"
 
+#include "look/Motion.h"
 #include "shell/PanelFixture.h"
 
 namespace tavrine {
@@ -264,6 +265,13 @@ TEST_F(PanelControllerTest, theSearchPanelHidesTheOthers) {
     EXPECT_FALSE(emoji()->isVisible());
 }
 
+TEST_F(PanelControllerTest, theEmojiPanelHidesTheClassicOne) {
+    controller.toggleClassicPanel();
+    ASSERT_TRUE(classic()->isVisible());
+    controller.showOrDismissEmojiPanel();
+    EXPECT_FALSE(classic()->isVisible());
+}
+
 TEST_F(PanelControllerTest, theClassicPanelHidesNone) {
     controller.toggleSearchPanel();
     controller.toggleClassicPanel();
@@ -275,13 +283,21 @@ TEST_F(PanelControllerTest, theClassicPanelShrinksAwayAboutItsMiddle) {
     time.advance(1s);
     const QRectF before = classic()->frame();
     controller.toggleClassicPanel();
-    time.advance(179ms);
+    Seconds passed{0};
+    for (int step = 1; step <= 10; ++step) { // at a sixtieth of a second each, the last before the end
+        const Seconds wanted{step / 60.0 + 0.0005};
+        time.advance(wanted - passed);
+        passed = wanted;
+        const double part = look::easeIn.at(step / 60.0 / 0.18);
+        EXPECT_TRUE(classic()->isVisible());
+        EXPECT_NEAR(classic()->frame().width(), 320 * (1 - 0.4 * part), 0.01) << step;
+        EXPECT_NEAR(classic()->frame().height(), 450 * (1 - 0.4 * part), 0.01) << step;
+        EXPECT_NEAR(classic()->frame().center().x(), before.center().x(), 1e-6);
+        EXPECT_NEAR(classic()->frame().center().y(), before.center().y(), 1e-6);
+        EXPECT_NEAR(classic()->alpha(), 1 - part, 0.001) << step;
+    }
+    time.advance(Seconds{0.179} - passed);
     EXPECT_TRUE(classic()->isVisible());
-    EXPECT_NEAR(classic()->frame().width(), 0.6 * 320, 20);
-    EXPECT_NEAR(classic()->frame().height(), 0.6 * 450, 28);
-    EXPECT_NEAR(classic()->frame().center().x(), before.center().x(), 1e-6);
-    EXPECT_NEAR(classic()->frame().center().y(), before.center().y(), 1e-6);
-    EXPECT_LT(classic()->alpha(), 0.2);
     time.advance(1ms);
     EXPECT_FALSE(classic()->isVisible());
     EXPECT_EQ(classic()->frame(), before);

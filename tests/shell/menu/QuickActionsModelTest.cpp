@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <cmath>
 
 #include <gmock/gmock.h>
 
@@ -206,6 +207,27 @@ TEST_F(Height, itRunsFromThePresentHeightToTheWantedOneWithinTheTime) {
     time.advance(200ms);
     EXPECT_EQ(height.height(), 200);
     EXPECT_FALSE(height.isAnimating());
+}
+
+TEST_F(Height, itBeginsAndEndsSlowlyByTheCube) {
+    height.setNow();
+    wanted = 200;
+    height.animate(400ms);
+    time.advance(Seconds{0.0202}); // a trace behind each step from here on
+    std::vector<double> heights;
+    for (int step = 0; step < 24; ++step) { // a sixtieth of a second each
+        time.advance(QuickActionsHeight::step);
+        heights.push_back(height.height());
+    }
+    for (size_t step = 0; step < heights.size(); ++step) {
+        const double t = double(step + 1) / 24;
+        const double part = t < 0.5 ? 4 * std::pow(t, 3) : 1 - std::pow(2 - 2 * t, 3) / 2;
+        EXPECT_NEAR(heights[step], 100 + 100 * part, 0.01) << step;
+    }
+    EXPECT_NEAR(heights[5], 106.25, 0.01) << "a quarter of the time";
+    EXPECT_NEAR(heights[11], 150, 0.01);
+    EXPECT_NEAR(heights[17], 193.75, 0.01);
+    EXPECT_NEAR(heights[23], 200, 0.01);
 }
 
 TEST_F(Height, aDifferenceOfHalfAPointIsNone) {

@@ -1,5 +1,6 @@
 #include "shell/menu/TrayMenuTest.h"
 
+#include "look/Motion.h"
 #include "look/Tile.h"
 #include "support/PaintedWords.h"
 #include "utilities/awake/KeepAwakeControlView.h"
@@ -225,13 +226,21 @@ TEST_F(TrayMenuTest, theMenuGrowsWithTheModesOfKeepAwakeAndOpensWithoutThem) {
     const double before = panel().height().height();
     quietly([this] { control("Advanced Awake modes").click(); });
     QCoreApplication::processEvents();
-    time.advance(20ms + 180ms);
-    const double halfway = panel().height().height();
-    EXPECT_GT(halfway, before);
-    time.advance(300ms);
-    const double whole = panel().height().height();
-    EXPECT_GT(whole, halfway);
+    std::vector<double> heights;
+    time.advance(Seconds{0.0202});           // a trace behind each step from here on
+    for (int step = 1; step <= 22; ++step) { // sixtieths of a second: 350 ms are not the end, 367 ms are
+        EXPECT_TRUE(panel().height().isAnimating()) << step;
+        time.advance(QuickActionsHeight::step);
+        heights.push_back(panel().height().height());
+    }
+    EXPECT_FALSE(panel().height().isAnimating());
+    const double whole = heights.back();
     EXPECT_EQ(whole, view().measuredGrid());
+    EXPECT_GT(whole, before + 20);
+    for (size_t step = 0; step < heights.size(); ++step) {
+        const double part = look::cubicInOut(double(step + 1) / 60 / 0.36);
+        EXPECT_NEAR((heights[step] - before) / (whole - before), part, 1e-3) << step;
+    }
     quietly([this] { control("Schedule").click(); });
     QCoreApplication::processEvents();
     quietly([this] { time.advance(1s); });
