@@ -7,6 +7,7 @@
 #include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/Symbols.h"
+#include "look/Unfolding.h"
 
 #include <QAccessible>
 #include <QPainter>
@@ -33,6 +34,13 @@ void OutcomeView::setDone(bool isDone) {
     setAccessibleName(isDone ? m_doneText : QString());
     QAccessibleEvent event(this, QAccessible::NameChanged);
     QAccessible::updateAccessibility(&event);
+    if (isDone) {
+        m_opacity = 0;
+        m_appearing.start(Unfolding::length, defaultTiming, [this](double part) {
+            m_opacity = part;
+            update();
+        });
+    }
     update();
 }
 
@@ -52,6 +60,7 @@ void OutcomeView::paintEvent(QPaintEvent *) {
         return;
     QPainter painter(this);
     preparePainter(painter);
+    painter.setOpacity(m_opacity);
     const Theme &theme = themeOf(this);
     const double text = lineWidth(m_doneText, TextRole::body);
     const double left = width() - text - space::tiny - symbolsize::medium;

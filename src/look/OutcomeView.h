@@ -1,11 +1,14 @@
 #pragma once
 
+#include "look/MotionClock.h"
+
 #include <QWidget>
 
 namespace tavrine::look {
 class Button;
 
-/// A button, or in its place for a while that what it does is done. As wide as the wider of the two. Main thread.
+/// A button, or in its place for a while that what it does is done, which fades in. As wide as the wider of the two.
+/// Main thread.
 class OutcomeView final : public QWidget {
     Q_OBJECT
 
@@ -25,6 +28,8 @@ protected:
 private:
     Button *m_button;
     QString m_doneText;
+    Motion m_appearing;
+    double m_opacity = 0; // of what says that it is done
     bool m_isDone = false;
 };
 

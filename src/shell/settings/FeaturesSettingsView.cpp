@@ -5,6 +5,7 @@
 #include "look/Indicators.h"
 #include "look/Metrics.h"
 #include "look/Toggle.h"
+#include "look/Unfolding.h"
 
 #include <QHBoxLayout>
 #include <QMouseEvent>
@@ -13,24 +14,38 @@ namespace tavrine {
 
 using namespace look;
 
+namespace {
+
+QWidget *makeStarting() {
+    auto *starting = new QWidget;
+    auto *row = new QHBoxLayout(starting);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(space::small);
+    auto *spinner = new Spinner;
+    spinner->setFixedSize(spinner->sizeHint());
+    row->addWidget(spinner);
+    row->addWidget(
+        new Label(QString::fromUtf8(FeatureRowModel::startingText), TextRole::caption, Label::Tone::secondary));
+    return starting;
+}
+
+} // namespace
+
 FeatureRowView::FeatureRowView(Feature feature, FeatureFlags &flags, Time &time, QWidget *parent)
     : SettingsRow(QLatin1String(textOf(feature).icon), QLatin1String(textOf(feature).title),
                   QLatin1String(textOf(feature).description), parent),
-      m_model(feature, flags, time), m_end(new QWidget), m_spinner(new Spinner),
-      m_starting(
-          new Label(QString::fromUtf8(FeatureRowModel::startingText), TextRole::caption, Label::Tone::secondary)),
+      m_model(feature, flags, time), m_end(new QWidget), m_starting(new Unfolding(makeStarting(), Qt::Horizontal)),
       m_toggle(new Toggle) {
     auto *row = new QHBoxLayout(m_end);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(space::small);
-    m_spinner->setFixedSize(m_spinner->sizeHint());
-    row->addWidget(m_spinner);
     row->addWidget(m_starting);
     row->addWidget(m_toggle);
     m_toggle->setAccessibleName(inDesktopWords(QLatin1String(textOf(feature).title)));
     m_toggle->setAccessibleDescription(inDesktopWords(QLatin1String(textOf(feature).description)));
     connect(m_toggle, &QAbstractButton::toggled, &m_model, &FeatureRowModel::setOn);
     connect(&m_model, &FeatureRowModel::changed, this, &FeatureRowView::refresh);
+    connect(m_starting, &Unfolding::moved, this, &FeatureRowView::placeEnd);
     refresh();
 }
 
@@ -42,8 +57,14 @@ void FeatureRowView::addControl(QWidget *widget) {
 
 void FeatureRowView::refresh() {
     m_toggle->setChecked(m_model.isOn());
-    m_spinner->setVisible(m_model.isStarting());
-    m_starting->setVisible(m_model.isStarting());
+    if (m_model.isStarting())
+        m_starting->setShown(true, Spring::responding(0.3, 0.825));
+    else
+        m_starting->setShownAtOnce(false);
+    placeEnd();
+}
+
+void FeatureRowView::placeEnd() {
     m_end->layout()->invalidate();
     setTrailing(m_end);
     resizeEvent(nullptr);

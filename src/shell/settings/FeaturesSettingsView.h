@@ -7,8 +7,7 @@
 namespace tavrine {
 
 namespace look {
-class Label;
-class Spinner;
+class Unfolding;
 } // namespace look
 
 /// One switch of the features page: icon, title, description, and what says that the tool is starting. Belongs to its
@@ -27,11 +26,11 @@ protected:
 
 private:
     void refresh();
+    void placeEnd();
 
     FeatureRowModel m_model;
     QWidget *m_end;
-    look::Spinner *m_spinner;
-    look::Label *m_starting;
+    look::Unfolding *m_starting;
     look::Toggle *m_toggle;
 };
 

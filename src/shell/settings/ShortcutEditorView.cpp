@@ -5,6 +5,7 @@
 #include "look/Metrics.h"
 #include "look/OutcomeView.h"
 #include "look/SegmentedControl.h"
+#include "look/Unfolding.h"
 #include "look/WrappedText.h"
 #include "ports/UrlOpener.h"
 #include "shell/settings/KeyFieldView.h"
@@ -132,12 +133,14 @@ void ShortcutEditorView::addKeyRow() {
 
 void ShortcutEditorView::addBanner(UrlOpener &urlOpener) {
     m_banner = new Banner(urlOpener);
-    add(m_banner);
+    m_bannerPlace = new Unfolding(m_banner);
+    add(m_bannerPlace);
 }
 
 void ShortcutEditorView::addSaveRow() {
     m_save = new SaveRow(*m_editor);
-    add(m_save);
+    m_savePlace = new Unfolding(m_save);
+    add(m_savePlace);
 }
 
 void ShortcutEditorView::refresh() {
@@ -149,11 +152,12 @@ void ShortcutEditorView::refresh() {
     m_keyRow->setVisible(isHotKey);
     m_tapNote->setVisible(!isHotKey);
     const auto banner = m_editor->banner();
-    m_banner->setVisible(banner.has_value());
     if (banner)
         m_banner->show(*banner);
-    m_save->setVisible(m_editor->showsSaveControl());
-    m_save->show(m_editor->saveState());
+    m_bannerPlace->setShown(banner.has_value());
+    if (m_editor->showsSaveControl())
+        m_save->show(m_editor->saveState());
+    m_savePlace->setShown(m_editor->showsSaveControl());
     update();
 }
 

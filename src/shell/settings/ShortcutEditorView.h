@@ -12,6 +12,7 @@ class UrlOpener;
 namespace look {
 class Button;
 class SegmentedControl;
+class Unfolding;
 class WrappedText;
 } // namespace look
 
@@ -55,7 +56,9 @@ private:
     KeyFieldView *m_key = nullptr;
     QWidget *m_tapNote = nullptr;
     Banner *m_banner = nullptr;
-    SaveRow *m_save = nullptr;
+    look::Unfolding *m_bannerPlace = nullptr;
+    SaveRow *m_save = nullptr; // says what it said last while it goes
+    look::Unfolding *m_savePlace = nullptr;
 };
 
 } // namespace tavrine

@@ -1,13 +1,19 @@
 // What is typed into a page of the settings and not saved yet.
 
 #include "look/Button.h"
+#include "look/Look.h"
+#include "look/OutcomeView.h"
 #include "look/SegmentedControl.h"
+#include "look/Unfolding.h"
+#include "look/WrappedText.h"
 #include "shell/settings/KeyFieldView.h"
 #include "shell/settings/SettingsWindowTest.h"
 #include "upload/CustomUploadManager.h"
 #include "upload/ScriptEditorView.h"
 #include "upload/UploadScripts.h"
 #include "upload/Uploads.h"
+
+#include <QGraphicsOpacityEffect>
 
 namespace tavrine {
 namespace {
@@ -152,6 +158,97 @@ TEST_F(SettingsDrafts, aKeyOfAnotherToolCannotBeSaved) {
     auto *field = find<KeyFieldView>("Shortcut Key");
     QTest::keyClick(field, Qt::Key_V);
     EXPECT_FALSE(find<look::Button>("Save Changes")->isVisibleTo(view().page()));
+}
+
+/// The same where things move.
+class MovingSettingsDrafts : public SettingsDrafts {
+protected:
+    void pass(std::chrono::milliseconds length) {
+        quietly([&] { time.advance(length); });
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    }
+    /// What holds a widget that comes and goes.
+    static look::Unfolding &placeOf(QWidget *widget) {
+        while (widget && !qobject_cast<look::Unfolding *>(widget))
+            widget = widget->parentWidget();
+        return *static_cast<look::Unfolding *>(widget);
+    }
+    static double opacityOf(const look::Unfolding &place) {
+        const auto *inside = place.findChild<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
+        const auto *effect = qobject_cast<QGraphicsOpacityEffect *>(inside->graphicsEffect());
+        return effect ? effect->opacity() : place.isVisible() ? 1 : 0;
+    }
+    void expectHalfway(const look::Unfolding &place) {
+        EXPECT_GT(place.height(), 4);
+        EXPECT_LT(place.height(), 40);
+        EXPECT_GT(opacityOf(place), 0.1);
+        EXPECT_LT(opacityOf(place), 0.9);
+    }
+
+    look::Look look{time};
+};
+
+TEST_F(MovingSettingsDrafts, whatIsInTheWayOfAKeyComesWithAnOpacityAndAMove) {
+    go(SidebarItem::emoji);
+    pass(1s);
+    auto *words = view().page()->findChildren<look::WrappedText *>().value(0);
+    for (auto *each : view().page()->findChildren<look::WrappedText *>())
+        if (each->symbol() == QLatin1String(ShortcutEditor::bannerIcon))
+            words = each;
+    look::Unfolding &banner = placeOf(words);
+    EXPECT_FALSE(banner.isVisible());
+    QTest::keyClick(find<KeyFieldView>("Shortcut Key"), Qt::Key_V);
+    EXPECT_TRUE(words->text().startsWith(text("Conflicts with Clipboard History uses ")));
+    pass(80ms);
+    expectHalfway(banner);
+    pass(1s);
+    EXPECT_GT(banner.height(), 30);
+    EXPECT_EQ(opacityOf(banner), 1);
+}
+
+TEST_F(MovingSettingsDrafts, theControlThatSavesComesAndGoesWithTheDefaultAnimation) {
+    go(SidebarItem::emoji);
+    pass(1s);
+    auto *button = find<look::Button>("Save Changes");
+    look::Unfolding &control = placeOf(button);
+    auto *outcome = control.findChild<look::OutcomeView *>();
+    EXPECT_FALSE(control.isVisible());
+    QTest::keyClick(find<KeyFieldView>("Shortcut Key"), Qt::Key_K);
+    pass(80ms);
+    expectHalfway(control);
+    pass(1s);
+    EXPECT_NEAR(control.height(), 48, 1);
+    quietly([&] { button->click(); });
+    pass(899ms);
+    EXPECT_FALSE(outcome->isVisible());
+    pass(1ms);
+    EXPECT_EQ(outcome->accessibleName(), text("Saved"));
+    const QImage first = outcome->grab().toImage();
+    pass(80ms);
+    const QImage halfway = outcome->grab().toImage();
+    pass(1s);
+    EXPECT_NE(first, halfway);
+    EXPECT_NE(halfway, outcome->grab().toImage()) << "it fades in";
+    pass(320ms); // 1.4 s in all
+    EXPECT_EQ(control.height(), 48);
+    pass(80ms);
+    expectHalfway(control);
+    EXPECT_EQ(outcome->accessibleName(), text("Saved")) << "it says what it said while it goes";
+    pass(1s);
+    EXPECT_FALSE(control.isVisible());
+    QTest::keyClick(find<KeyFieldView>("Shortcut Key"), Qt::Key_J);
+    EXPECT_TRUE(button->isVisible());
+}
+
+TEST_F(SettingsDrafts, theClipboardsKeyIsStoredInASmallLetter) {
+    go(SidebarItem::clipboard);
+    auto *field = find<KeyFieldView>("Shortcut Key");
+    ASSERT_TRUE(field);
+    QTest::keyClick(field, Qt::Key_K);
+    EXPECT_EQ(field->key(), text("K"));
+    quietly([&] { find<look::Button>("Save Changes")->click(); });
+    EXPECT_EQ(defaults.get<QString>(text("HotkeyCharacter")), text("k"));
+    EXPECT_EQ(label(delegate->statusMenu().entry(StatusMenuItem::clipboard).keyEquivalent), text("⌘⇧K"));
 }
 
 TEST_F(SettingsDrafts, theDoubleTapIsChosenBesideTheKey) {

@@ -2,6 +2,7 @@
 
 #include "look/Button.h"
 #include "look/Indicators.h"
+#include "look/Look.h"
 #include "look/Tile.h"
 #include "look/Toggle.h"
 #include "shell/settings/AboutView.h"
@@ -183,6 +184,21 @@ TEST_F(SettingsWindowTest, theAboutPageLooksForUpdatesAndFollowsTheLook) {
     EXPECT_EQ(desktop.userNotifications().added(), 1);
 }
 
+TEST_F(SettingsWindowTest, homeAndAboutNameTheVersionOrTheOneThatStandsInForIt) {
+    for (const auto &[version, words] : {std::pair{"", "Version 2.3.1"}, {"9.8.7", "Version 9.8.7"}}) {
+        QCoreApplication::setApplicationVersion(text(version));
+        for (const SidebarItem item : {SidebarItem::home, SidebarItem::about}) {
+            go(SidebarItem::general);
+            go(item);
+            const auto *label = find<look::Label>(words);
+            ASSERT_TRUE(label) << words << " on " << textOf(item).text;
+            EXPECT_TRUE(label->isVisibleTo(&view()));
+            EXPECT_EQ(label->text(), text(words));
+        }
+    }
+    QCoreApplication::setApplicationVersion({});
+}
+
 TEST_F(SettingsWindowTest, aSwitchOnThePageActsAtOnceAndFollowsTheFlag) {
     go(SidebarItem::features);
     auto *toggle = find<look::Toggle>("Emoji Picker");
@@ -212,6 +228,33 @@ TEST_F(SettingsWindowTest, aRowThatIsSwitchedOnShowsStartingForTwoAndAHalfSecond
     EXPECT_TRUE(isShown());
     desktop.time().advance(1ms);
     EXPECT_FALSE(isShown());
+}
+
+TEST_F(SettingsWindowTest, startingComesWithItsSpring) {
+    const look::Look look(time);
+    go(SidebarItem::features);
+    auto *toggle = find<look::Toggle>("Emoji Picker");
+    toggle->click(); // off
+    quietly([this] { time.advance(1s); });
+    const look::Label &starting = *toggle->parentWidget()->findChildren<look::Label *>().first();
+    const int before = toggle->mapTo(view().page(), QPoint()).x();
+    const auto room = [&] {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+        return double(starting.parentWidget()->parentWidget()->width());
+    };
+    quietly([&] { toggle->click(); });
+    EXPECT_EQ(room(), 0);
+    std::vector<double> widths;
+    for (int frame = 1; frame <= 60; ++frame) {
+        quietly([this] { time.advance(16ms); });
+        widths.push_back(room());
+        EXPECT_EQ(toggle->mapTo(view().page(), QPoint()).x(), before) << "the switch stays under the pointer";
+    }
+    const look::Spring spring = look::Spring::responding(0.3, 0.825);
+    for (size_t frame = 0; frame < widths.size(); ++frame)
+        EXPECT_NEAR(widths[frame] / widths.back(), spring.at(look::MotionClock::frame * double(frame + 1)), 0.02)
+            << frame;
+    EXPECT_EQ(widths.back(), starting.parentWidget()->sizeHint().width());
 }
 
 TEST_F(SettingsWindowTest, clearAndDisableLeavesTheClipboardsRowOff) {
