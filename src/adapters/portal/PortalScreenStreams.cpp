@@ -2,6 +2,7 @@
 #include "adapters/portal/PortalCast.h"
 #include "adapters/stream/ToolkitDisplays.h"
 #include "adapters/stream/ToolkitScreenStreams.h"
+#include "adapters/wayland/ToolkitPoints.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -20,11 +21,13 @@ public:
 };
 
 std::unique_ptr<ScreenStream> PortalScreenStreams::makeStream(const ScreenContentFilter &filter,
-                                                              const ScreenStreamConfiguration &configuration,
+                                                              const ScreenStreamConfiguration &wanted,
                                                               Handlers handlers) {
+    // The toolkit's screens are rounded to its own points, which no portal knows.
+    const ScreenStreamConfiguration configuration = inCompositorsPoints(filter.displayID, wanted);
     PortalScreen shown;
     if (const QScreen *const screen = toolkitDisplay(filter.displayID))
-        shown = {screen->name(), screen->geometry(), QGuiApplication::screens().size() == 1};
+        shown = {screen->name(), toolkitPoints::onCompositorsPlane(screen), QGuiApplication::screens().size() == 1};
     return std::make_unique<ThreadedScreenStream>(
         planOfOutput(filter.displayID, configuration),
         [configuration, shown](const StreamPlan &each, ThreadedScreenStream::Session &session) {

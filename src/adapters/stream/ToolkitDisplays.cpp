@@ -1,11 +1,11 @@
 #include "adapters/stream/ToolkitDisplays.h"
 
+#include "adapters/wayland/ToolkitPoints.h"
+
 #include <QGuiApplication>
 #include <QScreen>
 
 #include <algorithm>
-
-#include <private/qhighdpiscaling_p.h>
 
 namespace tavrine {
 namespace {
@@ -32,11 +32,9 @@ const QScreen *toolkitDisplay(quint32 number) {
 }
 
 ScreenStreamConfiguration inCompositorsPoints(quint32 display, ScreenStreamConfiguration configuration) {
-    if (const QScreen *screen = toolkitDisplay(display); screen && screen->handle()) {
-        const double factor = QHighDpiScaling::factor(screen);
-        const QRectF &source = configuration.sourceRect;
-        configuration.sourceRect = QRectF(source.topLeft() * factor, source.size() * factor);
-    }
+    const double factor = toolkitPoints::factor(toolkitDisplay(display));
+    const QRectF &source = configuration.sourceRect;
+    configuration.sourceRect = QRectF(source.topLeft() * factor, source.size() * factor);
     return configuration;
 }
 

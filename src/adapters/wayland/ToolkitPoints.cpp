@@ -9,7 +9,6 @@
 #include <private/qhighdpiscaling_p.h>
 
 namespace tavrine::toolkitPoints {
-
 double factor(const QScreen *screen) {
     return screen && screen->handle() ? QHighDpiScaling::factor(screen) : 1;
 }
@@ -28,10 +27,20 @@ QRect toCompositor(const QRect &rect, double factor) {
     return {toCompositor(rect.topLeft(), factor), toCompositor(rect.size(), factor)};
 }
 
+QRect fromCompositor(const QRect &rect, double factor) {
+    const QPoint first(qRound(rect.x() / factor), qRound(rect.y() / factor));
+    const QPoint beyond(qRound((rect.x() + rect.width()) / factor), qRound((rect.y() + rect.height()) / factor));
+    return {first, QSize(beyond.x() - first.x(), beyond.y() - first.y())};
+}
+
+QRect onCompositorsPlane(const QScreen *screen) {
+    return screen && screen->handle() ? screen->handle()->geometry() : QRect();
+}
+
 QPointF fromCompositorsPlane(QPointF place) {
     const auto screens = QGuiApplication::screens();
     for (const QScreen *screen : screens) {
-        const QRectF told = screen->handle() ? QRectF(screen->handle()->geometry()) : QRectF();
+        const QRectF told(onCompositorsPlane(screen));
         if (told.contains(place)) // the toolkit leaves each screen's corner where it is
             return told.topLeft() + (place - told.topLeft()) / factor(screen);
     }

@@ -18,7 +18,11 @@ namespace tavrine::toolkitPoints {
 [[nodiscard]] QPoint toCompositor(QPoint place, double factor);
 [[nodiscard]] QSize toCompositor(QSize size, double factor);
 [[nodiscard]] QRect toCompositor(const QRect &rect, double factor);
+/// Its edges rounded, so that what ends with the screen still does.
+[[nodiscard]] QRect fromCompositor(const QRect &rect, double factor);
 
+/// Where a screen is on the compositor's plane. Empty for no screen.
+[[nodiscard]] QRect onCompositorsPlane(const QScreen *screen);
 /// A place on the compositor's plane, on the toolkit's.
 [[nodiscard]] QPointF fromCompositorsPlane(QPointF place);
 

@@ -6,11 +6,18 @@
 #include "ports/Access.h"
 #include "ports/DesktopAbilities.h"
 #include "ports/ScreenStream.h"
+#include "support/CastNode.h"
 #include "support/Eventually.h"
 #include "support/PlayedGnome.h"
+#include "support/PrivatePipeWire.h"
+#include "support/SampleLog.h"
 #include "support/ScreenCastPortal.h"
 
+#include <QGuiApplication>
+#include <QScreen>
+
 #include <gtest/gtest.h>
+#include <private/qhighdpiscaling_p.h>
 #include <wayland-server-core.h>
 
 namespace tavrine::test {
@@ -21,8 +28,12 @@ AbilityReport recordingOn(Desktop &desktop) {
     return *std::ranges::find(reports, Ability::recording, &AbilityReport::ability);
 }
 
-/// A stream of the toolkit's first screen that begins.
-std::unique_ptr<ScreenStream> begin(ScreenStreams &streams) {
+/// Of which the compositor shows all but its screen.
+const wl_interface layers{"zwlr_layer_shell_v1", 1, 0, nullptr, 0, nullptr};
+
+/// A stream of that part of the toolkit's first screen, which has as many pixels a point, that begins.
+std::unique_ptr<ScreenStream> begin(ScreenStreams &streams, const QRect &part = {0, 0, 20, 10}, int scale = 1,
+                                    const ScreenStreams::Handlers &handlers = {}) {
     std::optional<ShareableContent> content;
     streams.getShareableContent([&](const auto &given) {
         content =
@@ -31,11 +42,11 @@ std::unique_ptr<ScreenStream> begin(ScreenStreams &streams) {
     if (!eventually([&] { return content.has_value(); }) || content->displays.isEmpty())
         return nullptr;
     ScreenStreamConfiguration configuration;
-    configuration.sourceRect = QRectF(0, 0, 20, 10);
-    configuration.width = 20;
-    configuration.height = 10;
+    configuration.sourceRect = part;
+    configuration.width = part.width() * scale;
+    configuration.height = part.height() * scale;
     auto stream = streams.makeStream({.displayID = content->displays.first().displayID, .excludingWindows = {}},
-                                     configuration, {});
+                                     configuration, handlers);
     stream->startCapture([](const auto &) {});
     return stream;
 }
@@ -58,7 +69,6 @@ protected:
 };
 
 TEST_F(PortalDesktop, isOfWaylandWhereTheCompositorShowsItsScreenToNobody) {
-    static const wl_interface layers{"zwlr_layer_shell_v1", 1, 0, nullptr, 0, nullptr};
     const PlayedCompositor compositor({&layers});
     WaylandDesktop desktop;
     expectPortalAsked(desktop);
@@ -86,6 +96,42 @@ TEST_F(PortalDesktop, isNotGnomeWithTheExtensionAndBecomesItWhenThatIsSwitchedOf
     EXPECT_TRUE(eventually([&] { return recordingOn(desktop).reason.startsWith(asks); }));
     const auto stream = begin(streams);
     EXPECT_TRUE(eventually([this] { return portal.state().questions == 1; }));
+}
+
+/// The toolkit's points as large as where text is wanted at three times its size: no screen has a whole number of them.
+class PortalDesktopWithLargeText : public ::testing::Test {
+protected:
+    static constexpr int factor = 3;
+
+    void SetUp() override {
+        QHighDpiScaling::setGlobalFactor(factor);
+        portal.call("Show", {node.number(), 0, 0});
+    }
+    void TearDown() override { QHighDpiScaling::setGlobalFactor(1); }
+
+    PrivatePipeWire pipeWire;
+    const QSize pixels = QGuiApplication::primaryScreen()->size();
+    CastNode node{{.size = pixels, .repeatsFirst = true}};
+    ScreenCastPortal portal;
+};
+
+TEST_F(PortalDesktopWithLargeText, theStreamHasThePixelsOfItsAreaAlsoAtTheFarEdge) {
+    const QSize points = QGuiApplication::primaryScreen()->size();
+    ASSERT_NE(points * factor, pixels);
+    const QRect part({pixels.width() / factor - 20, pixels.height() / factor - 10}, QSize(20, 10));
+    const QRect shown(part.topLeft() * factor, part.size() * factor);
+    node.hide(0xff000000);
+    node.paint(shown, 0xff00ff00);
+    const PlayedCompositor compositor({&layers});
+    WaylandDesktop desktop;
+    SampleLog log;
+    const auto stream = begin(desktop.screenStreams(), part, factor,
+                              {[&log](const ScreenSample &sample) { log.take(sample); }, [](const QString &) {}});
+    ASSERT_TRUE(stream);
+    ASSERT_TRUE(eventually([&log] { return log.count() > 0; }, std::chrono::seconds(20)));
+    QImage expected(shown.size(), QImage::Format_RGB32);
+    expected.fill(QColor(0, 255, 0));
+    EXPECT_TRUE(log.last().picture == expected);
 }
 
 TEST(DesktopWithoutAPortal, isToldThatGnomeShowsItsScreensToTheExtensionAlone) {
