@@ -1,4 +1,5 @@
 #include "adapters/linux/SessionBus.h"
+#include "adapters/wayland/KeymapText.h"
 #include "adapters/wayland/Typist.h"
 #include "adapters/wayland/WaylandClient.h"
 
@@ -8,9 +9,6 @@
 #include <utility>
 
 #include <linux/input-event-codes.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <wayland/fake-input.h>
 #include <xkbcommon/xkbcommon.h>
 
@@ -62,8 +60,10 @@ public:
 private:
     void take(wl_seat *seat, bool hasKeyboard) {
         static constexpr wl_keyboard_listener listener{
-            .keymap = [](void *self, wl_keyboard *, std::uint32_t format, std::int32_t file,
-                         std::uint32_t size) { static_cast<PersonsKeymap *>(self)->read(format, file, size); },
+            .keymap =
+                [](void *self, wl_keyboard *, std::uint32_t format, std::int32_t file, std::uint32_t bytes) {
+                    static_cast<PersonsKeymap *>(self)->read(format, Descriptor(file), bytes);
+                },
             .enter = [](void *, wl_keyboard *, std::uint32_t, wl_surface *, wl_array *) {},
             .leave = [](void *, wl_keyboard *, std::uint32_t, wl_surface *) {},
             .key = [](void *, wl_keyboard *, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) {},
@@ -78,22 +78,15 @@ private:
         wl_keyboard_add_listener(m_keyboard, &listener, this);
     }
 
-    void read(std::uint32_t format, int file, std::uint32_t size) {
-        // What is promised beyond the file's end would end the process when it is read.
-        struct stat status {};
-        const bool isThere = ::fstat(file, &status) == 0 && std::cmp_greater_equal(status.st_size, size);
-        void *const text = isThere ? mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file, 0) : MAP_FAILED;
-        ::close(file);
-        if (text == MAP_FAILED)
+    void read(std::uint32_t format, const Descriptor &file, std::uint32_t bytes) {
+        const std::string text = format == WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1 ? keymapText(file, bytes) : std::string();
+        if (text.empty())
             return;
         if (!m_context)
             m_context = xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES);
-        if (format == WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1 && size > 0) {
-            xkb_keymap_unref(m_map);
-            m_map = xkb_keymap_new_from_buffer(m_context, static_cast<const char *>(text), size - 1,
-                                               XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS);
-        }
-        munmap(text, size);
+        xkb_keymap_unref(m_map);
+        m_map = xkb_keymap_new_from_buffer(m_context, text.data(), text.size(), XKB_KEYMAP_FORMAT_TEXT_V1,
+                                           XKB_KEYMAP_COMPILE_NO_FLAGS);
     }
 
     wl_keyboard *m_keyboard = nullptr;

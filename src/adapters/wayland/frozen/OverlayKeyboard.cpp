@@ -1,10 +1,10 @@
 #include "adapters/wayland/frozen/OverlayKeyboard.h"
 
+#include "adapters/wayland/KeymapText.h"
+
 #include <utility>
 
 #include <linux/input-event-codes.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
 #include <sys/timerfd.h>
 #include <xkbcommon/xkbcommon.h>
 
@@ -15,8 +15,6 @@ namespace {
 constexpr std::uint32_t shiftBit = 1U << 0;
 constexpr std::uint32_t controlBit = 1U << 2;
 constexpr std::uint32_t kernelToXkb = 8;
-/// A description is some 60 KB.
-constexpr std::uint32_t longestKeymap = 4U << 20;
 
 /// For a keyboard whose description cannot be read: on every layout these keys lie there.
 OverlayKey usualMeaning(std::uint32_t code) {
@@ -67,20 +65,13 @@ void OverlayKeyboard::setRepetition(int perSecond, int delayMs) {
 
 void OverlayKeyboard::readKeymap() {
     const Descriptor file = std::move(m_keymapFile);
-    if (!file.isOpen() || m_keymapBytes == 0 || m_keymapBytes > longestKeymap)
+    const std::string text = keymapText(file, m_keymapBytes);
+    xkb_context *const context = text.empty() ? nullptr : xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES);
+    if (!context)
         return;
-    struct stat status {};
-    if (::fstat(file.number(), &status) != 0 || std::cmp_less(status.st_size, m_keymapBytes))
-        return; // what is promised beyond the file's end would end the process when it is read
-    void *const text = ::mmap(nullptr, m_keymapBytes, PROT_READ, MAP_PRIVATE, file.number(), 0);
-    if (text == MAP_FAILED)
-        return;
-    if (xkb_context *const context = xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES)) {
-        m_keymap = xkb_keymap_new_from_buffer(context, static_cast<const char *>(text), m_keymapBytes - 1,
-                                              XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS);
-        xkb_context_unref(context);
-    }
-    ::munmap(text, m_keymapBytes);
+    m_keymap = xkb_keymap_new_from_buffer(context, text.data(), text.size(), XKB_KEYMAP_FORMAT_TEXT_V1,
+                                          XKB_KEYMAP_COMPILE_NO_FLAGS);
+    xkb_context_unref(context);
 }
 
 OverlayKey OverlayKeyboard::meaningOf(std::uint32_t code) {
