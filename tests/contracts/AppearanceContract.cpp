@@ -3,12 +3,9 @@
 #include "adapters/linux/GtkSettingsFiles.h"
 #include "adapters/linux/PlasmaSettingsFile.h"
 #include "adapters/linux/PortalAppearance.h"
+#include "support/SettingsPortal.h"
 #include "support/Wait.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusMetaType>
-#include <QDBusVirtualObject>
 #include <QDir>
 #include <QSaveFile>
 #include <QTemporaryDir>
@@ -20,9 +17,6 @@
 namespace tavrine {
 namespace {
 
-const auto service = QStringLiteral("org.freedesktop.portal.Desktop");
-const auto path = QStringLiteral("/org/freedesktop/portal/desktop");
-const auto interface = QStringLiteral("org.freedesktop.portal.Settings");
 const auto gnomeGroup = QStringLiteral("org.gnome.desktop.interface");
 const auto plasmaGroup = QStringLiteral("org.kde.kdeglobals.KDE");
 const auto appearanceGroup = QStringLiteral("org.freedesktop.appearance");
@@ -47,55 +41,11 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, Rgb &rgb) {
     return argument;
 }
 
-/// A desktop portal on a connection of its own.
-class Portal final : public QDBusVirtualObject {
-public:
-    Portal() : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"))) {}
-    ~Portal() override {
-        leave();
-        QDBusConnection::disconnectFromBus(QStringLiteral("portal"));
-    }
-
-    void appear() {
-        m_bus.registerVirtualObject(path, this);
-        ASSERT_TRUE(m_bus.registerService(service));
-    }
-    void leave() {
-        m_bus.unregisterService(service);
-        m_bus.unregisterObject(path);
-    }
-
-    void set(const QString &group, const QString &key, const QVariant &value, bool isTold = true) {
-        m_values[group][key] = value;
-        auto signal = QDBusMessage::createSignal(path, interface, QStringLiteral("SettingChanged"));
-        signal << group << key << QVariant::fromValue(QDBusVariant(value));
-        if (isTold)
-            m_bus.send(signal);
-    }
-
-    [[nodiscard]] QString introspect(const QString &) const override { return {}; }
-    bool handleMessage(const QDBusMessage &message, const QDBusConnection &bus) override {
-        if (message.member() != QLatin1String("ReadAll"))
-            return false;
-        ++questions;
-        return bus.send(message.createReply(QVariant::fromValue(m_values)));
-    }
-
-    int questions = 0;
-
-private:
-    QDBusConnection m_bus;
-    QMap<QString, QVariantMap> m_values;
-};
-
 class DesktopAppearanceTest : public ::testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        qDBusRegisterMetaType<QMap<QString, QVariantMap>>();
-        qDBusRegisterMetaType<Rgb>();
-    }
+    static void SetUpTestSuite() { qDBusRegisterMetaType<Rgb>(); }
 
-    Portal portal;
+    test::SettingsPortal portal;
 };
 
 TEST_F(DesktopAppearanceTest, leavesEverythingUnsaidWithoutAPortal) {
@@ -106,7 +56,7 @@ TEST_F(DesktopAppearanceTest, leavesEverythingUnsaidWithoutAPortal) {
 TEST_F(DesktopAppearanceTest, readsAPortalThatRuns) {
     portal.set(appearanceGroup, QStringLiteral("color-scheme"), 1U);
     portal.set(appearanceGroup, QStringLiteral("accent-color"), QVariant::fromValue(Rgb{1, 0.5, 0}));
-    portal.appear();
+    ASSERT_TRUE(portal.appear());
     PortalAppearance appearance(QDBusConnection::sessionBus());
     int changes = 0;
     appearance.setOnChange([&] { ++changes; });
@@ -120,7 +70,7 @@ TEST_F(DesktopAppearanceTest, readsAPortalThatRuns) {
 TEST_F(DesktopAppearanceTest, hearsAPortalThatStartsLaterAndOneThatGoes) {
     portal.set(appearanceGroup, QStringLiteral("color-scheme"), 2U, false);
     PortalAppearance appearance(QDBusConnection::sessionBus());
-    portal.appear();
+    ASSERT_TRUE(portal.appear());
     ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings().colorScheme == ColorScheme::light; }));
     portal.leave();
     ASSERT_TRUE(testing::waitUntil([&] { return appearance.settings() == DesktopAppearance{}; }));
@@ -128,7 +78,7 @@ TEST_F(DesktopAppearanceTest, hearsAPortalThatStartsLaterAndOneThatGoes) {
 
 TEST_F(DesktopAppearanceTest, followsChangesAndTellsEachOnce) {
     portal.set(appearanceGroup, QStringLiteral("color-scheme"), 1U);
-    portal.appear();
+    ASSERT_TRUE(portal.appear());
     PortalAppearance appearance(QDBusConnection::sessionBus());
     int changes = 0;
     appearance.setOnChange([&] { ++changes; });
@@ -150,7 +100,7 @@ TEST_F(DesktopAppearanceTest, eachWishForLessMotionCountsByItself) {
     portal.set(appearanceGroup, QStringLiteral("reduced-motion"), 0U);
     portal.set(gnomeGroup, QStringLiteral("enable-animations"), false);
     portal.set(plasmaGroup, QStringLiteral("AnimationDurationFactor"), QStringLiteral("1"));
-    portal.appear();
+    ASSERT_TRUE(portal.appear());
     PortalAppearance appearance(QDBusConnection::sessionBus());
     ASSERT_TRUE(follows(appearance, true));
     portal.set(appearanceGroup, QStringLiteral("reduced-motion"), 1U);
@@ -169,7 +119,7 @@ TEST_F(DesktopAppearanceTest, eachWishForLessMotionCountsByItself) {
 }
 
 TEST_F(DesktopAppearanceTest, takesNoColourFromNonsense) {
-    portal.appear();
+    ASSERT_TRUE(portal.appear());
     PortalAppearance appearance(QDBusConnection::sessionBus());
     const auto accent = QStringLiteral("accent-color");
     portal.set(appearanceGroup, accent, QVariant::fromValue(Rgb{0, 1, 0}));
@@ -309,7 +259,7 @@ TEST_F(DesktopAppearanceTest, theToolkitsSettingsCountWhereNoPortalAnswers) {
     EXPECT_EQ(changes, 1);
 
     portal.set(appearanceGroup, QStringLiteral("color-scheme"), 2U, false);
-    portal.appear();
+    ASSERT_TRUE(portal.appear());
     ASSERT_TRUE(testing::waitUntil([&] { return looks.settings().colorScheme == ColorScheme::light; }));
     toolkit.set({});
     EXPECT_EQ(changes, 2); // its word does not count now
@@ -333,7 +283,7 @@ TEST_F(DesktopAppearanceTest, whoeverAsksForLessMotionIsHeardAndKeepsNobodysColo
     EXPECT_EQ(looks.settings(), (DesktopAppearance{.colorScheme = ColorScheme::dark, .reducesMotion = true}));
 
     portal.set(gnomeGroup, QStringLiteral("enable-animations"), true, false);
-    portal.appear();
+    ASSERT_TRUE(portal.appear());
     ASSERT_TRUE(testing::waitUntil([&] { return looks.settings().colorScheme == ColorScheme::noPreference; }));
     EXPECT_TRUE(looks.settings().reducesMotion);
     toolkits[0]->set({});

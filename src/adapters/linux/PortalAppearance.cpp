@@ -1,9 +1,10 @@
 #include "adapters/linux/PortalAppearance.h"
 
 #include "adapters/linux/PlasmaSettingsFile.h"
+#include "adapters/linux/PortalRequest.h"
+#include "adapters/linux/PortalSettings.h"
 
 #include <QDBusArgument>
-#include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -14,19 +15,9 @@
 namespace tavrine {
 namespace {
 
-const auto service = QStringLiteral("org.freedesktop.portal.Desktop");
-const auto path = QStringLiteral("/org/freedesktop/portal/desktop");
-const auto interface = QStringLiteral("org.freedesktop.portal.Settings");
 const auto appearance = QStringLiteral("org.freedesktop.appearance");
 const auto gnome = QStringLiteral("org.gnome.desktop.interface");
 const auto plasma = QStringLiteral("org.kde.kdeglobals.KDE");
-
-// Portals have been seen to wrap a value once more than they say.
-QVariant unwrapped(QVariant value) {
-    for (int i = 0; i < 4 && value.userType() == qMetaTypeId<QDBusVariant>(); ++i)
-        value = value.value<QDBusVariant>().variant();
-    return value;
-}
 
 std::optional<QColor> colour(const QVariant &value) {
     if (value.userType() != qMetaTypeId<QDBusArgument>())
@@ -51,7 +42,7 @@ std::optional<QColor> colour(const QVariant &value) {
 } // namespace
 
 void PortalAppearance::Told::take(const QString &group, const QString &key, const QVariant &wrapped) {
-    const QVariant value = unwrapped(wrapped);
+    const QVariant value = portalSettings::unwrapped(wrapped);
     if (group == appearance && key == QLatin1String("color-scheme")) {
         const uint scheme = value.toUInt();
         colours.colorScheme = scheme <= 2 ? ColorScheme(scheme) : ColorScheme::noPreference;
@@ -73,11 +64,9 @@ DesktopAppearance PortalAppearance::Told::settings() const {
 }
 
 PortalAppearance::PortalAppearance(const QDBusConnection &bus, QObject *parent)
-    : QObject(parent), m_bus(bus), m_watcher(service, bus, QDBusServiceWatcher::WatchForOwnerChange) {
+    : QObject(parent), m_bus(bus), m_watcher(PortalRequest::service, bus, QDBusServiceWatcher::WatchForOwnerChange) {
     qDBusRegisterMetaType<QMap<QString, QVariantMap>>();
-    // No service name: with one, QtDBus would wait for the bus to tell who has it.
-    m_bus.connect(QString(), path, interface, QStringLiteral("SettingChanged"), this,
-                  SLOT(settingChanged(QString, QString, QDBusVariant)));
+    portalSettings::followChanges(m_bus, this, SLOT(settingChanged(QString, QString, QDBusVariant)));
     connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString &, const QString &, const QString &owner) {
                 if (owner.isEmpty()) {
@@ -91,9 +80,8 @@ PortalAppearance::PortalAppearance(const QDBusConnection &bus, QObject *parent)
 }
 
 void PortalAppearance::read() {
-    auto message = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("ReadAll"));
+    QDBusMessage message = portalSettings::question(QStringLiteral("ReadAll"));
     message << QStringList{appearance, gnome, plasma};
-    message.setAutoStartService(false);
     auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(message), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
             [this, number = ++m_reading](QDBusPendingCallWatcher *call) {

@@ -1,9 +1,10 @@
 #include "adapters/wayland/ToolkitScale.h"
 
+#include "adapters/linux/PortalRequest.h"
+#include "adapters/linux/PortalSettings.h"
 #include "adapters/linux/SessionBus.h"
 #include "adapters/wayland/text/TextScale.h"
 
-#include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
@@ -15,9 +16,6 @@
 namespace tavrine {
 namespace {
 
-const auto service = QStringLiteral("org.freedesktop.portal.Desktop");
-const auto path = QStringLiteral("/org/freedesktop/portal/desktop");
-const auto interface = QStringLiteral("org.freedesktop.portal.Settings");
 const auto group = QStringLiteral("org.gnome.desktop.interface");
 const auto key = QStringLiteral("text-scaling-factor");
 constexpr double same = 0.001;
@@ -53,18 +51,16 @@ ToolkitScale::ToolkitScale(std::function<void()> onChange) : m_onChange(std::mov
 ToolkitScale::~ToolkitScale() = default;
 
 void ToolkitScale::follow(const QDBusConnection &bus) {
-    m_watcher = std::make_unique<QDBusServiceWatcher>(service, bus, QDBusServiceWatcher::WatchForRegistration);
+    m_watcher =
+        std::make_unique<QDBusServiceWatcher>(PortalRequest::service, bus, QDBusServiceWatcher::WatchForRegistration);
     connect(m_watcher.get(), &QDBusServiceWatcher::serviceRegistered, this, [this, bus] { ask(bus); });
-    // No service name: with one, QtDBus would wait for the bus to tell who has it.
-    QDBusConnection(bus).connect(QString(), path, interface, QStringLiteral("SettingChanged"), this,
-                                 SLOT(settingChanged(QString, QString, QDBusVariant)));
+    portalSettings::followChanges(bus, this, SLOT(settingChanged(QString, QString, QDBusVariant)));
     ask(bus);
 }
 
 void ToolkitScale::ask(const QDBusConnection &bus) {
-    auto call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
+    QDBusMessage call = portalSettings::question(QStringLiteral("Read"));
     call << group << key;
-    call.setAutoStartService(false);
     sessionBus::ask(bus, call, this, [this](const QDBusPendingCall &answer) {
         const QVariantList values = answer.isError() ? QVariantList() : answer.reply().arguments();
         if (!values.isEmpty())
@@ -78,9 +74,7 @@ void ToolkitScale::settingChanged(const QString &changedGroup, const QString &ch
 }
 
 void ToolkitScale::take(const QVariant &value) {
-    QVariant plain = value;
-    for (int i = 0; i < 4 && plain.userType() == qMetaTypeId<QDBusVariant>(); ++i) // portals wrap it once more
-        plain = plain.value<QDBusVariant>().variant();
+    const QVariant plain = portalSettings::unwrapped(value);
     const auto told = plain.userType() == QMetaType::Double ? sensibleTextScale(plain.toDouble()) : std::nullopt;
     if (told)
         show(*told);
