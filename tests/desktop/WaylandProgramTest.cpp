@@ -321,6 +321,26 @@ TEST_F(WaylandBar, aClickOnTheItemInABarOpensTheMenu) {
     EXPECT_EQ(seenAt(corner), field);
 }
 
+/// As by a bar's own keys: the pointer is elsewhere, and the item is taken to be at the end of the bar.
+TEST_F(WaylandBar, aPressByAKeyOpensTheMenuAtTheEndOfTheBar) {
+    ASSERT_TRUE(start());
+    const QRect edgeOfTheMenu(1280 - 284, 0, 1, 720); // plain ground from its top to its bottom
+    EXPECT_TRUE(opensWith([this] {
+        (void)outputOf(QStringLiteral("gdbus"),
+                       {QStringLiteral("call"), QStringLiteral("--session"), QStringLiteral("--dest"),
+                        QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(program.processId()),
+                        QStringLiteral("--object-path"), QStringLiteral("/StatusNotifierItem"),
+                        QStringLiteral("--method"), QStringLiteral("org.kde.StatusNotifierItem.Activate"),
+                        QStringLiteral("0"), QStringLiteral("0")});
+    }));
+    QImage seen;
+    EXPECT_TRUE(waitUntil([&] {
+        seen = seenIn(edgeOfTheMenu);
+        return seen.pixel(0, 660) != field;
+    }));
+    EXPECT_EQ(seen.pixel(0, 10), field);
+}
+
 /// Until it is let go, the pointer belongs to the bar, and nobody else is told where it is.
 TEST_F(WaylandBar, aButtonHeldOnTheItemOpensTheMenuThereToo) {
     ASSERT_TRUE(start());

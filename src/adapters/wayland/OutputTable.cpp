@@ -1,5 +1,8 @@
 #include "adapters/wayland/OutputTable.h"
 
+#include "adapters/wayland/FreeParts.h"
+#include "base/OnMainThread.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -11,6 +14,9 @@ namespace {
 
 constexpr std::uint32_t everyEdge = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
                                     ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
+
+constexpr std::chrono::seconds longestAnswer{2}; ///< one or two milliseconds are usual; the program's end waits for it
+constexpr int highestBar = 64;                   ///< points
 
 /// A quarter turn, mirrored or not.
 bool isTurned(int transform) {
@@ -66,6 +72,13 @@ public:
 
     [[nodiscard]] std::uint32_t name() const { return m_name; }
     [[nodiscard]] const OutputFacts &facts() const { return m_published; }
+    /// What is free lies there, unless another part is free by now.
+    void takePlace(const QRect &part) {
+        if (part.size() != m_facts.usable.size())
+            return;
+        m_facts.usable = part;
+        publish();
+    }
 
 private:
     void describe() {
@@ -94,9 +107,7 @@ private:
                 [](void *self, zwlr_layer_surface_v1 *role, std::uint32_t serial, std::uint32_t width,
                    std::uint32_t height) {
                     zwlr_layer_surface_v1_ack_configure(role, serial);
-                    auto *output = static_cast<Output *>(self);
-                    output->m_facts.usable = QSize(static_cast<int>(width), static_cast<int>(height));
-                    output->publish();
+                    static_cast<Output *>(self)->measured({static_cast<int>(width), static_cast<int>(height)});
                 },
             .closed = [](void *, zwlr_layer_surface_v1 *) {}, // the output goes
         };
@@ -107,6 +118,16 @@ private:
         zwlr_layer_surface_v1_set_anchor(m_role, everyEdge);
         zwlr_layer_surface_v1_set_size(m_role, 0, 0);
         wl_surface_commit(m_surface);
+    }
+
+    void measured(QSize size) {
+        if (size == m_facts.usable.size())
+            return; // some compositors say so again whenever anything of the kind comes or goes, as what asks does
+        const int taken = m_facts.logical.height() - size.height();
+        m_facts.usable = QRect({0, taken > 0 && taken <= highestBar ? taken : 0}, size);
+        publish();
+        if (size != m_facts.logical.size())
+            m_table.askForPlaces();
     }
 
     void publish() {
@@ -127,7 +148,9 @@ private:
     OutputFacts m_published;
 };
 
-OutputTable::OutputTable(std::function<void()> onChange) : m_onChange(std::move(onChange)) {
+OutputTable::OutputTable(std::function<void()> onChange)
+    : m_onChange(std::move(onChange)), m_questions(QStringLiteral("com.tavrine.free")),
+      m_self(std::make_shared<OutputTable *>(this)) {
     WaylandLink &link = m_client.link();
     m_compositor = link.bind<wl_compositor>(wl_compositor_interface, 4);
     m_layerShell = link.bind<zwlr_layer_shell_v1>(zwlr_layer_shell_v1_interface, 3);
@@ -164,6 +187,27 @@ void OutputTable::added(const WaylandLink::Global &global) {
 void OutputTable::removed(std::uint32_t name) {
     if (std::erase_if(m_outputs, [name](const auto &output) { return output->name() == name; }) > 0)
         m_onChange();
+}
+
+void OutputTable::askForPlaces() {
+    m_asksAgain = m_isAsking;
+    if (std::exchange(m_isAsking, true))
+        return;
+    m_questions.async([self = std::weak_ptr(m_self)] {
+        onMainThread([self, parts = askForFreeParts(longestAnswer)] {
+            if (const auto table = self.lock())
+                (*table)->takePlaces(parts);
+        });
+    });
+}
+
+void OutputTable::takePlaces(const std::map<QString, QRect> &parts) {
+    m_isAsking = false;
+    for (const auto &output : m_outputs)
+        if (const auto part = parts.find(output->facts().name); part != parts.end())
+            output->takePlace(part->second);
+    if (m_asksAgain)
+        askForPlaces();
 }
 
 const OutputFacts *OutputTable::find(const QString &name) const {

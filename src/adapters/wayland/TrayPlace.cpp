@@ -23,6 +23,17 @@ bool isAtAnEdge(QPointF place, const QRectF &screen) {
     return !screen.adjusted(highestBar, highestBar, -highestBar, -highestBar).contains(place);
 }
 
+/// The end of the bar that leaves `free` of the screen.
+QPointF endOfBar(const QRectF &screen, const QRectF &free) {
+    if (free.top() > screen.top())
+        return free.topRight();
+    if (free.bottom() < screen.bottom())
+        return free.bottomRight();
+    return free.left() > screen.left()     ? free.bottomLeft()
+           : free.right() < screen.right() ? free.bottomRight()
+                                           : free.topRight();
+}
+
 QPoint placeOf(std::optional<QPointF> told, const Screens &screens) {
     const auto pointer = told ? std::optional(toolkitPoints::fromCompositorsPlane(*told)) : std::nullopt;
     std::optional<Screen> under;
@@ -33,7 +44,8 @@ QPoint placeOf(std::optional<QPointF> told, const Screens &screens) {
     if (under && isAtAnEdge(*pointer, screens.toolkitRect(under->frame)))
         return pointer->toPoint();
     const auto screen = under ? under : screens.mainScreen();
-    return screen ? screens.toolkitRect(screen->visibleFrame).topRight().toPoint() : QPoint();
+    return screen ? endOfBar(screens.toolkitRect(screen->frame), screens.toolkitRect(screen->visibleFrame)).toPoint()
+                  : QPoint();
 }
 
 } // namespace

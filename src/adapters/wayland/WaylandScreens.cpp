@@ -14,7 +14,6 @@ namespace tavrine {
 namespace {
 
 constexpr qint64 answerHolds = 250; ///< milliseconds: one opening asks several times
-constexpr int highestBar = 64;      ///< points
 
 class TracedPointer final : public PointerWatch {
 public:
@@ -74,11 +73,7 @@ Screen WaylandScreens::describe(const QScreen &screen) const {
         if (!facts->pixels.isEmpty() && !facts->logical.isEmpty())
             scale = factor * facts->pixels.width() / facts->logical.width();
         if (!facts->usable.isEmpty()) {
-            const QSize left = (facts->usable / factor).boundedTo(whole.size());
-            const int taken = whole.height() - left.height();
-            usable.setSize(left);
-            if (taken <= highestBar)
-                usable.translate(0, taken);
+            usable = toolkitPoints::fromCompositor(facts->usable, factor).translated(whole.topLeft()) & whole;
         }
         if (screen.model().isEmpty() && !facts->description.isEmpty())
             name = facts->description;

@@ -4,6 +4,7 @@
 #include "adapters/wayland/WaylandScreens.h"
 #include "adapters/x11/ForeignWindow.h"
 #include "support/CompositorStall.h"
+#include "support/DesktopBar.h"
 #include "support/Wait.h"
 #include "support/WaylandHand.h"
 
@@ -109,6 +110,27 @@ TEST_F(LayerPanelsTest, theScreenIsToldFromTheBottomLeft) {
     EXPECT_EQ(all[0].visibleFrame, all[0].frame);
     EXPECT_EQ(all[0].scale, 1.0);
     EXPECT_EQ(screens.mainScreen(), all[0]);
+}
+
+/// Compositors tell how much is free and not where.
+TEST_F(LayerPanelsTest, whatABarLeavesFreeIsKnownOnWhicheverSideItStands) {
+    using testing::DesktopBar;
+    const std::pair<DesktopBar::Edge, QRectF> sides[] = {{DesktopBar::Edge::top, {0, 0, 1280, 680}},
+                                                         {DesktopBar::Edge::bottom, {0, 40, 1280, 680}},
+                                                         {DesktopBar::Edge::left, {40, 0, 1240, 720}},
+                                                         {DesktopBar::Edge::right, {0, 0, 1240, 720}}};
+    for (const auto &[edge, free] : sides) {
+        SCOPED_TRACE(static_cast<int>(edge));
+        const QRectF whole(0, 0, 1280, 720);
+        ASSERT_TRUE(waitUntil([&] { return screens.screens().at(0).visibleFrame == whole; }));
+        const DesktopBar bar(edge, 40);
+        ASSERT_TRUE(bar.isThere());
+        const QRectF &told = free;
+        EXPECT_TRUE(waitUntil([&] { return screens.screens().at(0).visibleFrame == told; }))
+            << screens.screens().at(0).visibleFrame.x() << ' ' << screens.screens().at(0).visibleFrame.y();
+        const WaylandScreens ofALaterStart;
+        EXPECT_TRUE(waitUntil([&] { return ofALaterStart.screens().at(0).visibleFrame == told; }));
+    }
 }
 
 TEST_F(LayerPanelsTest, aPanelTakesTheKeyboardAndGivesItBack) {
