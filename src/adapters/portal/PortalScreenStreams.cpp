@@ -1,8 +1,8 @@
 #include "adapters/cast/CastStreamLoop.h"
 #include "adapters/portal/PortalCast.h"
 #include "adapters/stream/ToolkitDisplays.h"
+#include "adapters/stream/ToolkitPoints.h"
 #include "adapters/stream/ToolkitScreenStreams.h"
-#include "adapters/wayland/ToolkitPoints.h"
 
 #include <QGuiApplication>
 #include <QScreen>

@@ -1,6 +1,6 @@
 #include "adapters/stream/ToolkitDisplays.h"
 
-#include "adapters/wayland/ToolkitPoints.h"
+#include "adapters/stream/ToolkitPoints.h"
 
 #include <QGuiApplication>
 #include <QScreen>

@@ -1,10 +1,10 @@
 #include "adapters/wayland/LayerPopups.h"
 
+#include "adapters/stream/ToolkitPoints.h"
 #include "adapters/wayland/LayerHost.h"
 #include "adapters/wayland/LayerRole.h"
 #include "adapters/wayland/LayerShell.h"
 #include "adapters/wayland/PopupRole.h"
-#include "adapters/wayland/ToolkitPoints.h"
 
 #include <QApplication>
 #include <QDialog>

@@ -1,7 +1,7 @@
 #include "adapters/wayland/LayerRole.h"
 
+#include "adapters/stream/ToolkitPoints.h"
 #include "adapters/wayland/LayerShell.h"
-#include "adapters/wayland/ToolkitPoints.h"
 
 #include <QRegion>
 #include <QScreen>

@@ -1,7 +1,7 @@
 #include "adapters/wayland/TrayPlace.h"
 
+#include "adapters/stream/ToolkitPoints.h"
 #include "adapters/wayland/ScreenQuestions.h"
-#include "adapters/wayland/ToolkitPoints.h"
 #include "base/OnMainThread.h"
 #include "base/SerialQueue.h"
 #include "ports/Screens.h"

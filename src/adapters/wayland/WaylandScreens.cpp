@@ -1,7 +1,7 @@
 #include "adapters/wayland/WaylandScreens.h"
 
+#include "adapters/stream/ToolkitPoints.h"
 #include "adapters/wayland/ScreenQuestions.h"
-#include "adapters/wayland/ToolkitPoints.h"
 #include "base/Time.h"
 
 #include <QGuiApplication>

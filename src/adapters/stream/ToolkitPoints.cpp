@@ -1,4 +1,4 @@
-#include "adapters/wayland/ToolkitPoints.h"
+#include "adapters/stream/ToolkitPoints.h"
 
 #include <QGuiApplication>
 #include <QScreen>
