@@ -1,8 +1,11 @@
-// The built program for persons who want larger text, by the settings of their desktop: on sway.
+// The built program for persons who want larger text, by the settings of their desktop: on sway and on KWin.
 
+#include "adapters/wayland/frozen/KWinScreenShots.h"
 #include "desktop/Program.h"
+#include "support/SettingsPortal.h"
 #include "support/Wait.h"
 #include "support/WaylandHand.h"
+#include "support/WaylandPattern.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,32 +16,61 @@
 namespace tavrine::testing {
 namespace {
 
+const auto group = QStringLiteral("org.gnome.desktop.interface");
+const auto key = QStringLiteral("text-scaling-factor");
+
 QByteArray answerOf(const QString &command, const QStringList &arguments) {
     QProcess process;
     process.start(command, arguments);
     return process.waitForFinished(10'000) ? process.readAllStandardOutput() : QByteArray();
 }
 
-QImage seenOnFirst() {
-    return QImage::fromData(
-               answerOf(QStringLiteral("grim"), {QStringLiteral("-t"), QStringLiteral("ppm"), QStringLiteral("-o"),
-                                                 QStringLiteral("HEADLESS-1"), QStringLiteral("-")}))
-        .convertToFormat(QImage::Format_RGB32);
+bool isKWin() {
+    return qgetenv("XDG_CURRENT_DESKTOP") == "KDE";
+}
+
+/// An output by what other programs get of it; none when the compositor is late.
+QImage seenOn(const WaylandOutput &output) {
+    if (!isKWin())
+        return QImage::fromData(
+                   answerOf(QStringLiteral("grim"), {QStringLiteral("-t"), QStringLiteral("ppm"), QStringLiteral("-o"),
+                                                     QString::fromStdString(output.name), QStringLiteral("-")}))
+            .convertToFormat(QImage::Format_RGB32);
+    const auto shots = KWinScreenShots::open();
+    const auto shot = shots ? shots->take(output.name) : std::nullopt;
+    if (!shot)
+        return {};
+    QImage picture(shot->seenSize(), QImage::Format_RGB32);
+    picture.fill(Qt::black);
+    shot->putInto({reinterpret_cast<quint32 *>(picture.bits()), picture.width(), picture.height()}, {}, picture.rect());
+    return picture;
 }
 
 /// A picture of the largest output takes a second on a busy machine, and two of them must be one.
 constexpr std::chrono::seconds patience{40};
 
-class WaylandTextScale : public ::testing::TestWithParam<double> {
+class WaylandTextScale : public ::testing::Test {
 protected:
-    void SetUp() override { hand.move(hand.layout().bottomRight() - QPoint(4, 4)); }
+    void SetUp() override {
+        ASSERT_TRUE(pattern.isThere());
+        park();
+    }
+
+    /// Where no panel stands; one compositor draws the pointer into pictures.
+    void park() { hand.move(hand.layout().bottomRight() - QPoint(4, 4)); }
+    [[nodiscard]] QImage seen() const { return seenOn(pattern.outputs().front()); }
+    [[nodiscard]] double pixelsPerPoint() const { return pattern.outputs().front().scale(); }
 
     /// As the desktop's own settings write it.
-    void want(Program &program, double factor) {
+    void want(Program &program, double factor) const {
         const QString folder = program.home() + QStringLiteral("/.config");
+        if (isKWin()) {
+            QFile file(folder + QStringLiteral("/kcmfonts"));
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write("[General]\nforceFontDPIWayland=" + QByteArray::number(qRound(96 * factor)) + '\n');
+            return;
+        }
         const QString written = qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/dconf/user");
-        const QString group = QStringLiteral("org.gnome.desktop.interface");
-        const QString key = QStringLiteral("text-scaling-factor");
         (void)answerOf(QStringLiteral("gsettings"), {QStringLiteral("set"), group, key, QString::number(factor)});
         ASSERT_TRUE(waitUntil([&] {
             return answerOf(QStringLiteral("gsettings"), {QStringLiteral("get"), group, key}).trimmed().toDouble() ==
@@ -49,42 +81,45 @@ protected:
         QFile::remove(folder + QStringLiteral("/dconf/user"));
         ASSERT_TRUE(QFile::copy(written, folder + QStringLiteral("/dconf/user")));
     }
-    /// What of the output another picture of it is not, but for the pointer in its lower right corner.
-    [[nodiscard]] static QRect changed(const QImage &before, const QImage &after) {
+    /// What of the output is not the pattern: the shelf's row and the pointer's corner left out.
+    [[nodiscard]] QRect covered(const QImage &picture) const {
+        const int shelf = qRound(60 * pixelsPerPoint());
+        const int corner = qRound(50 * pixelsPerPoint());
         QRect found;
-        for (int y = 0; y < after.height(); ++y) {
-            const auto *const one = reinterpret_cast<const QRgb *>(before.constScanLine(y));
-            const auto *const other = reinterpret_cast<const QRgb *>(after.constScanLine(y));
-            const int end = y > after.height() - 100 ? after.width() - 100 : after.width();
+        for (int y = shelf; y < picture.height(); ++y) {
+            const auto *const line = reinterpret_cast<const QRgb *>(picture.constScanLine(y));
+            const int end = y > picture.height() - corner ? picture.width() - corner : picture.width();
             for (int x = 0; x < end; ++x)
-                if (one[x] != other[x])
+                if ((line[x] & 0xffffffU) != (WaylandPattern::colourAt(0, x, y) & 0xffffffU))
                     found |= QRect(x, y, 1, 1);
         }
         return found;
     }
-    /// Where the panel is, in pixels, once it has come to rest.
-    [[nodiscard]] QRect openedBy(Program &program, const char *word) {
-        QImage before;
-        EXPECT_TRUE(waitUntil(
-            [&] { // the shelf is there, and has come to rest
-                const QImage now = seenOnFirst();
-                return std::exchange(before, now) == now && !now.isNull() &&
-                       now.pixel(now.width() / 2, 1) != now.pixel(0, now.height() / 2);
-            },
-            patience));
-        const auto caller = program.startAgain({QLatin1String(word)});
-        EXPECT_TRUE(caller->waitForFinished(10'000));
+    /// Where the panel is, in pixels, once it has come to rest and `isRight`.
+    [[nodiscard]] QRect panel(const std::function<bool(const QRect &)> &isRight) const {
         QRect place;
         EXPECT_TRUE(waitUntil(
             [&] {
-                const QRect now = changed(before, seenOnFirst());
-                return !now.isEmpty() && std::exchange(place, now) == now;
+                const QImage now = seen();
+                const QRect found = now.isNull() ? QRect() : covered(now);
+                return std::exchange(place, found) == found && !now.isNull() && isRight(found);
             },
-            patience));
+            patience))
+            << place.x() << ' ' << place.y() << ' ' << place.width() << ' ' << place.height();
+        return place;
+    }
+    [[nodiscard]] QRect openedBy(const Program &program, const char *word) const {
+        EXPECT_TRUE(panel([](const QRect &place) { return place.isEmpty(); }).isEmpty());
+        const auto caller = program.startAgain({QLatin1String(word)});
+        EXPECT_TRUE(caller->waitForFinished(10'000));
+        const QRect place = panel([](const QRect &found) { return !found.isEmpty(); });
+        keepPicture(QLatin1String(word + 2));
+        return place;
+    }
+    void keepPicture(const QString &name) const {
         const QString pictures = qEnvironmentVariable("TAVRINE_TEST_PICTURES");
         if (!pictures.isEmpty())
-            seenOnFirst().save(QStringLiteral("%1/%2-%3.png").arg(pictures, QLatin1String(word + 2)).arg(m_factor));
-        return place;
+            seen().save(QStringLiteral("%1/%2-%3.png").arg(pictures, name).arg(m_factor));
     }
     [[nodiscard]] QRect panelAt(double factor, const char *word) {
         Program program;
@@ -93,25 +128,95 @@ protected:
         EXPECT_TRUE(program.startOnboarded());
         return openedBy(program, word);
     }
+    /// Its shadow is measured with it: a shade that is hardly there is one pixel more or less.
+    static void expectTimes(double factor, const QRect &larger, const QRect &usual) {
+        EXPECT_NEAR(larger.width(), usual.width() * factor, 8);
+        EXPECT_NEAR(larger.height(), usual.height() * factor, 12);
+        EXPECT_NEAR(larger.center().x(), usual.center().x(), 6);
+    }
 
     double m_factor = 1;
     WaylandHand hand;
+    WaylandPattern pattern;
 };
 
-/// Its shadow is measured with it: a shade that is hardly there is one pixel more or less.
-TEST_P(WaylandTextScale, panelsAreLargerByItAndStandInTheMiddleAsEver) {
+class WaylandTextScaleOf : public WaylandTextScale, public ::testing::WithParamInterface<double> {};
+
+TEST_P(WaylandTextScaleOf, panelsAreLargerByItAndStandInTheMiddleAsEver) {
     for (const char *word : {"--clipboard", "--emoji"}) {
+        SCOPED_TRACE(word);
         const QRect usual = panelAt(1, word);
-        const QRect larger = panelAt(GetParam(), word);
-        EXPECT_NEAR(larger.width(), usual.width() * GetParam(), 8) << word;
-        EXPECT_NEAR(larger.height(), usual.height() * GetParam(), 12) << word;
-        EXPECT_NEAR(larger.center().x(), usual.center().x(), 6) << word;
+        expectTimes(GetParam(), panelAt(GetParam(), word), usual);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Factors, WaylandTextScale, ::testing::Values(1.25, 1.5), [](const auto &factor) {
+/// The capture tool reads the setting by itself, and takes no pixel more for it.
+TEST_P(WaylandTextScaleOf, aCaptureIsExactToThePixel) {
+    Program program;
+    m_factor = GetParam();
+    want(program, GetParam());
+    ASSERT_TRUE(program.startOnboarded());
+    EXPECT_TRUE(panel([](const QRect &place) { return place.isEmpty(); }).isEmpty());
+    const auto caller = program.startAgain({QStringLiteral("--capture")});
+    ASSERT_TRUE(caller->waitForFinished(10'000));
+    EXPECT_FALSE(panel([](const QRect &place) { return !place.isEmpty(); }).isEmpty()); // it is frozen
+    const QPoint from(100, 200);
+    const QPoint to(400, 350);
+    hand.drag(from, to);
+    QImage taken;
+    EXPECT_TRUE(waitUntil([&taken] {
+        taken = QImage::fromData(
+            answerOf(QStringLiteral("wl-paste"), {QStringLiteral("--type"), QStringLiteral("image/png")}));
+        return !taken.isNull();
+    }));
+    const double scale = pixelsPerPoint();
+    const QRect pixels(from * scale, to * scale);
+    ASSERT_EQ(taken.size(), pixels.size());
+    EXPECT_TRUE(taken.convertToFormat(QImage::Format_RGB32) == WaylandPattern::expected(0, pixels));
+}
+
+INSTANTIATE_TEST_SUITE_P(Factors, WaylandTextScaleOf, ::testing::Values(1.25, 1.5), [](const auto &factor) {
     return QStringLiteral("By%1").arg(factor.param * 100).toStdString();
 });
+
+/// The setting changes while the program runs.
+class WaylandTextScaleChange : public WaylandTextScale {
+protected:
+    void SetUp() override {
+        WaylandTextScale::SetUp();
+        portal.set(group, key, 1.0, false);
+        ASSERT_TRUE(portal.appear());
+        ASSERT_TRUE(program.startOnboarded());
+    }
+    void change(double factor) {
+        portal.set(group, key, factor);
+        m_factor = factor;
+    }
+
+    test::SettingsPortal portal;
+    Program program;
+};
+
+TEST_F(WaylandTextScaleChange, anOpenPanelIsLargerAtOnceInTheMiddleAndTakesKeysAsBefore) {
+    const QRect usual = openedBy(program, "--clipboard");
+    change(1.25);
+    const QRect larger = panel([&](const QRect &place) { return place.width() > usual.width() * 1.2; });
+    keepPicture(QStringLiteral("changed"));
+    expectTimes(1.25, larger, usual);
+    hand.tap(KEY_ESC);
+    EXPECT_TRUE(panel([](const QRect &place) { return place.isEmpty(); }).isEmpty());
+    change(1);
+    expectTimes(1, openedBy(program, "--clipboard"), usual);
+}
+
+TEST_F(WaylandTextScaleChange, aPanelThatIsOpenedAfterItIsAsLargeAsAfterAStart) {
+    const QRect usual = openedBy(program, "--emoji");
+    hand.tap(KEY_ESC);
+    EXPECT_TRUE(panel([](const QRect &place) { return place.isEmpty(); }).isEmpty());
+    change(1.5);
+    expectTimes(1.5, openedBy(program, "--emoji"), usual);
+    EXPECT_TRUE(program.isRunning());
+}
 
 } // namespace
 } // namespace tavrine::testing

@@ -75,7 +75,7 @@ void WaylandDesktop::scaleChanged() {
         parts->shell.showAnew();
     const auto windows = QGuiApplication::topLevelWindows();
     for (QWindow *window : windows)
-        if (window->isVisible())
+        if (window->isVisible() && !window->flags().testFlag(Qt::BypassWindowManagerHint))
             window->setGeometry(window->geometry());
     if (WaylandScreens *screens = m_screens.ifMade())
         screens->tellChange();

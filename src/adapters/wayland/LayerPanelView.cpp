@@ -1,7 +1,9 @@
 #include "adapters/wayland/LayerPanelView.h"
 
+#include "adapters/stream/ToolkitPoints.h"
 #include "adapters/wayland/LayerShell.h"
 
+#include <QBackingStore>
 #include <QGraphicsOpacityEffect>
 #include <QGuiApplication>
 #include <QMouseEvent>
@@ -133,9 +135,17 @@ void LayerPanelView::vanish() {
     m_shell.flush();
 }
 
-/// Its screen is gone.
+/// Its screen is gone, or has points of another size: what stood in the middle still does then.
 void LayerPanelView::closed() {
+    QScreen *screen = m_role ? m_role->screen() : nullptr;
+    if (screen) {
+        const QPoint corner = screen->geometry().topLeft();
+        const double growth = toolkitPoints::factor(screen) / m_role->factor();
+        m_frame.moveCenter(corner + (m_frame.center() - corner) / growth);
+    }
     vanish();
+    if (QBackingStore *picture = backingStore())
+        picture->resize(QSize(1, 1)); // else the toolkit keeps the one with the pixels that its points had before
     if (m_standing)
         appear();
 }

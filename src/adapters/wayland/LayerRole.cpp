@@ -26,8 +26,8 @@ std::uint32_t layerOf(const LayerPlace &place) {
 
 LayerRole::LayerRole(LayerShell &shell, QWindow &window, QScreen &screen, const LayerPlace &place,
                      std::function<void()> onClosed)
-    : m_shell(shell), m_screen(&screen), m_onClosed(std::move(onClosed)), m_place(place),
-      m_surface(shell.surfaceOf(window)) {
+    : m_shell(shell), m_screen(&screen), m_factor(toolkitPoints::factor(&screen)), m_onClosed(std::move(onClosed)),
+      m_place(place), m_surface(shell.surfaceOf(window)) {
     m_shell.add(*this);
     if (!m_surface)
         return;

@@ -38,6 +38,8 @@ public:
     [[nodiscard]] bool isGiven() const { return m_isConfigured; }
     /// Null once its screen is gone.
     [[nodiscard]] QScreen *screen() const { return m_screen; }
+    /// The compositor's points in one of the toolkit's, when it was given.
+    [[nodiscard]] double factor() const { return m_factor; }
     [[nodiscard]] zwlr_layer_surface_v1 *role() const { return m_role; }
     [[nodiscard]] wl_surface *surface() const { return m_surface; }
     void setPlace(const LayerPlace &place);
@@ -51,6 +53,7 @@ private:
 
     LayerShell &m_shell;
     const QPointer<QScreen> m_screen;
+    const double m_factor;
     const std::function<void()> m_onClosed;
     LayerPlace m_place;
     wl_surface *m_surface = nullptr;
