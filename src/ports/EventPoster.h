@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QString>
 
 namespace tavrine {
 
@@ -21,6 +21,9 @@ public:
     virtual void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) = 0;
     /// Whether the last key-down was not typed, and may be a little later.
     [[nodiscard]] virtual bool isHeldBack() const { return false; }
+    /// Why the last key-down was not typed, in words for a person who looks for the fault. Empty when it was, and where
+    /// nobody knows.
+    [[nodiscard]] virtual QString failure() const { return {}; }
 };
 
 } // namespace tavrine

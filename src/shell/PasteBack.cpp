@@ -1,6 +1,7 @@
 #include "shell/PasteBack.h"
 
 #include "base/NotificationCenter.h"
+#include "base/Print.h"
 #include "base/Time.h"
 #include "base/VirtualKeys.h"
 #include "ports/ApplicationActivator.h"
@@ -16,6 +17,14 @@ constexpr Seconds settling{0.08};  ///< between the target's coming to the front
 constexpr int longestHold = 100;   ///< rounds: twice as long as a hot key holds the keyboard
 constexpr Seconds holdRound{0.02}; ///< until a keystroke that was held back is tried again
 constexpr Seconds blindDelay{0.2}; ///< where nothing tells that a target is in front
+
+/// The person sees that nothing came, and finds the reason here.
+void tellFailure(const EventPoster &poster) {
+    const QString why = poster.failure();
+    if (poster.isHeldBack() || !why.isEmpty())
+        printLine(QStringLiteral("DEBUG: The paste was not typed: ") +
+                  (why.isEmpty() ? QStringLiteral("the keyboard was not free") : why));
+}
 
 } // namespace
 
@@ -75,10 +84,12 @@ void PasteBack::postPasteAfter(EventPoster &poster, Seconds delay) {
 void PasteBack::postPaste(EventPoster &poster, int attempt) {
     poster.postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
     poster.postKeyboardEvent(virtualKey::v, false, modifierFlag::command);
-    if (poster.isHeldBack() && attempt < longestHold)
+    if (poster.isHeldBack() && attempt < longestHold) {
         m_time.asyncAfter(holdRound, this, [this, &poster, attempt] { postPaste(poster, attempt + 1); });
-    else
-        typed();
+        return;
+    }
+    tellFailure(poster);
+    typed();
 }
 
 void PasteBack::typed() {

@@ -98,6 +98,34 @@ TEST_F(PasteBackTest, aKeyboardThatNeverGetsFreeEndsThePaste) {
     EXPECT_FALSE(hasPasted());
 }
 
+TEST_F(PasteBackTest, aPasteThatIsNotTypedIsToldOnceWithItsReason) {
+    controller.toggleSearchPanel();
+    poster.setFailure(QStringLiteral("no hands"));
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(pasteAndMeasure(), -1);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "DEBUG: The paste was not typed: no hands\n");
+}
+
+TEST_F(PasteBackTest, aKeyboardThatNeverGetsFreeIsToldWhenThePasteIsGivenUp) {
+    controller.toggleSearchPanel();
+    poster.holdBack(1'000'000);
+    controller.pasteFromSearch(item("text"));
+    ::testing::internal::CaptureStdout();
+    time.advance(2079ms);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+    ::testing::internal::CaptureStdout();
+    time.advance(1ms);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "DEBUG: The paste was not typed: the keyboard was not free\n");
+}
+
+TEST_F(PasteBackTest, aPasteThatIsTypedSaysNothing) {
+    controller.toggleSearchPanel();
+    poster.holdBack(3);
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(pasteAndMeasure(), 140);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+}
+
 TEST_F(PasteBackTest, theTargetIsKnownByItsProcessWhateverItsWindow) {
     controller.toggleSearchPanel();
     activator.setImmediate(false);

@@ -20,7 +20,7 @@ public:
     void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) override {
         if (isKeyDown)
             m_isHeldBack = m_heldBack > 0 && m_heldBack-- > 0;
-        if (m_isHeldBack)
+        if (m_isHeldBack || !m_failure.isEmpty())
             return;
         m_posted.push_back({keyCode, isKeyDown, flags});
         if (m_onPost)
@@ -28,6 +28,9 @@ public:
     }
 
     [[nodiscard]] bool isHeldBack() const override { return m_isHeldBack; }
+    [[nodiscard]] QString failure() const override { return m_failure; }
+    /// Nothing is typed from here on.
+    void setFailure(const QString &failure) { m_failure = failure; }
     /// The next so many key-downs are not typed.
     void holdBack(int count) { m_heldBack = count; }
 
@@ -38,6 +41,7 @@ public:
 private:
     std::vector<Posted> m_posted;
     std::function<void()> m_onPost;
+    QString m_failure;
     int m_heldBack = 0;
     bool m_isHeldBack = false;
 };

@@ -21,31 +21,42 @@ WaylandEventPoster::WaylandEventPoster(std::shared_ptr<WaylandWindows> windows, 
 WaylandEventPoster::~WaylandEventPoster() = default;
 
 void WaylandEventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) {
-    if (!canPost())
-        return;
-    release(); // also of a chord whose key-up never came
+    if (canPost())
+        release(); // also of a chord whose key-up never came
     if (!isKeyDown)
         return;
-    m_isHeldBack = flags != 0 && !(m_windows->refresh() && m_typist->isReady());
-    if (m_isHeldBack)
+    m_isHeldBack = false;
+    m_failure = canPost() ? QString() : QStringLiteral("the compositor takes no keys from this program");
+    if (!canPost())
         return;
-    WaylandChord chord{.key = evdevPosition(keyCode).value_or(0),
-                       .hasShift = (flags & modifierFlag::shift) != 0,
-                       .hasControl = (flags & (modifierFlag::control | modifierFlag::command)) != 0,
-                       .hasAlt = (flags & modifierFlag::option) != 0};
-    if (keyCode != virtualKey::v || (flags & modifierFlag::deviceIndependent) != modifierFlag::command) {
-        m_isPressed = chord.key != 0 && m_typist->press(chord);
+    m_isHeldBack = flags != 0 && !(m_windows->refresh() && m_typist->isReady());
+    if (m_isHeldBack) {
+        m_failure = QStringLiteral("the compositor does not answer");
         return;
     }
+    if (keyCode == virtualKey::v && (flags & modifierFlag::deviceIndependent) == modifierFlag::command) {
+        m_failure = pressPaste();
+        return;
+    }
+    const WaylandChord chord{.key = evdevPosition(keyCode).value_or(0),
+                             .hasShift = (flags & modifierFlag::shift) != 0,
+                             .hasControl = (flags & (modifierFlag::control | modifierFlag::command)) != 0,
+                             .hasAlt = (flags & modifierFlag::option) != 0};
+    m_isPressed = chord.key != 0 && m_typist->press(chord);
+}
+
+QString WaylandEventPoster::pressPaste() {
     const int insert = *evdevPosition(virtualKey::insert);
     const PasteChord paste = pasteChordOfTarget();
-    chord = {
-        .key = paste.isInsert ? insert : 0, .letter = 'v', .hasShift = paste.hasShift, .hasControl = paste.hasControl};
-    if (paste.pastesPrimary && !m_primary->own(m_text().toUtf8()))
-        return; // it would paste what was selected last
-    m_isPressed = m_typist->press(chord);
+    if (paste.pastesPrimary && !m_primary->own(m_text().toUtf8())) // it would paste what was selected last
+        return QStringLiteral("the compositor gives this program no primary selection");
+    m_isPressed = m_typist->press({.key = paste.isInsert ? insert : 0,
+                                   .letter = 'v',
+                                   .hasShift = paste.hasShift,
+                                   .hasControl = paste.hasControl});
     if (!m_isPressed) // the layout has no such letter
         m_isPressed = m_typist->press({.key = insert, .hasShift = true});
+    return m_isPressed ? QString() : QStringLiteral("no keys can be typed");
 }
 
 void WaylandEventPoster::release() {

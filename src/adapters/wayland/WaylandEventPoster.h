@@ -31,12 +31,15 @@ public:
 
     void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) override;
     [[nodiscard]] bool isHeldBack() const override { return m_isHeldBack; }
+    [[nodiscard]] QString failure() const override { return m_failure; }
 
     /// True when this compositor lets the program post events.
     [[nodiscard]] bool canPost() const { return m_typist && m_client.isConnected(); }
 
 private:
     [[nodiscard]] PasteChord pasteChordOfTarget();
+    /// Nothing when it was typed.
+    [[nodiscard]] QString pressPaste();
     void release();
 
     WaylandClient m_client;
@@ -44,6 +47,7 @@ private:
     std::function<QString()> m_text;
     std::unique_ptr<Typist> m_typist;
     std::unique_ptr<PrimaryText> m_primary;
+    QString m_failure;
     bool m_isPressed = false;
     bool m_isHeldBack = false;
 };

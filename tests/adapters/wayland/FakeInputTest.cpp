@@ -55,12 +55,22 @@ TEST_F(SlowFakeInput, aPasteIsHeldBackAtOnceAndTypedWhenItGoesOn) {
     EXPECT_LT(timeOf([&] { poster.emplace(WaylandWindows::make(), [] { return QString(); }); }), 1000);
     EXPECT_LT(timeOf([&] { paste(*poster); }), 1000);
     EXPECT_TRUE(poster->isHeldBack());
+    EXPECT_EQ(poster->failure(), QStringLiteral("the compositor does not answer"));
     goOn();
     EXPECT_TRUE(waitUntil([&] {
         paste(*poster);
         return !poster->isHeldBack();
     }));
     EXPECT_TRUE(waitUntil([this] { return compositor.count(keyRequest) > 0; }));
+    EXPECT_EQ(poster->failure(), QString());
+}
+
+TEST_F(SlowFakeInput, aCompositorThatTakesNoKeysIsNamedAsTheReason) {
+    const PlayedCompositor another({&wl_seat_interface});
+    WaylandEventPoster poster(WaylandWindows::make(), [] { return QString(); });
+    paste(poster);
+    EXPECT_FALSE(poster.isHeldBack());
+    EXPECT_EQ(poster.failure(), QStringLiteral("the compositor takes no keys from this program"));
 }
 
 } // namespace
