@@ -32,6 +32,8 @@ class EventTaps {
 public:
     virtual ~EventTaps() = default;
 
+    /// False where the desktop lets no program have one, whatever the person allows.
+    [[nodiscard]] virtual bool areThere() const { return true; }
     /// A tap, which drops keys when the call returns unless it has to wait. Null where this program may not have one.
     /// `onChange` is called when its state changes later, never within the call; it may destroy the tap.
     [[nodiscard]] virtual std::unique_ptr<EventTap> create(std::function<void()> onChange) = 0;

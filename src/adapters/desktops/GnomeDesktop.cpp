@@ -24,6 +24,7 @@ namespace {
 /// The X server's hold of the keyboard would leave all programs of Wayland their keys.
 class NoEventTaps final : public EventTaps {
 public:
+    [[nodiscard]] bool areThere() const override { return false; }
     [[nodiscard]] std::unique_ptr<EventTap> create(std::function<void()> /*onChange*/) override { return nullptr; }
 };
 

@@ -14,6 +14,8 @@ public:
     explicit FakeEventTaps(VirtualTime &time) : m_time(time) {}
 
     void setPermitted(bool isPermitted) { m_isPermitted = isPermitted; }
+    /// A desktop that lets no program have a tap.
+    void setThere(bool isThere) { m_isThere = isThere; }
     /// Another program holds the keyboard, or lets it go.
     void hold() { m_isHeld = true; }
     void letGo() {
@@ -39,9 +41,10 @@ public:
     }
     [[nodiscard]] int creations() const { return m_creations; }
 
+    [[nodiscard]] bool areThere() const override { return m_isThere; }
     [[nodiscard]] std::unique_ptr<EventTap> create(std::function<void()> onChange) override {
         ++m_creations;
-        if (!m_isPermitted)
+        if (!m_isPermitted || !m_isThere)
             return nullptr;
         auto tap = std::make_unique<Tap>(*this, std::move(onChange));
         if (m_isHeld)
@@ -81,6 +84,7 @@ private:
     std::vector<Tap *> m_taps;
     int m_creations = 0;
     bool m_isPermitted = true;
+    bool m_isThere = true;
     bool m_isHeld = false;
 };
 

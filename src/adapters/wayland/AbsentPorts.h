@@ -9,6 +9,7 @@ namespace tavrine::absent {
 /// No program of a Wayland session may keep keys from others.
 class NoEventTaps final : public EventTaps {
 public:
+    [[nodiscard]] bool areThere() const override { return false; }
     [[nodiscard]] std::unique_ptr<EventTap> create(std::function<void()> /*onChange*/) override { return nullptr; }
 };
 

@@ -51,6 +51,8 @@ std::vector<LayoutRow> QuickActionsModel::rows() const {
 QString QuickActionsModel::subtitle(QuickAction action) const {
     if (!preference::layoutShowSubtitles.get(m_defaults))
         return {};
+    if (action == QuickAction::cleanMode && !m_actions.canClean())
+        return QStringLiteral("Not on This Desktop");
     return QLatin1String(isOn(action) ? textOf(action).subtitleOn : textOf(action).subtitle);
 }
 

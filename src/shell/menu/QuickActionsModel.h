@@ -29,6 +29,7 @@ public:
         std::function<void()> openEditor;
         std::function<void()> openSettings;
         std::function<void()> bringSettingsForward;
+        std::function<bool()> canClean; ///< anywhere on this desktop
         std::function<bool()> isCleaning;
         std::function<void()> toggleCleaning;
         std::function<void()> onDismissMenu;

@@ -107,6 +107,7 @@ QuickActionsModel::Actions TrayMenu::modelActions() {
             .openEditor = m_actions.openEditor,
             .openSettings = m_actions.openSettings,
             .bringSettingsForward = m_actions.bringSettingsForward,
+            .canClean = [this] { return m_shell.desktop().eventTaps().areThere(); },
             .isCleaning = [this] { return m_tools.cleaningMode().manager().isCleaning(); },
             .toggleCleaning = [this] { toggleCleaning(); },
             .onDismissMenu = [this] { cancelTracking(); }};

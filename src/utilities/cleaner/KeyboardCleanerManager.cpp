@@ -49,6 +49,13 @@ void KeyboardCleanerManager::setCleaning(bool isCleaning) {
 }
 
 void KeyboardCleanerManager::askForPermission() {
+    if (!m_ports.eventTaps.areThere()) { // nothing that the person could allow
+        m_ports.alerts.runModal({QStringLiteral("Clean Mode Is Not Available"),
+                                 QStringLiteral("This desktop lets no program keep keys from other programs, so the "
+                                                "keyboard cannot be blocked here."),
+                                 {QStringLiteral("OK")}});
+        return;
+    }
     const Alert alert{QStringLiteral("Accessibility Permission Required"),
                       QStringLiteral("Clean Mode requires Accessibility permission to block keyboard input.\n\nGo to "
                                      "System Settings → Privacy & Security → Accessibility and enable Tavrine."),

@@ -32,6 +32,7 @@ protected:
                 .openEditor = note("editor"),
                 .openSettings = note("settings"),
                 .bringSettingsForward = note("forward"),
+                .canClean = [this] { return canClean; },
                 .isCleaning = [this] { return isCleaning; },
                 .toggleCleaning = [this] { isCleaning = !isCleaning; },
                 .onDismissMenu = note("dismiss")};
@@ -46,6 +47,7 @@ protected:
     std::optional<QuickAction> notBuilt;
     bool mayCapture = true;
     bool mayRecord = true;
+    bool canClean = true;
     bool isCleaning = false;
     std::vector<std::string> done;
     QuickActionsModel model{flags, defaults, center, time, actions()};
@@ -102,6 +104,14 @@ TEST_F(QuickActions, theCleanerIsFlippedAndTheMenuStaysOpen) {
     model.run(cleanMode);
     EXPECT_FALSE(model.isOn(cleanMode));
     EXPECT_THAT(taken(), IsEmpty());
+}
+
+/// Neither that the keyboard is free to be blocked nor that a permission is wanting.
+TEST_F(QuickActions, theCleanersTileSaysWhereADesktopHasNoWayToBlockTheKeyboard) {
+    canClean = false;
+    EXPECT_EQ(model.subtitle(cleanMode), QStringLiteral("Not on This Desktop"));
+    defaults.set(QStringLiteral("layoutShowSubtitles"), false);
+    EXPECT_EQ(model.subtitle(cleanMode), QString());
 }
 
 TEST_F(QuickActions, tilesShowTheirLineOnlyWhereItIsWanted) {

@@ -62,6 +62,18 @@ TEST_F(KeyboardCleanerTest, stoppingWhenNothingRunsOnlySaysThatNothingIsBlocked)
     EXPECT_TRUE(alerts.shown().isEmpty());
 }
 
+TEST_F(KeyboardCleanerTest, whereNoProgramMayBlockTheKeyboardThePersonIsToldSoAndAskedForNothing) {
+    taps.setThere(false);
+    manager.startCleaning();
+    EXPECT_FALSE(manager.isCleaning());
+    time.runPending();
+    ASSERT_EQ(alerts.shown().size(), 1);
+    const Alert &alert = alerts.shown().constFirst();
+    EXPECT_EQ(alert.message, QStringLiteral("Clean Mode Is Not Available"));
+    EXPECT_THAT(alert.buttons, ElementsAre(QStringLiteral("OK")));
+    EXPECT_TRUE(urls.opened().isEmpty());
+}
+
 TEST_F(KeyboardCleanerTest, withoutPermissionThePromptComesATurnLaterAndNothingIsBlocked) {
     taps.setPermitted(false);
     manager.startCleaning();
