@@ -32,22 +32,28 @@ public:
                                                                seat, capabilities & WL_SEAT_CAPABILITY_KEYBOARD);
                                                        },
                                                    .name = [](void *, wl_seat *, const char *) {}};
-        if (auto *const seat = link.bind<wl_seat>(wl_seat_interface, highestSeat))
-            wl_seat_add_listener(seat, &listener, this);
+        m_seat = link.bind<wl_seat>(wl_seat_interface, highestSeat);
+        if (m_seat)
+            wl_seat_add_listener(m_seat, &listener, this);
     }
     ~PersonsKeymap() {
+        if (m_keyboard)
+            wl_keyboard_destroy(m_keyboard);
+        if (m_seat)
+            wl_seat_destroy(m_seat);
         xkb_keymap_unref(m_map);
         xkb_context_unref(m_context);
     }
     PersonsKeymap(const PersonsKeymap &) = delete;
     PersonsKeymap &operator=(const PersonsKeymap &) = delete;
 
-    [[nodiscard]] bool hasLayouts() const { return m_map && xkb_keymap_num_layouts(m_map) > 1; }
-
-    /// The key that types the letter without a modifier; 0 for none.
+    /// The key that types the letter without a modifier; 0 for none. A layout that is not there is the first: the
+    /// number comes from the bus, and the library reads past its table with a large one.
     [[nodiscard]] int keyOf(char letter, xkb_layout_index_t layout) const {
         if (!m_map)
             return 0;
+        if (layout >= xkb_keymap_num_layouts(m_map))
+            layout = 0;
         const xkb_keysym_t wanted = xkb_utf32_to_keysym(static_cast<std::uint32_t>(letter));
         for (xkb_keycode_t key = xkb_keymap_min_keycode(m_map); key <= xkb_keymap_max_keycode(m_map); ++key) {
             const xkb_keysym_t *symbols = nullptr;
@@ -89,6 +95,7 @@ private:
                                            XKB_KEYMAP_COMPILE_NO_FLAGS);
     }
 
+    wl_seat *m_seat = nullptr;
     wl_keyboard *m_keyboard = nullptr;
     xkb_context *m_context = nullptr;
     xkb_keymap *m_map = nullptr;
@@ -110,8 +117,9 @@ public:
             auto question = QDBusMessage::createMethodCall(name, path, interface, QStringLiteral("getLayout"));
             question.setAutoStartService(false);
             sessionBus::ask(bus, question, this, [this](const QDBusPendingCall &answer) {
-                if (!answer.isError() && !answer.reply().arguments().isEmpty())
-                    take(answer.reply().arguments().at(0).toUInt());
+                const QVariant layout = answer.isError() ? QVariant() : answer.reply().arguments().value(0);
+                if (layout.typeId() == QMetaType::UInt)
+                    take(layout.toUInt());
             });
         });
     }
@@ -132,6 +140,10 @@ public:
         m_client.flush();
     }
 
+    ~FakeInput() override { org_kde_kwin_fake_input_destroy(m_input); }
+    FakeInput(const FakeInput &) = delete;
+    FakeInput &operator=(const FakeInput &) = delete;
+
     /// The seat comes with the first answer, its keyboard's map with the second.
     [[nodiscard]] bool isReady() override {
         for (; m_answersLeft > 0; --m_answersLeft)
@@ -141,7 +153,7 @@ public:
     }
 
     [[nodiscard]] bool press(const WaylandChord &chord) override {
-        m_key = chord.key ? chord.key : m_keymap.keyOf(chord.letter, m_keymap.hasLayouts() ? m_layout.number() : 0);
+        m_key = chord.key ? chord.key : m_keymap.keyOf(chord.letter, m_layout.number());
         if (m_key == 0)
             return false;
         m_held = {};
