@@ -11,6 +11,8 @@
 #include <QScreen>
 #include <QWindow>
 
+#include <utility>
+
 namespace tavrine {
 namespace {
 
@@ -108,6 +110,10 @@ void LayerPanelView::appear() {
     QScreen *screen = screenOfFrame();
     if (!screen)
         return;
+    // The toolkit would keep the picture with the pixels that its points had when it was last shown.
+    const double factor = toolkitPoints::factor(screen);
+    if (QBackingStore *picture = backingStore(); picture && std::exchange(m_factor, factor) != factor)
+        picture->resize(QSize(1, 1));
     windowHandle()->setScreen(screen);
     setGeometry(m_frame.marginsAdded(room()));
     windowHandle()->setGeometry(geometry()); // its points may have another size than when it was last shown
@@ -144,8 +150,6 @@ void LayerPanelView::closed() {
         m_frame.moveCenter(corner + (m_frame.center() - corner) / growth);
     }
     vanish();
-    if (QBackingStore *picture = backingStore())
-        picture->resize(QSize(1, 1)); // else the toolkit keeps the one with the pixels that its points had before
     if (m_standing)
         appear();
 }

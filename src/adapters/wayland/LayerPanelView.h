@@ -51,6 +51,7 @@ private:
     LayerStack &m_stack;
     std::optional<LayerStack::Place> m_standing; ///< while it is ordered in
     std::unique_ptr<LayerRole> m_role;
+    double m_factor = 0; ///< the compositor's points in one of the toolkit's, when it was last shown
     double m_alpha = 1;
     bool m_ignoresMouseEvents;
 
