@@ -29,10 +29,6 @@ tavrine_suppressions(threads.supp races)
 # Tests look for leaks as they end. The programs never do: they end at once, with what they hold, and behind a wall nothing can look.
 foreach(kind programs tests)
   add_library(tavrine_sanitized_${kind} OBJECT ${PROJECT_SOURCE_DIR}/cmake/sanitizers/Defaults.cpp)
-  if(TAVRINE_SANITIZE MATCHES thread)
-    target_sources(tavrine_sanitized_${kind} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/sanitizers/HandedOver.cpp)
-    target_link_libraries(tavrine_sanitized_${kind} PRIVATE Qt6::Core)
-  endif()
   set_target_properties(tavrine_sanitized_${kind} PROPERTIES AUTOMOC OFF)
   target_include_directories(tavrine_sanitized_${kind} PRIVATE ${PROJECT_SOURCE_DIR}/src)
   set(looks_for_leaks 0)
@@ -48,3 +44,11 @@ set(looking $<BOOL:$<TARGET_PROPERTY:TAVRINE_LOOKS_FOR_LEAKS>>)
 target_sources(tavrine_options INTERFACE
   $<$<AND:${executable},${looking}>:$<TARGET_OBJECTS:tavrine_sanitized_tests>>
   $<$<AND:${executable},$<NOT:${looking}>>:$<TARGET_OBJECTS:tavrine_sanitized_programs>>)
+
+# What the toolkit hands from thread to thread, for every program that has the toolkit; the small helpers have none.
+if(TAVRINE_SANITIZE MATCHES thread)
+  add_library(tavrine_handed_over OBJECT ${PROJECT_SOURCE_DIR}/cmake/sanitizers/HandedOver.cpp)
+  set_target_properties(tavrine_handed_over PROPERTIES AUTOMOC OFF)
+  target_link_libraries(tavrine_handed_over PRIVATE Qt6::Core)
+  set_property(TARGET Qt6::Core APPEND PROPERTY INTERFACE_SOURCES $<${executable}:$<TARGET_OBJECTS:tavrine_handed_over>>)
+endif()

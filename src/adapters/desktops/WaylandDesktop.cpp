@@ -11,6 +11,7 @@
 #include "adapters/linux/TrayStatusItem.h"
 #include "adapters/wayland/AbsentPorts.h"
 #include "adapters/wayland/CompositorLoss.h"
+#include "adapters/wayland/HiddenWindows.h"
 #include "adapters/wayland/LayerEdgeWindow.h"
 #include "adapters/wayland/LayerPanelWindow.h"
 #include "adapters/wayland/LayerParts.h"
@@ -65,6 +66,7 @@ WaylandDesktop::WaylandDesktop() {
 WaylandDesktop::~WaylandDesktop() = default;
 
 std::vector<std::unique_ptr<Appearance>> WaylandDesktop::toolkitSettings() {
+    hiddenWindows::guard();
     m_toolkitScale = std::make_unique<ToolkitScale>([this] { scaleChanged(); });
     return LinuxDesktop::toolkitSettings();
 }

@@ -1,5 +1,6 @@
 #include "adapters/wayland/LayerShell.h"
 
+#include "adapters/wayland/HiddenWindows.h"
 #include "adapters/wayland/LayerRole.h"
 
 #include <QGuiApplication>
@@ -67,6 +68,7 @@ LayerShell::LayerShell() {
     m_display = native ? static_cast<wl_display *>(native->nativeResourceForIntegration("wl_display")) : nullptr;
     if (!m_display)
         return;
+    hiddenWindows::guard();
     static constexpr wl_registry_listener listener{.global = take,
                                                    .global_remove = [](void *, wl_registry *, std::uint32_t) {}};
     wl_event_queue *queue = wl_display_create_queue(m_display);
