@@ -50,8 +50,11 @@ public:
     /// Brings hot keys, monitors and menu entries in line with flags and preferences.
     void registerHotkeys();
 
-    /// Whether the trigger should have a hot key and has none: another program holds the combination.
-    [[nodiscard]] bool isTakenElsewhere(Trigger trigger) const { return m_taken.contains(trigger); }
+    /// Whether the trigger should have a hot key and has none: another program holds the combination. On a desktop that
+    /// gives no program any, none does.
+    [[nodiscard]] bool isTakenElsewhere(Trigger trigger) const {
+        return m_taken.contains(trigger) && m_hotKeys.traits().availability != HotKeyAvailability::none;
+    }
 
     /// What the desktop gives of hot keys.
     [[nodiscard]] HotKeyTraits hotKeyTraits() const { return m_hotKeys.traits(); }

@@ -191,7 +191,7 @@ TEST_F(EndOfARecording, anEncoderThatDiesAfterTheStopEndsNothingTwice) {
     record();
     writers.hang();
     recorder->stopRecording();
-    ASSERT_TRUE(happens([this] { return writers.movies.front()->end.has_value(); }));
+    ASSERT_TRUE(happens([this] { return writers.movies.front()->isToFinish.load(); }));
     writers.die(text("the encoder ended unexpectedly"));
     writers.finishHung();
     ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
@@ -213,7 +213,7 @@ TEST_F(EndOfARecording, aMovieThatTakesLongSaysSo) {
     record();
     writers.hang();
     recorder->stopRecording();
-    ASSERT_TRUE(happens([this] { return writers.movies.front()->end.has_value(); }));
+    ASSERT_TRUE(happens([this] { return writers.movies.front()->isToFinish.load(); }));
     time.advance(299ms);
     EXPECT_FALSE(recorder->finishingWindow());
     time.advance(1ms);
@@ -238,6 +238,7 @@ TEST_F(EndOfARecording, theNextRecordingTakesThePlaceOfTheSignAndIsNotDisturbed)
     record();
     writers.hang();
     recorder->stopRecording();
+    ASSERT_TRUE(happens([this] { return writers.movies.front()->isToFinish.load(); }));
     time.advance(1s);
     ASSERT_TRUE(recorder->finishingWindow());
     record();
@@ -253,6 +254,7 @@ TEST_F(EndOfARecording, whatWasLeftWaitsForAMovieThatTakesLong) {
     record();
     writers.hang();
     recorder->stopRecording();
+    ASSERT_TRUE(happens([this] { return writers.movies.front()->isToFinish.load(); }));
     recorder->offer({leftover("tavrine-rec-1.mp4")});
     time.advance(1s);
     EXPECT_FALSE(recorder->previewModel());
@@ -265,6 +267,7 @@ TEST_F(EndOfARecording, switchingItOffTakesTheSignAndTheMovieComesWhenItIsOnAgai
     record();
     writers.hang();
     recorder->stopRecording();
+    ASSERT_TRUE(happens([this] { return writers.movies.front()->isToFinish.load(); }));
     time.advance(1s);
     isEnabled = false;
     recorder->unload();

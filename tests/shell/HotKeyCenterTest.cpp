@@ -483,6 +483,15 @@ TEST_F(HotKeyCenterTest, aKeyThatTurnsOutToBeTakenIsToldAndOneThatHoldsAfterAllT
     EXPECT_EQ(changes, 2);
 }
 
+TEST_F(HotKeyCenterTest, noOtherProgramIsBlamedWhereADesktopGivesNobodyHotKeys) {
+    hotKeys.takeElsewhere(14, commandShift);
+    center.registerHotkeys();
+    EXPECT_TRUE(center.isTakenElsewhere(Trigger::emojiPicker));
+    hotKeys.setTraits({.availability = HotKeyAvailability::none});
+    center.registerHotkeys();
+    EXPECT_FALSE(center.isTakenElsewhere(Trigger::emojiPicker));
+}
+
 TEST_F(HotKeyCenterTest, eachHotKeyHasATitleForTheDesktopsSettings) {
     EXPECT_EQ(hotKeys.title(1), QStringLiteral("Search the Clipboard"));
     EXPECT_EQ(hotKeys.title(2), QStringLiteral("Pick an Emoji"));

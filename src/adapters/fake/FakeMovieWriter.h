@@ -5,6 +5,7 @@
 
 #include <QFile>
 
+#include <atomic>
 #include <deque>
 #include <memory>
 #include <utility>
@@ -25,6 +26,7 @@ struct FakeMovie {
     bool isVideoFinished = false;
     bool isAudioFinished = false;
     std::optional<MediaTime> end; ///< what `finishWriting` was told
+    std::atomic<bool> isToFinish = false; ///< `finishWriting` has returned, or as good as that
     MovieWriterStatus status = MovieWriterStatus::unknown;
     std::optional<QString> error;
     MovieWriterFailure failure = MovieWriterFailure::other;
@@ -153,6 +155,7 @@ private:
                 if (!writer.expired())
                     completion();
             });
+            m_movie->isToFinish = true;
         }
         [[nodiscard]] MovieWriterStatus status() const override { return m_movie->status; }
         [[nodiscard]] std::optional<QString> error() const override { return m_movie->error; }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <mutex>
 #include <thread>
 
 #include <poll.h>
@@ -23,7 +24,12 @@ xcb_screen_t *screenOf(xcb_connection_t *connection, int number) {
 
 /// A server that has many at its door, or a machine that has no descriptor left at this moment, refuses one connection
 /// and takes the next, and who asks for one gives up what it is for without it.
+///
+/// One at a time: the library below xcb has one buffer for the name of the file with the server's key, for all threads,
+/// and threads connect while the main thread does.
 xcb_connection_t *connect(int &screenNumber) {
+    static std::mutex theConnecting;
+    const std::scoped_lock lock(theConnecting);
     constexpr int tries = 4;
     constexpr auto pause = std::chrono::milliseconds(10);
     xcb_connection_t *connection = xcb_connect(nullptr, &screenNumber);

@@ -141,8 +141,9 @@ void EditorLandingModel::setTargeted(bool isTargeted) {
 }
 
 void EditorLandingModel::select(const std::optional<QImage> &image) {
-    if (image && m_actions.selectImage)
-        m_actions.selectImage(*image); // the model may be gone
+    const auto selectImage = m_actions.selectImage; // this one goes with the model, which it may end
+    if (image && selectImage)
+        selectImage(*image);
 }
 
 } // namespace tavrine
