@@ -2,16 +2,21 @@
 // it: its queues lock what nobody sees, and all that a queued call or a queue's work was given would look unguarded.
 // These functions stand before the toolkit's own, name the moment of giving and that of taking, and call those. Nothing
 // is left out of the look by that: what both threads touch beside it is still a race. In no other build.
+//
+// And a child that the toolkit starts has memory of its own here: in that of its parent, as the toolkit has it, the
+// sanitizer would stop looking at the parent's locks, for what it takes to be the child.
 
 #include <QSemaphore>
 #include <QThread>
 #include <QThreadPool>
 
+#include <cstdarg>
 #include <functional>
 #include <utility>
 
 #include <dlfcn.h>
 #include <sanitizer/tsan_interface.h>
+#include <sched.h>
 
 namespace {
 
@@ -110,4 +115,17 @@ bool QThread::wait(QDeadlineTimer deadline) {
     if (hasEnded)
         __tsan_acquire(this);
     return hasEnded;
+}
+
+extern "C" int clone(int (*run)(void *), void *stack, int flags, void *argument, ...) {
+    va_list list;
+    va_start(list, argument);
+    auto *const parentNumber = va_arg(list, pid_t *);
+    auto *const storage = va_arg(list, void *);
+    auto *const childNumber = va_arg(list, pid_t *);
+    va_end(list);
+    static const auto own = next<decltype(&clone)>("clone");
+    if ((flags & CLONE_VFORK) != 0)
+        flags &= ~(CLONE_VFORK | CLONE_VM);
+    return own(run, stack, flags, argument, parentNumber, storage, childNumber);
 }

@@ -81,7 +81,7 @@ bool canMakeThread() {
     pthread_t thread;
     errno = pthread_create(
         &thread, nullptr, [](void *) -> void * { return nullptr; }, nullptr);
-    return errno == 0;
+    return errno == 0 && pthread_join(thread, nullptr) == 0;
 }
 
 bool canConnect() {

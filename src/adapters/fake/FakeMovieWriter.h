@@ -27,7 +27,7 @@ struct FakeMovie {
     bool isAudioFinished = false;
     std::optional<MediaTime> end; ///< what `finishWriting` was told
     std::atomic<bool> isToFinish = false; ///< `finishWriting` has returned, or as good as that
-    MovieWriterStatus status = MovieWriterStatus::unknown;
+    std::atomic<MovieWriterStatus> status = MovieWriterStatus::unknown; ///< may be read at any time
     std::optional<QString> error;
     MovieWriterFailure failure = MovieWriterFailure::other;
     MovieWriter::Completion onEndedByItself;
