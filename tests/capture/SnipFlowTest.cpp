@@ -3,6 +3,7 @@
 #include "SnipTest.h"
 #include "adapters/fake/FakeColorSampler.h"
 #include "capture/ColorPickerManager.h"
+#include "look/Motion.h"
 
 #include <QFileInfo>
 
@@ -163,7 +164,13 @@ TEST_F(SnipFlowTest, theCardGoesAfterSevenSecondsAndAFade) {
     time.advance(1ms);
     EXPECT_FALSE(flow->isPreviewShown());
     EXPECT_TRUE(cardWindow().isVisible());
-    time.advance(160ms);
+    EXPECT_EQ(cardWindow().alpha(), 1.0);
+    time.advance(Seconds{0.1005}); // six frames
+    EXPECT_NEAR(cardWindow().alpha(), 1 - look::easeIn.at(0.1 / 0.16), 1e-6);
+    time.advance(Seconds{0.0585});
+    EXPECT_EQ(windows.living(), 1);
+    EXPECT_TRUE(cardWindow().isVisible());
+    time.advance(1ms);
     EXPECT_EQ(windows.living(), 0);
     EXPECT_EQ(time.timerCount(), 0);
 }

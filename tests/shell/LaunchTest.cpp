@@ -123,6 +123,48 @@ TEST_F(Launch, theStepsComeOneAfterTheOther) {
     desktop.setOnPackageUpdates({});
 }
 
+// A switch that is flipped before the launch follows them is that of the launch itself: its tool hears of it there.
+TEST_F(Launch, theSwitchesAreFollowedFromBehindTheLastToolAndBeforeTheFirstQuestion) {
+    defaults.set(text("hasCompletedOnboarding"), true);
+    desktop.access().setAccessibilityTrusted(false);
+    const auto reactionTo = [this](const std::string &moment) {
+        construct();
+        set(Feature::snippingTool, true);
+        bool isFlipped = false;
+        const RecordingTool::Note note = [&](const std::string &call) {
+            if (isFlipped)
+                calls.push_back(call);
+            else if (call == moment) {
+                isFlipped = true;
+                set(Feature::snippingTool, false);
+            }
+        };
+        for (const FeatureText &each : featureTexts)
+            delegate->tools()[each.feature] = &recorders.emplace_back(each.property, nullptr, note);
+        desktop.hotKeys().setOnInstallation([&] { note("hot keys"); });
+        desktop.access().setOnAccessibilityPrompt([&] { note("question"); });
+        quietly([&] {
+            delegate->applicationDidFinishLaunching();
+            time.advance(1s);
+        });
+        desktop.access().setOnAccessibilityPrompt({});
+        desktop.hotKeys().setOnInstallation({});
+        return takeCalls();
+    };
+    EXPECT_THAT(reactionTo("keepAwake launched"), ElementsAre("question"));
+    EXPECT_THAT(reactionTo("question"), ElementsAre("hot keys", "snippingTool off"));
+}
+
+TEST_F(Launch, noNoticeIsHeardBeforeTheQuestion) {
+    defaults.set(text("hasCompletedOnboarding"), true);
+    desktop.access().setAccessibilityTrusted(false);
+    construct();
+    desktop.access().setOnAccessibilityPrompt([this] { center.post(text("openTavrineEditorRequested")); });
+    quietly([&] { delegate->applicationDidFinishLaunching(); });
+    EXPECT_FALSE(window(LargeWindows::Kind::editor));
+    desktop.access().setOnAccessibilityPrompt({});
+}
+
 TEST_F(Launch, noticesAreHeardOnceTheLaunchIsOver) {
     defaults.set(text("hasCompletedOnboarding"), true);
     construct();

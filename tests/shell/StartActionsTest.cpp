@@ -53,6 +53,29 @@ TEST_F(StartActionsTest, theScanOfACodeStartsTheCaptureTool) {
     EXPECT_FALSE(hasSettings());
 }
 
+TEST_F(StartActionsTest, theCardOfACaptureGetsTheKeyboard) {
+    desktop.access().setScreenCaptureGranted(true);
+    launch();
+    startAgain("card"); // there is none
+    EXPECT_EQ(desktop.panelWindows().living(), 0);
+    startAgain("capture");
+    ASSERT_EQ(desktop.taskLauncher().tasks().size(), 1);
+    QImage picture(8, 6, QImage::Format_RGB32);
+    picture.fill(Qt::red);
+    ASSERT_TRUE(picture.save(desktop.taskLauncher().tasks().last()->arguments().last()));
+    quietly([&] {
+        desktop.taskLauncher().tasks().last()->finish(0);
+        time.advance(1s);
+    });
+    ASSERT_EQ(desktop.panelWindows().living(), 1);
+    EXPECT_EQ(desktop.panelWindows().keyWindow(), nullptr);
+    startAgain("card");
+    ASSERT_EQ(desktop.panelWindows().living(), 1);
+    EXPECT_EQ(desktop.panelWindows().keyWindow(), desktop.panelWindows().windows().front());
+    EXPECT_EQ(desktop.taskLauncher().tasks().size(), 1); // no other capture
+    EXPECT_FALSE(hasSettings());
+}
+
 TEST_F(StartActionsTest, theSettingsOpen) {
     launch();
     startAgain("settings");

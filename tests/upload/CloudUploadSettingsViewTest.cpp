@@ -6,6 +6,7 @@
 #include "look/Theme.h"
 #include "look/Toggle.h"
 #include "look/WrappedText.h"
+#include "support/PaintedWords.h"
 #include "upload/ScriptEditorView.h"
 #include "upload/ScriptHighlighter.h"
 #include "upload/TestLogView.h"
@@ -67,13 +68,24 @@ protected:
 TEST_F(SettingsView, whileItIsOffTheEditorIsReplaced) {
     open();
     EXPECT_TRUE(editor->isVisible());
+    const auto words = [this] {
+        view->resize(700, 1200); // all of the page
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+        WordsDevice device(view->size());
+        view->render(&device);
+        return device.words();
+    };
+    const QString locked = QStringLiteral("Turn on Custom Upload Script above to edit");
+    EXPECT_FALSE(words().contains(locked));
     view->findChild<look::Toggle *>()->click();
     EXPECT_FALSE(manager->isEnabled());
     EXPECT_FALSE(editor->isVisible());
     EXPECT_FALSE(button("Save")->isVisible());
+    EXPECT_TRUE(words().contains(locked));
     view->findChild<look::Toggle *>()->click();
     EXPECT_TRUE(manager->isEnabled());
     EXPECT_TRUE(editor->isVisible());
+    EXPECT_FALSE(words().contains(locked));
 }
 
 TEST_F(SettingsView, aSwitchFromElsewhereIsShown) {

@@ -313,8 +313,15 @@ TEST_F(WorkerHttp, theImgBBTemplateUploads) {
               QStringLiteral("https://i/a%20b.png/ab%2B%2Fc%3D"));
     EXPECT_EQ(upload("", image).text("errorMessage"),
               QStringLiteral("ImgBB error (status 400): {\"error\":\"no key\"}"));
-    EXPECT_EQ(upload("unexpected", image).text("errorMessage"),
-              QStringLiteral("Unexpected response: {\"success\":true,\"data\":{}}"));
+    for (const auto &[key, answer] : {std::pair{"no-success", R"({"data":{"url":"https://i/x"}})"},
+                                      {"refused", R"({"success":false,"data":{"url":"https://i/x"}})"},
+                                      {"no-data", R"({"success":true})"},
+                                      {"null-data", R"({"success":true,"data":null})"},
+                                      {"no-url", R"({"success":true,"data":{}})"},
+                                      {"empty-url", R"({"success":true,"data":{"url":""}})"}})
+        EXPECT_EQ(upload(key, image).text("errorMessage"),
+                  QStringLiteral("Unexpected response: ") + QLatin1String(answer))
+            << key;
     EXPECT_EQ(upload("text", image).text("errorMessage"), QStringLiteral("Failed to parse response: hello"));
 }
 

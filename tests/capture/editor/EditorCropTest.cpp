@@ -1,5 +1,6 @@
 // Cropping in the window of the editor, and what lies over its picture.
 #include "EditorWindowTest.h"
+#include "support/PaintedWords.h"
 
 namespace tavrine {
 namespace {
@@ -23,6 +24,24 @@ TEST_F(EditorWindowTest, cropModeGivesWayToADragAndReturnApplies) {
     EXPECT_FALSE(pill("Drag selection box to crop")->isVisible());
     EXPECT_TRUE(pill("Unsaved changes")->isVisible());
     EXPECT_TRUE(button("Draw")->isEnabled());
+}
+
+TEST_F(EditorWindowTest, theOverlaySaysHowToCropUntilSomethingIsSelected) {
+    edit();
+    button("Crop image area")->click();
+    auto *overlay = window->findChild<CropOverlayView *>();
+    const auto words = [overlay] {
+        test::WordsDevice device(overlay->size());
+        overlay->render(&device);
+        return device.words();
+    };
+    EXPECT_THAT(words(), ElementsAre(str("Drag on the image to select crop area")));
+    drag(overlay, {0, 0}, QPoint(overlay->width() / 2, overlay->height() / 2));
+    EXPECT_THAT(words(), ElementsAre(str("400 × 200"))) << "of the picture's pixels";
+    button("Cancel")->click();
+    button("Crop image area")->click();
+    overlay = window->findChild<CropOverlayView *>();
+    EXPECT_THAT(words(), ElementsAre(str("Drag on the image to select crop area")));
 }
 
 TEST_F(EditorWindowTest, keysSelectWhatIsCroppedPixelByPixel) {

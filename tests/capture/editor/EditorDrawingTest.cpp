@@ -52,6 +52,60 @@ TEST_F(EditorWindowTest, aStrokeIsStoredInFractionsAndShowsThePill) {
     EXPECT_TRUE(pasteboard.image());
 }
 
+TEST_F(EditorWindowTest, anUndoneStampGivesItsNumberToTheNext) {
+    edit();
+    model().setCurrentTool(DrawingTool::numberStamp);
+    const auto stamp = [this](int x) { QTest::mouseClick(canvas(), Qt::LeftButton, {}, {x, 100}); };
+    const auto numbers = [this] {
+        std::vector<int> all;
+        for (const DrawingPath &each : model().drawings())
+            all.push_back(each.number.value_or(0));
+        return all;
+    };
+    stamp(100);
+    stamp(200);
+    EXPECT_THAT(numbers(), ElementsAre(1, 2));
+    button("Undo")->click();
+    EXPECT_THAT(numbers(), ElementsAre(1));
+    EXPECT_EQ(model().nextStampNumber(), 2);
+    stamp(300);
+    EXPECT_THAT(numbers(), ElementsAre(1, 2));
+    EXPECT_NEAR(model().drawings().back().points.front().x() * canvas()->width(), 300, 1);
+}
+
+TEST_F(EditorWindowTest, undoTakesOneAfterTheOtherFromTheEndAndOnlyAStampGivesItsNumberBack) {
+    edit();
+    const auto draw = [this](DrawingTool tool, int y) {
+        model().setCurrentTool(tool);
+        if (tool == DrawingTool::numberStamp)
+            QTest::mouseClick(canvas(), Qt::LeftButton, {}, {100, y});
+        else
+            drag(canvas(), {100, y}, {200, y + 20});
+    };
+    const QImage empty = model().flattenedImage();
+    std::vector<QImage> pictures;
+    std::vector<int> numbers;
+    int y = 20;
+    for (const DrawingTool tool : {DrawingTool::pen, DrawingTool::numberStamp, DrawingTool::arrow,
+                                   DrawingTool::numberStamp, DrawingTool::rectangle}) {
+        pictures.push_back(model().flattenedImage());
+        numbers.push_back(model().nextStampNumber());
+        draw(tool, y += 40);
+    }
+    EXPECT_THAT(numbers, ElementsAre(1, 1, 2, 2, 3));
+    ASSERT_EQ(model().drawings().size(), 5U);
+    for (size_t left = 5; left-- > 0;) {
+        command(Qt::Key_Z);
+        EXPECT_EQ(model().drawings().size(), left);
+        EXPECT_EQ(model().flattenedImage(), pictures[left]) << left;
+        EXPECT_EQ(model().nextStampNumber(), numbers[left]) << left;
+        EXPECT_EQ(pill("Unsaved changes")->isVisible(), left > 0);
+    }
+    command(Qt::Key_Z);
+    EXPECT_EQ(model().flattenedImage(), empty);
+    EXPECT_EQ(model().nextStampNumber(), 1);
+}
+
 TEST_F(EditorWindowTest, theCanvasLiesExactlyOverThePictureAtEveryZoom) {
     edit(picture(3000, 2000));
     for (const Qt::Key key : {Qt::Key_0, Qt::Key_1, Qt::Key_Minus, Qt::Key_Plus}) {

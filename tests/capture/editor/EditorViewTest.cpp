@@ -1,5 +1,8 @@
 // The bars, the keys and the landing page of the editor.
 #include "EditorWindowTest.h"
+#include "look/Indicators.h"
+
+#include <algorithm>
 
 namespace tavrine {
 namespace {
@@ -32,11 +35,23 @@ TEST_F(EditorWindowTest, theStepperShowsWithTheStampTool) {
     button("Number stamp")->click();
     QApplication::activePopupWidget()->close();
     ASSERT_TRUE(button("Increase stamp number"));
+    const auto shows = [this](const char *words) {
+        const auto labels = window->findChildren<look::Label *>();
+        return std::ranges::any_of(
+            labels, [words](const look::Label *each) { return each->isVisible() && each->text() == str(words); });
+    };
+    EXPECT_TRUE(shows("number 1"));
     EXPECT_FALSE(button("Decrease stamp number")->isEnabled());
     button("Increase stamp number")->click();
     EXPECT_EQ(model().nextStampNumber(), 2);
+    EXPECT_TRUE(shows("number 2"));
+    QTest::mouseClick(canvas(), Qt::LeftButton, {}, {100, 100});
+    EXPECT_TRUE(shows("number 3"));
+    button("Undo")->click();
+    EXPECT_TRUE(shows("number 2"));
     button("Decrease stamp number")->click();
     EXPECT_EQ(model().nextStampNumber(), 1);
+    EXPECT_TRUE(shows("number 1"));
     button("Draw")->click();
     EXPECT_FALSE(button("Increase stamp number"));
 }

@@ -16,6 +16,7 @@
 #include "look/Indicators.h"
 #include "look/PillView.h"
 #include "support/Eventually.h"
+#include "support/PaintedWords.h"
 
 #include <QTest>
 
@@ -66,8 +67,16 @@ TEST_F(ReadingViewsTest, theNotepadSaysThatItIsLoadingUntilItShowsTheText) {
 TEST_F(ReadingViewsTest, theNotepadShowsTheErrorInPlaceOfTheText) {
     OCRNotepadState state;
     OCRNotepadView view(state, pasteboard, time, dismiss);
+    const auto words = [&] {
+        view.resize(view.sizeHint());
+        test::WordsDevice device(view.size());
+        view.render(&device);
+        return device.words();
+    };
     state.setErrorMessage(text("No text found in this image."));
+    EXPECT_THAT(words(), Not(Contains(text("No text found in this image.")))) << "it is still being looked for";
     state.setLoading(false);
+    EXPECT_THAT(words(), Contains(text("No text found in this image.")));
     EXPECT_FALSE(view.findChild<EditableTextView *>()->isVisibleTo(&view));
     EXPECT_FALSE(button(view, "Copy All")->isVisibleTo(&view));
 }
@@ -154,6 +163,10 @@ TEST_F(ReadingViewsTest, aRowCopiesItsCode) {
     EXPECT_EQ(pasteboard.string(), text("second"));
     EXPECT_FALSE(rows[0]->isCopied());
     EXPECT_TRUE(rows[1]->isCopied());
+    time.advance(1499ms);
+    EXPECT_TRUE(rows[1]->isCopied());
+    time.advance(1ms);
+    EXPECT_FALSE(rows[1]->isCopied());
 }
 
 TEST_F(ReadingViewsTest, aSingleRowHasNoNumber) {
@@ -203,7 +216,9 @@ TEST_F(ReadingViewsTest, anyOtherBubbleCopies) {
     bubble.click();
     EXPECT_EQ(pasteboard.string(), text("HTTP://EXAMPLE.ORG"));
     EXPECT_TRUE(bubble.isCopied());
-    time.advance(Seconds{1.8});
+    time.advance(1799ms);
+    EXPECT_TRUE(bubble.isCopied());
+    time.advance(1ms);
     EXPECT_FALSE(bubble.isCopied());
     EXPECT_TRUE(urlOpener.opened().isEmpty());
 }

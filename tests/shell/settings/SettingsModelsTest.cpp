@@ -8,7 +8,7 @@
 #include "shell/settings/ClipboardSettingsModel.h"
 #include "shell/settings/FeatureRowModel.h"
 #include "shell/settings/GeneralSettingsModel.h"
-#include "shell/settings/HomeDashboardModel.h"
+#include "shell/settings/HomeDashboardView.h"
 #include "shell/settings/PrivacySettingsModel.h"
 
 #include <QFile>
@@ -21,10 +21,15 @@ protected:
     void SetUp() override { launch(); }
 
     GeneralSettingsModel general() { return GeneralSettingsModel({defaults, center, desktop.loginItem(), manager()}); }
-    HomeDashboardModel home() {
-        return HomeDashboardModel({defaults, desktop.access(), time, desktop.urlOpener(), text("/share"),
-                                   desktop.desktopAbilities(),
-                                   [this]() -> Pasteboard & { return desktop.pasteboard(); }});
+    HomeDashboardModel home() { return HomeDashboardModel(homePorts()); }
+    HomeDashboardModel::Ports homePorts() {
+        return {defaults,
+                desktop.access(),
+                time,
+                desktop.urlOpener(),
+                text("/share"),
+                desktop.desktopAbilities(),
+                [this]() -> Pasteboard & { return desktop.pasteboard(); }};
     }
     ClipboardSettingsModel clipboard() {
         return ClipboardSettingsModel({manager(), delegate->shell().experienceSettings(), defaults, center, time,
@@ -233,6 +238,45 @@ TEST_F(SettingsModels, aGrantAfterTheSecondReadIsSeenByANewPageOnly) {
     time.advance(60s);
     EXPECT_FALSE(model.screenRecordingGranted());
     EXPECT_TRUE(home().screenRecordingGranted());
+}
+
+/// The heading of what is missing, as far as it shows, and what each button that shows there is for.
+QStringList missingIn(const HomeDashboardView &view) {
+    QStringList words;
+    for (const auto *label : view.findChildren<look::Label *>())
+        if (label->text() == text("Permissions needed") && label->isVisibleTo(&view))
+            words << label->text();
+    for (const auto *button : view.findChildren<QAbstractButton *>())
+        if (button->text() == text("Allow") && button->isVisibleTo(&view))
+            words << button->accessibleDescription();
+    return words;
+}
+
+TEST_F(SettingsModels, eachPermissionThatIsMissingHasItsRowAndTheHeadingStandsOnlyOverRows) {
+    const QString heading = text("Permissions needed");
+    const auto missing = [this](bool isTrusted, bool isGranted) {
+        desktop.access().setAccessibilityTrusted(isTrusted);
+        desktop.access().setScreenCaptureGranted(isGranted);
+        return missingIn(HomeDashboardView(homePorts(), text("2.3.1")));
+    };
+    EXPECT_THAT(missing(false, false), ElementsAre(heading, text("Accessibility"), text("Screen Recording")));
+    EXPECT_THAT(missing(false, true), ElementsAre(heading, text("Accessibility")));
+    EXPECT_THAT(missing(true, false), ElementsAre(heading, text("Screen Recording")));
+    EXPECT_THAT(missing(true, true), IsEmpty());
+}
+
+TEST_F(SettingsModels, aPermissionThatIsGivenTakesItsRowWithItASecondAfterAllow) {
+    desktop.access().setAccessibilityTrusted(false);
+    desktop.access().setScreenCaptureGranted(false);
+    HomeDashboardView view(homePorts(), text("2.3.1"));
+    desktop.access().setAccessibilityTrusted(true);
+    time.advance(60s); // the page does not look by itself
+    EXPECT_EQ(missingIn(view).size(), 3);
+    for (auto *button : view.findChildren<QAbstractButton *>())
+        if (button->text() == text("Allow") && button->accessibleDescription() == text("Accessibility"))
+            button->click();
+    time.advance(1s);
+    EXPECT_THAT(missingIn(view), ElementsAre(text("Permissions needed"), text("Screen Recording")));
 }
 
 // What this desktop allows.

@@ -51,6 +51,22 @@ TEST_F(LofiToolTest, switchedOffItStops) {
     EXPECT_FALSE(tool().manager().isPlaying());
 }
 
+TEST_F(LofiToolTest, theTrackThatIsFetchedIsAnyOfThem) {
+    std::map<std::string, int> fetched;
+    const int times = 400;
+    for (int i = 0; i < times; ++i) {
+        play();
+        ++fetched[desktop.downloads().begun().back().fileName().toStdString()];
+        quietly([this] {
+            desktop.downloads().fail(text("unreachable"));
+            time.runPending();
+        });
+    }
+    ASSERT_EQ(fetched.size(), 2U);
+    for (const auto &[name, count] : fetched)
+        EXPECT_NEAR(count, times / 2, 70) << name; // seven times as far as chance usually goes
+}
+
 TEST_F(LofiToolTest, aDownloadThatEndsAfterTheSwitchIsNotPlayed) {
     play();
     ASSERT_TRUE(tool().manager().isDownloading());
