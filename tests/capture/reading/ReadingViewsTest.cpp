@@ -23,6 +23,10 @@
 namespace tavrine {
 namespace {
 
+using namespace std::chrono_literals;
+using ::testing::Contains;
+using ::testing::Not;
+
 class ReadingViewsTest : public ReadingTest {
 protected:
     [[nodiscard]] static QAbstractButton *button(const QWidget &view, const char *words) {
