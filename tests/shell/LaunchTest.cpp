@@ -152,7 +152,7 @@ TEST_F(Launch, theSwitchesAreFollowedFromBehindTheLastToolAndBeforeTheFirstQuest
         return takeCalls();
     };
     EXPECT_THAT(reactionTo("keepAwake launched"), ElementsAre("question"));
-    EXPECT_THAT(reactionTo("question"), ElementsAre("hot keys", "snippingTool off"));
+    EXPECT_THAT(reactionTo("question"), ElementsAre("snippingTool off", "hot keys"));
 }
 
 TEST_F(Launch, noNoticeIsHeardBeforeTheQuestion) {

@@ -33,10 +33,8 @@
 
 #include <QGuiApplication>
 #include <QScreen>
-#include <QTimer>
 #include <QWindow>
 
-#include <chrono>
 #include <vector>
 
 namespace tavrine {
@@ -44,9 +42,6 @@ namespace tavrine {
 namespace {
 
 constexpr auto portalPlugin = "portal_screen_stream";
-/// Some compositors read the whole program at each of its connections, 70 ms for KWin, and typing needs two: neither
-/// the tray nor the first panel waits for that.
-constexpr std::chrono::milliseconds typingDelay{1500};
 
 /// The plugin that this compositor gives moving pictures to; where it gives none to any, the portal's, which asks the
 /// person. Null when it does not answer.
@@ -72,7 +67,6 @@ WaylandDesktop::~WaylandDesktop() = default;
 
 std::vector<std::unique_ptr<Appearance>> WaylandDesktop::toolkitSettings() {
     hiddenWindows::guard();
-    QTimer::singleShot(typingDelay, qApp, [this] { (void)eventPoster(); });
     m_toolkitScale = std::make_unique<ToolkitScale>([this] { scaleChanged(); });
     return LinuxDesktop::toolkitSettings();
 }

@@ -27,20 +27,22 @@ TEST_F(EditorWindowTest, cropModeGivesWayToADragAndReturnApplies) {
 }
 
 TEST_F(EditorWindowTest, theOverlaySaysHowToCropUntilSomethingIsSelected) {
-    edit();
+    edit(picture(800, 400));
     button("Crop image area")->click();
     auto *overlay = window->findChild<CropOverlayView *>();
-    const auto words = [overlay] {
+    ASSERT_TRUE(overlay);
+    const auto words = [&overlay] {
         test::WordsDevice device(overlay->size());
         overlay->render(&device);
         return device.words();
     };
     EXPECT_THAT(words(), ElementsAre(str("Drag on the image to select crop area")));
-    drag(overlay, {0, 0}, QPoint(overlay->width() / 2, overlay->height() / 2));
+    drag(overlay, QPoint(overlay->width() / 2, overlay->height() / 2), {0, 0});
     EXPECT_THAT(words(), ElementsAre(str("400 × 200"))) << "of the picture's pixels";
     button("Cancel")->click();
     button("Crop image area")->click();
     overlay = window->findChild<CropOverlayView *>();
+    ASSERT_TRUE(overlay);
     EXPECT_THAT(words(), ElementsAre(str("Drag on the image to select crop area")));
 }
 
