@@ -25,7 +25,7 @@ struct FakeMovie {
     int refusals = 0; ///< samples that came although it was not ready
     bool isVideoFinished = false;
     bool isAudioFinished = false;
-    std::optional<MediaTime> end; ///< what `finishWriting` was told
+    std::optional<MediaTime> end;         ///< what `finishWriting` was told
     std::atomic<bool> isToFinish = false; ///< `finishWriting` has returned, or as good as that
     std::atomic<MovieWriterStatus> status = MovieWriterStatus::unknown; ///< may be read at any time
     std::optional<QString> error;
