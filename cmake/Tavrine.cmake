@@ -24,14 +24,15 @@ target_link_options(tavrine_options INTERFACE -Wl,--as-needed -Wl,-O1 -Wl,-z,now
 
 # The headers that nearly every source takes, compiled once for all libraries: each copy would cost seconds and 120 MB.
 file(WRITE ${PROJECT_BINARY_DIR}/headers.cpp "// The headers are all there is.\n")
+set(shared_headers <QObject> <QString> <QHash> <functional> <memory> <optional> <vector>)
 add_library(tavrine_headers STATIC ${PROJECT_BINARY_DIR}/headers.cpp)
 target_link_libraries(tavrine_headers PUBLIC tavrine_options Qt6::Core)
-target_precompile_headers(tavrine_headers PRIVATE <QObject> <QString> <QHash> <functional> <memory> <optional> <vector>)
+target_precompile_headers(tavrine_headers PRIVATE ${shared_headers})
 
 # Views take the widgets as well: a third of what each of them costs.
 add_library(tavrine_view_headers STATIC ${PROJECT_BINARY_DIR}/headers.cpp)
 target_link_libraries(tavrine_view_headers PUBLIC tavrine_options Qt6::Core Qt6::Widgets)
-target_precompile_headers(tavrine_view_headers PRIVATE <QObject> <QString> <QHash> <functional> <memory> <optional> <vector>
+target_precompile_headers(tavrine_view_headers PRIVATE ${shared_headers}
   <algorithm> <chrono> <QVariant> <QMap> <QSet> <QPainter> <QPaintEvent> <QApplication> <QScreen> <QWidget>)
 
 # tavrine_library(NAME [VIEWS] [SOURCES …] [PUBLIC libs…] [PRIVATE libs…]): one static library for one folder, with widgets where it is
@@ -40,11 +41,11 @@ function(tavrine_library name)
   cmake_parse_arguments(ARG "VIEWS" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
   target_link_libraries(${name} PUBLIC tavrine_options Qt6::Core ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+  set(headers tavrine_headers)
   if(ARG_VIEWS)
-    target_precompile_headers(${name} REUSE_FROM tavrine_view_headers)
-  else()
-    target_precompile_headers(${name} REUSE_FROM tavrine_headers)
+    set(headers tavrine_view_headers)
   endif()
+  target_precompile_headers(${name} REUSE_FROM ${headers})
 endfunction()
 
 # tavrine_plugin(NAME SOURCES … LIBS … [FOLDER folder]): one port's adapter that is loaded when it is first used, so that

@@ -3,8 +3,8 @@
 // These functions stand before the toolkit's own, name the moment of giving and that of taking, and call those. Nothing
 // is left out of the look by that: what both threads touch beside it is still a race. In no other build.
 //
-// And a child that the toolkit starts has memory of its own here: in that of its parent, as the toolkit has it, the
-// sanitizer would stop looking at the parent's locks, for what it takes to be the child.
+// And a child that the toolkit starts has memory of its own here. In that of its parent, as the toolkit has it, the
+// sanitizer takes the parent for the child, and looks at nothing that the parent's thread does from there on.
 
 #include <QSemaphore>
 #include <QThread>

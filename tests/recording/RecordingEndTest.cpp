@@ -4,7 +4,13 @@
 namespace tavrine {
 namespace {
 
-class EndOfARecording : public RecorderTest {};
+class EndOfARecording : public RecorderTest {
+protected:
+    /// From then on nothing drives the first movie's writer, which hangs.
+    [[nodiscard]] bool isToBeFinished() {
+        return happens([this] { return writers.movies.front()->isToFinish.load(); });
+    }
+};
 
 // Stopping.
 
@@ -191,7 +197,7 @@ TEST_F(EndOfARecording, anEncoderThatDiesAfterTheStopEndsNothingTwice) {
     record();
     writers.hang();
     recorder->stopRecording();
-    ASSERT_TRUE(happens([this] { return writers.movies.front()->isToFinish.load(); }));
+    ASSERT_TRUE(isToBeFinished());
     writers.die(text("the encoder ended unexpectedly"));
     writers.finishHung();
     ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
@@ -213,7 +219,7 @@ TEST_F(EndOfARecording, aMovieThatTakesLongSaysSo) {
     record();
     writers.hang();
     recorder->stopRecording();
-    ASSERT_TRUE(happens([this] { return writers.movies.front()->isToFinish.load(); }));
+    ASSERT_TRUE(isToBeFinished());
     time.advance(299ms);
     EXPECT_FALSE(recorder->finishingWindow());
     time.advance(1ms);
@@ -238,7 +244,7 @@ TEST_F(EndOfARecording, theNextRecordingTakesThePlaceOfTheSignAndIsNotDisturbed)
     record();
     writers.hang();
     recorder->stopRecording();
-    ASSERT_TRUE(happens([this] { return writers.movies.front()->isToFinish.load(); }));
+    ASSERT_TRUE(isToBeFinished());
     time.advance(1s);
     ASSERT_TRUE(recorder->finishingWindow());
     record();
@@ -254,7 +260,7 @@ TEST_F(EndOfARecording, whatWasLeftWaitsForAMovieThatTakesLong) {
     record();
     writers.hang();
     recorder->stopRecording();
-    ASSERT_TRUE(happens([this] { return writers.movies.front()->isToFinish.load(); }));
+    ASSERT_TRUE(isToBeFinished());
     recorder->offer({leftover("tavrine-rec-1.mp4")});
     time.advance(1s);
     EXPECT_FALSE(recorder->previewModel());
@@ -267,7 +273,7 @@ TEST_F(EndOfARecording, switchingItOffTakesTheSignAndTheMovieComesWhenItIsOnAgai
     record();
     writers.hang();
     recorder->stopRecording();
-    ASSERT_TRUE(happens([this] { return writers.movies.front()->isToFinish.load(); }));
+    ASSERT_TRUE(isToBeFinished());
     time.advance(1s);
     isEnabled = false;
     recorder->unload();

@@ -1,6 +1,6 @@
 // Makes the fault that is named, for the proof that the sanitizers of this build see it:
 //
-//   faults address|bounds|undefined|type|leak|race|handed-over      the last is none
+//   faults address|bounds|undefined|type|leak|race|race-after-child|handed-over      the last is none
 
 #include "base/SerialQueue.h"
 #include "walls/ForeignDescriptors.h"
@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QMetaObject>
 #include <QObject>
+#include <QProcess>
 #include <QThread>
 
 #include <climits>
@@ -15,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <future>
 #include <map>
 #include <memory>
 #include <string>
@@ -98,6 +100,16 @@ void handOver(QCoreApplication &application) {
         std::puts("nothing was found");
 }
 
+/// After the toolkit has started a child beside another thread.
+void raceAfterAChild() {
+    std::promise<void> hasChildEnded;
+    std::thread other([&] { hasChildEnded.get_future().wait(); });
+    sink = QProcess::execute(QStringLiteral("true"));
+    hasChildEnded.set_value();
+    other.join();
+    race();
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -112,7 +124,8 @@ int main(int argc, char **argv) {
                                                               {"type", &takeForAnother},
                                                               {"leak", &leak},
                                                               {"race", &race},
-                                                              {"handed-over", [&] { handOver(application); }}};
+                                                              {"handed-over", [&] { handOver(application); }},
+                                                              {"race-after-child", &raceAfterAChild}};
     const auto fault = faults.find(argc > 1 ? argv[1] : "");
     if (fault == faults.end())
         return 2;

@@ -29,11 +29,12 @@ using Clock = std::chrono::steady_clock;
 
 /// "WaylandEventThread", as the kernel cuts it.
 constexpr std::string_view nameOfThreads = "WaylandEventThr";
+constexpr std::size_t countOfThreads = 2; ///< for frames, and for all else
 constexpr std::chrono::microseconds betweenLooks{50};
 /// They are at it for microseconds; a machine on which they have no turn for so long has other troubles than a window.
 constexpr std::chrono::seconds longestWait{1};
 
-std::string read(const std::string &path) {
+std::string contentsOf(const std::string &path) {
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     char text[512];
     const ssize_t length = ::read(file.number(), text, sizeof text);
@@ -45,21 +46,21 @@ std::vector<std::string> threadsOfToolkit() {
     std::vector<std::string> found;
     std::error_code error;
     for (const auto &each : std::filesystem::directory_iterator("/proc/self/task", error))
-        if (std::string_view(read(each.path() / "comm")).starts_with(nameOfThreads))
+        if (std::string_view(contentsOf(each.path() / "comm")).starts_with(nameOfThreads))
             found.push_back(each.path() / "stat");
     return found;
 }
 
-/// "number (name) S …"
+/// "number (name) S …". One that waits for a page of memory does not: it may be in the middle of what it does.
 bool sleeps(const std::string &thread) {
-    const std::string told = read(thread);
+    const std::string told = contentsOf(thread);
     const auto name = told.rfind(") ");
-    return name == std::string::npos || told[name + 2] != 'R';
+    return name == std::string::npos || told.substr(name + 2).starts_with('S');
 }
 
 class HidingGuard final : public QObject {
 public:
-    explicit HidingGuard(wl_display &display) : QObject(qApp), m_display(display), m_threads(threadsOfToolkit()) {
+    explicit HidingGuard(wl_display &display) : QObject(qApp), m_display(display) {
         qApp->installEventFilter(this);
         const auto windows = QGuiApplication::topLevelWindows();
         for (QWindow *window : windows)
@@ -97,6 +98,8 @@ private:
             this, [this] { release(); }, Qt::QueuedConnection);
         m_queue = wl_display_create_queue(&m_display);
         (void)wl_display_prepare_read_queue(&m_display, m_queue); // this queue is empty
+        if (m_threads.size() < countOfThreads)                    // each has its name only once it has had a turn
+            m_threads = threadsOfToolkit();
         // One that waits for another's lock sleeps too; that other is found awake, or the first is, the second time.
         const auto end = Clock::now() + longestWait;
         for (int sweeps = 0; sweeps < 2 && Clock::now() < end; ++sweeps)
@@ -113,7 +116,7 @@ private:
     }
 
     wl_display &m_display;
-    const std::vector<std::string> m_threads;
+    std::vector<std::string> m_threads;
     wl_event_queue *m_queue = nullptr; ///< while a window is being hidden
 };
 

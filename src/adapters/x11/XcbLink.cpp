@@ -22,21 +22,24 @@ xcb_screen_t *screenOf(xcb_connection_t *connection, int number) {
     return screens.rem > 0 ? screens.data : nullptr;
 }
 
-/// A server that has many at its door, or a machine that has no descriptor left at this moment, refuses one connection
-/// and takes the next, and who asks for one gives up what it is for without it.
-///
 /// One at a time: the library below xcb has one buffer for the name of the file with the server's key, for all threads,
 /// and threads connect while the main thread does.
-xcb_connection_t *connect(int &screenNumber) {
+xcb_connection_t *connectAlone(int &screenNumber) {
     static std::mutex theConnecting;
     const std::scoped_lock lock(theConnecting);
+    return xcb_connect(nullptr, &screenNumber);
+}
+
+/// A server that has many at its door, or a machine that has no descriptor left at this moment, refuses one connection
+/// and takes the next, and who asks for one gives up what it is for without it.
+xcb_connection_t *connect(int &screenNumber) {
     constexpr int tries = 4;
     constexpr auto pause = std::chrono::milliseconds(10);
-    xcb_connection_t *connection = xcb_connect(nullptr, &screenNumber);
+    xcb_connection_t *connection = connectAlone(screenNumber);
     for (int i = 1; i < tries && xcb_connection_has_error(connection) == XCB_CONN_ERROR; ++i) {
         xcb_disconnect(connection);
         std::this_thread::sleep_for(pause);
-        connection = xcb_connect(nullptr, &screenNumber);
+        connection = connectAlone(screenNumber);
     }
     return connection;
 }
