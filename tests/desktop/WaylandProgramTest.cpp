@@ -127,6 +127,26 @@ TEST_F(WaylandProgram, itStartsWithoutAWordOfErrors) {
     process.waitForFinished();
 }
 
+/// The toolkit's, the clipboard's and one for all else: KWin reads the whole program for each. The first thing that is
+/// made on a connection is its registry.
+TEST_F(WaylandProgram, itStartsAndShowsItsPanelWithThreeConnections) {
+    ASSERT_TRUE(program.writePreferences({}));
+    program.environment.insert(QStringLiteral("WAYLAND_DEBUG"), QStringLiteral("1"));
+    QProcess process;
+    process.setProcessEnvironment(program.environment);
+    process.start(QStringLiteral(TAVRINE_BINARY), {});
+    QByteArray printed;
+    EXPECT_TRUE(waitUntil([&] {
+        printed += process.readAllStandardOutput();
+        return printed.contains("Accessibility Trusted on Launch: true");
+    }));
+    program.environment.remove(QStringLiteral("WAYLAND_DEBUG"));
+    EXPECT_TRUE(openPanel("--clipboard"));
+    process.kill();
+    process.waitForFinished();
+    EXPECT_EQ(process.readAllStandardError().count("get_registry(new id wl_registry@2)"), 3);
+}
+
 TEST_F(WaylandProgram, theTrayItemIsShownAndItsMenuOpens) {
     test::StatusNotifierTray tray;
     tray.start();

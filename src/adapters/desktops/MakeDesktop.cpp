@@ -15,10 +15,11 @@ std::unique_ptr<DBusSingleInstance> theInstance;
 std::unique_ptr<LinuxDesktop> desktopOfSession() {
     // A person who names the toolkit's platform has a reason.
     const QByteArray named = qgetenv("QT_QPA_PLATFORM");
+    std::shared_ptr<WaylandConnection> connection;
     const WaylandSession session =
-        named.isEmpty() || named.startsWith("wayland") ? waylandSession() : WaylandSession::none;
+        named.isEmpty() || named.startsWith("wayland") ? waylandSession(connection) : WaylandSession::none;
     if (session == WaylandSession::native)
-        return std::make_unique<WaylandDesktop>();
+        return std::make_unique<WaylandDesktop>(std::move(connection));
     if (session == WaylandSession::managed) {
         qputenv("QT_QPA_PLATFORM", "xcb"); // its X server gives panels and a clipboard that Wayland refuses
         return std::make_unique<GnomeDesktop>();

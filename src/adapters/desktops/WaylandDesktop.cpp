@@ -27,6 +27,7 @@
 #include "adapters/wayland/WaylandIdleKeeper.h"
 #include "adapters/wayland/WaylandLink.h"
 #include "adapters/wayland/WaylandPasteboard.h"
+#include "adapters/wayland/WaylandReader.h"
 #include "adapters/wayland/WaylandScreens.h"
 #include "adapters/wayland/WaylandWorkspace.h"
 #include "look/Look.h"
@@ -43,23 +44,9 @@ namespace {
 
 constexpr auto portalPlugin = "portal_screen_stream";
 
-/// The plugin that this compositor gives moving pictures to; where it gives none to any, the portal's, which asks the
-/// person. Null when it does not answer.
-const char *streamPlugin() {
-    static const char *known = nullptr; // it does not change while a session lasts
-    if (known)
-        return known;
-    const WaylandLink link;
-    if (!link.isOpen())
-        return nullptr;
-    if (link.find("zwlr_screencopy_manager_v1"))
-        return known = "wayland_screen_stream";
-    return known = link.find("zkde_screencast_unstable_v1") ? "kwin_screen_stream" : portalPlugin;
-}
-
 } // namespace
 
-WaylandDesktop::WaylandDesktop() {
+WaylandDesktop::WaylandDesktop(std::shared_ptr<WaylandConnection> connection) : m_connection(std::move(connection)) {
     LayerShell::prepareToolkit();
     compositorLoss::watchToolkit();
 }
@@ -103,9 +90,28 @@ AbilityReport WaylandDesktop::report(Ability ability) {
     return LinuxDesktop::report(ability);
 }
 
+/// The plugin that this compositor gives moving pictures to; where it gives none to any, the portal's, which asks the
+/// person. Null when it does not answer.
+const char *WaylandDesktop::streamPlugin() {
+    if (m_streamPlugin)
+        return m_streamPlugin;
+    const WaylandLink link(m_connection);
+    if (!link.isOpen())
+        return nullptr;
+    if (link.find("zwlr_screencopy_manager_v1"))
+        return m_streamPlugin = "wayland_screen_stream";
+    return m_streamPlugin = link.find("zkde_screencast_unstable_v1") ? "kwin_screen_stream" : portalPlugin;
+}
+
+const std::shared_ptr<WaylandReader> &WaylandDesktop::reader() {
+    if (!m_reader)
+        m_reader = std::make_shared<WaylandReader>(m_connection);
+    return m_reader;
+}
+
 const std::shared_ptr<WaylandWindows> &WaylandDesktop::windows() {
     if (!m_windows)
-        m_windows = WaylandWindows::make();
+        m_windows = WaylandWindows::make(reader());
     return m_windows;
 }
 
@@ -128,7 +134,7 @@ ApplicationActivator &WaylandDesktop::applicationActivator() {
 }
 
 Screens &WaylandDesktop::screens() {
-    return m_screens.get([] { return std::make_unique<WaylandScreens>(); });
+    return m_screens.get([this] { return std::make_unique<WaylandScreens>(reader()); });
 }
 
 PanelWindows &WaylandDesktop::panelWindows() {
@@ -184,8 +190,8 @@ EventMonitors &WaylandDesktop::eventMonitors() {
 EventPoster &WaylandDesktop::eventPoster() {
     // Some programs paste the primary selection: it gets the same text.
     return m_eventPoster.get([this] {
-        return std::make_unique<WaylandEventPoster>(windows(),
-                                                    [this] { return pasteboard().string().value_or(QString()); });
+        return std::make_unique<WaylandEventPoster>(
+            windows(), [this] { return pasteboard().string().value_or(QString()); }, reader());
     });
 }
 
@@ -204,7 +210,8 @@ Dragging &WaylandDesktop::dragging() {
 Access &WaylandDesktop::access() {
     return m_access.get([this] {
         return std::make_unique<WaylandAccess>(
-            [this] { return streamPlugin() == portalPlugin && castPortal().answer() != CastPortal::Answer::missing; });
+            [this] { return streamPlugin() == portalPlugin && castPortal().answer() != CastPortal::Answer::missing; },
+            WaylandLink::usualWait, m_connection);
     });
 }
 

@@ -4,6 +4,8 @@
 
 namespace tavrine {
 
+class WaylandConnection;
+class WaylandReader;
 class WaylandWindows;
 struct LayerParts;
 class StiffWindows;
@@ -14,8 +16,9 @@ class WaylandScreens;
 /// clipboard.
 class WaylandDesktop final : public LinuxDesktop {
 public:
-    /// Tells the toolkit, which has not started, how to draw here.
-    WaylandDesktop();
+    /// Tells the toolkit, which has not started, how to draw here. All of the main thread but the toolkit and what is
+    /// asked in passing goes over `connection`.
+    explicit WaylandDesktop(std::shared_ptr<WaylandConnection> connection);
     ~WaylandDesktop() override;
 
     [[nodiscard]] SessionNotices &sessionNotices() override;
@@ -49,8 +52,13 @@ private:
     void scaleChanged();
     [[nodiscard]] LayerParts &layerParts();
 
+    [[nodiscard]] const std::shared_ptr<WaylandReader> &reader();
     [[nodiscard]] const std::shared_ptr<WaylandWindows> &windows();
+    [[nodiscard]] const char *streamPlugin();
 
+    const std::shared_ptr<WaylandConnection> m_connection;
+    std::shared_ptr<WaylandReader> m_reader; ///< null before the toolkit is there
+    const char *m_streamPlugin = nullptr;    ///< it does not change while a session lasts
     std::shared_ptr<WaylandWindows> m_windows;
     MadeOnce<LayerParts> m_layerParts; ///< outlives the windows
     MadeOnce<StiffWindows> m_stiffWindows;

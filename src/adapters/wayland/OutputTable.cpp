@@ -148,8 +148,8 @@ private:
     OutputFacts m_published;
 };
 
-OutputTable::OutputTable(std::function<void()> onChange)
-    : m_onChange(std::move(onChange)), m_questions(QStringLiteral("com.tavrine.free")),
+OutputTable::OutputTable(std::shared_ptr<WaylandReader> reader, std::function<void()> onChange)
+    : m_onChange(std::move(onChange)), m_client(std::move(reader)), m_questions(QStringLiteral("com.tavrine.free")),
       m_self(std::make_shared<OutputTable *>(this)) {
     WaylandLink &link = m_client.link();
     m_compositor = link.bind<wl_compositor>(wl_compositor_interface, 4);

@@ -27,15 +27,14 @@ struct OutputFacts {
     bool operator==(const OutputFacts &) const = default;
 };
 
-/// The outputs of the compositor, on a connection of its own, which is read when something changes and never otherwise.
-/// Lives on the main thread.
+/// The outputs of the compositor, which are read when something changes and never otherwise. Lives on the main thread.
 ///
 /// What panels leave of an output is told to a surface of the layer shell that asks for all that is free. It gets no
 /// picture, so it is never seen, and hears of each change. Where that lies is asked on a thread; until then what is
 /// taken is thought to be at the top.
 class OutputTable {
 public:
-    explicit OutputTable(std::function<void()> onChange);
+    OutputTable(std::shared_ptr<WaylandReader> reader, std::function<void()> onChange);
     ~OutputTable();
     OutputTable(const OutputTable &) = delete;
     OutputTable &operator=(const OutputTable &) = delete;

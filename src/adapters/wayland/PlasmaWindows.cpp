@@ -39,7 +39,12 @@ PlasmaWindows::PlasmaWindows(std::unique_ptr<WaylandClient> client) : m_client(s
     link.finish();
 }
 
-PlasmaWindows::~PlasmaWindows() = default;
+PlasmaWindows::~PlasmaWindows() {
+    for (const auto &[number, entry] : m_entries)
+        org_kde_plasma_window_destroy(entry.handle);
+    if (m_management)
+        org_kde_plasma_window_management_destroy(m_management);
+}
 
 bool PlasmaWindows::refresh() {
     return m_client->link().finish(longestAnswer) || !m_client->isConnected();

@@ -75,8 +75,8 @@ PrimaryText::PrimaryText(WaylandClient &client) : m_client(client) {
     };
     if (m_manager && isOlder() && zwlr_data_control_manager_v1_get_version(m_manager) < firstWithPrimary)
         zwlr_data_control_manager_v1_destroy(std::exchange(m_manager, nullptr));
-    auto *const seat = link.bind<wl_seat>(wl_seat_interface, 1);
-    if (!m_manager || !seat)
+    m_seat = link.bind<wl_seat>(wl_seat_interface, 1);
+    if (!m_manager || !m_seat)
         return;
     using Device = zwlr_data_control_device_v1;
     using Offer = zwlr_data_control_offer_v1;
@@ -93,11 +93,18 @@ PrimaryText::PrimaryText(WaylandClient &client) : m_client(client) {
                 if (offer)
                     zwlr_data_control_offer_v1_destroy(offer);
             }};
-    m_device = zwlr_data_control_manager_v1_get_data_device(m_manager, seat);
+    m_device = zwlr_data_control_manager_v1_get_data_device(m_manager, m_seat);
     zwlr_data_control_device_v1_add_listener(m_device, &listener, nullptr);
 }
 
-PrimaryText::~PrimaryText() = default;
+PrimaryText::~PrimaryText() {
+    if (m_device)
+        zwlr_data_control_device_v1_destroy(m_device);
+    if (m_seat)
+        wl_seat_destroy(m_seat);
+    if (m_manager)
+        zwlr_data_control_manager_v1_destroy(m_manager);
+}
 
 bool PrimaryText::own(const QByteArray &text) {
     if (!m_device)

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QObject>
 
+struct wl_seat;
 struct zwlr_data_control_device_v1;
 struct zwlr_data_control_manager_v1;
 
@@ -25,6 +26,7 @@ private:
 
     WaylandClient &m_client;
     zwlr_data_control_manager_v1 *m_manager = nullptr;
+    wl_seat *m_seat = nullptr;
     zwlr_data_control_device_v1 *m_device = nullptr;
 };
 

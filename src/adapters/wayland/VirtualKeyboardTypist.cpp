@@ -43,7 +43,8 @@ std::optional<int> positionOf(char letter) {
 class VirtualKeyboard final : public Typist {
 public:
     VirtualKeyboard(WaylandClient &client, zwp_virtual_keyboard_manager_v1 *manager, wl_seat *seat)
-        : m_client(client), m_keyboard(zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(manager, seat)) {
+        : m_client(client), m_manager(manager), m_seat(seat),
+          m_keyboard(zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(manager, seat)) {
         const Descriptor file(memfd_create("keymap", MFD_CLOEXEC));
         // With the null that ends it.
         if (write(file.number(), keymap.data(), keymap.size() + 1) != static_cast<ssize_t>(keymap.size() + 1))
@@ -53,6 +54,14 @@ public:
         m_client.flush();
         m_hasKeymap = true;
     }
+
+    ~VirtualKeyboard() override {
+        zwp_virtual_keyboard_v1_destroy(m_keyboard);
+        wl_seat_destroy(m_seat);
+        zwp_virtual_keyboard_manager_v1_destroy(m_manager);
+    }
+    VirtualKeyboard(const VirtualKeyboard &) = delete;
+    VirtualKeyboard &operator=(const VirtualKeyboard &) = delete;
 
     [[nodiscard]] bool press(const WaylandChord &chord) override {
         const int key = chord.key ? chord.key : positionOf(chord.letter).value_or(0);
@@ -75,6 +84,8 @@ private:
     void hold(std::uint32_t modifiers) { zwp_virtual_keyboard_v1_modifiers(m_keyboard, modifiers, 0, 0, 0); }
 
     WaylandClient &m_client;
+    zwp_virtual_keyboard_manager_v1 *m_manager;
+    wl_seat *m_seat;
     zwp_virtual_keyboard_v1 *m_keyboard;
     std::uint32_t m_pressed = 0;
     bool m_hasKeymap = false;

@@ -12,7 +12,7 @@ WaylandAccess::Offer WaylandAccess::offer() const {
             return {};
         QElapsedTimer asked;
         asked.start();
-        const WaylandLink link(m_longestAnswer);
+        const WaylandLink link(m_connection, m_longestAnswer);
         if (!link.isOpen()) { // which is no answer: asked again
             if (asked.elapsed() >= silenceHoldsMs)
                 m_sinceSilence.start();

@@ -12,7 +12,7 @@ namespace tavrine {
 class WaylandBarrier {
 public:
     WaylandBarrier(WaylandLink &link, std::function<void()> onPassed)
-        : m_onPassed(std::move(onPassed)), m_callback(wl_display_sync(link.display())) {
+        : m_onPassed(std::move(onPassed)), m_callback(link.sync()) {
         static constexpr wl_callback_listener listener{.done = [](void *barrier, wl_callback *, std::uint32_t) {
             static_cast<WaylandBarrier *>(barrier)->pass();
         }};

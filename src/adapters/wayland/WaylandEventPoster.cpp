@@ -9,8 +9,9 @@
 
 namespace tavrine {
 
-WaylandEventPoster::WaylandEventPoster(std::shared_ptr<WaylandWindows> windows, std::function<QString()> text)
-    : m_windows(std::move(windows)), m_text(std::move(text)) {
+WaylandEventPoster::WaylandEventPoster(std::shared_ptr<WaylandWindows> windows, std::function<QString()> text,
+                                       std::shared_ptr<WaylandReader> reader)
+    : m_client(std::move(reader)), m_windows(std::move(windows)), m_text(std::move(text)) {
     if (!m_client.isConnected())
         return;
     m_typist = Typist::virtualKeyboard(m_client);

@@ -20,13 +20,14 @@ class Typist;
 /// While the compositor stands still, a chord is held back: it would come before what it is to follow, as the end of
 /// our panel, which is on its way on another connection. So is one while it has not told what keys there are.
 ///
-/// Lives on the main thread, on a connection of its own. The keyboard is plugged in when this is made: programs need a
+/// Lives on the main thread. The keyboard is plugged in when this is made: programs need a
 /// moment to hear of the first keyboard of a seat, and what is typed before is lost.
 class WaylandEventPoster final : public EventPoster {
 public:
     /// The chord is that of the active one of `windows`. `text` gives the text that is being pasted: a program that
-    /// pastes the primary selection gets it as that.
-    WaylandEventPoster(std::shared_ptr<WaylandWindows> windows, std::function<QString()> text);
+    /// pastes the primary selection gets it as that. `reader`: for a part in its connection; null for one of its own.
+    WaylandEventPoster(std::shared_ptr<WaylandWindows> windows, std::function<QString()> text,
+                       std::shared_ptr<WaylandReader> reader = nullptr);
     ~WaylandEventPoster() override;
 
     void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) override;

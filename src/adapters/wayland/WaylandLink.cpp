@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <utility>
 
 #include <poll.h>
 
@@ -22,9 +23,28 @@ int remaining(std::chrono::steady_clock::time_point end) {
 } // namespace
 
 WaylandLink::WaylandLink(Wait longest, const std::atomic<bool> *isGivenUp)
-    : m_isGivenUp(isGivenUp), m_display(wl_display_connect(nullptr)) {
-    if (!m_display)
+    : m_isGivenUp(isGivenUp), m_connection(std::make_shared<WaylandConnection>()) {
+    if (m_connection->isOpen())
+        open(longest);
+}
+
+WaylandLink::WaylandLink(std::shared_ptr<WaylandConnection> connection, Wait longest)
+    : m_isGivenUp(nullptr), m_connection(connection ? connection : std::make_shared<WaylandConnection>()) {
+    if (!m_connection->isOpen())
         return;
+    if (connection) {
+        m_queue = m_connection->makeQueue();
+        m_sameOnQueue = static_cast<wl_display *>(wl_proxy_create_wrapper(display()));
+        wl_proxy_set_queue(reinterpret_cast<wl_proxy *>(m_sameOnQueue), m_queue);
+    }
+    open(longest);
+}
+
+WaylandLink::~WaylandLink() {
+    close();
+}
+
+void WaylandLink::open(Wait longest) {
     static constexpr wl_registry_listener listener{
         .global =
             [](void *link, wl_registry *, std::uint32_t name, const char *interface, std::uint32_t version) {
@@ -33,31 +53,37 @@ WaylandLink::WaylandLink(Wait longest, const std::atomic<bool> *isGivenUp)
         .global_remove = [](void *link, wl_registry *,
                             std::uint32_t name) { static_cast<WaylandLink *>(link)->removed(name); },
     };
-    m_registry = wl_display_get_registry(m_display);
+    m_registry = wl_display_get_registry(m_sameOnQueue ? m_sameOnQueue : display());
     wl_registry_add_listener(m_registry, &listener, this);
-    if (!finish(longest)) {
-        wl_registry_destroy(m_registry);
-        wl_display_disconnect(m_display);
-        m_display = nullptr;
-    }
+    if (finish(longest))
+        return;
+    close();
+    m_connection.reset();
 }
 
-WaylandLink::~WaylandLink() {
-    if (!m_display)
-        return;
-    wl_registry_destroy(m_registry);
-    wl_display_flush(m_display);
-    wl_display_disconnect(m_display);
+void WaylandLink::close() {
+    if (m_registry)
+        wl_registry_destroy(std::exchange(m_registry, nullptr));
+    if (m_sameOnQueue)
+        wl_proxy_wrapper_destroy(std::exchange(m_sameOnQueue, nullptr));
+    if (m_connection && m_connection->isOpen())
+        wl_display_flush(display());
 }
 
 std::string WaylandLink::whyClosed() const {
-    const int error = m_display ? wl_display_get_error(m_display) : ENOTCONN;
-    if (error != EPROTO)
-        return errorText(error);
-    const wl_interface *interface = nullptr;
-    std::uint32_t object = 0;
-    const std::uint32_t code = wl_display_get_protocol_error(m_display, &interface, &object);
-    return std::string("protocol error ") + std::to_string(code) + " of " + (interface ? interface->name : "nothing");
+    return m_connection ? m_connection->whyClosed() : errorText(ENOTCONN);
+}
+
+wl_callback *WaylandLink::sync() const {
+    return wl_display_sync(m_sameOnQueue ? m_sameOnQueue : display());
+}
+
+int WaylandLink::prepareRead() const {
+    return m_queue ? wl_display_prepare_read_queue(display(), m_queue) : wl_display_prepare_read(display());
+}
+
+int WaylandLink::callHandlers() const {
+    return m_queue ? wl_display_dispatch_queue_pending(display(), m_queue) : wl_display_dispatch_pending(display());
 }
 
 const WaylandLink::Global *WaylandLink::find(std::string_view interface) const {
@@ -93,7 +119,7 @@ void *WaylandLink::bindAs(const Global &global, const wl_interface &interface, s
 }
 
 bool WaylandLink::flush() {
-    return !isOpen() || wl_display_flush(m_display) >= 0 || errno != EAGAIN;
+    return !isOpen() || wl_display_flush(display()) >= 0 || errno != EAGAIN;
 }
 
 bool WaylandLink::finish(Wait longest) {
@@ -102,7 +128,7 @@ bool WaylandLink::finish(Wait longest) {
     bool isDone = false;
     static constexpr wl_callback_listener listener{
         .done = [](void *done, wl_callback *, std::uint32_t) { *static_cast<bool *>(done) = true; }};
-    wl_callback *const callback = wl_display_sync(m_display);
+    wl_callback *const callback = sync();
     wl_callback_add_listener(callback, &listener, &isDone);
     const auto end = Clock::now() + longest;
     const auto piece = [&] {
@@ -117,17 +143,19 @@ bool WaylandLink::finish(Wait longest) {
 bool WaylandLink::dispatch(Wait longest, int wake) {
     if (!isOpen())
         return false;
-    while (wl_display_prepare_read(m_display) != 0) {
-        if (wl_display_dispatch_pending(m_display) == 0)
+    while (prepareRead() != 0) {
+        if (callHandlers() == 0)
             continue;
         flush(); // something had been read already
         return isOpen();
     }
-    if (waitForEvents(Clock::now() + longest, wake))
-        wl_display_read_events(m_display);
-    else
-        wl_display_cancel_read(m_display);
-    wl_display_dispatch_pending(m_display);
+    if (waitForEvents(Clock::now() + longest, wake)) {
+        wl_display_read_events(display());
+        m_connection->wasRead();
+    } else {
+        wl_display_cancel_read(display());
+    }
+    callHandlers();
     flush();
     return isOpen();
 }

@@ -61,7 +61,8 @@ private:
 
 } // namespace
 
-WaylandScreens::WaylandScreens() : m_table([this] { m_changes.tell(); }) {}
+WaylandScreens::WaylandScreens(std::shared_ptr<WaylandReader> reader)
+    : m_table(std::move(reader), [this] { m_changes.tell(); }) {}
 
 Screen WaylandScreens::describe(const QScreen &screen) const {
     const QRect whole = screen.geometry();

@@ -26,7 +26,8 @@ namespace tavrine {
 ///     is pressed is not known. With more than one screen it is asked for, so that a panel opens on the right one.
 class WaylandScreens final : public Screens {
 public:
-    WaylandScreens();
+    /// With part in that connection; null for one of its own.
+    explicit WaylandScreens(std::shared_ptr<WaylandReader> reader = nullptr);
 
     [[nodiscard]] QList<Screen> screens() const override;
     [[nodiscard]] std::optional<Screen> mainScreen() const override;

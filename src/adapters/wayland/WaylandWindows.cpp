@@ -8,8 +8,8 @@
 
 namespace tavrine {
 
-std::shared_ptr<WaylandWindows> WaylandWindows::make() {
-    auto client = std::make_unique<WaylandClient>();
+std::shared_ptr<WaylandWindows> WaylandWindows::make(std::shared_ptr<WaylandReader> reader) {
+    auto client = std::make_unique<WaylandClient>(std::move(reader));
     if (WlrWindows::areOffered(client->link()))
         return std::make_shared<WlrWindows>(std::move(client));
     if (PlasmaWindows::areOffered(client->link()))

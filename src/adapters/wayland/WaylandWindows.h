@@ -9,6 +9,8 @@
 
 namespace tavrine {
 
+class WaylandReader;
+
 /// A window of some program, as the compositor tells it. Panels and menus are none.
 struct WaylandWindow {
     quint32 number = 0;    ///< ours, never used again
@@ -20,7 +22,7 @@ struct WaylandWindow {
 
 /// The windows of all programs, in the order of their coming, kept up to date by the compositor's notices.
 ///
-/// Lives on the main thread, on a connection of its own that sleeps until something changes. Shared by who asks.
+/// Lives on the main thread, on a connection that sleeps until something changes. Shared by who asks.
 class WaylandWindows {
 public:
     /// Ends the following when it is released.
@@ -28,7 +30,8 @@ public:
 
     /// By the foreign toplevels of wlroots or by Plasma's window management, whichever is offered; where neither is,
     /// as to a program that KWin does not know, there are no windows.
-    [[nodiscard]] static std::shared_ptr<WaylandWindows> make();
+    /// With part in that connection; null for one of its own.
+    [[nodiscard]] static std::shared_ptr<WaylandWindows> make(std::shared_ptr<WaylandReader> reader = nullptr);
 
     virtual ~WaylandWindows() = default;
 

@@ -37,7 +37,14 @@ WlrWindows::WlrWindows(std::unique_ptr<WaylandClient> client) : m_client(std::mo
     link.finish();
 }
 
-WlrWindows::~WlrWindows() = default;
+WlrWindows::~WlrWindows() {
+    for (const auto &[number, entry] : m_entries)
+        zwlr_foreign_toplevel_handle_v1_destroy(entry.handle);
+    if (m_manager)
+        zwlr_foreign_toplevel_manager_v1_destroy(m_manager);
+    if (m_seat)
+        wl_seat_destroy(m_seat);
+}
 
 bool WlrWindows::refresh() {
     return m_client->link().finish(longestAnswer) || !m_client->isConnected();

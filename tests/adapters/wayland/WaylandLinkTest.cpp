@@ -3,9 +3,15 @@
 #include "adapters/wayland/Typist.h"
 #include "adapters/wayland/WaylandAccess.h"
 #include "adapters/wayland/WaylandClient.h"
+#include "adapters/wayland/WaylandSession.h"
 #include "support/Eventually.h"
 
+#include <optional>
+#include <set>
+#include <vector>
+
 #include <gtest/gtest.h>
+#include <wayland-server-core.h>
 #include <wayland-server-protocol.h>
 #include <wayland/viewporter.h>
 #include <wayland/virtual-keyboard-unstable-v1.h>
@@ -85,6 +91,129 @@ TEST(WaylandClientTest, whatTheCompositorDidNotTakeAtOnceGoesOutThoughNobodyFlus
     client.flush();
     compositor.goOn();
     EXPECT_TRUE(eventually([&] { return compositor.count("wl_region.add") == count; }));
+}
+
+/// Two clients of one connection. Whoever asks for a pointer has the compositor tell all seats what they have.
+class WaylandReaderTest : public ::testing::Test {
+protected:
+    struct Part {
+        explicit Part(const std::shared_ptr<WaylandReader> &reader) : client(reader) {
+            static constexpr wl_seat_listener listener{
+                .capabilities = [](void *self, wl_seat *, std::uint32_t) { static_cast<Part *>(self)->hear(); },
+                .name = [](void *, wl_seat *, const char *) {}};
+            wl_seat_add_listener(seat, &listener, this);
+        }
+        ~Part() { wl_seat_destroy(seat); }
+        Part(const Part &) = delete;
+        Part &operator=(const Part &) = delete;
+
+        void hear() {
+            ++heard;
+            if (onHeard)
+                onHeard();
+        }
+        void ask() { wl_pointer_destroy(wl_seat_get_pointer(seat)); }
+
+        WaylandClient client;
+        wl_seat *seat = client.link().bind<wl_seat>(wl_seat_interface, 1);
+        int heard = 0;
+        std::function<void()> onHeard;
+    };
+
+    [[nodiscard]] std::size_t connections() {
+        std::size_t count = 0;
+        compositor.doThere([&] { count = m_connections.size(); });
+        return count;
+    }
+    void endConnections() {
+        compositor.doThere([this] {
+            for (wl_client *const each : m_connections)
+                wl_client_destroy(each);
+        });
+    }
+
+private:
+    std::vector<wl_resource *> m_seats;
+    std::set<wl_client *> m_connections;
+
+protected:
+    PlayedCompositor compositor{{&wl_compositor_interface, &wl_seat_interface},
+                                [this](const PlayedCompositor::Request &request) {
+                                    if (request.name == "wl_display.get_registry")
+                                        m_connections.insert(wl_resource_get_client(request.resource));
+                                    if (request.name == "wl_seat.bind")
+                                        m_seats.push_back(request.resource);
+                                    if (request.name == "wl_seat.get_pointer")
+                                        for (wl_resource *const seat : m_seats)
+                                            wl_seat_send_capabilities(seat, WL_SEAT_CAPABILITY_KEYBOARD);
+                                }};
+    std::shared_ptr<WaylandReader> reader = std::make_shared<WaylandReader>();
+    std::optional<Part> first{reader};
+    std::optional<Part> second{reader};
+};
+
+TEST_F(WaylandReaderTest, itsClientsAreOneConnection) {
+    EXPECT_EQ(connections(), 1);
+    const WaylandClient alone;
+    EXPECT_EQ(connections(), 2);
+}
+
+TEST_F(WaylandReaderTest, whatComesWhileOneWaitsTheOtherHearsOfInATurnOfItsOwn) {
+    first->ask();
+    ASSERT_TRUE(first->client.link().finish());
+    EXPECT_EQ(first->heard, 1);
+    EXPECT_EQ(second->heard, 0) << "nobody may be called within another's wait";
+    EXPECT_TRUE(eventually([&] { return second->heard == 1; }));
+}
+
+TEST_F(WaylandReaderTest, whatALinkBesideThemReadsTheyHearOf) {
+    first->ask(); // goes out before what the new link asks
+    const WaylandLink beside(reader->connection());
+    ASSERT_TRUE(beside.isOpen());
+    EXPECT_EQ(first->heard, 0);
+    EXPECT_TRUE(eventually([&] { return first->heard == 1 && second->heard == 1; }));
+}
+
+TEST_F(WaylandReaderTest, aHandlerMayEndAnotherClient) {
+    first->onHeard = [this] { second.reset(); };
+    first->ask();
+    first->client.flush();
+    EXPECT_TRUE(eventually([&] { return first->heard == 1; }));
+    first->onHeard = nullptr;
+    first->ask();
+    first->client.flush();
+    EXPECT_TRUE(eventually([&] { return first->heard == 2; }));
+}
+
+TEST_F(WaylandReaderTest, aWaitThatIsOverEndsNobodysConnection) {
+    compositor.stop();
+    EXPECT_FALSE(first->client.link().finish(50ms));
+    const WaylandLink late(reader->connection(), 50ms);
+    EXPECT_FALSE(late.isOpen());
+    compositor.goOn();
+    second->ask();
+    second->client.flush();
+    EXPECT_TRUE(eventually([&] { return first->heard == 1 && second->heard == 1; }));
+}
+
+TEST_F(WaylandReaderTest, whatTheCompositorDidNotTakeOfOneGoesOutThoughNobodyFlushesAgain) {
+    compositor.stop();
+    const int count = fill(first->client.link());
+    second->client.flush();
+    compositor.goOn();
+    EXPECT_TRUE(eventually([&] { return compositor.count("wl_region.add") == count; }));
+}
+
+TEST_F(WaylandReaderTest, theEndOfTheConnectionIsToldToEachOnce) {
+    int told = 0;
+    for (Part *const part : {&*first, &*second})
+        part->client.setOnLost([&told] { ++told; });
+    endConnections();
+    EXPECT_TRUE(eventually([&] { return told == 2; }));
+    EXPECT_FALSE(first->client.isConnected());
+    EXPECT_FALSE(second->client.link().finish());
+    test::letPass(50ms);
+    EXPECT_EQ(told, 2);
 }
 
 TEST(TypistTest, aChordThatTheCompositorDidNotTakeAtOnceGoesOutThoughNobodyFlushesAgain) {
@@ -169,6 +298,53 @@ TEST(WaylandAccessTest, aCompositorThatWasSilentIsWaitedForOnceAndAskedAgainASec
     compositor.goOn();
     EXPECT_TRUE(eventually([&] { return access.isAccessibilityTrusted(); }));
     EXPECT_GE(asked.elapsed(), (longest + 1s).count());
+}
+
+class WaylandSessionTest : public ::testing::Test {
+protected:
+    /// And what is said meanwhile.
+    [[nodiscard]] WaylandSession ask(WaylandLink::Wait longest = longestSessionWait) {
+        ::testing::internal::CaptureStdout();
+        const WaylandSession session = waylandSession(connection, longest);
+        said = ::testing::internal::GetCapturedStdout();
+        return session;
+    }
+
+    PlayedCompositor compositor{{&shell, &copies}};
+    std::shared_ptr<WaylandConnection> connection;
+    std::string said;
+
+private:
+    static constexpr wl_interface shell{"zwlr_layer_shell_v1", 1, 0, nullptr, 0, nullptr};
+    static constexpr wl_interface copies{"zwlr_data_control_manager_v1", 1, 0, nullptr, 0, nullptr};
+};
+
+TEST_F(WaylandSessionTest, isKnownWithoutAWordAndLeavesTheConnectionToWhoComesNext) {
+    EXPECT_EQ(ask(), WaylandSession::native);
+    EXPECT_EQ(said, "");
+    ASSERT_TRUE(connection);
+    const WaylandLink next(connection);
+    EXPECT_TRUE(next.find("zwlr_layer_shell_v1"));
+}
+
+/// What is chosen without its answer holds as long as the program runs.
+TEST_F(WaylandSessionTest, ofACompositorThatStandsStillIsWaitedForAndToldOf) {
+    compositor.stop();
+    std::thread later([this] {
+        std::this_thread::sleep_for(1'500ms);
+        compositor.goOn();
+    });
+    EXPECT_EQ(ask(), WaylandSession::native);
+    EXPECT_EQ(said, "DEBUG: The Wayland compositor does not answer yet\n");
+    later.join();
+}
+
+TEST_F(WaylandSessionTest, isNoneOfACompositorThatNeverAnswers) {
+    compositor.stop();
+    EXPECT_EQ(ask(100ms), WaylandSession::none);
+    EXPECT_EQ(said, "DEBUG: The Wayland compositor does not answer yet\n"
+                    "DEBUG: The Wayland compositor does not answer\n");
+    EXPECT_FALSE(connection);
 }
 
 } // namespace

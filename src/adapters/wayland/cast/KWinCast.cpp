@@ -45,7 +45,7 @@ bool KWinCast::finish(const ThreadedScreenStream::Session &session) {
     bool isDone = false;
     static constexpr wl_callback_listener listener{
         .done = [](void *done, wl_callback *, std::uint32_t) { *static_cast<bool *>(done) = true; }};
-    wl_callback *const callback = wl_display_sync(m_link.display());
+    wl_callback *const callback = m_link.sync();
     wl_callback_add_listener(callback, &listener, &isDone);
     const bool isInTime = waitUntil([&isDone] { return isDone; }, WaylandLink::usualWait, session);
     wl_callback_destroy(callback);
