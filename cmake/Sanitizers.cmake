@@ -8,7 +8,12 @@ if(TAVRINE_SANITIZE MATCHES thread)
   set(checked 1)
 endif()
 
-target_link_options(tavrine_options INTERFACE -fsanitize=${TAVRINE_SANITIZE})
+target_link_options(tavrine_options INTERFACE -fsanitize=${TAVRINE_SANITIZE} -Wl,--compress-debug-sections=zlib)
+# What the undefined behaviour's sanitizer knows of each line is full of addresses: at a fixed place they are there already, which
+# else are 40 MB of relocations to be done by each start, and read by compositors that look a program up by its bytes.
+if(NOT TAVRINE_SANITIZE MATCHES thread)
+  target_link_options(tavrine_options INTERFACE $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-no-pie>)
+endif()
 # Sensible stacks; asserts; and the library's containers look at every index. The code that the sanitizers add makes one warning
 # see what is not there.
 set(checks -O1 -g1 -UNDEBUG -fsanitize=${TAVRINE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all

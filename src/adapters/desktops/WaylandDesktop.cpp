@@ -204,7 +204,7 @@ DragPasteboards &WaylandDesktop::dragPasteboards() {
 }
 
 Dragging &WaylandDesktop::dragging() {
-    return m_dragging.get([this] { return std::make_unique<WaylandDragging>(layerParts().shell); });
+    return m_dragging.get([this] { return std::make_unique<WaylandDragging>(layerParts().shell, m_connection); });
 }
 
 Access &WaylandDesktop::access() {
@@ -217,7 +217,7 @@ Access &WaylandDesktop::access() {
 
 std::vector<std::unique_ptr<PowerKeeper>> WaylandDesktop::powerKeepers() {
     auto keepers = LinuxDesktop::powerKeepers();
-    keepers.push_back(std::make_unique<WaylandIdleKeeper>());
+    keepers.push_back(std::make_unique<WaylandIdleKeeper>(reader()));
     return keepers;
 }
 

@@ -6,7 +6,9 @@
 #include <QPoint>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
@@ -38,8 +40,59 @@ Qt::KeyboardModifiers modifiersOf(std::uint32_t mask) {
     return found;
 }
 
-/// All that is made goes with the connection, and the compositor takes its side with it.
-class Question {
+/// The compositor's side goes as well, where it can be told.
+template <class Proxy>
+void release(Proxy *proxy, void (*release)(Proxy *), void (*destroy)(Proxy *), std::uint32_t since) {
+    (wl_proxy_get_version(reinterpret_cast<wl_proxy *>(proxy)) >= since ? release : destroy)(proxy);
+}
+
+} // namespace
+
+/// A connection's link with all that is made of it once.
+struct ScreenQuestions::Tools {
+    Tools(std::shared_ptr<WaylandConnection> connection, WaylandLink::Wait patience)
+        : link(std::move(connection), patience), buffer(link),
+          compositor(link.bind<wl_compositor>(wl_compositor_interface, 4)),
+          shell(link.bind<zwlr_layer_shell_v1>(zwlr_layer_shell_v1_interface, 3)),
+          viewporter(link.bind<wp_viewporter>(wp_viewporter_interface, 1)),
+          manager(link.bind<zxdg_output_manager_v1>(zxdg_output_manager_v1_interface, 3)),
+          seat(link.bind<wl_seat>(wl_seat_interface, 5)) {
+        static constexpr wl_seat_listener listener{
+            .capabilities = [](void *self, wl_seat *,
+                               std::uint32_t told) { static_cast<Tools *>(self)->capabilities = told; },
+            .name = [](void *, wl_seat *, const char *) {}};
+        if (seat)
+            wl_seat_add_listener(seat, &listener, this);
+    }
+    ~Tools() {
+        if (seat)
+            release(seat, wl_seat_release, wl_seat_destroy, WL_SEAT_RELEASE_SINCE_VERSION);
+        if (manager)
+            zxdg_output_manager_v1_destroy(manager);
+        if (viewporter)
+            wp_viewporter_destroy(viewporter);
+        if (shell)
+            zwlr_layer_shell_v1_destroy(shell);
+        if (compositor)
+            wl_compositor_destroy(compositor);
+    }
+    Tools(const Tools &) = delete;
+    Tools &operator=(const Tools &) = delete;
+
+    [[nodiscard]] bool areAllThere() const { return compositor && shell && viewporter && manager && buffer.get(); }
+
+    WaylandLink link;
+    ClearBuffer buffer;
+    wl_compositor *compositor;
+    zwlr_layer_shell_v1 *shell;
+    wp_viewporter *viewporter;
+    zxdg_output_manager_v1 *manager;
+    wl_seat *seat;
+    std::uint32_t capabilities = 0;
+};
+
+/// One of them, with what is made for it alone.
+class ScreenQuestions::Question {
 public:
     enum class Keyboard { left, taken };
     struct Output {
@@ -56,26 +109,31 @@ public:
         int height = 1;
     };
 
-    explicit Question(std::chrono::milliseconds patience = longest) : m_end(Clock::now() + patience), m_link(patience) {
-        m_compositor = m_link.bind<wl_compositor>(wl_compositor_interface, 4);
-        m_shell = m_link.bind<zwlr_layer_shell_v1>(zwlr_layer_shell_v1_interface, 3);
-        m_viewporter = m_link.bind<wp_viewporter>(wp_viewporter_interface, 1);
-        auto *manager = m_link.bind<zxdg_output_manager_v1>(zxdg_output_manager_v1_interface, 3);
-        if (!m_compositor || !m_shell || !m_viewporter || !manager)
+    Question(ScreenQuestions &asker, std::chrono::milliseconds patience)
+        : m_end(Clock::now() + patience), m_tools(asker.tools(patience)), m_link(m_tools.link) {
+        if (!m_tools.areAllThere())
             return;
-        m_buffer = std::make_unique<ClearBuffer>(m_link);
         const auto globals = m_link.globals();
         for (const auto &global : globals)
             if (global.interface == wl_output_interface.name)
-                add(global, manager);
-        m_isReady = m_buffer->get() != nullptr && m_link.finish(timeLeft());
+                add(global);
+        m_isReady = m_link.finish(timeLeft());
     }
+    ~Question() {
+        for (auto end = m_ends.rbegin(); end != m_ends.rend(); ++end)
+            (*end)();
+        m_link.flush();
+    }
+    Question(const Question &) = delete;
+    Question &operator=(const Question &) = delete;
 
     [[nodiscard]] std::optional<QPointF> pointer() {
-        auto *seat = seatWith(WL_SEAT_CAPABILITY_POINTER);
-        if (!seat)
+        if (!hasSeatWith(WL_SEAT_CAPABILITY_POINTER))
             return std::nullopt;
-        wl_pointer_add_listener(wl_seat_get_pointer(seat), &pointerListener(), this);
+        wl_pointer *pointer = wl_seat_get_pointer(m_tools.seat);
+        m_ends.push_back(
+            [pointer] { release(pointer, wl_pointer_release, wl_pointer_destroy, WL_POINTER_RELEASE_SINCE_VERSION); });
+        wl_pointer_add_listener(pointer, &pointerListener(), this);
         for (const auto &output : m_outputs)
             show(output.get());
         waitFor([this] { return m_place.has_value(); });
@@ -83,10 +141,13 @@ public:
     }
 
     [[nodiscard]] Qt::KeyboardModifiers modifiers() {
-        auto *seat = seatWith(WL_SEAT_CAPABILITY_KEYBOARD);
-        if (!seat)
+        if (!hasSeatWith(WL_SEAT_CAPABILITY_KEYBOARD))
             return {};
-        wl_keyboard_add_listener(wl_seat_get_keyboard(seat), &keyboardListener(), this);
+        wl_keyboard *keyboard = wl_seat_get_keyboard(m_tools.seat);
+        m_ends.push_back([keyboard] {
+            release(keyboard, wl_keyboard_release, wl_keyboard_destroy, WL_KEYBOARD_RELEASE_SINCE_VERSION);
+        });
+        wl_keyboard_add_listener(keyboard, &keyboardListener(), this);
         show(nullptr, Keyboard::taken);
         waitFor([this] { return m_modifiers.has_value(); });
         return m_modifiers.value_or(Qt::NoModifier);
@@ -97,13 +158,19 @@ public:
             return {};
         show(nullptr);
         waitFor([this] { return m_entered != nullptr; });
-        const auto found = std::find_if(m_outputs.begin(), m_outputs.end(),
-                                        [this](const auto &output) { return output->output == m_entered; });
-        return found == m_outputs.end() ? QString() : (*found)->name;
+        return m_entered ? m_entered->name : QString();
     }
 
 private:
-    void add(const WaylandLink::Global &global, zxdg_output_manager_v1 *manager) {
+    /// To be destroyed with the question, in the opposite order.
+    template <class Proxy>
+    Proxy *own(Proxy *proxy, void (*destroy)(Proxy *)) {
+        if (proxy)
+            m_ends.push_back([proxy, destroy] { destroy(proxy); });
+        return proxy;
+    }
+
+    void add(const WaylandLink::Global &global) {
         static constexpr zxdg_output_v1_listener listener{
             .logical_position =
                 [](void *self, zxdg_output_v1 *, std::int32_t x, std::int32_t y) {
@@ -116,24 +183,19 @@ private:
             .description = [](void *, zxdg_output_v1 *, const char *) {},
         };
         auto &output = *m_outputs.emplace_back(std::make_unique<Output>());
-        output.output = m_link.bind<wl_output>(global, wl_output_interface, 1);
-        if (output.output)
-            zxdg_output_v1_add_listener(zxdg_output_manager_v1_get_xdg_output(manager, output.output), &listener,
-                                        &output);
+        output.output = m_link.bind<wl_output>(global, wl_output_interface, 3);
+        if (!output.output)
+            return;
+        m_ends.push_back([output = output.output] {
+            release(output, wl_output_release, wl_output_destroy, WL_OUTPUT_RELEASE_SINCE_VERSION);
+        });
+        auto *description =
+            own(zxdg_output_manager_v1_get_xdg_output(m_tools.manager, output.output), zxdg_output_v1_destroy);
+        zxdg_output_v1_add_listener(description, &listener, &output);
     }
 
-    /// The seat, if it has that.
-    [[nodiscard]] wl_seat *seatWith(std::uint32_t capability) {
-        auto *seat = m_isReady ? m_link.bind<wl_seat>(wl_seat_interface, 1) : nullptr;
-        if (!seat)
-            return nullptr;
-        static constexpr wl_seat_listener listener{.capabilities =
-                                                       [](void *self, wl_seat *, std::uint32_t capabilities) {
-                                                           static_cast<Question *>(self)->m_capabilities = capabilities;
-                                                       },
-                                                   .name = [](void *, wl_seat *, const char *) {}};
-        wl_seat_add_listener(seat, &listener, this);
-        return m_link.finish(timeLeft()) && (m_capabilities & capability) ? seat : nullptr;
+    [[nodiscard]] bool hasSeatWith(std::uint32_t capability) const {
+        return m_isReady && m_tools.seat && (m_tools.capabilities & capability);
     }
 
     void show(const Output *output, Keyboard keyboard = Keyboard::left) {
@@ -150,23 +212,25 @@ private:
         };
         static constexpr wl_surface_listener surfaceListener{
             .enter = [](void *data, wl_surface *,
-                        wl_output *entered) { static_cast<Surface *>(data)->question->m_entered = entered; },
+                        wl_output *entered) { static_cast<Surface *>(data)->question->enter(entered); },
             .leave = [](void *, wl_surface *, wl_output *) {},
         };
         auto &shown = *m_surfaces.emplace_back(std::make_unique<Surface>());
         shown.question = this;
         shown.output = output;
-        shown.surface = wl_compositor_create_surface(m_compositor);
+        shown.surface = own(wl_compositor_create_surface(m_tools.compositor), wl_surface_destroy);
         wl_surface_add_listener(shown.surface, &surfaceListener, &shown);
-        auto *role = zwlr_layer_shell_v1_get_layer_surface(m_shell, shown.surface, output ? output->output : nullptr,
-                                                           ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, "tavrine-question");
+        auto *role =
+            own(zwlr_layer_shell_v1_get_layer_surface(m_tools.shell, shown.surface, output ? output->output : nullptr,
+                                                      ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, "tavrine-question"),
+                zwlr_layer_surface_v1_destroy);
         zwlr_layer_surface_v1_add_listener(role, &listener, &shown);
         zwlr_layer_surface_v1_set_exclusive_zone(role, -1);
         zwlr_layer_surface_v1_set_anchor(role, output ? everyEdge : oneEdge);
         zwlr_layer_surface_v1_set_size(role, output ? 0 : 1, output ? 0 : 1);
         zwlr_layer_surface_v1_set_keyboard_interactivity(role, keyboard == Keyboard::taken ? 1 : 0);
         if (!output) {
-            wl_region *nowhere = wl_compositor_create_region(m_compositor);
+            wl_region *nowhere = wl_compositor_create_region(m_tools.compositor);
             wl_surface_set_input_region(shown.surface, nowhere);
             wl_region_destroy(nowhere);
         }
@@ -174,12 +238,19 @@ private:
     }
 
     void paint(const Surface &surface, int width, int height) {
-        wp_viewport *viewport = wp_viewporter_get_viewport(m_viewporter, surface.surface);
+        wp_viewport *viewport = wp_viewporter_get_viewport(m_tools.viewporter, surface.surface);
         wp_viewport_set_destination(viewport, width, height);
-        wl_surface_attach(surface.surface, m_buffer->get(), 0, 0);
+        wl_surface_attach(surface.surface, m_tools.buffer.get(), 0, 0);
         wl_surface_damage(surface.surface, 0, 0, width, height);
         wl_surface_commit(surface.surface);
         wp_viewport_destroy(viewport); // with the next commit, which does not come
+    }
+
+    /// The compositor tells of an output by all that this program has made of it, on the same connection too.
+    void enter(const wl_output *entered) {
+        for (const auto &output : m_outputs)
+            if (output->output == entered)
+                m_entered = output.get();
     }
 
     template <class Condition>
@@ -208,11 +279,11 @@ private:
             .motion = [](void *, wl_pointer *, std::uint32_t, wl_fixed_t, wl_fixed_t) {},
             .button = [](void *, wl_pointer *, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) {},
             .axis = [](void *, wl_pointer *, std::uint32_t, std::uint32_t, wl_fixed_t) {},
-            .frame = nullptr, // of later versions from here
-            .axis_source = nullptr,
-            .axis_stop = nullptr,
-            .axis_discrete = nullptr,
-            .axis_value120 = nullptr,
+            .frame = [](void *, wl_pointer *) {},
+            .axis_source = [](void *, wl_pointer *, std::uint32_t) {},
+            .axis_stop = [](void *, wl_pointer *, std::uint32_t, std::uint32_t) {},
+            .axis_discrete = [](void *, wl_pointer *, std::uint32_t, std::int32_t) {},
+            .axis_value120 = nullptr, // of later versions
         };
         return listener;
     }
@@ -238,31 +309,39 @@ private:
     std::vector<std::unique_ptr<Output>> m_outputs;
     std::vector<std::unique_ptr<Surface>> m_surfaces;
     std::optional<QPointF> m_place;
-    wl_output *m_entered = nullptr;
+    const Output *m_entered = nullptr;
     std::optional<Qt::KeyboardModifiers> m_modifiers;
-    std::uint32_t m_capabilities = 0;
     bool m_hasKeyboard = false;
     bool m_isReady = false;
-    wl_compositor *m_compositor = nullptr;
-    zwlr_layer_shell_v1 *m_shell = nullptr;
-    wp_viewporter *m_viewporter = nullptr;
     const Clock::time_point m_end;
-    WaylandLink m_link;
-    std::unique_ptr<ClearBuffer> m_buffer;
+    Tools &m_tools;
+    WaylandLink &m_link;
+    std::vector<std::function<void()>> m_ends;
 };
 
-} // namespace
+ScreenQuestions::ScreenQuestions(std::shared_ptr<WaylandConnection> connection) : m_connection(std::move(connection)) {}
 
-std::optional<QPointF> askForPointer(std::chrono::milliseconds patience) {
-    return Question(patience).pointer();
+ScreenQuestions::~ScreenQuestions() = default;
+
+/// As they are now: what came and went since is heard of before the answer.
+ScreenQuestions::Tools &ScreenQuestions::tools(std::chrono::milliseconds patience) {
+    if (!m_tools || !m_tools->link.isOpen())
+        m_tools = std::make_unique<Tools>(m_connection, patience);
+    else
+        static_cast<void>(m_tools->link.finish(patience));
+    return *m_tools;
 }
 
-QString askForOutput() {
-    return Question().output();
+std::optional<QPointF> ScreenQuestions::pointer(std::chrono::milliseconds patience) {
+    return Question(*this, patience).pointer();
 }
 
-Qt::KeyboardModifiers askForModifiers() {
-    return Question(longestForModifiers).modifiers();
+QString ScreenQuestions::output() {
+    return Question(*this, longest).output();
+}
+
+Qt::KeyboardModifiers ScreenQuestions::modifiers() {
+    return Question(*this, longestForModifiers).modifiers();
 }
 
 } // namespace tavrine

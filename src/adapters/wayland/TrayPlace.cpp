@@ -58,7 +58,7 @@ void TrayPlace::operator()(std::function<void(QPoint)> found) const {
         return;
     *m_queue = std::make_unique<SerialQueue>(QStringLiteral("com.tavrine.tray"));
     (*m_queue)->async([&screens = m_screens, queue = std::weak_ptr(m_queue), found = std::move(found)] {
-        onMainThread([&screens, queue, found, pointer = askForPointer(longestPress)] {
+        onMainThread([&screens, queue, found, pointer = ScreenQuestions().pointer(longestPress)] {
             const auto asked = queue.lock();
             if (!asked)
                 return;

@@ -5,7 +5,6 @@
 #include "adapters/pasteboard/PasteboardImage.h"
 #include "adapters/wayland/LayerShell.h"
 #include "adapters/wayland/OfferedDrop.h"
-#include "adapters/wayland/ScreenQuestions.h"
 
 #include <QCoreApplication>
 #include <QDrag>
@@ -14,8 +13,9 @@
 
 namespace tavrine {
 
-WaylandDragging::WaylandDragging(LayerShell &shell, const SelectionLimits &limits)
-    : m_shell(shell), m_limits(limits), m_offers(shell) {
+WaylandDragging::WaylandDragging(LayerShell &shell, std::shared_ptr<WaylandConnection> connection,
+                                 const SelectionLimits &limits)
+    : m_shell(shell), m_limits(limits), m_offers(shell), m_questions(std::move(connection)) {
     pasteboardImage::allowPixels(limits.imagePixels);
 }
 
@@ -36,7 +36,7 @@ void WaylandDragging::readDrop(const QMimeData &offered, std::function<void(cons
 
 /// The toolkit hears of keys while one of its windows has the keyboard, and of their state before that never.
 Qt::KeyboardModifiers WaylandDragging::heldModifiers() const {
-    return QGuiApplication::focusWindow() ? QGuiApplication::queryKeyboardModifiers() : askForModifiers();
+    return QGuiApplication::focusWindow() ? QGuiApplication::queryKeyboardModifiers() : m_questions.modifiers();
 }
 
 quint32 WaylandDragging::beginDragging(QWidget & /*source*/, const DraggedItem &item, std::function<quint32()> mask) {

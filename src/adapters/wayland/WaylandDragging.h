@@ -3,11 +3,13 @@
 #include "adapters/pasteboard/Drops.h"
 #include "adapters/pasteboard/SelectionLimits.h"
 #include "adapters/wayland/DragOffers.h"
+#include "adapters/wayland/ScreenQuestions.h"
 #include "ports/Dragging.h"
 
 namespace tavrine {
 
 class LayerShell;
+class WaylandConnection;
 
 /// Drags by the core protocol. Lives on the main thread, as long as the process.
 ///
@@ -19,7 +21,9 @@ class LayerShell;
 /// offered both move a file within its file system, and a drag cannot begin again with the button down as on X11.
 class WaylandDragging final : public Dragging {
 public:
-    explicit WaylandDragging(LayerShell &shell, const SelectionLimits &limits = {});
+    /// What is held is asked for over `connection`; null for one of its own.
+    explicit WaylandDragging(LayerShell &shell, std::shared_ptr<WaylandConnection> connection = nullptr,
+                             const SelectionLimits &limits = {});
 
     void readDrop(const QMimeData &offered, std::function<void(const DroppedContent &)> completion) override;
     [[nodiscard]] Qt::KeyboardModifiers heldModifiers() const override;
@@ -31,6 +35,7 @@ private:
     const SelectionLimits m_limits;
     DragOffers m_offers;
     Drops m_drops;
+    mutable ScreenQuestions m_questions;
     bool m_isDragging = false;
 };
 

@@ -17,7 +17,8 @@ constexpr int compositorVersion = 1;
 
 class WaylandIdleKeeper::Pixel {
 public:
-    explicit Pixel(std::function<void()> shown) : m_shown(std::move(shown)) {
+    Pixel(std::shared_ptr<WaylandReader> reader, std::function<void()> shown)
+        : m_client(std::move(reader)), m_shown(std::move(shown)) {
         WaylandLink &link = m_client.link();
         m_compositor = link.bind<wl_compositor>(wl_compositor_interface, compositorVersion);
         m_layers = link.bind<zwlr_layer_shell_v1>(zwlr_layer_shell_v1_interface, 1);
@@ -25,18 +26,40 @@ public:
         if (!canShow())
             return;
         link.setOnGlobal([this](const WaylandLink::Global &, bool) {
-            if (!m_surface && hasOutput())
+            if (m_isWanted)
                 show();
         });
-        if (hasOutput())
-            show();
     }
+
+    ~Pixel() {
+        hide();
+        if (m_inhibitors)
+            zwp_idle_inhibit_manager_v1_destroy(m_inhibitors);
+        if (m_layers)
+            zwlr_layer_shell_v1_destroy(m_layers);
+        if (m_compositor)
+            wl_compositor_destroy(m_compositor);
+        m_client.flush();
+    }
+    Pixel(const Pixel &) = delete;
+    Pixel &operator=(const Pixel &) = delete;
 
     [[nodiscard]] bool canShow() const { return m_compositor && m_layers && m_inhibitors && m_buffer.get(); }
     [[nodiscard]] bool isShown() const { return m_isShown && m_client.isConnected(); }
+    [[nodiscard]] bool isWanted() const { return m_isWanted; }
+    void setWanted(bool isWanted) {
+        m_isWanted = isWanted;
+        if (isWanted)
+            show();
+        else
+            hide();
+        m_client.flush();
+    }
 
 private:
     void show() {
+        if (m_surface || !canShow() || !hasOutput())
+            return;
         using Role = zwlr_layer_surface_v1;
         static constexpr zwlr_layer_surface_v1_listener listener{
             .configure = [](void *self, Role *, std::uint32_t serial, std::uint32_t,
@@ -52,7 +75,6 @@ private:
         wl_region_destroy(nowhere);
         m_inhibitor = zwp_idle_inhibit_manager_v1_create_inhibitor(m_inhibitors, m_surface);
         wl_surface_commit(m_surface);
-        m_client.flush();
     }
 
     void draw(std::uint32_t serial) {
@@ -66,12 +88,18 @@ private:
 
     /// Its output has gone. Without another one it waits: what is shown nowhere is closed at once, again and again.
     void showAgain() {
+        hide();
+        show();
+        m_client.flush();
+    }
+
+    void hide() {
+        if (!m_surface)
+            return;
         zwp_idle_inhibitor_v1_destroy(m_inhibitor);
         zwlr_layer_surface_v1_destroy(m_role);
         wl_surface_destroy(std::exchange(m_surface, nullptr));
         m_isShown = false;
-        if (hasOutput())
-            show();
     }
 
     [[nodiscard]] bool hasOutput() { return m_client.link().find(wl_output_interface.name) != nullptr; }
@@ -85,17 +113,18 @@ private:
     wl_surface *m_surface = nullptr;
     zwlr_layer_surface_v1 *m_role = nullptr;
     zwp_idle_inhibitor_v1 *m_inhibitor = nullptr;
+    bool m_isWanted = false;
     bool m_isShown = false;
 };
 
-WaylandIdleKeeper::WaylandIdleKeeper() = default;
+WaylandIdleKeeper::WaylandIdleKeeper(std::shared_ptr<WaylandReader> reader) : m_reader(std::move(reader)) {}
 WaylandIdleKeeper::~WaylandIdleKeeper() = default;
 
 void WaylandIdleKeeper::want(const PowerNeeds &needs, const QString & /*why*/) {
-    if (!needs.display)
-        m_pixel.reset();
-    else if (!m_pixel)
-        m_pixel = std::make_unique<Pixel>([this] { onShown(); });
+    if (needs.display && !m_pixel)
+        m_pixel = std::make_unique<Pixel>(m_reader, [this] { onShown(); });
+    if (m_pixel && m_pixel->isWanted() != needs.display)
+        m_pixel->setWanted(needs.display);
 }
 
 /// In a turn of its own: a keeper tells so.
@@ -109,7 +138,7 @@ PowerNeeds WaylandIdleKeeper::held() const {
 }
 
 bool WaylandIdleKeeper::isAsking() const {
-    return m_pixel && m_pixel->canShow() && !m_pixel->isShown();
+    return m_pixel && m_pixel->isWanted() && m_pixel->canShow() && !m_pixel->isShown();
 }
 
 } // namespace tavrine

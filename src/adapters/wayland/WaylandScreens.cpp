@@ -1,7 +1,6 @@
 #include "adapters/wayland/WaylandScreens.h"
 
 #include "adapters/stream/ToolkitPoints.h"
-#include "adapters/wayland/ScreenQuestions.h"
 #include "base/Time.h"
 
 #include <QGuiApplication>
@@ -62,7 +61,7 @@ private:
 } // namespace
 
 WaylandScreens::WaylandScreens(std::shared_ptr<WaylandReader> reader)
-    : m_table(std::move(reader), [this] { m_changes.tell(); }) {}
+    : m_questions(reader ? reader->connection() : nullptr), m_table(std::move(reader), [this] { m_changes.tell(); }) {}
 
 Screen WaylandScreens::describe(const QScreen &screen) const {
     const QRect whole = screen.geometry();
@@ -101,7 +100,7 @@ std::optional<Screen> WaylandScreens::mainScreen() const {
         return all.isEmpty() ? std::nullopt : std::optional(all.first());
     const QWindow *own = QGuiApplication::focusWindow();
     if (!own && (!m_sinceOutput.isValid() || m_sinceOutput.elapsed() > answerHolds)) {
-        m_output = askForOutput();
+        m_output = m_questions.output();
         m_sinceOutput.start();
     }
     const auto number = static_cast<quint32>(qHash(own && own->screen() ? own->screen()->name() : m_output));
@@ -118,7 +117,7 @@ std::optional<Screen> WaylandScreens::mainScreen() const {
 PointerReading WaylandScreens::pointer() const {
     if (!m_trace.isOver() && !m_trace.isPolled() && QGuiApplication::screens().size() > 1 &&
         (!m_sincePointer.isValid() || m_sincePointer.elapsed() > answerHolds)) {
-        if (const auto place = askForPointer())
+        if (const auto place = m_questions.pointer())
             m_trace.setPlace(toolkitPoints::fromCompositorsPlane(*place));
         m_sincePointer.start();
     }

@@ -4,6 +4,7 @@
 #include "adapters/linux/ScreenPlane.h"
 #include "adapters/wayland/OutputTable.h"
 #include "adapters/wayland/PointerTrace.h"
+#include "adapters/wayland/ScreenQuestions.h"
 #include "ports/Screens.h"
 
 #include <QElapsedTimer>
@@ -43,6 +44,7 @@ private:
     [[nodiscard]] Screen describe(const QScreen &screen) const;
 
     ScreenChanges m_changes;
+    mutable ScreenQuestions m_questions;
     mutable PointerTrace m_trace; // asking is a look as well
     mutable QElapsedTimer m_sincePointer;
     mutable QElapsedTimer m_sinceOutput;

@@ -6,6 +6,7 @@
 #include "adapters/wayland/WaylandSession.h"
 #include "support/Eventually.h"
 
+#include <atomic>
 #include <optional>
 #include <set>
 #include <vector>
@@ -238,8 +239,43 @@ TEST(ScreenQuestionsTest, aCompositorThatIsLateWithEachAnswerIsWaitedForOnlyAsLo
                                           if (request.name == "wl_display.sync")
                                               std::this_thread::sleep_for(late);
                                       });
-    EXPECT_FALSE(askForPointer());
-    EXPECT_EQ(compositor.count("wl_seat.bind"), 0) << "that is asked with what is left of the time";
+    EXPECT_FALSE(ScreenQuestions().pointer());
+    EXPECT_EQ(compositor.count("wl_seat.get_pointer"), 0) << "that is asked with what is left of the time";
+}
+
+/// Over the connection that the program has for as long as it runs.
+TEST(ScreenQuestionsTest, leaveNothingWithTheCompositorAndOpenNoConnection) {
+    std::atomic<int> taken = 0;
+    PlayedCompositor compositor(
+        {&wl_compositor_interface, &wl_shm_interface, &wl_seat_interface, &wl_output_interface,
+         &wp_viewporter_interface, &zwlr_layer_shell_v1_interface, &zxdg_output_manager_v1_interface},
+        [&taken](const PlayedCompositor::Request &request) {
+            if (request.name == "wl_compositor.bind")
+                ++taken;
+            if (request.name == "wl_seat.bind")
+                wl_seat_send_capabilities(request.resource, WL_SEAT_CAPABILITY_POINTER | WL_SEAT_CAPABILITY_KEYBOARD);
+        });
+    const auto connection = std::make_shared<WaylandConnection>();
+    ScreenQuestions questions(connection);
+    for (int times = 0; times < 2; ++times) {
+        EXPECT_FALSE(questions.pointer());
+        EXPECT_EQ(questions.output(), QString());
+    }
+    EXPECT_EQ(questions.modifiers(), Qt::KeyboardModifiers());
+    const std::pair<const char *, const char *> pairs[] = {
+        {"wl_compositor.create_surface", "wl_surface.destroy"},
+        {"zwlr_layer_shell_v1.get_layer_surface", "zwlr_layer_surface_v1.destroy"},
+        {"zxdg_output_manager_v1.get_xdg_output", "zxdg_output_v1.destroy"},
+        {"wl_output.bind", "wl_output.release"},
+        {"wl_seat.get_pointer", "wl_pointer.release"},
+        {"wl_seat.get_keyboard", "wl_keyboard.release"},
+    };
+    for (const auto &[made, ended] : pairs) {
+        EXPECT_GT(compositor.count(made), 0) << made;
+        EXPECT_TRUE(eventually([&] { return compositor.count(ended) == compositor.count(made); })) << ended;
+    }
+    EXPECT_EQ(compositor.count("wl_display.get_registry"), 1);
+    EXPECT_EQ(taken, 1) << "what cannot be given back is taken once";
 }
 
 TEST(WaylandLinkTest, aHandlerMayWaitForAnAnswerItself) {
