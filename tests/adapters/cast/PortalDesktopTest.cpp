@@ -3,6 +3,7 @@
 #include "adapters/desktops/WaylandDesktop.h"
 #include "adapters/linux/CastTokens.h"
 #include "adapters/wayland/PlayedCompositor.h"
+#include "adapters/wayland/WaylandConnection.h"
 #include "ports/Access.h"
 #include "ports/DesktopAbilities.h"
 #include "ports/ScreenStream.h"
@@ -70,7 +71,7 @@ protected:
 
 TEST_F(PortalDesktop, isOfWaylandWhereTheCompositorShowsItsScreenToNobody) {
     const PlayedCompositor compositor({&layers});
-    WaylandDesktop desktop;
+    WaylandDesktop desktop{std::make_shared<WaylandConnection>()};
     expectPortalAsked(desktop);
 }
 
@@ -123,7 +124,7 @@ TEST_F(PortalDesktopWithLargeText, theStreamHasThePixelsOfItsAreaAlsoAtTheFarEdg
     node.hide(0xff000000);
     node.paint(shown, 0xff00ff00);
     const PlayedCompositor compositor({&layers});
-    WaylandDesktop desktop;
+    WaylandDesktop desktop{std::make_shared<WaylandConnection>()};
     SampleLog log;
     const auto stream = begin(desktop.screenStreams(), part, factor,
                               {[&log](const ScreenSample &sample) { log.take(sample); }, [](const QString &) {}});
