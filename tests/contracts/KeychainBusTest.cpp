@@ -36,6 +36,24 @@ TEST(KeychainBus, aBusThatComesAfterTheFirstQuestionIsUsedAndOutlived) {
     letPass(300ms);
 }
 
+TEST(KeychainBus, aBusThatEndsAndComesBackIsUsedAgainAsOftenAsItDoes) {
+    KeyRingDaemon daemon;
+    QtKeychainStore store(5s);
+    const KeychainItem item{QStringLiteral("com.veltrane.Tavrine"), QStringLiteral("cloudUploadScript")};
+    for (const QByteArray script : {"first", "second", "third"}) {
+        ASSERT_TRUE(bus().start());
+        daemon.start(true);
+        ASSERT_TRUE(eventually([&] { return store.add(item, script) == KeychainStatus::success; }))
+            << script.constData() << daemon.output().toStdString();
+        EXPECT_EQ(store.copyMatching(item), Keychain::Data(script));
+        EXPECT_EQ(store.remove(item), KeychainStatus::success);
+        EXPECT_EQ(store.copyMatching(item), Keychain::Data(KeychainStatus::itemNotFound));
+        bus().end();
+        daemon.end();
+        EXPECT_EQ(store.copyMatching(item), Keychain::Data(KeychainStatus::failure)) << "nobody is there to be asked";
+    }
+}
+
 } // namespace
 } // namespace tavrine::test
 

@@ -7,7 +7,6 @@
 #include <condition_variable>
 #include <mutex>
 #include <optional>
-#include <string>
 #include <utility>
 
 #include <dlfcn.h>
@@ -18,6 +17,7 @@ namespace tavrine {
 namespace {
 
 constexpr auto secretService = "org.freedesktop.secrets";
+constexpr auto secretLibrary = "libsecret-1.so.0";
 constexpr int answerMilliseconds = 5000;
 
 using Answer = std::unique_ptr<GVariant, decltype(&g_variant_unref)>;
@@ -33,16 +33,14 @@ std::optional<QString> textOf(const QByteArray &data) {
     return text;
 }
 
-/// GLib's shared connection, which is the library's too; null without a bus. Asked for before each call, as the bus may
-/// come later than the first, and kept for good: GLib ends the whole process when the bus goes away under a connection
-/// that was not told otherwise, and one that the library made for itself would not be. For the library's thread.
+/// GLib's shared connection, which is the library's too. Held for good, but for one that has ended: GLib ends the whole
+/// process when the bus goes away under a connection that was not told otherwise, and one that the library made for
+/// itself would not be. For the library's thread.
+GDBusConnection *heldBus = nullptr;
+
+/// Null without a bus.
 GDBusConnection *sessionBus() {
-    static GDBusConnection *bus = nullptr;
-    if (!bus)
-        bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
-    if (bus)
-        g_dbus_connection_set_exit_on_close(bus, FALSE);
-    return bus && !g_dbus_connection_is_closed(bus) ? bus : nullptr;
+    return heldBus && !g_dbus_connection_is_closed(heldBus) ? heldBus : nullptr;
 }
 
 /// None where the call fails. Takes the arguments over.
@@ -53,25 +51,30 @@ Answer call(GDBusConnection *bus, const char *service, const char *path, const c
             &g_variant_unref};
 }
 
-/// Before each call. The Secret Service's library keeps its session with a service that has ended, and every call to
-/// the next one would fail by it. Never within a call, which would not end then. The library is only spoken to where it
-/// is loaded: other desktops have another store.
-void forgetAnEndedService(GDBusConnection *bus) {
-    static std::string lastOwner;
-    const Answer answer = call(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                               "GetNameOwner", g_variant_new("(s)", secretService), "(s)");
-    const char *name = "";
-    if (answer)
-        g_variant_get(answer.get(), "(&s)", &name);
-    if (const std::string owner = name; owner == std::exchange(lastOwner, owner))
-        return;
-    void *library = dlopen("libsecret-1.so.0", RTLD_LAZY | RTLD_NOLOAD);
+/// Before each call, so that the Secret Service's library begins anew. It keeps its session with a service that has
+/// ended, and every call to the next one would fail by it; and of a session that it uses for a second call it never
+/// lets go, nor of the connection behind it. Never within a call, which would not end then. The library is only spoken
+/// to where it is loaded: other desktops have another store.
+void disconnectLibrary() {
+    void *library = dlopen(secretLibrary, RTLD_LAZY | RTLD_NOLOAD);
     if (!library)
         return;
     using Disconnect = void (*)();
     if (const auto disconnect = reinterpret_cast<Disconnect>(dlsym(library, "secret_service_disconnect")))
         disconnect();
     dlclose(library);
+}
+
+/// Before each call, as the bus may come later than the first, and come back after its end: GLib connects anew as soon
+/// as nobody holds what has ended. Null without a bus.
+GDBusConnection *connectedBus() {
+    if (heldBus && g_dbus_connection_is_closed(heldBus))
+        g_clear_object(&heldBus);
+    if (!heldBus)
+        heldBus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
+    if (heldBus)
+        g_dbus_connection_set_exit_on_close(heldBus, FALSE);
+    return sessionBus();
 }
 
 /// Lives on the library's thread. Left to the end of the process: the thread may be within a call to the bus.
@@ -87,25 +90,47 @@ QObject *worker() {
     return object;
 }
 
-/// Whether the Secret Service holds the item after all. The library calls an item absent whose key ring the person
-/// declined to unlock.
-bool isHeldBack(const KeychainItem &item) {
-    GDBusConnection *bus = sessionBus();
-    if (!bus)
-        return true; // who cannot ask does not know
+/// Whether the Secret Service holds the item, locked or not. None where it does not say.
+std::optional<bool> isInService(const KeychainItem &item) {
     GVariantBuilder attributes;
     g_variant_builder_init(&attributes, G_VARIANT_TYPE("a{ss}"));
     g_variant_builder_add(&attributes, "{ss}", "user", item.account.toUtf8().constData());
     g_variant_builder_add(&attributes, "{ss}", "server", item.service.toUtf8().constData());
-    const Answer found = call(bus, secretService, "/org/freedesktop/secrets", "org.freedesktop.Secret.Service",
+    const Answer found = call(sessionBus(), secretService, "/org/freedesktop/secrets", "org.freedesktop.Secret.Service",
                               "SearchItems", g_variant_new("(a{ss})", &attributes), "(aoao)");
-    // Without a Secret Service the library asked another store, and its word stands.
     if (!found)
-        return false;
+        return std::nullopt;
     const auto count = [&](gsize list) {
         return g_variant_n_children(Answer(g_variant_get_child_value(found.get(), list), &g_variant_unref).get());
     };
     return count(0) > 0 || count(1) > 0;
+}
+
+/// Whether the Secret Service is what the library asks: on its own desktop that is KWallet.
+bool asksSecretService() {
+    static const bool asks = !qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':').contains(QLatin1String("KDE")) &&
+                             !qEnvironmentVariableIsSet("KDE_FULL_SESSION") && dlopen(secretLibrary, RTLD_LAZY);
+    return asks;
+}
+
+/// What is known before the library is asked for an item, which is all but where it is: after a search in vain the
+/// library never lets go of its connection.
+std::optional<KeychainStatus> knownStatusOf(const KeychainItem &item) {
+    if (!asksSecretService())
+        return std::nullopt;
+    const auto isThere = isInService(item);
+    if (!isThere)
+        return KeychainStatus::failure; // who cannot ask does not know
+    return *isThere ? std::nullopt : std::optional(KeychainStatus::itemNotFound);
+}
+
+/// Whether the Secret Service holds the item after all. The library calls an item absent whose key ring the person
+/// declined to unlock.
+bool isHeldBack(const KeychainItem &item) {
+    if (!sessionBus())
+        return true;
+    // Without a Secret Service the library asked another store, and its word stands.
+    return isInService(item).value_or(false);
 }
 
 KeychainStatus statusFor(const QKeychain::Job &job, const KeychainItem &item) {
@@ -163,14 +188,18 @@ QtKeychainStore::~QtKeychainStore() {
 }
 
 void QtKeychainStore::start(const std::shared_ptr<Question> &question, const std::shared_ptr<Wait> &wait) {
-    GDBusConnection *bus = sessionBus();
-    if (!bus) {
+    disconnectLibrary();
+    std::optional<KeychainStatus> known;
+    if (!connectedBus())
+        known = KeychainStatus::failure;
+    else if (question->action == Action::read)
+        known = knownStatusOf(question->item);
+    if (known) {
         const std::lock_guard lock(wait->mutex);
-        question->answer.emplace(KeychainStatus::failure);
+        question->answer.emplace(*known);
         wait->changed.notify_all();
         return;
     }
-    forgetAnEndedService(bus);
     QKeychain::Job *job = question->job = question->makeJob();
     job->setKey(question->item.account);
     job->setAutoDelete(false);
