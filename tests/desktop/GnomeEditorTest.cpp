@@ -28,24 +28,13 @@ protected:
         ASSERT_TRUE(m_pattern->waitForFocus());
         hands.movePointer({640, 400});
         ASSERT_TRUE(capture(QRect(area.topLeft(), area.size() - QSize(1, 1))));
-        ASSERT_TRUE(waitUntil([this] { return copied() == expected(); }, gnomePatience));
+        ASSERT_TRUE(waitUntil([this] { return copied() == patternIn(area); }, gnomePatience));
     }
 
     [[nodiscard]] QString folder() const { return program.home() + QStringLiteral("/captures"); }
     [[nodiscard]] QStringList files() const { return QDir(folder()).entryList(QDir::Files); }
     [[nodiscard]] static QImage copied() {
         return QImage::fromData(tavrine::testing::paste("image/png")).convertToFormat(QImage::Format_RGB32);
-    }
-    /// What gtk-pattern shows there.
-    [[nodiscard]] QImage expected() const {
-        QImage picture(area.size(), QImage::Format_RGB32);
-        for (int y = 0; y < picture.height(); ++y)
-            for (int x = 0; x < picture.width(); ++x) {
-                const int column = (area.x() + x) % 64;
-                const int row = (area.y() + y) % 64;
-                picture.setPixel(x, y, qRgb(4 * column, 4 * row, column + row));
-            }
-        return picture;
     }
     /// The place of the one window with that title; empty while there is none.
     [[nodiscard]] QRect placeOf(const char *title) const {
@@ -77,7 +66,7 @@ TEST_F(GnomeCard, savesTheCapturePixelByPixelAndGoes) {
     const QRect card = placeOf(captureCard);
     ASSERT_TRUE(clickInCardUntil({170, card.height() - 34}, [this] { return files().size() == 1; }));
     const QImage saved(folder() + QLatin1Char('/') + files().constFirst());
-    EXPECT_EQ(saved.convertToFormat(QImage::Format_RGB32), expected());
+    EXPECT_EQ(saved.convertToFormat(QImage::Format_RGB32), patternIn(area));
     EXPECT_TRUE(waitUntil([this] { return !desktop.isShown(captureCard); }, gnomePatience));
 }
 
@@ -99,7 +88,7 @@ protected:
     }
     /// Where a picture is not the one that was captured.
     [[nodiscard]] QRect changed(const QImage &picture) const {
-        const QImage before = expected();
+        const QImage before = patternIn(area);
         if (picture.size() != before.size())
             return {};
         QRect all;
@@ -113,7 +102,7 @@ protected:
 
 TEST_F(GnomeEditor, opensOverAWaylandProgramAndItsPictureIsCopiedAsItIs) {
     copyOnWayland("something else");
-    EXPECT_TRUE(copies([this](const QImage &picture) { return picture == expected(); }));
+    EXPECT_TRUE(copies([this](const QImage &picture) { return picture == patternIn(area); }));
 }
 
 TEST_F(GnomeEditor, aStrokeOfTheMouseIsOnThePictureAndIsTakenBackByAKey) {
@@ -134,7 +123,7 @@ TEST_F(GnomeEditor, aStrokeOfTheMouseIsOnThePictureAndIsTakenBackByAKey) {
     EXPECT_TRUE(stroke.adjusted(-pen, -pen, pen, pen).contains(drawn)) << drawn.x() << ' ' << drawn.y();
     EXPECT_TRUE(drawn.contains(stroke.adjusted(pen, pen, -pen, -pen))) << drawn.width() << ' ' << drawn.height();
     hands.chord({control, zKey});
-    EXPECT_TRUE(copies([this](const QImage &picture) { return picture == expected(); }));
+    EXPECT_TRUE(copies([this](const QImage &picture) { return picture == patternIn(area); }));
 }
 
 } // namespace

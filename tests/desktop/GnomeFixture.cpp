@@ -23,6 +23,17 @@ QColor meanAt(const QImage &picture, QPoint corner) {
 
 } // namespace
 
+QImage patternIn(const QRect &area) {
+    QImage picture(area.size(), QImage::Format_RGB32);
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) {
+            const int column = (area.x() + x) % 64;
+            const int row = (area.y() + y) % 64;
+            picture.setPixel(x, y, qRgb(4 * column, 4 * row, column + row));
+        }
+    return picture;
+}
+
 void expectPicturesAreLike(const QImage &drawn, const QByteArray &pixels) {
     const qsizetype each = qsizetype{3} * drawn.width() * drawn.height();
     ASSERT_GE(pixels.size(), each);

@@ -40,6 +40,8 @@ QDBusMessage askExtension(const char *method, const QVariantList &arguments = {}
 /// A line of text of a program on this platform.
 [[nodiscard]] std::unique_ptr<ForeignWindow> lineOf(const char *command, const char *platform);
 
+/// What gtk-pattern shows there.
+[[nodiscard]] QImage patternIn(const QRect &area);
 /// Each picture of a movie is what was drawn, but for a few places that the pointer covers.
 void expectPicturesAreLike(const QImage &drawn, const QByteArray &pixels);
 

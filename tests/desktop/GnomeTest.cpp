@@ -47,18 +47,6 @@ TEST_F(Gnome, twoTapsOfAltOpenThePanelOverAWaylandProgram) {
         gnomePatience));
 }
 
-/// What gtk-pattern shows there.
-QImage patternIn(const QRect &area) {
-    QImage picture(area.size(), QImage::Format_RGB32);
-    for (int y = 0; y < picture.height(); ++y)
-        for (int x = 0; x < picture.width(); ++x) {
-            const int column = (area.x() + x) % 64;
-            const int row = (area.y() + y) % 64;
-            picture.setPixel(x, y, qRgb(4 * column, 4 * row, column + row));
-        }
-    return picture;
-}
-
 class GnomePattern : public Gnome {
 protected:
     void SetUp() override {
