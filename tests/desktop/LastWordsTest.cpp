@@ -59,12 +59,14 @@ protected:
         if (!errors.isEmpty())
             process.setStandardErrorFile(errors);
         process.start(QStringLiteral(TAVRINE_BINARY), QStringList());
+        m_pid = static_cast<pid_t>(
+            process.processId()); // of one that has ended the toolkit says 0, to a signal a whole group
         QByteArray said;
         ASSERT_TRUE(waitUntil(
             [&] { return (said += process.readAllStandardOutput()).contains("Registering Hotkeys..."); }, 30s));
         static_cast<void>(process.readAllStandardError());
     }
-    [[nodiscard]] pid_t pid() const { return static_cast<pid_t>(process.processId()); }
+    [[nodiscard]] pid_t pid() const { return m_pid; }
     /// Waits for the end, which is the signal's, and gives what was said.
     std::string wordsAtEndBy(int number) {
         EXPECT_TRUE(process.state() == QProcess::NotRunning || process.waitForFinished(10'000));
@@ -80,6 +82,9 @@ protected:
 
     Program program; // its home
     QProcess process;
+
+private:
+    pid_t m_pid = 0;
 };
 
 // Sanitizers tell of faults themselves, and want to be loaded before everything else.
@@ -114,7 +119,12 @@ INSTANTIATE_TEST_SUITE_P(Each, LastWordsAtFault,
                          testing::Values(std::pair{SIGSEGV, "tavrine: ended by signal 11 (SEGV)\n"},
                                          std::pair{SIGABRT, "tavrine: ended by signal 6 (ABRT)\n"},
                                          std::pair{SIGFPE, "tavrine: ended by signal 8 (FPE)\n"},
-                                         std::pair{SIGILL, "tavrine: ended by signal 4 (ILL)\n"}));
+                                         std::pair{SIGILL, "tavrine: ended by signal 4 (ILL)\n"},
+                                         std::pair{SIGBUS, "tavrine: ended by signal 7 (BUS)\n"},
+                                         std::pair{SIGTRAP, "tavrine: ended by signal 5 (TRAP)\n"},
+                                         std::pair{SIGSYS, "tavrine: ended by signal 31 (SYS)\n"},
+                                         std::pair{SIGXCPU, "tavrine: ended by signal 24 (XCPU)\n"},
+                                         std::pair{SIGXFSZ, "tavrine: ended by signal 25 (XFSZ)\n"}));
 
 TEST_F(Fault, aFullStackIsToldAsWell) {
     startWithFaults();
@@ -122,10 +132,22 @@ TEST_F(Fault, aFullStackIsToldAsWell) {
     EXPECT_THAT(wordsAtEndBy(SIGSEGV), StartsWith("tavrine: ended by signal 11 (SEGV)\n"));
 }
 
+TEST_F(Fault, aForkOfTheProgramSaysNothingAndEndsAllTheSame) {
+    startWithFaults();
+    makeFault(SIGCHLD);
+    QByteArray said;
+    ASSERT_TRUE(
+        waitUntil([&] { return (said += process.readAllStandardOutput()).contains("The child was aborted."); }, 10s));
+    ASSERT_EQ(::kill(pid(), SIGTERM), 0);
+    EXPECT_THAT(wordsAtEndBy(SIGTERM), StartsWith("tavrine: ended by signal 15 (TERM)"));
+}
+
 TEST_F(Fault, anErrorOutputThatIsFullHalfWayCutsTheWayThereOffAndHoldsUpNoEnd) {
     Unread output;
     program.environment.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(TAVRINE_FAULT_ON_SIGNAL));
+    ::signal(SIGALRM, SIG_IGN); // whatever the starter has of it
     start(output.path());
+    ::signal(SIGALRM, SIG_DFL);
     static_cast<void>(output.read()); // of the start
     const int room = output.makeSmall();
     ASSERT_GT(room, 0);
@@ -159,6 +181,7 @@ TEST_F(LastWords, aSignalThatTheStarterIgnoresEndsNothing) {
     start();
     ::signal(SIGHUP, SIG_DFL);
     ASSERT_EQ(::kill(pid(), SIGHUP), 0);
+    EXPECT_FALSE(process.waitForFinished(1000)); // of two signals that wait, the later is handled first
     ASSERT_EQ(::kill(pid(), SIGTERM), 0);
     EXPECT_THAT(wordsAtEndBy(SIGTERM), StartsWith("tavrine: ended by signal 15 (TERM)"));
 }

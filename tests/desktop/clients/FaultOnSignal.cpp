@@ -2,8 +2,10 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <string_view>
 #include <thread>
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 /// Fills the stack long before it has counted to the end. Its name stands in each line of the way there, which so are
@@ -19,6 +21,18 @@ aStepFurtherDownWhichIsTakenUntilThereIsNoMoreRoomForAnotherOneOnTheStackOfThisT
 }
 
 namespace {
+
+constexpr std::string_view childEnded = "The child was aborted.\n";
+
+/// Tells on the standard output what the child ended by.
+void abortChild() {
+    const pid_t child = ::fork();
+    if (child == 0)
+        std::abort();
+    int status = 0;
+    if (::waitpid(child, &status, 0) == child && WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT)
+        static_cast<void>(::write(STDOUT_FILENO, childEnded.data(), childEnded.size()));
+}
 
 void fault(int, siginfo_t *info, void *) {
     volatile int zero = 0;
@@ -36,7 +50,11 @@ void fault(int, siginfo_t *info, void *) {
     case SIGSTKFLT: // its own stack
         zero = aStepFurtherDownWhichIsTakenUntilThereIsNoMoreRoomForAnotherOneOnTheStackOfThisThread(&zero);
         break;
+    case SIGCHLD: // a child's
+        abortChild();
+        break;
     default:
+        std::raise(info->si_value.sival_int);
         break;
     }
 }
