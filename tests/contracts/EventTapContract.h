@@ -15,6 +15,7 @@ class EventTapContract : public ::testing::Test {
 public:
     using State = EventTap::State;
     void create() {
+        EXPECT_TRUE(machine.taps().areThere());
         tap = machine.taps().create([this] { ++changes; });
         ASSERT_TRUE(tap);
     }

@@ -1,4 +1,5 @@
-// The desktops on which the portal, which is played, shows the screen because nothing else does.
+// The desktops of Wayland as they are put together: what they lack, and the portal, which is played, where it shows the
+// screen because nothing else does.
 #include "adapters/desktops/GnomeDesktop.h"
 #include "adapters/desktops/WaylandDesktop.h"
 #include "adapters/linux/CastTokens.h"
@@ -6,6 +7,7 @@
 #include "adapters/wayland/WaylandConnection.h"
 #include "ports/Access.h"
 #include "ports/DesktopAbilities.h"
+#include "ports/EventTap.h"
 #include "ports/ScreenStream.h"
 #include "support/CastNode.h"
 #include "support/Eventually.h"
@@ -140,6 +142,22 @@ TEST(DesktopWithoutAPortal, isToldThatGnomeShowsItsScreensToTheExtensionAlone) {
     EXPECT_TRUE(eventually([&] { return recordingOn(desktop).state == AbilityState::missing; }));
     EXPECT_EQ(recordingOn(desktop).reason, QStringLiteral("GNOME shows its screens to an extension alone."));
     EXPECT_FALSE(desktop.access().isScreenRecordingGranted());
+}
+
+void expectNoProgramMayBlockTheKeyboard(Desktop &desktop) {
+    EXPECT_FALSE(desktop.eventTaps().areThere());
+    EXPECT_FALSE(desktop.eventTaps().create([] {}));
+}
+
+TEST(DesktopOfWayland, letsNoProgramBlockTheKeyboard) {
+    const PlayedCompositor compositor({&layers});
+    WaylandDesktop desktop{std::make_shared<WaylandConnection>()};
+    expectNoProgramMayBlockTheKeyboard(desktop);
+}
+
+TEST(DesktopOfGnome, letsNoProgramBlockTheKeyboard) {
+    GnomeDesktop desktop;
+    expectNoProgramMayBlockTheKeyboard(desktop);
 }
 
 } // namespace

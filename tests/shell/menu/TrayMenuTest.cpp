@@ -55,6 +55,19 @@ TEST_F(TrayMenuTest, afterCancelInTheCleanersPromptItsTileShowsTheOffState) {
     EXPECT_NE(seen(), off);
 }
 
+TEST_F(TrayMenuTest, whereADesktopHasNoWayToBlockTheKeyboardTheCleanersTileSaysSoAndAClickTellsWhy) {
+    desktop.eventTaps().setThere(false);
+    press();
+    show();
+    const auto &tiles = delegate->trayMenu().quickActions();
+    EXPECT_EQ(tiles.subtitle(QuickAction::cleanMode), text("Not on This Desktop"));
+    control("Clean Mode").click();
+    time.advance(1s);
+    ASSERT_EQ(desktop.alerts().shown().size(), 1);
+    EXPECT_EQ(desktop.alerts().shown().constFirst().message, text("Clean Mode Is Not Available"));
+    EXPECT_FALSE(tiles.isOn(QuickAction::cleanMode));
+}
+
 TEST_F(TrayMenuTest, aSecondPressClosesIt) {
     press();
     press();
