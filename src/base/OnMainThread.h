@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <QMetaObject>
 
 #include <memory>
 #include <utility>

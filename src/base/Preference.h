@@ -3,10 +3,15 @@
 #include "base/StoredText.h"
 #include "base/UserDefaults.h"
 
+#include <QByteArray>
+#include <QLatin1String>
+#include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <span>
 #include <type_traits>
+#include <variant>
 
 namespace tavrine {
 

@@ -3,6 +3,7 @@
 #include "base/UserDefaults.h"
 
 #include <QByteArray>
+#include <QString>
 #include <QStringList>
 
 #include <memory>

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include <sys/eventfd.h>
+#include <unistd.h>
 
 namespace tavrine {
 

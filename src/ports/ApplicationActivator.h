@@ -2,6 +2,8 @@
 
 #include "ports/Workspace.h"
 
+#include <QtGlobal>
+
 namespace tavrine {
 
 /// Brings programs to the front. Lives on the main thread. The workspace tells when it happened.

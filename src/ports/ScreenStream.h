@@ -8,6 +8,7 @@
 #include <QtPlugin>
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>

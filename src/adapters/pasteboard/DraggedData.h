@@ -2,6 +2,7 @@
 
 #include "ports/Dragging.h"
 
+#include <QByteArray>
 #include <QMimeData>
 
 #include <future>

@@ -5,6 +5,7 @@
 #include "ports/Dragging.h"
 
 #include <QAbstractNativeEventFilter>
+#include <QByteArray>
 #include <QObject>
 #include <QPointer>
 

@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QPointer>
+#include <QStringList>
 
 #include <algorithm>
 #include <utility>
