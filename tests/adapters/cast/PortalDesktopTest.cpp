@@ -137,6 +137,20 @@ TEST_F(PortalDesktopWithLargeText, theStreamHasThePixelsOfItsAreaAlsoAtTheFarEdg
     EXPECT_TRUE(log.last().picture == expected);
 }
 
+TEST_F(PortalDesktopWithLargeText, gnomeIsAskedForNoMoreOfAScreenThanThereIs) {
+    const QSize points = QGuiApplication::primaryScreen()->size();
+    ASSERT_GT(points.width() * factor, pixels.width());
+    PlayedGnome played;
+    played.kept = {QStringLiteral("RecordArea")};
+    played.appear();
+    GnomeDesktop desktop;
+    ASSERT_TRUE(eventually([&] { return desktop.access().isScreenCaptureGranted(); })); // by the extension
+    const auto stream = begin(desktop.screenStreams(), QRect(QPoint(), points), factor);
+    ASSERT_TRUE(eventually([&] { return played.asked(QStringLiteral("RecordArea")) == 1; }));
+    const QVariantList area = played.last(QStringLiteral("RecordArea")).arguments().first(4);
+    EXPECT_EQ(area, QVariantList({0, 0, pixels.width(), pixels.height()}));
+}
+
 TEST(DesktopWithoutAPortal, isToldThatGnomeShowsItsScreensToTheExtensionAlone) {
     GnomeDesktop desktop;
     EXPECT_TRUE(eventually([&] { return recordingOn(desktop).state == AbilityState::missing; }));

@@ -1,6 +1,7 @@
 #include "adapters/cast/CastStreamLoop.h"
 #include "adapters/gnome/cast/MutterCast.h"
 #include "adapters/stream/ToolkitDisplays.h"
+#include "adapters/stream/ToolkitPoints.h"
 #include "adapters/stream/ToolkitScreenStreams.h"
 
 #include <QScreen>
@@ -25,10 +26,8 @@ std::unique_ptr<ScreenStream> GnomeScreenStreams::makeStream(const ScreenContent
     QRect display;
     double scale = 1;
     if (const QScreen *const screen = toolkitDisplay(filter.displayID)) {
-        // Qt keeps a screen's corner in device pixels and its size in points; the compositor's plane is the X server's.
         scale = screen->devicePixelRatio();
-        const QSize size(qRound(screen->geometry().width() * scale), qRound(screen->geometry().height() * scale));
-        display = QRect(screen->geometry().topLeft(), size);
+        display = toolkitPoints::onCompositorsPlane(screen); // which is the X server's
     }
     return std::make_unique<ThreadedScreenStream>(
         planOfOutput(filter.displayID, configuration),
