@@ -141,7 +141,7 @@ std::optional<ClassicPanelKeyAction> ClassicPanelModel::keyAction(int keyCode) {
 }
 
 bool ClassicPanelModel::handleKeyDown(const QString &keyWindowTitle, int keyCode) {
-    if (!m_isPanelOpen || keyWindowTitle != QLatin1String(windowTitle))
+    if (!m_isPanelOpen || keyWindowTitle != inDesktopWords(QLatin1String(windowTitle))) // as the window shows it
         return false;
     const auto action = keyAction(keyCode);
     if (!action)

@@ -1,5 +1,6 @@
 // The keys of the clipboard search panel.
 
+#include "base/DesktopWords.h"
 #include "base/KeyTable.h"
 #include "base/VirtualKeys.h"
 #include "clipboard/ClipboardSearchModel.h"
@@ -30,7 +31,8 @@ std::optional<ClipboardSearchKeyAction> ClipboardSearchModel::keyAction(int keyC
 }
 
 bool ClipboardSearchModel::handleKeyDown(const QString &keyWindowTitle, int keyCode, bool isCommandHeld) {
-    const auto action = keyWindowTitle == QLatin1String(windowTitle) ? keyAction(keyCode, isCommandHeld) : std::nullopt;
+    const bool isOwn = keyWindowTitle == inDesktopWords(QLatin1String(windowTitle)); // as the window shows it
+    const auto action = isOwn ? keyAction(keyCode, isCommandHeld) : std::nullopt;
     if (action)
         perform(*action);
     return action.has_value();

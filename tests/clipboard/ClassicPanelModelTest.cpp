@@ -1,6 +1,7 @@
 #include "clipboard/ClassicPanelModel.h"
 
 #include "ManagerTest.h"
+#include "base/DesktopWords.h"
 #include "base/VirtualKeys.h"
 
 #include <gmock/gmock.h>
@@ -140,6 +141,15 @@ TEST_F(ClassicPanelModelTest, keysCountOnlyWhileThePanelIsOpen) {
     model->close();
     EXPECT_FALSE(press(virtualKey::enter));
     EXPECT_EQ(pasted, QStringList{str("first")});
+}
+
+TEST_F(ClassicPanelModelTest, theWindowIsKnownByItsTitleInThePersonsLanguageToo) {
+    startWithHistory();
+    openPanel();
+    setTranslation([](const QString &words) { return words == str("Classic Clipboard") ? str("Verlauf") : words; });
+    EXPECT_TRUE(model->handleKeyDown(str("Verlauf"), virtualKey::down));
+    EXPECT_NE(selected(), str("first"));
+    setTranslation(nullptr);
 }
 
 TEST_F(ClassicPanelModelTest, keysOfAnotherWindowPassThrough) {

@@ -1,5 +1,6 @@
 // What keys and buttons do in the search panel.
 #include "ClipboardSearchModelTest.h"
+#include "base/DesktopWords.h"
 
 namespace tavrine {
 namespace {
@@ -38,6 +39,14 @@ TEST_F(ClipboardSearchModelTest, escapeDismisses) {
     startPanel();
     EXPECT_TRUE(press(virtualKey::escape));
     EXPECT_EQ(dismissals, 1);
+}
+
+TEST_F(ClipboardSearchModelTest, theWindowIsKnownByItsTitleInThePersonsLanguageToo) {
+    startWithEachKind();
+    setTranslation([](const QString &words) { return words == str("Clipboard Search") ? str("Suche") : words; });
+    EXPECT_TRUE(model->handleKeyDown(str("Suche"), virtualKey::right, false));
+    EXPECT_EQ(model->selectedCategory(), Category::mySave);
+    setTranslation(nullptr);
 }
 
 TEST_F(ClipboardSearchModelTest, keysOfAnotherWindowPassThroughUntouched) {

@@ -1,5 +1,6 @@
 #include "utilities/emoji/EmojiPickerModel.h"
 
+#include "base/DesktopWords.h"
 #include "base/KeyTable.h"
 #include "base/Time.h"
 #include "base/VirtualKeys.h"
@@ -150,7 +151,8 @@ std::optional<EmojiPickerKeyAction> EmojiPickerModel::keyAction(int keyCode, boo
 }
 
 bool EmojiPickerModel::handleKeyDown(const QString &keyWindowTitle, int keyCode, bool isCommandHeld) {
-    const auto action = keyWindowTitle == QLatin1String(windowTitle) ? keyAction(keyCode, isCommandHeld) : std::nullopt;
+    const bool isOwn = keyWindowTitle == inDesktopWords(QLatin1String(windowTitle)); // as the window shows it
+    const auto action = isOwn ? keyAction(keyCode, isCommandHeld) : std::nullopt;
     if (action)
         perform(*action);
     return action.has_value();

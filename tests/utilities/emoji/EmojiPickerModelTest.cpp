@@ -1,6 +1,7 @@
 #include "utilities/emoji/EmojiPickerModel.h"
 
 #include "PickerTest.h"
+#include "base/DesktopWords.h"
 #include "base/VirtualKeys.h"
 
 #include <map>
@@ -233,6 +234,14 @@ TEST_F(EmojiPickerModelTest, commandArrowsMoveTheCategoryRoundBothEnds) {
 TEST_F(EmojiPickerModelTest, escapeDismisses) {
     EXPECT_TRUE(press(virtualKey::escape));
     EXPECT_EQ(dismissals, 1);
+}
+
+TEST_F(EmojiPickerModelTest, theWindowIsKnownByItsTitleInThePersonsLanguageToo) {
+    setTranslation([](const QString &words) { return words == text("Emoji Picker") ? text("Emoji-Auswahl") : words; });
+    EXPECT_TRUE(model->handleKeyDown(text("Emoji-Auswahl"), virtualKey::escape, false));
+    EXPECT_FALSE(model->handleKeyDown(text("Emoji Picker"), virtualKey::escape, false));
+    EXPECT_EQ(dismissals, 1);
+    setTranslation(nullptr);
 }
 
 TEST_F(EmojiPickerModelTest, keysOfAnotherWindowPassThrough) {
