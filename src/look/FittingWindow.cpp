@@ -11,6 +11,8 @@
 namespace tavrine {
 namespace {
 
+std::function<QRect()> theCoveredPlace;
+
 double fittedStart(double start, double length, double from, double room) {
     return std::clamp(start, from, from + room - length);
 }
@@ -69,13 +71,21 @@ private:
         const QRect usable = m_window.screen()->availableGeometry();
         const QRect frame = m_window.frameGeometry();
         const QSize border = frame.size() - m_window.size();
-        const QSize room = usable.size() - border;
-        m_window.setMinimumSize(m_window.minimumSize().boundedTo(room));
-        const QRect wanted = fitted(frame, usable).toRect();
+        const QRect wanted = placeFor(frame, usable);
+        m_window.setMinimumSize(m_window.minimumSize().boundedTo(wanted.size() - border));
         if (wanted.size() != frame.size())
             m_window.resize(wanted.size() - border);
         if (wanted.topLeft() != frame.topLeft())
             m_window.move(wanted.topLeft());
+    }
+
+    static QRect placeFor(const QRect &frame, QRect usable) {
+        const QRect wanted = fitted(frame, usable).toRect();
+        const QRect covered = theCoveredPlace ? theCoveredPlace() : QRect();
+        if (!covered.intersects(wanted))
+            return wanted;
+        usable.setTop(covered.bottom() + 1);
+        return fitted(frame, usable).toRect();
     }
 
     QWidget &m_window;
@@ -96,6 +106,10 @@ QRectF fitted(const QRectF &frame, const QRectF &usable) {
 
 void fitToScreen(QWidget &window) {
     new Keeper(window);
+}
+
+void setCoveredPlace(std::function<QRect()> place) {
+    theCoveredPlace = std::move(place);
 }
 
 } // namespace tavrine

@@ -2,6 +2,8 @@
 
 #include <QRect>
 
+#include <functional>
+
 class QWidget;
 
 namespace tavrine {
@@ -15,5 +17,9 @@ namespace tavrine {
 ///
 /// A smallest size that has no room gives way. Call it once, before the window is shown; main thread.
 void fitToScreen(QWidget &window);
+
+/// Where something of this program lies over all windows, at the upper edge of a screen, in the toolkit's points. One
+/// that would come up under it stands below it instead. Asked each time; none at all without a function.
+void setCoveredPlace(std::function<QRect()> place);
 
 } // namespace tavrine

@@ -29,6 +29,11 @@ TEST(FittedFrame, withoutAUsablePartNothingChanges) {
 
 class FittingWindow : public testing::Test {
 protected:
+    ~FittingWindow() override { setCoveredPlace({}); }
+    /// The middle of the screen's upper edge lies under something of ours.
+    void cover() {
+        setCoveredPlace([this] { return QRect(free.center().x() - 150, free.top(), 300, 24); });
+    }
     void show(const QRect &geometry) {
         window.setGeometry(geometry);
         fitToScreen(window);
@@ -52,6 +57,41 @@ TEST_F(FittingWindow, aWindowThatFitsIsNotTouched) {
     const QRect geometry(free.topLeft() + QPoint(30, 40), QSize(200, 150));
     show(geometry);
     EXPECT_EQ(window.geometry(), geometry);
+}
+
+TEST_F(FittingWindow, aWindowThatWouldComeUpUnderTheCoveredPlaceStandsBelowIt) {
+    cover();
+    window.setMinimumSize(200, free.height());
+    show({free.left(), free.top(), free.width(), free.height()});
+    EXPECT_EQ(window.frameGeometry(), free.adjusted(0, 24, 0, 0));
+}
+
+TEST_F(FittingWindow, aWindowThatReachesUnderTheCoveredPlaceAndFitsBelowItIsOnlyMoved) {
+    cover();
+    show({free.center().x() - 100, free.top() + 10, 200, 150});
+    EXPECT_EQ(window.size(), QSize(200, 150));
+    EXPECT_EQ(window.frameGeometry().top(), free.top() + 24);
+    EXPECT_EQ(window.geometry().x(), free.center().x() - 100);
+}
+
+TEST_F(FittingWindow, aWindowBelowTheCoveredPlaceIsNotTouched) {
+    cover();
+    const QRect geometry(free.center().x() - 100, free.top() + 24 + 40, 200, 150);
+    show(geometry);
+    EXPECT_EQ(window.geometry(), geometry);
+}
+
+TEST_F(FittingWindow, aWindowBesideTheCoveredPlaceStaysAtTheEdge) {
+    cover();
+    show({free.left(), free.top(), 200, 150});
+    EXPECT_EQ(window.frameGeometry().top(), free.top());
+}
+
+TEST_F(FittingWindow, withoutAnythingOverItAWindowHasItsWholeScreen) {
+    cover();
+    setCoveredPlace({});
+    show({free.left(), free.top(), free.width(), free.height()});
+    EXPECT_EQ(window.frameGeometry(), free);
 }
 
 TEST_F(FittingWindow, whereThePersonMovesItLaterItStays) {

@@ -1,6 +1,7 @@
 #include "shell/tools/NotchShelfTool.h"
 
 #include "base/OnMainThread.h"
+#include "look/FittingWindow.h"
 #include "shelf/DropDetectionView.h"
 #include "shelf/NotchShape.h"
 #include "shelf/NotchShelfView.h"
@@ -40,7 +41,15 @@ QWidget *makeContent(Desktop &desktop, NotchViewModel &model, std::function<void
 } // namespace
 
 NotchShelfTool::NotchShelfTool(Shell &shell) : m_shell(shell) {}
-NotchShelfTool::~NotchShelfTool() = default;
+NotchShelfTool::~NotchShelfTool() {
+    close();
+}
+
+void NotchShelfTool::close() {
+    if (m_notchController)
+        setCoveredPlace({});
+    m_notchController.reset();
+}
 
 void NotchShelfTool::launch(bool isOn) {
     if (isOn)
@@ -49,7 +58,7 @@ void NotchShelfTool::launch(bool isOn) {
 
 void NotchShelfTool::setOn(bool isOn) {
     if (!isOn) {
-        m_notchController.reset();
+        close();
         return;
     }
     if (m_notchController)
@@ -73,6 +82,14 @@ void NotchShelfTool::setOn(bool isOn) {
                                            QStringLiteral("exclamationmark.triangle.fill"));
                      });
     m_notchController->showWindow();
+    setCoveredPlace([this] { return bandOnScreen(); });
+}
+
+/// Empty without a screen.
+QRect NotchShelfTool::bandOnScreen() const {
+    if (m_notchController->pinnedScreen().frame.isEmpty())
+        return {};
+    return m_shell.desktop().screens().toolkitRect(m_notchController->notchRect()).toAlignedRect();
 }
 
 void NotchShelfTool::openWithKeyboard() {

@@ -2,6 +2,8 @@
 
 #include "shell/tools/Tool.h"
 
+#include <QRect>
+
 #include <memory>
 
 namespace tavrine {
@@ -26,6 +28,9 @@ public:
     [[nodiscard]] NotchWindowController *notchController() const { return m_notchController.get(); } ///< null while off
 
 private:
+    void close();
+    [[nodiscard]] QRect bandOnScreen() const;
+
     Shell &m_shell;
     std::unique_ptr<NotchWindowController> m_notchController;
 };

@@ -1,4 +1,5 @@
 // The shelf within the program, over fakes.
+#include "look/FittingWindow.h"
 #include "panels/ToastView.h"
 #include "shelf/NotchWindowController.h"
 #include "shell/ShellTest.h"
@@ -6,6 +7,7 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QScreen>
 
 namespace tavrine {
 namespace {
@@ -34,6 +36,29 @@ TEST_F(NotchShelfToolTest, aLaunchWithTheSwitchOnShowsItsBand) {
     EXPECT_TRUE(desktop.edgeWindows().windows().front()->isVisible());
     EXPECT_TRUE(desktop.edgeWindows().windows().front()->content());
     EXPECT_EQ(watched(), 3);
+}
+
+TEST_F(NotchShelfToolTest, windowsStandBelowItsBandWhileItIsOn) {
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    Screen own = desktop.screens().screens().first();
+    own.frame = own.visibleFrame = screen;
+    desktop.screens().setScreens({own});
+    const auto top = [&screen] {
+        QWidget window;
+        window.setGeometry(screen);
+        fitToScreen(window);
+        window.show();
+        QCoreApplication::processEvents();
+        return window.frameGeometry().top() - screen.top();
+    };
+    launch();
+    EXPECT_EQ(top(), notch::defaultHeight);
+    turn(false);
+    EXPECT_EQ(top(), 0);
+    turn(true);
+    EXPECT_EQ(top(), notch::defaultHeight);
+    delegate.reset();
+    EXPECT_EQ(top(), 0);
 }
 
 TEST_F(NotchShelfToolTest, aLaunchWithTheSwitchOffWatchesNothing) {
