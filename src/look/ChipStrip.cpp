@@ -14,7 +14,9 @@ namespace tavrine::look {
 namespace {
 
 constexpr int padding = 12;
+constexpr int leastPadding = 6; // with less, neighbouring words read as one line
 constexpr int gap = space::tiny;
+constexpr int peek = 24; // of the neighbours of the chosen chip: enough to be seen and pressed
 
 } // namespace
 
@@ -43,7 +45,8 @@ void Chip::paint(QPainter &painter) {
     const qreal corner = body.height() / 2;
     fillRounded(painter, body, corner, isChecked() ? ground(colours.accent) : ground(Qt::transparent));
     const QColor ink = isChecked() ? colours.onAccent : mixed(colours.secondaryText, colours.text, hoverPart());
-    QRectF words = body.adjusted(padding, 0, -padding + 1, 0);
+    const qreal edge = padding - (sizeHint().width() - width()) / 2.0;
+    QRectF words = body.adjusted(edge, 0, -edge + 1, 0);
     if (!m_symbol.isEmpty()) {
         paintSymbol(painter, QRectF(words.left(), body.top(), symbolsize::medium, body.height()), m_symbol,
                     symbolsize::medium, ink);
@@ -88,24 +91,38 @@ void ChipStrip::resizeEvent(QResizeEvent *event) {
     QWidget::resizeEvent(event);
 }
 
+/// What the words leave is given up first, evenly; only then is a chip out of sight.
+std::vector<int> ChipStrip::widths() const {
+    const int count = int(m_chips.size());
+    const int missing = std::max(0, sizeHint().width() - width());
+    const int less = std::min((missing + count - 1) / count, 2 * (padding - leastPadding));
+    std::vector<int> found;
+    for (const Chip *chip : m_chips)
+        found.push_back(chip->sizeHint().width() - less);
+    return found;
+}
+
 void ChipStrip::place() {
     if (m_chips.empty())
         return;
+    const std::vector<int> wide = widths();
     int x = 0;
     int chosenLeft = 0;
     for (size_t i = 0; i < m_chips.size(); ++i) {
         if (int(i) == m_current)
             chosenLeft = x;
-        x += m_chips[i]->sizeHint().width() + gap;
+        x += wide[i] + gap;
     }
     const int whole = x - gap;
-    const int chosenWidth = m_chips[size_t(m_current)]->sizeHint().width();
-    m_shift = std::clamp(m_shift, chosenLeft + chosenWidth - width(), chosenLeft);
+    const int chosenRight = chosenLeft + wide[size_t(m_current)];
+    const int beside = std::clamp((width() - (chosenRight - chosenLeft)) / 2, 0, peek + gap);
+    m_shift = std::clamp(m_shift, chosenRight + beside - width(),
+                         std::max(chosenLeft - beside, chosenRight + beside - width()));
     m_shift = std::clamp(m_shift, 0, std::max(0, whole - width()));
     x = -m_shift;
-    for (Chip *chip : m_chips) {
-        chip->setGeometry(QRect(QPoint(x, 0), chip->sizeHint()));
-        x += chip->width() + gap;
+    for (size_t i = 0; i < m_chips.size(); ++i) {
+        m_chips[i]->setGeometry(x, 0, wide[i], m_chips[i]->sizeHint().height());
+        x += wide[i] + gap;
     }
 }
 

@@ -19,6 +19,7 @@ public:
     [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
+    /// In the middle, also where it is narrower than it wants to be.
     void paint(QPainter &painter) override;
     [[nodiscard]] qreal cornerRadius() const override { return height() / 2.0; }
 
@@ -26,7 +27,8 @@ private:
     QString m_symbol;
 };
 
-/// A row of chips of which exactly one is chosen: the categories of a panel.
+/// A row of chips of which exactly one is chosen: the categories of a panel. Where they have too little room they stand
+/// closer, and where that is not enough the chosen one shows, with a part of its neighbours to go on to.
 class ChipStrip : public QWidget {
     Q_OBJECT
 public:
@@ -46,6 +48,7 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    [[nodiscard]] std::vector<int> widths() const;
     void place();
 
     std::vector<Chip *> m_chips;

@@ -97,27 +97,37 @@ QSize HintBar::sizeHint() const {
     return {200, height::footer};
 }
 
+size_t HintBar::fitting(const std::vector<KeyHint> &hints, qreal &room) {
+    size_t count = 0;
+    for (const KeyHint &hint : hints) {
+        const qreal wide = keyHintWidth(hint) + space::large;
+        if (wide > room)
+            break;
+        room -= wide;
+        ++count;
+    }
+    return count;
+}
+
 void HintBar::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     preparePainter(painter);
     const Theme &theme = themeOf(this);
     // A hairline on top parts the bar from the list.
     paintSeparator(painter, QRectF(0, 0, width(), 1.0 / devicePixelRatioF()), theme);
-    qreal right = width() - space::large;
-    for (auto hint = m_trailing.rbegin(); hint != m_trailing.rend(); ++hint) {
-        const qreal wide = keyHintWidth(*hint);
-        if (right - wide < space::large)
-            break; // what has no room is left out whole
-        paintKeyHint(painter, QRectF(right - wide, 0, wide + 1, height()), *hint, theme);
-        right -= wide + space::large;
-    }
+    qreal room = width() - space::large;
+    const size_t leading = fitting(m_leading, room);
+    size_t trailing = leading < m_leading.size() ? 0 : fitting(m_trailing, room);
     qreal x = space::large;
-    for (const KeyHint &hint : m_leading) {
-        const qreal wide = keyHintWidth(hint);
-        if (x + wide > right)
-            break;
-        paintKeyHint(painter, QRectF(x, 0, wide + 1, height()), hint, theme);
+    for (size_t i = 0; i < leading; ++i) {
+        const qreal wide = keyHintWidth(m_leading[i]);
+        paintKeyHint(painter, QRectF(x, 0, wide + 1, height()), m_leading[i], theme);
         x += wide + space::large;
+    }
+    for (x = width(); trailing > 0; --trailing) {
+        const qreal wide = keyHintWidth(m_trailing[trailing - 1]);
+        x -= wide + space::large;
+        paintKeyHint(painter, QRectF(x, 0, wide + 1, height()), m_trailing[trailing - 1], theme);
     }
 }
 

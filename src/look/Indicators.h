@@ -45,8 +45,8 @@ private:
     Motion m_motion;
 };
 
-/// The line of key hints under a panel: leading ones at the left, the rest at the right end. It is called what it
-/// shows.
+/// The line of key hints under a panel: leading ones at the left, the rest at the right end. What has no room is left
+/// out whole, the last one first. It is called all that it would show.
 class HintBar : public QWidget {
     Q_OBJECT
 public:
@@ -59,6 +59,8 @@ protected:
 
 private:
     void nameItself();
+    /// How many of the hints, in their order, have room up to this width.
+    [[nodiscard]] static size_t fitting(const std::vector<KeyHint> &hints, qreal &room);
 
     std::vector<KeyHint> m_leading;
     std::vector<KeyHint> m_trailing;

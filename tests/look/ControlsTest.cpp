@@ -3,14 +3,17 @@
 #include "look/Button.h"
 #include "look/ChipStrip.h"
 #include "look/FocusRing.h"
+#include "look/Indicators.h"
 #include "look/Look.h"
 #include "look/MenuStyle.h"
+#include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/SearchField.h"
 #include "look/SegmentedControl.h"
 #include "look/Tile.h"
 #include "look/Toggle.h"
 #include "look/ToolTip.h"
+#include "support/PaintedWords.h"
 
 #include <QAccessible>
 #include <QContextMenuEvent>
@@ -224,6 +227,58 @@ TEST_F(ControlsTest, aStripTooNarrowShowsTheChosenChip) {
         EXPECT_GE(chips[i]->geometry().left(), 0) << i;
         EXPECT_LE(chips[i]->geometry().right(), strip->width()) << i;
     }
+}
+
+TEST_F(ControlsTest, chipsStandCloserBeforeOneOfThemGoesOutOfSight) {
+    auto *strip = new ChipStrip({QStringLiteral("Everything"), QStringLiteral("My Saved"), QStringLiteral("Pictures"),
+                                 QStringLiteral("Snippets")},
+                                &window);
+    const auto chips = strip->findChildren<Chip *>();
+    const int whole = strip->sizeHint().width();
+    const int least = whole - 4 * 12;
+    const auto right = [&](int width) {
+        strip->resize(width, 28);
+        strip->setCurrent(0); // places them, as a resize does where it is shown
+        EXPECT_EQ(chips[0]->x(), 0) << width;
+        for (int i = 1; i < 4; ++i)
+            EXPECT_GE(chips[i]->x(), chips[i - 1]->geometry().right() + 1 + space::tiny) << width;
+        return chips[3]->geometry().right() + 1;
+    };
+    EXPECT_EQ(right(whole), whole);
+    EXPECT_LE(right(whole - 1), whole - 1);
+    EXPECT_LE(right(least), least);
+    EXPECT_GT(right(least - 1), least - 1);
+    EXPECT_EQ(right(whole), whole);
+}
+
+TEST_F(ControlsTest, aStripTooNarrowShowsAPartOfTheNeighboursToo) {
+    auto *strip = new ChipStrip({QStringLiteral("Everything"), QStringLiteral("My Saved"), QStringLiteral("Pictures"),
+                                 QStringLiteral("Snippets")},
+                                &window);
+    strip->resize(160, 28);
+    const auto chips = strip->findChildren<Chip *>();
+    for (int i : {0, 1, 2, 3, 2, 1}) {
+        strip->setCurrent(i);
+        EXPECT_TRUE(i == 0 || chips[i - 1]->geometry().right() >= 20) << i;
+        EXPECT_TRUE(i == 3 || chips[i + 1]->x() <= 160 - 20) << i;
+    }
+}
+
+TEST_F(ControlsTest, aLineOfHintsWithoutRoomKeepsItsFirstOnes) {
+    const auto hint = [](const char *words) { return KeyHint{{}, {}, QLatin1String(words)}; };
+    auto *bar = new HintBar({hint("Navigate"), hint("Copy")}, {hint("Category"), hint("Details of it")}, &window);
+    const auto wordsAt = [&](int width) {
+        bar->resize(width, 40);
+        test::WordsDevice device(bar->size());
+        bar->render(&device, {}, {}, QWidget::DrawChildren);
+        QStringList words = device.words();
+        words.sort();
+        return words.join(u' ');
+    };
+    EXPECT_EQ(wordsAt(600), QStringLiteral("Category Copy Details of it Navigate"));
+    EXPECT_EQ(wordsAt(260), QStringLiteral("Category Copy Navigate"));
+    EXPECT_EQ(wordsAt(160), QStringLiteral("Copy Navigate"));
+    EXPECT_EQ(wordsAt(100), QStringLiteral("Navigate"));
 }
 
 TEST_F(ControlsTest, aSegmentIsChosenByAClick) {
