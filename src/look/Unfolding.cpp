@@ -106,6 +106,16 @@ void Unfolding::place() {
     m_inside->setGeometry(whole);
 }
 
+/// It has no layout that would hand on what its widget asks for.
+bool Unfolding::event(QEvent *event) {
+    if (event->type() == QEvent::LayoutRequest) {
+        updateGeometry();
+        place();
+        Q_EMIT moved();
+    }
+    return QWidget::event(event);
+}
+
 void Unfolding::resizeEvent(QResizeEvent *event) {
     place();
     QWidget::resizeEvent(event);

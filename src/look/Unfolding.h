@@ -10,7 +10,7 @@ namespace tavrine::look {
 
 /// Holds one widget that comes and goes: it moves in from under what stands before it, fades in on its way, and what
 /// comes after makes room for it. Going is the same, turned round. Where nothing may move, and while its parent is not
-/// shown yet, both happen at once. Main thread.
+/// shown yet, both happen at once. What it holds may need another size meanwhile, and gets it. Main thread.
 class Unfolding final : public QWidget {
     Q_OBJECT
 
@@ -37,6 +37,7 @@ Q_SIGNALS:
     void moved();
 
 protected:
+    bool event(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private:

@@ -130,6 +130,20 @@ TEST_F(UnfoldingTest, turnsRoundWhereItIs) {
     EXPECT_FALSE(row.isVisible());
 }
 
+TEST_F(UnfoldingTest, growsAndShrinksWithWhatItHolds) {
+    Unfolding &row = make();
+    row.setShown(true);
+    pass(1s);
+    const auto rowIsAsHighAs = [&](int height) {
+        red->setFixedHeight(height);
+        for (int round = 0; round < 2; ++round) // the column's turn comes after its own
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+        return row.height() == height && red->geometry() == row.rect();
+    };
+    EXPECT_TRUE(rowIsAsHighAs(140));
+    EXPECT_TRUE(rowIsAsHighAs(60));
+}
+
 TEST_F(UnfoldingTest, followsASpringToTheSide) {
     const Spring spring = Spring::responding(0.3, 0.5); // which runs far over
     Unfolding &end = make(Qt::Horizontal);
