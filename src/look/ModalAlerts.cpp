@@ -3,12 +3,12 @@
 #include "base/DesktopWords.h"
 #include "look/Button.h"
 #include "look/FittingWindow.h"
-#include "look/Indicators.h"
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/PanelSurface.h"
 #include "look/Text.h"
+#include "look/WrappedText.h"
 
 #include <QApplication>
 #include <QHBoxLayout>
@@ -21,12 +21,14 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tavrine::look {
 namespace {
 
 constexpr int alertMargin = 20;
 constexpr int narrowestButton = 84;
+constexpr qreal widestWords = 440; // some seventy letters, beyond which the eye loses the next line
 
 /// The ground of an area for text; the editor stands within, clear.
 class TextField final : public QWidget {
@@ -44,6 +46,21 @@ protected:
             paintFocusRing(painter, QRectF(rect()).adjusted(3, 3, -3, -3), radius::control - 3, theme);
     }
 };
+
+/// As wide as the longest line of them, as far as that is good to read and the screen has room.
+int widthOfWords(const Alert &alert, int room) {
+    qreal longest = lineWidth(inDesktopWords(alert.message), TextRole::heading);
+    for (const QString &line : inDesktopWords(alert.information).split(u'\n'))
+        longest = std::max(longest, lineWidth(line, TextRole::body));
+    return std::min(room, int(std::ceil(std::min(longest, widestWords))) + 1);
+}
+
+WrappedText *makeWords(const QString &text, TextRole role, WrappedText::Tone tone, int width) {
+    auto *words = new WrappedText({}, text, tone);
+    words->setRole(role);
+    words->setFixedWidth(width);
+    return words;
+}
 
 /// The window that asks: the one with the keyboard, else one that could have it.
 QWidget *askingWindow() {
@@ -89,9 +106,11 @@ AlertWindow::AlertWindow(const Alert &alert, const QSize &textArea, QWidget *par
     auto *column = new QVBoxLayout(surface);
     column->setContentsMargins(alertMargin, alertMargin, alertMargin, alertMargin);
     column->setSpacing(0);
-    column->addWidget(new Label(alert.message, TextRole::heading));
+    const int width = widthOfWords(alert, screen()->availableGeometry().width() - 2 * alertMargin);
+    column->addWidget(makeWords(alert.message, TextRole::heading, WrappedText::Tone::plain, width), 0, Qt::AlignLeft);
     column->addSpacing(space::tiny);
-    column->addWidget(new Label(alert.information, TextRole::body, Label::Tone::secondary));
+    column->addWidget(makeWords(alert.information, TextRole::body, WrappedText::Tone::secondary, width), 0,
+                      Qt::AlignLeft);
     column->addSpacing(space::large);
 
     if (!textArea.isEmpty()) {

@@ -20,6 +20,10 @@ namespace {
 
 constexpr int symbolGap = 8;
 
+QString inLines(QString text) {
+    return text.replace(u'\n', QChar::LineSeparator);
+}
+
 /// Breaks the text between words, and an address without blanks anywhere. Returns the height.
 qreal wrap(QTextLayout &layout, int width) {
     QTextOption option(Qt::AlignLeft);
@@ -57,12 +61,18 @@ void WrappedText::set(const QString &symbol, const QString &text, Tone tone) {
     update();
 }
 
+void WrappedText::setRole(TextRole role) {
+    m_role = role;
+    updateGeometry();
+    update();
+}
+
 int WrappedText::indentation() const {
     return m_symbol.isEmpty() ? 0 : int(symbolsize::medium) + symbolGap;
 }
 
 int WrappedText::heightForWidth(int width) const {
-    QTextLayout layout(m_text, fontFor(TextRole::body));
+    QTextLayout layout(inLines(m_text), fontFor(m_role));
     return std::max(int(std::ceil(wrap(layout, width - indentation()))), int(symbolsize::medium)) + 2;
 }
 
@@ -90,7 +100,7 @@ void WrappedText::paintEvent(QPaintEvent *) {
         mark = theme.successText;
         break;
     }
-    painter.setFont(fontFor(TextRole::body));
+    painter.setFont(fontFor(m_role));
     if (!m_symbol.isEmpty()) {
         const int line = painter.fontMetrics().height();
         paintSymbol(painter, QRectF(0, 0, symbolsize::medium, line), m_symbol, symbolsize::medium, mark);
@@ -103,7 +113,7 @@ void WrappedText::paintEvent(QPaintEvent *) {
     if (hasFocus())
         paintFocusRing(painter, QRectF(rect()).adjusted(3, 3, -3, -3), radius::badge, theme);
     painter.setPen(ink);
-    QTextLayout layout(m_text, painter.font());
+    QTextLayout layout(inLines(m_text), painter.font());
     wrap(layout, width() - indentation());
     layout.draw(&painter, QPointF(indentation(), 0));
 }

@@ -6,8 +6,8 @@
 
 namespace tavrine::look {
 
-/// Lines of words that wrap, behind a symbol where there is one. A link can be pressed, with the keyboard too; its
-/// symbol tells of a success.
+/// Lines of words that wrap, behind a symbol where there is one; a line break of the text begins a new line. A link can
+/// be pressed, with the keyboard too; its symbol tells of a success.
 class WrappedText final : public QWidget {
     Q_OBJECT
 
@@ -16,6 +16,8 @@ public:
     WrappedText(const QString &symbol, const QString &text, Tone tone, QWidget *parent = nullptr);
 
     void set(const QString &symbol, const QString &text, Tone tone);
+    /// Body, until another one is set.
+    void setRole(TextRole role);
     [[nodiscard]] const QString &text() const { return m_text; }
     [[nodiscard]] bool isLink() const { return m_tone == Tone::link; }
     [[nodiscard]] const QString &symbol() const { return m_symbol; }
@@ -39,6 +41,7 @@ private:
     QString m_symbol;
     QString m_text;
     Tone m_tone = Tone::plain;
+    TextRole m_role = TextRole::body;
 };
 
 } // namespace tavrine::look

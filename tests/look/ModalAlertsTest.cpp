@@ -1,6 +1,7 @@
 #include "look/ModalAlerts.h"
 
 #include "look/Button.h"
+#include "support/PaintedWords.h"
 
 #include <QApplication>
 #include <QPlainTextEdit>
@@ -63,6 +64,41 @@ TEST_F(ModalAlertsTest, beforeAWindowAtTheEdgeOfTheScreenItStandsWhollyOnTheScre
     });
     EXPECT_FALSE(alerts.runModal(question));
     EXPECT_TRUE(usable.contains(frame)) << frame.right() << " " << frame.bottom();
+}
+
+TEST_F(ModalAlertsTest, longWordsWrapWhereTheyAreReadWellAndStandInTheirParagraphs) {
+    question.message = QStringLiteral("A question that has more to say than fits into one line of such a window");
+    question.information = QStringLiteral("The first of a sentence of many words. ").repeated(6) +
+                           QStringLiteral("\n\nAnd the second paragraph.");
+    whileShown([&](AlertWindow &window) {
+        QApplication::processEvents();
+        EXPECT_LE(window.width(), 500);
+        test::WordsDevice device(window.size());
+        window.render(&device, {}, {}, QWidget::DrawChildren);
+        const QString all = device.words().join(u' ').simplified();
+        EXPECT_TRUE(all.contains(question.message)) << all.toStdString();
+        EXPECT_TRUE(all.contains(question.information.simplified())) << all.toStdString();
+        qreal bottom = 0;
+        for (const test::PaintedWord &each : device.painted()) {
+            EXPECT_TRUE(each.isWhole) << each.text.toStdString();
+            const bool isParagraph = each.text.startsWith(QStringLiteral("And the second"));
+            EXPECT_TRUE(!isParagraph || each.place.top() >= bottom + 10) << each.place.top() << " after " << bottom;
+            if (!isParagraph && each.text.contains(QStringLiteral("words")))
+                bottom = std::max(bottom, each.place.bottom());
+        }
+        EXPECT_GT(bottom, 0);
+        window.reject();
+    });
+    EXPECT_FALSE(alerts.runModal(question));
+}
+
+TEST_F(ModalAlertsTest, fewWordsMakeASmallWindow) {
+    whileShown([](AlertWindow &window) {
+        QApplication::processEvents();
+        EXPECT_LT(window.width(), 280);
+        window.reject();
+    });
+    EXPECT_FALSE(alerts.runModal(question));
 }
 
 TEST_F(ModalAlertsTest, theButtonsDoWhatTheySay) {
