@@ -6,6 +6,7 @@
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
+#include "look/ScrollArea.h"
 #include "look/Symbols.h"
 
 #include <QGridLayout>
@@ -13,12 +14,15 @@
 #include <QRadialGradient>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace tavrine::onboardingPages {
 namespace {
 
 using namespace look;
 
 constexpr int sideMargin = 36;
+constexpr int topMargin = 30; // the window's name stands there
 
 QString text(const char *utf8) {
     return QString::fromUtf8(utf8);
@@ -32,7 +36,10 @@ QColor faint(QColor colour, int alpha) {
 /// The first thing that a person sees: a symbol on a plate that glows in the accent.
 class Emblem final : public QWidget {
 public:
-    explicit Emblem(const QString &symbol) : m_symbol(symbol) { setFixedSize(220, 220); }
+    static constexpr int largest = 220;
+    static constexpr int smallest = 72;
+
+    explicit Emblem(const QString &symbol) : m_symbol(symbol) { setFixedSize(largest, largest); }
 
 protected:
     void paintEvent(QPaintEvent *) override {
@@ -44,18 +51,37 @@ protected:
         glow.setColorAt(0.55, faint(accent, 30));
         glow.setColorAt(1, faint(accent, 0));
         painter.fillRect(rect(), glow);
-        const QRectF body(middle.x() - 50, middle.y() - 50, 100, 100);
+        const qreal scale = qreal(width()) / largest;
+        const qreal half = 50 * scale;
+        const QRectF body(middle.x() - half, middle.y() - half, 2 * half, 2 * half);
         QLinearGradient fill(body.topLeft(), body.bottomRight());
         fill.setColorAt(0, QColor(0xFF, 0xB3, 0x40));
         fill.setColorAt(1, QColor(0xF0, 0x74, 0x00));
         painter.setBrush(fill);
-        painter.drawRoundedRect(body, 26, 26);
-        strokeHairline(painter, body, 26, QColor(255, 255, 255, 70));
-        paintSymbol(painter, body, m_symbol, 56, Qt::white);
+        painter.drawRoundedRect(body, 26 * scale, 26 * scale);
+        strokeHairline(painter, body, 26 * scale, QColor(255, 255, 255, 70));
+        paintSymbol(painter, body, m_symbol, 56 * scale, Qt::white);
     }
 
 private:
     QString m_symbol;
+};
+
+/// The emblem over its words, and smaller where these would not be seen below it.
+class Greeting final : public QWidget {
+public:
+    explicit Greeting(Emblem *emblem) : m_emblem(emblem) {}
+
+protected:
+    void resizeEvent(QResizeEvent *event) override {
+        QWidget::resizeEvent(event);
+        const int words = sizeHint().height() - m_emblem->height();
+        const int side = std::clamp(parentWidget()->height() - words, Emblem::smallest, Emblem::largest);
+        m_emblem->setFixedSize(side, side);
+    }
+
+private:
+    Emblem *m_emblem;
 };
 
 /// A symbol and the name of a feature.
@@ -132,10 +158,18 @@ protected:
         paintSymbolPlate(painter, symbol, text(m_row.icon), faint(accent, 40), accent);
         const qreal left = symbol.right() + 14;
         const qreal wide = width() - left - 104;
-        paintLine(painter, QRectF(left, height() / 2.0 - 22, wide, 22), inDesktopWords(text(m_row.name)),
-                  TextRole::heading, theme.text);
-        paintLine(painter, QRectF(left, height() / 2.0 + 1, wide, 18), inDesktopWords(text(m_row.description)),
-                  TextRole::callout, theme.secondaryText);
+        const QString why = inDesktopWords(text(m_row.description));
+        const bool wraps = lineWidth(why, TextRole::callout) > wide;
+        const qreal middle = height() / 2.0 - (wraps ? 9 : 0);
+        paintLine(painter, QRectF(left, middle - 22, wide, 22), inDesktopWords(text(m_row.name)), TextRole::heading,
+                  theme.text);
+        if (!wraps) {
+            paintLine(painter, QRectF(left, middle + 1, wide, 18), why, TextRole::callout, theme.secondaryText);
+            return;
+        }
+        painter.setFont(fontFor(TextRole::callout));
+        painter.setPen(theme.secondaryText);
+        painter.drawText(QRectF(left, middle + 1, wide, 40), int(Qt::AlignLeft) | int(Qt::TextWordWrap), why);
     }
     void resizeEvent(QResizeEvent *event) override {
         QWidget::resizeEvent(event);
@@ -212,20 +246,27 @@ Label *centred(const char *words, TextRole role, Label::Tone tone) {
     return label;
 }
 
-// The button that leads on stands at the same place on every page, so that a hand may rest on it.
-Button *addForward(QVBoxLayout *column, OnboardingModel::Page page) {
+QVBoxLayout *makeColumn(QWidget *content) {
+    auto *column = new QVBoxLayout(content);
+    column->setContentsMargins(sideMargin, 0, sideMargin, 0);
+    column->setSpacing(0);
+    return column;
+}
+
+/// The content over the button that leads on, which stands at the same place on every page, so that a hand may rest on
+/// it, and in sight: what has no room above it scrolls.
+Page makePage(QWidget *parent, QWidget *content, OnboardingModel::Page page) {
+    auto *whole = new QWidget(parent);
+    auto *column = new QVBoxLayout(whole);
+    column->setContentsMargins(0, topMargin, 0, space::tiny);
+    column->setSpacing(0);
+    column->addWidget(new ScrollPane(content), 1);
+    column->addSpacing(space::small);
     auto *forward = new Button(text(OnboardingModel::pages.at(size_t(page)).button), ButtonStyle::prominent);
     forward->setButtonSize(ButtonSize::large);
     forward->setMinimumWidth(200);
     column->addWidget(forward, 0, Qt::AlignHCenter);
-    return forward;
-}
-
-QVBoxLayout *makeColumn(QWidget *page) {
-    auto *column = new QVBoxLayout(page);
-    column->setContentsMargins(sideMargin, 30, sideMargin, 4);
-    column->setSpacing(0);
-    return column;
+    return {whole, forward};
 }
 
 } // namespace
@@ -240,22 +281,23 @@ look::Theme theme() {
 
 Page makeWelcomeScreen(QWidget *parent) {
     const auto &texts = OnboardingModel::pages[size_t(OnboardingModel::Page::welcome)];
-    auto *page = new QWidget(parent);
-    QVBoxLayout *column = makeColumn(page);
+    auto *emblem = new Emblem(text(OnboardingModel::welcomeSymbol));
+    auto *content = new Greeting(emblem);
+    QVBoxLayout *column = makeColumn(content);
     column->addStretch(3);
-    column->addWidget(new Emblem(text(OnboardingModel::welcomeSymbol)), 0, Qt::AlignHCenter);
+    column->addWidget(emblem, 0, Qt::AlignHCenter);
     column->addSpacing(space::medium);
     column->addWidget(centred(texts.title, TextRole::hero, Label::Tone::primary));
     column->addSpacing(space::small);
     column->addWidget(centred(texts.subtitle, TextRole::heading, Label::Tone::secondary));
     column->addStretch(4);
-    return {page, addForward(column, OnboardingModel::Page::welcome)};
+    return makePage(parent, content, OnboardingModel::Page::welcome);
 }
 
 Page makeFeaturesScreen(QWidget *parent, std::function<void()> explore) {
     const auto &texts = OnboardingModel::pages[size_t(OnboardingModel::Page::features)];
-    auto *page = new QWidget(parent);
-    QVBoxLayout *column = makeColumn(page);
+    auto *content = new QWidget;
+    QVBoxLayout *column = makeColumn(content);
     column->addWidget(centred(texts.title, TextRole::title, Label::Tone::primary));
     column->addSpacing(space::large);
     auto *grid = new QGridLayout;
@@ -268,18 +310,18 @@ Page makeFeaturesScreen(QWidget *parent, std::function<void()> explore) {
     }
     auto *link = new Button(text(OnboardingModel::featuresLink), ButtonStyle::link);
     link->setSymbol(QStringLiteral("arrow.up.right"));
-    QObject::connect(link, &QAbstractButton::clicked, page, std::move(explore));
+    QObject::connect(link, &QAbstractButton::clicked, content, std::move(explore));
     grid->addWidget(link, index / 2, index % 2, Qt::AlignCenter);
     column->addLayout(grid);
     column->addStretch();
-    return {page, addForward(column, OnboardingModel::Page::features)};
+    return makePage(parent, content, OnboardingModel::Page::features);
 }
 
 Page makePermissionsScreen(QWidget *parent, PermissionChecker &checker,
                            const std::vector<OnboardingModel::Shortcut> &shortcuts, std::function<QString()> wanting) {
     const auto &texts = OnboardingModel::pages[size_t(OnboardingModel::Page::permissions)];
-    auto *page = new QWidget(parent);
-    QVBoxLayout *column = makeColumn(page);
+    auto *content = new QWidget;
+    QVBoxLayout *column = makeColumn(content);
     column->addStretch(2);
     column->addWidget(centred(texts.title, TextRole::title, Label::Tone::primary));
     column->addSpacing(space::small);
@@ -293,7 +335,7 @@ Page makePermissionsScreen(QWidget *parent, PermissionChecker &checker,
     column->addStretch(2);
     column->addWidget(new ShortcutLine(shortcuts));
     column->addStretch(1);
-    return {page, addForward(column, OnboardingModel::Page::permissions)};
+    return makePage(parent, content, OnboardingModel::Page::permissions);
 }
 
 } // namespace tavrine::onboardingPages

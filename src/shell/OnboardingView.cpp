@@ -91,18 +91,17 @@ OnboardingView::OnboardingView(const OnboardingModel::Ports &ports, std::functio
     : PanelSurface(look::radius::panel, parent), m_model(ports, std::move(onClose)) {
     if (auto *look = look::Look::current())
         look->setTheme(this, onboardingPages::theme());
-    setFixedSize(sizeHint());
     for (const auto &page :
          {onboardingPages::makeWelcomeScreen(this),
           onboardingPages::makeFeaturesScreen(this, [this] { m_model.exploreFeatures(); }),
           onboardingPages::makePermissionsScreen(this, m_model.permissionChecker(), m_model.shortcuts(),
                                                  [this] { return m_model.wanting(); })}) {
-        page.widget->setGeometry(pageRect());
         page.widget->setVisible(m_pages.empty());
         m_pages.push_back(page.widget);
         m_forward.push_back(page.forward);
         connect(page.forward, &QAbstractButton::clicked, &m_model, &OnboardingModel::goForward);
     }
+    setFixedSize(sizeHint());
     connect(&m_model, &OnboardingModel::currentPageChanged, this, &OnboardingView::showPage);
 }
 
@@ -126,6 +125,13 @@ std::unique_ptr<QWidget> OnboardingView::makeWindow(const OnboardingModel::Ports
 
 QSize OnboardingView::sizeHint() const {
     return {OnboardingFlow::windowWidth, OnboardingFlow::windowHeight};
+}
+
+/// A low screen has no room for all of it.
+void OnboardingView::resizeEvent(QResizeEvent *event) {
+    for (QWidget *page : m_pages)
+        page->setGeometry(pageRect());
+    PanelSurface::resizeEvent(event);
 }
 
 QRect OnboardingView::pageRect() const {

@@ -27,8 +27,8 @@ public:
     OnboardingView(const OnboardingModel::Ports &ports, std::function<void()> onClose, QWidget *parent = nullptr);
     ~OnboardingView() override;
 
-    /// The window of a first run, not yet shown: titled, in the middle of the screen, of a fixed size, without a close
-    /// button, and moved by its ground.
+    /// The window of a first run, not yet shown: titled, in the middle of the screen, of a fixed size where the screen
+    /// has room for it, without a close button, and moved by its ground.
     [[nodiscard]] static std::unique_ptr<QWidget> makeWindow(const OnboardingModel::Ports &ports,
                                                              std::function<void()> onClose);
 
@@ -38,6 +38,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void showPage();

@@ -74,6 +74,30 @@ TEST_F(OnboardingViewTest, theWindowIsTitledFixedAndHasNoCloseButton) {
     EXPECT_TRUE(window->windowFlags() & Qt::FramelessWindowHint); // some window managers draw one into every frame
 }
 
+TEST_F(OnboardingViewTest, onALowScreenTheButtonsAreInSightAndTheGreetingIsRead) {
+    window->setMinimumSize(1, 1);
+    window->resize(512, 276);
+    const auto isInSight = [this](const QWidget &widget) {
+        for (const QWidget *each = &widget; each != window.get(); each = each->parentWidget())
+            if (!each->parentWidget()->rect().contains(each->geometry()))
+                return false;
+        return true;
+    };
+    for (const char *button : {"Get Started", "Continue", "Done, Let's Go"}) {
+        QCoreApplication::processEvents();
+        for (const auto *each : window->findChildren<look::Button *>()) {
+            EXPECT_TRUE(!each->isVisible() || each->text() != QLatin1String(button) || isInSight(*each)) << button;
+        }
+        for (const auto *label : window->findChildren<look::Label *>()) {
+            const bool isGreeting = label->isVisible() && label->text() == QStringLiteral("Your computer. Simplified.");
+            EXPECT_TRUE(!isGreeting || isInSight(*label));
+        }
+        press(button);
+        time.advance(1s);
+    }
+    EXPECT_EQ(closes, 1);
+}
+
 TEST_F(OnboardingViewTest, theLastPageSaysWhenTheDesktopDoesNotAllowEverything) {
     const auto sentences = [this] { return words().filter(QStringLiteral("on this desktop")); };
     press("Get Started");

@@ -76,7 +76,7 @@ void paintChecks(QPainter &painter, const QRectF &rect, const look::Theme &theme
 } // namespace
 
 EditorStageView::EditorStageView(QWidget *parent) : QWidget(parent), m_overlay(new OverlayLayer(this)) {
-    setMinimumSize(200, 160);
+    setMinimumSize(200, 100); // with the bars as low as the lowest window
     m_overlay->hide();
     if (auto *look = look::Look::current())
         connect(look, &look::Look::changed, this, [this] {

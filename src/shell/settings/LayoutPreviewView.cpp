@@ -21,7 +21,8 @@ using namespace look;
 
 namespace {
 
-constexpr int previewWidth = 290; // the menu's
+constexpr int menuWidth = 290; // the menu's, where the page has room for it
+constexpr int leastWidth = 200;
 constexpr int padding = 12;
 constexpr int spacing = 8;
 constexpr int itemHeight = 44;
@@ -115,16 +116,24 @@ LayoutPreviewView::~LayoutPreviewView() = default;
 
 QSize LayoutPreviewView::sizeHint() const {
     const int rows = int(m_rows.size());
-    return {previewWidth, rows == 0 ? emptyHeight : 2 * padding + rows * itemHeight + (rows - 1) * spacing};
+    return {menuWidth, rows == 0 ? emptyHeight : 2 * padding + rows * itemHeight + (rows - 1) * spacing};
+}
+
+QSize LayoutPreviewView::minimumSizeHint() const {
+    return {leastWidth, sizeHint().height()};
+}
+
+int LayoutPreviewView::previewWidth() const {
+    return std::min(menuWidth, width());
 }
 
 std::map<QuickAction, QRect> LayoutPreviewView::places() const {
     std::map<QuickAction, QRect> found;
-    const int left = (width() - previewWidth) / 2 + padding;
+    const int left = (width() - previewWidth()) / 2 + padding;
     int y = padding;
     for (const LayoutRow &row : m_rows) {
         const int count = int(row.items.size());
-        const int wide = (previewWidth - 2 * padding - (count - 1) * spacing) / count;
+        const int wide = (previewWidth() - 2 * padding - (count - 1) * spacing) / count;
         int x = left;
         for (const QuickAction action : row.items) {
             found[action] = QRect(x, y, wide, itemHeight);
@@ -195,7 +204,7 @@ void LayoutPreviewView::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     preparePainter(painter);
     const Theme &theme = themeOf(this);
-    const QRectF menu((width() - previewWidth) / 2.0, 0, previewWidth, height());
+    const QRectF menu((width() - previewWidth()) / 2.0, 0, previewWidth(), height());
     fillRounded(painter, menu, radius::card, over(theme.surface, theme.control));
     strokeHairline(painter, menu, radius::card, theme.outline);
     if (m_rows.empty())

@@ -21,7 +21,7 @@ public:
     ~LayoutPreviewView() override;
 
     [[nodiscard]] QSize sizeHint() const override;
-    [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
+    [[nodiscard]] QSize minimumSizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -32,6 +32,7 @@ private:
     class Item;
 
     void refresh();
+    [[nodiscard]] int previewWidth() const;
     [[nodiscard]] std::map<QuickAction, QRect> places() const;
     void moveTo(const std::map<QuickAction, QRect> &places, bool isAnimated);
     void dragged(QuickAction action, QPoint place);

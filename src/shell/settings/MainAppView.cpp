@@ -18,6 +18,13 @@
 #include <QWindow>
 
 namespace tavrine {
+namespace {
+
+/// Below it the titles of the pages would leave a page less room than its rows are made for: on a screen of 1024 pixels
+/// on which a person wants twice the text.
+constexpr int narrowWidth = 620;
+
+} // namespace
 
 MainAppView::MainAppView(NotificationCenter &center, MakePage makePage, AskToSave askToSave, QWidget *parent)
     : QWidget(parent), m_makePage(std::move(makePage)), m_askToSave(std::move(askToSave)),
@@ -113,9 +120,12 @@ void MainAppView::closeEvent(QCloseEvent *event) {
 }
 
 void MainAppView::place() {
-    m_sidebar->setGeometry(0, 0, SidebarView::width, height());
+    const bool isNarrow = width() < narrowWidth;
+    m_sidebar->setKind(isNarrow ? SidebarView::Kind::narrow : SidebarView::Kind::wide);
+    const int left = SidebarView::widthOf(m_sidebar->kind());
+    m_sidebar->setGeometry(0, 0, left, height());
     if (m_page)
-        m_page->setGeometry(SidebarView::width, 0, width() - SidebarView::width, height());
+        m_page->setGeometry(left, 0, width() - left, height());
 }
 
 void MainAppView::paintEvent(QPaintEvent *) {

@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace tavrine {
 namespace {
@@ -68,7 +69,9 @@ protected:
         const QRectF body = rect();
         const QColor ground = isChecked() ? theme().selection : this->ground(Qt::transparent);
         fillRounded(painter, body, radius::control, ground);
-        if (isSubRow(m_item))
+        if (m_view.kind() == Kind::narrow)
+            paintSymbolOf(painter, QRectF((width() - symbolsize::medium) / 2, 0, symbolsize::medium, height()));
+        else if (isSubRow(m_item))
             paintSubRow(painter, body);
         else
             paintRowOf(painter, body);
@@ -80,11 +83,13 @@ protected:
 
 private:
     void paintRowOf(QPainter &painter, const QRectF &body) {
-        paintSymbol(painter, QRectF(symbolLeft, body.top(), symbolsize::medium, body.height()),
-                    QLatin1String(textOf(m_item).symbol), symbolsize::medium,
-                    isChecked() ? theme().accentText : theme().secondaryText);
+        paintSymbolOf(painter, QRectF(symbolLeft, body.top(), symbolsize::medium, body.height()));
         paintLine(painter, body.adjusted(textLeft, 0, -space::small, 0), text(),
                   isChecked() ? TextRole::bodyStrong : TextRole::body, theme().text);
+    }
+    void paintSymbolOf(QPainter &painter, const QRectF &place) {
+        paintSymbol(painter, place, QLatin1String(textOf(m_item).symbol), symbolsize::medium,
+                    isChecked() ? theme().accentText : theme().secondaryText);
     }
     /// A dot, the title and the badge, six points apart.
     void paintSubRow(QPainter &painter, const QRectF &body) {
@@ -112,7 +117,7 @@ private:
 };
 
 SidebarView::SidebarView(QWidget *parent) : QWidget(parent) {
-    setFixedWidth(width);
+    setFixedWidth(widthOf(m_kind));
     setRole(*this, QAccessible::Grouping);
     setAccessibleName(inDesktopWords(QStringLiteral("Pages")));
     auto *list = new QWidget;
@@ -126,6 +131,7 @@ SidebarView::SidebarView(QWidget *parent) : QWidget(parent) {
                 new Label(QLatin1String(group.heading), TextRole::captionStrong, Label::Tone::secondary, this);
             heading->setContentsMargins(symbolLeft, 0, 0, 0);
             column->addWidget(heading);
+            m_headings.push_back(heading);
             column->addSpacing(space::hair);
         }
         for (const SidebarItem item : group.items) {
@@ -147,6 +153,18 @@ std::vector<SidebarItem> SidebarView::order() {
     for (const SidebarGroup &group : sidebarGroups)
         items.insert(items.end(), group.items.begin(), group.items.end());
     return items;
+}
+
+void SidebarView::setKind(Kind kind) {
+    if (std::exchange(m_kind, kind) == kind)
+        return;
+    setFixedWidth(widthOf(kind));
+    for (Label *heading : m_headings)
+        heading->setVisible(kind == Kind::wide);
+    for (Row *row : m_rows) {
+        row->setToolTip(kind == Kind::wide ? QString() : row->text());
+        row->update();
+    }
 }
 
 void SidebarView::setSelection(std::optional<SidebarItem> item) {

@@ -7,6 +7,7 @@
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
+#include "look/ScrollArea.h"
 #include "look/Tile.h"
 #include "utilities/lofi/LofiPlayerModel.h"
 
@@ -77,7 +78,11 @@ private:
 };
 
 LofiSettingsView::LofiSettingsView(std::unique_ptr<LofiPlayerModel> model) : m_model(std::move(model)) {
-    auto *column = new QVBoxLayout(this);
+    auto *page = new QWidget;
+    auto *whole = new QVBoxLayout(this);
+    whole->setContentsMargins(0, 0, 0, 0);
+    whole->addWidget(new look::ScrollPane(page));
+    auto *column = new QVBoxLayout(page);
     column->setContentsMargins(margin, margin, margin, margin);
     column->setSpacing(0);
     column->addWidget(new look::Label(QLatin1String(title), look::TextRole::title));
