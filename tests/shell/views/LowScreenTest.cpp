@@ -112,6 +112,21 @@ TEST_F(LowScreen, norInGerman) {
     lookAtAll();
 }
 
+/// On every screen: the menu is as wide everywhere.
+TEST_F(LowScreen, inGermanATitleOfTheMenuEndsBeforeItsKeys) {
+    speakGerman();
+    start(ColorScheme::light);
+    visitMenu([](QWidget &view, const QString &) {
+        test::WordsDevice device(view.size());
+        view.render(&device, {}, {}, QWidget::DrawChildren);
+        const auto &words = device.painted();
+        for (auto one = words.begin(); one != words.end(); ++one)
+            for (auto other = one + 1; other != words.end(); ++other)
+                EXPECT_FALSE(one->place.adjusted(0, 4, 2, -4).intersects(other->place.adjusted(0, 4, 0, -4)))
+                    << one->text.toStdString() << " / " << other->text.toStdString();
+    });
+}
+
 class NarrowSettings : public LowScreen {
 protected:
     void SetUp() override {
