@@ -28,7 +28,8 @@ double ImageZoom::fittingScale() const {
     if (m_imageSize.isEmpty() || m_place.isEmpty())
         return 1;
     const double wide = std::max(m_place.width() - 2 * margin, 1.0) / m_imageSize.width();
-    const double tall = std::max(m_place.height() - margin - bottomMargin, 1.0) / m_imageSize.height();
+    // In a low place the pills may lie over it: little more than a dot is no picture.
+    const double tall = std::max(m_place.height() - margin - bottomMargin, m_place.height() / 2) / m_imageSize.height();
     // Whole points of the picture: it would be blurred otherwise.
     const double ownSize =
         std::max(1.0, std::floor(smallestShown / std::max(m_imageSize.width(), m_imageSize.height())));

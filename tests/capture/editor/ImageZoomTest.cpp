@@ -30,6 +30,13 @@ TEST(ImageZoom, aLargePictureIsShownWholeWithRoomRoundIt) {
     EXPECT_NEAR(rect.width() / rect.height(), 3840.0 / 2160, 0.01);
 }
 
+TEST(ImageZoom, inALowPlaceAPictureHasHalfOfIt) {
+    const QRectF rect = shown({600, 300}, {500, 120}).imageRect();
+    EXPECT_EQ(rect.height(), 60);
+    EXPECT_GE(rect.top(), 0);
+    EXPECT_LE(rect.bottom(), 120);
+}
+
 TEST(ImageZoom, aPictureThatHasRoomKeepsItsSizeInTheMiddle) {
     const ImageZoom zoom = shown({400, 300});
     EXPECT_EQ(zoom.scale(), 1);
