@@ -56,8 +56,8 @@ protected:
                                m_model.isGlowing() ? theme.onAccent : theme.text);
         const qreal left = plate.right() + look::space::medium;
         const qreal wide = m_play->x() - look::space::medium - left;
-        look::paintLine(painter, QRectF(left, 13, wide, 18), m_model.activeTrackTitle(),
-                        look::TextRole::bodyStrong, theme.text);
+        look::paintLine(painter, QRectF(left, 13, wide, 18), m_model.activeTrackTitle(), look::TextRole::bodyStrong,
+                        theme.text);
         look::paintLine(painter, QRectF(left, 34, wide, 16), inDesktopWords(m_model.activeTrackNote()),
                         look::TextRole::caption, theme.secondaryText);
     }
