@@ -76,6 +76,27 @@ protected:
 
 } // namespace
 
+/// Whose titles are German too.
+TEST_F(PanelTrouble, inGermanAPanelTakesItsKeys) {
+    constexpr auto germanPanel = "Zwischenablage-Suche";
+    LineTarget target(TAVRINE_CLIENTS "/gtk-entry");
+    ASSERT_TRUE(target.isReady());
+    program.environment.insert(str("LANGUAGE"), str("de"));
+    program.environment.insert(str("LC_ALL"), str("de_DE.UTF-8"));
+    ASSERT_TRUE(startWith({str("older text"), str("newer text")}));
+    const auto open = [&] {
+        desktop.openClipboardPanel();
+        return waitUntil([&] { return desktop.hasKeyboard(germanPanel); }, openingBound);
+    };
+    ASSERT_TRUE(open());
+    desktop.pressEscape();
+    ASSERT_TRUE(isClosed(germanPanel));
+    ASSERT_TRUE(open());
+    desktop.keyboard.tap(116); // down
+    desktop.pressReturn();
+    EXPECT_TRUE(hasArrived(target, str("older text"))) << target.text().toStdString();
+}
+
 TEST_F(PanelTrouble, aTargetThatQuitsDuringTheWaitCostsThatPasteAndNoOther) {
     LineTarget stays(TAVRINE_CLIENTS "/gtk-entry");
     ASSERT_TRUE(stays.isReady());
