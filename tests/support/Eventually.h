@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Patience.h"
+
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEventLoop>
@@ -10,7 +12,7 @@ namespace tavrine::test {
 
 /// Runs the event loop until `condition` holds; false when it does not within `longest`. For what other processes do.
 template <class Condition>
-[[nodiscard]] bool eventually(Condition condition, std::chrono::milliseconds longest = std::chrono::seconds(10)) {
+[[nodiscard]] bool eventually(Condition condition, std::chrono::milliseconds longest = patience) {
     const QDeadlineTimer deadline(longest);
     while (!condition()) {
         if (deadline.hasExpired())

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Patience.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QThread>
@@ -11,7 +13,7 @@ namespace tavrine::testing {
 /// Waits for a real part of the desktop: until `condition` holds, for `limit` at most, with the event loop running.
 /// True when it came to hold.
 template <class Condition>
-[[nodiscard]] bool waitUntil(Condition condition, std::chrono::milliseconds limit = std::chrono::seconds(10)) {
+[[nodiscard]] bool waitUntil(Condition condition, std::chrono::milliseconds limit = test::patience) {
     QElapsedTimer timer;
     timer.start();
     while (!condition()) {
