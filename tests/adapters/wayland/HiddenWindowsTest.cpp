@@ -9,17 +9,24 @@
 
 #include <atomic>
 #include <chrono>
+#include <string_view>
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <sys/types.h>
-#include <unistd.h>
+#include <pthread.h>
 
 namespace {
 
 std::atomic<bool> isHeldUp = false;
 std::atomic<int> timesHeldUp = 0;
 constexpr std::chrono::milliseconds lengthOfStop{3};
+
+/// Other libraries have threads that call through the same function.
+bool isToolkitsThread() {
+    char name[16] = "";
+    return pthread_getname_np(pthread_self(), name, sizeof name) == 0 &&
+           std::string_view(name).starts_with("WaylandEventThr");
+}
 
 } // namespace
 
@@ -28,7 +35,8 @@ extern "C" __attribute__((visibility("default"))) void ffi_call(void *shape, voi
                                                                 void **arguments) {
     using Call = void (*)(void *, void (*)(), void *, void **);
     static const auto call = reinterpret_cast<Call>(::dlsym(RTLD_NEXT, "ffi_call"));
-    if (::gettid() != ::getpid()) {
+    const bool holdsUp = isToolkitsThread();
+    if (holdsUp) {
         isHeldUp = true;
         ++timesHeldUp;
         const auto end = std::chrono::steady_clock::now() + lengthOfStop;
@@ -36,7 +44,8 @@ extern "C" __attribute__((visibility("default"))) void ffi_call(void *shape, voi
         }
     }
     call(shape, function, result, arguments);
-    isHeldUp = false;
+    if (holdsUp)
+        isHeldUp = false;
 }
 
 namespace tavrine {
