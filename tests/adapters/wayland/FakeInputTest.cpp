@@ -1,4 +1,4 @@
-// A paste by KWin's fake input while KWin stands still, against a compositor that is played.
+// A paste that compositors hold up or do not let through, against one that is played.
 #include "adapters/wayland/PlayedCompositor.h"
 #include "adapters/wayland/WaylandEventPoster.h"
 #include "base/VirtualKeys.h"
@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 #include <wayland-server-protocol.h>
 #include <wayland/fake-input.h>
+#include <wayland/virtual-keyboard-unstable-v1.h>
 
 namespace tavrine {
 namespace {
@@ -71,6 +72,30 @@ TEST_F(SlowFakeInput, aCompositorThatTakesNoKeysIsNamedAsTheReason) {
     paste(poster);
     EXPECT_FALSE(poster.isHeldBack());
     EXPECT_EQ(poster.failure(), QStringLiteral("the compositor takes no keys from this program"));
+}
+
+/// A terminal that pastes what was selected last with the chord that it is sent.
+class Terminal final : public WaylandWindows {
+public:
+    Terminal() {
+        WaylandWindow window;
+        window.number = nextNumber();
+        window.applicationId = QStringLiteral("xterm");
+        window.isActive = true;
+        add(window);
+    }
+};
+
+TEST(WaylandPaste, isNotTypedWhereTheTextCannotBeWhatWasSelectedLast) {
+    const PlayedCompositor compositor({&wl_seat_interface, &zwp_virtual_keyboard_manager_v1_interface});
+    WaylandEventPoster poster(std::make_shared<Terminal>(), [] { return QStringLiteral("a password"); });
+    poster.postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
+    poster.postKeyboardEvent(virtualKey::v, false, modifierFlag::command);
+    EXPECT_FALSE(poster.isHeldBack());
+    EXPECT_EQ(poster.failure(), QStringLiteral("the compositor gives this program no primary selection"));
+    poster.postKeyboardEvent(virtualKey::enter, true, 0); // what comes before it has come as well
+    EXPECT_TRUE(waitUntil([&] { return compositor.count("zwp_virtual_keyboard_v1.key") > 0; }));
+    EXPECT_EQ(compositor.count("zwp_virtual_keyboard_v1.key"), 1);
 }
 
 } // namespace
