@@ -112,16 +112,21 @@ TEST_F(WaylandProgram, aCopyOutlivesItsProgram) {
     EXPECT_TRUE(waitUntil([] { return pasted() == "of a program that dies"; }));
 }
 
+/// Starts it as a process whose words the test reads.
+static bool startsTrusted(QProcess &process, const QProcessEnvironment &environment) {
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(TAVRINE_BINARY), {});
+    QByteArray printed;
+    return waitUntil([&] {
+        printed += process.readAllStandardOutput();
+        return printed.contains("Accessibility Trusted on Launch: true");
+    });
+}
+
 TEST_F(WaylandProgram, itStartsWithoutAWordOfErrors) {
     ASSERT_TRUE(program.writePreferences({}));
     QProcess process;
-    process.setProcessEnvironment(program.environment);
-    process.start(QStringLiteral(TAVRINE_BINARY), {});
-    QByteArray printed;
-    EXPECT_TRUE(waitUntil([&] {
-        printed += process.readAllStandardOutput();
-        return printed.contains("Accessibility Trusted on Launch: true");
-    }));
+    EXPECT_TRUE(startsTrusted(process, program.environment));
     EXPECT_EQ(process.readAllStandardError(), QByteArray());
     process.kill();
     process.waitForFinished();
@@ -133,13 +138,7 @@ TEST_F(WaylandProgram, itStartsAndShowsItsPanelWithThreeConnections) {
     ASSERT_TRUE(program.writePreferences({}));
     program.environment.insert(QStringLiteral("WAYLAND_DEBUG"), QStringLiteral("1"));
     QProcess process;
-    process.setProcessEnvironment(program.environment);
-    process.start(QStringLiteral(TAVRINE_BINARY), {});
-    QByteArray printed;
-    EXPECT_TRUE(waitUntil([&] {
-        printed += process.readAllStandardOutput();
-        return printed.contains("Accessibility Trusted on Launch: true");
-    }));
+    EXPECT_TRUE(startsTrusted(process, program.environment));
     program.environment.remove(QStringLiteral("WAYLAND_DEBUG"));
     EXPECT_TRUE(openPanel("--clipboard"));
     process.kill();
