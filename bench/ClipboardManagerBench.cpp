@@ -1,6 +1,7 @@
 // What a copy costs the main thread: a text through the poll, and a picture of 24 megapixels. The cost of SQLite's
 // commit stands apart, for it is the disk's.
 
+#include "adapters/fake/FakeApplicationCatalog.h"
 #include "adapters/fake/FakeLoginItem.h"
 #include "adapters/fake/FakeMovieAsset.h"
 #include "adapters/fake/FakePasteboard.h"
@@ -34,7 +35,7 @@ struct Bench {
         if (rows > 0)
             fill(rows);
         manager = std::make_unique<ClipboardManager>(ClipboardManager::Ports{
-            time, defaults, pasteboard, workspace, coder, movies, loginItem, folders, database});
+            time, defaults, pasteboard, workspace, catalog, coder, movies, loginItem, folders, database});
         time.advance(ClipboardManager::pollInterval);
     }
 
@@ -58,6 +59,7 @@ struct Bench {
     UserDefaults defaults{home.path() + QStringLiteral("/defaults.plist"), time, center};
     FakePasteboard pasteboard;
     FakeWorkspace workspace;
+    FakeApplicationCatalog catalog;
     TurboImageCoder coder;
     FakeMovieAsset movies;
     FakeLoginItem loginItem;
@@ -96,8 +98,8 @@ void startUp(benchmark::State &state) {
     bench.manager.reset();
     for (auto _ : state) {
         ClipboardDatabase database(bench.folders.applicationSupport + QStringLiteral("/Tavrine/clipboard.db"));
-        const ClipboardManager manager({bench.time, bench.defaults, bench.pasteboard, bench.workspace, bench.coder,
-                                        bench.movies, bench.loginItem, bench.folders, database});
+        const ClipboardManager manager({bench.time, bench.defaults, bench.pasteboard, bench.workspace, bench.catalog,
+                                        bench.coder, bench.movies, bench.loginItem, bench.folders, database});
         benchmark::DoNotOptimize(manager.history().size());
     }
 }

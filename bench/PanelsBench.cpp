@@ -2,6 +2,7 @@
 // database, at 1,000, 100,000 and 1,000,000 rows, in its filters alone, and in the emoji picker over the whole table.
 
 #include "adapters/fake/FakeAlerts.h"
+#include "adapters/fake/FakeApplicationCatalog.h"
 #include "adapters/fake/FakeImageCoder.h"
 #include "adapters/fake/FakeLoginItem.h"
 #include "adapters/fake/FakeMovieAsset.h"
@@ -32,7 +33,7 @@ struct Panel {
     explicit Panel(int64_t rows) {
         fill(rows);
         manager = std::make_unique<ClipboardManager>(ClipboardManager::Ports{
-            time, defaults, pasteboard, workspace, coder, movies, loginItem, folders, database});
+            time, defaults, pasteboard, workspace, catalog, coder, movies, loginItem, folders, database});
         model = std::make_unique<ClipboardSearchModel>(ClipboardSearchModel::Ports{*manager, alerts, center, time});
     }
 
@@ -60,6 +61,7 @@ struct Panel {
     UserDefaults defaults{home.path() + text("/defaults.plist"), time, center};
     FakePasteboard pasteboard;
     FakeWorkspace workspace;
+    FakeApplicationCatalog catalog;
     FakeImageCoder coder;
     FakeMovieAsset movies;
     FakeLoginItem loginItem;

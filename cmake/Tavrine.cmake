@@ -23,7 +23,8 @@ endif()
 target_link_options(tavrine_options INTERFACE -Wl,--as-needed -Wl,-O1 -Wl,-z,now)
 
 # The headers that nearly every source takes, compiled once for all libraries: each copy would cost seconds and 120 MB.
-file(WRITE ${PROJECT_BINARY_DIR}/headers.cpp "// The headers are all there is.\n")
+# Written once: a newer one would have everything compiled anew, whenever the build is configured.
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/headers.cpp CONTENT "// The headers are all there is.\n")
 set(shared_headers <QObject> <QString> <QHash> <functional> <memory> <optional> <vector>)
 add_library(tavrine_headers STATIC ${PROJECT_BINARY_DIR}/headers.cpp)
 target_link_libraries(tavrine_headers PUBLIC tavrine_options Qt6::Core)
@@ -44,6 +45,7 @@ function(tavrine_library name)
   set(headers tavrine_headers)
   if(ARG_VIEWS)
     set(headers tavrine_view_headers)
+    set_target_properties(${name} PROPERTIES UNITY_BUILD OFF) # each view has margins and rows of its own, called the same
   endif()
   target_precompile_headers(${name} REUSE_FROM ${headers})
 endfunction()

@@ -7,6 +7,7 @@
 #include "look/Control.h"
 #include "look/Look.h"
 #include "look/Paint.h"
+#include "look/SoftChange.h"
 #include "look/Symbols.h"
 
 #include <QApplication>
@@ -221,6 +222,8 @@ void SnippetPreviewCard::addButtons() {
 
 void SnippetPreviewCard::refresh() {
     const auto show = [](PreviewActionButton *button, bool isDone, const char *icon, const char *title) {
+        if (button->isActive() != isDone)
+            look::changeSoftly(*button);
         button->setIcon(isDone ? doneIcon : QString(QLatin1String(icon)));
         button->setTitle(QLatin1String(title));
         button->setActive(isDone);

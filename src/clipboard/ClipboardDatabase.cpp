@@ -1,5 +1,7 @@
 #include "clipboard/ClipboardDatabase.h"
 
+#include "base/CaseInsensitiveText.h"
+#include "base/Uuid.h"
 #include "clipboard/ClipboardDatabaseSql.h"
 #include "clipboard/CurrentRows.h"
 #include "clipboard/CutText.h"
@@ -11,7 +13,9 @@
 #include "clipboard/RowWriter.h"
 #include "clipboard/Statement.h"
 
+#include <algorithm>
 #include <limits>
+#include <tuple>
 
 #include <sqlite3.h>
 
@@ -56,15 +60,83 @@ struct ClipboardDatabase::Parts {
     std::optional<std::vector<ClipboardItem>> search(const QString &query, qint64 limit,
                                                      const std::function<bool()> &stop) {
         auto found = searcher.search(query, limit, stop);
-        if (!file.busyWait().isHeld())
+        const bool isHeld = file.busyWait().isHeld();
+        if (!isHeld && (!found || writer.unwritten().isEmpty()))
             return found;
-        // What is known of the history stands for a file that another program holds.
         const LikePattern like(sql::containsPattern(query).toUtf8().constData(), U'\\');
-        std::vector<ClipboardItem> known = writer.unwritten().appliedTo(loader.lastAnswer(), {}, -1);
-        std::erase_if(known, [&](const ClipboardItem &item) { return !like.matches(item.content.toStdString()); });
-        if (limit >= 0 && known.size() > static_cast<std::size_t>(limit))
-            known.resize(static_cast<std::size_t>(limit));
-        return known;
+        const CaseInsensitiveText text(query);
+        const auto isNoMatch = [&](const ClipboardItem &item) {
+            return !like.matches(item.content.toStdString()) || (shortened(item).cut && !text.isIn(item.content));
+        };
+        if (isHeld) { // what is known of the history stands for a file that another program holds
+            found = loader.lastAnswer();
+            std::erase_if(*found, isNoMatch);
+        }
+        auto outcome = writer.unwritten().outcome();
+        std::erase_if(outcome.rows, isNoMatch);
+        found = outcome.appliedTo(*std::move(found), {}, -1);
+        if (limit >= 0 && found->size() > static_cast<std::size_t>(limit))
+            found->resize(static_cast<std::size_t>(limit));
+        return found;
+    }
+
+    Counts counts() {
+        sqlite3 *db = file.db();
+        if (writer.unwritten().isEmpty())
+            return {readCount(db, sql::countAll), readCount(db, sql::countPinned), readCount(db, sql::countMedia)};
+        const auto outcome = writer.unwritten().outcome();
+        Counts counts{readCount(db, outcome.isCleared ? sql::countProtected : sql::countAll),
+                      readCount(db, sql::countPinned),
+                      readCount(db, outcome.isCleared ? sql::countProtectedMedia : sql::countMedia)};
+        const auto add = [&counts](const ClipboardItem &item, int number) {
+            counts.total += number;
+            counts.pinned += item.isPinned ? number : 0;
+            counts.images += item.imageFileName ? number : 0;
+        };
+        for (const QUuid &id : outcome.ids) { // as the file has them they count no more
+            Statement statement(db, sql::rowOfIdWithoutText);
+            statement.bindText(1, uuidString(id).toLatin1());
+            if (statement.step() == Statement::Step::row)
+                if (const ClipboardItem item = readRow(statement).item; item.isProtected() || !outcome.isCleared)
+                    add(item, -1);
+        }
+        for (const ClipboardItem &row : outcome.rows)
+            add(row, 1);
+        return counts;
+    }
+
+    std::optional<std::vector<ClipboardItem>> filter(std::vector<ClipboardItem> cutItems, const QString &text,
+                                                     const std::function<bool()> &stop) {
+        const CaseInsensitiveText wanted(text);
+        std::vector<ClipboardItem> found;
+        std::erase_if(cutItems, [&](const ClipboardItem &item) {
+            const auto waiting = writer.unwritten().find(item.id);
+            if (waiting && wanted.isIn(waiting->content))
+                found.push_back(item);
+            return waiting.has_value();
+        });
+        auto inFile = searcher.filter(cutItems, text, stop);
+        if (inFile)
+            inFile->insert(inFile->end(), found.begin(), found.end());
+        return inFile;
+    }
+
+    void forEachRow(const std::function<void(const ClipboardItem &)> &take) {
+        auto outcome = writer.unwritten().outcome();
+        const auto precedes = [](const ClipboardItem &a, const ClipboardItem &b) {
+            return std::tuple(a.isPinned, a.date) > std::tuple(b.isPinned, b.date);
+        };
+        std::stable_sort(outcome.rows.begin(), outcome.rows.end(), precedes);
+        auto waiting = outcome.rows.cbegin();
+        Statement statement(file.db(), sql::selectAll({}, std::numeric_limits<qint64>::max()));
+        while (statement.step() == Statement::Step::row) {
+            const ClipboardItem item = readRow(statement).item;
+            for (; waiting != outcome.rows.cend() && precedes(*waiting, item); ++waiting)
+                take(*waiting);
+            if (outcome.keeps(item))
+                take(item);
+        }
+        std::for_each(waiting, outcome.rows.cend(), take);
     }
 };
 
@@ -127,11 +199,7 @@ std::optional<QString> ClipboardDatabase::wholeText(const ClipboardItem &item) {
 }
 
 void ClipboardDatabase::forEachRow(const std::function<void(const ClipboardItem &)> &take) {
-    perform([&] {
-        Statement statement(m_parts->file.db(), sql::selectAll({}, std::numeric_limits<qint64>::max()));
-        while (statement.step() == Statement::Step::row)
-            take(readRow(statement).item);
-    });
+    perform([&] { m_parts->forEachRow(take); });
 }
 
 std::vector<ClipboardItem> ClipboardDatabase::loadAll(std::optional<Date> since, qint64 limit) {
@@ -152,7 +220,7 @@ std::vector<ClipboardItem> ClipboardDatabase::loadProtectedAndRecent(std::option
     return perform([&] {
         auto items = m_parts->loader.load(since, limit);
         const UnwrittenRows &unwritten = m_parts->writer.unwritten();
-        return unwritten.isEmpty() ? items : unwritten.appliedTo(std::move(items), since, limit);
+        return unwritten.isEmpty() ? items : unwritten.outcome().appliedTo(std::move(items), since, limit);
     });
 }
 
@@ -169,7 +237,7 @@ std::shared_ptr<HistoryRead> ClipboardDatabase::beginSearch(const QString &query
 std::shared_ptr<HistoryRead> ClipboardDatabase::beginFilter(std::vector<ClipboardItem> cutItems, const QString &text,
                                                             std::function<void()> whenDone) {
     return begin([this, cutItems = std::move(cutItems),
-                  text](const auto &stop) { return m_parts->searcher.filter(cutItems, text, stop); },
+                  text](const auto &stop) { return m_parts->filter(cutItems, text, stop); },
                  std::move(whenDone));
 }
 
@@ -203,29 +271,21 @@ ClipboardDatabase::Pruned ClipboardDatabase::prune(bool imagesOnly, std::optiona
 QStringList ClipboardDatabase::clearUnprotected() {
     return perform([&] {
         m_parts->writer.clearUnprotected();
-        sqlite3 *db = m_parts->file.db();
-        QStringList fileNames;
-        {
-            Statement selection(db, sql::unprotectedFiles);
-            while (selection.step() == Statement::Step::row)
-                fileNames.append(selection.text(0).value_or(QString()));
-        }
-        const bool isDone = sqlite3_exec(db, sql::deleteUnprotected, nullptr, nullptr, nullptr) == SQLITE_OK;
-        if (m_parts->current.noteDeletion(isDone))
-            m_parts->current.rows().clearedUnprotected();
-        return fileNames;
+        return m_parts->writer.takeClearedFiles();
+    });
+}
+
+ClipboardDatabase::Clearing ClipboardDatabase::finishClear() {
+    return perform([&]() -> Clearing {
+        RowWriter &writer = m_parts->writer;
+        if (writer.unwritten().holdsClear())
+            return {Clearing::State::waits, writer.takeFilesForRoom()};
+        return {writer.hasClearFailed() ? Clearing::State::failed : Clearing::State::done, writer.takeClearedFiles()};
     });
 }
 
 ClipboardDatabase::Counts ClipboardDatabase::counts() {
-    return perform([&] {
-        sqlite3 *db = m_parts->file.db();
-        Counts counts;
-        counts.total = readCount(db, sql::countAll);
-        counts.pinned = readCount(db, sql::countPinned);
-        counts.images = readCount(db, sql::countMedia);
-        return counts;
-    });
+    return perform([&] { return m_parts->counts(); });
 }
 
 std::optional<QSet<QString>> ClipboardDatabase::imageFileNames() {

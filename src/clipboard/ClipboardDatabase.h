@@ -39,6 +39,16 @@ namespace tavrine {
 class ClipboardDatabase {
 public:
     using Pruned = RowPruner::Pruned;
+    struct Clearing {
+        enum class State {
+            waits,
+            failed, ///< for good: the history stands
+            done
+        };
+        State state = State::done;
+        QStringList fileNames; ///< that have no row any more; of one that waits for room on the disk, will have none
+        bool operator==(const Clearing &) const = default;
+    };
     struct Counts {
         int total = 0;
         int pinned = 0;
@@ -67,8 +77,9 @@ public:
     void remove(const QUuid &id);
     /// The text of which a cut item has the beginning. None when its row is gone or cannot be read.
     [[nodiscard]] std::optional<QString> wholeText(const ClipboardItem &item);
-    /// Every row, whole, in the order of `loadAll`. `take` runs on the queue.
+    /// Every row, whole, in the order of `loadAll`, with what waits to be written. `take` runs on the queue.
     void forEachRow(const std::function<void(const ClipboardItem &)> &take);
+    /// What stands in the file.
     [[nodiscard]] std::vector<ClipboardItem> loadAll(std::optional<Date> since, qint64 limit);
     [[nodiscard]] std::vector<ClipboardItem> loadProtectedAndRecent(std::optional<Date> since, qint64 limit);
     [[nodiscard]] std::vector<ClipboardItem> search(const QString &query, qint64 limit);
@@ -82,7 +93,11 @@ public:
     [[nodiscard]] std::optional<ClipboardItem> findDuplicate(const std::optional<QString> &imageFileName,
                                                              const QString &content);
     Pruned prune(bool imagesOnly, std::optional<Date> before, std::optional<qint64> keepNewest);
+    /// The files that have no row any more. Where the clear has to wait, the history is empty at once, its rows and
+    /// their files go together, and `finishClear` tells of those.
     [[nodiscard]] QStringList clearUnprotected();
+    /// What has come of the last clear, with the files that one which had to wait has left without a row.
+    [[nodiscard]] Clearing finishClear();
     [[nodiscard]] Counts counts();
     /// The files that rows name. None when they cannot be known for certain: the file cannot be read, rows wait to be
     /// written, or another history was set aside and may come back.

@@ -50,6 +50,13 @@ inline constexpr auto deleteUnprotected = "DELETE FROM items WHERE is_pinned=0 A
 inline constexpr auto countAll = "SELECT COUNT(*) FROM items;";
 inline constexpr auto countPinned = "SELECT COUNT(*) FROM items WHERE is_pinned=1;";
 inline constexpr auto countMedia = "SELECT COUNT(*) FROM items WHERE image_file_name IS NOT NULL;";
+inline constexpr auto countProtectedMedia =
+    "SELECT COUNT(*) FROM items WHERE (is_pinned=1 OR is_saved=1) AND image_file_name IS NOT NULL;";
+inline constexpr auto rowOfIdWithoutText =
+    "SELECT id,'',date,is_pinned,is_saved,image_file_name FROM items WHERE id=?;";
+inline constexpr auto rowOfFile = "SELECT id FROM items WHERE image_file_name=? LIMIT 1;";
+inline constexpr auto protectedRowOfFile =
+    "SELECT id FROM items WHERE image_file_name=? AND (is_pinned=1 OR is_saved=1) LIMIT 1;";
 inline constexpr auto items = ITEMS;
 
 #undef ITEMS

@@ -84,6 +84,7 @@ void ClipboardManager::setLaunchAtLogin(bool isEnabled) {
 
 void ClipboardManager::setExcludedApps(std::vector<ExcludedApp> apps) {
     m_excludedApps = std::move(apps);
+    m_exclusion.reset();
     Q_EMIT excludedAppsChanged();
 }
 

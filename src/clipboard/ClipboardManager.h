@@ -9,6 +9,7 @@
 #include "clipboard/RetentionPeriod.h"
 #include "ports/Folders.h"
 #include "ports/Pasteboard.h"
+#include "ports/Workspace.h"
 
 #include <QObject>
 #include <QStringList>
@@ -22,12 +23,12 @@
 
 namespace tavrine {
 
+class ApplicationCatalog;
 class ClipboardDatabase;
 class HistoryRead;
 class LoginItem;
 class Time;
 class Timer;
-class Workspace;
 
 /// The owner of the clipboard history at run time: polls the pasteboard, and looks at once where the desktop tells of a
 /// copy; filters what it sees, stores text and images,
@@ -50,6 +51,7 @@ public:
         UserDefaults &defaults;
         Pasteboard &pasteboard;
         Workspace &workspace;
+        ApplicationCatalog &catalog;
         ImageCoder &imageCoder;
         MovieAsset &movieAsset;
         LoginItem &loginItem;
@@ -62,7 +64,9 @@ public:
     static constexpr Seconds settlingTime{0.03};
     /// Words of copies that are heeded between two ticks; further copies are left to the next one.
     static constexpr int mostHeard = 4;
-    static constexpr Seconds cleanupInterval{14400.0};         ///< between two cleanups while the pasteboard is idle
+    static constexpr Seconds cleanupInterval{14400.0}; ///< between two cleanups while the pasteboard is idle
+    /// Between two looks at a clear that waits, which begin with a poll's interval and double.
+    static constexpr Seconds longestClearRetry{30.0};
     static constexpr Seconds imageRetentionInterval{604800.0}; ///< 7 days, the age from which unprotected media go
     static constexpr qint64 maxImages = 50;                    ///< unprotected media rows that may remain
     static constexpr qint64 inMemoryItems = 200;               ///< bound of `history` in unprotected items
@@ -100,6 +104,9 @@ public:
     void setHotkeyCharacter(const QString &character);
     /// Ignored when an entry with the same identifier stands already. Saves the settings.
     void addExcludedApp(const ExcludedApp &app);
+
+    /// What is copied while it is in front is not recorded: it is listed above, or by the person.
+    [[nodiscard]] bool isExcluded(const RunningApplication &application) const;
 
     // Monitoring. To resume: setPaused(false), reloadHistory, startMonitoring.
     [[nodiscard]] bool isPaused() const { return m_isPaused; }
@@ -148,7 +155,9 @@ public:
 
     // Retention and export.
     bool runCleanup(); ///< true when it removed anything; the caller then reloads
-    void clearHistory();
+    /// `then` comes when it is done: at once, or when another program has let go of the database's file. The history is
+    /// empty meanwhile. Where the file refuses the clear for good the history stands, and `then` does not come.
+    void clearHistory(std::function<void()> then = {});
     [[nodiscard]] ClipboardDatabase &database() { return m_ports.database; } ///< panels save and remove rows in it
     /// Writes the whole history as plain text and answers the file's path, whether or not it could be written. None
     /// when there is no temporary folder.
@@ -171,6 +180,8 @@ private:
     void seedMySaved();
     void applyClearOnRestart();
     void removeLeftovers();
+    void finishClear();
+    void retryClearAfter(Seconds delay);
     void setHistory(std::vector<ClipboardItem> items);
     std::vector<ClipboardItem> protectedItems();
     /// A copy made ready to be recorded, or a text that already is, which is work for any thread.
@@ -200,7 +211,7 @@ private:
     void record(const Prepared &prepared, const Seen &seen);
     void cleanUpAfterPoll();
     void addRecording(const QString &target, const std::optional<QString> &name);
-    [[nodiscard]] bool isExcludedApplicationFrontmost() const;
+    [[nodiscard]] bool isExcludedApplicationFrontmost();
     bool recordText(const Prepared &prepared, const Seen &seen); ///< false when a protected row of that text stands
     [[nodiscard]] static ClipboardItem newItem(const QString &content, Date date);
     void stripFormatting(const QString &text, int changeCount);
@@ -214,12 +225,18 @@ private:
     RetentionPeriod m_retentionPeriod{};
     bool m_launchAtLogin = false;
     std::vector<ExcludedApp> m_excludedApps;
+    /// What was found of the program in front; found anew once it is another, since files of the desktop are read for
+    /// it.
+    std::optional<std::pair<RunningApplication, bool>> m_exclusion;
     bool m_autoClearOnRestart = false;
     bool m_stripRichText = false;
     bool m_isPaused = false;
     int m_lastChangeCount = 0;
     int m_heardSinceTick = 0;
     Date m_lastCleanupAt = Date::distantPast();
+    bool m_isClearOpen = false;                      ///< what has come of it is not known yet
+    bool m_hasClearRetry = false;                    ///< one for all
+    std::vector<std::function<void()>> m_afterClear; ///< who waits to hear that it is done
     std::unique_ptr<Timer> m_timer;
     std::shared_ptr<Recording> m_recording; ///< a copy on its way that the main thread does not wait for
     std::deque<Copy> m_line;                ///< what was copied meanwhile

@@ -20,7 +20,7 @@ constexpr std::array richTypes{pasteboardType::rtf, pasteboardType::html, pasteb
                                pasteboardType::webArchive};
 
 /// Copies that may stand in line behind one that takes its time, and how many of them may hold tens of megabytes. One
-/// more takes the place of the last, as if no tick had come between the two.
+/// more takes the place of the last, and a large one too many that of the last large one, as if no tick had seen it.
 constexpr std::size_t longestLine = 32;
 constexpr std::ptrdiff_t mostLargeInLine = 2;
 
@@ -85,22 +85,30 @@ void ClipboardManager::pauseMonitoring() {
     setHistory(protectedItems());
 }
 
-bool ClipboardManager::isExcludedApplicationFrontmost() const {
+bool ClipboardManager::isExcluded(const RunningApplication &application) const {
+    const QString &identifier = application.bundleIdentifier;
+    return std::ranges::any_of(sensitiveBundleIDs,
+                               [&](const char *id) { return identifier.startsWith(QLatin1String(id)); }) ||
+           isAnyMeant(m_excludedApps, application, m_ports.catalog);
+}
+
+bool ClipboardManager::isExcludedApplicationFrontmost() {
     const std::optional<RunningApplication> application = m_ports.workspace.frontmostApplication();
     if (!application || application->bundleIdentifier.isEmpty())
         return false;
-    const QString &identifier = application->bundleIdentifier;
-    return std::ranges::any_of(sensitiveBundleIDs,
-                               [&](const char *id) { return identifier.startsWith(QLatin1String(id)); }) ||
-           std::ranges::any_of(m_excludedApps,
-                               [&](const ExcludedApp &app) { return identifier.startsWith(app.bundleID); });
+    if (!m_exclusion || m_exclusion->first != *application)
+        m_exclusion = {*application, isExcluded(*application)};
+    return m_exclusion->second;
 }
 
 void ClipboardManager::poll() {
     // Whatever happens to the database's file is seen here, and what waited to be written to it is shown and written.
     ClipboardDatabase &database = m_ports.database;
-    if (!m_recording && database.needsALook() && !database.wouldWait())
+    if (!m_recording && database.needsALook() && !database.wouldWait()) {
         reloadHistory();
+        if (m_isClearOpen)
+            finishClear();
+    }
     Pasteboard &pasteboard = m_ports.pasteboard;
     if (isExcludedApplicationFrontmost()) {
         m_lastChangeCount = pasteboard.changeCount();
@@ -123,8 +131,9 @@ void ClipboardManager::standInLine(Copy copy) {
     if (!m_recording)
         return record(copy);
     const auto isLarge = [](const Copy &each) { return each.reading.isLarge; };
-    const bool isTooMuch = copy.reading.isLarge && std::ranges::count_if(m_line, isLarge) >= mostLargeInLine;
-    if (!m_line.empty() && (isTooMuch || m_line.size() == longestLine))
+    if (copy.reading.isLarge && std::ranges::count_if(m_line, isLarge) >= mostLargeInLine)
+        m_line.erase(std::find_if(m_line.rbegin(), m_line.rend(), isLarge).base() - 1);
+    if (m_line.size() == longestLine)
         m_line.pop_back();
     m_line.push_back(std::move(copy));
 }

@@ -8,6 +8,9 @@
 #include "clipboard/ClipboardPreferences.h"
 #include "clipboard/OldHistory.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace tavrine {
 
 bool ClipboardManager::runCleanup() {
@@ -27,10 +30,41 @@ void ClipboardManager::removeLeftovers() {
         m_ports.time.async(this, [this] { removeLeftovers(); });
 }
 
-void ClipboardManager::clearHistory() {
+void ClipboardManager::clearHistory(std::function<void()> then) {
     finishRecording();
     removeImageFiles(m_ports.database.clearUnprotected());
     reloadHistory();
+    m_isClearOpen = true;
+    if (then)
+        m_afterClear.push_back(std::move(then));
+    finishClear();
+    if (m_isClearOpen && !m_hasClearRetry) // no tick may come to see to it: monitoring may end with the clear
+        retryClearAfter(pollInterval);
+}
+
+void ClipboardManager::finishClear() {
+    using State = ClipboardDatabase::Clearing::State;
+    const ClipboardDatabase::Clearing clearing = m_ports.database.finishClear();
+    removeImageFiles(clearing.fileNames);
+    if (clearing.state == State::waits)
+        return;
+    m_isClearOpen = false;
+    const auto after = std::exchange(m_afterClear, {});
+    if (clearing.state == State::failed)
+        return reloadHistory(); // it was shown empty while the clear waited
+    for (const std::function<void()> &then : after)
+        then();
+}
+
+void ClipboardManager::retryClearAfter(Seconds delay) {
+    m_hasClearRetry = true;
+    m_ports.time.asyncAfter(delay, this, [this, delay] {
+        m_hasClearRetry = false;
+        if (m_isClearOpen && !m_ports.database.wouldWait())
+            finishClear();
+        if (m_isClearOpen)
+            retryClearAfter(std::min(delay * 2, longestClearRetry));
+    });
 }
 
 void ClipboardManager::migrateHistory() {
@@ -66,14 +100,16 @@ void ClipboardManager::seedMySaved() {
 void ClipboardManager::applyClearOnRestart() {
     UserDefaults &defaults = m_ports.defaults;
     const Date now = m_ports.time.now();
+    const auto noteLaunch = [&defaults, now] { preference::lastLaunchDate.set(defaults, now); };
     if (m_autoClearOnRestart) {
-        // A restart of the machine is told from the time of its boot; the first launch ever clears as well.
+        // A restart of the machine is told from the time of its boot; the first launch ever clears as well. One whose
+        // clear has to wait counts when it is done: should the program end before, the next launch clears.
         const Date lastLaunch = preference::lastLaunchDate.get(defaults);
         const Date bootTime = now - m_ports.time.systemUptime();
         if (bootTime > lastLaunch)
-            clearHistory();
+            return clearHistory(noteLaunch);
     }
-    preference::lastLaunchDate.set(defaults, now);
+    noteLaunch();
 }
 
 std::optional<QString> ClipboardManager::exportHistory() {

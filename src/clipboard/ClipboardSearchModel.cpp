@@ -126,8 +126,8 @@ void ClipboardSearchModel::rebuildVisibleItems() {
     const CaseInsensitiveText wanted(m_query);
     std::array<std::vector<const ClipboardItem *>, 3> parts; // saved, pinned, rest
     for (const ClipboardItem &item : m_diskItems) {
-        // Of a text that is cut the search has seen the whole.
-        if (belongs(item) && (item.cut || wanted.isIn(item.content)))
+        // Of a text that is cut the search has seen the whole, unless its answer is awaited still.
+        if (belongs(item) && ((item.cut && !isSearching()) || wanted.isIn(item.content)))
             parts.at(item.isSaved ? 0 : item.isPinned ? 1 : 2).push_back(&item);
     }
     // Without a query a saved item shows in My Saved alone, so that part is empty elsewhere by itself.

@@ -2,10 +2,14 @@
 
 #include "base/Uuid.h"
 #include "clipboard/JsonList.h"
+#include "ports/ApplicationCatalog.h"
+#include "ports/Workspace.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+
+#include <algorithm>
 
 namespace tavrine {
 namespace {
@@ -14,7 +18,29 @@ constexpr QLatin1String idKey("id");
 constexpr QLatin1String bundleIDKey("bundleID");
 constexpr QLatin1String displayNameKey("displayName");
 
+QStringList withOtherNames(QStringList names, ApplicationCatalog &catalog) {
+    names.removeAll(QString());
+    const QStringList told = names;
+    for (const QString &name : told)
+        names += catalog.otherNamesOf(name);
+    return names;
+}
+
 } // namespace
+
+bool isAnyMeant(const std::vector<ExcludedApp> &apps, const RunningApplication &program, ApplicationCatalog &catalog) {
+    const auto isContinued = [&](const ExcludedApp &app) { return program.bundleIdentifier.startsWith(app.bundleID); };
+    if (std::ranges::any_of(apps, isContinued))
+        return true;
+    if (apps.empty())
+        return false;
+    const QStringList names = withOtherNames(program.names, catalog); // once: files are read for them
+    return !names.isEmpty() && std::ranges::any_of(apps, [&](const ExcludedApp &app) {
+        const QStringList meant = withOtherNames({app.bundleID}, catalog);
+        return std::ranges::any_of(names,
+                                   [&](const QString &name) { return meant.contains(name, Qt::CaseInsensitive); });
+    });
+}
 
 QByteArray encodeExcludedApps(const std::vector<ExcludedApp> &apps) {
     QJsonArray array;

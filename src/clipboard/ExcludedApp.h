@@ -10,6 +10,9 @@
 
 namespace tavrine {
 
+class ApplicationCatalog;
+struct RunningApplication;
+
 /// An application whose copies are not recorded.
 struct ExcludedApp {
     QUuid id;            ///< identity in the list
@@ -22,6 +25,16 @@ struct ExcludedApp {
 inline size_t qHash(const ExcludedApp &app, size_t seed = 0) {
     return qHashMulti(seed, app.id, app.bundleID, app.displayName);
 }
+
+/// True when the stored identifier of one of `apps` means this program.
+///
+///  1. The program's identifier continues the stored one; capitals count.
+///  2. Or one of the names that its windows have is the stored one. What a session tells of a window, and how that is
+///     spelt, depends on the session and on the program's toolkit, and an exclusion holds in every session. So
+///     capitals do not count here, and a name stands also for the others that the program's file in `catalog` gives it;
+///     but it is the whole name, or a program would be silent whose name merely begins like another's.
+[[nodiscard]] bool isAnyMeant(const std::vector<ExcludedApp> &apps, const RunningApplication &program,
+                              ApplicationCatalog &catalog);
 
 /// The stored form of the list: a JSON array of objects with the keys "id", "bundleID" and "displayName".
 [[nodiscard]] QByteArray encodeExcludedApps(const std::vector<ExcludedApp> &apps);

@@ -23,24 +23,19 @@ RowPruner::Pruned RowPruner::prune(const Request &request) {
     if (request.imagesOnly && isNothingToPrune(request))
         return {};
     const Selection selection = select(request);
-    bool isEveryChunkDone = selection.isWhole;
     for (qsizetype first = 0; first < selection.ids.size(); first += idsPerDelete) {
-        const std::optional<bool> isDone = remove(selection.ids.mid(first, idsPerDelete));
         // Earlier chunks are gone all the same, and their files stay: there is no transaction to take back.
-        if (!isDone)
+        if (!remove(selection.ids.mid(first, idsPerDelete)))
             return {};
-        isEveryChunkDone = isEveryChunkDone && *isDone;
     }
-    if (request.imagesOnly && request.before && !request.keepNewest && isEveryChunkDone && m_current.isCurrent())
+    if (request.imagesOnly && request.before && !request.keepNewest && selection.isWhole && m_current.isCurrent())
         m_current.rows().foundNoMediaBefore(*request.before);
     return {selection.imageFileNames, static_cast<int>(selection.ids.size())};
 }
 
-std::optional<bool> RowPruner::remove(const QByteArrayList &ids) {
+bool RowPruner::remove(const QByteArrayList &ids) {
     const QByteArrayList marks(ids.size(), "?");
     Statement deletion(m_file.db(), "DELETE FROM items WHERE id IN (" + marks.join(',') + ");");
-    if (!deletion.isPrepared())
-        return std::nullopt;
     for (qsizetype i = 0; i < ids.size(); ++i)
         deletion.bindText(static_cast<int>(i + 1), ids.at(i));
     const bool isDone = deletion.step() == Statement::Step::done;

@@ -41,8 +41,8 @@ private:
     [[nodiscard]] Selection select(const Request &request);
     /// True when memory proves that no row with a file would be pruned.
     [[nodiscard]] bool isNothingToPrune(const Request &request);
-    /// None when the statement could not be prepared; else whether it deleted them.
-    std::optional<bool> remove(const QByteArrayList &ids);
+    /// False when they stand still, as where another program holds the file: then they keep their files.
+    [[nodiscard]] bool remove(const QByteArrayList &ids);
     void forgetRows(const QByteArrayList &ids);
 
     HistoryFile &m_file;

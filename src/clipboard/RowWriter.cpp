@@ -7,6 +7,10 @@
 #include "clipboard/RowReading.h"
 #include "clipboard/Statement.h"
 
+#include <utility>
+
+#include <sqlite3.h>
+
 namespace tavrine {
 
 void RowWriter::write(UnwrittenRows::Write write) {
@@ -41,8 +45,40 @@ void RowWriter::writeWaiting() {
 }
 
 void RowWriter::clearUnprotected() {
-    m_unwritten.clearUnprotected();
+    m_clearedFiles += m_unwritten.dropNewCopies();
     m_hasUnwritten = !m_unwritten.isEmpty();
+    write({UnwrittenRows::Write::Kind::clear, {}});
+}
+
+QStringList RowWriter::takeClearedFiles() {
+    QStringList withoutRow;
+    for (const QString &fileName : std::exchange(m_clearedFiles, {})) {
+        if (m_unwritten.hasFile(fileName))
+            continue;
+        Statement statement(m_file.db(), sql::rowOfFile);
+        statement.bindText(1, fileName.toUtf8());
+        const Statement::Step step = statement.step();
+        if (step == Statement::Step::done)
+            withoutRow.append(fileName);
+        else if (step == Statement::Step::failed)
+            m_clearedFiles.append(fileName);
+    }
+    return withoutRow;
+}
+
+QStringList RowWriter::takeFilesForRoom() {
+    QStringList unshared;
+    for (const QString &fileName : std::exchange(m_filesForRoom, {}))
+        if (!m_unwritten.hasFile(fileName) && !hasProtectedRow(fileName))
+            unshared.append(fileName);
+    return unshared;
+}
+
+/// Also when it cannot be known.
+bool RowWriter::hasProtectedRow(const QString &fileName) const {
+    Statement statement(m_file.db(), sql::protectedRowOfFile);
+    statement.bindText(1, fileName.toUtf8());
+    return statement.step() != Statement::Step::done;
 }
 
 bool RowWriter::attempt(const UnwrittenRows::Write &write) {
@@ -52,9 +88,11 @@ bool RowWriter::attempt(const UnwrittenRows::Write &write) {
     case UnwrittenRows::Write::Kind::record:
         return m_unwritten.isEmpty() ? attemptSave(write.item) : attemptRecord(write.item);
     case UnwrittenRows::Write::Kind::remove:
+        return attemptRemove(write.item.id);
+    case UnwrittenRows::Write::Kind::clear:
         break;
     }
-    return attemptRemove(write.item.id);
+    return attemptClear();
 }
 
 bool RowWriter::attemptSave(const ClipboardItem &item) {
@@ -104,6 +142,28 @@ bool RowWriter::attemptRemove(const QUuid &id) {
     if (m_current.noteDeletion(isDone))
         m_current.rows().removed(id);
     return isDone || !m_file.noteFailure(statement.code());
+}
+
+bool RowWriter::attemptClear() {
+    QStringList fileNames;
+    {
+        Statement selection(m_file.db(), sql::unprotectedFiles);
+        Statement::Step step = selection.step();
+        for (; step == Statement::Step::row; step = selection.step())
+            fileNames.append(selection.text(0).value_or(QString()));
+        if (step == Statement::Step::failed && m_file.noteFailure(selection.code()))
+            return false;
+    }
+    const int code = sqlite3_exec(m_file.db(), sql::deleteUnprotected, nullptr, nullptr, nullptr) & 0xFF;
+    const bool isDone = code == SQLITE_OK;
+    if (m_current.noteDeletion(isDone))
+        m_current.rows().clearedUnprotected();
+    if (isDone)
+        m_clearedFiles += fileNames; // a file goes with its row, and not before, unless the clear needs its room
+    m_filesForRoom = code == SQLITE_FULL ? fileNames : QStringList();
+    const bool mayWait = !isDone && m_file.noteFailure(code);
+    m_hasClearFailed = !isDone && !mayWait;
+    return !mayWait;
 }
 
 } // namespace tavrine

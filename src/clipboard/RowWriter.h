@@ -2,6 +2,8 @@
 
 #include "clipboard/UnwrittenRows.h"
 
+#include <QStringList>
+
 #include <atomic>
 
 namespace tavrine {
@@ -19,7 +21,19 @@ public:
     void write(UnwrittenRows::Write write);
     /// Writes what waits, as far as the file takes it.
     void writeWaiting();
+    /// Everything unprotected goes, now or after what waits already; new copies that wait, now.
     void clearUnprotected();
+    /// The files that clears have left without a row since this was asked last. Not those that another row has, in the
+    /// file or waiting: a new recording may have the name that a cleared one had. What the file does not tell now is
+    /// left to the next time.
+    [[nodiscard]] QStringList takeClearedFiles();
+
+    /// The files of rows that are to go, while the clear itself finds no room on the disk: no other row has them. Each
+    /// is told once.
+    [[nodiscard]] QStringList takeFilesForRoom();
+
+    /// True when the file refused the last clear for good: what it was to take stands.
+    [[nodiscard]] bool hasClearFailed() const { return m_hasClearFailed; }
 
     [[nodiscard]] const UnwrittenRows &unwritten() const { return m_unwritten; }
     [[nodiscard]] bool hasUnwritten() const { return m_hasUnwritten; } ///< on any thread
@@ -30,10 +44,15 @@ private:
     bool attemptSave(const ClipboardItem &item);
     bool attemptRecord(const ClipboardItem &item);
     bool attemptRemove(const QUuid &id);
+    bool attemptClear();
+    [[nodiscard]] bool hasProtectedRow(const QString &fileName) const;
 
     HistoryFile &m_file;
     CurrentRows &m_current;
     UnwrittenRows m_unwritten;
+    QStringList m_clearedFiles;
+    QStringList m_filesForRoom;
+    bool m_hasClearFailed = false;
     std::atomic<bool> m_hasUnwritten{false};
 };
 

@@ -16,7 +16,7 @@ namespace tavrine::look {
 namespace {
 
 constexpr int rowHeight = 92;
-constexpr int plateSide = 28;
+constexpr int folderPlateSide = 28;
 constexpr int plateTop = 15;
 
 } // namespace
@@ -27,7 +27,7 @@ FolderRow::FolderRow(const QString &title, QWidget *parent)
     setRole(*this, QAccessible::Grouping);
     setAccessibleName(m_title);
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(2 * space::medium + plateSide, 0, space::medium, space::medium);
+    column->setContentsMargins(2 * space::medium + folderPlateSide, 0, space::medium, space::medium);
     column->addStretch();
     auto *row = new QHBoxLayout;
     row->setSpacing(space::small);
@@ -55,7 +55,7 @@ void FolderRow::paintEvent(QPaintEvent *) {
     QPainter painter(this);
     preparePainter(painter);
     const Theme &theme = themeOf(this);
-    const QRectF plate(space::medium, plateTop, plateSide, plateSide);
+    const QRectF plate(space::medium, plateTop, folderPlateSide, folderPlateSide);
     paintSymbolPlate(painter, plate, QStringLiteral("folder.fill"), theme.control, theme.text);
     const qreal left = plate.right() + space::medium;
     const qreal wide = width() - left - space::medium;

@@ -8,6 +8,7 @@
 #include "look/Paint.h"
 #include "look/PanelSurface.h"
 #include "look/Text.h"
+#include "look/TypedText.h"
 #include "look/WrappedText.h"
 
 #include <QApplication>
@@ -197,7 +198,7 @@ std::optional<QString> ModalAlerts::runModalForText(const Alert &alert, int widt
     AlertWindow window(alert, {width, height});
     if (!ask(window))
         return std::nullopt;
-    return window.textEdit()->toPlainText();
+    return asTyped(window.textEdit()->document()->toRawText());
 }
 
 } // namespace tavrine::look

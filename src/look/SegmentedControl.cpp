@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace tavrine::look {
 namespace {
@@ -47,7 +48,7 @@ protected:
 /// Tab comes to what is chosen, and not to what would be chosen next; the arrows go on from there.
 void keepOneTabStop(const std::vector<Control *> &segments, int current) {
     for (size_t i = 0; i < segments.size(); ++i)
-        segments[i]->setFocusPolicy(int(i) == current ? Qt::TabFocus : Qt::NoFocus);
+        segments[i]->setFocusPolicy(int(i) == std::max(current, 0) ? Qt::TabFocus : Qt::NoFocus);
 }
 
 } // namespace
@@ -72,14 +73,24 @@ SegmentedControl::SegmentedControl(const QStringList &texts, QWidget *parent) : 
 }
 
 void SegmentedControl::setCurrent(int index) {
-    if (index < 0 || index >= int(m_segments.size()) || index == m_current)
+    if (index < none || index >= int(m_segments.size()) || index == m_current)
         return;
-    m_current = index;
-    m_segments[size_t(index)]->setChecked(true);
+    const int before = std::exchange(m_current, index);
     keepOneTabStop(m_segments, index);
-    if (!isVisible()) { // what nobody has seen elsewhere does not come from there
+    if (index == none) {
+        Control &last = *m_segments[size_t(before)];
+        last.setAutoExclusive(false); // which keeps one of them checked
+        last.setChecked(false);
+        last.setAutoExclusive(true);
+        m_motion.stop();
+        update();
+        return;
+    }
+    m_segments[size_t(index)]->setChecked(true);
+    if (!isVisible() || before == none) { // what nobody has seen elsewhere does not come from there
         m_motion.stop();
         m_plate = index;
+        update();
         return;
     }
     const double from = m_plate;
@@ -134,6 +145,8 @@ void SegmentedControl::paintEvent(QPaintEvent *) {
     const Theme &theme = themeOf(this);
     const QRectF track = rect();
     fillRounded(painter, track, radius::control, theme.control);
+    if (m_current == none)
+        return;
     const QRectF plate = segment(m_plate);
     const qreal corner = radius::control - inset;
     if (!theme.isDark)

@@ -17,8 +17,10 @@ class SegmentedControl : public QWidget {
 public:
     explicit SegmentedControl(const QStringList &texts, QWidget *parent = nullptr);
 
+    static constexpr int none = -1;
+
     [[nodiscard]] int current() const { return m_current; }
-    /// Does not emit.
+    /// Of none, as where what is stored is no choice, no segment has the plate, and each can be chosen. Does not emit.
     void setCurrent(int index);
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }

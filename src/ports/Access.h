@@ -5,6 +5,8 @@
 #include <functional>
 #include <optional>
 
+class QObject;
+
 namespace tavrine {
 
 /// Whether the microphone may be heard. The numbers are the platform's.
@@ -18,6 +20,11 @@ enum class MicrophoneAuthorization { notDetermined = 0, restricted = 1, denied =
 class Access {
 public:
     virtual ~Access() = default;
+
+    /// Calls `known` once the desktop has said what it grants, within the call where that is known by then. Who asks
+    /// at the very start of the process waits for this: a desktop that has yet to answer has granted nothing. One that
+    /// does not answer in time grants nothing until it does. Not called when `context` is gone by then.
+    virtual void whenKnown(QObject * /*context*/, const std::function<void()> &known) { known(); }
 
     /// True when this process may post events and watch keys. Never shows anything.
     [[nodiscard]] virtual bool isAccessibilityTrusted() const = 0;

@@ -2,8 +2,8 @@
 
 namespace tavrine {
 
-/// How the program stands among others: `regular` programs appear in the task bar and the pager with their windows,
-/// `accessory` ones do not.
+/// How the program stands among others: `regular` programs appear in the task bar and the pager with their windows, and
+/// such panels as are described so; `accessory` ones do not.
 enum class ActivationPolicy { regular = 0, accessory = 1 };
 
 /// This program itself, towards the desktop. Lives on the main thread.

@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -9,7 +10,7 @@ namespace tavrine {
 
 /// A program that the desktop can start.
 struct InstalledApplication {
-    QString bundleIdentifier; ///< as `Workspace` has it while the program runs
+    QString bundleIdentifier; ///< one of its names
     QString localizedName;
     bool operator==(const InstalledApplication &) const = default;
 };
@@ -22,6 +23,10 @@ public:
 
     /// The program that a file in the desktop's own form describes.
     [[nodiscard]] virtual std::optional<InstalledApplication> applicationIn(const QString &path) = 0;
+
+    /// What else a program is called whose file goes by this name: by the class that the file gives its windows, and by
+    /// the command. Quick: asked about whatever comes to the front. Empty where there is no such file.
+    [[nodiscard]] virtual QStringList otherNamesOf(const QString &name) = 0;
 
     /// The program's icon, `side` pixels high and wide or a little less. Null when there is none.
     [[nodiscard]] virtual QImage icon(const QString &bundleIdentifier, int side) = 0;

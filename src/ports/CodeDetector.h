@@ -6,6 +6,7 @@
 #include <QString>
 #include <QtPlugin>
 
+#include <stop_token>
 #include <variant>
 
 namespace tavrine {
@@ -18,8 +19,9 @@ struct DetectedCode {
     bool operator==(const DetectedCode &) const = default;
 };
 
-/// Finds QR codes in pictures. Loaded when first used. May be called on any thread, one call at a time. There are two:
-/// what finds codes on the screen needs only their words, and shares nothing with what the editor finds them by.
+/// Finds QR codes in pictures. Loaded when first used. `detect` may be called on any thread, and several calls run side
+/// by side; a plugin in the reader's process is called once. There are two: what finds codes on the screen needs only
+/// their words, and shares nothing with what the editor finds them by.
 class CodeDetector {
 public:
     struct Failure {
@@ -33,10 +35,12 @@ public:
     virtual void prepare() {}
 
     /// Every code whose payload could be read, in the detector's order; equal payloads at different places stay apart.
-    /// A failure when the picture could not be looked at, which says nothing about the codes in it.
-    [[nodiscard]] virtual Result detect(const QImage &image) = 0;
+    /// A failure when the picture could not be looked at, which says nothing about the codes in it, and once `stop` is
+    /// requested: nobody wants the answer then, and the call returns at once. One that cannot be stopped goes on.
+    [[nodiscard]] virtual Result detect(const QImage &image, std::stop_token stop) = 0;
+    [[nodiscard]] Result detect(const QImage &image) { return detect(image, std::stop_token()); }
 
-    /// For the end of the program, on any thread: the call that waits at present and all that come fail, at once.
+    /// For the end of the program, on any thread: the calls that wait at present and all that come fail, at once.
     /// Nothing for one that cannot be stopped.
     virtual void cancel() {}
 };

@@ -40,6 +40,9 @@ struct DraggedItem {
     std::optional<QImage> image;
     QPixmap draggingImage; ///< shown beside the pointer
     QPoint hotSpot;        ///< the pointer's place in it
+    /// That the picture takes back to its beginning when nobody has taken the item, where the desktop tells where the
+    /// pointer is then. Zero for one that is gone at once.
+    std::chrono::milliseconds returnTime{};
 };
 
 /// Drags that end at or begin in a view of this program. Lives on the main thread, as long as the process.

@@ -61,8 +61,9 @@ public:
 ///     data, that drag consumes its own moves, and only its release is told, to the local monitors.
 ///  6. Moves and drags that come fast are told as one, a hundred times a second and more. A release is told each time,
 ///     after the moves before it.
-///  7. Where the desktop tells no program what goes to the others, nothing is told to global monitors, and
-///     `tellsOfOthers` says so.
+///  7. Where the desktop tells no program what goes to the others, `tellsOfOthers` says so. Global monitors are told
+///     of presses alone there, and of those while a panel of this program has the keyboard: such a press reaches
+///     nobody else.
 class EventMonitors {
 public:
     using GlobalHandler = std::function<void(const InputEvent &)>;
@@ -71,7 +72,7 @@ public:
 
     virtual ~EventMonitors() = default;
 
-    /// True where global monitors hear of anything.
+    /// True where global monitors hear of whatever they ask for.
     [[nodiscard]] virtual bool tellsOfOthers() const { return true; }
 
     [[nodiscard]] virtual std::unique_ptr<EventMonitor> addGlobalMonitor(quint32 mask, GlobalHandler handler) = 0;

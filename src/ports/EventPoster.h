@@ -13,6 +13,8 @@ namespace tavrine {
 ///  4. While the keyboard is held for a window that is to come, as after a hot key, what is typed would go there. Then
 ///     a key-down with modifiers is not typed, and `isHeldBack` says so until the next one. It is the same while the
 ///     desktop does not say who has the keyboard, and while it is still to give it to the window that it names active.
+///  5. Trying again does no harm: of all tries into a keyboard that stays held, at most one modifier comes to whoever
+///     has the keyboard in the end, down and up at once, so that what the person types meanwhile stays what it is.
 class EventPoster {
 public:
     virtual ~EventPoster() = default;

@@ -22,7 +22,8 @@ struct OpenPanel {
     QString title;
     QString prompt;
     QString directory;               ///< empty: where the person was last
-    QString filter;                  ///< "Images (*.png *.jpg)"; unused for folders
+    QString filter;                  ///< "Sounds (*.mp3 *.ogg)"; unused for folders
+    QString kind = {};               ///< "image/": only files of such a kind, by their names or by how they begin
     bool choosesDirectories = false; ///< a folder instead of a file; the person can make one
     bool operator==(const OpenPanel &) const = default;
 };

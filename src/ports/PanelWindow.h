@@ -53,13 +53,15 @@ struct PanelDescription {
     bool hasShadow = true;
     PanelShadow shadow = {}; ///< of a panel that has one
     bool isMovableByBackground = false;
+    bool isInTaskBar = false;        ///< and in the pager, with its title and the icon of its content
     bool ignoresMouseEvents = false; ///< clicks go to what is behind
     WindowSharing sharing = WindowSharing::readOnly;
 };
 
 /// A panel over whatever the person works in. Lives on the main thread; its owner is who made it.
 ///
-///  1. It has no frame, appears on every desktop, in no task bar and in no pager, and above full-screen windows.
+///  1. It has no frame, appears on every desktop and above full-screen windows; and in no task bar and no pager, unless
+///     it is described so and the desktop knows such panels.
 ///  2. Being made key gives it the keyboard; being ordered out gives the keyboard back to where it was.
 ///  3. Frames are in points with the origin at the bottom left, as `Screens` tells them, and without the shadow. The
 ///     frame is the one that was set last or that the person moved the panel to, also on the screen.

@@ -11,8 +11,8 @@ namespace tavrine {
 /// What the machine does not do while an assertion is held.
 enum class PowerAssertionType {
     noDisplaySleep,    ///< the screen does not blank or lock by itself, nor does the machine suspend by itself
-    noIdleSleep,       ///< the machine does not suspend; the screen may blank
-    preventSystemSleep ///< the same, and an assertion that applies on lid close holds with the lid closed too
+    noIdleSleep,       ///< the machine does not suspend by itself; the screen may blank
+    preventSystemSleep ///< nor does it when it is asked to; one that applies on lid close holds with the lid closed too
 };
 
 /// Keeps the machine from sleeping. Lives on the main thread, as long as the process.
@@ -24,7 +24,9 @@ enum class PowerAssertionType {
 ///     taken it, else failure, and then nothing is held. It does not come at all for an assertion that was released.
 ///  3. While an assertion is held, a service that is started anew is asked again within a second, and so is one that
 ///     answers late.
-///  4. Nothing is left behind by the end of the process, however it ends. No call waits for anybody.
+///  4. A person who asks for the suspend gets it, but for the last type. A desktop that cannot tell the two apart may
+///     refuse it for the second type as well.
+///  5. Nothing is left behind by the end of the process, however it ends. No call waits for anybody.
 class PowerAssertions {
 public:
     static constexpr int success = 0;

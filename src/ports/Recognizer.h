@@ -10,7 +10,8 @@
 
 namespace tavrine {
 
-/// Reads text in pictures. Loaded when first used. `recognize` may be called on any thread, one call at a time.
+/// Reads text in pictures. Loaded when first used. `recognize` may be called on any thread, and several calls run side
+/// by side; a plugin in the reader's process is called once.
 class Recognizer {
 public:
     struct Failure {
@@ -30,7 +31,7 @@ public:
     [[nodiscard]] virtual Result recognize(const QImage &image, std::stop_token stop) = 0;
     [[nodiscard]] Result recognize(const QImage &image) { return recognize(image, std::stop_token()); }
 
-    /// For the end of the program, on any thread: the call that waits at present and all that come fail at once.
+    /// For the end of the program, on any thread: the calls that wait at present and all that come fail at once.
     /// Nothing for one that cannot be stopped.
     virtual void cancel() {}
 };

@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QPoint>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -18,12 +19,15 @@ struct StatusGround {
     double scale = 1;               ///< device pixels per point
     QColor label = QColor(0, 0, 0); ///< the tray's own colour for text and symbols
     bool isSquare = false;          ///< whatever is drawn is fitted into a square
+    /// What is drawn keeps its shape and is scaled to the height of the bar's icons, so that a margin above and below
+    /// costs size.
+    bool isStrip = false;
 };
 
 /// What the item shows. A template image is a mask: the tray's label colour takes its place.
 struct StatusImage {
     /// Draws the image: scale times `width` by `height` pixels. On a square ground a wide image may draw itself as a
-    /// square of its height instead, so that it can be read there.
+    /// square of its height instead, so that it can be read there, and on a strip one of less height.
     std::function<QImage(const StatusGround &ground)> draw;
     int width = 0;
     int height = 0;
@@ -38,6 +42,8 @@ struct StatusMenuLine {
     QString label;
     bool isEnabled = true;
     std::optional<bool> isOn; ///< of a line that is a switch
+    /// Of a combination that chooses it from everywhere, the modifiers first: "Super", "Shift", "V".
+    QStringList keys = {};
     [[nodiscard]] bool isSeparator() const { return id == 0; }
     bool operator==(const StatusMenuLine &) const = default;
 };

@@ -6,6 +6,7 @@
 #include <QList>
 #include <QMetaType>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 
 #include <optional>
@@ -22,6 +23,9 @@ struct RunningApplication {
     QString localizedName;
     qint64 processIdentifier = 0; ///< 0 when unknown
     quint32 window = 0;           ///< the window by which it was found
+    /// All that its windows call it, as they spell it: application identifier, class, instance. Which of them there are
+    /// depends on the kind of session, and how they are spelt on the program's toolkit.
+    QStringList names = {};
     bool operator==(const RunningApplication &) const = default;
 };
 

@@ -21,6 +21,8 @@ constexpr double fullScale = 1.15;
 
 CountdownOverlayView::CountdownOverlayView(std::shared_ptr<CountdownModel> model) : m_model(std::move(model)) {
     connect(m_model.get(), &CountdownModel::ticked, this, &CountdownOverlayView::animate);
+    if (const look::Look *look = look::Look::current())
+        connect(look, &look::Look::changed, this, &CountdownOverlayView::shapeWindow);
     setAttribute(Qt::WA_TransparentForMouseEvents);
 }
 
@@ -48,9 +50,14 @@ void CountdownOverlayView::resizeEvent(QResizeEvent *event) {
     shapeWindow();
 }
 
-/// Where nothing shows through a window it is no larger than what it shows.
+/// Where nothing shows through a window it is no larger than what it shows. That may come to be so meanwhile: what it
+/// covers would be black from then on.
 void CountdownOverlayView::shapeWindow() {
-    if (!look::Look::composites() && window()->size() == size())
+    if (!isVisible() || window()->size() != size())
+        return;
+    if (look::Look::composites())
+        window()->clearMask();
+    else
         window()->setMask(QRegion(disc().toAlignedRect(), QRegion::Ellipse));
 }
 

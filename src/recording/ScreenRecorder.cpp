@@ -136,7 +136,7 @@ void ScreenRecorder::startEngine(const Engine &engine, const RecordingArea &area
                    .outputPath = *m_tempOutputPath,
                    .includeAudio = area.includeAudio},
                   [this, self = QPointer(this), weak = std::weak_ptr(engine)](const auto &error) {
-                      if (self && weak.lock() == m_recordingEngine)
+                      if (self && m_recordingEngine && weak.lock() == m_recordingEngine)
                           started(error);
                   });
 }

@@ -19,6 +19,10 @@ RecordingError platformError(const QString &reason) {
     return {RecordingError::Code::platform, reason};
 }
 
+RecordingError endedBeforeItBegan() {
+    return platformError(QStringLiteral("The recording was ended before it began."));
+}
+
 /// The numbers that the content still lists: a window may have closed meanwhile.
 QList<WindowNumber> listed(const ShareableContent &content, const QList<WindowNumber> &numbers) {
     QList<WindowNumber> found;
@@ -52,37 +56,44 @@ ScreenRecordingEngine::~ScreenRecordingEngine() {
     m_videoOutputQueue.reset();
     m_audioOutputQueue.reset();
     m_writerQueue.reset();
+    if (m_startCompletion)
+        m_ports.time.async([completion = std::move(m_startCompletion)] { completion(endedBeforeItBegan()); });
 }
 
 // Starting.
 
 void ScreenRecordingEngine::start(const Request &request, StartCompletion completion) {
-    m_ports.streams.getShareableContent(
-        [weak = weak_from_this(), request, completion = std::move(completion)](const Content &content) {
-            if (const auto self = weak.lock())
-                self->capture(content, request, completion);
-        });
+    m_startCompletion = std::move(completion);
+    m_ports.streams.getShareableContent([weak = weak_from_this(), request](const Content &content) {
+        if (const auto self = weak.lock())
+            self->capture(content, request);
+    });
 }
 
-void ScreenRecordingEngine::capture(const Content &content, const Request &request, const StartCompletion &completion) {
+void ScreenRecordingEngine::answerStart(const std::optional<RecordingError> &error) {
+    if (const auto completion = std::exchange(m_startCompletion, nullptr))
+        completion(error);
+}
+
+void ScreenRecordingEngine::capture(const Content &content, const Request &request) {
     if (m_isStopped) { // nothing has been begun, and nothing will be
-        completion(platformError(QStringLiteral("The recording was ended before it began.")));
+        answerStart(endedBeforeItBegan());
         return;
     }
     if (const auto *refusal = std::get_if<QString>(&content)) {
-        completion(platformError(*refusal));
+        answerStart(platformError(*refusal));
         return;
     }
     const auto &shareable = std::get<ShareableContent>(content);
     if (std::ranges::find(shareable.displays, request.displayID, &ShareableDisplay::displayID) ==
         shareable.displays.end()) {
-        completion(RecordingError{RecordingError::Code::displayUnavailable,
-                                  QStringLiteral("Selected display is unavailable for capture.")});
+        answerStart(RecordingError{RecordingError::Code::displayUnavailable,
+                                   QStringLiteral("Selected display is unavailable for capture.")});
         return;
     }
     const QSize pixels = recordingPixelSize(request.area.size(), request.screen.scale);
     if (const auto error = setUpWriter(request, pixels)) {
-        completion(error);
+        answerStart(error);
         return;
     }
     m_startingStream = m_ports.streams.makeStream(
@@ -102,7 +113,7 @@ void ScreenRecordingEngine::capture(const Content &content, const Request &reque
              [](const QString &error) {
                  printLine(QStringLiteral("DEBUG: SCStream stopped unexpectedly: ") + error);
              }});
-    m_startingStream->startCapture([weak = weak_from_this(), request, completion](const auto &error) {
+    m_startingStream->startCapture([weak = weak_from_this(), request](const auto &error) {
         const auto self = weak.lock();
         if (!self)
             return;
@@ -110,7 +121,7 @@ void ScreenRecordingEngine::capture(const Content &content, const Request &reque
             self->abandon();
         else
             self->captureRuns(request);
-        completion(error ? std::optional(platformError(*error)) : std::nullopt);
+        self->answerStart(error ? std::optional(platformError(*error)) : std::nullopt);
     });
 }
 

@@ -55,7 +55,8 @@ public:
     ScreenRecordingEngine(const ScreenRecordingEngine &) = delete;
     ScreenRecordingEngine &operator=(const ScreenRecordingEngine &) = delete;
 
-    /// `completion` comes once, later, on the main thread: when the screen is captured, or with why it is not.
+    /// `completion` comes once, later, on the main thread: when the screen is captured, or with why it is not. That of
+    /// an engine which is dropped meanwhile comes too, after it is gone.
     void start(const Request &request, StartCompletion completion);
 
     /// Called once at most, on the main thread: the writer has ended by itself, and nothing is recorded any more. What
@@ -76,7 +77,8 @@ public:
 private:
     using Content = std::variant<QString, ShareableContent>;
 
-    void capture(const Content &content, const Request &request, const StartCompletion &completion);
+    void capture(const Content &content, const Request &request);
+    void answerStart(const std::optional<RecordingError> &error);
     [[nodiscard]] std::optional<RecordingError> setUpWriter(const Request &request, QSize pixels);
     void writerEnded() const;
     void captureRuns(const Request &request);
@@ -99,6 +101,7 @@ private:
     Ports m_ports;
     SilenceWatch m_silence;
     std::function<void()> m_onWriterEnded;
+    StartCompletion m_startCompletion; ///< while it is owed
 
     std::unique_ptr<MovieWriter> m_writer; ///< made on the main thread; the queue's from the first picture on
     bool m_hasVideoInput = false;

@@ -36,17 +36,27 @@ void ScreenRecordingPreviewModel::take(const std::optional<MovieFacts> &facts) {
     Q_EMIT changed();
 }
 
-void ScreenRecordingPreviewModel::play(WId window) {
+void ScreenRecordingPreviewModel::play(QSize pixels) {
     if (m_isStopped)
         return;
-    m_player = m_ports.players.makePlayer(m_filePath, window);
+    m_player = m_ports.players.makePlayer(m_filePath);
+    m_player->setOnPicture([this](const QImage &picture) {
+        m_picture = picture;
+        Q_EMIT pictureChanged();
+    });
     m_player->setOnFailure([this](const QString &reason) {
         m_failure = reason;
         m_player.reset();
         Q_EMIT changed();
     });
+    setPictureSize(pixels);
     m_player->setMuted(m_isMuted);
     m_player->play();
+}
+
+void ScreenRecordingPreviewModel::setPictureSize(QSize pixels) {
+    if (m_player && std::exchange(m_pictureSize, pixels) != pixels)
+        m_player->setPictureSize(pixels);
 }
 
 void ScreenRecordingPreviewModel::stop() {

@@ -41,8 +41,9 @@ public:
 
     /// Looks into the file.
     void load();
-    /// Plays it in a native window, until `stop`.
-    void play(WId window);
+    /// Plays it, in pictures of that size, until `stop`.
+    void play(QSize pixels);
+    void setPictureSize(QSize pixels);
     /// Ends the player; presses do nothing any more.
     void stop();
 
@@ -68,11 +69,14 @@ public:
     [[nodiscard]] bool hasAudioTrack() const { return m_hasAudioTrack; }
     [[nodiscard]] double videoAspectRatio() const { return m_videoAspectRatio; }
     [[nodiscard]] std::optional<Seconds> duration() const { return m_duration; } ///< none until it is known
+    /// What is to be seen of it now; null until there is something.
+    [[nodiscard]] const QImage &picture() const { return m_picture; }
     /// Nothing can be shown of it, for this reason.
     [[nodiscard]] const std::optional<QString> &failure() const { return m_failure; }
 
 Q_SIGNALS:
     void changed();
+    void pictureChanged();
 
 private:
     void leave(const std::function<void(const Choice &choice)> &way);
@@ -91,6 +95,8 @@ private:
     double m_videoAspectRatio = 16.0 / 9.0;
     std::optional<Seconds> m_duration;
     std::optional<QString> m_failure;
+    QImage m_picture;
+    QSize m_pictureSize; ///< that is asked for
     std::unique_ptr<MoviePlayer> m_player;
 };
 

@@ -46,20 +46,38 @@ QHBoxLayout *rowOf(QWidget *row, const char *title) {
 
 } // namespace
 
+/// The movie's pictures, and black until there is one. It covers all that is below: a new picture has nothing else
+/// painted.
+class ScreenRecordingPreviewView::Movie final : public QWidget {
+public:
+    Movie(ScreenRecordingPreviewModel &model, QWidget *parent) : QWidget(parent), m_model(model) {
+        setAttribute(Qt::WA_OpaquePaintEvent);
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+        connect(&model, &ScreenRecordingPreviewModel::pictureChanged, this, qOverload<>(&QWidget::update));
+    }
+    /// Of the screen where it is now.
+    [[nodiscard]] QSize sizeInPixels() const { return (QSizeF(size()) * devicePixelRatioF()).toSize(); }
+
+protected:
+    void paintEvent(QPaintEvent *) override {
+        m_model.setPictureSize(sizeInPixels()); // it may have come to another screen
+        QPainter painter(this);
+        if (m_model.picture().isNull())
+            return painter.fillRect(rect(), Qt::black);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform, m_model.picture().size() != sizeInPixels());
+        painter.drawImage(rect(), m_model.picture());
+    }
+
+private:
+    ScreenRecordingPreviewModel &m_model;
+};
+
 /// The movie as large as it fits on a black ground, and words where it cannot be shown.
 class ScreenRecordingPreviewView::Screen final : public QWidget {
 public:
-    explicit Screen(ScreenRecordingPreviewModel &model) : m_model(model), m_movie(new QWidget(this)) {
+    explicit Screen(ScreenRecordingPreviewModel &model) : m_model(model), m_movie(new Movie(model, this)) {
         setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
         setAccessibleName(inDesktopWords(QStringLiteral("Recording")));
-        m_movie->setAttribute(Qt::WA_DontCreateNativeAncestors);
-        m_movie->setAttribute(Qt::WA_NativeWindow);
-        m_movie->setAttribute(Qt::WA_OpaquePaintEvent);
-        m_movie->setAttribute(Qt::WA_TransparentForMouseEvents);
-        QPalette black;
-        black.setColor(QPalette::Window, Qt::black);
-        m_movie->setPalette(black);
-        m_movie->setAutoFillBackground(true);
     }
     void place() {
         m_movie->setVisible(!m_model.failure());
@@ -78,7 +96,7 @@ protected:
     void showEvent(QShowEvent *event) override {
         QWidget::showEvent(event);
         if (!std::exchange(m_isPlaying, true))
-            m_model.play(m_movie->winId());
+            m_model.play(m_movie->sizeInPixels());
     }
     void paintEvent(QPaintEvent *) override {
         QPainter painter(this);
@@ -97,7 +115,7 @@ protected:
 
 private:
     ScreenRecordingPreviewModel &m_model;
-    QWidget *m_movie;
+    Movie *m_movie;
     bool m_isPlaying = false;
 };
 

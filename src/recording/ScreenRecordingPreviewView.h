@@ -23,6 +23,7 @@ public:
 
 private:
     class FolderLine;
+    class Movie;
     class NameField;
     class Screen;
 

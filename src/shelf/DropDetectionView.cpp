@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 namespace tavrine {
 namespace {
@@ -37,6 +38,7 @@ void answerCopy(QDropEvent &event) {
 DropDetectionView::DropDetectionView(NotchViewModel &viewModel, Time &time, Dragging &dragging, QWidget *parent)
     : QWidget(parent), m_viewModel(&viewModel), m_time(time), m_dragging(dragging) {
     setAcceptDrops(true);
+    connect(&viewModel, &NotchViewModel::dragEnded, this, &DropDetectionView::awaitDrop);
 }
 
 void DropDetectionView::setContent(QWidget *shelf) {
@@ -68,6 +70,8 @@ void DropDetectionView::dragEnterEvent(QDragEnterEvent *event) {
     if (!mayBeKept(*event->mimeData()))
         return;
     printLine(QStringLiteral("[NotchShelf] Drag entered!"));
+    ++m_entered;
+    m_isUndecided = true;
     setTargetActive(true);
     answerCopy(*event);
 }
@@ -81,10 +85,19 @@ void DropDetectionView::dragLeaveEvent(QDragLeaveEvent *) {
     setTargetActive(false);
 }
 
+/// One that was here has ended somewhere. A drop tells its own end.
+void DropDetectionView::awaitDrop() {
+    m_time.asyncAfter(untilDropHasCome, this, [this, entered = m_entered] {
+        if (entered == m_entered && std::exchange(m_isUndecided, false))
+            printLine(QStringLiteral("[NotchShelf] Drag ended"));
+    });
+}
+
 /// The desktop tells of no end of its own after a drop: it is this one. A drop of which nothing could be kept is
 /// refused, so that the other program shows it as one that failed; one that is not read in time counts as taken.
 void DropDetectionView::dropEvent(QDropEvent *event) {
     answerCopy(*event);
+    m_isUndecided = false;
     const auto isKept = std::make_shared<bool>(true);
     m_dragging.readDrop(*event->mimeData(),
                         [self = QPointer(this), model = m_viewModel, isKept](const DroppedContent &content) {

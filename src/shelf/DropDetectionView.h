@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Date.h"
+
 #include <QPointer>
 #include <QWidget>
 
@@ -19,6 +21,9 @@ class DropDetectionView final : public QWidget {
 public:
     DropDetectionView(NotchViewModel &viewModel, Time &time, Dragging &dragging, QWidget *parent = nullptr);
 
+    /// The end of a drag is heard of before its drop at times.
+    static constexpr Seconds untilDropHasCome{0.3};
+
     /// Takes it over.
     void setContent(QWidget *shelf);
 
@@ -31,11 +36,14 @@ protected:
 
 private:
     void setTargetActive(bool isActive);
+    void awaitDrop();
 
     QPointer<NotchViewModel> m_viewModel;
     Time &m_time;
     Dragging &m_dragging;
     QPointer<QWidget> m_content;
+    int m_entered = 0;          ///< how often a drag came in
+    bool m_isUndecided = false; ///< the last one has neither been dropped here nor been heard to end
 };
 
 } // namespace tavrine

@@ -31,6 +31,7 @@ inline constexpr Seconds stuckThreshold{15};
 inline constexpr Seconds modelDebounce{0.05};
 inline constexpr std::chrono::milliseconds frameAnimationDuration{250};
 inline constexpr std::chrono::milliseconds fileDragAnimationDuration{180};
+inline constexpr std::chrono::milliseconds dragReturnDuration{250}; ///< of a picture that nobody took
 inline constexpr int moveAttempts = 12;
 inline constexpr double dragStartDistance = 3; ///< points; a drag begins beyond it
 } // namespace notch

@@ -18,6 +18,11 @@ void NotchViewModel::setDragTargetActive(bool isActive) {
         Q_EMIT isDragTargetActiveChanged(isActive);
 }
 
+void NotchViewModel::endDrag() {
+    setDragTargetActive(false); // a program that has gone tells nobody that its drag left
+    Q_EMIT dragEnded();
+}
+
 void NotchViewModel::setFileDragActive(bool isActive) {
     if (std::exchange(m_isFileDragActive, isActive) != isActive)
         Q_EMIT isFileDragActiveChanged(isActive);

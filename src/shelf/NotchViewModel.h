@@ -53,6 +53,8 @@ public:
     void setFileDragActive(bool isActive);
     void setShelfItemDragActive(bool isActive);
     void setHovering(bool isHovering);
+    /// A drag of another program's is over, however it ended.
+    void endDrag();
 
     [[nodiscard]] bool isInteractive() const { return m_isHovering || m_isShelfItemDragActive; }
     [[nodiscard]] bool shouldExpand() const;
@@ -82,6 +84,7 @@ Q_SIGNALS:
     void isFileDragActiveChanged(bool isActive);
     void isShelfItemDragActiveChanged(bool isActive);
     void isHoveringChanged(bool isHovering);
+    void dragEnded();
 
 private:
     void appendAdded();

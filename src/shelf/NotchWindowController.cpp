@@ -258,7 +258,7 @@ void NotchWindowController::dragPasteboardChanged() {
     }
     if (!m_viewModel.isShelfItemDragActive())
         completeDrag();
-    m_viewModel.setDragTargetActive(false); // a program that has gone tells nobody that its drag left
+    m_viewModel.endDrag();
     modelChanged();
 }
 

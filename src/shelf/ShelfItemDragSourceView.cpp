@@ -38,6 +38,11 @@ constexpr auto nameRole = look::TextRole::caption;
 constexpr qsizetype longestTip = 400;
 const QColor highlight(255, 255, 255, 38); // an alpha of 0.15
 
+/// On the tile as under the pointer.
+QString symbolWithoutPicture() {
+    return QStringLiteral("doc.text");
+}
+
 /// Where the first line ends: with a word where one ends in its second half, else with the last letter that fits.
 qsizetype firstLineEnd(const QString &name, const QFontMetricsF &metrics, qreal width) {
     qsizetype end = 0;
@@ -167,7 +172,7 @@ void ShelfItemDragSourceView::paintEvent(QPaintEvent *) {
 void ShelfItemDragSourceView::paintPicture(QPainter &painter) {
     const QPixmap picture = m_parts.pictures.picture(m_item, pictureSide, devicePixelRatioF());
     if (picture.isNull()) {
-        look::paintSymbol(painter, pictureBox, QStringLiteral("doc.text"), 44, QColor(255, 255, 255, 225));
+        look::paintSymbol(painter, pictureBox, symbolWithoutPicture(), 44, QColor(255, 255, 255, 225));
         return;
     }
     const QSizeF size = picture.deviceIndependentSize();
@@ -212,7 +217,8 @@ void ShelfItemDragSourceView::paintRemoveButton(QPainter &painter) {
 }
 
 void ShelfItemDragSourceView::hoverButton(const QPointF &place) {
-    if (std::exchange(m_isOnButton, isOnRemoveButton(place)) != m_isOnButton)
+    const bool isOn = isOnRemoveButton(place);
+    if (std::exchange(m_isOnButton, isOn) != isOn)
         update();
 }
 
@@ -291,7 +297,7 @@ QPixmap ShelfItemDragSourceView::draggingImage() const {
     look::preparePainter(painter);
     const QRectF whole({}, image.deviceIndependentSize());
     if (picture.isNull())
-        look::paintSymbol(painter, whole, QStringLiteral("doc.fill"), draggedSide - 6, QColor(0x6A, 0x6E, 0x78));
+        look::paintSymbol(painter, whole, symbolWithoutPicture(), draggedSide - 6, QColor(0x6A, 0x6E, 0x78));
     else
         painter.drawPixmap(whole, picture, picture.rect());
     return image;
@@ -308,7 +314,11 @@ void ShelfItemDragSourceView::startDragging() {
     m_didStartDragging = true;
     update();
     dragged.draggingImage = draggingImage();
-    dragged.hotSpot = QRectF({}, dragged.draggingImage.deviceIndependentSize()).center().toPoint();
+    // It starts in the middle of the tile, wherever on that the pointer is.
+    const QSizeF shown = dragged.draggingImage.deviceIndependentSize();
+    dragged.hotSpot = (*m_mouseDownPoint - QRectF(rect()).center() + QRectF({}, shown).center()).toPoint();
+    if (look::Look::moves() && look::Look::composites())
+        dragged.returnTime = notch::dragReturnDuration;
     const bool isFile = m_item.type == ItemType::file;
     const auto mask = [isFile, &dragging = m_parts.dragging] {
         return isFile && isCommand(dragging.heldModifiers()) ? dragOperation::move : dragOperation::copy;

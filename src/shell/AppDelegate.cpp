@@ -4,6 +4,7 @@
 #include "base/Time.h"
 #include "base/UserDefaults.h"
 #include "capture/ColorPickerManager.h"
+#include "ports/Access.h"
 #include "ports/Application.h"
 #include "ports/StatusItem.h"
 #include "shell/FlagReactions.h"
@@ -171,9 +172,11 @@ void AppDelegate::decideOnboarding() {
         after(onboardingDelay, [this] { showOnboarding(); });
         return;
     }
-    const bool isTrusted = m_shell.windowManager().isAccessibilityTrusted(Prompt::allowed);
-    printLine(QStringLiteral("DEBUG: Accessibility Trusted on Launch: ") +
-              (isTrusted ? QStringLiteral("true") : QStringLiteral("false")));
+    m_shell.desktop().access().whenKnown(this, [this] {
+        const bool isTrusted = m_shell.windowManager().isAccessibilityTrusted(Prompt::allowed);
+        printLine(QStringLiteral("DEBUG: Accessibility Trusted on Launch: ") +
+                  (isTrusted ? QStringLiteral("true") : QStringLiteral("false")));
+    });
 }
 
 // Triggers.
@@ -259,8 +262,10 @@ bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {
 }
 
 void AppDelegate::startedAgain(const QString &action) {
-    if (!m_startActions.run(action))
-        applicationShouldHandleReopen(false);
+    m_shell.desktop().access().whenKnown(this, [this, action] {
+        if (!m_startActions.run(action))
+            applicationShouldHandleReopen(false);
+    });
 }
 
 void AppDelegate::dismissFloatingPanels() {

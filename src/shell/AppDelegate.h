@@ -43,7 +43,8 @@ public:
     void handleOpenTavrineEditorRequested() { openEditor({}); }
     void handleRestartSnip();
     bool applicationShouldHandleReopen(bool hasVisibleWindows); ///< always true
-    /// The program was started again, for something that a start can ask for; for all else it comes forward.
+    /// The program was started, for something that a start can ask for; for all else it comes forward. On a desktop
+    /// that has yet to say what it grants, once it has.
     void startedAgain(const QString &action);
     void handleOpenClipboardSettingsRequested();
     void handleOpenLofiSettingsRequested();

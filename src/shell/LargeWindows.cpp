@@ -65,9 +65,13 @@ void LargeWindows::windowWillClose(QWidget *window) {
     m_time.asyncAfter(policyDelay, this, [this] { restoreAccessoryPolicy(); });
 }
 
+bool LargeWindows::isAnyVisible() const {
+    return std::any_of(m_windows.begin(), m_windows.end(),
+                       [](const auto &window) { return window && window->isVisible(); });
+}
+
 void LargeWindows::restoreAccessoryPolicy() {
-    if (std::none_of(m_windows.begin(), m_windows.end(),
-                     [](const auto &window) { return window && window->isVisible(); }))
+    if (!isAnyVisible())
         m_application.setActivationPolicy(ActivationPolicy::accessory);
 }
 

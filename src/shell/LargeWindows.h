@@ -53,6 +53,8 @@ public:
 
     /// Forgets a window that closes, and leaves the task bar a little later.
     void windowWillClose(QWidget *window);
+    /// A panel, a toast or the shelf is no window among others, and never counts.
+    [[nodiscard]] bool isAnyVisible() const;
     /// Leaves the task bar when none of the windows is visible.
     void restoreAccessoryPolicy();
 

@@ -47,7 +47,9 @@ void PanelController::insertEmoji(const QString &text) {
 }
 
 void PanelController::pasteIntoTarget() {
-    m_ports.pasteBack.paste(m_ports.activator, m_ports.poster);
+    m_ports.pasteBack.paste(m_ports.activator, m_ports.poster, [showToast = m_actions.showToast] {
+        showToast(QStringLiteral("On the clipboard: paste it yourself"), QLatin1String(toastIcon));
+    });
 }
 
 } // namespace tavrine

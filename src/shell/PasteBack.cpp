@@ -18,12 +18,10 @@ constexpr int longestHold = 100;   ///< rounds: twice as long as a hot key holds
 constexpr Seconds holdRound{0.02}; ///< until a keystroke that was held back is tried again
 constexpr Seconds blindDelay{0.2}; ///< where nothing tells that a target is in front
 
-/// The person sees that nothing came, and finds the reason here.
-void tellFailure(const EventPoster &poster) {
+/// Why the last keystroke was not typed; empty when it was.
+QString failureOf(const EventPoster &poster) {
     const QString why = poster.failure();
-    if (poster.isHeldBack() || !why.isEmpty())
-        printLine(QStringLiteral("DEBUG: The paste was not typed: ") +
-                  (why.isEmpty() ? QStringLiteral("the keyboard was not free") : why));
+    return why.isEmpty() && poster.isHeldBack() ? QStringLiteral("the keyboard was not free") : why;
 }
 
 } // namespace
@@ -51,48 +49,54 @@ void PasteBack::noteFrontmost() {
         appDidDeactivate(*front);
 }
 
-void PasteBack::paste(ApplicationActivator &activator, EventPoster &poster) {
+void PasteBack::paste(ApplicationActivator &activator, EventPoster &poster, const std::function<void()> &notTyped) {
+    const Keystroke keystroke{poster, notTyped};
     ++m_underWay;
     if (m_previous && !activator.isRunning(*m_previous))
         m_previous.reset();
     if (!m_previous) {
         activator.hide();
-        postPasteAfter(poster, blindDelay);
+        postAfter(keystroke, blindDelay);
         return;
     }
     activator.activate(*m_previous);
-    waitForActivation(poster, *m_previous, 0);
+    waitForActivation(keystroke, *m_previous, 0);
 }
 
-void PasteBack::waitForActivation(EventPoster &poster, const RunningApplication &target, int attempt) {
+void PasteBack::waitForActivation(const Keystroke &keystroke, const RunningApplication &target, int attempt) {
     const auto front = m_workspace.frontmostApplication();
     if (front && isSameApplication(*front, target))
-        postPasteAfter(poster, settling);
+        postAfter(keystroke, settling);
     else if (attempt < longestWait)
         m_time.asyncAfter(waitRound, this,
-                          [this, &poster, target, attempt] { waitForActivation(poster, target, attempt + 1); });
+                          [this, keystroke, target, attempt] { waitForActivation(keystroke, target, attempt + 1); });
     else
-        postPasteAfter(poster, blindDelay); // never dropped: the person sees where it went
+        postAfter(keystroke, blindDelay); // never dropped: the person sees where it went
 }
 
-void PasteBack::postPasteAfter(EventPoster &poster, Seconds delay) {
-    m_time.asyncAfter(delay, this, [this, &poster] { postPaste(poster, 0); });
+void PasteBack::postAfter(const Keystroke &keystroke, Seconds delay) {
+    m_time.asyncAfter(delay, this, [this, keystroke] { post(keystroke, 0); });
 }
 
 /// A hot key that goes down at this moment holds the keyboard for the panel that it opens: the keystroke comes before
 /// it.
-void PasteBack::postPaste(EventPoster &poster, int attempt) {
+void PasteBack::post(const Keystroke &keystroke, int attempt) {
+    EventPoster &poster = keystroke.poster;
     poster.postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
     poster.postKeyboardEvent(virtualKey::v, false, modifierFlag::command);
     if (poster.isHeldBack() && attempt < longestHold) {
-        m_time.asyncAfter(holdRound, this, [this, &poster, attempt] { postPaste(poster, attempt + 1); });
+        m_time.asyncAfter(holdRound, this, [this, keystroke, attempt] { post(keystroke, attempt + 1); });
         return;
     }
-    tellFailure(poster);
-    typed();
+    if (const QString why = failureOf(poster); !why.isEmpty()) {
+        printLine(QStringLiteral("DEBUG: The paste was not typed: ") + why);
+        if (keystroke.notTyped)
+            keystroke.notTyped();
+    }
+    ended();
 }
 
-void PasteBack::typed() {
+void PasteBack::ended() {
     if (--m_underWay > 0)
         return;
     for (const auto &[context, next] : std::exchange(m_waiting, {}))

@@ -40,20 +40,25 @@ public:
 
     /// Brings the target to the front and types the paste there once it is, or after a while all the same. Without a
     /// target this program gives way, and the keystroke goes to whatever has the keyboard then. Both hands outlive the
-    /// wait.
-    void paste(ApplicationActivator &activator, EventPoster &poster);
+    /// wait. `notTyped` comes in place of a keystroke that nobody can type: a keyboard that stays held for two seconds
+    /// is not waited for any longer, for what comes later would surprise whoever writes on.
+    void paste(ApplicationActivator &activator, EventPoster &poster, const std::function<void()> &notTyped = {});
 
-    /// From a paste until its keystroke is typed.
+    /// From a paste until its keystroke is typed, or given up.
     [[nodiscard]] bool isPasting() const { return m_underWay > 0; }
     /// Calls `next` when no keystroke is to be typed any more; at once where none is. A panel that is shown before that
     /// would get what is meant for the program behind it. Nothing is called once `context` is gone.
     void afterPastes(QObject *context, std::function<void()> next);
 
 private:
-    void waitForActivation(EventPoster &poster, const RunningApplication &target, int attempt);
-    void postPasteAfter(EventPoster &poster, Seconds delay);
-    void postPaste(EventPoster &poster, int attempt);
-    void typed();
+    struct Keystroke {
+        EventPoster &poster;
+        std::function<void()> notTyped;
+    };
+    void waitForActivation(const Keystroke &keystroke, const RunningApplication &target, int attempt);
+    void postAfter(const Keystroke &keystroke, Seconds delay);
+    void post(const Keystroke &keystroke, int attempt);
+    void ended();
 
     Workspace &m_workspace;
     Time &m_time;

@@ -14,8 +14,8 @@ namespace tavrine {
 Shell::Shell(const Parts &parts, PanelController::Contents contents)
     : m_parts(parts), m_contents(std::move(contents)),
       m_clipboardManager({parts.desktop.time(), parts.defaults, parts.desktop.pasteboard(), parts.desktop.workspace(),
-                          parts.desktop.imageCoder(), parts.desktop.movieAsset(), parts.desktop.loginItem(),
-                          parts.desktop.folders(), parts.database}),
+                          parts.desktop.applicationCatalog(), parts.desktop.imageCoder(), parts.desktop.movieAsset(),
+                          parts.desktop.loginItem(), parts.desktop.folders(), parts.database}),
       m_flags(parts.defaults), m_experienceSettings(parts.defaults),
       m_windowManager({.access = parts.desktop.access(),
                        .alerts = parts.desktop.alerts(),

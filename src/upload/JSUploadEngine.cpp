@@ -19,6 +19,8 @@
 namespace tavrine {
 namespace {
 
+constexpr int mostRunsAtOnce = 64; // they wait and do not compute, so the cores are no measure
+
 UploadScriptRunResult failure(UploadScriptError error) {
     return {std::nullopt, {}, std::move(error)};
 }
@@ -139,7 +141,7 @@ private:
 
 JSUploadEngine::JSUploadEngine(QString workerPath, Time &time)
     : m_workerPath(std::move(workerPath)), m_time(time), m_watchdogQueue("com.tavrine.jsUploadEngine.watchdog"),
-      m_queue(QStringLiteral("com.tavrine.jsUploadEngine")) {}
+      m_queue(QStringLiteral("com.tavrine.jsUploadEngine"), mostRunsAtOnce) {}
 
 JSUploadEngine::~JSUploadEngine() {
     const std::lock_guard guard(m_lock);

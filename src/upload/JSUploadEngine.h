@@ -1,6 +1,6 @@
 #pragma once
 
-#include "upload/ConcurrentQueue.h"
+#include "base/ConcurrentQueue.h"
 #include "upload/UploadScriptError.h"
 #include "upload/WatchdogQueue.h"
 

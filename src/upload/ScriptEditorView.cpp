@@ -3,6 +3,7 @@
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
+#include "look/TypedText.h"
 #include "upload/ScriptEditing.h"
 #include "upload/ScriptHighlighter.h"
 #include "upload/ThinScrollBarsView.h"
@@ -105,7 +106,7 @@ void ScriptEditorView::replaceText(const QString &text) {
 }
 
 QString ScriptEditorView::script() const {
-    return document()->toRawText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    return look::asTyped(document()->toRawText());
 }
 
 int ScriptEditorView::gutterWidth() const {

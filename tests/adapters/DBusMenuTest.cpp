@@ -55,6 +55,15 @@ TEST_F(DBusMenuTest, aChangeIsToldAndTheNextLayoutHasIt) {
                                        "@av [])>]))"));
 }
 
+TEST_F(DBusMenuTest, theKeysOfALineAreItsShortcut) {
+    lines = {{.id = 4,
+              .label = QStringLiteral("Find"),
+              .isOn = {},
+              .keys = {QStringLiteral("Super"), QStringLiteral("Shift"), QStringLiteral("V")}}};
+    EXPECT_EQ(layout(), QStringLiteral("(uint32 1, (0, {'children-display': <'submenu'>}, [<(4, {'label': <'Find'>, "
+                                       "'shortcut': <[['Super', 'Shift', 'V']]>}, @av [])>]))"));
+}
+
 TEST_F(DBusMenuTest, onlyAClickOnALineThatIsThereAndEnabledChoosesIt) {
     const auto event = [this](int id, const char *kind) {
         call("Event", {QString::number(id), QLatin1String(kind), QStringLiteral("<0>"), QStringLiteral("0")});

@@ -68,6 +68,55 @@ TEST_F(DesktopFiles, anIconIsFoundByWhateverTheProgramIsCalled) {
     EXPECT_TRUE(entries.icon(QStringLiteral("unknown"), 20).isNull());
 }
 
+TEST_F(DesktopFiles, aProgramHasTheNamesThatTheFileCalledLikeItGives) {
+    write("org.gnome.epsilon.desktop", "[Desktop Entry]\nType=Application\nName=E\nStartupWMClass=EpsilonWin\n"
+                                       "Exec=/usr/bin/epsilon-2.1 %U\n");
+    const QStringList names{QStringLiteral("EpsilonWin"), QStringLiteral("epsilon-2.1")};
+    EXPECT_EQ(entries.otherNamesOf(QStringLiteral("org.gnome.epsilon")), names);
+    EXPECT_EQ(entries.otherNamesOf(QStringLiteral("Org.Gnome.Epsilon")), names);
+    EXPECT_EQ(entries.otherNamesOf(QStringLiteral("EpsilonWin")), QStringList());
+    for (const QString &name : {QString(), QStringLiteral("../") + folder.path() + QStringLiteral("/org.gnome.epsilon"),
+                                QStringLiteral("none")})
+        EXPECT_EQ(entries.otherNamesOf(name), QStringList()) << qPrintable(name);
+}
+
+TEST_F(DesktopFiles, aFileOfThePersonsOwnGoesBeforeTheSystemsOfThatName) {
+    const QTemporaryDir own;
+    QFile file(own.filePath(QStringLiteral("zeta.desktop")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("[Desktop Entry]\nType=Application\nName=Z\nStartupWMClass=Own\n");
+    file.close();
+    write("zeta.desktop", "[Desktop Entry]\nType=Application\nName=Z\nStartupWMClass=System\n");
+    DesktopEntries both({own.path(), folder.path()});
+    EXPECT_EQ(both.otherNamesOf(QStringLiteral("zeta")), QStringList{QStringLiteral("Own")});
+}
+
+struct Command {
+    const char *file;
+    const char *line;
+    const char *name; ///< empty: the line gives none
+};
+
+class CommandOfAFile : public DesktopFiles, public testing::WithParamInterface<Command> {};
+
+TEST_P(CommandOfAFile, isANameWhereItIsThatProgramsAlone) {
+    const auto [file, line, name] = GetParam();
+    write((QByteArray(file) + ".desktop").constData(),
+          QByteArray("[Desktop Entry]\nType=Application\nName=N\nExec=") + line + "\n");
+    EXPECT_EQ(entries.otherNamesOf(QLatin1String(file)).join(u','), QLatin1String(name));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Lines, CommandOfAFile,
+    testing::Values(Command{"gimp", "gimp-2.10 %U", "gimp-2.10"},
+                    Command{"quoted", "\"/opt/a/quoted-bin\" @@u %U @@", "quoted-bin"},
+                    Command{"with-env", "env A=1 B=2 program", "program"},
+                    Command{"org.kde.kate", "kate -b %U", "kate"}, Command{"office-writer", "office --writer %U", ""},
+                    Command{"script", "python3 /usr/share/script.py", ""},
+                    Command{"org.a.B", "/usr/bin/flatpak run --command=b-bin org.a.B @@u %U @@", "b-bin"},
+                    Command{"org.a.C", "flatpak run org.a.C", ""}, Command{"none", "", ""},
+                    Command{"env-alone", "env A=1", ""}));
+
 TEST_F(DesktopFiles, theFolderIsTheFirstOneThatHoldsSomething) {
     EXPECT_EQ(entries.folder(), QString());
     write("a.desktop", "x");

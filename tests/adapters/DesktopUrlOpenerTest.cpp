@@ -1,5 +1,7 @@
 #include "adapters/linux/DesktopUrlOpener.h"
 
+#include <tuple>
+
 #include <gtest/gtest.h>
 
 namespace tavrine {
@@ -18,6 +20,19 @@ TEST(DesktopUrlOpener, aSettingsAddressOpensTheMatchingPage) {
     EXPECT_EQ(call("Privacy_Microphone", "GNOME", {gnome}), (ProgramCall{gnome, {QStringLiteral("microphone")}}));
     EXPECT_EQ(call("Privacy_Accessibility", "XFCE", {xfce}),
               (ProgramCall{xfce, {QStringLiteral("--dialog=xfce4-accessibility-settings")}}));
+}
+
+TEST(DesktopUrlOpener, theAddressOfTheShortcutsOpensThePageOfTheKeysOnEachDesktop) {
+    const QString kde = QStringLiteral("systemsettings");
+    const QString olderKde = QStringLiteral("systemsettings5");
+    for (const auto &[desktop, program, page] : {std::tuple{"GNOME", gnome, QStringLiteral("keyboard")},
+                                                 {"KDE", kde, QStringLiteral("kcm_keys")},
+                                                 {"KDE", olderKde, QStringLiteral("kcm_keys")},
+                                                 {"XFCE", xfce, QStringLiteral("--dialog=xfce4-keyboard-settings")}})
+        EXPECT_EQ(settingsCall(
+                      QUrl(QStringLiteral("x-apple.systempreferences:com.apple.preference.keyboard?Shortcuts")),
+                      QLatin1String(desktop), [&program = program](const QString &asked) { return asked == program; }),
+                  (ProgramCall{program, {page}}));
 }
 
 TEST(DesktopUrlOpener, thePageThatAProgramDoesNotHaveOpensTheProgram) {

@@ -5,6 +5,7 @@
 #include "adapters/linux/PlayerProtocol.h"
 #include "support/Eventually.h"
 #include "support/SoundRecording.h"
+#include "support/Text.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -19,10 +20,6 @@ namespace {
 using namespace std::chrono_literals;
 using playerProtocol::Report;
 using Clock = SoundRecording::Clock;
-
-QString text(const char *utf8) {
-    return QString::fromUtf8(utf8);
-}
 
 /// What takes longer is broken, on a machine however busy. How soon it is on a quiet one, the test prints.
 constexpr auto startBound = 3s;
@@ -429,13 +426,6 @@ TEST(PlayerProtocol, everyCommandForAMovieComesBackAsItWentAndNothingElseIsOne) 
     }
     for (const char *line : {"", "play -1", "Play", "mute ", "stop", "quit"})
         EXPECT_EQ(playerProtocol::movieCommandIn(line), std::nullopt) << line;
-}
-
-TEST(PlayerProtocol, onlyANumberOf32BitsIsAWindow) {
-    EXPECT_EQ(playerProtocol::windowIn("1"), 1U);
-    EXPECT_EQ(playerProtocol::windowIn("4294967295"), 4294967295U);
-    for (const char *argument : {"", "0", "-1", "4294967296", "0x10", " 7", "7 ", "window"})
-        EXPECT_EQ(playerProtocol::windowIn(argument), std::nullopt) << argument;
 }
 
 TEST(HelperLines, piecesBecomeLines) {

@@ -88,8 +88,7 @@ protected:
         return result.value_or(-1);
     }
 
-    std::optional<LinuxPowerAssertions> assertions{std::in_place, makeInhibitingServices(),
-                                                   makePowerManagementKeeper()};
+    std::optional<LinuxPowerAssertions> assertions{std::in_place, makeInhibitingServices(), makeLastResorts()};
     quint32 id = 0;
     std::optional<int> result;
 };
@@ -102,10 +101,11 @@ TEST_F(PowerAssertionsTest, eachServiceIsAskedForWhatItCanHoldOffAndGivenItBack)
     const auto locks = [&] { return logind.locks(); };
 
     EXPECT_EQ(hold(PowerAssertionType::noDisplaySleep), PowerAssertions::success);
-    EXPECT_TRUE(eventually([&] { return locks() == QStringList{QStringLiteral("idle"), QStringLiteral("sleep")}; }));
+    EXPECT_TRUE(eventually([&] { return locks() == QStringList{QStringLiteral("idle")}; }))
+        << "a person may still ask for the suspend";
     EXPECT_TRUE(eventually([&] { return powerManagement.held().size() == 1; }));
     EXPECT_EQ(screenSaver.held(), QStringList{displayLine});
-    EXPECT_EQ(sessionManager.held(), QStringList{QStringLiteral("Tavrine, 0, Tavrine Keep Awake, 12")});
+    EXPECT_EQ(sessionManager.held(), QStringList{QStringLiteral("Tavrine, 0, Tavrine Keep Awake, 8")});
     assertions->release(id);
     EXPECT_TRUE(eventually([&] {
         return locks().isEmpty() && screenSaver.held().isEmpty() && sessionManager.held().isEmpty() &&
@@ -124,18 +124,59 @@ TEST_F(PowerAssertionsTest, eachServiceIsAskedForWhatItCanHoldOffAndGivenItBack)
     EXPECT_TRUE(eventually([&] { return locks().isEmpty() && sessionManager.held().isEmpty(); }));
 }
 
-TEST_F(PowerAssertionsTest, anotherTypeInTheSameTurnLetsGoOfNothingThatBothHold) {
+TEST_F(PowerAssertionsTest, whatIsAssertedAnewInTheSameTurnIsNeverGivenBack) {
     const Logind logind;
     const InhibitService sessionManager(sessionManagerName);
-    ASSERT_EQ(hold(PowerAssertionType::noDisplaySleep), PowerAssertions::success);
-    ASSERT_TRUE(eventually([&] { return logind.locks().size() == 2; }));
+    ASSERT_EQ(hold(PowerAssertionType::preventSystemSleep), PowerAssertions::success);
+    ASSERT_TRUE(eventually(
+        [&] { return logind.locks() == QStringList{QStringLiteral("sleep")} && sessionManager.held().size() == 1; }));
     const qsizetype calls = logind.inhibitCalls();
+    const int asked = sessionManager.asked;
     assertions->release(id);
-    EXPECT_EQ(hold(PowerAssertionType::noIdleSleep), PowerAssertions::success);
-    EXPECT_TRUE(eventually([&] { return logind.locks() == QStringList{QStringLiteral("sleep")}; }));
+    EXPECT_EQ(hold(PowerAssertionType::preventSystemSleep), PowerAssertions::success);
+    letPass(100ms);
     EXPECT_EQ(logind.inhibitCalls(), calls);
-    EXPECT_TRUE(eventually(
-        [&] { return sessionManager.held() == QStringList{QStringLiteral("Tavrine, 0, Tavrine Keep Awake, 4")}; }));
+    EXPECT_EQ(sessionManager.asked, asked);
+}
+
+TEST_F(PowerAssertionsTest, whereTheScreenMayBlankASessionManagerOrThePowerManagerSparesTheOthers) {
+    const Logind logind;
+    const InhibitService powerManagement(powerManagementName);
+    const auto nothing = [&] { return logind.locks().isEmpty(); };
+    EXPECT_EQ(hold(PowerAssertionType::noIdleSleep), PowerAssertions::success);
+    EXPECT_TRUE(eventually(nothing)) << "Plasma takes logind's idleness for the screen's";
+    EXPECT_EQ(powerManagement.held(), QStringList{displayLine});
+    {
+        const InhibitService sessionManager(sessionManagerName);
+        const QStringList expected{QStringLiteral("Tavrine, 0, Tavrine Keep Awake, 4")};
+        EXPECT_TRUE(eventually([&] { return sessionManager.held() == expected && powerManagement.held().isEmpty(); }));
+        EXPECT_TRUE(nothing());
+    }
+    EXPECT_TRUE(eventually([&] { return !powerManagement.held().isEmpty(); })) << "it is the next again";
+}
+
+TEST_F(PowerAssertionsTest, withLogindAloneItIsToldThatNobodyIsIdle) {
+    const Logind logind;
+    EXPECT_EQ(hold(PowerAssertionType::noIdleSleep), PowerAssertions::success);
+    EXPECT_EQ(logind.locks(), QStringList{QStringLiteral("idle")});
+    assertions->release(id);
+    EXPECT_TRUE(eventually([&] { return logind.locks().isEmpty(); }));
+}
+
+TEST_F(PowerAssertionsTest, aSessionManagerThatHangsOrRefusesOverAnotherTypeHasNotTakenIt) {
+    InhibitService sessionManager(sessionManagerName);
+    ASSERT_EQ(hold(PowerAssertionType::noIdleSleep), PowerAssertions::success);
+    sessionManager.isHanging = true;
+    assertions->release(id);
+    EXPECT_NE(hold(PowerAssertionType::noDisplaySleep), PowerAssertions::success);
+    sessionManager.goOn();
+    EXPECT_TRUE(eventually([&] { return sessionManager.held().isEmpty(); }));
+
+    ASSERT_EQ(hold(PowerAssertionType::noIdleSleep), PowerAssertions::success);
+    sessionManager.isRefusing = true;
+    assertions->release(id);
+    EXPECT_NE(hold(PowerAssertionType::noDisplaySleep), PowerAssertions::success);
+    EXPECT_TRUE(eventually([&] { return sessionManager.held().isEmpty(); }));
 }
 
 TEST_F(PowerAssertionsTest, thePowerManagerKeepsAMachineUpThatHasNobodyElse) {
@@ -173,7 +214,7 @@ TEST_F(PowerAssertionsTest, daemonsThatAreStartedAnewAreAskedAgainWithinASecond)
         screenSaver.start();
         logind.start();
         EXPECT_TRUE(eventually([&] { return screenSaver.held() == QStringList{displayLine}; }, 1s));
-        EXPECT_TRUE(eventually([&] { return logind.locks().size() == 2; }, 1s));
+        EXPECT_TRUE(eventually([&] { return logind.locks().size() == 1; }, 1s));
     }
     assertions->release(id);
     EXPECT_TRUE(eventually([&] { return logind.locks().isEmpty() && screenSaver.held().isEmpty(); }, 1s));
@@ -183,7 +224,7 @@ TEST_F(PowerAssertionsTest, aDaemonThatStartsLaterIsAskedToo) {
     InhibitService screenSaver(screenSaverName);
     ASSERT_EQ(hold(PowerAssertionType::noDisplaySleep), PowerAssertions::success);
     const Logind logind;
-    EXPECT_TRUE(eventually([&] { return logind.locks().size() == 2; }, 1s));
+    EXPECT_TRUE(eventually([&] { return logind.locks().size() == 1; }, 1s));
 }
 
 TEST_F(PowerAssertionsTest, aStoppedDaemonHoldsNobodyAndIsBelievedWhenItGoesOn) {
@@ -201,7 +242,7 @@ TEST_F(PowerAssertionsTest, aStoppedDaemonHoldsNobodyAndIsBelievedWhenItGoesOn) 
     EXPECT_EQ(result, PowerAssertions::success) << "the screen is kept on";
     EXPECT_LT(longestTurn, 200);
     logind.goOn();
-    EXPECT_TRUE(eventually([&] { return logind.locks().size() == 2; }, 1s));
+    EXPECT_TRUE(eventually([&] { return logind.locks().size() == 1; }, 1s));
 }
 
 TEST_F(PowerAssertionsTest, theAnswerToWhatIsNotWantedAnyMoreIsGivenBack) {
@@ -214,7 +255,7 @@ TEST_F(PowerAssertionsTest, theAnswerToWhatIsNotWantedAnyMoreIsGivenBack) {
     screenSaver.goOn();
     EXPECT_EQ(screenSaver.asked, 1);
     EXPECT_TRUE(eventually([&] { return screenSaver.held().isEmpty(); }));
-    EXPECT_TRUE(eventually([&] { return logind.inhibitCalls() == 2 && logind.locks().isEmpty(); }));
+    EXPECT_TRUE(eventually([&] { return logind.inhibitCalls() == 1 && logind.locks().isEmpty(); }));
     letPass(100ms);
     EXPECT_THAT(logind.locks(), IsEmpty());
 }
@@ -280,6 +321,29 @@ TEST(X11ScreenSaver, noSettingOfTheServerIsTouched) {
     EXPECT_EQ(settings(), before);
 }
 
+// A launch on battery, which is known a second later.
+
+TEST(LaunchOnBattery, endsWhatWasSwitchedOnForMainsPowerBeforeTheFirstTick) {
+    const Logind logind;
+    const DBusMock upower(DBusMock::Bus::system, QStringLiteral("upower"), QStringLiteral("org.freedesktop.UPower"));
+    const auto tell = [&](const char *method, const QVariantList &arguments) {
+        static_cast<void>(upower.call(QStringLiteral("/org/freedesktop/UPower"),
+                                      QStringLiteral("org.freedesktop.DBus.Mock"), QLatin1String(method), arguments));
+    };
+    tell("SetupDisplayDevice",
+         {2U, 2U, 50.0, 50.0, 100.0, 1.0, qlonglong(60), qlonglong(60), true, QStringLiteral("battery"), 1U});
+    tell("UpdateProperties",
+         {QStringLiteral("org.freedesktop.UPower"), QVariantMap{{QStringLiteral("OnBattery"), true}}});
+    const Program forMains(QStringLiteral(KEEP_AWAKE),
+                           {QStringLiteral("displayAwake"), QStringLiteral("charging-only")});
+    EXPECT_TRUE(eventually([&] { return !logind.locks().isEmpty(); }));
+    EXPECT_TRUE(eventually([&] { return logind.locks().isEmpty(); }, 5s));
+    const Program forAny(QStringLiteral(KEEP_AWAKE), {QStringLiteral("displayAwake")});
+    EXPECT_TRUE(eventually([&] { return !logind.locks().isEmpty(); }));
+    letPass(2s);
+    EXPECT_FALSE(logind.locks().isEmpty());
+}
+
 // A process that is killed.
 
 TEST(KilledProgram, leavesNothingInhibited) {
@@ -287,7 +351,7 @@ TEST(KilledProgram, leavesNothingInhibited) {
     const InhibitService screenSaver(screenSaverName);
     ScreenSaverWatch watch;
     Program program(QStringLiteral(KEEP_AWAKE), {QStringLiteral("displayAwake")});
-    ASSERT_TRUE(eventually([&] { return logind.locks().size() == 2 && screenSaver.held().size() == 1; }));
+    ASSERT_TRUE(eventually([&] { return logind.locks().size() == 1 && screenSaver.held().size() == 1; }));
     letPass(100ms); // the server is asked last
     watch.wake();
     EXPECT_FALSE(watch.comes());

@@ -5,6 +5,7 @@
 #include "support/Eventually.h"
 #include "support/MovieReading.h"
 #include "support/ScreenFrames.h"
+#include "support/Text.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -25,10 +26,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using namespace recorderProtocol;
-
-QString text(const char *utf8) {
-    return QString::fromUtf8(utf8);
-}
 
 /// The program alone, spoken to by hand.
 class Recorder {

@@ -6,6 +6,7 @@
 #include "support/MovieReading.h"
 #include "support/Recorders.h"
 #include "support/ScreenFrames.h"
+#include "support/Text.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -27,10 +28,6 @@ namespace {
 using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 
-QString text(const char *utf8) {
-    return QString::fromUtf8(utf8);
-}
-
 constexpr QSize size(320, 180);
 constexpr MediaTime start = 1000s;
 
@@ -47,11 +44,11 @@ protected:
         words = std::get<QString>(made);
         return nullptr;
     }
-    void begin(bool hasSound = false) {
+    void begin(bool hasSound = false, int bitRate = 4'000'000) {
         writer = make(path);
         ASSERT_TRUE(writer) << words.toStdString();
         ASSERT_TRUE(writer->addVideoInput(
-            {.width = frames.picture().width(), .height = frames.picture().height(), .averageBitRate = 4'000'000}));
+            {.width = frames.picture().width(), .height = frames.picture().height(), .averageBitRate = bitRate}));
         if (hasSound) {
             ASSERT_TRUE(writer->addAudioInput({}));
         }
@@ -165,6 +162,73 @@ TEST_F(RecorderProcessTest, colorsAreReadBackWithinTwoStepsWhileTheMovieIsWritte
     expectColors(some);
     ASSERT_TRUE(finish(1s));
     expectColors(60);
+}
+
+TEST_F(RecorderProcessTest, aMovieHasTheBitRateThatWasAskedFor) {
+    for (const int bitRate : {4'000'000, 12'000'000}) {
+        path = folder.filePath(QString::number(bitRate));
+        begin(false, bitRate);
+        std::mt19937 random(5);
+        constexpr int seconds = 4;
+        for (int i = 0; i < seconds * 60; ++i) // what no encoder can foresee
+            ASSERT_TRUE(append(i * 1s / 60, frames.next(QRect({}, size), [&](QPainter &painter) {
+                for (int y = 0; y < size.height(); y += 3)
+                    for (int x = 0; x < size.width(); x += 3)
+                        painter.fillRect(x, y, 3, 3, QColor::fromRgb(random()));
+            })));
+        ASSERT_TRUE(finish(seconds * 1s));
+        EXPECT_NEAR(bitRateOf(packetsOf(path), seconds), bitRate, bitRate * 0.2);
+        writer.reset();
+    }
+}
+
+TEST_F(RecorderProcessTest, aMovieOfTwoByTwoPixelsIsWritten) {
+    frames = ScreenFrames({2, 2}, 12);
+    begin();
+    for (int i = 0; i < 10; ++i)
+        ASSERT_TRUE(append(i * 16ms, frames.plain(i < 5 ? Qt::red : Qt::blue)));
+    ASSERT_TRUE(finish(1s));
+    EXPECT_EQ(writer->status(), MovieWriterStatus::completed) << writer->error().value_or(QString()).toStdString();
+    expectPlayable(10);
+    const QJsonObject video = streamsOf(path).value(0);
+    EXPECT_EQ(video[QLatin1String("width")].toInt(), 2);
+    EXPECT_EQ(video[QLatin1String("height")].toInt(), 2);
+    const QByteArray pixels = pixelsOf(path);
+    ASSERT_EQ(pixels.size(), 10 * 2 * 2 * 3);
+    EXPECT_NEAR(static_cast<unsigned char>(pixels[0]), 255, 4);
+    EXPECT_NEAR(static_cast<unsigned char>(pixels[pixels.size() - 1]), 255, 4);
+    EXPECT_NEAR(static_cast<unsigned char>(pixels[pixels.size() - 3]), 0, 4);
+}
+
+TEST_F(RecorderProcessTest, soundHasItsTwoChannelsAndItsBitRate) {
+    begin(true);
+    constexpr int seconds = 4;
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> noise(-0.5F, 0.5F);
+    QByteArray samples;
+    for (int i = 0; i < seconds * microphoneSampleRate; ++i) {
+        const bool isFirstHalf = i < seconds * microphoneSampleRate / 2;
+        const float both[] = {isFirstHalf ? 0 : noise(random), noise(random)};
+        samples.append(reinterpret_cast<const char *>(both), sizeof both);
+    }
+    EXPECT_TRUE(writer->appendAudio({.presentationTime = start, .data = samples}));
+    ASSERT_TRUE(appendMoving(0ms));
+    ASSERT_TRUE(finish(seconds * 1s));
+    const QJsonObject sound = streamsOf(path).value(1);
+    EXPECT_EQ(sound[QLatin1String("codec_name")].toString(), text("aac"));
+    EXPECT_EQ(sound[QLatin1String("channels")].toInt(), 2);
+    EXPECT_EQ(sound[QLatin1String("sample_rate")].toString(), text("44100"));
+    EXPECT_NEAR(bitRateOf(packetsOf(path, "a"), seconds), 128'000, 128'000 * 0.15);
+    const auto loudness = [](const std::vector<float> &samplesOfOne, std::size_t from, std::size_t to) {
+        double sum = 0;
+        for (std::size_t i = from; i < std::min(to, samplesOfOne.size()); ++i)
+            sum += std::abs(double(samplesOfOne[i]));
+        return sum / double(to - from);
+    };
+    constexpr std::size_t second = microphoneSampleRate;
+    EXPECT_LT(loudness(soundOf(path, 0), second / 2, second), 0.02);
+    EXPECT_GT(loudness(soundOf(path, 1), second / 2, second), 0.1);
+    EXPECT_GT(loudness(soundOf(path, 0), 3 * second, 4 * second - second / 2), 0.1);
 }
 
 TEST_F(RecorderProcessTest, aBrowserAndAPlayerOfMoviesPlayIt) {

@@ -6,6 +6,8 @@
 #include "adapters/linux/TrayStatusItem.h"
 #include "shell/StatusIcon.h"
 #include "support/Eventually.h"
+#include "support/Program.h"
+#include "support/ProgramName.h"
 #include "support/StatusNotifierTray.h"
 #include "utilities/meter/SpeedImage.h"
 
@@ -53,6 +55,16 @@ private:
     uint m_scheme;
 };
 
+/// The names of hosts on the bus.
+QStringList hosts() {
+    return outputOf(QStringLiteral("gdbus"),
+                    {QStringLiteral("call"), QStringLiteral("--session"), QStringLiteral("--dest"),
+                     QStringLiteral("org.freedesktop.DBus"), QStringLiteral("--object-path"), QStringLiteral("/"),
+                     QStringLiteral("--method"), QStringLiteral("org.freedesktop.DBus.ListNames")})
+        .split(u'\'')
+        .filter(QStringLiteral("StatusNotifierHost"));
+}
+
 class StatusNotifierItemTest : public testing::Test {
 public:
     StatusNotifierItemTest() {
@@ -68,7 +80,7 @@ public:
     bool isShown() {
         return eventually([&] { return !tray.properties().isEmpty(); });
     }
-    QString property(const char *name) { return tray.properties().value(QLatin1String(name)).toString(); }
+    QString property(const char *called) { return tray.properties().value(QLatin1String(called)).toString(); }
     QColor symbolColor() {
         const QImage image = tray.pixmaps().value(1).toImage();
         return image.isNull() ? QColor() : image.pixelColor(8, 24); // on the board, left of the letter
@@ -102,8 +114,10 @@ TEST_F(StatusNotifierItemTest, sendsThePictureInSingleAndDoubleSize) {
 TEST_F(StatusNotifierItemTest, colorsSurviveTheWay) {
     item->setImage(statusIcon(true, true, QStringLiteral("#12AB56")));
     ASSERT_TRUE(isShown());
-    ASSERT_TRUE(eventually([&] { return tray.pixmaps().value(0).toImage().size() == QSize(28, 22); }));
-    EXPECT_EQ(tray.pixmaps()[1].toImage().pixelColor(4, 22), QColor(0x12, 0xAB, 0x56));
+    ASSERT_TRUE(eventually([&] { return tray.pixmaps().value(0).toImage().size() == QSize(28, 28); }))
+        << "sway's bar takes nothing but squares";
+    EXPECT_EQ(tray.pixmaps()[1].toImage().pixelColor(4, 28), QColor(0x12, 0xAB, 0x56));
+    EXPECT_EQ(tray.pixmaps()[1].toImage().pixelColor(28, 4).alpha(), 0);
     EXPECT_EQ(tray.pixmaps()[1].toImage().pixelColor(0, 0).alpha(), 0);
 }
 
@@ -137,6 +151,61 @@ TEST_F(StatusNotifierItemTest, theSpeedMeterIsASquareHereThatFollowsTheAppearanc
     EXPECT_EQ(tray.pixmaps().value(0).toImage().size(), QSize(22, 22));
     Portal portal(2);
     EXPECT_TRUE(eventually([&] { return isInked(darkSymbolColor); }));
+}
+
+TEST_F(StatusNotifierItemTest, theSpeedMeterIsWideWhereAllWhoDrawTheTrayKeepItsShape) {
+    const auto hasSize = [this](QSize size) {
+        return eventually([&] {
+            return tray.pixmaps().value(0).toImage().size() == size &&
+                   tray.pixmaps().value(1).toImage().size() == 2 * size;
+        });
+    };
+    item->setImage(speedImage({.download = QStringLiteral("12.3MB"), .upload = QStringLiteral("   0 B")}));
+    ASSERT_TRUE(isShown());
+    EXPECT_TRUE(hasSize({22, 22}));
+    const ProgramName bar("waybar");
+    tray.setHasHost(true);
+    EXPECT_TRUE(hasSize({70, 16}));
+    item->setImage(speedImage({.download = {}, .upload = {}, .isConnected = false}));
+    EXPECT_TRUE(hasSize({92, 16}));
+    {
+        const Program other(QStringLiteral("/usr/bin/python3"),
+                            {QStringLiteral("-c"),
+                             QStringLiteral("import dbus, signal; bus = dbus.SessionBus(); "
+                                            "bus.request_name('org.kde.StatusNotifierHost-1-1'); signal.pause()")});
+        const auto isThere = [] { return hosts().contains(QStringLiteral("org.kde.StatusNotifierHost-1-1")); };
+        ASSERT_TRUE(eventually(isThere));
+        tray.setHasHost(true);
+        EXPECT_TRUE(hasSize({22, 22})) << "another host may fit it into a square";
+    }
+    ASSERT_TRUE(eventually([] { return hosts().isEmpty(); }));
+    tray.setHasHost(true);
+    EXPECT_TRUE(hasSize({92, 16}));
+}
+
+TEST_F(StatusNotifierItemTest, whereAWideImageKeepsItsShapeIsToldAnew) {
+    StatusNotifierItem alone;
+    int told = 0;
+    alone.setHandlers({.onOfferChanged = [&] { ++told; }, .onShown = {}, .onPress = {}, .onSecondaryPress = {}});
+    ASSERT_TRUE(eventually([&] { return alone.offer() == TrayIcon::Offer::yes; }));
+    EXPECT_FALSE(alone.keepsShape());
+    const int before = told;
+    const ProgramName bar("waybar");
+    tray.setHasHost(true);
+    EXPECT_TRUE(eventually([&] { return alone.keepsShape(); }));
+    EXPECT_EQ(told, before + 1);
+}
+
+TEST_F(StatusNotifierItemTest, aHostThatGoesWhileItIsLookedAtOffersNothing) {
+    item.reset();
+    StatusNotifierItem alone;
+    ASSERT_TRUE(eventually([&] { return alone.offer() == TrayIcon::Offer::yes; }));
+    for (int times = 0; times < 10; ++times) { // the two answers race
+        tray.comeAndGo();
+        ASSERT_TRUE(eventually([&] { return !tray.hasHost(); })) << times;
+        letPass(100ms);
+        EXPECT_EQ(alone.offer(), TrayIcon::Offer::no) << times;
+    }
 }
 
 TEST_F(StatusNotifierItemTest, eachFirstWayOfPressingAsksForTheMenu) {

@@ -2,6 +2,7 @@
 
 #include "support/Eventually.h"
 #include "support/SoundRecording.h"
+#include "support/Text.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -12,10 +13,6 @@ namespace tavrine::test {
 namespace {
 
 using namespace std::chrono_literals;
-
-QString text(const char *utf8) {
-    return QString::fromUtf8(utf8);
-}
 
 const QString pop = QStringLiteral("Pop");
 

@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const PrivateBus &systemBusOfTests = privateSystemBus();
+const PrivateBus &upowersBus = privateSystemBus();
 
 constexpr uint unknownType = 0;
 constexpr uint batteryType = 2;
@@ -102,6 +102,40 @@ TEST_F(UPowerSourceTest, whatIsThereBeforeTheFirstReadingIsKnown) {
     upower.setBattery(batteryType, true);
     upower.setOnBattery(true);
     EXPECT_TRUE(becomes("Battery Power"));
+}
+
+TEST_F(UPowerSourceTest, theAnswerThatIsToldFirstHasTheBatteryAndTheMachine) {
+    const UPower upower;
+    upower.setBattery(batteryType, true);
+    for (const bool isOnBattery : {true, false}) { // one is known of the machine alone, the other of its battery
+        upower.setOnBattery(isOnBattery);
+        UPowerSource anew{Seconds{0}};
+        QString first = QStringLiteral("none");
+        anew.whenKnown([&] {
+            const auto sources = anew.sources();
+            first = sources.value(0).value(QLatin1String(PowerSource::stateKey)).toString();
+        });
+        EXPECT_TRUE(eventually([&] { return first != QStringLiteral("none"); }));
+        EXPECT_EQ(first, isOnBattery ? QStringLiteral("Battery Power") : QStringLiteral("AC Power"));
+    }
+}
+
+TEST_F(UPowerSourceTest, whereThereIsNobodyToAskThatIsKnownToo) {
+    bool isKnown = false;
+    source.whenKnown([&] { isKnown = true; });
+    EXPECT_TRUE(eventually([&] { return isKnown; }));
+    EXPECT_EQ(state(), QString());
+}
+
+TEST_F(UPowerSourceTest, aUPowerThatHangsIsWaitedForAndOneThatEndsIsNot) {
+    UPower upower;
+    upower.hang();
+    bool isKnown = false;
+    source.whenKnown([&] { isKnown = true; });
+    letPass(300ms);
+    EXPECT_FALSE(isKnown);
+    upower.end();
+    EXPECT_TRUE(eventually([&] { return isKnown; }));
 }
 
 TEST_F(UPowerSourceTest, aBatteryThatIsPutInAndTakenOutIsFollowed) {

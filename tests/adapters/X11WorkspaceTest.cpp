@@ -43,6 +43,13 @@ TEST_F(X11WorkspaceTest, theProcessIsTheOneThatOpenedTheWindow) {
     EXPECT_EQ(frontmost().localizedName, QStringLiteral("Anything"));
 }
 
+TEST_F(X11WorkspaceTest, allThatTheWindowCallsItsProgramIsTold) {
+    const Program program(command, xterm(QStringLiteral("Anything")) +
+                                       QStringList{QStringLiteral("-name"), QStringLiteral("something")});
+    ASSERT_TRUE(comesToFront(QStringLiteral("Anything")));
+    EXPECT_EQ(frontmost().names, (QStringList{QString(), QStringLiteral("Anything"), QStringLiteral("something")}));
+}
+
 TEST_F(X11WorkspaceTest, aPasswordManagerHasTheIdentifierOfTheList) {
     const Program program(command, xterm(QStringLiteral("KeePassXC")));
     ASSERT_TRUE(comesToFront(QStringLiteral("org.keepassxc.keepassxc")));

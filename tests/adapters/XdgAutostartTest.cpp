@@ -59,6 +59,58 @@ TEST_F(XdgAutostartTest, anEntryCountsUnlessItIsHiddenOrSwitchedOff) {
     EXPECT_FALSE(isEnabledWith("[Desktop Entry]\nX-GNOME-Autostart-enabled=false\n"));
 }
 
+/// A program that has been moved, with an entry for the place where it was.
+class MovedProgram : public XdgAutostartTest {
+protected:
+    QString programAt(const char *name) {
+        const QString path = home.filePath(QLatin1String(name));
+        QFile program(path);
+        EXPECT_TRUE(program.open(QIODevice::WriteOnly));
+        return path;
+    }
+    [[nodiscard]] QByteArray started() const {
+        QFile entry(file);
+        return entry.open(QIODevice::ReadOnly) ? valueOf("TryExec", entry.readAll()) : "no entry";
+    }
+    const QString here = programAt("here");
+    const QString gone = home.filePath(QStringLiteral("gone"));
+    XdgAutostart moved{folder, here};
+};
+
+TEST_F(MovedProgram, isStartedFromWhereItIsNow) {
+    ASSERT_TRUE(XdgAutostart(folder, gone).registerItem());
+    moved.followProgram();
+    EXPECT_EQ(started(), here.toUtf8());
+    EXPECT_TRUE(moved.isEnabled());
+}
+
+TEST_F(MovedProgram, leavesAnotherThatIsThereItsEntry) {
+    const QString other = programAt("other");
+    ASSERT_TRUE(XdgAutostart(folder, other).registerItem());
+    moved.followProgram();
+    EXPECT_EQ(started(), other.toUtf8());
+}
+
+TEST_F(MovedProgram, leavesWhatIsSwitchedOffAndWhatIsNoEntryOfOurs) {
+    moved.followProgram();
+    EXPECT_EQ(started(), "no entry");
+    for (const QByteArray &text : {QByteArray("[Desktop Entry]\nHidden=true\nTryExec=" + gone.toUtf8() + "\n"),
+                                   QByteArray("[Desktop Entry]\nExec=tavrine\nTryExec=tavrine\n"),
+                                   QByteArray("[Desktop Entry]\nExec=tavrine\n")}) {
+        (void)isEnabledWith(text);
+        moved.followProgram();
+        QFile entry(file);
+        ASSERT_TRUE(entry.open(QIODevice::ReadOnly));
+        EXPECT_EQ(entry.readAll(), text);
+    }
+}
+
+TEST_F(MovedProgram, thatIsNotThereItselfChangesNothing) {
+    ASSERT_TRUE(XdgAutostart(folder, gone).registerItem());
+    XdgAutostart(folder, home.filePath(QStringLiteral("gone too"))).followProgram();
+    EXPECT_EQ(started(), gone.toUtf8());
+}
+
 TEST_F(XdgAutostartTest, whatOtherGroupsAndCommentsSayDoesNotCount) {
     EXPECT_TRUE(isEnabledWith("[Desktop Entry]\n#Hidden=true\n[Desktop Action a]\nHidden=true\n"));
 }

@@ -1,13 +1,16 @@
 // The card, the save dialog and the settings page as a person meets them, without a display.
 #include "SnipTest.h"
+#include "adapters/fake/FakeAppearance.h"
 #include "capture/PreviewActionButton.h"
 #include "capture/SnipSaveDialogView.h"
 #include "capture/SnipperSettingsModel.h"
 #include "capture/SnipperSettingsView.h"
 #include "capture/SnippetPreviewCard.h"
 #include "look/Indicators.h"
+#include "look/Look.h"
 #include "look/Toggle.h"
 #include "look/WrappedText.h"
+#include "support/Eventually.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -120,6 +123,24 @@ TEST_F(CardTest, theSaveButtonSaysWhenItIsSaved) {
     settle();
     EXPECT_EQ(action("Saved").icon(), text("checkmark.circle.fill"));
     EXPECT_EQ(action("Saved").accessibleName(), text("Saved"));
+}
+
+TEST_F(CardTest, savedIsFadedInto) {
+    FakeAppearance appearance;
+    const look::Look look(time, &appearance);
+    defaults.set(text("snipUseSaveDefault"), true);
+    makeCard();
+    PreviewActionButton &save = action("Save");
+    press("Save");
+    ASSERT_TRUE(test::eventually([&] {
+        time.runPending();
+        return save.text() == text("Saved");
+    }));
+    EXPECT_EQ(save.findChildren<QWidget *>().size(), 1);
+    time.advance(200ms);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(save.findChildren<QWidget *>().isEmpty());
+    view.reset(); // before the look
 }
 
 TEST_F(CardTest, thePictureOpensTheEditorAndTheCrossDismisses) {

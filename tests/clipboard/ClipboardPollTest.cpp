@@ -210,6 +210,81 @@ TEST_F(ClipboardPoll, anExclusionThatWasRemovedRecordsAgain) {
     EXPECT_EQ(rows().size(), 1U);
 }
 
+/// A program as a session tells it: by the first of its names.
+class ExcludedProgram : public ClipboardPoll {
+protected:
+    [[nodiscard]] bool isRecordedInFrontOf(const QStringList &names) {
+        workspace.setFrontmost(RunningApplication{
+            .bundleIdentifier = names.constFirst(), .localizedName = names.constFirst(), .names = names});
+        const auto before = rows().size();
+        copy(str("copy %1").arg(++m_copies));
+        return rows().size() > before;
+    }
+
+private:
+    int m_copies = 0;
+};
+
+TEST_F(ExcludedProgram, isOneHoweverItsToolkitSpellsItsName) {
+    manager->addExcludedApp(app("thunar"));
+    EXPECT_FALSE(isRecordedInFrontOf({str("Thunar"), str("thunar")}));
+    EXPECT_FALSE(isRecordedInFrontOf({str("org.xfce.Thunar"), str("THUNAR")})) << "any of its names is enough";
+    EXPECT_TRUE(isRecordedInFrontOf({str("Thunar-volman"), str("org.xfce.thunar")})) << "but the whole of it";
+    EXPECT_TRUE(isRecordedInFrontOf({str("thuna"), QString()}));
+}
+
+TEST_F(ExcludedProgram, isOneByTheNamesThatItsFileGivesTheStoredOne) {
+    catalog.call(str("debian-xterm"), {str("XTerm")});
+    manager->addExcludedApp(app("debian-xterm"));
+    EXPECT_FALSE(isRecordedInFrontOf({str("XTerm"), str("xterm")}));
+    EXPECT_TRUE(isRecordedInFrontOf({str("UXTerm"), str("uxterm")}));
+}
+
+TEST_F(ExcludedProgram, isOneByTheNamesThatItsFileGivesItsWindows) {
+    catalog.call(str("org.flameshot.Flameshot"), {str("flameshot")});
+    manager->addExcludedApp(app("flameshot"));
+    EXPECT_FALSE(isRecordedInFrontOf({str("org.flameshot.Flameshot")}));
+    EXPECT_TRUE(isRecordedInFrontOf({str("org.example.Flameshot")}));
+}
+
+TEST_F(ExcludedProgram, isOneFromTheMomentOfItsExclusionToItsEnd) {
+    EXPECT_TRUE(isRecordedInFrontOf({str("Thunar")}));
+    manager->addExcludedApp(app("thunar"));
+    EXPECT_FALSE(isRecordedInFrontOf({str("Thunar")}));
+    manager->setExcludedApps({});
+    EXPECT_TRUE(isRecordedInFrontOf({str("Thunar")}));
+}
+
+TEST_F(ExcludedProgram, isLookedForInFilesWhenAnotherComesToTheFrontAndNotAtEachTick) {
+    manager->addExcludedApp(app("thunar"));
+    ASSERT_TRUE(isRecordedInFrontOf({str("Editor")}));
+    const int before = catalog.otherNamesReads();
+    EXPECT_GT(before, 0);
+    time.advance(10s);
+    EXPECT_EQ(catalog.otherNamesReads(), before);
+    ASSERT_TRUE(isRecordedInFrontOf({str("Terminal")}));
+    EXPECT_GT(catalog.otherNamesReads(), before);
+}
+
+TEST_F(ExcludedProgram, isLookedForInItsOwnFilesOnceHoweverManyAreExcluded) {
+    for (const char *each : {"thunar", "gimp", "firefox"})
+        manager->addExcludedApp(app(each));
+    const int before = catalog.otherNamesReads();
+    EXPECT_FALSE(manager->isExcluded(
+        {.bundleIdentifier = str("Editor"), .localizedName = str("Editor"), .names = {str("Editor"), str("editor")}}));
+    EXPECT_EQ(catalog.otherNamesReads() - before, 2 + 3) << "its two names, and the three that are excluded";
+}
+
+TEST_F(ExcludedProgram, isLookedForInNoFilesWhereItsIdentifierIsExcluded) {
+    for (const char *each : {"thunar", "org.example"})
+        manager->addExcludedApp(app(each));
+    const int before = catalog.otherNamesReads();
+    EXPECT_TRUE(manager->isExcluded({.bundleIdentifier = str("org.example.bank"),
+                                     .localizedName = str("Bank"),
+                                     .names = {str("org.example.bank")}}));
+    EXPECT_EQ(catalog.otherNamesReads(), before);
+}
+
 TEST_F(ClipboardPoll, withoutAFrontmostApplicationTheTextIsRecorded) {
     manager->addExcludedApp(app("org.example.bank"));
     workspace.setFrontmost(std::nullopt);

@@ -1,6 +1,6 @@
+#include "DatabaseFixture.h"
+#include "FullDisk.h"
 #include "ManagerTest.h"
-
-#include <sqlite3.h>
 
 namespace tavrine {
 namespace {
@@ -12,6 +12,10 @@ protected:
         start();
     }
     QString name(int i) { return str("%1.jpg").arg(i, 3, 10, QLatin1Char('0')); }
+    /// Another program lets everybody read the file and nobody write it, until it commits.
+    static void hold(Outside &other) { ASSERT_TRUE(other.run("BEGIN IMMEDIATE")); }
+
+    QString databaseFile = folders.applicationSupport + str("/Tavrine/clipboard.db");
     static constexpr Seconds sevenDays = ClipboardManager::imageRetentionInterval;
 };
 
@@ -70,14 +74,10 @@ TEST_F(ClipboardRetention, recordingsCountWithTheImagesAndLoseTheirFiles) {
 
 TEST_F(ClipboardRetention, tenThousandOldTextsStay) {
     // Written beside the manager and in one go: ten thousand single writes would take their time.
-    sqlite3 *db = nullptr;
-    const QByteArray path = (folders.applicationSupport + str("/Tavrine/clipboard.db")).toUtf8();
-    ASSERT_EQ(sqlite3_open(path.constData(), &db), SQLITE_OK);
-    const char *insert =
-        "INSERT INTO items(id,content,date) WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n "
-        "WHERE i<10000) SELECT printf('00000000-0000-4000-8000-%012d',i), 'text '||i, i FROM n;";
-    ASSERT_EQ(sqlite3_exec(db, insert, nullptr, nullptr, nullptr), SQLITE_OK);
-    sqlite3_close(db);
+    ASSERT_TRUE(
+        Outside(databaseFile)
+            .run("INSERT INTO items(id,content,date) WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n "
+                 "WHERE i<10000) SELECT printf('00000000-0000-4000-8000-%012d',i), 'text '||i, i FROM n;"));
     EXPECT_FALSE(manager->runCleanup());
     EXPECT_EQ(database.counts().total, 10'000);
 }
@@ -122,6 +122,170 @@ TEST_F(ClipboardRetention, clearingLeavesWhatIsProtectedWithItsFiles) {
     EXPECT_FALSE(manager->thumbnailCache().object(str("A.jpg")));
 }
 
+TEST_F(ClipboardRetention, clearingTakesThePicturesOfCopiesThatWaitToBeWritten) {
+    Outside other(databaseFile);
+    hold(other);
+    copy(picture(30, 20));
+    ASSERT_EQ(storedImages().size(), 1);
+    manager->clearHistory();
+    EXPECT_TRUE(manager->history().empty());
+    EXPECT_TRUE(storedImages().isEmpty());
+    ASSERT_TRUE(other.run("COMMIT"));
+    tick();
+    EXPECT_TRUE(manager->history().empty());
+    EXPECT_TRUE(rows().empty());
+}
+
+TEST_F(ClipboardRetention, whatIsClearedWhileAnotherProgramHoldsTheFileGoesWithItsPicturesWhenThatIsOver) {
+    copy(picture(30, 20));
+    savePinned(str("pinned"), 1s);
+    Outside other(databaseFile);
+    hold(other);
+    bool isDone = false;
+    manager->clearHistory([&] { isDone = true; });
+    manager->pauseMonitoring(); // no tick sees to it
+    manager->setPaused(false);
+    manager->reloadHistory();
+    EXPECT_EQ(historyContents(), QStringList{str("pinned")});
+    time.advance(5s);
+    EXPECT_FALSE(isDone);
+    EXPECT_EQ(storedImages().size(), 1) << "the row is in the file, and may come back with the next start";
+    ASSERT_TRUE(other.run("COMMIT"));
+    time.advance(ClipboardManager::longestClearRetry);
+    EXPECT_TRUE(isDone);
+    EXPECT_EQ(contents(rows()), QStringList{str("pinned")});
+    EXPECT_TRUE(storedImages().isEmpty());
+    EXPECT_EQ(time.timerCount(), 0);
+}
+
+TEST_F(ClipboardRetention, aClearWithoutRoomOnTheDiskMakesItByItsPictures) {
+    copy(picture(30, 20));
+    savePinned(str("pinned"), 1s);
+    bool isDone = false;
+    {
+        const FullDisk disk;
+        manager->clearHistory([&] { isDone = true; });
+        EXPECT_EQ(historyContents(), QStringList{str("pinned")});
+        EXPECT_TRUE(storedImages().isEmpty());
+        EXPECT_FALSE(isDone);
+        EXPECT_EQ(rows().size(), 2U);
+    }
+    time.advance(ClipboardManager::longestClearRetry);
+    EXPECT_TRUE(isDone);
+    EXPECT_EQ(contents(rows()), QStringList{str("pinned")});
+}
+
+/// A clear over a file that another program holds, with no tick to see to it.
+class WaitingClear : public ClipboardRetention {
+protected:
+    void SetUp() override {
+        ClipboardRetention::SetUp();
+        save(str("plain"));
+        manager->pauseMonitoring();
+        hold(other);
+    }
+    void clear() {
+        manager->clearHistory([this] { ++told; });
+    }
+    void letGo() { ASSERT_TRUE(other.run("COMMIT")); }
+    /// Whether the clear is seen to within `length`.
+    bool isSeenToWithin(Seconds length) {
+        const int before = told;
+        time.advance(length);
+        return told > before;
+    }
+    Outside other{databaseFile};
+    int told = 0;
+};
+
+TEST_F(WaitingClear, isLookedAtAfterAPollsIntervalAndThenAfterTwiceAsLongEachTime) {
+    clear();
+    time.advance(0.5s + 1s + 2s);
+    letGo();
+    EXPECT_FALSE(isSeenToWithin(3.875s));
+    EXPECT_TRUE(isSeenToWithin(0.125s));
+}
+
+TEST_F(WaitingClear, isLookedAtEveryThirtySecondsAtLeast) {
+    clear();
+    time.advance(31.5s + 30s * 100); // from the sixth look on
+    letGo();
+    EXPECT_FALSE(isSeenToWithin(29.875s));
+    EXPECT_TRUE(isSeenToWithin(0.125s));
+}
+
+TEST_F(WaitingClear, isLookedAtNoMoreOftenForFurtherClearsAndAllOfThemAreTold) {
+    clear();
+    time.advance(0.5s + 1s + 2s);
+    clear();
+    clear();
+    letGo();
+    EXPECT_FALSE(isSeenToWithin(3.875s));
+    EXPECT_TRUE(isSeenToWithin(0.125s));
+    EXPECT_EQ(told, 3);
+    EXPECT_FALSE(isSeenToWithin(1min)) << "each once";
+}
+
+TEST_F(WaitingClear, isSeenToByTheNextTickWhereThereIsOne) {
+    manager->setPaused(false);
+    clear();
+    time.advance(1min);
+    manager->startMonitoring();
+    letGo();
+    EXPECT_TRUE(isSeenToWithin(ClipboardManager::pollInterval));
+}
+
+/// A history whose rows nobody can delete, however long they wait.
+class RefusedClear : public ClipboardRetention {
+protected:
+    void SetUp() override {
+        ClipboardRetention::SetUp();
+        save(str("plain"));
+        ASSERT_TRUE(other.run("CREATE TRIGGER refusal BEFORE DELETE ON items BEGIN SELECT RAISE(ABORT, 'no'); END"));
+    }
+    Outside other{databaseFile};
+    bool isDone = false;
+};
+
+TEST_F(RefusedClear, isNotSaidToBeDone) {
+    manager->clearHistory([&] { isDone = true; });
+    time.advance(1min);
+    EXPECT_FALSE(isDone);
+    EXPECT_EQ(historyContents(), QStringList{str("plain")});
+}
+
+TEST_F(RefusedClear, showsTheHistoryAgainThatWasEmptyWhileItWaited) {
+    manager->pauseMonitoring(); // no tick sees to it
+    manager->setPaused(false);
+    hold(other);
+    manager->clearHistory([&] { isDone = true; });
+    EXPECT_EQ(historyContents(), QStringList());
+    ASSERT_TRUE(other.run("COMMIT"));
+    time.advance(1min);
+    EXPECT_FALSE(isDone);
+    EXPECT_EQ(historyContents(), QStringList{str("plain")});
+}
+
+TEST_F(ClipboardRetention, clearingTellsAtOnceThatItIsDone) {
+    save(str("plain"));
+    bool isDone = false;
+    manager->clearHistory([&] { isDone = true; });
+    EXPECT_TRUE(isDone);
+}
+
+TEST_F(ClipboardRetention, anOldImageKeepsItsFileAsLongAsAnotherProgramKeepsItsRow) {
+    write(imagesFolder + u'/' + name(0));
+    save(str("Copied Image"), sevenDays + 1s, name(0));
+    Outside other(databaseFile);
+    hold(other);
+    EXPECT_FALSE(manager->runCleanup());
+    EXPECT_EQ(storedImages(), QStringList{name(0)});
+    ASSERT_TRUE(other.run("COMMIT"));
+    EXPECT_TRUE(manager->runCleanup());
+    EXPECT_TRUE(storedImages().isEmpty());
+    EXPECT_TRUE(rows().empty());
+}
+
 // Export.
 
 class ClipboardExportFile : public ClipboardRetention {
@@ -164,6 +328,34 @@ TEST_F(ClipboardExportFile, everyRowIsInItAlsoWhatIsNotInMemory) {
     for (int i = 0; i < 201; ++i)
         save(str("text"), Seconds{1000.0 - i});
     EXPECT_EQ(exported().count('\n'), 3 + 200);
+}
+
+TEST_F(ClipboardExportFile, aLongTextIsInItWhole) {
+    const QString whole = QString(100'000, QLatin1Char('x')) + str(" end");
+    copy(whole);
+    ASSERT_NE(historyContents(), QStringList{whole}) << "lists hold its beginning alone";
+    EXPECT_TRUE(exported().endsWith("\n\n  " + whole.toUtf8()));
+}
+
+TEST_F(ClipboardExportFile, whatWaitsToBeWrittenIsInItAtItsPlace) {
+    const QString whole = QString(100'000, QLatin1Char('x')) + str(" end");
+    ClipboardItem unpinned = savePinned(str("unpinned"), 2s);
+    savePinned(str("pinned"), 20s);
+    save(str("older"), 3s);
+    const ClipboardItem gone = save(str("gone"), 1s);
+    Outside other(databaseFile);
+    hold(other);
+    copy(whole);
+    unpinned.isPinned = false;
+    database.save(unpinned);
+    database.remove(gone.id);
+    EXPECT_EQ(exported(), "Tavrine Clipboard Export\n2026-01-31 12:00:00 +0000\n\n"
+                          "  [PINNED] pinned\n"
+                          "  " +
+                              whole.toUtf8() +
+                              "\n"
+                              "  unpinned\n"
+                              "  older");
 }
 
 TEST_F(ClipboardExportFile, itIsNamedByTheSecondAndReadableByThePersonAlone) {

@@ -1,5 +1,7 @@
 #include "ClipboardSearchModelTest.h"
 
+#include "DatabaseFixture.h"
+
 namespace tavrine {
 namespace {
 
@@ -160,6 +162,20 @@ TEST_F(ClipboardSearchModelTest, anEmptyListTellsWhy) {
     EXPECT_EQ(model->emptyState().text, str("Your clipboard is empty"));
     EXPECT_EQ(model->emptyState().symbol, str("clipboard"));
     model->setQuery(str(" "));
+    EXPECT_EQ(model->emptyState().text, str("No clipboard items found"));
+    EXPECT_EQ(model->emptyState().symbol, str("magnifyingglass"));
+}
+
+TEST_F(ClipboardSearchModelTest, aSearchThatFailsShowsTheEmptyList) {
+    save(str("apple"));
+    startPanel();
+    ASSERT_EQ(visible(), QStringList{str("apple")});
+    ASSERT_TRUE(Outside(folders.applicationSupport + str("/Tavrine/clipboard.db"))
+                    .run("ALTER TABLE items RENAME TO nothing_of_ours"));
+    model->setQuery(str("app"));
+    EXPECT_FALSE(model->isSearching());
+    EXPECT_EQ(visible(), QStringList());
+    EXPECT_EQ(selected(), str("(none)"));
     EXPECT_EQ(model->emptyState().text, str("No clipboard items found"));
     EXPECT_EQ(model->emptyState().symbol, str("magnifyingglass"));
 }
@@ -354,6 +370,25 @@ TEST_F(SlowSearch, keysForTheListWaitForItInTheirOrder) {
     EXPECT_TRUE(pasted.isEmpty());
     arrive();
     EXPECT_EQ(pasted, QStringList{str("a peach")});
+}
+
+TEST_F(SlowSearch, aLongTextOfAnOlderAnswerIsShownOnlyWhereItsBeginningMatches) {
+    const QString filling(5000, QLatin1Char('x'));
+    save(str("pear ") + filling, 1s);
+    save(str("apple ") + filling, 2s);
+    save(str("plum ") + filling + str(" pear"), 3s);
+    startPanel();
+    model->setQuery(str("pear"));
+    model->setSelectedCategory(Category::text); // its list is made while the answer is awaited
+    const auto beginnings = [&] {
+        QStringList words;
+        for (const QString &content : visible())
+            words.append(content.left(content.indexOf(u' ')));
+        return words;
+    };
+    EXPECT_EQ(beginnings(), QStringList{str("pear")});
+    arrive();
+    EXPECT_EQ(beginnings(), (QStringList{str("pear"), str("plum")}));
 }
 
 TEST_F(SlowSearch, escapeWaitsForNothing) {

@@ -10,6 +10,7 @@
 #include <QHelpEvent>
 
 #include <algorithm>
+#include <cmath>
 
 #include <gmock/gmock.h>
 
@@ -55,6 +56,34 @@ TEST_F(ClipboardSearchViewTest, rowsAreSixtyPointsHigh) {
     EXPECT_EQ(list().rowRect(rowOf("second")).height(), 60);
 }
 
+TEST_F(ClipboardSearchViewTest, itsCornersAreRoundedByEighteenPoints) {
+    startPanel();
+    const QRegion shape = window.mask(); // as without a compositor
+    int x = 0;
+    while (x < window.width() && !shape.contains(QPoint(x, 0)))
+        ++x;
+    // Where the middle of the first row of pixels meets a circle of that radius; one of 16 or of 20 is met elsewhere.
+    EXPECT_NEAR(x, 18 - std::sqrt(18 * 18 - 17.5 * 17.5), 0.9);
+}
+
+TEST_F(ClipboardSearchViewTest, theButtonsOfARowShowTheirSymbols) {
+    startWithThree();
+    const QStringList known{str("pin.fill"), str("pin"),       str("bookmark"), str("bookmark.fill"),
+                            str("trash"),    str("star.fill"), str("doc.text")};
+    const auto symbols = [&] {
+        QStringList found;
+        for (const QRectF &place : look::rowActionRects(list().rowRect(rowOf("first")), 3))
+            found.append(symbolInList(place, look::symbolsize::medium, known));
+        return found;
+    };
+    ASSERT_EQ(selected(), str("first"));
+    EXPECT_EQ(symbols(), (QStringList{str("pin.fill"), str("bookmark"), str("trash")}));
+    type("first"); // a saved item shows where there is a query
+    clickAction("first", 1, 3);
+    ASSERT_TRUE(stored("first")->isSaved);
+    EXPECT_EQ(symbols(), (QStringList{str("pin.fill"), str("bookmark.fill"), str("trash")}));
+}
+
 TEST_F(ClipboardSearchViewTest, typingFiltersAndRepaints) {
     startWithThree();
     const QImage before = grabbed();
@@ -68,8 +97,10 @@ TEST_F(ClipboardSearchViewTest, theClearButtonBringsEverythingBack) {
     startWithThree();
     type("sec");
     ASSERT_NE(button("Clear"), nullptr);
+    EXPECT_TRUE(button("Clear")->isVisible());
     QTest::mouseClick(button("Clear"), Qt::LeftButton);
     EXPECT_EQ(field().text(), QString());
+    EXPECT_FALSE(button("Clear")->isVisible()) << "there is nothing to clear";
     EXPECT_EQ(shown().size(), 4);
 }
 

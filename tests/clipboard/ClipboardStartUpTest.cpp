@@ -1,3 +1,4 @@
+#include "DatabaseFixture.h"
 #include "ManagerTest.h"
 
 namespace tavrine {
@@ -196,8 +197,8 @@ protected:
 
 TEST_F(StartWithoutADatabase, theOldHistoryIsLostAndTheProgramRuns) {
     ASSERT_TRUE(isMade);
-    manager = std::make_unique<ClipboardManager>(
-        ClipboardManager::Ports{time, defaults, pasteboard, workspace, coder, movies, loginItem, folders, unusable});
+    manager = std::make_unique<ClipboardManager>(ClipboardManager::Ports{time, defaults, pasteboard, workspace, catalog,
+                                                                         coder, movies, loginItem, folders, unusable});
     EXPECT_FALSE(defaults.contains(str("ClipboardHistory")));
     EXPECT_EQ(defaults.get<bool>(str("ClipboardDBMigrated")), true);
     EXPECT_TRUE(manager->isMonitoring());
@@ -236,6 +237,17 @@ protected:
     void bootedAgo(Seconds ago) { time.setSystemUptime(ago); }
     void lastLaunchedAgo(Seconds ago) { defaults.set(str("LastLaunchDate"), time.now() - ago); }
     void switchOn() { defaults.set(str("AutoClearOnRestart"), true); }
+    /// The first launch after a reboot, with a text in the history.
+    void prepareToClear() {
+        switchOn();
+        lastLaunchedAgo(2h);
+        bootedAgo(1h);
+        save(str("plain"), 3h);
+    }
+    /// Another program lets everybody read the file and nobody write it, until it commits.
+    static void hold(Outside &other) { ASSERT_TRUE(other.run("BEGIN IMMEDIATE")); }
+
+    QString databaseFile = folders.applicationSupport + str("/Tavrine/clipboard.db");
 };
 
 TEST_F(ClearOnRestart, theFirstLaunchAfterARebootClears) {
@@ -252,6 +264,41 @@ TEST_F(ClearOnRestart, theFirstLaunchAfterARebootClears) {
     EXPECT_EQ(manager->history(), std::vector{pinned});
     EXPECT_EQ(storedImages(), QStringList{str("B.jpg")});
     EXPECT_EQ(defaults.get<Date>(str("LastLaunchDate")), time.now());
+}
+
+TEST_F(ClearOnRestart, theNextLaunchClearsWhatTheFileDidNotLetGoBeforeTheEnd) {
+    prepareToClear();
+    Outside other(databaseFile);
+    hold(other);
+    {
+        ClipboardDatabase ofThisLaunch(databaseFile);
+        start(ofThisLaunch);
+        EXPECT_TRUE(manager->history().empty());
+        time.advance(1min);
+        quit();
+    }
+    ASSERT_TRUE(other.run("COMMIT"));
+    ASSERT_EQ(rows().size(), 1U);
+    start();
+    EXPECT_TRUE(rows().empty());
+    EXPECT_EQ(defaults.get<Date>(str("LastLaunchDate")), time.now());
+}
+
+TEST_F(ClearOnRestart, aClearThatHadToWaitIsMadeOnce) {
+    prepareToClear();
+    const Date launch = time.now();
+    Outside other(databaseFile);
+    hold(other);
+    start();
+    EXPECT_LT(defaults.get<Date>(str("LastLaunchDate")), launch);
+    ASSERT_TRUE(other.run("COMMIT"));
+    time.advance(1min);
+    EXPECT_TRUE(rows().empty());
+    EXPECT_EQ(defaults.get<Date>(str("LastLaunchDate")), launch);
+    copy(str("new"));
+    quit();
+    start();
+    EXPECT_EQ(contents(rows()), QStringList{str("new")});
 }
 
 TEST_F(ClearOnRestart, aSecondLaunchSinceTheBootClearsNothing) {

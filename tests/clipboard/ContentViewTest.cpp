@@ -24,6 +24,14 @@ protected:
         startPanel();
     }
 
+    /// Where the picture of a row stands.
+    [[nodiscard]] QRectF pictureOf(int row) const {
+        const QRectF rect = list().rowRect(row);
+        return {rect.left() + look::space::medium, rect.top() + look::space::small, 56, 56};
+    }
+
+    static constexpr qreal fallbackSide = 24;
+    const QStringList symbols{str("photo"), str("video"), str("play.fill"), str("pause.fill"), str("doc.text")};
     int orderOuts = 0;
 };
 
@@ -182,6 +190,15 @@ TEST_F(ContentViewTest, aPictureRowHasRoomForItsThumbnail) {
     EXPECT_GE(list().rowRect(3).height(), 56);
 }
 
+TEST_F(ContentViewTest, withoutItsPictureARowShowsWhatItWouldBeOf) {
+    save(str("Copied Image"), 1s, str("gone.png"));
+    save(str("[Screen Recording] A"), 2s, str("gone.mp4"));
+    startPanel();
+    ASSERT_EQ(shown(), (QStringList{str("Image"), str("Screen Recording")}));
+    EXPECT_EQ(symbolInList(pictureOf(0), fallbackSide, symbols), str("photo"));
+    EXPECT_EQ(symbolInList(pictureOf(1), fallbackSide, symbols), str("video"));
+}
+
 TEST_F(ContentViewTest, theRowOfARecordingShowsItsPictureUnderItsBadgeWhenThatIsMade) {
     write(quickShotsFolder + str("/A.mp4"));
     save(str("[Screen Recording] A"), 1s, str("A.mp4"));
@@ -193,6 +210,15 @@ TEST_F(ContentViewTest, theRowOfARecordingShowsItsPictureUnderItsBadgeWhenThatIs
     EXPECT_EQ(pixelsLike(Qt::magenta), 0);
     movies.answerAll();
     EXPECT_GT(pixelsLike(Qt::magenta), 500) << "in the turn in which it was made";
+    EXPECT_EQ(symbolInList(pictureOf(0), look::symbolsize::small, symbols), str("play.fill"));
+}
+
+TEST_F(ContentViewTest, theRowOfAPictureHasNoBadgeOnIt) {
+    write(imagesFolder + str("/A.png"), "fake picture 60 60\n");
+    save(str("Copied Image"), 1s, str("A.png"));
+    startPanel();
+    ASSERT_EQ(manager->thumbnailCache().count(), 1);
+    EXPECT_EQ(symbolInList(pictureOf(0), look::symbolsize::small, symbols), QString());
 }
 
 } // namespace

@@ -122,6 +122,24 @@ TEST_F(LargeCopy, theLineBehindItIsBounded) {
     EXPECT_EQ(rows()[31].content.front(), QChar(u'a')) << "of large ones two stand in line";
 }
 
+TEST_F(LargeCopy, inLineTakesNoPlaceOfASmallOneAndTwoStandThereAtMost) {
+    holdEncoding();
+    pasteboard.copyFromOutside(large());
+    pollOnce();
+    for (int i = 0; i < 4; ++i) {
+        pasteboard.copyFromOutside(QString(2'000'000, QChar(u'a' + i)));
+        pollOnce();
+        pasteboard.copyFromOutside(QString::number(i));
+        pollOnce();
+    }
+    m_gate.set_value();
+    manager->finishRecording();
+    QStringList beginnings;
+    for (const ClipboardItem &item : rows())
+        beginnings.append(item.content.left(1));
+    EXPECT_EQ(beginnings.join(QString()), str("3d210aC"));
+}
+
 TEST_F(LargeCopy, isReadAsItStoodWhenItWasSeen) {
     pasteboard.copyFromOutside(large());
     pollOnce();

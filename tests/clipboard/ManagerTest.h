@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/fake/FakeApplicationCatalog.h"
 #include "adapters/fake/FakeImageCoder.h"
 #include "adapters/fake/FakeLoginItem.h"
 #include "adapters/fake/FakeMovieAsset.h"
@@ -37,9 +38,10 @@ protected:
 
     void SetUp() override { ASSERT_TRUE(home.isValid()); }
 
-    void start() {
+    void start() { start(database); }
+    void start(ClipboardDatabase &store) {
         manager = std::make_unique<ClipboardManager>(ClipboardManager::Ports{
-            time, defaults, pasteboard, workspace, coder, movies, loginItem, folders, database});
+            time, defaults, pasteboard, workspace, catalog, coder, movies, loginItem, folders, store});
     }
     void quit() { manager.reset(); }
 
@@ -111,6 +113,7 @@ protected:
     UserDefaults defaults{home.path() + str("/.config/com.veltrane.Tavrine.plist"), time, center};
     FakePasteboard pasteboard;
     FakeWorkspace workspace;
+    FakeApplicationCatalog catalog;
     FakeImageCoder coder;
     FakeMovieAsset movies;
     FakeLoginItem loginItem;

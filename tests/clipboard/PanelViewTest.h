@@ -5,14 +5,21 @@
 #include "look/EmptyState.h"
 #include "look/Paint.h"
 #include "look/SearchField.h"
+#include "look/Symbols.h"
 #include "look/ToolTip.h"
 #include "look/VirtualList.h"
 
 #include <QAccessible>
 #include <QLineEdit>
+#include <QPainter>
 #include <QTest>
 #include <QVBoxLayout>
 #include <QWheelEvent>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
 
 namespace tavrine {
 
@@ -97,8 +104,49 @@ protected:
         return count;
     }
 
+    /// Which of `symbols` is painted in the middle of `rect` of the list, `side` points high: told by its shape, for
+    /// the colours are the theme's. Empty where there is one ground and nothing on it.
+    QString symbolInList(const QRectF &rect, qreal side, const QStringList &symbols) {
+        const QRect place = QRectF(rect.center() - QPointF(side, side) / 2, QSizeF(side, side)).toRect();
+        const Shape shown = shapeOf(list().grab().toImage().copy(place));
+        QString nearest;
+        qreal least = std::numeric_limits<qreal>::max();
+        for (const QString &symbol : symbols) {
+            QImage drawn(place.size(), QImage::Format_RGB32);
+            drawn.fill(Qt::white);
+            QPainter painter(&drawn);
+            look::paintSymbol(painter, drawn.rect(), symbol, side, Qt::black);
+            painter.end();
+            const Shape wanted = shapeOf(drawn);
+            qreal difference = 0;
+            for (std::size_t i = 0; i < wanted.size(); ++i)
+                difference += std::abs(wanted[i] - shown[i]);
+            nearest = difference < least ? symbol : nearest;
+            least = std::min(difference, least);
+        }
+        return *std::max_element(shown.begin(), shown.end()) > 0 ? nearest : QString();
+    }
+
     QWidget window;
     QStringList pasted;
+
+private:
+    /// How far each pixel is from the ground, which the first one shows: 1 at most.
+    using Shape = std::vector<qreal>;
+    static Shape shapeOf(const QImage &image) {
+        const QColor ground = image.pixelColor(0, 0);
+        Shape shape;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor pixel = image.pixelColor(x, y);
+                shape.push_back(std::abs(pixel.red() - ground.red()) + std::abs(pixel.green() - ground.green()) +
+                                std::abs(pixel.blue() - ground.blue()));
+            }
+        const qreal farthest = *std::max_element(shape.begin(), shape.end());
+        for (qreal &each : shape)
+            each = farthest > 0 ? each / farthest : 0;
+        return shape;
+    }
 };
 
 } // namespace tavrine

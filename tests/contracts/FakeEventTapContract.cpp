@@ -7,6 +7,7 @@ namespace {
 using namespace std::chrono_literals;
 
 struct FakeMachine {
+    static constexpr bool answersAtOnce = true;
     EventTaps &taps() { return fake; }
     bool keyArrives() { return fake.keyArrives(); }
     void hold() { fake.hold(); }

@@ -26,6 +26,7 @@ struct FakeMachine : WithVirtualTime {
     PowerAssertions &assertions() { return fake; }
     bool screenStaysOn() { return fake.screenStaysOn(); }
     bool staysUp() { return fake.staysUp(); }
+    bool suspendsWhenAsked() { return fake.suspendsWhenAsked(); }
     bool staysUpWithLidClosed() { return fake.staysUpWithLidClosed(); }
     void refuse() { fake.setRefusing(true); }
     void hang() { fake.setHanging(true); }
@@ -34,6 +35,10 @@ struct FakeMachine : WithVirtualTime {
 };
 
 struct FakePlug : WithVirtualTime {
+    FakePlug() {
+        fake.beSilent();
+        time.async([this] { fake.answer(); });
+    }
     PowerSource &source() { return fake; }
     void setPluggedIn(bool isPluggedIn) { fake.setPluggedIn(isPluggedIn); }
     FakePowerSource fake;

@@ -7,11 +7,14 @@
 #include "support/ReadOnlyFolder.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QImage>
 #include <QLineEdit>
+#include <QListView>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -283,6 +286,37 @@ TEST_F(QtFilePanelsTest, anOpenPanelWithoutAFolderStartsWhereThePersonWasLast) {
     desk.panels().runOpenPanel({.title = text("Open"), .prompt = {}, .directory = {}, .filter = {}}, noted());
     ASSERT_NE(shownDialog(), nullptr);
     EXPECT_EQ(shownDialog()->directory().absolutePath(), folder.path());
+}
+
+TEST_F(QtFilePanelsTest, filesOfAKindAreOfferedByTheirNamesOrByHowTheyBegin) {
+    for (const char *name : {"a.png", "b.JPEG", "c.webp", "d.heic", "e.tiff", "notes.txt", "letter", "sheet.pdf"})
+        makeFile(text(name));
+    QImage image(2, 2, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    ASSERT_TRUE(image.save(folder.filePath(text("scan")), "PNG"));
+    ASSERT_TRUE(image.save(folder.filePath(text("photo.x1")), "JPG"));
+    QDir(folder.path()).mkdir(text("inner"));
+    desk.panels().runOpenPanel({.title = text("Open"),
+                                .prompt = {},
+                                .directory = folder.path(),
+                                .filter = text("Images (*)"),
+                                .kind = text("image/")},
+                               noted());
+    const auto *list = shownDialog()->findChild<QListView *>(text("listView"));
+    const auto names = [list] {
+        QStringList all;
+        for (int row = 0; row < list->model()->rowCount(list->rootIndex()); ++row)
+            all.append(list->model()->index(row, 0, list->rootIndex()).data().toString());
+        return all;
+    };
+    // The files' own model appends what it finds, and puts it in order a moment later.
+    EXPECT_TRUE(eventually([&] {
+        return names().join(u' ') == text("inner a.png b.JPEG c.webp d.heic e.tiff photo.x1 scan");
+    })) << names().join(u' ').toStdString();
+    EXPECT_EQ(shownDialog()->findChild<QComboBox *>(text("fileTypeCombo"))->currentText(), text("Images"));
+    desk.choose(folder.filePath(text("scan")));
+    desk.settle();
+    EXPECT_THAT(answers, testing::ElementsAre(folder.filePath(text("scan"))));
 }
 
 TEST_F(QtFilePanelsTest, panelsThatGoTakeTheirDialogAlongUnanswered) {

@@ -1,10 +1,10 @@
-// Players of movies, under one contract over the fake and over the real ones, which show real movies on a private
-// screen and are heard by nobody else.
+// Players of movies, under one contract over the fake and over the real ones, which play real movies and are heard by
+// nobody else.
 #include "adapters/fake/FakeMoviePlayers.h"
 #include "adapters/fake/VirtualTime.h"
 #include "adapters/linux/MoviePlayerProcess.h"
 #include "support/Eventually.h"
-#include "support/MovieWindow.h"
+#include "support/MovieScreen.h"
 #include "support/Movies.h"
 #include "support/SoundRecording.h"
 
@@ -24,7 +24,6 @@ QString text(const char *utf8) {
 
 struct FakeScreenings {
     MoviePlayers &players() { return fake; }
-    WId window() { return 7; }
     template <class Condition>
     bool eventually(Condition condition) {
         time.runPending();
@@ -41,19 +40,17 @@ struct FakeScreenings {
 
 struct RealScreenings {
     MoviePlayers &players() { return real; }
-    WId window() { return shown.id(); }
     template <class Condition>
     bool eventually(Condition condition) {
         return test::eventually(condition);
     }
     void settle() { letPass(300ms); }
     bool isHeard() { return recording.isHeard(); }
-    bool isGone() { return shown.isUntouched(); }
+    bool isGone() { return playerProcesses().isEmpty(); }
     void expectFailure() {}
 
     PrivateSound sound{SoundServerKind::pipeWire};
     SoundRecording recording{text("one")};
-    MovieWindow shown;
     MoviePlayerProcesses real{QCoreApplication::applicationDirPath()};
 };
 
@@ -75,7 +72,7 @@ protected:
         int failures = 0;
         QString reason;
         screenings.expectFailure();
-        player = screenings.players().makePlayer(path, screenings.window());
+        player = screenings.players().makePlayer(path);
         player->setOnFailure([&](const QString &words) {
             ++failures;
             reason = words;
@@ -93,6 +90,7 @@ protected:
     static inline QString movie;
     static inline QString page;
     Screenings screenings;
+    MovieScreen screen;
     std::unique_ptr<MoviePlayer> player;
 };
 
@@ -101,7 +99,7 @@ TYPED_TEST_SUITE(MoviePlayerContract, All);
 
 TYPED_TEST(MoviePlayerContract, playsOverAndOverUntilThePauseAndGoesOnAfterwards) {
     int failures = 0;
-    this->player = this->screenings.players().makePlayer(this->movie, this->screenings.window());
+    this->player = this->screenings.players().makePlayer(this->movie);
     this->player->setOnFailure([&](const QString &) { ++failures; });
     this->player->play();
     EXPECT_TRUE(this->screenings.eventually([this] { return this->screenings.isHeard(); }));
@@ -116,8 +114,45 @@ TYPED_TEST(MoviePlayerContract, playsOverAndOverUntilThePauseAndGoesOnAfterwards
     EXPECT_EQ(failures, 0);
 }
 
+TYPED_TEST(MoviePlayerContract, itsPicturesAreAsLargeAsTheyAreWantedAlsoBeforeItPlays) {
+    this->player = this->screenings.players().makePlayer(this->movie);
+    this->screen.show(*this->player);
+    EXPECT_TRUE(this->screen.isUntouched()) << "not in the same turn";
+    for (const QSize size : {MovieScreen::size, QSize(317, 179), MovieScreen::size}) {
+        this->player->setPictureSize(size);
+        EXPECT_TRUE(this->screenings.eventually([&] { return this->screen.picture().size() == size; }));
+        EXPECT_TRUE(isLike(this->screen.color(), Qt::green));
+        EXPECT_EQ(this->screen.color().alpha(), 255);
+    }
+}
+
+TYPED_TEST(MoviePlayerContract, thereAreNoPicturesBeforeTheirSizeIsKnownAndNoneWithoutThePlayer) {
+    int count = 0;
+    this->player = this->screenings.players().makePlayer(this->movie);
+    this->player->setOnPicture([&count](const QImage &) { ++count; });
+    this->player->play();
+    EXPECT_TRUE(this->screenings.eventually([this] { return this->screenings.isHeard(); }));
+    this->screenings.settle();
+    EXPECT_EQ(count, 0);
+    this->player->setPictureSize(MovieScreen::size);
+    EXPECT_TRUE(this->screenings.eventually([&] { return count > 0; }));
+    this->player->setPictureSize(2 * MovieScreen::size);
+    this->player.reset();
+    const int before = count;
+    this->screenings.settle();
+    EXPECT_EQ(count, before);
+}
+
+TYPED_TEST(MoviePlayerContract, aPictureMayHaveThePlayerDropped) {
+    this->player = this->screenings.players().makePlayer(this->movie);
+    this->player->setOnPicture([this](const QImage &) { this->player.reset(); });
+    this->player->setPictureSize(MovieScreen::size);
+    this->player->play();
+    EXPECT_TRUE(this->screenings.eventually([this] { return !this->player && this->screenings.isGone(); }));
+}
+
 TYPED_TEST(MoviePlayerContract, isSilentWhileItIsMuted) {
-    this->player = this->screenings.players().makePlayer(this->movie, this->screenings.window());
+    this->player = this->screenings.players().makePlayer(this->movie);
     this->player->setMuted(true);
     this->player->play();
     this->screenings.settle();
@@ -129,7 +164,7 @@ TYPED_TEST(MoviePlayerContract, isSilentWhileItIsMuted) {
 }
 
 TYPED_TEST(MoviePlayerContract, droppingItEndsIt) {
-    this->player = this->screenings.players().makePlayer(this->movie, this->screenings.window());
+    this->player = this->screenings.players().makePlayer(this->movie);
     this->player->play();
     EXPECT_TRUE(this->screenings.eventually([this] { return this->screenings.isHeard(); }));
     this->player.reset();

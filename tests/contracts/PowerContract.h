@@ -13,8 +13,8 @@
 namespace tavrine::test {
 
 /// What all power assertions keep. `Machine` has: PowerAssertions &assertions(); bool screenStaysOn(), staysUp() and
-/// staysUpWithLidClosed(), what it would do by itself; void refuse(), hang() and goOn(), its services from now on; and
-/// bool eventually(condition).
+/// staysUpWithLidClosed(), what it would do by itself; bool suspendsWhenAsked(), by the person; void refuse(), hang()
+/// and goOn(), its services from now on; and bool eventually(condition).
 template <class Machine>
 class PowerAssertionsContract : public testing::Test {
 public:
@@ -50,9 +50,11 @@ TYPED_TEST_P(PowerAssertionsContract, eachTypeKeepsWhatItSaysAndReleasingGivesIt
         EXPECT_TRUE(here.eventually([&] { return here.staysUp(); }));
         EXPECT_TRUE(
             here.eventually([&] { return here.screenStaysOn() == (type == PowerAssertionType::noDisplaySleep); }));
+        EXPECT_EQ(here.suspendsWhenAsked(), type != PowerAssertionType::preventSystemSleep);
         EXPECT_FALSE(here.staysUpWithLidClosed());
         here.assertions().release(id);
         EXPECT_TRUE(here.eventually([&] { return !here.staysUp() && !here.screenStaysOn(); }));
+        EXPECT_TRUE(here.suspendsWhenAsked());
     }
 }
 
@@ -135,6 +137,24 @@ TYPED_TEST_P(PowerSourceContract, aMachineWithoutABatteryHasNoSources) {
     EXPECT_EQ(this->states(), QStringList());
 }
 
+TYPED_TEST_P(PowerSourceContract, theFirstAnswerIsToldOnceAndWithinTheCallWhereItHasCome) {
+    this->machine.setPluggedIn(false);
+    int told = 0;
+    QStringList known;
+    this->machine.source().whenKnown([&] {
+        ++told;
+        known = this->states();
+    });
+    EXPECT_EQ(told, 0);
+    EXPECT_TRUE(this->machine.eventually([&] { return told > 0; }));
+    EXPECT_EQ(known, QStringList(QStringLiteral("Battery Power")));
+    this->machine.source().whenKnown([&] { ++told; });
+    EXPECT_EQ(told, 2);
+    this->machine.setPluggedIn(true);
+    EXPECT_TRUE(this->machine.eventually([&] { return this->states() != known; }));
+    EXPECT_EQ(told, 2);
+}
+
 TYPED_TEST_P(PowerSourceContract, aMachineWithABatterySaysWhatItDrawsOnAndFollowsThePlug) {
     static_cast<void>(this->states());
     for (const bool isPluggedIn : {true, false, true}) {
@@ -146,6 +166,7 @@ TYPED_TEST_P(PowerSourceContract, aMachineWithABatterySaysWhatItDrawsOnAndFollow
 }
 
 REGISTER_TYPED_TEST_SUITE_P(PowerSourceContract, aMachineWithoutABatteryHasNoSources,
+                            theFirstAnswerIsToldOnceAndWithinTheCallWhereItHasCome,
                             aMachineWithABatterySaysWhatItDrawsOnAndFollowsThePlug);
 
 /// What all notifications keep. `Desk` has: UserNotifications &notifications(); QStringList shown(), title and body of

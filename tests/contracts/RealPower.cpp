@@ -56,7 +56,8 @@ struct Machine : WithRealTime {
         return what;
     }
     bool screenStaysOn() { return !screenSaver.held().isEmpty(); }
-    bool staysUp() { return locks().contains(QStringLiteral("sleep")); }
+    bool staysUp() { return locks().contains(QStringLiteral("idle")) || !suspendsWhenAsked(); }
+    bool suspendsWhenAsked() { return !locks().contains(QStringLiteral("sleep")); }
     bool staysUpWithLidClosed() { return locks().contains(QStringLiteral("handle-lid-switch")); }
     void refuse() { logind.end(); }
     void hang() { logind.hang(); }
@@ -64,7 +65,7 @@ struct Machine : WithRealTime {
 
     DBusMock logind{DBusMock::Bus::system, QStringLiteral("logind"), QStringLiteral("org.freedesktop.login1")};
     InhibitService screenSaver{QStringLiteral("org.freedesktop.ScreenSaver")};
-    LinuxPowerAssertions real{makeInhibitingServices(), makePowerManagementKeeper()};
+    LinuxPowerAssertions real{makeInhibitingServices(), makeLastResorts()};
 };
 
 struct Plug : WithRealTime {

@@ -5,6 +5,7 @@
 #include "adapters/x11/XEmbedTrayIcon.h"
 #include "contracts/StatusItemContract.h"
 #include "support/Program.h"
+#include "support/ProgramName.h"
 #include "support/StatusNotifierTray.h"
 
 #include <optional>
@@ -30,6 +31,7 @@ struct NotifierDesk {
         tray.call(QStringLiteral("Activate"), {640, 9});
         return {640, 9};
     }
+    ProgramName bar{"waybar"}; // which is known to keep a picture's shape
     StatusNotifierTray tray;
     TrayStatusItem real = makeItem();
 };

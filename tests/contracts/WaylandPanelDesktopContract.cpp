@@ -88,7 +88,7 @@ private:
     std::shared_ptr<WaylandWindows> m_all = WaylandWindows::make();
     LayerParts m_parts;
     LayerPanelWindows m_windows{m_parts};
-    WaylandEventMonitors m_monitors;
+    WaylandEventMonitors m_monitors{[this]() -> LayerParts & { return m_parts; }};
     WaylandScreens m_screens;
     WaylandWorkspace m_workspace{m_all};
     WaylandApplicationActivator m_activator{m_all};

@@ -1,12 +1,16 @@
 // A capture through the whole program: its hot key, the hand on the mouse, the pasteboard, the card and the file, pixel
-// for pixel, on an ordinary screen and on one with twice the pixels.
+// for pixel, on an ordinary screen and on one with twice the pixels; and what else looks at the screen, for codes and
+// for a colour.
 #include "desktop/Desktop.h"
 #include "desktop/Program.h"
 #include "support/PatternWindow.h"
+#include "support/QrModules.h"
 #include "support/Wait.h"
 
+#include <QColor>
 #include <QDir>
 #include <QImage>
+#include <QProcess>
 
 #include <gtest/gtest.h>
 
@@ -16,6 +20,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto card = "Screenshot";
+constexpr auto codes = "QR Codes";
 constexpr int keyTwo = 11;
 // Buttons of the card, from the lower left corner of the screen, in points.
 constexpr QPoint onSave(188, 52);
@@ -50,12 +55,16 @@ protected:
     }
     /// The overlay has the keyboard, for which it asks again and again.
     bool hasKeyboard() {
-        return waitUntil([this] {
-            const bool isFree = desktop.keyboard.grabKeyboard();
-            if (isFree)
-                desktop.keyboard.ungrabKeyboard();
-            return !isFree;
-        });
+        return waitUntil([this] { return !isKeyboardFree(); });
+    }
+    bool leavesKeyboard() {
+        return waitUntil([this] { return isKeyboardFree(); });
+    }
+    bool isKeyboardFree() {
+        const bool isFree = desktop.keyboard.grabKeyboard();
+        if (isFree)
+            desktop.keyboard.ungrabKeyboard();
+        return isFree;
     }
     void capture(const QRect &area) {
         pressHotKey();
@@ -67,6 +76,19 @@ protected:
         desktop.keyboard.movePointer(area.center().x(), area.center().y());
         desktop.keyboard.movePointer(area.right(), area.bottom());
         desktop.keyboard.release(1);
+    }
+    /// By a word on the command line, as from a shortcut of the desktop's.
+    [[nodiscard]] bool ask(const char *word) const {
+        return program.startAgain({QString::fromUtf8(word)})->waitForFinished(10'000);
+    }
+    void show(const QrModules &code) {
+        ASSERT_FALSE(code.dark.empty());
+        pattern.addWindow(code.ground, 0xffffff);
+        for (const QRect &square : code.dark)
+            pattern.addWindow(square, 0);
+        // A compositor has hundreds of windows to draw then.
+        const QPoint last = code.dark.back().center();
+        EXPECT_TRUE(waitUntil([&] { return pattern.shownAt(last.x(), last.y()) == 0; }));
     }
     [[nodiscard]] static bool isOnPasteboard(const QRect &area) {
         return QImage::fromData(paste("image/png")).convertToFormat(QImage::Format_RGB32) ==
@@ -195,6 +217,71 @@ TEST_P(CaptureProgram, theCardOfTheLastCaptureIsNotInTheNext) {
     ASSERT_TRUE(hasKeyboard());
     desktop.pressEscape();
     EXPECT_TRUE(waitUntil([this] { return cards() == 1; }));
+}
+
+// Codes.
+
+TEST_P(CaptureProgram, aScanTellsTheCodeUnderTheDragInAPanelThatCopiesIt) {
+    const QrModules code = qrModules(QStringLiteral("what stands in the code"), {200, 100}, 6);
+    ASSERT_NO_FATAL_FAILURE(show(code));
+    ASSERT_TRUE(ask("--qr-scan"));
+    ASSERT_TRUE(waitUntil([this] { return isDimmed(); }));
+    drag(code.ground.adjusted(-4, -4, 4, 4));
+    ASSERT_TRUE(waitUntil([this] { return desktop.hasKeyboard(codes); }));
+    EXPECT_EQ(cards(), 0U) << "it is no capture";
+    const quint32 panel = desktop.windowsTitled(QLatin1String(codes)).front();
+    QProcess xprop;
+    xprop.start(QStringLiteral("xprop"),
+                {QStringLiteral("-id"), QString::number(panel), QStringLiteral("_NET_WM_STATE")});
+    ASSERT_TRUE(xprop.waitForFinished());
+    const QByteArray states = xprop.readAllStandardOutput();
+    EXPECT_TRUE(states.contains("ABOVE") && !states.contains("SKIP_TASKBAR")) << states.constData();
+    // The panel is managed and lies below the pattern, which is not; but it has the keyboard. Its row is the last in
+    // it.
+    desktop.keyboard.chord({key::leftShift, key::tab});
+    desktop.pressReturn();
+    EXPECT_TRUE(waitUntil([] { return paste() == "what stands in the code"; }));
+    desktop.pressEscape();
+    EXPECT_TRUE(waitUntil([this] { return !desktop.isShown(codes); }));
+    const QDir temporary(program.home() + QStringLiteral("/.cache/Tavrine/tmp"));
+    EXPECT_EQ(temporary.entryList({QStringLiteral("tavrine_qr_*")}), QStringList());
+}
+
+TEST_P(CaptureProgram, aScanThatIsGivenUpShowsNothingAndOneOfNoCodeSaysSo) {
+    copy("copied before");
+    ASSERT_TRUE(ask("--qr-scan"));
+    ASSERT_TRUE(waitUntil([this] { return isDimmed(); }));
+    ASSERT_TRUE(hasKeyboard());
+    desktop.pressEscape();
+    ASSERT_TRUE(waitUntil([this] { return !isDimmed(); }));
+    EXPECT_FALSE(waitUntil([this] { return desktop.isShown(codes); }, 2s));
+    ASSERT_TRUE(ask("--qr-scan"));
+    ASSERT_TRUE(waitUntil([this] { return isDimmed(); }));
+    drag({QPoint(200, 100), QPoint(400, 250)});
+    ASSERT_TRUE(waitUntil([this] { return desktop.hasKeyboard(codes); }));
+    EXPECT_EQ(paste(), "copied before");
+}
+
+// A colour.
+
+TEST_P(CaptureProgram, theColourUnderAClickIsCopied) {
+    const QPoint place(333, 222);
+    ASSERT_TRUE(ask("--color"));
+    ASSERT_TRUE(hasKeyboard());
+    desktop.click(place);
+    const QByteArray wanted =
+        QColor::fromRgb(PatternWindow::colourAt(place.x(), place.y())).name().toUpper().toLatin1();
+    EXPECT_TRUE(waitUntil([&] { return paste() == wanted; })) << wanted.constData() << " " << paste().constData();
+    EXPECT_TRUE(leavesKeyboard());
+}
+
+TEST_P(CaptureProgram, aPickThatIsGivenUpCopiesNothing) {
+    copy("copied before");
+    ASSERT_TRUE(ask("--color"));
+    ASSERT_TRUE(hasKeyboard());
+    desktop.pressEscape();
+    EXPECT_TRUE(leavesKeyboard());
+    EXPECT_EQ(paste(), "copied before");
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // The whole program on GNOME under Wayland: its X server for the clipboard and the panels, its extension of the shell
 // for the rest, and programs that speak Wayland alone.
+#include "desktop/Exclusions.h"
 #include "desktop/GnomeFixture.h"
 #include "support/MovieReading.h"
 
@@ -14,6 +15,43 @@ TEST_F(Gnome, aCopyOfAWaylandProgramIsRecorded) {
     ASSERT_TRUE(start());
     copyOnWayland("copied on Wayland");
     EXPECT_TRUE(isRecorded("copied on Wayland"));
+}
+
+/// Programs of the X server, which the shell knows as any other: by the file that claims their windows, and else by
+/// their class.
+class GnomeSecrets : public Gnome {
+protected:
+    [[nodiscard]] bool isDroppedInFrontOf(const char *windowClass) {
+        const QByteArray text = QByteArray("in front of ") + windowClass;
+        {
+            const Client window(QStringLiteral("xterm"),
+                                {QStringLiteral("-class"), QLatin1String(windowClass), QStringLiteral("-name"),
+                                 QString::fromUtf8(windowClass).toLower(), QStringLiteral("-title"),
+                                 QStringLiteral("A terminal")});
+            if (!waitUntil([&] { return desktop.hasKeyboard("A terminal"); }, gnomePatience))
+                return false;
+            copyOnWayland(text);
+            // Two periods of the poll, in which the copy is seen and dropped.
+            (void)waitUntil([] { return false; }, 1200ms);
+        }
+        const auto isLaterOneRecorded = [&] { // the shell tells a moment later that the window is gone
+            copyOnWayland("after " + text);
+            return waitUntil([&] { return program.rowsWith(QString::fromUtf8("after " + text)) == 1; }, 2s);
+        };
+        return waitUntil(isLaterOneRecorded, gnomePatience) && program.rowsWith(QString::fromUtf8(text)) == 0;
+    }
+};
+
+TEST_F(GnomeSecrets, aCopyWhileAPasswordManagerIsInFrontIsNeverRecorded) {
+    ASSERT_TRUE(start());
+    EXPECT_TRUE(isDroppedInFrontOf("KeePassXC"));
+    EXPECT_FALSE(isDroppedInFrontOf("KeePassXD"));
+}
+
+TEST_F(GnomeSecrets, aProgramExcludedByItsFileIsNotRecorded) {
+    ASSERT_TRUE(start(exclusionByFile(QStringLiteral("/usr/share/applications/debian-xterm.desktop"))));
+    EXPECT_TRUE(isDroppedInFrontOf("XTerm"));
+    EXPECT_FALSE(isDroppedInFrontOf("YTerm"));
 }
 
 TEST_F(Gnome, aRowIsPastedIntoAGtkProgramOfWayland) {

@@ -123,6 +123,18 @@ TEST_F(Gnome, aHotKeyThatTheShellKeepsIsKnownAsTaken) {
     ASSERT_TRUE(keep("[]"));
 }
 
+/// The word of a first start is read before the shell has answered anything.
+TEST_F(Gnome, aFirstStartForACaptureCaptures) {
+    ASSERT_TRUE(program.writePreferences({}));
+    const auto first = program.startAgain({QStringLiteral("--capture")});
+    EXPECT_TRUE(waitUntil([this] { return desktop.isFrozen(); }, gnomePatience));
+    EXPECT_TRUE(escape());
+    const QByteArray printed = first->readAllStandardOutput();
+    EXPECT_TRUE(printed.contains("Accessibility Trusted on Launch: true")) << printed.toStdString();
+    first->kill();
+    first->waitForFinished(5000);
+}
+
 TEST_F(Gnome, aProgramThatIsKilledLeavesItsKeysToItsNextStart) {
     ASSERT_TRUE(start());
     ASSERT_TRUE(openPanel());

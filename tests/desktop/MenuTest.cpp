@@ -79,6 +79,37 @@ TEST_F(Menu, theMiddleButtonOpensTheClipboard) {
     EXPECT_FALSE(desktop.isShown(menuTitle));
 }
 
+/// The keyboard is gone by then, and whatever ends that has to go by the mouse.
+TEST_F(Menu, theTileOfCleanModeBlocksTheKeyboardAndAClickOnItEndsThatAlsoInAMenuOpenedAnew) {
+    ASSERT_TRUE(program.writePreferences("<key>layoutOrder</key><string>cleanMode,screenshot,screenRecord,qrScan,"
+                                         "settings,editor</string>"));
+    const auto isBlocked = [this] {
+        const bool isFree = desktop.keyboard.grabKeyboard();
+        if (isFree)
+            desktop.keyboard.ungrabKeyboard();
+        return !isFree;
+    };
+    const auto clickTile = [this] { desktop.click(menu().topLeft() + QPoint(62, 37)); }; // the first of the grid
+    desktop.click(icon);
+    ASSERT_TRUE(comes());
+    ASSERT_TRUE(waitUntil([&] { return !isBlocked(); }));
+    clickTile();
+    ASSERT_TRUE(waitUntil(isBlocked));
+    clickTile();
+    ASSERT_TRUE(waitUntil([&] { return !isBlocked(); }));
+
+    clickTile();
+    ASSERT_TRUE(waitUntil(isBlocked));
+    desktop.click(icon);
+    ASSERT_TRUE(goes());
+    EXPECT_TRUE(isBlocked());
+    EXPECT_FALSE(waitUntil([] { return false; }, std::chrono::milliseconds(500))); // or it is the same press
+    desktop.click(icon);
+    ASSERT_TRUE(comes());
+    clickTile();
+    EXPECT_TRUE(waitUntil([&] { return !isBlocked(); }));
+}
+
 class MenuOverTheBus : public testing::Test {
 protected:
     void SetUp() override {

@@ -64,6 +64,8 @@ protected:
     bool hasArrivedBehind(PasteTarget &target, const QString &earlier, const QString &text) {
         return waitUntil([&] { return target.text() == text || target.text() == earlier + text; }, pasteBound);
     }
+    /// The middle of a toast.
+    [[nodiscard]] QPoint toastPlace() const { return {desktop.size().width() / 2, desktop.size().height() - 150}; }
     static QString str(const char *utf8) { return QString::fromUtf8(utf8); }
     [[nodiscard]] QRect panel(const char *title) const {
         const auto windows = desktop.windowsTitled(QLatin1String(title));
@@ -339,13 +341,52 @@ TEST_F(PanelTrouble, aPasteWithoutAccessibilityShowsAToastAndLeavesTheContentOnT
     ASSERT_TRUE(waitUntil([this] { return program.output().contains(str("Accessibility Trusted on Launch: false")); }));
     ASSERT_TRUE(openClipboard());
     desktop.pressReturn();
-    const QPoint middle(desktop.size().width() / 2, desktop.size().height() - 150);
-    ASSERT_TRUE(waitUntil([&] { return desktop.overlayAt(middle) != 0; }, openingBound));
-    EXPECT_EQ(desktop.geometry(desktop.overlayAt(middle)).size(), QSize(250, 60));
+    ASSERT_TRUE(waitUntil([&] { return desktop.overlayAt(toastPlace()) != 0; }, openingBound));
+    EXPECT_EQ(desktop.geometry(desktop.overlayAt(toastPlace())).size(), QSize(250, 60));
     EXPECT_FALSE(desktop.isShown(clipboardPanel));
     EXPECT_TRUE(waitUntil([] { return paste() == "first text"; }));
-    EXPECT_TRUE(waitUntil([&] { return desktop.overlayAt(middle) == 0; })); // 2.8 s
+    EXPECT_TRUE(waitUntil([&] { return desktop.overlayAt(toastPlace()) == 0; })); // 2.8 s
     EXPECT_EQ(target.text(), QString());
+}
+
+TEST_F(PanelTrouble, aToastIsSeenOverAFullScreenWindow) {
+    ASSERT_TRUE(program.startOnboarded());
+    program.kill9();
+    ASSERT_TRUE(program.addRows({str("first text")}));
+    LineTarget target(TAVRINE_CLIENTS "/gtk-entry");
+    ASSERT_TRUE(target.isReady());
+    const quint32 window = desktop.windowOf(target.processId());
+    desktop.setFullScreen(window, true);
+    ASSERT_TRUE(waitUntil([&] { return desktop.geometry(window).size() == desktop.size(); }));
+    program.environment.insert(str("LD_PRELOAD"), str(TAVRINE_WITHOUT_TEST_EXTENSION));
+    ASSERT_TRUE(program.start());
+    const QPoint ground = toastPlace() - QPoint(115, 0); // beside its symbol
+    ASSERT_TRUE(waitUntil([&] { return desktop.brightnessAt(ground) > 200; })) << "the window is light";
+    ASSERT_TRUE(openClipboard());
+    desktop.pressReturn();
+    ASSERT_TRUE(waitUntil([&] { return desktop.overlayAt(toastPlace()) != 0; }, openingBound));
+    EXPECT_TRUE(desktop.isAbove(desktop.overlayAt(toastPlace()), window));
+    EXPECT_TRUE(waitUntil([&] { return desktop.brightnessAt(ground) < 100; }, 2s));
+    EXPECT_EQ(desktop.geometry(window).size(), desktop.size());
+    EXPECT_TRUE(waitUntil([&] { return desktop.activeWindow() == window; })) << "it has the keyboard still";
+}
+
+TEST_F(PanelTrouble, aPasteThatAForeignGrabKeepsBackIsToldByAToastAndNeverTyped) {
+    ASSERT_TRUE(startWith({str("first text")}));
+    LineTarget target(TAVRINE_CLIENTS "/gtk-entry");
+    ASSERT_TRUE(target.isReady());
+    ASSERT_TRUE(openClipboard());
+    // The press that opened the panel holds the keyboard until its keys are up, and a busy machine takes its time.
+    ASSERT_TRUE(waitUntil([this] { return desktop.keyboard.freezeKeyboard(); }));
+    desktop.click(panel(clipboardPanel).topLeft() + QPoint(200, 160)); // the first row
+    EXPECT_TRUE(isClosed(clipboardPanel));
+    EXPECT_TRUE(waitUntil([&] { return desktop.overlayAt(toastPlace()) != 0; }, openingBound));
+    desktop.keyboard.ungrabKeyboard();
+    EXPECT_TRUE(waitUntil([] { return paste() == "first text"; }));
+    EXPECT_TRUE(waitUntil([&] { return desktop.overlayAt(toastPlace()) == 0; }));
+    desktop.keyboard.tap(key::b); // behind all that was kept
+    EXPECT_TRUE(hasArrived(target, str("b"))) << qPrintable(target.text());
+    EXPECT_LE(target.presses(str("Control_L")), 1) << "two of them are a gesture";
 }
 
 TEST_F(PanelTrouble, escapeInTheQuestionForASavedTextLeavesThePanelOpen) {

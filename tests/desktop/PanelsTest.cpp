@@ -1,5 +1,6 @@
 // Triggers, panels and paste-back of the built program, driven with keys as a person would.
 
+#include "desktop/Desktop.h"
 #include "desktop/PasteTargets.h"
 #include "desktop/Program.h"
 #include "support/Eventually.h"
@@ -186,6 +187,40 @@ TEST_F(PanelsOnADesktop, aDoubleTapOfOptionOpensTheToolThatIsSetToIt) {
             return waitUntil([] { return hasKeyboard(clipboardPanel); }, 3s);
         },
         30s));
+}
+
+TEST_F(PanelsOnADesktop, theClassicPanelStandsAfterARestartWhereThePersonLeftIt) {
+    const QByteArray classic = "<key>ClipboardSearchPrimaryMigrationV1</key><true/>"
+                               "<key>ClipboardExperience</key><string>classic</string>";
+    ASSERT_TRUE(start(classic));
+    const Desktop desktop;
+    const auto place = [&desktop] {
+        const auto windows = desktop.windowsTitled(QLatin1String(classicPanel));
+        return windows.size() == 1 ? desktop.geometry(windows.front()) : QRect();
+    };
+    ASSERT_TRUE(open("super+shift+v", classicPanel));
+    ASSERT_TRUE(waitUntil([&] { return place().width() == 320; })) << place().width();
+    const QRect before = place();
+    const QPoint grip(before.center().x(), before.top() + 6); // above everything that is in it
+    const QPoint way(-250, -120);
+    const auto at = [](QPoint point) { return QStringList{QString::number(point.x()), QString::number(point.y())}; };
+    xdotool(QStringList{QStringLiteral("mousemove")} + at(grip) +
+            QStringList{QStringLiteral("mousedown"), QStringLiteral("1")});
+    for (const double part : {0.2, 0.5, 1.0})
+        xdotool(QStringList{QStringLiteral("mousemove")} + at(grip + (QPointF(way) * part).toPoint()));
+    xdotool({QStringLiteral("mouseup"), QStringLiteral("1")});
+    ASSERT_TRUE(waitUntil([&] { return place().topLeft() == before.topLeft() + way; }))
+        << place().x() << "," << place().y() << " after " << before.x() << "," << before.y();
+    press("super+shift+v");
+    ASSERT_TRUE(waitUntil([] { return !isShown(classicPanel); }, openingBound));
+    ASSERT_TRUE(waitUntil([this] { // preferences are written a moment after they changed
+        QFile file(program.preferencesPath());
+        return file.open(QIODevice::ReadOnly) && file.readAll().contains("TavrineHistoryFrame");
+    }));
+    program.kill9();
+    ASSERT_TRUE(program.start());
+    ASSERT_TRUE(open("super+shift+v", classicPanel));
+    EXPECT_TRUE(waitUntil([&] { return place() == before.translated(way); })) << place().x() << "," << place().y();
 }
 
 TEST_F(PanelsOnADesktop, theClassicPanelOpensWhereItWasChosen) {

@@ -35,6 +35,7 @@ public:
                });
     }
     QString text() override { return m_window.text(); }
+    [[nodiscard]] int presses(const QString &key) { return m_window.presses(key); }
     [[nodiscard]] qint64 processId() const { return m_window.processId(); }
 
 private:

@@ -1,5 +1,8 @@
 #include "desktop/Program.h"
 
+#include "adapters/x11/TestOwner.h"
+#include "adapters/x11/TestRequestor.h"
+#include "desktop/Exclusions.h"
 #include "support/Wait.h"
 
 #include <QBuffer>
@@ -123,6 +126,71 @@ TEST_F(ProgramOnADesktop, aCopyWhileAPasswordManagerIsInFrontIsNeverRecorded) {
     copy("an ordinary text");
     ASSERT_TRUE(comesToHold(QStringLiteral("an ordinary text")));
     EXPECT_EQ(program.rowsWith(QStringLiteral("hunter2")), 0);
+}
+
+TEST_F(ProgramOnADesktop, aCopyThatIsStrippedIsPlainTextForOthersAndOneRow) {
+    ASSERT_TRUE(program.writePreferences("<key>StripRichTextFormatting</key><true/>"));
+    ASSERT_TRUE(program.start());
+    tavrine::TestOwner owner;
+    owner.own({{"UTF8_STRING", {.bytes = "bold"}},
+               {"text/html", {.bytes = "<b>bold</b>"}},
+               {"text/rtf", {.bytes = "{\\rtf1 bold}"}},
+               {"x/own", {.bytes = "own"}}});
+    ASSERT_TRUE(comesToHold(QStringLiteral("bold")));
+    ASSERT_TRUE(waitUntil([&] { return !owner.isOwner(); }));
+    tavrine::TestRequestor others;
+    const auto plain = others.paste("UTF8_STRING");
+    ASSERT_TRUE(plain);
+    EXPECT_EQ(plain->bytes, "bold");
+    const QList<QByteArray> targets = others.targets();
+    for (const char *rich : {"text/html", "text/rtf", "x/own"})
+        EXPECT_FALSE(targets.contains(rich)) << rich;
+    const QStringList rows = program.rows("SELECT id FROM items");
+    (void)waitUntil([] { return false; }, 1200ms); // two periods of the poll, in which a claim would be seen
+    EXPECT_EQ(program.rows("SELECT id FROM items"), rows) << "its own claim is no copy";
+    copy("the next copy");
+    EXPECT_TRUE(comesToHold(QStringLiteral("the next copy")));
+}
+
+/// The toolkit gives its windows a class with a capital, and the file names none.
+TEST_F(ProgramOnADesktop, aProgramExcludedByItsFileIsNotRecordedHoweverItsWindowsSpellIt) {
+    const QString path = installInHome(program.home(), "gtk-text.desktop", "Exec=/usr/bin/gtk-text %U\n");
+    ASSERT_TRUE(program.startOnboarded(exclusionByFile(path)));
+    {
+        const Client window(QStringLiteral(TAVRINE_CLIENTS "/gtk-text"), {QStringLiteral("a line")});
+        ASSERT_TRUE(xdotool("search --sync --onlyvisible --class gtk-text windowactivate --sync"));
+        copy("hidden");
+        // Two periods of the poll, in which the copy is seen and dropped.
+        (void)waitUntil([] { return false; }, 1200ms);
+    }
+    ASSERT_TRUE(waitUntil([] { return !xdotool("search --onlyvisible --class gtk-text"); }));
+    const Client other(QStringLiteral("xterm"), {QStringLiteral("-class"), QStringLiteral("Gtk-text-viewer")});
+    ASSERT_TRUE(
+        waitUntil([] { return xdotool("search --onlyvisible --class Gtk-text-viewer windowactivate --sync"); }));
+    copy("of a program whose name merely begins like that");
+    ASSERT_TRUE(comesToHold(QStringLiteral("of a program whose name merely begins like that")));
+    EXPECT_EQ(program.rowsWith(QStringLiteral("hidden")), 0);
+}
+
+/// As GNOME tells it, by the name of its file.
+TEST_F(ProgramOnADesktop, aProgramExcludedInAnotherKindOfSessionIsNotRecordedHere) {
+    const QString path = installInHome(program.home(), "org.example.Line.desktop", "StartupWMClass=LineOfText\n");
+    const QString there = installInHome(program.home(), "there/org.example.Line.desktop", "");
+    ASSERT_FALSE(path.isEmpty());
+    ASSERT_TRUE(program.startOnboarded(exclusionByFile(there)));
+    {
+        const Client window(QStringLiteral("xterm"), {QStringLiteral("-class"), QStringLiteral("LineOfText")});
+        ASSERT_TRUE(xdotool("search --sync --onlyvisible --class LineOfText windowactivate --sync"));
+        copy("hidden");
+        // Two periods of the poll, in which the copy is seen and dropped.
+        (void)waitUntil([] { return false; }, 1200ms);
+    }
+    // A moment without a program in front still counts for the one before it.
+    const Client other(QStringLiteral("xterm"), {QStringLiteral("-class"), QStringLiteral("Another")});
+    ASSERT_TRUE(waitUntil([] { return xdotool("search --onlyvisible --class Another windowactivate --sync"); }));
+    copy("an ordinary text");
+    ASSERT_TRUE(comesToHold(QStringLiteral("an ordinary text")));
+    EXPECT_EQ(program.rowsWith(QStringLiteral("hidden")), 0);
 }
 
 TEST_F(ProgramOnADesktop, aCopyOutlivesTheProgramThatItCameFrom) {

@@ -1,7 +1,7 @@
 // Recordings in the history of the built program: their rows show them, and pasting one gives its file.
 #include "desktop/Desktop.h"
 #include "desktop/Program.h"
-#include "support/MovieWindow.h"
+#include "support/MovieScreen.h"
 #include "support/Movies.h"
 #include "support/Wait.h"
 

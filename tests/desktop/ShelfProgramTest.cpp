@@ -156,6 +156,28 @@ TEST_F(ShelfOfAProgram, aFileThatIsDraggedAnywhereOpensItAndIsHeldAndCanBeDragge
     EXPECT_TRUE(QFile::exists(path));
 }
 
+TEST_F(ShelfOfAProgram, aFileThatIsMovedAwayLeavesTheShelfOnceItHasReallyLeft) {
+    const QString path = write("Report.txt", "words");
+    DragClient client(QStringLiteral("files"), listOf(path));
+    dropOnShelf(client, dropHeight);
+    ASSERT_TRUE(hasHeight(itemsHeight));
+    const QPoint other = whereToDragFrom(client);
+    const QByteArray taken = "took move " + QUrl::fromLocalFile(path).toEncoded();
+    for (const bool leaves : {false, true}) {
+        SCOPED_TRACE(leaves);
+        moveTo(top, other);
+        ASSERT_TRUE(hasHeight(0));
+        desktop.keyboard.down(key::leftControl);
+        dragOutOnto(other, client);
+        ASSERT_TRUE(client.says(taken)) << client.said().constData();
+        desktop.keyboard.up(key::leftControl);
+        ASSERT_TRUE(!leaves || QFile::remove(path));
+        (void)waitUntil([] { return false; }, 3s); // it asks for a little less
+        moveTo(other, top + QPoint(0, 1));
+        EXPECT_EQ(waitUntil([&] { return desktop.inputOf(shelf).height() == itemsHeight; }, 2s), !leaves);
+    }
+}
+
 TEST_F(ShelfOfAProgram, aTextThatIsDraggedOpensNothingAndCanBeDroppedAllTheSame) {
     DragClient client(QStringLiteral("text"), write("words.txt", "some words"));
     beginDrag(whereToDragFrom(client));

@@ -157,6 +157,30 @@ TEST_F(ProgramOnWayland, whatAKilledProgramHadIsStillThereInSevenForms) {
     EXPECT_TRUE(waitUntil([&] { return !paster.isOwned(); })) << "what it kept ends with it";
 }
 
+TEST_F(ProgramOnWayland, aCopyThatIsStrippedIsPlainTextForOthersAndOneRow) {
+    ASSERT_TRUE(program.writePreferences("<key>StripRichTextFormatting</key><true/>"));
+    ASSERT_TRUE(program.start());
+    const Client first = copied("first");
+    ASSERT_TRUE(comesToHold(QStringLiteral("first"))); // what is copied while it starts is no row
+    TestSource source;
+    source.own({{text, {.bytes = "bold"}},
+                {"text/html", {.bytes = "<b>bold</b>"}},
+                {"text/rtf", {.bytes = "{\\rtf1 bold}"}},
+                {"x/own", {.bytes = "own"}}});
+    ASSERT_TRUE(comesToHold(QStringLiteral("bold")));
+    ASSERT_TRUE(waitUntil([&] { return !source.isOwner(); }, patience));
+    TestPaster others;
+    EXPECT_EQ(others.paste(text), "bold");
+    const QList<QByteArray> targets = others.targets();
+    for (const char *rich : {"text/html", "text/rtf", "x/own"})
+        EXPECT_FALSE(targets.contains(rich)) << rich;
+    const QStringList rows = program.rows("SELECT id FROM items");
+    (void)waitUntil([] { return false; }, std::chrono::milliseconds(1200)); // two periods of the poll
+    EXPECT_EQ(program.rows("SELECT id FROM items"), rows) << "its own claim is no copy";
+    const Client next = copied("the next copy");
+    EXPECT_TRUE(comesToHold(QStringLiteral("the next copy")));
+}
+
 TEST_F(ProgramOnWayland, aRealProgramThatIsKilledLeavesItsText) {
     ASSERT_TRUE(program.start());
     Client client = copied("left behind");

@@ -2,6 +2,7 @@
 // movie as FFmpeg's programs read it.
 
 #include "desktop/Program.h"
+#include "support/ColourRuns.h"
 #include "support/MovieReading.h"
 #include "support/Wait.h"
 #include "support/WaylandHand.h"
@@ -28,13 +29,6 @@ using test::streamsOf;
 
 constexpr QRgb red = qRgb(200, 30, 40);
 constexpr QRgb green = qRgb(20, 180, 60);
-
-/// A movie's colours are not the screen's to the last bit.
-bool isLike(QRgb seen, QRgb wanted) {
-    const auto differ = [](int one, int other) { return std::abs(one - other) > 24; };
-    return !differ(qRed(seen), qRed(wanted)) && !differ(qGreen(seen), qGreen(wanted)) &&
-           !differ(qBlue(seen), qBlue(wanted));
-}
 
 class WaylandRecording : public ::testing::TestWithParam<int> {
 protected:
@@ -200,6 +194,12 @@ protected:
         expectOnlyTheArea(picturesOf(pixelsOf(path), movie.size()));
     }
 
+    void keepPicture(const QImage &picture) const {
+        const QString pictures = qEnvironmentVariable("TAVRINE_TEST_PICTURES");
+        if (!pictures.isEmpty())
+            picture.save(QStringLiteral("%1/preview-%2.png").arg(pictures).arg(GetParam()));
+    }
+
     static constexpr int margin = 16;
     static constexpr int below = 32; ///< the shelf at the upper edge
     WaylandPattern pattern;
@@ -239,6 +239,33 @@ TEST_P(WaylandRecording, theBarStandsBesideAnAreaThatHasItsPlaceAndTheActionEnds
     ASSERT_GE(pictures.size(), seen);
     pictures.resize(seen);
     expectOnlyTheArea(pictures);
+}
+
+TEST_P(WaylandRecording, itsPreviewPlaysItAsLargeAsItFits) {
+    ASSERT_NO_FATAL_FAILURE(startRecording({200, 140, 320, 200}));
+    ASSERT_TRUE(paint(red)) << qPrintable(program.output());
+    ASSERT_TRUE(paint(green));
+    ASSERT_TRUE(clickStop({0, below, output.logical.width(), 120 - below}));
+    ASSERT_FALSE(finished().isEmpty());
+    // What was recorded is green by now, and red in the movie alone.
+    const QRect preview(24, output.logical.height() - 48 - 430, 380, 430);
+    QImage seen;
+    QRect place;
+    EXPECT_TRUE(waitUntil([&] {
+        seen = shown(output, preview);
+        place = filledBy(red, seen, pixels(100));
+        return !place.isEmpty();
+    }));
+    keepPicture(seen);
+    const QSizeF painted = movie.size() - QSize(2 * margin, 2 * margin);
+    // Round it are the pattern's colours, some of which are like it.
+    EXPECT_NEAR(double(place.width()) / place.height(), painted.width() / painted.height(), 0.1);
+    EXPECT_GT(place.width() / scale, 280);
+    EXPECT_NEAR(place.center().x() / scale, preview.width() / 2.0, 8);
+    EXPECT_TRUE(waitUntil([&] {
+        const QRect later = filledBy(green, shown(output, preview), pixels(100));
+        return later.intersects(place) && std::abs(later.height() - place.height()) < 4;
+    })) << "and goes on";
 }
 
 INSTANTIATE_TEST_SUITE_P(Outputs, WaylandRecording, ::testing::Values(0, 1));

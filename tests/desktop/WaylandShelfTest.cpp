@@ -96,9 +96,9 @@ protected:
         ASSERT_TRUE(neighbour.says("dropped copy"));
         hand.move(aside);
     }
-    /// The only tile out of the shelf and onto the neighbour, who tells how it was meant.
-    void dragOut(Neighbour &neighbour) {
-        ASSERT_TRUE(waitUntil(
+    /// Tries to take the only tile out of the shelf and over the neighbour.
+    [[nodiscard]] bool comesOver(Neighbour &neighbour, std::chrono::milliseconds limit) {
+        return waitUntil(
             [&] {
                 (void)waitUntil([this, step = 0]() mutable { // which opens it, and it has slid in some time
                     hand.move(top + QPoint(++step % 5, 0));
@@ -106,8 +106,11 @@ protected:
                 });
                 return dragUntil(tile, middle, [&] { return neighbour.says("over", 5ms); });
             },
-            untilThere))
-            << neighbour.said().constData();
+            limit);
+    }
+    /// And onto the neighbour, who tells how it was meant.
+    void dragOut(Neighbour &neighbour) {
+        ASSERT_TRUE(comesOver(neighbour, untilThere)) << neighbour.said().constData();
         hand.release();
     }
 
@@ -122,7 +125,7 @@ protected:
     const QPoint aside{40, 700};
 };
 
-TEST_F(WaylandShelf, aFileIsDraggedOutAgainAsACopyAndWithControlHeldAsAMove) {
+TEST_F(WaylandShelf, aFileIsDraggedOutAgainAsACopyAndWithControlHeldAsAMoveThatTakesItOffTheShelf) {
     ASSERT_NO_FATAL_FAILURE(putOnShelf());
     Neighbour neighbour("nothing");
     ASSERT_TRUE(comesToBeThere(neighbour));
@@ -134,6 +137,18 @@ TEST_F(WaylandShelf, aFileIsDraggedOutAgainAsACopyAndWithControlHeldAsAMove) {
     hand.down(KEY_LEFTCTRL);
     dragOut(neighbour);
     EXPECT_TRUE(neighbour.says("took move " + address)) << neighbour.said().constData();
+
+    // The neighbour has left the file where it is. Once one that is moved has left, the shelf has it no more.
+    neighbour.forget();
+    hand.move(aside);
+    dragOut(neighbour);
+    ASSERT_TRUE(neighbour.says("took move " + address)) << neighbour.said().constData();
+    ASSERT_TRUE(QFile::remove(path));
+    hand.up(KEY_LEFTCTRL);
+    hand.move(aside);
+    (void)waitUntil([] { return false; }, 3s); // it asks for a little less
+    neighbour.forget();
+    EXPECT_FALSE(comesOver(neighbour, 8s)) << "there is nothing to drag";
 }
 
 } // namespace

@@ -2,12 +2,16 @@
 
 #include "adapters/wayland/frozen/KWinScreenShots.h"
 #include "desktop/Program.h"
+#include "support/ColourRuns.h"
+#include "support/CommandOutput.h"
+#include "support/Movies.h"
 #include "support/SettingsPortal.h"
 #include "support/Wait.h"
 #include "support/WaylandHand.h"
 #include "support/WaylandPattern.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
 
@@ -19,12 +23,6 @@ namespace {
 const auto group = QStringLiteral("org.gnome.desktop.interface");
 const auto key = QStringLiteral("text-scaling-factor");
 
-QByteArray answerOf(const QString &command, const QStringList &arguments) {
-    QProcess process;
-    process.start(command, arguments);
-    return process.waitForFinished(10'000) ? process.readAllStandardOutput() : QByteArray();
-}
-
 bool isKWin() {
     return qgetenv("XDG_CURRENT_DESKTOP") == "KDE";
 }
@@ -33,7 +31,7 @@ bool isKWin() {
 QImage seenOn(const WaylandOutput &output) {
     if (!isKWin())
         return QImage::fromData(
-                   answerOf(QStringLiteral("grim"), {QStringLiteral("-t"), QStringLiteral("ppm"), QStringLiteral("-o"),
+                   outputOf(QStringLiteral("grim"), {QStringLiteral("-t"), QStringLiteral("ppm"), QStringLiteral("-o"),
                                                      QString::fromStdString(output.name), QStringLiteral("-")}))
             .convertToFormat(QImage::Format_RGB32);
     const auto shots = KWinScreenShots::open();
@@ -71,9 +69,9 @@ protected:
             return;
         }
         const QString written = qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/dconf/user");
-        (void)answerOf(QStringLiteral("gsettings"), {QStringLiteral("set"), group, key, QString::number(factor)});
+        (void)outputOf(QStringLiteral("gsettings"), {QStringLiteral("set"), group, key, QString::number(factor)});
         ASSERT_TRUE(waitUntil([&] {
-            return answerOf(QStringLiteral("gsettings"), {QStringLiteral("get"), group, key}).trimmed().toDouble() ==
+            return outputOf(QStringLiteral("gsettings"), {QStringLiteral("get"), group, key}).trimmed().toDouble() ==
                        factor &&
                    QFile::exists(written);
         }));
@@ -98,11 +96,15 @@ protected:
     /// Where the panel is, in pixels, once it has come to rest and `isRight`.
     [[nodiscard]] QRect panel(const std::function<bool(const QRect &)> &isRight) const {
         QRect place;
+        QElapsedTimer resting; // a compositor that draws by the processor stands still within a fade, too
+        resting.start();
         EXPECT_TRUE(waitUntil(
             [&] {
                 const QImage now = seen();
                 const QRect found = now.isNull() ? QRect() : covered(now);
-                return std::exchange(place, found) == found && !now.isNull() && isRight(found);
+                if (std::exchange(place, found) != found)
+                    resting.restart();
+                return resting.elapsed() > 600 && !now.isNull() && isRight(found);
             },
             patience))
             << place.x() << ' ' << place.y() << ' ' << place.width() << ' ' << place.height();
@@ -140,6 +142,18 @@ protected:
     WaylandPattern pattern;
 };
 
+/// What hears of presses there is clear, and nothing stands still below it.
+TEST_F(WaylandTextScale, whatChangesBesideAnOpenPanelIsSeen) {
+    Program program;
+    ASSERT_TRUE(program.startOnboarded());
+    EXPECT_FALSE(openedBy(program, "--clipboard").isEmpty());
+    const QPoint beside(100, seen().height() - 100);
+    for (const QRgb colour : {0xff14b43cU, 0xffb4143cU, 0xff143cb4U}) {
+        pattern.paint(0, {beside - QPoint(20, 20), QSize(40, 40)}, colour);
+        EXPECT_TRUE(waitUntil([&] { return seen().pixel(beside) == colour; }, patience)) << std::hex << colour;
+    }
+}
+
 class WaylandTextScaleOf : public WaylandTextScale, public ::testing::WithParamInterface<double> {};
 
 TEST_P(WaylandTextScaleOf, panelsAreLargerByItAndStandInTheMiddleAsEver) {
@@ -148,6 +162,40 @@ TEST_P(WaylandTextScaleOf, panelsAreLargerByItAndStandInTheMiddleAsEver) {
         const QRect usual = panelAt(1, word);
         expectTimes(GetParam(), panelAt(GetParam(), word), usual);
     }
+}
+
+TEST_P(WaylandTextScaleOf, aRecordingThatWasLeftIsPlayedInItsColoursAndItsShape) {
+    Program program;
+    m_factor = GetParam();
+    want(program, m_factor);
+    const QString folder = program.home() + QStringLiteral("/.cache/Tavrine/tmp");
+    ASSERT_TRUE(QDir().mkpath(folder));
+    ASSERT_NO_FATAL_FAILURE(
+        test::makeMovie(folder + QStringLiteral("/tavrine-rec-1.mp4"),
+                        QStringLiteral("color=c=0xC81E28:s=320x360:r=30:d=3[a];color=c=0x2850DC:s=320x360:r=30:d=3[b];"
+                                       "[a][b]hstack=inputs=2[c];color=c=0x14B43C:s=640x360:r=30:d=3[d];"
+                                       "[c][d]concat=n=2")));
+    ASSERT_TRUE(program.startOnboarded());
+    const int atLeast = qRound(100 * pixelsPerPoint());
+    QRect left;
+    QRect right;
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            const QImage now = seen();
+            left = filledBy(qRgb(0xC8, 0x1E, 0x28), now, atLeast);
+            right = filledBy(qRgb(0x28, 0x50, 0xDC), now, atLeast);
+            return !left.isEmpty() && !right.isEmpty();
+        },
+        patience))
+        << qPrintable(program.output());
+    keepPicture(QStringLiteral("preview"));
+    EXPECT_EQ(left.top(), right.top());
+    EXPECT_EQ(left.bottom(), right.bottom());
+    EXPECT_NEAR(right.left() - left.right(), 1, 4);
+    const QRect whole = left | right;
+    EXPECT_NEAR(double(whole.width()) / whole.height(), 16.0 / 9, 0.03);
+    EXPECT_GT(whole.width(), 320 * pixelsPerPoint() * m_factor);
+    EXPECT_TRUE(waitUntil([&] { return filledBy(qRgb(0x14, 0xB4, 0x3C), seen(), atLeast) == whole; }, patience));
 }
 
 /// The capture tool reads the setting by itself, and takes no pixel more for it.
@@ -166,7 +214,7 @@ TEST_P(WaylandTextScaleOf, aCaptureIsExactToThePixel) {
     QImage taken;
     EXPECT_TRUE(waitUntil([&taken] {
         taken = QImage::fromData(
-            answerOf(QStringLiteral("wl-paste"), {QStringLiteral("--type"), QStringLiteral("image/png")}));
+            outputOf(QStringLiteral("wl-paste"), {QStringLiteral("--type"), QStringLiteral("image/png")}));
         return !taken.isNull();
     }));
     const double scale = pixelsPerPoint();

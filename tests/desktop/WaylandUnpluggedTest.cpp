@@ -131,6 +131,19 @@ TEST_F(WaylandUnplugged, aPanelGoesToTheOutputThatIsLeftAndToOneThatComes) {
     EXPECT_TRUE(program.isRunning());
 }
 
+TEST_F(WaylandUnplugged, aClickBesideAPanelTakesItAwayAfterAnOutputHasGone) {
+    say("--clipboard");
+    ASSERT_TRUE(becomesCovered(second));
+    unplug();
+    ASSERT_TRUE(becomesCovered(first));
+    EXPECT_TRUE(waitUntil([this] {
+        hand.click({60, 650});
+        hand.move(onFirst); // where the picture's pointer is left out
+        return waitUntil([this] { return isPlain(first); }, std::chrono::seconds(1));
+    }));
+    EXPECT_TRUE(program.isRunning());
+}
+
 TEST_F(WaylandUnplugged, theOpenShelfIsClosedWithItsOutputAndOpensOnTheOneThatIsLeft) {
     say("--shelf");
     ASSERT_TRUE(becomesCovered(second));

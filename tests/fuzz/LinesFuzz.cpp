@@ -29,7 +29,9 @@ void readLines(Bytes input) {
             require(playerProtocol::reportIn(Values(playerProtocol::lineOf(*report)).text()).has_value());
         static_cast<void>(playerProtocol::loopsIn(line));
         static_cast<void>(playerProtocol::movieCommandIn(line));
-        static_cast<void>(playerProtocol::windowIn(line));
+        if (const auto size = playerProtocol::sizeIn(line))
+            require(size->width >= 1 && size->width <= playerProtocol::longestEdge && size->height >= 1 &&
+                    size->height <= playerProtocol::longestEdge);
         static_cast<void>(movieProtocol::jobIn(line));
         const auto edge = movieProtocol::longestEdgeIn(line);
         require(!edge || (*edge > 0 && *edge <= movieProtocol::mostPixels));
@@ -101,11 +103,12 @@ std::string row(unsigned short type, std::string body,
 }
 
 const Target lineTarget("helper-lines", &readLines, [] {
-    std::vector<std::string> seeds{"facts 640 480 1 2000\n", "progress 12 100\nfailed no room\n", "at 1.5\nplay 3\n",
-                                   "0x1400003\n1080\n"};
+    std::vector<std::string> seeds{"facts 640 480 1 2000\n", "progress 12 100\nfailed no room\n",
+                                   "at 1.5\nplay 3\nsize 320 180\n", "0x1400003\n1080\n"};
     seeds.push_back(movieProtocol::lineOf({.kind = movieProtocol::Report::Kind::frame, .width = 640, .height = 480}));
     seeds.push_back(downloadProtocol::lineOf({}));
     seeds.push_back(playerProtocol::lineOf(playerProtocol::Report{}));
+    seeds.push_back(playerProtocol::lineOf({.kind = playerProtocol::Report::Kind::picture, .size = {320, 180}}));
     return seeds;
 });
 const Target recorderTarget("recorder-messages", &readRecorder, [] {

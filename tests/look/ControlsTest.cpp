@@ -20,6 +20,7 @@
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPaintEvent>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -302,6 +303,31 @@ TEST_F(ControlsTest, aSegmentThatIsPressedAgainSaysSoAndIsNoOtherChoice) {
         QTest::mouseClick(segments->childAt(x, 10), Qt::LeftButton);
     EXPECT_EQ(pressed, (std::vector{1, 1, 0}));
     EXPECT_EQ(chosen, 2);
+}
+
+/// What of a widget is painted.
+class PaintedPart : public QObject {
+public:
+    QRegion region;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override {
+        if (event->type() == QEvent::Paint)
+            region += static_cast<QPaintEvent *>(event)->region();
+        return false;
+    }
+};
+
+TEST_F(ControlsTest, aFirstChoiceIsPaintedWithAllThatIsRoundIt) {
+    auto *segments = show(new SegmentedControl({QStringLiteral("Day"), QStringLiteral("Week")}));
+    segments->setCurrent(SegmentedControl::none);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    QCoreApplication::processEvents();
+    PaintedPart painted;
+    segments->installEventFilter(&painted);
+    segments->setCurrent(1);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(painted.region.boundingRect(), segments->rect());
 }
 
 TEST_F(ControlsTest, segmentsAreAsWideAsEachOtherUntilTheWidestHasNoRoom) {

@@ -2,6 +2,7 @@
 // pixel for pixel. The session has outputs of the scales 1, 1.5 and 2; tests of OneScale want two of 1. Those of KWin
 // run in a session of that.
 #include "adapters/wayland/frozen/KWinScreenShots.h"
+#include "support/CommandOutput.h"
 #include "support/Eventually.h"
 #include "support/WaylandHand.h"
 #include "support/WaylandPattern.h"
@@ -22,15 +23,9 @@
 namespace tavrine::test {
 namespace {
 
+using tavrine::testing::outputOf;
 using tavrine::testing::WaylandHand;
 using tavrine::testing::WaylandPattern;
-
-QByteArray outputOf(const QString &program, const QStringList &arguments) {
-    QProcess process;
-    process.start(program, arguments);
-    process.waitForFinished();
-    return process.readAllStandardOutput();
-}
 
 class ScreenCaptureOnWayland : public ::testing::Test {
 protected:

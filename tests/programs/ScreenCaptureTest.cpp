@@ -1,6 +1,7 @@
 // Drives the built tool as a person does, and compares what it wrote with what was on the screen, pixel for pixel.
 #include "support/Eventually.h"
 #include "support/PatternWindow.h"
+#include "support/SoundRecording.h"
 #include "support/TestKeyboard.h"
 
 #include <QDir>
@@ -356,6 +357,23 @@ TEST_F(ScreenCapture, withTheShutterSoundItEndsAsFastThoughNoSoundServerRuns) {
     EXPECT_EQ(statusOf(*tool), 0);
     EXPECT_LT(timer.elapsed(), 4000) << "of 6000 for who waits for the sound";
     expectPicture({QPoint(10, 10), QPoint(200, 200)});
+}
+
+TEST_F(ScreenCapture, theShutterIsHeardUnlessTheCaptureIsToBeSilent) {
+    const test::PrivateSound sound(test::SoundServerKind::pulseAudio);
+    const test::SoundRecording recording(QStringLiteral("one"));
+    ASSERT_TRUE(eventually([&] { return recording.samples() > test::PrivateSound::rate / 2; }));
+    const auto silent = capture();
+    drag({10, 10}, {200, 200});
+    EXPECT_EQ(statusOf(*silent), 0);
+    const qsizetype then = recording.samples();
+    ASSERT_TRUE(eventually([&] { return recording.samples() > then + 2 * test::PrivateSound::rate; }));
+    EXPECT_EQ(recording.loudSamples(), 0);
+    const auto heard = start({QStringLiteral("-i"), file()});
+    ASSERT_TRUE(eventually([&] { return isDimmed() && isKeyboardTaken(); }));
+    drag({10, 10}, {200, 200});
+    EXPECT_EQ(statusOf(*heard), 0);
+    EXPECT_TRUE(eventually([&] { return recording.loudSamples() > test::PrivateSound::rate / 50; }));
 }
 
 TEST_F(ScreenCapture, wrongArgumentsPrintTheUsageAndLeaveNoFile) {

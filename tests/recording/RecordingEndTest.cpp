@@ -339,6 +339,36 @@ TEST_F(EndOfARecording, aRestartRecordsTheSameAreaAnewWithoutACountdown) {
     EXPECT_EQ(streams.streams().size(), 2U);
 }
 
+TEST_F(EndOfARecording, aRestartKeepsTheSoundAndTheScreenWhereverThePointerIsByThen) {
+    const QList<Screen> both{
+        {.number = 1, .localizedName = {}, .frame = QRectF(0, 0, 1440, 900), .visibleFrame = QRectF(0, 0, 1440, 876)},
+        {.number = 2,
+         .localizedName = {},
+         .frame = QRectF(1440, 0, 800, 600),
+         .visibleFrame = QRectF(1440, 0, 800, 600)}};
+    screens.setScreens(both);
+    streams.setContent({.displays = {{1}, {2}}, .windows = {}});
+    screens.setMouseLocation({1500, 100});
+    access.setMicrophone(MicrophoneAuthorization::authorized);
+    auto &card = selectArea({10, 20, 300, 200});
+    card.pressMic();
+    card.start();
+    ASSERT_TRUE(happens([this] { return recorder->isRecording(); }));
+    awaitPicture();
+    ASSERT_EQ(streams.streams().back()->filter.displayID, 2U);
+    ASSERT_EQ(microphones.sessions().size(), 1U);
+    screens.setMouseLocation({100, 100});
+    recorder->restartRecording();
+    time.advance(150ms);
+    ASSERT_TRUE(happens([this] { return recorder->isRecording(); }));
+    ASSERT_EQ(streams.streams().size(), 2U);
+    EXPECT_EQ(streams.streams().back()->filter.displayID, 2U);
+    EXPECT_EQ(streams.streams().back()->configuration.sourceRect, QRectF(10, 20, 300, 200));
+    EXPECT_EQ(borders.last().second, 2U);
+    ASSERT_EQ(microphones.sessions().size(), 2U);
+    EXPECT_TRUE(microphones.sessions().back()->isRunning);
+}
+
 TEST_F(EndOfARecording, aRestartWithoutARecordingDoesNothing) {
     recorder->restartRecording();
     time.advance(1s);

@@ -48,6 +48,21 @@ TEST_F(Preview, itComesInTheCornerWithTheKeyboard) {
     EXPECT_EQ(events.last(), text("activate"));
 }
 
+TEST_F(Preview, itComesToTheScreenOfThePointer) {
+    screens.setScreens(
+        {{.number = 1, .localizedName = {}, .frame = QRectF(0, 0, 1440, 900), .visibleFrame = QRectF(0, 0, 1440, 876)},
+         {.number = 2,
+          .localizedName = {},
+          .frame = QRectF(1440, -200, 800, 900),
+          .visibleFrame = QRectF(1440, -200, 800, 900)}});
+    screens.setKeyboardScreen(0);
+    record();
+    screens.setMouseLocation({1500, 100});
+    recorder->stopRecording();
+    ASSERT_TRUE(happens([this] { return recorder->previewModel(); }));
+    EXPECT_EQ(recorder->previewWindow()->frame(), QRectF(1440 + 24, -200 + 48, 380, 430));
+}
+
 TEST_F(Preview, theCornerIsTakenWhileItIsOpen) {
     const QRectF screen(0, 0, 1440, 900);
     const QRectF other(18, 18, 340, 248);
@@ -104,10 +119,10 @@ TEST_F(Preview, factsThatComeTooLateAreLeftAlone) {
 }
 
 TEST_F(Preview, theMovieIsPlayedUntilTheWindowGoes) {
-    recordAndStop().play(7);
+    recordAndStop().play({320, 180});
     const auto movie = players.movies().front();
     EXPECT_EQ(movie->path, preview().filePath());
-    EXPECT_EQ(movie->window, WId{7});
+    EXPECT_EQ(movie->pictureSize, QSize(320, 180));
     EXPECT_TRUE(movie->isHeard());
     preview().toggleMuted();
     EXPECT_FALSE(movie->isHeard());
@@ -117,6 +132,24 @@ TEST_F(Preview, theMovieIsPlayedUntilTheWindowGoes) {
     EXPECT_EQ(preview().audioText(), text("Include Audio"));
     preview().pressDelete();
     EXPECT_TRUE(movie->isDropped);
+}
+
+TEST_F(Preview, theMovieRestsBeforeItIsSavedOrCopied) {
+    QStringList ways;
+    const auto tell = [&](const char *way) {
+        return [&ways, this, way](const ScreenRecordingPreviewModel::Choice &) {
+            ways << text(way) + text(players.movies().back()->isPlaying ? " while it plays" : " at rest");
+        };
+    };
+    ScreenRecordingPreviewModel model(
+        leftover("movie.mp4"), text("clip"), *shots, {asset, players, filePanels},
+        {.onSave = tell("save"), .onCopy = tell("copy"), .onCancel = [] {}, .onFolderChosen = [](const QString &) {}});
+    for (const auto press : {&ScreenRecordingPreviewModel::pressSave, &ScreenRecordingPreviewModel::pressCopy}) {
+        model.play({320, 180});
+        ASSERT_TRUE(players.movies().back()->isPlaying);
+        (model.*press)();
+    }
+    EXPECT_THAT(ways, ElementsAre(text("save at rest"), text("copy at rest")));
 }
 
 TEST_F(Preview, aMovieWithoutSoundCannotBeMuted) {
@@ -129,7 +162,7 @@ TEST_F(Preview, aMovieWithoutSoundCannotBeMuted) {
 
 TEST_F(Preview, aMovieThatCannotBeShownCanStillBeSaved) {
     players.failNext(text("no decoder"));
-    recordAndStop().play(7);
+    recordAndStop().play({320, 180});
     time.runPending();
     EXPECT_EQ(preview().failure(), text("no decoder"));
     preview().setFileName(text("clip"));
@@ -280,6 +313,21 @@ TEST_F(Preview, aMutedRecordingIsSavedAsACopyWithoutSound) {
     time.runPending();
     EXPECT_THAT(savedFiles(), ElementsAre(text("clip.mp4")));
     EXPECT_THAT(temporaryFiles(), IsEmpty()); // the one with sound is not wanted any more
+}
+
+TEST_F(Preview, aMutedRecordingIsCopiedAsTheFileWithoutSound) {
+    auto &model = recordAndStop();
+    model.setFileName(text("clip"));
+    model.toggleMuted();
+    model.pressCopy();
+    EXPECT_THAT(copied(), IsEmpty());
+    asset.answer();
+    time.runPending();
+    EXPECT_THAT(copied(), ElementsAre(QUrl::fromLocalFile(shot("clip.mp4"))));
+    QFile file(shot("clip.mp4"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.readAll().endsWith(FakeMovieAsset::silence));
+    EXPECT_THAT(temporaryFiles(), IsEmpty());
 }
 
 TEST_F(Preview, aMutedCopyThatFailsLeavesTheRecordingAsItIsAndSaysSo) {

@@ -1,3 +1,4 @@
+#include "adapters/fake/FakeAppearance.h"
 #include "adapters/fake/FakeFilePanels.h"
 #include "adapters/fake/FakeMovieAsset.h"
 #include "adapters/fake/FakeMoviePlayers.h"
@@ -14,20 +15,31 @@
 #include "recording/RecordingSetupCardView.h"
 #include "recording/ScreenRecorderSelectionView.h"
 #include "recording/ScreenRecordingPreviewView.h"
-#include "support/PaintedWords.h"
+#include "support/PaintedSymbols.h"
 
 #include <QAbstractButton>
+#include <QLayout>
 #include <QLineEdit>
 #include <QTest>
 
 namespace tavrine {
 namespace {
 
+using testing::Contains;
+using testing::IsSupersetOf;
+
 QAbstractButton *button(const QWidget &view, const char *name) {
     for (auto *each : view.findChildren<QAbstractButton *>())
         if (each->text() == text(name) || each->accessibleName() == text(name))
             return each;
     return nullptr;
+}
+
+/// What a view paints, word for word.
+QStringList wordsOn(QWidget &view) {
+    test::WordsDevice device(view.size());
+    view.render(&device, {}, {}, QWidget::DrawChildren);
+    return device.words();
 }
 
 void expectNames(const QWidget &view) {
@@ -56,6 +68,14 @@ protected:
                                               .onCancel = [this] { calls << text("cancel"); }});
     ScreenRecorderSelectionView view{model};
 };
+
+TEST_F(SelectionView, itTellsHowToLeaveItAndItsCardWhatIsSetUp) {
+    EXPECT_THAT(wordsOn(view), Contains(text("Press ESC to cancel")));
+    drag({100, 100}, {500, 400});
+    QCoreApplication::sendPostedEvents();
+    EXPECT_THAT(wordsOn(card()),
+                IsSupersetOf({text("Screen Recording Setup"), text("AUDIO INPUTS"), text("START DELAY")}));
+}
 
 TEST_F(SelectionView, theSpaceBarEndsARecordingAndSaysSoOnlyWhileThereIsOne) {
     EXPECT_FALSE(view.accessibleDescription().contains(text("Space")));
@@ -287,6 +307,58 @@ TEST_F(StopBarView, itShowsTheTimeAndEndsTheRecordingInThreeWays) {
     EXPECT_THAT(temporaryFiles(), IsEmpty());
 }
 
+TEST_F(StopBarView, itsButtonsHaveTheirSymbolsAndItsClockTheTime) {
+    record();
+    FloatingStopBarView bar(*recorder);
+    bar.resize(bar.sizeHint());
+    test::WordsDevice device(bar.size());
+    bar.render(&device, {}, {}, QWidget::DrawChildren);
+    EXPECT_THAT(test::symbolsOn(device),
+                IsSupersetOf({text("arrow.counterclockwise"), text("xmark"), text("square.fill")}));
+    const auto clock = [&bar] { // digit by digit, and then the button's word
+        bar.resize(bar.sizeHint());
+        return wordsOn(bar).join(QString()).left(5);
+    };
+    EXPECT_EQ(clock(), text("00:00"));
+    time.advance(61s);
+    EXPECT_EQ(clock(), text("01:01"));
+    QStringList names;
+    for (const auto *widget : bar.findChildren<QWidget *>())
+        names << widget->accessibleName();
+    EXPECT_THAT(names, Contains(text("Recording time 01:01")));
+}
+
+TEST_F(StopBarView, theDotFadesAndComesBackSlowlyAtBothEnds) {
+    FakeAppearance appearance;
+    const look::Look look(time, &appearance);
+    record();
+    FloatingStopBarView bar(*recorder);
+    bar.show();
+    QWidget *dot = bar.layout()->itemAt(0)->widget();
+    const auto opacity = [dot] {
+        QImage image(dot->size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        dot->render(&image, {}, {}, QWidget::DrawChildren);
+        return image.pixelColor(image.rect().center()).alphaF();
+    };
+    const double faintest = 0.3;
+    const auto expected = [&](double part) { return 1 - (1 - faintest) * look::easeInOut.at(part); };
+    EXPECT_NEAR(opacity(), 1, 0.01);
+    time.advance(160ms); // by the frames of 16 ms
+    EXPECT_NEAR(opacity(), expected(0.2), 0.04);
+    EXPECT_GT(opacity(), 1 - 0.2 * (1 - faintest)) << "slower than a straight line";
+    time.advance(240ms);
+    EXPECT_NEAR(opacity(), expected(0.5), 0.04);
+    time.advance(400ms);
+    EXPECT_NEAR(opacity(), faintest, 0.04);
+    time.advance(400ms);
+    EXPECT_NEAR(opacity(), expected(0.5), 0.04);
+    time.advance(400ms);
+    EXPECT_NEAR(opacity(), 1, 0.04);
+    time.advance(800ms);
+    EXPECT_NEAR(opacity(), faintest, 0.04) << "and so on";
+}
+
 TEST_F(StopBarView, itGrowsWhenItHasMoreToSay) {
     access.setMicrophone(MicrophoneAuthorization::authorized);
     auto &card = selectArea();
@@ -370,18 +442,62 @@ protected:
     std::shared_ptr<ScreenRecordingPreviewModel> model = makeModel();
 };
 
-TEST_F(PreviewView, theMoviePlaysInAWindowOfItsOwnOnceItIsShown) {
+TEST_F(PreviewView, theMoviePlaysOnceItIsShown) {
     ScreenRecordingPreviewView view(model);
     view.resize(380, 430);
     EXPECT_TRUE(players.movies().empty());
     view.show();
     ASSERT_EQ(players.movies().size(), 1U);
-    EXPECT_NE(players.movies().front()->window, view.winId());
     EXPECT_TRUE(players.movies().front()->isPlaying);
     view.hide();
     view.show();
     EXPECT_EQ(players.movies().size(), 1U);
     model->stop();
+}
+
+/// The rows that a picture fills.
+QRect filled(const QImage &image, QRgb color) {
+    QRect all;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (image.pixel(x, y) == color)
+                all |= QRect(x, y, 1, 1);
+    return all;
+}
+
+TEST_F(PreviewView, theMovieFillsItsPlaceInThePixelsOfTheScreen) {
+    const QRgb colour = qRgb(1, 255, 2);
+    players.setColor(colour);
+    asset.setFacts(MovieFacts{.naturalSize = {400, 200}, .hasAudioTrack = true, .duration = 1s});
+    QFile file(model->filePath());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ScreenRecordingPreviewView view(model);
+    view.resize(380, 430);
+    view.show();
+    EXPECT_TRUE(filled(view.grab().toImage(), colour).isEmpty());
+    model->load();
+    asset.answer();
+    time.runPending();
+    const QImage image = view.grab().toImage();
+    time.runPending();
+    const QRect place = filled(image, colour);
+    EXPECT_NEAR(double(place.width()) / place.height(), 2, 0.02);
+    EXPECT_EQ(players.movies().front()->pictureSize, place.size());
+    EXPECT_GT(place.width(), 300 * view.devicePixelRatioF());
+    model->stop();
+}
+
+TEST_F(PreviewView, aMovieThatCannotBeShownAnyMoreLeavesNoPicture) {
+    const QRgb colour = qRgb(1, 255, 2);
+    players.setColor(colour);
+    ScreenRecordingPreviewView view(model);
+    view.resize(380, 430);
+    view.show();
+    time.runPending();
+    EXPECT_FALSE(filled(view.grab().toImage(), colour).isEmpty());
+    players.fail(text("why"));
+    time.runPending();
+    EXPECT_TRUE(filled(view.grab().toImage(), colour).isEmpty());
 }
 
 TEST_F(PreviewView, whatWentWrongStandsAboveTheMovie) {
@@ -397,6 +513,7 @@ TEST_F(PreviewView, whatWentWrongStandsAboveTheMovie) {
 TEST_F(PreviewView, theControlsDoWhatTheySay) {
     ScreenRecordingPreviewView view(model);
     view.resize(380, 430);
+    EXPECT_THAT(wordsOn(view), IsSupersetOf({text("Audio Track:"), text("Path:"), text("File Name")}));
     expectNames(view);
     auto *field = view.findChild<QLineEdit *>();
     EXPECT_EQ(field->text(), text("recording_1"));
@@ -470,6 +587,21 @@ TEST(CountdownView, eachNumberGrowsAndAppearsAnew) {
         EXPECT_NEAR(late.scale, 1.15, 1e-6);
         time.advance(500ms);
     }
+}
+
+TEST(CountdownView, itsWindowIsAsLargeAsItsDiscWhereNothingShowsThroughItAlsoWhenThatChanges) {
+    VirtualTime time;
+    look::Look look(time);
+    look.setCompositing(true);
+    CountdownOverlayView view(std::make_shared<CountdownModel>(3, time, [] {}));
+    view.resize(800, 600);
+    view.show();
+    EXPECT_TRUE(view.mask().isEmpty()) << "all of it";
+    look.setCompositing(false);
+    EXPECT_EQ(view.mask().boundingRect(), QRect(312, 212, 176, 176));
+    EXPECT_FALSE(view.mask().contains(QPoint(314, 214)));
+    look.setCompositing(true);
+    EXPECT_TRUE(view.mask().isEmpty());
 }
 
 TEST(CountdownView, itIsCalledWhatItShows) {

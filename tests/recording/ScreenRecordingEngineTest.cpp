@@ -218,6 +218,8 @@ TEST_F(Engine, aRefusedVideoInputIsErrorTwoAndLeavesNoFile) {
     writers.refuseVideo(true);
     start();
     EXPECT_EQ(startError, (RecordingError{RecordingError::Code::videoRefused, text("Could not attach video output.")}));
+    EXPECT_EQ(startError->description(),
+              text("Error Domain=Tavrine.ScreenRecorder Code=2 \"Could not attach video output.\""));
     EXPECT_EQ(movie().status, MovieWriterStatus::cancelled);
     EXPECT_FALSE(QFile::exists(request.outputPath));
 }
@@ -579,13 +581,34 @@ TEST_F(Engine, anEngineThatIsDroppedEndsAtOnce) {
     time.advance(1min);
 }
 
-TEST_F(Engine, anEngineThatIsDroppedWhileItIsAnsweredIsLeftAlone) {
+TEST_F(Engine, anEngineThatIsDroppedWhileItStartsAnswersOnceThatItDidNot) {
     streams.beSlow();
     begin();
     engine.reset();
+    EXPECT_EQ(startAnswers, 0) << "later, and not within the end";
+    time.advance(1min);
+    EXPECT_EQ(startAnswers, 1);
+    ASSERT_TRUE(startError);
+    EXPECT_EQ(startError->localizedDescription, QStringLiteral("The recording was ended before it began."));
     streams.answerAll();
     time.advance(1min);
-    EXPECT_EQ(startAnswers, 0);
+    EXPECT_EQ(startAnswers, 1);
+}
+
+TEST_F(Engine, soDoesOneThatIsDroppedWhileItsStreamBegins) {
+    streams.beSlow();
+    begin();
+    streams.answerAll(); // what there is to be captured
+    streams.beSlow();
+    time.runPending();
+    ASSERT_EQ(streams.streams().size(), 1U);
+    engine.reset();
+    time.advance(1min);
+    EXPECT_EQ(startAnswers, 1);
+    EXPECT_TRUE(startError);
+    streams.answerAll();
+    time.advance(1min);
+    EXPECT_EQ(startAnswers, 1);
 }
 
 } // namespace

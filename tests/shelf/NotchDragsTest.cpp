@@ -103,6 +103,20 @@ TEST_F(NotchWindow, aDragWhoseProgramDiesInsideTheShelfLeavesItClosed) {
     EXPECT_EQ(window().frame(), atRest);
 }
 
+TEST_F(NotchWindow, theEndOfADragIsToldHoweverItEndsAndWhateverItCarried) {
+    int ends = 0;
+    QObject::connect(&model(), &NotchViewModel::dragEnded, [&ends] { ++ends; });
+    for (const bool holdsFiles : {false, true}) {
+        ends = 0;
+        beginDrag(holdsFiles);
+        time.advance(100ms);
+        EXPECT_EQ(ends, 0);
+        drags.end();
+        time.advance(100ms);
+        EXPECT_EQ(ends, 1);
+    }
+}
+
 TEST_F(NotchWindow, theEndOfAFileDragEndsItsBeingInsideToo) {
     beginDrag(true);
     model().setDragTargetActive(true);

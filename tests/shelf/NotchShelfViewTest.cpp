@@ -1,7 +1,7 @@
 #include "look/Button.h"
 #include "shelf/NotchShape.h"
 #include "shelf/ShelfViewTest.h"
-#include "support/PaintedWords.h"
+#include "support/PaintedSymbols.h"
 
 #include <QAccessible>
 #include <QMimeData>
@@ -39,6 +39,11 @@ TEST(ItemCount, isToldInWords) {
 class NotchShelf : public ShelfViewTest {
 protected:
     /// How the content looks, in one size.
+    [[nodiscard]] QStringList symbols() {
+        test::WordsDevice device(view.size());
+        view.render(&device, {}, {}, QWidget::DrawChildren);
+        return test::symbolsOn(device);
+    }
     [[nodiscard]] QImage look() {
         QImage image(view.size(), QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::transparent);
@@ -111,11 +116,14 @@ TEST_F(NotchShelf, anEmptyShelfSaysDropHereAndWhereTheDragIsOverItAFullOneTooDro
 TEST_F(NotchShelf, eachPromptLooksDifferent) {
     view.resize(300, 79);
     const QImage nothing = look();
+    EXPECT_THAT(symbols(), IsEmpty());
     model.setFileDragActive(true);
     rest();
     const QImage hint = look();
+    EXPECT_THAT(symbols(), testing::Contains(text("plus.circle.fill")));
     model.setDragTargetActive(true);
     rest();
+    EXPECT_THAT(symbols(), testing::Contains(text("tray.and.arrow.down.fill")));
     EXPECT_NE(hint, nothing);
     EXPECT_NE(look(), hint);
     EXPECT_NE(look(), nothing);
@@ -130,6 +138,8 @@ TEST_F(NotchShelf, theRowIsHeadedByTheNumberOfItems) {
         return all;
     };
     EXPECT_THAT(names(), testing::Contains(text("1 item")));
+    rest();
+    EXPECT_THAT(symbols(), testing::Contains(text("tray.fill")));
     addFiles(2);
     EXPECT_THAT(names(), testing::Contains(text("3 items")));
 }
@@ -367,6 +377,42 @@ TEST_F(DropDetection, aDropIsHeldAsACopyAndEndsTheDrag) {
                         "[NotchShelf] Drag ended\n");
     ASSERT_EQ(model.items().size(), 1);
     EXPECT_FALSE(model.isDragTargetActive());
+}
+
+TEST_F(DropDetection, aDragThatHasBeenHereIsToldToEndHoweverItEnds) {
+    for (const bool leavesFirst : {false, true}) { // it is cancelled in here, or dropped elsewhere
+        enter();
+        if (leavesFirst)
+            leave();
+        output();
+        model.endDrag();
+        time.advance(300ms);
+        EXPECT_EQ(output(), "[NotchShelf] Drag ended\n");
+        model.endDrag(); // of one that has never been here
+        time.advance(1s);
+        EXPECT_EQ(output(), "");
+    }
+    EXPECT_FALSE(model.isDragTargetActive());
+}
+
+TEST_F(DropDetection, aDropThatComesAfterItsDragsEndIsToldOnce) {
+    enter();
+    model.endDrag();
+    time.advance(250ms);
+    output();
+    drop();
+    time.advance(1s);
+    EXPECT_THAT(output(), testing::EndsWith("[NotchShelf] Found 1 file URLs\n[NotchShelf] Drag ended\n"));
+}
+
+TEST_F(DropDetection, theEndOfADragIsNotThatOfTheNextOne) {
+    enter();
+    model.endDrag();
+    time.advance(200ms);
+    enter();
+    output();
+    time.advance(1s);
+    EXPECT_EQ(output(), "");
 }
 
 TEST_F(DropDetection, aDropOfWhatCannotBeReadClosesTheShelf) {

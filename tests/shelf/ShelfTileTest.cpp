@@ -1,4 +1,6 @@
 #include "base/DesktopWords.h"
+#include "look/Paint.h"
+#include "look/Symbols.h"
 #include "look/Text.h"
 #include "look/ToolTip.h"
 #include "shelf/ShelfViewTest.h"
@@ -52,7 +54,6 @@ TEST_F(ShelfTile, aFileIsDraggedAsItsAddressWithASmallPicture) {
     EXPECT_EQ(item.url, file("/home/ada/file 0.txt"));
     EXPECT_FALSE(item.string || item.image);
     EXPECT_EQ(item.draggingImage.deviceIndependentSize(), QSizeF(50, 50));
-    EXPECT_EQ(item.hotSpot, QPoint(25, 25));
     EXPECT_EQ(dragging.source(), &tile());
 }
 
@@ -63,7 +64,51 @@ TEST_F(ShelfTile, theDraggedPictureFillsItsFrameOneWayAndHasNoBorderTheOther) {
     const DraggedItem &item = dragging.items().at(0);
     EXPECT_EQ(item.draggingImage.deviceIndependentSize(), QSizeF(50, 16)); // 58 by 19, on whole pixels
     EXPECT_EQ(item.draggingImage.toImage().pixelColor(0, 0), QColor(Qt::red));
-    EXPECT_EQ(item.hotSpot, QPoint(25, 8));
+}
+
+TEST_F(ShelfTile, theDraggedPictureStartsInTheMiddleOfTheTileWhereverThePressIs) {
+    addFiles(1);
+    const QPointF center = QRectF(tile().rect()).center();
+    for (const QPoint press : {QPoint(10, 100), QPoint(70, 30)}) {
+        pull(tile(), press, press + QPointF(4, 0));
+        const DraggedItem &item = dragging.items().back();
+        const QPointF start = press - item.hotSpot;
+        EXPECT_NEAR(start.x() + 25, center.x(), 0.5);
+        EXPECT_NEAR(start.y() + 25, center.y(), 0.5);
+    }
+}
+
+TEST_F(ShelfTile, thePictureFliesBackWhereThingsMayMoveAndWindowsShowThroughOthers) {
+    using namespace std::chrono_literals;
+    addFiles(1);
+    const auto returnTime = [&] {
+        pull(tile(), middle, middle + QPointF(20, 0));
+        return dragging.items().back().returnTime;
+    };
+    EXPECT_EQ(returnTime(), 0ms);
+    look.setCompositing(true);
+    EXPECT_EQ(returnTime(), 250ms);
+    appearance.set({.reducesMotion = true});
+    EXPECT_EQ(returnTime(), 0ms);
+}
+
+TEST_F(ShelfTile, aTextIsDraggedAsTheSymbolThatItsTileShows) {
+    model.addText(text("some words"));
+    addFiles(0);
+    pull(tile(), middle, middle + QPointF(20, 0));
+    const QImage dragged = dragging.items().at(0).draggingImage.toImage();
+    const auto isPainted = [&](const char *symbol) {
+        QImage alike(dragged.size(), QImage::Format_ARGB32_Premultiplied);
+        alike.setDevicePixelRatio(dragged.devicePixelRatio());
+        alike.fill(Qt::transparent);
+        QPainter painter(&alike);
+        look::preparePainter(painter);
+        look::paintSymbol(painter, QRectF(0, 0, 50, 50), text(symbol), 44, QColor(0x6A, 0x6E, 0x78));
+        painter.end();
+        return alike == dragged.convertToFormat(alike.format());
+    };
+    EXPECT_TRUE(isPainted("doc.text"));
+    EXPECT_FALSE(isPainted("doc.fill")) << "they differ";
 }
 
 TEST_F(ShelfTile, textsAndImagesAreDraggedAsTheyAreAndAlwaysCopied) {

@@ -133,11 +133,39 @@ TEST_F(AppDelegateTest, reopeningWithAVisibleEditorBringsThatForward) {
     QWidget *settings = showWindow(LargeWindows::Kind::settings);
     settings->hide();
     QWidget *editor = showWindow(LargeWindows::Kind::editor);
+    const auto before = desktop.applicationActivator().broughtForward().size();
     EXPECT_TRUE(delegate->applicationShouldHandleReopen(true));
     EXPECT_FALSE(settings->isVisible());
+    ASSERT_EQ(desktop.applicationActivator().broughtForward().size(), before + 1);
+    EXPECT_EQ(desktop.applicationActivator().broughtForward().back(), quint32(editor->winId()));
     editor->hide();
     EXPECT_TRUE(delegate->applicationShouldHandleReopen(false));
     EXPECT_TRUE(settings->isVisible());
+}
+
+// Started for something.
+
+TEST_F(AppDelegateTest, whatAStartAsksForWaitsForTheDesktopToSayWhatItGrants) {
+    desktop.access().setScreenCaptureGranted(false);
+    desktop.access().keepGrantsBack();
+    quietly([this] {
+        delegate->startedAgain(text("capture"));
+        delegate->startedAgain(text("settings"));
+        time.runPending();
+    });
+    EXPECT_EQ(desktop.access().screenCapturePrompts(), 0);
+    EXPECT_FALSE(window(LargeWindows::Kind::settings));
+    desktop.access().setScreenCaptureGranted(true);
+    calls.clear();
+    quietly([this] { desktop.access().tellGrants(); });
+    EXPECT_THAT(calls, Contains("snippingTool opened"));
+    EXPECT_TRUE(window(LargeWindows::Kind::settings));
+    EXPECT_EQ(desktop.access().screenCapturePrompts(), 0);
+}
+
+TEST_F(AppDelegateTest, whatAStartAsksForIsDoneAtOnceWhereTheGrantsAreKnown) {
+    quietly([this] { delegate->startedAgain(text("settings")); });
+    EXPECT_TRUE(window(LargeWindows::Kind::settings));
 }
 
 // Notices of the default centre.

@@ -27,6 +27,22 @@ TEST_F(FeatureFlagsTest, aFreshInstallHasEverythingOnAndStoresNothing) {
     }
 }
 
+TEST_F(FeatureFlagsTest, eachFeatureHasItsOwnPreferenceAndSymbol) {
+    QStringList features;
+    for (const FeatureText &each : featureTexts)
+        features.append(QLatin1String(each.preference.key) + QLatin1Char(' ') + QLatin1String(each.icon));
+    EXPECT_EQ(features, QStringList({QStringLiteral("featureNotchShelf menubar.arrow.up.rectangle"),
+                                     QStringLiteral("featureSnippingTool viewfinder.circle.fill"),
+                                     QStringLiteral("featureScreenRecorder video.badge.plus"),
+                                     QStringLiteral("featureTavrineEditor photo.badge.plus"),
+                                     QStringLiteral("featureClipboardHistory doc.on.clipboard"),
+                                     QStringLiteral("featureNetworkSpeed network"),
+                                     QStringLiteral("featureKeepAwake cup.and.saucer.fill"),
+                                     QStringLiteral("featureCleaningMode keyboard.fill"),
+                                     QStringLiteral("featureLoFi headphones"),
+                                     QStringLiteral("featureEmojiPicker face.smiling")}));
+}
+
 TEST_F(FeatureFlagsTest, onlyAStoredBoolCounts) {
     defaults.set(QStringLiteral("featureKeepAwake"), false);
     defaults.set(QStringLiteral("featureCleaningMode"), true);

@@ -53,6 +53,18 @@ TEST_F(Launch, withOnboardingDoneAndAccessibilityGivenTheLineEndsInTrue) {
     EXPECT_EQ(desktop.access().accessibilityPrompts(), 0);
 }
 
+TEST_F(Launch, onADesktopThatHasYetToSayWhatItGrantsTheLineWaitsAndNothingElse) {
+    defaults.set(text("hasCompletedOnboarding"), true);
+    desktop.access().setAccessibilityTrusted(false);
+    desktop.access().keepGrantsBack();
+    EXPECT_THAT(output(), Not(HasSubstr("Accessibility")));
+    EXPECT_TRUE(manager().isMonitoring());
+    desktop.access().setAccessibilityTrusted(true);
+    EXPECT_THAT(outputOf([this] { desktop.access().tellGrants(); }),
+                testing::EndsWith("DEBUG: Accessibility Trusted on Launch: true\n"));
+    EXPECT_EQ(desktop.access().accessibilityPrompts(), 0);
+}
+
 TEST_F(Launch, theToolsComeUpInTheirOrder) {
     defaults.set(text("hasCompletedOnboarding"), true);
     defaults.set(text("featureNetworkSpeed"), false);
@@ -94,8 +106,7 @@ TEST_F(Launch, theStepsComeOneAfterTheOther) {
             line += ", deaf";
         if (hasUpdater)
             line += ", updater";
-        if (desktop.statusItem().imageCount() > 0)
-            line += ", tray item";
+        line += ", drawn " + std::to_string(desktop.statusItem().imageCount());
         if (manager().isPaused())
             line += ", history paused";
         log.push_back(line);
@@ -112,15 +123,30 @@ TEST_F(Launch, theStepsComeOneAfterTheOther) {
     desktop.access().setAccessibilityTrusted(false);
     desktop.access().setOnAccessibilityPrompt([&] { note("onboarding decided"); });
     quietly([&] { delegate->applicationDidFinishLaunching(); });
-    EXPECT_THAT(log, ElementsAre("updater starts, updater", "notchShelf launched, updater, tray item",
-                                 "hot keys, updater, tray item", "networkSpeed launched off, updater, tray item",
-                                 "clipboardHistory launched off, updater, tray item",
-                                 "snippingTool launched, updater, tray item, history paused",
-                                 "screenRecorder launched, updater, tray item, history paused",
-                                 "keepAwake launched, updater, tray item, history paused",
-                                 "onboarding decided, updater, tray item, history paused"));
+    EXPECT_THAT(log, ElementsAre("updater starts, updater, drawn 0", "notchShelf launched, updater, drawn 1",
+                                 "hot keys, updater, drawn 1", "networkSpeed launched off, updater, drawn 2",
+                                 "clipboardHistory launched off, updater, drawn 2",
+                                 "snippingTool launched, updater, drawn 2, history paused",
+                                 "screenRecorder launched, updater, drawn 2, history paused",
+                                 "keepAwake launched, updater, drawn 2, history paused",
+                                 "onboarding decided, updater, drawn 2, history paused"));
     desktop.access().setOnAccessibilityPrompt({});
     desktop.setOnPackageUpdates({});
+}
+
+// What is left of the history once it is paused is told like any other, and the newest of it may be a capture.
+TEST_F(Launch, theHistoryIsFollowedBeforeItIsPaused) {
+    defaults.set(text("hasCompletedOnboarding"), true);
+    defaults.set(text("featureClipboardHistory"), false);
+    construct();
+    const QString file = manager().saveImage(QImage(30, 20, QImage::Format_RGB32)).value_or(QString());
+    database.save({QUuid::createUuid(), text("Image"), time.now(), true, false, file});
+    delegate->tools().snipping().setWaitingForCapture(true);
+    quietly([&] {
+        delegate->applicationDidFinishLaunching();
+        time.runPending();
+    });
+    EXPECT_FALSE(delegate->tools().snipping().isWaitingForCapture());
 }
 
 // A switch that is flipped before the launch follows them is that of the launch itself: its tool hears of it there.

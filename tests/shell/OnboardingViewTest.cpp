@@ -8,6 +8,7 @@
 #include "base/UserDefaults.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
+#include "look/Look.h"
 #include "support/OtherPlatform.h"
 
 #include <QTemporaryDir>
@@ -145,6 +146,109 @@ TEST_F(OnboardingViewTest, theLastPageNamesTheKeysToTry) {
         names.append(widget->accessibleName());
     EXPECT_THAT(names, Contains(QStringLiteral("Clipboard Super+Shift+V, Emoji Picker Super+Shift+E, "
                                                "Screenshot Super+Shift+2")));
+}
+
+/// The window where things move.
+class MovingOnboardingView : public testing::Test {
+protected:
+    MovingOnboardingView() { window->show(); }
+
+    void goOn() { QTest::keyClick(window.get(), Qt::Key_Return); }
+    void pass(int frames) { time.advance(look::MotionClock::frame * frames); }
+    [[nodiscard]] QImage picture() const { return window->grab().toImage().convertToFormat(QImage::Format_RGB32); }
+    /// The dots from the left: where each begins and ends in the row through their middles.
+    [[nodiscard]] std::vector<std::pair<int, int>> dots() const {
+        const QImage image = picture();
+        const int row = image.height() - 22;
+        std::vector<std::pair<int, int>> found;
+        for (int x = 200; x < 400; ++x) {
+            if (image.pixel(x, row) == ground)
+                continue;
+            if (found.empty() || found.back().second != x)
+                found.emplace_back(x, x);
+            found.back().second = x + 1;
+        }
+        return found;
+    }
+    [[nodiscard]] QRgb colourOf(std::size_t dot) const {
+        const auto [begin, end] = dots().at(dot);
+        return picture().pixel((begin + end) / 2, int(window->height()) - 22);
+    }
+    static void expectLike(QRgb colour, QRgb expected) {
+        EXPECT_NEAR(qRed(colour), qRed(expected), 3);
+        EXPECT_NEAR(qGreen(colour), qGreen(expected), 3);
+        EXPECT_NEAR(qBlue(colour), qBlue(expected), 3);
+    }
+
+    static constexpr QRgb ground = qRgb(0x1C, 0x1C, 0x1E);  // 0.11, 0.11, 0.118
+    static constexpr QRgb accent = qRgb(0xFF, 0x95, 0x00);  // 1.0, 0.584, 0.0
+    static constexpr QRgb resting = qRgb(0x4E, 0x4E, 0x50); // white at 0.22 on the ground
+    QTemporaryDir folder;
+    VirtualTime time;
+    look::Look look{time};
+    NotificationCenter center;
+    UserDefaults defaults{folder.filePath(QStringLiteral("d.plist")), time, center};
+    FakeAccess access;
+    FakeUrlOpener urls;
+    std::unique_ptr<QWidget> window =
+        OnboardingView::makeWindow({.defaults = defaults, .access = access, .time = time, .urlOpener = urls}, [] {});
+};
+
+TEST_F(MovingOnboardingView, aCapsuleInTheAccentStandsForThePageAndADotForEachOther) {
+    ASSERT_EQ(picture().pixel(20, 480), ground);
+    const auto widthOf = [](const std::pair<int, int> &dot) { return dot.second - dot.first; };
+    for (std::size_t page = 0; page < 3; ++page) {
+        const auto all = dots();
+        ASSERT_EQ(all.size(), 3U);
+        for (std::size_t dot = 0; dot < 3; ++dot) {
+            EXPECT_NEAR(widthOf(all[dot]), dot == page ? 20 : 7, 1) << dot << " on " << page;
+            expectLike(colourOf(dot), dot == page ? accent : resting);
+        }
+        goOn();
+        pass(120);
+    }
+}
+
+TEST_F(MovingOnboardingView, theDotsAreSevenHigh) {
+    const QImage image = picture();
+    const auto [begin, end] = dots().front();
+    int high = 0;
+    for (int y = image.height() - 44; y < image.height() - 2; ++y)
+        high += image.pixel((begin + end) / 2, y) == ground ? 0 : 1;
+    EXPECT_NEAR(high, 7, 1);
+}
+
+TEST_F(MovingOnboardingView, theCapsuleChangesItsPlaceInASpring) {
+    goOn();
+    const look::Spring spring = look::Spring::responding(0.35, 0.7);
+    for (int frame = 4; frame <= 16; frame += 4) {
+        pass(4);
+        const auto all = dots();
+        ASSERT_EQ(all.size(), 3U);
+        const double part = spring.at(look::MotionClock::frame * frame);
+        EXPECT_NEAR(all[1].second - all[1].first, 7 + 13 * part, 1.6) << frame;
+        EXPECT_NEAR(all[0].second - all[0].first, 20 - 13 * part, 1.6) << frame;
+    }
+}
+
+TEST_F(MovingOnboardingView, goingForwardThePageLeavesToTheLeft) {
+    const QImage before = picture();
+    goOn();
+    pass(7); // a third of the way
+    const QImage after = picture();
+    const auto differenceAt = [&](int shift) {
+        qint64 sum = 0;
+        for (int y = 60; y < 400; y += 2)
+            for (int x = 150; x < 450; x += 2)
+                sum += std::abs(qRed(before.pixel(x - shift, y)) - qRed(after.pixel(x, y)));
+        return sum;
+    };
+    int best = 0;
+    for (int shift = -140; shift <= 140; ++shift)
+        if (differenceAt(shift) < differenceAt(best))
+            best = shift;
+    const double part = look::easeInOut.at(look::MotionClock::frame * 7 / Seconds(0.35));
+    EXPECT_NEAR(best, -0.35 * 598 * part, 2);
 }
 
 TEST_F(OnboardingViewTest, returnGoesOn) {

@@ -13,6 +13,7 @@ protected:
         made.content = QString::fromUtf8(text);
         return made;
     }
+    const QString notTyped = QStringLiteral("On the clipboard: paste it yourself|exclamationmark.triangle.fill");
     [[nodiscard]] bool hasPasted() const { return !poster.posted().empty(); }
     /// Pastes from the search panel and gives the moment of the keystroke, in whole milliseconds from the call.
     int pasteAndMeasure() {
@@ -104,6 +105,17 @@ TEST_F(PasteBackTest, aPasteThatIsNotTypedIsToldOnceWithItsReason) {
     ::testing::internal::CaptureStdout();
     EXPECT_EQ(pasteAndMeasure(), -1);
     EXPECT_EQ(::testing::internal::GetCapturedStdout(), "DEBUG: The paste was not typed: no hands\n");
+    EXPECT_EQ(copied, QStringList(QStringLiteral("text")));
+    EXPECT_EQ(toasts, QStringList(notTyped));
+}
+
+TEST_F(PasteBackTest, anEmojiThatIsNotTypedIsToldToo) {
+    controller.showOrDismissEmojiPanel();
+    poster.setFailure(QStringLiteral("no hands"));
+    controller.insertEmoji(QStringLiteral("x"));
+    time.advance(10s);
+    EXPECT_EQ(pasteboard.string(), QStringLiteral("x"));
+    EXPECT_EQ(toasts, QStringList(notTyped));
 }
 
 TEST_F(PasteBackTest, aKeyboardThatNeverGetsFreeIsToldWhenThePasteIsGivenUp) {
@@ -116,6 +128,11 @@ TEST_F(PasteBackTest, aKeyboardThatNeverGetsFreeIsToldWhenThePasteIsGivenUp) {
     ::testing::internal::CaptureStdout();
     time.advance(1ms);
     EXPECT_EQ(::testing::internal::GetCapturedStdout(), "DEBUG: The paste was not typed: the keyboard was not free\n");
+    EXPECT_EQ(toasts, QStringList(notTyped));
+    poster.holdBack(0);
+    time.advance(1min);
+    EXPECT_FALSE(hasPasted()) << "whoever writes on by then would be surprised";
+    EXPECT_EQ(toasts.size(), 1);
 }
 
 TEST_F(PasteBackTest, aPasteThatIsTypedSaysNothing) {
@@ -123,7 +140,9 @@ TEST_F(PasteBackTest, aPasteThatIsTypedSaysNothing) {
     poster.holdBack(3);
     ::testing::internal::CaptureStdout();
     EXPECT_EQ(pasteAndMeasure(), 140);
+    time.advance(10s);
     EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+    EXPECT_TRUE(toasts.isEmpty());
 }
 
 TEST_F(PasteBackTest, theTargetIsKnownByItsProcessWhateverItsWindow) {

@@ -17,7 +17,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-QString str(const char *text) {
+QString string(const char *text) {
     return QString::fromUtf8(text);
 }
 
@@ -110,7 +110,7 @@ TEST_F(PermissionCheckerTest, stopsWithItsOwner) {
 class WindowManagerTest : public testing::Test {
 protected:
     WindowManagerTest() {
-        alerts.setWhileShown([this] { order.append(str("alert")); });
+        alerts.setWhileShown([this] { order.append(string("alert")); });
     }
     /// What `work` printed.
     template <class Work>
@@ -125,15 +125,15 @@ protected:
     FakeAlerts alerts;
     FakeUrlOpener urlOpener;
     QStringList order;
-    WindowManager manager{{access, alerts, urlOpener, time, [this] { order.append(str("clear")); },
-                           [this] { order.append(str("activate")); }}};
+    WindowManager manager{{access, alerts, urlOpener, time, [this] { order.append(string("clear")); },
+                           [this] { order.append(string("activate")); }}};
 };
 
 TEST_F(WindowManagerTest, aTrustedProgramIsTrustedWithoutAPrompt) {
     access.setAccessibilityTrusted(true);
     for (const Prompt prompt : {Prompt::never, Prompt::allowed}) {
         EXPECT_EQ(printed([&] { EXPECT_TRUE(manager.isAccessibilityTrusted(prompt)); }),
-                  str("DEBUG: Accessibility already trusted\n"));
+                  string("DEBUG: Accessibility already trusted\n"));
     }
     EXPECT_EQ(access.accessibilityPrompts(), 0);
 }
@@ -146,7 +146,7 @@ TEST_F(WindowManagerTest, withoutAllowanceThereIsNoPromptAndNoLine) {
 TEST_F(WindowManagerTest, anUntrustedProgramPromptsEachTime) {
     for (int prompts = 1; prompts <= 2; ++prompts) {
         EXPECT_EQ(printed([&] { EXPECT_FALSE(manager.isAccessibilityTrusted(Prompt::allowed)); }),
-                  str("DEBUG: Accessibility prompt shown, trusted: false\n"));
+                  string("DEBUG: Accessibility prompt shown, trusted: false\n"));
         EXPECT_EQ(access.accessibilityPrompts(), prompts);
     }
 }
@@ -154,7 +154,7 @@ TEST_F(WindowManagerTest, anUntrustedProgramPromptsEachTime) {
 TEST_F(WindowManagerTest, aPromptThatIsGrantedAtOnceIsTrust) {
     access.grantNextAccessibilityRequest();
     EXPECT_EQ(printed([&] { EXPECT_TRUE(manager.isAccessibilityTrusted(Prompt::allowed)); }),
-              str("DEBUG: Accessibility prompt shown, trusted: true\n"));
+              string("DEBUG: Accessibility prompt shown, trusted: true\n"));
 }
 
 TEST_F(WindowManagerTest, aGrantedScreenMayBeCapturedAtOnce) {
@@ -181,27 +181,28 @@ TEST_F(WindowManagerTest, aRefusedRequestProbesAndThenShowsTheAlert) {
     EXPECT_EQ(access.probes(), 1);
     EXPECT_THAT(alerts.shown(), IsEmpty()) << "not within the call";
     time.runPending();
-    EXPECT_EQ(alerts.shown(),
-              (QList<Alert>{{str("Screen Recording Permission Required"),
-                             str("To capture screenshots, this app needs Screen Recording access. Please grant access "
-                                 "in System Settings > Privacy & Security > Screen Recording."),
-                             {str("Open Settings"), str("Cancel")}}}));
+    EXPECT_EQ(
+        alerts.shown(),
+        (QList<Alert>{{string("Screen Recording Permission Required"),
+                       string("To capture screenshots, this app needs Screen Recording access. Please grant access "
+                              "in System Settings > Privacy & Security > Screen Recording."),
+                       {string("Open Settings"), string("Cancel")}}}));
     EXPECT_THAT(urlOpener.opened(), IsEmpty());
 }
 
 TEST_F(WindowManagerTest, theFirstButtonOfTheScreenAlertOpensItsSettings) {
     alerts.answerNextWithFirstButton();
     manager.showScreenRecordingAlert();
-    EXPECT_EQ(urlOpener.opened(), QList{QUrl(str("x-apple.systempreferences:com.apple.preference.security?"
-                                                 "Privacy_ScreenCapture"))});
-    EXPECT_EQ(order, QStringList{str("alert")}) << "no window is cleared for it";
+    EXPECT_EQ(urlOpener.opened(), QList{QUrl(string("x-apple.systempreferences:com.apple.preference.security?"
+                                                    "Privacy_ScreenCapture"))});
+    EXPECT_EQ(order, QStringList{string("alert")}) << "no window is cleared for it";
 }
 
 TEST_F(WindowManagerTest, aFailedProbeSaysSo) {
-    access.setProbeError(str("declined"));
+    access.setProbeError(string("declined"));
     manager.probeScreenCapture();
     EXPECT_EQ(printed([&] { access.finishProbes(); }),
-              str("Debug: SCShareableContent check failed (Expected if permission denied): declined\n"));
+              string("Debug: SCShareableContent check failed (Expected if permission denied): declined\n"));
 }
 
 TEST_F(WindowManagerTest, aProbeThatSucceedsSaysNothing) {
@@ -233,22 +234,23 @@ TEST_F(WindowManagerTest, aDeniedMicrophoneShowsTheAlertAfterTheSelectionWindowI
         EXPECT_FALSE(manager.checkMicrophonePermission());
         EXPECT_THAT(order, IsEmpty()) << "not within the call";
         time.runPending();
-        EXPECT_EQ(order, (QStringList{str("clear"), str("activate"), str("alert")}));
+        EXPECT_EQ(order, (QStringList{string("clear"), string("activate"), string("alert")}));
     }
     EXPECT_EQ(access.microphonePrompts(), 0);
-    EXPECT_EQ(alerts.shown().first(),
-              (Alert{str("Microphone Permission Required"),
-                     str("Tavrine needs Microphone access to record audio during screen recording. Please grant access "
-                         "in System Settings > Privacy & Security > Microphone."),
-                     {str("Open System Settings"), str("Cancel")}}));
+    EXPECT_EQ(
+        alerts.shown().first(),
+        (Alert{string("Microphone Permission Required"),
+               string("Tavrine needs Microphone access to record audio during screen recording. Please grant access "
+                      "in System Settings > Privacy & Security > Microphone."),
+               {string("Open System Settings"), string("Cancel")}}));
     EXPECT_THAT(urlOpener.opened(), IsEmpty());
 }
 
 TEST_F(WindowManagerTest, theFirstButtonOfTheMicrophoneAlertOpensItsSettings) {
     alerts.answerNextWithFirstButton();
     manager.showMicrophoneAlert();
-    EXPECT_EQ(urlOpener.opened(), QList{QUrl(str("x-apple.systempreferences:com.apple.preference.security?"
-                                                 "Privacy_Microphone"))});
+    EXPECT_EQ(urlOpener.opened(), QList{QUrl(string("x-apple.systempreferences:com.apple.preference.security?"
+                                                    "Privacy_Microphone"))});
 }
 
 TEST(MicrophoneAuthorizationNumbers, areThoseOfThePlatform) {

@@ -188,12 +188,15 @@ TEST_F(ShortcutEditorTest, goingBackToTheHotKeyChecksItsKey) {
     EXPECT_TRUE(editor->conflict());
 }
 
-TEST_F(ShortcutEditorTest, theBannerSaysThatASystemsKeyCannotBeSaved) {
-    const auto editor = edit(Trigger::clipboard);
-    editor->setDraftKey(QStringLiteral("5"));
-    EXPECT_EQ(editor->banner(),
-              (ShortcutEditor::Banner{QStringLiteral("macOS's Screenshot app shortcut (⌘⇧5) — can't be saved"), true}));
-    EXPECT_FALSE(editor->showsSaveControl());
+TEST_F(ShortcutEditorTest, theBannerSaysInEveryEditorThatASystemsKeyCannotBeSaved) {
+    for (const Trigger trigger : allTriggers) {
+        const auto editor = edit(trigger);
+        editor->setDraftKey(QStringLiteral("5"));
+        EXPECT_EQ(
+            editor->banner(),
+            (ShortcutEditor::Banner{QStringLiteral("macOS's Screenshot app shortcut (⌘⇧5) — can't be saved"), true}));
+        EXPECT_FALSE(editor->showsSaveControl());
+    }
 }
 
 TEST_F(ShortcutEditorTest, theBannerNamesTheToolThatHasTheKey) {

@@ -184,10 +184,13 @@ TEST_F(ToolsTest, escapeInAViewClosesItsPanel) {
     EXPECT_EQ(visiblePanel(), QString());
 }
 
-TEST_F(ToolsTest, theClassicPanelsButtonTakesEveryWindowOffTheScreen) {
+TEST_F(ToolsTest, theClassicPanelsButtonTakesEveryPanelAndLargeWindowOffTheScreen) {
     delegate->shell().experienceSettings().setSelectedExperience(ClipboardExperience::classic);
     time.advance(0ms);
     QWidget *settings = showWindow(LargeWindows::Kind::settings);
+    ClipboardItem captured;
+    captured.imageFileName = manager().saveImage(picture());
+    delegate->tools().snipping().showPreviewCard(captured);
     press(keyE);
     press(keyV); // the classic panel leaves the others where they are
     for (auto *button : view<ContentView>()->findChildren<QAbstractButton *>())
@@ -196,6 +199,7 @@ TEST_F(ToolsTest, theClassicPanelsButtonTakesEveryWindowOffTheScreen) {
     EXPECT_EQ(visiblePanel(), QString());
     EXPECT_FALSE(settings->isVisible());
     EXPECT_EQ(window(LargeWindows::Kind::settings), settings); // it is not closed
+    EXPECT_TRUE(delegate->tools().snipping().flowIfMade()->isPreviewShown()) << "nothing would bring a card back";
 }
 
 TEST_F(ToolsTest, aPasteWithoutAccessibilityAsksAndShowsAToast) {

@@ -40,11 +40,12 @@ struct ProgramOutput {
     return streams;
 }
 
-/// The moments of a stream's packets, in seconds, and how long they last.
+/// The moments of a stream's packets, in seconds, how long they last, and their bytes.
 struct PacketTime {
     double start = 0;
     double duration = 0;
     bool isKey = false;
+    qint64 bytes = 0;
 };
 [[nodiscard]] inline std::vector<PacketTime> packetsOf(const QString &path, const char *stream = "v") {
     const auto probe = runProgram(QStringLiteral("ffprobe"),
@@ -56,9 +57,18 @@ struct PacketTime {
         const QJsonObject packet = value.toObject();
         packets.push_back({packet[QLatin1String("pts_time")].toString().toDouble(),
                            packet[QLatin1String("duration_time")].toString().toDouble(),
-                           packet[QLatin1String("flags")].toString().startsWith(QLatin1Char('K'))});
+                           packet[QLatin1String("flags")].toString().startsWith(QLatin1Char('K')),
+                           packet[QLatin1String("size")].toString().toLongLong()});
     }
     return packets;
+}
+
+/// Bits a second of its packets over so many seconds.
+[[nodiscard]] inline double bitRateOf(const std::vector<PacketTime> &packets, double seconds) {
+    double bytes = 0;
+    for (const PacketTime &packet : packets)
+        bytes += double(packet.bytes);
+    return bytes * 8 / seconds;
 }
 
 /// Every picture and every sound of it can be decoded, without a complaint.
@@ -80,12 +90,12 @@ struct PacketTime {
         .output;
 }
 
-/// Its sound, as it would be heard: the left one of its samples.
-[[nodiscard]] inline std::vector<float> soundOf(const QString &path) {
+/// Its sound, as it would be heard: of the left one of its channels, 0, or of the right one, 1.
+[[nodiscard]] inline std::vector<float> soundOf(const QString &path, int channel = 0) {
     const QByteArray bytes =
         runProgram(QStringLiteral("ffmpeg"),
                    {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), path, QStringLiteral("-map"),
-                    QStringLiteral("0:a"), QStringLiteral("-af"), QStringLiteral("pan=mono|c0=c0"),
+                    QStringLiteral("0:a"), QStringLiteral("-af"), QStringLiteral("pan=mono|c0=c%1").arg(channel),
                     QStringLiteral("-f"), QStringLiteral("f32le"), QStringLiteral("-")})
             .output;
     std::vector<float> samples(static_cast<std::size_t>(bytes.size()) / sizeof(float));

@@ -3,6 +3,7 @@
 #include <QPaintDevice>
 #include <QPaintEngine>
 #include <QPainter>
+#include <QPixmap>
 #include <QStringList>
 
 #include <vector>
@@ -16,16 +17,17 @@ struct PaintedWord {
     QFont font;
     QColor colour;       ///< with the painter's opacity
     bool isWhole = true; ///< whether nothing of it is cut off by what lies around it
+    double pixels = 0;   ///< the size of its letters on the device
 };
 
-/// Paints nothing, and writes down the words.
+/// Paints nothing, and writes down the words and the pictures.
 class WordsEngine final : public QPaintEngine {
 public:
     WordsEngine() : QPaintEngine(AllFeatures) {}
     bool begin(QPaintDevice *) override { return true; }
     bool end() override { return true; }
     void updateState(const QPaintEngineState &) override {}
-    void drawPixmap(const QRectF &, const QPixmap &, const QRectF &) override {}
+    void drawPixmap(const QRectF &, const QPixmap &pixmap, const QRectF &) override { pixmaps.append(pixmap); }
     void drawPolygon(const QPointF *, int, PolygonDrawMode) override {}
     void drawPath(const QPainterPath &) override {}
     void drawImage(const QRectF &, const QImage &, const QRectF &, Qt::ImageConversionFlags) override {}
@@ -41,12 +43,14 @@ public:
             shown &= toDevice.mapRect(painter()->clipBoundingRect());
         QColor colour = painter()->pen().color();
         colour.setAlphaF(float(colour.alphaF() * painter()->opacity()));
-        painted.push_back({item.text(), shown, item.font(), colour, shown.width() > whole.width() - 1.5});
+        painted.push_back({item.text(), shown, item.font(), colour, shown.width() > whole.width() - 1.5,
+                           item.font().pixelSize() * toDevice.m22()});
     }
     [[nodiscard]] Type type() const override { return User; }
 
     QStringList words;
     std::vector<PaintedWord> painted;
+    QList<QPixmap> pixmaps;
 };
 
 /// Where a widget is rendered to learn what it says, as it is cut.
@@ -56,6 +60,7 @@ public:
     [[nodiscard]] QPaintEngine *paintEngine() const override { return &m_engine; }
     [[nodiscard]] const QStringList &words() const { return m_engine.words; }
     [[nodiscard]] const std::vector<PaintedWord> &painted() const { return m_engine.painted; }
+    [[nodiscard]] const QList<QPixmap> &pixmaps() const { return m_engine.pixmaps; }
 
 protected:
     [[nodiscard]] int metric(PaintDeviceMetric metric) const override {

@@ -5,6 +5,8 @@
 #include <QDBusPendingReply>
 #include <QPoint>
 
+#include <utility>
+
 namespace tavrine::test {
 namespace {
 
@@ -51,6 +53,18 @@ void StatusNotifierTray::setHasHost(bool hasHost) {
         Q_EMIT StatusNotifierHostRegistered();
     else
         Q_EMIT StatusNotifierHostUnregistered();
+}
+
+void StatusNotifierTray::comeAndGo() {
+    m_goesNext = true;
+    setHasHost(true);
+}
+
+bool StatusNotifierTray::tellHost() {
+    const bool hasHost = m_hasHost;
+    if (std::exchange(m_goesNext, false))
+        setHasHost(false); // which is told before the answer
+    return hasHost;
 }
 
 void StatusNotifierTray::RegisterStatusNotifierItem(const QString &service) {

@@ -13,7 +13,7 @@ namespace tavrine::test {
 class StatusNotifierTray : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
-    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ hasHost)
+    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ tellHost)
     Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ items)
     Q_PROPERTY(int ProtocolVersion READ protocolVersion)
 
@@ -24,8 +24,11 @@ public:
     void start(bool withHost = true);
     void end();
     void setHasHost(bool hasHost);
+    /// A host that goes as soon as somebody has heard of it.
+    void comeAndGo();
 
     [[nodiscard]] bool hasHost() const { return m_hasHost; }
+    [[nodiscard]] bool tellHost();
     [[nodiscard]] QStringList items() const { return m_items; }
     [[nodiscard]] int protocolVersion() const { return 0; }
 
@@ -64,6 +67,7 @@ private:
     QStringList m_signals;
     QVariantMap m_properties;
     bool m_hasHost = false;
+    bool m_goesNext = false;
 };
 
 } // namespace tavrine::test

@@ -69,9 +69,16 @@ void TestKeyboard::release(int button) {
 }
 
 bool TestKeyboard::grabKeyboard() {
+    return grabKeyboard(XCB_GRAB_MODE_ASYNC);
+}
+
+bool TestKeyboard::freezeKeyboard() {
+    return grabKeyboard(XCB_GRAB_MODE_SYNC);
+}
+
+bool TestKeyboard::grabKeyboard(unsigned char keys) {
     const auto answer = owned(xcb_grab_keyboard_reply(
-        m_connection,
-        xcb_grab_keyboard(m_connection, 0, m_root, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+        m_connection, xcb_grab_keyboard(m_connection, 0, m_root, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, keys),
         nullptr));
     return answer && answer->status == XCB_GRAB_STATUS_SUCCESS;
 }

@@ -49,6 +49,8 @@ public:
 
     /// As another program: all keys, the pointer, or one combination. False when refused.
     [[nodiscard]] bool grabKeyboard();
+    /// The same, and the server keeps every key for later.
+    [[nodiscard]] bool freezeKeyboard();
     void ungrabKeyboard();
     [[nodiscard]] bool grabPointer();
     void ungrabPointer();
@@ -65,6 +67,7 @@ public:
     [[nodiscard]] unsigned int windowAt(int x, int y);
 
 private:
+    [[nodiscard]] bool grabKeyboard(unsigned char keys);
     void send(int type, int detail, int x = 0, int y = 0);
 
     xcb_connection_t *m_connection;

@@ -6,7 +6,7 @@
 #include "look/Theme.h"
 #include "look/Toggle.h"
 #include "look/WrappedText.h"
-#include "support/PaintedWords.h"
+#include "support/PaintedSymbols.h"
 #include "upload/ScriptEditorView.h"
 #include "upload/ScriptHighlighter.h"
 #include "upload/TestLogView.h"
@@ -64,6 +64,36 @@ protected:
         editor->setTextCursor(cursor);
     }
 };
+
+TEST_F(SettingsView, thePageSaysWhatTheScriptIsForWhatToBewareOfAndWhatEachButtonDoes) {
+    open();
+    const auto painted = [this] {
+        view->resize(700, 1200); // all of the page
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+        WordsDevice device(view->size());
+        view->render(&device, {}, {}, QWidget::DrawChildren);
+        return std::pair(device.words().join(u' ').simplified(), symbolsOn(device));
+    };
+    const auto [words, symbols] = painted();
+    for (const char *text :
+         {"Custom Upload Script", "Adds an Upload button to screenshots once a script is saved below",
+          "Upload screenshots anywhere with your own JavaScript function — S3, R2, Imgur, your own server, or anything "
+          "else.",
+          "Only use scripts you wrote or trust — this script can send your screenshots anywhere the code specifies.",
+          "Read the Custom Upload Script docs", "function uploadImage(imageBase64, fileName) { … }",
+          "Use ImgBB Template", "Test Script"})
+        EXPECT_TRUE(words.contains(QString::fromUtf8(text))) << text << " in " << words.toStdString();
+    for (const char *symbol : {"exclamationmark.triangle.fill", "arrow.up.right", "wand.and.stars", "play.fill"})
+        EXPECT_TRUE(symbols.contains(QString::fromUtf8(symbol))) << symbol;
+    EXPECT_FALSE(symbols.contains(QStringLiteral("lock.fill")));
+    EXPECT_EQ(
+        button("Use ImgBB Template")->toolTip(),
+        QStringLiteral("Replaces the script below with a ready-to-use ImgBB uploader — just paste in your API key"));
+    button("Read the Custom Upload Script docs")->click();
+    EXPECT_EQ(urls.opened().size(), 1);
+    manager->setEnabled(false);
+    EXPECT_TRUE(painted().second.contains(QStringLiteral("lock.fill")));
+}
 
 TEST_F(SettingsView, whileItIsOffTheEditorIsReplaced) {
     open();

@@ -12,7 +12,7 @@ namespace {
 using namespace std::chrono_literals;
 using State = UploadButtonState;
 
-const QString script = QStringLiteral("function uploadImage() {}");
+const QString buttonScript = QStringLiteral("function uploadImage() {}");
 const QString url = QStringLiteral("https://example.org/a b.png?x=ü");
 const QString warning = QStringLiteral("exclamationmark.triangle.fill");
 
@@ -92,7 +92,7 @@ TEST_F(Upload, theScriptThePictureAndTheNameGoToTheEngine) {
     makeEditor();
     upload();
     ASSERT_EQ(runs.size(), 1U);
-    EXPECT_EQ(runs[0].script, script);
+    EXPECT_EQ(runs[0].script, buttonScript);
     EXPECT_EQ(QByteArray::fromBase64(runs[0].imageBase64.toLatin1()), *png);
     EXPECT_EQ(runs[0].fileName, QStringLiteral("screenshot-20260131-120000.png"));
     EXPECT_EQ(runs[0].timeout, Seconds(30.0));
@@ -131,7 +131,7 @@ TEST_F(Upload, aPictureIsUploadedThoughItsCardIsClosedBeforeItIsReady) {
     events.clear();
     prepare();
     ASSERT_EQ(runs.size(), 1U);
-    EXPECT_EQ(runs[0].script, script);
+    EXPECT_EQ(runs[0].script, buttonScript);
     EXPECT_EQ(events, QStringList{QStringLiteral("run")}); // no countdown of another card is stopped
     succeed();
     EXPECT_EQ(pasteboard.string(), url);
@@ -271,7 +271,7 @@ TEST_F(Upload, theScriptIsTheOneOfThePress) {
     makeEditor().press();
     played.script = QStringLiteral("another");
     prepare();
-    EXPECT_EQ(runs.at(0).script, script);
+    EXPECT_EQ(runs.at(0).script, buttonScript);
 }
 
 TEST_F(Upload, aClosedViewStillGetsItsLinkOntoThePasteboard) {

@@ -18,7 +18,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 const QString key = QStringLiteral("cloudUploadEnabled");
-const QString script = QStringLiteral("function uploadImage() {}");
+const QString scriptOfUploads = QStringLiteral("function uploadImage() {}");
 const QString link = QStringLiteral("https://i.example/1");
 constexpr auto succeeds = R"(cat > "$(dirname $0)/input"; echo '{"url":"https://i.example/1","logs":[]}')";
 constexpr auto hangs = R"(echo $$ > "$(dirname $0)/pid"; exec sleep 600)";
@@ -42,7 +42,7 @@ protected:
                          [this] { news.append(uploads->isButtonShown()); });
     }
     void makeEnabled(const char *workerLines = succeeds) {
-        keychain.store(item, script.toUtf8());
+        keychain.store(item, scriptOfUploads.toUtf8());
         defaults.set(key, true);
         make(workerLines);
         EXPECT_TRUE(happens([&] { return uploads->isButtonShown(); }));
@@ -64,7 +64,7 @@ protected:
 };
 
 TEST_F(UploadsTest, whileTheSwitchIsOffNobodyAsksTheKeyRing) {
-    keychain.store(item, script.toUtf8());
+    keychain.store(item, scriptOfUploads.toUtf8());
     make();
     const auto button = makeButton();
     EXPECT_FALSE(uploads->isButtonShown());
@@ -76,7 +76,7 @@ TEST_F(UploadsTest, whileTheSwitchIsOffNobodyAsksTheKeyRing) {
 }
 
 TEST_F(UploadsTest, theFirstQuestionHasTheScriptReadAndTheButtonComesWithIt) {
-    keychain.store(item, script.toUtf8());
+    keychain.store(item, scriptOfUploads.toUtf8());
     defaults.set(key, true);
     make();
     time.runPending();
@@ -88,7 +88,7 @@ TEST_F(UploadsTest, theFirstQuestionHasTheScriptReadAndTheButtonComesWithIt) {
 }
 
 TEST_F(UploadsTest, aButtonThatWasMadeBeforeTheSwitchWasTurnedOnFollowsIt) {
-    keychain.store(item, script.toUtf8());
+    keychain.store(item, scriptOfUploads.toUtf8());
     make();
     const auto button = makeButton();
     int changes = 0;
@@ -102,7 +102,7 @@ TEST_F(UploadsTest, aButtonThatWasMadeBeforeTheSwitchWasTurnedOnFollowsIt) {
 }
 
 TEST_F(UploadsTest, aSwitchThatIsTurnedFromOutsideIsFollowedBothWays) {
-    keychain.store(item, script.toUtf8());
+    keychain.store(item, scriptOfUploads.toUtf8());
     make();
     defaults.set(key, true);
     ASSERT_TRUE(happens([&] { return uploads->isButtonShown(); }));
@@ -110,15 +110,15 @@ TEST_F(UploadsTest, aSwitchThatIsTurnedFromOutsideIsFollowedBothWays) {
     EXPECT_FALSE(uploads->isButtonShown());
     EXPECT_FALSE(uploads->manager().isEnabled());
     EXPECT_THAT(news, ElementsAre(true, false));
-    EXPECT_EQ(uploads->manager().savedScript(), script);
+    EXPECT_EQ(uploads->manager().savedScript(), scriptOfUploads);
 }
 
 TEST_F(UploadsTest, aSavedScriptBringsTheButtonAndARemovedOneTakesIt) {
     defaults.set(key, true);
     make();
     EXPECT_FALSE(uploads->isButtonShown());
-    uploads->manager().setScript(script);
-    uploads->manager().setScript(script + script); // no news: it is there
+    uploads->manager().setScript(scriptOfUploads);
+    uploads->manager().setScript(scriptOfUploads + scriptOfUploads); // no news: it is there
     uploads->manager().setScript(QStringLiteral(" \n"));
     EXPECT_THAT(news, ElementsAre(true, false));
 }
@@ -170,7 +170,7 @@ TEST_F(UploadsTest, theEndDoesNotWaitForARunAndWhatOutlivesItDoesNothing) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
     EXPECT_FALSE(button->isShown());
     button->press();
-    runner(script, QString(), QString(), Seconds(30), [](const auto &) { ADD_FAILURE(); });
+    runner(scriptOfUploads, QString(), QString(), Seconds(30), [](const auto &) { ADD_FAILURE(); });
     time.advance(1min);
 }
 

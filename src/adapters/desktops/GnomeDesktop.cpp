@@ -15,6 +15,7 @@
 #include "adapters/linux/ChosenScreenStreams.h"
 #include "adapters/linux/NoScreenStreams.h"
 #include "adapters/linux/PluginLoader.h"
+#include "adapters/x11/X11Dragging.h"
 #include "ports/EventTap.h"
 #include "ports/Pasteboard.h"
 
@@ -101,6 +102,11 @@ EventPoster &GnomeDesktop::eventPoster() {
 
 EventTaps &GnomeDesktop::eventTaps() {
     return m_eventTaps.get([] { return std::make_unique<NoEventTaps>(); });
+}
+
+Dragging &GnomeDesktop::dragging() {
+    return m_dragging.get(
+        [] { return std::make_unique<X11Dragging>(SelectionLimits{}, X11Dragging::Pointer::unknown); });
 }
 
 Access &GnomeDesktop::access() {

@@ -23,6 +23,7 @@ public:
     [[nodiscard]] EventMonitors &eventMonitors() override;
     [[nodiscard]] EventPoster &eventPoster() override;
     [[nodiscard]] EventTaps &eventTaps() override;
+    [[nodiscard]] Dragging &dragging() override;
     [[nodiscard]] Access &access() override;
     [[nodiscard]] TaskLauncher &taskLauncher() override;
 
@@ -48,6 +49,7 @@ private:
     MadeOnce<EventMonitors> m_eventMonitors;
     MadeOnce<EventPoster> m_eventPoster;
     MadeOnce<EventTaps> m_eventTaps;
+    MadeOnce<Dragging> m_dragging;
     MadeOnce<Access> m_access;
     MadeOnce<TaskLauncher> m_taskLauncher;
 };

@@ -95,7 +95,9 @@ ApplicationCatalog &LinuxDesktop::applicationCatalog() {
 
 LoginItem &LinuxDesktop::loginItem() {
     return m_loginItem.get([] {
-        return std::make_unique<XdgAutostart>(XdgAutostart::userFolder(), QCoreApplication::applicationFilePath());
+        auto item = std::make_unique<XdgAutostart>(XdgAutostart::userFolder(), QCoreApplication::applicationFilePath());
+        item->followProgram();
+        return item;
     });
 }
 
@@ -125,7 +127,7 @@ Calendar &LinuxDesktop::calendar() {
 
 PowerAssertions &LinuxDesktop::powerAssertions() {
     return m_powerAssertions.get(
-        [this] { return std::make_unique<LinuxPowerAssertions>(powerKeepers(), makePowerManagementKeeper()); });
+        [this] { return std::make_unique<LinuxPowerAssertions>(powerKeepers(), makeLastResorts()); });
 }
 
 std::vector<std::unique_ptr<PowerKeeper>> LinuxDesktop::powerKeepers() {

@@ -12,6 +12,7 @@
 #include "adapters/wayland/AbsentPorts.h"
 #include "adapters/wayland/CompositorLoss.h"
 #include "adapters/wayland/HiddenWindows.h"
+#include "adapters/wayland/KeyboardsOnScreen.h"
 #include "adapters/wayland/LayerEdgeWindow.h"
 #include "adapters/wayland/LayerPanelWindow.h"
 #include "adapters/wayland/LayerParts.h"
@@ -24,6 +25,7 @@
 #include "adapters/wayland/WaylandDragging.h"
 #include "adapters/wayland/WaylandEventMonitors.h"
 #include "adapters/wayland/WaylandEventPoster.h"
+#include "adapters/wayland/WaylandEventTap.h"
 #include "adapters/wayland/WaylandIdleKeeper.h"
 #include "adapters/wayland/WaylandLink.h"
 #include "adapters/wayland/WaylandPasteboard.h"
@@ -126,7 +128,15 @@ SessionNotices &WaylandDesktop::sessionNotices() {
 }
 
 Workspace &WaylandDesktop::workspace() {
-    return m_workspace.get([this] { return std::make_unique<WaylandWorkspace>(windows()); });
+    return m_workspace.get([this] {
+        const auto stack = [this] {
+            const LayerParts *parts = m_layerParts.ifMade();
+            return parts ? &parts->stack : nullptr;
+        };
+        return std::make_unique<WaylandWorkspace>(
+            windows(), [stack] { return stack() && stack()->asksForKeyboard(); },
+            [stack] { return stack() && stack()->isHeld(); });
+    });
 }
 
 ApplicationActivator &WaylandDesktop::applicationActivator() {
@@ -143,6 +153,13 @@ PanelWindows &WaylandDesktop::panelWindows() {
 
 LayerParts &WaylandDesktop::layerParts() {
     return m_layerParts.get([] { return std::make_unique<LayerParts>(); });
+}
+
+/// Once presses beside them are heard.
+LayerParts &WaylandDesktop::watchedParts() {
+    LayerParts &parts = layerParts();
+    (void)m_keyboardsOnScreen.get([&] { return std::make_unique<KeyboardsOnScreen>(parts.shell, screens()); });
+    return parts;
 }
 
 EdgeWindows &WaylandDesktop::edgeWindows() {
@@ -184,7 +201,8 @@ HotKeys &WaylandDesktop::hotKeys() {
 }
 
 EventMonitors &WaylandDesktop::eventMonitors() {
-    return m_eventMonitors.get([] { return std::make_unique<WaylandEventMonitors>(); });
+    return m_eventMonitors.get(
+        [this] { return std::make_unique<WaylandEventMonitors>([this]() -> LayerParts & { return watchedParts(); }); });
 }
 
 EventPoster &WaylandDesktop::eventPoster() {
@@ -196,7 +214,7 @@ EventPoster &WaylandDesktop::eventPoster() {
 }
 
 EventTaps &WaylandDesktop::eventTaps() {
-    return m_eventTaps.get([] { return std::make_unique<absent::NoEventTaps>(); });
+    return m_eventTaps.get([this] { return std::make_unique<WaylandEventTaps>(reader(), layerParts().stack); });
 }
 
 DragPasteboards &WaylandDesktop::dragPasteboards() {

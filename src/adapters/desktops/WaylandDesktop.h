@@ -7,6 +7,7 @@ namespace tavrine {
 class WaylandConnection;
 class WaylandReader;
 class WaylandWindows;
+class KeyboardsOnScreen;
 struct LayerParts;
 class StiffWindows;
 class ToolkitScale;
@@ -51,6 +52,7 @@ protected:
 private:
     void scaleChanged();
     [[nodiscard]] LayerParts &layerParts();
+    [[nodiscard]] LayerParts &watchedParts();
 
     [[nodiscard]] const std::shared_ptr<WaylandReader> &reader();
     [[nodiscard]] const std::shared_ptr<WaylandWindows> &windows();
@@ -77,6 +79,7 @@ private:
     MadeOnce<EventPoster> m_eventPoster;
     MadeOnce<EventTaps> m_eventTaps;
     MadeOnce<WaylandScreens> m_screens;
+    MadeOnce<KeyboardsOnScreen> m_keyboardsOnScreen; ///< goes before the screens
     MadeOnce<ColorSamplers> m_colorSamplers;
     MadeOnce<PluginLoader<ScreenStreams>> m_screenStreams;
     MadeOnce<ScreenStreams> m_noScreenStreams;

@@ -2,6 +2,9 @@
 
 #include "ports/Access.h"
 
+#include <QObject>
+#include <QPointer>
+
 #include <utility>
 #include <vector>
 
@@ -14,6 +17,15 @@ public:
     void setAccessibilityTrusted(bool isTrusted) { m_isAccessibilityTrusted = isTrusted; }
     void setScreenCaptureGranted(bool isGranted) { m_isScreenCaptureGranted = isGranted; }
     void setMicrophone(MicrophoneAuthorization state) { m_microphone = state; }
+
+    /// The desktop has yet to say what it grants, until `tellGrants`.
+    void keepGrantsBack() { m_isKnown = false; }
+    void tellGrants() {
+        m_isKnown = true;
+        for (const auto &[context, known] : std::exchange(m_waiting, {}))
+            if (context)
+                known();
+    }
 
     /// The next request for that thing is granted at once, as by a desktop that asks nobody.
     void grantNextAccessibilityRequest() { m_grantsNextAccessibility = true; }
@@ -45,6 +57,12 @@ public:
     [[nodiscard]] int microphonePrompts() const { return m_microphonePrompts; }
     [[nodiscard]] int probes() const { return m_probeCount; }
 
+    void whenKnown(QObject *context, const std::function<void()> &known) override {
+        if (m_isKnown)
+            known();
+        else
+            m_waiting.emplace_back(context, known);
+    }
     [[nodiscard]] bool isAccessibilityTrusted() const override { return m_isAccessibilityTrusted; }
     bool requestAccessibility() override {
         m_isAccessibilityTrusted |= std::exchange(m_grantsNextAccessibility, false);
@@ -72,6 +90,8 @@ public:
     }
 
 private:
+    bool m_isKnown = true;
+    std::vector<std::pair<QPointer<QObject>, std::function<void()>>> m_waiting;
     bool m_isAccessibilityTrusted = false;
     bool m_isScreenCaptureGranted = false;
     MicrophoneAuthorization m_microphone = MicrophoneAuthorization::notDetermined;

@@ -15,6 +15,14 @@ public:
         const auto found = m_installed.constFind(path);
         return found == m_installed.cend() ? std::nullopt : std::optional(*found);
     }
+    /// What the program's file of this name calls it besides.
+    void call(const QString &name, const QStringList &otherNames) { m_otherNames[name] = otherNames; }
+    [[nodiscard]] int otherNamesReads() const { return m_otherNamesReads; }
+
+    [[nodiscard]] QStringList otherNamesOf(const QString &name) override {
+        ++m_otherNamesReads;
+        return m_otherNames.value(name);
+    }
     [[nodiscard]] QImage icon(const QString &bundleIdentifier, int side) override {
         for (const InstalledApplication &each : m_installed) {
             if (each.bundleIdentifier == bundleIdentifier) {
@@ -30,6 +38,8 @@ public:
 
 private:
     QHash<QString, InstalledApplication> m_installed;
+    QHash<QString, QStringList> m_otherNames;
+    int m_otherNamesReads = 0;
 };
 
 } // namespace tavrine

@@ -37,9 +37,11 @@ public:
     void copyVideoTrack(const QString &source, const QString &target, CopyAnswer answer) override {
         m_copies.append({source, target});
         m_answers.append([this, source, target, answer = std::move(answer)] {
-            answer(m_copiesSucceed && QFile::copy(source, target));
+            answer(m_copiesSucceed && QFile::copy(source, target) && markSilent(target));
         });
     }
+
+    static constexpr auto silence = "(silent)"; ///< the last of a copy without sound
 
     /// The frame, or none as without a decoder.
     void setFrame(std::optional<QImage> frame) { m_frame = std::move(frame); }
@@ -62,6 +64,11 @@ public:
     [[nodiscard]] const QList<Copy> &copies() const { return m_copies; }
 
 private:
+    [[nodiscard]] static bool markSilent(const QString &path) {
+        QFile copy(path);
+        return copy.open(QIODevice::Append) && copy.write(silence) > 0;
+    }
+
     std::optional<QImage> m_frame;
     std::optional<MovieFacts> m_facts;
     bool m_copiesSucceed = true;

@@ -48,9 +48,10 @@ public:
     [[nodiscard]] const std::map<quint32, Assertion> &held() const { return m_assertions; }
     [[nodiscard]] int createdCount() const { return static_cast<int>(m_created); }
 
-    // What the machine does by itself.
+    // What the machine does.
     [[nodiscard]] bool screenStaysOn() const { return holds(PowerAssertionType::noDisplaySleep); }
     [[nodiscard]] bool staysUp() const { return !m_assertions.empty(); }
+    [[nodiscard]] bool suspendsWhenAsked() const { return !holds(PowerAssertionType::preventSystemSleep); }
     [[nodiscard]] bool staysUpWithLidClosed() const {
         return std::ranges::any_of(m_assertions, [](const auto &each) { return each.second.appliesOnLidClose; });
     }

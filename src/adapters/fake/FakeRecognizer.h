@@ -1,10 +1,10 @@
 #pragma once
 
+#include "adapters/fake/FakeHold.h"
 #include "ports/Recognizer.h"
 
 #include <QList>
 
-#include <condition_variable>
 #include <mutex>
 #include <utility>
 
@@ -15,45 +15,50 @@ class FakeRecognizer final : public Recognizer {
 public:
     using Recognizer::recognize;
     [[nodiscard]] Result recognize(const QImage &image, std::stop_token stop) override {
-        std::unique_lock lock(m_mutex);
-        m_images.append(image);
-        m_changed.wait(lock, stop, [this] { return !m_isHeld || m_isCancelled; });
-        if (m_isCancelled || stop.stop_requested())
+        {
+            const std::lock_guard lock(m_mutex);
+            m_images.append(image);
+        }
+        if (!m_hold.pass(std::move(stop)))
             return Failure{QStringLiteral("cancelled")};
         if (image.isNull())
             return Failure{QStringLiteral("no pixels")};
+        const std::lock_guard lock(m_mutex);
         if (const auto failure = std::exchange(m_nextFailure, QString()); !failure.isEmpty())
             return Failure{failure};
         return image.width() > 4 && image.height() > 4 ? m_lines : QStringList();
     }
 
-    void cancel() override {
-        const std::lock_guard lock(m_mutex);
-        m_isCancelled = true;
-        m_changed.notify_all();
-    }
+    void cancel() override { m_hold.cancel(); }
 
     /// From now on a picture takes without end, until it is let go again.
-    void hold(bool isHeld = true) {
-        const std::lock_guard lock(m_mutex);
-        m_isHeld = isHeld;
-        m_changed.notify_all();
-    }
+    void hold(bool isHeld = true) { m_hold.hold(isHeld); }
+    /// The next picture alone.
+    void holdNext() { m_hold.holdNext(); }
+    /// How many pictures take without end at present.
+    [[nodiscard]] int waiting() const { return m_hold.waiting(); }
     /// How many pictures it was given, while others are read.
     [[nodiscard]] qsizetype count() const {
         const std::lock_guard lock(m_mutex);
         return m_images.size();
     }
-    void setLines(const QStringList &lines) { m_lines = lines; }
-    void failNextRecognition(const QString &why) { m_nextFailure = why; }
+    void setLines(const QStringList &lines) {
+        const std::lock_guard lock(m_mutex);
+        m_lines = lines;
+    }
+    void failNextRecognition(const QString &why) {
+        const std::lock_guard lock(m_mutex);
+        m_nextFailure = why;
+    }
     /// What was to be read, in order.
-    [[nodiscard]] const QList<QImage> &images() const { return m_images; }
+    [[nodiscard]] QList<QImage> images() const {
+        const std::lock_guard lock(m_mutex);
+        return m_images;
+    }
 
 private:
-    mutable std::mutex m_mutex; // the queue's thread calls
-    std::condition_variable_any m_changed;
-    bool m_isHeld = false;
-    bool m_isCancelled = false;
+    mutable std::mutex m_mutex; // the queue's threads call
+    FakeHold m_hold;
     QStringList m_lines;
     QString m_nextFailure;
     QList<QImage> m_images;

@@ -13,6 +13,9 @@ public:
     GnomeAccess(GnomeShell &shell, std::function<bool()> showsScreen)
         : m_shell(shell), m_showsScreen(std::move(showsScreen)) {}
 
+    void whenKnown(QObject *context, const std::function<void()> &known) override {
+        m_shell.whenSettled(context, known);
+    }
     [[nodiscard]] bool isAccessibilityTrusted() const override { return m_shell.isAttached(); }
     [[nodiscard]] bool isScreenCaptureGranted() const override { return m_shell.isAttached(); }
     [[nodiscard]] bool isScreenRecordingGranted() const override { return m_shell.isAttached() || m_showsScreen(); }

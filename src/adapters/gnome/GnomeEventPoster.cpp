@@ -19,7 +19,9 @@ GnomeEventPoster::GnomeEventPoster(GnomeShell &shell, const std::function<QStrin
 
 void GnomeEventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) {
     const bool isPaste = keyCode == virtualKey::v && (flags & modifierFlag::deviceIndependent) == modifierFlag::command;
-    if (!m_shell.isAttached() || !isPaste) {
+    const bool isOnX = !m_shell.isAttached() || !isPaste;
+    m_isOnX = isKeyDown ? isOnX : m_isOnX;
+    if (isOnX) {
         m_onX.postKeyboardEvent(keyCode, isKeyDown, flags);
         return;
     }

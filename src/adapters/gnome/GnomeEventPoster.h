@@ -16,11 +16,14 @@ public:
     GnomeEventPoster(GnomeShell &shell, const std::function<QString()> &text);
 
     void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) override;
+    [[nodiscard]] bool isHeldBack() const override { return m_isOnX && m_onX.isHeldBack(); }
+    [[nodiscard]] QString failure() const override { return m_isOnX ? m_onX.failure() : QString(); }
 
 private:
     GnomeShell &m_shell;
     X11EventPoster m_onX;
     std::function<QString()> m_text;
+    bool m_isOnX = false; ///< the last key-down was left to X
 };
 
 } // namespace tavrine

@@ -97,6 +97,19 @@ bool isLate(const QDBusPendingCall &call) {
 
 GnomeShell::GnomeShell(std::chrono::milliseconds patience) : m_patience(patience) {
     sessionBus::follow(this, [this](const QDBusConnection &bus) { onBus(bus); });
+    QTimer::singleShot(longestSilence, this, [this] { settle(); });
+}
+
+void GnomeShell::whenSettled(QObject *context, const std::function<void()> &settled) {
+    if (m_isSettled)
+        settled();
+    else
+        connect(this, &GnomeShell::settled, context, settled, Qt::SingleShotConnection);
+}
+
+void GnomeShell::settle() {
+    if (!std::exchange(m_isSettled, true))
+        Q_EMIT settled();
 }
 
 void GnomeShell::onBus(const QDBusConnection &bus) {
@@ -104,7 +117,7 @@ void GnomeShell::onBus(const QDBusConnection &bus) {
     m_owner.clear();
     m_bus.reset();
     if (!bus.isConnected())
-        return;
+        return settle();
     m_bus = bus;
     // Of any sender: naming the shell would have the toolkit ask the bus for its owner, and wait.
     m_bus->connect(QString(), objectPath, interfaceName, QString(), this, SLOT(onSignal(QDBusMessage)));
@@ -117,7 +130,9 @@ void GnomeShell::onBus(const QDBusConnection &bus) {
     auto call = QDBusMessage::createMethodCall(busName, busPath, busName, QStringLiteral("GetNameOwner"));
     call.setArguments({shellName});
     sessionBus::ask(*m_bus, call, this, [this](const QDBusPendingReply<QString> &reply) {
-        if (!reply.isError() && m_owner.isEmpty())
+        if (reply.isError())
+            settle();
+        else if (m_owner.isEmpty())
             setOwner(reply.value());
     });
 }
@@ -142,18 +157,21 @@ void GnomeShell::onMonitorsChanged(const QDBusMessage &message) {
 
 /// Of the owner of the shell's name, for as long as it is that, until it answers: a shell that is busy, as at the
 /// login, may never say again that it is ready.
-void GnomeShell::askUntilAnswered(const QDBusMessage &call, const std::function<void(const QDBusMessage &)> &answered) {
+void GnomeShell::askUntilAnswered(const QDBusMessage &call, const std::function<void(const QDBusMessage &)> &answered,
+                                  const std::function<void()> &refused) {
     if (m_owner.isEmpty() || !m_bus)
         return;
     sessionBus::ask(
         *m_bus, call, this,
-        [this, call, answered, owner = m_owner](const QDBusPendingCall &pending) {
+        [this, call, answered, refused, owner = m_owner](const QDBusPendingCall &pending) {
             if (owner != m_owner)
                 return;
             if (!pending.isError())
                 answered(pending.reply());
             else if (isLate(pending))
-                askUntilAnswered(call, answered);
+                askUntilAnswered(call, answered, refused);
+            else if (refused)
+                refused();
         },
         m_patience);
 }
@@ -173,8 +191,13 @@ double GnomeShell::finenessAt(QPoint corner) const {
 }
 
 void GnomeShell::attach() {
-    askUntilAnswered(callOf(m_owner, QStringLiteral("Attach"), {}),
-                     [this](const QDBusMessage &answer) { takeAttached(answer.arguments()); });
+    askUntilAnswered(
+        callOf(m_owner, QStringLiteral("Attach"), {}),
+        [this](const QDBusMessage &answer) {
+            takeAttached(answer.arguments());
+            settle();
+        },
+        [this] { settle(); });
 }
 
 void GnomeShell::takeAttached(const QList<QVariant> &arguments) {

@@ -73,7 +73,13 @@ public:
 
     explicit GnomeShell(std::chrono::milliseconds patience = usualPatience);
 
+    /// What somebody has to be told when a program starts is held back for it no longer than this.
+    static constexpr std::chrono::seconds longestSilence{2};
+
     [[nodiscard]] bool isAttached() const { return m_isAttached; }
+    /// Calls `settled` once it is known whether the extension is there, or the shell has been silent for too long;
+    /// within the call after that. Not called when `context` is gone by then.
+    void whenSettled(QObject *context, const std::function<void()> &settled);
     /// In the order in which they came.
     [[nodiscard]] const std::vector<GnomeWindow> &windows() const { return m_windows; }
     /// None while no window of a program has the keyboard.
@@ -102,6 +108,7 @@ public:
 Q_SIGNALS:
     void attached();
     void detached();
+    void settled();
     void keyPressed(quint32 action);
     void windowsChanged();
     void monitorsChanged();
@@ -115,10 +122,12 @@ private Q_SLOTS:
 private:
     void onBus(const QDBusConnection &bus);
     void setOwner(const QString &owner);
-    void askUntilAnswered(const QDBusMessage &call, const std::function<void(const QDBusMessage &)> &answered);
+    void askUntilAnswered(const QDBusMessage &call, const std::function<void(const QDBusMessage &)> &answered,
+                          const std::function<void()> &refused = {});
     void askForMonitors();
     void attach();
     void detach();
+    void settle();
     void takeAttached(const QList<QVariant> &arguments);
     void tellInterval();
     void ask(const QString &method, const QList<QVariant> &arguments, QObject *context,
@@ -134,6 +143,7 @@ private:
     std::vector<std::weak_ptr<std::chrono::milliseconds>> m_watches;
     std::chrono::milliseconds m_interval{0}; ///< that the shell was told
     bool m_isAttached = false;
+    bool m_isSettled = false;
 };
 
 } // namespace tavrine

@@ -18,7 +18,8 @@ std::optional<RunningApplication> programOf(const GnomeWindow &window) {
     return RunningApplication{.bundleIdentifier = program.bundleIdentifier,
                               .localizedName = program.name,
                               .processIdentifier = window.process,
-                              .window = window.number};
+                              .window = window.number,
+                              .names = {window.application, window.windowClass}};
 }
 
 } // namespace

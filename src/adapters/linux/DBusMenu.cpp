@@ -28,6 +28,8 @@ QVariantMap propertiesOf(const StatusMenuLine &line, const QStringList &names) {
             all.insert(QStringLiteral("toggle-type"), QStringLiteral("checkmark"));
             all.insert(QStringLiteral("toggle-state"), *line.isOn ? 1 : 0);
         }
+        if (!line.keys.isEmpty())
+            all.insert(QStringLiteral("shortcut"), QVariant::fromValue(QList<QStringList>{line.keys}));
     }
     if (names.isEmpty())
         return all;
@@ -112,6 +114,7 @@ DBusMenuAdaptor::DBusMenuAdaptor(DBusMenu *menu) : QDBusAbstractAdaptor(menu), m
     qDBusRegisterMetaType<DBusMenuEvent>();
     qDBusRegisterMetaType<QList<DBusMenuEvent>>();
     qDBusRegisterMetaType<QList<int>>();
+    qDBusRegisterMetaType<QList<QStringList>>();
     setAutoRelaySignals(true);
 }
 

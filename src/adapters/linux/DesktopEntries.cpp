@@ -8,6 +8,9 @@
 #include <QIcon>
 #include <QStandardPaths>
 
+#include <algorithm>
+#include <utility>
+
 namespace tavrine {
 namespace {
 
@@ -15,6 +18,28 @@ constexpr qint64 largestFile = 512LL * 1024; // the largest on a full desktop ha
 
 QString identifierOf(const QString &path, const DesktopEntry &entry) {
     return knownProgram(QFileInfo(path).completeBaseName(), entry.windowClass).bundleIdentifier;
+}
+
+/// The command of a line, for a file of this base name. An option tells which job the program shall do, unless the file
+/// is called like the program: then it is the program's own.
+QString commandOf(const QString &line, const QString &fileName) {
+    QStringList words = line.split(u' ', Qt::SkipEmptyParts);
+    words.removeIf([](const QString &word) { return word.startsWith(u'%') || word.startsWith(QLatin1String("@@")); });
+    if (!words.isEmpty() && QFileInfo(words.constFirst()).fileName() == QLatin1String("env")) {
+        words.removeFirst();
+        while (!words.isEmpty() && words.constFirst().contains(u'='))
+            words.removeFirst();
+    }
+    if (words.isEmpty())
+        return {};
+    const QString program = QFileInfo(words.first().remove(u'"')).fileName();
+    if (program == QLatin1String("flatpak")) {
+        const QLatin1String option("--command=");
+        const auto inside = std::ranges::find_if(words, [&](const QString &word) { return word.startsWith(option); });
+        return inside == words.cend() ? QString() : inside->mid(option.size());
+    }
+    const bool isFilesOwn = fileName.section(u'.', -1).compare(program, Qt::CaseInsensitive) == 0;
+    return words.size() == 1 || isFilesOwn ? program : QString();
 }
 
 } // namespace
@@ -44,6 +69,8 @@ std::optional<DesktopEntry> DesktopEntry::read(const QString &path) {
             entry.icon = value;
         else if (key == "StartupWMClass")
             entry.windowClass = value;
+        else if (key == "Exec")
+            entry.command = commandOf(value, QFileInfo(path).completeBaseName());
     }
     if (!isProgram || entry.name.isEmpty())
         return std::nullopt;
@@ -66,6 +93,27 @@ std::optional<InstalledApplication> DesktopEntries::applicationIn(const QString 
     const bool isListed = identifier != name;
     return InstalledApplication{isListed || entry->windowClass.isEmpty() ? identifier : entry->windowClass,
                                 entry->name};
+}
+
+/// Names come from windows too, and may be anything.
+QStringList DesktopEntries::otherNamesOf(const QString &name) {
+    QStringList found;
+    if (name.isEmpty() || name.contains(u'/'))
+        return found;
+    QStringList spellings{name, name.toLower()};
+    spellings.removeDuplicates();
+    for (const QString &spelling : std::as_const(spellings)) {
+        for (const QString &folder : m_folders) {
+            const QString path = QStringLiteral("%1/%2.desktop").arg(folder, spelling);
+            const auto entry = QFileInfo(path).isFile() ? DesktopEntry::read(path) : std::nullopt;
+            if (!entry)
+                continue;
+            found << entry->windowClass << entry->command;
+            break; // the first of two with the same name counts
+        }
+    }
+    found.removeAll(QString());
+    return found;
 }
 
 QString DesktopEntries::folder() {

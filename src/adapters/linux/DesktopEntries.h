@@ -12,6 +12,9 @@ struct DesktopEntry {
     QString name;
     QString icon;
     QString windowClass; ///< empty when the file tells none
+    /// What toolkits call a program's windows unless they are told. Empty where the line that starts the program says
+    /// more than which: one program that does several jobs has a name for each.
+    QString command;
 
     /// None when the file is no program's, cannot be read, or is larger than any such file is.
     [[nodiscard]] static std::optional<DesktopEntry> read(const QString &path);
@@ -26,6 +29,7 @@ public:
     [[nodiscard]] static QStringList standardFolders();
 
     [[nodiscard]] std::optional<InstalledApplication> applicationIn(const QString &path) override;
+    [[nodiscard]] QStringList otherNamesOf(const QString &name) override;
     [[nodiscard]] QImage icon(const QString &bundleIdentifier, int side) override;
     [[nodiscard]] QString folder() override;
     [[nodiscard]] QString fileFilter() override { return QStringLiteral("Programs (*.desktop)"); }

@@ -15,7 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 
 const auto service = QStringLiteral("org.freedesktop.Notifications");
-constexpr auto longestAnswer = 24h; // nobody waits meanwhile
+constexpr auto longestNotification = 24h; // nobody waits meanwhile
 
 const auto path = QStringLiteral("/org/freedesktop/Notifications");
 
@@ -37,7 +37,7 @@ void DesktopNotifications::requestAuthorization(std::function<void(bool isGrante
                 m_server = reply.reply().service();
                 answered(!reply.isError());
             },
-            longestAnswer);
+            longestNotification);
     });
 }
 
@@ -70,7 +70,7 @@ void DesktopNotifications::show(QDBusConnection bus, const UserNotification &not
             if (!reply.isError())
                 m_shown[identifier] = {reply.reply().service(), reply.reply().arguments().value(0).toUInt(), pressed};
         },
-        longestAnswer);
+        longestNotification);
 }
 
 /// Of anybody's message, and maybe by anybody: only the server that shows ours counts, and its number of ours.

@@ -19,16 +19,20 @@ struct SettingsProgram {
     QLatin1String accessibility;
     QLatin1String screenCapture;
     QLatin1String microphone;
+    QLatin1String shortcuts;
 };
 constexpr std::array settingsPrograms{
     SettingsProgram{QLatin1String("GNOME"), QLatin1String("gnome-control-center"), QLatin1String(),
-                    QLatin1String("universal-access"), QLatin1String("applications"), QLatin1String("microphone")},
+                    QLatin1String("universal-access"), QLatin1String("applications"), QLatin1String("microphone"),
+                    QLatin1String("keyboard")},
     SettingsProgram{QLatin1String("KDE"), QLatin1String("systemsettings"), QLatin1String(), QLatin1String("kcm_access"),
-                    QLatin1String(), QLatin1String("kcm_pulseaudio")},
+                    QLatin1String(), QLatin1String("kcm_pulseaudio"), QLatin1String("kcm_keys")},
     SettingsProgram{QLatin1String("KDE"), QLatin1String("systemsettings5"), QLatin1String(),
-                    QLatin1String("kcm_access"), QLatin1String(), QLatin1String("kcm_pulseaudio")},
+                    QLatin1String("kcm_access"), QLatin1String(), QLatin1String("kcm_pulseaudio"),
+                    QLatin1String("kcm_keys")},
     SettingsProgram{QLatin1String("XFCE"), QLatin1String("xfce4-settings-manager"), QLatin1String("--dialog="),
-                    QLatin1String("xfce4-accessibility-settings"), QLatin1String(), QLatin1String()},
+                    QLatin1String("xfce4-accessibility-settings"), QLatin1String(), QLatin1String(),
+                    QLatin1String("xfce4-keyboard-settings")},
 };
 
 QLatin1String pageOf(const SettingsProgram &program, const QString &query) {
@@ -38,6 +42,8 @@ QLatin1String pageOf(const SettingsProgram &program, const QString &query) {
         return program.screenCapture;
     if (query == QLatin1String("Privacy_Microphone"))
         return program.microphone;
+    if (query == QLatin1String("Shortcuts"))
+        return program.shortcuts;
     return {};
 }
 

@@ -8,7 +8,7 @@ namespace {
 using namespace std::chrono_literals;
 
 // Nobody waits meanwhile, and one who hangs may go on after a night.
-constexpr auto longestAnswer = 24h;
+constexpr auto longestInhibition = 24h;
 
 bool isSame(const std::optional<QDBusMessage> &a, const std::optional<QDBusMessage> &b) {
     return a.has_value() == b.has_value() && (!a || a->arguments() == b->arguments());
@@ -76,7 +76,7 @@ void InhibitCall::ask() {
     sessionBus::ask(
         *m_bus, *m_call, this,
         [this, question = ++m_question](const QDBusPendingCall &reply) { onAnswer(reply.reply(), question); },
-        longestAnswer);
+        longestInhibition);
 }
 
 void InhibitCall::onAnswer(const QDBusMessage &reply, int question) {

@@ -31,7 +31,7 @@ constexpr auto bridgeSignature = "connectA11yBus(QString)";
 const auto connectionName = QStringLiteral("a11y"); // as Qt's bridge names it: it takes the one that is there
 
 // Nobody waits meanwhile, and one who hangs may go on after a night.
-constexpr auto longestAnswer = 24h;
+constexpr auto longestBusAnswer = 24h;
 
 constexpr int placeOfNewObjects = 3;
 
@@ -120,7 +120,7 @@ void LateAccessibility::ask() {
                 values.value(QStringLiteral("ScreenReaderEnabled")).toBool())
                 askForAddress();
         },
-        longestAnswer);
+        longestBusAnswer);
 }
 
 void LateAccessibility::askForAddress() {
@@ -132,7 +132,7 @@ void LateAccessibility::askForAddress() {
             if (number == m_question && !reply.isError())
                 openBus(reply.reply().arguments().value(0).toString());
         },
-        longestAnswer);
+        longestBusAnswer);
 }
 
 /// The bus that Qt's bridge will use is opened elsewhere: afterwards it finds it open.
@@ -162,7 +162,7 @@ void LateAccessibility::askRegistry(const QDBusConnection &bus, const QString &a
             if (!reply.isError())
                 m_begin(address);
         },
-        longestAnswer);
+        longestBusAnswer);
 }
 
 } // namespace tavrine

@@ -7,25 +7,39 @@
 namespace tavrine {
 namespace {
 
+PowerNeeds needsOf(PowerAssertionType type, bool appliesOnLidClose) {
+    return {.display = type == PowerAssertionType::noDisplaySleep,
+            .idleSleep = true,
+            .sleep = type == PowerAssertionType::preventSystemSleep,
+            .lid = appliesOnLidClose};
+}
+
 bool isKept(PowerAssertionType type, const PowerNeeds &held) {
-    return type == PowerAssertionType::noDisplaySleep ? held.display : held.sleep;
+    switch (type) {
+    case PowerAssertionType::noDisplaySleep:
+        return held.display;
+    case PowerAssertionType::noIdleSleep:
+        return held.idleSleep;
+    case PowerAssertionType::preventSystemSleep:
+        break;
+    }
+    return held.sleep;
 }
 
 void add(PowerNeeds &needs, const PowerNeeds &others) {
     needs.display |= others.display;
+    needs.idleSleep |= others.idleSleep;
     needs.sleep |= others.sleep;
     needs.lid |= others.lid;
 }
 
 } // namespace
 
-LinuxPowerAssertions::LinuxPowerAssertions(std::vector<std::unique_ptr<PowerKeeper>> keepers,
-                                           std::unique_ptr<PowerKeeper> lastResort)
-    : m_keepers(std::move(keepers)), m_lastResort(std::move(lastResort)) {
-    for (const auto &keeper : m_keepers)
-        keeper->setOnChange([this] { applySoon(); });
-    if (m_lastResort)
-        m_lastResort->setOnChange([this] { applySoon(); });
+LinuxPowerAssertions::LinuxPowerAssertions(PowerKeepers keepers, PowerKeepers lastResorts)
+    : m_keepers(std::move(keepers)), m_lastResorts(std::move(lastResorts)) {
+    for (const PowerKeepers *each : {&m_keepers, &m_lastResorts})
+        for (const auto &keeper : *each)
+            keeper->setOnChange([this] { applySoon(); });
 }
 
 LinuxPowerAssertions::~LinuxPowerAssertions() = default;
@@ -70,35 +84,34 @@ void LinuxPowerAssertions::apply() {
     PowerNeeds needs;
     QString why;
     for (const auto &[id, assertion] : m_assertions) {
-        add(needs, {.display = assertion.type == PowerAssertionType::noDisplaySleep,
-                    .sleep = true,
-                    .lid = assertion.appliesOnLidClose});
+        add(needs, needsOf(assertion.type, assertion.appliesOnLidClose));
         why = assertion.name;
     }
     for (const auto &keeper : m_keepers)
         keeper->want(needs, why);
-    if (m_lastResort)
-        askLastResort(needs, why);
+    askLastResorts(needs, why);
 }
 
-void LinuxPowerAssertions::askLastResort(const PowerNeeds &needs, const QString &why) {
-    const bool isKeptUp = std::ranges::any_of(m_keepers, [](const auto &keeper) { return keeper->held().sleep; });
-    const bool isWanted = needs.display || (needs.sleep && !isKeptUp);
-    m_lastResort->want(isWanted ? needs : PowerNeeds{}, why);
+void LinuxPowerAssertions::askLastResorts(const PowerNeeds &needs, const QString &why) {
+    bool isKeptUp = std::ranges::any_of(m_keepers, [](const auto &keeper) { return keeper->held().idleSleep; });
+    for (const auto &keeper : m_lastResorts) {
+        const bool isWanted = needs.display || (needs.idleSleep && !isKeptUp);
+        keeper->want(isWanted ? needs : PowerNeeds{}, why);
+        isKeptUp = isKeptUp || keeper->held().idleSleep;
+    }
 }
 
 PowerNeeds LinuxPowerAssertions::held() const {
     PowerNeeds needs;
-    for (const auto &keeper : m_keepers)
-        add(needs, keeper->held());
-    if (m_lastResort)
-        add(needs, m_lastResort->held());
+    for (const PowerKeepers *each : {&m_keepers, &m_lastResorts})
+        for (const auto &keeper : *each)
+            add(needs, keeper->held());
     return needs;
 }
 
 bool LinuxPowerAssertions::isAsking() const {
-    return (m_lastResort && m_lastResort->isAsking()) ||
-           std::ranges::any_of(m_keepers, [](const auto &keeper) { return keeper->isAsking(); });
+    const auto asks = [](const auto &keeper) { return keeper->isAsking(); };
+    return std::ranges::any_of(m_keepers, asks) || std::ranges::any_of(m_lastResorts, asks);
 }
 
 void LinuxPowerAssertions::answer() {

@@ -6,8 +6,6 @@
 #include <QObject>
 
 #include <map>
-#include <memory>
-#include <vector>
 
 namespace tavrine {
 
@@ -15,17 +13,20 @@ namespace tavrine {
 /// else.
 ///
 /// The screen is kept on by the service of the screen saver, by the session manager or by the display server itself;
-/// the machine is kept up by logind, by the session manager or by the power manager. One of those that can keep the
-/// promise is enough for success. A power manager may hold off the screen together with the suspend, so where the
-/// screen may blank it is asked only while nobody else keeps the machine up.
+/// the machine is kept up by the session manager, by the power manager or by logind. One of those that can keep the
+/// promise is enough for success.
+///
+/// Where the screen may blank, a service that may keep it on together with the machine is a last resort, asked while
+/// nobody before it keeps the machine up: the power manager, since some do so, and after it logind's idea of idleness,
+/// which Plasma takes for the screen's.
 class LinuxPowerAssertions final : public QObject, public PowerAssertions {
     Q_OBJECT
 
 public:
     static constexpr int notTaken = 1; ///< the error: nobody took it, or nobody answered in time
 
-    /// `lastResort` may be null.
-    LinuxPowerAssertions(std::vector<std::unique_ptr<PowerKeeper>> keepers, std::unique_ptr<PowerKeeper> lastResort);
+    /// The last resorts in their order.
+    LinuxPowerAssertions(PowerKeepers keepers, PowerKeepers lastResorts);
     ~LinuxPowerAssertions() override;
 
     [[nodiscard]] quint32 createWithName(PowerAssertionType type, const QString &name,
@@ -43,14 +44,14 @@ private:
 
     void applySoon();
     void apply();
-    void askLastResort(const PowerNeeds &needs, const QString &why);
+    void askLastResorts(const PowerNeeds &needs, const QString &why);
     void answer();
     void finish(quint32 id, int result);
     [[nodiscard]] PowerNeeds held() const;
     [[nodiscard]] bool isAsking() const;
 
-    std::vector<std::unique_ptr<PowerKeeper>> m_keepers;
-    std::unique_ptr<PowerKeeper> m_lastResort;
+    PowerKeepers m_keepers;
+    PowerKeepers m_lastResorts;
     std::map<quint32, Assertion> m_assertions;
     quint32 m_lastId = 0;
     bool m_isApplyPosted = false;

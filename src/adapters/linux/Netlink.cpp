@@ -82,7 +82,8 @@ void forEachAttribute(const nlmsghdr &message, std::size_t bodyBytes,
     if (message.nlmsg_len < start)
         return;
     const auto *attribute = reinterpret_cast<const rtattr *>(reinterpret_cast<const char *>(&message) + start);
-    for (auto left = static_cast<unsigned>(message.nlmsg_len - start); RTA_OK(attribute, left);
+    // With a sign: the last one may end before its padding, and what is left is less than nothing behind it.
+    for (auto left = static_cast<int>(message.nlmsg_len - start); RTA_OK(attribute, left);
          attribute = RTA_NEXT(attribute, left))
         each(attribute->rta_type, RTA_DATA(attribute), RTA_PAYLOAD(attribute));
 }

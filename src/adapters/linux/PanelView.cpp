@@ -39,8 +39,11 @@ PanelView::PanelView(const PanelDescription &description, Qt::WindowFlags flags)
 void PanelView::setContent(QWidget *content) {
     delete m_content.data();
     m_content = content;
-    if (content)
-        layout()->addWidget(content);
+    if (!content)
+        return;
+    if (m_description.isInTaskBar)
+        setWindowIcon(content->windowIcon());
+    layout()->addWidget(content);
 }
 
 void PanelView::setRoom(const QMargins &room) {

@@ -35,8 +35,7 @@ public:
                                             if (const auto report = playerProtocol::reportIn(line))
                                                 hear(*report);
                                             else
-                                                end(Failure::Cause::circumstances,
-                                                    QStringLiteral("the player makes no sense"));
+                                                endAsNonsense();
                                         },
                                     .ended =
                                         [this](const QString &reason) {
@@ -64,6 +63,9 @@ private:
             becomeReady();
             break;
         case Report::Kind::alive:
+            break;
+        case Report::Kind::picture:
+            endAsNonsense();
             break;
         case Report::Kind::ended:
             end(Failure::Cause::circumstances, {});
@@ -96,6 +98,7 @@ private:
         if (self.lock() && m_process)
             end(Failure::Cause::circumstances, QString::fromLatin1(outputChanged));
     }
+    void endAsNonsense() { end(Failure::Cause::circumstances, QStringLiteral("the player makes no sense")); }
     /// May destroy this.
     void end(Failure::Cause cause, const QString &reason) {
         m_process.reset();

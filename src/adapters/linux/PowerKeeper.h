@@ -3,14 +3,17 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
+#include <vector>
 
 namespace tavrine {
 
 /// What is held off.
 struct PowerNeeds {
-    bool display = false; ///< the screen blanks or locks
-    bool sleep = false;   ///< the machine suspends
-    bool lid = false;     ///< the machine suspends because its lid is closed
+    bool display = false;   ///< the screen blanks or locks
+    bool idleSleep = false; ///< the machine suspends by itself
+    bool sleep = false;     ///< the machine suspends, whoever asks for it
+    bool lid = false;       ///< the machine suspends because its lid is closed
     [[nodiscard]] bool isEmpty() const { return *this == PowerNeeds{}; }
     bool operator==(const PowerNeeds &) const = default;
 };
@@ -43,5 +46,7 @@ protected:
 private:
     std::function<void()> m_onChange;
 };
+
+using PowerKeepers = std::vector<std::unique_ptr<PowerKeeper>>;
 
 } // namespace tavrine

@@ -4,8 +4,9 @@
 
 namespace tavrine {
 
-/// This program on Qt's event loop. Lives on the main thread. Starts as an accessory. Panels are in no task bar at any
-/// time and large windows are only shown by a regular program, so no window has to follow the policy.
+/// This program on Qt's event loop. Lives on the main thread. Starts as an accessory. Large windows, and the panels
+/// that are in the task bar, are only shown by a regular program, and no other panel ever is there: so no window has to
+/// follow the policy.
 class QtApplication final : public Application {
 public:
     void setActivationPolicy(ActivationPolicy policy) override;

@@ -7,9 +7,13 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFileSystemModel>
+#include <QHash>
 #include <QMessageBox>
+#include <QMimeDatabase>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QSortFilterProxyModel>
 
 namespace tavrine {
 namespace {
@@ -30,6 +34,32 @@ QString nearestFolder(const QString &path) {
         folder = QFileInfo(folder).absolutePath();
     return folder;
 }
+
+/// Folders, and of the files those of one kind. By the name where it tells the kind, else by the first bytes.
+class OfKind final : public QSortFilterProxyModel {
+public:
+    OfKind(QString kind, QObject *parent) : QSortFilterProxyModel(parent), m_kind(std::move(kind)) {}
+
+    /// Folders first, sizes and dates by what they are: the files' own model knows, and the order here is its.
+    void sort(int column, Qt::SortOrder order) override { sourceModel()->sort(column, order); }
+
+protected:
+    [[nodiscard]] bool filterAcceptsRow(int row, const QModelIndex &parent) const override {
+        const auto *files = qobject_cast<const QFileSystemModel *>(sourceModel());
+        const QModelIndex index = files->index(row, 0, parent);
+        if (files->isDir(index))
+            return true;
+        const QString path = files->filePath(index);
+        const auto known = m_known.constFind(path);
+        if (known != m_known.cend())
+            return *known;
+        return m_known[path] = QMimeDatabase().mimeTypeForFile(path).name().startsWith(m_kind);
+    }
+
+private:
+    QString m_kind;
+    mutable QHash<QString, bool> m_known; ///< each file is looked at once
+};
 
 /// Asks before it replaces a file, in a window of its own instead of an event loop of its own.
 class SaveDialog final : public QFileDialog {
@@ -55,12 +85,15 @@ public:
         } else if (file.isDir()) {
             tell(QStringLiteral("\"%1\" is a folder.").arg(file.fileName()), QMessageBox::Ok);
         } else if (const auto reason = whyNotWritable(QFile::encodeName(path).toStdString())) {
-            tell(QStringLiteral("\"%1\" cannot be saved here: %2.").arg(file.fileName(), QString::fromStdString(*reason)),
+            tell(QStringLiteral("\"%1\" cannot be saved here: %2.")
+                     .arg(file.fileName(), QString::fromStdString(*reason)),
                  QMessageBox::Ok);
         } else if (file.exists()) {
             QMessageBox *question =
-                tell(QStringLiteral("\"%1\" already exists. Do you want to replace it?").arg(file.fileName()), QMessageBox::Cancel);
-            QPushButton *replace = question->addButton(inDesktopWords(QStringLiteral("Replace")), QMessageBox::AcceptRole);
+                tell(QStringLiteral("\"%1\" already exists. Do you want to replace it?").arg(file.fileName()),
+                     QMessageBox::Cancel);
+            QPushButton *replace =
+                question->addButton(inDesktopWords(QStringLiteral("Replace")), QMessageBox::AcceptRole);
             connect(replace, &QPushButton::clicked, this, [this, path] { end(path); });
         } else {
             end(path);
@@ -126,6 +159,10 @@ void QtFilePanels::runOpenPanel(const OpenPanel &panel, Answer answer) {
     dialog->setOption(QFileDialog::ShowDirsOnly, panel.choosesDirectories);
     if (!panel.choosesDirectories && !panel.filter.isEmpty())
         dialog->setNameFilter(inDesktopWords(panel.filter));
+    if (!panel.choosesDirectories && !panel.kind.isEmpty()) {
+        dialog->setOption(QFileDialog::HideNameFilterDetails); // the filter lets all names through
+        dialog->setProxyModel(new OfKind(panel.kind, dialog));
+    }
     run(dialog, panel.prompt, panel.directory.isEmpty() ? m_lastDirectory : panel.directory, std::move(answer));
 }
 

@@ -177,8 +177,8 @@ ProcessCodeDetector::ProcessCodeDetector(const QString &programFolder, const cha
                                          std::chrono::milliseconds patience)
     : m_reader(programFolder + readerProgram, QString::fromUtf8(plugin), patience) {}
 
-CodeDetector::Result ProcessCodeDetector::detect(const QImage &image) {
-    const auto answer = m_reader.read(image);
+CodeDetector::Result ProcessCodeDetector::detect(const QImage &image, std::stop_token stop) {
+    const auto answer = m_reader.read(image, std::move(stop));
     if (const auto *failure = std::get_if<ReaderProcess::Failure>(&answer))
         return Failure{failure->reason};
     const auto codes = readerProtocol::codesIn(std::get<QByteArray>(answer));

@@ -13,7 +13,8 @@
 
 namespace tavrine {
 
-/// Runs TavrineReader, which reads one picture with one plugin and ends. Any thread; waits for the answer.
+/// Runs TavrineReader, which reads one picture with one plugin and ends. Any thread, and several at a time; waits for
+/// the answer.
 ///
 /// Pictures come from anywhere and the libraries that read them are large: what crashes there or never ends costs an
 /// answer and not the program, and the memory that they take is given back with the process.
@@ -28,8 +29,8 @@ public:
     };
     [[nodiscard]] std::variant<Failure, QByteArray> read(const QImage &image, std::stop_token stop = {}) const;
 
-    /// The answer that is waited for now, and every later one, is a failure at once; the process is killed. So is the
-    /// one call's whose `stop` is requested.
+    /// The answers that are waited for now, and every later one, are failures at once; the processes are killed. So is
+    /// the one call's whose `stop` is requested.
     void cancel();
 
 private:
@@ -60,7 +61,8 @@ public:
     static constexpr auto screenPlugin = "screen_code_detector";   ///< for what is found on the screen
     static constexpr auto picturePlugin = "picture_code_detector"; ///< for the editor
     ProcessCodeDetector(const QString &programFolder, const char *plugin, std::chrono::milliseconds patience = longest);
-    [[nodiscard]] Result detect(const QImage &image) override;
+    using CodeDetector::detect;
+    [[nodiscard]] Result detect(const QImage &image, std::stop_token stop) override;
     void cancel() override { m_reader.cancel(); }
 
 private:

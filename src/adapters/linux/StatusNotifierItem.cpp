@@ -4,6 +4,7 @@
 #include "adapters/linux/PortalAppearance.h"
 #include "adapters/linux/SessionBus.h"
 #include "adapters/linux/StatusNotifierAdaptor.h"
+#include "adapters/linux/StatusNotifierHosts.h"
 #include "adapters/linux/StatusPixels.h"
 
 #include <QCursor>
@@ -74,6 +75,7 @@ void StatusNotifierItem::onBusOpen(const QDBusConnection &bus) {
     m_bus = bus;
     m_isRegistered = false;
     ++m_wish;
+    m_hosts = std::make_unique<StatusNotifierHosts>(bus);
     m_appearance = std::make_unique<PortalAppearance>(bus);
     m_appearance->setOnChange([this] { refreshPixmaps(); });
     m_bus->registerObject(itemPath, this, QDBusConnection::ExportAdaptors);
@@ -92,6 +94,7 @@ void StatusNotifierItem::onBusOpen(const QDBusConnection &bus) {
 
 void StatusNotifierItem::onWatcherChanged(const QString &newOwner) {
     m_isRegistered = false;
+    m_hosts->forget();
     if (newOwner.isEmpty())
         setOffer(Offer::no);
     else
@@ -107,10 +110,24 @@ void StatusNotifierItem::askForHost() {
         const QVariantList arguments = reply.reply().arguments();
         const bool hasHost =
             !reply.isError() && !arguments.isEmpty() && arguments.constFirst().value<QDBusVariant>().variant().toBool();
-        setOffer(hasHost ? Offer::yes : Offer::no);
-        if (hasHost)
-            registerItem();
+        if (hasHost) {
+            m_hosts->ask([this](bool keepShape) { takeHosts(keepShape); });
+        } else {
+            m_hosts->forget(); // whoever was still looked at has gone
+            setOffer(Offer::no);
+        }
     });
+}
+
+/// The shape first: a picture is to be the right one from the beginning.
+void StatusNotifierItem::takeHosts(bool keepShape) {
+    const bool isOther = std::exchange(m_keepsShape, keepShape) != keepShape;
+    if (isOther)
+        refreshPixmaps();
+    if (isOther && m_offer == Offer::yes && m_handlers.onOfferChanged)
+        m_handlers.onOfferChanged();
+    setOffer(Offer::yes);
+    registerItem();
 }
 
 void StatusNotifierItem::setOffer(Offer offer) {
@@ -213,7 +230,8 @@ void StatusNotifierItem::refreshPixmaps() {
         m_appearance && m_appearance->settings().colorScheme == ColorScheme::light ? darkSymbolColor : lightSymbolColor;
     StatusNotifierPixmaps pixmaps;
     for (const double scale : {1.0, 2.0})
-        if (const QImage image = statusPixels(m_image, {.scale = scale, .label = color, .isSquare = !keepsShape()});
+        if (const QImage image = statusPixels(
+                m_image, {.scale = scale, .label = color, .isSquare = !m_keepsShape, .isStrip = m_keepsShape});
             !image.isNull())
             pixmaps.append(StatusNotifierPixmap::fromImage(image));
     if (pixmaps == m_adaptor->pixmaps)

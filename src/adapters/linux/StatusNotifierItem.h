@@ -15,6 +15,7 @@ namespace tavrine {
 class DBusMenu;
 class PortalAppearance;
 class StatusNotifierAdaptor;
+class StatusNotifierHosts;
 
 /// The icon in a tray that speaks org.kde.StatusNotifierItem. Lives on the main thread and never waits for the bus.
 ///
@@ -23,6 +24,7 @@ class StatusNotifierAdaptor;
 ///     name up is what takes the icon away: every host drops an item whose name is gone, while only some hide one
 ///     whose status is "Passive".
 ///  3. A change is told once, and only when hosts would see a difference.
+///  4. A wide picture goes out as it is where all hosts are known to keep its shape, else as a square.
 class StatusNotifierItem final : public QObject, public TrayIcon {
     Q_OBJECT
 
@@ -32,8 +34,8 @@ public:
 
     void setHandlers(Handlers handlers) override { m_handlers = std::move(handlers); }
     [[nodiscard]] Offer offer() const override { return m_offer; }
-    /// Hosts take a picture of any size and fit it into a square: 70 x 22 points become 22 x 7 in Xfce's panel.
-    [[nodiscard]] bool keepsShape() const override { return false; }
+    /// Most hosts fit a picture into a square: 70 x 22 points become 22 x 7 in Xfce's panel.
+    [[nodiscard]] bool keepsShape() const override { return m_keepsShape; }
     void setWanted(bool isWanted) override;
     void setImage(const StatusImage &image) override;
     void setToolTip(const QString &toolTip) override;
@@ -46,6 +48,7 @@ private Q_SLOTS:
 private:
     void onBusOpen(const QDBusConnection &bus);
     void onWatcherChanged(const QString &newOwner);
+    void takeHosts(bool keepShape);
     void setOffer(Offer offer);
     void requestName();
     void releaseName();
@@ -61,6 +64,8 @@ private:
     std::unique_ptr<DBusMenu> m_menu;
     std::unique_ptr<PortalAppearance> m_appearance;
     std::unique_ptr<QDBusServiceWatcher> m_watcher;
+    std::unique_ptr<StatusNotifierHosts> m_hosts;
+    bool m_keepsShape = false;
     Offer m_offer = Offer::unknown;
     QString m_name; ///< the bus name that is held
     int m_number = 1;

@@ -2,6 +2,8 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 namespace tavrine {
 
 QColor symbolColorOn(const QImage &background) {
@@ -9,6 +11,22 @@ QColor symbolColorOn(const QImage &background) {
     const QColor mean = background.scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation).pixelColor(0, 0);
     return mean.alpha() > half && qGray(mean.rgb()) > half ? darkSymbolColor : lightSymbolColor;
 }
+
+namespace {
+
+/// Where pictures are fitted into a square this changes nothing, and there are hosts that show nothing but squares.
+QImage inSquare(const QImage &image) {
+    if (image.width() == image.height())
+        return image;
+    const int edge = std::max(image.width(), image.height());
+    QImage square(edge, edge, QImage::Format_ARGB32_Premultiplied);
+    square.fill(Qt::transparent);
+    QPainter painter(&square);
+    painter.drawImage((edge - image.width()) / 2, (edge - image.height()) / 2, image);
+    return square;
+}
+
+} // namespace
 
 QImage statusPixels(const StatusImage &image, const StatusGround &ground) {
     constexpr double largest = 2048;
@@ -23,7 +41,7 @@ QImage statusPixels(const StatusImage &image, const StatusGround &ground) {
         painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
         painter.fillRect(pixels.rect(), ground.label);
     }
-    return pixels;
+    return ground.isSquare ? inSquare(pixels) : pixels;
 }
 
 } // namespace tavrine

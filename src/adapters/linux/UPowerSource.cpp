@@ -28,18 +28,35 @@ constexpr auto longestAnswer = 24h;
 
 } // namespace
 
-QList<QVariantMap> UPowerSource::sources() {
+void UPowerSource::followSoon() {
     if (!std::exchange(m_isFollowing, true))
         QTimer::singleShot(std::chrono::duration_cast<std::chrono::milliseconds>(m_delay), this,
                            [this] { systemBus::follow(this, [this](const QDBusConnection &bus) { onBusOpen(bus); }); });
+}
+
+QList<QVariantMap> UPowerSource::sources() {
+    followSoon();
     if (!m_isOnBattery && !m_hasBattery)
         return {};
     return {{{QLatin1String(stateKey), QLatin1String(m_isOnBattery ? batteryPower : acPower)}}};
 }
 
+void UPowerSource::whenKnown(std::function<void()> known) {
+    if (m_isKnown)
+        return known();
+    m_waiting.push_back(std::move(known));
+    followSoon();
+}
+
+void UPowerSource::setKnown() {
+    m_isKnown = true;
+    for (const auto &known : std::exchange(m_waiting, {}))
+        known();
+}
+
 void UPowerSource::onBusOpen(const QDBusConnection &bus) {
     if (!bus.isConnected())
-        return;
+        return setKnown();
     m_bus = bus;
     m_watcher = std::make_unique<QDBusServiceWatcher>(service, bus, QDBusServiceWatcher::WatchForOwnerChange);
     connect(m_watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
@@ -49,6 +66,8 @@ void UPowerSource::onBusOpen(const QDBusConnection &bus) {
                 ++m_owner;
                 if (!newOwner.isEmpty())
                     ask();
+                else
+                    setKnown();
             });
     // No service name: with one, QtDBus would wait for the bus to tell who has it.
     for (const QString &path : {machinePath, batteryPath})
@@ -67,6 +86,7 @@ void UPowerSource::onPropertiesChanged(const QString & /*interface*/, const QVar
 
 /// Starts UPower where it only waits for a question.
 void UPowerSource::ask() {
+    m_unanswered = 0;
     askFor(machinePath, service, &UPowerSource::takeMachine);
     askFor(batteryPath, batteryInterface, &UPowerSource::takeBattery);
 }
@@ -75,11 +95,16 @@ void UPowerSource::askFor(const QString &path, const QString &interface,
                           void (UPowerSource::*take)(const QVariantMap &)) {
     auto call = QDBusMessage::createMethodCall(service, path, propertiesInterface, QStringLiteral("GetAll"));
     call << interface;
+    ++m_unanswered;
     systemBus::ask(
         *m_bus, call, this,
         [this, take, owner = m_owner](const QDBusPendingCall &reply) {
-            if (owner == m_owner && !reply.isError())
+            if (owner != m_owner)
+                return;
+            if (!reply.isError())
                 (this->*take)(qdbus_cast<QVariantMap>(reply.reply().arguments().value(0)));
+            if (--m_unanswered <= 0)
+                setKnown();
         },
         longestAnswer);
 }

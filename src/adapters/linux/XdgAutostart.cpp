@@ -88,13 +88,24 @@ QByteArray XdgAutostart::entryFor(const QString &program) {
         .toUtf8();
 }
 
-bool XdgAutostart::isEnabled() const {
+std::optional<QHash<QByteArray, QByteArray>> XdgAutostart::entry() const {
     constexpr qint64 longestEntry = 65536;
     QFile file(m_file);
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    const auto entry = mainGroup(file.read(longestEntry));
-    return entry.value("Hidden") != "true" && entry.value("X-GNOME-Autostart-enabled") != "false";
+    return file.open(QIODevice::ReadOnly) ? std::optional(mainGroup(file.read(longestEntry))) : std::nullopt;
+}
+
+bool XdgAutostart::isEnabled() const {
+    const auto values = entry();
+    return values && values->value("Hidden") != "true" && values->value("X-GNOME-Autostart-enabled") != "false";
+}
+
+void XdgAutostart::followProgram() {
+    const auto values = entry();
+    const QString started = values ? QString::fromUtf8(values->value("TryExec")) : QString();
+    // Only what an entry of ours has: a whole path, here one without escapes.
+    const bool isPath = started.startsWith(u'/') && !started.contains(u'\\');
+    if (isPath && !QFile::exists(started) && QFile::exists(m_program) && isEnabled())
+        static_cast<void>(registerItem()); // where that fails, all stays as it was
 }
 
 bool XdgAutostart::registerItem() {

@@ -2,7 +2,11 @@
 
 #include "ports/LoginItem.h"
 
+#include <QByteArray>
+#include <QHash>
 #include <QString>
+
+#include <optional>
 
 namespace tavrine {
 
@@ -16,6 +20,11 @@ public:
     /// $XDG_CONFIG_HOME/autostart.
     [[nodiscard]] static QString userFolder();
 
+    /// An entry that starts a program which is not there any more is written for this one: the person has moved the
+    /// program, or has another copy of it, and wants it started all the same. What starts a program that is there, and
+    /// what is switched off, stays.
+    void followProgram();
+
     [[nodiscard]] bool isEnabled() const override;
     [[nodiscard]] bool registerItem() override;
     [[nodiscard]] bool unregisterItem() override;
@@ -24,6 +33,9 @@ public:
     [[nodiscard]] static QByteArray entryFor(const QString &program);
 
 private:
+    /// None where there is no file that can be read.
+    [[nodiscard]] std::optional<QHash<QByteArray, QByteArray>> entry() const;
+
     QString m_folder;
     QString m_file;
     QString m_program;

@@ -7,7 +7,7 @@
 namespace tavrine {
 namespace {
 
-QByteArray uriList(const QList<QUrl> &urls, const QByteArray &first, const QByteArray &separator, bool isClosed) {
+QByteArray uriListOf(const QList<QUrl> &urls, const QByteArray &first, const QByteArray &separator, bool isClosed) {
     QByteArray text = first;
     for (const QUrl &url : urls) {
         if (!text.isEmpty() && !text.endsWith(separator))
@@ -25,9 +25,9 @@ std::vector<OfferedForm> formsOf(const OwnContents &contents) {
         forms.push_back({.target = target, .type = type, .bytes = bytes, .recipe = {}});
     };
     if (!contents.urls.isEmpty()) {
-        offer("text/uri-list", "text/uri-list", uriList(contents.urls, {}, "\r\n", true));
+        offer("text/uri-list", "text/uri-list", uriListOf(contents.urls, {}, "\r\n", true));
         offer("x-special/gnome-copied-files", "x-special/gnome-copied-files",
-              uriList(contents.urls, "copy\n", "\n", false));
+              uriListOf(contents.urls, "copy\n", "\n", false));
     }
     if (const QString text = contents.textOrPaths(); !text.isEmpty()) {
         // An encoder marks a lone surrogate as U+FFFD, where `toUtf8` writes a question mark.

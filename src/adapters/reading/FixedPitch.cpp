@@ -1,5 +1,7 @@
 #include "adapters/reading/FixedPitch.h"
 
+#include "adapters/reading/Ink.h"
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -9,8 +11,6 @@ namespace {
 
 constexpr qsizetype fewestCharacters = 10;
 constexpr double crossedAtMost = 0.12; // part of the borders; letters of their own widths cross a third and more
-constexpr int inkOfLetters = 80;       // darker than the ground
-constexpr int inkOfStrokes = 30;
 
 /// What stands in each column of a line.
 struct Columns {

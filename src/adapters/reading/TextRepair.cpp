@@ -1,16 +1,13 @@
 #include "adapters/reading/TextRepair.h"
 
 #include "adapters/reading/FixedPitch.h"
+#include "adapters/reading/Ink.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace tavrine::reading {
 namespace {
-
-// How much darker than the ground. Thin strokes of small fonts are hardly grey, and an underscore has nothing else.
-constexpr int inkOfLetters = 80;
-constexpr int inkOfStrokes = 30;
 
 // In heights of a capital. An underscore is some 0.7 wide, a blank at least 0.3; letters stand at most 0.1 apart, but
 // for the fixed widths of programs, where nothing is mended by mistake: there a blank is 0.8.

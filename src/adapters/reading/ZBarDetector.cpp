@@ -91,7 +91,7 @@ void ZBarDetector::prepare() {
         iconv_open("UTF-8", (partOfIso + std::to_string(part)).c_str());
 }
 
-CodeDetector::Result ZBarDetector::detect(const QImage &image) {
+CodeDetector::Result ZBarDetector::detect(const QImage &image, std::stop_token /*stop*/) {
     QImage grey = greyPicture(image);
     if (grey.isNull())
         return Failure{QStringLiteral("the picture has no pixels, or memory is wanting")};

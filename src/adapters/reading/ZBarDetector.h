@@ -14,7 +14,8 @@ class ZBarDetector final : public QObject, public CodeDetector {
 
 public:
     void prepare() override;
-    [[nodiscard]] Result detect(const QImage &image) override;
+    using CodeDetector::detect;
+    [[nodiscard]] Result detect(const QImage &image, std::stop_token stop) override;
 };
 
 } // namespace tavrine

@@ -56,7 +56,7 @@ QList<DetectedCode> read(const QImage &grey) {
 
 } // namespace
 
-CodeDetector::Result ZXingDetector::detect(const QImage &image) {
+CodeDetector::Result ZXingDetector::detect(const QImage &image, std::stop_token /*stop*/) {
     QImage grey = luminance(image);
     if (grey.isNull())
         return Failure{QStringLiteral("the picture has no pixels, or memory is wanting")};

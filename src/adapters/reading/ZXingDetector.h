@@ -13,7 +13,8 @@ class ZXingDetector final : public QObject, public CodeDetector {
     Q_INTERFACES(tavrine::CodeDetector)
 
 public:
-    [[nodiscard]] Result detect(const QImage &image) override;
+    using CodeDetector::detect;
+    [[nodiscard]] Result detect(const QImage &image, std::stop_token stop) override;
 };
 
 } // namespace tavrine

@@ -1,17 +1,9 @@
 #pragma once
 
 #include "ports/DragPasteboard.h"
-#include "ports/EventTap.h"
 
 /// What stands where a desktop has nothing for a port: it is asked, and nothing happens.
 namespace tavrine::absent {
-
-/// No program of a Wayland session may keep keys from others.
-class NoEventTaps final : public EventTaps {
-public:
-    [[nodiscard]] bool areThere() const override { return false; }
-    [[nodiscard]] std::unique_ptr<EventTap> create(std::function<void()> /*onChange*/) override { return nullptr; }
-};
 
 class NoDragPasteboards final : public DragPasteboards {
 public:

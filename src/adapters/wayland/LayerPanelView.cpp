@@ -129,6 +129,7 @@ void LayerPanelView::appear() {
     m_known = geometry().topLeft();
     fade();
     show();
+    showInput(); // a mask that its content has asked for by now is the toolkit's word for where it takes the mouse
 }
 
 void LayerPanelView::vanish() {
@@ -159,11 +160,14 @@ void LayerPanelView::setIgnoresMouseEvents(bool ignores) {
     showInput();
 }
 
-/// The room for the shadow takes no clicks.
+/// The room for the shadow takes no clicks, and neither does what a mask leaves out.
 void LayerPanelView::showInput() {
-    if (m_role)
-        m_role->setInputRegion(m_ignoresMouseEvents ? QRegion()
-                                                    : QRegion(QRect({room().left(), room().top()}, m_frame.size())));
+    if (!m_role)
+        return;
+    QRegion input = m_ignoresMouseEvents ? QRegion() : QRegion(QRect({room().left(), room().top()}, m_frame.size()));
+    if (!mask().isEmpty())
+        input &= mask();
+    m_role->setInputRegion(input);
 }
 
 void LayerPanelView::setAlpha(double alpha) {

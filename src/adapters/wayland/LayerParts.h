@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/wayland/ClickCatchers.h"
 #include "adapters/wayland/LayerPopups.h"
 #include "adapters/wayland/LayerShell.h"
 #include "adapters/wayland/LayerStack.h"
@@ -11,6 +12,7 @@ struct LayerParts {
     LayerShell shell;
     LayerStack stack;
     LayerPopups popups{shell, stack};
+    ClickCatchers catchers{shell, stack};
 };
 
 } // namespace tavrine

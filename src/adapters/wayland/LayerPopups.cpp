@@ -1,6 +1,7 @@
 #include "adapters/wayland/LayerPopups.h"
 
 #include "adapters/stream/ToolkitPoints.h"
+#include "adapters/wayland/ClickCatchers.h"
 #include "adapters/wayland/LayerHost.h"
 #include "adapters/wayland/LayerRole.h"
 #include "adapters/wayland/LayerShell.h"
@@ -65,17 +66,27 @@ struct LayerPopups::Question {
 };
 
 LayerPopups::LayerPopups(LayerShell &shell, LayerStack &stack) : m_shell(shell), m_stack(stack) {
-    qApp->installEventFilter(this);
+    QCoreApplication::instance()->installEventFilter(this); // of a program without widgets too
 }
 
 LayerPopups::~LayerPopups() = default;
+
+bool LayerPopups::closeMenus() {
+    const QWidget *last = nullptr;
+    for (QWidget *innermost = QApplication::activePopupWidget(); innermost && innermost != last;
+         innermost = QApplication::activePopupWidget()) {
+        last = innermost;
+        innermost->close();
+    }
+    return last;
+}
 
 bool LayerPopups::eventFilter(QObject *object, QEvent *event) {
     switch (event->type()) {
     case QEvent::Enter:
     case QEvent::MouseButtonPress:
     case QEvent::KeyPress:
-        if (object->isWindowType())
+        if (object->isWindowType() && !ClickCatchers::isCatcher(object))
             m_lastUsed = static_cast<QWindow *>(object);
         break;
     case QEvent::Show: // before the toolkit shows it
@@ -151,6 +162,7 @@ void LayerPopups::openPopup(QWidget &widget, QWindow &parent) {
     if (!role->isGiven()) // what is painted on it then would be the end of the connection
         return closeSoon(widget);
     m_popups.push_back(std::make_unique<Popup>(Popup{&widget, std::move(role)}));
+    m_shell.setTaken(&widget, widget.geometry());
 }
 
 void LayerPopups::ask(QWidget &widget) {
@@ -175,7 +187,8 @@ void LayerPopups::ask(QWidget &widget) {
 }
 
 void LayerPopups::vanishes(QWidget &widget) {
-    std::erase_if(m_popups, [&](const auto &popup) { return popup->widget == &widget; });
+    if (std::erase_if(m_popups, [&](const auto &popup) { return popup->widget == &widget; }) > 0)
+        m_shell.setTaken(&widget, {});
     const auto asked = std::find_if(m_questions.begin(), m_questions.end(),
                                     [&](const auto &question) { return question->widget == &widget; });
     if (asked != m_questions.end()) {

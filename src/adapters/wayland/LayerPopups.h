@@ -30,6 +30,9 @@ public:
     LayerPopups(LayerShell &shell, LayerStack &stack);
     ~LayerPopups() override;
 
+    /// Closes what is open of menus and popovers. False where nothing was.
+    [[nodiscard]] static bool closeMenus();
+
 protected:
     bool eventFilter(QObject *object, QEvent *event) override;
 

@@ -3,7 +3,6 @@
 #include "adapters/stream/ToolkitPoints.h"
 #include "adapters/wayland/LayerShell.h"
 
-#include <QRegion>
 #include <QScreen>
 #include <QWindow>
 
@@ -27,7 +26,7 @@ std::uint32_t layerOf(const LayerPlace &place) {
 LayerRole::LayerRole(LayerShell &shell, QWindow &window, QScreen &screen, const LayerPlace &place,
                      std::function<void()> onClosed)
     : m_shell(shell), m_screen(&screen), m_factor(toolkitPoints::factor(&screen)), m_onClosed(std::move(onClosed)),
-      m_place(place), m_surface(shell.surfaceOf(window)) {
+      m_place(place), m_input(QRect(QPoint(), place.rect.size())), m_surface(shell.surfaceOf(window)) {
     m_shell.add(*this);
     if (!m_surface)
         return;
@@ -58,10 +57,12 @@ LayerRole::LayerRole(LayerShell &shell, QWindow &window, QScreen &screen, const 
     wl_proxy_set_queue(reinterpret_cast<wl_proxy *>(m_role), nullptr);
     wl_display_dispatch_queue_pending(shell.display(), queue);
     wl_event_queue_destroy(queue);
+    tellTaken();
 }
 
 LayerRole::~LayerRole() {
     m_shell.remove(*this);
+    m_shell.setTaken(this, {});
     if (m_role)
         zwlr_layer_surface_v1_destroy(m_role);
 }
@@ -74,6 +75,7 @@ void LayerRole::setPlace(const LayerPlace &place) {
         zwlr_layer_surface_v1_set_layer(m_role, layerOf(place));
     m_place = place;
     apply(place);
+    tellTaken();
 }
 
 void LayerRole::apply(const LayerPlace &place) {
@@ -90,6 +92,8 @@ void LayerRole::apply(const LayerPlace &place) {
 void LayerRole::setInputRegion(const QRegion &region) {
     if (!m_role)
         return;
+    m_input = region;
+    tellTaken();
     const double factor = toolkitPoints::factor(m_screen);
     QRegion input;
     for (const QRect &part : region)
@@ -97,6 +101,10 @@ void LayerRole::setInputRegion(const QRegion &region) {
     m_shell.setInputRegion(m_surface, &input);
     wl_surface_commit(m_surface);
     m_shell.flush();
+}
+
+void LayerRole::tellTaken() const {
+    m_shell.setTaken(this, m_input.translated(m_place.rect.topLeft()));
 }
 
 } // namespace tavrine

@@ -2,6 +2,7 @@
 
 #include <QPointer>
 #include <QRect>
+#include <QRegion>
 #include <QScreen>
 
 #include <functional>
@@ -50,12 +51,14 @@ public:
 
 private:
     void apply(const LayerPlace &place);
+    void tellTaken() const;
 
     LayerShell &m_shell;
     const QPointer<QScreen> m_screen;
     const double m_factor;
     const std::function<void()> m_onClosed;
     LayerPlace m_place;
+    QRegion m_input; ///< in the window's own points
     wl_surface *m_surface = nullptr;
     zwlr_layer_surface_v1 *m_role = nullptr;
     bool m_isConfigured = false;

@@ -4,7 +4,6 @@
 #include "adapters/wayland/LayerRole.h"
 
 #include <QGuiApplication>
-#include <QRegion>
 #include <QScreen>
 #include <QWindow>
 #include <qpa/qplatformnativeinterface.h>
@@ -14,6 +13,7 @@
 #include <cstring>
 
 #include <poll.h>
+#include <wayland/viewporter.h>
 #include <wayland/wlr-layer-shell-unstable-v1.h>
 #include <wayland/xdg-shell.h>
 
@@ -34,6 +34,8 @@ struct Wanted {
     zwlr_layer_shell_v1 *shell = nullptr;
     xdg_wm_base *popups = nullptr;
     wl_data_device_manager *dragging = nullptr;
+    wp_viewporter *viewporter = nullptr;
+    wl_shm *memory = nullptr;
 };
 
 void take(void *data, wl_registry *registry, std::uint32_t name, const char *interface, std::uint32_t version) {
@@ -49,6 +51,10 @@ void take(void *data, wl_registry *registry, std::uint32_t name, const char *int
         wanted.popups = static_cast<xdg_wm_base *>(bind(xdg_wm_base_interface, 1));
     else if (std::strcmp(interface, wl_data_device_manager_interface.name) == 0)
         wanted.dragging = static_cast<wl_data_device_manager *>(bind(wl_data_device_manager_interface, 3));
+    else if (std::strcmp(interface, wp_viewporter_interface.name) == 0)
+        wanted.viewporter = static_cast<wp_viewporter *>(bind(wp_viewporter_interface, 1));
+    else if (std::strcmp(interface, wl_shm_interface.name) == 0)
+        wanted.memory = static_cast<wl_shm *>(bind(wl_shm_interface, 1));
 }
 
 } // namespace
@@ -90,9 +96,12 @@ LayerShell::LayerShell() {
     m_shell = isThere ? wanted.shell : nullptr;
     m_popups = wanted.popups;
     m_dragging = wanted.dragging;
+    m_viewporter = wanted.viewporter;
+    m_memory = wanted.memory;
     // From here on the toolkit calls their handlers.
-    for (void *each : {static_cast<void *>(m_compositor), static_cast<void *>(wanted.shell),
-                       static_cast<void *>(m_popups), static_cast<void *>(m_dragging)})
+    for (void *each :
+         {static_cast<void *>(m_compositor), static_cast<void *>(wanted.shell), static_cast<void *>(m_popups),
+          static_cast<void *>(m_dragging), static_cast<void *>(m_viewporter), static_cast<void *>(m_memory)})
         if (each)
             wl_proxy_set_queue(static_cast<wl_proxy *>(each), nullptr);
     if (m_popups) {
@@ -144,6 +153,28 @@ void LayerShell::showAnew() const {
     for (const LayerRole *role : roles)
         if (std::find(m_roles.begin(), m_roles.end(), role) != m_roles.end())
             role->retire();
+}
+
+void LayerShell::setTaken(const void *window, const QRegion &part) {
+    if (part.isEmpty())
+        m_taken.erase(window);
+    else
+        m_taken[window] = part;
+    if (m_changed)
+        m_changed();
+}
+
+QRegion LayerShell::taken() const {
+    QRegion all;
+    for (const auto &[window, part] : m_taken)
+        all += part;
+    return all;
+}
+
+void LayerShell::setDragging(bool is) {
+    m_isDragging = is;
+    if (m_changed)
+        m_changed();
 }
 
 void LayerShell::flush() const {

@@ -1,14 +1,17 @@
 #pragma once
 
+#include <QRegion>
+
 #include <chrono>
 #include <functional>
+#include <map>
 #include <vector>
 
 #include <wayland-client.h>
 
-class QRegion;
 class QScreen;
 class QWindow;
+struct wp_viewporter;
 struct xdg_wm_base;
 struct zwlr_layer_shell_v1;
 
@@ -38,6 +41,9 @@ public:
 
     [[nodiscard]] zwlr_layer_shell_v1 *shell() const { return m_shell; }
     [[nodiscard]] xdg_wm_base *popups() const { return m_popups; }
+    /// Null where a picture can have no size but its own.
+    [[nodiscard]] wp_viewporter *viewporter() const { return m_viewporter; }
+    [[nodiscard]] wl_shm *memory() const { return m_memory; }
     [[nodiscard]] wl_display *display() const { return m_display; }
 
     /// The window's surface, which is made anew where the last hiding took it. Null without a compositor.
@@ -55,9 +61,16 @@ public:
     /// The toolkit's points have another size: what floats is shown anew.
     void showAnew() const;
 
+    /// Where what floats takes the mouse, in the toolkit's plane. Each tells of itself; nothing when it goes.
+    void setTaken(const void *window, const QRegion &part);
+    [[nodiscard]] QRegion taken() const;
+
     /// While something is dragged out of a window of this program, which is the drag's as long as it lasts.
-    void setDragging(bool is) { m_isDragging = is; }
+    void setDragging(bool is);
     [[nodiscard]] bool isDragging() const { return m_isDragging; }
+
+    /// `changed` is called when a part is taken or given back, and when a drag begins or ends.
+    void setOnChanged(std::function<void()> changed) { m_changed = std::move(changed); }
 
     /// Calls the handlers of what came for `queue` until `condition` holds. False when it did not in time.
     [[nodiscard]] bool waitOn(wl_event_queue *queue, const std::function<bool()> &condition) const;
@@ -69,7 +82,11 @@ private:
     zwlr_layer_shell_v1 *m_shell = nullptr;
     xdg_wm_base *m_popups = nullptr;
     wl_data_device_manager *m_dragging = nullptr;
+    wp_viewporter *m_viewporter = nullptr;
+    wl_shm *m_memory = nullptr;
     std::vector<const LayerRole *> m_roles;
+    std::map<const void *, QRegion> m_taken;
+    std::function<void()> m_changed;
     bool m_isDragging = false;
 };
 

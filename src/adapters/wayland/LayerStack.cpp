@@ -32,11 +32,16 @@ void LayerStack::setYields(bool yields) {
     settle(nullptr);
 }
 
+void LayerStack::setHeld(bool isHeld) {
+    m_isHeld = isHeld;
+    settle(nullptr);
+}
+
 void LayerStack::settle(const Window *silent) {
     for (auto each = m_windows.begin(); each != m_windows.end(); ++each) {
         const bool isCovered = std::any_of(std::next(each), m_windows.end(),
                                            [&](const Window &front) { return front.rect.intersects(each->rect); });
-        const Standing now{.takesKeyboard = !m_yields && !m_keys.empty() && m_keys.back() == &*each,
+        const Standing now{.takesKeyboard = !m_yields && !m_isHeld && !m_keys.empty() && m_keys.back() == &*each,
                            .isOverFullScreen = !isCovered};
         if (now.takesKeyboard == each->standing.takesKeyboard &&
             now.isOverFullScreen == each->standing.isOverFullScreen)
@@ -45,6 +50,8 @@ void LayerStack::settle(const Window *silent) {
         if (&*each != silent)
             each->stand(now);
     }
+    if (m_settled)
+        m_settled();
 }
 
 } // namespace tavrine

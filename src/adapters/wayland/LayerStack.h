@@ -37,6 +37,13 @@ public:
     /// A window of the program that does not float has come or gone. While one is there that came last, none that
     /// floats asks for the keyboard.
     void setYields(bool yields);
+    /// One of them has the keyboard, as far as it lies with this program.
+    [[nodiscard]] bool asksForKeyboard() const { return !m_yields && !m_isHeld && !m_keys.empty(); }
+    /// `settled` is called after each change.
+    void setOnSettled(std::function<void()> settled) { m_settled = std::move(settled); }
+    /// While it is held, none asks for the keyboard, whatever comes.
+    void setHeld(bool isHeld);
+    [[nodiscard]] bool isHeld() const { return m_isHeld; }
 
 private:
     void settle(const Window *silent);
@@ -44,6 +51,8 @@ private:
     std::list<Window> m_windows;      ///< from the back to the front
     std::list<const Window *> m_keys; ///< those that want the keyboard, the last one has it
     bool m_yields = false;
+    bool m_isHeld = false;
+    std::function<void()> m_settled;
 };
 
 } // namespace tavrine

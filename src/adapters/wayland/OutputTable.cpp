@@ -1,5 +1,6 @@
 #include "adapters/wayland/OutputTable.h"
 
+#include "adapters/wayland/Bars.h"
 #include "adapters/wayland/FreeParts.h"
 #include "base/OnMainThread.h"
 
@@ -16,7 +17,6 @@ constexpr std::uint32_t everyEdge = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYE
                                     ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
 
 constexpr std::chrono::seconds longestAnswer{2}; ///< one or two milliseconds are usual; the program's end waits for it
-constexpr int highestBar = 64;                   ///< points
 
 /// A quarter turn, mirrored or not.
 bool isTurned(int transform) {

@@ -10,7 +10,7 @@
 namespace tavrine {
 namespace {
 
-constexpr qsizetype bytesPerTurn = qsizetype{1024} * 1024; // a flood must not keep everything else waiting
+constexpr qsizetype bytesPerRead = qsizetype{1024} * 1024; // a flood must not keep everything else waiting
 /// The kernel closes what a killed program had open one by one, and the compositor's end may come after the pipe's.
 constexpr int confirmations = 2;
 
@@ -47,7 +47,7 @@ void PipeTransfer::close() {
 void PipeTransfer::read() {
     if (m_pipe < 0)
         return;
-    for (qsizetype taken = 0; taken < bytesPerTurn;) {
+    for (qsizetype taken = 0; taken < bytesPerRead;) {
         const qsizetype before = m_bytes->size();
         // One byte more than allowed tells what is too large from what fits.
         m_bytes->resize(before + std::min(pipeBytes, m_maxBytes - before + 1));

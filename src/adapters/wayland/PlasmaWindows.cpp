@@ -9,7 +9,7 @@ namespace {
 
 /// The last in which a window comes with a number.
 constexpr int usedVersion = 12;
-constexpr WaylandLink::Wait longestAnswer{100};
+constexpr WaylandLink::Wait longestPlasmaAnswer{100};
 constexpr auto activeState = ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_ACTIVE;
 constexpr auto minimizedState = ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_MINIMIZED;
 
@@ -47,7 +47,7 @@ PlasmaWindows::~PlasmaWindows() {
 }
 
 bool PlasmaWindows::refresh() {
-    return m_client->link().finish(longestAnswer) || !m_client->isConnected();
+    return m_client->link().finish(longestPlasmaAnswer) || !m_client->isConnected();
 }
 
 void PlasmaWindows::added(std::uint32_t id) {
@@ -73,6 +73,8 @@ void PlasmaWindows::listen(Entry &window) {
             [](void *entry, Window *, std::uint32_t flags) {
                 of(entry).told.isActive = flags & activeState;
                 of(entry).isPanel = flags & ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_SKIPTASKBAR;
+                if (of(entry).told.isActive && !of(entry).isPanel)
+                    of(entry).owner.noteActive(of(entry).told.number);
                 of(entry).owner.changed(of(entry));
             },
         .virtual_desktop_changed = [](void *, Window *, std::int32_t) {},

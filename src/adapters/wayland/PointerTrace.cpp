@@ -46,6 +46,9 @@ void PointerTrace::take(QWindow *window, QPointF place, bool isDragged) {
 }
 
 void PointerTrace::leave(const QWindow &window) {
+    m_buttons = {};
+    if (window.screen() && window.geometry().contains(window.screen()->geometry()))
+        return take(nullptr, m_place, false);
     const QRectF inside(window.geometry());
     QPointF place(std::clamp(m_place.x(), inside.left(), inside.right()),
                   std::clamp(m_place.y(), inside.top(), inside.bottom()));
@@ -65,7 +68,6 @@ void PointerTrace::leave(const QWindow &window) {
         place.setX(inside.right() + beyond);
     else
         place.setY(inside.bottom() + beyond);
-    m_buttons = {};
     take(nullptr, place, false);
 }
 

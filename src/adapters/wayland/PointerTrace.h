@@ -14,7 +14,8 @@ namespace tavrine {
 /// What this program's own windows hear of the pointer: on this desktop nobody tells of it elsewhere. Lives on the main
 /// thread.
 ///
-/// Where it has left them, it is taken to be just beyond the edge over which it went. While something is dragged over
+/// Where it has left them, it is taken to be just beyond the edge over which it went, and where it was when that window
+/// covered a whole screen. While something is dragged over
 /// one of them a button is down.
 class PointerTrace final : public QObject {
 public:

@@ -1,6 +1,7 @@
 #include "adapters/wayland/TrayPlace.h"
 
 #include "adapters/stream/ToolkitPoints.h"
+#include "adapters/wayland/Bars.h"
 #include "adapters/wayland/ScreenQuestions.h"
 #include "base/OnMainThread.h"
 #include "base/SerialQueue.h"
@@ -16,9 +17,8 @@ namespace tavrine {
 namespace {
 
 constexpr std::chrono::seconds longestPress{1};
-constexpr double highestBar = 64; ///< points; one that hides leaves no trace in what is free
 
-/// Where bars are: along an edge of the screen.
+/// Where bars are: along an edge of the screen. One that hides leaves no trace in what is free.
 bool isAtAnEdge(QPointF place, const QRectF &screen) {
     return !screen.adjusted(highestBar, highestBar, -highestBar, -highestBar).contains(place);
 }

@@ -64,10 +64,10 @@ public:
     VirtualKeyboard &operator=(const VirtualKeyboard &) = delete;
 
     [[nodiscard]] bool press(const WaylandChord &chord) override {
-        const int key = chord.key ? chord.key : positionOf(chord.letter).value_or(0);
-        if (!m_hasKeymap || key == 0)
+        const int position = chord.key ? chord.key : positionOf(chord.letter).value_or(0);
+        if (!m_hasKeymap || position == 0)
             return false;
-        m_pressed = static_cast<std::uint32_t>(key);
+        m_pressed = static_cast<std::uint32_t>(position);
         hold((chord.hasShift ? shift : 0) | (chord.hasControl ? control : 0) | (chord.hasAlt ? alt : 0));
         zwp_virtual_keyboard_v1_key(m_keyboard, milliseconds(), m_pressed, WL_KEYBOARD_KEY_STATE_PRESSED);
         m_client.flush();

@@ -1,12 +1,12 @@
 #include "adapters/wayland/WaylandIdleKeeper.h"
 
 #include "adapters/wayland/ClearBuffer.h"
+#include "adapters/wayland/LayerShellEnd.h"
 #include "adapters/wayland/WaylandClient.h"
 
 #include <utility>
 
 #include <wayland/idle-inhibit-unstable-v1.h>
-#include <wayland/wlr-layer-shell-unstable-v1.h>
 
 namespace tavrine {
 namespace {
@@ -35,8 +35,7 @@ public:
         hide();
         if (m_inhibitors)
             zwp_idle_inhibit_manager_v1_destroy(m_inhibitors);
-        if (m_layers)
-            zwlr_layer_shell_v1_destroy(m_layers);
+        letLayerShellGo(m_layers);
         if (m_compositor)
             wl_compositor_destroy(m_compositor);
         m_client.flush();

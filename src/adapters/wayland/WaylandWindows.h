@@ -45,6 +45,9 @@ public:
     /// The one that has the keyboard; null for none, as while a panel has it.
     [[nodiscard]] const WaylandWindow *active() const;
     [[nodiscard]] const WaylandWindow *find(quint32 number) const;
+    /// The number of the one that was active last, be it for a moment in which a panel was without the keyboard: where
+    /// a panel gets it back each time, that tells where the person went meanwhile. 0 before the first.
+    [[nodiscard]] quint32 lastActive() const { return m_lastActive; }
 
     /// `changed` is called after each change, within `refresh` too. It may not release what it follows with.
     [[nodiscard]] Following follow(std::function<void()> changed);
@@ -57,6 +60,8 @@ protected:
     void removeAll();
     void tell();
     [[nodiscard]] quint32 nextNumber() { return ++m_lastNumber; }
+    /// At once, whatever is told of it together with that.
+    void noteActive(quint32 number) { m_lastActive = number; }
 
 private:
     using Followers = std::list<std::function<void()>>;
@@ -64,6 +69,7 @@ private:
     std::vector<WaylandWindow> m_windows;
     std::shared_ptr<Followers> m_followers = std::make_shared<Followers>();
     quint32 m_lastNumber = 0;
+    quint32 m_lastActive = 0;
 };
 
 } // namespace tavrine

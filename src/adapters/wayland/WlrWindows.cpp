@@ -62,8 +62,11 @@ void WlrWindows::added(Handle *handle) {
             [](void *entry, Handle *, wl_array *states) {
                 const std::span all(static_cast<const std::uint32_t *>(states->data),
                                     states->size / sizeof(std::uint32_t));
-                static_cast<Entry *>(entry)->told.isActive =
+                auto &self = *static_cast<Entry *>(entry);
+                self.told.isActive =
                     std::ranges::find(all, ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_ACTIVATED) != all.end();
+                if (self.told.isActive)
+                    self.owner.noteActive(self.told.number);
             },
         .done =
             [](void *entry, Handle *) {

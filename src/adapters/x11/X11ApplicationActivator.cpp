@@ -123,7 +123,7 @@ void X11ApplicationActivator::hide() {
         const bool isManaged =
             window->handle() && window->isVisible() && !(window->flags() & Qt::BypassWindowManagerHint);
         const quint32 data[5] = {iconicState, 0, 0, 0, 0};
-        // A panel is in no task bar and would never come back from there.
+        // Panels stay: nearly none is in the task bar, from where it could come back.
         if (isManaged && !isDescribed(*window))
             sendToRoot(static_cast<xcb_window_t>(window->winId()), "WM_CHANGE_STATE", data);
     }

@@ -2,10 +2,12 @@
 
 #include "adapters/pasteboard/DraggedData.h"
 #include "adapters/pasteboard/PasteboardImage.h"
+#include "adapters/x11/ReturningPictureView.h"
 #include "adapters/x11/X11WindowDescription.h"
 #include "adapters/x11/XcbLink.h"
 
 #include <QCoreApplication>
+#include <QCursor>
 #include <QDrag>
 #include <QGuiApplication>
 #include <QMimeData>
@@ -32,7 +34,7 @@ bool isButtonDown() {
 
 } // namespace
 
-X11Dragging::X11Dragging(const SelectionLimits &limits) : m_limits(limits) {
+X11Dragging::X11Dragging(const SelectionLimits &limits, Pointer pointer) : m_limits(limits), m_pointer(pointer) {
     pasteboardImage::allowPixels(limits.imagePixels);
     qApp->installNativeEventFilter(this);
 }
@@ -155,6 +157,7 @@ quint32 X11Dragging::beginDragging(QWidget &source, const DraggedItem &item, std
     if (m_mask)
         return dragOperation::none;
     m_mask = std::move(mask);
+    const QPoint begin = QCursor::pos() - item.hotSpot;
     holdKeyboard(source);
     Qt::DropAction done = Qt::IgnoreAction;
     do {
@@ -171,6 +174,8 @@ quint32 X11Dragging::beginDragging(QWidget &source, const DraggedItem &item, std
     } while (m_isBegunAgain && done == Qt::IgnoreAction && isButtonDown());
     releaseKeyboard();
     m_mask = nullptr;
+    if (done == Qt::IgnoreAction && item.returnTime.count() > 0 && m_pointer == Pointer::known)
+        ReturningPictureView::fly(item.draggingImage, QCursor::pos() - item.hotSpot, begin, item.returnTime);
     return operationOf(done);
 }
 

@@ -30,7 +30,10 @@ class X11Dragging final : public QObject, public Dragging, private QAbstractNati
     Q_OBJECT
 
 public:
-    explicit X11Dragging(const SelectionLimits &limits = {});
+    /// Whether the X server knows where the pointer is while it is not over one of its windows.
+    enum class Pointer { known, unknown };
+
+    explicit X11Dragging(const SelectionLimits &limits = {}, Pointer pointer = Pointer::known);
     ~X11Dragging() override;
 
     void readDrop(const QMimeData &offered, std::function<void(const DroppedContent &)> completion) override;
@@ -48,6 +51,7 @@ private:
     void reconsider();
 
     const SelectionLimits m_limits;
+    const Pointer m_pointer;
     Drop m_drop; ///< the present or the last
     Drops m_drops;
 

@@ -21,6 +21,8 @@ constexpr int altPosition = 56 + xKeycodeOffset;
 constexpr qint64 longestWayMs = 1500;
 /// The same where it names no active window: for a moment between two, or because there is none.
 constexpr qint64 longestPauseMs = 500;
+/// A keyboard that was held that long may have been free since, and no notice of it have come.
+constexpr qint64 longestKeptMs = 10'000;
 
 int orElse(int keycode, int fallback) {
     return keycode ? keycode : fallback;
@@ -43,6 +45,8 @@ X11EventPoster::X11EventPoster(std::function<QString()> text)
 void X11EventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) {
     static_cast<void>(m_client.takeIsLate());
     m_canPost = m_client.isConnected() && (m_canPost || m_client.link().extension(xcb_test_id));
+    if (isKeyDown)
+        m_failure = m_canPost ? QString() : QStringLiteral("the X server takes no keys from this program");
     if (!m_canPost) {
         if (isKeyDown)
             m_isHeldBack = m_client.takeIsLate();
@@ -56,7 +60,7 @@ void X11EventPoster::postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flag
     if (auto keyboard = X11Keyboard::read(m_client))
         m_keyboard = std::move(*keyboard); // else the one of the last chord, which is most likely still right
     const bool isUnderWay = isKeyboardUnderWay();
-    m_isHeldBack = m_client.takeIsLate() || isUnderWay;
+    m_isHeldBack = m_client.takeIsLate() || isUnderWay || isPressKept();
     if (m_isHeldBack)
         return; // whose window has the keyboard, and so which chord pastes there, would be late too
     const Chord chord = chordFor(keyCode, flags);
@@ -93,8 +97,10 @@ X11EventPoster::Chord X11EventPoster::chordFor(int keyCode, quint32 flags) {
 }
 
 void X11EventPoster::press(const Chord &wanted) {
-    if (wanted.keycode == 0)
+    if (wanted.keycode == 0) {
+        m_failure = QStringLiteral("the keyboard has no such key");
         return;
+    }
     m_pressed = wanted;
     holdServer();
     const auto &modifiers = m_keyboard.modifierKeys();
@@ -116,11 +122,10 @@ void X11EventPoster::press(const Chord &wanted) {
     std::erase_if(m_pressed.modifiers,
                   [&](int key) { return std::find(alreadyHeld.begin(), alreadyHeld.end(), key) != alreadyHeld.end(); });
     // The chord's modifiers go down first: a lone Super or Alt that is let go opens a menu.
-    for (const int key : m_pressed.modifiers)
-        send(true, key);
-    if (isKeyboardHeld()) {
+    if (!pressModifiers()) {
         m_isHeldBack = true;
         m_pressed.released.clear();
+        awaitKeptPress();
         release();
         return;
     }
@@ -130,13 +135,39 @@ void X11EventPoster::press(const Chord &wanted) {
     m_client.flush();
 }
 
+/// False when the keyboard is held: then the first alone was sent.
+bool X11EventPoster::pressModifiers() {
+    for (const int key : std::exchange(m_pressed.modifiers, {})) {
+        send(true, key);
+        m_pressed.modifiers.push_back(key);
+        if (m_pressed.modifiers.size() == 1 && isKeyboardHeld())
+            return false;
+    }
+    return true;
+}
+
 /// A keyboard that a grab holds does not go down: the server keeps all keys for later.
 bool X11EventPoster::isKeyboardHeld() {
-    if (m_pressed.modifiers.empty())
-        return false;
     const auto down = keysDown(m_client);
-    return m_client.takeIsLate() ||
-           (!down.empty() && std::find(down.begin(), down.end(), m_pressed.modifiers.front()) == down.end());
+    return m_client.takeIsLate() || std::find(down.begin(), down.end(), m_pressed.modifiers.front()) == down.end();
+}
+
+/// The receiver gets each press that is kept, and many of one modifier mean something to it. So there is no second one
+/// before the first is through, which the server tells: its release follows at once and leaves no trace to look for,
+/// and were it left for later, what the person types would become shortcuts. A server without XKB does not tell.
+void X11EventPoster::awaitKeptPress() {
+    if (m_firstXkbEvent == 0)
+        m_firstXkbEvent = selectKeyboardNotices(m_client);
+    m_client.drain(); // notices of before
+    if (m_firstXkbEvent != 0)
+        m_kept.start();
+}
+
+bool X11EventPoster::isPressKept() {
+    m_client.drain();
+    if (m_kept.isValid() && m_kept.elapsed() >= longestKeptMs)
+        m_kept.invalidate();
+    return m_kept.isValid();
 }
 
 /// A window that goes leaves the keyboard to nobody until the window manager, if there is one that tells of it, gives

@@ -25,6 +25,7 @@ public:
 
     void postKeyboardEvent(int keyCode, bool isKeyDown, quint32 flags) override;
     [[nodiscard]] bool isHeldBack() const override { return m_isHeldBack; }
+    [[nodiscard]] QString failure() const override { return m_failure; }
 
     /// Takes the primary selection, which some programs paste in the place of the clipboard.
     void ownPrimary(const QString &text);
@@ -40,7 +41,10 @@ private:
     };
 
     void press(const Chord &wanted);
+    [[nodiscard]] bool pressModifiers();
     [[nodiscard]] bool isKeyboardHeld();
+    void awaitKeptPress();
+    [[nodiscard]] bool isPressKept();
     [[nodiscard]] bool isKeyboardUnderWay();
     void release();
     void send(bool isPress, int keycode);
@@ -62,7 +66,10 @@ private:
     bool m_canPost = false;
     bool m_isServerHeld = false;
     bool m_isHeldBack = false;
-    QElapsedTimer m_underWay; ///< since the keyboard was first found to be with nobody
+    QString m_failure;          ///< of the last key-down
+    QElapsedTimer m_underWay;   ///< since the keyboard was first found to be with nobody
+    QElapsedTimer m_kept;       ///< since the server took a press that it keeps for later
+    quint8 m_firstXkbEvent = 0; ///< none before the first such press
     QObject m_turn;
 };
 

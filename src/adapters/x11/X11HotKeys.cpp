@@ -14,7 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 
 // Twice what the thread waits for the server's answer; the registration goes on without the main thread.
-constexpr auto longestWait = 400ms;
+constexpr auto longestWaitForKeys = 400ms;
 
 } // namespace
 
@@ -60,7 +60,7 @@ std::optional<HotKeyRef> X11HotKeys::registerHotKey(int keyCode, quint32 modifie
         result->set_value(grabs.add(ref, registration.keycode, registration.modifiers));
     });
     // A server that is slow to answer gets the grabs all the same.
-    if (answer.wait_for(longestWait) == std::future_status::ready && answer.get() == X11KeyGrabs::Result::taken)
+    if (answer.wait_for(longestWaitForKeys) == std::future_status::ready && answer.get() == X11KeyGrabs::Result::taken)
         return std::nullopt;
     m_registrations[ref] = registration;
     return ref;

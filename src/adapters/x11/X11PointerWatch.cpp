@@ -21,7 +21,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr XcbLink::Wait longestWait{200}; // what takes longer is held by another program, and looked at the next time
+constexpr XcbLink::Wait longestAnswer{200}; // what takes longer is held by another program, and looked at the next time
 constexpr std::chrono::milliseconds longestRest{1000}; // between two looks, for what the alarm may have missed
 
 constexpr unsigned int everyButton =
@@ -56,7 +56,7 @@ public:
 
     /// On the thread.
     void run(Clock::duration interval) {
-        XcbLink link(longestWait);
+        XcbLink link(longestAnswer);
         if (!link.isOpen())
             return;
         PointerAlarm alarm(link, std::chrono::floor<PointerAlarm::Length>(interval / 2));

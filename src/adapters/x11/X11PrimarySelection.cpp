@@ -36,6 +36,8 @@ void X11EventPoster::handle(const xcb_generic_event_t &event) {
         answerRequest(reinterpret_cast<const xcb_selection_request_event_t &>(event));
         break;
     default:
+        if (keyboardNotice(event, m_firstXkbEvent).isState)
+            m_kept.invalidate(); // the keyboard goes on
         break;
     }
 }

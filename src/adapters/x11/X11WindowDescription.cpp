@@ -24,7 +24,7 @@ constexpr quint32 allDesktops = 0xFFFFFFFF;
 constexpr auto describedMark = "isDescribedToDesktop";
 
 void setAtoms(xcb_connection_t *connection, xcb_window_t window, const char *property,
-              std::initializer_list<const char *> names) {
+              const std::vector<const char *> &names) {
     std::vector<xcb_atom_t> atoms;
     for (const char *name : names)
         atoms.push_back(qtAtom(name));
@@ -71,6 +71,21 @@ XcbReply<Reply> replyInTime(xcb_connection_t *connection, unsigned int sequence)
     return XcbReply<Reply>(static_cast<Reply *>(answer));
 }
 
+std::vector<const char *> statesOf(const QWindow &window, const PanelDescription &description) {
+    std::vector<const char *> states;
+    if (!description.isInTaskBar)
+        states = {"_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER"};
+    // A managed window as large as its screen is otherwise moved below the desktop's own bars.
+    if (description.canBecomeKey && description.level >= windowLevel::screenSaver && window.screen() &&
+        window.geometry() == window.screen()->geometry())
+        states.push_back("_NET_WM_STATE_FULLSCREEN");
+    if (description.level > windowLevel::normal)
+        states.push_back("_NET_WM_STATE_ABOVE");
+    if (description.collectionBehavior & collectionBehavior::canJoinAllSpaces)
+        states.push_back("_NET_WM_STATE_STICKY");
+    return states;
+}
+
 /// In device pixels, as X counts them.
 QMargins devicePixels(const QWindow &window, const QMargins &room) {
     const double scale = window.devicePixelRatio();
@@ -111,7 +126,8 @@ void repeatToWindowManager(QWindow &window, const PanelDescription &description)
     const auto addStates = [&](const char *first, const char *second) {
         sendToRoot(connection, id, "_NET_WM_STATE", {add, qtAtom(first), second ? qtAtom(second) : 0, ordinaryProgram});
     };
-    addStates("_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER");
+    if (!description.isInTaskBar)
+        addStates("_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER");
     if (description.level > windowLevel::normal)
         addStates("_NET_WM_STATE_ABOVE", nullptr);
     if (description.collectionBehavior & collectionBehavior::canJoinAllSpaces)
@@ -130,15 +146,7 @@ void describeToDesktop(QWindow &window, const PanelDescription &description, con
              {description.canBecomeKey ? "_NET_WM_WINDOW_TYPE_DIALOG"
               : isOverlay              ? "_NET_WM_WINDOW_TYPE_NOTIFICATION"
                                        : "_NET_WM_WINDOW_TYPE_UTILITY"});
-    // A managed window as large as its screen is otherwise moved below the desktop's own bars.
-    const bool isWholeScreen = description.canBecomeKey && description.level >= windowLevel::screenSaver &&
-                               window.screen() && window.geometry() == window.screen()->geometry();
-    setAtoms(connection, id, "_NET_WM_STATE",
-             {"_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER",
-              isWholeScreen ? "_NET_WM_STATE_FULLSCREEN" : "_NET_WM_STATE_SKIP_PAGER",
-              description.level > windowLevel::normal ? "_NET_WM_STATE_ABOVE" : "_NET_WM_STATE_SKIP_PAGER",
-              description.collectionBehavior & collectionBehavior::canJoinAllSpaces ? "_NET_WM_STATE_STICKY"
-                                                                                    : "_NET_WM_STATE_SKIP_PAGER"});
+    setAtoms(connection, id, "_NET_WM_STATE", statesOf(window, description));
     if (description.collectionBehavior & collectionBehavior::canJoinAllSpaces)
         setCardinals(connection, id, "_NET_WM_DESKTOP", {allDesktops});
     setCardinals(connection, id, "_COMPTON_SHADOW", {0}); // what shadow there is it draws itself

@@ -36,6 +36,7 @@ constexpr std::size_t mostWindows = 100;
 struct WindowFacts {
     QString applicationId;
     QString windowClass;
+    QString windowInstance;
     qint64 processIdentifier = 0;
     xcb_window_t transientFor = noWindow;
     xcb_window_t group = noWindow;
@@ -48,6 +49,9 @@ QString classOf(const QByteArray &wmClass) {
     const QList<QByteArray> parts = wmClass.split('\0');
     const QByteArray name = parts.size() > 1 && !parts[1].isEmpty() ? parts[1] : parts[0];
     return QString::fromLatin1(name).trimmed();
+}
+QString instanceOf(const QByteArray &wmClass) {
+    return QString::fromLatin1(wmClass.split('\0').constFirst()).trimmed();
 }
 
 } // namespace
@@ -285,7 +289,9 @@ WindowFacts X11Workspace::Private::factsOf(xcb_window_t window) {
 
     WindowFacts facts;
     facts.applicationId = QString::fromUtf8(m_client.text(applicationId)).trimmed();
-    facts.windowClass = classOf(m_client.text(wmClass));
+    const QByteArray called = m_client.text(wmClass);
+    facts.windowClass = classOf(called);
+    facts.windowInstance = instanceOf(called);
     const auto ownPid = m_client.words(wmPid);
     const QByteArray host = m_client.text(machine);
     // A number from another machine names nothing here.
@@ -329,7 +335,8 @@ std::optional<RunningApplication> X11Workspace::Private::programOf(xcb_window_t 
     return RunningApplication{.bundleIdentifier = program.bundleIdentifier,
                               .localizedName = program.name,
                               .processIdentifier = owner.processIdentifier,
-                              .window = window};
+                              .window = window,
+                              .names = {owner.applicationId, owner.windowClass, owner.windowInstance}};
 }
 
 QList<RunningApplication> X11Workspace::Private::runningApplications() {

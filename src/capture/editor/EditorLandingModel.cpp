@@ -1,5 +1,6 @@
 #include "capture/editor/EditorLandingModel.h"
 
+#include "base/DesktopWords.h"
 #include "base/Time.h"
 #include "capture/editor/ImageOpening.h"
 #include "ports/Pasteboard.h"
@@ -99,9 +100,9 @@ QString EditorLandingModel::timeText(Date date, Date now, const QLocale &locale,
     const QDate today = inZone(now).date();
     QString day = locale.toString(then.date(), QStringLiteral("MMM"));
     if (then.date() == today)
-        day = QStringLiteral("today");
+        day = inDesktopWords(QStringLiteral("today"));
     else if (then.date() == today.addDays(-1))
-        day = QStringLiteral("yesterday");
+        day = inDesktopWords(QStringLiteral("yesterday"));
     return locale.toString(then.time(), QStringLiteral("h:mm AP")) + QStringLiteral(", ") + day;
 }
 

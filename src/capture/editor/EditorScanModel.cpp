@@ -1,7 +1,7 @@
 #include "capture/editor/EditorScanModel.h"
 
+#include "base/ConcurrentQueue.h"
 #include "base/Print.h"
-#include "base/SerialQueue.h"
 #include "base/Time.h"
 #include "capture/reading/OCRManager.h"
 #include "ports/CodeDetector.h"
@@ -13,13 +13,14 @@
 namespace tavrine {
 namespace {
 
-QList<QRAnnotation> annotationsIn(CodeDetector &detector, const QImage &image) {
+QList<QRAnnotation> annotationsIn(CodeDetector &detector, const QImage &image, const std::stop_token &stop) {
     QList<QRAnnotation> annotations;
     if (image.isNull())
         return annotations;
-    const CodeDetector::Result result = detector.detect(image);
+    const CodeDetector::Result result = detector.detect(image, stop);
     if (const auto *failure = std::get_if<CodeDetector::Failure>(&result)) {
-        printLine(QStringLiteral("Failed to read codes: ") + failure->reason);
+        if (!stop.stop_requested())
+            printLine(QStringLiteral("Failed to read codes: ") + failure->reason);
         return annotations;
     }
     const auto &codes = std::get<QList<DetectedCode>>(result);
@@ -33,7 +34,8 @@ QList<QRAnnotation> annotationsIn(CodeDetector &detector, const QImage &image) {
 EditorScanModel::EditorScanModel(const Ports &ports, QObject *parent) : QObject(parent), m_ports(ports) {}
 
 EditorScanModel::~EditorScanModel() {
-    m_unwanted.request_stop();
+    m_unwantedText.request_stop();
+    m_unwantedCodes.request_stop();
 }
 
 void EditorScanModel::extractText(const QImage &image) {
@@ -53,7 +55,7 @@ void EditorScanModel::extractText(const QImage &image) {
                 });
             });
         },
-        m_unwanted.get_token());
+        m_unwantedText.get_token());
 }
 
 void EditorScanModel::endOCR(const std::optional<QString> &text) {
@@ -75,18 +77,21 @@ void EditorScanModel::scanQR(const QImage &image) {
         return;
     m_isQRScanning = true;
     Q_EMIT changed();
-    m_ports.detectionQueue.async(
-        [detector = &m_ports.detector, time = &m_ports.time, weak = QPointer(this), image, picture = m_picture] {
-            const QList<QRAnnotation> annotations = annotationsIn(*detector, image);
-            time->async([weak, annotations, picture] {
-                if (weak && weak->m_picture == picture)
-                    weak->endQR(annotations);
-            });
+    m_ports.detectionQueue.async([detector = &m_ports.detector, time = &m_ports.time, weak = QPointer(this),
+                                  stop = m_unwantedCodes.get_token(), image] {
+        if (stop.stop_requested())
+            return;
+        const QList<QRAnnotation> annotations = annotationsIn(*detector, image, stop);
+        time->async([weak, stop, annotations] {
+            if (weak && !stop.stop_requested())
+                weak->endQR(annotations);
         });
+    });
 }
 
 void EditorScanModel::replacePicture() {
-    ++m_picture; // a scan that is under way answers for the former one
+    m_unwantedCodes.request_stop(); // a scan that is under way answers for the former one
+    m_unwantedCodes = {};
     m_isQRScanning = false;
     dismissQRLabels();
 }

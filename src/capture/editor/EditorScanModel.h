@@ -15,7 +15,7 @@ namespace tavrine {
 
 class CodeDetector;
 class OCRManager;
-class SerialQueue;
+class ConcurrentQueue;
 class Time;
 
 /// "Extract Text" and "Scan QR" of the editor: what is under way and what was found. Belongs to the editor's view; main
@@ -33,7 +33,7 @@ public:
     struct Ports {
         OCRManager &manager;
         CodeDetector &detector;
-        SerialQueue &detectionQueue;
+        ConcurrentQueue &detectionQueue;
         Time &time;
     };
     explicit EditorScanModel(const Ports &ports, QObject *parent = nullptr);
@@ -68,11 +68,11 @@ private:
     QString m_ocrResultText;
     bool m_showOCRResult = false;
     bool m_isQRScanning = false;
-    unsigned m_picture = 0; ///< counts them
     QList<QRAnnotation> m_qrAnnotations;
     bool m_showQRLabels = false;
     bool m_showNoQRToast = false;
-    std::stop_source m_unwanted;
+    std::stop_source m_unwantedText;
+    std::stop_source m_unwantedCodes; ///< of this picture
 };
 
 } // namespace tavrine

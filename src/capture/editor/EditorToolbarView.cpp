@@ -6,6 +6,7 @@
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
+#include "look/SoftChange.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
@@ -127,6 +128,7 @@ void EditorToolbarView::resizeEvent(QResizeEvent *event) {
 
 void EditorToolbarView::showCopied() {
     const bool isCopied = m_model.isCopied();
+    look::changeSoftly(*m_copy);
     setWord(m_copy, isCopied ? QStringLiteral("Copied") : QStringLiteral("Copy"));
     m_copy->setSymbol(isCopied ? QStringLiteral("checkmark") : QStringLiteral("doc.on.doc"));
     m_copy->setSymbolColour(isCopied ? look::themeOf(this).successText : QColor());

@@ -11,6 +11,7 @@
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
+#include "look/SoftChange.h"
 
 #include <QGridLayout>
 #include <QPainter>
@@ -188,7 +189,10 @@ void EditorToolsView::showTool() {
 }
 
 void EditorToolsView::showStampNumber() {
-    m_number->setText(QStringLiteral("number %1").arg(m_model.nextStampNumber()));
+    const int next = m_model.nextStampNumber();
+    if (std::exchange(m_shownNumber, next) != next)
+        look::changeSoftly(*m_number);
+    m_number->setText(QStringLiteral("number %1").arg(m_shownNumber));
     m_number->setFixedWidth(m_number->sizeHint().width() + look::space::tiny);
     m_decrease->setEnabled(m_model.canDecreaseStampNumber() && !m_model.isCropping());
 }

@@ -52,6 +52,7 @@ private:
     QWidget *m_stepper = nullptr;
     look::Button *m_decrease = nullptr;
     look::Label *m_number = nullptr;
+    int m_shownNumber = 1;
     look::Button *m_percent = nullptr;
     look::Button *m_fit = nullptr;
 };

@@ -223,7 +223,7 @@ void EditorView::showMode() {
 
 void EditorView::showPills() {
     m_cropPill->setShown(m_model.isCropping());
-    m_unsavedPill->setShown(m_model.hasUnsavedChanges() && !m_model.isCropping());
+    m_unsavedPill->setShown(m_model.hasUnsavedChanges());
     placeFloating();
 }
 
@@ -238,11 +238,13 @@ void EditorView::showSaveFailure() {
 
 void EditorView::placeFloating() {
     const QRect stage = m_stage->geometry();
-    for (PillView *pill : {m_cropPill, m_unsavedPill}) {
+    int bottom = stage.bottom() - floatingGap;
+    for (PillView *pill : {m_cropPill, m_unsavedPill}) { // the second above the first while there are two
         const QSize size = pill->sizeHint().boundedTo(stage.size());
-        pill->setGeometry(
-            QRect(QPoint(stage.center().x() - size.width() / 2, stage.bottom() - floatingGap - size.height()), size));
+        pill->setGeometry(QRect(QPoint(stage.center().x() - size.width() / 2, bottom - size.height()), size));
         pill->raise();
+        if (pill->isShown())
+            bottom = pill->y();
     }
     if (m_failurePill) {
         const QSize size = m_failurePill->sizeHint().boundedTo(stage.size());

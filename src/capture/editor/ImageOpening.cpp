@@ -12,9 +12,6 @@
 namespace tavrine::imageOpening {
 namespace {
 
-// The formats that are named to the person first; behind them what else the desktop can read.
-constexpr auto filter = "Images (*.png *.jpg *.jpeg *.webp *.heic *.heif *.tif *.tiff *.gif *.bmp *.ico *.svg *.avif)";
-
 /// Of a picture that is not too large to be edited, with its scale.
 std::optional<QImage> asOpened(std::optional<QImage> image) {
     if (!image || image->isNull() || qint64{image->width()} * image->height() > maxImagePixels)
@@ -33,7 +30,8 @@ std::optional<QString> firstLocalFile(const QMimeData &data) {
 void choose(FilePanels &panels, ImageCoder &coder, const std::function<void(const QImage &)> &use) {
     OpenPanel panel;
     panel.title = QLatin1String(panelTitle);
-    panel.filter = QLatin1String(filter);
+    panel.filter = QStringLiteral("Images (*)");
+    panel.kind = QStringLiteral("image/"); // whatever the file is called: one without a suffix is a picture as well
     panels.runOpenPanel(panel, [&coder, use](const std::optional<QString> &path) {
         const std::optional<QImage> image = path ? fromFile(coder, *path) : std::nullopt;
         if (image)

@@ -9,8 +9,9 @@
 namespace tavrine {
 namespace {
 
-constexpr double sharpFrom = 3;  // from this many dots on a pixel shows as a square
-constexpr double edge = 2;       // so much more is painted, so that the smoothing at the edges of what is seen is right
+constexpr double sharpFrom = 3; // from this many dots on a pixel shows as a square
+constexpr double paintedMargin =
+    2;                           // so much more is painted, so that the smoothing at the edges of what is seen is right
 constexpr int smallestLevel = 4; // pixels of its shorter side
 
 } // namespace
@@ -44,7 +45,7 @@ const QImage &PictureLevels::levelFor(double dotsPerPixel) const {
 }
 
 void PictureLevels::paint(QPainter &painter, const QRectF &whole, const QRectF &seen, double dots) const {
-    const QRectF target = whole & seen.adjusted(-edge, -edge, edge, edge);
+    const QRectF target = whole & seen.adjusted(-paintedMargin, -paintedMargin, paintedMargin, paintedMargin);
     if (!m_levels || target.isEmpty())
         return;
     const double dotsPerPixel = whole.width() * dots / m_levels->front().width();

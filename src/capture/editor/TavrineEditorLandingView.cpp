@@ -123,6 +123,7 @@ void TavrineEditorLandingView::build() {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
+    column->setSizeConstraint(QLayout::SetNoConstraint); // it may be lower than all that it can show
     column->addWidget(makeHeader());
     m_drop = new QVBoxLayout;
     m_drop->addWidget(makeDropArea());
@@ -130,20 +131,30 @@ void TavrineEditorLandingView::build() {
     m_recentPlace = new QVBoxLayout;
     m_recentPlace->addWidget(makeRecent());
     column->addLayout(m_recentPlace);
-    setMargins();
+    fitHeight();
 }
 
-void TavrineEditorLandingView::setMargins() {
+void TavrineEditorLandingView::fitHeight() {
     const int gap = height() < lowHeight ? look::space::tiny : look::space::huge;
     m_drop->setContentsMargins(sideMargin, gap, sideMargin, gap);
     // The strip has room for a focus ring round its tiles, and the symbol of its title as much round itself.
     const int side = sideMargin - RecentStripView::edge;
     m_recentPlace->setContentsMargins(side, 0, side, gap);
+    // On a screen too low for both the way to a picture stays, and those of the history are in the clipboard's panel.
+    const int others = headerHeight + m_drop->minimumSize().height() + gap;
+    m_recent->setVisible(height() >= others + m_recent->minimumSizeHint().height());
+}
+
+QSize TavrineEditorLandingView::minimumSizeHint() const {
+    QSize least = QWidget::minimumSizeHint();
+    if (!m_recent->isHidden())
+        least.rheight() -= m_recent->minimumSizeHint().height();
+    return least;
 }
 
 void TavrineEditorLandingView::resizeEvent(QResizeEvent *event) {
     QWidget::resizeEvent(event);
-    setMargins();
+    fitHeight();
 }
 
 QWidget *TavrineEditorLandingView::makeHeader() {
@@ -232,6 +243,7 @@ void TavrineEditorLandingView::showRecent() {
     m_strip->setTiles(std::move(tiles));
     m_strip->setVisible(!isEmpty);
     m_noneYet->setVisible(isEmpty);
+    fitHeight();
 }
 
 void TavrineEditorLandingView::paintEvent(QPaintEvent *) {

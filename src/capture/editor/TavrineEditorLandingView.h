@@ -28,6 +28,8 @@ public:
     ~TavrineEditorLandingView() override;
 
     [[nodiscard]] EditorLandingModel &model() { return m_model; }
+    /// Without the recent ones, for which a low screen has no room.
+    [[nodiscard]] QSize minimumSizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -45,7 +47,7 @@ private:
     [[nodiscard]] QWidget *makeDropArea();
     [[nodiscard]] QWidget *makeRecent();
     void showRecent();
-    void setMargins();
+    void fitHeight();
 
     EditorLandingModel m_model;
     QVBoxLayout *m_drop = nullptr;

@@ -4,8 +4,10 @@
 #include "look/Metrics.h"
 #include "look/Paint.h"
 #include "look/Text.h"
+#include "look/TypedText.h"
 
 #include <QEvent>
+#include <QMimeData>
 #include <QPainter>
 #include <QScrollBar>
 
@@ -33,14 +35,24 @@ EditableTextView::EditableTextView(Kind kind, QWidget *parent) : QPlainTextEdit(
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     document()->setDocumentMargin(look::space::medium);
     recolour();
-    connect(this, &QPlainTextEdit::textChanged, this, [this] { Q_EMIT textEdited(toPlainText()); });
+    connect(this, &QPlainTextEdit::textChanged, this, [this] { Q_EMIT textEdited(text()); });
     if (auto *look = look::Look::current())
         connect(look, &look::Look::changed, this, &EditableTextView::recolour);
 }
 
-void EditableTextView::setText(const QString &text) {
-    if (text != toPlainText())
-        setPlainText(text);
+QString EditableTextView::text() const {
+    return look::asTyped(document()->toRawText());
+}
+
+void EditableTextView::setText(const QString &wanted) {
+    if (wanted != text())
+        setPlainText(wanted);
+}
+
+QMimeData *EditableTextView::createMimeDataFromSelection() const {
+    auto *selected = new QMimeData;
+    selected->setText(look::asTyped(textCursor().selectedText()));
+    return selected;
 }
 
 void EditableTextView::changeEvent(QEvent *event) {

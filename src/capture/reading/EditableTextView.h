@@ -13,9 +13,10 @@ public:
     enum class Kind { editable, selectable };
     explicit EditableTextView(Kind kind, QWidget *parent = nullptr);
 
-    [[nodiscard]] QString text() const { return toPlainText(); }
+    /// To the letter; `toPlainText` turns spaces that do not break into others.
+    [[nodiscard]] QString text() const;
     /// What is there already is left alone, with its selection.
-    void setText(const QString &text);
+    void setText(const QString &wanted);
 
 Q_SIGNALS:
     void textEdited(const QString &text); ///< by the person or by `setText`
@@ -23,6 +24,7 @@ Q_SIGNALS:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void changeEvent(QEvent *event) override;
+    [[nodiscard]] QMimeData *createMimeDataFromSelection() const override; ///< to the letter as well
 
 private:
     void recolour();

@@ -1,7 +1,7 @@
 #include "capture/reading/OCRManager.h"
 
+#include "base/ConcurrentQueue.h"
 #include "base/Print.h"
-#include "base/SerialQueue.h"
 #include "base/Time.h"
 #include "capture/reading/OCRNotepadState.h"
 #include "ports/Recognizer.h"

@@ -9,6 +9,7 @@
 #include "look/Indicators.h"
 #include "look/Look.h"
 #include "look/Paint.h"
+#include "look/SoftChange.h"
 #include "look/SymbolPlateView.h"
 
 #include <QKeyEvent>
@@ -110,6 +111,7 @@ void OCRNotepadView::showState() {
 
 void OCRNotepadView::showCopied() {
     const bool isCopied = m_model.ocrCopied();
+    look::changeSoftly(*m_copy);
     m_copy->setText(text(isCopied ? readingTexts::copied : readingTexts::copyAll));
     m_copy->setSymbol(text(isCopied ? readingTexts::copiedSymbol : readingTexts::copySymbol));
     m_copy->updateGeometry();

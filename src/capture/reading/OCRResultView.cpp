@@ -9,6 +9,7 @@
 #include "look/Look.h"
 #include "look/Metrics.h"
 #include "look/Paint.h"
+#include "look/SoftChange.h"
 #include "look/SymbolPlateView.h"
 
 #include <QKeyEvent>
@@ -99,6 +100,7 @@ void OCRResultView::showText() {
 
 void OCRResultView::showCopied() {
     const bool isCopied = m_model.isCopied();
+    look::changeSoftly(*m_copy);
     m_copy->setText(text(isCopied ? readingTexts::copiedWithMark : readingTexts::copyText));
     m_copy->setSymbol(text(isCopied ? readingTexts::copiedSymbol : readingTexts::copyTextSymbol));
     m_copy->updateGeometry();

@@ -4,6 +4,7 @@
 #include "capture/reading/QRCodeRow.h"
 #include "capture/reading/QRResultModel.h"
 #include "capture/reading/ReadingTexts.h"
+#include "look/ApplicationIcon.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
 #include "look/ScrollArea.h"
@@ -55,6 +56,7 @@ QRResultView::QRResultView(const QStringList &codes, const Ports &ports, std::fu
                            QWidget *parent)
     : PanelSurface(look::radius::panel, parent), m_onDismiss(std::move(onDismiss)) {
     setFocusPolicy(Qt::StrongFocus);
+    setWindowIcon(look::applicationIcon());
     if (codes.isEmpty())
         buildEmpty();
     else

@@ -1,8 +1,8 @@
 #include "capture/reading/QRScanner.h"
 
+#include "base/ConcurrentQueue.h"
 #include "base/Print.h"
 #include "base/PrivateFiles.h"
-#include "base/SerialQueue.h"
 #include "base/Time.h"
 #include "capture/ClearedScreen.h"
 #include "panels/Placement.h"
@@ -22,13 +22,14 @@ namespace {
 constexpr QLatin1String captureTool("/usr/sbin/screencapture");
 
 /// None for a file that is no picture, and for a picture that could not be looked at: nothing is known of its codes.
-std::optional<QStringList> codesIn(CodeDetector &detector, const QString &path) {
+std::optional<QStringList> codesIn(CodeDetector &detector, const QString &path, const std::stop_token &stop) {
     const QImage image(path);
     if (image.isNull())
         return std::nullopt;
-    const CodeDetector::Result found = detector.detect(image);
+    const CodeDetector::Result found = detector.detect(image, stop);
     if (const auto *failure = std::get_if<CodeDetector::Failure>(&found)) {
-        printLine(QStringLiteral("Failed to read codes: ") + failure->reason);
+        if (!stop.stop_requested())
+            printLine(QStringLiteral("Failed to read codes: ") + failure->reason);
         return std::nullopt;
     }
     QStringList codes;
@@ -50,13 +51,15 @@ QRScanner::QRScanner(const Ports &ports, Actions actions)
                                                                                  .contentSize = {},
                                                                                  .level = windowLevel::floating,
                                                                                  .hasShadow = true,
-                                                                                 .isMovableByBackground = true},
+                                                                                 .isMovableByBackground = true,
+                                                                                 .isInTaskBar = true},
                                                                  .placement = inTheMiddle}) {
     m_resultPanel.setOnClosed([this] { dismissResults(); });
 }
 
-// What it would capture, nobody would read.
+// What it would capture, nobody would read; nor what is being read.
 QRScanner::~QRScanner() {
+    m_unwanted.request_stop();
     if (m_currentTask && m_currentTask->isRunning())
         m_currentTask->terminate();
 }
@@ -95,15 +98,17 @@ void QRScanner::scan(const QString &path) {
     m_currentTask.reset();
     if (!QFile::exists(path))
         return;
-    m_ports.detectionQueue.async(
-        [this, detector = &m_ports.detector, time = &m_ports.time, alive = std::weak_ptr<int>(m_alive), path] {
-            const auto codes = codesIn(*detector, path);
-            time->async([this, alive, codes, path] {
-                if (codes && !alive.expired())
-                    showResults(*codes);
-                QFile::remove(path);
-            });
+    m_unwanted.request_stop(); // of pictures that are read side by side the newer one's codes are shown
+    m_unwanted = {};
+    m_ports.detectionQueue.async([this, detector = &m_ports.detector, time = &m_ports.time,
+                                  alive = std::weak_ptr<int>(m_alive), stop = m_unwanted.get_token(), path] {
+        const auto codes = codesIn(*detector, path, stop);
+        time->async([this, alive, stop, codes, path] {
+            if (codes && !stop.stop_requested() && !alive.expired())
+                showResults(*codes);
+            QFile::remove(path);
         });
+    });
 }
 
 void QRScanner::showResults(const QStringList &codes) {

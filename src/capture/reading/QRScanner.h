@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <stop_token>
 
 class QWidget;
 
@@ -16,13 +17,13 @@ namespace tavrine {
 class Application;
 class ApplicationActivator;
 class CodeDetector;
-class SerialQueue;
+class ConcurrentQueue;
 class ClearedScreen;
 class Task;
 class TaskLauncher;
 
 /// Reads QR codes off the screen: a region is captured with the system's tool, looked through, and what was found is
-/// shown in a small panel. Lives on the main thread, as long as the process.
+/// shown in a small panel, with which the program is in the task bar. Lives on the main thread, as long as the process.
 ///
 /// A capture that the person gives up leaves no file, and nothing is shown; nor is anything for a picture that cannot
 /// be read. A picture without codes is shown as one.
@@ -32,7 +33,7 @@ public:
     struct Ports {
         TaskLauncher &launcher;
         CodeDetector &detector;
-        SerialQueue &detectionQueue;
+        ConcurrentQueue &detectionQueue;
         PanelWindows &windows;
         Screens &screens;
         Application &application;
@@ -48,7 +49,7 @@ public:
     struct Actions {
         /// The view of the codes, which calls `onDismiss` to be closed.
         std::function<Content(const QStringList &codes, std::function<void()> onDismiss)> makeView;
-        /// Whether a window of the program is on the screen that is not this panel.
+        /// Whether another window keeps the program in the task bar.
         std::function<bool()> hasOtherVisibleWindow;
     };
 
@@ -75,6 +76,7 @@ private:
     std::shared_ptr<Task> m_currentTask;
     FloatingPanel m_resultPanel;
     bool m_isStarting = false; ///< the tool comes in a moment
+    std::stop_source m_unwanted;
     std::shared_ptr<int> m_alive = std::make_shared<int>();
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/SerialQueue.h"
+#include "base/ConcurrentQueue.h"
 #include "capture/reading/OCRManager.h"
 
 namespace tavrine {
@@ -8,7 +8,8 @@ namespace tavrine {
 class CodeDetector;
 
 /// What reads pictures, and the queues on which that is done: two, since a recognition takes seconds and a scan must
-/// not wait for it. One instance, as long as the process; lives on the main thread.
+/// not wait for it. Each reads several pictures side by side: what a card asks for must not wait for an editor that has
+/// a minute to read. One instance, as long as the process; lives on the main thread.
 class Reading {
 public:
     /// All outlive this.
@@ -26,12 +27,12 @@ public:
     Reading &operator=(const Reading &) = delete;
 
     [[nodiscard]] OCRManager &manager() { return m_manager; }
-    [[nodiscard]] SerialQueue &detectionQueue() { return m_detectionQueue; }
+    [[nodiscard]] ConcurrentQueue &detectionQueue() { return m_detectionQueue; }
 
 private:
     Ports m_ports;
-    SerialQueue m_recognitionQueue{QStringLiteral("com.tavrine.ocr")};
-    SerialQueue m_detectionQueue{QStringLiteral("com.tavrine.qr")};
+    ConcurrentQueue m_recognitionQueue;
+    ConcurrentQueue m_detectionQueue;
     OCRManager m_manager;
 };
 

@@ -5,7 +5,6 @@
 #include "programs/player/Doors.h"
 #include "programs/player/Movie.h"
 #include "programs/player/Reports.h"
-#include "programs/player/ScreenServer.h"
 #include "programs/player/SoundServer.h"
 #include "programs/player/Walls.h"
 
@@ -60,15 +59,13 @@ Movie::Sound openSound() {
 /// The process between its first and its last line. One thread.
 class MovieProcess {
 public:
-    [[noreturn]] void run(std::uint32_t window) {
-        if (const auto words = screenServer::open())
-            leave({Report::Kind::outputFailed, *words});
+    [[noreturn]] void run() {
         const Movie::Sound sound = openSound();
         Doors::close();
         beginToSign();
         if (const LockDownError error = lockMoviePlayer())
             leave({Report::Kind::outputFailed, "the player is not locked in: " + *error});
-        if (const auto words = m_movie.open(playerProtocol::mediaFile, window, sound))
+        if (const auto words = m_movie.open(playerProtocol::mediaFile, playerProtocol::pictureFile, sound))
             leave({Report::Kind::outputFailed, *words});
         for (;;)
             work();
@@ -95,9 +92,12 @@ private:
     }
 
     void readCommands() {
-        for (const std::string &line : m_commands.read())
+        for (const std::string &line : m_commands.read()) {
             if (const auto command = playerProtocol::movieCommandIn(line))
                 obey(*command);
+            else if (const auto size = playerProtocol::sizeIn(line))
+                m_movie.setPictureSize(*size);
+        }
     }
 
     void obey(MovieCommand command) {
@@ -110,26 +110,31 @@ private:
         case MovieCommand::unmute:
             m_movie.setMuted(command == MovieCommand::mute);
             break;
+        case MovieCommand::next:
+            m_movie.nextPicture();
+            break;
         }
     }
 
     int m_wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     int m_signs = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK);
     Commands m_commands;
-    Movie m_movie{{.ready = [] { say({Report::Kind::ready}); },
-                   .failed =
-                       [](bool isOutputToBlame, const std::string &words) {
-                           leave({isOutputToBlame ? Report::Kind::outputFailed : Report::Kind::contentsFailed, words});
-                       },
-                   .isAlive = [] { say({Report::Kind::alive}); }},
-                  [](void *self) { eventfd_write(static_cast<MovieProcess *>(self)->m_wake, 1); },
-                  this};
+    Movie m_movie{
+        {.ready = [] { say({Report::Kind::ready}); },
+         .picture = [](playerProtocol::PictureSize size) { say({.kind = Report::Kind::picture, .size = size}); },
+         .failed =
+             [](bool isOutputToBlame, const std::string &words) {
+                 leave({isOutputToBlame ? Report::Kind::outputFailed : Report::Kind::contentsFailed, words});
+             },
+         .isAlive = [] { say({Report::Kind::alive}); }},
+        [](void *self) { eventfd_write(static_cast<MovieProcess *>(self)->m_wake, 1); },
+        this};
 };
 
 } // namespace
 
-void showMovie(std::uint32_t window) {
-    MovieProcess().run(window);
+void showMovie() {
+    MovieProcess().run();
 }
 
 } // namespace tavrine

@@ -11,7 +11,7 @@ namespace tavrine {
 /// Others of the same person may look into it: the sound server does, to know with whom it speaks.
 [[nodiscard]] LockDownError lockSoundPlayer();
 
-/// The same for one that shows pictures, with its doors open (Doors.h): it reaches nothing but these.
+/// The same for one that shows pictures, with its door open (Doors.h): it reaches nothing but that.
 [[nodiscard]] LockDownError lockMoviePlayer();
 
 } // namespace tavrine

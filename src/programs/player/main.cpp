@@ -1,5 +1,5 @@
-// TavrinePlayer: plays the sound that it was given open, or with a window's number shows the movie there, as it is told
-// on standard input, until it is killed. Told to read ahead, it ends at once.
+// TavrinePlayer: plays the sound that it was given open, or makes the pictures of the movie, as it is told on standard
+// input, until it is killed. Told to read ahead, it ends at once.
 #include "adapters/linux/PlayerProtocol.h"
 #include "programs/player/PlayedSound.h"
 #include "programs/player/ShownMovie.h"
@@ -20,7 +20,7 @@ int main(int argc, char **argv) {
         playSound();
     if (argc == 2 && std::string_view(argv[1]) == playerProtocol::readAheadArgument)
         return EXIT_SUCCESS;
-    if (const auto window = argc == 2 ? playerProtocol::windowIn(argv[1]) : std::nullopt)
-        showMovie(*window);
+    if (argc == 2 && std::string_view(argv[1]) == playerProtocol::movieArgument)
+        showMovie();
     return EXIT_FAILURE;
 }

@@ -6,16 +6,26 @@
 #include "shell/menu/QuickActionsGridView.h"
 #include "shell/menu/StatusMenuView.h"
 #include "shell/tools/Tools.h"
+#include "utilities/awake/KeepAwakeControlModel.h"
 #include "utilities/awake/KeepAwakeControlView.h"
+#include "utilities/lofi/LofiPlayerModel.h"
 
 #include <algorithm>
 
 namespace tavrine {
 namespace {
 
-// Lines are known to trays by numbers: one for each tile, and one for each entry.
-constexpr int firstTileId = 1;
+// Lines are known to trays by numbers: one for each quick action, one for a note, and one for each entry.
+constexpr int firstActionId = 1;
+constexpr int pausedNoteId = 50;
 constexpr int firstEntryId = 100;
+
+/// None where it chooses nothing while the menu is closed: a tray that draws the menu shows keys and hears none.
+QStringList keysOf(KeyEquivalent keyEquivalent) {
+    if (keyEquivalent.character.isNull() || !keyEquivalent.hasShift)
+        return {};
+    return {QStringLiteral("Super"), QStringLiteral("Shift"), QString(keyEquivalent.character.toUpper())};
+}
 
 } // namespace
 
@@ -58,11 +68,8 @@ std::vector<StatusMenuLine> TrayMenu::lines() {
     std::vector<StatusMenuLine> lines;
     for (const LayoutRow &row : m_model.rows()) {
         for (const QuickAction action : row.items) {
-            if (textOf(action).isCard)
-                continue;
-            lines.push_back({.id = firstTileId + static_cast<int>(action),
-                             .label = inDesktopWords(QLatin1String(textOf(action).title)),
-                             .isOn = m_model.isToggle(action) ? std::optional(m_model.isOn(action)) : std::nullopt});
+            const auto ofIt = linesOf(action);
+            lines.insert(lines.end(), ofIt.begin(), ofIt.end());
         }
     }
     const auto &entries = m_entries.entries();
@@ -73,9 +80,67 @@ std::vector<StatusMenuLine> TrayMenu::lines() {
             lines.push_back({.id = firstEntryId + static_cast<int>(i),
                              .label = inDesktopWords(entries[i].title),
                              .isEnabled = entries[i].isEnabled,
-                             .isOn = {}});
+                             .isOn = {},
+                             .keys = keysOf(entries[i].keyEquivalent)});
     }
     return lines;
+}
+
+std::vector<StatusMenuLine> TrayMenu::linesOf(QuickAction action) {
+    if (action == QuickAction::loFi)
+        return m_toldMusic = musicLines();
+    if (action == QuickAction::keepAwake)
+        return m_toldAwake = awakeLines();
+    return {{.id = firstActionId + static_cast<int>(action),
+             .label = inDesktopWords(QLatin1String(textOf(action).title)),
+             .isOn = m_model.isToggle(action) ? std::optional(m_model.isOn(action)) : std::nullopt}};
+}
+
+/// What a press does and with what; while a track is fetched, how far that is.
+std::vector<StatusMenuLine> TrayMenu::musicLines() {
+    const LofiPlayerModel &model = music();
+    const QString text =
+        model.isDownloading() ? model.statusLine() : model.playActionName() + QStringLiteral(": ") + model.title();
+    return {{.id = firstActionId + static_cast<int>(QuickAction::loFi),
+             .label = inDesktopWords(text),
+             .isEnabled = !model.isDownloading(),
+             .isOn = {}}};
+}
+
+/// The switch with what it keeps awake, and why it rests.
+std::vector<StatusMenuLine> TrayMenu::awakeLines() {
+    const KeepAwakeManager &manager = awake();
+    const auto mode = QLatin1String(rowOf(manager.selectedMode()).label);
+    std::vector<StatusMenuLine> lines{{.id = firstActionId + static_cast<int>(QuickAction::keepAwake),
+                                       .label = inDesktopWords(QStringLiteral("Keep Awake: ") + mode),
+                                       .isOn = manager.isHolding()}};
+    if (manager.autoDisabledForBattery())
+        lines.push_back({.id = pausedNoteId,
+                         .label = inDesktopWords(QLatin1String(KeepAwakeControlModel::pausedNote)),
+                         .isEnabled = false,
+                         .isOn = {}});
+    return lines;
+}
+
+LofiPlayerModel &TrayMenu::music() {
+    return m_music.get([this] {
+        auto model = m_tools.lofi().makeModel();
+        connect(model.get(), &LofiPlayerModel::changed, this, &TrayMenu::tellOfCards);
+        return model;
+    });
+}
+
+KeepAwakeManager &TrayMenu::awake() {
+    KeepAwakeManager &manager = m_tools.keepAwake().manager();
+    if (!m_awakeChanges)
+        m_awakeChanges = connect(&manager, &KeepAwakeManager::changed, this, &TrayMenu::tellOfCards);
+    return manager;
+}
+
+/// Nobody is told of what shows in no line, as the next thousandth of a download.
+void TrayMenu::tellOfCards() {
+    if ((!m_toldMusic.empty() && m_toldMusic != musicLines()) || (!m_toldAwake.empty() && m_toldAwake != awakeLines()))
+        tellSoon();
 }
 
 void TrayMenu::choose(int id) {
@@ -85,10 +150,19 @@ void TrayMenu::choose(int id) {
         if (id == 0 || line == lines.end() || !line->isEnabled)
             return; // gone, or switched off, since the tray drew it
         if (id < firstEntryId)
-            m_model.run(static_cast<QuickAction>(id - firstTileId));
+            run(static_cast<QuickAction>(id - firstActionId));
         else
             m_entries.entries()[static_cast<std::size_t>(id - firstEntryId)].action();
     });
+}
+
+void TrayMenu::run(QuickAction action) {
+    if (action == QuickAction::loFi)
+        music().toggle();
+    else if (action == QuickAction::keepAwake)
+        awake().toggle();
+    else
+        m_model.run(action);
 }
 
 StatusMenuPanel::Ports TrayMenu::panelPorts() {

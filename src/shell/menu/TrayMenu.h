@@ -9,6 +9,8 @@
 
 namespace tavrine {
 
+class KeepAwakeManager;
+class LofiPlayerModel;
 class Shell;
 class StatusMenu;
 class Tools;
@@ -34,7 +36,7 @@ public:
     [[nodiscard]] StatusMenuPanel &panel(); ///< made when it is first asked for
 
     // For a tray that draws menus itself.
-    /// The tiles, and under them the plain entries.
+    /// The quick actions, a card as a line or two, and under them the plain entries.
     [[nodiscard]] std::vector<StatusMenuLine> lines();
     /// What a press on the line does, in a later turn.
     void choose(int id);
@@ -47,6 +49,13 @@ private:
     [[nodiscard]] StatusMenuView *makeView(QuickActionsHeight &height);
     [[nodiscard]] QWidget *makeCard(QuickAction action);
     [[nodiscard]] bool isBuilt(QuickAction action);
+    [[nodiscard]] std::vector<StatusMenuLine> linesOf(QuickAction action);
+    [[nodiscard]] std::vector<StatusMenuLine> musicLines();
+    [[nodiscard]] std::vector<StatusMenuLine> awakeLines();
+    [[nodiscard]] LofiPlayerModel &music();
+    [[nodiscard]] KeepAwakeManager &awake();
+    void run(QuickAction action);
+    void tellOfCards();
     void tellSoon();
     void animateHeight();
     void toggleCleaning();
@@ -58,6 +67,11 @@ private:
     QuickActionsModel m_model;
     bool m_isTelling = false;
     MadeOnce<StatusMenuPanel> m_panel;
+    // Of the cards' lines, for trays that draw menus themselves.
+    MadeOnce<LofiPlayerModel> m_music;
+    QMetaObject::Connection m_awakeChanges;
+    std::vector<StatusMenuLine> m_toldMusic;
+    std::vector<StatusMenuLine> m_toldAwake;
 };
 
 } // namespace tavrine

@@ -26,10 +26,16 @@ void ClearAndDisable::ask() {
     m_showClipboardClearConfirm = false;
     if (!isWanted)
         return;
-    m_ports.clipboardManager.clearHistory();
+    m_ports.clipboardManager.clearHistory([self] {
+        if (self)
+            self->tellCleared();
+    });
+    m_ports.flags.set(Feature::clipboardHistory, false);
+}
+
+void ClearAndDisable::tellCleared() {
     m_showMemoryCleaningOverlay = true;
     Q_EMIT changed();
-    m_ports.flags.set(Feature::clipboardHistory, false);
     m_ports.time.asyncAfter(overlayTime, this, [this, run = ++m_run] {
         if (run != m_run)
             return; // another began meanwhile, and is told of as long as this one was

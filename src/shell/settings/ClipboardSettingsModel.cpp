@@ -78,12 +78,7 @@ const std::vector<ExcludedApp> &ClipboardSettingsModel::excludedApps() const {
 QList<InstalledApplication> ClipboardSettingsModel::candidates() const {
     QList<InstalledApplication> found;
     for (const RunningApplication &running : m_ports.workspace.runningApplications()) {
-        const auto covers = [&running](const QString &prefix) { return running.bundleIdentifier.startsWith(prefix); };
-        const bool isExcluded =
-            std::ranges::any_of(excludedApps(), [&](const ExcludedApp &app) { return covers(app.bundleID); }) ||
-            std::ranges::any_of(ClipboardManager::sensitiveBundleIDs,
-                                [&](const char *identifier) { return covers(QLatin1String(identifier)); });
-        if (!isExcluded)
+        if (!m_ports.manager.isExcluded(running))
             found.append({running.bundleIdentifier, running.localizedName});
     }
     return found;

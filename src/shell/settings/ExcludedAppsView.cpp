@@ -23,7 +23,7 @@ using namespace look;
 namespace {
 
 constexpr int rowHeight = 48;
-constexpr int iconSide = 28;
+constexpr int programIconSide = 28;
 constexpr int footHeight = 48;
 
 } // namespace
@@ -50,9 +50,9 @@ protected:
         preparePainter(painter);
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         const Theme &theme = themeOf(this);
-        const QRectF place(space::medium, (height() - iconSide) / 2.0, iconSide, iconSide);
+        const QRectF place(space::medium, (height() - programIconSide) / 2.0, programIconSide, programIconSide);
         if (m_icon.isNull())
-            m_icon = m_model.icon(m_app.bundleID, qRound(iconSide * devicePixelRatioF()));
+            m_icon = m_model.icon(m_app.bundleID, qRound(programIconSide * devicePixelRatioF()));
         if (m_icon.isNull())
             paintSymbolPlate(painter, place, QStringLiteral("square.grid.2x2.fill"), theme.control, theme.text);
         else

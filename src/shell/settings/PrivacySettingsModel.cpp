@@ -20,7 +20,13 @@ void PrivacySettingsModel::clearAll() {
          .buttons = {QStringLiteral("Clear All Data"), QStringLiteral("Cancel")}});
     if (!isWanted || !self)
         return;
-    m_ports.clipboardManager.clearHistory();
+    m_ports.clipboardManager.clearHistory([self] {
+        if (self)
+            self->tellCleared();
+    });
+}
+
+void PrivacySettingsModel::tellCleared() {
     m_cleared = true;
     Q_EMIT changed();
     m_ports.time.asyncAfter(clearedTime, this, [this] {

@@ -38,6 +38,8 @@ Q_SIGNALS:
     void changed();
 
 private:
+    void tellCleared();
+
     Ports m_ports;
     bool m_cleared = false;
 };

@@ -144,13 +144,15 @@ void ShortcutEditorView::addSaveRow() {
 }
 
 void ShortcutEditorView::refresh() {
-    const bool isHotKey = !m_type || m_editor->draftMode() != triggerMode::doubleOption;
+    // What another hand has stored may be neither: then there is no trigger to set, only one to choose.
+    const bool isHotKey = !m_type || m_editor->draftMode() == triggerMode::commandShift;
+    const bool isDoubleTap = m_type && m_editor->draftMode() == triggerMode::doubleOption;
     if (m_type)
-        m_type->setCurrent(isHotKey ? 0 : 1);
+        m_type->setCurrent(isHotKey ? 0 : isDoubleTap ? 1 : SegmentedControl::none);
     m_key->setKey(m_editor->draftKey());
     m_keyRow->setTrailing(m_key);
     m_keyRow->setVisible(isHotKey);
-    m_tapNote->setVisible(!isHotKey);
+    m_tapNote->setVisible(isDoubleTap);
     const auto banner = m_editor->banner();
     if (banner)
         m_banner->show(*banner);

@@ -9,7 +9,9 @@
 #include "look/Paint.h"
 #include "look/ScrollArea.h"
 #include "look/Symbols.h"
+#include "look/Text.h"
 
+#include <QFontMetricsF>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QVBoxLayout>
@@ -37,10 +39,29 @@ QString titleOf(SidebarItem item) {
     return QLatin1String(isSubRow(item) ? subRowTitle : textOf(item).text);
 }
 
-QFont pointed(TextRole role, qreal points) {
+constexpr int finer = 2; // fonts come in whole pixels; at twice the size, painted at half, they come in halves
+
+/// Twice as large as it shows, for `paintWords`.
+QFont pointed(TextRole role, qreal points, QFont::Weight weight) {
     QFont font = fontFor(role);
-    font.setPixelSize(qRound(points));
+    font.setPixelSize(qRound(points * finer));
+    font.setWeight(weight);
     return font;
+}
+
+qreal widthOfWords(const QString &words, const QFont &font) {
+    return QFontMetricsF(font).horizontalAdvance(words) / finer;
+}
+
+void paintWords(QPainter &painter, const QRectF &place, Qt::Alignment alignment, const QString &words,
+                const QFont &font, const QColor &colour) {
+    painter.save();
+    painter.translate(place.topLeft());
+    painter.scale(1.0 / finer, 1.0 / finer);
+    painter.setFont(font);
+    painter.setPen(colour);
+    painter.drawText(QRectF(QPointF(), place.size() * finer), int(alignment) | Qt::TextDontClip, words);
+    painter.restore();
 }
 
 } // namespace
@@ -97,19 +118,16 @@ private:
         fillRounded(painter, QRectF(left, body.center().y() - dotSide / 2, dotSide, dotSide), dotSide / 2,
                     theme().secondaryText);
         left += dotSide + dotGap;
-        painter.setFont(pointed(isChecked() ? TextRole::bodyStrong : TextRole::body, subRowPoints));
-        painter.setPen(theme().text);
         const QString title = text();
-        painter.drawText(body.adjusted(left, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, title);
-        left += painter.fontMetrics().horizontalAdvance(title) + dotGap;
-        const QFont small = pointed(TextRole::captionStrong, badgePoints);
+        const QFont font = pointed(TextRole::body, subRowPoints,
+                                   fontFor(isChecked() ? TextRole::bodyStrong : TextRole::body).weight());
+        paintWords(painter, body.adjusted(left, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, title, font, theme().text);
+        left += widthOfWords(title, font) + dotGap;
+        const QFont small = pointed(TextRole::captionStrong, badgePoints, QFont::Bold);
         const QString badge = inDesktopWords(QLatin1String(newBadge));
-        const qreal wide = QFontMetricsF(small).horizontalAdvance(badge) + 2 * space::tiny;
-        const QRectF plate(left, body.center().y() - 6, wide, 12);
+        const QRectF plate(left, body.center().y() - 6, widthOfWords(badge, small) + 2 * space::tiny, 12);
         fillRounded(painter, plate, radius::badge, theme().accent);
-        painter.setFont(small);
-        painter.setPen(theme().onAccent);
-        painter.drawText(plate, Qt::AlignCenter, badge);
+        paintWords(painter, plate, Qt::AlignCenter, badge, small, theme().onAccent);
     }
 
     SidebarItem m_item;

@@ -41,7 +41,8 @@ QWidget *ClipboardTool::makeSearchView() {
         [this](const ClipboardItem &item) { m_shell.panels().pasteFromSearch(item); });
 }
 
-/// The classic panel's own way off the screen takes every window of the program along.
+/// The classic panel's own way off the screen takes the program's windows along, but for a card, a question or a
+/// recording on its way: nothing would bring these back.
 void ClipboardTool::orderOutAllWindows() {
     m_shell.panels().orderOutAllPanels();
     m_shell.largeWindows().orderOutAll();

@@ -28,9 +28,10 @@ public:
     [[nodiscard]] QWidget *makeSettingsView(); ///< the page of the settings
     [[nodiscard]] LofiManager &manager();
 
-private:
+    /// What all of these show.
     [[nodiscard]] std::unique_ptr<LofiPlayerModel> makeModel(std::function<void()> beforeLeaving = {});
 
+private:
     Shell &m_shell;
     SerialQueue m_fileQueue{QStringLiteral("com.tavrine.lofi")};
     MadeOnce<LofiManager> m_manager;

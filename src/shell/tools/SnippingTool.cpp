@@ -14,23 +14,7 @@
 #include "shell/tools/EditorTool.h"
 #include "upload/Uploads.h"
 
-#include <QApplication>
-
-#include <algorithm>
-
 namespace tavrine {
-namespace {
-
-/// A window among others, unlike panels and tool tips.
-bool hasVisibleWindow() {
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    return std::any_of(windows.begin(), windows.end(), [](const QWidget *window) {
-        return window->isVisible() && (window->windowFlags() & Qt::WindowType_Mask) == Qt::Window;
-    });
-}
-
-} // namespace
-
 struct SnippingTool::Notepad {
     OCRNotepadFlow flow;
 
@@ -148,7 +132,7 @@ std::unique_ptr<QRScanner> SnippingTool::makeScanner() {
                                        codes, {desktop.pasteboard(), desktop.urlOpener(), desktop.time()}, onDismiss);
                                    return QRScanner::Content{.view = view, .fittingSize = view->sizeHint()};
                                },
-                           .hasOtherVisibleWindow = hasVisibleWindow});
+                           .hasOtherVisibleWindow = [this] { return m_shell.largeWindows().isAnyVisible(); }});
 }
 
 } // namespace tavrine

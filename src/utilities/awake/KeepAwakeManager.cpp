@@ -41,7 +41,10 @@ TimeOfDay storedTime(const Preference<qint64> &preference, const UserDefaults &d
 
 KeepAwakeManager::KeepAwakeManager(const Ports &ports) : m_ports(ports) {
     loadPreferences();
-    publishPluggedIn(readPowerSource());
+    m_ports.powerSource.whenKnown([self = QPointer(this)] {
+        if (self)
+            self->takeFirstReading();
+    });
     m_powerPollTimer = m_ports.time.repeat(powerPollInterval, [this] { powerTick(); });
     if (m_scheduleEnabled)
         startScheduleTimer();
@@ -69,6 +72,17 @@ void KeepAwakeManager::publishPluggedIn(bool isPluggedIn) {
         if (std::exchange(m_isPluggedIn, isPluggedIn) != isPluggedIn)
             Q_EMIT changed();
     });
+}
+
+/// The launch's. What was switched on before the desktop had told of a battery is judged now.
+void KeepAwakeManager::takeFirstReading() {
+    const bool isPluggedIn = readPowerSource();
+    publishPluggedIn(isPluggedIn);
+    if (!isHolding())
+        return;
+    warnIfLidNeedsPower(isPluggedIn);
+    if (m_chargingOnly && !isPluggedIn)
+        disable(); // on battery it would not have come on, and nothing is paused
 }
 
 void KeepAwakeManager::powerTick() {

@@ -20,7 +20,7 @@ class UserNotifications;
 /// it on and off; a stop by the battery undoes itself when power comes back, and no other does.
 ///
 /// One instance, made when the tool is first on or shown; main thread. Making it is its launch: the preferences are
-/// read, the power source too, and the ticks run. It always starts asleep.
+/// read, the power source too as soon as the desktop has told it, and the ticks run. It always starts asleep.
 ///
 ///  1. `isAwake` and `isPluggedIn` are what people see; they change in a later turn than what changes them, and
 ///     `isAwake` becomes true when the machine has answered. Decisions go by the assertion that is held or asked for,
@@ -112,6 +112,7 @@ private:
 
     [[nodiscard]] bool readPowerSource();
     void publishPluggedIn(bool isPluggedIn);
+    void takeFirstReading();
     void makeAssertion(Deadline deadline);
     void onCreated(int result, KeepAwakeMode mode, Deadline deadline);
     void releaseAssertion();

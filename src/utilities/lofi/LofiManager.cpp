@@ -87,6 +87,7 @@ void LofiManager::play() {
 
 void LofiManager::playFile(const QString &path, Origin origin) {
     const int request = ++m_request;
+    setState(m_isPlaying, true);
     m_ports.players.makePlayer(path, [self = QPointer(this), request, path, origin](AudioPlayers::Result result) {
         if (self && self->m_request == request)
             self->begin(path, origin, std::move(result));
@@ -97,6 +98,7 @@ void LofiManager::begin(const QString &path, Origin origin, AudioPlayers::Result
     if (const auto *failure = std::get_if<AudioPlayers::Failure>(&result)) {
         if (origin == Origin::builtIn && failure->cause == AudioPlayers::Failure::Cause::contents)
             QFile::remove(path);
+        setState(m_isPlaying, false);
         failToPlay(failure->reason);
         return;
     }
@@ -105,7 +107,7 @@ void LofiManager::begin(const QString &path, Origin origin, AudioPlayers::Result
     m_audioPlayer->setNumberOfLoops(forEver);
     m_audioPlayer->prepareToPlay();
     m_audioPlayer->play();
-    setPlaying(true);
+    setState(true, false);
     print("▶️ Playing lofi track: ", lastComponent(path));
 }
 
@@ -168,7 +170,7 @@ void LofiManager::pause() {
     ++m_request;
     if (m_audioPlayer)
         m_audioPlayer->pause();
-    setPlaying(false);
+    setState(false, false);
     print("⏸️ Lofi playback paused");
 }
 
@@ -177,7 +179,7 @@ void LofiManager::stop() {
     if (m_audioPlayer)
         m_audioPlayer->stop();
     m_audioPlayer.reset();
-    setPlaying(false);
+    setState(false, false);
     print("⏹️ Lofi playback stopped");
 }
 
@@ -248,14 +250,17 @@ void LofiManager::resetToDefaultTrack() {
 
 /// So that another choice sounds at once.
 void LofiManager::playAgain() {
-    if (!m_isPlaying)
+    if (!m_isPlaying && !m_isStarting)
         return;
     stop();
     play();
 }
 
-void LofiManager::setPlaying(bool isPlaying) {
-    if (std::exchange(m_isPlaying, isPlaying) != isPlaying)
+void LofiManager::setState(bool isPlaying, bool isStarting) {
+    const bool isOther = m_isPlaying != isPlaying || m_isStarting != isStarting;
+    m_isPlaying = isPlaying;
+    m_isStarting = isStarting;
+    if (isOther)
         Q_EMIT changed();
 }
 

@@ -33,8 +33,8 @@ inline constexpr Preference<QString> lofiCustomTrackName{"lofiCustomTrackName"};
 ///
 ///  1. There is one download at a time, and it goes on while the music is paused or stopped.
 ///  2. A paused track is not gone on with: every play begins at its beginning. A play begins a moment after it was
-///  asked
-///     for, when its player has been made; a later play, pause or stop takes its place.
+///     asked for, when its player has been made; a later play, pause or stop takes its place. Until then what decides
+///     about a track that plays, the button, an import and a reset, takes it for one.
 ///  3. When sound goes to another device the music pauses at once, and stays so when the old device is back.
 ///  4. A built-in track in which there is no music (what a server sent in its stead) is removed when a play has found
 ///     that out, so that the next one fetches a track again.
@@ -63,6 +63,8 @@ public:
     ~LofiManager() override;
 
     [[nodiscard]] bool isPlaying() const { return m_isPlaying; }
+    /// A play has been asked for, and its player is not made yet.
+    [[nodiscard]] bool isStarting() const { return m_isStarting; }
     [[nodiscard]] bool isDownloading() const { return m_isDownloading; }
     [[nodiscard]] double downloadProgress() const { return m_downloadProgress; } ///< 0 to 1
     [[nodiscard]] const std::optional<QString> &customTrackName() const { return m_customTrackName; }
@@ -79,7 +81,7 @@ public:
     void resetToDefaultTrack();
 
 Q_SIGNALS:
-    /// `isPlaying`, the download or the name of the track.
+    /// `isPlaying`, `isStarting`, the download or the name of the track.
     void changed();
 
 private:
@@ -97,12 +99,14 @@ private:
     [[nodiscard]] bool isKnown(const QString &copy) const; ///< chosen, or being imported
     void playAgain();
 
-    void setPlaying(bool isPlaying);
+    void setPlaying(bool isPlaying) { setState(isPlaying, m_isStarting); }
+    void setState(bool isPlaying, bool isStarting);
     void setDownload(bool isDownloading, double progress);
     void setCustomTrackName(const std::optional<QString> &name);
 
     Ports m_ports;
     bool m_isPlaying = false;
+    bool m_isStarting = false;
     bool m_isDownloading = false;
     double m_downloadProgress = 0;
     std::optional<QString> m_customTrackName;

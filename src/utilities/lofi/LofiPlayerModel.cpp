@@ -1,13 +1,24 @@
 #include "utilities/lofi/LofiPlayerModel.h"
 
 #include "base/DesktopWords.h"
-
 #include "base/NotificationCenter.h"
 #include "ports/UrlOpener.h"
 #include "utilities/lofi/LofiManager.h"
 #include "utilities/lofi/LofiTracks.h"
 
+#include <cmath>
+
 namespace tavrine {
+namespace {
+
+/// Those that are there, and 29 of 100 are 29: a product of fractions falls short of a whole number by a trace.
+int wholePercents(double fraction) {
+    constexpr double hundred = 100;
+    constexpr double trace = 1e-9;
+    return static_cast<int>(std::floor(fraction * hundred + trace));
+}
+
+} // namespace
 
 LofiPlayerModel::LofiPlayerModel(Ports ports) : m_ports(std::move(ports)) {
     connect(&m_ports.manager, &LofiManager::changed, this, &LofiPlayerModel::changed);
@@ -18,10 +29,14 @@ QString LofiPlayerModel::title() const {
 }
 
 QString LofiPlayerModel::statusLine() const {
-    constexpr int hundred = 100;
     if (isDownloading())
-        return QStringLiteral("Downloading... %1%").arg(static_cast<int>(downloadProgress() * hundred));
-    return m_ports.manager.isPlaying() ? QStringLiteral("Now Playing") : QStringLiteral("Tap to play");
+        return QStringLiteral("Downloading... %1%").arg(wholePercents(downloadProgress()));
+    return isOn() ? QStringLiteral("Now Playing") : QStringLiteral("Tap to play");
+}
+
+/// It follows the hand: a press is a play before it is heard.
+bool LofiPlayerModel::isOn() const {
+    return m_ports.manager.isPlaying() || m_ports.manager.isStarting();
 }
 
 bool LofiPlayerModel::isGlowing() const {
@@ -29,11 +44,11 @@ bool LofiPlayerModel::isGlowing() const {
 }
 
 QString LofiPlayerModel::icon() const {
-    return m_ports.manager.isPlaying() ? QStringLiteral("pause.fill") : QStringLiteral("play.fill");
+    return isOn() ? QStringLiteral("pause.fill") : QStringLiteral("play.fill");
 }
 
 QString LofiPlayerModel::playActionName() const {
-    return m_ports.manager.isPlaying() ? QStringLiteral("Pause") : QStringLiteral("Play");
+    return isOn() ? QStringLiteral("Pause") : QStringLiteral("Play");
 }
 
 bool LofiPlayerModel::isDownloading() const {
@@ -49,7 +64,7 @@ void LofiPlayerModel::expectToggle() {
 }
 
 void LofiPlayerModel::toggle() {
-    if (m_ports.manager.isPlaying())
+    if (isOn())
         m_ports.manager.pause();
     else
         m_ports.manager.play();

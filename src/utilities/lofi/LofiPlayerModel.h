@@ -34,7 +34,7 @@ public:
     // The mini player.
     [[nodiscard]] QString title() const;
     [[nodiscard]] QString statusLine() const;
-    [[nodiscard]] bool isGlowing() const;         ///< while it plays
+    [[nodiscard]] bool isGlowing() const;         ///< while it is heard
     [[nodiscard]] QString icon() const;           ///< of the button
     [[nodiscard]] QString playActionName() const; ///< what the button is called
     [[nodiscard]] bool isDownloading() const;
@@ -59,6 +59,8 @@ Q_SIGNALS:
     void changed();
 
 private:
+    [[nodiscard]] bool isOn() const;
+
     Ports m_ports;
 };
 

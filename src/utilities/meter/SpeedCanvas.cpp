@@ -46,8 +46,8 @@ QFont fontOf(double sizePx, QFont::Weight weight) {
 
 } // namespace
 
-SpeedCanvas::SpeedCanvas(int width, int height, double scale)
-    : m_scale(scale), m_height(height),
+SpeedCanvas::SpeedCanvas(int width, int height, double scale, int bottom)
+    : m_scale(scale), m_top(height + bottom),
       m_image(static_cast<int>(std::lround(width * scale)), static_cast<int>(std::lround(height * scale)),
               QImage::Format_ARGB32_Premultiplied) {
     m_image.fill(Qt::transparent);
@@ -57,7 +57,7 @@ SpeedCanvas::SpeedCanvas(int width, int height, double scale)
 }
 
 QRectF SpeedCanvas::pixels(const QRectF &points) const {
-    return {points.x() * m_scale, (m_height - points.y() - points.height()) * m_scale, points.width() * m_scale,
+    return {points.x() * m_scale, (m_top - points.y() - points.height()) * m_scale, points.width() * m_scale,
             points.height() * m_scale};
 }
 
@@ -125,7 +125,7 @@ void SpeedCanvas::textWithArrow(const QRectF &points, ArrowDirection direction, 
 }
 
 void SpeedCanvas::arrow(QPointF point, ArrowDirection direction, const Style &style) {
-    const double baseline = std::round((m_height - point.y() - descent * style.size) * m_scale);
+    const double baseline = std::round((m_top - point.y() - descent * style.size) * m_scale);
     drawArrow(point.x() * m_scale, baseline, style.size * m_scale, direction, style.color);
 }
 

@@ -11,10 +11,11 @@ namespace tavrine {
 
 enum class ArrowDirection { up, down };
 
-/// A picture to draw on in points, with the origin at the lower left. What is drawn is put on whole device pixels.
+/// A picture to draw on in points, with the origin at the lower left, or `bottom` points below it. What is drawn is put
+/// on whole device pixels.
 class SpeedCanvas {
 public:
-    SpeedCanvas(int width, int height, double scale);
+    SpeedCanvas(int width, int height, double scale, int bottom = 0);
 
     void fillRounded(const QRectF &points, double radius, const QColor &color);
     /// The symbol; where there is none of that name, an oval in its place.
@@ -47,7 +48,7 @@ private:
     void drawArrow(double leftPx, double baselinePx, double sizePx, ArrowDirection direction, const QColor &color);
 
     double m_scale;
-    int m_height;
+    int m_top; ///< of the picture, in points above the origin
     QImage m_image;
     QPainter m_painter;
 };

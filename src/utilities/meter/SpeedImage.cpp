@@ -10,6 +10,9 @@ constexpr int widthConnected = 70;
 constexpr int widthDisconnected = 92;
 constexpr double pillRadius = 11;
 constexpr double themeRadius = 6;
+// All that is written stands in these rows of the wide picture.
+constexpr int stripBottom = 3;
+constexpr int stripHeight = 16;
 constexpr QColor systemRed{255, 59, 48};
 
 struct Colors {
@@ -20,21 +23,35 @@ struct Colors {
 constexpr QRectF noConnectionOval(8, 8, 6, 6); // where the symbol cannot be made
 const auto noConnectionSymbol = QStringLiteral("wifi.slash");
 
+/// What is filled: by the indicator, and by a theme.
+struct Grounds {
+    QRectF pill;
+    double radius;
+    QRectF theme;
+};
+
+Grounds groundsOfWide(double width) {
+    return {{0, 0, width, imageHeight}, pillRadius, {2, 1, width - 4, 20}};
+}
+
+Grounds groundsOfStrip(double width) {
+    return {{0, stripBottom, width, stripHeight}, stripHeight / 2.0, {2, stripBottom, width - 4, stripHeight}};
+}
+
+/// A disc would cut the figures off.
+constexpr Grounds groundsOfSquare{{0, 0, imageHeight, imageHeight}, themeRadius, {0, 0, imageHeight, imageHeight}};
+
 /// Fills the ground and says in which colours to go on.
-Colors begin(SpeedCanvas &canvas, const SpeedPicture &picture, int width, const QColor &label) {
+Colors begin(SpeedCanvas &canvas, const SpeedPicture &picture, const Grounds &grounds, const QColor &label) {
     const SpeedThemeTraits &theme = traitsOf(picture.theme);
     const QColor arrows = picture.isAwake ? QColor(Qt::white) : theme.arrows;
     if (picture.isAwake && picture.indicator) {
-        const double radius = width == imageHeight ? themeRadius : pillRadius; // a disc would cut the figures off
-        canvas.fillRounded({0, 0, double(width), imageHeight}, radius, *picture.indicator);
+        canvas.fillRounded(grounds.pill, grounds.radius, *picture.indicator);
         return {Qt::white, arrows};
     }
     if (!theme.background.isValid())
         return {label, arrows};
-    if (width == imageHeight)
-        canvas.fillRounded({0, 0, imageHeight, imageHeight}, themeRadius, theme.background);
-    else
-        canvas.fillRounded({2, 1, width - 4.0, 20}, themeRadius, theme.background);
+    canvas.fillRounded(grounds.theme, themeRadius, theme.background);
     return {theme.text, arrows};
 }
 
@@ -63,8 +80,10 @@ void drawOne(SpeedCanvas &canvas, const SpeedPicture &picture, const Colors &col
 
 QImage drawWide(const SpeedPicture &picture, const StatusGround &ground) {
     const int width = picture.isConnected ? widthConnected : widthDisconnected;
-    SpeedCanvas canvas(width, imageHeight, ground.scale);
-    const Colors colors = begin(canvas, picture, width, ground.label);
+    SpeedCanvas canvas(width, ground.isStrip ? stripHeight : imageHeight, ground.scale,
+                       ground.isStrip ? stripBottom : 0);
+    const Colors colors =
+        begin(canvas, picture, ground.isStrip ? groundsOfStrip(width) : groundsOfWide(width), ground.label);
     if (!picture.isConnected)
         drawNoConnection(canvas, colors);
     else if (picture.mode == SpeedDisplayMode::both)
@@ -89,7 +108,7 @@ QString shortFigure(const QString &figure) {
 
 QImage drawSquare(const SpeedPicture &picture, const StatusGround &ground) {
     SpeedCanvas canvas(imageHeight, imageHeight, ground.scale);
-    const Colors colors = begin(canvas, picture, imageHeight, ground.label);
+    const Colors colors = begin(canvas, picture, groundsOfSquare, ground.label);
     if (!picture.isConnected) {
         static_cast<void>(canvas.symbol({2, 2, 18, 18}, noConnectionSymbol, systemRed));
     } else if (picture.mode == SpeedDisplayMode::both) {

@@ -25,6 +25,9 @@ struct SpeedPicture {
 /// rounded face where the desktop has one of those that fit, else in the desktop's own; its line is as high as the
 /// platform's, so that no font moves anything. The arrows are drawn, not written: many fonts lack them.
 ///
+/// On a strip it is the same without the three points above and below all that is written, which would be scaled with
+/// it.
+///
 /// A square of 22 points has no room for all that. There it shows, in the same colours, one figure over its arrow and
 /// unit, or both figures with their units' first letters, the download above; with no connection the symbol alone.
 [[nodiscard]] StatusImage speedImage(const SpeedPicture &picture);

@@ -1,8 +1,11 @@
 // The way to the extension of GNOME Shell, and keys over it, beside a shell that is played and takes its time.
+#include "adapters/gnome/GnomeAccess.h"
 #include "adapters/gnome/GnomeHotKeys.h"
 #include "base/VirtualKeys.h"
 #include "support/Eventually.h"
 #include "support/PlayedGnome.h"
+
+#include <QElapsedTimer>
 
 #include <gtest/gtest.h>
 
@@ -39,6 +42,86 @@ TEST(BusyGnomeShell, isNotAskedAgainWhenItRefuses) {
     letPass(4 * patience);
     EXPECT_EQ(played.asked(attach), 1);
     EXPECT_FALSE(shell.isAttached());
+}
+
+/// Who asks what the extension grants in the first turns of the process, before the shell has said anything.
+class GnomeGrants : public ::testing::Test {
+protected:
+    [[nodiscard]] bool isKnown() const { return m_isKnown; }
+    void ask(GnomeAccess &access) {
+        access.whenKnown(&context, [this, &access] {
+            m_isKnown = true;
+            wasGranted = access.isAccessibilityTrusted() && access.isScreenCaptureGranted();
+        });
+    }
+
+    void expectNoneSoon() {
+        GnomeShell shell(patience);
+        GnomeAccess access(shell, [] { return false; });
+        QElapsedTimer timer;
+        timer.start();
+        ask(access);
+        ASSERT_TRUE(eventually([this] { return isKnown(); }));
+        EXPECT_FALSE(wasGranted);
+        EXPECT_LT(timer.elapsed(), std::chrono::milliseconds(GnomeShell::longestSilence).count());
+    }
+
+    QObject context;
+    PlayedGnome played;
+    bool wasGranted = false;
+
+private:
+    bool m_isKnown = false;
+};
+
+TEST_F(GnomeGrants, areKnownOnceTheShellHasAnswered) {
+    played.appear();
+    GnomeShell shell(patience);
+    GnomeAccess access(shell, [] { return false; });
+    ask(access);
+    EXPECT_FALSE(isKnown());
+    ASSERT_TRUE(eventually([this] { return isKnown(); }));
+    EXPECT_TRUE(wasGranted);
+    bool isSaidAtOnce = false;
+    access.whenKnown(&context, [&isSaidAtOnce] { isSaidAtOnce = true; });
+    EXPECT_TRUE(isSaidAtOnce);
+}
+
+TEST_F(GnomeGrants, areKnownToBeNoneWhereTheExtensionIsNotThere) {
+    played.refused = {attach};
+    played.appear();
+    expectNoneSoon();
+}
+
+TEST_F(GnomeGrants, areKnownToBeNoneWhereThereIsNoShell) {
+    expectNoneSoon();
+}
+
+TEST_F(GnomeGrants, areWaitedForNoLongerThanTwoSecondsAndKnownAllTheSameLater) {
+    played.kept = {attach};
+    played.appear();
+    GnomeShell shell(patience);
+    GnomeAccess access(shell, [] { return false; });
+    ask(access);
+    letPass(GnomeShell::longestSilence - 500ms);
+    EXPECT_FALSE(isKnown());
+    ASSERT_TRUE(eventually([this] { return isKnown(); }));
+    EXPECT_FALSE(wasGranted);
+    played.kept.clear();
+    EXPECT_TRUE(eventually([&] { return access.isScreenCaptureGranted(); }));
+}
+
+TEST_F(GnomeGrants, areToldToNobodyWhoHasGone) {
+    played.appear();
+    GnomeShell shell(patience);
+    GnomeAccess access(shell, [] { return false; });
+    bool isTold = false;
+    {
+        QObject gone;
+        access.whenKnown(&gone, [&isTold] { isTold = true; });
+    }
+    ASSERT_TRUE(eventually([&] { return shell.isAttached(); }));
+    EXPECT_FALSE(isTold);
 }
 
 class GnomeKeys : public ::testing::Test {

@@ -136,6 +136,35 @@ TEST_F(ReaderProcessTest, aReadingThatIsStoppedEndsItsReaderAndNoOther) {
     EXPECT_TRUE(std::holds_alternative<QStringList>(recognizer.recognize(picture())));
 }
 
+TEST_F(ReaderProcessTest, aLookForCodesThatIsStoppedEndsItsReader) {
+    writeReader("touch \"$0.begun\"; exec sleep 600");
+    const QString begun = folder.filePath(words("TavrineReader.begun"));
+    ProcessCodeDetector detector(folder.path(), ProcessCodeDetector::screenPlugin, std::chrono::minutes(5));
+    std::stop_source unwanted;
+    std::thread stopper([&] {
+        EXPECT_TRUE(test::eventually([&] { return QFile::exists(begun); }));
+        unwanted.request_stop();
+    });
+    QElapsedTimer timer;
+    timer.start();
+    const auto result = detector.detect(picture(), unwanted.get_token());
+    stopper.join();
+    EXPECT_TRUE(std::holds_alternative<CodeDetector::Failure>(result));
+    EXPECT_LT(timer.elapsed(), 60'000); // and not five minutes
+}
+
+TEST_F(ReaderProcessTest, picturesAreReadSideBySide) {
+    writeReader("touch \"$0.in.$$\"; while [ $(ls \"$0\".in.* | wc -l) -lt 2 ]; do sleep 0.02; done; "
+                "echo '{\"lines\":[]}'");
+    ProcessRecognizer recognizer(folder.path());
+    Recognizer::Result other;
+    std::thread caller([&] { other = recognizer.recognize(picture()); });
+    const auto result = recognizer.recognize(picture());
+    caller.join();
+    EXPECT_TRUE(std::holds_alternative<QStringList>(result)) << "neither ends before the other has begun";
+    EXPECT_TRUE(std::holds_alternative<QStringList>(other));
+}
+
 TEST_F(ReaderProcessTest, theReaderHasOneThreadForItsLoopsAndNoFilesOfOurs) {
     writeReader("printf '{\"lines\":[\"%s\",\"%s\"]}' \"$OMP_THREAD_LIMIT\" \"$(ls /proc/self/fd | tr '\\n' ' ')\"");
     QFile open(folder.filePath(words("ours")));

@@ -1,8 +1,11 @@
 // A paste that compositors hold up or do not let through, against one that is played.
 #include "adapters/wayland/PlayedCompositor.h"
+#include "adapters/wayland/WaylandClient.h"
 #include "adapters/wayland/WaylandEventPoster.h"
+#include "adapters/wayland/WaylandReader.h"
 #include "base/VirtualKeys.h"
 #include "ports/EventMonitors.h"
+#include "support/FileSizeLimit.h"
 #include "support/Wait.h"
 
 #include <QElapsedTimer>
@@ -96,6 +99,26 @@ TEST(WaylandPaste, isNotTypedWhereTheTextCannotBeWhatWasSelectedLast) {
     poster.postKeyboardEvent(virtualKey::enter, true, 0); // what comes before it has come as well
     EXPECT_TRUE(waitUntil([&] { return compositor.count("zwp_virtual_keyboard_v1.key") > 0; }));
     EXPECT_EQ(compositor.count("zwp_virtual_keyboard_v1.key"), 1);
+}
+
+TEST(WaylandPaste, isNotTypedOnAKeyboardWhoseKeysTheCompositorWasNotTold) {
+    const PlayedCompositor compositor({&wl_seat_interface, &zwp_virtual_keyboard_manager_v1_interface});
+    const auto reader = std::make_shared<WaylandReader>();
+    WaylandClient client(reader);
+    std::optional<WaylandEventPoster> poster;
+    {
+        const FileSizeLimit none(0);
+        poster.emplace(
+            WaylandWindows::make(), [] { return QString(); }, reader);
+    }
+    poster->postKeyboardEvent(virtualKey::v, true, modifierFlag::command);
+    poster->postKeyboardEvent(virtualKey::v, false, modifierFlag::command);
+    EXPECT_FALSE(poster->isHeldBack());
+    EXPECT_EQ(poster->failure(), QStringLiteral("no keys can be typed"));
+    EXPECT_TRUE(client.link().finish()); // what was asked for has come
+    EXPECT_EQ(compositor.count("zwp_virtual_keyboard_manager_v1.create_virtual_keyboard"), 1);
+    EXPECT_EQ(compositor.count("zwp_virtual_keyboard_v1.keymap"), 0);
+    EXPECT_EQ(compositor.count("zwp_virtual_keyboard_v1.key"), 0); // it would end the connection
 }
 
 } // namespace

@@ -8,7 +8,7 @@
 namespace tavrine {
 namespace {
 
-constexpr auto text = "text/plain;charset=utf-8";
+constexpr auto plainText = "text/plain;charset=utf-8";
 
 /// Keeping what others copied when they end.
 class KeptContents : public WaylandPasteboardFixture {
@@ -22,7 +22,7 @@ protected:
 
 TEST_F(KeptContents, whatStoodBeforeTheStartIsReadAndIsNoChange) {
     TestSource source;
-    source.own({{text, {.bytes = "from before"}}, {"text/html", {.bytes = "<b>from before</b>"}}});
+    source.own({{plainText, {.bytes = "from before"}}, {"text/html", {.bytes = "<b>from before</b>"}}});
     start();
     ASSERT_TRUE(waitUntil([this] { return pasteboard().string().has_value(); }));
     EXPECT_EQ(pasteboard().string(), QStringLiteral("from before"));
@@ -35,7 +35,7 @@ TEST_F(KeptContents, whatStoodBeforeTheStartIsReadAndIsNoChange) {
 
 TEST_F(KeptContents, aCopyRightAfterTheStartIsAChangeEvenIfAnotherOwnerStoodBefore) {
     TestSource old;
-    old.own({{text, SourceAnswer::silent()}});
+    old.own({{plainText, SourceAnswer::silent()}});
     start();
     TestSource source;
     source.ownText("new");
@@ -47,7 +47,7 @@ TEST_F(KeptContents, everyTargetIsGivenAsItCameWhenTheOwnerIsGone) {
     start();
     TestSource source;
     const TestSource::Contents contents{
-        {text, {.bytes = "text"}},
+        {plainText, {.bytes = "text"}},
         {"text/html", {.bytes = "<b>text</b>"}},
         {"application/rtf", {.bytes = "{\\rtf1 text}"}},
         {"image/png", {.bytes = pngOf(coloured(40, 30))}},
@@ -80,7 +80,7 @@ TEST_F(KeptContents, formsOfTheSameTextAndPictureAreMadeWhenSomebodyAsks) {
     start();
     TestSource source;
     source.own({{"UTF8_STRING", {.bytes = "Grüße"}},
-                {text, {.bytes = "?"}},
+                {plainText, {.bytes = "?"}},
                 {"STRING", {.bytes = "?"}},
                 {"image/png", {.bytes = pngOf(coloured(40, 30))}},
                 {"image/bmp", {.bytes = "?"}},
@@ -89,7 +89,7 @@ TEST_F(KeptContents, formsOfTheSameTextAndPictureAreMadeWhenSomebodyAsks) {
     waitUntilFetched(source, "x/last");
     ASSERT_TRUE(endAndWaitForTheKeeper(source));
     TestPaster paster;
-    EXPECT_EQ(paster.paste(text), "Grüße");
+    EXPECT_EQ(paster.paste(plainText), "Grüße");
     EXPECT_EQ(paster.paste("STRING"), QStringLiteral("Grüße").toLatin1());
     EXPECT_EQ(QImage::fromData(paster.paste("image/bmp").value_or(QByteArray())).size(), QSize(40, 30));
 }
@@ -102,7 +102,7 @@ TEST_F(KeptContents, areReplacedByTheNextCopyAndKeptAgain) {
         ASSERT_TRUE(changed());
         EXPECT_EQ(steps(), 1);
         ASSERT_TRUE(endAndWaitForTheKeeper(source));
-        EXPECT_EQ(TestPaster().paste(text), word);
+        EXPECT_EQ(TestPaster().paste(plainText), word);
     }
 }
 
@@ -133,7 +133,7 @@ TEST_F(KeptContents, aLivingOwnerIsNotReplacedByThem) {
         source.ownText(word);
         ASSERT_TRUE(waitUntil([&] { return pasteboard().string() == QString::fromLatin1(word); })) << i;
         ASSERT_TRUE(source.isOwner()) << i;
-        ASSERT_EQ(paster.paste(text), word) << i;
+        ASSERT_EQ(paster.paste(plainText), word) << i;
     }
 }
 
@@ -174,11 +174,11 @@ TEST_F(KeptContents, programsThatFightOverTheClipboardAreLeftAloneUntilASecondOf
     TestSource source;
     QElapsedTimer calm;
     calm.start();
-    source.own({{text, {.bytes = "kept after the war"}}}, 12);
+    source.own({{plainText, {.bytes = "kept after the war"}}}, 12);
     ASSERT_TRUE(waitUntil([this] { return pasteboard().string() == QStringLiteral("kept after the war"); }));
     ASSERT_TRUE(endAndWaitForTheKeeper(source));
     EXPECT_GE(calm.elapsed(), 1000);
-    EXPECT_EQ(TestPaster().paste(text), "kept after the war");
+    EXPECT_EQ(TestPaster().paste(plainText), "kept after the war");
 }
 
 TEST_F(KeptContents, twoKeepersDoNotFightForEver) {
@@ -191,7 +191,7 @@ TEST_F(KeptContents, twoKeepersDoNotFightForEver) {
     TestPaster paster;
     const int before = paster.notices();
     ASSERT_TRUE(endAndWaitForTheKeeper(source));
-    EXPECT_EQ(paster.paste(text), "text");
+    EXPECT_EQ(paster.paste(plainText), "text");
     static_cast<void>(waitUntil([] { return false; }, 500)); // the time for a fight
     EXPECT_LE(paster.notices() - before, 4) << "the end, the one, and at most the other after it";
 }

@@ -27,7 +27,7 @@ using testing::ForeignWindow;
 using testing::waitUntil;
 
 /// What it was told by the mouse and the keyboard.
-class Content final : public QWidget {
+class Content : public QWidget {
 public:
     Content() { setFocusPolicy(Qt::StrongFocus); }
     QList<QPoint> clicks;
@@ -207,6 +207,43 @@ TEST_F(LayerPanelsTest, aPanelThatIgnoresTheMouseLetsClicksPass) {
     EXPECT_TRUE(hearsClick(*panel.content, {400, 400}));
 }
 
+/// As the border of what is recorded, which is a line and nothing within.
+class MaskedContent final : public Content {
+protected:
+    void showEvent(QShowEvent *event) override {
+        Content::showEvent(event);
+        window()->setMask(QRegion(0, 0, 200, 200) - QRegion(50, 50, 100, 100));
+    }
+};
+
+TEST_F(LayerPanelsTest, aPanelWithAMaskThatIgnoresTheMouseLetsClicksPassOnItToo) {
+    const Panel below = show({200, 200, 500, 400});
+    PanelDescription description;
+    description.canBecomeKey = false;
+    description.ignoresMouseEvents = true;
+    Panel panel{windows.makePanel(description), new MaskedContent};
+    panel.window->setContentView(panel.content);
+    for (int showing = 0; showing < 2; ++showing) {
+        panel.window->setFrame({300, 300, 200, 200});
+        panel.window->makeKeyAndOrderFront();
+        ASSERT_TRUE(hearsClickAt(*below.content, {310, 400}, {110, 200}));
+        EXPECT_TRUE(panel.content->clicks.isEmpty());
+        panel.window->orderOut();
+    }
+}
+
+TEST_F(LayerPanelsTest, whatAMaskLeavesOutOfAPanelTakesNoClicks) {
+    const Panel below = show({200, 200, 500, 400});
+    PanelDescription description;
+    description.canBecomeKey = false;
+    Panel panel{windows.makePanel(description), new MaskedContent};
+    panel.window->setContentView(panel.content);
+    panel.window->setFrame({300, 300, 200, 200});
+    panel.window->makeKeyAndOrderFront();
+    ASSERT_TRUE(hearsClickAt(*below.content, {400, 400}, {200, 200}));
+    EXPECT_TRUE(hearsClickAt(*panel.content, {310, 400}, {10, 100}));
+}
+
 TEST_F(LayerPanelsTest, aPanelIsAboveAFullScreenWindow) {
     QProcess terminal;
     terminal.start(QStringLiteral("foot"), {QStringLiteral("--fullscreen"), QStringLiteral("cat")});
@@ -334,10 +371,3 @@ TEST_F(LayerPanelsTest, everyPanelHasANumberThatStaysWithIt) {
 
 } // namespace
 } // namespace tavrine
-
-int main(int argc, char **argv) {
-    tavrine::LayerShell::prepareToolkit();
-    QApplication application(argc, argv);
-    ::testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
-}

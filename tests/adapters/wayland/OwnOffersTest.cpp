@@ -12,7 +12,7 @@ using testing::Contains;
 using testing::IsSupersetOf;
 using testing::Not;
 
-constexpr auto text = "text/plain;charset=utf-8";
+constexpr auto offeredText = "text/plain;charset=utf-8";
 
 /// What other programs get when they paste from us.
 class OwnOffers : public WaylandPasteboardFixture {
@@ -40,9 +40,9 @@ protected:
 TEST_F(OwnOffers, textIsOfferedInEveryCommonForm) {
     write(QStringLiteral("Grüße 🌍"));
     EXPECT_THAT(paster.targets(), IsSupersetOf({QByteArray("UTF8_STRING"), QByteArray("TEXT"), QByteArray("STRING"),
-                                                QByteArray("text/plain"), QByteArray(text)}));
+                                                QByteArray("text/plain"), QByteArray(offeredText)}));
     const QByteArray utf8 = QStringLiteral("Grüße 🌍").toUtf8();
-    for (const char *target : {"UTF8_STRING", text, "text/plain", "TEXT"})
+    for (const char *target : {"UTF8_STRING", offeredText, "text/plain", "TEXT"})
         EXPECT_EQ(pasted(target), utf8) << target;
     EXPECT_EQ(pasted("image/png"), "(refused)");
 }
@@ -85,12 +85,12 @@ TEST_F(OwnOffers, severalWritesOfOneTurnReachTheOthersInOneStep) {
     ASSERT_TRUE(changed());
     const int before = paster.notices();
     pasteboard().clearContents();
-    EXPECT_EQ(pasted(text), "before") << "nothing leaves before the turn ends";
+    EXPECT_EQ(pasted(offeredText), "before") << "nothing leaves before the turn ends";
     pasteboard().setString(QStringLiteral("first"));
     pasteboard().clearContents();
     pasteboard().setString(QStringLiteral("second"));
     ASSERT_TRUE(waitUntil([&] { return paster.notices() > before; }));
-    EXPECT_EQ(pasted(text), "second");
+    EXPECT_EQ(pasted(offeredText), "second");
     EXPECT_EQ(paster.notices(), before + 1);
 }
 
@@ -108,14 +108,14 @@ TEST_F(OwnOffers, largeTextArrivesByteForByte) {
     for (qsizetype i = 0; i < bytes.size(); ++i)
         bytes[i] = static_cast<char>('!' + i * i % 89);
     write(QString::fromLatin1(bytes));
-    EXPECT_TRUE(paster.paste(text) == bytes);
+    EXPECT_TRUE(paster.paste(offeredText) == bytes);
 }
 
 TEST_F(OwnOffers, programsThatVanishWhilePastingDoNoHarm) {
     write(QString(3'000'000, QLatin1Char('z')));
     for (int i = 0; i < 50; ++i)
-        paster.askAndLeave(text);
-    EXPECT_EQ(pasted(text).size(), 3'000'000);
+        paster.askAndLeave(offeredText);
+    EXPECT_EQ(pasted(offeredText).size(), 3'000'000);
 }
 
 TEST_F(OwnOffers, moreHungProgramsThanAreServedAtOnceAreForgottenInTime) {
@@ -128,19 +128,19 @@ TEST_F(OwnOffers, moreHungProgramsThanAreServedAtOnceAreForgottenInTime) {
     TestPaster second;
     QElapsedTimer timer;
     timer.start();
-    first.askAndHang(text);
-    second.askAndHang(text);
-    const bool isServed = pasted(text).size() == 3'000'000;
+    first.askAndHang(offeredText);
+    second.askAndHang(offeredText);
+    const bool isServed = pasted(offeredText).size() == 3'000'000;
     EXPECT_TRUE(!isServed || timer.elapsed() >= 1500) << "there was no place for a third";
-    EXPECT_TRUE(waitUntil([&] { return pasted(text).size() == 3'000'000; }));
+    EXPECT_TRUE(waitUntil([&] { return pasted(offeredText).size() == 3'000'000; }));
 }
 
 TEST_F(OwnOffers, aTransferUnderWayIsFinishedAfterTheClipboardHasPassedOn) {
     write(QString(8'000'000, QLatin1Char('a')));
     TestPaster other;
-    other.askAndHang(text);
+    other.askAndHang(offeredText);
     write(QStringLiteral("new"));
-    EXPECT_EQ(pasted(text), "new");
+    EXPECT_EQ(pasted(offeredText), "new");
     EXPECT_EQ(other.finish(), QByteArray(8'000'000, 'a'));
 }
 
@@ -148,19 +148,19 @@ TEST_F(OwnOffers, whatIsNoPipeIsNotWrittenTo) {
     write(QStringLiteral("text"));
     QTemporaryFile file;
     ASSERT_TRUE(file.open());
-    paster.askInto(text, file.handle());
-    EXPECT_EQ(pasted(text), "text") << "served behind it";
+    paster.askInto(offeredText, file.handle());
+    EXPECT_EQ(pasted(offeredText), "text") << "served behind it";
     EXPECT_EQ(file.size(), 0);
 }
 
 TEST_F(OwnOffers, aWriteOverAnOwnOneNeverLeavesTheClipboardEmpty) {
     write(QStringLiteral("first"));
-    ASSERT_EQ(pasted(text), "first");
+    ASSERT_EQ(pasted(offeredText), "first");
     TestPaster keeper; // as a program that takes what nobody owns
     const int before = keeper.timesEmpty();
     for (int i = 0; i < 10; ++i) {
         write(QStringLiteral("text %1").arg(i));
-        ASSERT_TRUE(waitUntil([&] { return keeper.paste(text) == "text " + QByteArray::number(i); })) << i;
+        ASSERT_TRUE(waitUntil([&] { return keeper.paste(offeredText) == "text " + QByteArray::number(i); })) << i;
     }
     EXPECT_EQ(keeper.timesEmpty(), before);
 }
@@ -168,13 +168,14 @@ TEST_F(OwnOffers, aWriteOverAnOwnOneNeverLeavesTheClipboardEmpty) {
 TEST_F(OwnOffers, ofACopyAndAWriteAtTheSameTimeTheWriteStandsInBothPlaces) {
     TestSource other;
     for (int i = 0; i < 30; ++i) {
-        const int asked = other.requestCount(text);
+        const int asked = other.requestCount(offeredText);
         other.ownText("theirs " + QByteArray::number(i));
         const QString string = QStringLiteral("mine %1").arg(i);
-        ASSERT_TRUE(waitUntil([&] { return other.requestCount(text) > asked; })); // its contents are on their way
+        ASSERT_TRUE(
+            waitUntil([&] { return other.requestCount(offeredText) > asked; })); // its contents are on their way
         const int count = pasteboard().clearContents();
         pasteboard().setString(string);
-        ASSERT_TRUE(waitUntil([&] { return pasted(text) == string.toUtf8(); })) << i;
+        ASSERT_TRUE(waitUntil([&] { return pasted(offeredText) == string.toUtf8(); })) << i;
         EXPECT_EQ(pasteboard().string(), string);
         EXPECT_EQ(pasteboard().changeCount(), count) << "the copy came before the write and was replaced by it";
     }
@@ -187,11 +188,11 @@ TEST_F(OwnOffers, aCopyMadeAfterAWriteStandsThoughTheTurnOfTheWriteGoesOn) {
         std::this_thread::sleep_for(std::chrono::milliseconds(300)); // something else holds the main thread
         TestSource other;
         other.ownText("theirs");
-        for (int i = 0; isReadBefore && i < 1000 && other.requestCount(text) == 0; ++i)
+        for (int i = 0; isReadBefore && i < 1000 && other.requestCount(offeredText) == 0; ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         ASSERT_TRUE(waitUntil([&] { return pasteboard().string() == QStringLiteral("theirs"); }));
         EXPECT_EQ(pasteboard().changeCount(), count + 1);
-        EXPECT_EQ(pasted(text), "theirs");
+        EXPECT_EQ(pasted(offeredText), "theirs");
         EXPECT_TRUE(other.isOwner());
         m_count = pasteboard().changeCount();
     }
@@ -212,7 +213,7 @@ TEST_F(OwnOffers, whoeverWinsARaceForTheClipboardIsReadHereToo) {
         ASSERT_TRUE(waitUntil([&] { return isOver.load(); }));
         racer.join();
         ASSERT_TRUE(waitUntil([&] {
-            const QByteArray there = pasted(text);
+            const QByteArray there = pasted(offeredText);
             return there.endsWith(" " + QByteArray::number(i)) && pasteboard().string() == QString::fromLatin1(there);
         })) << i;
     }
@@ -233,7 +234,7 @@ TEST_F(OwnOffers, theEndIsImmediate) {
     start(limits);
     write(QString(3'000'000, QLatin1Char('z')));
     TestPaster hanging;
-    hanging.askAndHang(text);
+    hanging.askAndHang(offeredText);
     QElapsedTimer timer;
     timer.start();
     stop();

@@ -60,6 +60,18 @@ TEST_F(WaylandEventMonitorsTest, modifiersAreToldAsTheyGoDownAndUp) {
     EXPECT_THAT(flags, ElementsAre(0x80000, 0xA0000, 0x80000, 0, 0x100000, 0));
 }
 
+TEST_F(WaylandEventMonitorsTest, capsLockIsAFlagWhileItIsOn) {
+    show();
+    hand.tap(KEY_CAPSLOCK);
+    watch(eventMask::flagsChanged);
+    hand.tap(KEY_LEFTALT);
+    ASSERT_TRUE(waitUntil([this] { return flags.size() >= 2; }));
+    hand.tap(KEY_CAPSLOCK);
+    hand.tap(KEY_LEFTALT);
+    EXPECT_TRUE(waitUntil([this] { return flags.size() >= 4; }));
+    EXPECT_THAT(flags, ElementsAre(0x90000, 0x10000, 0x80000, 0));
+}
+
 TEST_F(WaylandEventMonitorsTest, aSwallowedKeyIsSeenByNobodyElse) {
     show();
     watch(eventMask::keyDown, true);

@@ -1,5 +1,6 @@
 #include "adapters/wayland/WaylandClient.h"
 #include "adapters/wayland/WaylandIdleKeeper.h"
+#include "adapters/wayland/WaylandReader.h"
 #include "support/Wait.h"
 #include "support/WaylandHand.h"
 
@@ -47,6 +48,18 @@ TEST(WaylandIdleKeeper, theSessionIsNotIdleWhileItIsWanted) {
     EXPECT_FALSE(keeper.held().display);
     hand.tap(KEY_LEFTSHIFT);
     EXPECT_TRUE(waitUntil([&] { return locker.isIdle; }));
+}
+
+TEST(WaylandIdleKeeper, theConnectionThatItSharesOutlivesIt) {
+    const auto reader = std::make_shared<WaylandReader>();
+    WaylandClient other(reader);
+    {
+        WaylandIdleKeeper keeper(reader);
+        keeper.want({.display = true}, QStringLiteral("a test"));
+        ASSERT_TRUE(waitUntil([&] { return keeper.held().display; }));
+    }
+    EXPECT_TRUE(other.link().finish(WaylandLink::Wait{5'000}));
+    EXPECT_TRUE(other.isConnected());
 }
 
 TEST(WaylandIdleKeeper, whatIsNoDisplayIsNotPromised) {

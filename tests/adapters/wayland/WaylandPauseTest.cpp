@@ -2,7 +2,11 @@
 #include "adapters/wayland/WaylandWindows.h"
 #include "adapters/wayland/WaylandWorkspace.h"
 #include "base/NotificationCenter.h"
+#include "base/Program.h"
 #include "support/Eventually.h"
+
+#include <QGuiApplication>
+#include <QRasterWindow>
 
 #include <gtest/gtest.h>
 #include <wayland-server-core.h>
@@ -65,6 +69,105 @@ TEST_F(WaylandPauseTest, aProgramIsNotLeftWhileTheCompositorStandsStillBetweenIt
     }));
     letPass(std::chrono::milliseconds(50));
     EXPECT_EQ(departures, 0);
+}
+
+/// As in Clean Mode: what a person copies with the mouse then is the copy of a program.
+TEST_F(WaylandPauseTest, whileTheKeyboardIsHeldWhatWasActiveLastIsInFront) {
+    bool isHeld = false;
+    WaylandWorkspace workspace(WaylandWindows::make(), nullptr, [&] { return isHeld; });
+    const auto windowInFront = [&] {
+        const auto front = workspace.frontmostApplication();
+        return front ? front->window : 0;
+    };
+    wl_resource *first = nullptr;
+    wl_resource *second = nullptr;
+    m_compositor.doThere([&] { first = open(); });
+    ASSERT_TRUE(eventually([&] { return windowInFront() != 0; }));
+    const quint32 before = windowInFront();
+    isHeld = true;
+    m_compositor.doThere([&] { setActive(first, false); });
+    letPass(std::chrono::milliseconds(400));
+    EXPECT_EQ(windowInFront(), before);
+    m_compositor.doThere([&] { // clicked, and the keyboard is taken back at once
+        second = open();
+        setActive(second, false);
+    });
+    EXPECT_TRUE(eventually([&] { return windowInFront() != before; }));
+    letPass(std::chrono::milliseconds(400));
+    EXPECT_GT(windowInFront(), before);
+    m_compositor.doThere([&] { setActive(first, true); });
+    EXPECT_TRUE(eventually([&] { return windowInFront() == before; }));
+    isHeld = false;
+    m_compositor.doThere([&] { setActive(first, false); });
+    EXPECT_TRUE(eventually([&] { return windowInFront() == 0; }));
+}
+
+/// With a panel that has the keyboard over the window of another program.
+class WaylandPanelPauseTest : public WaylandPauseTest {
+protected:
+    WaylandPanelPauseTest() {
+        m_compositor.doThere([this] { m_behind = open(); });
+        EXPECT_TRUE(eventually([this] { return m_workspace.frontmostApplication().has_value(); }));
+        m_isCalled = true;
+        takeKeyboard();
+    }
+    void takeKeyboard() {
+        m_panel.show();
+        m_panel.requestActivate();
+        EXPECT_TRUE(eventually([] { return QGuiApplication::focusWindow() != nullptr; }));
+        m_compositor.doThere([this] { setActive(m_behind, false); });
+        EXPECT_TRUE(eventually([this] { return m_windows->refresh() && !m_windows->active(); }));
+    }
+    void loseKeyboard() {
+        m_panel.destroy();
+        EXPECT_TRUE(eventually([] { return QGuiApplication::focusWindow() == nullptr; }));
+        m_compositor.doThere([this] { setActive(m_behind, true); });
+        EXPECT_TRUE(eventually([this] { return m_windows->refresh() && m_windows->active(); }));
+    }
+
+    wl_resource *m_behind = nullptr;
+    std::shared_ptr<WaylandWindows> m_windows = WaylandWindows::make();
+    bool m_isCalled = false;
+    WaylandWorkspace m_workspace{m_windows, [this] { return m_isCalled; }};
+    QRasterWindow m_panel;
+    int m_departures = 0;
+    const NotificationCenter::Token m_observer = m_workspace.notificationCenter().addObserver(
+        QLatin1String(Workspace::didDeactivateApplicationNotification), [this](const Notification &notice) {
+            const QVariant program = notice.userInfo.value(QLatin1String(Workspace::applicationKey));
+            if (program.value<RunningApplication>().bundleIdentifier == ownBundleIdentifier)
+                ++m_departures;
+        });
+};
+
+/// As on another screen: the compositor gives the keyboard to the window behind between the two surfaces.
+TEST_F(WaylandPanelPauseTest, aPanelWhoseSurfaceIsMadeAnewIsNotLeft) {
+    for (int times = 0; times < 3; ++times) {
+        loseKeyboard();
+        letPass(std::chrono::milliseconds(50));
+        takeKeyboard();
+    }
+    letPass(std::chrono::milliseconds(600));
+    EXPECT_EQ(m_departures, 0);
+}
+
+TEST_F(WaylandPanelPauseTest, aPanelThatTheWindowBehindTookTheKeyboardFromIsLeftOnce) {
+    loseKeyboard();
+    EXPECT_TRUE(eventually([this] { return m_departures == 1; }));
+    letPass(std::chrono::milliseconds(600));
+    EXPECT_EQ(m_departures, 1);
+}
+
+TEST_F(WaylandPanelPauseTest, aPanelThatClosesIsNotLeft) {
+    m_isCalled = false;
+    loseKeyboard();
+    letPass(std::chrono::milliseconds(600));
+    EXPECT_EQ(m_departures, 0);
+}
+
+/// It is behind it, and has the keyboard for a moment.
+TEST_F(WaylandPanelPauseTest, aPanelThatAnotherWindowCameBehindIsLeft) {
+    m_compositor.doThere([this] { static_cast<void>(open()); });
+    EXPECT_TRUE(eventually([this] { return m_departures == 1; }));
 }
 
 } // namespace

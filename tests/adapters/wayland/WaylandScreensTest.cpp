@@ -3,6 +3,7 @@
 
 #include "adapters/wayland/LayerPanelWindow.h"
 #include "adapters/wayland/LayerParts.h"
+#include "adapters/wayland/WaylandEventMonitors.h"
 #include "support/Wait.h"
 #include "support/WaylandHand.h"
 
@@ -82,12 +83,29 @@ TEST_F(WaylandScreensTest, aPanelStandsOnTheScreenOfItsFrameAndGoesToAnotherWith
     EXPECT_TRUE(hearsClickAt(*content, {501, 221}, {1, 1}));
 }
 
+TEST_F(WaylandScreensTest, aPressBesideAPanelIsHeardOnEachScreenAlsoOnOneThatComes) {
+    WaylandEventMonitors monitors([this]() -> LayerParts & { return parts; });
+    std::vector<QPointF> places;
+    const auto monitor = monitors.addGlobalMonitor(
+        eventMask::leftMouseDown, [&](const InputEvent &) { places.push_back(screens.mouseLocation()); });
+    const auto panel = windows.makePanel({.title = {}, .contentSize = {300, 200}});
+    panel->setFrame({500, 300, 300, 200});
+    panel->makeKeyAndOrderFront();
+    const auto isHeardAt = [&](QPoint onLayout, QPointF place) {
+        return waitUntil([&] {
+            places.clear();
+            hand.click(onLayout);
+            return waitUntil([&] { return !places.empty(); }, std::chrono::milliseconds(500)) &&
+                   (places.back() - place).manhattanLength() <= 2; // the hand's places are rounded over the layout
+        });
+    };
+    EXPECT_TRUE(isHeardAt({100, 50}, {100, 670}));
+    EXPECT_TRUE(isHeardAt({2000, 300}, {2000, 420}));
+    ASSERT_TRUE(sway("create_output"));
+    ASSERT_TRUE(waitUntil([&] { return screens.screens().size() == 3; }));
+    const QPointF there = screens.screens().at(2).frame.center();
+    EXPECT_TRUE(isHeardAt(screens.toolkitRect({there, QSizeF()}).topLeft().toPoint(), there));
+}
+
 } // namespace
 } // namespace tavrine
-
-int main(int argc, char **argv) {
-    tavrine::LayerShell::prepareToolkit();
-    QApplication application(argc, argv);
-    ::testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -2,9 +2,12 @@
 
 #include "adapters/wayland/WaylandWorkspace.h"
 
+#include "adapters/wayland/LayerStack.h"
 #include "adapters/wayland/WaylandApplicationActivator.h"
+#include "adapters/wayland/WaylandEventTap.h"
 #include "base/Program.h"
 #include "contracts/WorkspaceContract.h"
+#include "support/WaylandHand.h"
 
 #include <QGuiApplication>
 #include <QProcess>
@@ -130,6 +133,36 @@ TEST_F(WaylandWorkspaceTest, anOwnWindowIsThisProgramAndComesForward) {
     ASSERT_TRUE(comesToFront(first));
     desk.activator.bringForward(static_cast<quint32>(own.winId()));
     EXPECT_TRUE(comesToFront(ownBundleIdentifier));
+}
+
+/// As in Clean Mode, where the compositor gives it to no window.
+TEST_F(WaylandWorkspaceTest, whileTheKeyboardIsHeldAProgramStaysInFrontUntilAnotherIsActivated) {
+    testing::WaylandHand hand;
+    LayerStack stack;
+    WaylandEventTaps taps(std::make_shared<WaylandReader>(), stack);
+    const WaylandWorkspace workspace(desk.windows, nullptr, [&stack] { return stack.isHeld(); });
+    const auto isInFront = [&](const QString &program) {
+        const auto front = workspace.frontmostApplication();
+        return front && front->bundleIdentifier == program;
+    };
+    desk.open(first);
+    desk.open(second);
+    desk.activate(second);
+    ASSERT_TRUE(comesToFront(second));
+    hand.tap(KEY_LEFTSHIFT); // the first key of a new keyboard is lost
+    auto tap = taps.create([] {});
+    ASSERT_TRUE(tap);
+    ASSERT_TRUE(eventually([&] {
+        return tap->state() == EventTap::State::dropping && desk.windows->refresh() && !desk.windows->active();
+    }));
+    EXPECT_FALSE(eventually([&] { return !isInFront(second); }, std::chrono::milliseconds(500)));
+    desk.activate(first);
+    EXPECT_TRUE(eventually([&] { return isInFront(first); }));
+    EXPECT_FALSE(eventually([&] { return !isInFront(first); }, std::chrono::milliseconds(500)));
+    EXPECT_EQ(tap->state(), EventTap::State::dropping);
+    tap.reset();
+    EXPECT_TRUE(comesToFront(first));
+    EXPECT_TRUE(isInFront(first));
 }
 
 } // namespace

@@ -38,6 +38,11 @@ public:
         read();
         return m_text;
     }
+    /// How often the key of that name went down in it; only the window of GTK tells.
+    [[nodiscard]] int presses(const QString &key) {
+        read();
+        return int(m_presses.count(key));
+    }
     [[nodiscard]] qint64 processId() const { return m_process.processId(); }
 
 private:
@@ -48,11 +53,14 @@ private:
             m_hasFocus = m_hasFocus || line == QLatin1String("focus");
             if (line.startsWith(QLatin1String("text ")))
                 m_text = line.mid(5);
+            if (line.startsWith(QLatin1String("press ")))
+                m_presses.append(line.mid(6));
         }
     }
 
     QProcess m_process;
     QString m_text;
+    QStringList m_presses;
     bool m_hasFocus = false;
 };
 

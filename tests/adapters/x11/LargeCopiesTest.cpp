@@ -1,3 +1,4 @@
+#include "adapters/fake/FakeApplicationCatalog.h"
 #include "adapters/fake/FakeLoginItem.h"
 #include "adapters/fake/FakeMovieAsset.h"
 #include "adapters/fake/FakeWorkspace.h"
@@ -65,7 +66,7 @@ protected:
         defaults.set(QStringLiteral("ClipboardMySaveSeeded"), true);
         start({});
         manager = std::make_unique<ClipboardManager>(ClipboardManager::Ports{
-            time, defaults, pasteboard(), workspace, coder, movies, loginItem, folders, database});
+            time, defaults, pasteboard(), workspace, catalog, coder, movies, loginItem, folders, database});
         beat.start(1);
         QObject::connect(&beat, &QTimer::timeout, &beat, [this] {
             longest = std::max(longest, stall());
@@ -115,6 +116,7 @@ protected:
     NotificationCenter center;
     UserDefaults defaults{home.path() + QStringLiteral("/defaults.plist"), time, center};
     FakeWorkspace workspace;
+    FakeApplicationCatalog catalog;
     TurboImageCoder coder;
     FakeMovieAsset movies;
     FakeLoginItem loginItem;

@@ -13,14 +13,14 @@ namespace {
 
 using testing::PrivateScreen;
 
-struct Server {
-    explicit Server(const QStringList &options) : screen(options) {}
+struct ServerInTrouble {
+    explicit ServerInTrouble(const QStringList &options) : screen(options) {}
     PrivateScreen screen;
 };
 
-class ScreenStreamTrouble : public Server, public ScreenStreamTest {
+class ScreenStreamTrouble : public ServerInTrouble, public ScreenStreamTest {
 protected:
-    explicit ScreenStreamTrouble(const QStringList &options = {}) : Server(options) {}
+    explicit ScreenStreamTrouble(const QStringList &options = {}) : ServerInTrouble(options) {}
 
     /// A stop is answered after a second. The server hangs for longer than the machine may stall.
     static constexpr auto longestAnswer = ThreadedScreenStream::longestStop + 4s;

@@ -2,6 +2,7 @@
 
 #include "adapters/x11/X11EventTap.h"
 #include "support/DBusMock.h"
+#include "support/Program.h"
 #include "support/TestKeyboard.h"
 
 #include <QDBusArgument>
@@ -33,10 +34,15 @@ void prepareForSleep(const DBusMock &logind, bool begins) {
                        QVariantList{begins}});
 }
 
-void lockSession(const DBusMock &logind, bool begins) {
+void lockSession(const DBusMock &logind, const char *session, bool begins) {
     const auto method = begins ? QStringLiteral("Lock") : QStringLiteral("Unlock");
-    (void)logind.call(logindPath + QStringLiteral("/session/c1"), mockInterface, QStringLiteral("EmitSignal"),
+    (void)logind.call(logindPath + QStringLiteral("/session/") + QLatin1String(session), mockInterface,
+                      QStringLiteral("EmitSignal"),
                       {logindName + QStringLiteral(".Session"), method, QString(), QVariantList()});
+}
+
+void lockFirstSession(const DBusMock &logind, bool begins) {
+    lockSession(logind, "c1", begins);
 }
 
 template <const auto &interface>
@@ -54,7 +60,7 @@ constexpr char mate[] = "org.mate.ScreenSaver";
 constexpr char xfce[] = "org.xfce.ScreenSaver";
 
 const Teller tellers[] = {{"Sleep", &prepareForSleep},
-                          {"Lock", &lockSession},
+                          {"Lock", &lockFirstSession},
                           {"ScreenSaver", &changeLockScreen<freedesktop>},
                           {"Gnome", &changeLockScreen<gnome>},
                           {"Cinnamon", &changeLockScreen<cinnamon>},
@@ -64,8 +70,32 @@ const Teller tellers[] = {{"Sleep", &prepareForSleep},
 class EventTapInSessionTest : public ::testing::TestWithParam<Teller> {
 protected:
     EventTapInSessionTest() {
-        (void)logind.call(logindPath, mockInterface, QStringLiteral("AddSession"),
-                          {QStringLiteral("c1"), QStringLiteral("seat0"), 1000U, QStringLiteral("somebody"), true});
+        qunsetenv("XDG_SESSION_ID");
+        for (const char *session : {"c1", "c2"})
+            (void)logind.call(logindPath, mockInterface, QStringLiteral("AddSession"),
+                              {QLatin1String(session), QStringLiteral("seat0"), uid, QStringLiteral("somebody"), true});
+    }
+    ~EventTapInSessionTest() override { qunsetenv("XDG_SESSION_ID"); }
+
+    /// Whether the keyboard stays blocked when another session is locked, and not when this one is, the second.
+    void expectThatOnlyTheSecondSessionCounts() {
+        start();
+        ASSERT_TRUE(eventually(
+            [this] {
+                lockSession(logind, "c2", true);
+                return changes > 0;
+            },
+            3s));
+        tap.reset();
+        letPass(100ms);
+        changes = 0;
+        start();
+        letPass(100ms);
+        lockSession(logind, "c1", true);
+        letPass(100ms);
+        EXPECT_EQ(tap->state(), State::dropping);
+        lockSession(logind, "c2", true);
+        EXPECT_TRUE(eventually([this] { return tap->state() == State::gaveWay; }, 1s));
     }
     void start() {
         tap = taps.create([this] { ++changes; });
@@ -91,6 +121,7 @@ protected:
         changes = 0;
     }
 
+    static constexpr uint uid = 1000;
     DBusMock logind{DBusMock::Bus::system, QStringLiteral("logind"), logindName};
     testing::TestKeyboard keyboard;
     X11EventTaps taps{std::make_shared<KeyboardSilence>()};
@@ -125,6 +156,28 @@ TEST_P(EventTapInSessionTest, wakingAndUnlockingEndNothing) {
     EXPECT_EQ(tap->state(), State::dropping);
     EXPECT_FALSE(keyboard.grabKeyboard());
     EXPECT_TRUE(endsWhenTold());
+}
+
+class EventTapAndLockTest : public EventTapInSessionTest {};
+INSTANTIATE_TEST_SUITE_P(By, EventTapAndLockTest, ::testing::Values(tellers[1]),
+                         [](const auto &each) { return std::string(each.param.name); });
+
+TEST_P(EventTapAndLockTest, aLockOfAnotherSessionEndsNothing) {
+    qputenv("XDG_SESSION_ID", "c2");
+    expectThatOnlyTheSecondSessionCounts();
+}
+
+TEST_P(EventTapAndLockTest, withoutANumberOfItsOwnItBelongsToThePersonsSessionWithAScreen) {
+    const auto self = logindPath + QStringLiteral("/user/self");
+    const auto interface = logindName + QStringLiteral(".User");
+    static_cast<void>(
+        outputOf(QStringLiteral("gdbus"),
+                 {QStringLiteral("call"), QStringLiteral("--address"), qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS"),
+                  QStringLiteral("--dest"), logindName, QStringLiteral("--object-path"), logindPath,
+                  QStringLiteral("--method"), mockInterface + QStringLiteral(".AddObject"), self, interface,
+                  QStringLiteral("{'Display': <('c2', objectpath '%1/session/c2')>}").arg(logindPath),
+                  QStringLiteral("@a(ssss) []")}));
+    expectThatOnlyTheSecondSessionCounts();
 }
 
 class EventTapAndSleepTest : public EventTapInSessionTest {};

@@ -105,6 +105,32 @@ TEST_F(X11DragPrograms, escapeEndsADragWhoeverHasTheKeyboard) {
     desktop.keyboard.ungrabKeyboard();
 }
 
+TEST_F(X11DragPrograms, whatNobodyTookFliesBackToItsBeginningAndIsInNobodysWay) {
+    const QPoint to(400, 500);
+    DraggedItem item = file(QStringLiteral("/tmp/x"));
+    std::vector<QRect> places;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, [&] {
+        for (const quint32 flying : desktop.windowsTitled(QStringLiteral("Returning"))) {
+            EXPECT_TRUE(desktop.inputOf(flying).isEmpty());
+            if (const QRect now = desktop.geometry(flying); !now.isEmpty()) // it may have come there meanwhile
+                places.push_back(now);
+        }
+    });
+    look.start(20);
+    const auto escape = [](testing::TestKeyboard &fingers) { fingers.tap(testing::key::escape); };
+    dragOut(item, to, Qt::IgnoreAction, escape);
+    EXPECT_TRUE(places.empty()) << "unless it is wanted";
+    item.returnTime = std::chrono::milliseconds(800);
+    dragOut(item, to, Qt::IgnoreAction, escape);
+    EXPECT_EQ(view->done, dragOperation::none);
+    ASSERT_TRUE(
+        waitUntil([&] { return places.size() > 5 && desktop.windowsTitled(QStringLiteral("Returning")).empty(); }));
+    EXPECT_LT((places.front().center() - to).manhattanLength(), 100);
+    EXPECT_LT((places.back().center() - atEdge).manhattanLength(), 60);
+    EXPECT_EQ(places.back().size(), QSize(50, 50));
+}
+
 TEST_F(X11DragPrograms, aDragGoesOnWithoutTheWindowThatItBeganIn) {
     const auto target = program(QStringLiteral("gtk3"), "files", files);
     dragOut(file(QStringLiteral("/tmp/a")), place(), Qt::CopyAction, [this](testing::TestKeyboard &) {

@@ -117,6 +117,20 @@ TEST_F(X11EventPosterTest, everyPasteArrivesOnceInXterm) {
     xterm.waitForFinished();
 }
 
+TEST_F(X11EventPosterTest, aKeyThatNoKeyboardHasIsNotTypedAndSaysSo) {
+    constexpr int noKey = 0xFFFF;
+    ForeignWindow window(QStringLiteral(TAVRINE_GTK_ENTRY));
+    ASSERT_TRUE(window.waitForFocus());
+    poster.postKeyboardEvent(noKey, true, 0);
+    poster.postKeyboardEvent(noKey, false, 0);
+    EXPECT_FALSE(poster.isHeldBack());
+    EXPECT_EQ(poster.failure(), QStringLiteral("the keyboard has no such key"));
+    ASSERT_TRUE(copyByXclip(part(0)));
+    postPaste();
+    EXPECT_EQ(poster.failure(), QString());
+    EXPECT_TRUE(window.waitForText(part(0)));
+}
+
 TEST_F(X11EventPosterTest, aPasteIsHeldBackWhileTheServerDoesNotSayWhoHasTheKeyboard) {
     // The toolkit of this test waits for the server without end, and so it does nothing meanwhile.
     ForeignWindow window(QStringLiteral(TAVRINE_GTK_ENTRY));
@@ -285,6 +299,66 @@ TEST_F(X11EventPosterTest, aPasteWhileAHotKeyHoldsTheKeyboardIsHeldBackAndLeaves
     EXPECT_TRUE(window.waitForText(part(0) + part(1))) << window.text().toStdString();
     EXPECT_FALSE(keyboard.isDown(key::leftControl));
     EXPECT_FALSE(keyboard.isDown(key::v));
+}
+
+/// Another program that has all keys kept for later.
+class AHeldKeyboard : public X11EventPosterTest {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(window.waitForFocus());
+        ASSERT_TRUE(copyByXclip(part(0)));
+    }
+    void hold() {
+        ASSERT_TRUE(waitUntil([this] { return keyboard.freezeKeyboard(); }));
+    }
+    void tryToPaste() {
+        for (int tries = 0; tries < 20; ++tries) {
+            postPaste();
+            EXPECT_TRUE(poster.isHeldBack()) << tries;
+            (void)waitUntil([] { return false; }, 5ms);
+        }
+    }
+    /// What was kept has come to the window.
+    [[nodiscard]] bool isFree() {
+        return waitUntil([this] { return window.presses(QStringLiteral("Control_L")) > 0; });
+    }
+
+    ForeignWindow window{QStringLiteral(TAVRINE_GTK_ENTRY)};
+};
+
+TEST_F(AHeldKeyboard, givesTheWindowOneModifierOfAllTriesAndTakesTheNextPaste) {
+    for (int times = 1; times <= 2; ++times) {
+        ASSERT_NO_FATAL_FAILURE(hold());
+        tryToPaste();
+        const int before = window.presses(QStringLiteral("Control_L"));
+        keyboard.ungrabKeyboard();
+        ASSERT_TRUE(waitUntil([&] { return window.presses(QStringLiteral("Control_L")) > before; }));
+        (void)waitUntil([] { return false; }, 200ms); // the others would come now
+        EXPECT_EQ(window.presses(QStringLiteral("Control_L")), before + 1);
+        EXPECT_FALSE(keyboard.isDown(key::leftControl));
+        postPaste();
+        EXPECT_FALSE(poster.isHeldBack());
+        EXPECT_TRUE(window.waitForText(part(0).repeated(times))) << window.text().toStdString();
+    }
+}
+
+TEST_F(AHeldKeyboard, leavesWhatIsTypedMeanwhileAsItIs) {
+    ASSERT_NO_FATAL_FAILURE(hold());
+    tryToPaste();
+    keyboard.tap(key::b);
+    tryToPaste();
+    keyboard.ungrabKeyboard();
+    EXPECT_TRUE(window.waitForText(QStringLiteral("b"))) << window.text().toStdString();
+}
+
+TEST_F(AHeldKeyboard, leavesAModifierThatThePersonHoldsDown) {
+    keyboard.down(key::leftShift);
+    ASSERT_NO_FATAL_FAILURE(hold());
+    tryToPaste();
+    keyboard.ungrabKeyboard();
+    EXPECT_TRUE(isFree());
+    EXPECT_TRUE(waitUntil([this] { return !keyboard.isDown(key::leftControl); }));
+    EXPECT_TRUE(keyboard.isDown(key::leftShift));
 }
 
 TEST_F(X11EventPosterTest, capsLockDoesNotSpoilThePaste) {

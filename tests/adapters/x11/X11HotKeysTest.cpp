@@ -36,7 +36,7 @@ constexpr quint32 commandShift = hotKeyModifier::command | hotKeyModifier::shift
 constexpr int superShift = 0x41;
 constexpr int numLockMask = 0x10;
 
-bool run(const char *command) {
+bool runs(const char *command) {
     return QProcess::execute(QStringLiteral("sh"), {QStringLiteral("-c"), QString::fromUtf8(command)}) == 0;
 }
 
@@ -49,13 +49,13 @@ QElapsedTimer started() {
 class X11HotKeysTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(run("setxkbmap us"));
+        ASSERT_TRUE(runs("setxkbmap us"));
         hotKeys = std::make_unique<X11HotKeys>();
         hotKeys->installHandler([this](HotKeyId) { return pressed(); });
     }
     void TearDown() override {
         setLocks(false, false);
-        (void)run("setxkbmap us");
+        (void)runs("setxkbmap us");
     }
     KeyboardNext pressed() {
         ++presses;
@@ -75,7 +75,7 @@ protected:
     }
     int pressesByXdotool() {
         presses = 0;
-        EXPECT_TRUE(run("xdotool key super+shift+v"));
+        EXPECT_TRUE(runs("xdotool key super+shift+v"));
         (void)waitUntil([this] { return presses > 0; });
         settle();
         return presses;
@@ -120,7 +120,7 @@ TEST_F(X11HotKeysTest, aPressIsToldUnderEveryStateOfTheLocks) {
 }
 
 TEST_F(X11HotKeysTest, aScrollLockThatIsAModifierIsALockToo) {
-    ASSERT_TRUE(run("xmodmap -e 'add mod3 = Scroll_Lock'"));
+    ASSERT_TRUE(runs("xmodmap -e 'add mod3 = Scroll_Lock'"));
     hotKeys = std::make_unique<X11HotKeys>();
     hotKeys->installHandler([this](HotKeyId) { return pressed(); });
     registerV();
@@ -130,7 +130,7 @@ TEST_F(X11HotKeysTest, aScrollLockThatIsAModifierIsALockToo) {
 }
 
 TEST_F(X11HotKeysTest, aKeyThatIsHeldIsToldOnce) {
-    ASSERT_TRUE(run("xset r rate 100 50"));
+    ASSERT_TRUE(runs("xset r rate 100 50"));
     registerV();
     keyboard.down(key::leftSuper);
     keyboard.down(key::leftShift);
@@ -166,24 +166,24 @@ TEST_F(X11HotKeysTest, theEndOfTheAdapterFreesItsKeys) {
 
 TEST_F(X11HotKeysTest, aHotKeyStaysAtItsPositionWhenTheLayoutChanges) {
     registerV();
-    ASSERT_TRUE(run("setxkbmap -layout us -variant dvorak"));
+    ASSERT_TRUE(runs("setxkbmap -layout us -variant dvorak"));
     EXPECT_EQ(pressesSoon(), 1);
-    ASSERT_TRUE(run("setxkbmap fr"));
+    ASSERT_TRUE(runs("setxkbmap fr"));
     EXPECT_EQ(pressesSoon(), 1);
 }
 
 TEST_F(X11HotKeysTest, aHotKeyWorksInTheSecondGroupOfALayout) {
     registerV();
-    ASSERT_TRUE(run("setxkbmap -layout us,ru -option grp:menu_toggle"));
+    ASSERT_TRUE(runs("setxkbmap -layout us,ru -option grp:menu_toggle"));
     keyboard.tap(135); // the Menu key: the next group
     EXPECT_EQ(pressesSoon(), 1);
     keyboard.tap(135);
-    (void)run("setxkbmap -option");
+    (void)runs("setxkbmap -option");
 }
 
 TEST_F(X11HotKeysTest, aLockThatMovesToAnotherModifierIsFollowed) {
     registerV();
-    ASSERT_TRUE(run("xmodmap -e 'remove mod2 = Num_Lock' -e 'add mod3 = Num_Lock'"));
+    ASSERT_TRUE(runs("xmodmap -e 'remove mod2 = Num_Lock' -e 'add mod3 = Num_Lock'"));
     keyboard.tap(key::numLock);
     ASSERT_EQ(keyboard.locks(), 0x20);
     EXPECT_EQ(pressesSoon(), 1);
@@ -192,12 +192,12 @@ TEST_F(X11HotKeysTest, aLockThatMovesToAnotherModifierIsFollowed) {
 
 TEST_F(X11HotKeysTest, commandIsFollowedToAnotherModifier) {
     registerV();
-    ASSERT_TRUE(run("xmodmap -e 'clear mod4' -e 'add mod3 = Super_L Super_R'"));
+    ASSERT_TRUE(runs("xmodmap -e 'clear mod4' -e 'add mod3 = Super_L Super_R'"));
     EXPECT_EQ(pressesSoon(), 1);
 }
 
 TEST_F(X11HotKeysTest, withoutACommandKeyNothingCanBeRegistered) {
-    ASSERT_TRUE(run("xmodmap -e 'clear mod4'"));
+    ASSERT_TRUE(runs("xmodmap -e 'clear mod4'"));
     hotKeys = std::make_unique<X11HotKeys>();
     EXPECT_FALSE(hotKeys->registerHotKey(virtualKey::v, commandShift, {1, 1}));
 }
@@ -231,7 +231,7 @@ TEST_F(X11HotKeysTest, aServerThatIsSlowWhenTheKeyboardChangesCostsNoHotKey) {
     holder.wait();
     EXPECT_EQ(pressesSoon(), 1);
     // And what changed meanwhile is known.
-    ASSERT_TRUE(run("xmodmap -e 'clear mod4' -e 'add mod3 = Super_L Super_R'"));
+    ASSERT_TRUE(runs("xmodmap -e 'clear mod4' -e 'add mod3 = Super_L Super_R'"));
     EXPECT_EQ(pressesSoon(), 1);
 }
 

@@ -72,6 +72,16 @@ protected:
     void settle(std::chrono::milliseconds length = 150ms) {
         (void)waitUntil([] { return false; }, length);
     }
+    /// Of a window, as the server has them.
+    static QByteArray properties(qint64 window, std::initializer_list<const char *> names) {
+        QStringList arguments{QStringLiteral("-id"), QString::number(window)};
+        for (const char *name : names)
+            arguments.append(QString::fromLatin1(name));
+        QProcess xprop;
+        xprop.start(QStringLiteral("xprop"), arguments);
+        xprop.waitForFinished();
+        return xprop.readAllStandardOutput();
+    }
     /// The window manager tells of it a moment after the keyboard has changed hands.
     bool isInFront() {
         const auto front = workspace.frontmostApplication();
@@ -202,18 +212,33 @@ TEST_F(X11PanelsTest, aPanelIsInNoTaskBarOnAllDesktopsAndAbove) {
     ASSERT_TRUE(showSearchPanel());
     settle();
     for (int round = 0; round < 5; ++round) { // the window manager forgets it in between
-        QProcess xprop;
-        xprop.start(QStringLiteral("xprop"), {QStringLiteral("-id"), QString::number(content->window()->winId()),
-                                              QStringLiteral("_NET_WM_STATE"), QStringLiteral("_NET_WM_DESKTOP"),
-                                              QStringLiteral("_NET_WM_WINDOW_TYPE")});
-        xprop.waitForFinished();
-        const QByteArray told = xprop.readAllStandardOutput();
+        const QByteArray told = properties(static_cast<qint64>(content->window()->winId()),
+                                           {"_NET_WM_STATE", "_NET_WM_DESKTOP", "_NET_WM_WINDOW_TYPE"});
         for (const char *word : {"_NET_WM_STATE_ABOVE", "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER",
                                  "4294967295", "_NET_WM_WINDOW_TYPE_DIALOG"})
             EXPECT_TRUE(told.contains(word)) << word << " in " << told.toStdString();
         controller.toggleSearchPanel();
         ASSERT_TRUE(showSearchPanel());
         settle();
+    }
+}
+
+TEST_F(X11PanelsTest, aPanelThatIsDescribedSoIsInTheTaskBarWithItsTitleAndIcon) {
+    const auto panel =
+        windows.makePanel({.title = QStringLiteral("Found"), .contentSize = {200, 100}, .isInTaskBar = true});
+    auto *inner = new QWidget;
+    QPixmap icon(16, 16);
+    icon.fill(Qt::red);
+    inner->setWindowIcon(icon);
+    panel->setContentView(inner);
+    for (int round = 0; round < 3; ++round) {
+        panel->makeKeyAndOrderFront();
+        settle();
+        const QByteArray told = properties(panel->windowNumber(), {"_NET_WM_STATE", "_NET_WM_NAME", "_NET_WM_ICON"});
+        for (const char *word : {"_NET_WM_STATE_ABOVE", "\"Found\"", "16 x 16"})
+            EXPECT_TRUE(told.contains(word)) << word << " in " << told.toStdString();
+        EXPECT_FALSE(told.contains("SKIP")) << told.toStdString();
+        panel->orderOut();
     }
 }
 

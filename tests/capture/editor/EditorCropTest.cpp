@@ -26,6 +26,28 @@ TEST_F(EditorWindowTest, cropModeGivesWayToADragAndReturnApplies) {
     EXPECT_TRUE(button("Draw")->isEnabled());
 }
 
+TEST_F(EditorWindowTest, whatIsUnsavedIsToldInCropModeToo) {
+    edit();
+    drag(canvas(), {10, 10}, {100, 100});
+    QWidget *unsaved = pill("Unsaved changes");
+    QWidget *crop = pill("Drag selection box to crop");
+    const QRect alone = unsaved->geometry();
+    button("Crop image area")->click();
+    ASSERT_TRUE(unsaved->isVisible());
+    EXPECT_TRUE(crop->isVisible());
+    EXPECT_FALSE(unsaved->geometry().intersects(crop->geometry()));
+    EXPECT_TRUE(stage().geometry().contains(unsaved->geometry()));
+    button("Save & Copy")->click();
+    time.advance(1s);
+    EXPECT_FALSE(unsaved->isVisible());
+    EXPECT_TRUE(crop->isVisible());
+    EXPECT_TRUE(model().isCropping());
+    button("Cancel")->click();
+    drag(canvas(), {20, 20}, {90, 90});
+    time.advance(1s);
+    EXPECT_EQ(unsaved->geometry(), alone);
+}
+
 TEST_F(EditorWindowTest, theOverlaySaysHowToCropUntilSomethingIsSelected) {
     edit(picture(800, 400));
     button("Crop image area")->click();

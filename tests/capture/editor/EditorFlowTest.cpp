@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-QImage picture(int width, int height) {
+QImage bitmap(int width, int height) {
     return {width, height, QImage::Format_RGB32};
 }
 
@@ -29,7 +29,7 @@ protected:
         return testing::internal::GetCapturedStdout();
     }
     void openDirectly() {
-        static_cast<void>(outputOf([this] { flow->openEditorDirectly(picture(7, 5)); }));
+        static_cast<void>(outputOf([this] { flow->openEditorDirectly(bitmap(7, 5)); }));
     }
     void openLanding(const std::optional<QImage> &image = {}) {
         static_cast<void>(outputOf([&] { flow->openTavrineEditor(image); }));
@@ -58,12 +58,12 @@ protected:
                             .bringWindowForward = [this] { calls.emplace_back("front"); },
                             .activateApplication = [this] { calls.emplace_back("activate"); },
                             .loadImage = [](const QString &name) -> std::optional<QImage> {
-                                return name == QStringLiteral("a.jpg") ? std::optional(picture(9, 9)) : std::nullopt;
+                                return name == QStringLiteral("a.jpg") ? std::optional(bitmap(9, 9)) : std::nullopt;
                             }});
 };
 
 TEST_F(EditorFlowTest, aPictureOpensInAWindowOfItsOwn) {
-    EXPECT_EQ(outputOf([this] { flow->openEditorDirectly(picture(7, 5)); }),
+    EXPECT_EQ(outputOf([this] { flow->openEditorDirectly(bitmap(7, 5)); }),
               "DEBUG: AppDelegate - openEditorDirectly called\n");
     ASSERT_EQ(made.size(), 1U);
     EXPECT_EQ(made[0].title, QStringLiteral("Tavrine Snap Editor"));
@@ -137,7 +137,7 @@ TEST_F(EditorFlowTest, theWindowWithThePageStandsOnTheMainScreen) {
 }
 
 TEST_F(EditorFlowTest, itComesToTheFrontALittleLater) {
-    openLanding(picture(3, 3));
+    openLanding(bitmap(3, 3));
     EXPECT_TRUE(made[0].image);
     EXPECT_THAT(calls, ElementsAre("make"));
     time.advance(119ms);

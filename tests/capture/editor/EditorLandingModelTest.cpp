@@ -1,5 +1,6 @@
 #include "capture/editor/EditorLandingModel.h"
 
+#include "EditorModelTest.h"
 #include "adapters/fake/FakeFilePanels.h"
 #include "adapters/fake/FakeImageCoder.h"
 #include "adapters/fake/FakePasteboard.h"
@@ -15,19 +16,8 @@
 namespace tavrine {
 namespace {
 
-using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-QString str(const char *text) {
-    return QString::fromUtf8(text);
-}
-
-QImage picture(int width, int height) {
-    QImage image(width, height, QImage::Format_RGB32);
-    image.fill(Qt::darkGreen);
-    return image;
-}
 
 class EditorLandingModelTest : public testing::Test {
 protected:

@@ -106,14 +106,14 @@ TEST_F(EditorModelTest, whatIsShownInCropModeIsFlattenedOnceUntilAnAnnotationGoe
     draw();
     draw();
     model->toggleCropping();
-    const QImage shown = model->flattenedImage();
-    EXPECT_EQ(model->flattenedImage().cacheKey(), shown.cacheKey());
+    const QImage first = model->flattenedImage();
+    EXPECT_EQ(model->flattenedImage().cacheKey(), first.cacheKey());
     model->undo();
     model->undo();
     EXPECT_EQ(model->flattenedImage(), picture(400, 200));
     model->cancelCrop();
     draw();
-    EXPECT_EQ(model->flattenedImage().pixel(200, 20), shown.pixel(200, 20));
+    EXPECT_EQ(model->flattenedImage().pixel(200, 20), first.pixel(200, 20));
 }
 
 TEST_F(EditorModelTest, aSecondCropWorksOnWhatTheFirstLeft) {
@@ -299,8 +299,8 @@ TEST_F(EditorModelTest, aChosenFileIsHandedOn) {
     ASSERT_EQ(panels.openPanels().size(), 1);
     EXPECT_EQ(panels.openPanels().first().title, str("Select Image to Edit"));
     EXPECT_FALSE(panels.openPanels().first().choosesDirectories);
-    for (const char *suffix : {"*.png", "*.jpg", "*.jpeg", "*.webp", "*.heic", "*.tiff"})
-        EXPECT_TRUE(panels.openPanels().first().filter.contains(QLatin1String(suffix))) << suffix;
+    EXPECT_EQ(panels.openPanels().first().kind, str("image/")) << "whatever they are called";
+    EXPECT_EQ(panels.openPanels().first().filter, str("Images (*)"));
     panels.choose(path);
     time.advance(0ms);
     ASSERT_EQ(openedImages.size(), 1U);

@@ -3,6 +3,7 @@
 #include "capture/reading/CopyAction.h"
 #include "capture/reading/QRResultModel.h"
 #include "capture/reading/ReadingTest.h"
+#include "support/Eventually.h"
 
 namespace tavrine {
 namespace {
@@ -39,7 +40,7 @@ TEST_F(EditorScanModelTest, aQuickResultIsHeldFor1200Milliseconds) {
 TEST_F(EditorScanModelTest, theTimeOfTheRecognitionCountsTowardsTheHold) {
     recognizer.setLines({text("a")});
     model.extractText(picture());
-    queue.sync([] {});
+    drain();
     time.advance(Seconds{0}); // the result arrives at once; the next press stands for a slow one
     time.advance(Seconds{1.2});
     ASSERT_FALSE(model.isOCRScanning());
@@ -103,10 +104,24 @@ TEST_F(EditorScanModelTest, aModelThatIsGoneIsNotTold) {
     auto gone = std::make_unique<EditorScanModel>(EditorScanModel::Ports{manager, detector, queue, time});
     gone->extractText(picture());
     gone->scanQR(picture());
-    queue.sync([] {});
+    drain();
     gone.reset();
     time.advance(Seconds{5}); // would touch freed memory
     EXPECT_EQ(recognizer.images().size(), 1);
+}
+
+TEST_F(EditorScanModelTest, aModelThatIsGoneEndsWhatIsBeingRead) {
+    recognizer.hold();
+    detector.hold();
+    ConcurrentQueue codes(text("codes"), 1);
+    auto gone = std::make_unique<EditorScanModel>(EditorScanModel::Ports{manager, detector, codes, time});
+    gone->extractText(picture());
+    gone->scanQR(picture());
+    ASSERT_TRUE(test::eventually([&] { return recognizer.waiting() == 1 && detector.waiting() == 1; }));
+    gone.reset();
+    EXPECT_TRUE(test::eventually([&] { return recognizer.waiting() == 0 && detector.waiting() == 0; }));
+    recognizer.hold(false); // or the queues never end
+    detector.hold(false);
 }
 
 // Codes.
@@ -167,6 +182,18 @@ TEST_F(EditorScanModelTest, aScanOfAPictureThatWasReplacedMeanwhileShowsNothing)
     EXPECT_TRUE(model.showQRLabels());
     model.replacePicture();
     EXPECT_TRUE(model.qrAnnotations().isEmpty());
+}
+
+TEST_F(EditorScanModelTest, aScanOfAPictureThatIsReplacedIsEnded) {
+    detector.hold();
+    model.scanQR(picture());
+    ASSERT_TRUE(test::eventually([&] { return detector.waiting() == 1; }));
+    testing::internal::CaptureStdout();
+    model.replacePicture();
+    EXPECT_TRUE(test::eventually([&] { return detector.waiting() == 0; }));
+    detector.hold(false);
+    settle();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "nobody was to be told of it";
 }
 
 TEST_F(EditorScanModelTest, anEmptyScanKeepsTheLabelsThatAreShown) {

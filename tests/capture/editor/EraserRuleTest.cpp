@@ -38,10 +38,10 @@ TEST(EraserRule, allThatAreHitGoAtOnceAndTheOthersKeepTheirOrder) {
 }
 
 TEST(EraserRule, anAnnotationWithoutPointsOrWithOnesThatAreNoNumbersIsNeverHit) {
-    constexpr double none = std::numeric_limits<double>::quiet_NaN();
+    constexpr double noNumber = std::numeric_limits<double>::quiet_NaN();
     EXPECT_FALSE(isHitByEraser(drawing(DrawingKind::path, {}), {0, 0}));
-    EXPECT_FALSE(isHitByEraser(drawing(DrawingKind::path, {{none, none}}), {0, 0}));
-    EXPECT_FALSE(isHitByEraser(drawing(DrawingKind::path, {{0, 0}}), {none, 0}));
+    EXPECT_FALSE(isHitByEraser(drawing(DrawingKind::path, {{noNumber, noNumber}}), {0, 0}));
+    EXPECT_FALSE(isHitByEraser(drawing(DrawingKind::path, {{0, 0}}), {noNumber, 0}));
 }
 
 } // namespace

@@ -8,16 +8,16 @@
 namespace tavrine {
 namespace {
 
-constexpr QSize size{160, 100};
+constexpr QSize goldenSize{160, 100};
 
 // Paper with black bars, so that a highlighter has something to darken and something to spare.
 QImage paper() {
-    QImage image(size, QImage::Format_RGB32);
+    QImage image(goldenSize, QImage::Format_RGB32);
     image.fill(QColor(0xF4, 0xF1, 0xEA));
     QPainter painter(&image);
-    for (int x = 12; x < size.width(); x += 28)
+    for (int x = 12; x < goldenSize.width(); x += 28)
         painter.fillRect(x, 30, 6, 40, Qt::black);
-    painter.fillRect(0, 78, size.width(), 22, QColor(0x4C, 0x86, 0xC8));
+    painter.fillRect(0, 78, goldenSize.width(), 22, QColor(0x4C, 0x86, 0xC8));
     return image;
 }
 
@@ -57,11 +57,12 @@ std::vector<GoldenPicture> goldenPictures() {
             QImage image = paper();
             QPainter painter(&image);
             if (isFlipped) {
-                painter.translate(0, size.height());
+                painter.translate(0, goldenSize.height());
                 painter.scale(1, -1);
             }
             for (const DrawingPath &path : drawings)
-                renderDrawing(painter, path, isFlipped ? flippedPointsIn(path, size) : pointsIn(path, size), isFlipped);
+                renderDrawing(painter, path, isFlipped ? flippedPointsIn(path, goldenSize) : pointsIn(path, goldenSize),
+                              isFlipped);
             painter.end();
             pictures.push_back({name + (isFlipped ? str("-flipped") : QString()), image});
         }

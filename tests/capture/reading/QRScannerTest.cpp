@@ -9,6 +9,7 @@
 #include "adapters/fake/FakeWorkspace.h"
 #include "capture/ClearedScreen.h"
 #include "capture/reading/QRResultModel.h"
+#include "support/Eventually.h"
 
 #include <QDir>
 #include <QFile>
@@ -171,11 +172,28 @@ TEST_F(QRScannerTest, aFileThatIsNoPictureIsRemovedInSilence) {
     EXPECT_FALSE(QFile::exists(file.fileName()));
 }
 
+TEST_F(QRScannerTest, aScannerThatGoesEndsWhatIsBeingLookedAt) {
+    detector.hold();
+    auto gone = std::make_unique<QRScanner>(QRScanner::Ports{launcher, detector, queue, windows, screens, application,
+                                                             activator, screen, time, temporary()},
+                                            QRScanner::Actions{});
+    ASSERT_TRUE(QDir().mkpath(temporary()));
+    const QString path = temporary() + text("/tavrine_qr_1.png");
+    ASSERT_TRUE(picture().save(path));
+    gone->scan(path);
+    ASSERT_TRUE(test::eventually([&] { return detector.waiting() == 1; }));
+    gone.reset();
+    EXPECT_TRUE(test::eventually([&] { return detector.waiting() == 0; }));
+    detector.hold(false);
+    settle();
+    EXPECT_FALSE(QFile::exists(path));
+}
+
 TEST_F(QRScannerTest, theTerminationTouchesNothingBeforeTheMainQueuesTurn) {
     scanner.startScan();
     picture().save(capturePath());
     launcher.tasks().last()->finish(0);
-    queue.sync([] {});
+    drain();
     EXPECT_TRUE(detector.images().isEmpty());
     finishScan();
     EXPECT_EQ(detector.images().size(), 1);
@@ -186,6 +204,7 @@ TEST_F(QRScannerTest, thePanelIsAsItsContentAndInTheMiddle) {
     EXPECT_EQ(panel()->description().level, 3);
     EXPECT_TRUE(panel()->description().hasShadow);
     EXPECT_TRUE(panel()->description().isMovableByBackground);
+    EXPECT_TRUE(panel()->description().isInTaskBar);
     EXPECT_EQ(panel()->frame(), QRectF(720 - 150, 438 - 100, 300, 200));
     EXPECT_TRUE(panel()->isKey());
 }
@@ -238,6 +257,24 @@ TEST_F(QRScannerTest, thePanelOutlivesTheClickThatClosesIt) {
 TEST_F(QRScannerTest, dismissingNothingChangesNothing) {
     scanner.dismissResults();
     EXPECT_TRUE(application.policies().empty());
+}
+
+TEST_F(QRScannerTest, anOlderPictureIsNotReadOnWhenThereIsANewerOne) {
+    detector.hold();
+    const auto handIn = [this] {
+        scanner.startScan();
+        ASSERT_TRUE(picture().save(capturePath()));
+        launcher.tasks().last()->finish(0);
+        time.runPending();
+    };
+    handIn();
+    ASSERT_TRUE(test::eventually([&] { return detector.waiting() == 1; }));
+    time.advance(Seconds{1});
+    handIn();
+    EXPECT_TRUE(test::eventually([&] { return detector.images().size() == 2; }));
+    detector.hold(false);
+    settle();
+    EXPECT_EQ(shown.size(), 1);
 }
 
 TEST_F(QRScannerTest, newResultsReplaceTheOldPanel) {

@@ -5,10 +5,11 @@
 #include "adapters/fake/FakeRecognizer.h"
 #include "adapters/fake/FakeUrlOpener.h"
 #include "adapters/fake/VirtualTime.h"
-#include "base/SerialQueue.h"
+#include "base/ConcurrentQueue.h"
 #include "capture/reading/OCRManager.h"
 
 #include <QImage>
+#include <QSemaphore>
 
 #include <gtest/gtest.h>
 
@@ -17,9 +18,15 @@ namespace tavrine {
 /// A desk for what reads pictures: a recogniser and a detector that a test fills, and the clock.
 class ReadingTest : public testing::Test {
 protected:
-    /// Lets the queue come to its end, and then the main queue, without moving the clock.
+    /// Lets the queue come to its end.
+    void drain() {
+        QSemaphore done;
+        queue.async([&done] { done.release(); });
+        done.acquire();
+    }
+    /// And then the main queue, without moving the clock.
     void settle() {
-        queue.sync([] {});
+        drain();
         time.runPending();
     }
     [[nodiscard]] static QImage picture(const QColor &colour = Qt::white) {
@@ -34,7 +41,7 @@ protected:
     FakeUrlOpener urlOpener;
     FakeRecognizer recognizer;
     FakeCodeDetector detector;
-    SerialQueue queue{QStringLiteral("com.tavrine.recognition")};
+    ConcurrentQueue queue{QStringLiteral("com.tavrine.recognition"), 1}; ///< one at a time, so that its end is known
     OCRManager manager{recognizer, queue, time};
 };
 

@@ -16,8 +16,9 @@
 #include "look/Indicators.h"
 #include "look/PillView.h"
 #include "support/Eventually.h"
-#include "support/PaintedWords.h"
+#include "support/PaintedSymbols.h"
 
+#include <QClipboard>
 #include <QTest>
 
 namespace tavrine {
@@ -25,7 +26,10 @@ namespace {
 
 using namespace std::chrono_literals;
 using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsSupersetOf;
 using ::testing::Not;
+using ::testing::UnorderedElementsAre;
 
 class ReadingViewsTest : public ReadingTest {
 protected:
@@ -40,6 +44,17 @@ protected:
             if (label->text() == QString::fromUtf8(words) && label->isVisibleTo(&view))
                 return true;
         return false;
+    }
+    struct Painted {
+        QStringList words;
+        QStringList symbols;
+    };
+    /// What is seen of it at its own size.
+    [[nodiscard]] static Painted painted(QWidget &view) {
+        view.resize(view.sizeHint());
+        test::WordsDevice device(view.size());
+        view.render(&device, {}, {}, QWidget::DrawChildren);
+        return {device.words(), test::symbolsOn(device)};
     }
     [[nodiscard]] QRResultView::Ports rowPorts() { return {pasteboard, urlOpener, time}; }
 
@@ -71,16 +86,12 @@ TEST_F(ReadingViewsTest, theNotepadSaysThatItIsLoadingUntilItShowsTheText) {
 TEST_F(ReadingViewsTest, theNotepadShowsTheErrorInPlaceOfTheText) {
     OCRNotepadState state;
     OCRNotepadView view(state, pasteboard, time, dismiss);
-    const auto words = [&] {
-        view.resize(view.sizeHint());
-        test::WordsDevice device(view.size());
-        view.render(&device);
-        return device.words();
-    };
     state.setErrorMessage(text("No text found in this image."));
-    EXPECT_THAT(words(), Not(Contains(text("No text found in this image.")))) << "it is still being looked for";
+    EXPECT_THAT(painted(view).words, Not(Contains(text("No text found in this image.")))) << "it is still looked for";
+    EXPECT_THAT(painted(view).symbols, Not(Contains(text("text.page.slash"))));
     state.setLoading(false);
-    EXPECT_THAT(words(), Contains(text("No text found in this image.")));
+    EXPECT_THAT(painted(view).words, Contains(text("No text found in this image.")));
+    EXPECT_THAT(painted(view).symbols, Contains(text("text.page.slash")));
     EXPECT_FALSE(view.findChild<EditableTextView *>()->isVisibleTo(&view));
     EXPECT_FALSE(button(view, "Copy All")->isVisibleTo(&view));
 }
@@ -118,7 +129,35 @@ TEST_F(ReadingViewsTest, theNotepadOutlivesItsState) {
     EXPECT_FALSE(view.grab().isNull());
 }
 
+TEST_F(ReadingViewsTest, theNotepadsSymbolsAndItsKeyAreSeen) {
+    OCRNotepadState state;
+    OCRNotepadView view(state, pasteboard, time, dismiss);
+    EXPECT_THAT(painted(view).symbols, Contains(text("text.viewfinder")));
+    EXPECT_THAT(painted(view).words, Contains(text("ESC")));
+    state.setText(text("Hello"));
+    state.setLoading(false);
+    EXPECT_THAT(painted(view).symbols, Contains(text("checkmark"))) << "it was copied";
+    time.advance(Seconds{1});
+    EXPECT_THAT(painted(view).symbols, Contains(text("doc.on.doc")));
+    EXPECT_THAT(painted(view).symbols, Not(Contains(text("checkmark"))));
+    EXPECT_THAT(painted(view).words, Contains(text("Copy All")));
+}
+
 // The sheet.
+
+TEST_F(ReadingViewsTest, theSheetsButtonsSayWhatTheyDo) {
+    OCRResultView view(text("as read"), pasteboard, urlOpener, time, {.onCopy = {}, .onCancel = [] {}});
+    const Painted before = painted(view);
+    EXPECT_THAT(before.words, IsSupersetOf({text("Extracted Text"), text("Search Google"), text("Copy Text")}));
+    EXPECT_THAT(before.symbols, IsSupersetOf({text("text.viewfinder"), text("xmark"), text("magnifyingglass"),
+                                              text("doc.on.clipboard")}));
+    EXPECT_THAT(before.symbols, Not(Contains(text("checkmark"))));
+    button(view, "Copy Text")->click();
+    const Painted after = painted(view);
+    EXPECT_THAT(after.words, Contains(text("Copied!")));
+    EXPECT_THAT(after.symbols, Contains(text("checkmark")));
+    EXPECT_THAT(after.symbols, Not(Contains(text("doc.on.clipboard"))));
+}
 
 TEST_F(ReadingViewsTest, theSheetCopiesAndSearchesWhatWasTyped) {
     OCRResultView view(text("as read"), pasteboard, urlOpener, time, {.onCopy = dismiss, .onCancel = [] {}});
@@ -135,6 +174,22 @@ TEST_F(ReadingViewsTest, theSheetCopiesAndSearchesWhatWasTyped) {
     button(view, "Search text on Google")->click();
     ASSERT_EQ(urlOpener.opened().size(), 1);
     EXPECT_EQ(urlOpener.opened().first().query(), text("q=typed"));
+}
+
+TEST_F(ReadingViewsTest, theSheetKeepsSpacesThatDoNotBreak) {
+    OCRResultView view(text("20\u00a0km"), pasteboard, urlOpener, time, {.onCopy = {}, .onCancel = [] {}});
+    auto *field = view.findChild<EditableTextView *>();
+    field->moveCursor(QTextCursor::End);
+    QTest::keyClicks(field, text("/h"));
+    QTest::keyClick(field, Qt::Key_Return, Qt::ShiftModifier);
+    button(view, "Copy Text")->click();
+    EXPECT_EQ(pasteboard.string(), text("20\u00a0km/h\n"));
+    button(view, "Search text on Google")->click();
+    ASSERT_EQ(urlOpener.opened().size(), 1);
+    EXPECT_EQ(urlOpener.opened().first().query(QUrl::FullyEncoded), text("q=20%C2%A0km/h%0A"));
+    field->selectAll();
+    field->copy();
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), text("20\u00a0km/h\n"));
 }
 
 TEST_F(ReadingViewsTest, theSheetGoesByEscapeCancelAndItsButton) {
@@ -154,6 +209,30 @@ TEST_F(ReadingViewsTest, withoutCodesThePanelSaysSo) {
     EXPECT_TRUE(shows(view, "Nothing detected in selection"));
     EXPECT_TRUE(shows(view, "Try selecting a region that clearly contains a QR code."));
     EXPECT_TRUE(view.findChildren<QRCodeRow *>().isEmpty());
+}
+
+TEST_F(ReadingViewsTest, thePanelHasTheSymbolOfWhatWasFound) {
+    QRResultView none({}, rowPorts(), dismiss);
+    EXPECT_THAT(painted(none).symbols, IsSupersetOf({text("qrcode"), text("xmark.circle.fill")}));
+    EXPECT_THAT(painted(none).symbols, Not(Contains(text("qrcode.viewfinder"))));
+    QRResultView some({text("a")}, rowPorts(), dismiss);
+    EXPECT_THAT(painted(some).symbols, IsSupersetOf({text("qrcode.viewfinder"), text("xmark.circle.fill")}));
+}
+
+TEST_F(ReadingViewsTest, aRowSaysWhatAClickDoesAndThatItIsDone) {
+    const QRResultView view({text("first"), text("https://example.org")}, rowPorts(), dismiss);
+    const auto rows = view.findChildren<QRCodeRow *>();
+    const Painted before = painted(*rows[0]);
+    EXPECT_THAT(before.words, UnorderedElementsAre(text("Code 1"), text("first"), text("Copy")));
+    EXPECT_THAT(before.symbols, Contains(text("doc.on.doc")));
+    EXPECT_THAT(painted(*rows[1]).words,
+                UnorderedElementsAre(text("Code 2"), text("https://example.org"), text("Copy"), text("Open")));
+    EXPECT_THAT(painted(*rows[1]).symbols, Contains(text("safari")));
+    rows[0]->click();
+    const Painted after = painted(*rows[0]);
+    EXPECT_THAT(after.words, UnorderedElementsAre(text("Code 1"), text("first"), text("Copied!")));
+    EXPECT_THAT(after.symbols, Contains(text("checkmark")));
+    EXPECT_THAT(after.symbols, Not(Contains(text("doc.on.doc"))));
 }
 
 TEST_F(ReadingViewsTest, aRowCopiesItsCode) {
@@ -227,6 +306,18 @@ TEST_F(ReadingViewsTest, anyOtherBubbleCopies) {
     EXPECT_TRUE(urlOpener.opened().isEmpty());
 }
 
+TEST_F(ReadingViewsTest, aBubbleShowsWhatAClickDoesAndThatItIsDone) {
+    QRLabelBubble address(text("https://example.org"), true, pasteboard, urlOpener, time);
+    EXPECT_THAT(painted(address).words, ElementsAre(text("https://example.org")));
+    EXPECT_THAT(painted(address).symbols, Contains(text("link")));
+    QRLabelBubble words(text("words"), false, pasteboard, urlOpener, time);
+    EXPECT_THAT(painted(words).words, ElementsAre(text("words")));
+    EXPECT_THAT(painted(words).symbols, Contains(text("doc.on.clipboard")));
+    words.click();
+    EXPECT_THAT(painted(words).words, ElementsAre(text("Copied!")));
+    EXPECT_THAT(painted(words).symbols, Contains(text("checkmark")));
+}
+
 // In the editor.
 
 class EditorScansTest : public ReadingViewsTest {
@@ -241,10 +332,11 @@ protected:
     FakeFilePanels panels{time};
     FakeImageCoder coder;
     NotificationCenter center;
+    SerialQueue fileQueue{text("files")};
     EditorScans::Ports ports{{manager, detector, queue, time}, pasteboard, urlOpener};
     EditorView editor{
         picture(Qt::green),
-        {time, pasteboard, panels, coder, center, QStringLiteral("/nonexistent"), queue},
+        {time, pasteboard, panels, coder, center, QStringLiteral("/nonexistent"), fileQueue},
         {},
         {.opened = {}, .extractText = EditorScans::extractText(ports), .scanQr = EditorScans::scanQr(ports)}};
 };
@@ -259,6 +351,53 @@ TEST_F(EditorScansTest, extractTextReadsThePixelsUnderTheAnnotations) {
     settle();
     ASSERT_EQ(recognizer.images().size(), 1);
     EXPECT_EQ(recognizer.images().first().pixelColor(30, 20), QColor(Qt::green));
+}
+
+TEST_F(EditorScansTest, scanQrReadsThePixelsUnderTheAnnotations) {
+    DrawingPath line;
+    line.id = text("line");
+    line.points = {{0, 0}, {1, 1}};
+    line.color = Qt::red;
+    editor.model().setDrawings({line});
+    editor.model().scanQr();
+    settle();
+    ASSERT_EQ(detector.images().size(), 1);
+    EXPECT_EQ(detector.images().first(), picture(Qt::green));
+}
+
+TEST_F(EditorScansTest, bothReadWhatACropLeft) {
+    editor.model().toggleCropping();
+    editor.model().dragCrop({0, 0}, {30, 20}, {60, 40});
+    editor.model().applyCrop();
+    editor.model().extractText();
+    editor.model().scanQr();
+    settle();
+    ASSERT_EQ(recognizer.images().size(), 1);
+    EXPECT_EQ(recognizer.images().first().size(), QSize(30, 20));
+    ASSERT_EQ(detector.images().size(), 1);
+    EXPECT_EQ(detector.images().first().size(), QSize(30, 20));
+}
+
+TEST_F(EditorScansTest, onlyAnAddressInSmallLettersIsOneForItsBubble) {
+    detector.setPayloads({text("HTTP://EXAMPLE.ORG"), text("http://example.org")});
+    editor.model().scanQr();
+    settle();
+    const auto bubbles = editor.findChildren<QRLabelBubble *>();
+    ASSERT_EQ(bubbles.size(), 2);
+    bubbles[0]->click();
+    EXPECT_EQ(pasteboard.string(), text("HTTP://EXAMPLE.ORG"));
+    EXPECT_TRUE(urlOpener.opened().isEmpty());
+    bubbles[1]->click();
+    EXPECT_EQ(urlOpener.opened(), QList<QUrl>{QUrl(text("http://example.org"))});
+}
+
+TEST_F(EditorScansTest, theButtonsOfTheScansHaveTheirSymbols) {
+    for (const auto &[words, symbol] :
+         {std::pair("Extract Text", "text.viewfinder"), {"Scan QR", "qrcode.viewfinder"}}) {
+        const auto *scan = dynamic_cast<look::Button *>(button(editor, words));
+        ASSERT_NE(scan, nullptr) << words;
+        EXPECT_EQ(scan->symbol(), text(symbol));
+    }
 }
 
 TEST_F(EditorScansTest, theSheetOpensWithTheTextAndGoesByCancel) {
@@ -357,7 +496,8 @@ TEST_F(EditorScansTest, withoutCodesTheToastComesAndGoes) {
 
 TEST_F(EditorScansTest, anEditorMayGoInTheMiddleOfBoth) {
     auto second = std::make_unique<EditorView>(
-        picture(), EditorModel::Ports{time, pasteboard, panels, coder, center, QString(), queue}, EditorView::Actions{},
+        picture(), EditorModel::Ports{time, pasteboard, panels, coder, center, QString(), fileQueue},
+        EditorView::Actions{},
         EditorView::Hooks{
             .opened = {}, .extractText = EditorScans::extractText(ports), .scanQr = EditorScans::scanQr(ports)});
     recognizer.setLines({text("late")});

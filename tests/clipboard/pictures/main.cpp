@@ -2,6 +2,7 @@
 //
 // usage: clipboard_pictures FOLDER
 #include "adapters/fake/FakeAlerts.h"
+#include "adapters/fake/FakeApplicationCatalog.h"
 #include "adapters/fake/FakeImageCoder.h"
 #include "adapters/fake/FakeLoginItem.h"
 #include "adapters/fake/FakeMovieAsset.h"
@@ -53,7 +54,7 @@ struct Desk {
     Desk() { defaults.set(QStringLiteral("ClipboardMySaveSeeded"), true); }
     void start() {
         manager = std::make_unique<ClipboardManager>(ClipboardManager::Ports{
-            time, defaults, pasteboard, workspace, coder, movies, loginItem, folders, database});
+            time, defaults, pasteboard, workspace, catalog, coder, movies, loginItem, folders, database});
         manager->cacheThumbnail(photograph(), QStringLiteral("a.png"));
         manager->cacheThumbnail(photograph().mirrored(), QStringLiteral("r.mp4"));
     }
@@ -104,6 +105,7 @@ struct Desk {
     UserDefaults defaults{home.path() + QStringLiteral("/defaults.plist"), time, center};
     FakePasteboard pasteboard;
     FakeWorkspace workspace;
+    FakeApplicationCatalog catalog;
     FakeImageCoder coder;
     FakeMovieAsset movies;
     FakeLoginItem loginItem;

@@ -2,15 +2,15 @@
 #include "programs/recorder/MovieFile.h"
 
 #include "programs/recorder/DiskFile.h"
+#include "support/FileSizeLimit.h"
 #include "support/MovieReading.h"
 
 #include <QTemporaryFile>
 
 #include <cerrno>
-#include <csignal>
+#include <optional>
 
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 
 namespace tavrine::test {
 namespace {
@@ -222,11 +222,7 @@ TEST_F(MovieFileTest, aDiskThatTakesNotEvenTheIndexLeavesTheFragments) {
 TEST(DiskFile, whatDoesNotFitIsCutOffAndWhatStandsCanStillBeOverwritten) {
     QTemporaryFile file;
     ASSERT_TRUE(file.open());
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-    const rlimit small{1000, before.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    std::optional<FileSizeLimit> small(1000);
     DiskFile disk(file.handle());
     disk.append(std::string(600, 'a'));
     disk.append(std::string(600, 'b'));
@@ -234,7 +230,7 @@ TEST(DiskFile, whatDoesNotFitIsCutOffAndWhatStandsCanStillBeOverwritten) {
     disk.overwrite(10, "X");
     disk.overwrite(599, "no"); // reaches beyond the end
     const MovieStore::State state = disk.settle();
-    ::setrlimit(RLIMIT_FSIZE, &before);
+    small.reset();
     EXPECT_EQ(state.length, 600U);
     EXPECT_EQ(state.error, EFBIG);
     EXPECT_EQ(file.size(), 600);

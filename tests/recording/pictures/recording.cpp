@@ -118,6 +118,7 @@ void showPreview(const Studio &studio, VirtualTime &time, const QString &path) {
         model->load();
         asset.answer();
         view.show();
+        time.runPending();
         prepare(*model, view);
         studio.save(view, name, {24, 40}, {430, 510});
         model->stop();

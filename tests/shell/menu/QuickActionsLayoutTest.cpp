@@ -31,6 +31,24 @@ std::vector<LayoutRow> rowsOf(const QString &order, const std::set<QuickAction> 
 }
 const QString menuOrder = preference::layoutOrder.fallbackValue();
 
+TEST(QuickActionsLayout, eachPlaceHasItsOwnWordsAndSymbol) {
+    QStringList places;
+    for (const QuickActionText &each : quickActionTexts)
+        places.append(QStringLiteral("%1 %2 %3, %4, %5, %6")
+                          .arg(QLatin1String(each.id), QLatin1String(each.isCard ? "card" : "tile"),
+                               QLatin1String(each.icon), QLatin1String(each.title), QLatin1String(each.subtitle),
+                               QLatin1String(each.subtitleOn)));
+    EXPECT_THAT(places, testing::ElementsAre(
+                            QStringLiteral("loFi card headphones, Lo-Fi Vibe, , "),
+                            QStringLiteral("keepAwake card cup.and.saucer.fill, Keep Awake, , "),
+                            QStringLiteral("screenshot tile camera.viewfinder, Screenshot, Capture & edit, "),
+                            QStringLiteral("screenRecord tile video.badge.plus, Record Screen, Capture screen area, "),
+                            QStringLiteral("qrScan tile qrcode.viewfinder, QR Scan, Scan from screen, "),
+                            QStringLiteral("cleanMode tile keyboard.fill, Clean Mode, Active, Input Blocked"),
+                            QStringLiteral("settings tile gearshape.fill, Open Settings, Configure, "),
+                            QStringLiteral("editor tile photo.badge.plus, Tavrine Editor, Edit photos & snips, ")));
+}
+
 TEST(QuickActionsLayout, withAllTilesOnAndNoStoredOrderTheRowsAreTheMenusOwn) {
     EXPECT_THAT(rowsOf(menuOrder), testing::ElementsAre(card(loFi), card(keepAwake), tiles(screenshot, screenRecord),
                                                         tiles(qrScan, cleanMode), tiles(settings, editor)));

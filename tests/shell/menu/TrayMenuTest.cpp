@@ -4,8 +4,10 @@
 #include "look/Tile.h"
 #include "support/PaintedWords.h"
 #include "utilities/awake/KeepAwakeControlView.h"
+#include "utilities/lofi/LofiManager.h"
 #include "utilities/lofi/LofiMiniPlayer.h"
 
+#include <QFile>
 #include <QHelpEvent>
 #include <QTest>
 
@@ -66,6 +68,24 @@ TEST_F(TrayMenuTest, whereADesktopHasNoWayToBlockTheKeyboardTheCleanersTileSaysS
     ASSERT_EQ(desktop.alerts().shown().size(), 1);
     EXPECT_EQ(desktop.alerts().shown().constFirst().message, text("Clean Mode Is Not Available"));
     EXPECT_FALSE(tiles.isOn(QuickAction::cleanMode));
+}
+
+TEST_F(TrayMenuTest, withoutThePermissionTheScreenshotsTileAsksForItAndLeavesTheMenuOpen) {
+    desktop.access().setScreenCaptureGranted(false);
+    press();
+    show();
+    control("Screenshot").click();
+    time.advance(1s);
+    ASSERT_EQ(desktop.alerts().shown().size(), 1);
+    EXPECT_EQ(desktop.alerts().shown().constFirst().message, text("Screen Recording Permission Required"));
+    EXPECT_TRUE(panel().isOpen());
+    EXPECT_TRUE(desktop.taskLauncher().tasks().isEmpty());
+    desktop.access().setScreenCaptureGranted(true);
+    control("Screenshot").click();
+    EXPECT_FALSE(panel().isOpen());
+    time.advance(1s);
+    EXPECT_EQ(desktop.taskLauncher().tasks().size(), 1);
+    EXPECT_EQ(desktop.alerts().shown().size(), 1);
 }
 
 TEST_F(TrayMenuTest, aSecondPressClosesIt) {
@@ -304,14 +324,86 @@ TEST_F(TrayMenuTest, onAScreenWithoutRoomForItTheGridScrollsAndEveryEntryIsInSig
 
 // For trays that draw menus themselves.
 
-TEST_F(TrayMenuTest, suchATrayGetsTheTilesAndUnderThemTheEntries) {
+TEST_F(TrayMenuTest, suchATrayGetsTheQuickActionsAndUnderThemTheEntries) {
     QStringList labels;
     for (const StatusMenuLine &line : desktop.statusItem().menuLines())
         labels.append(line.isSeparator() ? text("-") : line.label);
     EXPECT_EQ(labels.join(u'|'),
-              text("Screenshot|Record Screen|QR Scan|Clean Mode|Open Settings|Tavrine Editor|-|Clipboard Search|"
-                   "Emoji Picker|Colour Picker|-|Check for Updates…|-|Quit"));
+              text("Play: Lo-Fi Vibe|Keep Awake: Display|Screenshot|Record Screen|QR Scan|Clean Mode|Open Settings|"
+                   "Tavrine Editor|-|Clipboard Search|Emoji Picker|Colour Picker|-|Check for Updates…|-|Quit"));
     EXPECT_EQ(desktop.panelWindows().made(), 0) << "it costs no window";
+}
+
+TEST_F(TrayMenuTest, itsLineOfTheMusicPlaysAndPausesAndSaysWhat) {
+    QFile track(home.filePath(text("custom_雨の日.mp3")));
+    ASSERT_TRUE(track.open(QIODevice::WriteOnly));
+    preference::lofiCustomTrackPath.set(defaults, track.fileName());
+    preference::lofiCustomTrackName.set(defaults, text("雨の日"));
+    const auto line = [this] { return desktop.statusItem().menuLines().at(0); };
+    EXPECT_EQ(line().label, text("Play: 雨の日"));
+    auto &manager = delegate->tools().lofi().manager();
+    const int before = desktop.statusItem().menuChanges();
+    quietly([&] {
+        desktop.statusItem().choose(line().id);
+        time.advance(10ms);
+    });
+    EXPECT_TRUE(manager.isPlaying());
+    EXPECT_EQ(line().label, text("Pause: 雨の日"));
+    EXPECT_GT(desktop.statusItem().menuChanges(), before);
+    quietly([&] {
+        desktop.statusItem().choose(line().id);
+        time.advance(10ms);
+    });
+    EXPECT_FALSE(manager.isPlaying());
+}
+
+TEST_F(TrayMenuTest, itsLineOfKeepAwakeIsTheSwitchAndSaysWhatItKeepsAwake) {
+    const auto line = [this] { return desktop.statusItem().menuLines().at(1); };
+    auto &manager = delegate->tools().keepAwake().manager();
+    EXPECT_EQ(line().isOn, false);
+    const int before = desktop.statusItem().menuChanges();
+    quietly([&] {
+        desktop.statusItem().choose(line().id);
+        time.advance(10ms);
+    });
+    EXPECT_TRUE(manager.isAwake());
+    EXPECT_EQ(line().isOn, true);
+    EXPECT_GT(desktop.statusItem().menuChanges(), before);
+    quietly([&] {
+        manager.setMode(KeepAwakeMode::lidClosed);
+        time.advance(10ms);
+    });
+    EXPECT_EQ(line().label, text("Keep Awake: Lid Closed"));
+    quietly([&] {
+        desktop.statusItem().choose(line().id);
+        time.advance(10ms);
+    });
+    EXPECT_FALSE(manager.isAwake());
+}
+
+TEST_F(TrayMenuTest, aPauseForTheBatteryIsANoteThatCannotBeChosen) {
+    auto &manager = delegate->tools().keepAwake().manager();
+    desktop.powerSource().setPluggedIn(false);
+    quietly([&] {
+        manager.enable();
+        time.advance(10ms);
+        manager.setChargingOnly(true);
+        time.advance(10ms);
+    });
+    const StatusMenuLine note = desktop.statusItem().menuLines().at(2);
+    EXPECT_EQ(note.label, text("Charging Only: paused while on battery"));
+    EXPECT_FALSE(note.isEnabled);
+    desktop.statusItem().choose(note.id);
+    time.advance(1s);
+    EXPECT_FALSE(manager.isAwake());
+}
+
+TEST_F(TrayMenuTest, itsLinesTellTheKeysThatChooseThemFromEverywhere) {
+    QStringList keys;
+    for (const StatusMenuLine &line : desktop.statusItem().menuLines())
+        if (!line.keys.isEmpty())
+            keys.append(line.label + QLatin1Char(' ') + line.keys.join(u'+'));
+    EXPECT_EQ(keys.join(u'|'), text("Clipboard Search Super+Shift+V|Emoji Picker Super+Shift+E")) << "not Quit";
 }
 
 TEST_F(TrayMenuTest, aChosenLineActsInALaterTurnAndOneThatIsGoneOrOffDoesNot) {

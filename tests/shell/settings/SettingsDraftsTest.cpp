@@ -1,6 +1,7 @@
 // What is typed into a page of the settings and not saved yet.
 
 #include "look/Button.h"
+#include "look/Indicators.h"
 #include "look/Look.h"
 #include "look/OutcomeView.h"
 #include "look/SegmentedControl.h"
@@ -222,7 +223,16 @@ TEST_F(MovingSettingsDrafts, theControlThatSavesComesAndGoesWithTheDefaultAnimat
     quietly([&] { button->click(); });
     pass(899ms);
     EXPECT_FALSE(outcome->isVisible());
+    look::Label *words = nullptr;
+    for (auto *each : control.findChildren<look::Label *>())
+        words = each->text() == text("Setting up…") ? each : words;
+    auto *spinner = control.findChild<look::Spinner *>();
+    ASSERT_TRUE(words && spinner);
+    EXPECT_TRUE(words->isVisible());
+    EXPECT_TRUE(spinner->isVisible());
     pass(1ms);
+    EXPECT_FALSE(words->isVisible());
+    EXPECT_FALSE(spinner->isVisible());
     EXPECT_EQ(outcome->accessibleName(), text("Saved"));
     const QImage first = outcome->grab().toImage();
     pass(80ms);
@@ -260,6 +270,45 @@ TEST_F(SettingsDrafts, theDoubleTapIsChosenBesideTheKey) {
     EXPECT_FALSE(find<KeyFieldView>("Shortcut Key")->isVisibleTo(view().page()));
     quietly([&] { find<look::Button>("Save Changes")->click(); });
     EXPECT_EQ(defaults.get<QString>(text("emojiHotkeyMode")), text("doubleOption"));
+}
+
+TEST_F(SettingsDrafts, aStoredModeThatIsNoneIsNotTakenForOneAndEachCanBeChosen) {
+    defaults.set(text("emojiHotkeyMode"), text("tripleOption"));
+    for (const auto &[segment, mode] : {std::pair{"Global Shortcut", "commandShift"}, {"Double Alt", "doubleOption"}}) {
+        go(SidebarItem::home);
+        go(SidebarItem::emoji);
+        auto *type = view().page()->findChild<look::SegmentedControl *>();
+        ASSERT_TRUE(type);
+        EXPECT_EQ(type->current(), look::SegmentedControl::none);
+        EXPECT_FALSE(find<KeyFieldView>("Shortcut Key")->isVisibleTo(view().page()));
+        EXPECT_FALSE(find<look::Button>("Save Changes")->isVisibleTo(view().page()));
+        auto *choice = find<QAbstractButton>(segment);
+        ASSERT_TRUE(choice) << segment;
+        EXPECT_FALSE(choice->isChecked());
+        choice->click();
+        EXPECT_TRUE(choice->isChecked());
+        quietly([&] { find<look::Button>("Save Changes")->click(); });
+        EXPECT_EQ(defaults.get<QString>(text("emojiHotkeyMode")), text(mode));
+        quietly([&] { time.advance(3s); });
+        defaults.set(text("emojiHotkeyMode"), text("tripleOption"));
+    }
+}
+
+TEST_F(SettingsDrafts, theWayToTheDesktopsOwnKeysStandsBesideThoseAlone) {
+    go(SidebarItem::emoji);
+    auto *field = find<KeyFieldView>("Shortcut Key");
+    auto *settings = find<look::Button>("Open Settings");
+    ASSERT_TRUE(settings);
+    for (const Qt::Key key : {Qt::Key_3, Qt::Key_4, Qt::Key_5}) {
+        QTest::keyClick(field, key);
+        EXPECT_TRUE(settings->isVisibleTo(view().page())) << key;
+    }
+    EXPECT_TRUE(desktop.urlOpener().opened().isEmpty());
+    settings->click();
+    EXPECT_EQ(desktop.urlOpener().opened(),
+              QList<QUrl>{QUrl(text("x-apple.systempreferences:com.apple.preference.keyboard?Shortcuts"))});
+    QTest::keyClick(field, Qt::Key_V); // the clipboard's
+    EXPECT_FALSE(settings->isVisibleTo(view().page()));
 }
 
 } // namespace

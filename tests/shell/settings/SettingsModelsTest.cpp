@@ -1,5 +1,6 @@
 // What the pages of the settings know and do, without their views.
 
+#include "clipboard/DatabaseFixture.h"
 #include "look/Button.h"
 #include "look/Indicators.h"
 #include "shell/ShellTest.h"
@@ -68,6 +69,18 @@ TEST_F(SettingsModels, aLoginItemThatTheDesktopRefusesGoesBack) {
     QObject::connect(&model, &GeneralSettingsModel::changed, &model, [&] { ++changes; });
     model.setLaunchAtLogin(true);
     EXPECT_FALSE(model.launchAtLogin());
+    EXPECT_EQ(changes, 1) << "the switch is told to go back";
+    EXPECT_THAT(desktop.alerts().shown(), IsEmpty());
+}
+
+TEST_F(SettingsModels, aLoginItemThatTheDesktopDoesNotTakeAwayStaysOn) {
+    desktop.loginItem().setEnabledOutside(true);
+    GeneralSettingsModel model = general();
+    desktop.loginItem().failNext();
+    int changes = 0;
+    QObject::connect(&model, &GeneralSettingsModel::changed, &model, [&] { ++changes; });
+    model.setLaunchAtLogin(false);
+    EXPECT_TRUE(model.launchAtLogin());
     EXPECT_EQ(changes, 1) << "the switch is told to go back";
     EXPECT_THAT(desktop.alerts().shown(), IsEmpty());
 }
@@ -158,6 +171,22 @@ TEST_F(SettingsModels, clearAndDisableAsksClearsTellsAndSwitchesTheHistoryOff) {
     EXPECT_FALSE(FeatureRowModel(Feature::clipboardHistory, delegate->shell().flags(), time).isOn());
 }
 
+TEST_F(SettingsModels, clearAndDisableTellsOfTheClearingBeforeItSwitchesTheHistoryOff) {
+    add("one");
+    ClearAndDisable flow({desktop.alerts(), manager(), delegate->shell().flags(), time});
+    std::vector<std::string> steps;
+    QObject::connect(&flow, &ClearAndDisable::changed, &flow, [&] {
+        if (flow.showMemoryCleaningOverlay())
+            steps.push_back(database.counts().total == 0 ? "told, cleared" : "told");
+    });
+    QObject::connect(&delegate->shell().flags(), &FeatureFlags::published, &flow, [&](Feature feature, bool) {
+        steps.push_back(feature == Feature::clipboardHistory ? "off" : "?");
+    });
+    desktop.alerts().answerNextWithFirstButton();
+    flow.ask();
+    EXPECT_THAT(steps, ElementsAre("told, cleared", "off"));
+}
+
 TEST_F(SettingsModels, aSecondClearingIsToldOfAsLongAsTheFirst) {
     ClearAndDisable flow({desktop.alerts(), manager(), delegate->shell().flags(), time});
     desktop.alerts().answerNextWithFirstButton();
@@ -200,6 +229,45 @@ TEST_F(SettingsModels, clearAllDataSaysClearedForThreeSeconds) {
     EXPECT_TRUE(model.cleared());
     time.advance(1ms);
     EXPECT_FALSE(model.cleared());
+}
+
+TEST_F(SettingsModels, aClearingThatAnotherProgramHoldsUpIsToldWhenItIsDone) {
+    add("one");
+    Outside other(ShellTest::home.filePath(text("data/Tavrine/clipboard.db")));
+    ASSERT_TRUE(other.run("BEGIN IMMEDIATE"));
+    PrivacySettingsModel model({desktop.alerts(), manager(), time, desktop.urlOpener(), text("/share")});
+    ClearAndDisable flow({desktop.alerts(), manager(), delegate->shell().flags(), time});
+    desktop.alerts().answerNextWithFirstButton();
+    model.clearAll();
+    desktop.alerts().answerNextWithFirstButton();
+    flow.ask();
+    EXPECT_THAT(manager().history(), IsEmpty());
+    EXPECT_FALSE(delegate->shell().flags().isOn(Feature::clipboardHistory));
+    time.advance(7s);
+    EXPECT_FALSE(model.cleared()) << "its rows would come back with the next start";
+    EXPECT_FALSE(flow.showMemoryCleaningOverlay());
+    ASSERT_TRUE(other.run("COMMIT"));
+    time.advance(0.5s); // the fourth look
+    EXPECT_TRUE(model.cleared());
+    EXPECT_TRUE(flow.showMemoryCleaningOverlay());
+    EXPECT_EQ(database.counts().total, 0);
+    time.advance(3s);
+    EXPECT_FALSE(model.cleared());
+    EXPECT_FALSE(flow.showMemoryCleaningOverlay());
+}
+
+TEST_F(SettingsModels, aPageThatIsGoneHearsOfNoClearing) {
+    add("one");
+    Outside other(ShellTest::home.filePath(text("data/Tavrine/clipboard.db")));
+    ASSERT_TRUE(other.run("BEGIN IMMEDIATE"));
+    {
+        PrivacySettingsModel model({desktop.alerts(), manager(), time, desktop.urlOpener(), text("/share")});
+        desktop.alerts().answerNextWithFirstButton();
+        model.clearAll();
+    }
+    ASSERT_TRUE(other.run("COMMIT"));
+    time.advance(5s);
+    EXPECT_EQ(database.counts().total, 0);
 }
 
 TEST_F(SettingsModels, theHistoryIsClearedWhileAPanelShowsIt) {
@@ -401,6 +469,15 @@ TEST_F(SettingsModels, runningProgramsCanBeExcludedOnceAndTakenBack) {
     model.include(model.excludedApps().front().id);
     EXPECT_TRUE(model.excludedApps().empty());
     EXPECT_EQ(defaults.get<QByteArray>(text("ExcludedAppsV2")), QByteArray("[]"));
+}
+
+TEST_F(SettingsModels, aProgramThatIsExcludedUnderAnotherNameIsNotOfferedAgain) {
+    desktop.workspace().setRunning(
+        {{.bundleIdentifier = text("Thunar"), .localizedName = text("Thunar"), .names = {text("Thunar")}},
+         {.bundleIdentifier = text("Xterm"), .localizedName = text("Xterm")}});
+    ClipboardSettingsModel model = clipboard();
+    model.exclude({text("thunar"), text("Files")});
+    EXPECT_THAT(model.candidates(), ElementsAre(InstalledApplication{text("Xterm"), text("Xterm")}));
 }
 
 TEST_F(SettingsModels, aProgramWithoutAnIdentifierIsNotExcluded) {

@@ -330,6 +330,45 @@ TEST_F(SettingsWindowTest, aPlaceThatIsDraggedOverAnotherTakesItsPlaceOnce) {
     EXPECT_EQ(QSet<QString>(orders.begin(), orders.end()).size(), 1) << orders.join(u' ').toStdString();
 }
 
+TEST_F(SettingsWindowTest, aPlaceIsSmallerAndPalerWhileItIsDragged) {
+    go(SidebarItem::layout);
+    auto *preview = view().page()->findChild<LayoutPreviewView *>();
+    auto *place = preview->findChildren<look::Control *>().constFirst();
+    const auto seen = [place] {
+        QImage image(place->size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        place->render(&image, {}, {}, QWidget::DrawChildren);
+        return image;
+    };
+    const auto inkAt = [&](int x) { return qAlpha(seen().pixel(x, place->height() / 2)); };
+    const int edge = 1; // just inside: a place that is smaller leaves it free
+    const int ground = place->width() - 12;
+    ASSERT_EQ(inkAt(ground), 255);
+    ASSERT_GT(inkAt(edge), 0);
+    QTest::mousePress(place, Qt::LeftButton);
+    EXPECT_EQ(inkAt(edge), 0);
+    EXPECT_NEAR(inkAt(ground), 0.6 * 255, 3);
+    QTest::mouseRelease(place, Qt::LeftButton);
+    EXPECT_EQ(inkAt(ground), 255);
+}
+
+TEST_F(SettingsWindowTest, aPressOnThePreviewsGroundIsNotTheWindows) {
+    go(SidebarItem::layout);
+    auto *preview = view().page()->findChild<LayoutPreviewView *>();
+    struct Presses : QObject {
+        bool eventFilter(QObject *, QEvent *event) override {
+            count += event->type() == QEvent::MouseButtonPress ? 1 : 0;
+            return false;
+        }
+        int count = 0;
+    } presses;
+    preview->parentWidget()->installEventFilter(&presses);
+    QTest::mouseClick(preview, Qt::LeftButton, {}, QPoint(preview->width() / 2, 4)); // above the first place
+    EXPECT_EQ(presses.count, 0);
+    QTest::mouseClick(preview->parentWidget(), Qt::LeftButton, {}, QPoint(1, 1));
+    EXPECT_EQ(presses.count, 1);
+}
+
 TEST_F(SettingsWindowTest, aHundredFlagChangesAreFollowedByAnOpenPage) {
     go(SidebarItem::features);
     for (int i = 0; i < 100; ++i)

@@ -45,6 +45,13 @@ protected:
             time.advance(1s);
         });
     }
+    /// A region is scanned for codes.
+    void scanScreen() {
+        tool().startQrScan();
+        const auto task = desktop.taskLauncher().tasks().last();
+        ASSERT_TRUE(picture(Qt::white).save(task->arguments().last()));
+        task->finish(0);
+    }
     EditorView &openEditor(const QImage &image) {
         quietly([&] { delegate->tools().editor().openEditorDirectly(image); });
         return *static_cast<EditorView *>(window(LargeWindows::Kind::editor));
@@ -102,6 +109,41 @@ TEST_F(SnippingToolTest, theEditorsTwoScansReadThePicture) {
     EXPECT_THAT(desktop.screenCodeDetector().images(), IsEmpty());
 }
 
+TEST_F(SnippingToolTest, theTextOfACardDoesNotWaitForTheEditors) {
+    desktop.recognizer().setLines({text("of the card")});
+    desktop.recognizer().holdNext();
+    EditorView &editor = openEditor(picture(Qt::white));
+    editor.model().extractText();
+    ASSERT_TRUE(happens([&] { return desktop.recognizer().count() == 1; }));
+    getText(Qt::white);
+    EXPECT_TRUE(happens([&] { return desktop.pasteboard().string() == text("of the card"); }));
+    EXPECT_EQ(desktop.recognizer().waiting(), 1) << "the editor's is still being read";
+}
+
+TEST_F(SnippingToolTest, aScanOfTheScreenDoesNotWaitForTheEditors) {
+    desktop.pictureCodeDetector().hold();
+    openEditor(picture(Qt::white)).model().scanQr();
+    ASSERT_TRUE(happens([&] { return desktop.pictureCodeDetector().waiting() == 1; }));
+    scanScreen();
+    EXPECT_TRUE(happens([&] { return panels().living() == 1; }));
+    EXPECT_EQ(desktop.pictureCodeDetector().waiting(), 1);
+}
+
+TEST_F(SnippingToolTest, nobodyReadsForAnEditorThatIsClosed) {
+    desktop.recognizer().hold();
+    desktop.pictureCodeDetector().hold();
+    EditorModel &model = openEditor(picture(Qt::white)).model();
+    model.extractText();
+    model.scanQr();
+    const auto waiting = [this] { return desktop.recognizer().waiting() + desktop.pictureCodeDetector().waiting(); };
+    ASSERT_TRUE(happens([&] { return waiting() == 2; }));
+    window(LargeWindows::Kind::editor)->close();
+    EXPECT_TRUE(test::eventually([&] {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return waiting() == 0;
+    }));
+}
+
 // The worker writes down what it is given, beside itself in the folder of programs.
 TEST_F(SnippingToolTest, theEditorUploadsThePictureWithItsAnnotationsAndRestsTwoSecondsAfterTheLink) {
     const test::FakeWorker worker(R"(cat > "$(dirname $0)/input"; echo '{"url":"https://i.example/1","logs":[]}')");
@@ -139,14 +181,29 @@ TEST_F(SnippingToolTest, theEditorUploadsThePictureWithItsAnnotationsAndRestsTwo
 
 TEST_F(SnippingToolTest, aScanOfTheScreenShowsItsCodes) {
     desktop.screenCodeDetector().setPayloads({text("hello")});
-    tool().startQrScan();
-    ASSERT_EQ(desktop.taskLauncher().tasks().size(), 1);
-    ASSERT_TRUE(picture(Qt::white).save(desktop.taskLauncher().tasks().first()->arguments().last()));
-    desktop.taskLauncher().tasks().first()->finish(0);
+    scanScreen();
     ASSERT_TRUE(happens([&] { return panels().living() == 1; }));
     EXPECT_TRUE(panels().windows().front()->isVisible());
     EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::regular);
     EXPECT_THAT(desktop.pictureCodeDetector().images(), IsEmpty());
+}
+
+TEST_F(SnippingToolTest, theProgramLeavesTheTaskBarWithTheCodesUnlessALargeWindowIsThere) {
+    QWidget panel(nullptr, Qt::Window | Qt::FramelessWindowHint); // as the desktop's are
+    panel.show();
+    scanScreen();
+    ASSERT_TRUE(happens([&] { return panels().living() == 1; }));
+    panels().windows().front()->closeFromOutside();
+    EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::accessory);
+    time.advance(1s);
+    openEditor(picture(Qt::white));
+    scanScreen();
+    ASSERT_TRUE(happens([&] { return panels().living() == 1; }));
+    panels().windows().front()->closeFromOutside();
+    EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::regular);
+    window(LargeWindows::Kind::editor)->close();
+    time.advance(1s);
+    EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::accessory);
 }
 
 TEST_F(SnippingToolTest, aColourIsPickedAndTold) {
@@ -165,7 +222,7 @@ TEST_F(SnippingToolTest, theEndDoesNotWaitForAReaderThatHangs) {
     EditorView &editor = openEditor(picture(Qt::white));
     getText(Qt::white);
     editor.model().extractText();
-    ASSERT_TRUE(happens([&] { return desktop.recognizer().count() == 1; })); // and the second waits behind it
+    ASSERT_TRUE(happens([&] { return desktop.recognizer().waiting() == 2; }));
     QElapsedTimer timer;
     timer.start();
     delegate.reset();

@@ -8,6 +8,7 @@
 
 #include <QAbstractButton>
 #include <QFile>
+#include <QRegularExpression>
 #include <QSet>
 
 #include <algorithm>
@@ -21,6 +22,12 @@ constexpr QChar ellipsis(0x2026);
 
 bool hasLetters(QStringView text) {
     return std::ranges::any_of(text, [](QChar c) { return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z'); });
+}
+
+/// A time of day stays as the desktop's own language has it.
+QString withoutTimes(QString text) {
+    static const QRegularExpression time(QStringLiteral("\\d+:\\d\\d [AP]M"));
+    return text.remove(time);
 }
 
 /// What a person made, and what is written the same way everywhere. A piece of it may be a line of its own.
@@ -101,7 +108,8 @@ TEST_F(Language, everyTextIsAskedForBeforeItIsShown) {
         const auto [painted, told, cut] = wordsOf(view);
         seen += int(painted.size());
         for (const QString &each : painted + told)
-            EXPECT_TRUE(!hasLetters(each) || isNoTextOfOurs(each)) << name.toStdString() << ": " << each.toStdString();
+            EXPECT_TRUE(!hasLetters(withoutTimes(each)) || isNoTextOfOurs(each))
+                << name.toStdString() << ": " << each.toStdString();
     });
     EXPECT_GT(seen, 300);
 }

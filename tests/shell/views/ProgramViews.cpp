@@ -25,6 +25,10 @@ void ProgramViews::start(ColorScheme scheme) {
     double age = 0;
     for (const char *content : {"A line of text", "https://www.debian.org/", "mira@example.org", "#7B61FF"})
         database.save({QUuid::createUuid(), text(content), time.now() - Seconds(age += 1000), age<1500, age> 3500, {}});
+    database.save({.id = QUuid::createUuid(),
+                   .content = text("Image"),
+                   .date = time.now() - Seconds(age + 1000),
+                   .imageFileName = text("captured.jpg")});
     launch();
     settle();
 }

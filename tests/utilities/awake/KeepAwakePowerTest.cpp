@@ -45,6 +45,70 @@ TEST_F(KeepAwakePower, theLaunchReadsItOnceAndKnowsTheAnswer) {
     }
 }
 
+TEST_F(KeepAwakePower, theLaunchReadsItWhenTheDesktopHasToldIt) {
+    setPluggedIn(false);
+    powerSource.beSilent();
+    const int readings = powerSource.readings();
+    make();
+    EXPECT_EQ(outputOf([&] { time.advance(9s); }), "");
+    EXPECT_EQ(powerSource.readings(), readings);
+    EXPECT_TRUE(manager->isPluggedIn());
+    EXPECT_EQ(outputOf([&] {
+                  powerSource.answer();
+                  time.runPending();
+              }),
+              "[KeepAwake] IOPSPowerSourceState=Battery Power pluggedIn=false\n");
+    EXPECT_FALSE(manager->isPluggedIn());
+}
+
+TEST_F(KeepAwakePower, whatWasSwitchedOnWithChargingOnlyBeforeTheBatteryWasKnownGoesOffAndStaysOff) {
+    setPluggedIn(false);
+    powerSource.beSilent();
+    make();
+    after([&] { manager->setChargingOnly(true); });
+    after([&] { manager->enable(); });
+    after([&] { powerSource.answer(); });
+    EXPECT_FALSE(manager->isAwake());
+    EXPECT_FALSE(manager->autoDisabledForBattery());
+    setPluggedIn(true);
+    pass(1min);
+    EXPECT_FALSE(manager->isAwake());
+}
+
+TEST_F(KeepAwakePower, whatWasSwitchedOnBeforeTheBatteryWasKnownStaysOnAndTheLidIsWarnedOf) {
+    setPluggedIn(false);
+    powerSource.beSilent();
+    make();
+    after([&] { manager->setMode(KeepAwakeMode::lidClosed); });
+    switchOn();
+    EXPECT_FALSE(manager->showLidClosedNoPowerWarning());
+    after([&] { powerSource.answer(); });
+    EXPECT_TRUE(manager->showLidClosedNoPowerWarning());
+    EXPECT_TRUE(manager->isAwake());
+}
+
+TEST_F(KeepAwakePower, whatIsOffWhenTheBatteryBecomesKnownStaysOffWithoutAWarning) {
+    setPluggedIn(false);
+    powerSource.beSilent();
+    make();
+    after([&] {
+        manager->setMode(KeepAwakeMode::lidClosed);
+        manager->setChargingOnly(true);
+    });
+    after([&] { powerSource.answer(); });
+    EXPECT_FALSE(manager->isAwake());
+    EXPECT_FALSE(manager->showLidClosedNoPowerWarning());
+    EXPECT_EQ(assertions.createdCount(), 0);
+}
+
+TEST_F(KeepAwakePower, anAnswerThatComesAfterTheManagerIsNobodys) {
+    powerSource.beSilent();
+    make();
+    manager.reset();
+    powerSource.answer();
+    EXPECT_EQ(powerSource.readings(), 1) << "that of the manager before";
+}
+
 TEST_F(KeepAwakePower, theTickComesEveryTenSeconds) {
     const int readings = powerSource.readings();
     pass(9999ms);

@@ -92,6 +92,27 @@ TEST_F(KeepAwakeSchedule, aLaunchWithoutAScheduleNeverChecks) {
     EXPECT_FALSE(manager->isAwake());
 }
 
+TEST_F(KeepAwakeSchedule, aPauseThatLastsPastItsEndComesBackWithPowerUntilTheNextCheck) {
+    setPluggedIn(true);
+    after([&] { manager->setChargingOnly(true); });
+    after([&] { manager->setScheduleEnabled(true); });
+    setPluggedIn(false);
+    pass(10s);
+    ASSERT_TRUE(manager->autoDisabledForBattery());
+    setClock("2026-02-02 18:00");
+    check();
+    EXPECT_FALSE(manager->isAwake());
+    EXPECT_TRUE(manager->autoDisabledForBattery()) << "only what is on is switched off";
+    setPluggedIn(true);
+    pass(10s);
+    EXPECT_TRUE(manager->isAwake());
+    check();
+    EXPECT_FALSE(manager->isAwake());
+    EXPECT_FALSE(manager->autoDisabledForBattery());
+    pass(5min);
+    EXPECT_FALSE(manager->isAwake());
+}
+
 TEST_F(KeepAwakeSchedule, isKeptToTheMinuteAtBothEnds) {
     after([&] { manager->setScheduleEnabled(true); });
     EXPECT_FALSE(isAwakeAt("2026-02-03 08:59"));

@@ -1,6 +1,7 @@
 // Keeps this machine awake by the program's own manager and the adapters of its desktop, until its standard input ends:
 // keep_awake MODE, one of displayAwake, systemAwake and lidClosed. With "schedule" behind it the schedule does so, by a
-// window around now. It prints what the manager prints. The preferences are those of the XDG folders, as the program's.
+// window around now; with "charging-only" it is for mains power only. It prints what the manager prints. The
+// preferences are those of the XDG folders, as the program's.
 #include "adapters/desktops/MakeDesktop.h"
 #include "base/NotificationCenter.h"
 #include "base/UserDefaults.h"
@@ -22,7 +23,7 @@ int main(int argc, char **argv) {
     const QStringList arguments = QCoreApplication::arguments();
     const auto mode = choiceOf(keepAwakeModeTexts, arguments.value(1));
     if (!mode) {
-        std::fputs("usage: keep_awake displayAwake|systemAwake|lidClosed [schedule]\n", stderr);
+        std::fputs("usage: keep_awake displayAwake|systemAwake|lidClosed [schedule] [charging-only]\n", stderr);
         return 2;
     }
     NotificationCenter center;
@@ -31,6 +32,7 @@ int main(int argc, char **argv) {
     KeepAwakeManager manager({time, defaults, desktop->calendar(), desktop->powerAssertions(), desktop->powerSource(),
                               desktop->userNotifications()});
     manager.setMode(*mode);
+    manager.setChargingOnly(arguments.contains(QStringLiteral("charging-only")));
     if (arguments.contains(QStringLiteral("schedule"))) {
         const DateComponents now = desktop->calendar().components(time.now());
         manager.setWeekdaysOnly(false);

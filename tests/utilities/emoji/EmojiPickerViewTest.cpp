@@ -6,9 +6,15 @@
 #include "look/Indicators.h"
 #include "look/SearchField.h"
 #include "look/VirtualList.h"
+#include "support/Eventually.h"
+#include "support/PaintedWords.h"
 
+#include <QApplication>
 #include <QLineEdit>
 #include <QTest>
+#include <QWheelEvent>
+
+#include <cmath>
 
 namespace tavrine {
 namespace {
@@ -30,6 +36,30 @@ protected:
         view->resize(view->sizeHint());
         view->show();
         QCoreApplication::processEvents();
+    }
+
+    /// With four hundred objects and nothing else.
+    void startLong() {
+        QByteArray rows;
+        for (int i = 0; i < 400; ++i)
+            rows += (i ? "," : "[") + QByteArray(R"({"emoji":"e)") + QByteArray::number(i) +
+                    R"(","name":"n","category":"Objects"})";
+        QFile file(tablePath());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(rows + "]");
+        file.close();
+        storePins({});
+        start();
+    }
+    [[nodiscard]] bool comesTo(double offset) {
+        return test::eventually([&] { return list()->offset() == offset; });
+    }
+    static void wheelOver(QWidget &widget, int notches) {
+        const QPointF place = widget.rect().center();
+        QWheelEvent event(place, widget.mapToGlobal(place), {}, QPoint(0, -120 * notches), Qt::NoButton, Qt::NoModifier,
+                          Qt::NoScrollPhase, false);
+        QSpontaneKeyEvent::setSpontaneous(&event); // only what comes from outside goes on to the parents
+        qApp->notify(&widget, &event);
     }
 
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
@@ -92,16 +122,7 @@ TEST_F(EmojiPickerViewTest, lettersTypedWhileAnotherControlHasTheFocusArriveInTh
 }
 
 TEST_F(EmojiPickerViewTest, thePageKeysMoveByAPageAndKeepTheColumn) {
-    QByteArray rows;
-    for (int i = 0; i < 400; ++i)
-        rows += (i ? "," : "[") + QByteArray(R"({"emoji":"e)") + QByteArray::number(i) +
-                R"(","name":"n","category":"Objects"})";
-    QFile file(tablePath());
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(rows + "]");
-    file.close();
-    storePins({});
-    start();
+    startLong();
     key(Qt::Key_Right);
     const int page = list()->height() / int(list()->rowRect(1).height());
     key(Qt::Key_PageDown);
@@ -111,6 +132,46 @@ TEST_F(EmojiPickerViewTest, thePageKeysMoveByAPageAndKeepTheColumn) {
     EXPECT_EQ(list()->selectedRow(), 1 + page - 1);
     key(Qt::Key_Return);
     EXPECT_EQ(chosen, QStringList{QStringLiteral("e%1").arg(8 * (page - 1) + 1)});
+}
+
+TEST_F(EmojiPickerViewTest, theGridScrollsToTheSelectionAndBackToItsFirstHeader) {
+    startLong();
+    for (int i = 0; i < 20; ++i)
+        key(Qt::Key_Down);
+    const auto distance = [this] {
+        return std::abs(list()->rowRect(list()->selectedRow()).center().y() - list()->height() / 2.0);
+    };
+    EXPECT_EQ(list()->selectedRow(), 21);
+    EXPECT_TRUE(test::eventually([&] { return distance() < 1; })) << distance();
+    for (int i = 0; i < 20; ++i)
+        key(Qt::Key_Up);
+    EXPECT_TRUE(comesTo(0)) << list()->offset();
+}
+
+TEST_F(EmojiPickerViewTest, anOpeningBeginsAtTheTopAgain) {
+    startLong();
+    wheelOver(*list(), 20);
+    ASSERT_GT(list()->offset(), 0);
+    center.post(QStringLiteral("emojiPickerPanelOpened"));
+    EXPECT_TRUE(comesTo(0)) << list()->offset();
+}
+
+TEST_F(EmojiPickerViewTest, theWheelScrollsTheGridWhereverInThePanelThePointerIs) {
+    startLong();
+    double before = list()->offset();
+    for (QWidget *under : std::initializer_list<QWidget *>{field(), strip(), list()}) {
+        wheelOver(*under, 2);
+        EXPECT_GT(list()->offset(), before) << under->metaObject()->className();
+        before = list()->offset();
+    }
+}
+
+TEST_F(EmojiPickerViewTest, theChipsAreTheCategories) {
+    QStringList words;
+    const auto chips = strip()->findChildren<look::Chip *>();
+    for (const look::Chip *chip : chips)
+        words.append(chip->text());
+    EXPECT_EQ(words.join(u'|'), text("All|Smileys|Nature|Food|Activity|Travel|Objects|Symbols|Flags"));
 }
 
 TEST_F(EmojiPickerViewTest, theFooterSaysWhatTheKeysDoAtPresent) {
@@ -150,8 +211,19 @@ TEST_F(EmojiPickerViewTest, aClickBesideTheLastOfALineChoosesNothing) {
 
 TEST_F(EmojiPickerViewTest, typingSearchesAndNothingFoundSaysSo) {
     QTest::keyClicks(field(), QStringLiteral("zzz"));
-    EXPECT_TRUE(view->findChild<look::EmptyState *>()->isVisible());
+    auto *state = view->findChild<look::EmptyState *>();
+    EXPECT_TRUE(state->isVisible());
     EXPECT_FALSE(list()->isVisible());
+    test::WordsDevice device(state->size());
+    state->render(&device);
+    EXPECT_EQ(device.words(), QStringList{text("No emojis found")});
+    const auto looks = [&](const char *symbol) {
+        look::EmptyState other(text(symbol), text("No emojis found"), {}, state->parentWidget());
+        other.setGeometry(state->geometry());
+        return other.grab().toImage();
+    };
+    EXPECT_EQ(state->grab().toImage(), looks("magnifyingglass"));
+    EXPECT_NE(looks("magnifyingglass"), looks("wifi.slash"));
     field()->setText(QStringLiteral("thumb"));
     EXPECT_TRUE(list()->isVisible());
     key(Qt::Key_Return);

@@ -1,14 +1,14 @@
 // The person's own track: asked for, copied, kept, forgotten. Copies are made for real.
 #include "LofiTest.h"
+#include "support/FileSizeLimit.h"
 #include "support/ReadOnlyFolder.h"
 #include "utilities/lofi/TrackCopy.h"
 
 #include <atomic>
 #include <cerrno>
-#include <csignal>
+#include <optional>
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -65,6 +65,26 @@ TEST_F(LofiImportTest, whilePlayingTheNewTrackSoundsAtOnce) {
     EXPECT_EQ(import(mine("a.mp3")), "✅ Imported custom Lo-Fi track: a\n⏹️ Lofi playback stopped\n"
                                      "▶️ Playing lofi track: custom_a.mp3\n");
     EXPECT_THAT(players.heard(), ElementsAre(folder + text("/custom_a.mp3")));
+}
+
+TEST_F(LofiImportTest, beforeAPlayIsHeardTheNewTrackTakesItsPlace) {
+    writeTrack("track_1.mp3");
+    players.beSlow();
+    play();
+    import(mine("a.mp3"));
+    printedBy([this] { players.answerAll(); });
+    EXPECT_THAT(players.heard(), ElementsAre(folder + text("/custom_a.mp3")));
+}
+
+TEST_F(LofiImportTest, aResetBeforeAPlayIsHeardGoesOnWithABuiltInTrack) {
+    const QString builtIn = writeTrack("track_2.mp3");
+    import(mine("a.mp3"));
+    players.beSlow();
+    play();
+    printedBy([this] { manager->resetToDefaultTrack(); });
+    printedBy([this] { players.answerAll(); });
+    EXPECT_THAT(players.heard(), ElementsAre(builtIn));
+    EXPECT_TRUE(manager->isPlaying());
 }
 
 TEST_F(LofiImportTest, namesOfEveryScriptAreKept) {
@@ -130,15 +150,9 @@ TEST_F(LofiImportTest, whatIsNoPlainFileIsNotWaitedFor) {
 TEST_F(LofiImportTest, aDiskThatIsFullHalfwayLeavesTheEarlierChoiceAndNoPieceOfACopy) {
     import(mine("a.mp3", "earlier"));
     const QString file = mine("b/a.mp3", QByteArray(4 << 20, 'x'));
-    // No file may become larger than this now: the copy breaks off as on a full disk.
-    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-    const rlimit small{1 << 20, before.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    std::optional<FileSizeLimit> small(1 << 20); // the copy breaks off as on a full disk
     const std::string printed = import(file);
-    ::setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, oldHandler);
+    small.reset();
     EXPECT_EQ(printed, "❌ Failed to copy custom audio track: File too large\n");
     EXPECT_EQ(manager->customTrackName(), text("a"));
     EXPECT_EQ(contentsOf(stored(preference::lofiCustomTrackPath)), "earlier");

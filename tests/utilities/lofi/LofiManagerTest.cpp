@@ -179,6 +179,19 @@ TEST_F(LofiTest, ofTwoPlaysInARowTheLaterOneSounds) {
     EXPECT_EQ(players.heard().size(), 1);
 }
 
+TEST_F(LofiTest, aTrackThatEndsWhileAnotherIsMadeLeavesThatOneToCome) {
+    writeTrack("track_1.mp3");
+    play();
+    players.beSlow();
+    play();
+    printedBy([this] { players.endSound(text("crashed")); });
+    EXPECT_FALSE(manager->isPlaying());
+    EXPECT_TRUE(manager->isStarting());
+    printedBy([this] { players.answerAll(); });
+    EXPECT_TRUE(manager->isPlaying());
+    EXPECT_FALSE(manager->isStarting());
+}
+
 TEST_F(LofiTest, aPlayerThatIsMadeAfterTheManagerIsDropped) {
     writeTrack("track_1.mp3");
     players.beSlow();
@@ -299,6 +312,17 @@ TEST_F(LofiTest, aDownloadThatEndsWhileTheToolIsOffIsKeptAndNotPlayed) {
     EXPECT_THAT(kept(), ElementsAre(text("track_1.mp3")));
 }
 
+TEST_F(LofiTest, aDownloadThatEndsWhileAnotherTrackPlaysTakesItsPlace) {
+    play();
+    const QString other = write(home.filePath(text("other.mp3")));
+    preference::lofiCustomTrackPath.set(defaults, other);
+    play();
+    ASSERT_THAT(players.heard(), ElementsAre(other));
+    printedBy([this] { downloads.finish("music"); });
+    EXPECT_THAT(players.heard(), ElementsAre(folder + text("/track_1.mp3")));
+    EXPECT_TRUE(manager->isPlaying());
+}
+
 TEST_F(LofiTest, aDownloadEndsWithTheManager) {
     play();
     EXPECT_TRUE(downloads.isReceiving());
@@ -318,12 +342,12 @@ TEST_F(LofiTest, everyChangeIsPublishedAndNothingElse) {
     int changes = 0;
     QObject::connect(manager.get(), &LofiManager::changed, manager.get(), [&] { ++changes; });
     play();
-    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(changes, 2) << "asked for, and heard";
     manager->pause();
-    EXPECT_EQ(changes, 2);
+    EXPECT_EQ(changes, 3);
     manager->pause();
     manager->stop();
-    EXPECT_EQ(changes, 2);
+    EXPECT_EQ(changes, 3);
 }
 
 } // namespace

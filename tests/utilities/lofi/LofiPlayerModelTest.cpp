@@ -29,10 +29,45 @@ TEST_F(LofiPlayerModelTest, theButtonTogglesWhatSounds) {
     EXPECT_EQ(model.statusLine(), text("Now Playing"));
     EXPECT_EQ(model.icon(), text("pause.fill"));
     EXPECT_TRUE(model.isGlowing());
-    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(changes, 2) << "asked for, and heard";
     EXPECT_EQ(printedBy([this] { model.toggle(); }), "⏸️ Lofi playback paused\n");
     EXPECT_EQ(model.statusLine(), text("Tap to play"));
     EXPECT_FALSE(model.isGlowing());
+}
+
+TEST_F(LofiPlayerModelTest, aSecondPressBeforeTheFirstIsHeardPauses) {
+    writeTrack("track_1.mp3");
+    players.beSlow();
+    printedBy([this] { model.toggle(); });
+    EXPECT_EQ(model.icon(), text("pause.fill"));
+    EXPECT_EQ(model.playActionName(), text("Pause"));
+    EXPECT_FALSE(model.isGlowing());
+    EXPECT_EQ(printedBy([this] { model.toggle(); }), "⏸️ Lofi playback paused\n");
+    EXPECT_EQ(model.icon(), text("play.fill"));
+    EXPECT_EQ(printedBy([this] { players.answerAll(); }), "");
+    EXPECT_THAT(players.heard(), IsEmpty());
+    EXPECT_EQ(model.statusLine(), text("Tap to play"));
+}
+
+TEST_F(LofiPlayerModelTest, aTrackThatCannotBePlayedGivesTheButtonBack) {
+    writeTrack("track_1.mp3");
+    players.beSlow();
+    players.failNext({.reason = text("no")});
+    printedBy([this] { model.toggle(); });
+    printedBy([this] { players.answerAll(); });
+    EXPECT_EQ(model.icon(), text("play.fill"));
+    EXPECT_THAT(printedBy([this] { model.toggle(); }), HasSubstr("▶️ Playing lofi track: track_1.mp3\n"));
+}
+
+TEST_F(LofiPlayerModelTest, thePercentsAreThoseThatAreThere) {
+    printedBy([this] { model.toggle(); });
+    for (int percent = 0; percent < 100; ++percent) {
+        for (const int part : {0, 9}) {
+            downloads.progress(percent * 10 + part, 1000);
+            settle();
+            EXPECT_EQ(model.statusLine(), text("Downloading... %1%").arg(percent)) << part;
+        }
+    }
 }
 
 TEST_F(LofiPlayerModelTest, aDownloadShowsItsPercentage) {

@@ -20,6 +20,19 @@ QImage drawn(const SpeedPicture &wanted, double scale = 1, bool isSquare = false
     return speedImage(wanted).draw({.scale = scale, .label = label, .isSquare = isSquare});
 }
 
+QImage drawnOnAStrip(const SpeedPicture &wanted, double scale = 1) {
+    return speedImage(wanted).draw({.scale = scale, .label = label, .isStrip = true});
+}
+
+/// How much of it is exactly of that colour.
+int inked(const QImage &image, const QColor &color) {
+    int pixels = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            pixels += image.pixelColor(x, y) == color ? 1 : 0;
+    return pixels;
+}
+
 /// The smallest rectangle, in points from the lower left, outside of which nothing is like `color`.
 QRectF placeOf(const QImage &image, const QColor &color, double scale = 1) {
     QRect place;
@@ -67,6 +80,22 @@ TEST(SpeedImage, theOtherThemesFillARoundedRectangleOneAndTwoPointsInside) {
     }
 }
 
+TEST(SpeedImage, onALightGroundTextIsNearlyBlackAndOnADarkOneNearlyWhite) {
+    const QColor dark(26, 26, 26);
+    const QColor light(235, 235, 235);
+    for (const auto &mode : speedDisplayModeTexts)
+        for (const bool isConnected : {true, false}) {
+            SCOPED_TRACE(mode.text);
+            SpeedPicture wanted = picture(mode.choice, SpeedTheme::white);
+            wanted.isConnected = isConnected;
+            EXPECT_GT(inked(drawn(wanted, 4), dark), 100);
+            EXPECT_EQ(inked(drawn(wanted, 4), label), 0);
+            wanted.theme = SpeedTheme::black;
+            EXPECT_GT(inked(drawn(wanted, 4), light), 100);
+            EXPECT_EQ(inked(drawn(wanted, 4), label), 0);
+        }
+}
+
 TEST(SpeedImage, theGroundIsAsWideWithoutAConnection) {
     SpeedPicture wanted = picture(SpeedDisplayMode::both, SpeedTheme::black);
     wanted.isConnected = false;
@@ -100,6 +129,27 @@ TEST(SpeedImage, oneFigureStandsInTheMiddleWithItsArrow) {
             EXPECT_GE(place.top(), 6);     // above the line's lower edge
             EXPECT_LE(place.bottom(), 18); // below its upper edge
         }
+}
+
+TEST(SpeedImage, oneFigureIsOfMediumWeightAndTenPointsInALineOfTwelve) {
+    for (const bool isUpload : {false, true}) {
+        SpeedCanvas said(70, 22, 4);
+        said.textWithArrow({4, 6, 62, 12}, isUpload ? ArrowDirection::up : ArrowDirection::down,
+                           isUpload ? QStringLiteral(" 517KB") : QStringLiteral("12.3MB"), {10, QFont::Medium, label});
+        EXPECT_EQ(drawn(picture(isUpload ? SpeedDisplayMode::uploadOnly : SpeedDisplayMode::downloadOnly), 4),
+                  said.image());
+    }
+}
+
+TEST(SpeedImage, bothFiguresAreOfMediumWeightAndEightPointsWithBoldArrows) {
+    SpeedCanvas said(70, 22, 4);
+    const SpeedCanvas::Style arrows{8, QFont::Bold, QColor(184, 184, 184)};
+    const SpeedCanvas::Style figures{8, QFont::Medium, label};
+    said.arrow({7, 3}, ArrowDirection::up, arrows);
+    said.arrow({7, 11}, ArrowDirection::down, arrows);
+    said.text({16, 3, 46, 9}, QStringLiteral("517KB"), figures, Qt::AlignRight);
+    said.text({16, 11, 46, 9}, QStringLiteral("12.3MB"), figures, Qt::AlignRight);
+    EXPECT_EQ(drawn(picture(SpeedDisplayMode::both), 4), said.image());
 }
 
 TEST(SpeedImage, theArrowOfTheDownloadPointsDownAndThatOfTheUploadUp) {
@@ -214,6 +264,61 @@ TEST(SpeedImage, onASquareGroundEveryKindIsASquareThatIsFilled) {
                 EXPECT_GT(place.width(), 11) << mode.text;
                 EXPECT_GT(place.height(), 11) << mode.text;
             }
+}
+
+TEST(SpeedImage, onASquareGroundOneFigureStandsOverItsArrowAndUnit) {
+    for (const bool isUpload : {false, true}) {
+        SpeedCanvas said(22, 22, 4);
+        said.text({2, 10, 18, 12}, isUpload ? QStringLiteral("517") : QStringLiteral("12.3"),
+                  {11, QFont::DemiBold, label}, Qt::AlignHCenter);
+        said.textWithArrow({2, 1, 18, 9}, isUpload ? ArrowDirection::up : ArrowDirection::down,
+                           isUpload ? QStringLiteral("KB") : QStringLiteral("MB"), {8, QFont::Medium, label});
+        EXPECT_EQ(drawn(picture(isUpload ? SpeedDisplayMode::uploadOnly : SpeedDisplayMode::downloadOnly), 4, true),
+                  said.image());
+    }
+}
+
+TEST(SpeedImage, onASquareGroundBothFiguresStandWithTheFirstLetterOfTheirUnitsTheDownloadAbove) {
+    const QImage image = drawn(picture(SpeedDisplayMode::both), 4, true);
+    const auto half = [&](int top, const char *figure) {
+        SpeedCanvas said(22, 22, 4);
+        const SpeedCanvas::Style style{
+            said.sizeThatFits({QStringLiteral("12.3M"), QStringLiteral("517K")}, 20, {9, QFont::Medium, {}}),
+            QFont::Medium, label};
+        const double height = SpeedCanvas::lineHeight(style.size);
+        said.text({1, (top == 0 ? 16 : 6) - height / 2, 20, height}, QLatin1String(figure), style, Qt::AlignRight);
+        return said.image().copy(0, top, 88, 44);
+    };
+    EXPECT_EQ(image.copy(0, 0, 88, 44), half(0, "12.3M"));
+    EXPECT_EQ(image.copy(0, 44, 88, 44), half(44, "517K"));
+}
+
+TEST(SpeedImage, onAStripItIsTheSameWithoutTheRowsInWhichNothingIsWritten) {
+    for (const auto &mode : speedDisplayModeTexts)
+        for (const bool isConnected : {true, false})
+            for (const int scale : {1, 2, 4}) {
+                SCOPED_TRACE(std::string(mode.text) + (isConnected ? "" : " without a connection"));
+                SpeedPicture wanted = picture(mode.choice);
+                wanted.isConnected = isConnected;
+                const QImage whole = drawn(wanted, scale);
+                const int width = (isConnected ? 70 : 92) * scale;
+                EXPECT_EQ(drawnOnAStrip(wanted, scale), whole.copy(0, 3 * scale, width, 16 * scale));
+                QImage nothing(width, 3 * scale, whole.format());
+                nothing.fill(Qt::transparent);
+                EXPECT_EQ(whole.copy(0, 0, width, 3 * scale), nothing);
+                EXPECT_EQ(whole.copy(0, 19 * scale, width, 3 * scale), nothing);
+            }
+}
+
+TEST(SpeedImage, onAStripTheGroundsAreAsHighAsItIs) {
+    SpeedPicture wanted = picture(SpeedDisplayMode::both, SpeedTheme::black);
+    EXPECT_EQ(placeOf(drawnOnAStrip(wanted, 4), QColor(31, 31, 31), 4), QRectF(2, 0, 66, 16));
+    EXPECT_EQ(drawnOnAStrip(wanted, 4).pixelColor(20, 1).alpha(), 0); // round at the strip's own edge
+    wanted.isAwake = true;
+    wanted.indicator = blue;
+    const QImage image = drawnOnAStrip(wanted, 4);
+    EXPECT_EQ(placeOf(image, blue, 4), QRectF(0, 0, 70, 16));
+    EXPECT_EQ(image.pixelColor(6, 6).alpha(), 0); // outside of a round end of eight points
 }
 
 TEST(SpeedImage, lettersStandOnWholePixels) {

@@ -26,7 +26,7 @@ constexpr char magic[] = {'i', '3', '-', 'i', 'p', 'c'};
 constexpr quint32 getTree = 4;
 constexpr int headerBytes = sizeof magic + 2 * sizeof(quint32);
 /// sway answers within a millisecond; on a machine that is busy it is as late with everything else.
-constexpr auto longestWait = 2s;
+constexpr auto longestSocketWait = 2s;
 constexpr quint32 longestAnswer = 8U << 20;
 constexpr int deepest = 64;
 
@@ -93,7 +93,7 @@ std::vector<QRect> swayWindowsIn(const QByteArray &tree) {
 }
 
 std::vector<QRect> readSwayWindows() {
-    const auto until = Clock::now() + longestWait;
+    const auto until = Clock::now() + longestSocketWait;
     const Descriptor socket = connectToSway();
     if (!socket.isOpen())
         return {};

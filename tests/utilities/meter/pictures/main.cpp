@@ -1,5 +1,6 @@
 // Shows the speed meter's pictures to people: meter_pictures FILE. Light panels on the left, dark ones on the right;
-// each at scale 1 and 2, as trays show it that keep a picture's shape, and as those do that fit it into a square.
+// each at scale 1 and 2, as trays show it that keep a picture's shape, as those do that scale it to the height of their
+// icons, and as those that fit it into a square.
 
 #include "utilities/meter/SpeedImage.h"
 
@@ -15,7 +16,7 @@ constexpr QColor darkPanel{0x2d, 0x2d, 0x30};
 constexpr QColor darkLabel{0x2e, 0x34, 0x36};
 constexpr QColor lightLabel{0xf2, 0xf2, 0xf2};
 constexpr int rowHeight = 54;
-constexpr int halfWidth = 460;
+constexpr int halfWidth = 780;
 
 void drawRow(QPainter &sheet, int y, const SpeedPicture &picture) {
     const StatusImage image = speedImage(picture);
@@ -23,10 +24,12 @@ void drawRow(QPainter &sheet, int y, const SpeedPicture &picture) {
         int x = isDark ? halfWidth : 0;
         sheet.fillRect(x, y, halfWidth, rowHeight, isDark ? darkPanel : lightPanel);
         x += 8;
-        for (const bool isSquare : {false, true})
+        for (const auto &[isSquare, isStrip] : {std::pair(false, false), {false, true}, {true, false}})
             for (const double scale : {1.0, 2.0}) {
-                const QImage drawn =
-                    image.draw({.scale = scale, .label = isDark ? lightLabel : darkLabel, .isSquare = isSquare});
+                const QImage drawn = image.draw({.scale = scale,
+                                                 .label = isDark ? lightLabel : darkLabel,
+                                                 .isSquare = isSquare,
+                                                 .isStrip = isStrip});
                 sheet.drawImage(x, y + (rowHeight - drawn.height()) / 2, drawn);
                 x += drawn.width() + 16;
             }

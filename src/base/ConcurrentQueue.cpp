@@ -1,11 +1,11 @@
-#include "upload/ConcurrentQueue.h"
+#include "base/ConcurrentQueue.h"
 
 #include <sys/prctl.h>
 
 namespace tavrine {
 
-ConcurrentQueue::ConcurrentQueue(QString label) : m_label(std::move(label)) {
-    m_pool.setMaxThreadCount(64); // its work waits and does not compute, so the cores are no measure
+ConcurrentQueue::ConcurrentQueue(QString label, int mostAtOnce) : m_label(std::move(label)) {
+    m_pool.setMaxThreadCount(mostAtOnce);
 }
 
 ConcurrentQueue::~ConcurrentQueue() {

@@ -7,11 +7,12 @@
 
 namespace tavrine {
 
-/// A queue that runs its work side by side, each on a thread that carries the label, as far as the kernel's 15
-/// characters reach. The destructor waits for the work that was handed in.
+/// A queue that runs its work side by side, begun in the order of arrival, each on a thread that carries the label, as
+/// far as the kernel's 15 characters reach. The destructor waits for the work that was handed in.
 class ConcurrentQueue {
 public:
-    explicit ConcurrentQueue(QString label);
+    /// `mostAtOnce` pieces of work run at a time; what comes beyond them waits for its turn.
+    ConcurrentQueue(QString label, int mostAtOnce);
     ~ConcurrentQueue();
     ConcurrentQueue(const ConcurrentQueue &) = delete;
     ConcurrentQueue &operator=(const ConcurrentQueue &) = delete;
