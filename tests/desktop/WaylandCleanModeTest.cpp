@@ -129,16 +129,16 @@ TEST_F(WaylandCleanMode, theTraysOwnLineAndTheEndOfTheProgramEndItToo) {
 /// With the mouse: no window has the keyboard then.
 TEST_F(WaylandCleanMode, aCopyInFrontOfAPasswordManagerIsNotRecordedInItEither) {
     ASSERT_NO_FATAL_FAILURE(start());
-    {
-        const Client manager(QStringLiteral(TAVRINE_NAMED_WINDOW), {QStringLiteral("org.keepassxc.KeePassXC")});
-        ASSERT_TRUE(isInFront("org.keepassxc.KeePassXC"));
-        chooseLine();
-        ASSERT_TRUE(comesToBe(true));
-        settle();
-        copyInVain(QStringLiteral("hunter2"));
-        chooseLine();
-        ASSERT_TRUE(comesToBe(false));
-    }
+    // To the end: if it went first, the field would be in front for a moment, and its toolkit asks for that once more
+    // when another window is there already.
+    const Client manager(QStringLiteral(TAVRINE_NAMED_WINDOW), {QStringLiteral("org.keepassxc.KeePassXC")});
+    ASSERT_TRUE(isInFront("org.keepassxc.KeePassXC"));
+    chooseLine();
+    ASSERT_TRUE(comesToBe(true));
+    settle();
+    copyInVain(QStringLiteral("hunter2"));
+    chooseLine();
+    ASSERT_TRUE(comesToBe(false));
     ASSERT_TRUE(isRecordedInFrontOf("org.example.editor"));
     EXPECT_EQ(program.rowsWith(QStringLiteral("hunter2")), 0);
 }
