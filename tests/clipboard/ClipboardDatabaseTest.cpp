@@ -461,8 +461,21 @@ TEST_F(ClipboardDatabaseTest, aFullDiskKeepsTheWriteWaiting) {
 
 class ClipboardDatabaseDeathTest : public ClipboardDatabaseTest {
 protected:
-    ClipboardDatabaseDeathTest() { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+    /// Who dies leaves its folder: in this one, which goes with the test.
+    ClipboardDatabaseDeathTest() : m_usual(qgetenv("TMPDIR")) {
+        testing::FLAGS_gtest_death_test_style = "threadsafe";
+        qputenv("TMPDIR", QFile::encodeName(folder.path()));
+    }
+    ~ClipboardDatabaseDeathTest() override {
+        if (m_usual.isNull())
+            qunsetenv("TMPDIR");
+        else
+            qputenv("TMPDIR", m_usual);
+    }
     static constexpr qint64 tooMuch = qint64{std::numeric_limits<int>::max()} + 1;
+
+private:
+    const QByteArray m_usual;
 };
 
 TEST_F(ClipboardDatabaseDeathTest, aLimitBeyond32BitsEndsTheProcess) {
