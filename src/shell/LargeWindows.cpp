@@ -60,8 +60,9 @@ void LargeWindows::orderOutAll() {
 
 void LargeWindows::windowWillClose(QWidget *window) {
     const auto found = std::find(m_windows.begin(), m_windows.end(), window);
-    if (window && found != m_windows.end())
-        *found = nullptr;
+    if (!window || found == m_windows.end())
+        return;
+    *found = nullptr;
     m_time.asyncAfter(policyDelay, this, [this] { restoreAccessoryPolicy(); });
 }
 

@@ -51,7 +51,7 @@ public:
     /// Takes all of them off the screen and closes none.
     void orderOutAll();
 
-    /// Forgets a window that closes, and leaves the task bar a little later.
+    /// Forgets one of the windows that closes, and leaves the task bar a little later. Nothing for any other window.
     void windowWillClose(QWidget *window);
     /// A panel, a toast or the shelf is no window among others, and never counts.
     [[nodiscard]] bool isAnyVisible() const;

@@ -105,6 +105,17 @@ TEST_F(ClipboardSearchModelTest, aQueryFindsRowsOlderThanTheHistoryInMemory) {
     EXPECT_EQ(visible(), QStringList{str("needle")});
 }
 
+TEST_F(ClipboardSearchModelTest, aQueryOfBlanksFindsRowsOlderThanTheHistoryInMemory) {
+    save(str("old row"), 1000s);
+    for (int i = 0; i < 200; ++i)
+        save(QString::number(i), Seconds(i));
+    startPanel();
+    EXPECT_FALSE(visible().contains(str("old row")));
+    model->setQuery(str(" "));
+    EXPECT_EQ(visible(), QStringList{str("old row")});
+    EXPECT_FALSE(model->hasQuery());
+}
+
 TEST_F(ClipboardSearchModelTest, aQueryFindsAtMostFiveHundredRows) {
     for (int i = 0; i < 501; ++i)
         save(str("row %1").arg(i), Seconds(i));

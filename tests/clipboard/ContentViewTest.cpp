@@ -67,6 +67,11 @@ TEST_F(ContentViewTest, leftAndRightGoToTheSearchField) {
     type("ir");
     press(Qt::Key_Left);
     EXPECT_EQ(field().cursorPosition(), 1);
+    press(Qt::Key_Right);
+    EXPECT_EQ(field().cursorPosition(), 2);
+    press(Qt::Key_Left, Qt::ShiftModifier);
+    EXPECT_EQ(field().selectedText(), str("r"));
+    EXPECT_EQ(selected(), str("first")) << "the selection in the list stays";
 }
 
 TEST_F(ContentViewTest, typingInTheMiddleKeepsTheCaretAndTheUndo) {

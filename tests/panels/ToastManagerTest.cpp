@@ -61,7 +61,7 @@ TEST_F(ToastManagerTest, standsInAWindowThatTakesNeitherKeysNorClicks) {
     show("Copied");
     const PanelDescription &description = window().description();
     EXPECT_EQ(description.contentSize, QSizeF(250, 60));
-    EXPECT_GE(description.level, 3);
+    EXPECT_EQ(description.level, windowLevel::status) << "as high as the status item: over full screens too";
     EXPECT_EQ(description.collectionBehavior, 257U);
     EXPECT_TRUE(description.isClear && description.ignoresMouseEvents);
     EXPECT_FALSE(description.canBecomeKey || description.hasShadow);

@@ -128,6 +128,16 @@ TEST_F(LargeWindowsTest, aDetachedWindowLivesOnWithoutAHolder) {
     EXPECT_EQ(windows.window(Kind::editor), next);
 }
 
+/// What was made regular since is another's.
+TEST_F(LargeWindowsTest, aDetachedWindowThatClosesLeavesThePolicyAlone) {
+    show(Kind::editor);
+    const QPointer<QWidget> detached = windows.detach(Kind::editor);
+    windows.becomeRegular();
+    detached->close();
+    time.advance(1s);
+    EXPECT_TRUE(isRegular());
+}
+
 TEST_F(LargeWindowsTest, orderingAllOutClosesNone) {
     QWidget *editor = show(Kind::editor);
     windows.orderOutAll();

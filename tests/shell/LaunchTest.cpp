@@ -1,5 +1,9 @@
 #include "ShellTest.h"
 
+#include "look/Button.h"
+
+#include <QTest>
+
 namespace tavrine {
 namespace {
 
@@ -36,6 +40,26 @@ TEST_F(Launch, withNoPreferencesEveryFlagIsOnAndTheWelcomeWindowComesAfterAFifth
     EXPECT_EQ(desktop.application().activationPolicy(), ActivationPolicy::regular);
     time.advance(10s);
     EXPECT_EQ(desktop.access().accessibilityPrompts(), 0);
+}
+
+TEST_F(Launch, aProgramThatEndsOnTheSecondPageIsWelcomedAgainOnTheFirst) {
+    const auto buttons = [this] {
+        QStringList visible;
+        for (const auto *button : window(LargeWindows::Kind::welcome)->findChildren<look::Button *>()) {
+            if (button->isVisible())
+                visible.append(button->text());
+        }
+        return visible;
+    };
+    static_cast<void>(output());
+    EXPECT_THAT(buttons(), Contains(text("Get Started")));
+    QTest::keyClick(window(LargeWindows::Kind::welcome), Qt::Key_Return);
+    EXPECT_THAT(buttons(), Contains(text("Continue")));
+    quietly([this] { delegate.reset(); });
+    EXPECT_FALSE(defaults.get<bool>(text("hasCompletedOnboarding")));
+    static_cast<void>(output());
+    ASSERT_TRUE(window(LargeWindows::Kind::welcome));
+    EXPECT_THAT(buttons(), Contains(text("Get Started")));
 }
 
 TEST_F(Launch, withOnboardingDoneAndAccessibilityMissingThePromptAppearsAndTheLineEndsInFalse) {

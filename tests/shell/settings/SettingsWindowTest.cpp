@@ -38,6 +38,20 @@ TEST(Sidebar, everyPageStandsInItOnceInItsGroups) {
         EXPECT_EQ(&textOf(text.item), &text) << "the table is in the order of the enumeration";
 }
 
+TEST_F(SettingsWindowTest, theRowUnderScreenshotIsUploadAndTheNextOneScreenRecord) {
+    view().show();
+    auto rows = sidebar().findChildren<QAbstractButton *>();
+    std::ranges::sort(rows, {}, [this](const QAbstractButton *row) { return row->mapTo(&sidebar(), QPoint()).y(); });
+    const auto found = std::ranges::find(rows, text("Screenshot"), &QAbstractButton::text);
+    ASSERT_GT(rows.end() - found, 2);
+    EXPECT_EQ(found[1]->text(), text("Upload"));
+    EXPECT_EQ(found[2]->text(), text("Screen Record"));
+    QTest::mouseClick(*found, Qt::LeftButton);
+    (*found)->setFocus();
+    key(Qt::Key_Down);
+    EXPECT_EQ(view().selection(), SidebarItem::cloudUpload);
+}
+
 TEST_F(SettingsWindowTest, aNewWindowShowsHomeAndIsOfItsFirstSize) {
     EXPECT_EQ(view().selection(), SidebarItem::home);
     EXPECT_EQ(view().size(), QSize(900, 600));
