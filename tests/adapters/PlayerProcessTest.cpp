@@ -262,6 +262,23 @@ TEST_P(PlayerProcessTest, anotherDefaultDeviceSilencesTheMusicBeforeItIsHeardThe
     expectSilence(); // each recording hears its own device
 }
 
+TEST_P(PlayerProcessTest, aDeviceThatComesBackIsNotPlayedOnAgain) {
+    ASSERT_NO_FATAL_FAILURE(playUntilHeard());
+    players.setDefaultOutputListener([this] {
+        ++notices;
+        player->pause();
+    });
+    sound.setDefault(text("two"));
+    ASSERT_TRUE(eventually([this] { return notices == 1; }));
+    expectSilence();
+    sound.setDefault(text("one"));
+    expectSilence();
+    EXPECT_EQ(notices, 1);
+    player.reset();
+    play(); // and this is how the recording would have heard it
+    EXPECT_TRUE(eventually([this] { return first.isHeard(); }));
+}
+
 TEST_P(OwnServerTest, aDeviceThatGoesTakesTheMusicWithIt) {
     const SoundRecording second(text("two"));
     ASSERT_TRUE(eventually([&] { return second.samples() > 0; }));

@@ -67,7 +67,9 @@ TEST_F(RecordingSetUp, escapeClosesTheOverlayAndIsSwallowed) {
 }
 
 TEST_F(RecordingSetUp, aDragThatIsTooSmallGivesTheFlowUp) {
-    selectArea({0, 0, 10, 200});
+    recorder->startScreenRecording();
+    recorder->selectionModel()->drag({0, 0}, {10, 200});
+    recorder->selectionModel()->endDrag();
     EXPECT_FALSE(recorder->overlayWindow());
     EXPECT_EQ(monitors.localCount(), 0);
 }

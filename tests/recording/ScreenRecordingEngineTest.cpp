@@ -516,6 +516,27 @@ TEST_F(Engine, aStopBeforeTheStreamIsThereFindsNone) {
     EXPECT_TRUE(stream().isDropped);
 }
 
+TEST_F(Engine, aStopBeforeTheStreamIsThereKeepsWhatHasAlreadyCome) {
+    streams.runBeforeTheyAnswer();
+    streams.beSlow();
+    begin();
+    streams.answerAll(); // the content …
+    streams.beSlow();
+    ASSERT_TRUE(happens([&] { return streams.streams().size() == 1; }));
+    deliver(static_cast<int>(ScreenFrameStatus::complete), 1s);
+    now = 2s;
+    const Outcome outcome = stop(); // … and not the start
+    EXPECT_EQ(outcome.path, request.outputPath);
+    EXPECT_EQ(outcome.error, std::nullopt);
+    EXPECT_FALSE(outcome.isOnMainThread);
+    EXPECT_EQ(movie().status, MovieWriterStatus::completed);
+    EXPECT_EQ(stream().stops, 0);
+    EXPECT_THAT(output(), HasSubstr("DEBUG: SCStream capture stopped cleanly\n"));
+    const auto taken = movie().pictures.size();
+    deliver(static_cast<int>(ScreenFrameStatus::complete), 3s);
+    EXPECT_EQ(movie().pictures.size(), taken);
+}
+
 TEST_F(Engine, aStopBeforeTheMicrophoneIsOpenOpensNone) {
     request.includeAudio = true;
     microphones.beSlow();

@@ -1,5 +1,4 @@
 #include "ShellTest.h"
-
 #include "look/Button.h"
 
 #include <QTest>

@@ -159,6 +159,15 @@ TEST_F(UploadsTest, theSettingsPagesRunnerRunsWhatItIsGiven) {
     EXPECT_EQ(record.value(QStringLiteral("fileName")).toString(), QStringLiteral("screenshot-20260131-120000.png"));
 }
 
+TEST_F(UploadsTest, aRunEndsAtTheLimitThatItWasGiven) {
+    make(hangs);
+    std::vector<UploadScriptRunResult> results;
+    uploads->runner()(QStringLiteral("draft"), QStringLiteral("AA=="), uploads->uploadFileName(), Seconds(0.3),
+                      [&](const UploadScriptRunResult &found) { results.push_back(found); });
+    ASSERT_TRUE(happens([&] { return !results.empty(); }));
+    EXPECT_THAT(results, ElementsAre(UploadScriptRunResult{.error = UploadScriptError::timeout(0.3)}));
+}
+
 TEST_F(UploadsTest, theEndDoesNotWaitForARunAndWhatOutlivesItDoesNothing) {
     makeEnabled(hangs);
     const auto button = makeButton();

@@ -44,6 +44,7 @@ public:
     void startCapture(Completion completion) override {
         ++m_state->starts;
         const auto error = failureOfStart();
+        m_state->isRunning = m_owner.m_runsBeforeItAnswers && !error;
         m_owner.answerLater([&owner = m_owner, state = m_state, error, completion = std::move(completion)] {
             if (state->isDropped)
                 return;

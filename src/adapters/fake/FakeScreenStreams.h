@@ -48,6 +48,8 @@ public:
     /// Answers to questions, starts and stops wait until `answerAll` from now on.
     void beSlow() { m_isSlow = true; }
     void answerAll();
+    /// Streams give out samples as soon as they are to start, before that is answered.
+    void runBeforeTheyAnswer() { m_runsBeforeItAnswers = true; }
 
     /// Something else is shown from now on in a part of the display, in points of a scale of 1.
     void paint(const QRect &area, quint32 colour);
@@ -77,6 +79,7 @@ private:
     std::optional<QString> m_nextStartError;
     std::optional<QString> m_nextStopError;
     bool m_isSlow = false;
+    bool m_runsBeforeItAnswers = false;
     bool m_tellsWindows = true;
     bool m_isWithholding = false;
     std::vector<std::function<void()>> m_waiting;
