@@ -45,7 +45,8 @@ public:
         static_assert(std::is_arithmetic_v<Number>);
         Number number{};
         const std::size_t size = m_bytes.size() < sizeof number ? m_bytes.size() : sizeof number;
-        std::memcpy(&number, m_bytes.data(), size);
+        if (size > 0)
+            std::memcpy(&number, m_bytes.data(), size);
         m_bytes.remove_prefix(size);
         return number;
     }
