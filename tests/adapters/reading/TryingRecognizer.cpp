@@ -2,6 +2,7 @@
 
 #include <QThread>
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 
@@ -37,7 +38,7 @@ bool canMap(std::size_t bytes) {
 }
 
 bool canHaveAThread() {
-    bool hasRun = false;
+    std::atomic<bool> hasRun = false;
     const std::unique_ptr<QThread> thread(QThread::create([&hasRun] { hasRun = true; }));
     thread->start();
     thread->wait();

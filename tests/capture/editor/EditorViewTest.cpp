@@ -96,6 +96,8 @@ TEST_F(EditorWindowTest, theToolsStayUnderThePointerWhenTheStepperComes) {
     for (const int width : {760, 960}) {
         window->resize(width, 660);
         edit();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // the editor before it
+        QCoreApplication::processEvents();
         const auto places = [this] {
             std::vector<int> found;
             for (const ToolButton *each : window->findChildren<ToolButton *>())
