@@ -9,6 +9,7 @@
 #include "base/UserDefaults.h"
 #include "clipboard/ClipboardDatabase.h"
 #include "clipboard/ClipboardManager.h"
+#include "support/ShadowMemory.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -146,7 +147,7 @@ TEST_F(LargeCopies, ofTransparentPicturesTakeNoMoreMemoryThanOthers) {
     const double opaque = copy({{"image/png", {.bytes = encoded(size, "png")}}}).peak;
     const double transparent = copy({{"image/png", {.bytes = encoded(size, "png", 128)}}}).peak;
     std::printf("40 megapixels: %.0f MB at most, transparent %.0f\n", opaque, transparent);
-    EXPECT_LT(transparent, opaque + 28) << "planes beside the pixels would be 57 MB";
+    EXPECT_LT(transparent, opaque + 28 * test::shadows) << "planes beside the pixels would be 57 MB";
 }
 
 TEST_F(LargeCopies, ofTextLeaveTheMainThreadAlone) {

@@ -1,5 +1,6 @@
 #include "adapters/x11/X11PasteboardFixture.h"
 #include "ports/Pasteboard.h"
+#include "support/ShadowMemory.h"
 
 #include <QRandomGenerator>
 
@@ -164,12 +165,7 @@ TEST_F(SiblingForms, ofALargePictureTakeNoRoomWhenTheirProgramEnds) {
     ASSERT_TRUE(changed());
     ASSERT_TRUE(waitUntil([&] { return owner.requestCount("x/last") == 1; }));
     ASSERT_TRUE(settles());
-#ifdef __SANITIZE_THREAD__
-    constexpr qint64 room = 6; // it remembers who touched what
-#else
-    constexpr qint64 room = 2;
-#endif
-    EXPECT_LT(resident() - before, room * png.size()) << "the picture, and not the 64 MB of its other forms";
+    EXPECT_LT(resident() - before, 2 * test::shadows * png.size()) << "the picture, and not the 64 MB of its other forms";
 }
 
 } // namespace
