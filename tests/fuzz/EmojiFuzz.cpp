@@ -17,7 +17,8 @@ QByteArray bytesOf(Bytes text) {
 void readTable(Bytes input) {
     const QByteArray json = bytesOf(input);
     for (const EmojiItem &item : emojiTableFromJson(json))
-        require(!item.emoji.isEmpty() && !item.name.isEmpty() && !item.category.isEmpty());
+        require(!item.keywordText.startsWith(u',') && !item.keywordText.endsWith(u',') &&
+                !item.keywordText.contains(QLatin1String(",,"))); // an empty one is dropped
     static_cast<void>(prepareEmojiTable(json));
 }
 

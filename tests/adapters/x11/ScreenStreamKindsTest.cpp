@@ -1,6 +1,7 @@
 // Streams of screens of other kinds: turned ones, several, with other pixels, and of the smallest and the largest area.
 #include "adapters/x11/ScreenStreamFixture.h"
 #include "support/PrivateScreen.h"
+#include "support/ShadowMemory.h"
 
 #include <QDir>
 #include <QFile>
@@ -233,7 +234,7 @@ TEST_F(ScreenStreamExtremes, twoHundredStartsLeaveNothingBehind) {
         }
     };
     startAndStop(20);
-    EXPECT_TRUE(eventually([&] { return threads() <= 4; }));
+    EXPECT_TRUE(eventually([&] { return threads() <= 4 + test::watchers; }));
     const int resources = client.resourcesOfOthers();
     const auto before = std::pair(descriptors(), threads());
     const qint64 pages = residentPages();
