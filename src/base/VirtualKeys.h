@@ -70,8 +70,9 @@ inline constexpr int xKeycodeOffset = 8;
     return position ? std::optional<int>(*position + xKeycodeOffset) : std::nullopt;
 }
 
+/// Any number may be asked for: what a toolkit tells of a key comes from a server.
 [[nodiscard]] constexpr std::optional<int> virtualKeyOfXKeycode(int keycode) {
-    return virtualKeyAt(keycode - xKeycodeOffset);
+    return keycode < xKeycodeOffset ? std::nullopt : virtualKeyAt(keycode - xKeycodeOffset);
 }
 
 } // namespace tavrine

@@ -1,5 +1,6 @@
 #include "base/VirtualKeys.h"
 
+#include <limits>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -30,6 +31,15 @@ TEST(VirtualKeys, whatHasNoPositionIsNone) {
     for (const int key : {-1, 52, 63, 127, 1000})
         EXPECT_EQ(xKeycode(key), std::nullopt) << key;
     EXPECT_EQ(virtualKeyAt(0), std::nullopt);
+}
+
+/// Told by the compiler, which takes no number that is too large for its type.
+TEST(VirtualKeys, anyNumberMayBeLookedUp) {
+    constexpr int lowest = std::numeric_limits<int>::min();
+    constexpr int highest = std::numeric_limits<int>::max();
+    static_assert(!virtualKeyOfXKeycode(lowest) && !virtualKeyOfXKeycode(highest));
+    static_assert(!xKeycode(lowest) && !xKeycode(highest));
+    EXPECT_EQ(virtualKeyOfXKeycode(xKeycodeOffset - 1), std::nullopt);
 }
 
 } // namespace

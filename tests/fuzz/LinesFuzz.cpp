@@ -79,7 +79,8 @@ void readKeys(Bytes input) {
     for (const int code : {number, number % 256}) {
         const auto evdev = evdevPosition(code);
         require(!evdev || (virtualKeyAt(*evdev) == code && xKeycode(code) == *evdev + xKeycodeOffset));
-        require(virtualKeyOfXKeycode(code) == virtualKeyAt(code - xKeycodeOffset));
+        const auto key = virtualKeyOfXKeycode(code);
+        require(code < xKeycodeOffset ? !key : key == virtualKeyAt(code - xKeycodeOffset));
         const auto letter = letterOf(code);
         require(!letter || (*letter >= 'A' && *letter <= 'Z') || (*letter >= '0' && *letter <= '9'));
     }
