@@ -56,7 +56,7 @@ protected:
     }
     void start() {
         create();
-        ASSERT_TRUE(waitUntil([this] { return tap->state() == State::dropping; }));
+        ASSERT_TRUE(becomes(State::dropping)); // which is told in a turn of its own
         changes = 0;
     }
     [[nodiscard]] bool isHeardUntilTheStart(ForeignWindow &field) {
