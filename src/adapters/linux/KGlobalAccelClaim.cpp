@@ -1,5 +1,6 @@
 #include "adapters/linux/KGlobalAccelClaim.h"
 
+#include "adapters/linux/BusValues.h"
 #include "adapters/linux/SessionBus.h"
 
 #include <QDBusMetaType>
@@ -23,7 +24,7 @@ bool hasKey(const QList<KeySequence> &sequences) {
 }
 
 QList<KeySequence> sequencesIn(const QVariant &answer) {
-    return qdbus_cast<QList<KeySequence>>(answer);
+    return busValue<QList<KeySequence>>(answer, QLatin1String("a(ai)"));
 }
 
 QVariant asArgument(int key) {

@@ -1,5 +1,6 @@
 #include "adapters/linux/LateAccessibility.h"
 
+#include "adapters/linux/BusValues.h"
 #include "adapters/linux/SessionBus.h"
 
 #include <QAccessible>
@@ -115,7 +116,7 @@ void LateAccessibility::ask() {
         [this, number = ++m_question](const QDBusPendingCall &reply) {
             if (number != m_question || reply.isError())
                 return;
-            const auto values = qdbus_cast<QVariantMap>(reply.reply().arguments().value(0));
+            const auto values = busValue<QVariantMap>(reply.reply().arguments().value(0), busMap);
             if (isAlwaysWanted() || values.value(QStringLiteral("IsEnabled")).toBool() ||
                 values.value(QStringLiteral("ScreenReaderEnabled")).toBool())
                 askForAddress();

@@ -1,5 +1,6 @@
 #include "adapters/linux/OverlayNarrator.h"
 
+#include "adapters/linux/BusValues.h"
 #include "adapters/linux/OverlayTree.h"
 #include "adapters/linux/ScreenReaderBus.h"
 
@@ -22,7 +23,7 @@ struct OverlayNarrator::Stage {
         QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &tree, [this, watcher] {
             watcher->deleteLater();
             if (!watcher->isError())
-                tree.enter(qdbus_cast<AccessibleReference>(watcher->reply().arguments().value(0)));
+                tree.enter(busValue<AccessibleReference>(watcher->reply().arguments().value(0), QLatin1String("(so)")));
         });
     }
 

@@ -1,5 +1,7 @@
 #include "adapters/linux/ScreenReaderBus.h"
 
+#include "adapters/linux/BusValues.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -41,7 +43,7 @@ void screenReaderBus::find(QObject *context, std::function<void(const QDBusConne
                                                QStringLiteral("GetAll"));
     call << QStringLiteral("org.a11y.Status");
     ask(session, call, context, [session, context, open, none](const QDBusMessage &status) {
-        const auto values = qdbus_cast<QVariantMap>(status.arguments().value(0));
+        const auto values = busValue<QVariantMap>(status.arguments().value(0), busMap);
         if (!values.value(QStringLiteral("IsEnabled")).toBool() &&
             !values.value(QStringLiteral("ScreenReaderEnabled")).toBool())
             return none();

@@ -1,5 +1,6 @@
 #include "adapters/linux/UPowerSource.h"
 
+#include "adapters/linux/BusValues.h"
 #include "adapters/linux/SystemBus.h"
 
 #include <QDBusArgument>
@@ -102,7 +103,7 @@ void UPowerSource::askFor(const QString &path, const QString &interface,
             if (owner != m_owner)
                 return;
             if (!reply.isError())
-                (this->*take)(qdbus_cast<QVariantMap>(reply.reply().arguments().value(0)));
+                (this->*take)(busValue<QVariantMap>(reply.reply().arguments().value(0), busMap));
             if (--m_unanswered <= 0)
                 setKnown();
         },
