@@ -1,9 +1,6 @@
 // The shelf of the built program on a Wayland desktop: what a person drags onto it and out again.
 
-#include "adapters/wayland/WaylandWindows.h"
-#include "desktop/Program.h"
-#include "support/Wait.h"
-#include "support/WaylandHand.h"
+#include "desktop/ShelfDragging.h"
 
 #include <QFile>
 #include <QUrl>
@@ -14,29 +11,6 @@ namespace tavrine::testing {
 namespace {
 
 using namespace std::chrono_literals;
-
-constexpr auto untilThere = 60s; ///< on a machine that does much else
-
-/// A foreign window that drags files and takes drops. Its middle is the screen's, whoever places it.
-class Neighbour {
-public:
-    explicit Neighbour(const char *drags, const QString &list = {}) {
-        m_process.start(QStringLiteral(TAVRINE_CLIENTS "/gtk-drag"), {QStringLiteral("3"), QLatin1String(drags), list});
-    }
-    ~Neighbour() {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-    [[nodiscard]] bool says(const QByteArray &line, std::chrono::milliseconds limit = 10s) {
-        return waitUntil([&] { return (m_said += m_process.readAllStandardOutput()).contains(line); }, limit);
-    }
-    void forget() { m_said.clear(); }
-    [[nodiscard]] const QByteArray &said() const { return m_said; }
-
-private:
-    QProcess m_process;
-    QByteArray m_said;
-};
 
 class WaylandShelf : public ::testing::Test {
 protected:
@@ -54,48 +28,9 @@ protected:
         QFile file(name);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
     }
-    [[nodiscard]] bool prints(const char *line, std::chrono::milliseconds limit = test::patience) {
-        return waitUntil([&] { return program.output().contains(QString::fromUtf8(line)); }, limit);
-    }
-    /// Until `over` says that what is dragged is where it should be, with the button down.
-    template <class Over>
-    [[nodiscard]] bool dragUntil(QPoint from, QPoint to, Over over) {
-        hand.dragAndHold(from, to);
-        if (waitUntil(
-                [&, step = 0]() mutable { // a hand is never still
-                    hand.move(to + QPoint(++step % 5, 0));
-                    return over();
-                },
-                2s))
-            return true;
-        hand.release(); // what is dragged, or what it is dragged to, was not there yet
-        return false;
-    }
-    /// Its program may be ready before the compositor has its window.
-    [[nodiscard]] bool comesToBeThere(Neighbour &neighbour) {
-        return neighbour.says("ready", untilThere) && waitUntil(
-                                                          [this] {
-                                                              windows->refresh();
-                                                              return windows->active() != nullptr;
-                                                          },
-                                                          untilThere);
-    }
     void putOnShelf() {
         ASSERT_TRUE(program.startOnboarded());
-        Neighbour neighbour("files", list);
-        ASSERT_TRUE(comesToBeThere(neighbour));
-        // A slow program may have seen a drag come that was given up meanwhile.
-        const auto entries = [this] { return program.output().count(QLatin1String("Drag entered!")); };
-        ASSERT_TRUE(waitUntil(
-            [&] {
-                if (!dragUntil(middle, top, [&, before = entries()] { return entries() > before; }))
-                    return false;
-                hand.release();
-                return prints("[NotchShelf] Found 1 file URLs", 5s);
-            },
-            untilThere))
-            << qPrintable(program.output());
-        ASSERT_TRUE(neighbour.says("dropped copy"));
+        ASSERT_TRUE(drags.putOnShelf(list, middle, top)) << qPrintable(program.output());
         hand.move(aside);
     }
     /// Tries to take the only tile out of the shelf and over the neighbour.
@@ -106,19 +41,19 @@ protected:
                     hand.move(top + QPoint(++step % 5, 0));
                     return step == 60;
                 });
-                return dragUntil(tile, middle, [&] { return neighbour.says("over", 5ms); });
+                return drags.dragUntil(tile, middle, [&] { return neighbour.says("over", 5ms); });
             },
             limit);
     }
     /// And onto the neighbour, who tells how it was meant.
     void dragOut(Neighbour &neighbour) {
-        ASSERT_TRUE(comesOver(neighbour, untilThere)) << neighbour.said().constData();
+        ASSERT_TRUE(comesOver(neighbour, ShelfDragging::untilThere)) << neighbour.said().constData();
         hand.release();
     }
 
     WaylandHand hand;
-    std::shared_ptr<WaylandWindows> windows = WaylandWindows::make();
     Program program;
+    ShelfDragging drags{program, hand};
     QString path;
     QString list;
     const QPoint top{640, 0};
@@ -130,7 +65,7 @@ protected:
 TEST_F(WaylandShelf, aFileIsDraggedOutAgainAsACopyAndWithControlHeldAsAMoveThatTakesItOffTheShelf) {
     ASSERT_NO_FATAL_FAILURE(putOnShelf());
     Neighbour neighbour("nothing");
-    ASSERT_TRUE(comesToBeThere(neighbour));
+    ASSERT_TRUE(drags.comesToBeThere(neighbour));
     const QByteArray address = QUrl::fromLocalFile(path).toEncoded();
     dragOut(neighbour);
     EXPECT_TRUE(neighbour.says("took copy " + address)) << neighbour.said().constData();
