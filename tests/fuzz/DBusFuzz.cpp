@@ -54,7 +54,10 @@ const char *pick(Values &values, const auto &rows) {
     return rows[values.number<unsigned char>() % rows.size()];
 }
 
-void append(DBusMessageIter &to, DBusSignatureIter type, Values &values);
+/// A bus takes 64 containers in one another, and closes the connection of whoever says more.
+constexpr int deepest = 32;
+
+void append(DBusMessageIter &to, DBusSignatureIter type, Values &values, int depth = 0);
 
 std::string textFrom(Values &values) {
     if (values.number<unsigned char>() % 2 == 0)
@@ -80,40 +83,40 @@ void appendBasic(DBusMessageIter &to, int type, Values &values) {
     }
 }
 
-void appendContainer(DBusMessageIter &to, DBusSignatureIter type, Values &values) {
+void appendContainer(DBusMessageIter &to, DBusSignatureIter type, Values &values, int depth) {
     const int kind = dbus_signature_iter_get_current_type(&type);
     DBusMessageIter inner;
     DBusSignatureIter content;
     if (kind == DBUS_TYPE_VARIANT) {
         std::string signature = pick(values, types);
-        if (!dbus_signature_validate_single(signature.c_str(), nullptr))
+        if (depth >= deepest || !dbus_signature_validate_single(signature.c_str(), nullptr))
             signature = "i";
         dbus_signature_iter_init(&content, signature.c_str());
         dbus_message_iter_open_container(&to, kind, signature.c_str(), &inner);
-        append(inner, content, values);
+        append(inner, content, values, depth + 1);
     } else if (kind == DBUS_TYPE_ARRAY) {
         dbus_signature_iter_recurse(&type, &content);
         char *const signature = dbus_signature_iter_get_signature(&content);
         dbus_message_iter_open_container(&to, kind, signature, &inner);
         dbus_free(signature);
         for (int count = values.number<unsigned char>() % 4; count > 0 && !values.isAtEnd(); --count)
-            append(inner, content, values);
+            append(inner, content, values, depth + 1);
     } else {
         dbus_signature_iter_recurse(&type, &content);
         dbus_message_iter_open_container(&to, kind, nullptr, &inner);
         do
-            append(inner, content, values);
+            append(inner, content, values, depth + 1);
         while (dbus_signature_iter_next(&content));
     }
     dbus_message_iter_close_container(&to, &inner);
 }
 
-void append(DBusMessageIter &to, DBusSignatureIter type, Values &values) {
+void append(DBusMessageIter &to, DBusSignatureIter type, Values &values, int depth) {
     const int kind = dbus_signature_iter_get_current_type(&type);
     if (dbus_type_is_basic(kind))
         appendBasic(to, kind, values);
     else
-        appendContainer(to, type, values);
+        appendContainer(to, type, values, depth);
 }
 
 using Message = std::unique_ptr<DBusMessage, decltype(&dbus_message_unref)>;
@@ -234,7 +237,8 @@ std::vector<std::string> words() {
             {"\x08\1\0\0\0\1\0\1\2\0\0\0\0\0\0\0", 16},
             {"\x08\1\0\0\0\2\x0F\0\0\0\0\0\0\xE0\x3F\0\0\0\0\0\0\0\0\0\0\0\0\0\0\xF0\x3F", 31},
             {"\0\1\0\0\0\0\0\0\0\0\1\0\0\0\0\0\0\0\0", 19},
-            "\x08" + std::string(37, 'P') + '.'}; // bytes for a list of keys
+            "\x08" + std::string(37, 'P') + '.',                 // bytes for a list of keys
+            std::string("\x08\0", 2) + std::string(70, '\x92')}; // a list in a list, and so on
 }
 
 const Target busTarget("dbus-values", &talkOverBus, &words);
