@@ -1,9 +1,11 @@
 #include "base/PropertyListCheck.h"
 
+#include <QDate>
+#include <QRegularExpression>
+#include <QTime>
 #include <QXmlStreamReader>
 #include <QtEndian>
 
-#include <cmath>
 #include <cstring>
 #include <optional>
 #include <vector>
@@ -13,28 +15,51 @@ namespace {
 
 constexpr auto binaryMagic = "bplist0";
 
+/// One that the library keeps: in place of any other it writes some date of its own.
+bool isDate(const QString &text) {
+    static const QRegularExpression form(
+        QStringLiteral("^([0-9]{1,4})-([0-9]{2})-([0-9]{2})T([0-9]{2}):([0-9]{2}):([0-9]{2})Z\\z"));
+    const auto match = form.match(text);
+    const auto number = [&match](int group) { return match.capturedView(group).toInt(); };
+    return match.hasMatch() && QDate::isValid(number(1), number(2), number(3)) &&
+           QTime::isValid(number(4), number(5), number(6));
+}
+
 bool isSafeXml(const QByteArray &content) {
     struct Element {
         bool isDictionary = false;
         bool isKeyNext = true;
+        std::optional<QString> date = std::nullopt;
     };
     std::vector<Element> open;
     QXmlStreamReader reader(content);
     while (!reader.atEnd()) {
         switch (reader.readNext()) {
         case QXmlStreamReader::StartElement:
-            if (open.size() >= deepestPropertyList)
+            if (open.size() >= deepestPropertyList || (!open.empty() && open.back().date))
                 return false;
             if (!open.empty() && open.back().isDictionary) {
                 if ((reader.name() == QLatin1String("key")) != open.back().isKeyNext)
                     return false;
                 open.back().isKeyNext = !open.back().isKeyNext;
             }
-            open.push_back({reader.name() == QLatin1String("dict"), true});
+            open.push_back({.isDictionary = reader.name() == QLatin1String("dict")});
+            if (reader.name() == QLatin1String("date"))
+                open.back().date.emplace();
+            break;
+        case QXmlStreamReader::Characters:
+            if (!open.empty() && open.back().date)
+                *open.back().date += reader.text();
+            break;
+        case QXmlStreamReader::Comment:
+            if (!open.empty() && open.back().date)
+                return false;
             break;
         case QXmlStreamReader::EndElement:
             if (open.back().isDictionary && !open.back().isKeyNext)
                 return false; // a key without a value, which the library would drop
+            if (open.back().date && !isDate(*open.back().date))
+                return false;
             open.pop_back();
             break;
         case QXmlStreamReader::DTD:
@@ -69,8 +94,10 @@ public:
 private:
     // A list may name one object many times and is then that much larger when it is spelled out.
     static constexpr quint64 mostObjects = 1'000'000;
-    // A date in seconds from 2001; well beyond what a calendar of four digits can name is not a date.
-    static constexpr double furthestDate = 1e11;
+    // Dates in seconds from 2001. Before the first year the library writes others; what is well beyond our days is
+    // none.
+    static constexpr double earliestDate = -730'485.0 * 86'400;
+    static constexpr double latestDate = 1e11;
     static constexpr int beingMeasured = -1;
 
     struct Object {
@@ -160,7 +187,7 @@ private:
             return false;
         double seconds = 0;
         std::memcpy(&seconds, &*bits, sizeof seconds);
-        return std::abs(seconds) < furthestDate; // no NaN either
+        return seconds >= earliestDate && seconds < latestDate; // no NaN either
     }
 
     /// Depth and spelled-out size of everything below `root`, deepest first.

@@ -121,6 +121,33 @@ TEST(PropertyList, aBinaryDateBeyondAnyCalendarIsRefused) {
     EXPECT_FALSE(PropertyList::read(binary(dictionaryOf(realBytes(0x33, std::numeric_limits<double>::quiet_NaN())))));
 }
 
+/// The library has no such years, and writes others in their place.
+TEST(PropertyList, aBinaryDateBeforeTheFirstYearIsRefused) {
+    constexpr double firstYear = -730'485.0 * 86'400;
+    const auto list = PropertyList::read(binary(dictionaryOf(realBytes(0x33, firstYear))));
+    ASSERT_TRUE(list);
+    EXPECT_THAT(list->xml()->toStdString(), HasSubstr("<date>1-01-01T00:00:00Z</date>"));
+    EXPECT_TRUE(list->isSame(k, *PropertyList::read(*list->xml())));
+    EXPECT_FALSE(PropertyList::read(binary(dictionaryOf(realBytes(0x33, firstYear - 1)))));
+}
+
+TEST(PropertyList, aDateThatTheLibraryWouldChangeIsRefused) {
+    const auto read = [](const char *text) {
+        return PropertyList::read(inPlist(QByteArray("<dict><key>k</key><date>") + text + "</date></dict>"));
+    };
+    for (const char *kept : {"2026-01-31T12:00:00Z", "0013-01-31T12:00:00Z", "13-01-31T12:00:00Z",
+                             "9999-12-31T23:59:59Z", "2024-02-29T00:00:00Z", "<![CDATA[2024-02-29T00:00:00Z]]>"}) {
+        const auto list = read(kept);
+        ASSERT_TRUE(list) << kept;
+        EXPECT_TRUE(list->isSame(k, *PropertyList::read(*list->xml()))) << kept;
+    }
+    for (const char *changed : {"0+013-01-31T12:00:00Z", "10000-01-31T12:00:00Z", "-100-01-31T12:00:00Z",
+                                "0000-01-31T12:00:00Z", "2026-13-31T12:00:00Z", "2026-02-29T12:00:00Z",
+                                "2026-01-31T24:00:00Z", "2026-01-31T12:60:00Z", "2026-01-31T12:00:60Z", "2026-01-31",
+                                "x", "", "2026-<!-- no -->01-31T12:00:00Z", "2026-01-31T12:00:00Z<true/>"})
+        EXPECT_FALSE(read(changed)) << changed;
+}
+
 TEST(PropertyList, aReferenceOutsideTheTableIsRefused) {
     auto objects = dictionaryOf(bytes({0x09}));
     objects[0] = bytes({0xd1, 1, 3});
