@@ -1,6 +1,5 @@
 // Clean Mode of the built program on sway and KWin, with real typing.
 #include "desktop/WaylandProgram.h"
-#include "support/StatusNotifierTray.h"
 
 #include <optional>
 
@@ -12,9 +11,7 @@ class WaylandCleanMode : public WaylandProgram {
 protected:
     void start() {
         hand.tap(KEY_LEFTSHIFT); // the first key of a new keyboard is lost
-        tray.start();
-        ASSERT_TRUE(program.startOnboarded());
-        ASSERT_TRUE(waitUntil([this] { return !tray.properties().isEmpty(); }));
+        ASSERT_TRUE(startIn(tray));
         field.emplace(QStringLiteral(TAVRINE_QT_LINE_EDIT));
         ASSERT_TRUE(field->waitForFocus());
         ASSERT_TRUE(comesToBeHeard());
@@ -23,10 +20,7 @@ protected:
     void openMenu() { tray.call(QStringLiteral("Activate"), {0, 0}); }
     [[nodiscard]] bool menuComes() {
         openMenu();
-        return waitUntil([this] {
-            windows->refresh();
-            return !windows->active();
-        });
+        return hasAPanelTheKeyboard();
     }
     /// As trays that draw the menu themselves see the line.
     [[nodiscard]] static bool isOn() {

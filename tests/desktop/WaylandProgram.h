@@ -4,6 +4,7 @@
 #include "adapters/x11/ForeignWindow.h"
 #include "desktop/Program.h"
 #include "support/CommandOutput.h"
+#include "support/StatusNotifierTray.h"
 #include "support/Wait.h"
 #include "support/WaylandHand.h"
 
@@ -44,10 +45,20 @@ protected:
     /// By a word on the command line, as from the desktop's own shortcuts, and until it has the keyboard.
     [[nodiscard]] bool openPanel(const char *word) {
         const auto caller = program.startAgain({QLatin1String(word)});
-        return caller->waitForFinished(10'000) && waitUntil([this] {
-                   windows->refresh();
-                   return !windows->active();
-               });
+        return caller->waitForFinished(10'000) && hasAPanelTheKeyboard();
+    }
+    /// With its icon there.
+    [[nodiscard]] bool startIn(test::StatusNotifierTray &tray) {
+        tray.start();
+        return program.startOnboarded() && waitUntil([&tray] { return !tray.properties().isEmpty(); });
+    }
+    [[nodiscard]] bool hasAPanelTheKeyboard(std::chrono::milliseconds limit = test::patience) {
+        return waitUntil(
+            [this] {
+                windows->refresh();
+                return !windows->active();
+            },
+            limit);
     }
     [[nodiscard]] bool hasAWindowTheKeyboard(std::chrono::milliseconds limit = std::chrono::seconds(10)) {
         return waitUntil(

@@ -3,7 +3,6 @@
 
 #include "desktop/Exclusions.h"
 #include "support/InhibitService.h"
-#include "support/StatusNotifierTray.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -129,22 +128,14 @@ TEST_F(WaylandProgram, itStartsAndShowsItsPanelWithThreeConnections) {
 
 TEST_F(WaylandProgram, theTrayItemIsShownAndItsMenuOpens) {
     test::StatusNotifierTray tray;
-    tray.start();
-    ASSERT_TRUE(program.startOnboarded());
-    ASSERT_TRUE(waitUntil([&] { return !tray.properties().isEmpty(); }));
+    ASSERT_TRUE(startIn(tray));
     EXPECT_FALSE(tray.pixmaps().isEmpty());
     ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
     ASSERT_TRUE(window.waitForFocus());
     tray.call(QStringLiteral("Activate"), {0, 0});
-    EXPECT_TRUE(waitUntil([this] {
-        windows->refresh();
-        return !windows->active();
-    }));
+    EXPECT_TRUE(hasAPanelTheKeyboard());
     hand.tap(KEY_ESC);
-    EXPECT_TRUE(waitUntil([this] {
-        windows->refresh();
-        return windows->active() != nullptr;
-    }));
+    EXPECT_TRUE(hasAWindowTheKeyboard());
 }
 
 /// It is gone then, and not only without the keyboard: what opens it does so again.
@@ -199,21 +190,14 @@ TEST_F(WaylandProgram, whoGoesToAnotherWindowLeavesThePanel) {
 
 TEST_F(WaylandProgram, aClickBesideTheMenuClosesIt) {
     test::StatusNotifierTray tray;
-    tray.start();
-    ASSERT_TRUE(program.startOnboarded());
-    ASSERT_TRUE(waitUntil([&] { return !tray.properties().isEmpty(); }));
+    ASSERT_TRUE(startIn(tray));
     ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
     ASSERT_TRUE(window.waitForFocus());
     hand.move(middle);
     for (int opening = 0; opening < 2; ++opening) {
         ASSERT_TRUE(waitUntil([&] { // one that comes at once is taken for the press that closed it
             tray.call(QStringLiteral("Activate"), {0, 0});
-            return waitUntil(
-                [this] {
-                    windows->refresh();
-                    return !windows->active();
-                },
-                std::chrono::seconds(5));
+            return hasAPanelTheKeyboard(std::chrono::seconds(5));
         })) << opening;
         ASSERT_TRUE(clickBrings(besideAll)) << opening;
     }
@@ -242,17 +226,12 @@ TEST_F(WaylandPlasma, settingsThatWerePutAwayComeBackWhenTheyAreAskedFor) {
 TEST_F(WaylandProgram, keepAwakeIsSwitchedOnInTheMenuAndEndsWithTheProgram) {
     const test::InhibitService session(QStringLiteral("org.gnome.SessionManager"));
     test::StatusNotifierTray tray;
-    tray.start();
-    ASSERT_TRUE(program.startOnboarded());
-    ASSERT_TRUE(waitUntil([&] { return !tray.properties().isEmpty(); }));
+    ASSERT_TRUE(startIn(tray));
     ForeignWindow window(QStringLiteral(TAVRINE_QT_LINE_EDIT));
     ASSERT_TRUE(window.waitForFocus());
     hand.move(middle);
     tray.call(QStringLiteral("Activate"), {0, 0});
-    ASSERT_TRUE(waitUntil([this] { // the menu asks where the pointer is before it comes
-        windows->refresh();
-        return !windows->active();
-    }));
+    ASSERT_TRUE(hasAPanelTheKeyboard()); // the menu asks where the pointer is before it comes
     // The switch of its card, once the menu is there; what comes late must not be switched off again.
     EXPECT_TRUE(waitUntil(
         [&] {
