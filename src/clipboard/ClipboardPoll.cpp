@@ -116,6 +116,8 @@ void ClipboardManager::poll() {
     }
     const int changeCount = pasteboard.changeCount();
     if (changeCount != m_lastChangeCount) {
+        if (!m_ports.workspace.isFrontmostKnown())
+            return; // it may be a password manager: a later tick decides
         m_lastChangeCount = changeCount;
         const QStringList types = pasteboard.types().value_or(QStringList());
         if (types.contains(QLatin1String(pasteboardType::concealed)) ||

@@ -60,6 +60,9 @@ public:
     /// The program that has the active window. None when no window is active, or when it names no program.
     [[nodiscard]] virtual std::optional<RunningApplication> frontmostApplication() const = 0;
 
+    /// False while the desktop does not answer in time: what `frontmostApplication` told last is what was known before.
+    [[nodiscard]] virtual bool isFrontmostKnown() const { return true; }
+
     /// The programs that have a window, each once, in the order in which their first windows came. Not this one.
     [[nodiscard]] virtual QList<RunningApplication> runningApplications() const = 0;
 

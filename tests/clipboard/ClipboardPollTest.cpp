@@ -143,6 +143,30 @@ TEST_F(ClipboardPoll, whatWasCopiedBeforeMonitoringIsNotRecorded) {
 
 // Sensitive and excluded applications.
 
+TEST_F(ClipboardPoll, nothingIsRecordedWhileTheDesktopDoesNotTellWhoIsInFront) {
+    workspace.setFrontmost(str("org.example.editor"));
+    workspace.setAnswers(false);
+    workspace.setFrontmost(str("org.keepassxc.keepassxc"));
+    copy(str("secret"));
+    time.advance(5s);
+    EXPECT_TRUE(rows().empty());
+    workspace.setAnswers(true);
+    time.advance(5s);
+    workspace.setFrontmost(str("org.example.editor"));
+    time.advance(5s);
+    EXPECT_TRUE(rows().empty()) << "it counts as dealt with";
+}
+
+TEST_F(ClipboardPoll, anOrdinaryCopyIsRecordedOnceTheDesktopTellsWhoIsInFront) {
+    workspace.setFrontmost(str("org.example.editor"));
+    workspace.setAnswers(false);
+    copy(str("text"));
+    EXPECT_TRUE(rows().empty());
+    workspace.setAnswers(true);
+    time.advance(500ms);
+    EXPECT_EQ(historyContents(), QStringList{str("text")});
+}
+
 class SensitiveApplication : public ClipboardPoll, public testing::WithParamInterface<const char *> {};
 
 TEST_P(SensitiveApplication, isNeverRecorded) {

@@ -25,6 +25,17 @@ TEST_F(ToldCopy, isRecordedOnceItHasSettledAndNotWithTheNextTick) {
     EXPECT_EQ(rows(), recorded) << "no tick records it again";
 }
 
+TEST_F(ToldCopy, isLeftToTheTicksWhileTheDesktopDoesNotTellWhoIsInFront) {
+    workspace.setAnswers(false);
+    pasteboard.copyFromOutside(str("secret"));
+    settle();
+    EXPECT_TRUE(rows().empty());
+    workspace.setFrontmost(str("org.keepassxc.keepassxc"));
+    workspace.setAnswers(true);
+    time.advance(5s);
+    EXPECT_TRUE(rows().empty());
+}
+
 TEST_F(ToldCopy, isRecordedBesideAnotherOfTheSameHalfSecond) {
     pasteboard.copyFromOutside(str("one"));
     settle();

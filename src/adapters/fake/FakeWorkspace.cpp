@@ -4,12 +4,17 @@ namespace tavrine {
 
 std::optional<RunningApplication> FakeWorkspace::frontmostApplication() const {
     ++m_frontmostReads;
-    return m_frontmost;
+    return m_answers ? m_frontmost : m_known;
 }
 
 void FakeWorkspace::activateFileViewerSelecting(const QList<QUrl> &urls) {
     if (!urls.isEmpty())
         m_shownFiles.append(urls);
+}
+
+void FakeWorkspace::setAnswers(bool answers) {
+    m_answers = answers;
+    m_known = m_frontmost;
 }
 
 void FakeWorkspace::setFrontmost(std::optional<RunningApplication> application) {

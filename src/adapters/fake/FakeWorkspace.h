@@ -10,6 +10,7 @@ class FakeWorkspace final : public Workspace {
 public:
     [[nodiscard]] NotificationCenter &notificationCenter() override { return m_center; }
     [[nodiscard]] std::optional<RunningApplication> frontmostApplication() const override;
+    [[nodiscard]] bool isFrontmostKnown() const override { return m_answers; }
     [[nodiscard]] QList<RunningApplication> runningApplications() const override { return m_running; }
     void activateFileViewerSelecting(const QList<QUrl> &urls) override;
 
@@ -18,6 +19,9 @@ public:
 
     /// The same, for a program that is known by nothing but its identifier and its process.
     void setFrontmost(const QString &bundleIdentifier, qint64 processIdentifier = 4711);
+
+    /// Whether the desktop answers. What comes to the front while it does not is known once it does.
+    void setAnswers(bool answers);
 
     void setRunning(QList<RunningApplication> applications) { m_running = std::move(applications); }
 
@@ -30,6 +34,8 @@ public:
 private:
     NotificationCenter m_center;
     std::optional<RunningApplication> m_frontmost;
+    std::optional<RunningApplication> m_known; ///< while it does not answer
+    bool m_answers = true;
     QList<RunningApplication> m_running;
     QList<QList<QUrl>> m_shownFiles;
     mutable int m_frontmostReads = 0;

@@ -16,6 +16,7 @@ public:
 
     [[nodiscard]] NotificationCenter &notificationCenter() override { return m_center; }
     [[nodiscard]] std::optional<RunningApplication> frontmostApplication() const override;
+    [[nodiscard]] bool isFrontmostKnown() const override { return m_shell.isAttached() || m_onX.isFrontmostKnown(); }
     [[nodiscard]] QList<RunningApplication> runningApplications() const override;
     void activateFileViewerSelecting(const QList<QUrl> &urls) override;
 

@@ -66,6 +66,7 @@ public:
 
     NotificationCenter center;
     std::optional<RunningApplication> frontmost;
+    bool isLate = false; ///< the server did not answer the last look
 
 private:
     void onEvent(const xcb_generic_event_t &event);
@@ -215,7 +216,8 @@ void X11Workspace::Private::watch(xcb_window_t window) {
 
 /// A server that was late is asked again by itself: nothing else may ever happen that would have somebody look.
 void X11Workspace::Private::refresh() {
-    if (m_client.isConnected() && !look())
+    isLate = m_client.isConnected() && !look();
+    if (isLate)
         m_again.start();
 }
 
@@ -364,6 +366,10 @@ NotificationCenter &X11Workspace::notificationCenter() {
 std::optional<RunningApplication> X11Workspace::frontmostApplication() const {
     d->refresh(); // the notice of a change that is found here is posted in the next turn, never within the question
     return d->frontmost;
+}
+
+bool X11Workspace::isFrontmostKnown() const {
+    return !d->isLate;
 }
 
 QList<RunningApplication> X11Workspace::runningApplications() const {

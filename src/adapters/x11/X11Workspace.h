@@ -26,6 +26,7 @@ public:
 
     [[nodiscard]] NotificationCenter &notificationCenter() override;
     [[nodiscard]] std::optional<RunningApplication> frontmostApplication() const override;
+    [[nodiscard]] bool isFrontmostKnown() const override;
 
     [[nodiscard]] QList<RunningApplication> runningApplications() const override;
 
