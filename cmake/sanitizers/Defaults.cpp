@@ -51,8 +51,8 @@ extern "C" {
 }
 
 [[gnu::visibility("default")]] const char *__tsan_default_options() {
-    // A program that forks goes on in both halves.
-    return "die_after_fork=0:second_deadlock_stack=1:allocator_may_return_null=1";
+    // A program that forks goes on in both halves. Memory that its owner takes away is as above.
+    return "die_after_fork=0:handle_sigbus=0:second_deadlock_stack=1:allocator_may_return_null=1";
 }
 
 [[gnu::visibility("default")]] const char *__lsan_default_options() {

@@ -71,9 +71,10 @@ public:
         for (const Time::Work &finish : std::exchange(m_hung, {}))
             m_time.async(finish);
     }
-    /// The encoder of the newest movie dies.
+    /// The encoder of the newest movie dies, which has begun to write.
     void die(const QString &error, MovieWriterFailure failure = MovieWriterFailure::other) {
         FakeMovie &movie = *movies.back();
+        movie.status.wait(MovieWriterStatus::unknown); // what its thread wrote before is seen here
         movie.error = error;
         movie.failure = failure;
         endByItself(movie, MovieWriterStatus::failed);
@@ -114,6 +115,7 @@ private:
             }
             m_movie->error.reset();
             m_movie->status = MovieWriterStatus::writing;
+            m_movie->status.notify_all();
             return true;
         }
         void startSessionAtSourceTime(MediaTime time) override { m_movie->sessionStart = time; }

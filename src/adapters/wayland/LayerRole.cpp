@@ -79,8 +79,8 @@ void LayerRole::setPlace(const LayerPlace &place) {
 }
 
 void LayerRole::apply(const LayerPlace &place) {
-    const QPoint corner = m_screen ? m_screen->geometry().topLeft() : QPoint();
-    const QRect at = toolkitPoints::toCompositor(place.rect.translated(-corner), toolkitPoints::factor(m_screen));
+    const QPoint origin = m_screen ? m_screen->geometry().topLeft() : QPoint();
+    const QRect at = toolkitPoints::toCompositor(place.rect.translated(-origin), toolkitPoints::factor(m_screen));
     zwlr_layer_surface_v1_set_size(m_role, static_cast<std::uint32_t>(std::max(1, at.width())),
                                    static_cast<std::uint32_t>(std::max(1, at.height())));
     zwlr_layer_surface_v1_set_margin(m_role, at.y(), 0, 0, at.x());
