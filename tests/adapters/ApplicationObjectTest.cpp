@@ -1,5 +1,6 @@
 // The program on the session bus, as launchers and shortcuts of the desktop call it, and as the bus itself starts it.
 
+#include "support/BusAnswer.h"
 #include "support/Eventually.h"
 #include "support/PrivateBus.h"
 
@@ -58,15 +59,14 @@ protected:
     QDBusMessage call(const QString &method, const QVariantList &arguments) const {
         auto message = QDBusMessage::createMethodCall(name, path, application, method);
         message.setArguments(arguments);
-        return connection->call(message, QDBus::BlockWithGui, 10'000);
+        return test::answerOf(*connection, message);
     }
     QDBusMessage act(const QVariant &action, const QVariantMap &platformData = {}) const {
         return call(QStringLiteral("ActivateAction"), {action, QVariantList(), platformData});
     }
     QDBusMessage tapAlt() const {
-        return connection->call(QDBusMessage::createMethodCall(name, path + QStringLiteral("/Triggers"), triggers,
-                                                               QStringLiteral("AltTap")),
-                                QDBus::BlockWithGui, 10'000);
+        return test::answerOf(*connection, QDBusMessage::createMethodCall(name, path + QStringLiteral("/Triggers"),
+                                                                          triggers, QStringLiteral("AltTap")));
     }
     [[nodiscard]] QString logPath() const { return folder.filePath(QStringLiteral("said")); }
     [[nodiscard]] QString said() const {

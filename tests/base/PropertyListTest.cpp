@@ -10,8 +10,6 @@ namespace tavrine {
 namespace {
 
 using testing::HasSubstr;
-using Array = UserDefaults::Array;
-using Value = UserDefaults::Value;
 
 QByteArray inPlist(const QByteArray &content) {
     return "<plist version=\"1.0\">" + content + "</plist>";
@@ -68,22 +66,22 @@ TEST(PropertyList, theEmptyListIsADictionary) {
 TEST(PropertyList, aBinaryListIsReadToo) {
     const auto list = PropertyList::read(binary(dictionaryOf(bytes({0x09}))));
     ASSERT_TRUE(list);
-    EXPECT_EQ(list->value(k), Value(true));
+    EXPECT_EQ(list->value(k), UserDefaults::Value(true));
 }
 
 TEST(PropertyList, aBinaryDateIsKeptToTheSecond) {
     const auto list = PropertyList::read(binary(dictionaryOf(realBytes(0x33, 100.5))));
     ASSERT_TRUE(list);
-    EXPECT_EQ(list->value(k), Value(Date{Date::referenceDate + 100}));
-    EXPECT_EQ(PropertyList::read(*list->xml())->value(k), Value(Date{Date::referenceDate + 100}));
+    EXPECT_EQ(list->value(k), UserDefaults::Value(Date{Date::referenceDate + 100}));
+    EXPECT_EQ(PropertyList::read(*list->xml())->value(k), UserDefaults::Value(Date{Date::referenceDate + 100}));
     EXPECT_THAT(list->xml()->toStdString(), HasSubstr("<date>2001-01-01T00:01:40Z</date>"));
 }
 
 TEST(PropertyList, aBinaryStringWithControlCharactersIsKeptInXml) {
     const auto list = PropertyList::read(binary(dictionaryOf(bytes({0x53, 'a', 0x01, 'b'}))));
     ASSERT_TRUE(list);
-    EXPECT_EQ(list->value(k), Value(QStringLiteral("a\u0001b")));
-    EXPECT_EQ(PropertyList::read(*list->xml())->value(k), Value(QStringLiteral("a\u0001b")));
+    EXPECT_EQ(list->value(k), UserDefaults::Value(QStringLiteral("a\u0001b")));
+    EXPECT_EQ(PropertyList::read(*list->xml())->value(k), UserDefaults::Value(QStringLiteral("a\u0001b")));
 }
 
 TEST(PropertyList, aKeyThatXmlCannotCarryMakesTheListUnreadable) {
@@ -237,11 +235,11 @@ TEST(PropertyList, sameMeansSameTypeAndContent) {
     PropertyList one;
     PropertyList other;
     EXPECT_TRUE(one.isSame(k, other));
-    one.set(k, Value(qint64{1}));
+    one.set(k, UserDefaults::Value(qint64{1}));
     EXPECT_FALSE(one.isSame(k, other));
-    other.set(k, Value(1.0));
+    other.set(k, UserDefaults::Value(1.0));
     EXPECT_FALSE(one.isSame(k, other));
-    other.set(k, Value(qint64{1}));
+    other.set(k, UserDefaults::Value(qint64{1}));
     EXPECT_TRUE(one.isSame(k, other));
     other.remove(k);
     EXPECT_FALSE(one.isSame(k, other));

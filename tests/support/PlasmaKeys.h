@@ -2,6 +2,7 @@
 
 #include "adapters/linux/SessionBus.h"
 #include "base/VirtualKeys.h"
+#include "support/BusAnswer.h"
 #include "support/Eventually.h"
 #include "support/WaylandHand.h"
 
@@ -72,7 +73,7 @@ public:
                                                       QStringLiteral("org.kde.KGlobalAccel"), method);
         message.setArguments(arguments);
         message.setAutoStartService(false); // the bus knows how to, and there would be two
-        return m_bus->call(message, QDBus::BlockWithGui, 10'000);
+        return test::answerOf(*m_bus, message);
     }
     /// As if the keys of an action were pressed.
     void invoke(const QString &component, const QString &action) const {
@@ -80,7 +81,7 @@ public:
                                                       QStringLiteral("org.kde.kglobalaccel.Component"),
                                                       QStringLiteral("invokeShortcut"));
         message << action;
-        static_cast<void>(m_bus->call(message, QDBus::BlockWithGui, 10'000));
+        static_cast<void>(test::answerOf(*m_bus, message));
     }
     [[nodiscard]] int failures() const { return m_failures; }
 

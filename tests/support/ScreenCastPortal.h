@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/BusAnswer.h"
 #include "support/Eventually.h"
 
 #include <QDBusConnection>
@@ -45,7 +46,7 @@ public:
         auto message = QDBusMessage::createMethodCall(name(), QStringLiteral("/org/freedesktop/portal/desktop"),
                                                       QStringLiteral("test.Portal"), QLatin1String(method));
         message.setArguments(arguments);
-        return m_bus.call(message, QDBus::BlockWithGui, 20'000);
+        return test::answerOf(m_bus, message, std::chrono::seconds(20));
     }
 
 private:

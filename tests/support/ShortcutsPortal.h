@@ -1,6 +1,7 @@
 #pragma once
 
 #include "adapters/linux/SessionBus.h"
+#include "support/BusAnswer.h"
 #include "support/Eventually.h"
 
 #include <QCoreApplication>
@@ -43,7 +44,7 @@ public:
         auto message = QDBusMessage::createMethodCall(name(), QStringLiteral("/org/freedesktop/portal/desktop"),
                                                       QStringLiteral("test.Portal"), QLatin1String(method));
         message.setArguments(arguments);
-        QDBusMessage answer = m_bus->call(message, QDBus::BlockWithGui, 10'000);
+        QDBusMessage answer = test::answerOf(*m_bus, message);
         QCoreApplication::processEvents(); // what came before the answer stands in line
         return answer;
     }

@@ -28,6 +28,13 @@ bool isToolkitsThread() {
            std::string_view(name).starts_with("WaylandEventThr");
 }
 
+/// The client library has listeners of its own, which hear in any thread which numbers are free again.
+bool isToolkits(const void *function) {
+    Dl_info found{};
+    return ::dladdr(function, &found) != 0 &&
+           std::string_view(found.dli_fname).find("WaylandClient") != std::string::npos;
+}
+
 } // namespace
 
 /// The client library calls every listener through this function of another library, and finds this one before it.
@@ -35,7 +42,7 @@ extern "C" __attribute__((visibility("default"))) void ffi_call(void *shape, voi
                                                                 void **arguments) {
     using Call = void (*)(void *, void (*)(), void *, void **);
     static const auto call = reinterpret_cast<Call>(::dlsym(RTLD_NEXT, "ffi_call"));
-    const bool holdsUp = isToolkitsThread();
+    const bool holdsUp = isToolkitsThread() && isToolkits(reinterpret_cast<const void *>(function));
     if (holdsUp) {
         isHeldUp = true;
         ++timesHeldUp;
