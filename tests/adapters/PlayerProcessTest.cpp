@@ -370,7 +370,7 @@ TEST_P(PulseAudioTest, manyPressesLeaveOnePlayerAndNoDescriptor) {
     const auto before = descriptors();
     for (int i = 0; i < 12; ++i)
         make(); // each takes the place of the one before
-    ASSERT_TRUE(eventually([this] { return playersOf(QCoreApplication::applicationPid()).size() == 1; }));
+    ASSERT_TRUE(eventually([] { return playersOf(QCoreApplication::applicationPid()).size() == 1; }));
     EXPECT_TRUE(eventually([&] { return descriptors() <= before; })) << descriptors() << " of " << before;
 }
 

@@ -54,7 +54,7 @@ public:
     KeychainStatus update(const KeychainItem &, const QByteArray &) override { return KeychainStatus::success; }
     KeychainStatus add(const KeychainItem &, const QByteArray &) override { return KeychainStatus::success; }
     KeychainStatus remove(const KeychainItem &) override { return KeychainStatus::success; }
-    void cancel() {} // no call of this one waits
+    void cancel() override {} // no call of this one waits
 };
 
 /// The capture tool over fakes.

@@ -260,7 +260,7 @@ TEST_F(PackageKitTest, signalsThatMakeNoSenseAreNoAnswer) {
              std::pair("Finished", QVariantList{0U, 1U}),
              std::pair("Finished", QVariantList{3U, 1U}),
          }) {
-        insteadOf("GetUpdates", [&](QDBusConnection &bus, const QString &path) {
+        insteadOf("GetUpdates", [&, signal = signal, values = values](QDBusConnection &bus, const QString &path) {
             PackageKitMock::emitSignal(bus, path, signal, values);
             finish(bus, path);
         });

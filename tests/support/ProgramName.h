@@ -9,9 +9,9 @@ namespace tavrine::test {
 /// What this program, and so what it plays, is called meanwhile.
 class ProgramName {
 public:
-    explicit ProgramName(const char *name) {
+    explicit ProgramName(const char *called) {
         ::prctl(PR_GET_NAME, m_before.data());
-        ::prctl(PR_SET_NAME, name);
+        ::prctl(PR_SET_NAME, called);
     }
     ~ProgramName() { ::prctl(PR_SET_NAME, m_before.data()); }
     ProgramName(const ProgramName &) = delete;

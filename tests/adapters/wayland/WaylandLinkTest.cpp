@@ -272,7 +272,9 @@ TEST(ScreenQuestionsTest, leaveNothingWithTheCompositorAndOpenNoConnection) {
     };
     for (const auto &[made, ended] : pairs) {
         EXPECT_GT(compositor.count(made), 0) << made;
-        EXPECT_TRUE(eventually([&] { return compositor.count(ended) == compositor.count(made); })) << ended;
+        EXPECT_TRUE(eventually([&, made = made, ended = ended] {
+            return compositor.count(ended) == compositor.count(made);
+        })) << ended;
     }
     EXPECT_EQ(compositor.count("wl_display.get_registry"), 1);
     EXPECT_EQ(taken, 1) << "what cannot be given back is taken once";

@@ -97,7 +97,6 @@ public:
     /// expected.
     Result stroke(QPoint from, QPoint to, bool isOpeningExpected, int steps = 40) {
         using std::chrono::milliseconds;
-        Result result;
         m_hand.movePointer(from.x(), from.y());
         letPass(milliseconds(10));
         const int count = m_pasteboard->changeCount();

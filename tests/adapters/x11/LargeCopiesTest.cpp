@@ -134,7 +134,7 @@ TEST_F(LargeCopies, ofPicturesLeaveTheMainThreadAlone) {
     for (const auto &[target, format] : std::initializer_list<std::pair<const char *, const char *>>{
              {"image/png", "png"}, {"image/tiff", "tiff"}, {"image/jpeg", "jpeg"}}) {
         const QByteArray bytes = encoded(QSize(6000, 4000), format);
-        const Times times = calmest([&] { return copy({{target, {.bytes = bytes}}}); });
+        const Times times = calmest([&, target = target] { return copy({{target, {.bytes = bytes}}}); });
         std::printf("24 megapixels of %s: recorded after %lld ms, longest stall %lld ms, %.0f MB at most\n", format,
                     static_cast<long long>(times.whole), static_cast<long long>(times.longestStall), times.peak);
         EXPECT_LT(times.longestStall, longestStall) << format << ": below 50 on a quiet machine";

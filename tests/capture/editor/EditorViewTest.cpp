@@ -275,7 +275,7 @@ TEST_F(EditorWindowTest, theLandingPageFitsASmallScreenAndLeavesTheRecentOnesWhe
     ASSERT_TRUE(button("Paste from Clipboard"));
     for (const auto &[height, count] : {std::pair(352, 3U), std::pair(400, 4U), std::pair(352, 3U)}) {
         window->resize(640, height);
-        EXPECT_TRUE(QTest::qWaitFor([&] {
+        EXPECT_TRUE(QTest::qWaitFor([&, height = height, count = count] {
             return window->height() == height && buttons().size() == count && areApart(*window);
         })) << height
             << ": " << testing::PrintToString(buttons());

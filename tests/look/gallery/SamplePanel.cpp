@@ -87,7 +87,7 @@ SamplePanel::SamplePanel(int rows, QWidget *parent) : QWidget(parent) {
             paintRow(painter, rect, content, state, themeOf(this));
         };
         source.accessibleText = [sample](int row) { return QString::fromUtf8(sample(row).title); };
-        source.toolTip = [sample](int, const QRectF &rect, QPointF place) -> std::pair<QString, QRectF> {
+        source.toolTip = [](int, const QRectF &rect, QPointF place) -> std::pair<QString, QRectF> {
             const QString texts[] = {QStringLiteral("Pin snippet"), QStringLiteral("Add to My Saved"),
                                      QStringLiteral("Delete item")};
             const auto rects = rowActionRects(rect, 3);

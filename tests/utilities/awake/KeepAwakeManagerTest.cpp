@@ -58,7 +58,7 @@ TEST_F(KeepAwake, theSwitchHoldsOneAssertionOfTheModeAndLetsItGo) {
         {KeepAwakeMode::systemAwake, PowerAssertionType::noIdleSleep},
         {KeepAwakeMode::lidClosed, PowerAssertionType::preventSystemSleep}};
     for (const auto &[mode, type] : modes) {
-        after([&] { manager->setMode(mode); });
+        after([&, mode = mode] { manager->setMode(mode); });
         EXPECT_TRUE(assertions.held().empty()) << "choosing a mode switches nothing on";
         after([&] { manager->toggle(); });
         EXPECT_TRUE(manager->isAwake());
@@ -210,7 +210,7 @@ TEST_F(KeepAwake, aTimedSessionEndsAtItsDeadlineAndNotBefore) {
                                                                {KeepAwakeDuration::oneHour, 3600s},
                                                                {KeepAwakeDuration::twoHours, 7200s}};
     for (const auto &[duration, length] : durations) {
-        after([&] { manager->setDuration(duration); });
+        after([&, duration = duration] { manager->setDuration(duration); });
         const Date start = time.now();
         switchOn();
         EXPECT_EQ(manager->activeAwakeDeadline(), start + length);
