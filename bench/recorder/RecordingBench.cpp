@@ -30,9 +30,9 @@ public:
     std::shared_ptr<const ScreenFrame> next() {
         const int i = m_number++;
         if (i == 0)
-            return m_frames.next(QRect({}, size), [this](QPainter &painter) { paint(painter, 0); });
+            return m_frames.next(QRect({}, size), [](QPainter &painter) { paint(painter, 0); });
         const QRect changed = bars().united(text()).united(window(i)).united(window(i - 1));
-        auto frame = m_frames.next(changed, [this, i](QPainter &painter) { paint(painter, i); });
+        auto frame = m_frames.next(changed, [i](QPainter &painter) { paint(painter, i); });
         auto exact = std::make_shared<ScreenFrame>(*frame);
         exact->changed = {bars(), text(), window(i).united(window(i - 1))};
         return std::shared_ptr<const ScreenFrame>(exact.get(), [exact, frame](const ScreenFrame *) {});

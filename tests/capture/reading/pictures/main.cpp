@@ -10,6 +10,7 @@
 #include "adapters/fake/FakeRecognizer.h"
 #include "adapters/fake/FakeUrlOpener.h"
 #include "adapters/fake/VirtualTime.h"
+#include "base/ConcurrentQueue.h"
 #include "base/NotificationCenter.h"
 #include "base/SerialQueue.h"
 #include "capture/editor/EditorScans.h"
@@ -24,6 +25,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QPainter>
+#include <QSemaphore>
 #include <QTest>
 
 using namespace tavrine;
@@ -133,14 +135,17 @@ private:
         FakeRecognizer recognizer;
         FakeCodeDetector detector;
         SerialQueue queue(words("pictures"));
-        OCRManager manager(recognizer, queue, time);
-        const EditorScans::Ports ports{{manager, detector, queue, time}, m_pasteboard, m_opener};
+        ConcurrentQueue recognition(words("recognition"), 1);
+        OCRManager manager(recognizer, recognition, time);
+        const EditorScans::Ports ports{{manager, detector, recognition, time}, m_pasteboard, m_opener};
         EditorView editor(
             photograph(), {time, m_pasteboard, panels, coder, center, words("/tmp"), queue}, {},
             {.opened = {}, .extractText = EditorScans::extractText(ports), .scanQr = EditorScans::scanQr(ports)});
         editor.setFixedSize(900, 600);
         const auto settle = [&] {
-            queue.sync([] {});
+            QSemaphore done; // one thread, so what was handed in before is done
+            recognition.async([&done] { done.release(); });
+            done.acquire();
             time.runPending();
         };
         save(editor, "editor");
